@@ -1,0 +1,27 @@
+# The flags that every target of the project shares. Call
+# pellory_target(<target>) on each library and executable of ours; peers and
+# test dependencies keep their own flags.
+include_guard()
+
+function(pellory_target target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual
+    -Wformat=2 -Wundef -Wextra-semi -Werror
+    -ffunction-sections -fdata-sections
+    # Reports name a source by its path in the project, and no machine's
+    # folders reach the executable.
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE
+      -Wduplicated-cond -Wlogical-op -Wuseless-cast -Wsuggest-override)
+  endif()
+  target_compile_definitions(${target} PRIVATE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
+    WINVER=0x0601 _WIN32_WINNT=0x0601)
+  if(PELLORY_CHECKED)
+    target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+    target_compile_options(${target} PRIVATE
+      -O1 -fsanitize=undefined -fsanitize-undefined-trap-on-error)
+  endif()
+endfunction()

@@ -1,0 +1,45 @@
+#include "ZuChangeTracker.h"
+
+namespace zustd {
+
+namespace {
+constexpr std::uint32_t kLargestHalf = 0x7FFFFFFF;
+}  // namespace
+
+const MessageKind ChangeTracker::kPropertyChanged{L"propertyChanged.ChangeTracker"};
+const MessageKind ChangeTracker::kCacheCleared{L"cacheCleared.ChangeTracker"};
+
+void ChangeTracker::markSaved() {
+    savedCountLow_ = changeCountLow_;
+    savedCountHigh_ = changeCountHigh_;
+}
+
+bool ChangeTracker::isChanged() const {
+    return savedCountLow_ != changeCountLow_ || savedCountHigh_ != changeCountHigh_;
+}
+
+void ChangeTracker::countChange() {
+    if (changeCountLow_ != kLargestHalf) {
+        ++changeCountLow_;
+        return;
+    }
+    changeCountLow_ = 0;
+    changeCountHigh_ = changeCountHigh_ != kLargestHalf ? changeCountHigh_ + 1 : 0;
+}
+
+void ChangeTracker::announceCacheCleared() { sendText(kCacheCleared, std::wstring()); }
+
+void ChangeTracker::announcePropertyChanged(const std::wstring& key, bool clearCache) {
+    countChange();
+    if (clearCache) {
+        announceCacheCleared();
+    }
+    sendText(kPropertyChanged, key);
+}
+
+void TrackingPropertyBag::onChanged(const std::wstring& key) {
+    // A copy: a sink may have the bag read anew while the key is announced.
+    announcePropertyChanged(std::wstring(key), false);
+}
+
+}  // namespace zustd

@@ -1,0 +1,47 @@
+// Counts changes, remembers which were saved, and announces each as a message.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "ZuMessaging.h"
+#include "ZuPropertyBag.h"
+#include "ZuSharedObject.h"
+
+namespace zustd {
+
+class ChangeTracker : public MessageForwarder, public SharedObject {
+public:
+    // First word: the key, a text.
+    static const MessageKind kPropertyChanged;
+    // First word: the empty text.
+    static const MessageKind kCacheCleared;
+
+    // Takes the present state for the saved one.
+    virtual void markSaved();
+    // Whether anything was counted since. A new tracker is not changed.
+    virtual bool isChanged() const;
+    // Advances the counter, which starts over after 2^62 changes.
+    virtual void countChange();
+    virtual void announceCacheCleared();
+    // Counts a change and announces it; with clearCache announces a cleared
+    // cache first.
+    virtual void announcePropertyChanged(const std::wstring& key, bool clearCache);
+
+private:
+    // Each half counts to 0x7FFFFFFF.
+    std::uint32_t changeCountLow_ = 0;
+    std::uint32_t changeCountHigh_ = 0;
+    std::uint32_t savedCountLow_ = 0;
+    std::uint32_t savedCountHigh_ = 0;
+};
+
+// A bag whose every real change is counted and announced.
+class TrackingPropertyBag : public PropertyBag, public ChangeTracker {
+public:
+    using PropertyBag::PropertyBag;
+
+    void onChanged(const std::wstring& key) override;
+};
+
+}  // namespace zustd

@@ -1,0 +1,59 @@
+#include "ZuHashMap.h"
+
+#include "ZuWindows.h"
+
+namespace zustd {
+
+namespace {
+
+// Odd constants with about as many ones as zeros, evenly spread.
+constexpr std::uint64_t kMixA = 0x9A3C61D5B7E4F02DULL;
+constexpr std::uint64_t kMixB = 0xC5B9278E1D64A3F7ULL;
+
+// Both halves of the 128-bit product take part, so that every bit of the
+// input reaches every bit of the result.
+std::uint64_t mix(std::uint64_t a, std::uint64_t b) noexcept {
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = static_cast<Wide>(a) * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+// Differs from process to process by the clock, the process number and where
+// the system placed the stack.
+std::uint64_t makeSeed() noexcept {
+    LARGE_INTEGER ticks;
+    QueryPerformanceCounter(&ticks);
+    const auto place = reinterpret_cast<std::uintptr_t>(&ticks);
+    return mix(static_cast<std::uint64_t>(ticks.QuadPart) ^ kMixA,
+               (place + GetCurrentProcessId()) ^ kMixB);
+}
+
+std::uint64_t seed() noexcept {
+    static const std::uint64_t value = makeSeed();
+    return value;
+}
+
+std::uint64_t load(const unsigned char* bytes, std::size_t size) noexcept {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, size);
+    return word;
+}
+
+}  // namespace
+
+std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept {
+    const auto* at = static_cast<const unsigned char*>(bytes);
+    std::uint64_t hash = seed() ^ (size * kMixA);
+    while (size > 16) {
+        hash = mix(load(at, 8) ^ hash, load(at + 8, 8) ^ kMixB);
+        at += 16;
+        size -= 16;
+    }
+    const std::uint64_t low = load(at, size < 8 ? size : 8);
+    const std::uint64_t high = size > 8 ? load(at + 8, size - 8) : 0;
+    return mix(mix(low ^ hash, high ^ kMixB), kMixA);
+}
+
+std::uint64_t hashNumber(std::uint64_t number) noexcept { return mix(number ^ seed(), kMixA); }
+
+}  // namespace zustd

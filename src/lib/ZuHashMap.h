@@ -1,0 +1,359 @@
+// Hash containers that keep their entries in the order of insertion.
+//
+// HashMap owns its entries one by one, at addresses that stay the same until
+// the entry is removed; a table of buckets beside them finds an entry by key.
+// Iteration walks the entries, not the buckets, so what was put in first comes
+// out first, whatever the hash function. HashSet and SizeMap are the same
+// table without values and with numbers for keys.
+//
+// Entries are cut from blocks that grow with the table, so that a large table
+// costs a handful of allocations, not one an entry. The hash is keyed anew in
+// every process: a file cannot be made whose keys all fall into one bucket.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <memory_resource>
+#include <new>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "ZuPlankton.h"
+
+namespace zustd {
+
+// A 64-bit hash of bytes, keyed for this process.
+std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept;
+std::uint64_t hashNumber(std::uint64_t number) noexcept;
+
+// How a key type is looked up: View is what find() takes, hash() is its hash.
+template <class K>
+struct HashKey {
+    static_assert(std::is_integral_v<K> || std::is_enum_v<K> || std::is_pointer_v<K>);
+    using View = K;
+    static std::uint64_t hash(View key) noexcept {
+        if constexpr (std::is_pointer_v<K>) {
+            return hashNumber(reinterpret_cast<std::uintptr_t>(key));
+        } else {
+            return hashNumber(static_cast<std::uint64_t>(key));
+        }
+    }
+};
+
+template <>
+struct HashKey<std::wstring> {
+    using View = std::wstring_view;
+    static std::uint64_t hash(View key) noexcept {
+        return hashBytes(key.data(), key.size() * sizeof(wchar_t));
+    }
+};
+
+// A table from keys to values. Not synchronised. References and iterators to
+// an entry stay valid until that entry is removed or the map cleared.
+template <class V, class K = std::wstring>
+class HashMap {
+public:
+    using KeyView = typename HashKey<K>::View;
+
+    struct Entry {
+        template <class... Args>
+        explicit Entry(KeyView entryKey, Args&&... args)
+            : key(entryKey), value(std::forward<Args>(args)...) {}
+
+        const K key;
+        V value;
+
+    private:
+        friend class HashMap;
+        Entry* previous_ = nullptr;
+        Entry* next_ = nullptr;
+    };
+
+    template <class E>
+    class Iterator {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = E;
+        using difference_type = std::ptrdiff_t;
+        using pointer = E*;
+        using reference = E&;
+
+        Iterator() = default;
+        explicit Iterator(E* entry) noexcept : entry_(entry) {}
+
+        E& operator*() const noexcept { return *entry_; }
+        E* operator->() const noexcept { return entry_; }
+        Iterator& operator++() noexcept {
+            entry_ = HashMap::next(entry_);
+            return *this;
+        }
+        Iterator operator++(int) noexcept {
+            Iterator before = *this;
+            ++*this;
+            return before;
+        }
+        friend bool operator==(Iterator, Iterator) = default;
+
+    private:
+        E* entry_ = nullptr;
+    };
+
+    static constexpr std::size_t kSmallestBucketCount = 8;
+
+    // The allocator gives the memory for entries and outlives the map. A map
+    // made with a null allocator can be read but not filled.
+    explicit HashMap(std::pmr::memory_resource* valueAllocator = std::pmr::new_delete_resource())
+        : valueAllocator_(valueAllocator), buckets_(kSmallestBucketCount) {}
+
+    HashMap(const HashMap&) = delete;
+    HashMap& operator=(const HashMap&) = delete;
+    ~HashMap() { releaseEntries(); }
+
+    std::size_t size() const noexcept { return size_; }
+    bool empty() const noexcept { return size_ == 0; }
+    std::size_t bucketCount() const noexcept { return buckets_.size(); }
+
+    Iterator<Entry> begin() noexcept { return Iterator<Entry>(first_); }
+    Iterator<Entry> end() noexcept { return {}; }
+    Iterator<const Entry> begin() const noexcept { return Iterator<const Entry>(first_); }
+    Iterator<const Entry> end() const noexcept { return {}; }
+
+    // The key's value, or null.
+    V* find(KeyView key) noexcept {
+        Bucket& bucket = bucketOf(key, HashKey<K>::hash(key));
+        return bucket.entry != nullptr ? &bucket.entry->value : nullptr;
+    }
+    const V* find(KeyView key) const noexcept { return const_cast<HashMap*>(this)->find(key); }
+    bool contains(KeyView key) const noexcept { return find(key) != nullptr; }
+
+    // The key's entry, made from args at the end of the order when the key is
+    // new; second tells whether it was. Fails the assertion "valueAllocator_"
+    // when an entry is needed and there is no allocator. When memory runs out
+    // the map is as it was.
+    template <class... Args>
+    std::pair<Entry&, bool> findOrInsert(KeyView key, Args&&... args) {
+        const std::uint64_t hash = HashKey<K>::hash(key);
+        Bucket* bucket = &bucketOf(key, hash);
+        if (bucket->entry != nullptr) {
+            return {*bucket->entry, false};
+        }
+        ZU_ASSERT(valueAllocator_);
+        if ((size_ + 1) * kLoadDenominator > buckets_.size() * kLoadNumerator) {
+            resizeBuckets(buckets_.size() * 2);
+            bucket = &bucketOf(key, hash);
+        }
+        Entry* entry = makeEntry(key, std::forward<Args>(args)...);
+        *bucket = {entry, static_cast<std::uint32_t>(hash)};
+        append(entry);
+        return {*entry, true};
+    }
+
+    // Removes the key's entry; false when there is none.
+    bool remove(KeyView key) noexcept {
+        Bucket& bucket = bucketOf(key, HashKey<K>::hash(key));
+        Entry* entry = bucket.entry;
+        if (entry == nullptr) {
+            return false;
+        }
+        closeGap(static_cast<std::size_t>(&bucket - buckets_.data()));
+        unlink(entry);
+        std::destroy_at(entry);
+        free_ = ::new (static_cast<void*>(entry)) FreeSlot{free_};
+        return true;
+    }
+
+    // Removes every entry and goes back to the smallest number of buckets.
+    void clear() {
+        releaseEntries();
+        first_ = last_ = nullptr;
+        size_ = 0;
+        if (buckets_.size() > kSmallestBucketCount) {
+            buckets_.resize(kSmallestBucketCount);
+            buckets_.shrink_to_fit();
+        }
+        std::fill(buckets_.begin(), buckets_.end(), Bucket{});
+    }
+
+private:
+    // The hash is kept beside the entry so that a search passes the buckets of
+    // other keys without a look at their entries.
+    struct Bucket {
+        Entry* entry = nullptr;
+        std::uint32_t hash = 0;
+    };
+
+    struct FreeSlot {
+        FreeSlot* next;
+    };
+
+    struct Block {
+        Block* next;
+        std::size_t bytes;
+    };
+
+    static constexpr std::size_t kLoadNumerator = 3;
+    static constexpr std::size_t kLoadDenominator = 4;
+    static constexpr std::size_t kSmallestBlock = 4;
+    static constexpr std::size_t kLargestBlock = 1024;
+    static constexpr std::size_t kAlignment = alignof(Entry) > alignof(Block) ? alignof(Entry)
+                                                                              : alignof(Block);
+    static constexpr std::size_t kHeader =
+        (sizeof(Block) + kAlignment - 1) / kAlignment * kAlignment;
+    static_assert(sizeof(Entry) >= sizeof(FreeSlot));
+
+    template <class E>
+    static E* next(E* entry) noexcept {
+        return entry->next_;
+    }
+
+    // The bucket that holds the key, or the empty one where it belongs.
+    Bucket& bucketOf(KeyView key, std::uint64_t hash) noexcept {
+        const std::size_t mask = buckets_.size() - 1;
+        const auto shortHash = static_cast<std::uint32_t>(hash);
+        std::size_t index = shortHash & mask;
+        while (buckets_[index].entry != nullptr &&
+               (buckets_[index].hash != shortHash || KeyView(buckets_[index].entry->key) != key)) {
+            index = (index + 1) & mask;
+        }
+        return buckets_[index];
+    }
+
+    void resizeBuckets(std::size_t count) {
+        std::vector<Bucket> larger(count);
+        for (const Bucket& bucket : buckets_) {
+            if (bucket.entry == nullptr) {
+                continue;
+            }
+            std::size_t index = bucket.hash & (count - 1);
+            while (larger[index].entry != nullptr) {
+                index = (index + 1) & (count - 1);
+            }
+            larger[index] = bucket;
+        }
+        buckets_ = std::move(larger);
+    }
+
+    // Empties a bucket and moves those behind it up that would no longer be
+    // found past the gap.
+    void closeGap(std::size_t gap) noexcept {
+        const std::size_t mask = buckets_.size() - 1;
+        std::size_t index = gap;
+        for (;;) {
+            index = (index + 1) & mask;
+            if (buckets_[index].entry == nullptr) {
+                break;
+            }
+            const std::size_t home = buckets_[index].hash & mask;
+            if (((index - home) & mask) >= ((index - gap) & mask)) {
+                buckets_[gap] = buckets_[index];
+                gap = index;
+            }
+        }
+        buckets_[gap] = Bucket{};
+    }
+
+    template <class... Args>
+    Entry* makeEntry(KeyView key, Args&&... args) {
+        if (free_ == nullptr) {
+            addBlock();
+        }
+        FreeSlot* slot = free_;
+        FreeSlot* rest = slot->next;
+        try {
+            Entry* entry = ::new (static_cast<void*>(slot)) Entry(key, std::forward<Args>(args)...);
+            free_ = rest;
+            return entry;
+        } catch (...) {
+            free_ = ::new (static_cast<void*>(slot)) FreeSlot{rest};
+            throw;
+        }
+    }
+
+    void addBlock() {
+        const std::size_t count = std::min(std::max(size_, kSmallestBlock), kLargestBlock);
+        const std::size_t bytes = kHeader + count * sizeof(Entry);
+        void* memory = valueAllocator_->allocate(bytes, kAlignment);
+        blocks_ = ::new (memory) Block{blocks_, bytes};
+        std::byte* slot = static_cast<std::byte*>(memory) + kHeader + count * sizeof(Entry);
+        for (std::size_t i = 0; i < count; ++i) {
+            slot -= sizeof(Entry);
+            free_ = ::new (static_cast<void*>(slot)) FreeSlot{free_};
+        }
+    }
+
+    void append(Entry* entry) noexcept {
+        entry->previous_ = last_;
+        (last_ != nullptr ? last_->next_ : first_) = entry;
+        last_ = entry;
+        ++size_;
+    }
+
+    void unlink(Entry* entry) noexcept {
+        (entry->previous_ != nullptr ? entry->previous_->next_ : first_) = entry->next_;
+        (entry->next_ != nullptr ? entry->next_->previous_ : last_) = entry->previous_;
+        --size_;
+    }
+
+    void releaseEntries() noexcept {
+        for (Entry* entry = first_; entry != nullptr;) {
+            Entry* following = entry->next_;
+            std::destroy_at(entry);
+            entry = following;
+        }
+        while (blocks_ != nullptr) {
+            Block* block = blocks_;
+            blocks_ = block->next;
+            valueAllocator_->deallocate(block, block->bytes, kAlignment);
+        }
+        free_ = nullptr;
+    }
+
+    std::pmr::memory_resource* valueAllocator_;
+    std::vector<Bucket> buckets_;
+    Entry* first_ = nullptr;
+    Entry* last_ = nullptr;
+    std::size_t size_ = 0;
+    FreeSlot* free_ = nullptr;
+    Block* blocks_ = nullptr;
+};
+
+// A set of keys in the order of insertion.
+template <class K = std::wstring>
+class HashSet {
+    struct Nothing {};
+
+public:
+    using KeyView = typename HashMap<Nothing, K>::KeyView;
+
+    std::size_t size() const noexcept { return keys_.size(); }
+    bool empty() const noexcept { return keys_.empty(); }
+    bool contains(KeyView key) const noexcept { return keys_.contains(key); }
+    // Whether the key was new.
+    bool insert(KeyView key) { return keys_.findOrInsert(key).second; }
+    bool remove(KeyView key) noexcept { return keys_.remove(key); }
+    void clear() { keys_.clear(); }
+
+    // Calls visit(key) for every key.
+    template <class Visit>
+    void forEach(Visit&& visit) const {
+        for (const auto& entry : keys_) {
+            visit(entry.key);
+        }
+    }
+
+private:
+    HashMap<Nothing, K> keys_;
+};
+
+// A table from numbers (identifiers, keys of rows, handles) to values.
+template <class V>
+using SizeMap = HashMap<V, std::uint64_t>;
+
+}  // namespace zustd

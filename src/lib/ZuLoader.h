@@ -1,0 +1,39 @@
+// Whole files between disk and memory, as text or as serializable values.
+//
+// Files are UTF-8 on disk and are handled whole. A save writes in place: there
+// is no temporary file, so a failure while writing leaves a partial file. Every
+// step leaves a trace line at report level, so that a failing load in the field
+// can be followed line by line.
+//
+// No operation throws, on hostile input, on a full disk or without memory
+// either: it returns false, and running out of memory is recorded as the
+// critical error.
+#pragma once
+
+#include <string>
+
+#include "ZuSerializable.h"
+
+namespace zustd {
+
+class Loader {
+public:
+    // Reads a file into text. True for an empty file. When the file does not
+    // decode, text holds what was decoded before the fault.
+    static bool load(const std::wstring& fileName, std::wstring& text) noexcept;
+
+    // Creates or replaces a file. True once everything is written and the file
+    // is closed.
+    static bool save(const std::wstring& fileName, const std::wstring& text) noexcept;
+
+    // Lets target read itself from a file. When the file cannot be loaded
+    // target is as it was; when it cannot be read to its end target holds what
+    // was read before the fault.
+    static bool loadSerializedString(const std::wstring& fileName, ISerializable& target) noexcept;
+
+    // Writes the header line and source's XML form to a file.
+    static bool saveSerializedString(const std::wstring& fileName,
+                                     const ISerializable& source) noexcept;
+};
+
+}  // namespace zustd

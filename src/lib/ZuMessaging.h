@@ -1,0 +1,174 @@
+// Typed messages between framework objects: sources, sinks and forwarders.
+//
+// A MessageSource keeps a list of connected sinks and hands each message it
+// sends to them at once, strong sinks first, then weak ones, each group in the
+// order of connection. A MessageForwarder is both: what it does not handle
+// itself goes on to its own sinks. Delivery is depth-first on the sender's
+// thread. An exception in a handler is traced and never reaches the sender.
+//
+// Handlers may do anything to the source that is sending to them:
+// - a sink connected now is reached in the same round;
+// - a sink disconnected now gets nothing more, and none of the others is
+//   skipped; it stays alive until the round has ended;
+// - the source may be destroyed now: the round ends after this handler.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ZuSharedObject.h"
+
+namespace zustd {
+
+// A kind of message: a readable name of the form event.Class and a compact
+// identifier of four hexadecimal digits, given in the order of construction.
+// Kinds are objects of static lifetime and are told apart by their address;
+// the compact identifier differs between builds and is never stored.
+class MessageKind {
+public:
+    // The name must outlive the kind. The 32,768th kind fails the assertion
+    // "compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000".
+    explicit MessageKind(const wchar_t* name);
+    MessageKind(const MessageKind&) = delete;
+    MessageKind& operator=(const MessageKind&) = delete;
+    ~MessageKind();
+
+    std::wstring_view name() const noexcept { return name_; }
+    const std::wstring& compactId() const noexcept { return compactId_; }
+
+    // The living kind with this name, or null.
+    static const MessageKind* find(std::wstring_view name) noexcept;
+
+    friend bool operator==(const MessageKind& left, const MessageKind& right) noexcept {
+        return &left == &right;
+    }
+
+private:
+    static std::uint64_t compactMsgCounter_;
+    static MessageKind* newest_;
+
+    std::wstring_view name_;
+    std::wstring compactId_;
+    MessageKind* older_ = nullptr;
+};
+
+// One of the two argument words of a message. What it holds is agreed between
+// sender and receiver by the kind; a text or object is borrowed and lives as
+// long as the delivery.
+class MessageWord {
+public:
+    constexpr MessageWord() noexcept = default;
+    constexpr explicit MessageWord(std::intptr_t number) noexcept : bits_(number) {}
+    static MessageWord ofText(const std::wstring& text) noexcept {
+        return MessageWord(reinterpret_cast<std::intptr_t>(&text));
+    }
+    template <class T>
+    static MessageWord ofObject(T* object) noexcept {
+        return MessageWord(reinterpret_cast<std::intptr_t>(object));
+    }
+
+    constexpr std::intptr_t number() const noexcept { return bits_; }
+    const std::wstring& text() const noexcept {
+        return *reinterpret_cast<const std::wstring*>(bits_);
+    }
+    template <class T>
+    T* object() const noexcept {
+        return reinterpret_cast<T*>(bits_);
+    }
+
+private:
+    std::intptr_t bits_ = 0;
+};
+
+// Receives messages. Slot order is fixed.
+class MessageSink {
+public:
+    MessageSink() = default;
+    MessageSink(const MessageSink&) = delete;
+    MessageSink& operator=(const MessageSink&) = delete;
+    virtual ~MessageSink() = default;
+
+    // Hands a wanted message to onReceiveMessage under the catch ladder.
+    virtual void receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
+    // Handles a message; whether it did. The base handles none.
+    virtual bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
+    // The object that this sink is a part of, for those who want to keep it;
+    // empty here.
+    virtual std::shared_ptr<SharedObject> sinkOwner() const;
+    // The sink's filter; the base accepts every kind.
+    virtual bool acceptsMessage(const MessageKind& kind) const;
+    // A restricted sink also asks meetsRestriction, which the base refuses:
+    // restricting a plain sink silences it.
+    virtual bool isRestricted() const;
+    virtual void setRestricted(bool restricted);
+    virtual bool meetsRestriction(const MessageKind& kind, MessageWord a, MessageWord b) const;
+    // Filter and restriction together.
+    virtual bool wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const;
+    // Set while a forwarder handles and passes on a message.
+    virtual bool isForwarding() const;
+    virtual void setForwarding(bool forwarding);
+
+private:
+    bool restricted_ = false;
+    bool forwarding_ = false;
+};
+
+// Sends messages. Slot order is fixed; deferDelivery stays last.
+class MessageSource {
+public:
+    MessageSource() = default;
+    MessageSource(const MessageSource&) = delete;
+    MessageSource& operator=(const MessageSource&) = delete;
+    virtual ~MessageSource();
+
+    // Adds a sink, held strongly or weakly. A null sink and one that is
+    // already connected in either way are ignored.
+    virtual void connect(const std::shared_ptr<MessageSink>& sink, bool weak);
+    // Removes a sink from whichever list holds it.
+    virtual void disconnect(const MessageSink* sink);
+    virtual void disconnectAll();
+    // Delivers to every sink; false when a gate refused.
+    virtual bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b);
+    // Sends with a text as the first word.
+    virtual bool sendText(const MessageKind& kind, const std::wstring& text);
+    // The second gate: may this message go out? The base lets all pass.
+    virtual bool maySend(const MessageKind& kind, MessageWord a, MessageWord b) const;
+    // The object that this source is a part of; empty here.
+    virtual std::shared_ptr<SharedObject> sourceOwner() const;
+    // The first gate: is the source sending at all?
+    virtual bool isSendingEnabled() const;
+    virtual void setSendingEnabled(bool enabled);
+    virtual bool isConnected(const MessageSink* sink) const;
+    // While deferred, each sink's message goes to deferDelivery instead.
+    virtual bool isDeliveryDeferred() const;
+    virtual void setDeliveryDeferred(bool deferred);
+    // Takes a message for later. A source that defers overrides it; the base
+    // fails an assertion.
+    virtual void deferDelivery(const MessageKind& kind, MessageWord a, MessageWord b,
+                               const std::shared_ptr<MessageSink>& sink);
+
+private:
+    class Delivery;
+
+    void compact();
+
+    std::vector<std::shared_ptr<MessageSink>> strongSinks_;
+    std::vector<std::weak_ptr<MessageSink>> weakSinks_;
+    bool sendingEnabled_ = true;
+    bool deliveryDeferred_ = false;
+    // Whether disconnecting during a delivery has left empty entries.
+    bool hasGaps_ = false;
+    // The innermost running delivery, or null.
+    Delivery* delivery_ = nullptr;
+};
+
+// Receives messages and sends on what it does not handle.
+class MessageForwarder : public MessageSink, public MessageSource {
+public:
+    void receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+};
+
+}  // namespace zustd

@@ -1,0 +1,270 @@
+#include "ZuPlankton.h"
+
+#include <malloc.h>
+#include <share.h>
+
+#include <array>
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <cwchar>
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+#include "ZuText.h"
+#include "ZuWindows.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr std::size_t kMessageLength = 2027;
+constexpr std::size_t kLineLength = 2048;
+constexpr std::size_t kStampLength = 128;
+
+constinit std::atomic<std::uint32_t> criticalErrorCode{kCriticalErrorNone};
+
+struct FileCloser {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// A stamp and a line as UTF-8, in a buffer that fits the longest of both.
+class Utf8Line {
+public:
+    Utf8Line(const wchar_t* stamp, const wchar_t* line) noexcept {
+        append(stamp);
+        append(line);
+    }
+
+    void writeTo(std::FILE* stream) const noexcept {
+        std::fwrite(bytes_.data(), 1, size_, stream);
+        std::fflush(stream);
+    }
+
+private:
+    void append(const wchar_t* text) noexcept {
+        const int room = static_cast<int>(bytes_.size() - size_);
+        const int written = WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes_.data() + size_, room,
+                                                nullptr, nullptr);
+        if (written > 0) {
+            size_ += static_cast<std::size_t>(written) - 1;
+        }
+    }
+
+    // Three bytes for each UTF-16 code unit is the most that UTF-8 needs.
+    std::array<char, 3 * (kLineLength + kStampLength) + 1> bytes_;
+    std::size_t size_ = 0;
+};
+
+// The date and the time of day come from two clocks; a line written at
+// midnight may carry the date of the one and the time of the other.
+void formatStamp(wchar_t (&stamp)[kStampLength]) noexcept {
+    long year = 1900;
+    long month = 1;
+    long day = 1;
+    const std::time_t now = std::time(nullptr);
+    std::tm calendar{};
+    if (localtime_s(&calendar, &now) == 0) {
+        year = calendar.tm_year + 1900L;
+        month = calendar.tm_mon + 1L;
+        day = calendar.tm_mday;
+    }
+    SYSTEMTIME time;
+    GetLocalTime(&time);
+    std::swprintf(stamp, kStampLength, L"%04ld-%02ld-%02ld %02ld:%02ld:%02ld:%03ld [%ld] ", year,
+                  month, day, static_cast<long>(time.wHour), static_cast<long>(time.wMinute),
+                  static_cast<long>(time.wSecond), static_cast<long>(time.wMilliseconds),
+                  static_cast<long>(GetCurrentThreadId()));
+}
+
+void writeToLogFile(const wchar_t* path, const Utf8Line& line) noexcept {
+    const File file(_wfsopen(path, L"a", _SH_DENYNO));
+    if (!file) {
+        OutputDebugStringW(L"ZUPRETRACE: cannot open log file\n");
+        OutputDebugStringW(path);
+        OutputDebugStringW(L"\n");
+        return;
+    }
+    line.writeTo(file.get());
+}
+
+// Backend units leave out the quotes around a failed expression; log readers
+// tell the two kinds apart by them.
+const wchar_t* assertionFormat(std::wstring_view unit) noexcept {
+    return unit.ends_with(L"Win32Gdi") ? L"asserted: %ls, in %ls, line %d"
+                                       : L"asserted: '%ls', in %ls, line %d";
+}
+
+// what() is in the active code page; the conversion must not allocate, since
+// the exception at hand may be std::bad_alloc.
+void traceCaughtWhat(const wchar_t* format, const wchar_t* operation, const char* what) noexcept {
+    std::array<wchar_t, 1024> wide{};
+    if (MultiByteToWideChar(CP_ACP, 0, what, -1, wide.data(), static_cast<int>(wide.size())) == 0) {
+        wide.back() = L'\0';
+    }
+    trace(kTraceLevelReport, format, operation, wide.data());
+}
+
+struct HeapTotals {
+    unsigned long long entries = 0;
+    unsigned long long allocatedData = 0;
+    unsigned long long freeData = 0;
+    unsigned long long allocatedOverhead = 0;
+    unsigned long long freeOverhead = 0;
+};
+
+// No allocation between lock and unlock: it would wait for itself or change
+// the heap under the walk.
+HeapTotals walkHeap(HANDLE heap) noexcept {
+    HeapTotals totals;
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry)) {
+        ++totals.entries;
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
+            totals.allocatedData += entry.cbData;
+            totals.allocatedOverhead += entry.cbOverhead;
+        } else {
+            totals.freeData += entry.cbData;
+            totals.freeOverhead += entry.cbOverhead;
+        }
+    }
+    HeapUnlock(heap);
+    return totals;
+}
+
+double megabytes(unsigned long long bytes) noexcept {
+    return static_cast<double>(bytes) * (1.0 / 1048576.0);
+}
+
+long long wholeMegabytes(DWORDLONG bytes) noexcept { return static_cast<long long>(bytes >> 20); }
+
+}  // namespace
+
+namespace detail {
+
+void traceFormatted(const wchar_t* format, ...) noexcept {
+    wchar_t message[kMessageLength + 1];
+    message[0] = L'\0';
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vswprintf(message, kMessageLength + 1, format, arguments);
+    va_end(arguments);
+    message[kMessageLength] = L'\0';
+
+    wchar_t line[kLineLength];
+    std::swprintf(line, kLineLength, L"ZULOG: %ls\n", message);
+    writeTraceLine(line);
+}
+
+void failAssertion(const wchar_t* expression, SourcePlace place) {
+    trace(kTraceLevelReport, assertionFormat(place.unit), expression, place.unit, place.line);
+    traceThrow(expression, place);
+    throw std::wstring(expression);
+}
+
+void traceThrow(const wchar_t* text, SourcePlace place) noexcept {
+    trace(kTraceLevelReport, L"throwing: '%ls', in %ls, line %d", text, place.unit, place.line);
+}
+
+void reportCaughtException(const wchar_t* operation) noexcept {
+    try {
+        throw;
+    } catch (const std::string& text) {
+        traceCaughtWhat(L"%ls: catched assertion exception: %ls", operation, text.c_str());
+    } catch (const std::wstring& text) {
+        trace(kTraceLevelReport, L"%ls: catched assertion exception: %ls", operation, text.c_str());
+    } catch (const std::bad_alloc& failure) {
+        setCriticalError(kCriticalErrorOutOfMemory);
+        traceCaughtWhat(L"%ls: catched std::bad_alloc: %ls", operation, failure.what());
+    } catch (const ComException& failure) {
+        trace(kTraceLevelReport, L"%ls: catched COM exception: HRESULT=%x: %ls", operation,
+              static_cast<unsigned>(failure.result()), failure.message().c_str());
+    } catch (const SystemException& failure) {
+        trace(kTraceLevelReport, L"%ls: catched system exception: %ls", operation,
+              failure.message().c_str());
+    } catch (const std::exception& failure) {
+        traceCaughtWhat(L"%ls: catched std::exception: %ls", operation, failure.what());
+    } catch (...) {
+        trace(kTraceLevelReport, L"%ls: catched unknown exception", operation);
+    }
+}
+
+}  // namespace detail
+
+void writeTraceLine(const wchar_t* line) noexcept {
+    const TraceSettings* settings = traceSettings;
+    if (settings == nullptr) {
+        return;
+    }
+    if (settings->mode != kTraceToLog) {
+        OutputDebugStringW(line);
+        return;
+    }
+    wchar_t stamp[kStampLength];
+    formatStamp(stamp);
+    const Utf8Line utf8(stamp, line);
+    if (settings->logFilePath == nullptr) {
+        utf8.writeTo(stdout);
+    } else {
+        writeToLogFile(settings->logFilePath, utf8);
+    }
+}
+
+void throwText(const wchar_t* text, SourcePlace place) {
+    detail::traceThrow(text, place);
+    throw std::wstring(text);
+}
+
+void throwInvalidArgument(const std::wstring& text, SourcePlace place) {
+    detail::traceThrow(text.c_str(), place);
+    throw std::invalid_argument(narrow(text));
+}
+
+std::uint32_t criticalError() noexcept { return criticalErrorCode.load(std::memory_order_relaxed); }
+
+void setCriticalError(std::uint32_t code) noexcept {
+    criticalErrorCode.store(code, std::memory_order_relaxed);
+}
+
+std::wstring getMemoryInfo() {
+    constexpr int width = 5;
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof(status);
+    GlobalMemoryStatusEx(&status);
+    std::wstring report =
+        formatWide(L"memory used:   %*ld%%", width, static_cast<long>(status.dwMemoryLoad));
+    report +=
+        formatWide(L"\nphysical memory: %*I64dMb / %*I64dMb total/free", width,
+                   wholeMegabytes(status.ullTotalPhys), width, wholeMegabytes(status.ullAvailPhys));
+    report += formatWide(L"\npaging file:     %*I64dMb / %*I64dMb total/free", width,
+                         wholeMegabytes(status.ullTotalPageFile), width,
+                         wholeMegabytes(status.ullAvailPageFile));
+    report += formatWide(L"\nvirtual memory:  %*I64dMb / %*I64dMb total/free", width,
+                         wholeMegabytes(status.ullTotalVirtual), width,
+                         wholeMegabytes(status.ullAvailVirtual));
+    report += L"\n";
+    report += GetCrtHeapInfo();
+    return report;
+}
+
+std::wstring GetCrtHeapInfo() noexcept {
+    return guarded(L"GetCrtHeapInfo", std::wstring(), [] {
+        const auto crt_heap = reinterpret_cast<HANDLE>(_get_heap_handle());
+        ZU_ASSERT(crt_heap);
+        const HeapTotals totals = walkHeap(crt_heap);
+        const unsigned long long size =
+            totals.allocatedData + totals.freeData + totals.allocatedOverhead + totals.freeOverhead;
+        return formatWide(
+            L"heap size: entries=%llu, size=%0.2lfMb, allocData=%0.2lfMb, freeData=%0.2lfMb, "
+            L"allocOverh=%0.2lfMb, freeOverh=%0.2lfMb",
+            totals.entries, megabytes(size), megabytes(totals.allocatedData),
+            megabytes(totals.freeData), megabytes(totals.allocatedOverhead),
+            megabytes(totals.freeOverhead));
+    });
+}
+
+}  // namespace zustd

@@ -1,0 +1,251 @@
+// Tracing, failure reports and the catch ladder: what every other unit lives in.
+//
+// Tracing is off until a host installs a TraceSettings record; a call site
+// then costs one pointer test and builds no argument (write it with ZU_TRACE).
+// A failure is traced first and thrown second. What is thrown is one of a few
+// plain kinds: a std::wstring (failed assertions and most framework failures),
+// a wide C string (directory helpers), a system error code, SystemException,
+// ComException or a standard exception. Operations that must not throw run
+// their body under guarded(), the one place where these kinds are caught.
+//
+// A report names its source by unit (the path below the project without
+// extension, for example src/lib/ZuXml) and line. Some lines are stable
+// identifiers that log readers know; they are passed explicitly.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace zustd {
+
+// --- Tracing ---------------------------------------------------------------
+
+// The record that switches tracing on. The host owns it and keeps it alive
+// while any thread may trace.
+struct TraceSettings {
+    // kTraceToLog: time-stamped lines to logFilePath. Any other value: raw
+    // lines to the debugger's output channel.
+    std::uint32_t mode;
+    // Zero-terminated path, or null for standard output.
+    const wchar_t* logFilePath;
+    // Lines of this level and above are written.
+    std::int32_t threshold;
+};
+
+inline constexpr std::uint32_t kTraceToDebugger = 0;
+inline constexpr std::uint32_t kTraceToLog = 1;
+
+inline constexpr int kTraceLevelInfo = 10;
+inline constexpr int kTraceLevelReport = 20;
+inline constexpr int kTraceLevelMemory = 50;
+
+// Null while tracing is off. Set it before other threads start.
+inline constinit const TraceSettings* traceSettings = nullptr;
+
+// Whether a line of this level would be written.
+inline bool isTraced(int level) noexcept {
+    return traceSettings != nullptr && level >= traceSettings->threshold;
+}
+
+namespace detail {
+// Formats and writes "ZULOG: message\n"; a message longer than 2,027
+// characters is cut. No heap allocation but the log file's stream.
+void traceFormatted(const wchar_t* format, ...) noexcept;
+}  // namespace detail
+
+// What may stand behind a printf-style format: numbers and pointers to
+// zero-terminated text. A std::wstring is passed as its c_str().
+template <class T>
+concept TraceArgument = std::is_scalar_v<T>;
+
+// Writes one line when tracing is on and the level reaches the threshold.
+// The format is a wide printf format (%ls for wide strings). Never throws.
+template <TraceArgument... Args>
+void trace(int level, const wchar_t* format, Args... args) noexcept {
+    if (isTraced(level)) {
+        detail::traceFormatted(format, args...);
+    }
+}
+
+// The same at kTraceLevelInfo.
+template <TraceArgument... Args>
+void trace(const wchar_t* format, Args... args) noexcept {
+    trace(kTraceLevelInfo, format, args...);
+}
+
+// Hands one finished line (ending in a line feed) to the sink that the
+// settings choose; both trace forms end here. Log files are UTF-8 and are
+// opened anew for each line in shared append mode, so that they can be read,
+// rotated or deleted at any time. Needs settings; never throws.
+void writeTraceLine(const wchar_t* line) noexcept;
+
+// trace() whose arguments are not even evaluated while tracing is off.
+#define ZU_TRACE(...)                                                                              \
+    do {                                                                                           \
+        if (::zustd::traceSettings != nullptr) {                                                   \
+            ::zustd::trace(__VA_ARGS__);                                                           \
+        }                                                                                          \
+    } while (false)
+
+// --- Failure reports ---------------------------------------------------------
+
+// Wide message carried by the framework's own exception class.
+class SystemException {
+public:
+    explicit SystemException(std::wstring message) : message_(std::move(message)) {}
+    SystemException(const SystemException&) = default;
+    SystemException& operator=(const SystemException&) = default;
+    virtual ~SystemException() = default;
+
+    const std::wstring& message() const noexcept { return message_; }
+
+private:
+    std::wstring message_;
+};
+
+// A failed COM call: the HRESULT and what the system says about it.
+class ComException {
+public:
+    ComException(std::int32_t result, std::wstring message)
+        : result_(result), message_(std::move(message)) {}
+
+    std::int32_t result() const noexcept { return result_; }
+    const std::wstring& message() const noexcept { return message_; }
+
+private:
+    std::int32_t result_;
+    std::wstring message_;
+};
+
+// Where a report comes from.
+struct SourcePlace {
+    const wchar_t* unit;
+    int line;
+};
+
+namespace detail {
+
+// A source file's unit name, computed while compiling: the path without its
+// extension, and "exe_zuplutil" for all sources of the utility.
+template <std::size_t N>
+struct UnitName {
+    wchar_t text[N]{};
+
+    // Not explicit about N at the call: UnitName{L"src/lib/ZuXml.cpp"}.
+    constexpr explicit UnitName(const wchar_t (&file)[N]) {
+        constexpr std::wstring_view utility = L"exe_zuplutil";
+        const std::wstring_view path(file, N - 1);
+        std::wstring_view unit = path.substr(0, path.rfind(L'.'));
+        if (path.find(utility) != std::wstring_view::npos) {
+            unit = utility;
+        }
+        for (std::size_t i = 0; i < unit.size(); ++i) {
+            text[i] = unit[i];
+        }
+    }
+};
+
+// Traces the two lines of a failed assertion and throws the expression text.
+[[noreturn]] void failAssertion(const wchar_t* expression, SourcePlace place);
+
+// Traces "throwing: '…'" for a failure that is about to be thrown.
+void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
+
+}  // namespace detail
+
+// The unit that this source belongs to, as a wide string with static lifetime.
+#define ZU_UNIT                                                                                    \
+    ([]() noexcept -> const wchar_t* {                                                             \
+        static constexpr ::zustd::detail::UnitName unit{L"" __FILE__};                             \
+        return unit.text;                                                                          \
+    }())
+
+// This place in the source.
+#define ZU_HERE (::zustd::SourcePlace{ZU_UNIT, __LINE__})
+
+// The place known to log readers by this number, whatever the real line.
+#define ZU_LINE(line) (::zustd::SourcePlace{ZU_UNIT, (line)})
+
+// Precondition on a pointer or member: reports and throws the expression text
+// as a std::wstring when the expression is false. Active in every build.
+#define ZU_ASSERT(expression) ZU_ASSERT_AS(expression, L"" #expression, ZU_HERE)
+
+// The same under a stable text and place.
+#define ZU_ASSERT_AS(expression, text, place)                                                      \
+    do {                                                                                           \
+        if (!(expression)) {                                                                       \
+            ::zustd::detail::failAssertion(text, place);                                           \
+        }                                                                                          \
+    } while (false)
+
+// Traces the throw report, then throws the text as a std::wstring.
+[[noreturn]] void throwText(const wchar_t* text, SourcePlace place);
+
+// Traces the throw report, then throws std::invalid_argument with the text in
+// the active code page.
+[[noreturn]] void throwInvalidArgument(const std::wstring& text, SourcePlace place);
+
+// --- Critical errors -----------------------------------------------------------
+
+// Codes of the process-wide critical error. Any other number may be stored.
+enum CriticalError : std::uint32_t {
+    kCriticalErrorNone = 0,
+    kCriticalErrorUnknown = 1,
+    kCriticalErrorOutOfMemory = 2,
+    kCriticalErrorPureVirtualCall = 3,
+    kCriticalErrorUnhandledException = 4,
+    kCriticalErrorAbort = 5,
+    kCriticalErrorSystemException = 6,
+};
+
+// The code recorded last; kCriticalErrorNone at start. Any thread.
+std::uint32_t criticalError() noexcept;
+void setCriticalError(std::uint32_t code) noexcept;
+
+// --- The catch ladder -----------------------------------------------------------
+
+namespace detail {
+// Call inside a catch block: traces one line that names the operation and what
+// was caught. Running out of memory also records the critical error.
+void reportCaughtException(const wchar_t* operation) noexcept;
+}  // namespace detail
+
+// Runs body under the catch ladder: whatever it throws is traced under the
+// operation's name and neutral is returned instead.
+template <class Result, class Body>
+Result guarded(const wchar_t* operation, Result neutral, Body&& body) noexcept {
+    try {
+        return std::forward<Body>(body)();
+    } catch (...) {
+        detail::reportCaughtException(operation);
+    }
+    return neutral;
+}
+
+// The same for a body without a result; returns whether it ran to its end.
+template <class Body>
+bool guarded(const wchar_t* operation, Body&& body) noexcept {
+    try {
+        std::forward<Body>(body)();
+        return true;
+    } catch (...) {
+        detail::reportCaughtException(operation);
+    }
+    return false;
+}
+
+// --- Memory report ----------------------------------------------------------------
+
+// The machine's memory status and the heap line below, as one text of several
+// lines without a final line feed.
+std::wstring getMemoryInfo();
+
+// Entry count and sizes of the C runtime's heap in one line; empty when the
+// heap cannot be walked. Never throws.
+std::wstring GetCrtHeapInfo() noexcept;
+
+}  // namespace zustd

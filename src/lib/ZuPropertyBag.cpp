@@ -1,0 +1,235 @@
+#include "ZuPropertyBag.h"
+
+#include <ostream>
+
+namespace zustd {
+
+// --- The XML form ------------------------------------------------------------------
+
+void PropertyBag::writeXml(std::wostream& stream) const { ISerializable::writeXml(stream); }
+
+void PropertyBag::appendXml(std::wstring& text) const {
+    text.append(L"<bag>\n<hmap>\n");
+    for (const Table::Entry& entry : table_) {
+        text.append(L"<p><k>");
+        Xml::appendEscaped(text, entry.key);
+        text.append(L"</k>");
+        entry.value.SerializableUnion::appendXml(text);
+        text.append(L"</p>\n");
+    }
+    text.append(L"</hmap>\n</bag>\n");
+}
+
+void PropertyBag::readXml(std::wistream& stream) {
+    XmlStream in(stream);
+    readFrom(in);
+}
+
+void PropertyBag::parseXml(const wchar_t*& begin, const wchar_t* end) {
+    {
+        XmlRange in(begin, end);
+        readFrom(in);
+    }
+    announceAll();
+}
+
+void PropertyBag::parse(const std::wstring& text) {
+    const wchar_t* begin = text.data();
+    parseXml(begin, begin + text.size());
+}
+
+// bag = [ "<bag>" ] , [ table ] , [ "</bag>" ]
+template <class Source>
+void PropertyBag::readFrom(Source& in) {
+    ++emptied_;
+    table_.clear();
+    xml::readTag(in, L"bag", false, false);
+    if (xml::readTag(in, L"hmap", false, false)) {
+        readTable(in);
+    }
+    // The one closing tag that nobody insists on.
+    xml::readTag(in, L"bag", true, false);
+}
+
+// table = "<hmap>" , { "<p>" , "<k>" , text , "</k>" , union , "</p>" } , "</hmap>"
+template <class Source>
+void PropertyBag::readTable(Source& in) {
+    std::wstring key;
+    std::wstring scratch;
+    for (;;) {
+        if (!xml::takeExactTag(in, L"p", false)) {
+            if (xml::isNextTag(in, L"/hmap")) {
+                break;
+            }
+            xml::readTag(in, L"p", false, true);
+        }
+        xml::readTag(in, L"k", false, true);
+        key = xml::readText(in, scratch);
+        xml::readTag(in, L"k", true, true);
+        table_.findOrInsert(key).first.value.readFrom(in);
+        xml::readTag(in, L"p", true, true);
+    }
+    xml::readTag(in, L"hmap", true, true);
+}
+
+// --- Getters and setters -------------------------------------------------------------
+
+template <class IsSame, class Store>
+void PropertyBag::change(std::wstring_view key, IsSame&& isSame, Store&& store) {
+    auto [entry, created] = table_.findOrInsert(key);
+    if (!created && isSame(entry.value)) {
+        return;
+    }
+    store(entry.value);
+    onChanged(entry.key);
+}
+
+std::wstring PropertyBag::getString(std::wstring_view key, const std::wstring& defaultValue) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr && value->isString() ? value->getString() : defaultValue;
+}
+
+bool PropertyBag::getString(std::wstring_view key, std::wstring& out,
+                            const std::wstring& defaultValue) const {
+    const SerializableUnion* value = table_.find(key);
+    if (value != nullptr && value->tryGetString(out)) {
+        return true;
+    }
+    out = defaultValue;
+    return false;
+}
+
+void PropertyBag::setString(std::wstring_view key, const std::wstring& value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getString() == value; },
+        [&](SerializableUnion& stored) { stored.setString(value); });
+}
+
+std::int32_t PropertyBag::getLong(std::wstring_view key, std::int32_t defaultValue) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr && value->isLong() ? value->getLong() : defaultValue;
+}
+
+void PropertyBag::setLong(std::wstring_view key, std::int32_t value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getLong() == value; },
+        [&](SerializableUnion& stored) { stored.setLong(value); });
+}
+
+double PropertyBag::getDouble(std::wstring_view key, double defaultValue) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr && value->isDouble() ? value->getDouble() : defaultValue;
+}
+
+void PropertyBag::setDouble(std::wstring_view key, double value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getDouble() == value; },
+        [&](SerializableUnion& stored) { stored.setDouble(value); });
+}
+
+bool PropertyBag::getBool(std::wstring_view key, bool defaultValue) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr && value->isBool() ? value->getBool() : defaultValue;
+}
+
+void PropertyBag::setBool(std::wstring_view key, bool value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getBool() == value; },
+        [&](SerializableUnion& stored) { stored.setBool(value); });
+}
+
+void PropertyBag::setDateTime(std::wstring_view key, const DateTime& value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getDateTime() == value; },
+        [&](SerializableUnion& stored) { stored.setDateTime(value); });
+}
+
+DateTime PropertyBag::getDateTime(std::wstring_view key, const DateTime& defaultValue) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr && value->isDateTime() ? value->getDateTime() : defaultValue;
+}
+
+std::uint64_t PropertyBag::getSize(std::wstring_view key, std::uint64_t defaultValue,
+                                   bool acceptLong) const {
+    const SerializableUnion* value = table_.find(key);
+    if (value != nullptr && value->isSizet()) {
+        return value->getSizet();
+    }
+    if (value != nullptr && acceptLong && value->isLong() && value->getLong() >= 0) {
+        return static_cast<std::uint64_t>(value->getLong());
+    }
+    return defaultValue;
+}
+
+void PropertyBag::setSize(std::wstring_view key, std::uint64_t value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getSizet() == value; },
+        [&](SerializableUnion& stored) { stored.setSizet(value); });
+}
+
+void PropertyBag::setArray(std::wstring_view key, const std::vector<SerializableUnion>& value) {
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.getArray() == value; },
+        [&](SerializableUnion& stored) { stored.setArray(value); });
+}
+
+std::vector<SerializableUnion> PropertyBag::getArray(std::wstring_view key) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr ? value->getArray() : std::vector<SerializableUnion>();
+}
+
+void PropertyBag::clear(std::wstring_view key) {
+    if (SerializableUnion* value = table_.find(key)) {
+        *value = SerializableUnion();
+        onChanged(std::wstring(key));
+    }
+}
+
+bool PropertyBag::isNull(std::wstring_view key) const {
+    const SerializableUnion* value = table_.find(key);
+    return value == nullptr || value->isNull();
+}
+
+bool PropertyBag::has(std::wstring_view key) const { return table_.contains(key); }
+
+std::size_t PropertyBag::size() const { return table_.size(); }
+
+void PropertyBag::onChanged(const std::wstring&) {}
+
+SerializableUnion PropertyBag::getUnion(std::wstring_view key) const {
+    const SerializableUnion* value = table_.find(key);
+    return value != nullptr ? *value : SerializableUnion();
+}
+
+void PropertyBag::setUnion(std::wstring_view key, const SerializableUnion& value) {
+    if (value.isNull()) {
+        clear(key);
+        return;
+    }
+    if (value.isObject()) {
+        return;
+    }
+    change(
+        key, [&](const SerializableUnion& stored) { return stored.equals(value); },
+        [&](SerializableUnion& stored) { stored.assign(value); });
+}
+
+void PropertyBag::keys(std::vector<std::wstring>& out) const {
+    out.clear();
+    out.reserve(table_.size());
+    for (const Table::Entry& entry : table_) {
+        out.push_back(entry.key);
+    }
+}
+
+void PropertyBag::announceAll() {
+    const std::uint32_t emptied = emptied_;
+    for (Table::Entry& entry : table_) {
+        onChanged(entry.key);
+        if (emptied_ != emptied) {
+            return;
+        }
+    }
+}
+
+}  // namespace zustd

@@ -1,0 +1,106 @@
+// The framework's settings container: keys, values, and a hook for changes.
+//
+// A bag maps wide-string keys (exact, case-sensitive) to SerializableUnion
+// values and keeps them in the order in which the keys first appeared, so that
+// a settings file has its lines in the order that its writer chose. An entry,
+// once made, stays until the bag is read anew; clearing a key makes its value
+// null. Getters give their default for a missing key, a null value and a value
+// of another kind. Setters store real changes only and run the change hook for
+// each.
+//
+// A bag is used by one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ZuDateTime.h"
+#include "ZuHashMap.h"
+#include "ZuSerializable.h"
+
+namespace zustd {
+
+class PropertyBag : public ISerializable {
+public:
+    // The allocator gives the memory for entries and outlives the bag; with a
+    // null one the bag fails the assertion "valueAllocator_" when it is filled.
+    explicit PropertyBag(
+        std::pmr::memory_resource* valueAllocator = std::pmr::new_delete_resource())
+        : table_(valueAllocator) {}
+
+    // Reading replaces the whole content. Only parseXml announces what it
+    // read: a bag that comes out of a stream belongs to nobody yet.
+    void writeXml(std::wostream& stream) const override;
+    void appendXml(std::wstring& text) const override;
+    void readXml(std::wistream& stream) override;
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
+
+    // parseXml over a whole text.
+    virtual void parse(const std::wstring& text);
+
+    virtual std::wstring getString(std::wstring_view key, const std::wstring& defaultValue) const;
+    // out receives the string, or the default; whether there was one.
+    virtual bool getString(std::wstring_view key, std::wstring& out,
+                           const std::wstring& defaultValue) const;
+    virtual void setString(std::wstring_view key, const std::wstring& value);
+    virtual std::int32_t getLong(std::wstring_view key, std::int32_t defaultValue) const;
+    virtual void setLong(std::wstring_view key, std::int32_t value);
+    virtual double getDouble(std::wstring_view key, double defaultValue) const;
+    // A stored NaN always counts as changed.
+    virtual void setDouble(std::wstring_view key, double value);
+    virtual bool getBool(std::wstring_view key, bool defaultValue) const;
+    virtual void setBool(std::wstring_view key, bool value);
+    virtual void setDateTime(std::wstring_view key, const DateTime& value);
+    virtual DateTime getDateTime(std::wstring_view key, const DateTime& defaultValue) const;
+    // acceptLong: a long of 0 or more counts too.
+    virtual std::uint64_t getSize(std::wstring_view key, std::uint64_t defaultValue,
+                                  bool acceptLong) const;
+    virtual void setSize(std::wstring_view key, std::uint64_t value);
+    virtual void setArray(std::wstring_view key, const std::vector<SerializableUnion>& value);
+    virtual std::vector<SerializableUnion> getArray(std::wstring_view key) const;
+
+    // Makes an existing key's value null and runs the change hook; a missing
+    // key stays missing.
+    virtual void clear(std::wstring_view key);
+    virtual bool isNull(std::wstring_view key) const;
+    virtual bool has(std::wstring_view key) const;
+    // The number of entries, null ones included.
+    virtual std::size_t size() const;
+
+    // Called after every real change; does nothing here.
+    virtual void onChanged(const std::wstring& key);
+
+    virtual SerializableUnion getUnion(std::wstring_view key) const;
+    // A null value clears the key. An object is refused without a word: a bag
+    // holds only values that have a text form.
+    virtual void setUnion(std::wstring_view key, const SerializableUnion& value);
+
+    // Replaces out by the keys in the bag's order.
+    virtual void keys(std::vector<std::wstring>& out) const;
+    // Runs the change hook for every key. A hook that makes the bag be read
+    // anew ends the round.
+    virtual void announceAll();
+
+private:
+    using Table = HashMap<SerializableUnion>;
+
+    template <class Source>
+    void readFrom(Source& in);
+    template <class Source>
+    void readTable(Source& in);
+
+    // The pattern of all setters. A key that holds another kind, or null, is
+    // compared by the getter's neutral value: setting a text to "" is no
+    // change there.
+    template <class IsSame, class Store>
+    void change(std::wstring_view key, IsSame&& isSame, Store&& store);
+
+    Table table_;
+    // How often the table was emptied; tells announceAll that its place in the
+    // table is gone.
+    std::uint32_t emptied_ = 0;
+};
+
+}  // namespace zustd

@@ -1,0 +1,346 @@
+#include "ZuSerializable.h"
+
+#include <array>
+#include <sstream>
+
+#include "ZuText.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr std::size_t kWriteReserve = 1024;
+
+constexpr std::array<std::wstring_view, 9> kKindNames = {
+    L"null", L"string", L"long", L"double", L"bool", L"datetime", L"sizet", L"object", L"array"};
+
+[[noreturn]] void throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
+
+// One number of a scanned date: blanks, then a sign and digits, width
+// characters at the most. False when there is no digit; text moves past it.
+bool scanField(std::wstring_view& text, std::size_t width, std::int32_t& field) {
+    while (!text.empty() && xml::isSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    std::size_t size = !text.empty() && (text[0] == L'-' || text[0] == L'+') ? 1 : 0;
+    const std::size_t firstDigit = size;
+    while (size < width && size < text.size() && text[size] >= L'0' && text[size] <= L'9') {
+        ++size;
+    }
+    if (size == firstDigit) {
+        return false;
+    }
+    field = Xml::toLong(text.substr(0, size));
+    text.remove_prefix(size);
+    return true;
+}
+
+}  // namespace
+
+// --- ISerializable -----------------------------------------------------------------
+
+void ISerializable::writeXml(std::wostream& stream) const {
+    std::wstring text;
+    text.reserve(kWriteReserve);
+    appendXml(text);
+    stream << text;
+}
+
+void ISerializable::appendXml(std::wstring& text) const {
+    std::wostringstream stream;
+    writeXml(stream);
+    text += stream.str();
+}
+
+void ISerializable::readXml(std::wistream&) { throwNotImplemented(); }
+
+void ISerializable::parseXml(const wchar_t*&, const wchar_t*) { throwNotImplemented(); }
+
+// --- Single values -------------------------------------------------------------------
+
+void SerializableText<DateTime>::append(std::wstring& out, const DateTime& value) {
+    out += formatWide(L"%04d-%02d-%02d %02d:%02d:%02d", value.year(), value.month(), value.day(),
+                      value.hour(), value.minute(), value.second());
+}
+
+void SerializableText<DateTime>::assign(DateTime& value, std::wstring_view text) {
+    static constexpr std::wstring_view kSeparators = L"-- ::";
+    std::array<std::int32_t, 6> fields{};
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (!scanField(text, i == 0 ? 4 : 2, fields[i])) {
+            break;
+        }
+        // A blank in the format stands for any white space, scanned with the
+        // next field.
+        if (i == kSeparators.size() || kSeparators[i] == L' ') {
+            continue;
+        }
+        if (!text.starts_with(kSeparators[i])) {
+            break;
+        }
+        text.remove_prefix(1);
+    }
+    value = DateTime(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
+}
+
+void SerializableT<std::shared_ptr<SharedObject>>::appendXml(std::wstring& text) const {
+    if (const ISerializable* object = serializable()) {
+        object->appendXml(text);
+    }
+}
+
+void SerializableT<std::shared_ptr<SharedObject>>::readXml(std::wistream& stream) {
+    if (ISerializable* object = serializable()) {
+        object->readXml(stream);
+    }
+}
+
+void SerializableT<std::shared_ptr<SharedObject>>::parseXml(const wchar_t*& begin,
+                                                            const wchar_t* end) {
+    if (ISerializable* object = serializable()) {
+        object->parseXml(begin, end);
+    }
+}
+
+ISerializable* SerializableT<std::shared_ptr<SharedObject>>::serializable() const {
+    if (!value) {
+        return nullptr;
+    }
+    auto* object = dynamic_cast<ISerializable*>(value.get());
+    if (object == nullptr) {
+        throwNotImplemented();
+    }
+    return object;
+}
+
+// --- Kinds ---------------------------------------------------------------------------
+
+std::wstring_view kindName(ValueKind kind) noexcept {
+    const auto number = static_cast<std::size_t>(kind);
+    return kKindNames[number < kKindNames.size() ? number : 0];
+}
+
+ValueKind kindFromName(std::wstring_view name) noexcept {
+    for (std::size_t number = 1; number < kKindNames.size(); ++number) {
+        if (name == kKindNames[number]) {
+            return static_cast<ValueKind>(number);
+        }
+    }
+    return ValueKind::kNull;
+}
+
+// --- SerializableUnion -----------------------------------------------------------------
+
+SerializableUnion::SerializableUnion(const SerializableUnion& other) : ISerializable(other) {
+    SerializableUnion::assign(other);
+}
+
+SerializableUnion::SerializableUnion(SerializableUnion&& other) noexcept
+    : held_(std::move(other.held_)), kind_(std::exchange(other.kind_, ValueKind::kNull)) {}
+
+SerializableUnion& SerializableUnion::operator=(const SerializableUnion& other) {
+    assign(other);
+    return *this;
+}
+
+SerializableUnion& SerializableUnion::operator=(SerializableUnion&& other) noexcept {
+    if (this != &other) {
+        // The old value goes last: other may live inside it.
+        std::unique_ptr<ISerializable> old = std::exchange(held_, std::move(other.held_));
+        kind_ = std::exchange(other.kind_, ValueKind::kNull);
+    }
+    return *this;
+}
+
+void SerializableUnion::appendXml(std::wstring& text) const {
+    text.append(L"<t>").append(kindName(kind())).append(L"</t>");
+    if (held_) {
+        held_->appendXml(text);
+    }
+}
+
+void SerializableUnion::readXml(std::wistream& stream) {
+    XmlStream in(stream);
+    readFrom(in);
+}
+
+void SerializableUnion::parseXml(const wchar_t*& begin, const wchar_t* end) {
+    XmlRange in(begin, end);
+    readFrom(in);
+}
+
+void SerializableUnion::setString(std::wstring value) {
+    store(ValueKind::kString, std::move(value));
+}
+void SerializableUnion::setLong(std::int32_t value) { store(ValueKind::kLong, value); }
+void SerializableUnion::setDouble(double value) { store(ValueKind::kDouble, value); }
+void SerializableUnion::setBool(bool value) { store(ValueKind::kBool, value); }
+void SerializableUnion::setDateTime(const DateTime& value) { store(ValueKind::kDateTime, value); }
+void SerializableUnion::setSizet(std::uint64_t value) { store(ValueKind::kSizet, value); }
+void SerializableUnion::setObject(std::shared_ptr<SharedObject> value) {
+    store(ValueKind::kObject, std::move(value));
+}
+
+void SerializableUnion::setArraySize(std::int64_t count) {
+    if (!isArray()) {
+        held_.reset();
+        kind_ = ValueKind::kNull;
+        held_ = std::make_unique<SerializableArray>();
+        kind_ = ValueKind::kArray;
+    }
+    std::vector<SerializableUnion>& elements = arrayRef();
+    elements.clear();
+    if (count >= 1) {
+        elements.resize(static_cast<std::size_t>(count));
+    }
+}
+
+void SerializableUnion::setArray(const std::vector<SerializableUnion>& elements) {
+    // The copy is made first: elements may be part of what is replaced.
+    std::vector<SerializableUnion> copy = elements;
+    setArraySize(0);
+    arrayRef() = std::move(copy);
+}
+
+std::wstring SerializableUnion::getString() const {
+    return heldOr(ValueKind::kString, std::wstring());
+}
+
+bool SerializableUnion::tryGetString(std::wstring& out) const {
+    out.clear();
+    if (!isString()) {
+        return false;
+    }
+    out = held<std::wstring>();
+    return true;
+}
+
+std::wstring& SerializableUnion::stringRef() {
+    if (!isString()) {
+        throwText(L"cannot get reference for null string", ZU_LINE(321));
+    }
+    return held<std::wstring>();
+}
+
+std::int32_t SerializableUnion::getLong() const {
+    return heldOr(ValueKind::kLong, std::int32_t{0});
+}
+double SerializableUnion::getDouble() const { return heldOr(ValueKind::kDouble, 0.0); }
+bool SerializableUnion::getBool() const { return heldOr(ValueKind::kBool, false); }
+DateTime SerializableUnion::getDateTime() const { return heldOr(ValueKind::kDateTime, DateTime()); }
+std::uint64_t SerializableUnion::getSizet() const {
+    return heldOr(ValueKind::kSizet, std::uint64_t{0});
+}
+std::shared_ptr<SharedObject> SerializableUnion::getObject() const {
+    return heldOr(ValueKind::kObject, std::shared_ptr<SharedObject>());
+}
+
+std::vector<SerializableUnion> SerializableUnion::getArray() const {
+    return isArray() ? static_cast<const SerializableArray&>(*held_).elements
+                     : std::vector<SerializableUnion>();
+}
+
+std::vector<SerializableUnion>& SerializableUnion::arrayRef() {
+    if (!isArray()) {
+        throwText(L"cannot get reference of null array", ZU_LINE(405));
+    }
+    return static_cast<SerializableArray&>(*held_).elements;
+}
+
+bool SerializableUnion::isString() const noexcept { return holds(ValueKind::kString); }
+bool SerializableUnion::isLong() const noexcept { return holds(ValueKind::kLong); }
+bool SerializableUnion::isDouble() const noexcept { return holds(ValueKind::kDouble); }
+bool SerializableUnion::isBool() const noexcept { return holds(ValueKind::kBool); }
+bool SerializableUnion::isDateTime() const noexcept { return holds(ValueKind::kDateTime); }
+bool SerializableUnion::isSizet() const noexcept { return holds(ValueKind::kSizet); }
+bool SerializableUnion::isObject() const noexcept { return holds(ValueKind::kObject); }
+bool SerializableUnion::isArray() const noexcept { return holds(ValueKind::kArray); }
+bool SerializableUnion::isNull() const noexcept {
+    return kind_ == ValueKind::kNull || held_ == nullptr;
+}
+
+ValueKind SerializableUnion::kind() const noexcept { return kind_; }
+
+bool SerializableUnion::notEquals(const SerializableUnion& other) const { return !equals(other); }
+
+bool SerializableUnion::equals(const SerializableUnion& other) const {
+    if (kind_ != other.kind_) {
+        return false;
+    }
+    switch (kind_) {
+        case ValueKind::kNull:
+            return other.isNull();
+        case ValueKind::kString:
+            return held<std::wstring>() == other.held<std::wstring>();
+        case ValueKind::kLong:
+            return held<std::int32_t>() == other.held<std::int32_t>();
+        case ValueKind::kDouble:
+            return held<double>() == other.held<double>();
+        case ValueKind::kBool:
+            return held<bool>() == other.held<bool>();
+        case ValueKind::kDateTime:
+            return held<DateTime>() == other.held<DateTime>();
+        case ValueKind::kSizet:
+            return held<std::uint64_t>() == other.held<std::uint64_t>();
+        case ValueKind::kObject:
+            return held<std::shared_ptr<SharedObject>>() ==
+                   other.held<std::shared_ptr<SharedObject>>();
+        case ValueKind::kArray:
+            return static_cast<const SerializableArray&>(*held_).elements ==
+                   static_cast<const SerializableArray&>(*other.held_).elements;
+    }
+    return false;
+}
+
+void SerializableUnion::assign(const SerializableUnion& other) {
+    if (this == &other) {
+        return;
+    }
+    switch (other.kind_) {
+        case ValueKind::kString:
+            return setString(other.held<std::wstring>());
+        case ValueKind::kLong:
+            return setLong(other.held<std::int32_t>());
+        case ValueKind::kDouble:
+            return setDouble(other.held<double>());
+        case ValueKind::kBool:
+            return setBool(other.held<bool>());
+        case ValueKind::kDateTime:
+            return setDateTime(other.held<DateTime>());
+        case ValueKind::kSizet:
+            return setSizet(other.held<std::uint64_t>());
+        case ValueKind::kObject:
+            return setObject(other.held<std::shared_ptr<SharedObject>>());
+        case ValueKind::kArray:
+            return setArray(static_cast<const SerializableArray&>(*other.held_).elements);
+        case ValueKind::kNull:
+            held_.reset();
+            kind_ = ValueKind::kNull;
+            return;
+    }
+}
+
+SerializableUnion& SerializableUnion::elementAt(std::size_t index) { return arrayRef()[index]; }
+
+// --- SerializableArray -------------------------------------------------------------------
+
+void SerializableArray::appendXml(std::wstring& text) const {
+    text.append(L"<c>");
+    Xml::appendSize(text, elements.size());
+    text.append(L"</c>");
+    for (const SerializableUnion& element : elements) {
+        element.appendXml(text);
+    }
+}
+
+void SerializableArray::readXml(std::wistream& stream) {
+    XmlStream in(stream);
+    readFrom(in);
+}
+
+void SerializableArray::parseXml(const wchar_t*& begin, const wchar_t* end) {
+    XmlRange in(begin, end);
+    readFrom(in);
+}
+
+}  // namespace zustd

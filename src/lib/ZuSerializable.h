@@ -1,0 +1,373 @@
+// The framework's value model: one tagged value that every setting is made of.
+//
+// A SerializableUnion holds nothing or one value of eight kinds. It owns the
+// object that holds the value; strings, date-times and arrays are copied with
+// it, the "object" kind shares its SharedObject. Kinds are strict: reading a
+// value as another kind never converts, it gives that kind's empty value.
+//
+// Everything here reads and writes the XML dialect of ZuXml through the
+// interface ISerializable. Values are not synchronised; only the counts of
+// shared objects are atomic.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "ZuDateTime.h"
+#include "ZuSharedObject.h"
+#include "ZuXml.h"
+
+namespace zustd {
+
+// What can be written as and read from the XML dialect.
+class ISerializable {
+public:
+    ISerializable() = default;
+    ISerializable(const ISerializable&) = default;
+    ISerializable& operator=(const ISerializable&) = default;
+    virtual ~ISerializable() = default;
+
+    // The two writers are made of each other; a class overrides at least one.
+    virtual void writeXml(std::wostream& stream) const;
+    virtual void appendXml(std::wstring& text) const;
+
+    // The readers replace the object's value. Malformed input throws (see
+    // ZuXml); the object then holds what was read before the fault. A class
+    // that does not implement a reader throws the text "not implemented".
+    virtual void readXml(std::wistream& stream);
+    // begin moves past what was read.
+    virtual void parseXml(const wchar_t*& begin, const wchar_t* end);
+};
+
+// How a single value stands in element text.
+template <class T>
+struct SerializableText;
+
+// A single value of one kind, written as <v>…</v>. Reading leaves the value
+// as it is when there is no such element.
+template <class T>
+class SerializableT final : public ISerializable {
+public:
+    SerializableT() = default;
+    explicit SerializableT(T initial) : value(std::move(initial)) {}
+
+    void appendXml(std::wstring& text) const override {
+        text.append(L"<v>");
+        SerializableText<T>::append(text, value);
+        text.append(L"</v>");
+    }
+    void readXml(std::wistream& stream) override {
+        XmlStream in(stream);
+        readFrom(in);
+    }
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override {
+        XmlRange in(begin, end);
+        readFrom(in);
+    }
+
+    template <class Source>
+    void readFrom(Source& in) {
+        xml::readElement(
+            in, L"v", [this](std::wstring_view text) { SerializableText<T>::assign(value, text); });
+    }
+
+    T value{};
+};
+
+template <>
+struct SerializableText<std::wstring> {
+    static void append(std::wstring& out, const std::wstring& value) {
+        Xml::appendEscaped(out, value);
+    }
+    static void assign(std::wstring& value, std::wstring_view text) { value = text; }
+};
+
+template <>
+struct SerializableText<std::int32_t> {
+    static void append(std::wstring& out, std::int32_t value) { Xml::appendLong(out, value); }
+    static void assign(std::int32_t& value, std::wstring_view text) { value = Xml::toLong(text); }
+};
+
+template <>
+struct SerializableText<double> {
+    static void append(std::wstring& out, double value) { Xml::appendDouble(out, value); }
+    static void assign(double& value, std::wstring_view text) { value = Xml::toDouble(text); }
+};
+
+template <>
+struct SerializableText<bool> {
+    static void append(std::wstring& out, bool value) { out.push_back(value ? L'y' : L'n'); }
+    static void assign(bool& value, std::wstring_view text) { value = Xml::toBool(text); }
+};
+
+template <>
+struct SerializableText<std::uint64_t> {
+    static void append(std::wstring& out, std::uint64_t value) { Xml::appendSize(out, value); }
+    static void assign(std::uint64_t& value, std::wstring_view text) { value = Xml::toSize(text); }
+};
+
+// Milliseconds are not written and come back as 0.
+template <>
+struct SerializableText<DateTime> {
+    static void append(std::wstring& out, const DateTime& value);
+    static void assign(DateTime& value, std::wstring_view text);
+};
+
+// The object kind has no element of its own: the held object writes and reads
+// itself when it is serializable, an empty pointer is no text at all, and any
+// other object is "not implemented".
+template <>
+class SerializableT<std::shared_ptr<SharedObject>> final : public ISerializable {
+public:
+    SerializableT() = default;
+    explicit SerializableT(std::shared_ptr<SharedObject> initial) : value(std::move(initial)) {}
+
+    void appendXml(std::wstring& text) const override;
+    void readXml(std::wistream& stream) override;
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
+
+    std::shared_ptr<SharedObject> value;
+
+private:
+    // Null for an empty pointer.
+    ISerializable* serializable() const;
+};
+
+// The kinds of value. Any other number counts as kNull.
+enum class ValueKind : std::uint32_t {
+    kNull = 0,
+    kString = 1,
+    kLong = 2,
+    kDouble = 3,
+    kBool = 4,
+    kDateTime = 5,
+    kSizet = 6,
+    kObject = 7,
+    kArray = 8,
+};
+
+// The name of a kind as it stands in the XML form, and the kind of a name
+// (case-sensitive; kNull for any other text).
+std::wstring_view kindName(ValueKind kind) noexcept;
+ValueKind kindFromName(std::wstring_view name) noexcept;
+
+class SerializableUnion : public ISerializable {
+public:
+    SerializableUnion() noexcept = default;
+    SerializableUnion(const SerializableUnion& other);
+    SerializableUnion(SerializableUnion&& other) noexcept;
+    SerializableUnion& operator=(const SerializableUnion& other);
+    SerializableUnion& operator=(SerializableUnion&& other) noexcept;
+    ~SerializableUnion() override = default;
+
+    void appendXml(std::wstring& text) const override;
+    void readXml(std::wistream& stream) override;
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
+
+    // A setter overwrites a value of its own kind in place; a value of another
+    // kind is destroyed first, and the union is null when there is no memory
+    // for the new one.
+    virtual void setString(std::wstring value);
+    virtual void setLong(std::int32_t value);
+    virtual void setDouble(double value);
+    virtual void setBool(bool value);
+    virtual void setDateTime(const DateTime& value);
+    virtual void setSizet(std::uint64_t value);
+    virtual void setObject(std::shared_ptr<SharedObject> value);
+    // An array of so many null elements; empty when count is below 1.
+    virtual void setArraySize(std::int64_t count);
+    virtual void setArray(const std::vector<SerializableUnion>& elements);
+
+    // The held value, or the kind's empty value when another kind is held.
+    virtual std::wstring getString() const;
+    // Whether a string is held; out is emptied or receives it.
+    virtual bool tryGetString(std::wstring& out) const;
+    // Throws the text "cannot get reference for null string" when no string
+    // is held. The reference lives until the kind changes.
+    virtual std::wstring& stringRef();
+    virtual std::int32_t getLong() const;
+    virtual double getDouble() const;
+    virtual bool getBool() const;
+    virtual DateTime getDateTime() const;
+    virtual std::uint64_t getSizet() const;
+    virtual std::shared_ptr<SharedObject> getObject() const;
+    virtual std::vector<SerializableUnion> getArray() const;
+    // Throws the text "cannot get reference of null array" when no array is
+    // held. The reference lives until the kind changes.
+    virtual std::vector<SerializableUnion>& arrayRef();
+
+    virtual bool isString() const noexcept;
+    virtual bool isLong() const noexcept;
+    virtual bool isDouble() const noexcept;
+    virtual bool isBool() const noexcept;
+    virtual bool isDateTime() const noexcept;
+    virtual bool isSizet() const noexcept;
+    virtual bool isObject() const noexcept;
+    virtual bool isArray() const noexcept;
+    virtual bool isNull() const noexcept;
+
+    virtual ValueKind kind() const noexcept;
+
+    // Equal kinds and equal values; objects by identity, arrays element by
+    // element, a NaN is unequal to itself.
+    virtual bool notEquals(const SerializableUnion& other) const;
+    virtual bool equals(const SerializableUnion& other) const;
+
+    // Becomes a copy: deep for strings, date-times and arrays, shared for
+    // objects.
+    virtual void assign(const SerializableUnion& other);
+
+    // An element of the held array; fails as arrayRef() does, but does not
+    // check the index.
+    virtual SerializableUnion& elementAt(std::size_t index);
+
+    // Reads the XML form from either character source.
+    template <class Source>
+    void readFrom(Source& in);
+
+    friend bool operator==(const SerializableUnion& left, const SerializableUnion& right) {
+        return left.equals(right);
+    }
+
+private:
+    bool holds(ValueKind kind) const noexcept { return kind_ == kind && held_ != nullptr; }
+
+    template <class T>
+    T& held() const noexcept {
+        return static_cast<SerializableT<T>&>(*held_).value;
+    }
+    template <class T>
+    T heldOr(ValueKind kind, T empty) const {
+        return holds(kind) ? held<T>() : std::move(empty);
+    }
+    template <class T>
+    void store(ValueKind kind, T value);
+    template <class Source>
+    void readHeld(Source& in);
+
+    std::unique_ptr<ISerializable> held_;
+    ValueKind kind_ = ValueKind::kNull;
+};
+
+// An ordered sequence of values, written as <c>count</c> and the elements.
+class SerializableArray final : public ISerializable {
+public:
+    // A file may leave out so many elements of its count at the most; they
+    // are null.
+    static constexpr std::size_t kMaxImpliedElements = 64;
+
+    SerializableArray() = default;
+    explicit SerializableArray(std::vector<SerializableUnion> initial)
+        : elements(std::move(initial)) {}
+
+    void appendXml(std::wstring& text) const override;
+    void readXml(std::wistream& stream) override;
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
+
+    template <class Source>
+    void readFrom(Source& in);
+
+    std::vector<SerializableUnion> elements;
+};
+
+// --- Templates ------------------------------------------------------------------
+
+template <class Source>
+void SerializableArray::readFrom(Source& in) {
+    const xml::DepthGuard guard;
+    std::uint64_t count = 0;
+    xml::readElement(in, L"c", [&count](std::wstring_view text) { count = Xml::toSize(text); });
+    elements.clear();
+    // The count is only a claim: memory is taken for elements that are there.
+    std::size_t implied = 0;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const auto start = in.mark();
+        elements.emplace_back().readFrom(in);
+        if (in.mark() == start) {
+            ++implied;
+            ZU_ASSERT_AS(implied <= kMaxImpliedElements, L"implied <= kMaxImpliedElements",
+                         ZU_HERE);
+        }
+    }
+}
+
+template <class Source>
+void SerializableUnion::readFrom(Source& in) {
+    ValueKind kind = ValueKind::kNull;
+    xml::readElement(in, L"t", [&kind](std::wstring_view text) { kind = kindFromName(text); });
+    switch (kind) {
+        case ValueKind::kString:
+            store(kind, std::wstring());
+            break;
+        case ValueKind::kLong:
+            store(kind, std::int32_t{0});
+            break;
+        case ValueKind::kDouble:
+            store(kind, 0.0);
+            break;
+        case ValueKind::kBool:
+            store(kind, false);
+            break;
+        case ValueKind::kDateTime:
+            store(kind, DateTime());
+            break;
+        case ValueKind::kSizet:
+            store(kind, std::uint64_t{0});
+            break;
+        case ValueKind::kObject:
+            store(kind, std::shared_ptr<SharedObject>());
+            break;
+        case ValueKind::kArray:
+            setArraySize(0);
+            break;
+        case ValueKind::kNull:
+            held_.reset();
+            kind_ = ValueKind::kNull;
+            return;
+    }
+    readHeld(in);
+}
+
+// The class of the held object is known, so nothing here is a virtual call.
+// An object's pointer is empty after reading its kind: it has no elements.
+template <class Source>
+void SerializableUnion::readHeld(Source& in) {
+    switch (kind_) {
+        case ValueKind::kString:
+            return static_cast<SerializableT<std::wstring>&>(*held_).readFrom(in);
+        case ValueKind::kLong:
+            return static_cast<SerializableT<std::int32_t>&>(*held_).readFrom(in);
+        case ValueKind::kDouble:
+            return static_cast<SerializableT<double>&>(*held_).readFrom(in);
+        case ValueKind::kBool:
+            return static_cast<SerializableT<bool>&>(*held_).readFrom(in);
+        case ValueKind::kDateTime:
+            return static_cast<SerializableT<DateTime>&>(*held_).readFrom(in);
+        case ValueKind::kSizet:
+            return static_cast<SerializableT<std::uint64_t>&>(*held_).readFrom(in);
+        case ValueKind::kArray:
+            return static_cast<SerializableArray&>(*held_).readFrom(in);
+        case ValueKind::kObject:
+        case ValueKind::kNull:
+            return;
+    }
+}
+
+template <class T>
+void SerializableUnion::store(ValueKind kind, T value) {
+    if (holds(kind)) {
+        held<T>() = std::move(value);
+        return;
+    }
+    held_.reset();
+    kind_ = ValueKind::kNull;
+    held_ = std::make_unique<SerializableT<T>>(std::move(value));
+    kind_ = kind;
+}
+
+}  // namespace zustd

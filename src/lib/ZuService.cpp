@@ -1,0 +1,34 @@
+#include "ZuService.h"
+
+#include "ZuPlankton.h"
+
+namespace zustd {
+
+const MessageKind Service::kLogicalLockChanged{L"logicalLockChanged.Service"};
+
+void Service::initialize() {
+    properties_ = std::make_shared<TrackingPropertyBag>();
+    ZU_ASSERT_AS(properties_, L"properties_", ZU_LINE(61));
+    // Weakly: the service owns the bag, not the other way round.
+    properties_->connect(sharedReference<MessageSink>(this), true);
+}
+
+void Service::announce() { sendMessage(kLogicalLockChanged, MessageWord(0), MessageWord()); }
+
+std::shared_ptr<SharedObject> Service::getNamedObject(std::wstring_view name) const {
+    const std::shared_ptr<SharedObject>* object = namedObjects_.find(name);
+    return object != nullptr ? *object : nullptr;
+}
+
+void Service::setNamedObject(std::wstring_view name, const std::shared_ptr<SharedObject>& object) {
+    namedObjects_.findOrInsert(name).first.value = object;
+}
+
+void Service::removeNamedObject(std::wstring_view name) { namedObjects_.remove(name); }
+
+const std::shared_ptr<TrackingPropertyBag>& Service::properties() const {
+    ZU_ASSERT(properties_);
+    return properties_;
+}
+
+}  // namespace zustd

@@ -1,0 +1,62 @@
+// What is registered in a ServiceLocator: a shared object with settings and
+// messages.
+//
+// Every service is itself a registry whose parent is the one that it was
+// attached to, keeps its settings in a tracked bag, and forwards the bag's
+// change messages to its own sinks. Make services with makeService, which runs
+// the initialisation that needs a finished object.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "ZuChangeTracker.h"
+#include "ZuHashMap.h"
+#include "ZuMessaging.h"
+#include "ZuServiceLocator.h"
+
+namespace zustd {
+
+class Service : public ServiceLocator, public MessageForwarder {
+public:
+    // First word: 1 when the service is taken for exclusive use, 0 when it is
+    // free (again).
+    static const MessageKind kLogicalLockChanged;
+
+    // The name tells services of one type apart; most have none.
+    explicit Service(std::wstring name = {}) : name_(std::move(name)) {}
+
+    // Creates the settings and connects their changes to this service. Needs
+    // an object that is owned by a shared reference.
+    void initialize() override;
+    // Tells the sinks that the service is there and free.
+    void announce() override;
+
+    // Objects that belong to the service, by name; empty when there is none.
+    virtual std::shared_ptr<SharedObject> getNamedObject(std::wstring_view name) const;
+    virtual void setNamedObject(std::wstring_view name,
+                                const std::shared_ptr<SharedObject>& object);
+    virtual void removeNamedObject(std::wstring_view name);
+
+    const std::wstring& name() const noexcept { return name_; }
+
+    // The settings; fails the assertion "properties_" before initialize().
+    const std::shared_ptr<TrackingPropertyBag>& properties() const;
+
+private:
+    std::shared_ptr<TrackingPropertyBag> properties_;
+    HashMap<std::shared_ptr<SharedObject>> namedObjects_;
+    std::wstring name_;
+};
+
+// A new, initialised service.
+template <class T, class... Args>
+std::shared_ptr<T> makeService(Args&&... args) {
+    auto service = std::make_shared<T>(std::forward<Args>(args)...);
+    service->initialize();
+    return service;
+}
+
+}  // namespace zustd

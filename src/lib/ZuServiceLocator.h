@@ -1,0 +1,90 @@
+// The registry through which framework objects find each other's services.
+//
+// Registries form a tree below one process-wide root. A look-up searches the
+// services that a registry owns, the newest first, then climbs the parents,
+// and at last tries the root; a service registered later hides an older one of
+// the same type and name. Missing services are empty references, never
+// exceptions.
+//
+// A registry owns its services by strong references, and an attached service
+// holds its registry as its parent. That circle is opened by
+// unregisterService; the root opens it for all its services when the process
+// ends. Reference counts are atomic, the lists are not locked: register and
+// look up on the main thread.
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "ZuSharedObject.h"
+
+namespace zustd {
+
+class Service;
+
+class ServiceLocator : public SharedObject {
+public:
+    // Slot order is fixed: the two life-cycle hooks do nothing here.
+    ~ServiceLocator() override = default;
+    virtual void initialize();
+    virtual void announce();
+
+    // Empty for the root and for what was never attached.
+    virtual std::shared_ptr<ServiceLocator> getParent() const;
+    virtual void setParent(const std::shared_ptr<ServiceLocator>& parent);
+
+    // Adds a service unless it is null or registered already; owned (strong)
+    // or not (weak). With attach the service's look-ups climb to this
+    // registry.
+    virtual void registerService(const std::shared_ptr<Service>& service, bool attach, bool own);
+    // Removes a service from whichever list holds it and detaches it.
+    virtual void unregisterService(const std::shared_ptr<Service>& service);
+
+    // The process-wide root; empty before static initialisation and after
+    // static destruction.
+    static std::shared_ptr<ServiceLocator> instance() noexcept;
+
+    // The newest owned service that is a T and, when name is not empty, bears
+    // it; searched for here, then in the parents, then in the root, or only
+    // here with localOnly.
+    template <class T>
+    std::shared_ptr<T> getService(std::wstring_view name = {}, bool localOnly = false) const {
+        return std::dynamic_pointer_cast<T>(findOwned(isA<T>, name, localOnly));
+    }
+
+    // The same among the weakly held services of this registry alone.
+    template <class T>
+    std::shared_ptr<T> getWeakService(std::wstring_view name = {}) const {
+        return std::dynamic_pointer_cast<T>(findWeak(isA<T>, name));
+    }
+
+private:
+    friend class ServiceLocatorStaticCtorDtor;
+    using TypeTest = bool (*)(Service& service);
+
+    template <class T>
+    static bool isA(Service& service) {
+        return dynamic_cast<T*>(&service) != nullptr;
+    }
+
+    std::shared_ptr<Service> findOwned(TypeTest isType, std::wstring_view name,
+                                       bool localOnly) const;
+    std::shared_ptr<Service> findWeak(TypeTest isType, std::wstring_view name) const;
+    void unregisterAll();
+
+    std::vector<std::weak_ptr<Service>> weakServices_;
+    std::vector<std::shared_ptr<Service>> ownedServices_;
+    std::shared_ptr<ServiceLocator> parent_;
+};
+
+// Its one static object makes the root registry and releases it at exit.
+class ServiceLocatorStaticCtorDtor {
+public:
+    ServiceLocatorStaticCtorDtor();
+    ServiceLocatorStaticCtorDtor(const ServiceLocatorStaticCtorDtor&) = delete;
+    ServiceLocatorStaticCtorDtor& operator=(const ServiceLocatorStaticCtorDtor&) = delete;
+    ~ServiceLocatorStaticCtorDtor();
+};
+
+}  // namespace zustd

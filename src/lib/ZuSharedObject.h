@@ -1,0 +1,32 @@
+// The base of every reference-counted framework object.
+//
+// Objects are made with std::make_shared and held by std::shared_ptr (strong)
+// and std::weak_ptr (weak); the counts are atomic, so references may be copied
+// and released on any thread. An object can hand out references to itself as
+// long as somebody owns it.
+#pragma once
+
+#include <memory>
+#include <type_traits>
+
+namespace zustd {
+
+class SharedObject : public std::enable_shared_from_this<SharedObject> {
+public:
+    SharedObject() = default;
+    SharedObject(const SharedObject&) = delete;
+    SharedObject& operator=(const SharedObject&) = delete;
+    virtual ~SharedObject() = default;
+};
+
+// A further strong reference to an object, typed as the object or as the base
+// that the caller names. Empty when nobody owns the object yet (inside its
+// constructor) or any more (inside its destructor).
+template <class As = void, class T>
+auto sharedReference(T* object) noexcept {
+    using Base = std::conditional_t<std::is_void_v<As>, T, As>;
+    const std::shared_ptr<SharedObject> owner = object->SharedObject::weak_from_this().lock();
+    return owner ? std::shared_ptr<Base>(owner, object) : std::shared_ptr<Base>();
+}
+
+}  // namespace zustd

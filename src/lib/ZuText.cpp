@@ -1,0 +1,126 @@
+#include "ZuText.h"
+
+#include <cstdio>
+#include <cwchar>
+#include <limits>
+#include <stdexcept>
+
+#include "ZuWindows.h"
+
+namespace zustd {
+
+namespace {
+
+int lengthOf(std::size_t size) {
+    if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        throw std::length_error("text too long to convert");
+    }
+    return static_cast<int>(size);
+}
+
+wchar_t foldAscii(wchar_t c) noexcept {
+    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+}
+
+// UTF-8 accepts neither a default character nor a report of its use; a lone
+// surrogate, its only misfit, becomes U+FFFD by itself.
+std::string narrowToUtf8(std::wstring_view wide, bool* lossy) {
+    const int wideLength = lengthOf(wide.size());
+    const int size =
+        WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideLength, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideLength, result.data(), size, nullptr, nullptr);
+    if (lossy != nullptr) {
+        *lossy = widen(result) != wide;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::wstring widen(std::string_view narrow) {
+    if (narrow.empty()) {
+        return {};
+    }
+    const int narrowLength = lengthOf(narrow.size());
+    const int size = MultiByteToWideChar(CP_ACP, 0, narrow.data(), narrowLength, nullptr, 0);
+    std::wstring result(static_cast<std::size_t>(size), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, narrow.data(), narrowLength, result.data(), size);
+    return result;
+}
+
+std::string narrow(std::wstring_view wide, bool* lossy) {
+    if (lossy != nullptr) {
+        *lossy = false;
+    }
+    if (wide.empty()) {
+        return {};
+    }
+    if (GetACP() == CP_UTF8) {
+        return narrowToUtf8(wide, lossy);
+    }
+    const int wideLength = lengthOf(wide.size());
+    BOOL usedDefault = FALSE;
+    const int size = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), wideLength,
+                                         nullptr, 0, "_", &usedDefault);
+    std::string result(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), wideLength, result.data(), size,
+                        "_", &usedDefault);
+    if (lossy != nullptr) {
+        *lossy = usedDefault != FALSE;
+    }
+    return result;
+}
+
+std::string formatNarrow(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string result = formatNarrowV(format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+std::string formatNarrowV(const char* format, std::va_list arguments) {
+    std::va_list again;
+    va_copy(again, arguments);
+    const int size = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    if (size <= 0) {
+        return {};
+    }
+    std::string result(static_cast<std::size_t>(size), '\0');
+    std::vsnprintf(result.data(), result.size() + 1, format, arguments);
+    return result;
+}
+
+std::wstring formatWide(const wchar_t* format, ...) {
+    // This runtime's vswprintf cuts, terminates and returns the length needed.
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list again;
+    va_copy(again, arguments);
+    std::wstring result(128, L'\0');
+    int size = std::vswprintf(result.data(), result.size() + 1, format, arguments);
+    if (size > 0 && static_cast<std::size_t>(size) > result.size()) {
+        result.resize(static_cast<std::size_t>(size));
+        size = std::vswprintf(result.data(), result.size() + 1, format, again);
+    }
+    va_end(again);
+    va_end(arguments);
+    result.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
+    return result;
+}
+
+bool equalsIgnoringAsciiCase(std::wstring_view left, std::wstring_view right) noexcept {
+    if (left.size() != right.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        if (foldAscii(left[i]) != foldAscii(right[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace zustd

@@ -1,0 +1,29 @@
+// The version of a program, with the notice that is shown beside it.
+#pragma once
+
+#include <string>
+
+namespace zustd {
+
+// What kind of build a version belongs to; it shows in the displayed text.
+enum class BuildKind { Release, Beta, Debug };
+
+struct Version {
+    // The framework's own build number, for programs that keep none.
+    static constexpr long kDefaultBuild = 852;
+
+    long major = 0;
+    long minor = 0;
+    long build = kDefaultBuild;
+    BuildKind kind = BuildKind::Release;
+    // One line without a line feed.
+    std::wstring notice =
+        L"Maintenance and diagnostics for the Pellory add-in. All rights reserved.";
+
+    // "1.8.852"
+    std::wstring toText() const;
+    // The same with " BETA" or " DEBUG" behind it for such builds.
+    std::wstring toDisplayText() const;
+};
+
+}  // namespace zustd

@@ -1,0 +1,13 @@
+// The one door to the Windows headers.
+//
+// Only sources and the backend units' headers include it: a portable header
+// must compile without Windows. The target's definitions (UNICODE, NOMINMAX,
+// STRICT, the version macros) come from the build, so that every source sees
+// the same ones.
+#pragma once
+
+#if !defined(UNICODE) || !defined(NOMINMAX) || !defined(STRICT)
+#error "build this source with the project's common definitions"
+#endif
+
+#include <windows.h>

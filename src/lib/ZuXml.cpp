@@ -1,0 +1,362 @@
+#include "ZuXml.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace zustd {
+
+namespace {
+
+constexpr std::size_t kNumberBuffer = 128;
+constexpr std::size_t kDoubleBuffer = 512;
+constexpr wchar_t kHexDigits[] = L"0123456789ABCDEF";
+
+// Code units from here on are written as they are.
+constexpr wchar_t kFirstPlain = 63;
+
+constexpr bool needsEscape(wchar_t c) noexcept {
+    return c < kFirstPlain &&
+           (c < 32 || c == L'"' || c == L'&' || c == L'\'' || c == L'<' || c == L'>');
+}
+
+// Digits of a number, most significant first, in a buffer of its own.
+class Digits {
+public:
+    Digits(std::uint64_t value, unsigned base, int width) noexcept {
+        const auto padded =
+            static_cast<std::size_t>(std::clamp(width, 1, static_cast<int>(kNumberBuffer) - 1));
+        do {
+            buffer_[--first_] = kHexDigits[value % base];
+            value /= base;
+        } while (value != 0);
+        while (kNumberBuffer - first_ < padded) {
+            buffer_[--first_] = L'0';
+        }
+    }
+    std::wstring_view view() const noexcept {
+        return {buffer_.data() + first_, kNumberBuffer - first_};
+    }
+
+private:
+    std::array<wchar_t, kNumberBuffer> buffer_;
+    std::size_t first_ = kNumberBuffer;
+};
+
+std::wstring_view skipSpace(std::wstring_view text) noexcept {
+    std::size_t at = 0;
+    while (at < text.size() && (xml::isSpace(text[at]) || text[at] == L'\v' || text[at] == L'\f')) {
+        ++at;
+    }
+    return text.substr(at);
+}
+
+// [sign] digits, as far as they go; the magnitude stays at its largest value
+// once it has overflowed.
+struct ScannedInteger {
+    bool negative = false;
+    std::uint64_t magnitude = 0;
+};
+
+ScannedInteger scanInteger(std::wstring_view text) noexcept {
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
+    ScannedInteger result;
+    text = skipSpace(text);
+    if (!text.empty() && (text[0] == L'-' || text[0] == L'+')) {
+        result.negative = text[0] == L'-';
+        text.remove_prefix(1);
+    }
+    for (const wchar_t c : text) {
+        if (c < L'0' || c > L'9') {
+            break;
+        }
+        const auto digit = static_cast<std::uint64_t>(c - L'0');
+        if (result.magnitude > (kLargest - digit) / 10) {
+            result.magnitude = kLargest;
+            break;
+        }
+        result.magnitude = result.magnitude * 10 + digit;
+    }
+    return result;
+}
+
+std::size_t findSpace(std::wstring_view text, std::size_t from) noexcept {
+    return std::min(text.find_first_of(L" \n\r\t", from), text.size());
+}
+
+// attributeValue = quoted | unquoted ; moves at past it, false when a quote
+// does not close
+bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring& value) {
+    if (at < text.size() && (text[at] == L'"' || text[at] == L'\'')) {
+        const std::size_t close = text.find(text[at], at + 1);
+        if (close == std::wstring_view::npos) {
+            return false;
+        }
+        value = text.substr(at + 1, close - at - 1);
+        at = close + 1;
+        return true;
+    }
+    const std::size_t end = findSpace(text, at);
+    value = text.substr(at, end - at);
+    at = end;
+    return true;
+}
+
+constinit thread_local int readDepth = 0;
+
+}  // namespace
+
+// --- Writing ------------------------------------------------------------------
+
+void Xml::appendTag(std::wstring& out, std::wstring_view name, bool closing) {
+    out.append(closing ? L"</" : L"<").append(name).push_back(L'>');
+}
+
+void Xml::escapeXmlChar(std::wstring& out, wchar_t c) {
+    if (!needsEscape(c)) {
+        out.push_back(c);
+        return;
+    }
+    switch (c) {
+        case L'<':
+            out.append(L"&lt;");
+            break;
+        case L'>':
+            out.append(L"&gt;");
+            break;
+        case L'\'':
+            out.append(L"&apos;");
+            break;
+        case L'"':
+            out.append(L"&quot;");
+            break;
+        case L'&':
+            out.append(L"&amp;");
+            break;
+        case L'\n':
+            out.append(L"\\n");
+            break;
+        default:
+            out.push_back(L'\\');
+            out.push_back(kHexDigits[c / 16]);
+            out.push_back(kHexDigits[c % 16]);
+            break;
+    }
+}
+
+void Xml::appendEscaped(std::wstring& out, std::wstring_view text) {
+    while (!text.empty()) {
+        std::size_t plain = 0;
+        while (plain < text.size() && !needsEscape(text[plain])) {
+            ++plain;
+        }
+        out.append(text.substr(0, plain));
+        if (plain == text.size()) {
+            return;
+        }
+        escapeXmlChar(out, text[plain]);
+        text.remove_prefix(plain + 1);
+    }
+}
+
+void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
+    const bool negative = value < 0;
+    const auto wide = static_cast<std::int64_t>(value);
+    if (negative) {
+        out.push_back(L'-');
+    }
+    // The sign counts towards the width.
+    const auto magnitude = static_cast<std::uint64_t>(negative ? -wide : wide);
+    out.append(Digits(magnitude, 10, negative ? width - 1 : width).view());
+}
+
+void Xml::appendLongHex(std::wstring& out, std::uint32_t value, int width) {
+    out.append(Digits(value, 16, width).view());
+}
+
+void Xml::appendSize(std::wstring& out, std::uint64_t value, int width) {
+    out.append(Digits(value, 10, width).view());
+}
+
+void Xml::appendSizeHex(std::wstring& out, std::uint64_t value, int width) {
+    out.append(Digits(value, 16, width).view());
+}
+
+void Xml::appendDouble(std::wstring& out, double value) {
+    std::array<char, kDoubleBuffer> digits;
+    const auto [end, failure] = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                              std::chars_format::fixed, 6);
+    if (failure == std::errc()) {
+        out.append(digits.data(), end);
+    }
+}
+
+// --- Values from text ----------------------------------------------------------
+
+std::int32_t Xml::toLong(std::wstring_view text) noexcept {
+    constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
+    const ScannedInteger scanned = scanInteger(text);
+    const auto magnitude = static_cast<std::int64_t>(
+        std::min(scanned.magnitude, static_cast<std::uint64_t>(-kLowest)));
+    return static_cast<std::int32_t>(
+        std::clamp(scanned.negative ? -magnitude : magnitude, kLowest, kHighest));
+}
+
+std::uint64_t Xml::toSize(std::wstring_view text) noexcept {
+    const ScannedInteger scanned = scanInteger(text);
+    // A negative number wraps around, as it always has in this format.
+    return scanned.negative ? 0 - scanned.magnitude : scanned.magnitude;
+}
+
+double Xml::toDouble(std::wstring_view text) noexcept {
+    text = skipSpace(text);
+    if (text.starts_with(L'+') && !text.starts_with(L"+-")) {
+        text.remove_prefix(1);
+    }
+    std::array<char, kDoubleBuffer> digits;
+    std::size_t size = 0;
+    while (size < text.size() && size < digits.size() && text[size] > 32 && text[size] < 127) {
+        digits[size] = static_cast<char>(text[size]);
+        ++size;
+    }
+    double value = 0.0;
+    std::from_chars(digits.data(), digits.data() + size, value);
+    return value;
+}
+
+bool Xml::toBool(std::wstring_view text) noexcept {
+    return text.starts_with(L'y') || text.starts_with(L'Y');
+}
+
+// --- Reading --------------------------------------------------------------------
+
+bool Xml::readTag(const wchar_t*& begin, const wchar_t* end, std::wstring_view name, bool closing,
+                  bool mustMatch) {
+    XmlRange in(begin, end);
+    return xml::readTag(in, name, closing, mustMatch);
+}
+
+bool Xml::readTag(std::wistream& stream, std::wstring_view name, bool closing, bool mustMatch) {
+    XmlStream in(stream);
+    return xml::readTag(in, name, closing, mustMatch);
+}
+
+void Xml::readText(const wchar_t*& begin, const wchar_t* end, std::wstring& out) {
+    XmlRange in(begin, end);
+    std::wstring scratch;
+    out = xml::readText(in, scratch);
+}
+
+void Xml::readText(std::wistream& stream, std::wstring& out) {
+    XmlStream in(stream);
+    std::wstring scratch;
+    out = xml::readText(in, scratch);
+}
+
+bool Xml::peekTag(std::wistream& stream, std::wstring& name) {
+    constexpr std::wstring_view kStops = L"<> \n\r\t";
+    name.clear();
+    XmlStream in(stream);
+    bool inName = false;
+    for (int c = in.peek(); c != XmlStream::kEnd; c = in.peek()) {
+        in.skip();
+        if (!inName) {
+            inName = c == L'<';
+        } else if (kStops.find(static_cast<wchar_t>(c)) != std::wstring_view::npos) {
+            break;
+        } else {
+            name.push_back(static_cast<wchar_t>(c));
+        }
+    }
+    const std::size_t count = in.mark();
+    if (!in.tryRewind(0)) {
+        ZU_TRACE(
+            L"Xml::peekTag: insufficient putback space in streambuf; need at least %lld "
+            L"putbackchars",
+            static_cast<long long>(count));
+        return false;
+    }
+    return !name.empty();
+}
+
+bool Xml::parseAttributes(std::wstring_view text, std::vector<XmlAttribute>& out) {
+    std::size_t at = 0;
+    for (;;) {
+        while (at < text.size() && xml::isSpace(text[at])) {
+            ++at;
+        }
+        if (at == text.size()) {
+            return true;
+        }
+        const std::size_t equals = text.find(L'=', at);
+        if (equals == std::wstring_view::npos || equals == at || findSpace(text, at) < equals) {
+            return false;
+        }
+        XmlAttribute attribute{std::wstring(text.substr(at, equals - at)), {}};
+        at = equals + 1;
+        while (at < text.size() && xml::isSpace(text[at])) {
+            ++at;
+        }
+        if (!takeAttributeValue(text, at, attribute.value)) {
+            return false;
+        }
+        out.push_back(std::move(attribute));
+    }
+}
+
+// --- Character sources -----------------------------------------------------------
+
+bool XmlStream::tryRewind(Mark mark) {
+    using Traits = std::wstreambuf::traits_type;
+    for (; taken_ > mark; --taken_) {
+        if (Traits::eq_int_type(buffer_.sungetc(), Traits::eof())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void XmlStream::rewind(Mark mark) {
+    if (!tryRewind(mark)) {
+        throwText(L"XmlStream::rewind: insufficient putback space in streambuf", ZU_HERE);
+    }
+}
+
+// --- The grammar -------------------------------------------------------------------
+
+namespace xml {
+
+bool matchesTag(std::wstring_view text, std::wstring_view name, bool closing) {
+    const std::size_t blank = text.find(L' ');
+    if (blank != std::wstring_view::npos) {
+        std::vector<XmlAttribute> attributes;
+        const bool attributesOK = Xml::parseAttributes(text.substr(blank + 1), attributes);
+        ZU_ASSERT(attributesOK);
+    }
+    if (closing) {
+        return text.starts_with(L'/') && text.substr(1) == name;
+    }
+    return text.substr(0, blank) == name;
+}
+
+void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view found) {
+    std::wstring message;
+    Xml::appendTag(message, name, closing);
+    message += L" expected, but found ";
+    Xml::appendTag(message, found);
+    throwInvalidArgument(message, ZU_HERE);
+}
+
+DepthGuard::DepthGuard() {
+    ZU_ASSERT_AS(readDepth < kMaxDepth, L"depth <= kMaxDepth", ZU_HERE);
+    ++readDepth;
+}
+
+DepthGuard::~DepthGuard() { --readDepth; }
+
+}  // namespace xml
+
+}  // namespace zustd

@@ -1,0 +1,383 @@
+// The framework's small XML dialect: elements and text, nothing else.
+//
+// Every setting is kept in this dialect; docs/formats/xml-dialect.md gives its
+// grammar. There is one grammar here and two character sources for it: a range
+// of characters in memory (XmlRange) and a wide input stream (XmlStream). A
+// reading function is a template over the source; each value class reads
+// itself with the same few of them.
+//
+// Lenient on purpose: text between elements is passed over, an open tag may be
+// missing (the value then keeps what it had), tags that begin with "?" (the
+// header line) are stepped over. Strict on purpose: a closing tag must be
+// there, attributes must parse, a tag must end. Strictness comes out as
+// std::invalid_argument ("</v> expected, but found <p>") or as a failed
+// assertion; the Loader turns both into false.
+//
+// Escaping is not symmetric: control characters are written as a backslash
+// and their code, and are read back as just these characters. Files written
+// by older releases rely on it.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <streambuf>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ZuPlankton.h"
+
+namespace zustd {
+
+// One name="value" of a tag.
+struct XmlAttribute {
+    std::wstring name;
+    std::wstring value;
+};
+
+// What every file in the dialect begins with, line feed included.
+inline constexpr std::wstring_view kXmlHeader = L"<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n";
+
+class Xml {
+public:
+    // --- Writing: each appends to the caller's string -----------------------
+
+    // "<name>" or "</name>".
+    static void appendTag(std::wstring& out, std::wstring_view name, bool closing = false);
+
+    // One character as it stands in element text.
+    static void escapeXmlChar(std::wstring& out, wchar_t c);
+    static void appendEscaped(std::wstring& out, std::wstring_view text);
+
+    // Decimal and upper-case hexadecimal numbers, zero-padded to a width; a
+    // width below 1 means no padding, one above 127 counts as 127.
+    static void appendLong(std::wstring& out, std::int32_t value, int width = 0);
+    static void appendLongHex(std::wstring& out, std::uint32_t value, int width = 0);
+    static void appendSize(std::wstring& out, std::uint64_t value, int width = 0);
+    static void appendSizeHex(std::wstring& out, std::uint64_t value, int width = 0);
+    // Six decimals.
+    static void appendDouble(std::wstring& out, double value);
+
+    // --- Values from text: what does not scan is 0 ---------------------------
+
+    static std::int32_t toLong(std::wstring_view text) noexcept;
+    static std::uint64_t toSize(std::wstring_view text) noexcept;
+    static double toDouble(std::wstring_view text) noexcept;
+    // True when the text begins with "y" or "Y".
+    static bool toBool(std::wstring_view text) noexcept;
+
+    // --- Reading -------------------------------------------------------------
+
+    // Takes the next tag when it is <name> (closing: </name>) and returns
+    // whether it was. On another tag or at the end of the input: with
+    // mustMatch throws std::invalid_argument, without it the position stays
+    // where it was. begin moves past what was taken.
+    static bool readTag(const wchar_t*& begin, const wchar_t* end, std::wstring_view name,
+                        bool closing, bool mustMatch);
+    static bool readTag(std::wistream& stream, std::wstring_view name, bool closing,
+                        bool mustMatch);
+
+    // Replaces out by the element text up to the next "<" or ">", entities
+    // decoded. An "&" that starts none of the five entities is dropped in a
+    // range; in a stream it ends the text.
+    static void readText(const wchar_t*& begin, const wchar_t* end, std::wstring& out);
+    static void readText(std::wistream& stream, std::wstring& out);
+
+    // The name of the next tag, without taking anything; false when there is
+    // none. The stream must be able to put back the tag and the text before
+    // it; when it cannot, a trace line says how much it would have needed and
+    // the result is false.
+    static bool peekTag(std::wistream& stream, std::wstring& name);
+
+    // What stands behind a tag's name. False when it is no list of
+    // attributes; out then holds those before the fault.
+    static bool parseAttributes(std::wstring_view text, std::vector<XmlAttribute>& out);
+};
+
+// --- Character sources --------------------------------------------------------
+//
+// A source knows where it is (mark), can go back there (rewind), and collects
+// the characters that it steps over into a token. peek() is kEnd at the end.
+
+class XmlRange {
+public:
+    using Mark = const wchar_t*;
+    static constexpr int kEnd = -1;
+    static constexpr bool kUnknownEntityEndsText = false;
+
+    // Moves begin past what was read when the source goes out of scope.
+    XmlRange(const wchar_t*& begin, const wchar_t* end) noexcept
+        : begin_(begin), at_(begin), end_(end) {}
+    XmlRange(const XmlRange&) = delete;
+    XmlRange& operator=(const XmlRange&) = delete;
+    ~XmlRange() { begin_ = at_; }
+
+    int peek() const noexcept { return at_ != end_ ? static_cast<int>(*at_) : kEnd; }
+    void skip() noexcept { ++at_; }
+    Mark mark() const noexcept { return at_; }
+    void rewind(Mark mark) noexcept { at_ = mark; }
+    void startToken() noexcept { token_ = at_; }
+    // Valid as long as the range.
+    std::wstring_view token() const noexcept {
+        return {token_, static_cast<std::size_t>(at_ - token_)};
+    }
+
+private:
+    const wchar_t*& begin_;
+    const wchar_t* at_;
+    const wchar_t* end_;
+    const wchar_t* token_ = nullptr;
+};
+
+class XmlStream {
+public:
+    using Mark = std::size_t;
+    static constexpr int kEnd = -1;
+    static constexpr bool kUnknownEntityEndsText = true;
+
+    // The stream outlives the source; its buffer is read without locale and
+    // without white-space rules.
+    explicit XmlStream(std::wistream& stream) : buffer_(*stream.rdbuf()) {}
+    XmlStream(const XmlStream&) = delete;
+    XmlStream& operator=(const XmlStream&) = delete;
+
+    int peek() {
+        const auto c = buffer_.sgetc();
+        return std::wstreambuf::traits_type::eq_int_type(c, std::wstreambuf::traits_type::eof())
+                   ? kEnd
+                   : static_cast<int>(c);
+    }
+    void skip() {
+        token_.push_back(static_cast<wchar_t>(buffer_.sbumpc()));
+        ++taken_;
+    }
+    Mark mark() const noexcept { return taken_; }
+    // Throws std::wstring when the stream refuses to go back so far.
+    void rewind(Mark mark);
+    void startToken() noexcept { token_.clear(); }
+    // Valid until the next startToken().
+    std::wstring_view token() const noexcept { return token_; }
+
+    // Puts back all characters since mark; false when the stream refuses.
+    bool tryRewind(Mark mark);
+
+private:
+    std::wstreambuf& buffer_;
+    std::wstring token_;
+    std::size_t taken_ = 0;
+};
+
+// --- The grammar -----------------------------------------------------------------
+
+namespace xml {
+
+// How deep values may nest in input. Far beyond any real setting, far below
+// what the stack holds.
+inline constexpr int kMaxDepth = 128;
+
+inline constexpr bool isSpace(int c) noexcept {
+    return c == L' ' || c == L'\n' || c == L'\r' || c == L'\t';
+}
+
+// literal = the characters themselves ; nothing is taken otherwise
+template <class Source>
+bool takeLiteral(Source& in, std::wstring_view literal) {
+    const auto start = in.mark();
+    for (const wchar_t c : literal) {
+        if (in.peek() != static_cast<int>(c)) {
+            in.rewind(start);
+            return false;
+        }
+        in.skip();
+    }
+    return true;
+}
+
+// exactTag = { space } , "<" , [ "/" ] , name , ">"
+template <class Source>
+bool takeExactTag(Source& in, std::wstring_view name, bool closing) {
+    const auto start = in.mark();
+    in.startToken();
+    while (isSpace(in.peek())) {
+        in.skip();
+    }
+    if (takeLiteral(in, closing ? L"</" : L"<") && takeLiteral(in, name) && takeLiteral(in, L">")) {
+        return true;
+    }
+    in.rewind(start);
+    return false;
+}
+
+// anyTag = { character - "<" } , "<" , { character - ">" } , ">"
+// The text between the brackets; false at the end of the input. A tag that
+// does not end fails an assertion.
+template <class Source>
+bool takeAnyTag(Source& in, std::wstring_view& text) {
+    in.startToken();
+    int c = in.peek();
+    while (c != Source::kEnd && c != L'<') {
+        in.skip();
+        c = in.peek();
+    }
+    if (c == Source::kEnd) {
+        return false;
+    }
+    in.skip();
+    in.startToken();
+    c = in.peek();
+    while (c != Source::kEnd && c != L'>') {
+        in.skip();
+        c = in.peek();
+    }
+    ZU_ASSERT_AS(c != Source::kEnd, L"sourcePos <= sourceEnd", ZU_LINE(1227));
+    text = in.token();
+    return true;
+}
+
+// Whether a tag's text, name and attributes, is the expected tag. Attributes
+// that do not parse fail the assertion "attributesOK" whatever the name.
+bool matchesTag(std::wstring_view text, std::wstring_view name, bool closing);
+
+[[noreturn]] void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view found);
+
+// tag = exactTag | { header } , anyTag ; header = anyTag beginning with "?"
+template <class Source>
+bool readTag(Source& in, std::wstring_view name, bool closing, bool mustMatch) {
+    if (takeExactTag(in, name, closing)) {
+        return true;
+    }
+    const auto start = in.mark();
+    std::wstring_view text;
+    bool found = takeAnyTag(in, text);
+    while (found && text.starts_with(L'?')) {
+        in.skip();
+        found = takeAnyTag(in, text);
+    }
+    if (found && matchesTag(text, name, closing)) {
+        in.skip();
+        return true;
+    }
+    if (mustMatch) {
+        throwTagMismatch(name, closing, found ? text : std::wstring_view());
+    }
+    in.rewind(start);
+    return false;
+}
+
+// entity = "&lt;" | "&gt;" | "&apos;" | "&quot;" | "&amp;" ; 0 when it is none
+template <class Source>
+wchar_t takeEntity(Source& in) {
+    struct Entity {
+        std::wstring_view text;
+        wchar_t character;
+    };
+    static constexpr Entity kEntities[] = {
+        {L"&lt;", L'<'}, {L"&gt;", L'>'}, {L"&apos;", L'\''}, {L"&quot;", L'"'}, {L"&amp;", L'&'}};
+    for (const Entity& entity : kEntities) {
+        if (takeLiteral(in, entity.text)) {
+            return entity.character;
+        }
+    }
+    return 0;
+}
+
+// unknownEntity = "&" , { character - ";" - "<" - ">" } , [ ";" ]
+template <class Source>
+void skipUnknownEntity(Source& in) {
+    int c = in.peek();
+    while (c != Source::kEnd && c != L';' && c != L'<' && c != L'>') {
+        in.skip();
+        c = in.peek();
+    }
+    if (c == L';') {
+        in.skip();
+    }
+}
+
+// plain = { character - "<" - ">" - "&" }
+template <class Source>
+std::wstring_view takePlainText(Source& in) {
+    in.startToken();
+    int c = in.peek();
+    while (c != L'<' && c != L'>' && c != L'&' && c != Source::kEnd) {
+        in.skip();
+        c = in.peek();
+    }
+    return in.token();
+}
+
+// text = plain , { ( entity | "&" ) , plain }
+// The result points into the source or into scratch and is valid until either
+// is used again.
+template <class Source>
+std::wstring_view readText(Source& in, std::wstring& scratch) {
+    const std::wstring_view plain = takePlainText(in);
+    if (in.peek() != L'&') {
+        return plain;
+    }
+    scratch.assign(plain);
+    while (in.peek() == L'&') {
+        if (const wchar_t c = takeEntity(in); c != 0) {
+            scratch.push_back(c);
+        } else if (Source::kUnknownEntityEndsText) {
+            skipUnknownEntity(in);
+            return scratch;
+        } else {
+            in.skip();
+        }
+        scratch.append(takePlainText(in));
+    }
+    return scratch;
+}
+
+// Whether the next tag's name is the one given; nothing is taken.
+template <class Source>
+bool isNextTag(Source& in, std::wstring_view name) {
+    const auto start = in.mark();
+    in.startToken();
+    int c = in.peek();
+    while (c != Source::kEnd && c != L'<') {
+        in.skip();
+        c = in.peek();
+    }
+    bool same = false;
+    if (c == L'<') {
+        in.skip();
+        in.startToken();
+        c = in.peek();
+        while (c != Source::kEnd && c != L'<' && c != L'>' && !isSpace(c)) {
+            in.skip();
+            c = in.peek();
+        }
+        same = in.token() == name;
+    }
+    in.rewind(start);
+    return same;
+}
+
+// value = [ "<" name ">" , text , "</" name ">" ]
+// Calls convert(text) when the element is there; returns whether it was.
+template <class Source, class Convert>
+bool readElement(Source& in, std::wstring_view name, Convert&& convert) {
+    if (!readTag(in, name, false, false)) {
+        return false;
+    }
+    std::wstring scratch;
+    convert(readText(in, scratch));
+    readTag(in, name, true, true);
+    return true;
+}
+
+// Counts how deep values nest while they are read; fails an assertion beyond
+// kMaxDepth.
+class DepthGuard {
+public:
+    DepthGuard();
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+    ~DepthGuard();
+};
+
+}  // namespace xml
+
+}  // namespace zustd
