@@ -143,17 +143,22 @@ void MessageSource::connect(const std::shared_ptr<MessageSink>& sink, bool weak)
 }
 
 void MessageSource::disconnect(const MessageSink* sink) {
+    if (sink == nullptr) {
+        return;
+    }
+    // Let go of last: a sink that goes away may come back to this source.
+    std::shared_ptr<MessageSink> released;
     for (std::shared_ptr<MessageSink>& entry : strongSinks_) {
-        if (sink != nullptr && entry.get() == sink) {
+        if (entry.get() == sink) {
             if (delivery_ != nullptr) {
                 delivery_->keep(entry);
             }
-            entry.reset();
+            released = std::move(entry);
             hasGaps_ = true;
         }
     }
     for (std::weak_ptr<MessageSink>& entry : weakSinks_) {
-        if (sink != nullptr && entry.lock().get() == sink) {
+        if (entry.lock().get() == sink) {
             entry.reset();
             hasGaps_ = true;
         }

@@ -3,6 +3,7 @@
 #include <malloc.h>
 #include <share.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdarg>
@@ -46,16 +47,14 @@ public:
 
 private:
     void append(const wchar_t* text) noexcept {
+        const int length = static_cast<int>(std::min(std::wcslen(text), kLineLength));
         const int room = static_cast<int>(bytes_.size() - size_);
-        const int written = WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes_.data() + size_, room,
-                                                nullptr, nullptr);
-        if (written > 0) {
-            size_ += static_cast<std::size_t>(written) - 1;
-        }
+        size_ += static_cast<std::size_t>(WideCharToMultiByte(
+            CP_UTF8, 0, text, length, bytes_.data() + size_, room, nullptr, nullptr));
     }
 
     // Three bytes for each UTF-16 code unit is the most that UTF-8 needs.
-    std::array<char, 3 * (kLineLength + kStampLength) + 1> bytes_;
+    std::array<char, 3 * (kLineLength + kStampLength)> bytes_;
     std::size_t size_ = 0;
 };
 
@@ -101,7 +100,10 @@ const wchar_t* assertionFormat(std::wstring_view unit) noexcept {
 // what() is in the active code page; the conversion must not allocate, since
 // the exception at hand may be std::bad_alloc.
 void traceCaughtWhat(const wchar_t* format, const wchar_t* operation, const char* what) noexcept {
-    std::array<wchar_t, 1024> wide{};
+    if (!isTraced(kTraceLevelReport)) {
+        return;
+    }
+    std::array<wchar_t, kMessageLength + 1> wide{};
     if (MultiByteToWideChar(CP_ACP, 0, what, -1, wide.data(), static_cast<int>(wide.size())) == 0) {
         wide.back() = L'\0';
     }

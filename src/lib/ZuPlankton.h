@@ -78,7 +78,8 @@ void trace(const wchar_t* format, Args... args) noexcept {
 }
 
 // Hands one finished line (ending in a line feed) to the sink that the
-// settings choose; both trace forms end here. Log files are UTF-8 and are
+// settings choose; both trace forms end here. A log takes the first 2,048
+// characters of a longer one. Log files are UTF-8 and are
 // opened anew for each line in shared append mode, so that they can be read,
 // rotated or deleted at any time. Needs settings; never throws.
 void writeTraceLine(const wchar_t* line) noexcept;

@@ -91,12 +91,13 @@ std::wstring PropertyBag::getString(std::wstring_view key, const std::wstring& d
 
 bool PropertyBag::getString(std::wstring_view key, std::wstring& out,
                             const std::wstring& defaultValue) const {
+    // The default may be the very string that is filled.
     const SerializableUnion* value = table_.find(key);
-    if (value != nullptr && value->tryGetString(out)) {
-        return true;
+    if (value == nullptr || !value->isString()) {
+        out = defaultValue;
+        return false;
     }
-    out = defaultValue;
-    return false;
+    return value->tryGetString(out);
 }
 
 void PropertyBag::setString(std::wstring_view key, const std::wstring& value) {

@@ -284,14 +284,16 @@ void SerializableArray::readFrom(Source& in) {
     xml::readElement(in, L"c", [&count](std::wstring_view text) { count = Xml::toSize(text); });
     elements.clear();
     // The count is only a claim: memory is taken for elements that are there.
-    std::size_t implied = 0;
+    // Once one is not, neither are those behind it.
     for (std::uint64_t i = 0; i < count; ++i) {
         const auto start = in.mark();
         elements.emplace_back().readFrom(in);
         if (in.mark() == start) {
-            ++implied;
+            const std::uint64_t implied = count - i;
             ZU_ASSERT_AS(implied <= kMaxImpliedElements, L"implied <= kMaxImpliedElements",
                          ZU_HERE);
+            elements.resize(count);
+            return;
         }
     }
 }

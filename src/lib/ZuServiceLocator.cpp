@@ -62,10 +62,10 @@ void ServiceLocator::unregisterService(const std::shared_ptr<Service>& service) 
     }
     // The caller may pass the very reference that is removed here.
     const std::shared_ptr<Service> kept = service;
+    std::erase_if(weakServices_, [](const auto& entry) { return entry.expired(); });
     const std::size_t removed =
-        std::erase(ownedServices_, kept) + std::erase_if(weakServices_, [&](const auto& entry) {
-            return entry.expired() || entry.lock() == kept;
-        });
+        std::erase(ownedServices_, kept) +
+        std::erase_if(weakServices_, [&](const auto& entry) { return entry.lock() == kept; });
     if (removed != 0 && kept->getParent().get() == this) {
         kept->setParent(nullptr);
     }

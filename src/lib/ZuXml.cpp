@@ -167,9 +167,9 @@ void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
     if (negative) {
         out.push_back(L'-');
     }
-    // The sign counts towards the width.
+    // The sign counts towards a width.
     const auto magnitude = static_cast<std::uint64_t>(negative ? -wide : wide);
-    out.append(Digits(magnitude, 10, negative ? width - 1 : width).view());
+    out.append(Digits(magnitude, 10, negative && width > 0 ? width - 1 : width).view());
 }
 
 void Xml::appendLongHex(std::wstring& out, std::uint32_t value, int width) {

@@ -136,7 +136,8 @@ public:
     static constexpr bool kUnknownEntityEndsText = true;
 
     // The stream outlives the source; its buffer is read without locale and
-    // without white-space rules.
+    // without white-space rules. The code unit FFFF reads as the end: wide
+    // streams of this platform do not tell it from theirs.
     explicit XmlStream(std::wistream& stream) : buffer_(*stream.rdbuf()) {}
     XmlStream(const XmlStream&) = delete;
     XmlStream& operator=(const XmlStream&) = delete;

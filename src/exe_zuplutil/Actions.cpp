@@ -1,0 +1,69 @@
+#include "Actions.h"
+
+#include <cstdint>
+#include <exception>
+
+#include "Console.h"
+#include "ZuDirectory.h"
+#include "ZuPlankton.h"
+#include "ZuText.h"
+
+namespace zuplutil {
+
+namespace {
+
+void printFailure(const char* what, const std::string& reason) {
+    printAndRecord("%s (%s)\n", what, reason.c_str());
+}
+
+constexpr const char* kActionFailed = "Sorry, this action could not be completed.";
+
+}  // namespace
+
+void removeFile(const std::wstring& path) {
+    try {
+        zustd::deleteFile(path);
+    } catch (const wchar_t* reason) {
+        throw ActionFailure{"Could not delete file", path, zustd::narrow(reason)};
+    }
+}
+
+void makeDirectory(const std::wstring& path) {
+    try {
+        zustd::createDirectory(path);
+    } catch (const wchar_t* reason) {
+        throw ActionFailure{"Could not create directory", path, zustd::narrow(reason)};
+    }
+}
+
+std::vector<std::wstring> listFiles(const std::wstring& directory, const std::wstring& pattern) {
+    std::vector<std::wstring> files;
+    try {
+        zustd::listDirectory(directory, pattern, nullptr, &files, false);
+    } catch (std::uint32_t error) {
+        throw ActionFailure{"Could not list directory", directory,
+                            "system error " + std::to_string(error)};
+    }
+    return files;
+}
+
+bool runAction(const std::function<void()>& action) {
+    try {
+        action();
+        return true;
+    } catch (const ActionFailure& failure) {
+        printAndRecord("%s %s (%s)\n", failure.what, zustd::narrow(failure.path).c_str(),
+                       failure.reason.c_str());
+    } catch (const std::wstring& text) {
+        printFailure(kActionFailed, zustd::narrow(text));
+    } catch (const zustd::SystemException& failure) {
+        printFailure(kActionFailed, zustd::narrow(failure.message()));
+    } catch (const std::exception& failure) {
+        printFailure(kActionFailed, failure.what());
+    } catch (...) {
+        printAndRecord("%s\n", kActionFailed);
+    }
+    return false;
+}
+
+}  // namespace zuplutil

@@ -1,0 +1,29 @@
+// Actions that may fail: file operations that remember their path, and the
+// frame that turns a failure into one printed line.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zuplutil {
+
+// What failed, on which path, and the reason as the framework gave it. Thrown
+// by the operations below.
+struct ActionFailure {
+    const char* what;
+    std::wstring path;
+    std::string reason;
+};
+
+// The framework's file operations with the path in the failure.
+void removeFile(const std::wstring& path);
+void makeDirectory(const std::wstring& path);
+// Names of the files that match.
+std::vector<std::wstring> listFiles(const std::wstring& directory, const std::wstring& pattern);
+
+// Runs an action. When it throws, prints one line that says what failed and
+// returns; the caller carries on. Returns whether the action ran to its end.
+bool runAction(const std::function<void()>& action);
+
+}  // namespace zuplutil

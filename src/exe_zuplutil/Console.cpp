@@ -1,0 +1,126 @@
+#include "Console.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+
+namespace zuplutil {
+
+namespace {
+
+constexpr std::size_t kTextBuffer = 32 * 1024;
+constexpr std::size_t kLargestTranscript = 16 * 1024 * 1024;
+
+std::string& transcript() {
+    static std::string text;
+    return text;
+}
+
+void print(const char* text) {
+    std::printf("%s", text);
+    // Child processes write to the same stream; what was said before them
+    // stands before their output.
+    std::fflush(stdout);
+}
+
+void record(const char* text) {
+    if (transcript().size() < kLargestTranscript) {
+        transcript() += text;
+    }
+}
+
+// A text of at most the buffer's size, formatted from the caller's arguments.
+class FormattedText {
+public:
+    FormattedText(const char* format, std::va_list arguments)
+        __attribute__((format(gnu_printf, 2, 0))) {
+        if (std::vsnprintf(text_.data(), text_.size(), format, arguments) < 0) {
+            text_[0] = '\0';
+        }
+    }
+    const char* get() const { return text_.data(); }
+
+private:
+    std::array<char, kTextBuffer> text_;
+};
+
+// One character of the user's next line; the rest of what was typed is
+// dropped.
+int readCharacter() {
+    const int character = std::fgetc(stdin);
+    std::fflush(stdin);
+    return character;
+}
+
+}  // namespace
+
+void printAndRecord(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const FormattedText text(format, arguments);
+    va_end(arguments);
+    print(text.get());
+    record(text.get());
+}
+
+void recordOnly(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const FormattedText text(format, arguments);
+    va_end(arguments);
+    record(text.get());
+}
+
+void printOnly(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const FormattedText text(format, arguments);
+    va_end(arguments);
+    print(text.get());
+}
+
+void clearTranscript() { transcript().clear(); }
+
+std::string getTranscript() { return transcript(); }
+
+void waitForKey() {
+    printAndRecord(
+        "\nPress any key to continue...\n\n"
+        "(or press CTRL-C to abort Pellory Maintenance Utility)\n");
+    readCharacter();
+}
+
+bool askYesNo(const char* message) {
+    for (;;) {
+        printAndRecord("\n");
+        if (message != nullptr) {
+            printAndRecord("%s\n\n", message);
+        }
+        printAndRecord("ARE YOU SURE?\nPress 'y' or 'n' key followed by <Enter>...\n");
+        const int answer = readCharacter();
+        if (answer == 'y' || answer == 'Y') {
+            recordOnly("\n>Yes\n");
+            return true;
+        }
+        if (answer == 'n' || answer == 'N') {
+            recordOnly("\n>No\n");
+            return false;
+        }
+    }
+}
+
+int readMenuChoice() {
+    std::array<char, 256> line{};
+    for (;;) {
+        printAndRecord("\nPress 0..9 followed by <Enter>...\n");
+        line[0] = line[1] = '\0';
+        std::fflush(stdin);
+        const bool read = std::fgets(line.data(), static_cast<int>(line.size()), stdin) != nullptr;
+        if (read && line[0] >= '0' && line[0] <= '9' && line[1] == '\n') {
+            recordOnly("\n>%c\n", line[0]);
+            return line[0] - '0';
+        }
+    }
+}
+
+}  // namespace zuplutil

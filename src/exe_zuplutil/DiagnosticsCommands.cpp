@@ -1,0 +1,120 @@
+#include "DiagnosticsCommands.h"
+
+#include <algorithm>
+
+namespace zuplutil {
+
+// clang-format off
+
+const CommandTable kRegistryCommands = {
+    {kVista, R"(reg EXPORT HKCU\Software\Microsoft\Office\Outlook reg-32-hkcu-outlook.log /y /reg:32)"},
+    {kVista, R"(reg EXPORT HKLM\Software\Microsoft\Office\Outlook reg-32-hklm-outlook.log /y /reg:32)"},
+    {kVista, R"(reg QUERY HKLM\Software\Classes /s /f pellory /reg:32 >reg-32-hklm-classes-plquery.log)"},
+    {kVista, R"(reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f outlook /reg:32 >reg-32-hklm-uninstall-outlookquery.log)"},
+    {kVista, R"(reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f office /reg:32 >reg-32-hklm-uninstall-officequery.log)"},
+    {kVista, R"(reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f pellory /reg:32 >reg-32-hklm-uninstall-plquery.log)"},
+    {kVista | kExtended, R"(reg EXPORT HKCU\Software\Classes reg-32-hkcu-classes.log /y /reg:32)"},
+    {kVista | kExtended, R"(reg EXPORT HKLM\Software\Classes reg-32-hklm-classes.log /y /reg:32)"},
+
+    // Older systems know neither "/y" nor a view switch.
+    {kBeforeVista, R"(reg EXPORT HKCU\Software\Microsoft\Office\Outlook reg-32-hkcu-outlook.log)"},
+    {kBeforeVista, R"(reg EXPORT HKLM\Software\Microsoft\Office\Outlook reg-32-hklm-outlook.log)"},
+    {kBeforeVista | kExtended, R"(reg EXPORT HKCU\Software\Classes reg-32-hkcu-classes.log)"},
+    {kBeforeVista | kExtended, R"(reg EXPORT HKLM\Software\Classes reg-32-hklm-classes.log)"},
+
+    // There is no 64-bit export of the machine's classes.
+    {k64Bit, R"(reg EXPORT HKCU\Software\Microsoft\Office\Outlook reg-64-hkcu-outlook.log /y /reg:64)"},
+    {k64Bit, R"(reg EXPORT HKLM\Software\Microsoft\Office\Outlook reg-64-hklm-outlook.log /y /reg:64)"},
+    {k64Bit, R"(reg QUERY HKLM\Software\Classes /s /f pellory /reg:64 >reg-64-hklm-classes-plquery.log)"},
+    {k64Bit, R"(reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f outlook /reg:64 >reg-64-hklm-uninstall-outlookquery.log)"},
+    {k64Bit, R"(reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f office /reg:64 >reg-64-hklm-uninstall-officequery.log)"},
+    {k64Bit, R"(reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f pellory /reg:64 >reg-64-hklm-uninstall-plquery.log)"},
+    {k64Bit | kExtended, R"(reg EXPORT HKCU\Software\Classes reg-64-hkcu-classes.log /y /reg:64)"},
+};
+
+const CommandTable kDirectoryCommands = {
+    {kAlways, R"(dir "{systemDrive}\program files\Pellory For Outlook" /S >dir-programfiles.log)"},
+    {k64Bit, R"(dir "{systemDrive}\program files (x86)\Pellory For Outlook" /S >dir-programfiles86.log)"},
+    {kAlways, R"(echo Pellory data dir = "{addinDataDir}" >dir-plappdata.log)"},
+    {kAlways, R"(dir "{addinDataDir}" /S >>dir-plappdata.log)"},
+    {kVista, R"(dir "{systemDrive}\users\%username%\appdata\local\Microsoft\Outlook" /S >dir-ollappdatalocal.log)"},
+    {kVista, R"(dir "{systemDrive}\users\%username%\appdata\roaming\Microsoft\Outlook" /S >dir-olappdataroaming.log)"},
+    {kBeforeVista, R"(dir "{systemDrive}\Documents and Settings\%username%\Local Settings\Application Data\Microsoft\Outlook" /S >dir-ollappdatalocal.log)"},
+    {kBeforeVista, R"(dir "{systemDrive}\Documents and Settings\%username%\Application Data\Microsoft\Outlook" /S >dir-olappdataroaming.log)"},
+};
+
+const CommandTable kEventCommands = {
+    {kVista, R"(wevtutil qe Application  /c:1000 /rd:true /f:text  /q:"*[System[Provider[@Name='Outlook']]]" >evt-appoutlook.log)"},
+    {kVista, R"(wevtutil qe Application  /c:1000 /rd:true /f:text  >evt-application.log)"},
+    {kVista, R"(wevtutil qe System  /c:1000 /rd:true /f:text  >evt-system.log)"},
+};
+
+const CommandTable kRegistryPermissionArguments = {
+    {k32Bit, R"(/verbose=2 /keyreg {root} /display >acl-reg-{hive}-32.log 2>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /keyreg {root}\Software /display >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /keyreg {root}\Software\Classes /display  >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /keyreg {root}\Software\Classes\CLSID /display  >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /subkeyreg {root}\Software\Classes\PelloryForOutlook.Connect /display  >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /keyreg {root}\Software\Microsoft /display  >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /keyreg {root}\Software\Microsoft\Office /display  >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+    {k32Bit, R"(/verbose=2 /subkeyreg {root}\Software\Microsoft\Office\Outlook /display  >>acl-reg-{hive}-32.log 2>>acl-errors-{hive}.log)"},
+
+    {k64Bit, R"(/verbose=2 /keyreg {root} /display >acl-reg-{hive}-64.log 2>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software /display >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Classes /display  >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Classes\CLSID /display  >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Microsoft /display  >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Microsoft\Office /display  >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /subkeyreg {root}\Software\Microsoft\Office\Outlook /display  >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /subkeyreg {root}\Software\Classes\PelloryForOutlook.Connect /display  >>acl-reg-{hive}-64.log 2>>acl-errors-{hive}.log)"},
+
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Wow6432Node /display >acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Wow6432Node\Classes /display  >>acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Wow6432Node\Classes\CLSID /display  >>acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Wow6432Node\Microsoft /display  >>acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /keyreg {root}\Software\Wow6432Node\Microsoft\Office /display  >>acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /subkeyreg {root}\Software\Wow6432Node\Microsoft\Office\Outlook /display  >>acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+    {k64Bit, R"(/verbose=2 /subkeyreg {root}\Software\Wow6432Node\Classes\PelloryForOutlook.Connect /display  >>acl-reg-{hive}-wow32.log 2>>acl-errors-{hive}.log)"},
+};
+
+const CommandTable kDirectoryPermissionArguments = {
+    {k32Bit, R"(/verbose=2 /subdirectories "{programFiles}" /display >acl-dir-32.log 2>>acl-errors-dir.log)"},
+    {k32Bit, R"(/verbose=2 /subdirectories "{programFiles}\Pellory for Outlook\*.*" /display >>acl-dir-32.log 2>>acl-errors-dir.log)"},
+    {k64Bit, R"(/verbose=2 /subdirectories "{programFiles64}" /display >acl-dir-64.log 2>>acl-errors-dir.log)"},
+    {k64Bit, R"(/verbose=2 /subdirectories "{programFiles64}\Pellory for Outlook\*.*" /display >>acl-dir-64.log 2>>acl-errors-dir.log)"},
+    {k64Bit, R"(/verbose=2 /subdirectories "{programFiles}" /display >acl-dir-64or32.log 2>>acl-errors-dir.log)"},
+    {k64Bit, R"(/verbose=2 /subdirectories "{programFiles}\Pellory for Outlook\*.*" /display >>acl-dir-64or32.log 2>>acl-errors-dir.log)"},
+};
+
+const CommandTable kOcatArguments = {
+    {kAlways, R"(-dat "ocat-report-offline.xml" -l "report-offline" -r "offline scan"  >ocat-output-offline.log)"},
+    {kAlways, R"(-dat "ocat-report-online.xml" -l "report-online" >ocat-output-online.log)"},
+};
+
+// clang-format on
+
+bool applies(const CommandRow& row, unsigned present) { return (row.when & ~present) == 0; }
+
+std::string expand(std::string_view command, const Values& values) {
+    std::string result;
+    while (!command.empty()) {
+        const std::size_t open = std::min(command.find('{'), command.size());
+        result += command.substr(0, open);
+        command.remove_prefix(open);
+        const auto value = std::find_if(values.begin(), values.end(), [&](const NamedValue& named) {
+            return command.size() > named.name.size() + 1 &&
+                   command.substr(1, named.name.size()) == named.name &&
+                   command[named.name.size() + 1] == '}';
+        });
+        if (value != values.end()) {
+            result += value->value;
+            command.remove_prefix(value->name.size() + 2);
+        } else if (!command.empty()) {
+            result += command.front();
+            command.remove_prefix(1);
+        }
+    }
+    return result;
+}
+
+}  // namespace zuplutil

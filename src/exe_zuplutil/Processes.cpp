@@ -1,0 +1,54 @@
+#include "Processes.h"
+
+#include "ZuHandleWin32Gdi.h"
+// Needs the types of windows.h.
+#include <tlhelp32.h>
+
+#include "Console.h"
+#include "ZuText.h"
+
+namespace zuplutil {
+
+namespace {
+
+static_assert(sizeof(PROCESSENTRY32W) == 568);
+
+bool hasName(const PROCESSENTRY32W& entry, const std::wstring& exeName) {
+    const std::wstring_view name = entry.szExeFile;
+    return zustd::equalsIgnoringAsciiCase(name.substr(0, exeName.size()), exeName);
+}
+
+void showWarning(const char* state, const char* request) {
+    constexpr const char* kRule = "=============================================================";
+    printAndRecord("\n\n%s\n", kRule);
+    printAndRecord("Attention: It looks like Microsoft Outlook is %s running.\n", state);
+    printAndRecord("           Please %s Outlook first before continuing...\n", request);
+    printAndRecord("%s\n\n", kRule);
+}
+
+}  // namespace
+
+bool isProcessRunning(const std::wstring& exeName) {
+    const zustd::SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof(entry);
+    if (!snapshot || Process32FirstW(snapshot.get(), &entry) != 1) {
+        return false;
+    }
+    // The first entry is the system's idle process, which has no executable:
+    // it is never compared.
+    while (Process32NextW(snapshot.get(), &entry) == 1) {
+        if (hasName(entry, exeName)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool isOutlookRunning() { return isProcessRunning(L"outlook.exe"); }
+
+void showOutlookRunningWarning() { showWarning("still", "shut down"); }
+
+void showOutlookNotRunningWarning() { showWarning("not", "start"); }
+
+}  // namespace zuplutil

@@ -1,0 +1,65 @@
+// The Pellory Maintenance Utility: entry and start-up.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Actions.h"
+#include "Console.h"
+#include "ConsoleSession.h"
+#include "Menus.h"
+#include "Switches.h"
+#include "ZuApplicationServiceWin32Gdi.h"
+#include "ZuServiceLocator.h"
+#include "ZuText.h"
+#include "ZuVersion.h"
+
+namespace zuplutil {
+
+namespace {
+
+void showBanner() {
+    const zustd::Version version{1, 8, zustd::Version::kDefaultBuild, zustd::BuildKind::Release,
+                                 L"Diagnostics and maintenance for the Pellory add-in."};
+    printAndRecord("\nPellory Maintenance Utility v%s\n",
+                   zustd::narrow(version.toDisplayText()).c_str());
+    printAndRecord("%s\n\n", zustd::narrow(version.notice).c_str());
+}
+
+// The registry's root holds the services until the process ends.
+std::shared_ptr<zustd::ApplicationService> registerApplicationService() {
+    auto service = zustd::makeService<zustd::ApplicationService>();
+    auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
+    backend->setModuleInstance(nullptr);
+    backend->setSecondHostHandle(nullptr);
+    backend->setApplicationName(L"Pellory For Outlook");
+    zustd::joinImplementation(*service, std::move(backend));
+    zustd::ServiceLocator::instance()->registerService(service, true, true);
+    return service;
+}
+
+int run(int argc, wchar_t** argv) {
+    std::vector<std::wstring> switches;
+    std::vector<std::wstring> others;
+    splitArguments(argc, argv, switches, others);
+    if (switches.empty() && others.empty()) {
+        mainMenu();
+        return 0;
+    }
+    return runSwitches(switches);
+}
+
+}  // namespace
+
+}  // namespace zuplutil
+
+int wmain(int argc, wchar_t** argv) {
+    int exitCode = 1;
+    zuplutil::runAction([&] {
+        const zuplutil::ConsoleSession session;
+        zuplutil::showBanner();
+        const auto applicationService = zuplutil::registerApplicationService();
+        exitCode = zuplutil::run(argc, argv);
+    });
+    return exitCode;
+}

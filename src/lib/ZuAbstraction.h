@@ -1,0 +1,97 @@
+// The bridge between portable objects and the platform's backends.
+//
+// A portable object derives from Abstraction<I> and owns its backend through
+// it; the backend derives from Implementation<A, I> and holds only a way back.
+// I lists what the portable half asks of a backend; everything else a backend
+// learns by reading the portable object when it is told to synchronise.
+// Destroying the portable object destroys the backend first.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "ZuPlankton.h"
+
+namespace zustd {
+
+// The root of every backend object. Slot order is fixed.
+class IImplementation {
+public:
+    IImplementation() = default;
+    IImplementation(const IImplementation&) = delete;
+    IImplementation& operator=(const IImplementation&) = delete;
+    virtual ~IImplementation() = default;
+
+    // Pushes the portable object's state into the native object, making the
+    // native object on first use. May be called again at any time; lets no
+    // exception out.
+    virtual void synchronizeWithAbstraction() {}
+    // Gives the native object back early; the next synchronisation makes it
+    // anew.
+    virtual void releaseNativeObject() {}
+    // Whether there is a native object now.
+    virtual bool hasNativeObject() const { return false; }
+};
+
+template <class A, class I>
+class Implementation;
+
+// The portable side.
+template <class I>
+class Abstraction {
+public:
+    Abstraction() = default;
+    Abstraction(const Abstraction&) = delete;
+    Abstraction& operator=(const Abstraction&) = delete;
+    virtual ~Abstraction() = default;
+
+    bool hasImplementation() const noexcept { return impl_ != nullptr; }
+
+    // The backend, typed. Fails the assertion "impl_" when there is none or
+    // when it does not implement I.
+    I& implementation() const {
+        I* typed = dynamic_cast<I*>(impl_.get());
+        ZU_ASSERT_AS(typed, L"impl_", ZU_HERE);
+        return *typed;
+    }
+
+    // Pushes this object's state to the screen; does nothing without backend.
+    void synchronize() const {
+        if (impl_) {
+            impl_->synchronizeWithAbstraction();
+        }
+    }
+
+private:
+    template <class A, class B>
+    friend void joinImplementation(A& abstraction, std::unique_ptr<B> implementation);
+
+    std::unique_ptr<IImplementation> impl_;
+};
+
+// The backend side.
+template <class A, class I>
+class Implementation : public I, public IImplementation {
+public:
+    // The portable object. Fails the assertion "abstraction_ != 0" as long as
+    // the pair is not joined.
+    A& getAbstraction() const {
+        ZU_ASSERT_AS(abstraction_ != nullptr, L"abstraction_ != 0", ZU_LINE(60));
+        return *abstraction_;
+    }
+
+private:
+    template <class P, class B>
+    friend void joinImplementation(P& abstraction, std::unique_ptr<B> implementation);
+
+    A* abstraction_ = nullptr;
+};
+
+// Gives a backend to its portable object; a former backend is destroyed.
+template <class A, class B>
+void joinImplementation(A& abstraction, std::unique_ptr<B> implementation) {
+    implementation->abstraction_ = &abstraction;
+    abstraction.impl_ = std::move(implementation);
+}
+
+}  // namespace zustd

@@ -1,0 +1,132 @@
+// The door to the host system for everything that is not drawing.
+//
+// ApplicationService is the portable front: the application's name and
+// directories, the user's identity, documents, windows, preferences, and the
+// record of a critical error. A backend behind IApplicationServiceImpl does
+// the work; the front hands every operation on to it. The front is registered
+// in the service registry and found there by type.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ZuAbstraction.h"
+#include "ZuPropertyBag.h"
+#include "ZuService.h"
+
+namespace zustd {
+
+class WindowService;
+
+// The state of an application in which it should tell the user and end.
+inline constexpr std::uint32_t kApplicationStateCriticalError = 4;
+
+// What a backend does for the front. Slot order is fixed.
+class IApplicationServiceImpl {
+public:
+    IApplicationServiceImpl() = default;
+    IApplicationServiceImpl(const IApplicationServiceImpl&) = delete;
+    IApplicationServiceImpl& operator=(const IApplicationServiceImpl&) = delete;
+    virtual ~IApplicationServiceImpl() = default;
+
+    // Window services for the active window (with allowForeground also for
+    // another program's), the main window, no window, the desktop. Empty when
+    // there is no such window.
+    virtual std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) = 0;
+    virtual std::shared_ptr<WindowService> createMainWindowService() = 0;
+    virtual std::shared_ptr<WindowService> createUnboundWindowService() = 0;
+    virtual std::shared_ptr<WindowService> createDesktopWindowService() = 0;
+
+    virtual std::wstring getApplicationName() const = 0;
+    virtual void setApplicationName(const std::wstring& name) = 0;
+
+    // Opens a document or address with the program that the user has for it;
+    // whether the system accepted it.
+    virtual bool openDocument(const std::wstring& document) = 0;
+
+    virtual std::wstring getComputerName() const = 0;
+    // A stable identifier of the machine; empty when it cannot be told.
+    virtual std::wstring getMachineSid() const = 0;
+
+    // Directories, without a backslash at the end: of the program, of the
+    // user's application data, of the user's documents, and this
+    // application's own below the application data. Folders that the system
+    // does not name are replaced by documents, then by "C:\". With create the
+    // last one is made; that this fails is not reported.
+    virtual std::wstring getApplicationDirectory() const = 0;
+    virtual std::wstring getUserAppDataDirectory() const = 0;
+    virtual std::wstring getUserDocumentsDirectory() const = 0;
+    virtual std::wstring getApplicationDataDirectory(bool create) = 0;
+
+    // The process-wide critical error. Setting one also puts the application
+    // into kApplicationStateCriticalError.
+    virtual bool hasCriticalError() const = 0;
+    virtual std::uint32_t getCriticalError() const = 0;
+    virtual void setCriticalError(std::uint32_t code) = 0;
+    virtual std::wstring getCriticalErrorText(std::uint32_t code) const = 0;
+
+    // While the hook is installed, key presses of this thread's windows are
+    // sent as ApplicationService::kAppKeysPressed. False when it cannot be
+    // installed.
+    virtual bool installKeyboardHook() = 0;
+    virtual void removeKeyboardHook() = 0;
+    // Dispatches messages of this thread until it is told to quit; returns the
+    // code that it was told.
+    virtual int runMessageLoop() = 0;
+    virtual void quitMessageLoop(int exitCode) = 0;
+
+    virtual std::uint32_t getApplicationState() const = 0;
+    virtual void setApplicationState(std::uint32_t state) = 0;
+
+    // The user's choices that the application remembers while it runs.
+    virtual std::shared_ptr<PropertyBag> getPreferences() const = 0;
+};
+
+class ApplicationService : public Abstraction<IApplicationServiceImpl>, public Service {
+public:
+    // First word: the virtual key; second: bits of kKeyShift to kKeyAlt.
+    static const MessageKind kAppKeysPressed;
+    // First word: 1 when tooltips are to be shown, else 0.
+    static const MessageKind kPrefShowTooltips;
+
+    static constexpr std::intptr_t kKeyShift = 1;
+    static constexpr std::intptr_t kKeyControl = 2;
+    static constexpr std::intptr_t kKeyAlt = 4;
+
+    using Service::Service;
+
+    // Each fails the assertion "impl_" as long as there is no backend.
+    std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground);
+    std::shared_ptr<WindowService> createMainWindowService();
+    std::shared_ptr<WindowService> createUnboundWindowService();
+    std::shared_ptr<WindowService> createDesktopWindowService();
+    std::wstring getApplicationName() const;
+    void setApplicationName(const std::wstring& name);
+    bool openDocument(const std::wstring& document);
+    std::wstring getComputerName() const;
+    std::wstring getMachineSid() const;
+    std::wstring getApplicationDirectory() const;
+    std::wstring getUserAppDataDirectory() const;
+    std::wstring getUserDocumentsDirectory() const;
+    std::wstring getApplicationDataDirectory(bool create);
+    bool hasCriticalError() const;
+    std::uint32_t getCriticalError() const;
+    void setCriticalError(std::uint32_t code);
+    std::wstring getCriticalErrorText(std::uint32_t code) const;
+    bool installKeyboardHook();
+    void removeKeyboardHook();
+    int runMessageLoop();
+    void quitMessageLoop(int exitCode);
+    std::uint32_t getApplicationState() const;
+    void setApplicationState(std::uint32_t state);
+    std::shared_ptr<PropertyBag> getPreferences() const;
+};
+
+// Shows a message box under the application's name, owned by the active window
+// if there is one, and returns the answer (see ZuWindowService). Style is a
+// sum of message-box styles. Fails the assertion "ws" when no application
+// service can give a window service.
+int showMessage(const std::wstring& text, std::uint32_t style);
+
+}  // namespace zustd

@@ -1,0 +1,43 @@
+// Owners of operating-system handles.
+#pragma once
+
+#include <utility>
+
+namespace zustd {
+
+// Owns one handle and closes it with Traits::close. Traits also names the
+// handle's Type and its invalid value. Closing keeps the thread's last error,
+// so that a failure can still be asked for its reason after clean-up.
+template <class Traits>
+class Handle {
+public:
+    using Type = typename Traits::Type;
+
+    Handle() noexcept = default;
+    explicit Handle(Type handle) noexcept : handle_(handle) {}
+    Handle(Handle&& other) noexcept : handle_(other.release()) {}
+    Handle& operator=(Handle&& other) noexcept {
+        if (this != &other) {
+            reset(other.release());
+        }
+        return *this;
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() { reset(); }
+
+    explicit operator bool() const noexcept { return handle_ != Traits::invalid(); }
+    Type get() const noexcept { return handle_; }
+    Type release() noexcept { return std::exchange(handle_, Traits::invalid()); }
+    void reset(Type handle = Traits::invalid()) noexcept {
+        const Type old = std::exchange(handle_, handle);
+        if (old != Traits::invalid()) {
+            Traits::close(old);
+        }
+    }
+
+private:
+    Type handle_ = Traits::invalid();
+};
+
+}  // namespace zustd

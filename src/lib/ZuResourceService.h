@@ -1,0 +1,98 @@
+// The service that finds compiled-in files by number and texts by key.
+//
+// ResourceService is what is registered and found, by its own type or as
+// IResourceService; the look-ups are done by a backend that it owns and that a
+// host installs at start-up (ResourceServiceGeneric::install). All look-ups
+// are made in the current namespace, which is chosen by a locale and may be
+// chosen anew at any time.
+//
+// Which namespace fits a locale is decided by the language alone, the part in
+// front of the first "-" or "_" in either case: "de-AT" and "DE_de" choose
+// "de-xx". A language without a namespace of its own gets the neutral one,
+// "xx-xx". Files that a language's namespace lacks come from the neutral one.
+//
+// What is not there comes out empty and never as an exception. A look-up
+// before a namespace is chosen is a fault of the host: it fails the assertion
+// "namespaceResource_ != 0", or "impl_ != 0" when there is no backend either.
+// Not synchronised: for the main thread, as the registry is.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "ZuHashMap.h"
+#include "ZuResources.h"
+#include "ZuService.h"
+
+namespace zustd {
+
+// Texts by key, in the order of the table's file.
+using StringTable = SizeMap<std::wstring>;
+
+// What a backend does; the portable service adds nothing to the contracts.
+class IResourceServiceImpl {
+public:
+    virtual ~IResourceServiceImpl() = default;
+
+    // Chooses the namespace for a locale name; an empty name stands for the
+    // library's default locale. False, and nothing changed, when the library
+    // has no namespace for it. Whatever was looked up before stays valid.
+    virtual bool selectLocale(std::wstring_view locale) = 0;
+
+    // The current namespace's name, such as "de-xx".
+    virtual std::wstring getNamespaceName() const = 0;
+
+    // The file with this number, or null. Valid as long as the library.
+    virtual const FileResource* getFileResource(std::uint64_t identifier) const = 0;
+
+    // The texts of the current namespace; never null. Empty when there is no
+    // table or when it cannot be read, which is traced. Parsed by the first
+    // call after the namespace was chosen.
+    virtual std::shared_ptr<const StringTable> getStringTable() const = 0;
+};
+
+// The operations of IResourceServiceImpl for their users.
+class IResourceService {
+public:
+    virtual ~IResourceService() = default;
+
+    virtual bool selectLocale(std::wstring_view locale) = 0;
+    virtual std::wstring getNamespaceName() const = 0;
+    virtual const FileResource* getFileResource(std::uint64_t identifier) const = 0;
+    virtual std::shared_ptr<const StringTable> getStringTable() const = 0;
+    // One text of the table; empty when it has none under this key.
+    virtual std::wstring getString(std::uint64_t key) const = 0;
+};
+
+class ResourceService : public Service, public IResourceService {
+public:
+    using Service::Service;
+
+    bool selectLocale(std::wstring_view locale) override;
+    std::wstring getNamespaceName() const override;
+    const FileResource* getFileResource(std::uint64_t identifier) const override;
+    std::shared_ptr<const StringTable> getStringTable() const override;
+    std::wstring getString(std::uint64_t key) const override;
+
+    // selectLocale() with the name of the user's locale in the system.
+    bool selectUserLocale();
+
+    // Takes a backend and destroys the one before it.
+    void setImplementation(std::unique_ptr<IResourceServiceImpl> implementation) noexcept;
+
+    // The library that the backend looks things up in; empty before one is
+    // installed.
+    const std::wstring& libraryName() const noexcept { return libraryName_; }
+    void setLibraryName(std::wstring name) { libraryName_ = std::move(name); }
+
+private:
+    IResourceServiceImpl& implementation() const;
+
+    std::unique_ptr<IResourceServiceImpl> impl_;
+    std::wstring libraryName_;
+};
+
+}  // namespace zustd

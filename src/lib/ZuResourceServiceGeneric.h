@@ -1,0 +1,50 @@
+// The resource service's backend for libraries of compiled-in records.
+//
+// Choosing a namespace lays its files and those of the neutral namespace that
+// it does not replace into one hash map, so that a look-up is one step. The
+// string table is decoded and parsed when it is first asked for. A table is
+// handed out by shared reference and files are the library's own records, so
+// nothing that a caller holds goes away when another namespace is chosen.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "ZuHashMap.h"
+#include "ZuResourceService.h"
+#include "ZuResources.h"
+
+namespace zustd {
+
+class ResourceServiceGeneric : public IResourceServiceImpl {
+public:
+    // Makes a backend for the library, puts it in place of the owner's, names
+    // the library to the owner and chooses the namespace by the user's locale.
+    // The records outlive the owner's use of them.
+    static void install(ResourceService& owner, const ResourceLibrary& library);
+
+    // Looks up in the library's root from now on; no namespace is chosen.
+    void setLibrary(const ResourceLibrary& library) noexcept;
+
+    bool selectLocale(std::wstring_view locale) override;
+    std::wstring getNamespaceName() const override;
+    const FileResource* getFileResource(std::uint64_t identifier) const override;
+    std::shared_ptr<const StringTable> getStringTable() const override;
+
+private:
+    using FileMap = SizeMap<const FileResource*>;
+
+    const ResourceNamespace& currentNamespace() const;
+
+    const ResourceLibrary* library_ = nullptr;
+    const ResourceRoot* root_ = nullptr;
+    const ResourceNamespace* namespaceResource_ = nullptr;
+    // There whenever a namespace is chosen.
+    std::unique_ptr<const FileMap> files_;
+    // Null until it is asked for.
+    mutable std::shared_ptr<const StringTable> strings_;
+};
+
+}  // namespace zustd

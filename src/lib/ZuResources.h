@@ -1,0 +1,58 @@
+// The files that are compiled into the program and the records that describe them.
+//
+// A library of resources has roots, a root has namespaces, a namespace has
+// files. The name of a namespace is language-region, such as "de-xx", where
+// "xx" stands for any: "xx-xx" holds the English texts and all images, the
+// others hold what differs in their language. Every namespace bears its string
+// table under the same number, and so does every image that a language
+// replaces.
+//
+// The records are plain aggregates without owners. Whoever defines a library
+// keeps its records and bytes alive as long as anybody looks things up in it.
+#pragma once
+
+#include <cstdint>
+
+namespace zustd {
+
+// The number of a namespace's string table.
+inline constexpr std::uint64_t kStringTableIdentifier = 1;
+// Images have numbers from here on.
+inline constexpr std::uint64_t kFirstImageIdentifier = 100;
+
+// One file; the bytes are not terminated.
+struct FileResource {
+    std::uint64_t identifier;
+    std::uint64_t size;
+    const unsigned char* bytes;
+};
+
+// In all records below a count tells how many entries the pointer behind it
+// leads to.
+struct ResourceNamespace {
+    const wchar_t* name;
+    std::uint64_t fileCount;
+    const FileResource* files;
+};
+
+struct ResourceRoot {
+    const wchar_t* name;
+    std::uint64_t namespaceCount;
+    const ResourceNamespace* namespaces;
+};
+
+struct ResourceLibrary {
+    const wchar_t* name;
+    // Which of the roots is used.
+    const wchar_t* rootName;
+    // The locale for users who have none.
+    const wchar_t* defaultLocale;
+    std::uint64_t rootCount;
+    const ResourceRoot* roots;
+};
+
+// The library that is compiled in, "libzueta". Its records are writable and
+// there before the first constructor runs; its bytes are constant data.
+ResourceLibrary& compiledInResources() noexcept;
+
+}  // namespace zustd
