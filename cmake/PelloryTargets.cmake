@@ -16,6 +16,9 @@ function(pellory_target target)
     # This compiler's -Wrestrict takes sums of short strings for overlaps.
     target_compile_options(${target} PRIVATE
       -Wduplicated-cond -Wlogical-op -Wsuggest-override -Wno-restrict)
+  else()
+    # The formats are checked by g++; clang does not know gnu_printf.
+    target_compile_options(${target} PRIVATE -Wno-ignored-attributes)
   endif()
   target_compile_definitions(${target} PRIVATE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT

@@ -125,8 +125,6 @@ bool enterLogsDirectory(Collection& collection) {
     } else {
         makeDirectory(logs);
     }
-    // Told before the folder is entered, so that the line stands whether or
-    // not entering it works.
     if (zustd::isDirectory(logs) && setCurrentDirectory(logs)) {
         printAndRecord("Switching to diagnostics logs directory %s\n", logsText.c_str());
         return true;

@@ -25,6 +25,11 @@ std::wstring specialFolder(int csidl) {
                                                                        : std::wstring();
 }
 
+std::shared_ptr<WindowService> tryMakeWindowService(const wchar_t* operation, HWND window) {
+    return guarded(operation, std::shared_ptr<WindowService>(),
+                   [window] { return makeWindowService(window); });
+}
+
 bool isKeyDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
 
 std::intptr_t modifierKeys() noexcept {
@@ -61,14 +66,16 @@ ApplicationServiceWin32Gdi::~ApplicationServiceWin32Gdi() {
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowService(
     bool allowForeground) {
     if (const HWND window = getActiveWindow()) {
-        return makeWindowService(window);
+        return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createActiveWindowService",
+                                    window);
     }
     ZU_TRACE(L"ApplicationServiceWin32Gdi::createActiveWindowService: no active window found");
     if (allowForeground) {
         ZU_TRACE(
             L"ApplicationServiceWin32Gdi::createActiveWindowService: trying foreground window");
         if (const HWND window = GetForegroundWindow()) {
-            return makeWindowService(window);
+            return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createActiveWindowService",
+                                        window);
         }
         ZU_TRACE(
             L"ApplicationServiceWin32Gdi::createActiveWindowService: no foreground window found");
@@ -81,19 +88,20 @@ std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowSer
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createMainWindowService() {
     if (const HWND window = getMainWindow()) {
-        return makeWindowService(window);
+        return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createMainWindowService", window);
     }
     ZU_TRACE(L"ApplicationServiceWin32Gdi::createMainWindowService: no main window found");
     return nullptr;
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createUnboundWindowService() {
-    return makeWindowService(nullptr);
+    return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createUnboundWindowService", nullptr);
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createDesktopWindowService() {
     if (const HWND window = GetDesktopWindow()) {
-        return makeWindowService(window);
+        return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createDesktopWindowService",
+                                    window);
     }
     ZU_TRACE(L"ApplicationServiceWin32Gdi::createDesktopWindowService: no desktop window found");
     return nullptr;

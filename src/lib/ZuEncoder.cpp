@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "ZuCipher.h"
 #include "ZuPlankton.h"
 
 namespace zustd {
@@ -124,6 +125,11 @@ void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out
             std::transform(bytes.begin(), bytes.end(), out.begin(), [](char byte) {
                 return static_cast<wchar_t>(static_cast<unsigned char>(byte));
             });
+            return;
+        case kEncodingEnciphered:
+        case kEncodingEncipheredCompressed:
+            decodeFromUTF8(Cipher::decipher(static_cast<CipherEncoding>(encoding), bytes), out,
+                           false);
             return;
         default:
             throwText(L"Encoder::decodeFrom: unknown encoding", ZU_LINE(103));

@@ -28,8 +28,9 @@ inline constexpr int kEncodingPlain = 4;
 class Encoder {
 public:
     // Replaces out by the decoded bytes. kEncodingPlain makes each byte a code
-    // unit. Throws for an unknown encoding and for bytes that do not decode;
-    // out then holds what was decoded before the fault.
+    // unit; the enciphered encodings take the process's key (see ZuCipher).
+    // Throws for an unknown encoding and for bytes that do not decode; out then
+    // holds what was decoded before the fault.
     static void decodeFrom(int encoding, std::string_view bytes, std::wstring& out);
 
     // bomRequired: text without a leading byte-order mark is refused.

@@ -35,7 +35,10 @@ std::uint64_t seed() noexcept {
 
 std::uint64_t load(const unsigned char* bytes, std::size_t size) noexcept {
     std::uint64_t word = 0;
-    std::memcpy(&word, bytes, size);
+    // An empty key may have no bytes to point at.
+    if (size != 0) {
+        std::memcpy(&word, bytes, size);
+    }
     return word;
 }
 

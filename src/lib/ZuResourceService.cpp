@@ -1,6 +1,5 @@
 #include "ZuResourceService.h"
 
-#include "ZuPlankton.h"
 #include "ZuWindows.h"
 
 namespace zustd {
@@ -39,15 +38,5 @@ std::wstring ResourceService::getString(std::uint64_t key) const {
 }
 
 bool ResourceService::selectUserLocale() { return selectLocale(userLocaleName()); }
-
-void ResourceService::setImplementation(
-    std::unique_ptr<IResourceServiceImpl> implementation) noexcept {
-    impl_ = std::move(implementation);
-}
-
-IResourceServiceImpl& ResourceService::implementation() const {
-    ZU_ASSERT_AS(impl_ != nullptr, L"impl_ != 0", ZU_HERE);
-    return *impl_;
-}
 
 }  // namespace zustd

@@ -13,7 +13,7 @@
 //
 // What is not there comes out empty and never as an exception. A look-up
 // before a namespace is chosen is a fault of the host: it fails the assertion
-// "namespaceResource_ != 0", or "impl_ != 0" when there is no backend either.
+// "namespaceResource_ != 0", or "impl_" when there is no backend either.
 // Not synchronised: for the main thread, as the registry is.
 #pragma once
 
@@ -23,6 +23,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ZuAbstraction.h"
 #include "ZuHashMap.h"
 #include "ZuResources.h"
 #include "ZuService.h"
@@ -35,6 +36,9 @@ using StringTable = SizeMap<std::wstring>;
 // What a backend does; the portable service adds nothing to the contracts.
 class IResourceServiceImpl {
 public:
+    IResourceServiceImpl() = default;
+    IResourceServiceImpl(const IResourceServiceImpl&) = delete;
+    IResourceServiceImpl& operator=(const IResourceServiceImpl&) = delete;
     virtual ~IResourceServiceImpl() = default;
 
     // Chooses the namespace for a locale name; an empty name stands for the
@@ -67,7 +71,9 @@ public:
     virtual std::wstring getString(std::uint64_t key) const = 0;
 };
 
-class ResourceService : public Service, public IResourceService {
+class ResourceService : public Abstraction<IResourceServiceImpl>,
+                        public Service,
+                        public IResourceService {
 public:
     using Service::Service;
 
@@ -80,18 +86,12 @@ public:
     // selectLocale() with the name of the user's locale in the system.
     bool selectUserLocale();
 
-    // Takes a backend and destroys the one before it.
-    void setImplementation(std::unique_ptr<IResourceServiceImpl> implementation) noexcept;
-
     // The library that the backend looks things up in; empty before one is
     // installed.
     const std::wstring& libraryName() const noexcept { return libraryName_; }
     void setLibraryName(std::wstring name) { libraryName_ = std::move(name); }
 
 private:
-    IResourceServiceImpl& implementation() const;
-
-    std::unique_ptr<IResourceServiceImpl> impl_;
     std::wstring libraryName_;
 };
 

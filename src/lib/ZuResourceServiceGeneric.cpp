@@ -48,6 +48,13 @@ const ResourceNamespace* findNamespace(const ResourceRoot& root,
     return nullptr;
 }
 
+// Files of another namespace that are there already stay.
+void addFiles(const ResourceNamespace& resources, SizeMap<const FileResource*>& files) {
+    for (const FileResource& file : filesOf(resources)) {
+        files.findOrInsert(file.identifier, &file);
+    }
+}
+
 // element = "<" name ">" , text , "</" name ">" ; it must be there
 template <class Convert>
 void readRequiredElement(XmlRange& in, std::wstring_view name, Convert&& convert) {
@@ -85,7 +92,7 @@ void readStringTable(const FileResource& file, StringTable& table) {
 void ResourceServiceGeneric::install(ResourceService& owner, const ResourceLibrary& library) {
     auto backend = std::make_unique<ResourceServiceGeneric>();
     backend->setLibrary(library);
-    owner.setImplementation(std::move(backend));
+    joinImplementation(owner, std::move(backend));
     owner.setLibraryName(library.name);
     owner.selectUserLocale();
 }
@@ -112,13 +119,9 @@ bool ResourceServiceGeneric::selectLocale(std::wstring_view locale) {
         return false;
     }
     auto files = std::make_unique<FileMap>();
-    for (const ResourceNamespace* source : {chosen, neutral}) {
-        if (source == nullptr) {
-            continue;
-        }
-        for (const FileResource& file : filesOf(*source)) {
-            files->findOrInsert(file.identifier, &file);
-        }
+    addFiles(*chosen, *files);
+    if (neutral != nullptr) {
+        addFiles(*neutral, *files);
     }
     files_ = std::move(files);
     strings_.reset();

@@ -12,16 +12,18 @@
 #include <string>
 #include <string_view>
 
+#include "ZuAbstraction.h"
 #include "ZuHashMap.h"
 #include "ZuResourceService.h"
 #include "ZuResources.h"
 
 namespace zustd {
 
-class ResourceServiceGeneric : public IResourceServiceImpl {
+class ResourceServiceGeneric : public Implementation<ResourceService, IResourceServiceImpl> {
 public:
-    // Makes a backend for the library, puts it in place of the owner's, names
-    // the library to the owner and chooses the namespace by the user's locale.
+    // Makes a backend for the library, joins it to the owner in place of a
+    // former one, names the library to the owner and chooses the namespace by
+    // the user's locale.
     // The records outlive the owner's use of them.
     static void install(ResourceService& owner, const ResourceLibrary& library);
 

@@ -76,7 +76,7 @@ std::shared_ptr<ServiceLocator> ServiceLocator::instance() noexcept { return roo
 std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring_view name,
                                                    bool localOnly) const {
     for (auto entry = ownedServices_.rbegin(); entry != ownedServices_.rend(); ++entry) {
-        if (isType(**entry) && bearsName(**entry, name)) {
+        if (isType(entry->get()) && bearsName(**entry, name)) {
             return *entry;
         }
     }
@@ -93,7 +93,7 @@ std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring
 std::shared_ptr<Service> ServiceLocator::findWeak(TypeTest isType, std::wstring_view name) const {
     for (auto entry = weakServices_.rbegin(); entry != weakServices_.rend(); ++entry) {
         const std::shared_ptr<Service> service = entry->lock();
-        if (service && isType(*service) && bearsName(*service, name)) {
+        if (service && isType(service.get()) && bearsName(*service, name)) {
             return service;
         }
     }

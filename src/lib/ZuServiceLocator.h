@@ -61,11 +61,11 @@ public:
 
 private:
     friend class ServiceLocatorStaticCtorDtor;
-    using TypeTest = bool (*)(Service& service);
+    using TypeTest = bool (*)(Service* service);
 
     template <class T>
-    static bool isA(Service& service) {
-        return dynamic_cast<T*>(&service) != nullptr;
+    static bool isA(Service* service) {
+        return dynamic_cast<T*>(service) != nullptr;
     }
 
     std::shared_ptr<Service> findOwned(TypeTest isType, std::wstring_view name,
