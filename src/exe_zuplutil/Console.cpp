@@ -8,8 +8,8 @@ namespace zuplutil {
 
 namespace {
 
-constexpr std::size_t kTextBuffer = 32 * 1024;
-constexpr std::size_t kLargestTranscript = 16 * 1024 * 1024;
+constexpr std::size_t kTextBuffer = std::size_t{32} * 1024;
+constexpr std::size_t kLargestTranscript = std::size_t{16} * 1024 * 1024;
 
 std::string& transcript() {
     static std::string text;

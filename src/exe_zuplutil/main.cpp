@@ -10,6 +10,9 @@
 #include "Menus.h"
 #include "Switches.h"
 #include "ZuApplicationServiceWin32Gdi.h"
+#include "ZuResourceService.h"
+#include "ZuResourceServiceGeneric.h"
+#include "ZuResources.h"
 #include "ZuServiceLocator.h"
 #include "ZuText.h"
 #include "ZuVersion.h"
@@ -27,7 +30,13 @@ void showBanner() {
 }
 
 // The registry's root holds the services until the process ends.
-std::shared_ptr<zustd::ApplicationService> registerApplicationService() {
+void registerResourceService() {
+    auto service = zustd::makeService<zustd::ResourceService>();
+    zustd::ResourceServiceGeneric::install(*service, zustd::compiledInResources());
+    zustd::ServiceLocator::instance()->registerService(service, true, true);
+}
+
+void registerApplicationService() {
     auto service = zustd::makeService<zustd::ApplicationService>();
     auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
     backend->setModuleInstance(nullptr);
@@ -35,7 +44,6 @@ std::shared_ptr<zustd::ApplicationService> registerApplicationService() {
     backend->setApplicationName(L"Pellory For Outlook");
     zustd::joinImplementation(*service, std::move(backend));
     zustd::ServiceLocator::instance()->registerService(service, true, true);
-    return service;
 }
 
 int run(int argc, wchar_t** argv) {
@@ -58,7 +66,8 @@ int wmain(int argc, wchar_t** argv) {
     zuplutil::runAction([&] {
         const zuplutil::ConsoleSession session;
         zuplutil::showBanner();
-        const auto applicationService = zuplutil::registerApplicationService();
+        zuplutil::registerResourceService();
+        zuplutil::registerApplicationService();
         exitCode = zuplutil::run(argc, argv);
     });
     return exitCode;

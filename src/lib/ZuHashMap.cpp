@@ -33,13 +33,32 @@ std::uint64_t seed() noexcept {
     return value;
 }
 
-std::uint64_t load(const unsigned char* bytes, std::size_t size) noexcept {
-    std::uint64_t word = 0;
-    // An empty key may have no bytes to point at.
-    if (size != 0) {
-        std::memcpy(&word, bytes, size);
-    }
+// Bytes as a number; so many of them as the number type has.
+template <class Word>
+std::uint64_t load(const unsigned char* bytes) noexcept {
+    Word word;
+    std::memcpy(&word, bytes, sizeof(word));
     return word;
+}
+
+// The last bytes of a key, 16 at the most. The two numbers overlap when there
+// are fewer; together with the key's size they still tell all keys apart.
+struct Tail {
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+};
+
+Tail loadTail(const unsigned char* bytes, std::size_t size) noexcept {
+    if (size >= 8) {
+        return {load<std::uint64_t>(bytes), load<std::uint64_t>(bytes + size - 8)};
+    }
+    if (size >= 4) {
+        return {load<std::uint32_t>(bytes), load<std::uint32_t>(bytes + size - 4)};
+    }
+    if (size >= 2) {
+        return {load<std::uint16_t>(bytes), load<std::uint16_t>(bytes + size - 2)};
+    }
+    return {size == 1 ? *bytes : std::uint64_t{0}, 0};
 }
 
 }  // namespace
@@ -48,13 +67,12 @@ std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept {
     const auto* at = static_cast<const unsigned char*>(bytes);
     std::uint64_t hash = seed() ^ (size * kMixA);
     while (size > 16) {
-        hash = mix(load(at, 8) ^ hash, load(at + 8, 8) ^ kMixB);
+        hash = mix(load<std::uint64_t>(at) ^ hash, load<std::uint64_t>(at + 8) ^ kMixB);
         at += 16;
         size -= 16;
     }
-    const std::uint64_t low = load(at, size < 8 ? size : 8);
-    const std::uint64_t high = size > 8 ? load(at + 8, size - 8) : 0;
-    return mix(mix(low ^ hash, high ^ kMixB), kMixA);
+    const Tail tail = loadTail(at, size);
+    return mix(mix(tail.low ^ hash, tail.high ^ kMixB), kMixA);
 }
 
 std::uint64_t hashNumber(std::uint64_t number) noexcept { return mix(number ^ seed(), kMixA); }
