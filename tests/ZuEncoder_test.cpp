@@ -1,0 +1,203 @@
+#include "ZuEncoder.h"
+
+#include <gtest/gtest.h>
+
+#include "support/FrameworkTest.h"
+
+namespace zustd {
+namespace {
+
+using test::Lines;
+using test::Random;
+using test::thrownText;
+using test::TraceCapture;
+using namespace std::string_literals;
+
+constexpr wchar_t kIncompleteMark[] =
+    L"Utf8DecoderStateMachine::tryReduce: incomplete UTF8 Byte Order Mark encountered";
+constexpr wchar_t kMissingMark[] =
+    L"Utf8DecoderStateMachine::tryReduce: required UTF8 Byte Order Mark missing";
+constexpr wchar_t kNotDecoded[] =
+    L"Encoder::decodeFromUTF8: utf8 string not fully decoded (incomplete trailing escape sequence)";
+
+// What decoding gives: the text so far and the failure, if any.
+struct Decoded {
+    std::wstring text;
+    std::wstring failure;
+    friend bool operator==(const Decoded&, const Decoded&) = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Decoded& decoded) {
+    return out << testing::PrintToString(decoded.text) << ", "
+               << testing::PrintToString(decoded.failure);
+}
+
+Decoded decode(const std::string& bytes, bool bomRequired) {
+    Decoded decoded{L"old", L""};
+    decoded.failure =
+        thrownText([&] { Encoder::decodeFromUTF8(bytes, decoded.text, bomRequired); });
+    return decoded;
+}
+
+// The state machine alone, fed byte by byte.
+Decoded decodeByteByByte(const std::string& bytes, bool bomRequired) {
+    Utf8DecoderStateMachine machine(bomRequired);
+    const std::wstring failure = thrownText([&] {
+        for (const char byte : bytes) {
+            machine.feed(byte);
+        }
+        machine.finish();
+    });
+    return {machine.output(), failure};
+}
+
+TEST(Utf8Decoder, bytes_wellFormedAndNot_decodeByTheDialectsRules) {
+    const std::wstring ok = L"nothing";
+    const struct {
+        std::string bytes;
+        bool bomRequired;
+        Decoded expected;
+    } kCases[] = {
+        {"", false, {L"", ok}},
+        {"", true, {L"", kNotDecoded}},
+        {"A", false, {L"A", ok}},
+        {"A", true, {L"", kMissingMark}},
+        {"\xEF\xBB\xBF", true, {L"", ok}},
+        {"\xEF\xBB\xBF"
+         "A",
+         true,
+         {L"A", ok}},
+        {"\xEF\xBB\xBF"
+         "A",
+         false,
+         {L"A", ok}},
+        {"\xEF\xBB", true, {L"", kNotDecoded}},
+        {"\xEF\xBB\xBE", true, {L"", kIncompleteMark}},
+        {"\xC3\xA9", false, {L"\u00E9", ok}},
+        {"\xC3", false, {L"", kNotDecoded}},
+        {"AB\xE2\x82", false, {L"AB", kNotDecoded}},
+        {"\xE2\x82\xAC", false, {L"\u20AC", ok}},
+        {"\x80\xBF", false, {L"\xFF80\xFFBF", ok}},
+        {"\xC3"
+         "AB",
+         false,
+         {L"\x00C1"
+          L"B",
+          ok}},
+        {"\xE2"
+         "AB",
+         false,
+         {L"\x2042", ok}},
+        {"\xC0\x80", false, {L"\0"s, ok}},
+        {"\xF0\x9F\x98\x80", false, {L"\x07D8\xFF80", ok}},
+        {"\xFF\xFF\xFF", false, {L"\xFFFF", ok}},
+        {"\xED\xA0\xBD\xED\xB8\x80", false, {L"\xD83D\xDE00", ok}},
+        {"A\xEF\xBF\xBD", false, {L"A", kIncompleteMark}},
+        {"A\xEF\xBB\xBF\xEF\xBF\xBD", false, {L"A\xFFFD", ok}},
+        {"\xEF\xBB\xBF\xEF\xBB\xBF", false, {L"\xFEFF", ok}},
+        {"a\0b"s, false, {L"a\0b"s, ok}},
+    };
+    for (const auto& [bytes, bomRequired, expected] : kCases) {
+        EXPECT_EQ(decode(bytes, bomRequired), expected) << testing::PrintToString(bytes);
+        EXPECT_EQ(decodeByteByByte(bytes, bomRequired), expected) << testing::PrintToString(bytes);
+    }
+}
+
+TEST(Utf8Decoder, failures_whileTracing_leaveTheirReportLines) {
+    const TraceCapture trace;
+    decode("A\xEF\xBF\xBD", false);
+    decode("A", true);
+    decode("\xC3", false);
+    std::wstring out;
+    thrownText([&] { Encoder::decodeFrom(7, "", out); });
+    EXPECT_EQ(
+        trace.messages(),
+        (Lines{"throwing: 'Utf8DecoderStateMachine::tryReduce: incomplete UTF8 Byte Order Mark "
+               "encountered', in src/lib/ZuEncoder, line 846",
+               "throwing: 'Utf8DecoderStateMachine::tryReduce: required UTF8 Byte Order Mark "
+               "missing', in src/lib/ZuEncoder, line 852",
+               "throwing: 'Encoder::decodeFromUTF8: utf8 string not fully decoded (incomplete "
+               "trailing escape sequence)', in src/lib/ZuEncoder, line 185",
+               "throwing: 'Encoder::decodeFrom: unknown encoding', in src/lib/ZuEncoder, line "
+               "103"}));
+}
+
+TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeTheSame) {
+    // Long plain stretches with hostile bytes between: the decoder's fast path
+    // must stop and go on where the state machine does.
+    static constexpr std::string_view kHostile =
+        "\x80\xBF\xC0\xC3\xDF\xE0\xE2\xED\xEE\xEF\xEF\xBB\xBF\xF0\xF4\xFF";
+    Random random(846);
+    SCOPED_TRACE(random.label());
+    for (int round = 0; round < 50000; ++round) {
+        std::string bytes;
+        for (std::size_t runs = random.below(6); runs > 0; --runs) {
+            bytes.append(random.below(20), static_cast<char>('a' + random.below(26)));
+            bytes.append(random.below(4) == 0 ? "\xEF\xBB\xBF" : "");
+            for (std::size_t count = random.below(5); count > 0; --count) {
+                bytes.push_back(random.pick(kHostile));
+            }
+        }
+        const bool bomRequired = random.below(4) == 0;
+        ASSERT_EQ(decode(bytes, bomRequired), decodeByteByByte(bytes, bomRequired))
+            << testing::PrintToString(bytes);
+    }
+}
+
+TEST(EncoderNumbers, decodeFrom_byNumber_picksTheEncodingOrRefuses) {
+    std::wstring out = L"old";
+    Encoder::decodeFrom(kEncodingPlain, "\xE9\x80\x00"s, out);
+    EXPECT_EQ(out, L"\u00E9\u0080\0"s);
+    Encoder::decodeFrom(kEncodingUtf8, "\xC3\xA9", out);
+    EXPECT_EQ(out, L"\u00E9");
+    for (const int encoding : {0, 5, 7, -1}) {
+        EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(encoding, "A", out); }),
+                  L"Encoder::decodeFrom: unknown encoding");
+    }
+}
+
+TEST(Utf8Encoder, encodeToUTF8_unitsAtTheEdges_haveTheirExactBytes) {
+    const std::pair<std::wstring, std::string> kCases[] = {
+        {L"", ""},
+        {L"\0\x7F"s, "\0\x7F"s},
+        {L"\x80\x7FF", "\xC2\x80\xDF\xBF"},
+        {L"\x800\xEFFF", "\xE0\xA0\x80\xEE\xBF\xBF"},
+        {L"\xD83D\xDE00", "\xED\xA0\xBD\xED\xB8\x80"},
+        {L"a\xF000",
+         "\xEF\xBB\xBF"
+         "a\xEF\x80\x80"},
+        {L"\xFFFF", "\xEF\xBB\xBF\xEF\xBF\xBF"},
+        {L"\xFEFF", "\xEF\xBB\xBF\xEF\xBB\xBF"},
+    };
+    for (const auto& [text, bytes] : kCases) {
+        std::string out = "old";
+        Encoder::encodeToUTF8(text, out);
+        EXPECT_EQ(out, bytes);
+    }
+}
+
+TEST(Utf8Encoder, everyCodeUnit_aloneAndBesideOthers_comesBack) {
+    const std::wstring neighbours =
+        L"aZ\0\x7F\x80\x7FF\x800\xD83D\xDBFF\xDC00\xDE00\xEFFF\xF000"
+        L"\xFEFF\xFFFE\xFFFF"s;
+    std::string bytes;
+    std::wstring back;
+    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+        const auto c = static_cast<wchar_t>(unit);
+        std::wstring text(1, c);
+        Encoder::encodeToUTF8(text, bytes);
+        const bool hasMark = bytes.starts_with("\xEF\xBB\xBF");
+        ASSERT_EQ(hasMark, unit >= 0xF000) << unit;
+        Encoder::decodeFromUTF8(bytes, back, hasMark);
+        ASSERT_EQ(back, text) << unit;
+        for (const wchar_t neighbour : neighbours) {
+            text = {neighbour, c, neighbour};
+            Encoder::encodeToUTF8(text, bytes);
+            Encoder::decodeFromUTF8(bytes, back, false);
+            ASSERT_EQ(back, text) << unit << " beside " << static_cast<unsigned>(neighbour);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zustd

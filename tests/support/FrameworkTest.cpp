@@ -1,0 +1,252 @@
+#include "support/FrameworkTest.h"
+
+#include <malloc.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <new>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+
+#include "ZuWindows.h"
+
+namespace {
+
+std::atomic<long> allowedAllocations{-1};
+std::atomic<bool> allocationFailed{false};
+std::atomic<std::int64_t> liveBytes{0};
+std::atomic<std::int64_t> peakBytes{0};
+
+void* allocate(std::size_t size) noexcept {
+    if (allowedAllocations >= 0 && allowedAllocations-- == 0) {
+        allowedAllocations = 0;
+        allocationFailed = true;
+        return nullptr;
+    }
+    void* memory = std::malloc(size == 0 ? 1 : size);
+    if (memory != nullptr) {
+        liveBytes += static_cast<std::int64_t>(_msize(memory));
+        if (liveBytes > peakBytes) {
+            peakBytes = liveBytes.load();
+        }
+    }
+    return memory;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    void* memory = allocate(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void operator delete(void* memory) noexcept {
+    if (memory != nullptr) {
+        const std::size_t size = _msize(memory);
+        liveBytes -= static_cast<std::int64_t>(size);
+        // Whoever still looks at it shall notice.
+        std::memset(memory, 0xDD, size);
+        std::free(memory);
+    }
+}
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+
+namespace zustd::test {
+
+namespace {
+
+std::vector<std::wstring> debuggerTexts;
+
+LONG CALLBACK takeDebuggerText(EXCEPTION_POINTERS* exception) {
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    if (record.ExceptionCode == DBG_PRINTEXCEPTION_WIDE_C) {
+        debuggerTexts.emplace_back(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]),
+                                   record.ExceptionInformation[0] - 1);
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+    if (record.ExceptionCode == DBG_PRINTEXCEPTION_C) {
+        const std::string text(reinterpret_cast<const char*>(record.ExceptionInformation[1]),
+                               record.ExceptionInformation[0] - 1);
+        debuggerTexts.emplace_back(text.begin(), text.end());
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+template <class Read>
+Reading take(Read&& read) {
+    try {
+        return {"", read()};
+    } catch (const std::invalid_argument& failure) {
+        return {std::string("invalid: ") + failure.what(), 0};
+    } catch (const std::wstring& failure) {
+        return {"failed: " + std::string(failure.begin(), failure.end()), 0};
+    }
+}
+
+}  // namespace
+
+TempFolder::TempFolder() {
+    static int number = 0;
+    path_ = (std::filesystem::temp_directory_path() /
+             (L"framework-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+              std::to_wstring(++number)))
+                .wstring();
+    std::filesystem::create_directory(path_);
+}
+
+TempFolder::~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+bool fileExists(const std::wstring& file) {
+    return GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool deleteFile(const std::wstring& file) { return DeleteFileW(file.c_str()) != FALSE; }
+
+std::string readBytes(const std::wstring& file) {
+    std::ifstream stream(std::filesystem::path(file), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeBytes(const std::wstring& file, const std::string& bytes) {
+    std::ofstream(std::filesystem::path(file), std::ios::binary) << bytes;
+}
+
+TraceCapture::TraceCapture(std::int32_t threshold)
+    : path_(folder_.file(L"trace.log")), settings_{kTraceToLog, path_.c_str(), threshold} {
+    traceSettings = &settings_;
+}
+
+TraceCapture::~TraceCapture() { traceSettings = nullptr; }
+
+Lines TraceCapture::messages() const {
+    constexpr std::string_view kMark = "ZULOG: ";
+    Lines lines;
+    std::istringstream text(bytes());
+    for (std::string line; std::getline(text, line);) {
+        const std::size_t mark = line.find(kMark);
+        line = mark != std::string::npos ? line.substr(mark + kMark.size()) : line;
+        lines.push_back(line.substr(0, line.find('\r')));
+    }
+    return lines;
+}
+
+std::string TraceCapture::bytes() const { return readBytes(path_); }
+
+DebuggerOutput::DebuggerOutput() : handler_(AddVectoredExceptionHandler(1, takeDebuggerText)) {
+    debuggerTexts.clear();
+}
+
+DebuggerOutput::~DebuggerOutput() { RemoveVectoredExceptionHandler(handler_); }
+
+std::vector<std::wstring> DebuggerOutput::texts() const { return debuggerTexts; }
+
+ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), original_(slot) {
+    DWORD protection = 0;
+    VirtualProtect(&slot_, sizeof(slot_), PAGE_READWRITE, &protection);
+    slot_ = replacement;
+}
+
+ReplacedImport::~ReplacedImport() { slot_ = original_; }
+
+AllocationLimit::AllocationLimit(long allowed) {
+    allocationFailed = false;
+    allowedAllocations = allowed;
+}
+
+AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
+
+bool AllocationLimit::wasReached() const { return allocationFailed; }
+
+MemoryWatch::MemoryWatch() : start_(liveBytes) { peakBytes = start_; }
+
+std::size_t MemoryWatch::peak() const { return static_cast<std::size_t>(peakBytes - start_); }
+
+Reading readFromRange(ISerializable& target, const std::wstring& document) {
+    return take([&] {
+        const wchar_t* begin = document.data();
+        target.parseXml(begin, document.data() + document.size());
+        return static_cast<std::size_t>(begin - document.data());
+    });
+}
+
+Reading readFromStream(ISerializable& target, const std::wstring& document) {
+    return take([&] {
+        std::wistringstream stream(document);
+        target.readXml(stream);
+        return static_cast<std::size_t>(
+            std::streamoff(stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in)));
+    });
+}
+
+std::ostream& operator<<(std::ostream& out, const Reading& reading) {
+    return out << '"' << reading.failure << "\" after " << reading.taken;
+}
+
+std::wstring xmlOf(const ISerializable& value) {
+    std::wstring text;
+    value.appendXml(text);
+    return text;
+}
+
+std::wstring Random::text(std::size_t longest) {
+    // Plain letters, what the XML form escapes, and the ends of UTF-8's ranges.
+    static constexpr std::wstring_view kSpecial = L"<>&'\";\\/= \u007F\u0080\u07FF\u0800\uFFFE";
+    std::wstring text(below(longest + 1), L' ');
+    for (wchar_t& unit : text) {
+        const std::size_t dice = below(4);
+        unit = dice == 0   ? pick(kSpecial)
+               : dice == 1 ? static_cast<wchar_t>(32 + below(0xFFFF - 32))
+                           : static_cast<wchar_t>(L'a' + below(26));
+    }
+    return text;
+}
+
+SerializableUnion Random::value(int depth) {
+    SerializableUnion value;
+    switch (below(depth > 0 ? 8 : 7)) {
+        case 0:
+            break;
+        case 1:
+            value.setString(text(40));
+            break;
+        case 2:
+            value.setLong(static_cast<std::int32_t>(number()));
+            break;
+        case 3:  // Sixty-fourths have six decimals.
+            value.setDouble(static_cast<std::int32_t>(number()) / 64.0);
+            break;
+        case 4:
+            value.setBool(below(2) == 0);
+            break;
+        case 5: {
+            const auto field = [this](std::size_t count) { return static_cast<int>(below(count)); };
+            value.setDateTime(
+                {field(10000), field(100), field(100), field(24), field(60), field(60)});
+            break;
+        }
+        case 6:
+            value.setSizet(number());
+            break;
+        default:
+            value.setArraySize(static_cast<std::int64_t>(below(5)));
+            for (SerializableUnion& element : value.arrayRef()) {
+                element = this->value(depth - 1);
+            }
+            break;
+    }
+    return value;
+}
+
+}  // namespace zustd::test

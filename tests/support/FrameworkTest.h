@@ -1,0 +1,154 @@
+// What the framework's tests share: a folder of their own, the trace as lines,
+// obstacles to put in the way, and random values that can be had again.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "ZuPlankton.h"
+#include "ZuSerializable.h"
+
+namespace zustd::test {
+
+using Lines = std::vector<std::string>;
+
+// A fresh folder that goes away with all its files.
+class TempFolder {
+public:
+    TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+    ~TempFolder();
+
+    std::wstring file(const std::wstring& name) const { return path_ + L"\\" + name; }
+
+private:
+    std::wstring path_;
+};
+
+bool fileExists(const std::wstring& file);
+// Fails while anybody has the file open.
+bool deleteFile(const std::wstring& file);
+std::string readBytes(const std::wstring& file);
+void writeBytes(const std::wstring& file, const std::string& bytes);
+
+// Tracing into a file for as long as it lives.
+class TraceCapture {
+public:
+    explicit TraceCapture(std::int32_t threshold = kTraceLevelReport);
+    TraceCapture(const TraceCapture&) = delete;
+    TraceCapture& operator=(const TraceCapture&) = delete;
+    ~TraceCapture();
+
+    // The messages so far as UTF-8, without time stamp and "ZULOG: ".
+    Lines messages() const;
+    std::string bytes() const;
+
+private:
+    TempFolder folder_;
+    std::wstring path_;
+    TraceSettings settings_;
+};
+
+// Collects what this process sends to the debugger's channel.
+class DebuggerOutput {
+public:
+    DebuggerOutput();
+    DebuggerOutput(const DebuggerOutput&) = delete;
+    DebuggerOutput& operator=(const DebuggerOutput&) = delete;
+    ~DebuggerOutput();
+
+    std::vector<std::wstring> texts() const;
+
+private:
+    void* handler_;
+};
+
+// Puts a function in the place of one that the executable imports. The slot is
+// the import table's entry, __imp_NAME.
+class ReplacedImport {
+public:
+    ReplacedImport(void*& slot, void* replacement);
+    ReplacedImport(const ReplacedImport&) = delete;
+    ReplacedImport& operator=(const ReplacedImport&) = delete;
+    ~ReplacedImport();
+
+private:
+    void*& slot_;
+    void* original_;
+};
+
+// Lets so many allocations succeed and fails every later one.
+class AllocationLimit {
+public:
+    explicit AllocationLimit(long allowed);
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+    ~AllocationLimit();
+
+    // Whether an allocation has failed.
+    bool wasReached() const;
+};
+
+// The most bytes that were allocated at a time, beyond those at the start.
+class MemoryWatch {
+public:
+    MemoryWatch();
+    std::size_t peak() const;
+
+private:
+    std::int64_t start_;
+};
+
+// How a reader took a document: "" or what it threw ("invalid: …" for
+// std::invalid_argument, "failed: …" for a text), and how many characters it
+// moved on. Any other exception passes through.
+struct Reading {
+    std::string failure;
+    std::size_t taken = 0;
+
+    friend bool operator==(const Reading&, const Reading&) = default;
+};
+Reading readFromRange(ISerializable& target, const std::wstring& document);
+Reading readFromStream(ISerializable& target, const std::wstring& document);
+std::ostream& operator<<(std::ostream& out, const Reading& reading);
+
+// The text that body throws as a std::wstring, or "nothing".
+template <class Body>
+std::wstring thrownText(Body&& body) {
+    try {
+        body();
+    } catch (const std::wstring& text) {
+        return text;
+    }
+    return L"nothing";
+}
+
+std::wstring xmlOf(const ISerializable& value);
+
+class Random {
+public:
+    explicit Random(std::uint64_t seed) : seed_(seed), engine_(seed) {}
+
+    std::string label() const { return "seed " + std::to_string(seed_); }
+    std::uint64_t number() { return engine_(); }
+    std::size_t below(std::size_t count) { return engine_() % count; }
+    template <class Items>
+    const auto& pick(const Items& items) {
+        return items[below(std::size(items))];
+    }
+    // A text that the XML form gives back: no control characters, no FFFF.
+    std::wstring text(std::size_t longest);
+    // A value that the XML form gives back, arrays nested so deep at the most.
+    SerializableUnion value(int depth);
+
+private:
+    std::uint64_t seed_;
+    std::mt19937_64 engine_;
+};
+
+}  // namespace zustd::test
