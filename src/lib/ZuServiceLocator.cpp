@@ -92,7 +92,7 @@ std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring
 
 std::shared_ptr<Service> ServiceLocator::findWeak(TypeTest isType, std::wstring_view name) const {
     for (auto entry = weakServices_.rbegin(); entry != weakServices_.rend(); ++entry) {
-        const std::shared_ptr<Service> service = entry->lock();
+        std::shared_ptr<Service> service = entry->lock();
         if (service && isType(service.get()) && bearsName(*service, name)) {
             return service;
         }
