@@ -11,14 +11,13 @@
 
 namespace zuplutil {
 
-namespace {
-
 // COM objects are released, never deleted.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
 // The interface by which Office loads its add-ins; declared here as far as it
-// is called.
+// is called. Not in an unnamed namespace: a compiler that sees that nobody in
+// this source implements it would take the call for one that cannot happen.
 struct IDTExtensibility2 : IDispatch {
     virtual HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int connectMode,
                                                    IDispatch* addInInstance,
@@ -26,6 +25,8 @@ struct IDTExtensibility2 : IDispatch {
 };
 
 #pragma GCC diagnostic pop
+
+namespace {
 
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};

@@ -1,6 +1,7 @@
 #include "ZuEncoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -33,45 +34,81 @@ constexpr wchar_t decodeSequence(const unsigned char* bytes, std::size_t length)
     }
 }
 
-constexpr std::size_t encodedLength(wchar_t unit) noexcept {
-    return unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
-}
-
-bool isAsciiWord(const unsigned char* bytes) noexcept {
+// The characters of a word that are ASCII, counted from the front up to the
+// first that is not. The first in memory is the lowest in the word.
+std::size_t asciiBytesIn(const unsigned char* bytes) noexcept {
     std::uint64_t word;
     std::memcpy(&word, bytes, sizeof(word));
-    return (word & 0x8080808080808080ULL) == 0;
+    return static_cast<std::size_t>(std::countr_zero(word & 0x8080808080808080ULL)) / 8;
 }
 
-// Widens the ASCII characters at the front, eight at a time as long as it can.
-void decodeAsciiRun(const unsigned char*& at, const unsigned char* end, wchar_t*& out) noexcept {
-    while (end - at >= 8 && isAsciiWord(at)) {
-        for (int i = 0; i < 8; ++i) {
-            out[i] = at[i];
+std::size_t asciiUnitsIn(const wchar_t* units) noexcept {
+    std::uint64_t word;
+    std::memcpy(&word, units, sizeof(word));
+    return static_cast<std::size_t>(std::countr_zero(word & 0xFF80FF80FF80FF80ULL)) / 16;
+}
+
+// Where a conversion has come to. Handed around by value: positions in memory
+// would have to be stored with every character.
+struct Decoding {
+    const unsigned char* at;
+    wchar_t* out;
+};
+
+struct Encoding {
+    const wchar_t* at;
+    char* out;
+};
+
+// Widens the ASCII characters at the front. A whole word is written even when
+// only its front is ASCII: what follows overwrites the rest. There is room,
+// since no text is longer than its bytes.
+Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    while (static_cast<std::size_t>(end - run.at) >= kWord) {
+        const std::size_t count = asciiBytesIn(run.at);
+        for (std::size_t i = 0; i < kWord; ++i) {
+            run.out[i] = run.at[i];
         }
-        at += 8;
-        out += 8;
+        run.at += count;
+        run.out += count;
+        if (count != kWord) {
+            return run;
+        }
     }
-    while (at != end && *at < 0x80) {
-        *out++ = *at++;
+    while (run.at != end && *run.at < 0x80) {
+        *run.out++ = *run.at++;
     }
+    return run;
 }
 
 // Decodes whole sequences until the state machine is needed: at a byte that
-// may begin the byte-order mark and at a sequence that the input cuts off.
-void decodeRun(const unsigned char*& at, const unsigned char* end, bool bomDone, wchar_t*& out) {
-    for (;;) {
-        decodeAsciiRun(at, end, out);
-        if (at == end || (*at == kBomLead && !bomDone)) {
-            return;
+// may begin the byte-order mark and for the last bytes of the input, which may
+// cut a sequence off. One branch for each length: the processor guesses it and
+// need not wait for one sequence to know where the next begins.
+Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcept {
+    while (end - run.at >= 3) {
+        const unsigned char lead = *run.at;
+        if (lead < 0x80) {
+            // A word at a time pays from the second character on.
+            *run.out++ = *run.at++;
+            if (*run.at < 0x80) {
+                run = decodeAsciiRun(run, end);
+            }
+        } else if (sequenceLength(lead) == 2) {
+            *run.out++ = decodeSequence(run.at, 2);
+            run.at += 2;
+        } else if (sequenceLength(lead) == 1) {
+            *run.out++ = decodeSequence(run.at, 1);
+            run.at += 1;
+        } else if (lead != kBomLead || bomDone) {
+            *run.out++ = decodeSequence(run.at, 3);
+            run.at += 3;
+        } else {
+            break;
         }
-        const std::size_t length = sequenceLength(*at);
-        if (static_cast<std::size_t>(end - at) < length) {
-            return;
-        }
-        *out++ = decodeSequence(at, length);
-        at += length;
     }
+    return run;
 }
 
 // Keeps a string as long as what was really decoded, also when decoding
@@ -79,7 +116,6 @@ void decodeRun(const unsigned char*& at, const unsigned char* end, bool bomDone,
 class DecodedText {
 public:
     DecodedText(std::wstring& text, std::size_t room) : text_(text) {
-        text_.clear();
         text_.resize(room);
         at = text_.data();
     }
@@ -93,24 +129,88 @@ private:
     std::wstring& text_;
 };
 
-// Writes one code unit and returns how many it took.
-std::size_t encodeUnit(std::wstring_view source, char*& out) noexcept {
-    const unsigned unit = source.front();
-    switch (encodedLength(source.front())) {
-        case 1:
-            *out++ = static_cast<char>(unit);
-            break;
-        case 2:
-            *out++ = static_cast<char>(0xC0U | unit >> 6);
-            *out++ = static_cast<char>(0x80U | (unit & 0x3FU));
-            break;
-        default:
-            *out++ = static_cast<char>(0xE0U | unit >> 12);
-            *out++ = static_cast<char>(0x80U | (unit >> 6 & 0x3FU));
-            *out++ = static_cast<char>(0x80U | (unit & 0x3FU));
-            break;
+// Narrows the ASCII characters at the front, by whole words as the decoder
+// does.
+Encoding encodeAsciiRun(Encoding run, const wchar_t* end) noexcept {
+    constexpr std::size_t kWord = sizeof(std::uint64_t) / sizeof(wchar_t);
+    while (static_cast<std::size_t>(end - run.at) >= kWord) {
+        const std::size_t count = asciiUnitsIn(run.at);
+        for (std::size_t i = 0; i < kWord; ++i) {
+            run.out[i] = static_cast<char>(run.at[i]);
+        }
+        run.at += count;
+        run.out += count;
+        if (count != kWord) {
+            return run;
+        }
     }
-    return 1;
+    while (run.at != end && *run.at < 0x80) {
+        *run.out++ = static_cast<char>(*run.at++);
+    }
+    return run;
+}
+
+// Writes the units at the front that take three bytes. Each is written as one
+// word, of which the next unit overwrites the last byte: stores are what an
+// encoder waits for. The last unit of a text is left to encodeUnit.
+Encoding encodeLongRun(Encoding run, const wchar_t* end) noexcept {
+    while (end - run.at >= 2 && *run.at >= 0x800) {
+        const std::uint32_t unit = *run.at++;
+        const std::uint32_t word =
+            0x8080E0U | unit >> 12 | (unit << 2 & 0x3F00U) | (unit & 0x3FU) << 16;
+        std::memcpy(run.out, &word, sizeof(word));
+        run.out += 3;
+    }
+    return run;
+}
+
+// Writes one code unit.
+Encoding encodeUnit(Encoding run) noexcept {
+    const unsigned unit = *run.at++;
+    if (unit < 0x80) {
+        *run.out++ = static_cast<char>(unit);
+    } else if (unit < 0x800) {
+        const auto pair = static_cast<std::uint16_t>(0x80C0U | unit >> 6 | (unit & 0x3FU) << 8);
+        std::memcpy(run.out, &pair, sizeof(pair));
+        run.out += 2;
+    } else {
+        *run.out++ = static_cast<char>(0xE0U | unit >> 12);
+        *run.out++ = static_cast<char>(0x80U | (unit >> 6 & 0x3FU));
+        *run.out++ = static_cast<char>(0x80U | (unit & 0x3FU));
+    }
+    return run;
+}
+
+// How many code units of a block are this one or a greater one. Counted in a
+// number of a unit's width, so that the compiler counts several units at once;
+// a block is too short for it to overflow.
+constexpr std::size_t kBlock = 0x1000;
+
+std::size_t countFrom(wchar_t least, std::wstring_view block) noexcept {
+    std::uint16_t count = 0;
+    for (const wchar_t unit : block) {
+        count = static_cast<std::uint16_t>(count + (unit >= least ? 1 : 0));
+    }
+    return count;
+}
+
+// What a text takes in UTF-8.
+struct EncodedSize {
+    std::size_t bytes = 0;
+    bool needsBom = false;
+};
+
+EncodedSize measure(std::wstring_view text) noexcept {
+    EncodedSize size;
+    while (!text.empty()) {
+        const std::wstring_view block = text.substr(0, kBlock);
+        const std::size_t longer = countFrom(0x80, block);
+        const std::size_t longest = longer != 0 ? countFrom(0x800, block) : 0;
+        size.bytes += block.size() + longer + longest;
+        size.needsBom |= longest != 0 && countFrom(kFirstUnitThatNeedsBom, block) != 0;
+        text.remove_prefix(block.size());
+    }
+    return size;
 }
 
 }  // namespace
@@ -143,7 +243,9 @@ void Encoder::decodeFromUTF8(std::string_view bytes, std::wstring& out, bool bom
     const auto* const end = at + bytes.size();
     while (at != end) {
         if (machine.isIdle() && machine.isTextAllowed()) {
-            decodeRun(at, end, machine.isBomDone(), decoded.at);
+            const Decoding run = decodeRun({at, decoded.at}, end, machine.isBomDone());
+            at = run.at;
+            decoded.at = run.out;
             if (at == end) {
                 break;
             }
@@ -158,22 +260,28 @@ void Encoder::decodeFromUTF8(std::string_view bytes, std::wstring& out, bool bom
 }
 
 void Encoder::encodeToUTF8(std::wstring_view text, std::string& out) {
-    std::size_t size = 0;
-    bool needsBom = false;
-    for (const wchar_t unit : text) {
-        size += encodedLength(unit);
-        needsBom |= unit >= kFirstUnitThatNeedsBom;
-    }
     constexpr std::string_view kBom = "\xEF\xBB\xBF";
-    out.resize(size + (needsBom ? kBom.size() : 0));
-    char* at = out.data();
-    if (needsBom) {
-        at = std::copy(kBom.begin(), kBom.end(), at);
+    const EncodedSize size = measure(text);
+    out.resize(size.bytes + (size.needsBom ? kBom.size() : 0));
+    Encoding run{text.data(), out.data()};
+    if (size.needsBom) {
+        run.out = std::copy(kBom.begin(), kBom.end(), run.out);
     }
-    while (!text.empty()) {
-        const std::size_t sourceCharsConsumed = encodeUnit(text, at);
+    const wchar_t* const end = run.at + text.size();
+    while (run.at != end) {
+        // A word at a time pays from the second character on.
+        if (*run.at < 0x80 && end - run.at >= 2 && run.at[1] < 0x80) {
+            run = encodeAsciiRun(run, end);
+            continue;
+        }
+        if (*run.at >= 0x800 && end - run.at >= 2) {
+            run = encodeLongRun(run, end);
+            continue;
+        }
+        const Encoding next = encodeUnit(run);
+        const auto sourceCharsConsumed = next.at - run.at;
         ZU_ASSERT(sourceCharsConsumed == 1);
-        text.remove_prefix(sourceCharsConsumed);
+        run = next;
     }
 }
 

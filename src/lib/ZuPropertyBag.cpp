@@ -4,18 +4,35 @@
 
 namespace zustd {
 
+namespace {
+
+constexpr std::wstring_view kBagTag = L"bag";
+constexpr std::wstring_view kTableTag = L"hmap";
+constexpr std::wstring_view kEntryTag = L"p";
+constexpr std::wstring_view kKeyTag = L"k";
+constexpr std::wstring_view kEntryStart = L"<p><k>";
+constexpr std::wstring_view kKeyEnd = L"</k>";
+constexpr std::wstring_view kEntryEnd = L"</p>\n";
+
+// What an entry with its tags takes as a rule; a wrong guess costs a copy of
+// the text at the most.
+constexpr std::size_t kTypicalEntryLength = 96;
+
+}  // namespace
+
 // --- The XML form ------------------------------------------------------------------
 
 void PropertyBag::writeXml(std::wostream& stream) const { ISerializable::writeXml(stream); }
 
 void PropertyBag::appendXml(std::wstring& text) const {
+    text.reserve(text.size() + table_.size() * kTypicalEntryLength);
     text.append(L"<bag>\n<hmap>\n");
     for (const Table::Entry& entry : table_) {
-        text.append(L"<p><k>");
+        text.append(kEntryStart);
         Xml::appendEscaped(text, entry.key);
-        text.append(L"</k>");
+        text.append(kKeyEnd);
         entry.value.SerializableUnion::appendXml(text);
-        text.append(L"</p>\n");
+        text.append(kEntryEnd);
     }
     text.append(L"</hmap>\n</bag>\n");
 }
@@ -43,12 +60,12 @@ template <class Source>
 void PropertyBag::readFrom(Source& in) {
     ++emptied_;
     table_.clear();
-    xml::readTag(in, L"bag", false, false);
-    if (xml::readTag(in, L"hmap", false, false)) {
+    xml::readTag(in, kBagTag, false, false);
+    if (xml::readTag(in, kTableTag, false, false)) {
         readTable(in);
     }
     // The one closing tag that nobody insists on.
-    xml::readTag(in, L"bag", true, false);
+    xml::readTag(in, kBagTag, true, false);
 }
 
 // table = "<hmap>" , { "<p>" , "<k>" , text , "</k>" , union , "</p>" } , "</hmap>"
@@ -57,19 +74,19 @@ void PropertyBag::readTable(Source& in) {
     std::wstring key;
     std::wstring scratch;
     for (;;) {
-        if (!xml::takeExactTag(in, L"p", false)) {
+        if (!xml::takeExactTag(in, kEntryTag, false)) {
             if (xml::isNextTag(in, L"/hmap")) {
                 break;
             }
-            xml::readTag(in, L"p", false, true);
+            xml::readTag(in, kEntryTag, false, true);
         }
-        xml::readTag(in, L"k", false, true);
+        xml::readTag(in, kKeyTag, false, true);
         key = xml::readText(in, scratch);
-        xml::readTag(in, L"k", true, true);
+        xml::readTag(in, kKeyTag, true, true);
         table_.findOrInsert(key).first.value.readFrom(in);
-        xml::readTag(in, L"p", true, true);
+        xml::readTag(in, kEntryTag, true, true);
     }
-    xml::readTag(in, L"hmap", true, true);
+    xml::readTag(in, kTableTag, true, true);
 }
 
 // --- Getters and setters -------------------------------------------------------------

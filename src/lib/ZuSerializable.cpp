@@ -3,16 +3,26 @@
 #include <array>
 #include <sstream>
 
-#include "ZuText.h"
-
 namespace zustd {
 
 namespace {
 
 constexpr std::size_t kWriteReserve = 1024;
 
-constexpr std::array<std::wstring_view, 9> kKindNames = {
-    L"null", L"string", L"long", L"double", L"bool", L"datetime", L"sizet", L"object", L"array"};
+// The kinds by number, as they stand in the text form.
+constexpr std::array<std::wstring_view, 9> kKindElements = {
+    L"<t>null</t>",     L"<t>string</t>", L"<t>long</t>",   L"<t>double</t>", L"<t>bool</t>",
+    L"<t>datetime</t>", L"<t>sizet</t>",  L"<t>object</t>", L"<t>array</t>"};
+
+std::wstring_view kindElement(ValueKind kind) noexcept {
+    const auto number = static_cast<std::size_t>(kind);
+    return kKindElements[number < kKindElements.size() ? number : 0];
+}
+
+constexpr std::wstring_view nameIn(std::wstring_view kindElement) noexcept {
+    constexpr std::size_t kTags = std::wstring_view(L"<t></t>").size();
+    return kindElement.substr(3, kindElement.size() - kTags);
+}
 
 [[noreturn]] void throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 
@@ -59,8 +69,17 @@ void ISerializable::parseXml(const wchar_t*&, const wchar_t*) { throwNotImplemen
 // --- Single values -------------------------------------------------------------------
 
 void SerializableText<DateTime>::append(std::wstring& out, const DateTime& value) {
-    out += formatWide(L"%04d-%02d-%02d %02d:%02d:%02d", value.year(), value.month(), value.day(),
-                      value.hour(), value.minute(), value.second());
+    Xml::appendLong(out, value.year(), 4);
+    out.push_back(L'-');
+    Xml::appendLong(out, value.month(), 2);
+    out.push_back(L'-');
+    Xml::appendLong(out, value.day(), 2);
+    out.push_back(L' ');
+    Xml::appendLong(out, value.hour(), 2);
+    out.push_back(L':');
+    Xml::appendLong(out, value.minute(), 2);
+    out.push_back(L':');
+    Xml::appendLong(out, value.second(), 2);
 }
 
 void SerializableText<DateTime>::assign(DateTime& value, std::wstring_view text) {
@@ -115,14 +134,11 @@ ISerializable* SerializableT<std::shared_ptr<SharedObject>>::serializable() cons
 
 // --- Kinds ---------------------------------------------------------------------------
 
-std::wstring_view kindName(ValueKind kind) noexcept {
-    const auto number = static_cast<std::size_t>(kind);
-    return kKindNames[number < kKindNames.size() ? number : 0];
-}
+std::wstring_view kindName(ValueKind kind) noexcept { return nameIn(kindElement(kind)); }
 
 ValueKind kindFromName(std::wstring_view name) noexcept {
-    for (std::size_t number = 1; number < kKindNames.size(); ++number) {
-        if (name == kKindNames[number]) {
+    for (std::size_t number = 1; number < kKindElements.size(); ++number) {
+        if (name == nameIn(kKindElements[number])) {
             return static_cast<ValueKind>(number);
         }
     }
@@ -153,7 +169,7 @@ SerializableUnion& SerializableUnion::operator=(SerializableUnion&& other) noexc
 }
 
 void SerializableUnion::appendXml(std::wstring& text) const {
-    text.append(L"<t>").append(kindName(kind())).append(L"</t>");
+    text.append(kindElement(kind()));
     if (held_) {
         held_->appendXml(text);
     }

@@ -48,6 +48,13 @@ public:
 template <class T>
 struct SerializableText;
 
+// The dialect's tags of a value, of its kind and of an array's count.
+inline constexpr std::wstring_view kValueTag = L"v";
+inline constexpr std::wstring_view kKindTag = L"t";
+inline constexpr std::wstring_view kCountTag = L"c";
+inline constexpr std::wstring_view kValueStart = L"<v>";
+inline constexpr std::wstring_view kValueEnd = L"</v>";
+
 // A single value of one kind, written as <v>…</v>. Reading leaves the value
 // as it is when there is no such element.
 template <class T>
@@ -57,9 +64,9 @@ public:
     explicit SerializableT(T initial) : value(std::move(initial)) {}
 
     void appendXml(std::wstring& text) const override {
-        text.append(L"<v>");
+        text.append(kValueStart);
         SerializableText<T>::append(text, value);
-        text.append(L"</v>");
+        text.append(kValueEnd);
     }
     void readXml(std::wistream& stream) override {
         XmlStream in(stream);
@@ -72,8 +79,9 @@ public:
 
     template <class Source>
     void readFrom(Source& in) {
-        xml::readElement(
-            in, L"v", [this](std::wstring_view text) { SerializableText<T>::assign(value, text); });
+        xml::readElement(in, kValueTag, [this](std::wstring_view text) {
+            SerializableText<T>::assign(value, text);
+        });
     }
 
     T value{};
@@ -281,7 +289,8 @@ template <class Source>
 void SerializableArray::readFrom(Source& in) {
     const xml::DepthGuard guard;
     std::uint64_t count = 0;
-    xml::readElement(in, L"c", [&count](std::wstring_view text) { count = Xml::toSize(text); });
+    xml::readElement(in, kCountTag,
+                     [&count](std::wstring_view text) { count = Xml::toSize(text); });
     elements.clear();
     // The count is only a claim: memory is taken for elements that are there.
     // Once one is not, neither are those behind it.
@@ -301,7 +310,7 @@ void SerializableArray::readFrom(Source& in) {
 template <class Source>
 void SerializableUnion::readFrom(Source& in) {
     ValueKind kind = ValueKind::kNull;
-    xml::readElement(in, L"t", [&kind](std::wstring_view text) { kind = kindFromName(text); });
+    xml::readElement(in, kKindTag, [&kind](std::wstring_view text) { kind = kindFromName(text); });
     switch (kind) {
         case ValueKind::kString:
             store(kind, std::wstring());

@@ -1,10 +1,14 @@
 #include "ZuXml.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 namespace zustd {
 
@@ -22,10 +26,52 @@ constexpr bool needsEscape(wchar_t c) noexcept {
            (c < 32 || c == L'"' || c == L'&' || c == L'\'' || c == L'<' || c == L'>');
 }
 
+// Eight code units at a time, in the registers that every processor of this
+// platform has. The masks have two bits for each unit that matches, in order.
+constexpr std::ptrdiff_t kBlock = 8;
+
+__m128i loadBlock(const wchar_t* at) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+__m128i equalTo(__m128i block, wchar_t c) noexcept {
+    return _mm_cmpeq_epi16(block, _mm_set1_epi16(static_cast<short>(c)));
+}
+
+unsigned maskOf(__m128i matches) noexcept {
+    return static_cast<unsigned>(_mm_movemask_epi8(matches));
+}
+
+std::ptrdiff_t firstOf(unsigned mask) noexcept { return std::countr_zero(mask) / 2; }
+
+unsigned markupIn(__m128i block) noexcept {
+    // "<" and ">" differ in one bit.
+    const __m128i folded = _mm_or_si128(block, _mm_set1_epi16(L'<' ^ L'>'));
+    return maskOf(_mm_or_si128(equalTo(folded, L'>'), equalTo(block, L'&')));
+}
+
+unsigned escapesIn(__m128i block) noexcept {
+    // Saturating: 0 for all control characters, and for nothing else.
+    const __m128i control = equalTo(_mm_subs_epu16(block, _mm_set1_epi16(31)), 0);
+    const __m128i quotes = _mm_or_si128(equalTo(block, L'"'), equalTo(block, L'\''));
+    return markupIn(block) | maskOf(_mm_or_si128(control, quotes));
+}
+
+// The first code unit that must be escaped, or end.
+const wchar_t* findEscape(const wchar_t* at, const wchar_t* end) noexcept {
+    for (; end - at >= kBlock; at += kBlock) {
+        if (const unsigned mask = escapesIn(loadBlock(at)); mask != 0) {
+            return at + firstOf(mask);
+        }
+    }
+    return std::find_if(at, end, needsEscape);
+}
+
 // Digits of a number, most significant first, in a buffer of its own.
+template <unsigned base>
 class Digits {
 public:
-    Digits(std::uint64_t value, unsigned base, int width) noexcept {
+    Digits(std::uint64_t value, int width) noexcept {
         const auto padded =
             static_cast<std::size_t>(std::clamp(width, 1, static_cast<int>(kNumberBuffer) - 1));
         do {
@@ -147,17 +193,15 @@ void Xml::escapeXmlChar(std::wstring& out, wchar_t c) {
 }
 
 void Xml::appendEscaped(std::wstring& out, std::wstring_view text) {
-    while (!text.empty()) {
-        std::size_t plain = 0;
-        while (plain < text.size() && !needsEscape(text[plain])) {
-            ++plain;
-        }
-        out.append(text.substr(0, plain));
-        if (plain == text.size()) {
+    const wchar_t* at = text.data();
+    const wchar_t* const end = at + text.size();
+    for (;;) {
+        const wchar_t* const plain = std::exchange(at, findEscape(at, end));
+        out.append(plain, at);
+        if (at == end) {
             return;
         }
-        escapeXmlChar(out, text[plain]);
-        text.remove_prefix(plain + 1);
+        escapeXmlChar(out, *at++);
     }
 }
 
@@ -169,19 +213,19 @@ void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
     }
     // The sign counts towards a width.
     const auto magnitude = static_cast<std::uint64_t>(negative ? -wide : wide);
-    out.append(Digits(magnitude, 10, negative && width > 0 ? width - 1 : width).view());
+    out.append(Digits<10>(magnitude, negative && width > 0 ? width - 1 : width).view());
 }
 
 void Xml::appendLongHex(std::wstring& out, std::uint32_t value, int width) {
-    out.append(Digits(value, 16, width).view());
+    out.append(Digits<16>(value, width).view());
 }
 
 void Xml::appendSize(std::wstring& out, std::uint64_t value, int width) {
-    out.append(Digits(value, 10, width).view());
+    out.append(Digits<10>(value, width).view());
 }
 
 void Xml::appendSizeHex(std::wstring& out, std::uint64_t value, int width) {
-    out.append(Digits(value, 16, width).view());
+    out.append(Digits<16>(value, width).view());
 }
 
 void Xml::appendDouble(std::wstring& out, double value) {
@@ -189,7 +233,8 @@ void Xml::appendDouble(std::wstring& out, double value) {
     const auto [end, failure] = std::to_chars(digits.data(), digits.data() + digits.size(), value,
                                               std::chars_format::fixed, 6);
     if (failure == std::errc()) {
-        out.append(digits.data(), end);
+        std::array<wchar_t, kDoubleBuffer> wide;
+        out.append(wide.data(), std::copy(digits.data(), end, wide.data()));
     }
 }
 
@@ -308,6 +353,35 @@ bool Xml::parseAttributes(std::wstring_view text, std::vector<XmlAttribute>& out
 }
 
 // --- Character sources -----------------------------------------------------------
+
+const wchar_t* XmlRange::findMarkup(const wchar_t* at, const wchar_t* end) noexcept {
+    for (; end - at >= kBlock; at += kBlock) {
+        if (const unsigned mask = markupIn(loadBlock(at)); mask != 0) {
+            return at + firstOf(mask);
+        }
+    }
+    return std::find_if(at, end, [](wchar_t c) { return c == L'<' || c == L'>' || c == L'&'; });
+}
+
+bool XmlStream::takeLiteral(std::wstring_view literal) {
+    const Mark start = mark();
+    for (const wchar_t c : literal) {
+        if (peek() != static_cast<int>(c)) {
+            rewind(start);
+            return false;
+        }
+        skip();
+    }
+    return true;
+}
+
+void XmlStream::skipPlain() {
+    int c = peek();
+    while (c != L'<' && c != L'>' && c != L'&' && c != kEnd) {
+        skip();
+        c = peek();
+    }
+}
 
 bool XmlStream::tryRewind(Mark mark) {
     using Traits = std::wstreambuf::traits_type;

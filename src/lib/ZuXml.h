@@ -19,6 +19,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <istream>
 #include <streambuf>
 #include <string>
@@ -98,6 +99,8 @@ public:
 //
 // A source knows where it is (mark), can go back there (rewind), and collects
 // the characters that it steps over into a token. peek() is kEnd at the end.
+// takeLiteral() steps over the text given if it comes next, skipPlain() over
+// everything up to the next "<", ">" or "&"; a range does both by the block.
 
 class XmlRange {
 public:
@@ -114,6 +117,15 @@ public:
 
     int peek() const noexcept { return at_ != end_ ? static_cast<int>(*at_) : kEnd; }
     void skip() noexcept { ++at_; }
+    bool takeLiteral(std::wstring_view literal) noexcept {
+        if (static_cast<std::size_t>(end_ - at_) < literal.size() ||
+            std::memcmp(at_, literal.data(), literal.size() * sizeof(wchar_t)) != 0) {
+            return false;
+        }
+        at_ += literal.size();
+        return true;
+    }
+    void skipPlain() noexcept { at_ = findMarkup(at_, end_); }
     Mark mark() const noexcept { return at_; }
     void rewind(Mark mark) noexcept { at_ = mark; }
     void startToken() noexcept { token_ = at_; }
@@ -123,6 +135,9 @@ public:
     }
 
 private:
+    // The first "<", ">" or "&", or end.
+    static const wchar_t* findMarkup(const wchar_t* at, const wchar_t* end) noexcept;
+
     const wchar_t*& begin_;
     const wchar_t* at_;
     const wchar_t* end_;
@@ -152,6 +167,8 @@ public:
         token_.push_back(static_cast<wchar_t>(buffer_.sbumpc()));
         ++taken_;
     }
+    bool takeLiteral(std::wstring_view literal);
+    void skipPlain();
     Mark mark() const noexcept { return taken_; }
     // Throws std::wstring when the stream refuses to go back so far.
     void rewind(Mark mark);
@@ -176,33 +193,25 @@ namespace xml {
 // what the stack holds.
 inline constexpr int kMaxDepth = 128;
 
-inline constexpr bool isSpace(int c) noexcept {
-    return c == L' ' || c == L'\n' || c == L'\r' || c == L'\t';
-}
+// Named, since a constant knows its length and a literal would count it anew.
+inline constexpr std::wstring_view kTagOpen = L"<";
+inline constexpr std::wstring_view kClosingTagOpen = L"</";
+inline constexpr std::wstring_view kTagClose = L">";
 
-// literal = the characters themselves ; nothing is taken otherwise
-template <class Source>
-bool takeLiteral(Source& in, std::wstring_view literal) {
-    const auto start = in.mark();
-    for (const wchar_t c : literal) {
-        if (in.peek() != static_cast<int>(c)) {
-            in.rewind(start);
-            return false;
-        }
-        in.skip();
-    }
-    return true;
+inline constexpr bool isSpace(int c) noexcept {
+    return c <= L' ' && (c == L' ' || c == L'\n' || c == L'\r' || c == L'\t');
 }
 
 // exactTag = { space } , "<" , [ "/" ] , name , ">"
 template <class Source>
-bool takeExactTag(Source& in, std::wstring_view name, bool closing) {
+inline bool takeExactTag(Source& in, std::wstring_view name, bool closing) {
     const auto start = in.mark();
     in.startToken();
     while (isSpace(in.peek())) {
         in.skip();
     }
-    if (takeLiteral(in, closing ? L"</" : L"<") && takeLiteral(in, name) && takeLiteral(in, L">")) {
+    if (in.takeLiteral(closing ? kClosingTagOpen : kTagOpen) && in.takeLiteral(name) &&
+        in.takeLiteral(kTagClose)) {
         return true;
     }
     in.rewind(start);
@@ -241,12 +250,9 @@ bool matchesTag(std::wstring_view text, std::wstring_view name, bool closing);
 
 [[noreturn]] void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view found);
 
-// tag = exactTag | { header } , anyTag ; header = anyTag beginning with "?"
+// otherTag = { header } , anyTag ; header = anyTag beginning with "?"
 template <class Source>
-bool readTag(Source& in, std::wstring_view name, bool closing, bool mustMatch) {
-    if (takeExactTag(in, name, closing)) {
-        return true;
-    }
+bool readOtherTag(Source& in, std::wstring_view name, bool closing, bool mustMatch) {
     const auto start = in.mark();
     std::wstring_view text;
     bool found = takeAnyTag(in, text);
@@ -265,6 +271,13 @@ bool readTag(Source& in, std::wstring_view name, bool closing, bool mustMatch) {
     return false;
 }
 
+// tag = exactTag | otherTag
+// Well-formed input has exact tags: they are taken without a call.
+template <class Source>
+inline bool readTag(Source& in, std::wstring_view name, bool closing, bool mustMatch) {
+    return takeExactTag(in, name, closing) || readOtherTag(in, name, closing, mustMatch);
+}
+
 // entity = "&lt;" | "&gt;" | "&apos;" | "&quot;" | "&amp;" ; 0 when it is none
 template <class Source>
 wchar_t takeEntity(Source& in) {
@@ -275,7 +288,7 @@ wchar_t takeEntity(Source& in) {
     static constexpr Entity kEntities[] = {
         {L"&lt;", L'<'}, {L"&gt;", L'>'}, {L"&apos;", L'\''}, {L"&quot;", L'"'}, {L"&amp;", L'&'}};
     for (const Entity& entity : kEntities) {
-        if (takeLiteral(in, entity.text)) {
+        if (in.takeLiteral(entity.text)) {
             return entity.character;
         }
     }
@@ -299,11 +312,7 @@ void skipUnknownEntity(Source& in) {
 template <class Source>
 std::wstring_view takePlainText(Source& in) {
     in.startToken();
-    int c = in.peek();
-    while (c != L'<' && c != L'>' && c != L'&' && c != Source::kEnd) {
-        in.skip();
-        c = in.peek();
-    }
+    in.skipPlain();
     return in.token();
 }
 

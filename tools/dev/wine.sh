@@ -18,15 +18,50 @@ use_prefix() {
     fi
 }
 
+# Selects a prefix for one run of the tests: a copy of the prefix "test" that
+# shares its system folder. Runs at the same time do not meet, and what an
+# interrupted test left in the registry reaches no other run.
+use_test_prefix() {
+    mkdir -p "$root/.cache/wine"
+    {
+        flock 9
+        make_test_prefix 9>&-
+    } 9>"$root/.cache/wine/test.lock"
+}
+
+make_test_prefix() {
+    use_prefix test
+    local template=$WINEPREFIX copy=$root/.cache/wine/test.$$ entry
+    tests/support/make_prefix.sh "$template" >/dev/null
+    # The registry is in its files once the server has ended.
+    wineserver -k || true
+    wineserver -w
+    mkdir -p "$copy/drive_c"
+    cp -a "$template/dosdevices" "$template"/*.reg "$template/.update-timestamp" "$copy"
+    for entry in "$template"/drive_c/*; do
+        if [ "${entry##*/}" = windows ]; then
+            ln -s "$entry" "$copy/drive_c/windows"
+        else
+            cp -a "$entry" "$copy/drive_c"
+        fi
+    done
+    export WINEPREFIX=$copy
+}
+
+# Ends what runs in the prefix of this run, and removes it.
+end_test_prefix() {
+    local copy=$root/.cache/wine/test.$$
+    [ -d "$copy" ] || return 0
+    WINEPREFIX=$copy wineserver -k >/dev/null 2>&1 || true
+    WINEPREFIX=$copy wineserver -w >/dev/null 2>&1 || true
+    rm -rf "$copy"
+}
+
 # Keeps the prefix's server alive between programs. Its helpers hold on to the
 # streams they are started with, hence the null device.
 warm_prefix() {
     wineserver -p600 </dev/null >/dev/null 2>&1 || true
     wine cmd /c exit </dev/null >/dev/null 2>&1
-}
-
-stop_prefix() {
-    wineserver -k >/dev/null 2>&1 || true
 }
 
 # Where the archive is, in the terms of the machine that Wine runs on.
