@@ -12,11 +12,27 @@ namespace zuplutil {
 
 namespace {
 
-void printFailure(const char* what, const std::string& reason) {
-    printAndRecord("%s (%s)\n", what, reason.c_str());
+constexpr const char* kActionFailed = "Sorry, this action could not be completed.";
+
+void printFailure(const std::string& reason) {
+    printAndRecord("%s (%s)\n", kActionFailed, reason.c_str());
 }
 
-constexpr const char* kActionFailed = "Sorry, this action could not be completed.";
+// Call inside a catch block: one line for what was caught.
+void reportFailure() {
+    try {
+        throw;
+    } catch (const ActionFailure& failure) {
+        printAndRecord("%s %s (%s)\n", failure.what, zustd::narrow(failure.path).c_str(),
+                       failure.reason.c_str());
+    } catch (const std::wstring& text) {
+        printFailure(zustd::narrow(text));
+    } catch (const zustd::SystemException& failure) {
+        printFailure(zustd::narrow(failure.message()));
+    } catch (const std::exception& failure) {
+        printFailure(failure.what());
+    }
+}
 
 }  // namespace
 
@@ -47,21 +63,16 @@ std::vector<std::wstring> listFiles(const std::wstring& directory, const std::ws
     return files;
 }
 
-bool runAction(const std::function<void()>& action) {
+bool runAction(const std::function<void()>& action) noexcept {
     try {
         action();
         return true;
-    } catch (const ActionFailure& failure) {
-        printAndRecord("%s %s (%s)\n", failure.what, zustd::narrow(failure.path).c_str(),
-                       failure.reason.c_str());
-    } catch (const std::wstring& text) {
-        printFailure(kActionFailed, zustd::narrow(text));
-    } catch (const zustd::SystemException& failure) {
-        printFailure(kActionFailed, zustd::narrow(failure.message()));
-    } catch (const std::exception& failure) {
-        printFailure(kActionFailed, failure.what());
     } catch (...) {
-        printAndRecord("%s\n", kActionFailed);
+        try {
+            reportFailure();
+        } catch (...) {
+            printAndRecord("%s\n", kActionFailed);
+        }
     }
     return false;
 }

@@ -24,6 +24,6 @@ std::vector<std::wstring> listFiles(const std::wstring& directory, const std::ws
 
 // Runs an action. When it throws, prints one line that says what failed and
 // returns; the caller carries on. Returns whether the action ran to its end.
-bool runAction(const std::function<void()>& action);
+bool runAction(const std::function<void()>& action) noexcept;
 
 }  // namespace zuplutil

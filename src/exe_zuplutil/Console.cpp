@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <new>
 
 namespace zuplutil {
 
@@ -17,15 +18,22 @@ std::string& transcript() {
 }
 
 void print(const char* text) {
-    std::printf("%s", text);
-    // Child processes write to the same stream; what was said before them
-    // stands before their output.
+    // In one piece: a console converts each write by itself, and a character
+    // of several bytes must not be cut. Child processes write to the same
+    // stream; what was said before them stands before their output.
+    std::fputs(text, stdout);
     std::fflush(stdout);
 }
 
-void record(const char* text) {
-    if (transcript().size() < kLargestTranscript) {
-        transcript() += text;
+// Recording never fails an action: without memory the text is only printed.
+void record(const char* text) noexcept {
+    try {
+        std::string& all = transcript();
+        all += text;
+        if (all.size() > kLargestTranscript) {
+            all.erase(0, kLargestTranscript / 2);
+        }
+    } catch (const std::bad_alloc&) {
     }
 }
 

@@ -1,9 +1,8 @@
 // The console: what is printed, what is recorded, and what the user answers.
 //
-// Everything the utility shows goes through printAndRecord into the
-// transcript, one process-wide text that also receives the echoes of the
-// user's answers. A collection saves it as its log. Narrow text is in the
-// active code page (UTF-8 on today's systems). Single-threaded.
+// What the utility shows goes through printAndRecord into the transcript, one
+// process-wide text that also receives the echoes of the user's answers. A collection saves it as
+// its log. Narrow text is in the active code page (UTF-8 on today's systems). Single-threaded.
 #pragma once
 
 #include <string>
@@ -18,7 +17,7 @@ void recordOnly(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)
 void printOnly(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
 
 void clearTranscript();
-// A copy. Past 16 MiB nothing more is recorded: at the end of standard input
+// A copy. Past 16 MiB the older half is dropped: at the end of standard input
 // a menu repeats its prompt without end.
 std::string getTranscript();
 

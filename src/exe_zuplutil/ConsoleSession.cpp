@@ -14,6 +14,8 @@ struct SessionState {
     // 0 when there is nothing to put back.
     UINT formerCodePage = 0;
     std::function<void()> interruptAction;
+    bool interrupted = false;
+    LPTOP_LEVEL_EXCEPTION_FILTER formerFilter = nullptr;
 };
 
 SessionState& state() {
@@ -27,14 +29,32 @@ void restoreCodePage() {
     }
 }
 
+void cleanUp() noexcept {
+    state().interrupted = true;
+    try {
+        if (const auto action = std::exchange(state().interruptAction, nullptr)) {
+            action();
+        }
+    } catch (...) {
+        // The process is ending; there is nobody left to tell.
+    }
+    restoreCodePage();
+}
+
 // FALSE lets the system go on and end the process.
 BOOL WINAPI onConsoleEvent(DWORD) {
     const std::lock_guard lock(state().mutex);
-    if (const auto action = std::exchange(state().interruptAction, nullptr)) {
-        action();
-    }
-    restoreCodePage();
+    cleanUp();
     return FALSE;
+}
+
+// The probed add-in runs in this process and may crash it.
+LONG WINAPI onCrash(EXCEPTION_POINTERS*) {
+    const std::unique_lock lock(state().mutex, std::try_to_lock);
+    if (lock) {
+        cleanUp();
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
 }
 
 }  // namespace
@@ -47,9 +67,11 @@ ConsoleSession::ConsoleSession() {
         state().formerCodePage = former;
     }
     SetConsoleCtrlHandler(&onConsoleEvent, TRUE);
+    state().formerFilter = SetUnhandledExceptionFilter(&onCrash);
 }
 
 ConsoleSession::~ConsoleSession() {
+    SetUnhandledExceptionFilter(state().formerFilter);
     SetConsoleCtrlHandler(&onConsoleEvent, FALSE);
     const std::lock_guard lock(state().mutex);
     restoreCodePage();
@@ -63,6 +85,13 @@ InterruptGuard::InterruptGuard(std::function<void()> action) {
 InterruptGuard::~InterruptGuard() {
     const std::lock_guard lock(state().mutex);
     state().interruptAction = nullptr;
+}
+
+void InterruptGuard::runStep(const std::function<void()>& step) {
+    const std::lock_guard lock(state().mutex);
+    if (!state().interrupted) {
+        step();
+    }
 }
 
 }  // namespace zuplutil

@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include "Actions.h"
 #include "Console.h"
 #include "Processes.h"
 #include "ZuApplicationService.h"
@@ -37,6 +38,11 @@ void rotate(const std::wstring& logFile) {
     moveAside(dataDirectory + L"\\dump.log");
 }
 
+void printNotWritten() {
+    printAndRecord("Could not write debug.config file %s\n",
+                   zustd::narrow(getDebugConfigPath()).c_str());
+}
+
 void showDetails(const DebugSettings& settings) {
     printAndRecord("\nDetailed debug settings:\n");
     printAndRecord("-----------------------\n");
@@ -70,8 +76,8 @@ DebugSettings loadDebugSettings(bool quiet) {
     zustd::PropertyBag bag;
     if (!zustd::Loader::loadSerializedString(path, bag)) {
         if (!quiet) {
-            // The wide path as it is, of which only the first letter shows:
-            // support's scripts know this line by it.
+            // The wide path as it is, of which only the first letter shows: the
+            // line has always looked like this in the logs that support reads.
             printAndRecord("  Could not load debug.config file %s\n",
                            reinterpret_cast<const char*>(path.c_str()));
         }
@@ -114,6 +120,38 @@ void showDebugLoggingSettings(bool detailed) {
         showDetails(settings);
     }
     printAndRecord("%s\n\n", kRule);
+}
+
+TemporaryDebugSettings::TemporaryDebugSettings(const DebugSettings& settings, bool rotateLogs,
+                                               WhenMissing whenMissing)
+    : removeFile_(whenMissing == WhenMissing::kRemoveFile && !zustd::isFile(getDebugConfigPath())),
+      saved_(loadDebugSettings(true)),
+      interrupt_([this] { putBack(false); }) {
+    interrupt_.runStep([&] {
+        if (!saveDebugSettings(settings, rotateLogs)) {
+            printNotWritten();
+        }
+    });
+}
+
+TemporaryDebugSettings::~TemporaryDebugSettings() { restore(); }
+
+void TemporaryDebugSettings::restore() noexcept {
+    if (restored_) {
+        return;
+    }
+    restored_ = true;
+    runAction([this] { interrupt_.runStep([this] { putBack(true); }); });
+}
+
+void TemporaryDebugSettings::putBack(bool rotateLogs) const {
+    if (!removeFile_) {
+        if (!saveDebugSettings(saved_, rotateLogs)) {
+            printNotWritten();
+        }
+    } else if (zustd::isFile(getDebugConfigPath())) {
+        removeFile(getDebugConfigPath());
+    }
 }
 
 }  // namespace zuplutil

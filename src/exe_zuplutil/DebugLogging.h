@@ -8,17 +8,20 @@
 #include <cstdint>
 #include <string>
 
+#include "ConsoleSession.h"
+
 namespace zuplutil {
+
+// Stands for debug.log in the add-in's data directory.
+inline constexpr wchar_t kAutomaticLogFile[] = L"$(auto)";
 
 struct DebugSettings {
     bool logEnabled = false;
-    // A path, or kAutomaticLogFile for debug.log in the data directory.
-    std::wstring logFile = L"$(auto)";
+    // A path, or kAutomaticLogFile.
+    std::wstring logFile = kAutomaticLogFile;
     std::int32_t logLevel = 10;
     std::int32_t logOptions = 1;
 };
-
-inline constexpr wchar_t kAutomaticLogFile[] = L"$(auto)";
 
 // The add-in's data directory; not created. Fails the assertion "as" without
 // an application service.
@@ -36,10 +39,37 @@ bool isDebugLoggingEnabled();
 // be renamed is named in a printed line.
 bool saveDebugSettings(const DebugSettings& settings, bool rotateLogs);
 
+// Switching prints nothing when the file cannot be written: the report that
+// follows shows how things stand.
 void enableDebugLogging();
 void disableDebugLogging();
 
 // Prints the settings; detailed with every value.
 void showDebugLoggingSettings(bool detailed);
+
+// Settings of our own for a while. The user's come back with restore(), at the
+// latest when the object goes, and also when the user breaks off or the
+// add-in crashes. Settings that cannot be written are told in a printed line.
+class TemporaryDebugSettings {
+public:
+    // What comes back when there was no file.
+    enum class WhenMissing { kWriteDefaults, kRemoveFile };
+
+    TemporaryDebugSettings(const DebugSettings& settings, bool rotateLogs, WhenMissing whenMissing);
+    TemporaryDebugSettings(const TemporaryDebugSettings&) = delete;
+    TemporaryDebugSettings& operator=(const TemporaryDebugSettings&) = delete;
+    ~TemporaryDebugSettings();
+
+    // Logs written meanwhile become backups. Does nothing the second time.
+    void restore() noexcept;
+
+private:
+    void putBack(bool rotateLogs) const;
+
+    bool removeFile_;
+    DebugSettings saved_;
+    bool restored_ = false;
+    InterruptGuard interrupt_;
+};
 
 }  // namespace zuplutil

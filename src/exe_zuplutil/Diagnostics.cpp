@@ -6,7 +6,6 @@
 #include "Actions.h"
 #include "AddinProbe.h"
 #include "Console.h"
-#include "ConsoleSession.h"
 #include "DebugLogging.h"
 #include "DiagnosticsCommands.h"
 #include "Paths.h"
@@ -33,10 +32,11 @@ const std::string kRule106(106, '-');
 // The machine and the folders of one collection.
 struct Collection {
     bool light = false;
+    bool packed = false;
     bool is64 = false;
     bool isVistaOrLater = false;
     std::string systemDrive;
-    // The 32-bit program folder, and the 64-bit one on a 64-bit system.
+    // The program folder, 32-bit where is64, and the 64-bit one where is64.
     std::string programFiles;
     std::string programFiles64;
     std::wstring startDirectory;
@@ -159,40 +159,11 @@ void copyAddinLogs(Collection& collection) {
     }
 }
 
-// The add-in's settings while it is probed: they write its log into the
-// current directory. The user's come back at the end, also when the probe
-// fails or the user breaks off.
-class TemporarySettings {
-public:
-    TemporarySettings()
-        : existed_(zustd::isFile(getDebugConfigPath())),
-          saved_(loadDebugSettings(true)),
-          interrupt_([this] { restore(false); }) {
-        saveDebugSettings({true, zustd::widen(kProbeLog), 10, 1}, false);
-    }
-    TemporarySettings(const TemporarySettings&) = delete;
-    TemporarySettings& operator=(const TemporarySettings&) = delete;
-    ~TemporarySettings() {
-        runAction([this] { restore(true); });
-    }
-
-private:
-    void restore(bool rotateLogs) const {
-        if (existed_) {
-            saveDebugSettings(saved_, rotateLogs);
-        } else if (zustd::isFile(getDebugConfigPath())) {
-            removeFile(getDebugConfigPath());
-        }
-    }
-
-    bool existed_;
-    DebugSettings saved_;
-    InterruptGuard interrupt_;
-};
-
 void testAddinConnection() {
     printAndRecord("Testing connection to Pellory add-in\n");
-    const TemporarySettings settings;
+    // The add-in's own log goes into the current directory meanwhile.
+    const TemporaryDebugSettings settings({true, zustd::widen(kProbeLog), 10, 1}, false,
+                                          TemporaryDebugSettings::WhenMissing::kRemoveFile);
     probeAddin(kProbeLog);
 }
 
@@ -229,7 +200,8 @@ void collectSystem(const Collection& collection) {
     }
 }
 
-// The permission tool's path: beside the utility, else where it is installed.
+// The permission tool's path: in the directory that the utility was started
+// in, else where it is installed.
 std::optional<std::string> findPermissionTool(const Collection& collection) {
     constexpr const wchar_t* kInstalled = L"\\Windows Resource Kits\\tools\\subinacl.exe";
     std::vector<std::wstring> places = {collection.startDirectory + L"\\subinacl.exe",
@@ -279,8 +251,16 @@ void runOcat(const Collection& collection) {
     printAndRecord("OCAT not found\n");
 }
 
-// Whether there is an archive: a machine may have its script host locked.
-bool packLogs(const Collection& collection) {
+// Whether something was packed: a machine may have its script host locked, or
+// no zip folder in its shell, and the empty archive is all that there is then.
+bool isPacked(const std::wstring& zipPath) {
+    constexpr ULONGLONG kEmptyArchive = 22;
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    return GetFileAttributesExW(zipPath.c_str(), GetFileExInfoStandard, &data) &&
+           ((ULONGLONG{data.nFileSizeHigh} << 32) | data.nFileSizeLow) > kEmptyArchive;
+}
+
+void packLogs(Collection& collection) {
     printAndRecord("Zipping log files...\n");
     const std::wstring zipPath = collection.zipPath();
     if (zustd::isFile(zipPath)) {
@@ -290,15 +270,14 @@ bool packLogs(const Collection& collection) {
               toNarrowPath(collection.diagnosticsDirectory) + "\\PelloryDiagnosticsLogs.zip",
               toNarrowPath(collection.diagnosticsDirectory));
     printAndRecord("Log files zipped.\n");
-    return zustd::isFile(zipPath);
+    collection.packed = isPacked(zipPath);
 }
 
-void removeLogs(const Collection& collection, bool packed) {
+void removeLogs(const Collection& collection) {
     setCurrentDirectory(collection.startDirectory);
     const std::string logsText = zustd::narrow(collection.logsDirectory);
-    if (!packed) {
-        printAndRecord("Could not create the file %s; the log files are kept in %s\n",
-                       zustd::narrow(collection.zipPath()).c_str(), logsText.c_str());
+    if (!collection.packed) {
+        printAndRecord("Could not pack the log files; they are kept in %s\n", logsText.c_str());
         return;
     }
     if (zustd::isDirectory(collection.logsDirectory)) {
@@ -320,6 +299,10 @@ void tellWhatToDo(const Collection& collection) {
     printAndRecord(
         "(You can find this file in a folder named '%s' that has been created on your PC.)\n\n",
         zustd::narrow(collection.diagnosticsDirectory).c_str());
+    if (!collection.packed) {
+        printAndRecord("The log files could not be packed: please send those in %s instead.\n\n",
+                       zustd::narrow(collection.logsDirectory).c_str());
+    }
     printAndRecord("Please note:\n");
     printAndRecord("------------\n");
     printAndRecord(
@@ -374,8 +357,8 @@ void collectDiagnostics(bool light, bool includeOcat) {
     }
     printAndRecord("Main collection phase complete.\n");
     writeTextFile("plutil.log", getTranscript());
-    const bool packed = packLogs(collection);
-    removeLogs(collection, packed);
+    packLogs(collection);
+    removeLogs(collection);
     finish(collection);
 }
 

@@ -44,9 +44,9 @@ const CommandTable kDirectoryCommands = {
 };
 
 const CommandTable kEventCommands = {
-    {kVista, R"(wevtutil qe Application  /c:1000 /rd:true /f:text  /q:"*[System[Provider[@Name='Outlook']]]" >evt-appoutlook.log)"},
-    {kVista, R"(wevtutil qe Application  /c:1000 /rd:true /f:text  >evt-application.log)"},
-    {kVista, R"(wevtutil qe System  /c:1000 /rd:true /f:text  >evt-system.log)"},
+    {kAlways, R"(wevtutil qe Application  /c:1000 /rd:true /f:text  /q:"*[System[Provider[@Name='Outlook']]]" >evt-appoutlook.log)"},
+    {kAlways, R"(wevtutil qe Application  /c:1000 /rd:true /f:text  >evt-application.log)"},
+    {kAlways, R"(wevtutil qe System  /c:1000 /rd:true /f:text  >evt-system.log)"},
 };
 
 const CommandTable kRegistryPermissionArguments = {

@@ -39,7 +39,7 @@ using CommandTable = std::vector<CommandRow>;
 extern const CommandTable kRegistryCommands;
 // Listings of directories: {systemDrive}, {addinDataDir}.
 extern const CommandTable kDirectoryCommands;
-// The system's event logs.
+// The system's event logs, since Vista.
 extern const CommandTable kEventCommands;
 // Arguments of the permission tool for one registry hive: {root} is the key,
 // {hive} its name in the logs.

@@ -50,10 +50,8 @@ struct MainMenuState {
 
 MainMenuState inspect() {
     MainMenuState state;
-    runAction([&state] {
-        state.settingsPresent = hasSettingsFiles();
-        state.loggingEnabled = loadDebugSettings(true).logEnabled;
-    });
+    runAction([&state] { state.settingsPresent = hasSettingsFiles(); });
+    runAction([&state] { state.loggingEnabled = isDebugLoggingEnabled(); });
     return state;
 }
 
@@ -181,14 +179,14 @@ void diagnosticsMenu() {
 
 void guidedCollection() {
     waitUntilOutlookHasEnded();
-    const DebugSettings saved = loadDebugSettings(true);
-    saveDebugSettings({true, kAutomaticLogFile, 10, 1}, true);
+    TemporaryDebugSettings settings({true, kAutomaticLogFile, 10, 1}, true,
+                                    TemporaryDebugSettings::WhenMissing::kWriteDefaults);
     showDebugLoggingSettings(false);
     waitUntilOutlookRuns();
     tellWhatToTry();
     waitForKey();
     waitUntilOutlookHasEnded();
-    saveDebugSettings(saved, true);
+    settings.restore();
     showDebugLoggingSettings(false);
     collectDiagnostics(true, false);
 }

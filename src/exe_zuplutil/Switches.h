@@ -1,4 +1,4 @@
-// The command line: one switch, one action, no questions.
+// The command line: one action, chosen by its switch.
 #pragma once
 
 #include <string>

@@ -22,7 +22,12 @@ namespace zuplutil {
 namespace {
 
 void showBanner() {
-    const zustd::Version version{1, 8, zustd::Version::kDefaultBuild, zustd::BuildKind::Release,
+#ifdef NDEBUG
+    constexpr zustd::BuildKind kind = zustd::BuildKind::Release;
+#else
+    constexpr zustd::BuildKind kind = zustd::BuildKind::Debug;
+#endif
+    const zustd::Version version{1, 8, zustd::Version::kDefaultBuild, kind,
                                  L"Diagnostics and maintenance for the Pellory add-in."};
     printAndRecord("\nPellory Maintenance Utility v%s\n",
                    zustd::narrow(version.toDisplayText()).c_str());
@@ -62,9 +67,9 @@ int run(int argc, wchar_t** argv) {
 }  // namespace zuplutil
 
 int wmain(int argc, wchar_t** argv) {
+    const zuplutil::ConsoleSession session;
     int exitCode = 1;
     zuplutil::runAction([&] {
-        const zuplutil::ConsoleSession session;
         zuplutil::showBanner();
         zuplutil::registerResourceService();
         zuplutil::registerApplicationService();

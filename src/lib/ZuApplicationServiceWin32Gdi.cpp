@@ -30,6 +30,11 @@ std::shared_ptr<WindowService> tryMakeWindowService(const wchar_t* operation, HW
                    [window] { return makeWindowService(window); });
 }
 
+template <class Body>
+std::wstring guardedText(const wchar_t* operation, Body&& body) {
+    return guarded(operation, std::wstring(), std::forward<Body>(body));
+}
+
 bool isKeyDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
 
 std::intptr_t modifierKeys() noexcept {
@@ -53,7 +58,7 @@ LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept {
 }  // namespace
 
 ApplicationServiceWin32Gdi::ApplicationServiceWin32Gdi()
-    : preferences_(std::make_shared<PropertyBag>()) {
+    : preferences_(makeSharedOrNull<PropertyBag>()) {
     ZU_ASSERT_AS(preferences_, L"preferences_", ZU_LINE(322));
 }
 
@@ -107,10 +112,13 @@ std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createDesktopWindowSe
     return nullptr;
 }
 
-std::wstring ApplicationServiceWin32Gdi::getApplicationName() const { return applicationName_; }
+std::wstring ApplicationServiceWin32Gdi::getApplicationName() const {
+    return guardedText(L"ApplicationServiceWin32Gdi::getApplicationName",
+                       [&] { return applicationName_; });
+}
 
 void ApplicationServiceWin32Gdi::setApplicationName(const std::wstring& name) {
-    applicationName_ = name;
+    guarded(L"ApplicationServiceWin32Gdi::setApplicationName", [&] { applicationName_ = name; });
 }
 
 bool ApplicationServiceWin32Gdi::openDocument(const std::wstring& document) {
@@ -122,72 +130,92 @@ bool ApplicationServiceWin32Gdi::openDocument(const std::wstring& document) {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getComputerName() const {
-    std::array<wchar_t, kNameBuffer> name{};
-    DWORD size = kNameBuffer;
-    return GetComputerNameW(name.data(), &size) ? std::wstring(name.data(), size) : std::wstring();
+    return guardedText(L"ApplicationServiceWin32Gdi::getComputerName", [&]() -> std::wstring {
+        std::array<wchar_t, kNameBuffer> name{};
+        DWORD size = kNameBuffer;
+        return GetComputerNameW(name.data(), &size) ? std::wstring(name.data(), size)
+                                                    : std::wstring();
+    });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getMachineSid() const {
-    const std::wstring computer = getComputerName();
-    alignas(SID) std::array<unsigned char, kNameBuffer> sid{};
-    std::array<wchar_t, kNameBuffer> domain{};
-    DWORD sidSize = kNameBuffer;
-    DWORD domainSize = kNameBuffer;
-    SID_NAME_USE use{};
-    if (!LookupAccountNameW(nullptr, computer.c_str(), sid.data(), &sidSize, domain.data(),
-                            &domainSize, &use)) {
-        return {};
-    }
-    wchar_t* text = nullptr;
-    if (!ConvertSidToStringSidW(sid.data(), &text)) {
-        return {};
-    }
-    const LocalMemory owner(text);
-    return text;
+    return guardedText(L"ApplicationServiceWin32Gdi::getMachineSid", [&]() -> std::wstring {
+        const std::wstring computer = getComputerName();
+        if (computer.empty()) {
+            return {};
+        }
+        alignas(SID) std::array<unsigned char, kNameBuffer> sid{};
+        std::array<wchar_t, kNameBuffer> domain{};
+        DWORD sidSize = kNameBuffer;
+        DWORD domainSize = kNameBuffer;
+        SID_NAME_USE use{};
+        if (!LookupAccountNameW(nullptr, computer.c_str(), sid.data(), &sidSize, domain.data(),
+                                &domainSize, &use)) {
+            return {};
+        }
+        wchar_t* text = nullptr;
+        if (!ConvertSidToStringSidW(sid.data(), &text)) {
+            return {};
+        }
+        const LocalMemory owner(text);
+        return text;
+    });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDirectory() const {
-    std::array<wchar_t, MAX_PATH> path{};
-    const DWORD size =
-        GetModuleFileNameW(moduleInstance_, path.data(), static_cast<DWORD>(path.size()));
-    const std::wstring whole(path.data(), size);
-    return whole.substr(0, whole.rfind(L'\\'));
+    return guardedText(
+        L"ApplicationServiceWin32Gdi::getApplicationDirectory", [&]() -> std::wstring {
+            std::array<wchar_t, MAX_PATH> path{};
+            const DWORD size =
+                GetModuleFileNameW(moduleInstance_, path.data(), static_cast<DWORD>(path.size()));
+            const std::wstring whole(path.data(), size);
+            return whole.substr(0, whole.rfind(L'\\'));
+        });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserAppDataDirectory() const {
-    if (std::wstring directory = specialFolder(CSIDL_APPDATA); !directory.empty()) {
-        return directory;
-    }
-    if (std::wstring directory = specialFolder(CSIDL_PERSONAL); !directory.empty()) {
-        ZU_TRACE(
-            L"ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
-            L"CSIDL_APPDATA - trying CSIDL_PERSONAL");
-        return directory;
-    }
-    ZU_TRACE(
-        L"ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
-        L"CSIDL_PERSONAL - defaulting to C:\\");
-    return std::wstring(kLastResort);
+    return guardedText(
+        L"ApplicationServiceWin32Gdi::getUserAppDataDirectory", [&]() -> std::wstring {
+            if (std::wstring directory = specialFolder(CSIDL_APPDATA); !directory.empty()) {
+                return directory;
+            }
+            if (std::wstring directory = specialFolder(CSIDL_PERSONAL); !directory.empty()) {
+                ZU_TRACE(
+                    L"ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
+                    L"CSIDL_APPDATA - trying CSIDL_PERSONAL");
+                return directory;
+            }
+            ZU_TRACE(
+                L"ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
+                L"CSIDL_PERSONAL - defaulting to C:\\");
+            return std::wstring(kLastResort);
+        });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserDocumentsDirectory() const {
-    if (std::wstring directory = specialFolder(CSIDL_PERSONAL); !directory.empty()) {
-        return directory;
-    }
-    ZU_TRACE(
-        L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory: could not get directory "
-        L"CSIDL_PERSONAL - defaulting to C:\\");
-    return std::wstring(kLastResort);
+    return guardedText(
+        L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory", [&]() -> std::wstring {
+            if (std::wstring directory = specialFolder(CSIDL_PERSONAL); !directory.empty()) {
+                return directory;
+            }
+            ZU_TRACE(
+                L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory: could not get directory "
+                L"CSIDL_PERSONAL - defaulting to C:\\");
+            return std::wstring(kLastResort);
+        });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create) {
-    std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
-    if (create && GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        // Whoever writes into the directory notices soon enough that it is
-        // not there.
-        static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));
-    }
-    return directory;
+    return guardedText(
+        L"ApplicationServiceWin32Gdi::getApplicationDataDirectory", [&]() -> std::wstring {
+            std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
+            if (create && GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
+                // Whoever writes into the directory notices soon enough that it is
+                // not there.
+                static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));
+            }
+            return directory;
+        });
 }
 
 bool ApplicationServiceWin32Gdi::hasCriticalError() const {
@@ -202,21 +230,23 @@ void ApplicationServiceWin32Gdi::setCriticalError(std::uint32_t code) {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getCriticalErrorText(std::uint32_t code) const {
-    constexpr const wchar_t* kRequest =
-        L" - please exit the application and contact your support representative";
-    static constexpr std::array<const wchar_t*, 7> kTexts = {
-        L"No critical error",
-        L"Unknown critical error",
-        L"Critical error: insufficient memory available",
-        L"Critical error: pure virtual function call detected",
-        L"Critical error: unhandled exception detected",
-        L"Critical error: abort detected",
-        L"Critical error: system exception detected",
-    };
-    if (code == kCriticalErrorNone) {
-        return kTexts[code];
-    }
-    return std::wstring(code < kTexts.size() ? kTexts[code] : L"Unknown error type") + kRequest;
+    return guardedText(L"ApplicationServiceWin32Gdi::getCriticalErrorText", [&]() -> std::wstring {
+        constexpr const wchar_t* kRequest =
+            L" - please exit the application and contact your support representative";
+        static constexpr std::array<const wchar_t*, 7> kTexts = {
+            L"No critical error",
+            L"Unknown critical error",
+            L"Critical error: insufficient memory available",
+            L"Critical error: pure virtual function call detected",
+            L"Critical error: unhandled exception detected",
+            L"Critical error: abort detected",
+            L"Critical error: system exception detected",
+        };
+        if (code == kCriticalErrorNone) {
+            return kTexts[code];
+        }
+        return std::wstring(code < kTexts.size() ? kTexts[code] : L"Unknown error type") + kRequest;
+    });
 }
 
 bool ApplicationServiceWin32Gdi::installKeyboardHook() {

@@ -45,7 +45,8 @@ void listDirectory(const std::wstring& directory, const std::wstring& pattern,
                    bool fullPaths) {
     const std::wstring prefix = withBackslash(directory);
     WIN32_FIND_DATAW found{};
-    const FindHandle search(FindFirstFileW((prefix + pattern).c_str(), &found));
+    const std::wstring query = prefix + pattern;
+    const FindHandle search(FindFirstFileW(query.c_str(), &found));
     if (!search) {
         const DWORD error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND) {

@@ -6,8 +6,7 @@
 namespace zustd {
 
 // Owns one handle and closes it with Traits::close. Traits also names the
-// handle's Type and its invalid value. Closing keeps the thread's last error,
-// so that a failure can still be asked for its reason after clean-up.
+// handle's Type and its invalid value.
 template <class Traits>
 class Handle {
 public:

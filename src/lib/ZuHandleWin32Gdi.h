@@ -18,7 +18,8 @@ private:
     DWORD error_;
 };
 
-// A handle kind from its closer; most use null for "none".
+// A handle kind from its closer; most use null for "none". Closing keeps the
+// thread's last error, so that a failure can still be asked for its reason.
 template <class T, auto Close>
 struct NullHandleTraits {
     using Type = T;

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cwchar>
 #include <memory>
-#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -66,7 +65,7 @@ std::string readAll(BinaryFile& file, const std::wstring& fileName) {
     step(L"Loader::load(string): buf allocated");
     step(L"Loader::load(string): reading file into buf...");
     if (!file.read(buf)) {
-        throw std::runtime_error("cannot read file");
+        throwRuntimeError("cannot read file", ZU_HERE);
     }
     step(L"Loader::load(string): file read.");
     step(L"Loader::load(string): copying buf to bufs...");
@@ -83,7 +82,7 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
     BinaryFile file(fileName, L"wb");
     if (!file.isOpen()) {
         step(L"Loader::save: cannot create file");
-        throw std::runtime_error("cannot open file for writing");
+        throwRuntimeError("cannot open file for writing", ZU_HERE);
     }
     step(L"Loader::save: file created");
     step(L"Loader::save: encoding source... (size=%llu)", text.size());
@@ -92,11 +91,11 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
     step(L"Loader::save: source encoded (size=%llu)", bytes.size());
     step(L"Loader::save: writing to file...");
     if (!file.write(bytes)) {
-        throw std::runtime_error("cannot write to file");
+        throwRuntimeError("cannot write to file", ZU_HERE);
     }
     step(L"Loader::save: file written");
     if (!file.close()) {
-        throw std::runtime_error("cannot close file");
+        throwRuntimeError("cannot close file", ZU_HERE);
     }
     step(L"Loader::save: file closed");
 }

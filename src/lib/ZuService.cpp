@@ -7,7 +7,7 @@ namespace zustd {
 const MessageKind Service::kLogicalLockChanged{L"logicalLockChanged.Service"};
 
 void Service::initialize() {
-    properties_ = std::make_shared<TrackingPropertyBag>();
+    properties_ = makeSharedOrNull<TrackingPropertyBag>();
     ZU_ASSERT_AS(properties_, L"properties_", ZU_LINE(61));
     // Weakly: the service owns the bag, not the other way round.
     properties_->connect(sharedReference<MessageSink>(this), true);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <memory>
+#include <new>
 #include <type_traits>
 
 namespace zustd {
@@ -27,6 +28,17 @@ auto sharedReference(T* object) noexcept {
     using Base = std::conditional_t<std::is_void_v<As>, T, As>;
     const std::shared_ptr<SharedObject> owner = object->SharedObject::weak_from_this().lock();
     return owner ? std::shared_ptr<Base>(owner, object) : std::shared_ptr<Base>();
+}
+
+// A new object held by a shared reference; empty when there is no memory for
+// it, for those who report that in their own terms.
+template <class T>
+std::shared_ptr<T> makeSharedOrNull() {
+    try {
+        return std::make_shared<T>();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 }  // namespace zustd

@@ -14,12 +14,13 @@
 namespace zustd {
 
 // The wide form of a text in the active code page. Bytes that are not valid
-// there become U+FFFD.
+// there become its default character, U+FFFD for UTF-8.
 std::wstring widen(std::string_view narrow);
 
 // The form of a wide text in the active code page. A character that the code
-// page lacks becomes '_', which is no wildcard in a command line; lossy, when
-// given, is set to whether that happened.
+// page lacks becomes '_', which is no wildcard in a command line (under UTF-8,
+// which lacks none, a lone surrogate becomes U+FFFD); lossy, when given, is set
+// to whether that happened.
 std::string narrow(std::wstring_view wide, bool* lossy = nullptr);
 
 // printf-style formatting into a string of the length needed. Wide formats
