@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <memory>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -65,7 +66,7 @@ std::string readAll(BinaryFile& file, const std::wstring& fileName) {
     step(L"Loader::load(string): buf allocated");
     step(L"Loader::load(string): reading file into buf...");
     if (!file.read(buf)) {
-        throwRuntimeError("cannot read file", ZU_HERE);
+        throw std::runtime_error("cannot read file");
     }
     step(L"Loader::load(string): file read.");
     step(L"Loader::load(string): copying buf to bufs...");
@@ -82,7 +83,7 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
     BinaryFile file(fileName, L"wb");
     if (!file.isOpen()) {
         step(L"Loader::save: cannot create file");
-        throwRuntimeError("cannot open file for writing", ZU_HERE);
+        throw std::runtime_error("cannot open file for writing");
     }
     step(L"Loader::save: file created");
     step(L"Loader::save: encoding source... (size=%llu)", text.size());
@@ -91,11 +92,11 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
     step(L"Loader::save: source encoded (size=%llu)", bytes.size());
     step(L"Loader::save: writing to file...");
     if (!file.write(bytes)) {
-        throwRuntimeError("cannot write to file", ZU_HERE);
+        throw std::runtime_error("cannot write to file");
     }
     step(L"Loader::save: file written");
     if (!file.close()) {
-        throwRuntimeError("cannot close file", ZU_HERE);
+        throw std::runtime_error("cannot close file");
     }
     step(L"Loader::save: file closed");
 }

@@ -226,11 +226,6 @@ void throwInvalidArgument(const std::wstring& text, SourcePlace place) {
     throw std::invalid_argument(narrow(text));
 }
 
-void throwRuntimeError(const char* text, SourcePlace place) {
-    trace(kTraceLevelReport, L"throwing: '%hs', in %ls, line %d", text, place.unit, place.line);
-    throw std::runtime_error(text);
-}
-
 std::uint32_t criticalError() noexcept { return criticalErrorCode.load(std::memory_order_relaxed); }
 
 void setCriticalError(std::uint32_t code) noexcept {

@@ -190,9 +190,6 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 // the active code page.
 [[noreturn]] void throwInvalidArgument(const std::wstring& text, SourcePlace place);
 
-// Traces the throw report, then throws std::runtime_error with the text.
-[[noreturn]] void throwRuntimeError(const char* text, SourcePlace place);
-
 // --- Critical errors -----------------------------------------------------------
 
 // Codes of the process-wide critical error. Any other number may be stored.

@@ -1,10 +1,226 @@
 #include "ZuWindowService.h"
 
+#include "ZuApplicationService.h"
+#include "ZuControl.h"
+#include "ZuGraphicsService.h"
+#include "ZuNativeDialog.h"
+#include "ZuNativePopupMenu.h"
+
 namespace zustd {
 
+namespace {
+
+// Where remembered answers live; empty without an application service.
+std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator) {
+    const auto application = locator.getService<ApplicationService>();
+    return application && application->hasImplementation() ? application->getPreferences()
+                                                           : nullptr;
+}
+
+Size scaled(Size size, double factor) noexcept {
+    return {static_cast<std::int32_t>(size.width * factor + 0.5),
+            static_cast<std::int32_t>(size.height * factor + 0.5)};
+}
+
+}  // namespace
+
+// --- Widgets --------------------------------------------------------------------------------
+
+std::shared_ptr<NativeDialog> WindowService::createNativeDialog() {
+    return implementation().createNativeDialog();
+}
+
+std::shared_ptr<NativeDialog> WindowService::createNativeDialog(std::uint32_t style) {
+    return implementation().createNativeDialog(style);
+}
+
+std::shared_ptr<NativePopupMenu> WindowService::createNativePopupMenu() {
+    return implementation().createNativePopupMenu();
+}
+
+std::shared_ptr<NativeGridView> WindowService::createNativeGridView() {
+    return implementation().createNativeGridView();
+}
+
+std::shared_ptr<NativeTreeView> WindowService::createNativeTreeView() {
+    return implementation().createNativeTreeView();
+}
+
+std::shared_ptr<NativeWindow> WindowService::createNativeWindow() {
+    return implementation().createNativeWindow();
+}
+
+std::shared_ptr<NativeComboBox> WindowService::createNativeComboBox() {
+    return implementation().createNativeComboBox();
+}
+
+std::shared_ptr<NativeButton> WindowService::createNativeButton() {
+    return implementation().createNativeButton();
+}
+
+std::shared_ptr<NativeProgressBar> WindowService::createNativeProgressBar() {
+    return implementation().createNativeProgressBar();
+}
+
+std::shared_ptr<NativeTextBox> WindowService::createNativeTextBox() {
+    return implementation().createNativeTextBox();
+}
+
+std::shared_ptr<NativeScrollBar> WindowService::createNativeScrollBar(bool vertical) {
+    return implementation().createNativeScrollBar(vertical);
+}
+
+std::shared_ptr<Timer> WindowService::createTimer(const std::wstring& name) {
+    return implementation().createTimer(name);
+}
+
+// --- The window -----------------------------------------------------------------------------
+
+void WindowService::invalidate() { implementation().invalidate(); }
+
+void WindowService::invalidate(const Rect& area) { implementation().invalidate(area); }
+
+void WindowService::updateWindow() { implementation().updateWindow(); }
+
+MouseCursor WindowService::getCursor() const { return implementation().getCursor(); }
+
+void WindowService::setCursor(MouseCursor cursor) { implementation().setCursor(cursor); }
+
+Point WindowService::getMousePosition() const { return implementation().getMousePosition(); }
+
+Point WindowService::getWindowPosition() const { return implementation().getWindowPosition(); }
+
+Size WindowService::getWindowSize() const { return implementation().getWindowSize(); }
+
+void WindowService::captureMouse() { implementation().captureMouse(); }
+
+void WindowService::releaseMouse() { implementation().releaseMouse(); }
+
+double WindowService::getScalingFactor() { return implementation().getScalingFactor(); }
+
+Rect WindowService::getWorkArea() const { return implementation().getWorkArea(); }
+
+Point WindowService::getClientPosition() const { return implementation().getClientPosition(); }
+
+void WindowService::closeWindow() { implementation().closeWindow(); }
+
+void WindowService::enableWindow(bool enable) { implementation().enableWindow(enable); }
+
+void WindowService::hideWindow() { implementation().hideWindow(); }
+
+void WindowService::invalidateWindow() { implementation().invalidateWindow(); }
+
+bool WindowService::isWindowVisibleAtPos(Point place) const {
+    return implementation().isWindowVisibleAtPos(place);
+}
+
+void WindowService::makeWindowVisibleAtPos(Point place) {
+    implementation().makeWindowVisibleAtPos(place);
+}
+
+void WindowService::showWindow() { implementation().showWindow(); }
+
+void WindowService::setFocus(Control& control) { implementation().setFocus(control); }
+
+// --- Messages and questions -----------------------------------------------------------------
+
 int WindowService::showMessage(const std::wstring& text, const std::wstring& caption,
-                               std::uint32_t style) {
-    return implementation().showMessage(text, caption, style);
+                               std::uint32_t style, const std::wstring& rememberKey) {
+    MessageBoxContent box;
+    box.text = text;
+    box.caption = caption;
+    box.style = style;
+    box.rememberKey = rememberKey;
+    switch (style & kMessageButtonMask) {
+        case kMessageOkCancel:
+            return ask(box, &IWindowServiceImpl::askOKCancel);
+        case kMessageYesNoCancel:
+            return ask(box, &IWindowServiceImpl::askYesNoCancel);
+        case kMessageYesNo:
+            return ask(box, &IWindowServiceImpl::askYesNo);
+        default:
+            return ask(box, &IWindowServiceImpl::showMessage);
+    }
+}
+
+int WindowService::askYesNoCancel(const std::wstring& text, const std::wstring& caption,
+                                  const std::wstring& rememberKey) {
+    return showMessage(text, caption, kMessageYesNoCancel | kMessageIconQuestion, rememberKey);
+}
+
+int WindowService::askYesNo(const std::wstring& text, const std::wstring& caption,
+                            const std::wstring& rememberKey) {
+    return showMessage(text, caption, kMessageYesNo | kMessageIconQuestion, rememberKey);
+}
+
+int WindowService::askOKCancel(const std::wstring& text, const std::wstring& caption,
+                               const std::wstring& rememberKey) {
+    return showMessage(text, caption, kMessageOkCancel | kMessageIconQuestion, rememberKey);
+}
+
+int WindowService::ask(MessageBoxContent& box, Question question) {
+    const std::shared_ptr<PropertyBag> preferences =
+        box.rememberKey.empty() ? nullptr : preferencesOf(*this);
+    if (!preferences) {
+        box.rememberKey.clear();
+    }
+    completeMessageBox(box, *this);
+    if (preferences) {
+        if (const int remembered = rememberedAnswer(*preferences, box); remembered != kAnswerNone) {
+            return remembered;
+        }
+    }
+    const int answer = (implementation().*question)(box);
+    if (preferences) {
+        rememberAnswer(*preferences, box, answer);
+    }
+    return answer;
+}
+
+bool WindowService::isMessageOpen() const { return implementation().isMessageOpen(); }
+
+void WindowService::closeMessage(int answer) { implementation().closeMessage(answer); }
+
+void WindowService::playMessageSound(std::uint32_t style) {
+    implementation().playMessageSound(style);
+}
+
+// --- Resources ------------------------------------------------------------------------------
+
+std::shared_ptr<Font> WindowService::getFont(const FontStyle& style) {
+    return implementation().getFont(style);
+}
+
+std::shared_ptr<Font> WindowService::getFont(const std::shared_ptr<FontDescriptor>& descriptor) {
+    return getFont(descriptor ? descriptor->style() : FontStyle());
+}
+
+std::shared_ptr<Bitmap> WindowService::getBitmap(const BitmapDescriptor& descriptor) {
+    if (descriptor.resource().identifier == 0) {
+        return nullptr;
+    }
+    return implementation().getBitmap(descriptor.resource(),
+                                      scaled(descriptor.size(), getScalingFactor()));
+}
+
+std::wstring WindowService::selectFileToOpen(const std::wstring& initialFileName,
+                                             const std::vector<std::wstring>& patterns,
+                                             const std::vector<std::wstring>& patternNames,
+                                             bool allowMultiSelect) {
+    ZU_ASSERT(patterns.size() == patternNames.size());
+    ZU_ASSERT_AS(initialFileName.size() < kFileNameBufferSize, L"initialFileName.size() < bufSize",
+                 ZU_HERE);
+    if (allowMultiSelect) {
+        throwText(L"allowMultiSelect not implemented", ZU_HERE);
+    }
+    return implementation().selectFileToOpen(initialFileName, patterns, patternNames);
+}
+
+void furnishSurface(Control& surface, const std::shared_ptr<WindowService>& windowService,
+                    const std::shared_ptr<GraphicsService>& graphicsService) {
+    // Not attached: the services would hold the surface that holds them.
+    surface.registerService(windowService, false, true);
+    surface.registerService(graphicsService, false, true);
 }
 
 }  // namespace zustd

@@ -1,13 +1,251 @@
 #include "ZuWindowServiceWin32Gdi.h"
 
+#include <commdlg.h>
+
+#include <array>
+
+#include "ZuControl.h"
+
 namespace zustd {
 
-int WindowServiceWin32Gdi::showMessage(const std::wstring& text, const std::wstring& caption,
-                                       std::uint32_t style) {
-    return guarded(L"WindowServiceWin32Gdi::showMessage", kAnswerNone, [&] {
-        const int answer = MessageBoxW(window_, text.c_str(), caption.c_str(), style);
+namespace {
+
+// Pixels of a small icon at a scaling factor of 1, inverted.
+constexpr double kFactorPerPixel = 0.0625;
+
+// Computed by the first request; 0.0 until then.
+constinit double scalingFactor = 0.0;
+
+RECT nativeRect(const Rect& area) noexcept {
+    return {area.left, area.top, saturatedSum(area.right, 1), saturatedSum(area.bottom, 1)};
+}
+
+RECT windowRect(HWND window) noexcept {
+    RECT area{};
+    if (window != nullptr) {
+        GetWindowRect(window, &area);
+    }
+    return area;
+}
+
+MONITORINFO monitorOf(HWND window) noexcept {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTOPRIMARY), &monitor);
+    return monitor;
+}
+
+HCURSOR nativeCursor(MouseCursor cursor) noexcept {
+    static constexpr std::array<int, 8> kIdentifiers = {
+        32512,  // IDC_ARROW
+        32649,  // IDC_HAND
+        32513,  // IDC_IBEAM
+        32514,  // IDC_WAIT
+        32644,  // IDC_SIZEWE
+        32645,  // IDC_SIZENS
+        32646,  // IDC_SIZEALL
+        32648,  // IDC_NO
+    };
+    const auto index = static_cast<std::size_t>(cursor);
+    return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
+}
+
+// The dialog wants name and pattern in turn, each terminated, and an empty one
+// at the end.
+std::wstring filterOf(const std::vector<std::wstring>& patterns,
+                      const std::vector<std::wstring>& patternNames) {
+    std::wstring filter;
+    for (std::size_t i = 0; i < patterns.size(); ++i) {
+        filter.append(patternNames[i]).push_back(L'\0');
+        filter.append(patterns[i]).push_back(L'\0');
+    }
+    filter.append(L"All Files").push_back(L'\0');
+    filter.append(L"*.*").push_back(L'\0');
+    return filter;
+}
+
+}  // namespace
+
+void WindowServiceWin32Gdi::invalidate() {
+    if (window_ != nullptr) {
+        InvalidateRect(window_, nullptr, FALSE);
+    }
+}
+
+void WindowServiceWin32Gdi::invalidate(const Rect& area) {
+    if (window_ != nullptr) {
+        const RECT native = nativeRect(area);
+        InvalidateRect(window_, &native, FALSE);
+    }
+}
+
+void WindowServiceWin32Gdi::updateWindow() {
+    if (window_ != nullptr) {
+        UpdateWindow(window_);
+    }
+}
+
+MouseCursor WindowServiceWin32Gdi::getCursor() const { return cursor_; }
+
+void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
+    cursor_ = cursor;
+    SetCursor(nativeCursor(cursor));
+}
+
+Point WindowServiceWin32Gdi::getMousePosition() const {
+    POINT place{};
+    if (!GetCursorPos(&place)) {
+        return {};
+    }
+    if (window_ != nullptr) {
+        ScreenToClient(window_, &place);
+    }
+    return {place.x, place.y};
+}
+
+Point WindowServiceWin32Gdi::getWindowPosition() const {
+    const RECT area = windowRect(window_);
+    return {area.left, area.top};
+}
+
+Size WindowServiceWin32Gdi::getWindowSize() const {
+    const RECT area = windowRect(window_);
+    return {area.right - area.left, area.bottom - area.top};
+}
+
+void WindowServiceWin32Gdi::captureMouse() {
+    if (window_ != nullptr) {
+        SetCapture(window_);
+    }
+}
+
+void WindowServiceWin32Gdi::releaseMouse() {
+    if (window_ != nullptr && GetCapture() == window_) {
+        ReleaseCapture();
+    }
+}
+
+bool WindowServiceWin32Gdi::isMessageOpen() const { return messageOpen_; }
+
+int WindowServiceWin32Gdi::showMessage(MessageBoxContent& box) {
+    return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
+}
+
+void WindowServiceWin32Gdi::closeMessage(int answer) {
+    const HWND box = messageOpen_ ? GetLastActivePopup(window_) : nullptr;
+    if (box != nullptr && box != window_) {
+        EndDialog(box, answer);
+    }
+}
+
+int WindowServiceWin32Gdi::askYesNoCancel(MessageBoxContent& box) {
+    return showBox(L"WindowServiceWin32Gdi::askYesNoCancel", L"Could not ask question", box);
+}
+
+void WindowServiceWin32Gdi::playMessageSound(std::uint32_t style) {
+    MessageBeep(style & kMessageIconMask);
+}
+
+int WindowServiceWin32Gdi::askYesNo(MessageBoxContent& box) {
+    return showBox(L"WindowServiceWin32Gdi::askYesNo", L"Could not ask question", box);
+}
+
+int WindowServiceWin32Gdi::askOKCancel(MessageBoxContent& box) {
+    return showBox(L"WindowServiceWin32Gdi::askOKCancel", L"Could not ask question", box);
+}
+
+double WindowServiceWin32Gdi::getScalingFactor() {
+    if (scalingFactor == 0.0) {
+        scalingFactor = GetSystemMetrics(SM_CXSMICON) * kFactorPerPixel;
+        ZU_TRACE(L"WindowServiceWin32Gdi::getScalingFactor: setting scalingFactor to %lf",
+                 scalingFactor);
+    }
+    return scalingFactor;
+}
+
+Rect WindowServiceWin32Gdi::getWorkArea() const {
+    const RECT area = monitorOf(window_).rcWork;
+    return {area.left, area.top, area.right - 1, area.bottom - 1};
+}
+
+Point WindowServiceWin32Gdi::getClientPosition() const {
+    POINT place{};
+    if (window_ != nullptr) {
+        ClientToScreen(window_, &place);
+    }
+    return {place.x, place.y};
+}
+
+void WindowServiceWin32Gdi::closeWindow() {
+    if (window_ != nullptr) {
+        PostMessageW(window_, WM_CLOSE, 0, 0);
+    }
+}
+
+void WindowServiceWin32Gdi::enableWindow(bool enable) {
+    if (window_ != nullptr) {
+        EnableWindow(window_, enable ? TRUE : FALSE);
+    }
+}
+
+void WindowServiceWin32Gdi::hideWindow() {
+    if (window_ != nullptr) {
+        ShowWindow(window_, SW_HIDE);
+    }
+}
+
+void WindowServiceWin32Gdi::invalidateWindow() {
+    if (window_ != nullptr) {
+        RedrawWindow(window_, nullptr, nullptr,
+                     RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+    }
+}
+
+bool WindowServiceWin32Gdi::isWindowVisibleAtPos(Point place) const {
+    const HWND seen = WindowFromPoint({place.x, place.y});
+    return window_ != nullptr && seen != nullptr && (seen == window_ || IsChild(window_, seen));
+}
+
+void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
+    if (window_ != nullptr) {
+        SetWindowPos(window_, HWND_TOP, place.x, place.y, 0, 0,
+                     SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
+    }
+}
+
+void WindowServiceWin32Gdi::showWindow() {
+    if (window_ != nullptr) {
+        ShowWindow(window_, SW_SHOW);
+    }
+}
+
+std::wstring WindowServiceWin32Gdi::selectFileToOpen(
+    const std::wstring& initialFileName, const std::vector<std::wstring>& patterns,
+    const std::vector<std::wstring>& patternNames) {
+    return guarded(L"WindowServiceWin32Gdi::selectFileToOpen", std::wstring(), [&] {
+        std::vector<wchar_t> name(kFileNameBufferSize);
+        initialFileName.copy(name.data(), name.size() - 1);
+        const std::wstring filter = filterOf(patterns, patternNames);
+        OPENFILENAMEW request{};
+        request.lStructSize = sizeof(request);
+        request.hwndOwner = window_;
+        request.lpstrFilter = filter.c_str();
+        request.lpstrFile = name.data();
+        request.nMaxFile = static_cast<DWORD>(name.size());
+        // The choice must not change where relative names lead to.
+        request.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+        return GetOpenFileNameW(&request) ? std::wstring(name.data()) : std::wstring();
+    });
+}
+
+int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* failure,
+                                   const MessageBoxContent& box) {
+    return guarded(operation, kAnswerNone, [&] {
+        messageOpen_ = true;
+        const int answer = MessageBoxW(window_, box.text.c_str(), box.caption.c_str(), box.style);
+        messageOpen_ = false;
         if (answer == kAnswerNone) {
-            throw SystemException(L"Could not show message");
+            throw SystemException(failure);
         }
         return answer;
     });

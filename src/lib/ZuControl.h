@@ -1,0 +1,476 @@
+// The base of every widget: a node of the control tree.
+//
+// A control owns its children; a child knows its parent without owning it. The
+// tree hangs below a surface, a native window or dialog, whose backend paints
+// the drawn controls, keeps the native widgets in place, and feeds the input
+// router. A control outside of a surface has all its state but nothing to show
+// it on.
+//
+// Every control is a message forwarder: what it sends reaches its own sinks
+// first and then its parent, which handles it or sends it on. It is also a
+// registry: services are looked for in the control itself, then in its
+// ancestors, at last in the root. A surface brings its own window service and
+// graphics service along.
+//
+// Setters change the state, return whether it did change, and then show it:
+// drawn controls ask for a repaint, native widgets synchronise their native
+// object if there is one by now. Several changes in a row are shown once when
+// a ControlUpdate is around them.
+//
+// Controls are made with makeControl and live in shared references; those on
+// the stack work, but listen to no descriptor and get no input.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ZuAbstraction.h"
+#include "ZuDescriptors.h"
+#include "ZuGeometry.h"
+#include "ZuId.h"
+#include "ZuInput.h"
+#include "ZuMessaging.h"
+#include "ZuServiceLocator.h"
+
+namespace zustd {
+
+class GraphicsService;
+class WindowService;
+
+// Along an axis. Other numbers are kept and mean: at the start, without gaps.
+enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustify = 3 };
+
+// What a control does with its children when its size changes.
+enum class Arrangement : std::uint32_t {
+    // They stay where they were put.
+    kManual,
+    kRows,
+    kColumns,
+};
+
+// A position in one word of a message.
+MessageWord wordOfPoint(Point point) noexcept;
+Point pointOfWord(MessageWord word) noexcept;
+
+using Controls = std::vector<std::shared_ptr<Control>>;
+
+// How a control shows its tooltip.
+struct TooltipOptions {
+    // How long the pointer rests before, in milliseconds; 1 or more.
+    std::uint32_t delay = 500;
+    // From the pointer, in pixels.
+    Point offset{0, 20};
+    // In pixels; without an area there is no limit.
+    Size maximumSize{400, 300};
+    // Null for the defaults.
+    std::shared_ptr<FontDescriptor> font;
+    std::shared_ptr<ColorsDescriptor> colors;
+};
+
+class Control : public MessageForwarder, public Id, public ServiceLocator {
+public:
+    // The first word of every message is the control that sends it; the second
+    // is 0 unless said otherwise.
+
+    // State of mouse and focus.
+    static const MessageKind kEnterHovering;
+    static const MessageKind kLeaveHovering;
+    static const MessageKind kEnterLeftClicking;
+    static const MessageKind kLeaveLeftClicking;
+    static const MessageKind kEnterRightClicking;
+    static const MessageKind kLeaveRightClicking;
+    static const MessageKind kEnterFocus;
+    static const MessageKind kLeaveFocus;
+    // A press and a release on the same control. Second word: the position in
+    // the control (wordOfPoint).
+    static const MessageKind kLeftClicked;
+    static const MessageKind kRightClicked;
+    // Moved with the left button held, and released then; the position too.
+    static const MessageKind kDragging;
+    static const MessageKind kDropped;
+    // Second word: the turn of the wheel in steps of MouseEvent::kWheelStep.
+    static const MessageKind kScrolledMousewheel;
+    static const MessageKind kCtrlScrolledMousewheel;
+    static const MessageKind kShiftScrolledMousewheel;
+    // A scroll bar or scrolled content has moved. Second word: the position.
+    static const MessageKind kScrolled;
+    static const MessageKind kScrolledHorizontally;
+    static const MessageKind kScrolledVertically;
+    // Second word: the key.
+    static const MessageKind kKeyPressed;
+    // Keys that lists understand.
+    static const MessageKind kSelectNextItem;
+    static const MessageKind kSelectPreviousItem;
+    static const MessageKind kMoveUp;
+    static const MessageKind kMoveDown;
+    static const MessageKind kToggleExpandCollapse;
+    static const MessageKind kSelected;
+    static const MessageKind kUnselected;
+    // Requests to whoever holds the control. Second word of the first two: the
+    // size in pixels; of kShouldScrollChildIntoView: the Control*.
+    static const MessageKind kChangePreferredWidth;
+    static const MessageKind kChangePreferredHeight;
+    static const MessageKind kShouldRefresh;
+    static const MessageKind kShouldReselectCurrentChild;
+    static const MessageKind kShouldScrollChildIntoView;
+    static const MessageKind kBeforeDisplayTooltip;
+    // The user wants to close a surface. Second word: a bool; a receiver that
+    // sets it keeps the surface open.
+    static const MessageKind kClose;
+
+    Control();
+    ~Control() override;
+
+    // --- Tree ---
+
+    // The parent control; for a control without one what setParent() gave.
+    std::shared_ptr<ServiceLocator> getParent() const override;
+    Control* parentControl() const noexcept { return parent_; }
+    // Fails the assertion "getParent()" when there is no parent control.
+    Control& requireParent() const;
+    const Controls& children() const noexcept { return children_; }
+    // A child leaves its former parent first. Null, the control itself and its
+    // ancestors are refused by the assertion "child && !child->isAncestorOf(*this)".
+    void addChild(const std::shared_ptr<Control>& child);
+    // An index past the end appends.
+    void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
+    // Gives up the native objects of the child and of all below it; false when
+    // it is no child of this control.
+    bool removeChild(const Control* child);
+    void removeAllChildren();
+    // True for the control itself.
+    bool isAncestorOf(const Control& control) const noexcept;
+    // The nearest control upwards, beginning with itself, that is a surface;
+    // null outside of one.
+    Control* surface() noexcept;
+    const Control* surface() const noexcept;
+    // Only a surface has one.
+    virtual InputRouter* inputRouter() noexcept { return nullptr; }
+
+    // --- Geometry, in pixels of the parent ---
+
+    const Rect& boundary() const noexcept { return boundary_; }
+    // Right and bottom never lie before left and top. Rearranges the children
+    // when the size changes.
+    virtual bool setBoundary(const Rect& boundary);
+    // Keeps the size; negative coordinates are taken for 0.
+    bool moveTo(Point place);
+    bool setSize(Size size);
+    // The same pixels in the coordinates of the surface, or of the topmost
+    // control where there is no surface.
+    Rect boundaryOnSurface() const noexcept;
+    Point toSurface(Point point) const noexcept;
+    Point fromSurface(Point point) const noexcept;
+    // Its own area from 0, 0.
+    Rect area() const noexcept;
+    // The area inside of the margins, where children are arranged.
+    Rect innerArea() const noexcept;
+
+    // --- Layout properties ---
+
+    Arrangement arrangement() const noexcept { return arrangement_; }
+    bool setArrangement(Arrangement arrangement);
+    // How it does so (see LayoutOptions): rows or columns break where the area
+    // ends; children are as wide or high as the largest of them; they get the
+    // size that they prefer, which is how it begins, or keep theirs.
+    bool wraps() const noexcept { return wraps_; }
+    bool setWraps(bool wraps);
+    bool hasUniformWidth() const noexcept { return uniformWidth_; }
+    bool hasUniformHeight() const noexcept { return uniformHeight_; }
+    bool setUniform(bool width, bool height);
+    bool measuresChildren() const noexcept { return measuresChildren_; }
+    bool setMeasuresChildren(bool measures);
+    std::int32_t horizontalSpacing() const noexcept { return horizontalSpacing_; }
+    std::int32_t verticalSpacing() const noexcept { return verticalSpacing_; }
+    bool setSpacing(std::int32_t horizontal, std::int32_t vertical);
+    std::int32_t horizontalMargin() const noexcept { return horizontalMargin_; }
+    std::int32_t verticalMargin() const noexcept { return verticalMargin_; }
+    bool setMargins(std::int32_t horizontal, std::int32_t vertical);
+    Alignment horizontalAlignment() const noexcept { return horizontalAlignment_; }
+    Alignment verticalAlignment() const noexcept { return verticalAlignment_; }
+    bool setAlignment(Alignment horizontal, Alignment vertical);
+    // An auto-sized child takes its share of what its row or column leaves.
+    bool isAutoSized() const noexcept { return autoSized_; }
+    bool setAutoSized(bool autoSized);
+    Size minimumSize() const noexcept { return minimumSize_; }
+    bool setMinimumSize(Size size);
+    // 0 means no limit on that axis.
+    Size maximumSize() const noexcept { return maximumSize_; }
+    bool setMaximumSize(Size size);
+    bool breaksLineAfter() const noexcept { return breaksLineAfter_; }
+    bool setBreaksLineAfter(bool breaks);
+
+    // The size that the control would like to have; the base answers with its
+    // present one, or with what its arrangement needs, margins included.
+    virtual Size preferredSize();
+    // Puts the children into place according to the arrangement. Done by
+    // itself when the size changes; to be called after children or their
+    // layout properties have changed.
+    void arrange();
+    // Sets the boundary without showing it: for layouts, which show the parent
+    // once when all its children are in place.
+    bool place(const Rect& boundary);
+    // Shows this control and the native widgets below it after children were
+    // placed.
+    void showChildren();
+
+    // --- State ---
+
+    bool isVisible() const noexcept { return visible_; }
+    bool setVisible(bool visible);
+    // Of the control and all its ancestors.
+    bool isShown() const noexcept;
+    bool isEnabled() const noexcept { return enabled_; }
+    bool setEnabled(bool enabled);
+    // Of the control and all its ancestors.
+    bool isUsable() const noexcept;
+    bool isHovered() const noexcept { return hovered_; }
+    bool isLeftPressed() const noexcept { return leftPressed_; }
+    bool isRightPressed() const noexcept { return rightPressed_; }
+    bool hasFocus() const noexcept { return focused_; }
+
+    // Controls that do not take the mouse let it through to what is below.
+    bool takesMouse() const noexcept { return takesMouse_; }
+    void setTakesMouse(bool takes) noexcept { takesMouse_ = takes; }
+    // Whether a press on the control may become a drag, with its messages.
+    bool isDraggable() const noexcept { return draggable_; }
+    void setDraggable(bool draggable) noexcept { draggable_ = draggable; }
+    bool isFocusable() const noexcept { return focusable_; }
+    void setFocusable(bool focusable) noexcept { focusable_ = focusable; }
+    // Tab visits lower numbers first and, among equal ones, tree order.
+    std::int32_t focusOrder() const noexcept { return focusOrder_; }
+    void setFocusOrder(std::int32_t order) noexcept { focusOrder_ = order; }
+    // Asks the surface for the focus; false when it cannot be had.
+    bool takeFocus();
+    // What the pointer looks like over the control.
+    MouseCursor cursor() const noexcept { return cursor_; }
+    bool setCursor(MouseCursor cursor);
+
+    // --- Descriptors ---
+
+    // Its own; an empty text means no tooltip.
+    TextDescriptor& tooltip() noexcept { return tooltip_; }
+    const TextDescriptor& tooltip() const noexcept { return tooltip_; }
+    // May be null: the defaults.
+    const std::shared_ptr<TooltipOptions>& tooltipOptions() const noexcept {
+        return tooltipOptions_;
+    }
+    void setTooltipOptions(std::shared_ptr<TooltipOptions> options) noexcept {
+        tooltipOptions_ = std::move(options);
+    }
+    // Null for the colours of the nearest ancestor that has some.
+    const std::shared_ptr<ColorsDescriptor>& colors() const noexcept { return colors_; }
+    bool setColors(const std::shared_ptr<ColorsDescriptor>& colors);
+    // From the control's colours or those of its ancestors; unset when none of
+    // them sets this one.
+    Color color(ColorRole role) const noexcept;
+
+    // --- Drawing ---
+
+    // Paints the control and its drawn children on a parent that is painting:
+    // nothing when invisible or outside of the area that is being painted.
+    void draw(GraphicsService& graphics);
+    // Paints a control that has no drawn parent, such as a surface; its left
+    // top corner is the origin of the paint.
+    void drawAsRoot(GraphicsService& graphics);
+    // Whether the control, at the place where its parent draws it, meets the
+    // area that is being painted.
+    bool overlapsDrawArea(const GraphicsService& graphics) const;
+    // Lets the control be painted again soon. Where there is no surface
+    // kShouldRefresh is sent instead.
+    virtual void refresh();
+    // The value times the window service's scaling factor.
+    double scale(double value) const;
+    // The same in whole pixels, rounded.
+    std::int32_t scale(std::int32_t value) const;
+    // Children are cut at the control's edges.
+    bool clipsChildren() const noexcept { return clipsChildren_; }
+    void setClipsChildren(bool clips) noexcept { clipsChildren_ = clips; }
+
+    // --- Services ---
+
+    // Found from this control; empty when there is none.
+    std::shared_ptr<WindowService> windowService() const;
+    std::shared_ptr<GraphicsService> graphicsService() const;
+
+    // --- Native half ---
+
+    // The backend of a native widget; null for a drawn control.
+    virtual IImplementation* backend() const noexcept { return nullptr; }
+    bool hasNativeObject() const noexcept;
+    // While a ControlUpdate is running for this very control.
+    bool isUpdating() const noexcept { return updateDepth_ != 0; }
+    // Synchronises the native widgets of this control and of all below it,
+    // making their native objects where there are none yet.
+    void synchronizeTree();
+    // Gives up the native objects of this control and of all below it.
+    void releaseTree() noexcept;
+
+    // --- Input, for the router and for native backends ---
+
+    // An event with its position in this control; whether it was used. Called
+    // before the messages are sent. The base uses none.
+    virtual bool onMouse(const MouseEvent& event);
+    virtual bool onKey(const KeyEvent& event);
+    // Sends a message of this control; the first word is added. Returns false
+    // when a gate refused.
+    bool notify(const MessageKind& kind, MessageWord b = {});
+    // The deepest control at a point of this one that takes the mouse and is
+    // visible; null when there is none. Disabled controls are found too.
+    virtual Control* controlAt(Point point) noexcept;
+    // The pointer rests on the control, at a point of the surface; it is gone.
+    // Does nothing without a tooltip text.
+    virtual void showTooltip(Point place);
+    virtual void hideTooltip();
+    // Set by the router. Each sends the message of the change.
+    void acceptHover(bool hovered);
+    void acceptPress(bool left, bool pressed);
+    void acceptFocus(bool focused);
+
+    // --- Messages ---
+
+    // Own sinks first, then the parent control.
+    bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+    // Descriptors' changes are handled here; derived classes hand on what they
+    // do not know.
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+    std::shared_ptr<SharedObject> sinkOwner() const override;
+    std::shared_ptr<SharedObject> sourceOwner() const override;
+
+protected:
+    // Paints the control itself, its left top corner being 0, 0.
+    virtual void drawSelf(GraphicsService& graphics);
+    // Puts the children into place without showing it; the base applies the
+    // arrangement.
+    virtual void arrangeChildren();
+    // Something was changed that shows: native widgets synchronise, drawn ones
+    // refresh. Called once at the end of a ControlUpdate.
+    virtual void showState();
+    // A descriptor of this control has changed. The base shows the state.
+    virtual void onDescriptorChanged();
+    // Hover, press or focus has changed. The base does nothing; controls that
+    // show such states refresh.
+    virtual void onInputStateChanged();
+
+    // Shows a change now, or at the end of the running update.
+    void stateChanged();
+    // Assigns and shows; whether there was a change.
+    template <class T>
+    bool change(T& member, const T& value) {
+        if (member == value) {
+            return false;
+        }
+        member = value;
+        stateChanged();
+        return true;
+    }
+    // The same for a descriptor, which is listened to from now on. One
+    // descriptor serves one member of a control.
+    template <class D>
+    bool changeDescriptor(std::shared_ptr<D>& member, const std::shared_ptr<D>& descriptor) {
+        if (member == descriptor) {
+            return false;
+        }
+        unwatch(member.get());
+        member = descriptor;
+        watch(member.get());
+        stateChanged();
+        return true;
+    }
+    void watch(ChangeTracker* descriptor);
+    void unwatch(ChangeTracker* descriptor);
+    // Sends kClose; false when a receiver wants the surface to stay.
+    bool requestClose();
+    // To be called by the destructor of every native widget, so that the
+    // native object goes while the widget is still whole.
+    void releaseNative() noexcept;
+
+private:
+    friend class ControlUpdate;
+    friend class LineLayout;
+
+    void leaveParent();
+    void forgetInput();
+    void synchronizeBelow();
+    bool changeShown(bool& member, bool value);
+    void drawHere(GraphicsService& graphics);
+    void drawChildren(GraphicsService& graphics);
+    void endUpdate();
+
+    Controls children_;
+    Control* parent_ = nullptr;
+    Rect boundary_{0, 0, 0, 0};
+    // The size that the children were arranged for.
+    Size arrangedSize_{1, 1};
+    Size minimumSize_;
+    Size maximumSize_;
+    std::int32_t horizontalSpacing_ = 0;
+    std::int32_t verticalSpacing_ = 0;
+    std::int32_t horizontalMargin_ = 0;
+    std::int32_t verticalMargin_ = 0;
+    Alignment horizontalAlignment_ = Alignment::kStart;
+    Alignment verticalAlignment_ = Alignment::kStart;
+    Arrangement arrangement_ = Arrangement::kManual;
+    MouseCursor cursor_ = MouseCursor::kArrow;
+    std::int32_t focusOrder_ = 0;
+    std::uint32_t updateDepth_ = 0;
+    bool updatePending_ = false;
+    bool wraps_ = false;
+    bool uniformWidth_ = false;
+    bool uniformHeight_ = false;
+    bool measuresChildren_ = true;
+    bool autoSized_ = false;
+    bool breaksLineAfter_ = false;
+    bool visible_ = true;
+    bool enabled_ = true;
+    bool hovered_ = false;
+    bool leftPressed_ = false;
+    bool rightPressed_ = false;
+    bool focused_ = false;
+    bool takesMouse_ = true;
+    bool focusable_ = false;
+    bool draggable_ = false;
+    bool clipsChildren_ = false;
+    bool drawing_ = false;
+    TextDescriptor tooltip_;
+    std::shared_ptr<TooltipOptions> tooltipOptions_;
+    std::shared_ptr<ColorsDescriptor> colors_;
+};
+
+// Shows the changes made while it lives once, at its end. Nests.
+class ControlUpdate {
+public:
+    explicit ControlUpdate(Control& control) noexcept : control_(control) {
+        ++control_.updateDepth_;
+    }
+    ControlUpdate(const ControlUpdate&) = delete;
+    ControlUpdate& operator=(const ControlUpdate&) = delete;
+    ~ControlUpdate() { control_.endUpdate(); }
+
+private:
+    Control& control_;
+};
+
+// A new, initialised control.
+template <class T, class... Args>
+std::shared_ptr<T> makeControl(Args&&... args) {
+    auto control = std::make_shared<T>(std::forward<Args>(args)...);
+    control->initialize();
+    return control;
+}
+
+// What a native widget's backend() answers: the untyped backend of its
+// abstraction.
+template <class I>
+IImplementation* backendOf(const Abstraction<I>& abstraction) noexcept {
+    return abstraction.hasImplementation()
+               ? dynamic_cast<IImplementation*>(&abstraction.implementation())
+               : nullptr;
+}
+
+}  // namespace zustd

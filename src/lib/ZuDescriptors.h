@@ -1,0 +1,183 @@
+// What a widget shows, described apart from the widget: fonts, texts, colours
+// and images.
+//
+// A descriptor is a shared object. Many controls may hold the same one, and
+// whoever changes it changes them all: every setter counts the change and
+// announces it as ChangeTracker::kPropertyChanged with the field's name; an
+// unchanged assignment does neither. Controls listen to the descriptors that
+// they are given and show the change at once.
+//
+// A descriptor names a resource, it does not hold one. Texts are looked up in
+// the language of the moment, fonts and images are made and cached by the
+// window service.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ZuChangeTracker.h"
+#include "ZuGeometry.h"
+#include "ZuServiceLocator.h"
+
+namespace zustd {
+
+enum class ResourceKind : std::uint32_t { kNone, kString, kBitmap };
+
+// A resource that somebody asks for. Identifier 0 names none.
+struct ResourceDescriptor {
+    std::uint64_t identifier = 0;
+    ResourceKind kind = ResourceKind::kNone;
+
+    friend bool operator==(const ResourceDescriptor&, const ResourceDescriptor&) = default;
+};
+
+// --- Fonts -------------------------------------------------------------------
+
+// The properties of a font, as a value to compare and to cache by.
+struct FontStyle {
+    static constexpr std::int32_t kDefaultSize = 11;
+
+    bool underline = false;
+    bool bold = false;
+    bool italic = false;
+    // In points of 1/72 inch.
+    std::int32_t size = kDefaultSize;
+    // Empty for the face that the system uses in its own windows.
+    std::wstring faceName;
+
+    friend bool operator==(const FontStyle&, const FontStyle&) = default;
+};
+
+class FontDescriptor : public ChangeTracker {
+public:
+    FontDescriptor() = default;
+    explicit FontDescriptor(FontStyle style) : style_(std::move(style)) {}
+
+    const FontStyle& style() const noexcept { return style_; }
+
+    // Each returns whether anything changed.
+    bool setStyle(const FontStyle& style);
+    bool setUnderline(bool underline);
+    bool setBold(bool bold);
+    bool setItalic(bool italic);
+    bool setSize(std::int32_t points);
+    bool setFaceName(const std::wstring& faceName);
+    // Flags off and the default size; the face stays.
+    bool reset();
+
+private:
+    FontStyle style_;
+};
+
+// --- Texts -------------------------------------------------------------------
+
+// A text as it stands, or the number of a text in the string tables.
+class TextDescriptor : public ChangeTracker {
+public:
+    TextDescriptor() = default;
+    explicit TextDescriptor(std::wstring literal) : literal_(std::move(literal)) {}
+
+    // The text for this place in the registry. A numbered text is looked up
+    // through the resource service; it is empty when there is no service or no
+    // such text.
+    std::wstring text(const ServiceLocator& locator) const;
+
+    bool isEmpty() const noexcept { return literal_.empty() && resource_.identifier == 0; }
+    const std::wstring& literal() const noexcept { return literal_; }
+    const ResourceDescriptor& resource() const noexcept { return resource_; }
+
+    // Each takes the other's place. Returns whether anything changed.
+    bool setLiteral(const std::wstring& text);
+    bool setIdentifier(std::uint64_t identifier);
+
+private:
+    std::wstring literal_;
+    ResourceDescriptor resource_;
+};
+
+// --- Colours -----------------------------------------------------------------
+
+// A colour of 8 bits a channel, or none. What none means is up to its use:
+// mostly the system's own colour, for backgrounds no painting at all.
+struct Color {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+    bool isSet = false;
+
+    static constexpr Color rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue) noexcept {
+        return {red, green, blue, true};
+    }
+
+    friend constexpr bool operator==(const Color&, const Color&) = default;
+};
+
+enum class ColorRole : std::size_t {
+    kText,
+    kBackground,
+    kDisabledText,
+    kSelectedText,
+    kSelectedBackground,
+    kHoverText,
+    kHoverBackground,
+    kBorder,
+    kLink,
+    kHoverLink,
+};
+inline constexpr std::size_t kColorRoleCount = 10;
+
+class ColorsDescriptor : public ChangeTracker {
+public:
+    Color color(ColorRole role) const noexcept;
+    // Returns whether anything changed.
+    bool setColor(ColorRole role, Color color);
+
+private:
+    Color colors_[kColorRoleCount];
+};
+
+// --- Images ------------------------------------------------------------------
+
+// One image at one size.
+class BitmapDescriptor : public ChangeTracker {
+public:
+    BitmapDescriptor() = default;
+    explicit BitmapDescriptor(std::uint64_t identifier, Size size = {})
+        : resource_{identifier, ResourceKind::kBitmap}, size_(size) {}
+
+    const ResourceDescriptor& resource() const noexcept { return resource_; }
+    // In pixels at a scaling factor of 1; empty for the image's own size.
+    Size size() const noexcept { return size_; }
+
+    // Each returns whether anything changed.
+    bool setIdentifier(std::uint64_t identifier);
+    bool setSize(Size size);
+
+private:
+    ResourceDescriptor resource_;
+    Size size_;
+};
+
+// The images of a tree or grid, all at one size; rows name them by index.
+class BitmapListDescriptor : public ChangeTracker {
+public:
+    BitmapListDescriptor() = default;
+    BitmapListDescriptor(std::vector<std::uint64_t> identifiers, Size size)
+        : identifiers_(std::move(identifiers)), size_(size) {}
+
+    const std::vector<std::uint64_t>& identifiers() const noexcept { return identifiers_; }
+    // In pixels at a scaling factor of 1.
+    Size size() const noexcept { return size_; }
+
+    bool setIdentifiers(std::vector<std::uint64_t> identifiers);
+    bool setSize(Size size);
+
+private:
+    std::vector<std::uint64_t> identifiers_;
+    Size size_{16, 16};
+};
+
+}  // namespace zustd

@@ -1,0 +1,34 @@
+// A font that can be drawn with: a style joined to the platform's font object.
+//
+// Fonts come from WindowService::getFont, which keeps one a style. A font
+// never changes; a descriptor that changes leads to another font.
+#pragma once
+
+#include <utility>
+
+#include "ZuAbstraction.h"
+#include "ZuDescriptors.h"
+#include "ZuSharedObject.h"
+
+namespace zustd {
+
+// Marker: a backend has no operations of its own.
+class IFontImpl {
+public:
+    IFontImpl() = default;
+    IFontImpl(const IFontImpl&) = delete;
+    IFontImpl& operator=(const IFontImpl&) = delete;
+    virtual ~IFontImpl() = default;
+};
+
+class Font : public Abstraction<IFontImpl>, public SharedObject {
+public:
+    explicit Font(FontStyle style) : style_(std::move(style)) {}
+
+    const FontStyle& style() const noexcept { return style_; }
+
+private:
+    FontStyle style_;
+};
+
+}  // namespace zustd

@@ -1,0 +1,329 @@
+#include "ZuInput.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+#include "ZuControl.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+// How far the pointer moves, in pixels on an axis, before a press is a drag.
+constexpr std::int32_t kDragThreshold = 4;
+
+MouseEvent eventFor(const Control& control, MouseEvent event) noexcept {
+    event.position = control.fromSurface(event.position);
+    return event;
+}
+
+bool isFar(Point from, Point to) noexcept {
+    return std::abs(std::int64_t{from.x} - to.x) > kDragThreshold ||
+           std::abs(std::int64_t{from.y} - to.y) > kDragThreshold;
+}
+
+const MessageKind& wheelMessage(std::uint32_t modifiers) noexcept {
+    if ((modifiers & kModifierControl) != 0) {
+        return Control::kCtrlScrolledMousewheel;
+    }
+    return (modifiers & kModifierShift) != 0 ? Control::kShiftScrolledMousewheel
+                                             : Control::kScrolledMousewheel;
+}
+
+void collectFocusable(Control& control, std::vector<Control*>& out) {
+    if (!control.isVisible() || !control.isEnabled()) {
+        return;
+    }
+    if (control.isFocusable()) {
+        out.push_back(&control);
+    }
+    for (const std::shared_ptr<Control>& child : control.children()) {
+        collectFocusable(*child, out);
+    }
+}
+
+// Surfaces on a surface take turns with it in one focus order.
+Control& outermost(Control& surface) noexcept {
+    Control* top = &surface;
+    for (Control* climbing = surface.parentControl(); climbing != nullptr;
+         climbing = climbing->parentControl()) {
+        if (climbing->inputRouter() != nullptr) {
+            top = climbing;
+        }
+    }
+    return *top;
+}
+
+}  // namespace
+
+// --- Mouse ----------------------------------------------------------------------------------
+
+bool InputRouter::routeMouse(const MouseEvent& event) {
+    const std::shared_ptr<Control> held = pressed_.lock();
+    const std::shared_ptr<Control> under = targetAt(event.position);
+    switch (event.action) {
+        case MouseAction::kMove:
+            if (held) {
+                moveHover(under == held ? held : nullptr, event.position);
+                drag(event);
+                return deliver(held, event);
+            }
+            moveHover(under, event.position);
+            return deliver(under, event);
+        case MouseAction::kLeave:
+            moveHover(nullptr, event.position);
+            return false;
+        case MouseAction::kLeftDown:
+        case MouseAction::kLeftDouble:
+        case MouseAction::kRightDown: {
+            if (!under || !under->isUsable()) {
+                return false;
+            }
+            pressPosition_ = event.position;
+            deliver(under, event);
+            press(under, event.action == MouseAction::kRightDown ? Button::kRight : Button::kLeft);
+            return true;
+        }
+        case MouseAction::kLeftUp:
+            release(event, Button::kLeft);
+            return held != nullptr;
+        case MouseAction::kRightUp:
+            release(event, Button::kRight);
+            return held != nullptr;
+        case MouseAction::kWheel:
+        case MouseAction::kHorizontalWheel:
+            return scroll(held ? held : under, event);
+    }
+    return false;
+}
+
+std::shared_ptr<Control> InputRouter::targetAt(Point position) const {
+    Control* found = surface_.controlAt(position);
+    return found != nullptr ? sharedReference(found) : nullptr;
+}
+
+void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point position) {
+    const std::shared_ptr<Control> before = hovered_.lock();
+    if (before == target) {
+        return;
+    }
+    hovered_ = target;
+    if (before) {
+        before->hideTooltip();
+        before->acceptHover(false);
+    }
+    // Whoever heard of the leaving may have moved on.
+    if (target && hovered_.lock() == target) {
+        target->acceptHover(true);
+        if (const auto window = surface_.windowService()) {
+            window->setCursor(target->cursor());
+        }
+        target->showTooltip(position);
+    }
+}
+
+void InputRouter::press(const std::shared_ptr<Control>& target, Button button) {
+    // A second button during a press belongs to the first one's control.
+    if (button_ != Button::kNone) {
+        return;
+    }
+    button_ = button;
+    pressed_ = target;
+    dragging_ = false;
+    if (const auto window = surface_.windowService()) {
+        window->captureMouse();
+    }
+    target->hideTooltip();
+    if (target->isFocusable()) {
+        setFocus(target.get());
+    }
+    target->acceptPress(button == Button::kLeft, true);
+}
+
+void InputRouter::release(const MouseEvent& event, Button button) {
+    const std::shared_ptr<Control> held = pressed_.lock();
+    if (button_ != button) {
+        return;
+    }
+    const bool dropped = dragging_;
+    button_ = Button::kNone;
+    pressed_.reset();
+    dragging_ = false;
+    if (const auto window = surface_.windowService()) {
+        window->releaseMouse();
+    }
+    if (!held) {
+        return;
+    }
+    const MessageWord place = wordOfPoint(held->fromSurface(event.position));
+    const bool inside = targetAt(event.position) == held;
+    deliver(held, event);
+    held->acceptPress(button == Button::kLeft, false);
+    if (dropped) {
+        held->notify(Control::kDropped, place);
+    } else if (inside && held->isUsable() && held->surface() == &surface_) {
+        held->notify(button == Button::kLeft ? Control::kLeftClicked : Control::kRightClicked,
+                     place);
+    }
+}
+
+void InputRouter::drag(const MouseEvent& event) {
+    const std::shared_ptr<Control> held = pressed_.lock();
+    if (button_ != Button::kLeft || !held || !held->isDraggable()) {
+        return;
+    }
+    dragging_ = dragging_ || isFar(pressPosition_, event.position);
+    if (dragging_) {
+        held->notify(Control::kDragging, wordOfPoint(held->fromSurface(event.position)));
+    }
+}
+
+bool InputRouter::scroll(const std::shared_ptr<Control>& target, const MouseEvent& event) {
+    if (!target) {
+        return false;
+    }
+    target->hideTooltip();
+    for (std::shared_ptr<Control> climbing = target; climbing;) {
+        if (climbing->isUsable() && climbing->onMouse(eventFor(*climbing, event))) {
+            return true;
+        }
+        Control* parent =
+            climbing == sharedReference(&surface_) ? nullptr : climbing->parentControl();
+        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    }
+    target->notify(wheelMessage(event.modifiers), MessageWord(std::intptr_t{event.wheel}));
+    return false;
+}
+
+bool InputRouter::deliver(const std::shared_ptr<Control>& target, const MouseEvent& event) {
+    return target && target->isUsable() && target->onMouse(eventFor(*target, event));
+}
+
+void InputRouter::cancelPress() {
+    const std::shared_ptr<Control> held = pressed_.lock();
+    const Button button = button_;
+    button_ = Button::kNone;
+    pressed_.reset();
+    dragging_ = false;
+    if (held) {
+        held->acceptPress(button == Button::kLeft, false);
+    }
+}
+
+// --- Keyboard -------------------------------------------------------------------------------
+
+bool InputRouter::routeKey(const KeyEvent& event) {
+    const std::shared_ptr<Control> focused = focused_.lock();
+    return routeKeyFrom(focused ? *focused : surface_, event);
+}
+
+bool InputRouter::routeKeyFrom(Control& control, const KeyEvent& event) {
+    const std::shared_ptr<Control> first = sharedReference(&control);
+    for (std::shared_ptr<Control> climbing = first; climbing;) {
+        if (climbing->isUsable() && climbing->onKey(event)) {
+            return true;
+        }
+        Control* parent = climbing->parentControl();
+        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    }
+    if (first) {
+        first->notify(Control::kKeyPressed, MessageWord(std::intptr_t{event.key}));
+    }
+    return navigate(event);
+}
+
+bool InputRouter::navigate(const KeyEvent& event) {
+    if (event.key == kKeyTab && !event.has(kModifierControl | kModifierAlt)) {
+        return moveFocus(event.has(kModifierShift));
+    }
+    const std::shared_ptr<Control> focused = focused_.lock();
+    if (focused && (event.key == kKeyUp || event.key == kKeyDown)) {
+        const bool up = event.key == kKeyUp;
+        if (event.has(kModifierControl)) {
+            focused->notify(up ? Control::kMoveUp : Control::kMoveDown);
+        } else {
+            focused->notify(up ? Control::kSelectPreviousItem : Control::kSelectNextItem);
+        }
+    }
+    return false;
+}
+
+bool InputRouter::setFocus(Control* control) {
+    if (control == nullptr) {
+        changeFocus(nullptr);
+        return true;
+    }
+    if (!control->isFocusable() || !control->isUsable() || !control->isShown() ||
+        control->surface() != &surface_) {
+        return false;
+    }
+    const std::shared_ptr<Control> kept = sharedReference(control);
+    changeFocus(kept);
+    if (const auto window = surface_.windowService()) {
+        window->setFocus(*control);
+    }
+    return true;
+}
+
+bool InputRouter::moveFocus(bool backwards) {
+    std::vector<Control*> order;
+    collectFocusable(outermost(surface_), order);
+    if (order.empty()) {
+        return false;
+    }
+    std::stable_sort(order.begin(), order.end(), [](const Control* left, const Control* right) {
+        return left->focusOrder() < right->focusOrder();
+    });
+    const std::shared_ptr<Control> focused = focused_.lock();
+    const auto at = std::find(order.begin(), order.end(), focused.get());
+    const auto count = order.size();
+    const auto index = static_cast<std::size_t>(at - order.begin());
+    std::size_t next = backwards ? count - 1 : 0;
+    if (at != order.end()) {
+        next = (index + (backwards ? count - 1 : 1)) % count;
+    }
+    Control* chosen = order[next];
+    if (chosen->surface() != &surface_) {
+        changeFocus(nullptr);
+    }
+    return chosen->takeFocus();
+}
+
+void InputRouter::acceptFocus(Control* control) {
+    changeFocus(control != nullptr ? sharedReference(control) : nullptr);
+}
+
+void InputRouter::changeFocus(const std::shared_ptr<Control>& control) {
+    const std::shared_ptr<Control> before = focused_.lock();
+    if (before == control) {
+        return;
+    }
+    focused_ = control;
+    if (before) {
+        before->acceptFocus(false);
+    }
+    if (control && focused_.lock() == control) {
+        control->acceptFocus(true);
+    }
+}
+
+// --- Leaving --------------------------------------------------------------------------------
+
+void InputRouter::forget(const Control& control) {
+    if (const auto held = pressed_.lock(); held && control.isAncestorOf(*held)) {
+        if (const auto window = surface_.windowService()) {
+            window->releaseMouse();
+        }
+        cancelPress();
+    }
+    if (const auto hovered = hovered_.lock(); hovered && control.isAncestorOf(*hovered)) {
+        moveHover(nullptr, {});
+    }
+    if (const auto focused = focused_.lock(); focused && control.isAncestorOf(*focused)) {
+        changeFocus(nullptr);
+    }
+}
+
+}  // namespace zustd

@@ -1,0 +1,106 @@
+#include "ZuMessageBox.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "ZuResourceService.h"
+
+namespace zustd {
+
+namespace {
+
+struct ButtonText {
+    int answer;
+    std::uint64_t identifier;
+    // Without its closing brace.
+    const wchar_t* placeholder;
+};
+
+constexpr ButtonText kOk{kAnswerOk, kStringOk, L"{IDS_OK"};
+constexpr ButtonText kCancel{kAnswerCancel, kStringCancel, L"{IDS_CANCEL"};
+constexpr ButtonText kYes{kAnswerYes, kStringYes, L"{IDS_YES"};
+constexpr ButtonText kNo{kAnswerNo, kStringNo, L"{IDS_NO"};
+constexpr ButtonText kDoNotShowAgain{kAnswerNone, kStringDoNotShowAgain, L"{IDS_DONOTSHOWAGAIN"};
+
+constexpr std::array kOkButtons{kOk};
+constexpr std::array kOkCancelButtons{kOk, kCancel};
+constexpr std::array kYesNoCancelButtons{kYes, kNo, kCancel};
+constexpr std::array kYesNoButtons{kYes, kNo};
+
+std::span<const ButtonText> buttonsOf(std::uint32_t style) noexcept {
+    switch (style & kMessageButtonMask) {
+        case kMessageOkCancel:
+            return kOkCancelButtons;
+        case kMessageYesNoCancel:
+            return kYesNoCancelButtons;
+        case kMessageYesNo:
+            return kYesNoButtons;
+        default:
+            return kOkButtons;
+    }
+}
+
+std::wstring resolve(const ButtonText& button, const IResourceService* resources) {
+    if (resources == nullptr) {
+        return std::wstring(button.placeholder) + L":null rs!}";
+    }
+    std::wstring text = resources->getString(button.identifier);
+    return text.empty() ? std::wstring(button.placeholder) + L'}' : text;
+}
+
+bool hasAnswer(const MessageBoxContent& box, int answer) noexcept {
+    return std::any_of(
+        box.buttons.begin(), box.buttons.end(),
+        [answer](const MessageBoxButton& button) { return button.answer == answer; });
+}
+
+// A box with one way out may be closed by it; one that asks yes or no has to
+// be answered.
+int cancelAnswerOf(const MessageBoxContent& box) noexcept {
+    if (hasAnswer(box, kAnswerCancel)) {
+        return kAnswerCancel;
+    }
+    return box.buttons.size() == 1 ? box.buttons.front().answer : kAnswerNone;
+}
+
+std::wstring preferenceKey(const std::wstring& rememberKey) {
+    return L"doNotShowAgain." + rememberKey;
+}
+
+}  // namespace
+
+void completeMessageBox(MessageBoxContent& box, const ServiceLocator& locator) {
+    const std::shared_ptr<IResourceService> resources = locator.getService<IResourceService>();
+    box.buttons.clear();
+    for (const ButtonText& button : buttonsOf(box.style)) {
+        box.buttons.push_back({button.answer, resolve(button, resources.get())});
+    }
+    const std::size_t wanted = (box.style & kMessageDefaultMask) / kMessageDefaultSecond;
+    box.defaultButton = wanted < box.buttons.size() ? wanted : 0;
+    box.cancelAnswer = cancelAnswerOf(box);
+    box.checkBoxText =
+        box.rememberKey.empty() ? std::wstring() : resolve(kDoNotShowAgain, resources.get());
+    box.doNotShowAgain = false;
+}
+
+int rememberedAnswer(const PropertyBag& preferences, const MessageBoxContent& box) {
+    if (box.rememberKey.empty()) {
+        return kAnswerNone;
+    }
+    const int answer = preferences.getLong(preferenceKey(box.rememberKey), kAnswerNone);
+    return hasAnswer(box, answer) ? answer : kAnswerNone;
+}
+
+void rememberAnswer(PropertyBag& preferences, const MessageBoxContent& box, int answer) {
+    const bool cancelled = answer == kAnswerCancel || answer == kAnswerNone;
+    if (!box.rememberKey.empty() && box.doNotShowAgain && !cancelled) {
+        preferences.setLong(preferenceKey(box.rememberKey), answer);
+    }
+}
+
+void forgetAnswer(PropertyBag& preferences, const std::wstring& rememberKey) {
+    preferences.clear(preferenceKey(rememberKey));
+}
+
+}  // namespace zustd

@@ -1,0 +1,123 @@
+#include "ZuNativeButton.h"
+
+#include <algorithm>
+
+#include "ZuGraphicsService.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+// Around the caption of a push button, and beside that of the others, which
+// have their mark there; at a scaling factor of 1.
+constexpr Size kPushPadding{24, 10};
+constexpr Size kMarkPadding{20, 4};
+constexpr Size kSmallestPush{75, 23};
+constexpr std::int32_t kBitmapGap = 4;
+
+bool isPush(ButtonKind kind) noexcept {
+    return kind == ButtonKind::kPush || kind == ButtonKind::kDefaultPush;
+}
+
+// "&" marks the access key and takes no room.
+std::wstring withoutAccessKey(const std::wstring& caption) {
+    std::wstring shown;
+    for (std::size_t i = 0; i < caption.size(); ++i) {
+        if (caption[i] == L'&' && i + 1 < caption.size()) {
+            ++i;
+        }
+        shown.push_back(caption[i]);
+    }
+    return shown;
+}
+
+}  // namespace
+
+NativeButton::NativeButton() { setFocusable(true); }
+
+NativeButton::~NativeButton() { releaseNative(); }
+
+TextDescriptor& NativeButton::caption() const {
+    ZU_ASSERT(caption_);
+    return *caption_;
+}
+
+FontDescriptor& NativeButton::font() const {
+    ZU_ASSERT(font_);
+    return *font_;
+}
+
+bool NativeButton::setCaption(const std::shared_ptr<TextDescriptor>& caption) {
+    return changeDescriptor(caption_, caption);
+}
+
+bool NativeButton::setFont(const std::shared_ptr<FontDescriptor>& font) {
+    return changeDescriptor(font_, font);
+}
+
+bool NativeButton::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
+    return changeDescriptor(bitmap_, bitmap);
+}
+
+bool NativeButton::setKind(ButtonKind kind) { return change(kind_, kind); }
+
+bool NativeButton::setChecked(bool checked) {
+    if (!change(checked_, checked)) {
+        return false;
+    }
+    if (checked && kind_ == ButtonKind::kRadio) {
+        uncheckSiblings();
+    }
+    return true;
+}
+
+Size NativeButton::preferredSize() {
+    const std::shared_ptr<WindowService> window = windowService();
+    const std::shared_ptr<GraphicsService> graphics = graphicsService();
+    if (!window || !graphics) {
+        return boundary().size();
+    }
+    Size content;
+    if (caption_) {
+        if (const auto font = window->getFont(font_)) {
+            content = graphics->measureTextSize(withoutAccessKey(caption_->text(*this)), *font);
+        }
+    }
+    if (bitmap_) {
+        const Size image = bitmap_->size();
+        content.width = saturatedSum(content.width, scale(image.width + kBitmapGap));
+        content.height = std::max(content.height, scale(image.height));
+    }
+    const Size padding = isPush(kind_) ? kPushPadding : kMarkPadding;
+    const Size smallest = isPush(kind_) ? kSmallestPush : Size{};
+    return {std::max(saturatedSum(content.width, scale(padding.width)), scale(smallest.width)),
+            std::max(saturatedSum(content.height, scale(padding.height)), scale(smallest.height))};
+}
+
+void NativeButton::click() {
+    if (!isUsable()) {
+        return;
+    }
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    if (kind_ == ButtonKind::kCheck) {
+        setChecked(!checked_);
+    } else if (kind_ == ButtonKind::kRadio) {
+        setChecked(true);
+    }
+    notify(kLeftClicked);
+}
+
+void NativeButton::uncheckSiblings() {
+    if (parentControl() == nullptr) {
+        return;
+    }
+    for (const std::shared_ptr<Control>& sibling : parentControl()->children()) {
+        const auto button = std::dynamic_pointer_cast<NativeButton>(sibling);
+        if (button && button.get() != this && button->kind_ == ButtonKind::kRadio) {
+            button->setChecked(false);
+        }
+    }
+}
+
+}  // namespace zustd

@@ -1,0 +1,165 @@
+#include "ZuNativeComboBox.h"
+
+#include <algorithm>
+
+#include "ZuGraphicsService.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+const MessageKind NativeComboBox::kSelectionChanged(L"selectionChanged.NativeComboBox");
+const MessageKind NativeComboBox::kTextChanged(L"textChanged.NativeComboBox");
+
+namespace {
+
+// Arrow, frame and a little room, at a scaling factor of 1.
+constexpr Size kPadding{32, 8};
+constexpr std::int32_t kSmallestWidth = 100;
+
+}  // namespace
+
+NativeComboBox::NativeComboBox() { setFocusable(true); }
+
+NativeComboBox::~NativeComboBox() { releaseNative(); }
+
+TextDescriptor& NativeComboBox::caption() const {
+    ZU_ASSERT(caption_);
+    return *caption_;
+}
+
+bool NativeComboBox::setCaption(const std::shared_ptr<TextDescriptor>& caption) {
+    return changeDescriptor(caption_, caption);
+}
+
+bool NativeComboBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
+    return changeDescriptor(font_, font);
+}
+
+bool NativeComboBox::setEditable(bool editable) { return change(editable_, editable); }
+
+bool NativeComboBox::setText(const std::wstring& text) {
+    if (!change(text_, text)) {
+        return false;
+    }
+    notify(kTextChanged);
+    return true;
+}
+
+std::size_t NativeComboBox::addItem(const std::wstring& text) {
+    return implementation().addItem(text);
+}
+
+void NativeComboBox::removeItem(std::size_t index) { implementation().removeItem(index); }
+
+void NativeComboBox::clear() { implementation().clear(); }
+
+void NativeComboBox::selectItem(std::size_t index) { implementation().selectItem(index); }
+
+std::size_t NativeComboBox::getSelectedItem() const { return implementation().getSelectedItem(); }
+
+std::wstring NativeComboBox::getItemText(std::size_t index) const {
+    return implementation().getItemText(index);
+}
+
+std::size_t NativeComboBox::getItemCount() const { return implementation().getItemCount(); }
+
+std::size_t NativeComboBox::findItem(const std::wstring& text) const {
+    const auto found = std::find(items_.begin(), items_.end(), text);
+    return found == items_.end() ? kNullSize : static_cast<std::size_t>(found - items_.begin());
+}
+
+Size NativeComboBox::preferredSize() {
+    const std::shared_ptr<WindowService> window = windowService();
+    const std::shared_ptr<GraphicsService> graphics = graphicsService();
+    const auto font = window && graphics ? window->getFont(font_) : nullptr;
+    if (!font) {
+        return boundary().size();
+    }
+    std::int32_t widest = 0;
+    for (const std::wstring& item : items_) {
+        widest = std::max(widest, graphics->measureTextWidth(item, *font));
+    }
+    return {std::max(saturatedSum(widest, scale(kPadding.width)), scale(kSmallestWidth)),
+            saturatedSum(graphics->measureTextHeight(L"X", *font), scale(kPadding.height))};
+}
+
+void NativeComboBox::acceptSelection(std::size_t index) {
+    index = index < items_.size() ? index : kNullSize;
+    if (selected_ == index) {
+        return;
+    }
+    selected_ = index;
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    notify(kSelectionChanged, MessageWord(static_cast<std::intptr_t>(index)));
+    // A receiver may have changed the items.
+    if (selected_ < items_.size()) {
+        acceptText(items_[selected_]);
+    }
+}
+
+void NativeComboBox::acceptText(const std::wstring& text) {
+    if (text_ != text) {
+        text_ = text;
+        notify(kTextChanged);
+    }
+}
+
+// --- ComboBoxImplementation -----------------------------------------------------------------
+
+std::size_t ComboBoxImplementation::addItem(const std::wstring& text) {
+    NativeComboBox& box = getAbstraction();
+    box.items_.push_back(text);
+    const std::size_t index = box.items_.size() - 1;
+    if (hasNativeObject()) {
+        mirrorAdded(index);
+    }
+    return index;
+}
+
+void ComboBoxImplementation::removeItem(std::size_t index) {
+    NativeComboBox& box = getAbstraction();
+    if (index >= box.items_.size()) {
+        return;
+    }
+    box.items_.erase(box.items_.begin() + static_cast<std::ptrdiff_t>(index));
+    if (box.selected_ == index) {
+        box.selected_ = kNullSize;
+        box.text_.clear();
+    } else if (box.selected_ != kNullSize && box.selected_ > index) {
+        --box.selected_;
+    }
+    if (hasNativeObject()) {
+        mirrorRemoved(index);
+        mirrorSelection();
+    }
+}
+
+void ComboBoxImplementation::clear() {
+    NativeComboBox& box = getAbstraction();
+    box.items_.clear();
+    box.selected_ = kNullSize;
+    box.text_.clear();
+    if (hasNativeObject()) {
+        mirrorCleared();
+    }
+}
+
+void ComboBoxImplementation::selectItem(std::size_t index) {
+    NativeComboBox& box = getAbstraction();
+    box.selected_ = index < box.items_.size() ? index : kNullSize;
+    box.text_ = box.selected_ != kNullSize ? box.items_[index] : std::wstring();
+    if (hasNativeObject()) {
+        mirrorSelection();
+    }
+}
+
+std::size_t ComboBoxImplementation::getSelectedItem() const { return getAbstraction().selected_; }
+
+std::wstring ComboBoxImplementation::getItemText(std::size_t index) const {
+    const std::vector<std::wstring>& items = getAbstraction().items_;
+    return index < items.size() ? items[index] : std::wstring();
+}
+
+std::size_t ComboBoxImplementation::getItemCount() const { return getAbstraction().items_.size(); }
+
+}  // namespace zustd

@@ -1,0 +1,117 @@
+// A native drop-down list, with or without a field to type into.
+//
+// The items are owned here, in a form that a native object can be filled from
+// at any time. Every change goes through the backend's slot: a backend derives
+// from ComboBoxImplementation, which changes the items and then tells the
+// backend what to do to its native object.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+// What a backend does for a combo box. Slot order is fixed. An index past the
+// end names nothing: nothing is done, the empty text is returned.
+class INativeComboBoxImpl {
+public:
+    INativeComboBoxImpl() = default;
+    INativeComboBoxImpl(const INativeComboBoxImpl&) = delete;
+    INativeComboBoxImpl& operator=(const INativeComboBoxImpl&) = delete;
+    virtual ~INativeComboBoxImpl() = default;
+
+    // The new item's index.
+    virtual std::size_t addItem(const std::wstring& text) = 0;
+    virtual void removeItem(std::size_t index) = 0;
+    virtual void clear() = 0;
+    // kNullSize selects nothing.
+    virtual void selectItem(std::size_t index) = 0;
+    virtual std::size_t getSelectedItem() const = 0;
+    virtual std::wstring getItemText(std::size_t index) const = 0;
+    virtual std::size_t getItemCount() const = 0;
+};
+
+class NativeComboBox : public Abstraction<INativeComboBoxImpl>, public Control {
+public:
+    // First word: the combo box. The selection's second word: the index, or
+    // kNullSize.
+    static const MessageKind kSelectionChanged;
+    static const MessageKind kTextChanged;
+
+    NativeComboBox();
+    ~NativeComboBox() override;
+
+    // What stands in the field while nothing is selected or typed. Fails the
+    // assertion "caption_" when there is none.
+    TextDescriptor& caption() const;
+    bool hasCaption() const noexcept { return caption_ != nullptr; }
+    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
+    // May be null.
+    const std::shared_ptr<FontDescriptor>& font() const noexcept { return font_; }
+    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+    bool isEditable() const noexcept { return editable_; }
+    // A combo box that has a native object gets a new one.
+    bool setEditable(bool editable);
+    // What the field holds: the selected item's text or what was typed.
+    const std::wstring& text() const noexcept { return text_; }
+    bool setText(const std::wstring& text);
+
+    // The seven operations; each fails the assertion "impl_" without backend.
+    // A selection by the program sends no message.
+    std::size_t addItem(const std::wstring& text);
+    void removeItem(std::size_t index);
+    void clear();
+    void selectItem(std::size_t index);
+    std::size_t getSelectedItem() const;
+    std::wstring getItemText(std::size_t index) const;
+    std::size_t getItemCount() const;
+    // The first item with exactly this text, or kNullSize.
+    std::size_t findItem(const std::wstring& text) const;
+
+    Size preferredSize() override;
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+
+    // For the backend: all items; what the user did. The messages are sent
+    // without synchronising.
+    const std::vector<std::wstring>& items() const noexcept { return items_; }
+    void acceptSelection(std::size_t index);
+    void acceptText(const std::wstring& text);
+
+private:
+    friend class ComboBoxImplementation;
+
+    std::shared_ptr<TextDescriptor> caption_;
+    std::shared_ptr<FontDescriptor> font_;
+    std::vector<std::wstring> items_;
+    std::wstring text_;
+    std::size_t selected_ = kNullSize;
+    bool editable_ = false;
+};
+
+// The portable part of every backend: keeps the items and calls a mirror
+// operation after each change, when there is a native object. Mirror
+// operations let no failure out.
+class ComboBoxImplementation : public Implementation<NativeComboBox, INativeComboBoxImpl> {
+public:
+    std::size_t addItem(const std::wstring& text) override;
+    void removeItem(std::size_t index) override;
+    void clear() override;
+    void selectItem(std::size_t index) override;
+    std::size_t getSelectedItem() const override;
+    std::wstring getItemText(std::size_t index) const override;
+    std::size_t getItemCount() const override;
+
+protected:
+    virtual void mirrorAdded(std::size_t index) = 0;
+    virtual void mirrorRemoved(std::size_t index) = 0;
+    virtual void mirrorCleared() = 0;
+    // Selection and text of the field.
+    virtual void mirrorSelection() = 0;
+};
+
+}  // namespace zustd

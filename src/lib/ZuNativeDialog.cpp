@@ -1,0 +1,74 @@
+#include "ZuNativeDialog.h"
+
+#include "ZuNativeButton.h"
+
+namespace zustd {
+
+NativeDialog::NativeDialog(std::uint32_t style) : router_(*this), style_(style) {}
+
+NativeDialog::~NativeDialog() { releaseNative(); }
+
+TextDescriptor& NativeDialog::caption() const {
+    ZU_ASSERT(caption_);
+    return *caption_;
+}
+
+bool NativeDialog::setCaption(const std::shared_ptr<TextDescriptor>& caption) {
+    return changeDescriptor(caption_, caption);
+}
+
+bool NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button) {
+    if (defaultButton_.lock() == button) {
+        return false;
+    }
+    defaultButton_ = button;
+    stateChanged();
+    return true;
+}
+
+int NativeDialog::show(bool modal) { return implementation().show(modal); }
+
+void NativeDialog::hide(int result) { implementation().hide(result); }
+
+bool NativeDialog::onKey(const KeyEvent& event) {
+    if (event.key == kKeyEscape) {
+        acceptClose();
+        return true;
+    }
+    if (event.key == kKeyEnter) {
+        if (const std::shared_ptr<NativeButton> button = defaultButton()) {
+            button->click();
+            return true;
+        }
+    }
+    return false;
+}
+
+void NativeDialog::acceptSize(Size size) {
+    Rect resized = boundary();
+    resized.setSize(size);
+    if (place(resized)) {
+        showChildren();
+    }
+}
+
+void NativeDialog::acceptOpen() {
+    open_ = true;
+    result_ = kAnswerNone;
+}
+
+void NativeDialog::acceptClosed(int result) {
+    open_ = false;
+    result_ = result;
+}
+
+bool NativeDialog::acceptClose() {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    if (!requestClose()) {
+        return false;
+    }
+    hide(kAnswerCancel);
+    return true;
+}
+
+}  // namespace zustd

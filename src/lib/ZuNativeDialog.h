@@ -1,0 +1,85 @@
+// A dialog: a surface in a window of its own that answers a question.
+//
+// show(true) blocks until the dialog is closed, with its owner disabled, and
+// returns the result; show(false) returns at once. Enter presses the default
+// button, Escape closes with kAnswerCancel. A dialog may be shown again.
+//
+// The boundary's size is that of the client area. Its place is on the screen
+// for popups; other dialogs appear in the middle of their owner.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ZuControl.h"
+#include "ZuMessageBox.h"
+
+namespace zustd {
+
+class NativeButton;
+
+// What a backend does for a dialog. Slot order is fixed.
+class INativeDialogImpl {
+public:
+    INativeDialogImpl() = default;
+    INativeDialogImpl(const INativeDialogImpl&) = delete;
+    INativeDialogImpl& operator=(const INativeDialogImpl&) = delete;
+    virtual ~INativeDialogImpl() = default;
+
+    // The dialog's result, or kAnswerNone for one that does not block or that
+    // could not be shown.
+    virtual int show(bool modal) = 0;
+    // Ends the dialog with a result; does nothing when it is not shown.
+    virtual void hide(int result) = 0;
+};
+
+class NativeDialog : public Abstraction<INativeDialogImpl>, public Control {
+public:
+    // Styles, chosen when the dialog is made.
+    static constexpr std::uint32_t kStyleResizable = 0x01;
+    // No caption and no frame, never active, in front: for tooltips.
+    static constexpr std::uint32_t kStylePopup = 0x02;
+    // Without the close button.
+    static constexpr std::uint32_t kStyleNotClosable = 0x04;
+
+    explicit NativeDialog(std::uint32_t style = 0);
+    ~NativeDialog() override;
+
+    std::uint32_t style() const noexcept { return style_; }
+    // Fails the assertion "caption_" when there is none.
+    TextDescriptor& caption() const;
+    bool hasCaption() const noexcept { return caption_ != nullptr; }
+    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
+    // Pressed by Enter where the focused widget does not use it; may be null.
+    // Held weakly.
+    std::shared_ptr<NativeButton> defaultButton() const { return defaultButton_.lock(); }
+    bool setDefaultButton(const std::shared_ptr<NativeButton>& button);
+
+    // Fails the assertion "impl_" when there is no backend.
+    int show(bool modal);
+    void hide(int result);
+    bool isOpen() const noexcept { return open_; }
+    int result() const noexcept { return result_; }
+
+    InputRouter* inputRouter() noexcept override { return &router_; }
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    bool onKey(const KeyEvent& event) override;
+
+    // For the backend.
+    void acceptSize(Size size);
+    void acceptOpen();
+    void acceptClosed(int result);
+    // The user wants to close the dialog; false when a receiver of kClose
+    // keeps it open.
+    bool acceptClose();
+
+private:
+    std::shared_ptr<TextDescriptor> caption_;
+    std::weak_ptr<NativeButton> defaultButton_;
+    InputRouter router_;
+    std::uint32_t style_;
+    int result_ = kAnswerNone;
+    bool open_ = false;
+};
+
+}  // namespace zustd

@@ -1,0 +1,208 @@
+// A native list of rows with columns, images, check boxes and a selection.
+//
+// The rows are owned here, in a GridModel that a native object can be filled
+// from, or read from on demand, at any time. Every operation on rows goes
+// through the backend's slot: a backend derives from GridViewImplementation,
+// which changes the model and then tells the backend what to do to its native
+// object. What the user does comes back through the accept operations.
+//
+// Within a ControlUpdate only the model changes; at its end the native object
+// is brought up to date at once. Put one around changes of many rows.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ZuControl.h"
+#include "ZuGridModel.h"
+
+namespace zustd {
+
+// What a backend does for a grid. Slot order is fixed. Rows exist; the portable
+// half has checked them.
+class INativeGridViewImpl {
+public:
+    INativeGridViewImpl() = default;
+    INativeGridViewImpl(const INativeGridViewImpl&) = delete;
+    INativeGridViewImpl& operator=(const INativeGridViewImpl&) = delete;
+    virtual ~INativeGridViewImpl() = default;
+
+    virtual std::size_t addRow(const std::wstring& key) = 0;
+    virtual void removeRow(std::size_t row) = 0;
+    virtual void clear() = 0;
+    virtual std::size_t getRowCount() const = 0;
+    virtual std::wstring getRowKey(std::size_t row) const = 0;
+    virtual std::size_t findRow(const std::wstring& key) const = 0;
+    virtual std::wstring getCell(std::size_t row, std::size_t column) const = 0;
+    virtual void setCell(std::size_t row, std::size_t column, const std::wstring& text) = 0;
+    virtual std::int32_t getRowBitmap(std::size_t row) const = 0;
+    virtual void setRowBitmap(std::size_t row, std::int32_t bitmap) = 0;
+    virtual bool getRowChecked(std::size_t row) const = 0;
+    virtual void setRowChecked(std::size_t row, bool checked) = 0;
+    virtual void selectRow(std::size_t row) = 0;
+    virtual void deselectRow(std::size_t row) = 0;
+    virtual void selectAllRows() = 0;
+    virtual void deselectAllRows() = 0;
+    virtual std::vector<std::size_t> getSelectedRows() const = 0;
+    // Gives the columns the widths of the abstraction; a column without one
+    // gets what its content needs.
+    virtual void resizeColumns() = 0;
+    // Loads the images of the abstraction's bitmap list anew.
+    virtual void synchronizeBitmaps() = 0;
+};
+
+struct GridColumn {
+    std::wstring caption;
+    // In pixels at a scaling factor of 1; 0 for what the content needs.
+    std::int32_t width = 0;
+    Alignment alignment = Alignment::kStart;
+
+    friend bool operator==(const GridColumn&, const GridColumn&) = default;
+};
+
+class NativeGridView : public Abstraction<INativeGridViewImpl>, public Control {
+public:
+    // First word: the grid. Second word: the row, or kNullSize where none is
+    // meant.
+    static const MessageKind kBeforeDisplayRowTooltip;
+    static const MessageKind kCheckStateChanged;
+    static const MessageKind kLeftClicked;
+    static const MessageKind kRightClicked;
+    // Once for a change of any number of rows.
+    static const MessageKind kSelectionChanged;
+
+    NativeGridView();
+    ~NativeGridView() override;
+
+    // Fail the assertions "font_" and "bitmaps_" when there is none.
+    FontDescriptor& font() const;
+    BitmapListDescriptor& bitmaps() const;
+    bool hasFont() const noexcept { return font_ != nullptr; }
+    bool hasBitmaps() const noexcept { return bitmaps_ != nullptr; }
+    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+    bool setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps);
+
+    const std::vector<GridColumn>& columns() const noexcept { return columns_; }
+    bool setColumns(const std::vector<GridColumn>& columns);
+    bool hasHeader() const noexcept { return header_; }
+    bool setHeader(bool header);
+    bool hasCheckBoxes() const noexcept { return checkBoxes_; }
+    bool setCheckBoxes(bool checkBoxes);
+    bool isMultiSelect() const noexcept { return multiSelect_; }
+    // A grid that has a native object gets a new one.
+    bool setMultiSelect(bool multiSelect);
+    // What the tooltip of the row under the pointer says; asked for by the
+    // backend after kBeforeDisplayRowTooltip was sent.
+    const std::wstring& rowTooltip() const noexcept { return rowTooltip_; }
+    void setRowTooltip(const std::wstring& text) { rowTooltip_ = text; }
+
+    // The nineteen operations. Each fails the assertion "impl_" without
+    // backend, and "row != NullSize && row < getRowCount()" for a row that
+    // there is not. Keys are unique and not empty (see GridModel). Changes by
+    // the program send no message. Without multiple selection selecting a row
+    // deselects the others, and selectAllRows does nothing.
+    std::size_t addRow(const std::wstring& key);
+    void removeRow(std::size_t row);
+    void clear();
+    std::size_t getRowCount() const;
+    std::wstring getRowKey(std::size_t row) const;
+    // kNullSize when no row has the key.
+    std::size_t findRow(const std::wstring& key) const;
+    std::wstring getCell(std::size_t row, std::size_t column) const;
+    void setCell(std::size_t row, std::size_t column, const std::wstring& text);
+    std::int32_t getRowBitmap(std::size_t row) const;
+    // An index into the bitmap list, or GridModel::kNoBitmap.
+    void setRowBitmap(std::size_t row, std::int32_t bitmap);
+    bool getRowChecked(std::size_t row) const;
+    void setRowChecked(std::size_t row, bool checked);
+    void selectRow(std::size_t row);
+    void deselectRow(std::size_t row);
+    void selectAllRows();
+    void deselectAllRows();
+    std::vector<std::size_t> getSelectedRows() const;
+    void resizeColumns();
+    void synchronizeBitmaps();
+
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+
+    // For the backend: the rows; what the user did. The messages are sent
+    // without synchronising.
+    GridModel& model() noexcept { return model_; }
+    const GridModel& model() const noexcept { return model_; }
+    void acceptChecked(std::size_t row, bool checked);
+    // The state of the rows from first to last, inclusive.
+    void acceptSelected(std::size_t first, std::size_t last, bool selected);
+    // The end of one user action that changed the selection.
+    void acceptSelectionDone();
+    void acceptLeftClick(std::size_t row);
+    void acceptRightClick(std::size_t row);
+    // The text for a row's tooltip.
+    std::wstring acceptTooltipRequest(std::size_t row);
+    void acceptColumnWidth(std::size_t column, std::int32_t width);
+
+private:
+    void checkRow(std::size_t row) const;
+    void noteChange();
+
+    std::shared_ptr<FontDescriptor> font_;
+    std::shared_ptr<BitmapListDescriptor> bitmaps_;
+    std::vector<GridColumn> columns_;
+    GridModel model_;
+    std::wstring rowTooltip_;
+    bool header_ = true;
+    bool checkBoxes_ = false;
+    bool multiSelect_ = true;
+    bool selectionChanged_ = false;
+};
+
+// The portable part of every backend: keeps the rows, and after each change
+// calls a mirror operation when there is a native object and no update is
+// running. Mirror operations let no failure out.
+class GridViewImplementation : public Implementation<NativeGridView, INativeGridViewImpl> {
+public:
+    std::size_t addRow(const std::wstring& key) override;
+    void removeRow(std::size_t row) override;
+    void clear() override;
+    std::size_t getRowCount() const override;
+    std::wstring getRowKey(std::size_t row) const override;
+    std::size_t findRow(const std::wstring& key) const override;
+    std::wstring getCell(std::size_t row, std::size_t column) const override;
+    void setCell(std::size_t row, std::size_t column, const std::wstring& text) override;
+    std::int32_t getRowBitmap(std::size_t row) const override;
+    void setRowBitmap(std::size_t row, std::int32_t bitmap) override;
+    bool getRowChecked(std::size_t row) const override;
+    void setRowChecked(std::size_t row, bool checked) override;
+    void selectRow(std::size_t row) override;
+    void deselectRow(std::size_t row) override;
+    void selectAllRows() override;
+    void deselectAllRows() override;
+    std::vector<std::size_t> getSelectedRows() const override;
+
+    // Whether the native object may differ from the model because of changes
+    // that were not mirrored; the next synchronisation brings all of it.
+    bool isStale() const noexcept { return stale_; }
+
+protected:
+    virtual void mirrorAdded(std::size_t row) = 0;
+    virtual void mirrorRemoved(std::size_t row) = 0;
+    virtual void mirrorCleared() = 0;
+    // Cells, image or check of a row.
+    virtual void mirrorRow(std::size_t row) = 0;
+    virtual void mirrorSelected(std::size_t row, bool selected) = 0;
+    virtual void mirrorAllSelected(bool selected) = 0;
+
+    // Called by the backend when its native object shows the whole model.
+    void markFresh() noexcept { stale_ = false; }
+
+private:
+    // Whether to mirror now; otherwise the change is noted for later.
+    bool mirrors();
+
+    bool stale_ = true;
+};
+
+}  // namespace zustd

@@ -1,0 +1,53 @@
+#include "ZuNativePopupMenu.h"
+
+namespace zustd {
+
+namespace {
+
+PopupMenuItem* findIn(std::vector<PopupMenuItem>& items, std::uint32_t identifier) noexcept {
+    for (PopupMenuItem& item : items) {
+        if (item.identifier == identifier && identifier != 0) {
+            return &item;
+        }
+        if (PopupMenuItem* found = findIn(item.items, identifier)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+NativePopupMenu::~NativePopupMenu() { releaseNative(); }
+
+void NativePopupMenu::setItems(std::vector<PopupMenuItem> items) {
+    items_ = std::move(items);
+    stateChanged();
+}
+
+void NativePopupMenu::addItem(std::uint32_t identifier, std::wstring caption) {
+    PopupMenuItem item;
+    item.identifier = identifier;
+    item.caption = std::move(caption);
+    items_.push_back(std::move(item));
+    stateChanged();
+}
+
+void NativePopupMenu::addSeparator() {
+    items_.emplace_back();
+    stateChanged();
+}
+
+PopupMenuItem* NativePopupMenu::findItem(std::uint32_t identifier) noexcept {
+    return findIn(items_, identifier);
+}
+
+std::uint32_t NativePopupMenu::show(Point placeOnScreen) {
+    const std::uint32_t chosen = implementation().show(placeOnScreen);
+    if (chosen != 0) {
+        notify(kSelected, MessageWord(std::intptr_t{chosen}));
+    }
+    return chosen;
+}
+
+}  // namespace zustd

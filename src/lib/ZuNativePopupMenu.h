@@ -1,0 +1,65 @@
+// A menu that pops up at a point and returns what was chosen.
+//
+// The menu is not part of a control tree when it is shown; its items are plain
+// data, filled in before. show() blocks until the menu is gone.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+struct PopupMenuItem {
+    // What show() returns; 1 or more. 0 stands for a separator.
+    std::uint32_t identifier = 0;
+    // "&" marks the access key; what follows a tab stands at the right.
+    std::wstring caption;
+    // Of an image, or 0.
+    std::uint64_t bitmap = 0;
+    bool enabled = true;
+    bool checked = false;
+    // An item that has some opens a menu of its own.
+    std::vector<PopupMenuItem> items;
+};
+
+// What a backend does for a popup menu.
+class INativePopupMenuImpl {
+public:
+    INativePopupMenuImpl() = default;
+    INativePopupMenuImpl(const INativePopupMenuImpl&) = delete;
+    INativePopupMenuImpl& operator=(const INativePopupMenuImpl&) = delete;
+    virtual ~INativePopupMenuImpl() = default;
+
+    // Shows the menu of the abstraction's items with its corner at a point of
+    // the screen; the chosen identifier, 0 when none was.
+    virtual std::uint32_t show(Point place) = 0;
+};
+
+class NativePopupMenu : public Abstraction<INativePopupMenuImpl>, public Control {
+public:
+    NativePopupMenu() = default;
+    ~NativePopupMenu() override;
+
+    const std::vector<PopupMenuItem>& items() const noexcept { return items_; }
+    void setItems(std::vector<PopupMenuItem> items);
+    void addItem(std::uint32_t identifier, std::wstring caption);
+    void addSeparator();
+    // The item with this identifier at any depth, or null. Valid until items
+    // are added.
+    PopupMenuItem* findItem(std::uint32_t identifier) noexcept;
+
+    // Shows the menu and sends kSelected with the chosen identifier as second
+    // word, unless it is 0. Fails the assertion "impl_" without a backend.
+    std::uint32_t show(Point placeOnScreen);
+
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+
+private:
+    std::vector<PopupMenuItem> items_;
+};
+
+}  // namespace zustd

@@ -1,0 +1,65 @@
+// A native progress bar, for work whose end is known or not.
+#pragma once
+
+#include <cstdint>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+enum class ProgressState : std::uint32_t { kNormal, kError, kPaused };
+
+// What a backend does for a progress bar. Slot order is fixed. Setters do
+// nothing without a native object; synchronisation brings the state then.
+class INativeProgressBarImpl {
+public:
+    INativeProgressBarImpl() = default;
+    INativeProgressBarImpl(const INativeProgressBarImpl&) = delete;
+    INativeProgressBarImpl& operator=(const INativeProgressBarImpl&) = delete;
+    virtual ~INativeProgressBarImpl() = default;
+
+    virtual void setRange(std::int32_t minimum, std::int32_t maximum) = 0;
+    virtual void setPosition(std::int32_t position) = 0;
+    // As the native object has it; the minimum without one.
+    virtual std::int32_t getPosition() const = 0;
+    // An animation without a position, for work of unknown length.
+    virtual void setEnableMarqueeAnimation(bool enable) = 0;
+    virtual void setMarqueeInterval(std::uint32_t milliseconds) = 0;
+    virtual void setState(ProgressState state) = 0;
+    // How high the system's progress bars are, in pixels.
+    virtual std::int32_t getThickness() const = 0;
+};
+
+class NativeProgressBar : public Abstraction<INativeProgressBarImpl>, public Control {
+public:
+    NativeProgressBar() = default;
+    ~NativeProgressBar() override;
+
+    std::int32_t minimum() const noexcept { return minimum_; }
+    // Never below the minimum.
+    std::int32_t maximum() const noexcept { return maximum_; }
+    bool setRange(std::int32_t minimum, std::int32_t maximum);
+    std::int32_t position() const noexcept { return position_; }
+    // Taken into the range.
+    bool setPosition(std::int32_t position);
+    bool isMarquee() const noexcept { return marquee_; }
+    bool setEnableMarqueeAnimation(bool enable);
+    // Between two steps of the animation; 1 or more.
+    std::uint32_t marqueeInterval() const noexcept { return marqueeInterval_; }
+    bool setMarqueeInterval(std::uint32_t milliseconds);
+    ProgressState state() const noexcept { return state_; }
+    bool setState(ProgressState state);
+
+    Size preferredSize() override;
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+
+private:
+    std::int32_t minimum_ = 0;
+    std::int32_t maximum_ = 100;
+    std::int32_t position_ = 0;
+    std::uint32_t marqueeInterval_ = 30;
+    ProgressState state_ = ProgressState::kNormal;
+    bool marquee_ = false;
+};
+
+}  // namespace zustd

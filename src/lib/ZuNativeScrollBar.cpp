@@ -1,0 +1,136 @@
+#include "ZuNativeScrollBar.h"
+
+#include <algorithm>
+
+namespace zustd {
+
+namespace {
+
+// Lines that one notch of the wheel moves by.
+constexpr std::int32_t kLinesPerNotch = 3;
+
+// Where there is no backend to ask.
+constexpr std::int32_t kUsualThickness = 17;
+
+}  // namespace
+
+NativeScrollBar::NativeScrollBar(bool vertical) : vertical_(vertical) {}
+
+NativeScrollBar::~NativeScrollBar() { releaseNative(); }
+
+bool NativeScrollBar::setVertical(bool vertical) { return change(vertical_, vertical); }
+
+bool NativeScrollBar::setRange(std::int32_t minimum, std::int32_t maximum) {
+    maximum = std::max(minimum, maximum);
+    if (minimum_ == minimum && maximum_ == maximum) {
+        return false;
+    }
+    minimum_ = minimum;
+    maximum_ = maximum;
+    pushRange();
+    return true;
+}
+
+bool NativeScrollBar::setPageSize(std::int32_t size) {
+    size = std::max(size, 1);
+    if (pageSize_ == size) {
+        return false;
+    }
+    pageSize_ = size;
+    pushRange();
+    return true;
+}
+
+bool NativeScrollBar::setLineSize(std::int32_t size) {
+    size = std::max(size, 1);
+    const bool changed = lineSize_ != size;
+    lineSize_ = size;
+    return changed;
+}
+
+bool NativeScrollBar::setPosition(std::int32_t position) {
+    if (!move(position)) {
+        return false;
+    }
+    if (hasImplementation()) {
+        implementation().setPosition(position_);
+        implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
+    }
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    const MessageWord word{std::intptr_t{position_}};
+    notify(kScrolled, word);
+    notify(vertical_ ? kScrolledVertically : kScrolledHorizontally, word);
+    return true;
+}
+
+std::int32_t NativeScrollBar::highestPosition() const noexcept {
+    return saturate(std::max<std::int64_t>(std::int64_t{maximum_} - pageSize_ + 1, minimum_));
+}
+
+bool NativeScrollBar::isTracking() const {
+    return hasImplementation() && implementation().isTracking();
+}
+
+Size NativeScrollBar::preferredSize() {
+    const std::int32_t thickness =
+        hasImplementation() ? implementation().getThickness() : kUsualThickness;
+    return vertical_ ? Size{thickness, boundary().height()} : Size{boundary().width(), thickness};
+}
+
+bool NativeScrollBar::onMouse(const MouseEvent& event) {
+    const MouseAction wheel = vertical_ ? MouseAction::kWheel : MouseAction::kHorizontalWheel;
+    if (event.action != wheel) {
+        return false;
+    }
+    const std::int64_t distance =
+        std::int64_t{event.wheel} * kLinesPerNotch * lineSize_ / MouseEvent::kWheelStep;
+    // Away from the user is up, to the right is on.
+    return setPosition(saturate(vertical_ ? position_ - distance : position_ + distance));
+}
+
+bool NativeScrollBar::onKey(const KeyEvent& event) {
+    const auto step = [this](std::int64_t distance) {
+        return setPosition(saturate(position_ + distance));
+    };
+    switch (event.key) {
+        case kKeyUp:
+            return vertical_ && step(-std::int64_t{lineSize_});
+        case kKeyDown:
+            return vertical_ && step(lineSize_);
+        case kKeyLeft:
+            return !vertical_ && step(-std::int64_t{lineSize_});
+        case kKeyRight:
+            return !vertical_ && step(lineSize_);
+        case kKeyPageUp:
+            return step(-std::int64_t{pageSize_});
+        case kKeyPageDown:
+            return step(pageSize_);
+        case kKeyHome:
+            return setPosition(minimum_);
+        case kKeyEnd:
+            return setPosition(highestPosition());
+        default:
+            return false;
+    }
+}
+
+void NativeScrollBar::acceptPosition(std::int32_t position) { setPosition(position); }
+
+// Takes the position into the range; whether it is another one then.
+bool NativeScrollBar::move(std::int32_t position) {
+    const std::int32_t before = position_;
+    position_ = std::clamp(position, minimum_, highestPosition());
+    return position_ != before;
+}
+
+void NativeScrollBar::pushRange() {
+    if (hasImplementation()) {
+        implementation().setRange(minimum_, maximum_);
+        implementation().setPageSize(pageSize_);
+    }
+    if (!setPosition(position_) && hasImplementation()) {
+        implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
+    }
+}
+
+}  // namespace zustd

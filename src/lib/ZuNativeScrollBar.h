@@ -1,0 +1,81 @@
+// A native scroll bar.
+//
+// The position runs from the minimum to the maximum less the page: a page of
+// the content is always visible. Every change sends kScrolled and
+// kScrolledHorizontally or kScrolledVertically with the position.
+#pragma once
+
+#include <cstdint>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+// What a backend does for a scroll bar. Slot order is fixed. Setters do nothing
+// without a native object; synchronisation brings the state then.
+class INativeScrollBarImpl {
+public:
+    INativeScrollBarImpl() = default;
+    INativeScrollBarImpl(const INativeScrollBarImpl&) = delete;
+    INativeScrollBarImpl& operator=(const INativeScrollBarImpl&) = delete;
+    virtual ~INativeScrollBarImpl() = default;
+
+    virtual void setRange(std::int32_t minimum, std::int32_t maximum) = 0;
+    virtual void setPageSize(std::int32_t size) = 0;
+    virtual void setPosition(std::int32_t position) = 0;
+    // As the native object has it; the minimum without one.
+    virtual std::int32_t getPosition() const = 0;
+    // While the user drags the thumb.
+    virtual bool isTracking() const = 0;
+    // Whether the arrows towards the minimum and the maximum can be pressed.
+    virtual void setEnableArrows(bool towardsMinimum, bool towardsMaximum) = 0;
+    // How thick the system's scroll bars are, in pixels.
+    virtual std::int32_t getThickness() const = 0;
+};
+
+class NativeScrollBar : public Abstraction<INativeScrollBarImpl>, public Control {
+public:
+    explicit NativeScrollBar(bool vertical = true);
+    ~NativeScrollBar() override;
+
+    bool isVertical() const noexcept { return vertical_; }
+    // A scroll bar that has a native object gets a new one.
+    bool setVertical(bool vertical);
+    std::int32_t minimum() const noexcept { return minimum_; }
+    // Inclusive; never below the minimum.
+    std::int32_t maximum() const noexcept { return maximum_; }
+    bool setRange(std::int32_t minimum, std::int32_t maximum);
+    std::int32_t pageSize() const noexcept { return pageSize_; }
+    bool setPageSize(std::int32_t size);
+    // What an arrow moves by; 1 or more.
+    std::int32_t lineSize() const noexcept { return lineSize_; }
+    bool setLineSize(std::int32_t size);
+    std::int32_t position() const noexcept { return position_; }
+    // Taken to the nearest position that there is.
+    bool setPosition(std::int32_t position);
+    std::int32_t highestPosition() const noexcept;
+
+    bool isTracking() const;
+    Size preferredSize() override;
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    // The wheel and the arrow keys move the bar.
+    bool onMouse(const MouseEvent& event) override;
+    bool onKey(const KeyEvent& event) override;
+
+    // For the backend: the user has scrolled. Steps of lines and pages are
+    // passed as positions too.
+    void acceptPosition(std::int32_t position);
+
+private:
+    bool move(std::int32_t position);
+    void pushRange();
+
+    std::int32_t minimum_ = 0;
+    std::int32_t maximum_ = 100;
+    std::int32_t pageSize_ = 1;
+    std::int32_t lineSize_ = 1;
+    std::int32_t position_ = 0;
+    bool vertical_;
+};
+
+}  // namespace zustd

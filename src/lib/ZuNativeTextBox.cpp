@@ -1,0 +1,85 @@
+#include "ZuNativeTextBox.h"
+
+#include "ZuGraphicsService.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+const MessageKind NativeTextBox::kTextChanged(L"textChanged.NativeTextBox");
+
+namespace {
+
+// At a scaling factor of 1, frame included.
+constexpr std::int32_t kPadding = 8;
+constexpr std::int32_t kUsualWidth = 160;
+constexpr std::int32_t kUsualLines = 4;
+
+std::wstring cut(const std::wstring& text, std::size_t maximumLength) {
+    return maximumLength == 0 ? text : text.substr(0, maximumLength);
+}
+
+}  // namespace
+
+NativeTextBox::NativeTextBox() { setFocusable(true); }
+
+NativeTextBox::~NativeTextBox() { releaseNative(); }
+
+TextDescriptor& NativeTextBox::watermark() const {
+    ZU_ASSERT(watermark_);
+    return *watermark_;
+}
+
+bool NativeTextBox::setWatermark(const std::shared_ptr<TextDescriptor>& watermark) {
+    return changeDescriptor(watermark_, watermark);
+}
+
+FontDescriptor& NativeTextBox::font() const {
+    ZU_ASSERT(font_);
+    return *font_;
+}
+
+bool NativeTextBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
+    return changeDescriptor(font_, font);
+}
+
+bool NativeTextBox::setText(const std::wstring& text) {
+    if (!change(text_, cut(text, maximumLength_))) {
+        return false;
+    }
+    notify(kTextChanged);
+    return true;
+}
+
+bool NativeTextBox::setKind(TextBoxKind kind) { return change(kind_, kind); }
+
+bool NativeTextBox::setReadOnly(bool readOnly) { return change(readOnly_, readOnly); }
+
+bool NativeTextBox::setMaximumLength(std::size_t length) {
+    const ControlUpdate update(*this);
+    if (!change(maximumLength_, length)) {
+        return false;
+    }
+    setText(text_);
+    return true;
+}
+
+Size NativeTextBox::preferredSize() {
+    const std::shared_ptr<WindowService> window = windowService();
+    const std::shared_ptr<GraphicsService> graphics = graphicsService();
+    if (!window || !graphics) {
+        return boundary().size();
+    }
+    const auto font = window->getFont(font_);
+    const std::int32_t line = font ? graphics->measureTextHeight(L"X", *font) : 0;
+    const std::int32_t lines = kind_ == TextBoxKind::kMultiLine ? kUsualLines : 1;
+    return {scale(kUsualWidth), saturate(std::int64_t{line} * lines + scale(kPadding))};
+}
+
+void NativeTextBox::acceptText(const std::wstring& text) {
+    if (text_ != text) {
+        text_ = text;
+        notify(kTextChanged);
+    }
+}
+
+}  // namespace zustd

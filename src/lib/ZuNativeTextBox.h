@@ -1,0 +1,70 @@
+// A native field for text of one line or several.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+// Marker: a backend has no operations of its own.
+class INativeTextBoxImpl {
+public:
+    INativeTextBoxImpl() = default;
+    INativeTextBoxImpl(const INativeTextBoxImpl&) = delete;
+    INativeTextBoxImpl& operator=(const INativeTextBoxImpl&) = delete;
+    virtual ~INativeTextBoxImpl() = default;
+};
+
+enum class TextBoxKind : std::uint32_t { kSingleLine, kMultiLine, kPassword };
+
+class NativeTextBox : public Abstraction<INativeTextBoxImpl>, public Control {
+public:
+    // The user or the program has changed the text. First word: the text box.
+    static const MessageKind kTextChanged;
+
+    NativeTextBox();
+    ~NativeTextBox() override;
+
+    // The hint that an empty field shows. Fails the assertion "watermark_"
+    // when there is none.
+    TextDescriptor& watermark() const;
+    bool hasWatermark() const noexcept { return watermark_ != nullptr; }
+    bool setWatermark(const std::shared_ptr<TextDescriptor>& watermark);
+    // Fails the assertion "font_" when there is none; the font is that of a new
+    // descriptor then.
+    FontDescriptor& font() const;
+    bool hasFont() const noexcept { return font_ != nullptr; }
+    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+
+    // Lines end in a line feed alone. Cut to the maximum length.
+    const std::wstring& text() const noexcept { return text_; }
+    bool setText(const std::wstring& text);
+    TextBoxKind kind() const noexcept { return kind_; }
+    // A text box that has a native object gets a new one.
+    bool setKind(TextBoxKind kind);
+    bool isReadOnly() const noexcept { return readOnly_; }
+    bool setReadOnly(bool readOnly);
+    // In UTF-16 units; 0 means no limit.
+    std::size_t maximumLength() const noexcept { return maximumLength_; }
+    bool setMaximumLength(std::size_t length);
+
+    Size preferredSize() override;
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+
+    // For the backend: the user has changed the text. Sends the message
+    // without synchronising.
+    void acceptText(const std::wstring& text);
+
+private:
+    std::shared_ptr<TextDescriptor> watermark_;
+    std::shared_ptr<FontDescriptor> font_;
+    std::wstring text_;
+    TextBoxKind kind_ = TextBoxKind::kSingleLine;
+    std::size_t maximumLength_ = 0;
+    bool readOnly_ = false;
+};
+
+}  // namespace zustd

@@ -1,0 +1,51 @@
+// A native window that paints drawn controls and holds native widgets.
+//
+// A surface: the root of a control tree, with an input router and services of
+// its own. On another surface it is a child window in the place of its
+// boundary; made by a service without a window it is a window of its own on
+// the screen, with a caption, whose client area is the boundary's size.
+//
+// The surface paints its background and its drawn children in the colours of
+// its descriptor; without a background colour in that of the system's dialogs.
+#pragma once
+
+#include <memory>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+// Marker: a backend has no operations of its own.
+class INativeWindowImpl {
+public:
+    INativeWindowImpl() = default;
+    INativeWindowImpl(const INativeWindowImpl&) = delete;
+    INativeWindowImpl& operator=(const INativeWindowImpl&) = delete;
+    virtual ~INativeWindowImpl() = default;
+};
+
+class NativeWindow : public Abstraction<INativeWindowImpl>, public Control {
+public:
+    NativeWindow();
+    ~NativeWindow() override;
+
+    // Fails the assertion "caption_" when there is none.
+    TextDescriptor& caption() const;
+    bool hasCaption() const noexcept { return caption_ != nullptr; }
+    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
+
+    InputRouter* inputRouter() noexcept override { return &router_; }
+    IImplementation* backend() const noexcept override { return backendOf(*this); }
+
+    // For the backend: the user has resized the window's client area.
+    void acceptSize(Size size);
+    // The user wants to close the window; false when a receiver of kClose
+    // keeps it open.
+    bool acceptClose();
+
+private:
+    std::shared_ptr<TextDescriptor> caption_;
+    InputRouter router_;
+};
+
+}  // namespace zustd

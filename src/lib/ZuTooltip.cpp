@@ -1,0 +1,191 @@
+#include "ZuTooltip.h"
+
+#include <algorithm>
+
+#include "ZuApplicationService.h"
+#include "ZuGraphicsService.h"
+#include "ZuNativeDialog.h"
+#include "ZuTimer.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr wchar_t kTimerName[] = L"ttTimer";
+constexpr std::int32_t kHorizontalMargin = 6;
+constexpr std::int32_t kVerticalMargin = 3;
+constexpr Color kPaper = Color::rgb(0xFF, 0xFF, 0xE1);
+constexpr Color kInk = Color::rgb(0, 0, 0);
+constexpr Color kFrame = Color::rgb(0x76, 0x76, 0x76);
+
+TooltipOptions optionsOf(const Control& control) {
+    return control.tooltipOptions() ? *control.tooltipOptions() : TooltipOptions();
+}
+
+Color colorOr(Color color, Color otherwise) noexcept { return color.isSet ? color : otherwise; }
+
+bool areTooltipsWanted(const Control& control) {
+    const auto application = control.getService<ApplicationService>();
+    return !application || !application->hasImplementation() ||
+           application->getPreferences()->getBool(L"showTooltips", true);
+}
+
+// Asks to show the tooltip when the delay has passed. Held by the timer; holds
+// the control weakly.
+class TooltipDelay : public MessageSink {
+public:
+    TooltipDelay(const std::shared_ptr<Control>& control, Point place)
+        : control_(control), place_(place) {}
+
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+
+private:
+    std::weak_ptr<Control> control_;
+    Point place_;
+};
+
+std::shared_ptr<NativeDialog> dialogFor(const Control& control, WindowService& window) {
+    const std::wstring key = tooltipDialogKey(control);
+    auto dialog = std::dynamic_pointer_cast<NativeDialog>(window.getNamedObject(key));
+    if (!dialog) {
+        dialog = window.createNativeDialog(NativeDialog::kStylePopup);
+        if (dialog) {
+            dialog->addChild(makeControl<Tooltip>());
+            window.setNamedObject(key, dialog);
+        }
+    }
+    return dialog;
+}
+
+void fillDialog(NativeDialog& dialog, const Control& control, const TooltipOptions& options) {
+    Tooltip& content = static_cast<Tooltip&>(*dialog.children().front());
+    content.setText(control.tooltip().text(control));
+    content.setFont(options.font);
+    content.setColors(options.colors);
+    content.setMaximumSize(options.maximumSize);
+    const Size size = content.preferredSize();
+    content.setBoundary(Rect::at({0, 0}, size));
+    dialog.setSize(size);
+}
+
+void displayTooltip(Control& control, Point place) {
+    control.notify(Control::kBeforeDisplayTooltip);
+    const std::shared_ptr<WindowService> window = control.windowService();
+    if (!window || control.tooltip().isEmpty() || control.surface() == nullptr) {
+        return;
+    }
+    const std::shared_ptr<NativeDialog> dialog = dialogFor(control, *window);
+    if (!dialog) {
+        return;
+    }
+    const TooltipOptions options = optionsOf(control);
+    fillDialog(*dialog, control, options);
+    // Coordinates left of or above the main screen are taken for its edge.
+    dialog->moveTo(window->getClientPosition().movedBy(place).movedBy(options.offset));
+    dialog->show(false);
+}
+
+bool TooltipDelay::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) {
+    if (!(kind == Timer::kTimerTick)) {
+        return false;
+    }
+    if (const std::shared_ptr<Control> control = control_.lock()) {
+        displayTooltip(*control, place_);
+    }
+    return true;
+}
+
+}  // namespace
+
+std::wstring tooltipTimerKey(const Control& control) { return L"TTTIMER:" + control.idText(); }
+
+std::wstring tooltipDialogKey(const Control& control) { return L"TTDIALOG:" + control.idText(); }
+
+Tooltip::Tooltip() {
+    setTakesMouse(false);
+    setMargins(kHorizontalMargin, kVerticalMargin);
+}
+
+Size Tooltip::preferredSize() {
+    Size size{2 * horizontalMargin(), 2 * verticalMargin()};
+    const std::shared_ptr<WindowService> window = windowService();
+    const std::shared_ptr<GraphicsService> graphics = graphicsService();
+    if (!window || !graphics) {
+        return size;
+    }
+    const std::shared_ptr<Font> font = window->getFont(font_);
+    if (!font) {
+        return size;
+    }
+    const Size maximum = maximumSize();
+    const std::int32_t room =
+        maximum.isEmpty() ? 0 : std::max(saturate(std::int64_t{maximum.width} - size.width), 1);
+    Size text = graphics->measureTextSize(text_, *font);
+    if (room != 0 && text.width > room) {
+        text = graphics->measureTextSize(text_, *font, room);
+    }
+    size = {saturatedSum(size.width, text.width), saturatedSum(size.height, text.height)};
+    if (!maximum.isEmpty()) {
+        size = {std::min(size.width, maximum.width), std::min(size.height, maximum.height)};
+    }
+    return size;
+}
+
+void Tooltip::drawSelf(GraphicsService& graphics) {
+    graphics.drawRectangle(area(), colorOr(color(ColorRole::kBackground), kPaper));
+    graphics.setPen(colorOr(color(ColorRole::kBorder), kFrame), 1);
+    graphics.drawRectangle(area());
+    const std::shared_ptr<WindowService> window = windowService();
+    ZU_ASSERT_AS(window, L"ws", ZU_HERE);
+    if (const auto font = window->getFont(font_)) {
+        TextFormat format;
+        format.wordWrap = true;
+        graphics.drawText(text_, innerArea(), *font, colorOr(color(ColorRole::kText), kInk),
+                          format);
+    }
+}
+
+void startTooltip(Control& control, Point place) {
+    if (control.tooltip().isEmpty() || control.surface() == nullptr ||
+        !areTooltipsWanted(control)) {
+        return;
+    }
+    const std::shared_ptr<WindowService> window = control.windowService();
+    const std::shared_ptr<Control> held = sharedReference(&control);
+    if (!window || !held) {
+        return;
+    }
+    const std::wstring key = tooltipTimerKey(control);
+    auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(key));
+    if (!timer) {
+        timer = window->createTimer(kTimerName);
+        if (!timer) {
+            return;
+        }
+        window->setNamedObject(key, timer);
+    }
+    timer->disconnectAll();
+    timer->connect(std::make_shared<TooltipDelay>(held, place), false);
+    timer->start(optionsOf(control).delay, false);
+}
+
+void stopTooltip(Control& control) {
+    const std::shared_ptr<WindowService> window = control.windowService();
+    if (!window) {
+        return;
+    }
+    const std::wstring timerKey = tooltipTimerKey(control);
+    if (const auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(timerKey))) {
+        timer->stop();
+        window->removeNamedObject(timerKey);
+    }
+    const std::wstring dialogKey = tooltipDialogKey(control);
+    if (const auto dialog =
+            std::dynamic_pointer_cast<NativeDialog>(window->getNamedObject(dialogKey))) {
+        window->removeNamedObject(dialogKey);
+        dialog->hide(kAnswerNone);
+    }
+}
+
+}  // namespace zustd

@@ -1,0 +1,53 @@
+// The little window that explains a control when the pointer rests on it.
+//
+// While the pointer waits or the tooltip shows, its timer and its dialog are
+// kept as named objects of the window service of the control's surface, under
+// keys made of a prefix and the control's identity. Hiding the tooltip, or the
+// end of the surface, releases both.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+// The keys of a control's timer and dialog.
+std::wstring tooltipTimerKey(const Control& control);
+std::wstring tooltipDialogKey(const Control& control);
+
+// What the tooltip's dialog shows: a text in a frame.
+class Tooltip : public Control {
+public:
+    Tooltip();
+
+    const std::wstring& text() const noexcept { return text_; }
+    bool setText(const std::wstring& text) { return change(text_, text); }
+    bool setFont(const std::shared_ptr<FontDescriptor>& font) {
+        return changeDescriptor(font_, font);
+    }
+
+    // Of the text plus the margins, not larger than the maximum size; a text
+    // that is too wide is wrapped. A maximum without an area is no limit.
+    // Without services just the margins.
+    Size preferredSize() override;
+
+protected:
+    void drawSelf(GraphicsService& graphics) override;
+
+private:
+    std::shared_ptr<FontDescriptor> font_;
+    std::wstring text_;
+};
+
+// Starts the control's delay; the tooltip appears when it has passed, at a
+// point of the surface plus the tooltip's offset, and after
+// Control::kBeforeDisplayTooltip, which may still set the text. Does nothing
+// for a control without a tooltip text, outside of a surface, or when the
+// application's preference "showTooltips" is off.
+void startTooltip(Control& control, Point place);
+// Ends the delay or the tooltip. Does nothing when there is none.
+void stopTooltip(Control& control);
+
+}  // namespace zustd

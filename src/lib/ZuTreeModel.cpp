@@ -1,0 +1,269 @@
+#include "ZuTreeModel.h"
+
+namespace zustd {
+
+namespace {
+
+const std::wstring kNoKey;
+
+template <class T>
+bool assign(T& member, const T& value) {
+    if (member == value) {
+        return false;
+    }
+    member = value;
+    return true;
+}
+
+}  // namespace
+
+// A handle is the node's place with its generation above it. A generation is
+// odd while the place is taken, so that no handle is kNoNode.
+TreeNode TreeModel::handleOf(Index index) const noexcept {
+    return index == kNone
+               ? kNoNode
+               : static_cast<TreeNode>((std::uint64_t{nodes_[index].generation} << 32) | index);
+}
+
+bool TreeModel::contains(TreeNode node) const noexcept {
+    const auto bits = static_cast<std::uint64_t>(node);
+    const std::uint64_t index = bits & 0xFFFFFFFF;
+    const auto generation = static_cast<std::uint32_t>(bits >> 32);
+    return index < nodes_.size() && (generation & 1) != 0 && nodes_[index].generation == generation;
+}
+
+TreeModel::Index TreeModel::indexOf(TreeNode node) const {
+    ZU_ASSERT(contains(node));
+    return static_cast<Index>(static_cast<std::uint64_t>(node));
+}
+
+// --- Changes --------------------------------------------------------------------------------
+
+TreeNode TreeModel::addChild(TreeNode parent, std::wstring_view key, const std::wstring& caption) {
+    const Index above = parent == kNoNode ? kNone : indexOf(parent);
+    const Index index = take(key, caption);
+    link(index, above, above == kNone ? lastRoot_ : nodes_[above].lastChild);
+    return handleOf(index);
+}
+
+TreeNode TreeModel::addSibling(TreeNode sibling, std::wstring_view key,
+                               const std::wstring& caption) {
+    const Index before = indexOf(sibling);
+    const Index index = take(key, caption);
+    link(index, nodes_[before].parent, before);
+    return handleOf(index);
+}
+
+// A new node that is linked to nothing yet.
+TreeModel::Index TreeModel::take(std::wstring_view key, const std::wstring& caption) {
+    ZU_ASSERT(key.empty() || !nodesByKey_.contains(key));
+    std::wstring copy = caption;
+    if (free_.empty()) {
+        ZU_ASSERT(nodes_.size() < kNone);
+        // Room to give the place back, which must not fail.
+        free_.reserve(nodes_.size() + 1 > free_.capacity() ? nodes_.size() * 2 + 1 : 0);
+        nodes_.emplace_back();
+        free_.push_back(static_cast<Index>(nodes_.size() - 1));
+    }
+    const Index index = free_.back();
+    const std::wstring* storedKey = nullptr;
+    if (!key.empty()) {
+        storedKey = &nodesByKey_.findOrInsert(key, index).first.key;
+    }
+    free_.pop_back();
+    Node& node = nodes_[index];
+    const std::uint32_t generation = node.generation + 1;
+    node = Node();
+    node.generation = generation;
+    node.caption = std::move(copy);
+    node.key = storedKey;
+    ++nodeCount_;
+    return index;
+}
+
+// Behind previous, or in front of all siblings for kNone.
+void TreeModel::link(Index index, Index parent, Index previous) noexcept {
+    Index& first = parent == kNone ? firstRoot_ : nodes_[parent].firstChild;
+    Index& last = parent == kNone ? lastRoot_ : nodes_[parent].lastChild;
+    const Index next = previous == kNone ? first : nodes_[previous].next;
+    nodes_[index].parent = parent;
+    nodes_[index].previous = previous;
+    nodes_[index].next = next;
+    (previous == kNone ? first : nodes_[previous].next) = index;
+    (next == kNone ? last : nodes_[next].previous) = index;
+    if (parent != kNone) {
+        ++nodes_[parent].childCount;
+    }
+}
+
+void TreeModel::unlink(Index index) noexcept {
+    const Node& node = nodes_[index];
+    Index& first = node.parent == kNone ? firstRoot_ : nodes_[node.parent].firstChild;
+    Index& last = node.parent == kNone ? lastRoot_ : nodes_[node.parent].lastChild;
+    (node.previous == kNone ? first : nodes_[node.previous].next) = node.next;
+    (node.next == kNone ? last : nodes_[node.next].previous) = node.previous;
+    if (node.parent != kNone) {
+        --nodes_[node.parent].childCount;
+    }
+}
+
+void TreeModel::release(Index index) noexcept {
+    if (handleOf(index) == selected_) {
+        selected_ = kNoNode;
+    }
+    Node& node = nodes_[index];
+    if (node.key != nullptr) {
+        // The key is part of the entry that goes.
+        const std::wstring_view key = *node.key;
+        node.key = nullptr;
+        nodesByKey_.remove(key);
+    }
+    node.caption = std::wstring();
+    ++node.generation;
+    free_.push_back(index);
+    --nodeCount_;
+}
+
+// From the leaves upwards, without recursion: trees may be deep.
+void TreeModel::remove(TreeNode node) {
+    const Index top = indexOf(node);
+    unlink(top);
+    for (Index current = top;;) {
+        while (nodes_[current].firstChild != kNone) {
+            current = nodes_[current].firstChild;
+        }
+        if (current == top) {
+            release(top);
+            return;
+        }
+        const Index parent = nodes_[current].parent;
+        const Index next = nodes_[current].next;
+        nodes_[parent].firstChild = next;
+        release(current);
+        current = next != kNone ? next : parent;
+    }
+}
+
+void TreeModel::clear() noexcept {
+    // The generations stay, so that no old handle fits a new node.
+    while (firstRoot_ != kNone) {
+        remove(handleOf(firstRoot_));
+    }
+    nodesByKey_.clear();
+}
+
+// --- Steps ----------------------------------------------------------------------------------
+
+TreeNode TreeModel::firstChild(TreeNode node) const { return handleOf(at(node).firstChild); }
+
+TreeNode TreeModel::lastChild(TreeNode node) const { return handleOf(at(node).lastChild); }
+
+TreeNode TreeModel::parent(TreeNode node) const { return handleOf(at(node).parent); }
+
+TreeNode TreeModel::nextSibling(TreeNode node) const { return handleOf(at(node).next); }
+
+TreeNode TreeModel::previousSibling(TreeNode node) const { return handleOf(at(node).previous); }
+
+TreeNode TreeModel::lastSibling(TreeNode node) const {
+    const Index parent = at(node).parent;
+    return handleOf(parent == kNone ? lastRoot_ : nodes_[parent].lastChild);
+}
+
+TreeNode TreeModel::next(TreeNode node) const {
+    const Index index = indexOf(node);
+    const Index child = nodes_[index].firstChild;
+    return handleOf(child != kNone ? child : beyond(index));
+}
+
+TreeNode TreeModel::nextBeyond(TreeNode node) const { return handleOf(beyond(indexOf(node))); }
+
+TreeNode TreeModel::previous(TreeNode node) const {
+    const Node& here = at(node);
+    if (here.previous == kNone) {
+        return handleOf(here.parent);
+    }
+    Index index = here.previous;
+    while (nodes_[index].lastChild != kNone) {
+        index = nodes_[index].lastChild;
+    }
+    return handleOf(index);
+}
+
+TreeModel::Index TreeModel::beyond(Index index) const noexcept {
+    while (index != kNone && nodes_[index].next == kNone) {
+        index = nodes_[index].parent;
+    }
+    return index == kNone ? kNone : nodes_[index].next;
+}
+
+std::size_t TreeModel::childCount(TreeNode node) const { return at(node).childCount; }
+
+bool TreeModel::isAncestorOf(TreeNode ancestor, TreeNode node) const {
+    const Index wanted = indexOf(ancestor);
+    Index index = indexOf(node);
+    while (index != kNone && index != wanted) {
+        index = nodes_[index].parent;
+    }
+    return index != kNone;
+}
+
+// --- Properties -----------------------------------------------------------------------------
+
+TreeNode TreeModel::find(std::wstring_view key) const noexcept {
+    const Index* index = nodesByKey_.find(key);
+    return index != nullptr ? handleOf(*index) : kNoNode;
+}
+
+const std::wstring& TreeModel::key(TreeNode node) const {
+    const std::wstring* key = at(node).key;
+    return key != nullptr ? *key : kNoKey;
+}
+
+const std::wstring& TreeModel::caption(TreeNode node) const { return at(node).caption; }
+
+bool TreeModel::setCaption(TreeNode node, const std::wstring& caption) {
+    return assign(at(node).caption, caption);
+}
+
+std::int32_t TreeModel::bitmap(TreeNode node) const { return at(node).bitmap; }
+
+bool TreeModel::setBitmap(TreeNode node, std::int32_t bitmap) {
+    return assign(at(node).bitmap, bitmap);
+}
+
+bool TreeModel::isExpanded(TreeNode node) const { return at(node).expanded; }
+
+bool TreeModel::setExpanded(TreeNode node, bool expanded) {
+    return assign(at(node).expanded, expanded);
+}
+
+bool TreeModel::isChecked(TreeNode node) const { return at(node).checked; }
+
+bool TreeModel::setChecked(TreeNode node, bool checked) {
+    return assign(at(node).checked, checked);
+}
+
+bool TreeModel::isEmphasized(TreeNode node) const { return at(node).emphasized; }
+
+bool TreeModel::setEmphasized(TreeNode node, bool emphasized) {
+    return assign(at(node).emphasized, emphasized);
+}
+
+bool TreeModel::select(TreeNode node) {
+    if (node != kNoNode) {
+        indexOf(node);
+    }
+    return assign(selected_, node);
+}
+
+std::intptr_t TreeModel::nativeWord(TreeNode node) const { return at(node).nativeWord; }
+
+void TreeModel::setNativeWord(TreeNode node, std::intptr_t word) { at(node).nativeWord = word; }
+
+void TreeModel::clearNativeWords() noexcept {
+    for (Node& node : nodes_) {
+        node.nativeWord = 0;
+    }
+}
+
+}  // namespace zustd

@@ -1,0 +1,155 @@
+#include "UtilityTest.h"
+
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
+namespace zuplutil::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+Lines linesOf(const fs::path& file) {
+    Lines lines;
+    std::istringstream in(read(file));
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+}  // namespace
+
+std::string debugConfig(const std::string& enabled, const std::string& logFile,
+                        const std::string& level, const std::string& options) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n"
+           "<bag>\n<hmap>\n"
+           "<p><k>logEnabled</k><t>bool</t><v>" +
+           enabled +
+           "</v></p>\n"
+           "<p><k>logOptions</k><t>long</t><v>" +
+           options +
+           "</v></p>\n"
+           "<p><k>logFile</k><t>string</t><v>" +
+           logFile +
+           "</v></p>\n"
+           "<p><k>logLevel</k><t>long</t><v>" +
+           level +
+           "</v></p>\n"
+           "</hmap>\n</bag>\n";
+}
+
+fs::path builtProgram(const std::string& path) {
+    std::wstring own(MAX_PATH, L'\0');
+    own.resize(GetModuleFileNameW(nullptr, own.data(), MAX_PATH));
+    return fs::path(own).parent_path().parent_path() / fs::path(path).make_preferred();
+}
+
+bool hasForm(const std::string& text, const std::string& expression) {
+    return std::regex_match(text, std::regex(expression));
+}
+
+UtilityTest::UtilityTest(const std::wstring& name)
+    : folders_(name),
+      allowed_{"Desktop/PelloryDiagnostics/", "AppData/Roaming/Pellory For Outlook/"} {
+    // Wine starts the desktop's process with the first window; not as a child of
+    // a program under test.
+    GetDesktopWindow();
+    std::wstring path(32 * 1024, L'\0');
+    path.resize(GetEnvironmentVariableW(L"PATH", path.data(), static_cast<DWORD>(path.size())));
+    environment_ = {
+        {L"TESTROOT", folders_.root().wstring()},
+        {L"APPDATA", folders_.roaming().wstring()},
+        {L"COMSPEC", builtProgram("tests/support/command_recorder.exe").wstring()},
+        {L"PELLORY_RECORD", (folders_.bench() / "commands.txt").wstring()},
+        {L"PELLORY_EXPLORER", (folders_.bench() / "explored.txt").wstring()},
+        {L"PATH", builtProgram("standins").wstring() + L';' + path},
+    };
+}
+
+void UtilityTest::TearDown() {
+    for (const auto& process : processes_) {
+        EXPECT_FALSE(process->isRunning()) << "the program was left running";
+        EXPECT_EQ(process->processesAlive(), 0u) << "a child process was left";
+        process->kill();
+    }
+    for (const std::string& change : changes()) {
+        const std::string path = change.substr(change.find(' ') + 1);
+        EXPECT_TRUE(
+            path != "AppData/Roaming/Pellory For Outlook/training.dat" &&
+            std::any_of(allowed_.begin(), allowed_.end(),
+                        [&](const std::string& allowed) { return path.starts_with(allowed); }))
+            << "must not happen: " << change;
+    }
+}
+
+UtilityProcess& UtilityTest::start(const std::vector<std::wstring>& arguments,
+                                   const fs::path& program) {
+    if (!before_) {
+        before_.emplace(folders_.root());
+    }
+    processes_.push_back(
+        std::make_unique<UtilityProcess>(program, arguments, folders_.start(), environment_));
+    return *processes_.back();
+}
+
+std::string UtilityTest::run(const std::vector<std::wstring>& arguments, int exitCode) {
+    UtilityProcess& process = start(arguments);
+    process.closeInput();
+    EXPECT_EQ(process.exitCode(), exitCode);
+    return process.output();
+}
+
+std::string UtilityTest::runMenu(const std::vector<std::string>& choices) {
+    UtilityProcess& process = start();
+    for (const std::string& choice : choices) {
+        process.answer(kMenuPrompt, choice);
+    }
+    process.answer(kMenuPrompt, "0");
+    EXPECT_EQ(process.exitCode(), 0);
+    return process.output();
+}
+
+Lines UtilityTest::commands() const {
+    Lines result;
+    for (const std::string& line : commandLines()) {
+        const std::string prefix = "cmd /S /C \"";
+        EXPECT_TRUE(line.starts_with(prefix) && line.ends_with("\"")) << line;
+        result.push_back(line.substr(prefix.size(), line.size() - prefix.size() - 1));
+    }
+    return result;
+}
+
+Lines UtilityTest::commandLines() const { return linesOf(folders_.bench() / "commands.txt"); }
+
+Lines UtilityTest::explored() const { return linesOf(folders_.bench() / "explored.txt"); }
+
+Lines UtilityTest::changes() const {
+    return before_ ? FileSnapshot(folders_.root()).changesSince(*before_) : Lines();
+}
+
+void UtilityTest::forgetCommands() const { fs::remove(folders_.bench() / "commands.txt"); }
+
+LockedFile::LockedFile(const fs::path& file)
+    : handle_(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
+                          nullptr)) {
+    EXPECT_NE(handle_, INVALID_HANDLE_VALUE);
+}
+
+RunningProgram::RunningProgram(const TestFolders& folders, const std::wstring& name)
+    : lifeline_(folders.bench() / "lifeline") {
+    const fs::path program = folders.bench() / name;
+    fs::copy_file(builtProgram("tests/support/sleeper.exe"), program,
+                  fs::copy_options::overwrite_existing);
+    write(lifeline_, "");
+    process_ = std::make_unique<UtilityProcess>(program, std::vector{lifeline_.wstring()},
+                                                folders.bench(), Environment());
+}
+
+RunningProgram::~RunningProgram() {
+    fs::remove(lifeline_);
+    process_->exitCode();
+}
+
+}  // namespace zuplutil::test

@@ -1,0 +1,105 @@
+// An add-in for the tests: an in-process COM server that, asked to connect,
+// reads its debug.config as an add-in does and writes what it saw into the log
+// that the settings name. PELLORY_ADDIN_FAILS makes the connection fail.
+
+#include <oaidl.h>
+#include <objbase.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "StandIn.h"
+#include "ZuLoader.h"
+#include "ZuPropertyBag.h"
+
+namespace {
+
+// COM objects are released, never deleted.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+struct IDTExtensibility2 : IDispatch {
+    virtual HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode,
+                                                   IDispatch* instance, SAFEARRAY** custom) = 0;
+    virtual HRESULT STDMETHODCALLTYPE OnDisconnection(int mode, SAFEARRAY** custom) = 0;
+    virtual HRESULT STDMETHODCALLTYPE OnAddInsUpdate(SAFEARRAY** custom) = 0;
+    virtual HRESULT STDMETHODCALLTYPE OnStartupComplete(SAFEARRAY** custom) = 0;
+    virtual HRESULT STDMETHODCALLTYPE OnBeginShutdown(SAFEARRAY** custom) = 0;
+};
+
+constexpr IID kIidExtensibility2 = {
+    0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
+
+void report(int mode, bool nothingElseGiven) {
+    zustd::PropertyBag settings;
+    zustd::Loader::loadSerializedString(
+        standin::environmentVariable(L"APPDATA") + L"\\Pellory For Outlook\\debug.config",
+        settings);
+    std::wstring logFile;
+    settings.getString(L"logFile", logFile, L"");
+    std::ofstream log(std::filesystem::path(logFile), std::ios::app);
+    log << "add-in: logEnabled=" << settings.getBool(L"logEnabled", false)
+        << " logFile=" << standin::toUtf8(logFile)
+        << " logLevel=" << settings.getLong(L"logLevel", -1)
+        << " logOptions=" << settings.getLong(L"logOptions", -1) << " mode=" << mode
+        << (nothingElseGiven ? "" : " and more") << "\n";
+}
+
+// Add-in and class factory are static objects: their counts do not matter.
+class Addin final : public IDTExtensibility2 {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch) ||
+                           IsEqualIID(iid, kIidExtensibility2);
+        *object = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode, IDispatch* instance,
+                                           SAFEARRAY** custom) override {
+        report(mode, application == nullptr && instance == nullptr && custom == nullptr);
+        return standin::environmentVariable(L"PELLORY_ADDIN_FAILS").empty() ? S_OK : E_FAIL;
+    }
+    HRESULT STDMETHODCALLTYPE OnDisconnection(int, SAFEARRAY**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnAddInsUpdate(SAFEARRAY**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnStartupComplete(SAFEARRAY**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnBeginShutdown(SAFEARRAY**) override { return E_NOTIMPL; }
+};
+
+class Factory final : public IClassFactory {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory);
+        *object = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
+        static Addin addin;
+        return addin.QueryInterface(iid, object);
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+};
+
+#pragma GCC diagnostic pop
+
+}  // namespace
+
+extern "C" __declspec(dllexport) HRESULT STDMETHODCALLTYPE
+    DllGetClassObject(REFCLSID, REFIID iid, void** object) {
+    static Factory factory;
+    return factory.QueryInterface(iid, object);
+}
+
+extern "C" __declspec(dllexport) HRESULT STDMETHODCALLTYPE DllCanUnloadNow() { return S_FALSE; }

@@ -1,0 +1,105 @@
+// The collection's connection to the add-in, with a real COM server.
+
+#include "UtilityTest.h"
+
+namespace zuplutil::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Registered for as long as this object lives.
+class RegisteredAddin {
+public:
+    explicit RegisteredAddin(const fs::path& library) {
+        const std::wstring path = library.wstring();
+        set(L"PelloryForOutlook.Connect\\CLSID", nullptr, kClass);
+        set(std::wstring(L"CLSID\\") + kClass + L"\\InprocServer32", nullptr, path);
+        set(std::wstring(L"CLSID\\") + kClass + L"\\InprocServer32", L"ThreadingModel",
+            L"Apartment");
+    }
+    RegisteredAddin(const RegisteredAddin&) = delete;
+    RegisteredAddin& operator=(const RegisteredAddin&) = delete;
+    ~RegisteredAddin() {
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, L"PelloryForOutlook.Connect");
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, (std::wstring(L"CLSID\\") + kClass).c_str());
+    }
+
+private:
+    static constexpr const wchar_t* kClass = L"{5E0B2F6A-31C7-4E0B-9C55-6D5C6C1E7A10}";
+
+    static void set(const std::wstring& key, const wchar_t* name, const std::wstring& value) {
+        ASSERT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), name, REG_SZ, value.c_str(),
+                                  static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    }
+};
+
+class AddinProbeTest : public UtilityTest {
+protected:
+    // Runs no command; the log folder is kept then.
+    std::string probe() {
+        recordOnly();
+        output_ = run({L"-logdiagnostics", L"-light", L"-noocat"});
+        return read(folders_.logs() / "misc-pelloryconnect.log");
+    }
+    fs::path config() const { return folders_.addinData() / "debug.config"; }
+
+    std::string output_;
+};
+
+const fs::path kLibrary = builtProgram("tests/support/test_addin.dll");
+
+constexpr char kSeen[] =
+    "attempting to connect to Pellory add-in\r\n"
+    "created Pellory.Connect\r\n"
+    "add-in: logEnabled=1 logFile=misc-pelloryconnect.log logLevel=10 logOptions=1 mode=3\r\n"
+    "call to OnConnection method completed with hr=0\r\n";
+
+TEST_F(AddinProbeTest, TheAddinSeesTemporarySettingsAndTheUsersComeBack) {
+    const RegisteredAddin addin(kLibrary);
+    const std::string mine = debugConfig("y", "$(auto)", "7", "3");
+    write(config(), mine);
+    const std::string output = run({L"-logdiagnostics", L"-light", L"-noocat"});
+    EXPECT_EQ(readZip(folders_.zip())["misc-pelloryconnect.log"], kSeen);
+    EXPECT_EQ(readZip(folders_.zip())["debug.config"], mine);
+    EXPECT_EQ(read(config()), mine);
+    EXPECT_NE(output.find("Testing connection to Pellory add-in\n"
+                          "attempting to connect to Pellory add-in\n"
+                          "created Pellory.Connect\n"
+                          "call to OnConnection method completed with hr=0\n"
+                          "Logging outlook registry"),
+              std::string::npos)
+        << output;
+}
+
+TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwards) {
+    const RegisteredAddin addin(kLibrary);
+    EXPECT_EQ(probe(), kSeen);
+    EXPECT_FALSE(fs::exists(config()));
+}
+
+TEST_F(AddinProbeTest, AFailingConnectionIsLoggedAndTheUsersSettingsComeBack) {
+    const RegisteredAddin addin(kLibrary);
+    environment_[L"PELLORY_ADDIN_FAILS"] = L"1";
+    const std::string mine = debugConfig("n", "C:\\own.log", "1", "2");
+    write(config(), mine);
+    EXPECT_TRUE(probe().ends_with("call to OnConnection method completed with hr=80004005\r\n"));
+    EXPECT_EQ(read(config()), mine);
+}
+
+TEST_F(AddinProbeTest, AMissingLibraryEndsTheProbe) {
+    const RegisteredAddin addin(folders_.bench() / "missing.dll");
+    EXPECT_EQ(probe(),
+              "attempting to connect to Pellory add-in\r\n"
+              "could not instantiate Pellory.Connect\r\n");
+    EXPECT_FALSE(fs::exists(config()));
+}
+
+TEST_F(AddinProbeTest, TheUsersLogsAreMovedAsideOnlyWhenThereWereSettings) {
+    write(folders_.addinData() / "debug.log", "a line\r\n");
+    probe();
+    EXPECT_EQ(read(folders_.addinData() / "debug.log"), "a line\r\n");
+}
+
+}  // namespace
+}  // namespace zuplutil::test

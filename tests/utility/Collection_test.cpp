@@ -1,0 +1,217 @@
+// What a collection leaves behind: the archive, the README, and nothing else.
+
+#include "UtilityTest.h"
+
+namespace zuplutil::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::vector<std::wstring> kStandard = {L"-logdiagnostics", L"-light", L"-noocat"};
+
+// As the C runtime writes text.
+std::string withCarriageReturns(const std::string& text) {
+    std::string result;
+    for (const char character : text) {
+        result += character == '\n' ? "\r\n" : std::string(1, character);
+    }
+    return result;
+}
+
+std::string backslashed(fs::path path) { return utf8(path.make_preferred()); }
+
+// What is printed up to the archive, without what the console alone is told.
+std::string transcriptOf(const TestFolders& folders, const std::string& whatItFound) {
+    const std::string rule(98, '-');
+    return kBanner + ("\n\n" + rule) +
+           "\nStarting collection of diagnostics.\n\n"
+           "This can take a while. Please wait until the message \"Completed collection of "
+           "diagnostics\" appears.\n" +
+           rule +
+           "\n\n"
+           "Using standard logging level.\n"
+           "Running on 32-bit system\n"
+           "Current working dir is " +
+           backslashed(folders.start()) + "\n" + whatItFound +
+           "Switching to diagnostics logs directory " + backslashed(folders.logs()) +
+           "\n"
+           "Copying Pellory debug settings and log...\n"
+           "Testing connection to Pellory add-in\n"
+           "attempting to connect to Pellory add-in\n"
+           "could not get classid for Pellory.Connect\n"
+           "Logging outlook registry settings and classes...\n"
+           "Logging installed products...\n"
+           "Logging system information...\n"
+           "Logging environment variables...\n"
+           "Logging running processes...\n"
+           "Logging outlook application events...\n"
+           "Main collection phase complete.\n";
+}
+
+std::string readmeOf(const TestFolders& folders) {
+    return "Completed collection of diagnostics for Pellory support.\n\n"
+           "What to do next?\n"
+           "----------------\n"
+           "Please locate the file " +
+           backslashed(folders.zip()) +
+           "\n"
+           "and send it to support@pellory.example along with any support ticket number that you "
+           "may have received before.\n\n"
+           "(You can find this file in a folder named '" +
+           backslashed(folders.diagnostics()) +
+           "' that has been created on your PC.)\n\n"
+           "Please note:\n"
+           "------------\n"
+           "The log files contained within the zip file could contain potentially sensitive "
+           "information,\n"
+           "including, but not limited to your user name, your email addresses, your Outlook "
+           "folder "
+           "names,\n"
+           "installed product versions, installed Outlook add-in versions, and system event log "
+           "messages.\n"
+           "However, the log files should normally not contain any email content.\n\n"
+           "In case of doubt, feel free to edit out any sensitive material in the files first "
+           "before sending them to us.\n"
+           "(in that case, please replace any deleted sections with the text '**DELETED**')\n";
+}
+
+// In the user's part of the registry, for as long as it lives.
+class RegistryValue {
+public:
+    RegistryValue() {
+        RegSetKeyValueW(HKEY_CURRENT_USER, kKey, L"PelloryTest", REG_SZ, L"mark", 10);
+    }
+    RegistryValue(const RegistryValue&) = delete;
+    RegistryValue& operator=(const RegistryValue&) = delete;
+    ~RegistryValue() { RegDeleteTreeW(HKEY_CURRENT_USER, kKey); }
+
+private:
+    static constexpr const wchar_t* kKey = L"Software\\Microsoft\\Office\\Outlook";
+};
+
+class CollectionTest : public UtilityTest, public ::testing::WithParamInterface<const wchar_t*> {
+protected:
+    CollectionTest() : UtilityTest(GetParam()) {}
+};
+
+TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
+    const RegistryValue value;
+    const std::string config = debugConfig("n", "$(auto)", "3", "5");
+    const std::map<std::string, std::string> logs = {
+        {"debug.config", config},
+        {"debug.log", "a line\r\n"},
+        {"dump.log", std::string("\0\1\2", 3)},
+        {"debug.log-2016-11-14-16;39;59;123.bak", "older"},
+        {"dump.log-2016-11-14-16;39;59;123.bak", "older dump"}};
+    for (const auto& [name, content] : logs) {
+        write(folders_.addinData() / name, content);
+    }
+    const std::string output = run(kStandard);
+
+    SCOPED_TRACE(output);
+    ASSERT_TRUE(fs::exists(folders_.zip()));
+    auto zip = readZip(folders_.zip());
+    for (const auto& [name, content] : logs) {
+        EXPECT_EQ(zip.count(name), 1u) << name;
+        EXPECT_EQ(zip[name], content) << name;
+    }
+    EXPECT_EQ(zip["plutil.log"], withCarriageReturns(transcriptOf(folders_, "") + "\n"));
+    EXPECT_EQ(zip["misc-pelloryconnect.log"],
+              "attempting to connect to Pellory add-in\r\n"
+              "could not get classid for Pellory.Connect\r\n");
+    EXPECT_NE(zip["reg-32-hkcu-outlook.log"].find(std::string("P\0e\0l\0l\0o\0r\0y\0T", 15)),
+              std::string::npos);
+    EXPECT_NE(zip["misc-envvars.log"].find("TESTROOT="), std::string::npos);
+    EXPECT_NE(zip["dir-plappdata.log"].find("Pellory data dir = "), std::string::npos);
+    EXPECT_NE(zip["dir-plappdata.log"].find("training.dat"), std::string::npos);
+    EXPECT_EQ(zip.count("training.dat"), 0u);
+
+    EXPECT_EQ(read(folders_.diagnostics() / "README.txt"),
+              withCarriageReturns(readmeOf(folders_) + "\n"));
+    EXPECT_EQ(explored(), Lines{backslashed(folders_.diagnostics())});
+    EXPECT_TRUE(output.ends_with("\nLog files zipped.\nRemoving temp log directory " +
+                                 backslashed(folders_.logs()) + "...\n\n\n" +
+                                 std::string(106, '-') + "\n" + readmeOf(folders_) +
+                                 std::string(106, '-') + "\n"));
+    EXPECT_NE(output.find("\nLogging directories...\n"), std::string::npos);
+
+    // The logs that the probe found have become backups.
+    const std::string stamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
+    const std::string data = "AppData/Roaming/Pellory For Outlook/";
+    EXPECT_PRED2(hasForm, joined(changes()),
+                 "gone " + data + "debug.log\nnew " + data + "debug.log" + stamp + "gone " + data +
+                     "dump.log\nnew " + data + "dump.log" + stamp +
+                     "new Desktop/PelloryDiagnostics/\n"
+                     "new Desktop/PelloryDiagnostics/PelloryDiagnosticsLogs.zip\n"
+                     "new Desktop/PelloryDiagnostics/README.txt\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, CollectionTest,
+                         ::testing::Values(L"plain", L"it's (2) o'clock",
+                                           L"B\u00fcro \u00c4\u00d6\u00df",
+                                           L"\u0420\u0430\u0431\u043e\u0447\u0438\u0439",
+                                           L"\u30c7\u30b9\u30af\u30c8\u30c3\u30d7 \u7530\u4e2d"));
+
+class CollectionTwiceTest : public UtilityTest {};
+
+TEST_F(CollectionTwiceTest, ReplacesArchiveAndLogsOfTheLastTime) {
+    write(folders_.zip(), "the last archive");
+    write(folders_.logs() / "stale.log", "the last log");
+    run(kStandard);
+    auto zip = readZip(folders_.zip());
+    EXPECT_EQ(zip.count("stale.log"), 0u);
+    EXPECT_EQ(zip["plutil.log"],
+              withCarriageReturns(transcriptOf(folders_, "Deleting old log files in " +
+                                                             backslashed(folders_.logs()) + "\n") +
+                                  "\n"));
+    EXPECT_FALSE(fs::exists(folders_.logs()));
+}
+
+TEST_F(CollectionTwiceTest, KeepsTheLogsWhenThereIsNoArchive) {
+    recordOnly();
+    write(folders_.zip(), "the last archive, which would be taken for the new one");
+    const std::string output = run(kStandard);
+    const std::string logs = backslashed(folders_.logs());
+    EXPECT_NE(output.find("Could not pack the log files; they are kept in " + logs + "\n"),
+              std::string::npos);
+    EXPECT_NE(output.find("The log files could not be packed: please send those in " + logs +
+                          " instead.\n\n"),
+              std::string::npos);
+    EXPECT_TRUE(fs::exists(folders_.logs() / "plutil.log"));
+    EXPECT_EQ(joined(commands()).find("rmdir"), std::string::npos);
+}
+
+TEST_F(CollectionTwiceTest, EndsWhereTheDiagnosticsFolderCannotBe) {
+    write(folders_.diagnostics(), "a file of that name");
+    const std::string output = run(kStandard);
+    EXPECT_TRUE(output.ends_with("Could not create directory " +
+                                 backslashed(folders_.diagnostics()) +
+                                 " (Directory:createDirectory() failed)\n"))
+        << output;
+    EXPECT_EQ(changes(), Lines());
+    EXPECT_EQ(commands(), Lines());
+}
+
+TEST_F(CollectionTwiceTest, EndsWhereAnOldLogIsLocked) {
+    const fs::path old = folders_.logs() / "old.log";
+    write(old, "still open");
+    const LockedFile lock(old);
+    const std::string output = run(kStandard);
+    EXPECT_TRUE(output.ends_with("Deleting old log files in " + backslashed(folders_.logs()) +
+                                 "\nCould not delete file " + backslashed(old) +
+                                 " (Directory:deleteFile() failed)\n"))
+        << output;
+    EXPECT_EQ(changes(), Lines());
+}
+
+TEST_F(CollectionTwiceTest, GoesToTheDocumentsWithoutADesktop) {
+    recordOnly();
+    allow("Documents/PelloryDiagnostics/");
+    fs::remove_all(folders_.desktop());
+    run(kStandard);
+    EXPECT_TRUE(fs::exists(folders_.documents() / "PelloryDiagnostics/README.txt"));
+    EXPECT_FALSE(fs::exists(folders_.desktop()));
+}
+
+}  // namespace
+}  // namespace zuplutil::test
