@@ -2,41 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include "ZuText.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd {
 namespace {
 
-using test::Lines;
-using test::Random;
-using test::thrownText;
-using test::TraceCapture;
+using namespace test;
 using namespace std::string_literals;
 
-constexpr wchar_t kIncompleteMark[] =
-    L"Utf8DecoderStateMachine::tryReduce: incomplete UTF8 Byte Order Mark encountered";
-constexpr wchar_t kMissingMark[] =
-    L"Utf8DecoderStateMachine::tryReduce: required UTF8 Byte Order Mark missing";
-constexpr wchar_t kNotDecoded[] =
+const std::string kMark = "\xEF\xBB\xBF";
+const std::wstring kMachine = L"Utf8DecoderStateMachine::tryReduce: ";
+const std::wstring kIncompleteMark = kMachine + L"incomplete UTF8 Byte Order Mark encountered";
+const std::wstring kMissingMark = kMachine + L"required UTF8 Byte Order Mark missing";
+const std::wstring kNotDecoded =
     L"Encoder::decodeFromUTF8: utf8 string not fully decoded (incomplete trailing escape sequence)";
 
 // What decoding gives: the text so far and the failure, if any.
-struct Decoded {
-    std::wstring text;
-    std::wstring failure;
-    friend bool operator==(const Decoded&, const Decoded&) = default;
-};
-
-std::ostream& operator<<(std::ostream& out, const Decoded& decoded) {
-    return out << testing::PrintToString(decoded.text) << ", "
-               << testing::PrintToString(decoded.failure);
-}
+using Decoded = std::pair<std::wstring, std::wstring>;
 
 Decoded decode(const std::string& bytes, bool bomRequired) {
-    Decoded decoded{L"old", L""};
-    decoded.failure =
-        thrownText([&] { Encoder::decodeFromUTF8(bytes, decoded.text, bomRequired); });
-    return decoded;
+    std::wstring text = L"old";
+    const auto failure = thrownText([&] { Encoder::decodeFromUTF8(bytes, text, bomRequired); });
+    return {text, failure};
 }
 
 // The state machine alone, fed byte by byte.
@@ -53,49 +41,24 @@ Decoded decodeByteByByte(const std::string& bytes, bool bomRequired) {
 
 TEST(Utf8Decoder, bytes_wellFormedAndNot_decodeByTheDialectsRules) {
     const std::wstring ok = L"nothing";
-    const struct {
-        std::string bytes;
-        bool bomRequired;
-        Decoded expected;
-    } kCases[] = {
-        {"", false, {L"", ok}},
-        {"", true, {L"", kNotDecoded}},
-        {"A", false, {L"A", ok}},
-        {"A", true, {L"", kMissingMark}},
-        {"\xEF\xBB\xBF", true, {L"", ok}},
-        {"\xEF\xBB\xBF"
-         "A",
-         true,
-         {L"A", ok}},
-        {"\xEF\xBB\xBF"
-         "A",
-         false,
-         {L"A", ok}},
-        {"\xEF\xBB", true, {L"", kNotDecoded}},
+    const std::tuple<std::string, bool, Decoded> kCases[] = {
+        // clang-format off
+        {"", false, {L"", ok}},           {"", true, {L"", kNotDecoded}},
+        {"A", false, {L"A", ok}},         {"A", true, {L"", kMissingMark}},
+        {kMark, true, {L"", ok}},         {kMark + "A", true, {L"A", ok}},
+        {kMark + "A", false, {L"A", ok}}, {"\xEF\xBB", true, {L"", kNotDecoded}},
         {"\xEF\xBB\xBE", true, {L"", kIncompleteMark}},
-        {"\xC3\xA9", false, {L"\u00E9", ok}},
-        {"\xC3", false, {L"", kNotDecoded}},
-        {"AB\xE2\x82", false, {L"AB", kNotDecoded}},
-        {"\xE2\x82\xAC", false, {L"\u20AC", ok}},
-        {"\x80\xBF", false, {L"\xFF80\xFFBF", ok}},
-        {"\xC3"
-         "AB",
-         false,
-         {L"\x00C1"
-          L"B",
-          ok}},
-        {"\xE2"
-         "AB",
-         false,
-         {L"\x2042", ok}},
-        {"\xC0\x80", false, {L"\0"s, ok}},
+        {"\xC3\xA9", false, {L"\u00E9", ok}},     {"\xC3", false, {L"", kNotDecoded}},
+        {"\xE2\x82\xAC", false, {L"\u20AC", ok}}, {"AB\xE2\x82", false, {L"AB", kNotDecoded}},
+        {"\x80\xBF", false, {L"\xFF80\xFFBF", ok}}, {"\xC0\x80", false, {L"\0"s, ok}},
+        {"\xC3"s + "AB", false, {L"\x00C1"s + L"B", ok}}, {"\xE2"s + "AB", false, {L"\x2042", ok}},
         {"\xF0\x9F\x98\x80", false, {L"\x07D8\xFF80", ok}},
         {"\xFF\xFF\xFF", false, {L"\xFFFF", ok}},
         {"\xED\xA0\xBD\xED\xB8\x80", false, {L"\xD83D\xDE00", ok}},
         {"A\xEF\xBF\xBD", false, {L"A", kIncompleteMark}},
-        {"A\xEF\xBB\xBF\xEF\xBF\xBD", false, {L"A\xFFFD", ok}},
-        {"\xEF\xBB\xBF\xEF\xBB\xBF", false, {L"\xFEFF", ok}},
-        {"a\0b"s, false, {L"a\0b"s, ok}},
+        {"A" + kMark + "\xEF\xBF\xBD", false, {L"A\xFFFD", ok}},
+        {kMark + kMark, false, {L"\xFEFF", ok}},  {"a\0b"s, false, {L"a\0b"s, ok}},
+        // clang-format on
     };
     for (const auto& [bytes, bomRequired, expected] : kCases) {
         EXPECT_EQ(decode(bytes, bomRequired), expected) << testing::PrintToString(bytes);
@@ -110,16 +73,12 @@ TEST(Utf8Decoder, failures_whileTracing_leaveTheirReportLines) {
     decode("\xC3", false);
     std::wstring out;
     thrownText([&] { Encoder::decodeFrom(7, "", out); });
-    EXPECT_EQ(
-        trace.messages(),
-        (Lines{"throwing: 'Utf8DecoderStateMachine::tryReduce: incomplete UTF8 Byte Order Mark "
-               "encountered', in src/lib/ZuEncoder, line 846",
-               "throwing: 'Utf8DecoderStateMachine::tryReduce: required UTF8 Byte Order Mark "
-               "missing', in src/lib/ZuEncoder, line 852",
-               "throwing: 'Encoder::decodeFromUTF8: utf8 string not fully decoded (incomplete "
-               "trailing escape sequence)', in src/lib/ZuEncoder, line 185",
-               "throwing: 'Encoder::decodeFrom: unknown encoding', in src/lib/ZuEncoder, line "
-               "103"}));
+    const auto line = [](const std::wstring& text, const char* number) {
+        return "throwing: '" + narrow(text) + "', in src/lib/ZuEncoder, line " + number;
+    };
+    EXPECT_EQ(trace.messages(), (Lines{line(kIncompleteMark, "846"), line(kMissingMark, "852"),
+                                       line(kNotDecoded, "185"),
+                                       line(L"Encoder::decodeFrom: unknown encoding", "103")}));
 }
 
 TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeTheSame) {
@@ -133,7 +92,7 @@ TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeTheSame) {
         std::string bytes;
         for (std::size_t runs = random.below(6); runs > 0; --runs) {
             bytes.append(random.below(20), static_cast<char>('a' + random.below(26)));
-            bytes.append(random.below(4) == 0 ? "\xEF\xBB\xBF" : "");
+            bytes.append(random.below(4) == 0 ? kMark : "");
             for (std::size_t count = random.below(5); count > 0; --count) {
                 bytes.push_back(random.pick(kHostile));
             }
@@ -156,42 +115,31 @@ TEST(EncoderNumbers, decodeFrom_byNumber_picksTheEncodingOrRefuses) {
     }
 }
 
-TEST(Utf8Encoder, encodeToUTF8_unitsAtTheEdges_haveTheirExactBytes) {
-    const std::pair<std::wstring, std::string> kCases[] = {
-        {L"", ""},
-        {L"\0\x7F"s, "\0\x7F"s},
-        {L"\x80\x7FF", "\xC2\x80\xDF\xBF"},
-        {L"\x800\xEFFF", "\xE0\xA0\x80\xEE\xBF\xBF"},
-        {L"\xD83D\xDE00", "\xED\xA0\xBD\xED\xB8\x80"},
-        {L"a\xF000",
-         "\xEF\xBB\xBF"
-         "a\xEF\x80\x80"},
-        {L"\xFFFF", "\xEF\xBB\xBF\xEF\xBF\xBF"},
-        {L"\xFEFF", "\xEF\xBB\xBF\xEF\xBB\xBF"},
-    };
-    for (const auto& [text, bytes] : kCases) {
-        std::string out = "old";
-        Encoder::encodeToUTF8(text, out);
-        EXPECT_EQ(out, bytes);
-    }
-}
-
 TEST(Utf8Encoder, everyCodeUnit_aloneAndBesideOthers_comesBack) {
+    const std::pair<std::wstring, std::string> kExact[] = {
+        // clang-format off
+        {L"", ""}, {L"\0\x7F"s, "\0\x7F"s}, {L"\x80\x7FF", "\xC2\x80\xDF\xBF"},
+        {L"\x800\xEFFF", "\xE0\xA0\x80\xEE\xBF\xBF"}, {L"\xD83D\xDE00", "\xED\xA0\xBD\xED\xB8\x80"},
+        {L"a\xF000", kMark + "a\xEF\x80\x80"},        {L"\xFFFF", kMark + "\xEF\xBF\xBF"},
+        {L"\xFEFF", kMark + kMark},
+        // clang-format on
+    };
+    std::string bytes = "old";
+    for (const auto& [text, expected] : kExact) {
+        Encoder::encodeToUTF8(text, bytes);
+        EXPECT_EQ(bytes, expected);
+    }
     const std::wstring neighbours =
-        L"aZ\0\x7F\x80\x7FF\x800\xD83D\xDBFF\xDC00\xDE00\xEFFF\xF000"
-        L"\xFEFF\xFFFE\xFFFF"s;
-    std::string bytes;
+        L"aZ\0\x7F\x80\x7FF\x800\xD83D\xDBFF\xDC00\xDE00\xEFFF\xF000\xFEFF\xFFFE\xFFFF"s;
     std::wstring back;
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
         const auto c = static_cast<wchar_t>(unit);
-        std::wstring text(1, c);
-        Encoder::encodeToUTF8(text, bytes);
-        const bool hasMark = bytes.starts_with("\xEF\xBB\xBF");
-        ASSERT_EQ(hasMark, unit >= 0xF000) << unit;
-        Encoder::decodeFromUTF8(bytes, back, hasMark);
-        ASSERT_EQ(back, text) << unit;
+        Encoder::encodeToUTF8(std::wstring(1, c), bytes);
+        ASSERT_EQ(bytes.starts_with(kMark), unit >= 0xF000) << unit;
+        Encoder::decodeFromUTF8(bytes, back, unit >= 0xF000);
+        ASSERT_EQ(back, std::wstring(1, c)) << unit;
         for (const wchar_t neighbour : neighbours) {
-            text = {neighbour, c, neighbour};
+            const std::wstring text = {neighbour, c, neighbour};
             Encoder::encodeToUTF8(text, bytes);
             Encoder::decodeFromUTF8(bytes, back, false);
             ASSERT_EQ(back, text) << unit << " beside " << static_cast<unsigned>(neighbour);

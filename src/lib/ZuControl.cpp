@@ -143,6 +143,7 @@ void Control::insertChild(std::size_t index, const std::shared_ptr<Control>& chi
     ZU_ASSERT_AS(child && !child->isAncestorOf(*this), L"child && !child->isAncestorOf(*this)",
                  ZU_HERE);
     // The caller may pass the former parent's own reference.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::shared_ptr<Control> kept = child;
     kept->leaveParent();
     const std::size_t place = std::min(index, children_.size());
@@ -558,6 +559,8 @@ void Control::releaseTree() noexcept {
     releaseNative();
 }
 
+// Not const: the native object is part of what the control is.
+// NOLINTNEXTLINE(readability-make-member-function-const)
 void Control::releaseNative() noexcept {
     if (IImplementation* native = backend()) {
         guarded(L"Control::releaseNative", [native] { native->releaseNativeObject(); });

@@ -172,7 +172,7 @@ public:
     // In pixels at a scaling factor of 1.
     Size size() const noexcept { return size_; }
 
-    bool setIdentifiers(std::vector<std::uint64_t> identifiers);
+    bool setIdentifiers(const std::vector<std::uint64_t>& identifiers);
     bool setSize(Size size);
 
 private:

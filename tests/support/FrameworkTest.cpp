@@ -7,12 +7,11 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <new>
-#include <ostream>
 #include <sstream>
 #include <stdexcept>
 
+#include "ZuText.h"
 #include "ZuWindows.h"
 
 namespace {
@@ -31,9 +30,7 @@ void* allocate(std::size_t size) noexcept {
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory != nullptr) {
         liveBytes += static_cast<std::int64_t>(_msize(memory));
-        if (liveBytes > peakBytes) {
-            peakBytes = liveBytes.load();
-        }
+        peakBytes = std::max(peakBytes.load(), liveBytes.load());
     }
     return memory;
 }
@@ -42,18 +39,16 @@ void* allocate(std::size_t size) noexcept {
 
 void* operator new(std::size_t size) {
     void* memory = allocate(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
+    return memory != nullptr ? memory : throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
 void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
         liveBytes -= static_cast<std::int64_t>(size);
-        // Whoever still looks at it shall notice.
+        // Whoever still looks at it shall notice; the barrier keeps the stores.
         std::memset(memory, 0xDD, size);
+        asm volatile("" : : "r"(memory) : "memory");
         std::free(memory);
     }
 }
@@ -63,22 +58,20 @@ namespace zustd::test {
 
 namespace {
 
-std::vector<std::wstring> debuggerTexts;
+Texts debuggerTexts;
 
 LONG CALLBACK takeDebuggerText(EXCEPTION_POINTERS* exception) {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-    if (record.ExceptionCode == DBG_PRINTEXCEPTION_WIDE_C) {
-        debuggerTexts.emplace_back(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]),
-                                   record.ExceptionInformation[0] - 1);
+    const auto take = [&record](const auto* text) {
+        debuggerTexts.emplace_back(text, text + record.ExceptionInformation[0] - 1);
         return EXCEPTION_CONTINUE_EXECUTION;
-    }
-    if (record.ExceptionCode == DBG_PRINTEXCEPTION_C) {
-        const std::string text(reinterpret_cast<const char*>(record.ExceptionInformation[1]),
-                               record.ExceptionInformation[0] - 1);
-        debuggerTexts.emplace_back(text.begin(), text.end());
-        return EXCEPTION_CONTINUE_EXECUTION;
-    }
-    return EXCEPTION_CONTINUE_SEARCH;
+    };
+    const ULONG_PTR text = record.ExceptionInformation[1];
+    return record.ExceptionCode == DBG_PRINTEXCEPTION_WIDE_C
+               ? take(reinterpret_cast<const wchar_t*>(text))
+           : record.ExceptionCode == DBG_PRINTEXCEPTION_C
+               ? take(reinterpret_cast<const char*>(text))
+               : EXCEPTION_CONTINUE_SEARCH;
 }
 
 template <class Read>
@@ -88,7 +81,7 @@ Reading take(Read&& read) {
     } catch (const std::invalid_argument& failure) {
         return {std::string("invalid: ") + failure.what(), 0};
     } catch (const std::wstring& failure) {
-        return {"failed: " + std::string(failure.begin(), failure.end()), 0};
+        return {"failed: " + narrow(failure), 0};
     }
 }
 
@@ -96,10 +89,8 @@ Reading take(Read&& read) {
 
 TempFolder::TempFolder() {
     static int number = 0;
-    path_ = (std::filesystem::temp_directory_path() /
-             (L"framework-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
-              std::to_wstring(++number)))
-                .wstring();
+    path_ = std::filesystem::temp_directory_path() /
+            formatWide(L"framework-test-%lu-%d", GetCurrentProcessId(), ++number);
     std::filesystem::create_directory(path_);
 }
 
@@ -108,10 +99,7 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-bool fileExists(const std::wstring& file) {
-    return GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
+bool fileExists(const std::wstring& file) { return std::filesystem::exists(file); }
 bool deleteFile(const std::wstring& file) { return DeleteFileW(file.c_str()) != FALSE; }
 
 std::string readBytes(const std::wstring& file) {
@@ -122,13 +110,6 @@ std::string readBytes(const std::wstring& file) {
 void writeBytes(const std::wstring& file, const std::string& bytes) {
     std::ofstream(std::filesystem::path(file), std::ios::binary) << bytes;
 }
-
-TraceCapture::TraceCapture(std::int32_t threshold)
-    : path_(folder_.file(L"trace.log")), settings_{kTraceToLog, path_.c_str(), threshold} {
-    traceSettings = &settings_;
-}
-
-TraceCapture::~TraceCapture() { traceSettings = nullptr; }
 
 Lines TraceCapture::messages() const {
     constexpr std::string_view kMark = "ZULOG: ";
@@ -142,15 +123,11 @@ Lines TraceCapture::messages() const {
     return lines;
 }
 
-std::string TraceCapture::bytes() const { return readBytes(path_); }
-
 DebuggerOutput::DebuggerOutput() : handler_(AddVectoredExceptionHandler(1, takeDebuggerText)) {
     debuggerTexts.clear();
 }
-
 DebuggerOutput::~DebuggerOutput() { RemoveVectoredExceptionHandler(handler_); }
-
-std::vector<std::wstring> DebuggerOutput::texts() const { return debuggerTexts; }
+Texts DebuggerOutput::texts() const { return debuggerTexts; }
 
 ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), original_(slot) {
     DWORD protection = 0;
@@ -158,19 +135,15 @@ ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), or
     slot_ = replacement;
 }
 
-ReplacedImport::~ReplacedImport() { slot_ = original_; }
-
 AllocationLimit::AllocationLimit(long allowed) {
     allocationFailed = false;
     allowedAllocations = allowed;
 }
-
 AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
-
 bool AllocationLimit::wasReached() const { return allocationFailed; }
 
 MemoryWatch::MemoryWatch() : start_(liveBytes) { peakBytes = start_; }
-
+std::int64_t MemoryWatch::held() const { return liveBytes - start_; }
 std::size_t MemoryWatch::peak() const { return static_cast<std::size_t>(peakBytes - start_); }
 
 Reading readFromRange(ISerializable& target, const std::wstring& document) {
@@ -200,6 +173,22 @@ std::wstring xmlOf(const ISerializable& value) {
     return text;
 }
 
+bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) {
+    const bool hasKey = kind.name().ends_with(L".ChangeTracker");
+    log.push_back(std::wstring(kind.name()) + L" " +
+                  (hasKey ? a.text() : std::to_wstring(a.number())));
+    std::exchange(next, [] {})();
+    return true;
+}
+
+std::string Random::bytes(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(below(256));
+    }
+    return bytes;
+}
+
 std::wstring Random::text(std::size_t longest) {
     // Plain letters, what the XML form escapes, and the ends of UTF-8's ranges.
     static constexpr std::wstring_view kSpecial = L"<>&'\";\\/= \u007F\u0080\u07FF\u0800\uFFFE";
@@ -214,39 +203,32 @@ std::wstring Random::text(std::size_t longest) {
 }
 
 SerializableUnion Random::value(int depth) {
+    const auto field = [this](std::size_t count) { return static_cast<int>(below(count)); };
     SerializableUnion value;
     switch (below(depth > 0 ? 8 : 7)) {
-        case 0:
-            break;
-        case 1:
-            value.setString(text(40));
-            break;
-        case 2:
-            value.setLong(static_cast<std::int32_t>(number()));
-            break;
-        case 3:  // Sixty-fourths have six decimals.
-            value.setDouble(static_cast<std::int32_t>(number()) / 64.0);
-            break;
-        case 4:
-            value.setBool(below(2) == 0);
-            break;
-        case 5: {
-            const auto field = [this](std::size_t count) { return static_cast<int>(below(count)); };
-            value.setDateTime(
-                {field(10000), field(100), field(100), field(24), field(60), field(60)});
-            break;
-        }
-        case 6:
-            value.setSizet(number());
-            break;
+        // clang-format off
+        case 0: break;
+        case 1: value.setString(text(40)); break;
+        case 2: value.setLong(static_cast<std::int32_t>(engine_())); break;
+        case 3: value.setDouble(static_cast<std::int32_t>(engine_()) / 64.0); break;  // 6 decimals
+        case 4: value.setBool(below(2) == 0); break;
+        case 5: value.setDateTime({field(10000), field(100), field(100),
+                                   field(24), field(60), field(60)}); break;
+        case 6: value.setSizet(engine_()); break;
+        // clang-format on
         default:
-            value.setArraySize(static_cast<std::int64_t>(below(5)));
+            value.setArraySize(field(5));
             for (SerializableUnion& element : value.arrayRef()) {
                 element = this->value(depth - 1);
             }
-            break;
     }
     return value;
+}
+
+void Random::fill(PropertyBag& bag, std::size_t mostEntries, std::size_t longestKey, int depth) {
+    for (std::size_t i = below(mostEntries + 1); i > 0; --i) {
+        bag.setUnion(text(longestKey), value(depth));
+    }
 }
 
 }  // namespace zustd::test

@@ -4,26 +4,32 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "ZuChangeTracker.h"
 #include "ZuPlankton.h"
-#include "ZuSerializable.h"
+#include "ZuPropertyBag.h"
 
 namespace zustd::test {
 
 using Lines = std::vector<std::string>;
+using Texts = std::vector<std::wstring>;
+
+class NotCopied {
+public:
+    NotCopied() = default;
+    NotCopied(const NotCopied&) = delete;
+    NotCopied& operator=(const NotCopied&) = delete;
+};
 
 // A fresh folder that goes away with all its files.
-class TempFolder {
+class TempFolder : NotCopied {
 public:
     TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
     ~TempFolder();
-
     std::wstring file(const std::wstring& name) const { return path_ + L"\\" + name; }
 
 private:
@@ -36,33 +42,40 @@ bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
+// Installs trace settings for as long as it lives.
+class Tracing : NotCopied {
+public:
+    Tracing(std::uint32_t mode, const wchar_t* path, std::int32_t threshold = 0)
+        : settings_{mode, path, threshold} {
+        traceSettings = &settings_;
+    }
+    ~Tracing() { traceSettings = nullptr; }
+
+private:
+    TraceSettings settings_;
+};
+
 // Tracing into a file for as long as it lives.
 class TraceCapture {
 public:
-    explicit TraceCapture(std::int32_t threshold = kTraceLevelReport);
-    TraceCapture(const TraceCapture&) = delete;
-    TraceCapture& operator=(const TraceCapture&) = delete;
-    ~TraceCapture();
-
+    explicit TraceCapture(std::int32_t threshold = kTraceLevelReport)
+        : path_(folder_.file(L"trace.log")), tracing_(kTraceToLog, path_.c_str(), threshold) {}
     // The messages so far as UTF-8, without time stamp and "ZULOG: ".
     Lines messages() const;
-    std::string bytes() const;
+    std::string bytes() const { return readBytes(path_); }
 
 private:
     TempFolder folder_;
     std::wstring path_;
-    TraceSettings settings_;
+    Tracing tracing_;
 };
 
 // Collects what this process sends to the debugger's channel.
-class DebuggerOutput {
+class DebuggerOutput : NotCopied {
 public:
     DebuggerOutput();
-    DebuggerOutput(const DebuggerOutput&) = delete;
-    DebuggerOutput& operator=(const DebuggerOutput&) = delete;
     ~DebuggerOutput();
-
-    std::vector<std::wstring> texts() const;
+    Texts texts() const;
 
 private:
     void* handler_;
@@ -70,12 +83,10 @@ private:
 
 // Puts a function in the place of one that the executable imports. The slot is
 // the import table's entry, __imp_NAME.
-class ReplacedImport {
+class ReplacedImport : NotCopied {
 public:
     ReplacedImport(void*& slot, void* replacement);
-    ReplacedImport(const ReplacedImport&) = delete;
-    ReplacedImport& operator=(const ReplacedImport&) = delete;
-    ~ReplacedImport();
+    ~ReplacedImport() { slot_ = original_; }
 
 private:
     void*& slot_;
@@ -83,22 +94,20 @@ private:
 };
 
 // Lets so many allocations succeed and fails every later one.
-class AllocationLimit {
+class AllocationLimit : NotCopied {
 public:
     explicit AllocationLimit(long allowed);
-    AllocationLimit(const AllocationLimit&) = delete;
-    AllocationLimit& operator=(const AllocationLimit&) = delete;
     ~AllocationLimit();
-
     // Whether an allocation has failed.
     bool wasReached() const;
 };
 
-// The most bytes that were allocated at a time, beyond those at the start.
+// The bytes allocated now and at the most, beyond those at the start.
 class MemoryWatch {
 public:
     MemoryWatch();
     std::size_t peak() const;
+    std::int64_t held() const;
 
 private:
     std::int64_t start_;
@@ -110,12 +119,12 @@ private:
 struct Reading {
     std::string failure;
     std::size_t taken = 0;
-
     friend bool operator==(const Reading&, const Reading&) = default;
 };
 Reading readFromRange(ISerializable& target, const std::wstring& document);
 Reading readFromStream(ISerializable& target, const std::wstring& document);
 std::ostream& operator<<(std::ostream& out, const Reading& reading);
+inline constexpr auto kBothReaders = {&readFromRange, &readFromStream};
 
 // The text that body throws as a std::wstring, or "nothing".
 template <class Body>
@@ -130,21 +139,30 @@ std::wstring thrownText(Body&& body) {
 
 std::wstring xmlOf(const ISerializable& value);
 
+// Writes down each message: the kind's name and the key or number sent along.
+class Listener : public MessageSink {
+public:
+    Texts log;
+    std::function<void()> next = [] {};  // runs at the next message only
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+};
+
 class Random {
 public:
     explicit Random(std::uint64_t seed) : seed_(seed), engine_(seed) {}
 
     std::string label() const { return "seed " + std::to_string(seed_); }
-    std::uint64_t number() { return engine_(); }
     std::size_t below(std::size_t count) { return engine_() % count; }
     template <class Items>
     const auto& pick(const Items& items) {
         return items[below(std::size(items))];
     }
+    std::string bytes(std::size_t size);
     // A text that the XML form gives back: no control characters, no FFFF.
     std::wstring text(std::size_t longest);
     // A value that the XML form gives back, arrays nested so deep at the most.
     SerializableUnion value(int depth);
+    void fill(PropertyBag& bag, std::size_t mostEntries, std::size_t longestKey, int depth);
 
 private:
     std::uint64_t seed_;
