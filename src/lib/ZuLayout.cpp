@@ -241,9 +241,8 @@ private:
             case Alignment::kJustify:
                 return bottom - height + 1;
             case Alignment::kCentre:
-                // Both halves are cut, so that among even heights a child sits
-                // a pixel higher than among odd ones; hosts have their
-                // spacings tuned to it.
+                // Both halves are cut: among even heights a child sits a pixel
+                // higher than among odd ones.
                 return bottom - height / 2 - line.height / 2;
             case Alignment::kStart:
                 break;
