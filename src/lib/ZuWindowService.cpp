@@ -1,5 +1,7 @@
 #include "ZuWindowService.h"
 
+#include <cmath>
+
 #include "ZuApplicationService.h"
 #include "ZuControl.h"
 #include "ZuGraphicsService.h"
@@ -18,8 +20,8 @@ std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator) {
 }
 
 Size scaled(Size size, double factor) noexcept {
-    return {static_cast<std::int32_t>(size.width * factor + 0.5),
-            static_cast<std::int32_t>(size.height * factor + 0.5)};
+    return {static_cast<std::int32_t>(std::lround(size.width * factor)),
+            static_cast<std::int32_t>(std::lround(size.height * factor))};
 }
 
 }  // namespace
