@@ -3,6 +3,7 @@
 #include <commdlg.h>
 
 #include <array>
+#include <atomic>
 
 #include "ZuControl.h"
 
@@ -236,6 +237,18 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         request.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
         return GetOpenFileNameW(&request) ? std::wstring(name.data()) : std::wstring();
     });
+}
+
+int WindowServiceWin32Gdi::getNewId() noexcept {
+    // Below lie the identifiers that dialogs have a meaning for; notifications
+    // have room for 16 bits.
+    constexpr int kFirst = 0x100;
+    constexpr int kLast = 0x7FFF;
+    static constinit std::atomic<int> next = kFirst;
+    int taken = next.load();
+    while (!next.compare_exchange_weak(taken, taken == kLast ? kFirst : taken + 1)) {
+    }
+    return taken;
 }
 
 int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* failure,

@@ -64,6 +64,9 @@ public:
     HWND window() const noexcept { return window_; }
     // For a surface's backend, which makes and loses its window.
     void setWindow(HWND window) noexcept { window_ = window; }
+    // An identifier for a native control, a menu item or a timer that no other
+    // one has had for long.
+    static int getNewId() noexcept;
 
 private:
     int showBox(const wchar_t* operation, const wchar_t* failure, const MessageBoxContent& box);
