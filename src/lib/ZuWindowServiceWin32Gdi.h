@@ -10,6 +10,8 @@
 
 namespace zustd {
 
+class MessageBoxWin32Gdi;
+
 class WindowServiceWin32Gdi : public Implementation<WindowService, IWindowServiceImpl> {
 public:
     // The window is not owned; null binds the service to no window.
@@ -69,11 +71,12 @@ public:
     static int getNewId() noexcept;
 
 private:
-    int showBox(const wchar_t* operation, const wchar_t* failure, const MessageBoxContent& box);
+    int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 
     HWND window_;
     MouseCursor cursor_ = MouseCursor::kArrow;
-    bool messageOpen_ = false;
+    // Those that wait for their answers, the innermost last.
+    std::vector<MessageBoxWin32Gdi*> openBoxes_;
 };
 
 // A window service with its backend.
