@@ -205,7 +205,7 @@ void DialogWin32Gdi::createWindow(HWND owner) {
         constexpr DWORD kResizable = WS_THICKFRAME | WS_MAXIMIZEBOX;
         constexpr DWORD kFixed = DS_MODALFRAME;
         style |= WS_CAPTION | (hasStyle(NativeDialog::kStyleResizable) ? kResizable : kFixed);
-        style |= hasStyle(NativeDialog::kStyleNotClosable) ? 0 : WS_SYSMENU;
+        style |= hasStyle(NativeDialog::kStyleNotClosable) ? 0U : DWORD{WS_SYSMENU};
     }
     const DialogTemplate description(style, extendedStyle);
     const HWND made = CreateDialogIndirectParamW(
