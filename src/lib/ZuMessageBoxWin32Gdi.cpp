@@ -397,7 +397,7 @@ bool MessageBoxWin32Gdi::build() {
 }
 
 int MessageBoxWin32Gdi::show(const wchar_t* failure) {
-    if (!build()) {
+    if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {
         throw SystemException(failure);
     }
     view_->focusDefaultButton();
