@@ -11,7 +11,7 @@
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
 #include "ZuPopupMenuWin32Gdi.h"
-#include "ZuTimer.h"
+#include "ZuTimerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindowWin32Gdi.h"
 
@@ -81,12 +81,23 @@ std::shared_ptr<NativeScrollBar> WindowServiceWin32Gdi::createNativeScrollBar(bo
     return nullptr;
 }
 
-std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring&) { return nullptr; }
+std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring& name) {
+    return guarded(L"WindowServiceWin32Gdi::createTimer", std::shared_ptr<Timer>(), [&] {
+        auto timer = std::make_shared<Timer>(name);
+        joinImplementation(*timer, std::make_unique<TimerWin32Gdi>(createTimerWindow()));
+        return timer;
+    });
+}
 
-std::shared_ptr<Font> WindowServiceWin32Gdi::getFont(const FontStyle&) { return nullptr; }
+std::shared_ptr<Font> WindowServiceWin32Gdi::getFont(const FontStyle& style) {
+    return guarded(L"WindowServiceWin32Gdi::getFont", std::shared_ptr<Font>(),
+                   [&] { return getCachedFont(style); });
+}
 
-std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescriptor&, Size) {
-    return nullptr;
+std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescriptor& resource,
+                                                         Size size) {
+    return guarded(L"WindowServiceWin32Gdi::getBitmap", std::shared_ptr<Bitmap>(),
+                   [&] { return getCachedBitmap(resource, size); });
 }
 
 void WindowServiceWin32Gdi::setFocus(Control& control) {
