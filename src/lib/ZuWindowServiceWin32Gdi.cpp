@@ -7,6 +7,7 @@
 
 #include "ZuControl.h"
 #include "ZuMessageBoxWin32Gdi.h"
+#include "ZuMessageLoopWin32Gdi.h"
 
 namespace zustd {
 
@@ -50,6 +51,13 @@ HCURSOR nativeCursor(MouseCursor cursor) noexcept {
     };
     const auto index = static_cast<std::size_t>(cursor);
     return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
+}
+
+// Whom a dialog of the system disables: the window that the user sees and may
+// use, or none.
+HWND dialogOwnerOf(HWND window) noexcept {
+    const bool isUsable = window != GetDesktopWindow() && IsWindow(window);
+    return ModalSession::ownerFor(isUsable ? GetAncestor(window, GA_ROOT) : nullptr);
 }
 
 // Boxes of one service are nested: the last one is in front.
@@ -243,20 +251,27 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         const std::wstring filter = filterOf(patterns, patternNames);
         OPENFILENAMEW request{};
         request.lStructSize = sizeof(request);
-        request.hwndOwner = window_;
+        request.hwndOwner = dialogOwnerOf(window_);
         request.lpstrFilter = filter.c_str();
         request.lpstrFile = name.data();
         request.nMaxFile = static_cast<DWORD>(name.size());
         // The choice must not change where relative names lead to.
         request.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-        return GetOpenFileNameW(&request) ? std::wstring(name.data()) : std::wstring();
+        if (GetOpenFileNameW(&request)) {
+            return std::wstring(name.data());
+        }
+        if (CommDlgExtendedError() == FNERR_INVALIDFILENAME) {
+            // No file has the initial name: it is only a suggestion.
+            name[0] = L'\0';
+            if (GetOpenFileNameW(&request)) {
+                return std::wstring(name.data());
+            }
+        }
+        if (CommDlgExtendedError() != 0) {
+            throw SystemException(L"Could not select file");
+        }
+        return std::wstring();
     });
-}
-
-void WindowServiceWin32Gdi::setScalingFactor(double factor) {
-    scalingFactor = factor;
-    // What is in there has the size of the former factor.
-    clearDrawingCaches();
 }
 
 int WindowServiceWin32Gdi::getNewId() noexcept {
