@@ -1,7 +1,7 @@
 #include "ZuSerializable.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include <chrono>
 #include <cmath>
