@@ -12,6 +12,9 @@ namespace {
 constexpr UINT_PTR kControlWatcher = 1;
 constexpr UINT_PTR kParentWatcher = 2;
 
+// Where a control's window keeps its attachment for its parent's watcher.
+constexpr wchar_t kAttachmentProperty[] = L"ZuWindowAttachment";
+
 // The child that a message to its parent is about; null when it is not such a
 // message.
 HWND senderOf(UINT id, LPARAM extra) noexcept {
@@ -51,10 +54,14 @@ namespace {
 LRESULT CALLBACK watchParent(HWND parent, UINT id, WPARAM wide, LPARAM extra, UINT_PTR,
                              DWORD_PTR) noexcept {
     const HWND sender = senderOf(id, extra);
-    DWORD_PTR attachment = 0;
-    if (sender != nullptr &&
-        GetWindowSubclass(sender, &watchWindow, kControlWatcher, &attachment)) {
-        return watchWindow(parent, id, wide, extra, kParentWatcher, attachment);
+    // The pointer means something in its own thread only.
+    const HANDLE attachment =
+        sender != nullptr && GetWindowThreadProcessId(sender, nullptr) == GetCurrentThreadId()
+            ? GetPropW(sender, kAttachmentProperty)
+            : nullptr;
+    if (attachment != nullptr) {
+        return watchWindow(parent, id, wide, extra, kParentWatcher,
+                           reinterpret_cast<DWORD_PTR>(attachment));
     }
     return DefSubclassProc(parent, id, wide, extra);
 }
@@ -70,6 +77,7 @@ bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& h
                            reinterpret_cast<DWORD_PTR>(this))) {
         return false;
     }
+    SetPropW(window, kAttachmentProperty, this);
     window_ = window;
     // The same watcher again changes nothing; it stays as long as its window.
     const HWND parent = GetAncestor(window, GA_PARENT);
@@ -79,6 +87,7 @@ bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& h
 void WindowAttachment::detach() noexcept {
     if (window_ != nullptr) {
         RemoveWindowSubclass(window_, &watchWindow, kControlWatcher);
+        RemovePropW(window_, kAttachmentProperty);
         window_ = nullptr;
     }
 }

@@ -187,7 +187,9 @@ void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
     }
     if (message.id == WM_SETFOCUS) {
         router->acceptFocus(control_);
-    } else if (!IsChild(parent_, reinterpret_cast<HWND>(message.wide))) {
+    } else if (const auto next = reinterpret_cast<HWND>(message.wide);
+               next != parent_ && !IsChild(parent_, next)) {
+        // The surface's own window has the focus for its drawn controls.
         router->acceptFocus(nullptr);
     }
 }

@@ -1,3 +1,5 @@
+#include "ZuDialogWin32Gdi.h"
+#include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeComboBox.h"
 #include "ZuNativeDialog.h"
@@ -8,26 +10,62 @@
 #include "ZuNativeTextBox.h"
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
+#include "ZuPopupMenuWin32Gdi.h"
 #include "ZuTimerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
+#include "ZuWindowWin32Gdi.h"
 
 namespace zustd {
 
-// The backends of the widgets are not there yet.
+namespace {
 
-std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog() { return nullptr; }
+// A surface with services of its own; the creator is the service that makes it.
+template <class Backend, class Surface>
+std::shared_ptr<Surface> furnished(const std::shared_ptr<Surface>& surface,
+                                   WindowService& creator) {
+    const std::shared_ptr<WindowService> windowService = makeWindowService(nullptr);
+    const std::shared_ptr<GraphicsService> graphicsService = makeGraphicsService();
+    joinImplementation(*surface, std::make_unique<Backend>(sharedReference<WindowService>(&creator),
+                                                           windowService, graphicsService));
+    furnishSurface(*surface, windowService, graphicsService);
+    return surface;
+}
 
-std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() { return nullptr; }
+}  // namespace
 
-std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uint32_t) {
-    return nullptr;
+std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog() {
+    return createNativeDialog(0);
+}
+
+std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() {
+    return guarded(L"WindowServiceWin32Gdi::createNativePopupMenu",
+                   std::shared_ptr<NativePopupMenu>(), [this] {
+                       auto menu = makeControl<NativePopupMenu>();
+                       joinImplementation(*menu,
+                                          std::make_unique<PopupMenuWin32Gdi>(
+                                              sharedReference<WindowService>(&getAbstraction())));
+                       return menu;
+                   });
+}
+
+std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uint32_t style) {
+    return guarded(L"WindowServiceWin32Gdi::createNativeDialog", std::shared_ptr<NativeDialog>(),
+                   [this, style] {
+                       return furnished<DialogWin32Gdi>(makeControl<NativeDialog>(style),
+                                                        getAbstraction());
+                   });
 }
 
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() { return nullptr; }
 
 std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() { return nullptr; }
 
-std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() { return nullptr; }
+std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
+    return guarded(
+        L"WindowServiceWin32Gdi::createNativeWindow", std::shared_ptr<NativeWindow>(), [this] {
+            return furnished<WindowWin32Gdi>(makeControl<NativeWindow>(), getAbstraction());
+        });
+}
 
 std::shared_ptr<NativeComboBox> WindowServiceWin32Gdi::createNativeComboBox() { return nullptr; }
 
@@ -62,9 +100,12 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescripto
                    [&] { return getCachedBitmap(resource, size); });
 }
 
-void WindowServiceWin32Gdi::setFocus(Control&) {
-    if (window_ != nullptr) {
-        SetFocus(window_);
+void WindowServiceWin32Gdi::setFocus(Control& control) {
+    if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(window_)) {
+        handler->giveFocus(control);
+    } else if (window_ != nullptr) {
+        const HWND native = nativeWindowOf(control);
+        SetFocus(native != nullptr ? native : window_);
     }
 }
 

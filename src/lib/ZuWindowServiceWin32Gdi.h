@@ -11,6 +11,7 @@
 
 namespace zustd {
 
+class MessageBoxWin32Gdi;
 class TimerWindowWin32Gdi;
 
 class WindowServiceWin32Gdi : public Implementation<WindowService, IWindowServiceImpl> {
@@ -92,11 +93,12 @@ public:
     static void clearDrawingCaches() noexcept;
 
 private:
-    int showBox(const wchar_t* operation, const wchar_t* failure, const MessageBoxContent& box);
+    int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 
     HWND window_;
     MouseCursor cursor_ = MouseCursor::kArrow;
-    bool messageOpen_ = false;
+    // Those that wait for their answers, the innermost last.
+    std::vector<MessageBoxWin32Gdi*> openBoxes_;
 };
 
 // A window service with its backend.
