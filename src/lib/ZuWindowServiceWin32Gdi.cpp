@@ -1,5 +1,6 @@
 #include "ZuWindowServiceWin32Gdi.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 
 #include <array>
@@ -272,6 +273,12 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         }
         return std::wstring();
     });
+}
+
+void WindowServiceWin32Gdi::setScalingFactor(double factor) {
+    scalingFactor = factor;
+    // What is in there has the size of the former factor.
+    clearDrawingCaches();
 }
 
 int WindowServiceWin32Gdi::getNewId() noexcept {
