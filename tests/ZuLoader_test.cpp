@@ -185,7 +185,7 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
     const std::string bytes = readBytes(file_);
     PropertyBag back;
     EXPECT_GT(failEachAllocation(file_, [&] { return Loader::loadSerializedString(file_, back); }),
-              20);
+              10);
     EXPECT_EQ(xmlOf(back), xmlOf(bag_));
     EXPECT_GT(failEachAllocation(file_, [&] { return Loader::saveSerializedString(file_, bag_); }),
               1);

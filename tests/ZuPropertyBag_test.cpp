@@ -19,8 +19,8 @@ public:
     Texts changed;
     std::function<void()> next = [] {};  // runs once
 
-    void onChanged(const std::wstring& key) override {
-        changed.push_back(key);
+    void onChanged(std::wstring_view key) override {
+        changed.emplace_back(key);
         std::exchange(next, [] {})();
     }
     Texts takeChanged() { return std::exchange(changed, {}); }

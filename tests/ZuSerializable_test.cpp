@@ -1,6 +1,7 @@
 #include "ZuSerializable.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include <chrono>
 #include <cmath>
@@ -121,14 +122,22 @@ TEST(Union, assignment_fromAPartOfItself_copiesBeforeItDestroys) {
 
 TEST(Union, setter_withoutMemory_leavesNullUnlessTheKindIsItsOwn) {
     SerializableUnion kept = made([](auto& value) { value.setLong(7); });
-    SerializableUnion lost = kept;
+    // Enough of them to use up what freed values have left behind.
+    std::vector<SerializableUnion> lost(100000);
     {
         const AllocationLimit limit(0);
         kept.setLong(8);
-        EXPECT_THROW(lost.setDouble(1.0), std::bad_alloc);
+        EXPECT_THROW(
+            for (auto& value
+                 : lost) { value.setDouble(1.0); },
+            std::bad_alloc);
     }
     EXPECT_EQ(kept.getLong(), 8);
-    EXPECT_TRUE(lost.isNull());
+    const auto failed = std::find_if(lost.begin(), lost.end(), [](const auto& value) {
+        return value.kind() == ValueKind::kNull;
+    });
+    ASSERT_NE(failed, lost.end());
+    EXPECT_TRUE(failed->isNull());
 }
 
 TEST(Union, equals_valuesThatLookAlike_areToldApart) {

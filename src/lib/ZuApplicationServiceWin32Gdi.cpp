@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "ZuMessageLoopWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -269,10 +270,7 @@ void ApplicationServiceWin32Gdi::removeKeyboardHook() {
 
 int ApplicationServiceWin32Gdi::runMessageLoop() {
     MSG message{};
-    // GetMessage answers -1 for an error; there is no window to wait for then.
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
+    while (handleNextMessage(message)) {
     }
     return message.message == WM_QUIT ? static_cast<int>(message.wParam) : 0;
 }

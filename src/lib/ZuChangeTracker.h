@@ -41,7 +41,7 @@ class TrackingPropertyBag : public PropertyBag, public ChangeTracker {
 public:
     using PropertyBag::PropertyBag;
 
-    void onChanged(const std::wstring& key) override;
+    void onChanged(std::wstring_view key) override;
 };
 
 }  // namespace zustd

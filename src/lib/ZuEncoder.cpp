@@ -82,6 +82,35 @@ Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
     return run;
 }
 
+// The sequences of two bytes at the front of a word, counted up to the first
+// that is none; the lead of each is the lower byte of its lane.
+std::size_t pairsIn(std::uint64_t word) noexcept {
+    constexpr std::uint64_t kLeadMask = 0x00E000E000E000E0ULL;
+    constexpr std::uint64_t kLead = 0x00C000C000C000C0ULL;
+    return static_cast<std::size_t>(std::countr_zero((word & kLeadMask) ^ kLead)) / 16;
+}
+
+// Decodes the sequences of two bytes at the front, four at a time: whole words
+// are written as with ASCII.
+Decoding decodePairRun(Decoding run, const unsigned char* end) noexcept {
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    constexpr std::size_t kPairs = kWord / 2;
+    while (static_cast<std::size_t>(end - run.at) >= kWord) {
+        std::uint64_t word;
+        std::memcpy(&word, run.at, kWord);
+        const std::size_t count = pairsIn(word);
+        const std::uint64_t units =
+            (word & 0x001F001F001F001FULL) << 6 | (word >> 8 & 0x003F003F003F003FULL);
+        std::memcpy(run.out, &units, kWord);
+        run.at += 2 * count;
+        run.out += count;
+        if (count != kPairs) {
+            break;
+        }
+    }
+    return run;
+}
+
 // Decodes whole sequences until the state machine is needed: at a byte that
 // may begin the byte-order mark and for the last bytes of the input, which may
 // cut a sequence off. One branch for each length: the processor guesses it and
@@ -98,6 +127,9 @@ Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcep
         } else if (sequenceLength(lead) == 2) {
             *run.out++ = decodeSequence(run.at, 2);
             run.at += 2;
+            if (run.at != end && sequenceLength(*run.at) == 2) {
+                run = decodePairRun(run, end);
+            }
         } else if (sequenceLength(lead) == 1) {
             *run.out++ = decodeSequence(run.at, 1);
             run.at += 1;
@@ -150,16 +182,21 @@ Encoding encodeAsciiRun(Encoding run, const wchar_t* end) noexcept {
     return run;
 }
 
-// Writes the units at the front that take three bytes. Each is written as one
-// word, of which the next unit overwrites the last byte: stores are what an
-// encoder waits for. The last unit of a text is left to encodeUnit.
+// The three bytes of a unit from 800 upwards, the first of them lowest.
+constexpr std::uint32_t encodedTriple(std::uint32_t unit) noexcept {
+    return 0x8080E0U | unit >> 12 | (unit << 2 & 0x3F00U) | (unit & 0x3FU) << 16;
+}
+
+// Writes the units at the front that take three bytes, two at a time as one
+// word, of which what follows overwrites the last bytes: stores are what an
+// encoder waits for. The last units of a text are left to encodeUnit.
 Encoding encodeLongRun(Encoding run, const wchar_t* end) noexcept {
-    while (end - run.at >= 2 && *run.at >= 0x800) {
-        const std::uint32_t unit = *run.at++;
-        const std::uint32_t word =
-            0x8080E0U | unit >> 12 | (unit << 2 & 0x3F00U) | (unit & 0x3FU) << 16;
+    while (end - run.at >= 4 && run.at[0] >= 0x800 && run.at[1] >= 0x800) {
+        const std::uint64_t word =
+            encodedTriple(run.at[0]) | std::uint64_t{encodedTriple(run.at[1])} << 24;
         std::memcpy(run.out, &word, sizeof(word));
-        run.out += 3;
+        run.at += 2;
+        run.out += 6;
     }
     return run;
 }
@@ -274,7 +311,7 @@ void Encoder::encodeToUTF8(std::wstring_view text, std::string& out) {
             run = encodeAsciiRun(run, end);
             continue;
         }
-        if (*run.at >= 0x800 && end - run.at >= 2) {
+        if (*run.at >= 0x800 && end - run.at >= 4 && run.at[1] >= 0x800) {
             run = encodeLongRun(run, end);
             continue;
         }

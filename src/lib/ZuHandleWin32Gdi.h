@@ -45,5 +45,49 @@ using FindHandle = Handle<FileHandleTraits<&FindClose>>;
 using SnapshotHandle = Handle<FileHandleTraits<&CloseHandle>>;
 using LocalMemory = Handle<NullHandleTraits<HLOCAL, &LocalFree>>;
 using HookHandle = Handle<NullHandleTraits<HHOOK, &UnhookWindowsHookEx>>;
+using WindowHandle = Handle<NullHandleTraits<HWND, &DestroyWindow>>;
+
+// --- Drawing ------------------------------------------------------------------
+
+using FontHandle = Handle<NullHandleTraits<HFONT, &DeleteObject>>;
+using BrushHandle = Handle<NullHandleTraits<HBRUSH, &DeleteObject>>;
+using PenHandle = Handle<NullHandleTraits<HPEN, &DeleteObject>>;
+using BitmapHandle = Handle<NullHandleTraits<HBITMAP, &DeleteObject>>;
+using IconHandle = Handle<NullHandleTraits<HICON, &DestroyIcon>>;
+using RegionHandle = Handle<NullHandleTraits<HRGN, &DeleteObject>>;
+// What CreateCompatibleDC made. A context that BeginPaint or GetDC handed out
+// is never owned by one of these.
+using MemoryDeviceContext = Handle<NullHandleTraits<HDC, &DeleteDC>>;
+
+// Keeps an object selected into a device context and puts the former one back.
+// Ends before the object and before the context do.
+class SelectedObject {
+public:
+    SelectedObject() noexcept = default;
+    SelectedObject(HDC context, HGDIOBJ object) noexcept
+        : context_(context), former_(SelectObject(context, object)) {}
+    SelectedObject(SelectedObject&& other) noexcept
+        : context_(other.context_), former_(std::exchange(other.former_, nullptr)) {}
+    SelectedObject& operator=(SelectedObject&& other) noexcept {
+        std::swap(context_, other.context_);
+        std::swap(former_, other.former_);
+        return *this;
+    }
+    SelectedObject(const SelectedObject&) = delete;
+    SelectedObject& operator=(const SelectedObject&) = delete;
+    ~SelectedObject() {
+        if (former_ != nullptr) {
+            const LastErrorKeeper keeper;
+            SelectObject(context_, former_);
+        }
+    }
+
+    // False when the context took no such object.
+    explicit operator bool() const noexcept { return former_ != nullptr; }
+
+private:
+    HDC context_ = nullptr;
+    HGDIOBJ former_ = nullptr;
+};
 
 }  // namespace zustd

@@ -55,6 +55,35 @@ struct HashKey<std::wstring> {
     }
 };
 
+// A key that holds a text of usual length in itself: a table of such keys takes
+// no memory a key. Never changes.
+class ShortKey {
+public:
+    explicit ShortKey(std::wstring_view text) : size_(text.size()) {
+        wchar_t* characters = inPlace_;
+        if (size_ > kRoom) {
+            far_ = std::make_unique_for_overwrite<wchar_t[]>(size_);
+            characters = far_.get();
+        }
+        text.copy(characters, size_);
+    }
+    ShortKey(const ShortKey&) = delete;
+    ShortKey& operator=(const ShortKey&) = delete;
+    ~ShortKey() = default;
+
+    operator std::wstring_view() const noexcept { return {far_ ? far_.get() : inPlace_, size_}; }
+
+private:
+    static constexpr std::size_t kRoom = 32;
+
+    std::size_t size_;
+    std::unique_ptr<wchar_t[]> far_;
+    wchar_t inPlace_[kRoom];
+};
+
+template <>
+struct HashKey<ShortKey> : HashKey<std::wstring> {};
+
 // A table from keys to values. Not synchronised. References and iterators to
 // an entry stay valid until that entry is removed or the map cleared.
 template <class V, class K = std::wstring>

@@ -16,10 +16,6 @@ constexpr Size kMarkPadding{20, 4};
 constexpr Size kSmallestPush{75, 23};
 constexpr std::int32_t kBitmapGap = 4;
 
-bool isPush(ButtonKind kind) noexcept {
-    return kind == ButtonKind::kPush || kind == ButtonKind::kDefaultPush;
-}
-
 // "&" marks the access key and takes no room.
 std::wstring withoutAccessKey(const std::wstring& caption) {
     std::wstring shown;
@@ -89,8 +85,8 @@ Size NativeButton::preferredSize() {
         content.width = saturatedSum(content.width, scale(image.width + kBitmapGap));
         content.height = std::max(content.height, scale(image.height));
     }
-    const Size padding = isPush(kind_) ? kPushPadding : kMarkPadding;
-    const Size smallest = isPush(kind_) ? kSmallestPush : Size{};
+    const Size padding = isPush() ? kPushPadding : kMarkPadding;
+    const Size smallest = isPush() ? kSmallestPush : Size{};
     return {std::max(saturatedSum(content.width, scale(padding.width)), scale(smallest.width)),
             std::max(saturatedSum(content.height, scale(padding.height)), scale(smallest.height))};
 }

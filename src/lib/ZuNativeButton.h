@@ -41,6 +41,9 @@ public:
     bool setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap);
 
     ButtonKind kind() const noexcept { return kind_; }
+    bool isPush() const noexcept {
+        return kind_ == ButtonKind::kPush || kind_ == ButtonKind::kDefaultPush;
+    }
     // A button that has a native object gets a new one.
     bool setKind(ButtonKind kind);
     bool isChecked() const noexcept { return checked_; }

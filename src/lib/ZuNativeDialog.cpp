@@ -36,7 +36,12 @@ bool NativeDialog::onKey(const KeyEvent& event) {
         return true;
     }
     if (event.key == kKeyEnter) {
-        if (const std::shared_ptr<NativeButton> button = defaultButton()) {
+        // A push button that has the focus is what the user means.
+        auto button = std::dynamic_pointer_cast<NativeButton>(router_.focused());
+        if (!button || !button->isPush()) {
+            button = defaultButton();
+        }
+        if (button) {
             button->click();
             return true;
         }

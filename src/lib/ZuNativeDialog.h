@@ -50,8 +50,8 @@ public:
     TextDescriptor& caption() const;
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
-    // Pressed by Enter where the focused widget does not use it; may be null.
-    // Held weakly.
+    // Pressed by Enter where the focused widget does not use it and is no push
+    // button itself; may be null. Held weakly.
     std::shared_ptr<NativeButton> defaultButton() const { return defaultButton_.lock(); }
     bool setDefaultButton(const std::shared_ptr<NativeButton>& button);
 

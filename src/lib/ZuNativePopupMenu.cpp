@@ -43,6 +43,8 @@ PopupMenuItem* NativePopupMenu::findItem(std::uint32_t identifier) noexcept {
 }
 
 std::uint32_t NativePopupMenu::show(Point placeOnScreen) {
+    // While the menu is open somebody may drop it.
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     const std::uint32_t chosen = implementation().show(placeOnScreen);
     if (chosen != 0) {
         notify(kSelected, MessageWord(std::intptr_t{chosen}));

@@ -199,7 +199,7 @@ std::vector<SerializableUnion> PropertyBag::getArray(std::wstring_view key) cons
 void PropertyBag::clear(std::wstring_view key) {
     if (SerializableUnion* value = table_.find(key)) {
         *value = SerializableUnion();
-        onChanged(std::wstring(key));
+        onChanged(key);
     }
 }
 
@@ -212,7 +212,7 @@ bool PropertyBag::has(std::wstring_view key) const { return table_.contains(key)
 
 std::size_t PropertyBag::size() const { return table_.size(); }
 
-void PropertyBag::onChanged(const std::wstring&) {}
+void PropertyBag::onChanged(std::wstring_view) {}
 
 SerializableUnion PropertyBag::getUnion(std::wstring_view key) const {
     const SerializableUnion* value = table_.find(key);
@@ -236,7 +236,7 @@ void PropertyBag::keys(std::vector<std::wstring>& out) const {
     out.clear();
     out.reserve(table_.size());
     for (const Table::Entry& entry : table_) {
-        out.push_back(entry.key);
+        out.emplace_back(std::wstring_view(entry.key));
     }
 }
 

@@ -69,8 +69,9 @@ public:
     // The number of entries, null ones included.
     virtual std::size_t size() const;
 
-    // Called after every real change; does nothing here.
-    virtual void onChanged(const std::wstring& key);
+    // Called after every real change; does nothing here. The key is the
+    // bag's own, which is gone when the bag is read anew.
+    virtual void onChanged(std::wstring_view key);
 
     virtual SerializableUnion getUnion(std::wstring_view key) const;
     // A null value clears the key. An object is refused without a word: a bag
@@ -84,7 +85,7 @@ public:
     virtual void announceAll();
 
 private:
-    using Table = HashMap<SerializableUnion>;
+    using Table = HashMap<SerializableUnion, ShortKey>;
 
     template <class Source>
     void readFrom(Source& in);

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "ZuDateTime.h"
+#include "ZuObjectPool.h"
 #include "ZuSharedObject.h"
 #include "ZuXml.h"
 
@@ -58,7 +59,7 @@ inline constexpr std::wstring_view kValueEnd = L"</v>";
 // A single value of one kind, written as <v>…</v>. Reading leaves the value
 // as it is when there is no such element.
 template <class T>
-class SerializableT final : public ISerializable {
+class SerializableT final : public ISerializable, public PooledObject {
 public:
     SerializableT() = default;
     explicit SerializableT(T initial) : value(std::move(initial)) {}
@@ -130,7 +131,8 @@ struct SerializableText<DateTime> {
 // itself when it is serializable, an empty pointer is no text at all, and any
 // other object is "not implemented".
 template <>
-class SerializableT<std::shared_ptr<SharedObject>> final : public ISerializable {
+class SerializableT<std::shared_ptr<SharedObject>> final : public ISerializable,
+                                                           public PooledObject {
 public:
     SerializableT() = default;
     explicit SerializableT(std::shared_ptr<SharedObject> initial) : value(std::move(initial)) {}
@@ -263,7 +265,7 @@ private:
 };
 
 // An ordered sequence of values, written as <c>count</c> and the elements.
-class SerializableArray final : public ISerializable {
+class SerializableArray final : public ISerializable, public PooledObject {
 public:
     // A file may leave out so many elements of its count at the most; they
     // are null.

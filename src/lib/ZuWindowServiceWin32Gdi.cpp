@@ -1,10 +1,14 @@
 #include "ZuWindowServiceWin32Gdi.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 
 #include <array>
+#include <atomic>
 
 #include "ZuControl.h"
+#include "ZuMessageBoxWin32Gdi.h"
+#include "ZuMessageLoopWin32Gdi.h"
 
 namespace zustd {
 
@@ -49,6 +53,27 @@ HCURSOR nativeCursor(MouseCursor cursor) noexcept {
     const auto index = static_cast<std::size_t>(cursor);
     return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
 }
+
+// Whom a dialog of the system disables: the window that the user sees and may
+// use, or none.
+HWND dialogOwnerOf(HWND window) noexcept {
+    const bool isUsable = window != GetDesktopWindow() && IsWindow(window);
+    return ModalSession::ownerFor(isUsable ? GetAncestor(window, GA_ROOT) : nullptr);
+}
+
+// Boxes of one service are nested: the last one is in front.
+class OpenBox {
+public:
+    OpenBox(std::vector<MessageBoxWin32Gdi*>& boxes, MessageBoxWin32Gdi& box) : boxes_(boxes) {
+        boxes_.push_back(&box);
+    }
+    OpenBox(const OpenBox&) = delete;
+    OpenBox& operator=(const OpenBox&) = delete;
+    ~OpenBox() { boxes_.pop_back(); }
+
+private:
+    std::vector<MessageBoxWin32Gdi*>& boxes_;
+};
 
 // The dialog wants name and pattern in turn, each terminated, and an empty one
 // at the end.
@@ -125,16 +150,15 @@ void WindowServiceWin32Gdi::releaseMouse() {
     }
 }
 
-bool WindowServiceWin32Gdi::isMessageOpen() const { return messageOpen_; }
+bool WindowServiceWin32Gdi::isMessageOpen() const { return !openBoxes_.empty(); }
 
 int WindowServiceWin32Gdi::showMessage(MessageBoxContent& box) {
     return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
 }
 
 void WindowServiceWin32Gdi::closeMessage(int answer) {
-    const HWND box = messageOpen_ ? GetLastActivePopup(window_) : nullptr;
-    if (box != nullptr && box != window_) {
-        EndDialog(box, answer);
+    if (!openBoxes_.empty()) {
+        guarded(L"WindowServiceWin32Gdi::closeMessage", [&] { openBoxes_.back()->close(answer); });
     }
 }
 
@@ -228,26 +252,55 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         const std::wstring filter = filterOf(patterns, patternNames);
         OPENFILENAMEW request{};
         request.lStructSize = sizeof(request);
-        request.hwndOwner = window_;
+        request.hwndOwner = dialogOwnerOf(window_);
         request.lpstrFilter = filter.c_str();
         request.lpstrFile = name.data();
         request.nMaxFile = static_cast<DWORD>(name.size());
         // The choice must not change where relative names lead to.
         request.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-        return GetOpenFileNameW(&request) ? std::wstring(name.data()) : std::wstring();
+        if (GetOpenFileNameW(&request)) {
+            return std::wstring(name.data());
+        }
+        if (CommDlgExtendedError() == FNERR_INVALIDFILENAME) {
+            // No file has the initial name: it is only a suggestion.
+            name[0] = L'\0';
+            if (GetOpenFileNameW(&request)) {
+                return std::wstring(name.data());
+            }
+        }
+        if (CommDlgExtendedError() != 0) {
+            throw SystemException(L"Could not select file");
+        }
+        return std::wstring();
     });
 }
 
+void WindowServiceWin32Gdi::setScalingFactor(double factor) {
+    scalingFactor = factor;
+    // What is in there has the size of the former factor.
+    clearDrawingCaches();
+}
+
+int WindowServiceWin32Gdi::getNewId() noexcept {
+    // Below lie the identifiers that dialogs have a meaning for; notifications
+    // have room for 16 bits.
+    constexpr int kFirst = 0x100;
+    constexpr int kLast = 0x7FFF;
+    static constinit std::atomic<int> next = kFirst;
+    int taken = next.load();
+    while (!next.compare_exchange_weak(taken, taken == kLast ? kFirst : taken + 1)) {
+    }
+    return taken;
+}
+
 int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* failure,
-                                   const MessageBoxContent& box) {
+                                   MessageBoxContent& box) {
+    // While the box is open somebody may drop the service.
+    const std::shared_ptr<WindowService> alive = sharedReference<WindowService>(&getAbstraction());
     return guarded(operation, kAnswerNone, [&] {
-        messageOpen_ = true;
-        const int answer = MessageBoxW(window_, box.text.c_str(), box.caption.c_str(), box.style);
-        messageOpen_ = false;
-        if (answer == kAnswerNone) {
-            throw SystemException(failure);
-        }
-        return answer;
+        MessageBoxWin32Gdi shown(getAbstraction(), box);
+        const OpenBox open(openBoxes_, shown);
+        return shown.show(failure);
     });
 }
 

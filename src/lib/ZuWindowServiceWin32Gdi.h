@@ -5,10 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "ZuHandleWin32Gdi.h"
 #include "ZuWindowService.h"
 #include "ZuWindows.h"
 
 namespace zustd {
+
+class MessageBoxWin32Gdi;
+class TimerWindowWin32Gdi;
 
 class WindowServiceWin32Gdi : public Implementation<WindowService, IWindowServiceImpl> {
 public:
@@ -64,13 +68,37 @@ public:
     HWND window() const noexcept { return window_; }
     // For a surface's backend, which makes and loses its window.
     void setWindow(HWND window) noexcept { window_ = window; }
+    // An identifier for a native control, a menu item or a timer that no other
+    // one has had for long.
+    static int getNewId() noexcept;
+
+    // --- Drawing objects. The caches are the UI thread's and serve all window
+    // services; they hold a bounded number of objects that nobody else uses.
+
+    std::shared_ptr<Font> getCachedFont(const FontStyle& style);
+    std::shared_ptr<Bitmap> getCachedBitmap(const ResourceDescriptor& resource, Size size);
+    // New ones, joined to their backends and synchronised.
+    std::shared_ptr<Font> createFont(const FontStyle& style);
+    std::shared_ptr<Bitmap> createBitmap(const ResourceDescriptor& resource, Size size);
+    // The caller's own; empty when the system has none to give.
+    FontHandle createFontHandle(const FontStyle& style);
+    // The hidden window that this thread's timers share.
+    static std::shared_ptr<TimerWindowWin32Gdi> createTimerWindow();
+
+    // Takes the place of the system's scaling factor for all window services,
+    // from the next font and image on; 0.0 goes back to the system's. For hosts
+    // that zoom, and for tests.
+    static void setScalingFactor(double factor);
+    // Lets go of what the caches hold.
+    static void clearDrawingCaches() noexcept;
 
 private:
-    int showBox(const wchar_t* operation, const wchar_t* failure, const MessageBoxContent& box);
+    int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 
     HWND window_;
     MouseCursor cursor_ = MouseCursor::kArrow;
-    bool messageOpen_ = false;
+    // Those that wait for their answers, the innermost last.
+    std::vector<MessageBoxWin32Gdi*> openBoxes_;
 };
 
 // A window service with its backend.

@@ -209,7 +209,7 @@ int UtilityProcess::exitCode() {
 }
 
 void UtilityProcess::kill() {
-    TerminateJobObject(job_, 1);
+    TerminateJobObject(job_, static_cast<UINT>(kDidNotEnd));
     WaitForSingleObject(process_, 5000);
 }
 

@@ -2,35 +2,15 @@
 // the system: the 32-bit view of a 64-bit machine is told by variables that are
 // deleted at every start. A copy of this program runs on an older Windows.
 //
-// usage: collect_driver [light] [ocat] [quick] [NAME=value...]
-//
-// quick notes the command lines without starting an interpreter for each.
+// usage: collect_driver [light] [ocat] [NAME=value...]
 
 #include <cstdlib>
 #include <memory>
 #include <string>
 
 #include "Diagnostics.h"
-#include "StandIn.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuServiceLocator.h"
-
-namespace {
-bool quick = false;
-}
-
-// In the place of the C runtime's function of this name.
-extern "C" int system(const char* line) {
-    const std::string text = line;
-    if (quick) {
-        standin::note(L"PELLORY_RECORD", std::wstring(text.begin(), text.end()));
-        return 0;
-    }
-    using System = int (*)(const char*);
-    const HMODULE runtime = GetModuleHandleW(L"msvcrt.dll");
-    return reinterpret_cast<System>(reinterpret_cast<void*>(GetProcAddress(runtime, "system")))(
-        line);
-}
 
 int wmain(int argc, wchar_t** argv) {
     bool light = false;
@@ -42,7 +22,6 @@ int wmain(int argc, wchar_t** argv) {
         }
         light = light || argument == L"light";
         ocat = ocat || argument == L"ocat";
-        quick = quick || argument == L"quick";
     }
     const auto service = zustd::makeService<zustd::ApplicationService>();
     auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();

@@ -24,6 +24,10 @@ REGEDIT4
 [HKEY_CURRENT_USER\Software\Wine\X11 Driver]
 "Decorated"="N"
 
+; A window that is managed waits two seconds for a manager whenever it is hidden.
+[HKEY_CURRENT_USER\Software\Wine\AppDefaults\backend_tests.exe\X11 Driver]
+"Managed"="N"
+
 ; One program of the tests runs on a Windows that is older than Vista.
 [HKEY_CURRENT_USER\Software\Wine\AppDefaults\collect_driver_xp.exe]
 "Version"="winxp64"

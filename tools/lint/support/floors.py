@@ -3,7 +3,7 @@
 # From the ground upwards. A unit of these lists that has no files yet is planned.
 FLOORS = {
     "base": """
-        ZuText ZuSharedObject ZuHashMap ZuPlankton ZuDateTime ZuVersion ZuId ZuHandle
+        ZuText ZuSharedObject ZuObjectPool ZuHashMap ZuPlankton ZuDateTime ZuVersion ZuId ZuHandle
         ZuHandleWin32Gdi ZuWindows""".split(),
     "data": """
         ZuXml ZuSerializable ZuPropertyBag ZuEncoder ZuCipher ZuLoader""".split(),

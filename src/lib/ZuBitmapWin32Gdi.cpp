@@ -1,0 +1,206 @@
+#include "ZuBitmapWin32Gdi.h"
+
+#include <objidl.h>
+// GDI+ needs what is above.
+#include <gdiplus/gdiplus.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "ZuResourceService.h"
+
+namespace zustd {
+
+namespace {
+
+namespace flat = Gdiplus::DllExports;
+
+// GDI+ for as long as the program runs.
+class GdiPlusSession {
+public:
+    GdiPlusSession() {
+        const Gdiplus::GdiplusStartupInput input;
+        if (Gdiplus::GdiplusStartup(&token_, &input, nullptr) != Gdiplus::Ok) {
+            throw SystemException(L"Could not start GDI+");
+        }
+    }
+    GdiPlusSession(const GdiPlusSession&) = delete;
+    GdiPlusSession& operator=(const GdiPlusSession&) = delete;
+    ~GdiPlusSession() { Gdiplus::GdiplusShutdown(token_); }
+
+private:
+    ULONG_PTR token_ = 0;
+};
+
+// The first image starts GDI+; a start that failed is tried again by the next.
+void needGdiPlus() { static const GdiPlusSession session; }
+
+void check(Gdiplus::GpStatus status) {
+    if (status != Gdiplus::Ok) {
+        throw SystemException(L"Could not read image");
+    }
+}
+
+void closeStream(IStream* stream) noexcept { stream->Release(); }
+void closeImage(Gdiplus::GpBitmap* image) noexcept { flat::GdipDisposeImage(image); }
+void closeGraphics(Gdiplus::GpGraphics* graphics) noexcept { flat::GdipDeleteGraphics(graphics); }
+void closeAttributes(Gdiplus::GpImageAttributes* attributes) noexcept {
+    flat::GdipDisposeImageAttributes(attributes);
+}
+
+using Stream = Handle<NullHandleTraits<IStream*, &closeStream>>;
+using Image = Handle<NullHandleTraits<Gdiplus::GpBitmap*, &closeImage>>;
+using Graphics = Handle<NullHandleTraits<Gdiplus::GpGraphics*, &closeGraphics>>;
+using Attributes = Handle<NullHandleTraits<Gdiplus::GpImageAttributes*, &closeAttributes>>;
+
+std::int64_t pixelCount(Size size) noexcept { return std::int64_t{size.width} * size.height; }
+
+bool isDrawable(Size size) noexcept { return !size.isEmpty() && pixelCount(size) <= kMostPixels; }
+
+std::int32_t bigEndian(std::span<const unsigned char, 4> bytes) noexcept {
+    std::uint32_t number = 0;
+    for (const unsigned char byte : bytes) {
+        number = number << 8 | byte;
+    }
+    return saturate(number);
+}
+
+// What a PNG says about its size, so that an absurd one costs nothing; empty
+// for anything else. Its first chunk must be the header.
+Size sizeOfPng(std::span<const unsigned char> bytes) noexcept {
+    static constexpr std::array<unsigned char, 8> kSignature = {0x89, 'P',  'N',  'G',
+                                                                '\r', '\n', 0x1A, '\n'};
+    constexpr std::size_t kWidthOffset = 16;
+    constexpr std::size_t kHeaderEnd = 24;
+    if (bytes.size() < kHeaderEnd ||
+        !std::equal(kSignature.begin(), kSignature.end(), bytes.begin())) {
+        return {};
+    }
+    return {bigEndian(bytes.subspan<kWidthOffset, 4>()),
+            bigEndian(bytes.subspan<kWidthOffset + 4, 4>())};
+}
+
+Size scaledSize(Size size, double factor) noexcept {
+    const auto scaled = [factor](std::int32_t extent) {
+        return std::max(saturate(std::llround(extent * factor)), 1);
+    };
+    return {scaled(size.width), scaled(size.height)};
+}
+
+Stream streamOf(std::span<const unsigned char> bytes) {
+    Handle<NullHandleTraits<HGLOBAL, &GlobalFree>> memory(GlobalAlloc(GMEM_MOVEABLE, bytes.size()));
+    void* target = memory ? GlobalLock(memory.get()) : nullptr;
+    if (target == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::memcpy(target, bytes.data(), bytes.size());
+    GlobalUnlock(memory.get());
+    IStream* stream = nullptr;
+    if (FAILED(CreateStreamOnHGlobal(memory.get(), TRUE, &stream))) {
+        throw std::bad_alloc();
+    }
+    memory.release();  // the stream's now
+    return Stream(stream);
+}
+
+Image decode(std::span<const unsigned char> bytes) {
+    const Stream stream = streamOf(bytes);
+    Gdiplus::GpBitmap* image = nullptr;
+    check(flat::GdipCreateBitmapFromStream(stream.get(), &image));
+    return Image(image);
+}
+
+// Draws an image over the whole of a bitmap that is transparent so far.
+void drawScaled(Gdiplus::GpBitmap* image, Size imageSize, Gdiplus::GpBitmap* target, Size size) {
+    Gdiplus::GpGraphics* made = nullptr;
+    check(flat::GdipGetImageGraphicsContext(target, &made));
+    const Graphics graphics(made);
+    Gdiplus::GpImageAttributes* madeAttributes = nullptr;
+    check(flat::GdipCreateImageAttributes(&madeAttributes));
+    const Attributes attributes(madeAttributes);
+    // Pixels at the edge have themselves for neighbours, and the middle of a
+    // pixel is where its colour lies; otherwise the edges would fade.
+    check(flat::GdipSetImageAttributesWrapMode(madeAttributes, Gdiplus::WrapModeTileFlipXY, 0,
+                                               FALSE));
+    check(flat::GdipSetPixelOffsetMode(made, Gdiplus::PixelOffsetModeHalf));
+    check(flat::GdipSetInterpolationMode(made, Gdiplus::InterpolationModeHighQualityBicubic));
+    check(flat::GdipSetCompositingMode(made, Gdiplus::CompositingModeSourceCopy));
+    check(flat::GdipDrawImageRectRectI(made, image, 0, 0, size.width, size.height, 0, 0,
+                                       imageSize.width, imageSize.height, Gdiplus::UnitPixel,
+                                       madeAttributes, nullptr, nullptr));
+}
+
+// A transparent bitmap and where its pixels lie.
+BitmapHandle makePixels(Size size, void*& pixels) {
+    BITMAPINFO description{};
+    description.bmiHeader.biSize = sizeof(description.bmiHeader);
+    description.bmiHeader.biWidth = size.width;
+    description.bmiHeader.biHeight = -size.height;
+    description.bmiHeader.biPlanes = 1;
+    description.bmiHeader.biBitCount = 32;
+    BitmapHandle bitmap(
+        CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    if (!bitmap) {
+        throw SystemException(L"Could not create bitmap");
+    }
+    return bitmap;
+}
+
+std::shared_ptr<IResourceService> rootResources() {
+    const auto root = ServiceLocator::instance();
+    return root ? root->getService<IResourceService>() : nullptr;
+}
+
+}  // namespace
+
+void BitmapWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {
+        if (image_.bitmap) {
+            return;
+        }
+        std::shared_ptr<IResourceService> resources = resources_.lock();
+        if (!resources) {
+            resources = rootResources();
+        }
+        const FileResource* file =
+            resources ? resources->getFileResource(getAbstraction().resource().identifier)
+                      : nullptr;
+        if (file != nullptr) {
+            image_ = decodePng({file->bytes, static_cast<std::size_t>(file->size)},
+                               getAbstraction().size(), scalingFactor_);
+        }
+        if (image_.bitmap) {
+            getAbstraction().acceptSize(image_.size);
+        }
+    });
+}
+
+void BitmapWin32Gdi::releaseNativeObject() { image_ = {}; }
+
+DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
+    const Size own = sizeOfPng(bytes);
+    const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
+    if (!isDrawable(own) || !isDrawable(target)) {
+        return {};
+    }
+    needGdiPlus();
+    const Image image = decode(bytes);
+    void* pixels = nullptr;
+    BitmapHandle bitmap = makePixels(target, pixels);
+    Gdiplus::GpBitmap* made = nullptr;
+    check(flat::GdipCreateBitmapFromScan0(target.width, target.height, target.width * 4,
+                                          PixelFormat32bppPARGB, static_cast<BYTE*>(pixels),
+                                          &made));
+    const Image view(made);
+    drawScaled(image.get(), own, made, target);
+    return {std::move(bitmap), target};
+}
+
+BitmapWin32Gdi& bitmapBackend(const Bitmap& bitmap) {
+    auto* backend = dynamic_cast<BitmapWin32Gdi*>(&bitmap.implementation());
+    ZU_ASSERT_AS(backend != nullptr, L"bitmap", ZU_HERE);
+    return *backend;
+}
+
+}  // namespace zustd

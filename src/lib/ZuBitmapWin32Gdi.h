@@ -1,0 +1,60 @@
+// The Windows half of a bitmap: a PNG of the resource service as a 32-bit
+// bitmap of its final size.
+//
+// The image is found, decoded and scaled once, by the first synchronisation.
+// What is missing, broken or larger than kMostPixels leaves the bitmap empty:
+// it draws nothing and keeps the size that was asked for.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "ZuBitmap.h"
+#include "ZuHandleWin32Gdi.h"
+
+namespace zustd {
+
+class IResourceService;
+
+// The largest image that is taken, before scaling and after it: 64 MB.
+inline constexpr std::int64_t kMostPixels = std::int64_t{16} << 20;
+
+// A top-down bitmap of 32 bits a pixel, colours premultiplied with alpha.
+struct DrawableImage {
+    BitmapHandle bitmap;
+    Size size;
+};
+
+class BitmapWin32Gdi : public Implementation<Bitmap, IBitmapImpl> {
+public:
+    // An image without a size is shown at its own size times the factor. Once
+    // the service is gone, the one of the root registry takes its place.
+    BitmapWin32Gdi(const std::shared_ptr<IResourceService>& resources, double scalingFactor)
+        : resources_(resources), scalingFactor_(scalingFactor) {}
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return static_cast<bool>(image_.bitmap); }
+
+    // Null for an empty bitmap. Valid as long as this object and until
+    // releaseNativeObject().
+    HBITMAP handle() const noexcept { return image_.bitmap.get(); }
+    Size imageSize() const noexcept { return image_.size; }
+
+private:
+    std::weak_ptr<IResourceService> resources_;
+    double scalingFactor_;
+    DrawableImage image_;
+};
+
+// Decodes a PNG to a size, or to its own size times a factor when that is
+// empty; an empty image when the bytes are no PNG or it is too large. Throws
+// SystemException when the system fails.
+DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor);
+
+// The backend of a bitmap that a window service made. Fails an assertion for a
+// bitmap of another origin.
+BitmapWin32Gdi& bitmapBackend(const Bitmap& bitmap);
+
+}  // namespace zustd

@@ -1,0 +1,305 @@
+#include "ZuDialogWin32Gdi.h"
+
+#include <windowsx.h>
+
+#include <array>
+#include <cstring>
+
+#include "ZuMessageLoopWin32Gdi.h"
+#include "ZuNativeButton.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+// A dialog template: the fixed part, then words without padding. Menu, class
+// and caption are empty; the font is the system's.
+class DialogTemplate {
+public:
+    DialogTemplate(DWORD style, DWORD extendedStyle) {
+        NONCLIENTMETRICSW metrics{};
+        metrics.cbSize = sizeof(metrics);
+        const bool hasFont =
+            SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0) != FALSE;
+        DLGTEMPLATE head{};
+        head.style = style | (hasFont ? DS_SETFONT : 0);
+        head.dwExtendedStyle = extendedStyle;
+        std::memcpy(words_.data(), &head, sizeof(head));
+        used_ = sizeof(head) / sizeof(WORD);
+        append(0);  // no menu
+        append(0);  // the standard class
+        append(0);  // no caption
+        if (hasFont) {
+            append(pointsOf(metrics.lfMessageFont));
+            for (const wchar_t* letter = metrics.lfMessageFont.lfFaceName; *letter != 0; ++letter) {
+                append(*letter);
+            }
+            append(0);
+        }
+    }
+
+    const DLGTEMPLATE* get() const noexcept {
+        return reinterpret_cast<const DLGTEMPLATE*>(words_.data());
+    }
+
+private:
+    static constexpr std::size_t kWords = sizeof(DLGTEMPLATE) / sizeof(WORD) + 4 + LF_FACESIZE;
+
+    void append(WORD word) {
+        ZU_ASSERT(used_ < kWords);
+        words_[used_++] = word;
+    }
+
+    static WORD pointsOf(const LOGFONTW& font) noexcept {
+        const HDC screen = GetDC(nullptr);
+        const int dots = screen != nullptr ? GetDeviceCaps(screen, LOGPIXELSY) : 96;
+        if (screen != nullptr) {
+            ReleaseDC(nullptr, screen);
+        }
+        return static_cast<WORD>(MulDiv(std::abs(font.lfHeight), 72, dots));
+    }
+
+    alignas(DWORD) std::array<WORD, kWords> words_{};
+    std::size_t used_ = 0;
+};
+
+RECT workAreaAround(HWND window) noexcept {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTOPRIMARY), &monitor);
+    return monitor.rcWork;
+}
+
+RECT workAreaAt(POINT place) noexcept {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromPoint(place, MONITOR_DEFAULTTONEAREST), &monitor);
+    return monitor.rcWork;
+}
+
+// What is too large for the area begins at its start.
+LONG keptWithin(LONG start, LONG extent, LONG first, LONG end) noexcept {
+    return std::max(std::min(start, end - extent), first);
+}
+
+}  // namespace
+
+DialogWin32Gdi::DialogWin32Gdi(std::weak_ptr<WindowService> creator,
+                               std::shared_ptr<WindowService> windowService,
+                               std::shared_ptr<GraphicsService> graphicsService) noexcept
+    : WindowHandlerWin32Gdi(std::move(creator), std::move(windowService),
+                            std::move(graphicsService), L"DialogWin32Gdi::dialogProcedure") {}
+
+void DialogWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"DialogWin32Gdi::synchronizeWithAbstraction", [this] {
+        if (window() == nullptr) {
+            createWindow(findOwner());
+        }
+        const NativeDialog& shown = getAbstraction();
+        synchronizeCaption(shown.hasCaption() ? shown.caption().text(shown) : std::wstring());
+        synchronizeEnabled();
+        synchronizeSize();
+        if (hasStyle(NativeDialog::kStylePopup) && shown.isOpen() &&
+            shown.boundary().position() != position_) {
+            place();
+        }
+        markDefaultButton();
+    });
+}
+
+void DialogWin32Gdi::releaseNativeObject() {
+    internalHide(kAnswerNone);
+    destroyWindow();
+    defaultButton_ = nullptr;
+}
+
+int DialogWin32Gdi::show(bool modal) {
+    return guarded(L"DialogWin32Gdi::show", kAnswerNone, [this, modal] {
+        if (session_ != nullptr || !makeReady()) {
+            return kAnswerNone;
+        }
+        if (modal) {
+            return showModal();
+        }
+        showNonModal();
+        return kAnswerNone;
+    });
+}
+
+void DialogWin32Gdi::hide(int result) {
+    guarded(L"DialogWin32Gdi::hide", [this, result] { internalHide(result); });
+}
+
+int DialogWin32Gdi::showModal() {
+    ModalSession session(owner_);
+    session.setDialog(window());
+    session_ = &session;
+    showNonModal();
+    // From here on the dialog may be gone, unless no more messages come.
+    if (!session.run()) {
+        internalHide(kAnswerNone);
+    }
+    return session.result();
+}
+
+void DialogWin32Gdi::showNonModal() {
+    place();
+    getAbstraction().acceptOpen();
+    if (hasStyle(NativeDialog::kStylePopup)) {
+        SetWindowPos(window(), HWND_TOPMOST, 0, 0, 0, 0,
+                     SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
+    } else {
+        ShowWindow(window(), SW_SHOW);
+    }
+}
+
+void DialogWin32Gdi::internalHide(int result) {
+    NativeDialog& dialog = getAbstraction();
+    if (!dialog.isOpen()) {
+        return;
+    }
+    dialog.acceptClosed(result);
+    // Those that this one owns cannot stay.
+    while (auto* inner = dynamic_cast<DialogWin32Gdi*>(of(ModalSession::dialogOver(window())))) {
+        inner->internalHide(kAnswerNone);
+    }
+    const bool wasActive = window() != nullptr && GetActiveWindow() == window();
+    if (ModalSession* session = std::exchange(session_, nullptr)) {
+        session->end(result);
+    }
+    if (window() == nullptr) {
+        return;
+    }
+    if (wasActive && IsWindowVisible(owner_) && IsWindowEnabled(owner_)) {
+        SetActiveWindow(owner_);
+    }
+    ShowWindow(window(), SW_HIDE);
+}
+
+bool DialogWin32Gdi::hasStyle(std::uint32_t style) const {
+    return (getAbstraction().style() & style) != 0;
+}
+
+HWND DialogWin32Gdi::findOwner() const {
+    const HWND window = creatorWindow();
+    return ModalSession::ownerFor(window != nullptr ? GetAncestor(window, GA_ROOT) : nullptr);
+}
+
+// A window with everything on it and the owner of the moment.
+bool DialogWin32Gdi::makeReady() {
+    const bool isOpen = getAbstraction().isOpen();
+    if (window() != nullptr && !isOpen && findOwner() != owner_) {
+        getAbstraction().releaseTree();
+    }
+    getAbstraction().synchronizeTree();
+    return window() != nullptr;
+}
+
+void DialogWin32Gdi::createWindow(HWND owner) {
+    DWORD style = WS_POPUP | WS_CLIPCHILDREN;
+    DWORD extendedStyle = WS_EX_CONTROLPARENT;
+    if (hasStyle(NativeDialog::kStylePopup)) {
+        extendedStyle |= WS_EX_NOACTIVATE | WS_EX_TOPMOST | WS_EX_TOOLWINDOW;
+    } else {
+        constexpr DWORD kResizable = WS_THICKFRAME | WS_MAXIMIZEBOX;
+        constexpr DWORD kFixed = DS_MODALFRAME;
+        style |= WS_CAPTION | (hasStyle(NativeDialog::kStyleResizable) ? kResizable : kFixed);
+        style |= hasStyle(NativeDialog::kStyleNotClosable) ? 0U : DWORD{WS_SYSMENU};
+    }
+    const DialogTemplate description(style, extendedStyle);
+    const HWND made = CreateDialogIndirectParamW(
+        GetModuleHandleW(nullptr), description.get(), owner, &dialogProcedure,
+        reinterpret_cast<LPARAM>(static_cast<WindowHandlerWin32Gdi*>(this)));
+    if (made == nullptr) {
+        throw SystemException(L"Could not create dialog");
+    }
+    adopt(made);
+    owner_ = owner;
+    defaultButton_ = nullptr;
+}
+
+// In the middle of the owner, or of the screen; a popup where it wants to be.
+// No part leaves the screen that it is on.
+void DialogWin32Gdi::place() {
+    RECT area{};
+    GetWindowRect(window(), &area);
+    const SIZE size{area.right - area.left, area.bottom - area.top};
+    RECT screen = workAreaAround(owner_);
+    POINT start{};
+    if (hasStyle(NativeDialog::kStylePopup)) {
+        position_ = getAbstraction().boundary().position();
+        start = {position_.x, position_.y};
+        screen = workAreaAt(start);
+    } else {
+        RECT around = screen;
+        if (IsWindowVisible(owner_) && !IsIconic(owner_)) {
+            GetWindowRect(owner_, &around);
+        }
+        start = {around.left + (around.right - around.left - size.cx) / 2,
+                 around.top + (around.bottom - around.top - size.cy) / 2};
+    }
+    SetWindowPos(window(), nullptr, keptWithin(start.x, size.cx, screen.left, screen.right),
+                 keptWithin(start.y, size.cy, screen.top, screen.bottom), 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+}
+
+// Only the look: what Enter presses is the portable dialog's matter.
+void DialogWin32Gdi::markDefaultButton() {
+    const auto button = getAbstraction().defaultButton();
+    const HWND marked = button ? nativeWindowOf(*button) : nullptr;
+    if (marked == defaultButton_) {
+        return;
+    }
+    const auto mark = [](HWND window, UINT before, UINT after) {
+        if (window != nullptr && (static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)) & BS_TYPEMASK) == before) {
+            SendMessageW(window, BM_SETSTYLE, after, TRUE);
+        }
+    };
+    mark(defaultButton_, BS_DEFPUSHBUTTON, BS_PUSHBUTTON);
+    mark(marked, BS_PUSHBUTTON, BS_DEFPUSHBUTTON);
+    defaultButton_ = marked;
+}
+
+bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    switch (message.id) {
+        case WM_MOUSEACTIVATE:
+            result = MA_NOACTIVATE;
+            return hasStyle(NativeDialog::kStylePopup);
+        case WM_NCHITTEST:
+            result = HTTRANSPARENT;
+            return hasStyle(NativeDialog::kStylePopup) && letsMouseThrough(message.extra);
+        case WM_SYSCOMMAND:
+            // Alt+F4 does not need a close button.
+            result = 0;
+            return (message.wide & 0xFFF0) == SC_CLOSE && hasStyle(NativeDialog::kStyleNotClosable);
+        default:
+            return false;
+    }
+}
+
+// A tooltip below the pointer must not take the mouse from what it explains.
+bool DialogWin32Gdi::letsMouseThrough(LPARAM place) const {
+    POINT point{GET_X_LPARAM(place), GET_Y_LPARAM(place)};
+    ScreenToClient(window(), &point);
+    const Control* found = getAbstraction().controlAt({point.x, point.y});
+    return found == nullptr || found == &getAbstraction();
+}
+
+void DialogWin32Gdi::onResized(Size size) { getAbstraction().acceptSize(size); }
+
+void DialogWin32Gdi::onCloseRequest() { getAbstraction().acceptClose(); }
+
+void DialogWin32Gdi::focusFirst() {
+    InputRouter& router = *getAbstraction().inputRouter();
+    if (!hasStyle(NativeDialog::kStylePopup) && !router.focused()) {
+        router.moveFocus(false);
+    }
+}
+
+void DialogWin32Gdi::onWindowLost() {
+    defaultButton_ = nullptr;
+    internalHide(kAnswerNone);
+}
+
+}  // namespace zustd

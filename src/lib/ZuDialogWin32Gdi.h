@@ -1,0 +1,63 @@
+// The Windows half of a native dialog.
+//
+// The window is made from a template in memory by the first synchronisation,
+// hidden, and kept until the dialog is given up; showing and hiding do not make
+// it anew unless its owner has changed. Its owner is the topmost window around
+// that of the service which made it, or the modal dialog that keeps this one
+// disabled at the moment.
+//
+// A modal dialog may be closed, destroyed, or lose its window while it is open:
+// show() then returns as soon as the messages inside of it have been handled.
+#pragma once
+
+#include "ZuNativeDialog.h"
+#include "ZuWindowHandlerWin32Gdi.h"
+
+namespace zustd {
+
+class ModalSession;
+
+class DialogWin32Gdi : public Implementation<NativeDialog, INativeDialogImpl>,
+                       public WindowHandlerWin32Gdi {
+public:
+    DialogWin32Gdi(std::weak_ptr<WindowService> creator,
+                   std::shared_ptr<WindowService> windowService,
+                   std::shared_ptr<GraphicsService> graphicsService) noexcept;
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return window() != nullptr; }
+    int show(bool modal) override;
+    void hide(int result) override;
+    Control& surface() const override { return getAbstraction(); }
+
+    // What show() and hide() do. The first needs a window.
+    int showModal();
+    void showNonModal();
+    void internalHide(int result);
+
+protected:
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+    void onResized(Size size) override;
+    void onCloseRequest() override;
+    void focusFirst() override;
+    void onWindowLost() override;
+
+private:
+    bool hasStyle(std::uint32_t style) const;
+    HWND findOwner() const;
+    bool makeReady();
+    void createWindow(HWND owner);
+    void place();
+    void markDefaultButton();
+    bool letsMouseThrough(LPARAM place) const;
+
+    HWND owner_ = nullptr;
+    // Of the show() that blocks.
+    ModalSession* session_ = nullptr;
+    // Drawn as the default button.
+    HWND defaultButton_ = nullptr;
+    Point position_;
+};
+
+}  // namespace zustd

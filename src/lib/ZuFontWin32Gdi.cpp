@@ -1,0 +1,147 @@
+#include "ZuFontWin32Gdi.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cwchar>
+
+namespace zustd {
+
+namespace {
+
+constexpr double kDotsPerInch = 96.0;
+constexpr double kPointsPerInch = 72.0;
+// A larger font fills any screen with one character.
+constexpr double kLargestHeight = 4000.0;
+
+// The face of the system's own windows.
+void copySystemFace(LOGFONTW& font) noexcept {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    if (SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) {
+        std::copy_n(metrics.lfMessageFont.lfFaceName, LF_FACESIZE, font.lfFaceName);
+    }
+}
+
+bool isBetween(wchar_t character, wchar_t first, wchar_t last) noexcept {
+    return character >= first && character <= last;
+}
+
+// Whether the width of a text is the sum of the widths of such characters,
+// whatever stands beside them.
+bool standsAlone(wchar_t character) noexcept {
+    return isBetween(character, 0x0020, 0x007E) || isBetween(character, 0x00A0, 0x00AC) ||
+           isBetween(character, 0x00AE, 0x02AF) || isBetween(character, 0x0370, 0x0482) ||
+           isBetween(character, 0x048A, 0x052F) || isBetween(character, 0x1E00, 0x1FFF) ||
+           isBetween(character, 0x2010, 0x2027) || isBetween(character, 0x2030, 0x205E) ||
+           isBetween(character, 0x20A0, 0x20BF);
+}
+
+std::int32_t systemTextWidth(HDC context, std::wstring_view text) noexcept {
+    SIZE size{};
+    // The system refuses longer texts than its counts can hold.
+    const auto length = static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+    return GetTextExtentPoint32W(context, text.data(), length, &size) ? size.cx : 0;
+}
+
+}  // namespace
+
+void FontWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"FontWin32Gdi::synchronizeWithAbstraction", [this] {
+        if (!font_) {
+            font_ = makeFontHandle(getAbstraction().style(), scalingFactor_);
+            if (!font_) {
+                throw SystemException(L"Could not create font");
+            }
+        }
+    });
+}
+
+void FontWin32Gdi::releaseNativeObject() { font_.reset(); }
+
+HFONT FontWin32Gdi::handle() {
+    synchronizeWithAbstraction();
+    return font_ ? font_.get() : static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
+}
+
+std::int32_t FontWin32Gdi::lineHeight() {
+    if (lineHeight_ == 0) {
+        const HDC context = measuringContext();
+        const SelectedObject selected(context, handle());
+        TEXTMETRICW metrics{};
+        GetTextMetricsW(context, &metrics);
+        lineHeight_ = std::max<std::int32_t>(metrics.tmHeight, 1);
+    }
+    return lineHeight_;
+}
+
+std::int32_t FontWin32Gdi::textWidth(std::wstring_view text) {
+    std::int64_t width = 0;
+    for (const wchar_t character : text) {
+        const auto number = static_cast<std::size_t>(character);
+        const std::size_t index = number / kBlockSize;
+        const int own = index < kBlockCount ? block(index)[number % kBlockSize] : -1;
+        if (own < 0) {
+            const HDC context = measuringContext();
+            const SelectedObject selected(context, handle());
+            return systemTextWidth(context, text);
+        }
+        width += own;
+    }
+    return saturate(width);
+}
+
+const FontWin32Gdi::Block& FontWin32Gdi::block(std::size_t index) {
+    if (!blocks_[index]) {
+        std::array<wchar_t, kBlockSize> characters{};
+        for (std::size_t i = 0; i < kBlockSize; ++i) {
+            characters[i] = static_cast<wchar_t>(index * kBlockSize + i);
+        }
+        const HDC context = measuringContext();
+        const SelectedObject selected(context, handle());
+        std::array<WORD, kBlockSize> glyphs{};
+        std::array<INT, kBlockSize> widths{};
+        const bool known =
+            GetGlyphIndicesW(context, characters.data(), kBlockSize, glyphs.data(),
+                             GGI_MARK_NONEXISTING_GLYPHS) != GDI_ERROR &&
+            GetCharWidth32W(context, characters.front(), characters.back(), widths.data());
+        auto made = std::make_unique<Block>();
+        for (std::size_t i = 0; i < kBlockSize; ++i) {
+            const bool usable = known && standsAlone(characters[i]) && glyphs[i] != 0xFFFF &&
+                                widths[i] >= 0 && widths[i] <= INT16_MAX;
+            (*made)[i] = static_cast<std::int16_t>(usable ? widths[i] : -1);
+        }
+        blocks_[index] = std::move(made);
+    }
+    return *blocks_[index];
+}
+
+FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
+    LOGFONTW font{};
+    const double height = std::round(style.size * kDotsPerInch * scalingFactor / kPointsPerInch);
+    // Negative: the height of the characters, not of their cells.
+    font.lfHeight = -static_cast<LONG>(std::clamp(height, 1.0, kLargestHeight));
+    font.lfWeight = style.bold ? FW_BOLD : FW_NORMAL;
+    font.lfItalic = style.italic ? TRUE : FALSE;
+    font.lfUnderline = style.underline ? TRUE : FALSE;
+    font.lfCharSet = DEFAULT_CHARSET;
+    font.lfQuality = CLEARTYPE_QUALITY;
+    if (style.faceName.empty()) {
+        copySystemFace(font);
+    } else {
+        style.faceName.copy(font.lfFaceName, LF_FACESIZE - 1);
+    }
+    return FontHandle(CreateFontIndirectW(&font));
+}
+
+FontWin32Gdi& fontBackend(const Font& font) {
+    auto* backend = dynamic_cast<FontWin32Gdi*>(&font.implementation());
+    ZU_ASSERT_AS(backend != nullptr, L"font", ZU_HERE);
+    return *backend;
+}
+
+HDC measuringContext() {
+    static thread_local const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
+    return context.get();
+}
+
+}  // namespace zustd

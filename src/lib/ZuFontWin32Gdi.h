@@ -1,0 +1,65 @@
+// The Windows half of a font: its HFONT and what it measures.
+//
+// The widths of the characters that most texts consist of are asked for once,
+// a block of 256 characters at a time, and kept with the font: a layout
+// measures every word of a document. What they cannot answer (scripts whose
+// characters join or combine, characters that the system takes from another
+// font) is measured by the system each time.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "ZuFont.h"
+#include "ZuHandleWin32Gdi.h"
+
+namespace zustd {
+
+class FontWin32Gdi : public Implementation<Font, IFontImpl> {
+public:
+    // The factor by which the screen shows everything larger; 1.0 at 96 dots
+    // an inch.
+    explicit FontWin32Gdi(double scalingFactor) noexcept : scalingFactor_(scalingFactor) {}
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return static_cast<bool>(font_); }
+
+    // Makes the font if need be; a font of the system when that fails. Valid as
+    // long as this object and until releaseNativeObject().
+    HFONT handle();
+    // Pixels from one line to the next.
+    std::int32_t lineHeight();
+    // Pixels of one line of text, as the system draws it.
+    std::int32_t textWidth(std::wstring_view text);
+
+private:
+    static constexpr std::size_t kBlockSize = 256;
+    // Every character below U+3000; those further up are never kept.
+    static constexpr std::size_t kBlockCount = 0x30;
+    // Width of each character, negative where only the system knows.
+    using Block = std::array<std::int16_t, kBlockSize>;
+
+    const Block& block(std::size_t index);
+
+    FontHandle font_;
+    double scalingFactor_;
+    std::int32_t lineHeight_ = 0;
+    std::array<std::unique_ptr<const Block>, kBlockCount> blocks_;
+};
+
+// The system's font for a style; empty when it has none to give. The size is in
+// points at 96 dots an inch, times the factor.
+FontHandle makeFontHandle(const FontStyle& style, double scalingFactor);
+
+// The backend of a font that a window service made. Fails an assertion for a
+// font of another origin.
+FontWin32Gdi& fontBackend(const Font& font);
+
+// A device context that texts can be measured in at any time; this thread's,
+// kept until the thread ends.
+HDC measuringContext();
+
+}  // namespace zustd

@@ -1,0 +1,449 @@
+#include "ZuGraphicsServiceWin32Gdi.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "ZuBitmapWin32Gdi.h"
+#include "ZuFontWin32Gdi.h"
+
+namespace zustd {
+
+namespace {
+
+// Far beyond any document, and far from where GDI's arithmetic ends.
+constexpr std::int32_t kFarthest = 1 << 24;
+// GDI works out a slanted line as a whole, seen or not.
+constexpr std::int32_t kFarthestLineEnd = 1 << 15;
+constexpr std::int32_t kWidestPen = 1 << 8;
+// What one call draws of a line of text; more does not fit on a screen.
+constexpr std::size_t kLongestLine = 8192;
+
+std::int32_t cut(std::int32_t coordinate, std::int32_t farthest = kFarthest) noexcept {
+    return std::clamp(coordinate, -farthest, farthest);
+}
+
+Rect cut(const Rect& area) noexcept {
+    return {cut(area.left), cut(area.top), cut(area.right), cut(area.bottom)};
+}
+
+// GDI leaves out a rectangle's right and bottom.
+RECT nativeRect(const Rect& area) noexcept {
+    const Rect inRange = cut(area);
+    return {inRange.left, inRange.top, inRange.right + 1, inRange.bottom + 1};
+}
+
+COLORREF nativeColor(Color color) noexcept { return RGB(color.red, color.green, color.blue); }
+
+std::uint8_t between(std::uint8_t from, std::uint8_t to, std::int64_t step,
+                     std::int64_t last) noexcept {
+    return static_cast<std::uint8_t>(from +
+                                     ((to - from) * step + (to < from ? -last : last) / 2) / last);
+}
+
+// Takes one line from the front of a text; line feeds, alone or after a
+// carriage return, end lines.
+std::wstring_view takeLine(std::wstring_view& text) noexcept {
+    const std::size_t end = text.find(L'\n');
+    std::wstring_view line = text.substr(0, end);
+    text.remove_prefix(end == std::wstring_view::npos ? text.size() : end + 1);
+    if (line.ends_with(L'\r')) {
+        line.remove_suffix(1);
+    }
+    return line;
+}
+
+int lengthForSystem(std::wstring_view text) noexcept {
+    return static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+}
+
+// How much room a text takes that the system lays out.
+Size wrappedSize(HDC context, std::wstring_view text, std::int32_t width, UINT flags) noexcept {
+    RECT area{0, 0, cut(width), 0};
+    DrawTextW(context, text.data(), lengthForSystem(text), &area, flags | DT_CALCRECT);
+    return {area.right, area.bottom};
+}
+
+std::int32_t aligned(TextAlignment alignment, std::int32_t first, std::int32_t room,
+                     std::int32_t extent) noexcept {
+    switch (alignment) {
+        case TextAlignment::kEnd:
+            return first + (room - extent);
+        case TextAlignment::kCentre:
+            return first + (room - extent) / 2;
+        default:
+            return first;
+    }
+}
+
+UINT horizontalFlag(TextAlignment alignment) noexcept {
+    switch (alignment) {
+        case TextAlignment::kEnd:
+            return DT_RIGHT;
+        case TextAlignment::kCentre:
+            return DT_CENTER;
+        default:
+            return DT_LEFT;
+    }
+}
+
+// A top-down bitmap that the screen's contexts can draw on.
+BitmapHandle makeBufferBitmap(Size size) {
+    BITMAPINFO description{};
+    description.bmiHeader.biSize = sizeof(description.bmiHeader);
+    description.bmiHeader.biWidth = size.width;
+    description.bmiHeader.biHeight = -size.height;
+    description.bmiHeader.biPlanes = 1;
+    description.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    return BitmapHandle(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
+}
+
+}  // namespace
+
+void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
+    ZU_ASSERT(!drawBusy_);
+    Layer layer;
+    layer.context = context;
+    layer.area = drawArea;
+    layer.clips = {drawArea};
+    // From the saved context on nothing may fail.
+    layers_.reserve(1);
+    savedContext_ = SaveDC(context);
+    if (savedContext_ == 0) {
+        throw SystemException(L"Could not connect to device context");
+    }
+    layers_.push_back(std::move(layer));
+    drawBusy_ = true;
+    // What the caller has clipped away stays away: clipping from here on is a
+    // further restriction.
+    SetMetaRgn(context);
+    SetBkMode(context, TRANSPARENT);
+    SetTextAlign(context, TA_LEFT | TA_TOP | TA_NOUPDATECP);
+    applyClip();
+}
+
+void GraphicsServiceWin32Gdi::connect(HDC context, const RECT& drawArea) {
+    connect(context, Rect{drawArea.left, drawArea.top, drawArea.right - 1, drawArea.bottom - 1});
+}
+
+void GraphicsServiceWin32Gdi::disconnect() noexcept {
+    if (!drawBusy_) {
+        return;
+    }
+    while (layers_.size() > 1) {
+        layers_.pop_back();
+    }
+    RestoreDC(layers_.front().context, savedContext_);
+    layers_.clear();
+    drawBusy_ = false;
+}
+
+void GraphicsServiceWin32Gdi::drawVerticalGradient(const Rect& area, Color from, Color to) {
+    const Rect seen = area.intersection(top().clips.back());
+    const std::int64_t last = std::max<std::int64_t>(std::int64_t{area.bottom} - area.top, 1);
+    for (std::int32_t y = seen.top; y <= seen.bottom; ++y) {
+        const std::int64_t step = std::int64_t{y} - area.top;
+        fill({seen.left, y, seen.right, y}, Color::rgb(between(from.red, to.red, step, last),
+                                                       between(from.green, to.green, step, last),
+                                                       between(from.blue, to.blue, step, last)));
+    }
+}
+
+bool GraphicsServiceWin32Gdi::isVistaOrHigher() noexcept {
+    OSVERSIONINFOEXW vista{};
+    vista.dwOSVersionInfoSize = sizeof(vista);
+    vista.dwMajorVersion = 6;
+    const ULONGLONG condition = VerSetConditionMask(0, VER_MAJORVERSION, VER_GREATER_EQUAL);
+    return VerifyVersionInfoW(&vista, VER_MAJORVERSION, condition) != FALSE;
+}
+
+void GraphicsServiceWin32Gdi::drawGradient(const Rect& area, Color from, Color to,
+                                           GradientType gradientType) {
+    ZU_ASSERT(gradientType == zuGradientVertical);
+    drawVerticalGradient(area, from, to);
+}
+
+void GraphicsServiceWin32Gdi::drawBitmap(const Bitmap& bitmap, Point place, double alpha) {
+    blend(bitmap, Rect::at(place, bitmapBackend(bitmap).imageSize()), alpha);
+}
+
+void GraphicsServiceWin32Gdi::drawStretchedBitmap(const Bitmap& bitmap, const Rect& area,
+                                                  double alpha) {
+    blend(bitmap, area, alpha);
+}
+
+void GraphicsServiceWin32Gdi::drawFocusFrame(const Rect& area) {
+    const HDC context = top().context;
+    if (!area.isEmpty()) {
+        // The frame is a pattern of these two, laid over what is there.
+        SetTextColor(context, RGB(0, 0, 0));
+        SetBkColor(context, RGB(255, 255, 255));
+        const RECT native = nativeRect(area);
+        DrawFocusRect(context, &native);
+    }
+}
+
+// Straight lines are filled, so that a pen of any width ends at the pixels that
+// it is told to.
+void GraphicsServiceWin32Gdi::drawLine(Point from, Point to) {
+    const Rect line{std::min(from.x, to.x), std::min(from.y, to.y), std::max(from.x, to.x),
+                    std::max(from.y, to.y)};
+    const std::int32_t before = penWidth_ / 2;
+    const std::int32_t behind = penWidth_ - before - 1;
+    if (from.y == to.y) {
+        fill({line.left, saturatedSum(line.top, -before), line.right,
+              saturatedSum(line.bottom, behind)},
+             penColor_);
+    } else if (from.x == to.x) {
+        fill({saturatedSum(line.left, -before), line.top, saturatedSum(line.right, behind),
+              line.bottom},
+             penColor_);
+    } else {
+        drawSlantedLine(from, to);
+    }
+}
+
+void GraphicsServiceWin32Gdi::drawRectangle(const Rect& area) {
+    const Rect inside = area.shrunkBy(penWidth_, penWidth_);
+    if (inside.isEmpty()) {
+        fill(area, penColor_);
+        return;
+    }
+    fill({area.left, area.top, area.right, inside.top - 1}, penColor_);
+    fill({area.left, inside.bottom + 1, area.right, area.bottom}, penColor_);
+    fill({area.left, inside.top, inside.left - 1, inside.bottom}, penColor_);
+    fill({inside.right + 1, inside.top, area.right, inside.bottom}, penColor_);
+}
+
+void GraphicsServiceWin32Gdi::drawRectangle(const Rect& area, Color color) { fill(area, color); }
+
+void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, Point place, const Font& font,
+                                       Color color) {
+    const HDC context = top().context;
+    const SelectedObject selected(context, fontBackend(font).handle());
+    SetTextColor(context, nativeColor(color));
+    ExtTextOutW(context, cut(place.x), cut(place.y), 0, nullptr, text.data(),
+                static_cast<UINT>(std::min(text.size(), kLongestLine)), nullptr);
+}
+
+void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area, const Font& font,
+                                       Color color, const TextFormat& format) {
+    const HDC context = top().context;
+    if (area.isEmpty() || text.empty()) {
+        return;
+    }
+    FontWin32Gdi& backend = fontBackend(font);
+    const SelectedObject selected(context, backend.handle());
+    SetTextColor(context, nativeColor(color));
+    const std::int32_t lineHeight = backend.lineHeight();
+    UINT flags = horizontalFlag(format.horizontal) | (format.accelerators ? 0 : DT_NOPREFIX);
+    if (format.wordWrap) {
+        flags |= DT_WORDBREAK;
+    }
+    Rect used = area;
+    if (format.vertical != TextAlignment::kStart) {
+        const std::int32_t height =
+            measureTextSize(text, font, format.wordWrap ? area.width() : 0).height;
+        used.top = aligned(format.vertical, area.top, area.height(), height);
+    }
+    if (format.ellipsis) {
+        flags |= DT_END_ELLIPSIS;
+        // The dots belong at the end of the last line that is seen as a whole.
+        if (format.wordWrap && area.height() >= lineHeight) {
+            flags |= DT_EDITCONTROL;
+        }
+    }
+    // The system cuts at the area that it is given.
+    const bool startsAbove = used.top < area.top;
+    if (startsAbove) {
+        beginClipping(area);
+    }
+    drawLines(text, used, flags, lineHeight);
+    if (startsAbove) {
+        endClipping();
+    }
+}
+
+Size GraphicsServiceWin32Gdi::measureTextSize(std::wstring_view text, const Font& font,
+                                              std::int32_t width) {
+    FontWin32Gdi& backend = fontBackend(font);
+    const std::int32_t lineHeight = backend.lineHeight();
+    if (text.empty()) {
+        return {0, lineHeight};
+    }
+    if (width > 0) {
+        const HDC context = measuringContext();
+        const SelectedObject selected(context, backend.handle());
+        return wrappedSize(context, text, width, DT_WORDBREAK | DT_NOPREFIX);
+    }
+    Size size;
+    while (!text.empty()) {
+        size.width = std::max(size.width, backend.textWidth(takeLine(text)));
+        size.height = saturatedSum(size.height, lineHeight);
+    }
+    return size;
+}
+
+std::int32_t GraphicsServiceWin32Gdi::measureTextWidth(std::wstring_view text, const Font& font) {
+    return fontBackend(font).textWidth(text);
+}
+
+void GraphicsServiceWin32Gdi::beginBufferedPaint(const Rect& area) {
+    const Layer& outer = top();
+    const HDC outerContext = outer.context;
+    Layer layer;
+    layer.area = area.intersection(outer.clips.back());
+    layer.clips = {layer.area};
+    layer.memory.reset(CreateCompatibleDC(outerContext));
+    // A paint of nothing still has to be a layer, for its end to be found.
+    layer.bitmap =
+        makeBufferBitmap({std::max(layer.area.width(), 1), std::max(layer.area.height(), 1)});
+    layer.context = layer.memory.get();
+    layer.selected = SelectedObject(layer.context, layer.bitmap.get());
+    if (!layer.memory || !layer.bitmap || !layer.selected) {
+        throw SystemException(L"Could not create paint buffer");
+    }
+    SetViewportOrgEx(layer.context, -layer.area.left, -layer.area.top, nullptr);
+    SetBkMode(layer.context, TRANSPARENT);
+    // What is not drawn over keeps its look.
+    BitBlt(layer.context, layer.area.left, layer.area.top, layer.area.width(), layer.area.height(),
+           outerContext, layer.area.left, layer.area.top, SRCCOPY);
+    layers_.push_back(std::move(layer));
+    applyClip();
+}
+
+void GraphicsServiceWin32Gdi::endBufferedPaint() {
+    ZU_ASSERT_AS(layers_.size() > 1, L"beginBufferedPaint", ZU_HERE);
+    const Layer layer = std::move(layers_.back());
+    layers_.pop_back();
+    SelectClipRgn(layer.context, nullptr);
+    BitBlt(top().context, layer.area.left, layer.area.top, layer.area.width(), layer.area.height(),
+           layer.context, layer.area.left, layer.area.top, SRCCOPY);
+}
+
+void GraphicsServiceWin32Gdi::beginClipping(const Rect& area) {
+    Layer& layer = top();
+    layer.clips.push_back(area.intersection(layer.clips.back()));
+    applyClip();
+}
+
+void GraphicsServiceWin32Gdi::endClipping() {
+    Layer& layer = top();
+    ZU_ASSERT_AS(layer.clips.size() > 1, L"beginClipping", ZU_HERE);
+    layer.clips.pop_back();
+    applyClip();
+}
+
+void GraphicsServiceWin32Gdi::setClippingArea(const Rect& area) {
+    Layer& layer = top();
+    layer.clips.back() = area.intersection(layer.area);
+    applyClip();
+}
+
+void GraphicsServiceWin32Gdi::clearClippingArea() {
+    Layer& layer = top();
+    layer.clips.back() = layer.area;
+    applyClip();
+}
+
+void GraphicsServiceWin32Gdi::setPen(Color color, std::int32_t width) {
+    ZU_ASSERT(width > 0);
+    width = std::min(width, kWidestPen);
+    if (color != penColor_ || width != penWidth_) {
+        penColor_ = color;
+        penWidth_ = width;
+        pen_.reset();
+    }
+}
+
+Rect GraphicsServiceWin32Gdi::getDrawArea() const {
+    return layers_.empty() ? Rect{} : layers_.front().area;
+}
+
+GraphicsServiceWin32Gdi::Layer& GraphicsServiceWin32Gdi::top() {
+    ZU_ASSERT(drawBusy_);
+    return layers_.back();
+}
+
+void GraphicsServiceWin32Gdi::applyClip() {
+    const Layer& layer = layers_.back();
+    const Rect& clip = layer.clips.back();
+    SelectClipRgn(layer.context, nullptr);
+    // The sides of an empty one may be in any order, which GDI would put right.
+    const RECT native = clip.isEmpty() ? RECT{} : nativeRect(clip);
+    IntersectClipRect(layer.context, native.left, native.top, native.right, native.bottom);
+}
+
+void GraphicsServiceWin32Gdi::fill(const Rect& area, Color color) {
+    const HDC context = top().context;
+    if (!area.isEmpty()) {
+        SetDCBrushColor(context, nativeColor(color));
+        const RECT native = nativeRect(area);
+        FillRect(context, &native, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    }
+}
+
+void GraphicsServiceWin32Gdi::drawSlantedLine(Point from, Point to) {
+    const HDC context = top().context;
+    const auto cutEnd = [](Point end) {
+        return Point{cut(end.x, kFarthestLineEnd), cut(end.y, kFarthestLineEnd)};
+    };
+    from = cutEnd(from);
+    to = cutEnd(to);
+    if (!pen_) {
+        pen_.reset(CreatePen(PS_SOLID, penWidth_, nativeColor(penColor_)));
+    }
+    const SelectedObject selected(context, pen_.get());
+    MoveToEx(context, from.x, from.y, nullptr);
+    LineTo(context, to.x, to.y);
+    // GDI leaves out the last pixel of thin lines.
+    SetPixelV(context, to.x, to.y, nativeColor(penColor_));
+}
+
+void GraphicsServiceWin32Gdi::blend(const Bitmap& bitmap, const Rect& area, double alpha) {
+    ZU_ASSERT(alpha >= 0 && alpha <= 1.0);
+    const HDC context = top().context;
+    const BitmapWin32Gdi& backend = bitmapBackend(bitmap);
+    if (backend.handle() == nullptr || area.isEmpty()) {
+        return;
+    }
+    const Size image = backend.imageSize();
+    const Rect target = cut(area);
+    const MemoryDeviceContext source(CreateCompatibleDC(context));
+    const SelectedObject selected(source.get(), backend.handle());
+    const BLENDFUNCTION function{AC_SRC_OVER, 0, static_cast<BYTE>(std::lround(alpha * 255)),
+                                 AC_SRC_ALPHA};
+    AlphaBlend(context, target.left, target.top, target.width(), target.height(), source.get(), 0,
+               0, image.width, image.height, function);
+}
+
+// Wrapped text is laid out by the system as a whole. Other text is drawn line
+// by line: the system puts dots at the end of single lines only.
+void GraphicsServiceWin32Gdi::drawLines(std::wstring_view text, const Rect& area, UINT flags,
+                                        std::int32_t lineHeight) {
+    const HDC context = top().context;
+    RECT native = nativeRect(area);
+    if ((flags & DT_WORDBREAK) != 0) {
+        DrawTextW(context, text.data(), lengthForSystem(text), &native, flags);
+        return;
+    }
+    for (; !text.empty() && native.top < native.bottom; native.top += lineHeight) {
+        const std::wstring_view line = takeLine(text);
+        DrawTextW(context, line.data(), static_cast<int>(std::min(line.size(), kLongestLine)),
+                  &native, flags | DT_SINGLELINE | DT_TOP);
+    }
+}
+
+std::shared_ptr<GraphicsService> makeGraphicsService() {
+    auto service = makeService<GraphicsService>();
+    joinImplementation(*service, std::make_unique<GraphicsServiceWin32Gdi>());
+    return service;
+}
+
+GraphicsServiceWin32Gdi& graphicsBackend(GraphicsService& graphics) {
+    auto* backend = dynamic_cast<GraphicsServiceWin32Gdi*>(&graphics.implementation());
+    ZU_ASSERT_AS(backend != nullptr, L"graphics", ZU_HERE);
+    return *backend;
+}
+
+}  // namespace zustd

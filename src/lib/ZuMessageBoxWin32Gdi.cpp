@@ -1,0 +1,455 @@
+#include "ZuMessageBoxWin32Gdi.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ZuGraphicsServiceWin32Gdi.h"
+#include "ZuNativeButton.h"
+#include "ZuNativeDialog.h"
+#include "ZuText.h"
+#include "ZuWindowHandlerWin32Gdi.h"
+
+namespace zustd {
+
+namespace {
+
+// At a scaling factor of 1.
+constexpr std::int32_t kMargin = 12;
+constexpr std::int32_t kIconGap = 10;
+constexpr std::int32_t kButtonGap = 8;
+constexpr std::int32_t kTextWidth = 420;
+// More letters than any screen shows of one text.
+constexpr std::size_t kMostLetters = 20000;
+constexpr wchar_t kEllipsis = L'\x2026';
+
+// Of the system's message font, in points.
+std::int32_t messageFontSize() noexcept {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    const HDC screen = GetDC(nullptr);
+    const bool known =
+        screen != nullptr &&
+        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0) != FALSE;
+    const int size = known ? MulDiv(std::abs(metrics.lfMessageFont.lfHeight), 72,
+                                    GetDeviceCaps(screen, LOGPIXELSY))
+                           : FontStyle::kDefaultSize;
+    if (screen != nullptr) {
+        ReleaseDC(nullptr, screen);
+    }
+    return std::max(size, 1);
+}
+
+Color systemColor(int index) noexcept {
+    const COLORREF color = GetSysColor(index);
+    return Color::rgb(GetRValue(color), GetGValue(color), GetBValue(color));
+}
+
+// Shared; null for a box without icon.
+HICON iconOf(std::uint32_t style) noexcept {
+    const auto load = [](int identifier) {
+        return LoadIconW(nullptr, MAKEINTRESOURCEW(identifier));
+    };
+    switch (style & kMessageIconMask) {
+        case kMessageIconError:
+            return load(32513);  // IDI_ERROR
+        case kMessageIconQuestion:
+            return load(32514);  // IDI_QUESTION
+        case kMessageIconWarning:
+            return load(32515);  // IDI_WARNING
+        case kMessageIconInformation:
+            return load(32516);  // IDI_INFORMATION
+        default:
+            return nullptr;
+    }
+}
+
+Size iconSize() noexcept { return {GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON)}; }
+
+// The beginning of a text, and dots; never half of a surrogate pair.
+std::wstring cutAt(const std::wstring& text, std::size_t length) {
+    if (length > 0 && IS_HIGH_SURROGATE(text[length - 1])) {
+        --length;
+    }
+    return text.substr(0, length) + kEllipsis;
+}
+
+// The longest beginning of the text that is as high as that.
+template <class Measure>
+std::wstring cutToHeight(const std::wstring& text, std::int32_t height, Measure&& measure) {
+    std::wstring shown = text.size() > kMostLetters ? cutAt(text, kMostLetters) : text;
+    if (measure(shown).height <= height) {
+        return shown;
+    }
+    std::size_t fits = 0;
+    std::size_t tooMany = shown.size();
+    while (tooMany - fits > 1) {
+        const std::size_t middle = fits + (tooMany - fits) / 2;
+        (measure(cutAt(shown, middle)).height <= height ? fits : tooMany) = middle;
+    }
+    return cutAt(shown, fits);
+}
+
+void copyToClipboard(HWND owner, const std::wstring& text) {
+    const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+    if (!OpenClipboard(owner)) {
+        return;
+    }
+    EmptyClipboard();
+    if (const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes)) {
+        if (void* target = GlobalLock(memory)) {
+            std::memcpy(target, text.c_str(), bytes);
+            GlobalUnlock(memory);
+        }
+        if (SetClipboardData(CF_UNICODETEXT, memory) == nullptr) {
+            GlobalFree(memory);
+        }
+    }
+    CloseClipboard();
+}
+
+std::shared_ptr<ColorsDescriptor> paperColors() {
+    auto colors = std::make_shared<ColorsDescriptor>();
+    colors->setColor(ColorRole::kBackground, systemColor(COLOR_WINDOW));
+    colors->setColor(ColorRole::kText, systemColor(COLOR_WINDOWTEXT));
+    return colors;
+}
+
+// Icon and text.
+class MessagePaper : public Control {
+public:
+    MessagePaper(const MessageBoxContent& box, std::shared_ptr<FontDescriptor> font)
+        : text_(box.text), icon_(iconOf(box.style)), font_(std::move(font)) {
+        setTakesMouse(false);
+    }
+
+    void initialize() override {
+        Control::initialize();
+        setColors(paperColors());
+    }
+
+    // Cuts the text; what is left takes no more than the size.
+    Size measure(Size most) {
+        const auto font = windowService()->getFont(font_);
+        const auto graphics = graphicsService();
+        ZU_ASSERT_AS(font && graphics, L"font && graphics", ZU_HERE);
+        const std::int32_t margins = 2 * scale(kMargin);
+        const std::int32_t left = textOffset();
+        const std::int32_t widest = std::max(most.width - left - margins, 1);
+        std::int32_t width = std::min(scale(kTextWidth), widest);
+        const auto measured = [&](const std::wstring& text) {
+            return graphics->measureTextSize(text, *font, width);
+        };
+        const std::int32_t height = std::max(most.height - margins, 1);
+        // A word that is longer than the lines makes all of them longer.
+        if (const Size wrapped = measured(cutAt(text_, std::min(text_.size(), kMostLetters)));
+            wrapped.width > width || wrapped.height > height) {
+            width = std::min(std::max(wrapped.width, width), widest);
+        }
+        text_ = cutToHeight(text_, height, measured);
+        const Size text = measured(text_);
+        const Size icon = icon_ != nullptr ? iconSize() : Size{};
+        return {left + std::min(text.width, width) + margins,
+                std::max(std::min(text.height, height), icon.height) + margins};
+    }
+
+protected:
+    void drawSelf(GraphicsService& graphics) override {
+        Control::drawSelf(graphics);
+        const std::int32_t margin = scale(kMargin);
+        const Rect inner = area().shrunkBy(margin, margin);
+        if (icon_ != nullptr) {
+            const Point place = inner.position().movedBy(graphics.origin());
+            const Size size = iconSize();
+            DrawIconEx(graphicsBackend(graphics).context(), place.x, place.y, icon_, size.width,
+                       size.height, 0, nullptr, DI_NORMAL);
+        }
+        if (const auto font = windowService()->getFont(font_)) {
+            TextFormat format;
+            format.wordWrap = true;
+            Rect text = inner;
+            text.left = saturatedSum(text.left, textOffset());
+            // A few lines stand beside the middle of the icon.
+            const Size size = graphics.measureTextSize(text_, *font, text.width());
+            text.top += std::max((inner.height() - size.height) / 2, 0);
+            graphics.drawText(text_, text, *font, color(ColorRole::kText), format);
+        }
+    }
+
+private:
+    std::int32_t textOffset() const {
+        return icon_ != nullptr ? iconSize().width + scale(kIconGap) : 0;
+    }
+
+    std::wstring text_;
+    HICON icon_;
+    std::shared_ptr<FontDescriptor> font_;
+};
+
+}  // namespace
+
+// Everything on the dialog, and what the user does with it. Owned by the
+// dialog; sees the box for as long as the box is shown.
+class MessageBoxView : public Control {
+public:
+    MessageBoxView(NativeDialog& dialog, const MessageBoxContent& box)
+        : dialog_(dialog),
+          box_(box),
+          font_(std::make_shared<FontDescriptor>(
+              FontStyle{false, false, false, messageFontSize(), {}})) {}
+
+    // False when a widget could not be made.
+    bool build(WindowService& service);
+    // Puts everything into place and gives the dialog its size.
+    void layOut();
+    bool hasNativeObjects() const;
+    void focusDefaultButton();
+
+    int answer() const noexcept { return answer_; }
+    bool isChecked() const noexcept { return checkBox_ && checkBox_->isChecked(); }
+    void close(int answer);
+
+    bool onKey(const KeyEvent& event) override;
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+
+private:
+    std::shared_ptr<NativeButton> addButton(WindowService& service, const std::wstring& caption,
+                                            ButtonKind kind);
+    Size largestButton() const;
+    bool moveAmongButtons(bool backwards);
+    bool refuseOrCancel(MessageWord stays);
+
+    NativeDialog& dialog_;
+    const MessageBoxContent& box_;
+    std::shared_ptr<FontDescriptor> font_;
+    std::shared_ptr<MessagePaper> paper_;
+    std::vector<std::shared_ptr<NativeButton>> buttons_;
+    std::shared_ptr<NativeButton> checkBox_;
+    int answer_ = kAnswerNone;
+};
+
+bool MessageBoxView::build(WindowService& service) {
+    paper_ = makeControl<MessagePaper>(box_, font_);
+    addChild(paper_);
+    for (const std::wstring& caption : buttonCaptionsOf(box_)) {
+        const bool isDefault = buttons_.size() == box_.defaultButton;
+        auto button =
+            addButton(service, caption, isDefault ? ButtonKind::kDefaultPush : ButtonKind::kPush);
+        if (!button) {
+            return false;
+        }
+        buttons_.push_back(std::move(button));
+    }
+    if (!box_.checkBoxText.empty()) {
+        checkBox_ = addButton(service, box_.checkBoxText, ButtonKind::kCheck);
+    }
+    return box_.checkBoxText.empty() || checkBox_;
+}
+
+std::shared_ptr<NativeButton> MessageBoxView::addButton(WindowService& service,
+                                                        const std::wstring& caption,
+                                                        ButtonKind kind) {
+    auto button = service.createNativeButton();
+    if (button) {
+        button->setCaption(std::make_shared<TextDescriptor>(caption));
+        button->setFont(font_);
+        button->setKind(kind);
+        addChild(button);
+    }
+    return button;
+}
+
+Size MessageBoxView::largestButton() const {
+    Size largest;
+    for (const std::shared_ptr<NativeButton>& button : buttons_) {
+        const Size size = button->preferredSize();
+        largest = {std::max(largest.width, size.width), std::max(largest.height, size.height)};
+    }
+    return largest;
+}
+
+void MessageBoxView::layOut() {
+    const std::int32_t margin = scale(kMargin);
+    const std::int32_t gap = scale(kButtonGap);
+    const Size button = largestButton();
+    const auto count = static_cast<std::int32_t>(buttons_.size());
+    const std::int32_t row = count * button.width + (count - 1) * gap;
+    const Size check = checkBox_ ? checkBox_->preferredSize() : Size{};
+    const std::int32_t checkRow = checkBox_ ? check.height + gap : 0;
+    const std::int32_t strip = 2 * margin + checkRow + button.height;
+
+    // Room for the frame around, and for something of what is behind.
+    const Size screen = windowService()->getWorkArea().size();
+    const Size most{screen.width * 5 / 8, screen.height * 7 / 8 - strip};
+    const Size paper = paper_->measure(most);
+    const std::int32_t width =
+        std::min(std::max({paper.width, row + 2 * margin, check.width + 2 * margin}), screen.width);
+
+    paper_->setBoundary(Rect::at({0, 0}, {width, paper.height}));
+    std::int32_t top = paper.height + margin;
+    if (checkBox_) {
+        checkBox_->setBoundary(
+            Rect::at({margin, top}, {std::min(check.width, width - 2 * margin), check.height}));
+        top += checkRow;
+    }
+    std::int32_t left = width - margin - row;
+    for (const std::shared_ptr<NativeButton>& placed : buttons_) {
+        placed->setBoundary(Rect::at({left, top}, button));
+        left += button.width + gap;
+    }
+    const Size whole{width, paper.height + strip};
+    setBoundary(Rect::at({0, 0}, whole));
+    dialog_.setSize(whole);
+}
+
+bool MessageBoxView::hasNativeObjects() const {
+    return dialog_.hasNativeObject() && (!checkBox_ || checkBox_->hasNativeObject()) &&
+           std::all_of(buttons_.begin(), buttons_.end(),
+                       [](const auto& button) { return button->hasNativeObject(); });
+}
+
+void MessageBoxView::focusDefaultButton() { buttons_[box_.defaultButton]->takeFocus(); }
+
+void MessageBoxView::close(int answer) {
+    answer_ = answer;
+    dialog_.hide(answer);
+}
+
+bool MessageBoxView::onKey(const KeyEvent& event) {
+    switch (event.key) {
+        case kKeyLeft:
+        case kKeyUp:
+            return moveAmongButtons(true);
+        case kKeyRight:
+        case kKeyDown:
+            return moveAmongButtons(false);
+        case 'C':
+            if (!event.has(kModifierControl)) {
+                return false;
+            }
+            copyToClipboard(nativeWindowOf(dialog_), clipboardTextOf(box_));
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool MessageBoxView::moveAmongButtons(bool backwards) {
+    const auto focused = std::find_if(buttons_.begin(), buttons_.end(),
+                                      [](const auto& button) { return button->hasFocus(); });
+    if (focused == buttons_.end()) {
+        return false;
+    }
+    const auto count = buttons_.size();
+    const auto index = static_cast<std::size_t>(focused - buttons_.begin());
+    return buttons_[(index + (backwards ? count - 1 : 1)) % count]->takeFocus();
+}
+
+bool MessageBoxView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    if (kind == kClose) {
+        return refuseOrCancel(b);
+    }
+    if (kind == kLeftClicked) {
+        for (std::size_t i = 0; i < buttons_.size(); ++i) {
+            if (a.object<Control>() == buttons_[i].get()) {
+                close(box_.buttons[i].answer);
+                return true;
+            }
+        }
+    }
+    return Control::onReceiveMessage(kind, a, b);
+}
+
+bool MessageBoxView::refuseOrCancel(MessageWord stays) {
+    if (box_.cancelAnswer == kAnswerNone) {
+        *stays.object<bool>() = true;
+        MessageBeep(MB_OK);
+    } else {
+        answer_ = box_.cancelAnswer;
+    }
+    return true;
+}
+
+MessageBoxWin32Gdi::MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box)
+    : service_(service), box_(box) {}
+
+MessageBoxWin32Gdi::~MessageBoxWin32Gdi() = default;
+
+bool MessageBoxWin32Gdi::build() {
+    const bool canClose = box_.cancelAnswer != kAnswerNone;
+    dialog_ = service_.createNativeDialog(canClose ? 0 : NativeDialog::kStyleNotClosable);
+    if (!dialog_) {
+        return false;
+    }
+    dialog_->setCaption(std::make_shared<TextDescriptor>(box_.caption));
+    view_ = makeControl<MessageBoxView>(*dialog_, box_);
+    dialog_->addChild(view_);
+    dialog_->connect(view_, true);
+    if (!view_->build(service_)) {
+        return false;
+    }
+    // Before the layout: the size of the screen is that of the owner's.
+    dialog_->synchronizeTree();
+    if (!view_->hasNativeObjects()) {
+        return false;
+    }
+    view_->layOut();
+    return true;
+}
+
+int MessageBoxWin32Gdi::show(const wchar_t* failure) {
+    if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {
+        throw SystemException(failure);
+    }
+    view_->focusDefaultButton();
+    service_.playMessageSound(box_.style);
+    dialog_->show(true);
+    box_.doNotShowAgain = view_->isChecked();
+    return view_->answer();
+}
+
+void MessageBoxWin32Gdi::close(int answer) {
+    if (view_) {
+        view_->close(answer);
+    }
+}
+
+std::vector<std::wstring> buttonCaptionsOf(const MessageBoxContent& box) {
+    std::vector<std::wstring> captions;
+    bool bringsKeys = false;
+    for (const MessageBoxButton& button : box.buttons) {
+        captions.push_back(button.text);
+        bringsKeys = bringsKeys || button.text.find(L'&') != std::wstring::npos;
+    }
+    std::wstring taken;
+    for (std::size_t i = 0; i < captions.size() && !bringsKeys; ++i) {
+        const int answer = box.buttons[i].answer;
+        std::wstring& caption = captions[i];
+        if (answer == kAnswerOk || answer == kAnswerCancel || caption.empty() ||
+            !IsCharAlphaW(caption.front())) {
+            continue;
+        }
+        for (std::size_t at = 0; at < caption.size(); ++at) {
+            wchar_t letter = caption[at];
+            CharUpperBuffW(&letter, 1);
+            if (IsCharAlphaW(letter) && taken.find(letter) == std::wstring::npos) {
+                taken.push_back(letter);
+                caption.insert(at, 1, L'&');
+                break;
+            }
+        }
+    }
+    return captions;
+}
+
+std::wstring clipboardTextOf(const MessageBoxContent& box) {
+    static constexpr std::wstring_view kRule = L"---------------------------\r\n";
+    std::wstring text(kRule);
+    text.append(box.caption).append(L"\r\n").append(kRule);
+    text.append(box.text).append(L"\r\n").append(kRule);
+    for (const MessageBoxButton& button : box.buttons) {
+        text.append(button.text).append(L"   ");
+    }
+    return text.append(L"\r\n").append(kRule);
+}
+
+}  // namespace zustd

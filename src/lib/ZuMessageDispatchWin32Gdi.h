@@ -1,0 +1,68 @@
+// Window messages on their way to the backends of native controls.
+//
+// A backend attaches itself to the window of its control and from then on sees
+// that window's messages before the control does. What the control tells its
+// parent (a click, a changed text, a request for colours) goes to the same
+// handler: the parent is watched too, for all its children at once, and asks
+// which handler the sender has. So surfaces and hosts need not know what is on
+// them, and a handler sees messages of several windows.
+//
+// A handler must outlive the message that it handles: it keeps itself alive
+// when what it sets off could drop it.
+#pragma once
+
+#include "ZuWindows.h"
+
+namespace zustd {
+
+struct WindowMessage {
+    HWND window;
+    UINT id;
+    WPARAM wide;
+    LPARAM extra;
+};
+
+class IMultiWindowMessageHandlerWin32Gdi {
+public:
+    IMultiWindowMessageHandlerWin32Gdi() = default;
+    IMultiWindowMessageHandlerWin32Gdi(const IMultiWindowMessageHandlerWin32Gdi&) = delete;
+    IMultiWindowMessageHandlerWin32Gdi& operator=(const IMultiWindowMessageHandlerWin32Gdi&) =
+        delete;
+    virtual ~IMultiWindowMessageHandlerWin32Gdi() = default;
+
+    // A message of an attached window, or one that its parent got about it:
+    // message.window tells which. True when the message is done with and
+    // result holds the answer; otherwise the window's own procedure answers.
+    // An exception is reported and counts as false.
+    virtual bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) = 0;
+};
+
+// A handler's hold on one window; ends with this object or with the window.
+class WindowAttachment {
+public:
+    WindowAttachment() = default;
+    WindowAttachment(const WindowAttachment&) = delete;
+    WindowAttachment& operator=(const WindowAttachment&) = delete;
+    ~WindowAttachment() { detach(); }
+
+    // Watches the window and what its parent hears of it. The operation's name
+    // is what failures are reported under; it is not copied. False when the
+    // system refuses.
+    bool attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler, const wchar_t* operation);
+    void detach() noexcept;
+
+    HWND window() const noexcept { return window_; }
+
+private:
+    friend LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra,
+                                        UINT_PTR subclass, DWORD_PTR attachment) noexcept;
+
+    HWND window_ = nullptr;
+    IMultiWindowMessageHandlerWin32Gdi* handler_ = nullptr;
+    const wchar_t* operation_ = nullptr;
+};
+
+// Lets the window's own procedure answer a message, as if nobody watched it.
+LRESULT answerByDefault(const WindowMessage& message) noexcept;
+
+}  // namespace zustd

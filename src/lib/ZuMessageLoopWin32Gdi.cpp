@@ -1,0 +1,200 @@
+#include "ZuMessageLoopWin32Gdi.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "ZuNativeButton.h"
+#include "ZuNativeDialog.h"
+#include "ZuWindowHandlerWin32Gdi.h"
+
+namespace zustd {
+
+namespace {
+
+// The innermost session of this thread.
+constinit thread_local ModalSession* innermostSession = nullptr;
+
+wchar_t upperCase(wchar_t letter) noexcept {
+    CharUpperBuffW(&letter, 1);
+    return letter;
+}
+
+// The access key of a caption, in upper case; 0 when it has none.
+wchar_t accessKeyOf(const std::wstring& caption) noexcept {
+    for (std::size_t i = 0; i + 1 < caption.size(); ++i) {
+        if (caption[i] == L'&') {
+            if (caption[i + 1] != L'&') {
+                return upperCase(caption[i + 1]);
+            }
+            ++i;
+        }
+    }
+    return 0;
+}
+
+using Buttons = std::vector<std::shared_ptr<NativeButton>>;
+
+void collectButtons(const std::shared_ptr<Control>& control, wchar_t key, Buttons& out) {
+    if (!control->isVisible() || !control->isEnabled()) {
+        return;
+    }
+    auto button = std::dynamic_pointer_cast<NativeButton>(control);
+    if (button && button->hasCaption() && accessKeyOf(button->caption().text(*button)) == key) {
+        out.push_back(std::move(button));
+    }
+    for (const std::shared_ptr<Control>& child : Controls(control->children())) {
+        collectButtons(child, key, out);
+    }
+}
+
+Control& outermostOf(Control& surface) noexcept {
+    Control* top = &surface;
+    while (top->parentControl() != nullptr) {
+        top = top->parentControl();
+    }
+    return *top;
+}
+
+// Several buttons with one access key get the focus in turn instead.
+bool pressAccessKey(Control& surface, wchar_t key) {
+    const std::shared_ptr<Control> top = sharedReference<Control>(&outermostOf(surface));
+    Buttons buttons;
+    if (top && key != 0) {
+        collectButtons(top, key, buttons);
+    }
+    if (buttons.empty()) {
+        return false;
+    }
+    const auto focused = std::find_if(buttons.begin(), buttons.end(),
+                                      [](const auto& button) { return button->hasFocus(); });
+    const auto next =
+        focused == buttons.end() || focused + 1 == buttons.end() ? buttons.begin() : focused + 1;
+    const std::shared_ptr<NativeButton> chosen = *next;
+    chosen->takeFocus();
+    if (buttons.size() == 1) {
+        chosen->click();
+    }
+    return true;
+}
+
+bool isButtonWindow(HWND window) noexcept {
+    return (SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0;
+}
+
+// From the first use of the keyboard on, underlines and focus frames show.
+void showKeyboardCues(HWND window) noexcept {
+    SendMessageW(GetAncestor(window, GA_ROOT), WM_CHANGEUISTATE,
+                 MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
+}
+
+bool translateKey(const MSG& message) {
+    if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) {
+        return false;
+    }
+    const WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::around(message.hwnd);
+    if (handler == nullptr) {
+        return false;
+    }
+    Control& surface = handler->surface();
+    switch (message.message) {
+        case WM_KEYDOWN:
+            if (message.wParam == VK_TAB) {
+                showKeyboardCues(message.hwnd);
+            }
+            return false;
+        case WM_SYSKEYDOWN:
+            showKeyboardCues(message.hwnd);
+            return false;
+        case WM_SYSCHAR:
+            return message.wParam != VK_SPACE &&
+                   pressAccessKey(surface, upperCase(static_cast<wchar_t>(message.wParam)));
+        case WM_CHAR:
+            return message.wParam > VK_SPACE &&
+                   dynamic_cast<NativeDialog*>(&outermostOf(surface)) != nullptr &&
+                   isButtonWindow(message.hwnd) &&
+                   pressAccessKey(surface, upperCase(static_cast<wchar_t>(message.wParam)));
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+bool handleNextMessage(MSG& message) {
+    // -1 stands for an error: there is nothing to wait for then.
+    if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
+        return false;
+    }
+    const bool used = guarded(L"handleNextMessage", false, [&] { return translateKey(message); });
+    if (!used) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return true;
+}
+
+ModalSession::ModalSession(HWND owner)
+    : outer_(innermostSession), owner_(owner), thread_(GetCurrentThreadId()) {
+    innermostSession = this;
+    if (owner_ == nullptr) {
+        return;
+    }
+    if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(owner_)) {
+        handler->setBlocked(true);
+    } else if (IsWindowEnabled(owner_)) {
+        EnableWindow(owner_, FALSE);
+        disabledOwner_ = true;
+    }
+}
+
+ModalSession::~ModalSession() {
+    end(0);
+    innermostSession = outer_;
+}
+
+HWND ModalSession::ownerFor(HWND wanted) noexcept {
+    HWND owner = wanted;
+    while (const HWND blocker = dialogOver(owner)) {
+        owner = blocker;
+    }
+    return owner;
+}
+
+HWND ModalSession::dialogOver(HWND owner) noexcept {
+    const ModalSession* session = owner != nullptr ? innermostSession : nullptr;
+    while (session != nullptr && (session->ended_ || session->owner_ != owner)) {
+        session = session->outer_;
+    }
+    return session != nullptr ? session->dialog_ : nullptr;
+}
+
+void ModalSession::end(int result) noexcept {
+    if (ended_) {
+        return;
+    }
+    ended_ = true;
+    result_ = result;
+    if (WindowHandlerWin32Gdi* handler =
+            owner_ != nullptr ? WindowHandlerWin32Gdi::of(owner_) : nullptr) {
+        handler->setBlocked(false);
+    } else if (disabledOwner_) {
+        EnableWindow(owner_, TRUE);
+    }
+    // The loop may be waiting.
+    PostThreadMessageW(thread_, WM_NULL, 0, 0);
+}
+
+bool ModalSession::run() {
+    MSG message{};
+    while (!ended_) {
+        if (!handleNextMessage(message)) {
+            if (message.message == WM_QUIT) {
+                PostQuitMessage(static_cast<int>(message.wParam));
+            }
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace zustd

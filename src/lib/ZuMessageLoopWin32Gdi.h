@@ -1,0 +1,58 @@
+// The message loop of the application and those of its modal dialogs.
+//
+// Both take their messages here, so that the keyboard works in the same way in
+// all of them: Alt with a letter presses the button that has the letter
+// underlined, wherever the focus is on the surface, and in a dialog the letter
+// alone does so while a button has the focus. Everything else about keys is
+// done by the windows themselves (see ZuWindowHandlerWin32Gdi) and works below
+// a host's loop too.
+//
+// A modal session disables its owner until it ends. Sessions of a thread are
+// nested: a dialog whose owner is disabled by another one belongs to that one,
+// and a dialog that ends takes those that it owns along.
+#pragma once
+
+#include "ZuWindows.h"
+
+namespace zustd {
+
+// Waits for the thread's next message and handles it. False when there will be
+// no more: WM_QUIT, which is then in the message, or a failure.
+bool handleNextMessage(MSG& message);
+
+class ModalSession {
+public:
+    // Disables the owner if it is enabled; null for a dialog without owner.
+    explicit ModalSession(HWND owner);
+    ModalSession(const ModalSession&) = delete;
+    ModalSession& operator=(const ModalSession&) = delete;
+    ~ModalSession();
+
+    // Whom a dialog that wants this owner has to have: the innermost dialog
+    // that keeps the owner, or the one before it, disabled.
+    static HWND ownerFor(HWND wanted) noexcept;
+    // The dialog that keeps the owner disabled; null when there is none.
+    static HWND dialogOver(HWND owner) noexcept;
+
+    // The dialog itself, once it has a window.
+    void setDialog(HWND dialog) noexcept { dialog_ = dialog; }
+    bool hasEnded() const noexcept { return ended_; }
+    int result() const noexcept { return result_; }
+    // Enables the owner, so that it is there to be activated when the dialog's
+    // window goes, and lets the loop end. The first call counts.
+    void end(int result) noexcept;
+    // Handles messages until the session ends. False when the messages end
+    // before: WM_QUIT is left for the loop outside.
+    bool run();
+
+private:
+    ModalSession* outer_;
+    HWND owner_;
+    HWND dialog_ = nullptr;
+    DWORD thread_;
+    bool disabledOwner_ = false;
+    bool ended_ = false;
+    int result_ = 0;
+};
+
+}  // namespace zustd

@@ -1,0 +1,262 @@
+#include "ZuNativeControlWin32Gdi.h"
+
+#include <commctrl.h>
+#include <windowsx.h>
+
+#include "ZuFontWin32Gdi.h"
+#include "ZuWindowServiceWin32Gdi.h"
+
+namespace zustd {
+
+namespace {
+
+bool isDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
+
+// The router of the surface that a control is on; null outside of one.
+InputRouter* routerOf(Control& control) noexcept {
+    Control* surface = control.surface();
+    return surface != nullptr ? surface->inputRouter() : nullptr;
+}
+
+bool isKeyMessage(UINT id) noexcept { return id == WM_KEYDOWN || id == WM_SYSKEYDOWN; }
+
+}  // namespace
+
+void initializeCommonControls() noexcept {
+    static const bool isDone = [] {
+        const INITCOMMONCONTROLSEX classes{
+            sizeof(classes), ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_TREEVIEW_CLASSES |
+                                 ICC_LISTVIEW_CLASSES};
+        return InitCommonControlsEx(&classes) != FALSE;
+    }();
+    static_cast<void>(isDone);
+}
+
+HWND surfaceWindowOf(const Control& control) {
+    const Control* above = &control;
+    if (control.surface() == &control) {
+        above = control.parentControl();
+    }
+    const Control* surface = above != nullptr ? above->surface() : nullptr;
+    const auto service = surface != nullptr ? surface->windowService() : nullptr;
+    const auto* backend = service && service->hasImplementation()
+                              ? dynamic_cast<WindowServiceWin32Gdi*>(&service->implementation())
+                              : nullptr;
+    return backend != nullptr ? backend->window() : nullptr;
+}
+
+std::uint32_t heldModifiers() noexcept {
+    return (isDown(VK_SHIFT) ? kModifierShift : 0) | (isDown(VK_CONTROL) ? kModifierControl : 0) |
+           (isDown(VK_MENU) ? kModifierAlt : 0);
+}
+
+NativeControlWin32Gdi::~NativeControlWin32Gdi() { destroyWindow(); }
+
+NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control& control,
+                                                                        const Shape& shape) {
+    control_ = &control;
+    const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
+    if (window() != nullptr && (parent != parent_ || shape != shape_)) {
+        destroyWindow();
+    }
+    if (parent == nullptr) {
+        return Outcome::kNoSurface;
+    }
+    const bool isNew = window() == nullptr;
+    if (isNew) {
+        createWindow(shape, parent);
+    }
+    place();
+    return isNew ? Outcome::kMade : Outcome::kKept;
+}
+
+void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
+    const Rect area = control_->boundaryOnSurface();
+    const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
+    const HWND made =
+        CreateWindowExW(shape.extendedStyle, shape.windowClass, L"", shape.style | WS_CHILD,
+                        area.left, area.top, area.width(), area.height(), parent,
+                        reinterpret_cast<HMENU>(identifier), GetModuleHandleW(nullptr), nullptr);
+    if (made == nullptr || !attachment_.attach(made, *this, operation_)) {
+        if (made != nullptr) {
+            DestroyWindow(made);
+        }
+        throw SystemException(L"Could not create window");
+    }
+    shape_ = shape;
+    parent_ = parent;
+    text_.clear();
+    font_.reset();
+}
+
+// One call for each difference: most synchronisations change none of these.
+void NativeControlWin32Gdi::place() {
+    const Rect area = control_->boundaryOnSurface();
+    RECT present{};
+    GetWindowRect(window(), &present);
+    MapWindowPoints(HWND_DESKTOP, parent_, reinterpret_cast<POINT*>(&present), 2);
+    if (present.left != area.left || present.top != area.top ||
+        present.right - present.left != area.width() ||
+        present.bottom - present.top != area.height()) {
+        SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
+                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+    }
+    const bool usable = control_->isUsable();
+    if (usable != (IsWindowEnabled(window()) != FALSE)) {
+        EnableWindow(window(), usable ? TRUE : FALSE);
+    }
+    // Not IsWindowVisible, which asks the parents too.
+    const bool isShowing = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
+    if (control_->isShown() != isShowing) {
+        ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
+    }
+}
+
+void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
+    const std::shared_ptr<WindowService> service = control_->windowService();
+    std::shared_ptr<Font> wanted = service ? service->getFont(font) : nullptr;
+    if (wanted && wanted != font_) {
+        send(WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*wanted).handle()), TRUE);
+        font_ = std::move(wanted);
+    }
+}
+
+void NativeControlWin32Gdi::synchronizeText(const std::wstring& text) {
+    if (text != text_) {
+        SetWindowTextW(window(), text.c_str());
+        text_ = text;
+    }
+}
+
+void NativeControlWin32Gdi::destroyWindow() noexcept {
+    if (const HWND window = attachment_.window()) {
+        attachment_.detach();
+        DestroyWindow(window);
+    }
+    font_.reset();
+    tracksLeaving_ = false;
+    swallowsCharacter_ = false;
+}
+
+bool NativeControlWin32Gdi::onNotification(const WindowMessage&, LRESULT&) { return false; }
+
+bool NativeControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
+
+bool NativeControlWin32Gdi::usesKey(const KeyEvent& event) const {
+    return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
+}
+
+bool NativeControlWin32Gdi::isPart(HWND) const noexcept { return false; }
+
+bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
+    return window != nullptr && (window == attachment_.window() || isPart(window));
+}
+
+bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& message,
+                                                     LRESULT& result) {
+    // Whoever hears of it may drop the control.
+    const std::shared_ptr<Control> alive =
+        control_ != nullptr ? sharedReference<Control>(control_) : nullptr;
+    return isOwn(message.window) ? handleOwnMessage(message, result)
+                                 : onNotification(message, result);
+}
+
+bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESULT& result) {
+    switch (message.id) {
+        case WM_NCDESTROY:
+            // Its surface went first and took it along.
+            if (message.window == window()) {
+                attachment_.detach();
+            }
+            break;
+        case WM_GETDLGCODE:
+            if (fitsDialogCode(message)) {
+                result = answerByDefault(message) | DLGC_WANTMESSAGE;
+                return true;
+            }
+            break;
+        case WM_SETFOCUS:
+        case WM_KILLFOCUS:
+            reportFocus(message);
+            break;
+        case WM_MOUSEMOVE:
+        case WM_MOUSELEAVE:
+            reportHover(message);
+            break;
+        case WM_KEYDOWN:
+        case WM_SYSKEYDOWN:
+            if (routeUnusedKey(message)) {
+                return true;
+            }
+            break;
+        case WM_CHAR:
+        case WM_SYSCHAR:
+            if (std::exchange(swallowsCharacter_, false)) {
+                return true;
+            }
+            break;
+        default:
+            break;
+    }
+    // Whoever heard of the focus or of the pointer may have ended the window.
+    return isOwn(message.window) && onWindowMessage(message, result);
+}
+
+// In a dialog's message loop: the keys that the surface gets come here first,
+// since the input router knows drawn controls and the dialog does not.
+bool NativeControlWin32Gdi::fitsDialogCode(const WindowMessage& message) const {
+    const auto* asked = reinterpret_cast<const MSG*>(message.extra);
+    return asked != nullptr && isKeyMessage(asked->message);
+}
+
+void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
+    InputRouter* router = routerOf(*control_);
+    if (router == nullptr) {
+        return;
+    }
+    if (message.id == WM_SETFOCUS) {
+        router->acceptFocus(control_);
+    } else if (const auto next = reinterpret_cast<HWND>(message.wide);
+               next != parent_ && !IsChild(parent_, next)) {
+        // The surface's own window has the focus for its drawn controls.
+        router->acceptFocus(nullptr);
+    }
+}
+
+void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
+    InputRouter* router = routerOf(*control_);
+    if (router == nullptr) {
+        return;
+    }
+    MouseEvent event;
+    event.modifiers = heldModifiers();
+    if (message.id == WM_MOUSELEAVE) {
+        tracksLeaving_ = false;
+        event.action = MouseAction::kLeave;
+    } else {
+        POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
+        MapWindowPoints(message.window, window(), &inControl, 1);
+        event.position = control_->toSurface({inControl.x, inControl.y});
+        if (!tracksLeaving_) {
+            TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, message.window, 0};
+            tracksLeaving_ = TrackMouseEvent(&request) != FALSE;
+        }
+    }
+    router->routeMouse(event);
+}
+
+bool NativeControlWin32Gdi::routeUnusedKey(const WindowMessage& message) {
+    swallowsCharacter_ = false;
+    const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
+    InputRouter* router = routerOf(*control_);
+    if (router == nullptr || usesKey(event)) {
+        return false;
+    }
+    const bool used = router->routeKeyFrom(*control_, event);
+    // The characters of these keys make edit controls beep.
+    swallowsCharacter_ =
+        used && (event.key == kKeyTab || event.key == kKeyEnter || event.key == kKeyEscape);
+    return used;
+}
+
+}  // namespace zustd

@@ -1,0 +1,114 @@
+// What the backends of all native controls have in common: a child window in
+// step with its Control.
+//
+// The window is made by the first synchronisation, as a child of the surface
+// that the control is on, and made anew when something changes that a window
+// cannot change: its class, its style, its surface. Place, visibility, enabled
+// state, font and text are compared and pushed.
+//
+// Focus, hovering and the keys that the control has no use for are reported to
+// the input router of the surface; the rest of what the user does is up to the
+// derived backend.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ZuControl.h"
+#include "ZuFont.h"
+#include "ZuMessageDispatchWin32Gdi.h"
+#include "ZuWindows.h"
+
+namespace zustd {
+
+// The window of the surface that a control is on; null outside of a surface
+// and on one that has no window yet. A surface is on the one around it.
+HWND surfaceWindowOf(const Control& control);
+
+// Held modifier keys, as InputRouter wants them.
+std::uint32_t heldModifiers() noexcept;
+
+// Makes the classes of the common controls known to the system, once.
+void initializeCommonControls() noexcept;
+
+class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
+public:
+    ~NativeControlWin32Gdi() override;
+
+    // Null as long as there is none.
+    HWND window() const noexcept { return attachment_.window(); }
+
+protected:
+    struct Shape {
+        const wchar_t* windowClass;
+        // Without WS_CHILD, WS_VISIBLE and WS_DISABLED.
+        DWORD style;
+        DWORD extendedStyle;
+
+        friend bool operator==(const Shape&, const Shape&) = default;
+    };
+    enum class Outcome { kNoSurface, kKept, kMade };
+
+    // Outside of a surface the control becomes a child of the host's window,
+    // which may be null. The name is that of handleMultiWindowMessage in the
+    // derived class; it is not copied.
+    NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
+        : hostWindow_(hostWindow), operation_(operation) {}
+
+    // Makes the window if need be and pushes place, visibility and enabled
+    // state. After kMade the derived backend pushes everything that it has;
+    // after kNoSurface there is no window. Throws SystemException when the
+    // system refuses a window.
+    Outcome synchronizeWindow(Control& control, const Shape& shape);
+    // Null stands for the default font.
+    void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
+    void synchronizeText(const std::wstring& text);
+    void destroyWindow() noexcept;
+
+    // The control of the last synchronisation; valid while there is a window.
+    Control& control() const noexcept { return *control_; }
+    LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const noexcept {
+        return SendMessageW(window(), id, wide, extra);
+    }
+
+    // What the parent hears of the control: WM_COMMAND, WM_NOTIFY, scrolling,
+    // colours. See IMultiWindowMessageHandlerWin32Gdi for the result.
+    virtual bool onNotification(const WindowMessage& message, LRESULT& result);
+    // A message of the control's own window, after focus, hovering and unused
+    // keys have been dealt with.
+    virtual bool onWindowMessage(const WindowMessage& message, LRESULT& result);
+    // Whether the control itself needs the key; others go to the surface. The
+    // base keeps all but Tab, Enter and Escape.
+    virtual bool usesKey(const KeyEvent& event) const;
+
+    // Whether a window is part of the control, such as the field of a combo
+    // box; its focus and keys are the control's. The base knows of none.
+    virtual bool isPart(HWND window) const noexcept;
+
+    bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
+
+private:
+    bool isOwn(HWND window) const noexcept;
+    bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
+    void createWindow(const Shape& shape, HWND parent);
+    void place();
+    void reportHover(const WindowMessage& message);
+    void reportFocus(const WindowMessage& message);
+    bool routeUnusedKey(const WindowMessage& message);
+    bool fitsDialogCode(const WindowMessage& message) const;
+
+    WindowAttachment attachment_;
+    HWND hostWindow_;
+    const wchar_t* operation_;
+    Control* control_ = nullptr;
+    Shape shape_{};
+    HWND parent_ = nullptr;
+    // Kept as long as the window draws with it.
+    std::shared_ptr<Font> font_;
+    std::wstring text_;
+    bool tracksLeaving_ = false;
+    // A routed key's character is swallowed as well.
+    bool swallowsCharacter_ = false;
+};
+
+}  // namespace zustd

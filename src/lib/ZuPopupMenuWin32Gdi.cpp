@@ -1,0 +1,131 @@
+#include "ZuPopupMenuWin32Gdi.h"
+
+#include <vector>
+
+#include "ZuBitmapWin32Gdi.h"
+#include "ZuHandleWin32Gdi.h"
+#include "ZuWindowServiceWin32Gdi.h"
+
+namespace zustd {
+
+namespace {
+
+using MenuHandle = Handle<NullHandleTraits<HMENU, &DestroyMenu>>;
+
+// Pixels of an item's image at a scaling factor of 1.
+constexpr std::int32_t kImageSize = 16;
+
+// A native menu and what it shows. Items are numbered from 1 in the order of
+// their making: the menu's own numbers have 16 bits only.
+class NativeMenu {
+public:
+    explicit NativeMenu(WindowService* service) : service_(service) {}
+
+    void fill(const std::vector<PopupMenuItem>& items) { menu_ = make(items); }
+    HMENU handle() const noexcept { return menu_.get(); }
+    std::uint32_t identifierOf(std::size_t number) const noexcept {
+        return number >= 1 && number <= identifiers_.size() ? identifiers_[number - 1] : 0;
+    }
+
+private:
+    MenuHandle make(const std::vector<PopupMenuItem>& items) {
+        MenuHandle menu(CreatePopupMenu());
+        if (!menu) {
+            throw SystemException(L"Could not create menu");
+        }
+        for (const PopupMenuItem& item : items) {
+            append(menu.get(), item);
+        }
+        return menu;
+    }
+
+    void append(HMENU menu, const PopupMenuItem& item) {
+        MENUITEMINFOW info{};
+        info.cbSize = sizeof(info);
+        info.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_ID;
+        MenuHandle below;
+        if (item.identifier == 0 && item.items.empty()) {
+            info.fType = MFT_SEPARATOR;
+        } else {
+            identifiers_.push_back(item.identifier);
+            info.wID = static_cast<UINT>(identifiers_.size());
+            info.fMask |= MIIM_STRING;
+            info.dwTypeData = const_cast<wchar_t*>(item.caption.c_str());
+            info.fState = (item.enabled ? MFS_ENABLED : MFS_DISABLED) |
+                          (item.checked ? MFS_CHECKED : MFS_UNCHECKED);
+            info.hbmpItem = imageOf(item);
+            info.fMask |= info.hbmpItem != nullptr ? MIIM_BITMAP : 0;
+            if (!item.items.empty()) {
+                below = make(item.items);
+                info.fMask |= MIIM_SUBMENU;
+                info.hSubMenu = below.get();
+            }
+        }
+        const auto end = static_cast<UINT>(GetMenuItemCount(menu));
+        if (!InsertMenuItemW(menu, end, TRUE, &info)) {
+            throw SystemException(L"Could not fill menu");
+        }
+        // The menu that it opens from destroys it.
+        static_cast<void>(below.release());
+    }
+
+    HBITMAP imageOf(const PopupMenuItem& item) {
+        const auto image =
+            item.bitmap == 0 || service_ == nullptr
+                ? nullptr
+                : service_->getBitmap(BitmapDescriptor(item.bitmap, {kImageSize, kImageSize}));
+        if (!image) {
+            return nullptr;
+        }
+        images_.push_back(image);
+        return bitmapBackend(*image).handle();
+    }
+
+    WindowService* service_;
+    std::vector<std::uint32_t> identifiers_;
+    std::vector<std::shared_ptr<Bitmap>> images_;
+    MenuHandle menu_;
+};
+
+HWND windowOf(const std::shared_ptr<WindowService>& service) {
+    const auto* backend = service && service->hasImplementation()
+                              ? dynamic_cast<WindowServiceWin32Gdi*>(&service->implementation())
+                              : nullptr;
+    const HWND window = backend != nullptr ? backend->window() : nullptr;
+    return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId() ? window : nullptr;
+}
+
+// A menu needs an owner to get the keyboard: this one stands in where the
+// service has no window of this thread.
+WindowHandle makeStandIn() {
+    return WindowHandle(CreateWindowExW(WS_EX_TOOLWINDOW, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0,
+                                        nullptr, nullptr, GetModuleHandleW(nullptr), nullptr));
+}
+
+}  // namespace
+
+std::uint32_t PopupMenuWin32Gdi::show(Point place) {
+    return guarded(L"PopupMenuWin32Gdi::show", std::uint32_t{0}, [&] {
+        const std::shared_ptr<WindowService> service = creator_.lock();
+        NativeMenu menu(service.get());
+        menu.fill(getAbstraction().items());
+        WindowHandle standIn;
+        HWND owner = windowOf(service);
+        if (owner == nullptr) {
+            standIn = makeStandIn();
+            owner = standIn.get();
+        }
+        // Otherwise the menu would not go when the user clicks elsewhere.
+        SetForegroundWindow(owner);
+        const UINT alignment =
+            GetSystemMetrics(SM_MENUDROPALIGNMENT) != 0 ? TPM_RIGHTALIGN : TPM_LEFTALIGN;
+        // From here on this object may be gone.
+        const int chosen = TrackPopupMenuEx(
+            menu.handle(), alignment | TPM_RETURNCMD | TPM_NONOTIFY | TPM_RIGHTBUTTON, place.x,
+            place.y, owner, nullptr);
+        PostMessageW(owner, WM_NULL, 0, 0);
+        return menu.identifierOf(static_cast<std::size_t>(std::max(chosen, 0)));
+    });
+}
+
+}  // namespace zustd

@@ -1,0 +1,68 @@
+// The Windows half of a timer, and the hidden window that a thread's timers
+// share.
+//
+// The window exists as long as any timer of its thread does. A system timer
+// bears a number that no other one of the window ever had, so a tick that is
+// still on its way when the timer stops, starts anew or is destroyed finds
+// nobody and is dropped.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+#include "ZuHandleWin32Gdi.h"
+#include "ZuTimer.h"
+
+namespace zustd {
+
+class TimerWin32Gdi;
+
+class TimerWindowWin32Gdi {
+public:
+    // Throws SystemException when there is no window to be had.
+    TimerWindowWin32Gdi();
+
+    // Starts a system timer; 0 when there is none to be had.
+    UINT_PTR start(TimerWin32Gdi& timer, std::uint32_t milliseconds);
+    // Lets a running one go on with another interval.
+    bool restart(UINT_PTR number, std::uint32_t milliseconds) noexcept;
+    void stop(UINT_PTR number) noexcept;
+
+    // This thread's window, made by the first who asks and shared by all who
+    // hold it.
+    static std::shared_ptr<TimerWindowWin32Gdi> ofThisThread();
+
+private:
+    static LRESULT CALLBACK receive(HWND window, UINT message, WPARAM wide, LPARAM extra) noexcept;
+    static ATOM registeredClass();
+
+    WindowHandle window_;
+    UINT_PTR lastNumber_ = 0;
+    std::map<UINT_PTR, TimerWin32Gdi*> timers_;
+};
+
+class TimerWin32Gdi : public Implementation<Timer, ITimerImpl> {
+public:
+    explicit TimerWin32Gdi(std::shared_ptr<TimerWindowWin32Gdi> window) noexcept
+        : window_(std::move(window)) {}
+    ~TimerWin32Gdi() override { stop(); }
+
+    bool start() override;
+    void stop() override;
+    bool isRunning() const override { return number_ != 0; }
+    void setInterval(std::uint32_t milliseconds) override;
+    std::uint32_t getInterval() const override { return interval_; }
+    void setRepeating(bool repeating) override { repeating_ = repeating; }
+    bool isRepeating() const override { return repeating_; }
+
+private:
+    static constexpr std::uint32_t kDefaultInterval = 1000;
+
+    std::shared_ptr<TimerWindowWin32Gdi> window_;
+    UINT_PTR number_ = 0;
+    std::uint32_t interval_ = kDefaultInterval;
+    bool repeating_ = true;
+};
+
+}  // namespace zustd

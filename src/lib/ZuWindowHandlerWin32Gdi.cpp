@@ -1,0 +1,567 @@
+#include "ZuWindowHandlerWin32Gdi.h"
+
+#include "ZuGraphicsServiceWin32Gdi.h"
+#include "ZuNativeControlWin32Gdi.h"
+#include "ZuSurfaceInputWin32Gdi.h"
+#include "ZuWindowServiceWin32Gdi.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr wchar_t kHandlerProperty[] = L"ZuWindowHandler";
+
+WindowServiceWin32Gdi* backendOfService(const std::shared_ptr<WindowService>& service) {
+    return service && service->hasImplementation()
+               ? dynamic_cast<WindowServiceWin32Gdi*>(&service->implementation())
+               : nullptr;
+}
+
+Size clientSizeOf(HWND window) noexcept {
+    RECT client{};
+    GetClientRect(window, &client);
+    return {client.right, client.bottom};
+}
+
+Size outerSizeOf(HWND window) noexcept {
+    RECT outer{};
+    GetWindowRect(window, &outer);
+    return {outer.right - outer.left, outer.bottom - outer.top};
+}
+
+// What caption and borders add to the client area.
+Size frameSizeOf(HWND window) noexcept {
+    const Size outer = outerSizeOf(window);
+    const Size client = clientSizeOf(window);
+    return {outer.width - client.width, outer.height - client.height};
+}
+
+COLORREF nativeColor(Color color) noexcept { return RGB(color.red, color.green, color.blue); }
+
+Color systemColor(int index) noexcept {
+    const COLORREF color = GetSysColor(index);
+    return Color::rgb(GetRValue(color), GetGValue(color), GetBValue(color));
+}
+
+Color backgroundOf(const Control& control) noexcept {
+    const Color color = control.color(ColorRole::kBackground);
+    return color.isSet ? color : systemColor(COLOR_BTNFACE);
+}
+
+// Which drawn control a native widget lies on, for its colours.
+const Control& holderOf(Control& surface, HWND window, HWND child) noexcept {
+    RECT area{};
+    GetWindowRect(child, &area);
+    MapWindowPoints(HWND_DESKTOP, window, reinterpret_cast<POINT*>(&area), 2);
+    const Control* found = surface.controlAt({area.left, area.top});
+    return found != nullptr ? *found : surface;
+}
+
+// Connects for the time of a paint.
+class PaintConnection {
+public:
+    PaintConnection(GraphicsService& graphics, HDC context, const RECT& area)
+        : backend_(graphicsBackend(graphics)) {
+        backend_.connect(context, area);
+    }
+    PaintConnection(const PaintConnection&) = delete;
+    PaintConnection& operator=(const PaintConnection&) = delete;
+    ~PaintConnection() { backend_.disconnect(); }
+
+private:
+    GraphicsServiceWin32Gdi& backend_;
+};
+
+class FlagScope {
+public:
+    explicit FlagScope(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+    ~FlagScope() { flag_ = false; }
+
+private:
+    bool& flag_;
+};
+
+}  // namespace
+
+HWND nativeWindowOf(const Control& control) noexcept {
+    const IImplementation* backend = control.backend();
+    if (const auto* widget = dynamic_cast<const NativeControlWin32Gdi*>(backend)) {
+        return widget->window();
+    }
+    const auto* handler = dynamic_cast<const WindowHandlerWin32Gdi*>(backend);
+    return handler != nullptr ? handler->window() : nullptr;
+}
+
+WindowHandlerWin32Gdi::WindowHandlerWin32Gdi(std::weak_ptr<WindowService> creator,
+                                             std::shared_ptr<WindowService> windowService,
+                                             std::shared_ptr<GraphicsService> graphicsService,
+                                             const wchar_t* operation) noexcept
+    : creator_(std::move(creator)),
+      windowService_(std::move(windowService)),
+      graphicsService_(std::move(graphicsService)),
+      operation_(operation) {}
+
+WindowHandlerWin32Gdi::~WindowHandlerWin32Gdi() { destroyWindow(); }
+
+// The pointer is only looked at where it was written: in this thread.
+WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::of(HWND window) noexcept {
+    if (window == nullptr || GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) {
+        return nullptr;
+    }
+    return static_cast<WindowHandlerWin32Gdi*>(GetPropW(window, kHandlerProperty));
+}
+
+WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::around(HWND window) noexcept {
+    WindowHandlerWin32Gdi* found = nullptr;
+    while (window != nullptr && (found = of(window)) == nullptr) {
+        window = GetAncestor(window, GA_PARENT);
+    }
+    return found;
+}
+
+HWND WindowHandlerWin32Gdi::creatorWindow() const {
+    const WindowServiceWin32Gdi* backend = backendOfService(creator_.lock());
+    const HWND window = backend != nullptr ? backend->window() : nullptr;
+    return window != GetDesktopWindow() && IsWindow(window) ? window : nullptr;
+}
+
+// --- The window's life ----------------------------------------------------------------------
+
+void WindowHandlerWin32Gdi::attach(HWND window, LPARAM handler) noexcept {
+    SetWindowLongPtrW(window, GWLP_USERDATA, handler);
+}
+
+void WindowHandlerWin32Gdi::adopt(HWND window) {
+    window_ = window;
+    size_ = clientSizeOf(window);
+    caption_.clear();
+    enabled_ = true;
+    SetPropW(window, kHandlerProperty, this);
+    if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
+        backend->setWindow(window);
+    }
+}
+
+void WindowHandlerWin32Gdi::destroyWindow() noexcept {
+    const HWND window = std::exchange(window_, nullptr);
+    if (window == nullptr) {
+        return;
+    }
+    if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
+        backend->setWindow(nullptr);
+    }
+    attach(window, 0);
+    RemovePropW(window, kHandlerProperty);
+    blocked_ = false;
+    tracksLeaving_ = false;
+    keptFocusWindow_ = nullptr;
+    const LastErrorKeeper keeper;
+    DestroyWindow(window);
+}
+
+LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WPARAM wide,
+                                                        LPARAM extra) noexcept {
+    auto* handler =
+        reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (id == WM_NCCREATE) {
+        const auto& creation = *reinterpret_cast<const CREATESTRUCTW*>(extra);
+        attach(window, reinterpret_cast<LPARAM>(creation.lpCreateParams));
+    }
+    LRESULT result = 0;
+    if (handler != nullptr && handler->handle({window, id, wide, extra}, result)) {
+        return result;
+    }
+    return DefWindowProcW(window, id, wide, extra);
+}
+
+INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WPARAM wide,
+                                                        LPARAM extra) noexcept {
+    auto* handler =
+        reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (id == WM_INITDIALOG) {
+        attach(window, extra);
+        return FALSE;
+    }
+    LRESULT result = 0;
+    if (handler == nullptr || !handler->handle({window, id, wide, extra}, result)) {
+        return FALSE;
+    }
+    // These are answered by the return value itself.
+    if (id >= WM_CTLCOLORMSGBOX && id <= WM_CTLCOLORSTATIC) {
+        return result;
+    }
+    SetWindowLongPtrW(window, DWLP_MSGRESULT, result);
+    return TRUE;
+}
+
+bool WindowHandlerWin32Gdi::handle(const WindowMessage& message, LRESULT& result) noexcept {
+    // Messages of the window's making come before it is adopted.
+    if (message.window != window_) {
+        return false;
+    }
+    // Whoever hears of it may drop the surface.
+    const std::shared_ptr<Control> alive = sharedReference<Control>(&surface());
+    return guarded(operation_, false, [&] { return dispatch(message, result); });
+}
+
+bool WindowHandlerWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
+
+bool WindowHandlerWin32Gdi::dispatch(const WindowMessage& message, LRESULT& result) {
+    if (onWindowMessage(message, result)) {
+        return true;
+    }
+    if (message.window != window_) {
+        return false;
+    }
+    return handleFrame(message, result) || handlePainting(message, result) ||
+           handleMouse(message, result) || handleKey(message, result) || handleFocus(message);
+}
+
+// --- State ----------------------------------------------------------------------------------
+
+void WindowHandlerWin32Gdi::synchronizeSize() {
+    const Size wanted = surface().boundary().size();
+    if (wanted == size_ || IsIconic(window_)) {
+        return;
+    }
+    size_ = wanted;
+    const Size frame = frameSizeOf(window_);
+    SetWindowPos(window_, nullptr, 0, 0, saturatedSum(wanted.width, frame.width),
+                 saturatedSum(wanted.height, frame.height),
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+}
+
+void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
+    if (caption != caption_) {
+        SetWindowTextW(window_, caption.c_str());
+        caption_ = caption;
+    }
+}
+
+void WindowHandlerWin32Gdi::synchronizeEnabled() {
+    const bool enabled = surface().isUsable() && !blocked_;
+    if (enabled != enabled_) {
+        enabled_ = enabled;
+        EnableWindow(window_, enabled ? TRUE : FALSE);
+    }
+}
+
+void WindowHandlerWin32Gdi::setBlocked(bool blocked) {
+    blocked_ = blocked;
+    if (window_ != nullptr) {
+        synchronizeEnabled();
+    }
+}
+
+bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& result) {
+    switch (message.id) {
+        case WM_SIZE:
+            if (message.wide != SIZE_MINIMIZED) {
+                size_ = {LOWORD(message.extra), HIWORD(message.extra)};
+                onResized(size_);
+            }
+            return false;
+        case WM_GETMINMAXINFO:
+            applyLimits(*reinterpret_cast<MINMAXINFO*>(message.extra));
+            return true;
+        case WM_DPICHANGED: {
+            const RECT& area = *reinterpret_cast<const RECT*>(message.extra);
+            SetWindowPos(window_, nullptr, area.left, area.top, area.right - area.left,
+                         area.bottom - area.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            return true;
+        }
+        case WM_SYSCOLORCHANGE:
+        case WM_THEMECHANGED:
+            InvalidateRect(window_, nullptr, FALSE);
+            return false;
+        case WM_CLOSE:
+            if (!blocked_) {
+                onCloseRequest();
+            }
+            result = 0;
+            return true;
+        case WM_NCDESTROY: {
+            // It went with its parent or owner.
+            RemovePropW(window_, kHandlerProperty);
+            attach(window_, 0);
+            window_ = nullptr;
+            blocked_ = false;
+            if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
+                backend->setWindow(nullptr);
+            }
+            onWindowLost();
+            return false;
+        }
+        default:
+            return false;
+    }
+}
+
+void WindowHandlerWin32Gdi::applyLimits(MINMAXINFO& limits) const {
+    const Size frame = frameSizeOf(window_);
+    const auto limit = [](LONG& value, std::int32_t client, std::int32_t border) {
+        if (client > 0) {
+            value = saturatedSum(client, border);
+        }
+    };
+    const Size smallest = surface().minimumSize();
+    limit(limits.ptMinTrackSize.x, smallest.width, frame.width);
+    limit(limits.ptMinTrackSize.y, smallest.height, frame.height);
+    const Size largest = surface().maximumSize();
+    limit(limits.ptMaxTrackSize.x, largest.width, frame.width);
+    limit(limits.ptMaxTrackSize.y, largest.height, frame.height);
+}
+
+// --- Painting -------------------------------------------------------------------------------
+
+bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT& result) {
+    switch (message.id) {
+        case WM_ERASEBKGND:
+            // Painting covers the background.
+            result = 1;
+            return true;
+        case WM_PAINT:
+            paintWindow();
+            result = 0;
+            return true;
+        case WM_PRINTCLIENT: {
+            // Also what native widgets that let their background through ask
+            // for; one of them may do so while it is painted as part of this.
+            const auto context = reinterpret_cast<HDC>(message.wide);
+            RECT area{};
+            if (!painting_ && GetClipBox(context, &area) > NULLREGION) {
+                paint(context, area);
+            }
+            result = 0;
+            return true;
+        }
+        case WM_CTLCOLORSTATIC:
+        case WM_CTLCOLORBTN:
+            return colorControl(message, result);
+        default:
+            return false;
+    }
+}
+
+void WindowHandlerWin32Gdi::paintWindow() {
+    PAINTSTRUCT request{};
+    const HDC context = BeginPaint(window_, &request);
+    if (context == nullptr) {
+        return;
+    }
+    const HWND window = window_;
+    guarded(operation_, [&] {
+        if (!painting_ && !IsRectEmpty(&request.rcPaint)) {
+            paint(context, request.rcPaint);
+        }
+    });
+    EndPaint(window, &request);
+}
+
+void WindowHandlerWin32Gdi::paint(HDC context, const RECT& area) {
+    const FlagScope painting(painting_);
+    const PaintConnection connection(*graphicsService_, context, area);
+    const Rect drawArea{area.left, area.top, area.right - 1, area.bottom - 1};
+    graphicsService_->beginBufferedPaint(drawArea);
+    graphicsService_->drawRectangle(drawArea, backgroundOf(surface()));
+    surface().drawAsRoot(*graphicsService_);
+    graphicsService_->endBufferedPaint();
+}
+
+bool WindowHandlerWin32Gdi::colorControl(const WindowMessage& message, LRESULT& result) {
+    const Control& holder = holderOf(surface(), window_, reinterpret_cast<HWND>(message.extra));
+    const Color background = holder.color(ColorRole::kBackground);
+    if (!background.isSet) {
+        return false;
+    }
+    if (!background_ || background != backgroundColor_) {
+        background_.reset(CreateSolidBrush(nativeColor(background)));
+        backgroundColor_ = background;
+    }
+    const auto context = reinterpret_cast<HDC>(message.wide);
+    SetBkColor(context, nativeColor(background));
+    if (const Color text = holder.color(ColorRole::kText); text.isSet) {
+        SetTextColor(context, nativeColor(text));
+    }
+    result = reinterpret_cast<LRESULT>(background_.get());
+    return true;
+}
+
+// --- Mouse and keyboard ---------------------------------------------------------------------
+
+bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& result) {
+    if (message.id == WM_SETCURSOR) {
+        result = TRUE;
+        return setPointer(message);
+    }
+    if (message.id == WM_CAPTURECHANGED) {
+        if (reinterpret_cast<HWND>(message.extra) != window_) {
+            surface().inputRouter()->cancelPress();
+        }
+        return true;
+    }
+    const std::optional<MouseEvent> event = mouseEventOf(message);
+    if (!event) {
+        return false;
+    }
+    if (event->action == MouseAction::kWheel || event->action == MouseAction::kHorizontalWheel) {
+        return handleWheel(*event);
+    }
+    if (event->action == MouseAction::kLeave) {
+        tracksLeaving_ = false;
+    } else {
+        trackLeaving();
+    }
+    surface().inputRouter()->routeMouse(*event);
+    return true;
+}
+
+// What nothing on this surface uses goes on to the controls that it lies on,
+// and from the outermost surface to the host's window.
+bool WindowHandlerWin32Gdi::handleWheel(const MouseEvent& event) {
+    Control& inner = surface();
+    if (inner.inputRouter()->routeMouse(event)) {
+        return true;
+    }
+    MouseEvent outside = event;
+    Control* climbing = &inner;
+    while (Control* parent = climbing->parentControl()) {
+        outside.position = outside.position.movedBy(climbing->boundary().position());
+        if (parent->isUsable() && parent->onMouse(outside)) {
+            return true;
+        }
+        climbing = parent;
+    }
+    // The messages have climbed the tree already: surfaces outside of this one
+    // must not send them again.
+    return climbing != &inner;
+}
+
+bool WindowHandlerWin32Gdi::setPointer(const WindowMessage& message) {
+    if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
+        return false;
+    }
+    windowService_->setCursor(windowService_->getCursor());
+    return true;
+}
+
+void WindowHandlerWin32Gdi::trackLeaving() {
+    if (!tracksLeaving_) {
+        TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window_, 0};
+        tracksLeaving_ = TrackMouseEvent(&request) != FALSE;
+    }
+}
+
+bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& result) {
+    if (message.id == WM_GETDLGCODE) {
+        // In a host's dialog: keys go to the router first.
+        result = DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS | DLGC_WANTTAB;
+        return true;
+    }
+    if (message.id == WM_SYSCHAR) {
+        // That of an unused key may open the window's menu.
+        return std::exchange(swallowsCharacter_, false);
+    }
+    const std::optional<KeyEvent> event = keyEventOf(message);
+    if (!event) {
+        return false;
+    }
+    swallowsCharacter_ = false;
+    if (!surface().inputRouter()->routeKey(*event)) {
+        return false;
+    }
+    swallowsCharacter_ = message.id == WM_SYSKEYDOWN;
+    return true;
+}
+
+// --- Focus ----------------------------------------------------------------------------------
+
+bool WindowHandlerWin32Gdi::canHoldFocus(HWND window) const noexcept {
+    return window != nullptr && IsChild(window_, window) && IsWindowVisible(window) &&
+           IsWindowEnabled(window);
+}
+
+bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
+    InputRouter& router = *surface().inputRouter();
+    switch (message.id) {
+        case WM_ACTIVATE:
+            if (LOWORD(message.wide) == WA_INACTIVE) {
+                rememberFocus();
+            } else if (HIWORD(message.wide) == 0) {
+                restoreFocus();
+            }
+            return true;
+        case WM_SETFOCUS: {
+            // The window stands in for its drawn controls only.
+            const std::shared_ptr<Control> focused = router.focused();
+            const HWND native = focused ? nativeWindowOf(*focused) : nullptr;
+            if (canHoldFocus(native)) {
+                SetFocus(native);
+            } else if (!focused) {
+                if (const std::shared_ptr<Control> kept = std::exchange(keptFocus_, {}).lock()) {
+                    kept->takeFocus();
+                }
+            }
+            return true;
+        }
+        case WM_KILLFOCUS: {
+            const auto next = reinterpret_cast<HWND>(message.wide);
+            if (next == nullptr || !IsChild(window_, next)) {
+                if (const std::shared_ptr<Control> focused = router.focused()) {
+                    keptFocus_ = focused;
+                }
+                router.acceptFocus(nullptr);
+            }
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
+void WindowHandlerWin32Gdi::rememberFocus() {
+    const HWND focused = GetFocus();
+    const WindowHandlerWin32Gdi* holder = around(focused);
+    if (holder == nullptr || (focused != window_ && !IsChild(window_, focused))) {
+        return;
+    }
+    keptFocusWindow_ = focused;
+    keptFocus_ = holder->surface().inputRouter()->focused();
+}
+
+void WindowHandlerWin32Gdi::restoreFocus() {
+    const std::shared_ptr<Control> kept = keptFocus_.lock();
+    keptFocus_.reset();
+    const HWND keptWindow = std::exchange(keptFocusWindow_, nullptr);
+    if (kept && kept->takeFocus()) {
+        return;
+    }
+    if (canHoldFocus(keptWindow)) {
+        SetFocus(keptWindow);
+        return;
+    }
+    SetFocus(window_);
+    if (keptWindow == nullptr) {
+        focusFirst();
+    }
+}
+
+void WindowHandlerWin32Gdi::giveFocus(Control& control) {
+    if (window_ == nullptr) {
+        keptFocus_ = sharedReference(&control);
+        return;
+    }
+    const HWND root = GetAncestor(window_, GA_ROOT);
+    WindowHandlerWin32Gdi* top = of(root);
+    if (top != nullptr && GetActiveWindow() != root) {
+        top->keptFocus_ = sharedReference(&control);
+        top->keptFocusWindow_ = nullptr;
+        return;
+    }
+    const HWND native = nativeWindowOf(control);
+    SetFocus(native != nullptr ? native : window_);
+}
+
+}  // namespace zustd

@@ -1,0 +1,133 @@
+// What windows and dialogs of the toolkit have in common: the window that a
+// surface is shown in.
+//
+// A handler owns the window, feeds what the user does with it to the surface's
+// input router, paints the surface, and keeps size, caption, enabled state and
+// focus of window and surface in step. The derived backends decide what kind of
+// window it is and what closing and resizing mean.
+//
+// The size of the client area is the surface's, whoever changes it. The focus
+// is kept while the window is not active: it is restored with the activation,
+// and a control that takes the focus meanwhile has it from then on.
+//
+// The window procedure keeps the surface alive for the time of a message. A
+// surface that is destroyed gives its window up first (releaseNativeObject),
+// and a window that goes on its own, with its parent, is forgotten.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ZuControl.h"
+#include "ZuHandleWin32Gdi.h"
+#include "ZuMessageDispatchWin32Gdi.h"
+#include "ZuWindows.h"
+
+namespace zustd {
+
+// The window of a native widget or of a surface; null for drawn controls and
+// as long as there is none.
+HWND nativeWindowOf(const Control& control) noexcept;
+
+class WindowHandlerWin32Gdi {
+public:
+    WindowHandlerWin32Gdi(const WindowHandlerWin32Gdi&) = delete;
+    WindowHandlerWin32Gdi& operator=(const WindowHandlerWin32Gdi&) = delete;
+    virtual ~WindowHandlerWin32Gdi();
+
+    // Whose window this is; null for a window of somebody else or of another
+    // thread. around() asks the window's parents too.
+    static WindowHandlerWin32Gdi* of(HWND window) noexcept;
+    static WindowHandlerWin32Gdi* around(HWND window) noexcept;
+
+    // Null as long as there is none.
+    HWND window() const noexcept { return window_; }
+    virtual Control& surface() const = 0;
+
+    // While a modal dialog is open the window is disabled, whatever the
+    // surface's own state is.
+    void setBlocked(bool blocked);
+    bool isBlocked() const noexcept { return blocked_; }
+
+    // Gives the system's focus to a control of this surface: now, or when the
+    // window that the surface is in becomes active.
+    void giveFocus(Control& control);
+
+protected:
+    // The creator's window is the owner or parent. The operation's name is
+    // what failures are reported under; it is not copied.
+    WindowHandlerWin32Gdi(std::weak_ptr<WindowService> creator,
+                          std::shared_ptr<WindowService> windowService,
+                          std::shared_ptr<GraphicsService> graphicsService,
+                          const wchar_t* operation) noexcept;
+
+    // The window of the service that made the surface; null without one. The
+    // desktop counts as none.
+    HWND creatorWindow() const;
+
+    // Takes over a window that was just made; its procedure is already the one
+    // below, with this handler as its parameter.
+    void adopt(HWND window);
+    void destroyWindow() noexcept;
+    // Pushes what differs from what was pushed last.
+    void synchronizeSize();
+    void synchronizeCaption(const std::wstring& caption);
+    void synchronizeEnabled();
+
+    static LRESULT CALLBACK windowProcedure(HWND window, UINT id, WPARAM wide,
+                                            LPARAM extra) noexcept;
+    static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,
+                                            LPARAM extra) noexcept;
+
+    // The user has resized the client area.
+    virtual void onResized(Size size) = 0;
+    virtual void onCloseRequest() = 0;
+    // The window becomes active and no control of it has had the focus yet.
+    virtual void focusFirst() {}
+    // The window is gone without this handler's doing.
+    virtual void onWindowLost() {}
+    // Sees every message first; true when it is done with.
+    virtual bool onWindowMessage(const WindowMessage& message, LRESULT& result);
+
+private:
+    static void attach(HWND window, LPARAM handler) noexcept;
+    bool handle(const WindowMessage& message, LRESULT& result) noexcept;
+    bool dispatch(const WindowMessage& message, LRESULT& result);
+    bool handleFrame(const WindowMessage& message, LRESULT& result);
+    bool handlePainting(const WindowMessage& message, LRESULT& result);
+    bool handleMouse(const WindowMessage& message, LRESULT& result);
+    bool handleWheel(const MouseEvent& event);
+    bool handleKey(const WindowMessage& message, LRESULT& result);
+    bool handleFocus(const WindowMessage& message);
+    bool setPointer(const WindowMessage& message);
+    void applyLimits(MINMAXINFO& limits) const;
+    void paintWindow();
+    void paint(HDC context, const RECT& area);
+    bool colorControl(const WindowMessage& message, LRESULT& result);
+    void trackLeaving();
+    void rememberFocus();
+    void restoreFocus();
+    bool canHoldFocus(HWND window) const noexcept;
+
+    std::weak_ptr<WindowService> creator_;
+    std::shared_ptr<WindowService> windowService_;
+    std::shared_ptr<GraphicsService> graphicsService_;
+    const wchar_t* operation_;
+    HWND window_ = nullptr;
+    std::wstring caption_;
+    // Of the client area, as pushed or reported last.
+    Size size_;
+    bool enabled_ = true;
+    bool blocked_ = false;
+    bool tracksLeaving_ = false;
+    bool swallowsCharacter_ = false;
+    bool painting_ = false;
+    // What had the focus when the window was left, or wants it.
+    std::weak_ptr<Control> keptFocus_;
+    HWND keptFocusWindow_ = nullptr;
+    // For native widgets on a coloured surface; made for the last colour.
+    BrushHandle background_;
+    Color backgroundColor_;
+};
+
+}  // namespace zustd

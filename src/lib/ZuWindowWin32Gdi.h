@@ -1,0 +1,43 @@
+// The Windows half of a native window.
+//
+// On another surface, and when the window service that made it has a window,
+// it is a child window; otherwise a window of its own with caption, buttons and
+// the executable's icon. It is made anew when it moves to another parent.
+//
+// Closing a window of its own hides it, unless a receiver of kClose objects;
+// showing it again is up to whoever owns it.
+#pragma once
+
+#include "ZuNativeWindow.h"
+#include "ZuWindowHandlerWin32Gdi.h"
+
+namespace zustd {
+
+class WindowWin32Gdi : public Implementation<NativeWindow, INativeWindowImpl>,
+                       public WindowHandlerWin32Gdi {
+public:
+    WindowWin32Gdi(std::weak_ptr<WindowService> creator,
+                   std::shared_ptr<WindowService> windowService,
+                   std::shared_ptr<GraphicsService> graphicsService) noexcept;
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return window() != nullptr; }
+    Control& surface() const override { return getAbstraction(); }
+
+protected:
+    void onResized(Size size) override;
+    void onCloseRequest() override;
+
+private:
+    bool findParent(HWND& parent) const;
+    void createWindow(HWND parent);
+    void synchronizePlace();
+    void synchronizeVisible();
+
+    HWND parent_ = nullptr;
+    Point position_;
+    bool visible_ = false;
+};
+
+}  // namespace zustd
