@@ -25,7 +25,10 @@ public:
         EnumChildWindows(
             window_,
             [](HWND child, LPARAM out) -> BOOL {
-                reinterpret_cast<SeenBox*>(out)->buttons_.push_back(child);
+                auto& seen = *reinterpret_cast<SeenBox*>(out);
+                if (GetDlgCtrlID(child) != 0xFFFF) {
+                    seen.buttons_.push_back(child);
+                }
                 return TRUE;
             },
             reinterpret_cast<LPARAM>(this));
@@ -40,6 +43,11 @@ public:
         return texts;
     }
     HWND button(std::size_t index) const { return buttons_.at(index); }
+    int width() const {
+        RECT client{};
+        GetClientRect(window_, &client);
+        return client.right;
+    }
     // Whether everything lies inside of its parent and on the screen.
     bool isWhole() const {
         RECT outer{};
@@ -175,6 +183,18 @@ TEST_F(BoxTest, answers_mouse_pressButtonsAndTheFrame) {
     EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerYes);
 }
 
+TEST_F(BoxTest, answers_programs_findTextAndButtonsAsInTheSystemsBoxes) {
+    addTexts(L"en-US");
+    const Steps steps{[] {
+                          const HWND box = SeenBox().window();
+                          EXPECT_EQ(textOf(GetDlgItem(box, 0xFFFF)), L"Text\n\n&more");
+                          EXPECT_EQ(textOf(GetDlgItem(box, IDNO)), L"&No");
+                          PostMessageW(box, WM_COMMAND, IDCANCEL, 0);
+                      },
+                      [] { PostMessageW(SeenBox().window(), WM_COMMAND, IDNO, 0); }};
+    EXPECT_EQ(service().askYesNo(L"Text\n\n&more", L"Title"), kAnswerNo);
+}
+
 TEST_F(BoxTest, checkBox_checked_isRemembered) {
     addTexts(L"en-US");
     addApplication();
@@ -229,24 +249,22 @@ TEST_F(BoxTest, text_ofAnyLength_staysOnTheScreen) {
 
 TEST_F(BoxTest, paint_textAndIcon_areThere) {
     addTexts(L"en-US");
+    // What is seen above the buttons' strip, which begins a margin above them.
     const auto ink = [&](const wchar_t* text, std::uint32_t style) {
         int count = 0;
-        const Steps steps{[&] {
-                              const HWND window = SeenBox().window();
-                              RECT client{};
-                              GetClientRect(window, &client);
-                              RECT button{};
-                              GetWindowRect(SeenBox().button(0), &button);
-                              MapWindowPoints(HWND_DESKTOP, window,
-                                              reinterpret_cast<POINT*>(&button), 2);
-                              const std::uint32_t paper = pixelOf(window, {1, 1});
-                              for (int y = 0; y < button.top - 15; ++y) {
-                                  for (int x = 0; x < client.right; ++x) {
-                                      count += pixelOf(window, {x, y}) != paper ? 1 : 0;
-                                  }
-                              }
-                          },
-                          [] { pressKeys({VK_RETURN}); }};
+        const Steps steps{
+            [&] {
+                const SeenBox box;
+                POINT corner{};
+                MapWindowPoints(box.button(0), box.window(), &corner, 1);
+                const Canvas canvas({500, 300});
+                RedrawWindow(box.window(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+                const HDC source = GetDC(box.window());
+                BitBlt(canvas.context(), 0, 0, box.width(), 300, source, 0, 0, SRCCOPY);
+                ReleaseDC(box.window(), source);
+                count = canvas.inkCount({0, 0, 499, corner.y - 15});
+            },
+            [] { pressKeys({VK_RETURN}); }};
         service().showMessage(text, L"Title", style);
         return count;
     };

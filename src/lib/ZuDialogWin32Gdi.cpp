@@ -252,7 +252,8 @@ void DialogWin32Gdi::markDefaultButton() {
         return;
     }
     const auto mark = [](HWND window, UINT before, UINT after) {
-        if (window != nullptr && (static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)) & BS_TYPEMASK) == before) {
+        if (window != nullptr &&
+            (static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)) & BS_TYPEMASK) == before) {
             SendMessageW(window, BM_SETSTYLE, after, TRUE);
         }
     };
@@ -273,9 +274,31 @@ bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
             // Alt+F4 does not need a close button.
             result = 0;
             return (message.wide & 0xFFF0) == SC_CLOSE && hasStyle(NativeDialog::kStyleNotClosable);
+        case WM_COMMAND:
+            result = 0;
+            return message.extra == 0 && pressItem(LOWORD(message.wide));
         default:
             return false;
     }
+}
+
+// A command that comes from no control: from a host's loop that has its own
+// ideas of Enter and Escape, or from a program that helps the user.
+bool DialogWin32Gdi::pressItem(int identifier) {
+    if (const HWND item = GetDlgItem(window(), identifier)) {
+        SendMessageW(window(), WM_COMMAND, MAKEWPARAM(identifier, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(item));
+        return true;
+    }
+    if (identifier == IDCANCEL) {
+        onCloseRequest();
+        return true;
+    }
+    const auto button = identifier == IDOK ? getAbstraction().defaultButton() : nullptr;
+    if (button) {
+        button->click();
+    }
+    return button != nullptr;
 }
 
 // A tooltip below the pointer must not take the mouse from what it explains.

@@ -50,6 +50,7 @@ private:
     void createWindow(HWND owner);
     void place();
     void markDefaultButton();
+    bool pressItem(int identifier);
     bool letsMouseThrough(LPARAM place) const;
 
     HWND owner_ = nullptr;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "ZuFontWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeDialog.h"
@@ -20,6 +21,8 @@ constexpr std::int32_t kButtonGap = 8;
 constexpr std::int32_t kTextWidth = 420;
 // More letters than any screen shows of one text.
 constexpr std::size_t kMostLetters = 20000;
+// Of the control that shows the text.
+constexpr UINT_PTR kTextIdentifier = 0xFFFF;
 constexpr wchar_t kEllipsis = L'\x2026';
 
 // Of the system's message font, in points.
@@ -76,17 +79,16 @@ std::wstring cutAt(const std::wstring& text, std::size_t length) {
 // The longest beginning of the text that is as high as that.
 template <class Measure>
 std::wstring cutToHeight(const std::wstring& text, std::int32_t height, Measure&& measure) {
-    std::wstring shown = text.size() > kMostLetters ? cutAt(text, kMostLetters) : text;
-    if (measure(shown).height <= height) {
-        return shown;
+    if (measure(text).height <= height) {
+        return text;
     }
     std::size_t fits = 0;
-    std::size_t tooMany = shown.size();
+    std::size_t tooMany = text.size();
     while (tooMany - fits > 1) {
         const std::size_t middle = fits + (tooMany - fits) / 2;
-        (measure(cutAt(shown, middle)).height <= height ? fits : tooMany) = middle;
+        (measure(cutAt(text, middle)).height <= height ? fits : tooMany) = middle;
     }
-    return cutAt(shown, fits);
+    return cutAt(text, fits);
 }
 
 void copyToClipboard(HWND owner, const std::wstring& text) {
@@ -117,10 +119,8 @@ std::shared_ptr<ColorsDescriptor> paperColors() {
 // Icon and text.
 class MessagePaper : public Control {
 public:
-    MessagePaper(const MessageBoxContent& box, std::shared_ptr<FontDescriptor> font)
-        : text_(box.text), icon_(iconOf(box.style)), font_(std::move(font)) {
-        setTakesMouse(false);
-    }
+    MessagePaper(const MessageBoxContent& box, std::shared_ptr<FontDescriptor> descriptor)
+        : text_(box.text), icon_(iconOf(box.style)), descriptor_(std::move(descriptor)) {}
 
     void initialize() override {
         Control::initialize();
@@ -128,52 +128,12 @@ public:
     }
 
     // Cuts the text; what is left takes no more than the size.
-    Size measure(Size most) {
-        const auto font = windowService()->getFont(font_);
-        const auto graphics = graphicsService();
-        ZU_ASSERT_AS(font && graphics, L"font && graphics", ZU_HERE);
-        const std::int32_t margins = 2 * scale(kMargin);
-        const std::int32_t left = textOffset();
-        const std::int32_t widest = std::max(most.width - left - margins, 1);
-        std::int32_t width = std::min(scale(kTextWidth), widest);
-        const auto measured = [&](const std::wstring& text) {
-            return graphics->measureTextSize(text, *font, width);
-        };
-        const std::int32_t height = std::max(most.height - margins, 1);
-        // A word that is longer than the lines makes all of them longer.
-        if (const Size wrapped = measured(cutAt(text_, std::min(text_.size(), kMostLetters)));
-            wrapped.width > width || wrapped.height > height) {
-            width = std::min(std::max(wrapped.width, width), widest);
-        }
-        text_ = cutToHeight(text_, height, measured);
-        const Size text = measured(text_);
-        const Size icon = icon_ != nullptr ? iconSize() : Size{};
-        return {left + std::min(text.width, width) + margins,
-                std::max(std::min(text.height, height), icon.height) + margins};
-    }
+    Size measure(Size most);
+    // Gives the text its control, in a paper that has its final place.
+    void showText(HWND dialog);
 
 protected:
-    void drawSelf(GraphicsService& graphics) override {
-        Control::drawSelf(graphics);
-        const std::int32_t margin = scale(kMargin);
-        const Rect inner = area().shrunkBy(margin, margin);
-        if (icon_ != nullptr) {
-            const Point place = inner.position().movedBy(graphics.origin());
-            const Size size = iconSize();
-            DrawIconEx(graphicsBackend(graphics).context(), place.x, place.y, icon_, size.width,
-                       size.height, 0, nullptr, DI_NORMAL);
-        }
-        if (const auto font = windowService()->getFont(font_)) {
-            TextFormat format;
-            format.wordWrap = true;
-            Rect text = inner;
-            text.left = saturatedSum(text.left, textOffset());
-            // A few lines stand beside the middle of the icon.
-            const Size size = graphics.measureTextSize(text_, *font, text.width());
-            text.top += std::max((inner.height() - size.height) / 2, 0);
-            graphics.drawText(text_, text, *font, color(ColorRole::kText), format);
-        }
-    }
+    void drawSelf(GraphicsService& graphics) override;
 
 private:
     std::int32_t textOffset() const {
@@ -181,9 +141,62 @@ private:
     }
 
     std::wstring text_;
+    Size textSize_;
     HICON icon_;
-    std::shared_ptr<FontDescriptor> font_;
+    std::shared_ptr<FontDescriptor> descriptor_;
+    // Kept as long as the control draws with it.
+    std::shared_ptr<Font> font_;
 };
+
+Size MessagePaper::measure(Size most) {
+    font_ = windowService()->getFont(descriptor_);
+    const auto graphics = graphicsService();
+    ZU_ASSERT_AS(font_ && graphics, L"font_ && graphics", ZU_HERE);
+    const std::int32_t margins = 2 * scale(kMargin);
+    const std::int32_t left = textOffset();
+    const std::int32_t widest = std::max(most.width - left - margins, 1);
+    const std::int32_t highest = std::max(most.height - margins, 1);
+    std::int32_t width = std::min(scale(kTextWidth), widest);
+    const auto measured = [&](const std::wstring& text) {
+        return graphics->measureTextSize(text, *font_, width);
+    };
+    text_ = text_.size() > kMostLetters ? cutAt(text_, kMostLetters) : text_;
+    // A word that is longer than the lines makes all of them longer.
+    width = std::clamp(measured(text_).width, width, widest);
+    text_ = cutToHeight(text_, highest, measured);
+    const Size text = measured(text_);
+    textSize_ = {std::min(text.width, width), std::min(text.height, highest)};
+    const Size icon = icon_ != nullptr ? iconSize() : Size{};
+    return {left + textSize_.width + margins, std::max(textSize_.height, icon.height) + margins};
+}
+
+void MessagePaper::showText(HWND dialog) {
+    const std::int32_t margin = scale(kMargin);
+    Rect place = boundaryOnSurface().shrunkBy(margin, margin);
+    place.left = saturatedSum(place.left, textOffset());
+    // A few lines stand beside the middle of the icon.
+    place.top = saturatedSum(place.top, std::max((place.height() - textSize_.height) / 2, 0));
+    // It goes with the dialog.
+    const HWND label = CreateWindowExW(
+        0, L"STATIC", text_.c_str(), WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX, place.left,
+        place.top, place.width(), place.height(), dialog, reinterpret_cast<HMENU>(kTextIdentifier),
+        GetModuleHandleW(nullptr), nullptr);
+    if (label == nullptr) {
+        throw SystemException(L"Could not create window");
+    }
+    SendMessageW(label, WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*font_).handle()), FALSE);
+}
+
+void MessagePaper::drawSelf(GraphicsService& graphics) {
+    Control::drawSelf(graphics);
+    if (icon_ != nullptr) {
+        const std::int32_t margin = scale(kMargin);
+        const Point place = Point{margin, margin}.movedBy(graphics.origin());
+        const Size size = iconSize();
+        DrawIconEx(graphicsBackend(graphics).context(), place.x, place.y, icon_, size.width,
+                   size.height, 0, nullptr, DI_NORMAL);
+    }
+}
 
 }  // namespace
 
@@ -202,7 +215,8 @@ public:
     // Puts everything into place and gives the dialog its size.
     void layOut();
     bool hasNativeObjects() const;
-    void focusDefaultButton();
+    // The text's control and the buttons' identifiers.
+    void finish();
 
     int answer() const noexcept { return answer_; }
     bool isChecked() const noexcept { return checkBox_ && checkBox_->isChecked(); }
@@ -308,7 +322,13 @@ bool MessageBoxView::hasNativeObjects() const {
                        [](const auto& button) { return button->hasNativeObject(); });
 }
 
-void MessageBoxView::focusDefaultButton() { buttons_[box_.defaultButton]->takeFocus(); }
+void MessageBoxView::finish() {
+    paper_->showText(nativeWindowOf(dialog_));
+    for (std::size_t i = 0; i < buttons_.size(); ++i) {
+        SetWindowLongPtrW(nativeWindowOf(*buttons_[i]), GWLP_ID, box_.buttons[i].answer);
+    }
+    buttons_[box_.defaultButton]->takeFocus();
+}
 
 void MessageBoxView::close(int answer) {
     answer_ = answer;
@@ -400,7 +420,6 @@ bool MessageBoxWin32Gdi::build() {
     if (!dialog_) {
         return false;
     }
-    dialog_->setCaption(std::make_shared<TextDescriptor>(box_.caption));
     view_ = makeControl<MessageBoxView>(*dialog_, box_);
     dialog_->addChild(view_);
     dialog_->connect(std::make_shared<CloseListener>(view_), false);
@@ -413,6 +432,9 @@ bool MessageBoxWin32Gdi::build() {
         return false;
     }
     view_->layOut();
+    view_->finish();
+    // At last, so that whoever looks for the box by its title finds it complete.
+    dialog_->setCaption(std::make_shared<TextDescriptor>(box_.caption));
     return true;
 }
 
@@ -420,7 +442,6 @@ int MessageBoxWin32Gdi::show(const wchar_t* failure) {
     if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {
         throw SystemException(failure);
     }
-    view_->focusDefaultButton();
     service_.playMessageSound(box_.style);
     dialog_->show(true);
     box_.doNotShowAgain = view_->isChecked();

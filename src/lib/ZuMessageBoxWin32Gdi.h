@@ -9,6 +9,10 @@
 // key, Yes and No and the like get one, their first letter that is not taken;
 // OK and Cancel have Enter and Escape. Placeholders for missing texts are shown
 // as they stand.
+//
+// For programs that read the screen or answer in the user's place the box is
+// built like the system's: a dialog whose text is the static control 0xFFFF and
+// whose buttons bear their answers as identifiers.
 #pragma once
 
 #include <memory>

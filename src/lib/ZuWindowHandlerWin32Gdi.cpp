@@ -330,8 +330,11 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             // Also what native widgets that let their background through ask
             // for; one of them may do so while it is painted as part of this.
             const auto context = reinterpret_cast<HDC>(message.wide);
+            RECT client{};
             RECT area{};
-            if (!painting_ && GetClipBox(context, &area) > NULLREGION) {
+            GetClientRect(window_, &client);
+            if (!painting_ && GetClipBox(context, &area) > NULLREGION &&
+                IntersectRect(&area, &area, &client)) {
                 paint(context, area);
             }
             result = 0;
