@@ -2,6 +2,7 @@
 
 #include <windowsx.h>
 
+#include "ZuFontWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -97,6 +98,15 @@ void NativeControlWin32Gdi::place() {
     const bool isShowing = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
     if (control_->isShown() != isShowing) {
         ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
+    }
+}
+
+void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
+    const auto service = control_->windowService();
+    const std::shared_ptr<Font> wanted = service ? service->getFont(font) : nullptr;
+    if (wanted && wanted != font_) {
+        send(WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*wanted).handle()), TRUE);
+        font_ = wanted;
     }
 }
 

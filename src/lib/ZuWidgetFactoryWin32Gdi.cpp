@@ -12,6 +12,7 @@
 #include "ZuNativeWindow.h"
 #include "ZuPopupMenuWin32Gdi.h"
 #include "ZuTimerWin32Gdi.h"
+#include "ZuTreeViewWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindowWin32Gdi.h"
 
@@ -29,6 +30,13 @@ std::shared_ptr<Surface> furnished(const std::shared_ptr<Surface>& surface,
                                                            windowService, graphicsService));
     furnishSurface(*surface, windowService, graphicsService);
     return surface;
+}
+
+// A native widget; the window is its parent as long as it is on no surface.
+template <class Backend, class Widget>
+std::shared_ptr<Widget> joined(const std::shared_ptr<Widget>& widget, HWND window) {
+    joinImplementation(*widget, std::make_unique<Backend>(window));
+    return widget;
 }
 
 }  // namespace
@@ -58,7 +66,11 @@ std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uin
 
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() { return nullptr; }
 
-std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() { return nullptr; }
+std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
+    return guarded(
+        L"WindowServiceWin32Gdi::createNativeTreeView", std::shared_ptr<NativeTreeView>(),
+        [this] { return joined<TreeViewWin32Gdi>(makeControl<NativeTreeView>(), window_); });
+}
 
 std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
     return guarded(

@@ -1,5 +1,6 @@
 #include "ZuWindowServiceWin32Gdi.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 
 #include <array>
