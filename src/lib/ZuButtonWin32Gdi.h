@@ -23,6 +23,8 @@ public:
 
 protected:
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    // The space bar presses it; what else is pressed the surface may use.
+    bool usesKey(const KeyEvent& event) const override { return event.key == kKeySpace; }
 
 private:
     Outcome initializeFromDescriptor();
