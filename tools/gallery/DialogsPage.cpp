@@ -80,6 +80,9 @@ void addMessages(PageBuilder& builder) {
                                                 std::wstring(L"gallery.") + message.name);
                                         },
                                         [&windows] { windows.closeMessage(kAnswerCancel); }});
+        if (&message == &kMessages[2]) {
+            builder.breakLine();
+        }
     }
 }
 
