@@ -518,13 +518,14 @@ TEST_F(SurfaceTest, thousandRounds_leaveNoObjectsBehind) {
         window->removeChild(child.get());
     };
     round();
-    const DWORD before = liveObjects();
+    const int windowsBefore = liveWindows();
+    const unsigned handleBefore = nextUserHandle();
     const int drawingBefore = drawingObjectCount();
-    ASSERT_GT(before, 0U);
     for (int i = 0; i < 1000; ++i) {
         round();
     }
-    EXPECT_EQ(liveObjects(), before);
+    EXPECT_EQ(liveWindows(), windowsBefore);
+    EXPECT_LT(nextUserHandle(), handleBefore + 20);
     EXPECT_EQ(drawingObjectCount(), drawingBefore);
 }
 

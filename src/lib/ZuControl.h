@@ -411,23 +411,12 @@ private:
     void drawChildren(GraphicsService& graphics);
     void endUpdate();
 
+    // What layouts read and write of every child lies close together.
     Controls children_;
     Control* parent_ = nullptr;
     Rect boundary_{0, 0, 0, 0};
     // The size that the children were arranged for.
     Size arrangedSize_{1, 1};
-    Size minimumSize_;
-    Size maximumSize_;
-    std::int32_t horizontalSpacing_ = 0;
-    std::int32_t verticalSpacing_ = 0;
-    std::int32_t horizontalMargin_ = 0;
-    std::int32_t verticalMargin_ = 0;
-    Alignment horizontalAlignment_ = Alignment::kStart;
-    Alignment verticalAlignment_ = Alignment::kStart;
-    Arrangement arrangement_ = Arrangement::kManual;
-    MouseCursor cursor_ = MouseCursor::kArrow;
-    std::int32_t focusOrder_ = 0;
-    std::uint32_t updateDepth_ = 0;
     bool updatePending_ = false;
     bool wraps_ = false;
     bool uniformWidth_ = false;
@@ -446,6 +435,18 @@ private:
     bool draggable_ = false;
     bool clipsChildren_ = false;
     bool drawing_ = false;
+    Size minimumSize_;
+    Size maximumSize_;
+    std::int32_t horizontalSpacing_ = 0;
+    std::int32_t verticalSpacing_ = 0;
+    std::int32_t horizontalMargin_ = 0;
+    std::int32_t verticalMargin_ = 0;
+    Alignment horizontalAlignment_ = Alignment::kStart;
+    Alignment verticalAlignment_ = Alignment::kStart;
+    Arrangement arrangement_ = Arrangement::kManual;
+    MouseCursor cursor_ = MouseCursor::kArrow;
+    std::int32_t focusOrder_ = 0;
+    std::uint32_t updateDepth_ = 0;
     TextDescriptor tooltip_;
     std::shared_ptr<TooltipOptions> tooltipOptions_;
     std::shared_ptr<ColorsDescriptor> colors_;

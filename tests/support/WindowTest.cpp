@@ -23,6 +23,11 @@ INPUT keyInput(WORD key, DWORD flags) {
     return input;
 }
 
+BOOL CALLBACK countWindow(HWND, LPARAM count) {
+    ++*reinterpret_cast<int*>(count);
+    return TRUE;
+}
+
 INPUT mouseInput(DWORD flags) {
     INPUT input{};
     input.type = INPUT_MOUSE;
@@ -84,9 +89,24 @@ std::uint32_t pixelOf(HWND window, Point point) {
            GetBValue(color);
 }
 
-DWORD liveObjects() {
-    const HANDLE self = GetCurrentProcess();
-    return GetGuiResources(self, GR_USEROBJECTS) + GetGuiResources(self, GR_GDIOBJECTS);
+int liveWindows() {
+    int count = 0;
+    EnumThreadWindows(
+        GetCurrentThreadId(),
+        [](HWND window, LPARAM out) -> BOOL {
+            countWindow(window, out);
+            EnumChildWindows(window, &countWindow, out);
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&count));
+    return count;
+}
+
+unsigned nextUserHandle() {
+    const HMENU menu = CreateMenu();
+    const auto place = static_cast<unsigned>(reinterpret_cast<UINT_PTR>(menu) & 0xFFFF);
+    DestroyMenu(menu);
+    return place;
 }
 
 Steps::Steps(std::initializer_list<Step> steps)

@@ -32,8 +32,11 @@ void postKey(HWND window, WPARAM key);
 std::wstring textOf(HWND window);
 // What the window shows at a point of its client area, as 0xRRGGBB.
 std::uint32_t pixelOf(HWND window, Point point);
-// USER and GDI objects of this process.
-DWORD liveObjects();
+// Windows of this thread, those inside of others too.
+int liveWindows();
+// The place that a new window or menu gets in the system's table of them: moves
+// on as long as some are not given back.
+unsigned nextUserHandle();
 
 // What the user does while somebody waits for him: a step every few
 // milliseconds, taken inside of the loop that waits. A loop that goes on for
