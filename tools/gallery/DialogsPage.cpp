@@ -45,8 +45,8 @@ std::shared_ptr<NativeDialog> makeDialog(WindowService& windows) {
     builder.on(*cancel, NativeButton::kLeftClicked,
                [shown](MessageWord) { shown->hide(kAnswerCancel); });
     dialog->setDefaultButton(ok);
+    builder.finish();
     dialog->setSize(dialog->preferredSize());
-    dialog->arrange();
     return dialog;
 }
 
