@@ -34,9 +34,9 @@ void addTexts(PageBuilder& builder) {
     builder.on(*link, Link::kLeftClicked, [label = count.get(), clicks = 0](MessageWord) mutable {
         label->setText(L"clicked " + std::to_wstring(++clicks) + L" times");
     });
+    builder.breakLine();
     const auto off = builder.add(makeControl<Link>(L"A link that is off"));
     off->setEnabled(false);
-    builder.breakLine();
     const auto wrapped = builder.add(
         makeControl<Label>(L"A label that wraps its words where its room ends, in the middle"),
         {215, 56});
