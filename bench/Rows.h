@@ -34,6 +34,7 @@ void require(bool same, const std::string& what);
 
 void addBagRows();
 void addEncoderRows();
+void addLayoutRows();
 void addMessagingRows();
 void addTraceRows();
 

@@ -107,6 +107,7 @@ int main(int argc, char** argv) {
     }
     bench::addBagRows();
     bench::addEncoderRows();
+    bench::addLayoutRows();
     bench::addMessagingRows();
     bench::addTraceRows();
 

@@ -1,138 +1,532 @@
 #include <gtest/gtest.h>
 
-#include <deque>
-#include <functional>
-
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuGraphicsService.h"
-#include "ZuNativeButton.h"
 #include "ZuNativeDialog.h"
 #include "ZuNativePopupMenu.h"
 #include "ZuNativeWindow.h"
-#include "ZuResourceServiceGeneric.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
+#include "support/DrawingTest.h"
 #include "support/FrameworkTest.h"
+#include "support/RecordingBackend.h"
+#include "support/WindowTest.h"
 
 namespace zustd {
 namespace {
 
 using namespace test;
 
-// Handles what has arrived for this thread.
-void handleMessages() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-}
-
-[[maybe_unused]] void waitFor(const std::function<bool()>& arrived) {
-    for (int i = 0; i < 200 && !arrived(); ++i) {
-        Sleep(5);
-        handleMessages();
-    }
-}
-
-class Steps;
-Steps* runningSteps = nullptr;
-
-// What the user does while something waits for him: one step every few
-// milliseconds, from the loop that waits. A loop that goes on for long without
-// one is ended.
-class Steps : NotCopied {
+// A drawn control of one colour that takes part in everything and logs it.
+class Probe : public Control {
 public:
-    using Step = std::function<void()>;
-
-    explicit Steps(std::initializer_list<Step> steps) : steps_(steps) {
-        runningSteps = this;
-        timer_ = SetTimer(nullptr, 0, 20, [](HWND, UINT, UINT_PTR, DWORD) {
-            if (runningSteps != nullptr) {
-                runningSteps->next();
-            }
-        });
+    explicit Probe(const Rect& boundary) {
+        setBoundary(boundary);
+        setFocusable(true);
     }
-    ~Steps() {
-        runningSteps = nullptr;
-        KillTimer(nullptr, timer_);
-        MSG quit;
-        PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
-        EXPECT_TRUE(steps_.empty()) << steps_.size() << " steps were not taken";
+    void initialize() override {
+        Control::initialize();
+        connect(log, false);
     }
 
-private:
-    void next() {
-        if (!steps_.empty()) {
-            const Step step = std::move(steps_.front());
-            steps_.pop_front();
-            step();
-        } else if (++idle_ == 300) {
-            ADD_FAILURE() << "still waiting";
-            PostQuitMessage(1);
-        }
+    bool onMouse(const MouseEvent& event) override {
+        lastMouse = event;
+        return usesWheel && event.action == MouseAction::kWheel;
     }
 
-    std::deque<Step> steps_;
-    UINT_PTR timer_;
-    int idle_ = 0;
+    std::shared_ptr<MessageLog> log = std::make_shared<MessageLog>();
+    MouseEvent lastMouse;
+    bool usesWheel = false;
+    int drawn = 0;
+    std::uint8_t red = 0xC0;
+
+protected:
+    void drawSelf(GraphicsService& graphics) override {
+        ++drawn;
+        graphics.drawRectangle(area(), Color::rgb(red, 0x10, 0x20));
+    }
 };
 
-// A key for whatever has the focus.
-void press(WORD key) {
-    std::array<INPUT, 2> inputs{};
-    for (INPUT& input : inputs) {
-        input.type = INPUT_KEYBOARD;
-        input.ki.wVk = key;
-        input.ki.wScan = static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
+// Keeps a surface open.
+class Objector : public MessageSink {
+public:
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord b) override {
+        if (kind == Control::kClose) {
+            ++asked;
+            *b.object<bool>() = objects;
+        }
+        return true;
     }
-    inputs[1].ki.dwFlags = KEYEVENTF_KEYUP;
-    SendInput(2, inputs.data(), sizeof(INPUT));
+    bool objects = true;
+    int asked = 0;
+};
+
+Size clientSize(HWND window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    return {client.right, client.bottom};
 }
 
 class SurfaceTest : public ::testing::Test {
 protected:
+    SurfaceTest() { movePointer({1279, 1023}); }
+
     std::shared_ptr<NativeWindow> makeWindow(Size size) {
         auto window = service_->createNativeWindow();
         window->setCaption(std::make_shared<TextDescriptor>(L"Window"));
         window->setSize(size);
         window->synchronizeTree();
-        handleMessages();
+        runMessages(10);
         return window;
+    }
+    static std::shared_ptr<Probe> addProbe(Control& holder, const Rect& boundary) {
+        auto probe = makeControl<Probe>(boundary);
+        holder.addChild(probe);
+        return probe;
+    }
+    std::shared_ptr<NativeDialog> makeDialog(const std::shared_ptr<NativeWindow>& owner,
+                                             std::uint32_t style = 0) {
+        auto dialog = owner->windowService()->createNativeDialog(style);
+        dialog->setSize({120, 90});
+        return dialog;
     }
 
     std::shared_ptr<WindowService> service_ = makeWindowService(nullptr);
 };
 
+// --- Windows --------------------------------------------------------------------------------
+
 TEST_F(SurfaceTest, window_synchronised_hasClientAreaCaptionAndState) {
     const auto window = makeWindow({300, 200});
     const HWND native = nativeWindowOf(*window);
     ASSERT_NE(native, nullptr);
-    RECT client{};
-    GetClientRect(native, &client);
-    EXPECT_EQ(client.right, 300);
-    EXPECT_EQ(client.bottom, 200);
+    EXPECT_EQ(clientSize(native), (Size{300, 200}));
+    EXPECT_EQ(textOf(native), L"Window");
     EXPECT_TRUE(IsWindowVisible(native));
+    window->caption().setLiteral(L"Другое");
+    EXPECT_EQ(textOf(native), L"Другое");
     window->setVisible(false);
     EXPECT_FALSE(IsWindowVisible(native));
     window->setEnabled(false);
     EXPECT_FALSE(IsWindowEnabled(native));
+    window->releaseTree();
+    EXPECT_FALSE(IsWindow(native));
+    window->synchronizeTree();
+    EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window)));
 }
 
-TEST_F(SurfaceTest, dialog_escape_endsTheLoopAndEnablesTheOwner) {
+TEST_F(SurfaceTest, childWindow_onAMovedContainer_followsItAndItsNewSurface) {
+    const auto window = makeWindow({300, 200});
+    const auto container = addProbe(*window, Rect::at({20, 30}, {200, 150}));
+    const auto child = window->windowService()->createNativeWindow();
+    child->setBoundary(Rect::at({5, 6}, {40, 50}));
+    container->addChild(child);
+    const HWND native = nativeWindowOf(*child);
+    ASSERT_NE(native, nullptr);
+    EXPECT_EQ(GetParent(native), nativeWindowOf(*window));
+    container->moveTo({60, 70});
+    POINT place{};
+    MapWindowPoints(native, GetParent(native), &place, 1);
+    EXPECT_EQ(place.x, 65);
+    EXPECT_EQ(place.y, 76);
+    EXPECT_EQ(clientSize(native), (Size{40, 50}));
+    const auto other = makeWindow({100, 100});
+    other->addChild(child);
+    EXPECT_FALSE(IsWindow(native));
+    EXPECT_EQ(GetParent(nativeWindowOf(*child)), nativeWindowOf(*other));
+    DestroyWindow(nativeWindowOf(*other));
+    EXPECT_EQ(nativeWindowOf(*child), nullptr);
+    EXPECT_FALSE(other->hasNativeObject());
+}
+
+TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
+    const auto window = makeWindow({300, 200});
+    const HWND native = nativeWindowOf(*window);
+    window->setArrangement(Arrangement::kRows);
+    const auto probe = addProbe(*window, Rect::at({}, {50, 20}));
+    probe->setAutoSized(true);
+    window->setMinimumSize({250, 150});
+    const auto drag = [&](int width, int height) {
+        SetWindowPos(native, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
+    };
+    drag(500, 400);
+    EXPECT_EQ(window->boundary().size(), clientSize(native));
+    EXPECT_EQ(probe->boundary().width(), clientSize(native).width);
+    drag(10, 10);
+    EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
+    EXPECT_EQ(probe->boundary().width(), 250);
+    EXPECT_EQ(clientSize(native), (Size{250, 150}));
+}
+
+TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
+    const auto window = makeWindow({100, 100});
+    const HWND native = nativeWindowOf(*window);
+    const auto objector = std::make_shared<Objector>();
+    window->connect(objector, false);
+    SendMessageW(native, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(IsWindowVisible(native));
+    objector->objects = false;
+    window->windowService()->closeWindow();
+    runMessages(50);
+    EXPECT_EQ(objector->asked, 2);
+    EXPECT_FALSE(IsWindowVisible(native));
+    EXPECT_FALSE(window->isVisible());
+}
+
+// --- Painting -------------------------------------------------------------------------------
+
+TEST_F(SurfaceTest, paint_drawnChildren_coverTheBackgroundAndOnlyTheInvalidPart) {
+    const auto window = makeWindow({200, 100});
+    const HWND native = nativeWindowOf(*window);
+    const auto left = addProbe(*window, Rect::at({10, 10}, {50, 50}));
+    const auto right = addProbe(*window, Rect::at({100, 10}, {50, 50}));
+    right->red = 0x40;
+    const DWORD face = GetSysColor(COLOR_BTNFACE);
+    const std::uint32_t background = std::uint32_t{GetRValue(face)} << 16 |
+                                     std::uint32_t{GetGValue(face)} << 8 | GetBValue(face);
+    EXPECT_EQ(pixelOf(native, {5, 5}), background);
+    EXPECT_EQ(pixelOf(native, {10, 10}), 0xC01020U);
+    EXPECT_EQ(pixelOf(native, {59, 59}), 0xC01020U);
+    EXPECT_EQ(pixelOf(native, {60, 60}), background);
+    EXPECT_EQ(pixelOf(native, {149, 30}), 0x401020U);
+    const int leftBefore = left->drawn;
+    const int rightBefore = right->drawn;
+    right->red = 0xFF;
+    right->refresh();
+    EXPECT_EQ(pixelOf(native, {100, 10}), 0xFF1020U);
+    EXPECT_EQ(left->drawn, leftBefore);
+    EXPECT_EQ(right->drawn, rightBefore + 1);
+    left->moveTo({20, 20});
+    EXPECT_EQ(pixelOf(native, {10, 10}), background);
+    EXPECT_EQ(pixelOf(native, {69, 69}), 0xC01020U);
+}
+
+TEST_F(SurfaceTest, paint_backgroundColour_reachesChildWindowsAndNativeChildren) {
+    const auto window = makeWindow({200, 100});
+    const HWND native = nativeWindowOf(*window);
+    const auto child = window->windowService()->createNativeWindow();
+    child->setBoundary(Rect::at({50, 0}, {50, 50}));
+    window->addChild(child);
+    auto colors = std::make_shared<ColorsDescriptor>();
+    colors->setColor(ColorRole::kBackground, Color::rgb(0x12, 0x34, 0x56));
+    colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, 0xBA));
+    window->setColors(colors);
+    EXPECT_EQ(pixelOf(native, {5, 5}), 0x123456U);
+    EXPECT_EQ(pixelOf(nativeWindowOf(*child), {5, 5}), 0x123456U);
+    const WindowHandle label(CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
+                                           native, nullptr, nullptr, nullptr));
+    EXPECT_EQ(pixelOf(label.get(), {5, 5}), 0x123456U);
+    const Canvas canvas({10, 10});
+    SendMessageW(native, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(canvas.context()),
+                 reinterpret_cast<LPARAM>(label.get()));
+    EXPECT_EQ(GetTextColor(canvas.context()), RGB(0xFE, 0xDC, 0xBA));
+}
+
+// --- Mouse ----------------------------------------------------------------------------------
+
+TEST_F(SurfaceTest, mouse_pressAndRelease_clicksTheDrawnControl) {
+    const auto window = makeWindow({200, 100});
+    const HWND native = nativeWindowOf(*window);
+    const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
+    probe->setFocusable(false);
+    sendMouse(native, WM_MOUSEMOVE, {15, 17});
+    sendMouse(native, WM_LBUTTONDOWN, {15, 17}, MK_LBUTTON | MK_SHIFT);
+    EXPECT_EQ(GetCapture(), native);
+    EXPECT_EQ(probe->lastMouse.position, (Point{5, 7}));
+    EXPECT_EQ(probe->lastMouse.modifiers, kModifierShift);
+    sendMouse(native, WM_LBUTTONUP, {20, 20});
+    EXPECT_EQ(GetCapture(), nullptr);
+    EXPECT_EQ(probe->log->take(), L"enterHovering enterLeftClicking leaveLeftClicking leftClicked");
+    sendMouse(native, WM_LBUTTONDOWN, {15, 15}, MK_LBUTTON);
+    // Somebody else takes the mouse: no click.
+    SetCapture(GetDesktopWindow());
+    ReleaseCapture();
+    sendMouse(native, WM_LBUTTONUP, {15, 15});
+    EXPECT_EQ(probe->log->take(), L"enterLeftClicking leaveLeftClicking");
+    sendMouse(native, WM_RBUTTONDOWN, {15, 15}, MK_RBUTTON);
+    sendMouse(native, WM_RBUTTONUP, {15, 15});
+    EXPECT_EQ(probe->log->take(), L"enterRightClicking leaveRightClicking rightClicked");
+    SendMessageW(native, WM_MOUSELEAVE, 0, 0);
+    EXPECT_EQ(probe->log->take(), L"leaveHovering");
+}
+
+TEST_F(SurfaceTest, mouse_realPointer_entersClicksAndLeaves) {
+    const auto window = makeWindow({200, 100});
+    const HWND native = nativeWindowOf(*window);
+    const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
+    probe->setFocusable(false);
+    probe->setCursor(MouseCursor::kHand);
+    click(onScreen(native, {30, 30}));
+    runMessages(2000, [&] { return probe->log->entries.size() >= 4; });
+    EXPECT_EQ(probe->log->take(), L"enterHovering enterLeftClicking leaveLeftClicking leftClicked");
+    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
+    movePointer({1279, 1023});
+    runMessages(2000, [&] { return !probe->log->entries.empty(); });
+    EXPECT_EQ(probe->log->take(), L"leaveHovering");
+}
+
+TEST_F(SurfaceTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
+    const auto window = makeWindow({200, 100});
+    const auto holder = addProbe(*window, Rect::at({10, 10}, {150, 80}));
+    const auto child = window->windowService()->createNativeWindow();
+    child->setBoundary(Rect::at({20, 5}, {100, 50}));
+    holder->addChild(child);
+    const auto probe = addProbe(*child, Rect::at({30, 0}, {50, 40}));
+    const HWND native = nativeWindowOf(*child);
+    const auto turn = [&] {
+        const POINT place = onScreen(native, {33, 4});
+        SendMessageW(native, WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
+                     MAKELPARAM(place.x, place.y));
+    };
+    turn();
+    EXPECT_EQ(probe->lastMouse.position, (Point{3, 4}));
+    EXPECT_EQ(probe->lastMouse.wheel, 240);
+    EXPECT_EQ(holder->lastMouse.position, (Point{53, 9}));
+    EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
+    probe->usesWheel = true;
+    holder->lastMouse = {};
+    turn();
+    EXPECT_EQ(holder->lastMouse.wheel, 0);
+    EXPECT_EQ(holder->log->take(), L"");
+}
+
+// --- Keyboard and focus ---------------------------------------------------------------------
+
+TEST_F(SurfaceTest, keys_drawnControls_getThemAndTabMovesOnAcrossSurfaces) {
+    const auto window = makeWindow({300, 200});
+    const auto first = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+    const auto child = window->windowService()->createNativeWindow();
+    child->setBoundary(Rect::at({100, 0}, {100, 100}));
+    window->addChild(child);
+    const auto second = addProbe(*child, Rect::at({0, 0}, {50, 50}));
+    EXPECT_TRUE(first->takeFocus());
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*window));
+    pressKeys({'K'});
+    runMessages(2000, [&] { return first->log->entries.size() == 2; });
+    EXPECT_EQ(first->log->entries.back().b.number(), 'K');
+    EXPECT_EQ(first->log->take(), L"enterFocus keyPressed");
+    pressKeys({VK_TAB});
+    runMessages(2000, [&] { return second->hasFocus(); });
+    EXPECT_FALSE(first->hasFocus());
+    EXPECT_TRUE(second->hasFocus());
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*child));
+    pressKeys({VK_SHIFT, VK_TAB});
+    runMessages(2000, [&] { return first->hasFocus(); });
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*window));
+    EXPECT_FALSE(second->hasFocus());
+}
+
+TEST_F(SurfaceTest, focus_windowLeftAndActivatedAgain_isRestored) {
+    const auto window = makeWindow({300, 200});
+    const auto other = makeWindow({100, 100});
+    const auto child = window->windowService()->createNativeWindow();
+    child->setBoundary(Rect::at({100, 0}, {100, 100}));
+    window->addChild(child);
+    const auto first = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+    const auto second = addProbe(*child, Rect::at({0, 0}, {50, 50}));
+    SetActiveWindow(nativeWindowOf(*window));
+    second->takeFocus();
+    SetActiveWindow(nativeWindowOf(*other));
+    EXPECT_FALSE(second->hasFocus());
+    SetActiveWindow(nativeWindowOf(*window));
+    EXPECT_TRUE(second->hasFocus());
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*child));
+    // What takes the focus meanwhile has it afterwards, and activates nothing.
+    SetActiveWindow(nativeWindowOf(*other));
+    EXPECT_TRUE(first->takeFocus());
+    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*other));
+    SetActiveWindow(nativeWindowOf(*window));
+    EXPECT_TRUE(first->hasFocus());
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*window));
+}
+
+// --- Dialogs --------------------------------------------------------------------------------
+
+TEST_F(SurfaceTest, modalDialog_escape_endsTheLoopAndGivesBackTheOwner) {
     const auto window = makeWindow({300, 200});
     const HWND owner = nativeWindowOf(*window);
-    const auto dialog = window->windowService()->createNativeDialog();
-    dialog->setSize({100, 80});
-    Steps steps{[&] {
-                    EXPECT_FALSE(IsWindowEnabled(owner));
-                    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*dialog));
-                    EXPECT_EQ(GetForegroundWindow(), nativeWindowOf(*dialog));
-                },
-                [&] { press(VK_ESCAPE); }};
-    EXPECT_EQ(dialog->show(true), kAnswerCancel);
-    EXPECT_TRUE(IsWindowEnabled(owner));
-    EXPECT_EQ(GetActiveWindow(), owner);
+    const auto probe = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+    probe->takeFocus();
+    const auto dialog = makeDialog(window);
+    const auto field = addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
+    for (int round = 0; round < 2; ++round) {
+        const Steps steps{[&] {
+                              const HWND native = nativeWindowOf(*dialog);
+                              EXPECT_FALSE(IsWindowEnabled(owner));
+                              EXPECT_EQ(GetForegroundWindow(), native);
+                              EXPECT_EQ(clientSize(native), (Size{120, 90}));
+                              EXPECT_LE(std::abs(middleOf(native).x - middleOf(owner).x), 1);
+                              EXPECT_LE(std::abs(middleOf(native).y - middleOf(owner).y), 1);
+                              EXPECT_TRUE(field->hasFocus());
+                              EXPECT_FALSE(probe->hasFocus());
+                              // Neither wakes the owner up.
+                              window->setEnabled(true);
+                              window->caption().setLiteral(std::to_wstring(round));
+                              SendMessageW(owner, WM_CLOSE, 0, 0);
+                              EXPECT_FALSE(IsWindowEnabled(owner));
+                          },
+                          [] { pressKeys({VK_ESCAPE}); }};
+        EXPECT_EQ(dialog->show(true), kAnswerCancel);
+        EXPECT_TRUE(IsWindowEnabled(owner));
+        EXPECT_TRUE(IsWindowVisible(owner));
+        EXPECT_EQ(GetActiveWindow(), owner);
+        EXPECT_TRUE(probe->hasFocus());
+        EXPECT_FALSE(dialog->isOpen());
+    }
+}
+
+TEST_F(SurfaceTest, modalDialog_destroyedWhileOpen_returns) {
+    const auto window = makeWindow({300, 200});
+    auto dialog = makeDialog(window);
+    HWND native = nullptr;
+    const Steps steps{[&] { native = nativeWindowOf(*dialog); }, [&] { dialog.reset(); }};
+    NativeDialog& shown = *dialog;
+    EXPECT_EQ(shown.show(true), kAnswerNone);
+    EXPECT_FALSE(IsWindow(native));
+    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
+}
+
+TEST_F(SurfaceTest, modalDialog_ownerDestroyedWhileOpen_returns) {
+    const auto window = makeWindow({300, 200});
+    const auto dialog = makeDialog(window);
+    const Steps steps{[&] { DestroyWindow(nativeWindowOf(*window)); }};
+    EXPECT_EQ(dialog->show(true), kAnswerNone);
+    EXPECT_FALSE(dialog->hasNativeObject());
+    EXPECT_FALSE(dialog->isOpen());
+}
+
+TEST_F(SurfaceTest, modalDialog_quit_endsItAndIsLeftForTheApplication) {
+    const auto window = makeWindow({300, 200});
+    const auto dialog = makeDialog(window);
+    {
+        const Steps steps{[] { PostQuitMessage(42); }};
+        EXPECT_EQ(dialog->show(true), kAnswerNone);
+        EXPECT_FALSE(IsWindowVisible(nativeWindowOf(*dialog)));
+        ApplicationServiceWin32Gdi application;
+        EXPECT_EQ(application.runMessageLoop(), 42);
+    }
+}
+
+TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
+    const auto window = makeWindow({300, 200});
+    const auto outer = makeDialog(window);
+    const auto inner = makeDialog(window);
+    int innerResult = -1;
+    const Steps steps{[&] { innerResult = inner->show(true); },
+                      [&] {
+                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*outer)));
+                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window)));
+                          EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER),
+                                    nativeWindowOf(*outer));
+                          inner->hide(7);
+                      },
+                      [&] {
+                          EXPECT_EQ(innerResult, 7);
+                          EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*outer));
+                          innerResult = inner->show(true);
+                      },
+                      [&] { outer->hide(5); }};
+    EXPECT_EQ(outer->show(true), 5);
+    EXPECT_EQ(innerResult, kAnswerNone);
+    EXPECT_FALSE(inner->isOpen());
+    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+}
+
+TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
+    const auto window = makeWindow({300, 200});
+    const auto popup = makeDialog(window, NativeDialog::kStylePopup);
+    popup->moveTo({1270, 100});
+    EXPECT_EQ(popup->show(false), kAnswerNone);
+    const HWND native = nativeWindowOf(*popup);
+    EXPECT_TRUE(popup->isOpen());
+    EXPECT_TRUE(IsWindowVisible(native));
+    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
+    RECT area{};
+    GetWindowRect(native, &area);
+    EXPECT_EQ(area.right, 1280);
+    EXPECT_EQ(area.top, 100);
+    EXPECT_EQ(clientSize(native), (Size{120, 90}));
+    popup->moveTo({40, 50});
+    GetWindowRect(native, &area);
+    EXPECT_EQ(area.left, 40);
+    EXPECT_EQ(SendMessageW(native, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
+    popup->hide(kAnswerNone);
+    EXPECT_FALSE(IsWindowVisible(native));
+}
+
+// --- Menus ----------------------------------------------------------------------------------
+
+class MenuTest : public SurfaceTest {
+protected:
+    std::shared_ptr<NativeWindow> window_ = makeWindow({300, 200});
+    std::shared_ptr<NativePopupMenu> menu_ = window_->windowService()->createNativePopupMenu();
+};
+
+TEST_F(MenuTest, show_choiceByKeys_skipsWhatCannotBeChosen) {
+    menu_->addItem(100000, L"&First");
+    menu_->addSeparator();
+    menu_->addItem(200000, L"Second");
+    PopupMenuItem below;
+    below.identifier = 1;
+    below.caption = L"More";
+    below.items.push_back({300000, L"Inner", 0, true, true, {}});
+    auto items = menu_->items();
+    items.push_back(below);
+    menu_->setItems(items);
+    const auto log = std::make_shared<MessageLog>();
+    menu_->connect(log, false);
+    const auto choose = [&](std::initializer_list<WORD> keys) {
+        const Steps steps{[] {},
+                          [&] {
+                              for (const WORD key : keys) {
+                                  pressKeys({key});
+                              }
+                          }};
+        return menu_->show({200, 200});
+    };
+    EXPECT_EQ(choose({VK_DOWN, VK_DOWN, VK_RETURN}), 200000U);
+    ASSERT_EQ(log->entries.size(), 1U);
+    EXPECT_EQ(log->entries[0].b.number(), 200000);
+    EXPECT_EQ(choose({'F'}), 100000U);
+    EXPECT_EQ(choose({VK_UP, VK_RIGHT, VK_RETURN}), 300000U);
+    EXPECT_EQ(choose({VK_ESCAPE, VK_ESCAPE}), 0U);
+    EXPECT_EQ(log->take(), L"selected selected selected");
+}
+
+TEST_F(MenuTest, show_droppedWhileOpen_stillAnswers) {
+    menu_->addItem(7, L"Only");
+    NativePopupMenu& shown = *menu_;
+    const std::weak_ptr<NativePopupMenu> watched = menu_;
+    const Steps steps{[&] { menu_.reset(); }, [] { pressKeys({VK_DOWN}); },
+                      [] { pressKeys({VK_RETURN}); }};
+    EXPECT_EQ(shown.show({200, 200}), 7U);
+    EXPECT_TRUE(watched.expired());
+}
+
+// --- Bookkeeping ----------------------------------------------------------------------------
+
+TEST_F(SurfaceTest, thousandRounds_leaveNoObjectsBehind) {
+    const auto window = makeWindow({300, 200});
+    const auto round = [&] {
+        const auto child = window->windowService()->createNativeWindow();
+        window->addChild(child);
+        const auto dialog = makeDialog(window, NativeDialog::kStylePopup);
+        addProbe(*dialog, Rect::at({}, {20, 20}));
+        dialog->show(false);
+        UpdateWindow(nativeWindowOf(*dialog));
+        window->removeChild(child.get());
+    };
+    round();
+    const int windowsBefore = liveWindows();
+    const unsigned handleBefore = nextUserHandle();
+    const int drawingBefore = drawingObjectCount();
+    for (int i = 0; i < 1000; ++i) {
+        round();
+    }
+    EXPECT_EQ(liveWindows(), windowsBefore);
+    EXPECT_LT(nextUserHandle(), handleBefore + 20);
+    EXPECT_EQ(drawingObjectCount(), drawingBefore);
 }
 
 }  // namespace

@@ -149,9 +149,16 @@ void Control::insertChild(std::size_t index, const std::shared_ptr<Control>& chi
     const std::size_t place = std::min(index, children_.size());
     children_.insert(children_.begin() + static_cast<std::ptrdiff_t>(place), kept);
     kept->parent_ = this;
-    if (const Control* holder = surface(); holder != nullptr && holder->hasNativeObject()) {
+    const Control* holder = surface();
+    if (holder == nullptr) {
+        return;
+    }
+    kept->onJoinedSurface();
+    if (holder->hasNativeObject()) {
         kept->synchronizeTree();
-        if (kept->backend() == nullptr) {
+        if (updateDepth_ != 0) {
+            updatePending_ = true;
+        } else if (kept->backend() == nullptr) {
             kept->refresh();
         }
     }
@@ -312,11 +319,21 @@ bool Control::setMaximumSize(Size size) { return change(maximumSize_, size); }
 bool Control::setBreaksLineAfter(bool breaks) { return change(breaksLineAfter_, breaks); }
 
 Size Control::preferredSize() {
-    if (arrangement_ == Arrangement::kManual) {
-        return boundary_.size();
+    return arrangement_ == Arrangement::kManual ? boundary_.size() : sizeWithin(maximumSize_);
+}
+
+Size Control::preferredSizeForWidth(std::int32_t width) {
+    if (arrangement_ != Arrangement::kRows || !wraps_) {
+        return preferredSize();
     }
-    const Size room{roomFor(maximumSize_.width, horizontalMargin_),
-                    roomFor(maximumSize_.height, verticalMargin_)};
+    width = std::max(maximumSize_.width > 0 ? std::min(width, maximumSize_.width) : width, 1);
+    return sizeWithin({width, maximumSize_.height});
+}
+
+// What the arrangement needs.
+Size Control::sizeWithin(Size maximum) {
+    const Size room{roomFor(maximum.width, horizontalMargin_),
+                    roomFor(maximum.height, verticalMargin_)};
     const auto measure = arrangement_ == Arrangement::kRows ? measureRows : measureColumns;
     const Size content = measure(*this, Rect::at({0, 0}, room), children_, optionsOf(*this));
     return {withMargins(content.width, horizontalMargin_),
@@ -435,6 +452,15 @@ void Control::watch(ChangeTracker* descriptor) {
 void Control::unwatch(ChangeTracker* descriptor) {
     if (descriptor != nullptr) {
         descriptor->disconnect(this);
+    }
+}
+
+void Control::onJoinedSurface() {
+    for (std::size_t i = 0; i < children_.size(); ++i) {
+        children_[i]->onJoinedSurface();
+    }
+    if (arrangement_ != Arrangement::kManual) {
+        arrangeChildren();
     }
 }
 

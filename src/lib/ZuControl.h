@@ -134,7 +134,8 @@ public:
     // Fails the assertion "getParent()" when there is no parent control.
     Control& requireParent() const;
     const Controls& children() const noexcept { return children_; }
-    // A child leaves its former parent first. Null, the control itself and its
+    // A child leaves its former parent first. During a ControlUpdate a drawn
+    // child is shown at its end. Null, the control itself and its
     // ancestors are refused by the assertion "child && !child->isAncestorOf(*this)".
     void addChild(const std::shared_ptr<Control>& child);
     // An index past the end appends.
@@ -208,6 +209,9 @@ public:
     // The size that the control would like to have; the base answers with its
     // present one, or with what its arrangement needs, margins included.
     virtual Size preferredSize();
+    // The same for a width that is given: what wraps keeps to it where it can
+    // and says how high it gets then. The others answer as above.
+    virtual Size preferredSizeForWidth(std::int32_t width);
     // Puts the children into place according to the arrangement. Done by
     // itself when the size changes; to be called after children or their
     // layout properties have changed.
@@ -351,6 +355,10 @@ protected:
     // Something was changed that shows: native widgets synchronise, drawn ones
     // refresh. Called once at the end of a ControlUpdate.
     virtual void showState();
+    // The control has come onto a surface, by itself or with an ancestor, and
+    // can reach its services now. The base hands it on to the children and then
+    // arranges them: what they prefer may be known only by now.
+    virtual void onJoinedSurface();
     // A descriptor of this control has changed. The base shows the state.
     virtual void onDescriptorChanged();
     // Hover, press or focus has changed. The base does nothing; controls that
@@ -394,6 +402,7 @@ private:
     friend class ControlUpdate;
     friend class LineLayout;
 
+    Size sizeWithin(Size maximum);
     void leaveParent();
     void forgetInput();
     void synchronizeBelow();
@@ -402,23 +411,12 @@ private:
     void drawChildren(GraphicsService& graphics);
     void endUpdate();
 
+    // What layouts read and write of every child lies close together.
     Controls children_;
     Control* parent_ = nullptr;
     Rect boundary_{0, 0, 0, 0};
     // The size that the children were arranged for.
     Size arrangedSize_{1, 1};
-    Size minimumSize_;
-    Size maximumSize_;
-    std::int32_t horizontalSpacing_ = 0;
-    std::int32_t verticalSpacing_ = 0;
-    std::int32_t horizontalMargin_ = 0;
-    std::int32_t verticalMargin_ = 0;
-    Alignment horizontalAlignment_ = Alignment::kStart;
-    Alignment verticalAlignment_ = Alignment::kStart;
-    Arrangement arrangement_ = Arrangement::kManual;
-    MouseCursor cursor_ = MouseCursor::kArrow;
-    std::int32_t focusOrder_ = 0;
-    std::uint32_t updateDepth_ = 0;
     bool updatePending_ = false;
     bool wraps_ = false;
     bool uniformWidth_ = false;
@@ -437,6 +435,18 @@ private:
     bool draggable_ = false;
     bool clipsChildren_ = false;
     bool drawing_ = false;
+    Size minimumSize_;
+    Size maximumSize_;
+    std::int32_t horizontalSpacing_ = 0;
+    std::int32_t verticalSpacing_ = 0;
+    std::int32_t horizontalMargin_ = 0;
+    std::int32_t verticalMargin_ = 0;
+    Alignment horizontalAlignment_ = Alignment::kStart;
+    Alignment verticalAlignment_ = Alignment::kStart;
+    Arrangement arrangement_ = Arrangement::kManual;
+    MouseCursor cursor_ = MouseCursor::kArrow;
+    std::int32_t focusOrder_ = 0;
+    std::uint32_t updateDepth_ = 0;
     TextDescriptor tooltip_;
     std::shared_ptr<TooltipOptions> tooltipOptions_;
     std::shared_ptr<ColorsDescriptor> colors_;

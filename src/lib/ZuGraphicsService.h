@@ -35,6 +35,8 @@ struct TextFormat {
     bool ellipsis = false;
     // "&" underlines the next character, "&&" is the character itself.
     bool accelerators = false;
+
+    friend constexpr bool operator==(const TextFormat&, const TextFormat&) = default;
 };
 
 // What a backend does. Slot order is fixed. Colours are always set. A failure

@@ -10,13 +10,16 @@ namespace zustd {
 
 namespace {
 
-// Far beyond any screen, and far from where GDI's arithmetic ends.
-constexpr std::int32_t kFarthest = 1 << 20;
+// Far beyond any document, and far from where GDI's arithmetic ends.
+constexpr std::int32_t kFarthest = 1 << 24;
+// GDI works out a slanted line as a whole, seen or not.
+constexpr std::int32_t kFarthestLineEnd = 1 << 15;
+constexpr std::int32_t kWidestPen = 1 << 8;
 // What one call draws of a line of text; more does not fit on a screen.
 constexpr std::size_t kLongestLine = 8192;
 
-std::int32_t cut(std::int32_t coordinate) noexcept {
-    return std::clamp(coordinate, -kFarthest, kFarthest);
+std::int32_t cut(std::int32_t coordinate, std::int32_t farthest = kFarthest) noexcept {
+    return std::clamp(coordinate, -farthest, farthest);
 }
 
 Rect cut(const Rect& area) noexcept {
@@ -345,7 +348,7 @@ void GraphicsServiceWin32Gdi::clearClippingArea() {
 
 void GraphicsServiceWin32Gdi::setPen(Color color, std::int32_t width) {
     ZU_ASSERT(width > 0);
-    width = std::min(width, kFarthest);
+    width = std::min(width, kWidestPen);
     if (color != penColor_ || width != penWidth_) {
         penColor_ = color;
         penWidth_ = width;
@@ -382,14 +385,19 @@ void GraphicsServiceWin32Gdi::fill(const Rect& area, Color color) {
 
 void GraphicsServiceWin32Gdi::drawSlantedLine(Point from, Point to) {
     const HDC context = top().context;
+    const auto cutEnd = [](Point end) {
+        return Point{cut(end.x, kFarthestLineEnd), cut(end.y, kFarthestLineEnd)};
+    };
+    from = cutEnd(from);
+    to = cutEnd(to);
     if (!pen_) {
         pen_.reset(CreatePen(PS_SOLID, penWidth_, nativeColor(penColor_)));
     }
     const SelectedObject selected(context, pen_.get());
-    MoveToEx(context, cut(from.x), cut(from.y), nullptr);
-    LineTo(context, cut(to.x), cut(to.y));
+    MoveToEx(context, from.x, from.y, nullptr);
+    LineTo(context, to.x, to.y);
     // GDI leaves out the last pixel of thin lines.
-    SetPixelV(context, cut(to.x), cut(to.y), nativeColor(penColor_));
+    SetPixelV(context, to.x, to.y, nativeColor(penColor_));
 }
 
 void GraphicsServiceWin32Gdi::blend(const Bitmap& bitmap, const Rect& area, double alpha) {

@@ -207,6 +207,8 @@ public:
     int answer() const noexcept { return answer_; }
     bool isChecked() const noexcept { return checkBox_ && checkBox_->isChecked(); }
     void close(int answer);
+    // The user wants to close the dialog; false when he has to answer.
+    bool cancel();
 
     bool onKey(const KeyEvent& event) override;
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
@@ -216,7 +218,6 @@ private:
                                             ButtonKind kind);
     Size largestButton() const;
     bool moveAmongButtons(bool backwards);
-    bool refuseOrCancel(MessageWord stays);
 
     NativeDialog& dialog_;
     const MessageBoxContent& box_;
@@ -345,9 +346,6 @@ bool MessageBoxView::moveAmongButtons(bool backwards) {
 }
 
 bool MessageBoxView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    if (kind == kClose) {
-        return refuseOrCancel(b);
-    }
     if (kind == kLeftClicked) {
         for (std::size_t i = 0; i < buttons_.size(); ++i) {
             if (a.object<Control>() == buttons_[i].get()) {
@@ -359,15 +357,37 @@ bool MessageBoxView::onReceiveMessage(const MessageKind& kind, MessageWord a, Me
     return Control::onReceiveMessage(kind, a, b);
 }
 
-bool MessageBoxView::refuseOrCancel(MessageWord stays) {
+bool MessageBoxView::cancel() {
     if (box_.cancelAnswer == kAnswerNone) {
-        *stays.object<bool>() = true;
         MessageBeep(MB_OK);
-    } else {
-        answer_ = box_.cancelAnswer;
+        return false;
     }
+    answer_ = box_.cancelAnswer;
     return true;
 }
+
+namespace {
+
+// Hears of the dialog's end in the view's place: the view passes on to the
+// dialog what it does not handle, and would hear it again.
+class CloseListener : public MessageSink {
+public:
+    explicit CloseListener(const std::shared_ptr<MessageBoxView>& view) : view_(view) {}
+
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord stays) override {
+        const std::shared_ptr<MessageBoxView> view = view_.lock();
+        if (!(kind == Control::kClose) || !view) {
+            return false;
+        }
+        *stays.object<bool>() = !view->cancel();
+        return true;
+    }
+
+private:
+    std::weak_ptr<MessageBoxView> view_;
+};
+
+}  // namespace
 
 MessageBoxWin32Gdi::MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box)
     : service_(service), box_(box) {}
@@ -383,7 +403,7 @@ bool MessageBoxWin32Gdi::build() {
     dialog_->setCaption(std::make_shared<TextDescriptor>(box_.caption));
     view_ = makeControl<MessageBoxView>(*dialog_, box_);
     dialog_->addChild(view_);
-    dialog_->connect(view_, true);
+    dialog_->connect(std::make_shared<CloseListener>(view_), false);
     if (!view_->build(service_)) {
         return false;
     }

@@ -1,5 +1,6 @@
 #include "ZuNativeControlWin32Gdi.h"
 
+#include <commctrl.h>
 #include <windowsx.h>
 
 #include "ZuFontWin32Gdi.h"
@@ -20,6 +21,16 @@ InputRouter* routerOf(Control& control) noexcept {
 bool isKeyMessage(UINT id) noexcept { return id == WM_KEYDOWN || id == WM_SYSKEYDOWN; }
 
 }  // namespace
+
+void initializeCommonControls() noexcept {
+    static const bool isDone = [] {
+        const INITCOMMONCONTROLSEX classes{
+            sizeof(classes), ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_TREEVIEW_CLASSES |
+                                 ICC_LISTVIEW_CLASSES};
+        return InitCommonControlsEx(&classes) != FALSE;
+    }();
+    static_cast<void>(isDone);
+}
 
 HWND surfaceWindowOf(const Control& control) {
     const Control* above = &control;
@@ -102,11 +113,11 @@ void NativeControlWin32Gdi::place() {
 }
 
 void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
-    const auto service = control_->windowService();
-    const std::shared_ptr<Font> wanted = service ? service->getFont(font) : nullptr;
+    const std::shared_ptr<WindowService> service = control_->windowService();
+    std::shared_ptr<Font> wanted = service ? service->getFont(font) : nullptr;
     if (wanted && wanted != font_) {
         send(WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*wanted).handle()), TRUE);
-        font_ = wanted;
+        font_ = std::move(wanted);
     }
 }
 
@@ -135,20 +146,28 @@ bool NativeControlWin32Gdi::usesKey(const KeyEvent& event) const {
     return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
 }
 
+bool NativeControlWin32Gdi::isPart(HWND) const noexcept { return false; }
+
+bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
+    return window != nullptr && (window == attachment_.window() || isPart(window));
+}
+
 bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& message,
                                                      LRESULT& result) {
     // Whoever hears of it may drop the control.
     const std::shared_ptr<Control> alive =
         control_ != nullptr ? sharedReference<Control>(control_) : nullptr;
-    return message.window == window() ? handleOwnMessage(message, result)
-                                      : onNotification(message, result);
+    return isOwn(message.window) ? handleOwnMessage(message, result)
+                                 : onNotification(message, result);
 }
 
 bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESULT& result) {
     switch (message.id) {
         case WM_NCDESTROY:
             // Its surface went first and took it along.
-            attachment_.detach();
+            if (message.window == window()) {
+                attachment_.detach();
+            }
             break;
         case WM_GETDLGCODE:
             if (fitsDialogCode(message)) {
@@ -180,7 +199,7 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
             break;
     }
     // Whoever heard of the focus or of the pointer may have ended the window.
-    return window() == message.window && onWindowMessage(message, result);
+    return isOwn(message.window) && onWindowMessage(message, result);
 }
 
 // In a dialog's message loop: the keys that the surface gets come here first,
@@ -215,8 +234,9 @@ void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
         tracksLeaving_ = false;
         event.action = MouseAction::kLeave;
     } else {
-        const Point inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
-        event.position = control_->toSurface(inControl);
+        POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
+        MapWindowPoints(message.window, window(), &inControl, 1);
+        event.position = control_->toSurface({inControl.x, inControl.y});
         if (!tracksLeaving_) {
             TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, message.window, 0};
             tracksLeaving_ = TrackMouseEvent(&request) != FALSE;

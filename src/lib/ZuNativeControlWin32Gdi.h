@@ -28,6 +28,9 @@ HWND surfaceWindowOf(const Control& control);
 // Held modifier keys, as InputRouter wants them.
 std::uint32_t heldModifiers() noexcept;
 
+// Makes the classes of the common controls known to the system, once.
+void initializeCommonControls() noexcept;
+
 class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
 public:
     ~NativeControlWin32Gdi() override;
@@ -78,9 +81,14 @@ protected:
     // base keeps all but Tab, Enter and Escape.
     virtual bool usesKey(const KeyEvent& event) const;
 
+    // Whether a window is part of the control, such as the field of a combo
+    // box; its focus and keys are the control's. The base knows of none.
+    virtual bool isPart(HWND window) const noexcept;
+
     bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
 private:
+    bool isOwn(HWND window) const noexcept;
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
     void createWindow(const Shape& shape, HWND parent);
     void place();

@@ -1,3 +1,5 @@
+#include "ZuButtonWin32Gdi.h"
+#include "ZuComboBoxWin32Gdi.h"
 #include "ZuDialogWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeButton.h"
@@ -11,6 +13,9 @@
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
 #include "ZuPopupMenuWin32Gdi.h"
+#include "ZuProgressBarWin32Gdi.h"
+#include "ZuScrollBarWin32Gdi.h"
+#include "ZuTextBoxWin32Gdi.h"
 #include "ZuTimerWin32Gdi.h"
 #include "ZuTreeViewWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
@@ -32,11 +37,14 @@ std::shared_ptr<Surface> furnished(const std::shared_ptr<Surface>& surface,
     return surface;
 }
 
-// A native widget; the window is its parent as long as it is on no surface.
-template <class Backend, class Widget>
-std::shared_ptr<Widget> joined(const std::shared_ptr<Widget>& widget, HWND window) {
-    joinImplementation(*widget, std::make_unique<Backend>(window));
-    return widget;
+// A widget joined to its backend; null when that fails.
+template <class Widget, class Backend, class... Args>
+std::shared_ptr<Widget> madeControl(const wchar_t* operation, HWND hostWindow, Args... args) {
+    return guarded(operation, std::shared_ptr<Widget>(), [&] {
+        auto widget = makeControl<Widget>(args...);
+        joinImplementation(*widget, std::make_unique<Backend>(hostWindow));
+        return widget;
+    });
 }
 
 }  // namespace
@@ -67,9 +75,8 @@ std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uin
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() { return nullptr; }
 
 std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
-    return guarded(
-        L"WindowServiceWin32Gdi::createNativeTreeView", std::shared_ptr<NativeTreeView>(),
-        [this] { return joined<TreeViewWin32Gdi>(makeControl<NativeTreeView>(), window_); });
+    return madeControl<NativeTreeView, TreeViewWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeTreeView", window_);
 }
 
 std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
@@ -79,18 +86,29 @@ std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
         });
 }
 
-std::shared_ptr<NativeComboBox> WindowServiceWin32Gdi::createNativeComboBox() { return nullptr; }
-
-std::shared_ptr<NativeButton> WindowServiceWin32Gdi::createNativeButton() { return nullptr; }
-
-std::shared_ptr<NativeProgressBar> WindowServiceWin32Gdi::createNativeProgressBar() {
-    return nullptr;
+std::shared_ptr<NativeComboBox> WindowServiceWin32Gdi::createNativeComboBox() {
+    return madeControl<NativeComboBox, ComboBoxWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeComboBox", window_);
 }
 
-std::shared_ptr<NativeTextBox> WindowServiceWin32Gdi::createNativeTextBox() { return nullptr; }
+std::shared_ptr<NativeButton> WindowServiceWin32Gdi::createNativeButton() {
+    return madeControl<NativeButton, ButtonWin32Gdi>(L"WindowServiceWin32Gdi::createNativeButton",
+                                                     window_);
+}
 
-std::shared_ptr<NativeScrollBar> WindowServiceWin32Gdi::createNativeScrollBar(bool) {
-    return nullptr;
+std::shared_ptr<NativeProgressBar> WindowServiceWin32Gdi::createNativeProgressBar() {
+    return madeControl<NativeProgressBar, ProgressBarWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeProgressBar", window_);
+}
+
+std::shared_ptr<NativeTextBox> WindowServiceWin32Gdi::createNativeTextBox() {
+    return madeControl<NativeTextBox, TextBoxWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeTextBox", window_);
+}
+
+std::shared_ptr<NativeScrollBar> WindowServiceWin32Gdi::createNativeScrollBar(bool vertical) {
+    return madeControl<NativeScrollBar, ScrollBarWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeScrollBar", window_, vertical);
 }
 
 std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring& name) {

@@ -275,6 +275,12 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
     });
 }
 
+void WindowServiceWin32Gdi::setScalingFactor(double factor) {
+    scalingFactor = factor;
+    // What is in there has the size of the former factor.
+    clearDrawingCaches();
+}
+
 int WindowServiceWin32Gdi::getNewId() noexcept {
     // Below lie the identifiers that dialogs have a meaning for; notifications
     // have room for 16 bits.

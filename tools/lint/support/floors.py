@@ -12,8 +12,8 @@ FLOORS = {
         ZuDirectory ZuCommand ZuResources ZuResourceService ZuResourceServiceGeneric""".split(),
     "toolkit": """
         ZuApplicationService ZuWindowService ZuGeometry ZuDescriptors ZuFont ZuBitmap ZuTimer
-        ZuInput ZuGraphicsService ZuControl ZuLayout ZuTreeModel ZuGridModel ZuCaption ZuIcon
-        ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl ZuScrollable ZuMarkupView
+        ZuInput ZuGraphicsService ZuControl ZuLayout ZuTreeModel ZuGridModel ZuDrawnText
+        ZuCaption ZuIcon ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl ZuScrollable ZuMarkupView
         ZuMessageBox""".split(),
     "backend": [],
     "program": [],

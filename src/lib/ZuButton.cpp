@@ -1,0 +1,125 @@
+#include "ZuButton.h"
+
+#include <algorithm>
+
+#include "ZuIcon.h"
+
+namespace zustd {
+
+namespace {
+
+// Between the border and the content, and between image and text; at a scaling
+// factor of 1.
+constexpr Size kPadding{10, 5};
+constexpr std::int32_t kGap = 5;
+
+constexpr Color kFace = Color::rgb(0xE4, 0xE4, 0xE4);
+
+// A part of the way, in 256ths, from one colour to another.
+Color mixed(Color from, Color to, int part) noexcept {
+    const auto channel = [part](std::uint8_t a, std::uint8_t b) {
+        return static_cast<std::uint8_t>(a + (b - a) * part / 256);
+    };
+    return Color::rgb(channel(from.red, to.red), channel(from.green, to.green),
+                      channel(from.blue, to.blue));
+}
+
+constexpr Color kLight = Color::rgb(0xFF, 0xFF, 0xFF);
+constexpr Color kDark = Color::rgb(0x00, 0x00, 0x00);
+
+}  // namespace
+
+Button::Button(const std::wstring& text) : DrawnText(text) {
+    TextFormat format;
+    format.vertical = TextAlignment::kCentre;
+    format.ellipsis = true;
+    format.accelerators = true;
+    changeFormat(format);
+    setFocusable(true);
+}
+
+bool Button::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
+    return changeDescriptor(bitmap_, bitmap);
+}
+
+bool Button::setChecked(bool checked) { return change(checked_, checked); }
+
+void Button::click() {
+    if (isUsable()) {
+        notify(kLeftClicked, wordOfPoint({0, 0}));
+    }
+}
+
+Size Button::preferredSize() {
+    const Size image = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
+    const Size content = contentSize(image, textSize(0));
+    return {saturate(content.width + 2 * std::int64_t{scale(kPadding.width)}),
+            saturate(content.height + 2 * std::int64_t{scale(kPadding.height)})};
+}
+
+Size Button::preferredSizeForWidth(std::int32_t) { return preferredSize(); }
+
+bool Button::onKey(const KeyEvent& event) {
+    if (!isPressingKey(event)) {
+        return false;
+    }
+    click();
+    return true;
+}
+
+bool Button::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    if (toggles_ && kind == kLeftClicked && a.object<Control>() == this) {
+        setChecked(!checked_);
+    }
+    return DrawnText::sendMessage(kind, a, b);
+}
+
+void Button::drawSelf(GraphicsService& graphics) {
+    drawFace(graphics);
+    const Size image = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
+    const Size text = textSize(0);
+    const Size content = contentSize(image, text);
+    const std::int32_t padding = std::min(scale(kPadding.width), boundary().width() / 4);
+    const Rect room = area().shrunkBy(padding, 1);
+    std::int32_t left = std::max(room.left + (room.width() - content.width) / 2, room.left);
+    if (bitmap_) {
+        drawBitmapAt(graphics, *this, *bitmap_,
+                     {left, room.top + (room.height() - image.height) / 2}, 1.0);
+        left += image.width + scale(kGap);
+    }
+    drawTextIn(graphics, {left, room.top, std::min(room.right, left + text.width - 1), room.bottom},
+               inkColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
+    if (hasFocus()) {
+        graphics.drawFocusFrame(area().shrunkBy(scale(2), scale(2)));
+    }
+}
+
+void Button::drawFace(GraphicsService& graphics) const {
+    Color face = color(ColorRole::kBackground);
+    face = face.isSet ? face : kFace;
+    Color border = drawnColor(*this, ColorRole::kBorder);
+    const bool usable = isUsable();
+    const bool pressed = usable && isLeftPressed() && isHovered();
+    if (usable && (isHovered() || checked_)) {
+        face = drawnColor(*this, ColorRole::kHoverBackground);
+        border = drawnColor(*this, ColorRole::kSelectedBackground);
+    }
+    if (pressed || checked_) {
+        // Lit from below: it lies deeper than the window.
+        graphics.drawGradient(area(), mixed(face, kDark, pressed ? 40 : 20), face,
+                              zuGradientVertical);
+    } else {
+        graphics.drawGradient(area(), mixed(face, kLight, usable ? 160 : 100), face,
+                              zuGradientVertical);
+    }
+    graphics.setPen(border, std::max(scale(1), 1));
+    graphics.drawRectangle(area());
+}
+
+Size Button::contentSize(Size image, Size text) const {
+    const bool both = image.width > 0 && text.width > 0;
+    return {saturate(std::int64_t{image.width} + text.width + (both ? scale(kGap) : 0)),
+            std::max(image.height, text.height)};
+}
+
+}  // namespace zustd

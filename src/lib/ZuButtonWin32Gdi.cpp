@@ -1,0 +1,95 @@
+#include "ZuButtonWin32Gdi.h"
+
+#include "ZuIconWin32Gdi.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+DWORD styleOf(ButtonKind kind) noexcept {
+    switch (kind) {
+        case ButtonKind::kDefaultPush:
+            return BS_DEFPUSHBUTTON;
+        case ButtonKind::kCheck:
+            return BS_CHECKBOX;
+        case ButtonKind::kRadio:
+            return BS_RADIOBUTTON;
+        case ButtonKind::kPush:
+            break;
+    }
+    return BS_PUSHBUTTON;
+}
+
+bool canBeChecked(ButtonKind kind) noexcept {
+    return kind == ButtonKind::kCheck || kind == ButtonKind::kRadio;
+}
+
+}  // namespace
+
+ButtonWin32Gdi::ButtonWin32Gdi(HWND hostWindow) noexcept
+    : NativeControlWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
+
+void ButtonWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"ButtonWin32Gdi::synchronizeWithAbstraction", [this] {
+        if (initializeFromDescriptor() == Outcome::kNoSurface) {
+            return;
+        }
+        const NativeButton& button = getAbstraction();
+        synchronizeFont(button.hasFont() ? sharedReference(&button.font()) : nullptr);
+        setText();
+        setImage();
+        if (canBeChecked(button.kind())) {
+            const WPARAM wanted = button.isChecked() ? BST_CHECKED : BST_UNCHECKED;
+            if (static_cast<WPARAM>(send(BM_GETCHECK)) != wanted) {
+                send(BM_SETCHECK, wanted);
+            }
+        }
+    });
+}
+
+ButtonWin32Gdi::Outcome ButtonWin32Gdi::initializeFromDescriptor() {
+    const Outcome outcome = synchronizeWindow(
+        getAbstraction(), {L"BUTTON", styleOf(getAbstraction().kind()) | BS_NOTIFY, 0});
+    if (outcome == Outcome::kMade) {
+        bitmap_.reset();
+        icon_.reset();
+    }
+    return outcome;
+}
+
+void ButtonWin32Gdi::setText() {
+    const NativeButton& button = getAbstraction();
+    synchronizeText(button.hasCaption() ? button.caption().text(button) : std::wstring());
+}
+
+// An icon, since buttons blend only these with what is below.
+void ButtonWin32Gdi::setImage() {
+    const NativeButton& button = getAbstraction();
+    const auto service = button.windowService();
+    const auto bitmap = button.bitmap() && service ? service->getBitmap(*button.bitmap()) : nullptr;
+    if (bitmap == bitmap_) {
+        return;
+    }
+    IconHandle icon = bitmap ? makeIcon(bitmapBackend(*bitmap)) : IconHandle();
+    send(BM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon.get()));
+    icon_ = std::move(icon);
+    bitmap_ = bitmap;
+}
+
+void ButtonWin32Gdi::releaseNativeObject() {
+    destroyWindow();
+    icon_.reset();
+    bitmap_.reset();
+}
+
+bool ButtonWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+    if (message.id != WM_COMMAND || HIWORD(message.wide) != BN_CLICKED) {
+        return false;
+    }
+    getAbstraction().click();
+    result = 0;
+    return true;
+}
+
+}  // namespace zustd

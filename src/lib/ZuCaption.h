@@ -1,0 +1,19 @@
+// A line of text, such as a heading: bold unless it is given a font, and ended
+// by dots where it does not fit.
+#pragma once
+
+#include <string>
+
+#include "ZuDrawnText.h"
+
+namespace zustd {
+
+class Caption : public DrawnText {
+public:
+    explicit Caption(const std::wstring& text = {});
+
+protected:
+    FontStyle fontStyle() const override;
+};
+
+}  // namespace zustd

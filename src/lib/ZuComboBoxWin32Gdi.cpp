@@ -1,0 +1,174 @@
+#include "ZuComboBoxWin32Gdi.h"
+
+#include <commctrl.h>
+
+namespace zustd {
+
+namespace {
+
+constexpr wchar_t kOperation[] = L"ComboBoxWin32Gdi::handleMultiWindowMessage";
+// A guess at the usual item, for the room that the control takes at once.
+constexpr std::size_t kBytesPerItem = 40;
+
+WPARAM nativeIndex(std::size_t index) noexcept { return static_cast<WPARAM>(index); }
+
+std::size_t portableIndex(LRESULT index) noexcept {
+    return index >= 0 ? static_cast<std::size_t>(index) : kNullSize;
+}
+
+}  // namespace
+
+ComboBoxWin32Gdi::ComboBoxWin32Gdi(HWND hostWindow) noexcept
+    : NativeControlWin32Gdi(hostWindow, kOperation) {}
+
+void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"ComboBoxWin32Gdi::synchronizeWithAbstraction", [this] {
+        const Outcome outcome = initializeFromDescriptor();
+        if (outcome == Outcome::kNoSurface) {
+            return;
+        }
+        synchronizeFont(getAbstraction().font());
+        if (outcome == Outcome::kMade) {
+            fill();
+        }
+        fitHeight();
+        setCaption();
+        mirrorSelection();
+    });
+}
+
+ComboBoxWin32Gdi::Outcome ComboBoxWin32Gdi::initializeFromDescriptor() {
+    const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
+    const Outcome outcome = synchronizeWindow(
+        getAbstraction(), {L"COMBOBOX", kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL, 0});
+    if (outcome != Outcome::kMade) {
+        return outcome;
+    }
+    caption_.clear();
+    COMBOBOXINFO parts{};
+    parts.cbSize = sizeof(parts);
+    if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
+        field_.attach(parts.hwndItem, *this, kOperation);
+    }
+    return outcome;
+}
+
+void ComboBoxWin32Gdi::fill() {
+    const std::vector<std::wstring>& items = getAbstraction().items();
+    send(WM_SETREDRAW, FALSE);
+    send(CB_INITSTORAGE, items.size(), static_cast<LPARAM>(items.size() * kBytesPerItem));
+    for (const std::wstring& item : items) {
+        send(CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(item.c_str()));
+    }
+    send(WM_SETREDRAW, TRUE);
+}
+
+// The height of a combo box follows from that of its field. What lies between
+// them is seen from a first try.
+void ComboBoxWin32Gdi::fitHeight() {
+    constexpr WPARAM kField = static_cast<WPARAM>(-1);
+    const auto missing = [this] {
+        RECT present{};
+        GetWindowRect(window(), &present);
+        return getAbstraction().boundary().height() - (present.bottom - present.top);
+    };
+    if (missing() == 0) {
+        return;
+    }
+    LRESULT height = std::max<LRESULT>(send(CB_GETITEMHEIGHT, kField) + missing(), 1);
+    send(CB_SETITEMHEIGHT, kField, height);
+    height += missing();
+    if (missing() != 0 && height > 0) {
+        send(CB_SETITEMHEIGHT, kField, height);
+    }
+}
+
+void ComboBoxWin32Gdi::setCaption() {
+    const NativeComboBox& box = getAbstraction();
+    std::wstring caption = box.hasCaption() ? box.caption().text(box) : std::wstring();
+    if (caption != caption_) {
+        send(CB_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(caption.c_str()));
+        caption_ = std::move(caption);
+    }
+}
+
+std::wstring ComboBoxWin32Gdi::getText() const {
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window())) + 1, L'\0');
+    text.resize(static_cast<std::size_t>(
+        GetWindowTextW(window(), text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+void ComboBoxWin32Gdi::setText(const std::wstring& text) {
+    if (getText() != text) {
+        filling_ = true;
+        SetWindowTextW(window(), text.c_str());
+        filling_ = false;
+    }
+}
+
+std::size_t ComboBoxWin32Gdi::findItemIndex(const std::wstring& text) const {
+    return portableIndex(
+        send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text.c_str())));
+}
+
+void ComboBoxWin32Gdi::releaseNativeObject() {
+    field_.detach();
+    destroyWindow();
+}
+
+void ComboBoxWin32Gdi::mirrorAdded(std::size_t index) {
+    send(CB_INSERTSTRING, nativeIndex(index),
+         reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
+}
+
+void ComboBoxWin32Gdi::mirrorRemoved(std::size_t index) {
+    send(CB_DELETESTRING, nativeIndex(index));
+}
+
+void ComboBoxWin32Gdi::mirrorCleared() { send(CB_RESETCONTENT); }
+
+void ComboBoxWin32Gdi::mirrorSelection() {
+    const std::size_t selected = getSelectedItem();
+    if (portableIndex(send(CB_GETCURSEL)) != selected) {
+        send(CB_SETCURSEL, nativeIndex(selected));
+    }
+    if (getAbstraction().isEditable()) {
+        setText(getAbstraction().text());
+    }
+}
+
+bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+    if (message.id != WM_COMMAND || filling_) {
+        return false;
+    }
+    NativeComboBox& box = getAbstraction();
+    switch (HIWORD(message.wide)) {
+        case CBN_SELCHANGE:
+            box.acceptSelection(portableIndex(send(CB_GETCURSEL)));
+            break;
+        case CBN_EDITCHANGE: {
+            // What is typed is an item when it reads like one.
+            const std::wstring text = getText();
+            const std::size_t item = findItemIndex(text);
+            box.acceptText(text);
+            if (box.text() == text) {
+                box.acceptSelection(
+                    item < box.items().size() && box.items()[item] == text ? item : kNullSize);
+            }
+            break;
+        }
+        default:
+            return false;
+    }
+    result = 0;
+    return true;
+}
+
+bool ComboBoxWin32Gdi::usesKey(const KeyEvent& event) const {
+    // They take or leave what is marked in the open list.
+    const bool isAnswer = event.key == kKeyEnter || event.key == kKeyEscape;
+    return (isAnswer && send(CB_GETDROPPEDSTATE) != 0) || NativeControlWin32Gdi::usesKey(event);
+}
+
+}  // namespace zustd

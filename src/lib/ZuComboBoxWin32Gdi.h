@@ -1,0 +1,49 @@
+// The Windows half of a combo box: a COMBOBOX control, as a list or with a
+// field to type into.
+#pragma once
+
+#include <string>
+
+#include "ZuNativeComboBox.h"
+#include "ZuNativeControlWin32Gdi.h"
+
+namespace zustd {
+
+class ComboBoxWin32Gdi : public ComboBoxImplementation, public NativeControlWin32Gdi {
+public:
+    // Outside of a surface the box becomes a child of the host's window.
+    explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept;
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return window() != nullptr; }
+
+protected:
+    void mirrorAdded(std::size_t index) override;
+    void mirrorRemoved(std::size_t index) override;
+    void mirrorCleared() override;
+    void mirrorSelection() override;
+
+    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    bool usesKey(const KeyEvent& event) const override;
+    bool isPart(HWND window) const noexcept override { return window == field_.window(); }
+
+private:
+    Outcome initializeFromDescriptor();
+    void fill();
+    void fitHeight();
+    void setCaption();
+    // Of the field; a list without one has the text of its selected item.
+    std::wstring getText() const;
+    void setText(const std::wstring& text);
+    // By the control's own items; kNullSize when there is none.
+    std::size_t findItemIndex(const std::wstring& text) const;
+
+    // The field's own window, whose keys are those of the box.
+    WindowAttachment field_;
+    std::wstring caption_;
+    // The control's own notifications while it is filled are no news.
+    bool filling_ = false;
+};
+
+}  // namespace zustd

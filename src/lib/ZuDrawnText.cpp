@@ -1,0 +1,137 @@
+#include "ZuDrawnText.h"
+
+#include <algorithm>
+
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+// In the order of ColorRole.
+constexpr Color kUsualColors[kColorRoleCount] = {
+    Color::rgb(0x00, 0x00, 0x00),  // kText
+    Color(),                       // kBackground
+    Color::rgb(0x6D, 0x6D, 0x6D),  // kDisabledText
+    Color::rgb(0xFF, 0xFF, 0xFF),  // kSelectedText
+    Color::rgb(0x00, 0x78, 0xD7),  // kSelectedBackground
+    Color::rgb(0x00, 0x00, 0x00),  // kHoverText
+    Color::rgb(0xDA, 0xEC, 0xFB),  // kHoverBackground
+    Color::rgb(0xAD, 0xAD, 0xAD),  // kBorder
+    Color::rgb(0x00, 0x5F, 0xB8),  // kLink
+    Color::rgb(0x00, 0x8A, 0xE6),  // kHoverLink
+};
+
+}  // namespace
+
+Color drawnColor(const Control& control, ColorRole role) noexcept {
+    const Color color = control.color(role);
+    return color.isSet ? color : kUsualColors[static_cast<std::size_t>(role)];
+}
+
+Color inkColor(const Control& control, ColorRole role) noexcept {
+    return drawnColor(control, control.isUsable() ? role : ColorRole::kDisabledText);
+}
+
+std::wstring withoutAccessKeys(std::wstring_view caption) {
+    std::wstring shown;
+    for (std::size_t i = 0; i < caption.size(); ++i) {
+        if (caption[i] == L'&' && i + 1 < caption.size()) {
+            ++i;
+        }
+        shown.push_back(caption[i]);
+    }
+    return shown;
+}
+
+bool isPressingKey(const KeyEvent& event) noexcept {
+    return (event.key == kKeySpace || event.key == kKeyEnter) &&
+           !event.has(kModifierControl | kModifierAlt);
+}
+
+std::int32_t widthWithin(std::int32_t width, std::int32_t margin) noexcept {
+    return width <= 0 ? 0 : std::max(saturate(width - 2 * std::int64_t{margin}), 1);
+}
+
+DrawnText::DrawnText(const std::wstring& text) : text_(std::make_shared<TextDescriptor>(text)) {}
+
+std::wstring DrawnText::text() const { return text_ ? text_->text(*this) : std::wstring(); }
+
+bool DrawnText::setText(const std::wstring& text) {
+    if (text_ && text_->resource().identifier == 0 && text_->literal() == text) {
+        return false;
+    }
+    return setTextDescriptor(std::make_shared<TextDescriptor>(text));
+}
+
+bool DrawnText::setTextDescriptor(const std::shared_ptr<TextDescriptor>& text) {
+    return changeDescriptor(text_, text);
+}
+
+bool DrawnText::setFont(const std::shared_ptr<FontDescriptor>& font) {
+    return changeDescriptor(font_, font);
+}
+
+bool DrawnText::setTextAlignment(TextAlignment horizontal, TextAlignment vertical) {
+    TextFormat format = format_;
+    format.horizontal = horizontal;
+    format.vertical = vertical;
+    return changeFormat(format);
+}
+
+Size DrawnText::preferredSize() {
+    return withMargins(textSize(widthWithin(maximumSize().width, horizontalMargin())));
+}
+
+Size DrawnText::preferredSizeForWidth(std::int32_t width) {
+    const std::int32_t maximum = maximumSize().width;
+    const std::int32_t limit = maximum > 0 ? std::min(width, maximum) : width;
+    return withMargins(textSize(widthWithin(std::max(limit, 1), horizontalMargin())));
+}
+
+void DrawnText::drawSelf(GraphicsService& graphics) {
+    drawBackground(graphics);
+    drawTextIn(graphics, innerArea(), inkColor(*this));
+}
+
+FontStyle DrawnText::fontStyle() const { return font_ ? font_->style() : FontStyle(); }
+
+std::shared_ptr<Font> DrawnText::font() const {
+    const std::shared_ptr<WindowService> window = windowService();
+    return window ? window->getFont(fontStyle()) : nullptr;
+}
+
+Size DrawnText::textSize(std::int32_t width) const {
+    const std::shared_ptr<GraphicsService> graphics = graphicsService();
+    const std::shared_ptr<Font> drawnFont = font();
+    if (!graphics || !drawnFont) {
+        return {};
+    }
+    const std::wstring shown = format_.accelerators ? withoutAccessKeys(text()) : text();
+    return graphics->measureTextSize(shown, *drawnFont, format_.wordWrap ? width : 0);
+}
+
+void DrawnText::drawTextIn(GraphicsService& graphics, const Rect& area, Color color) const {
+    const std::shared_ptr<Font> drawnFont = font();
+    const std::wstring shown = text();
+    if (drawnFont && !shown.empty() && !area.isEmpty()) {
+        graphics.drawText(shown, area, *drawnFont, color, format_);
+    }
+}
+
+void DrawnText::drawBackground(GraphicsService& graphics) const {
+    // Inherited colours are those of what lies behind: painted already.
+    const Color background = colors() ? colors()->color(ColorRole::kBackground) : Color();
+    if (background.isSet) {
+        graphics.drawRectangle(area(), background);
+    }
+}
+
+bool DrawnText::changeFormat(const TextFormat& format) { return change(format_, format); }
+
+Size DrawnText::withMargins(Size size) const noexcept {
+    return {saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
+            saturate(size.height + 2 * std::int64_t{verticalMargin()})};
+}
+
+}  // namespace zustd

@@ -1,0 +1,140 @@
+#include "ZuForkControl.h"
+
+#include <algorithm>
+
+namespace zustd {
+
+namespace {
+
+// At a scaling factor of 1: the square that the arrow is drawn in, the space
+// on its both sides, and the one above and below the caption.
+constexpr std::int32_t kArrow = 8;
+constexpr std::int32_t kArrowGap = 4;
+constexpr std::int32_t kHeaderPadding = 3;
+
+}  // namespace
+
+ForkControl::ForkControl(const std::wstring& caption) : DrawnText(caption) {
+    TextFormat format;
+    format.vertical = TextAlignment::kCentre;
+    format.ellipsis = true;
+    changeFormat(format);
+    setFocusable(true);
+}
+
+void ForkControl::initialize() {
+    DrawnText::initialize();
+    body_ = makeControl<Control>();
+    body_->setArrangement(Arrangement::kColumns);
+    body_->setTakesMouse(false);
+    body_->setVisible(open_);
+    addChild(body_);
+}
+
+bool ForkControl::setOpen(bool open) {
+    if (open_ == open) {
+        return false;
+    }
+    // Its receivers may remove the fork.
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    {
+        const ControlUpdate update(*this);
+        change(open_, open);
+        takeHeight();
+        body_->setVisible(open);
+    }
+    notify(kToggleExpandCollapse);
+    notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
+    return true;
+}
+
+std::int32_t ForkControl::headerHeight() const {
+    const std::int32_t text = textSize(0).height;
+    return saturatedSum(std::max(text, scale(kArrow)), 2 * scale(kHeaderPadding));
+}
+
+Size ForkControl::preferredSize() { return withBody(open_ ? body_->preferredSize() : Size()); }
+
+Size ForkControl::preferredSizeForWidth(std::int32_t width) {
+    const std::int32_t room = std::max(saturate(std::int64_t{width} - indent()), 1);
+    return withBody(open_ ? body_->preferredSizeForWidth(room) : Size());
+}
+
+bool ForkControl::onKey(const KeyEvent& event) {
+    if (isPressingKey(event)) {
+        return setOpen(!open_);
+    }
+    return (event.key == kKeyRight || event.key == kKeyLeft) && setOpen(event.key == kKeyRight);
+}
+
+bool ForkControl::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    if (kind == kLeftClicked && a.object<Control>() == this && header().contains(pointOfWord(b))) {
+        setOpen(!open_);
+    }
+    return DrawnText::sendMessage(kind, a, b);
+}
+
+bool ForkControl::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    if (kind == kChangePreferredHeight && open_) {
+        // Something in the body is higher or lower now: so is the fork.
+        takeHeight();
+        notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
+        return true;
+    }
+    return DrawnText::onReceiveMessage(kind, a, b);
+}
+
+void ForkControl::drawSelf(GraphicsService& graphics) {
+    drawBackground(graphics);
+    drawArrow(graphics);
+    Rect caption = header();
+    caption.left = std::min(indent(), caption.right);
+    drawTextIn(graphics, caption,
+               inkColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
+    if (hasFocus()) {
+        graphics.drawFocusFrame(header());
+    }
+}
+
+void ForkControl::arrangeChildren() {
+    if (body_ && open_) {
+        const Rect place{indent(), headerHeight(), boundary().width() - 1, boundary().height() - 1};
+        body_->place(place);
+    }
+}
+
+Rect ForkControl::header() const { return Rect::at({0, 0}, {boundary().width(), headerHeight()}); }
+
+std::int32_t ForkControl::indent() const { return scale(kArrow + 2 * kArrowGap); }
+
+// An angle that points to the right, or down when the fork is open.
+void ForkControl::drawArrow(GraphicsService& graphics) const {
+    const std::int32_t half = scale(kArrow) / 2;
+    const Point middle{scale(kArrowGap) + half, headerHeight() / 2};
+    const std::int32_t reach = half / 2;
+    const auto at = [&](std::int32_t along, std::int32_t across) {
+        return middle.movedBy(open_ ? Point{across, along} : Point{along, across});
+    };
+    const ColorRole role = isHovered() ? ColorRole::kSelectedBackground : ColorRole::kText;
+    graphics.setPen(inkColor(*this, role), std::max(scale(1), 1));
+    graphics.drawLine(at(-reach, -half), at(reach, 0));
+    graphics.drawLine(at(reach, 0), at(-reach, half));
+}
+
+Size ForkControl::withBody(Size body) const {
+    const std::int32_t caption = saturatedSum(indent(), textSize(0).width);
+    return {std::max(caption, saturatedSum(indent(), body.width)),
+            saturatedSum(headerHeight(), body.height)};
+}
+
+void ForkControl::takeHeight() {
+    const std::int32_t width = boundary().width();
+    setSize({width, preferredSizeForWidth(width).height});
+    if (Control* parent = parentControl();
+        parent != nullptr && parent->arrangement() != Arrangement::kManual) {
+        parent->arrange();
+    }
+}
+
+}  // namespace zustd

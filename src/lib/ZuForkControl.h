@@ -1,0 +1,51 @@
+// A caption with an arrow that opens and closes what lies below it.
+//
+// Controls to be shown and hidden are children of its body, not of the fork
+// itself. Clicks on the header, Space, Enter, Left and Right open and close;
+// the fork then takes the height that it needs, lets its parent arrange anew,
+// and sends kToggleExpandCollapse and kChangePreferredHeight. Forks may lie in
+// the bodies of others.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ZuDrawnText.h"
+
+namespace zustd {
+
+class ForkControl : public DrawnText {
+public:
+    explicit ForkControl(const std::wstring& caption = {});
+    void initialize() override;
+
+    // Stacks its children from top to bottom, which may be changed. Beside it
+    // the fork has no children of its own.
+    Control& body() const noexcept { return *body_; }
+    bool isOpen() const noexcept { return open_; }
+    bool setOpen(bool open);
+    std::int32_t headerHeight() const;
+
+    Size preferredSize() override;
+    Size preferredSizeForWidth(std::int32_t width) override;
+    bool onKey(const KeyEvent& event) override;
+    bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+
+protected:
+    void drawSelf(GraphicsService& graphics) override;
+    void arrangeChildren() override;
+
+private:
+    Rect header() const;
+    std::int32_t indent() const;
+    void drawArrow(GraphicsService& graphics) const;
+    Size withBody(Size body) const;
+    void takeHeight();
+
+    std::shared_ptr<Control> body_;
+    bool open_ = false;
+};
+
+}  // namespace zustd

@@ -1,0 +1,47 @@
+// An image, drawn in the middle of its control.
+#pragma once
+
+#include <memory>
+
+#include "ZuControl.h"
+#include "ZuGraphicsService.h"
+
+namespace zustd {
+
+// How opaque an image is on a control that cannot be used.
+inline constexpr double kDisabledOpacity = 0.4;
+
+// The size of a descriptor's image on the control's screen; empty when there
+// is no image or no window service. An image of its own size is scaled too.
+Size drawnBitmapSize(const Control& control, const BitmapDescriptor& descriptor);
+// Draws it there, stretched to that size where the image has another one;
+// whether there was an image.
+bool drawBitmapAt(GraphicsService& graphics, const Control& control,
+                  const BitmapDescriptor& descriptor, Point place, double opacity);
+
+class Icon : public Control {
+public:
+    explicit Icon(const std::shared_ptr<BitmapDescriptor>& bitmap = nullptr);
+
+    const std::shared_ptr<BitmapDescriptor>& bitmap() const noexcept { return bitmap_; }
+    bool setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap);
+    // An icon whose bitmap is not visible keeps its size and draws nothing.
+    bool isBitmapVisible() const noexcept { return bitmapVisible_; }
+    bool setBitmapVisible(bool visible);
+    // From 0, invisible, to 1, opaque; taken to the nearest of these.
+    double opacity() const noexcept { return opacity_; }
+    bool setOpacity(double opacity);
+
+    // The image's size plus the margins.
+    Size preferredSize() override;
+
+protected:
+    void drawSelf(GraphicsService& graphics) override;
+
+private:
+    std::shared_ptr<BitmapDescriptor> bitmap_;
+    double opacity_ = 1.0;
+    bool bitmapVisible_ = true;
+};
+
+}  // namespace zustd

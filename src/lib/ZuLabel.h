@@ -1,0 +1,22 @@
+// A text of one or more lines, wrapped at words where that is asked for.
+#pragma once
+
+#include <string>
+
+#include "ZuDrawnText.h"
+
+namespace zustd {
+
+class Label : public DrawnText {
+public:
+    explicit Label(const std::wstring& text = {});
+
+    bool wrapsWords() const noexcept { return textFormat().wordWrap; }
+    bool setWordWrap(bool wraps);
+    // Whether "&" underlines the next character; it is an ordinary one at
+    // first.
+    bool showsAccessKeys() const noexcept { return textFormat().accelerators; }
+    bool setAccessKeys(bool shows);
+};
+
+}  // namespace zustd

@@ -1,0 +1,504 @@
+#include "ZuMarkupView.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+#include "ZuGraphicsService.h"
+#include "ZuLayout.h"
+#include "ZuWindowService.h"
+#include "ZuXml.h"
+
+namespace zustd {
+
+namespace {
+
+// Where nothing limits the width; half of the range, as positions beyond it
+// must still be numbers.
+constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
+
+constexpr std::wstring_view kDelimiters = L" -";
+
+// Kinds whose words are pointers that a link does not have: those of these
+// classes, and two of Control's.
+constexpr std::array<std::wstring_view, 8> kRefusedClasses = {
+    L".Service",        L".ApplicationService", L".ChangeTracker",  L".Timer",
+    L".NativeGridView", L".NativeTreeView",     L".NativeComboBox", L".NativeTextBox"};
+
+bool maySendFromLink(const MessageKind& kind) noexcept {
+    return !(kind == Control::kClose) && !(kind == Control::kShouldScrollChildIntoView) &&
+           std::none_of(
+               kRefusedClasses.begin(), kRefusedClasses.end(),
+               [&kind](std::wstring_view refused) { return kind.name().ends_with(refused); });
+}
+
+// The text of a run: the five entities are characters, every other "&" is one
+// itself.
+std::wstring decoded(std::wstring_view raw) {
+    std::wstring text;
+    text.reserve(raw.size());
+    const wchar_t* at = raw.data();
+    XmlRange in(at, raw.data() + raw.size());
+    while (in.peek() != XmlRange::kEnd) {
+        const wchar_t entity = xml::takeEntity(in);
+        if (entity != 0) {
+            text.push_back(entity);
+        } else {
+            text.push_back(static_cast<wchar_t>(in.peek()));
+            in.skip();
+        }
+        text.append(xml::takePlainText(in));
+    }
+    return text;
+}
+
+// Those before the first fault.
+std::vector<XmlAttribute> attributesOf(std::wstring_view text) {
+    std::vector<XmlAttribute> attributes;
+    Xml::parseAttributes(text, attributes);
+    return attributes;
+}
+
+std::uint32_t keyOf(const FontStyle& style) noexcept {
+    return static_cast<std::uint32_t>(style.size) * 8 + (style.bold ? 4U : 0U) +
+           (style.italic ? 2U : 0U) + (style.underline ? 1U : 0U);
+}
+
+std::int32_t withMargins(std::int32_t extent, std::int32_t margin) noexcept {
+    return saturate(extent + 2 * std::int64_t{margin});
+}
+
+std::int32_t bounded(std::int32_t extent, std::int32_t minimum, std::int32_t maximum) noexcept {
+    extent = std::max(extent, minimum);
+    return maximum > 0 ? std::min(extent, maximum) : extent;
+}
+
+}  // namespace
+
+// --- Elements -------------------------------------------------------------------------------
+
+MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<const MarkupFont> font, Size size)
+    : text_(text), font_(std::move(font)), size_(size) {
+    setTakesMouse(false);
+}
+
+void MarkupText::drawSelf(GraphicsService& graphics) {
+    if (!font_->font) {
+        return;
+    }
+    const Color ink = inkColor(*this);
+    if (text_.find(L'\n') == std::wstring::npos) {
+        graphics.drawText(text_, Point{0, 0}, *font_->font, ink);
+    } else {
+        graphics.drawText(text_, area(), *font_->font, ink, TextFormat());
+    }
+}
+
+MarkupLink::MarkupLink(const std::wstring& text, std::wstring message,
+                       std::shared_ptr<const MarkupFont> font, Size size)
+    : Link(text), message_(std::move(message)), font_(std::move(font)), size_(size) {}
+
+FontStyle MarkupLink::fontStyle() const {
+    FontStyle style = font_->style;
+    style.underline = Link::fontStyle().underline || style.underline;
+    return style;
+}
+
+// --- The view -------------------------------------------------------------------------------
+
+// Parsing has an end on every way out, and shows what it did once.
+class MarkupView::ParseScope {
+public:
+    explicit ParseScope(MarkupView& view) : view_(view), update_(view) {
+        view.parsing_ = true;
+        view.waiting_ = false;
+        view.full_ = false;
+        view.link_ = {};
+    }
+    ParseScope(const ParseScope&) = delete;
+    ParseScope& operator=(const ParseScope&) = delete;
+    ~ParseScope() {
+        view_.parsing_ = false;
+        view_.link_ = {};
+        view_.currentFont_.reset();
+        view_.graphics_.reset();
+    }
+
+private:
+    MarkupView& view_;
+    ControlUpdate update_;
+};
+
+MarkupView::MarkupView() {
+    // Texts of different sizes stand on one line.
+    setAlignment(Alignment::kStart, Alignment::kEnd);
+    // What a maximum size cuts off is not to be seen.
+    setClipsChildren(true);
+}
+
+MarkupView::MarkupView(std::wstring markup) : MarkupView() {
+    markup_ = std::move(markup);
+    waiting_ = true;
+}
+
+void MarkupView::initialize() {
+    Control::initialize();
+    watch(font_.get());
+}
+
+bool MarkupView::setMarkup(std::wstring_view markup) {
+    if (markup_ == markup) {
+        return false;
+    }
+    markup_ = markup;
+    waiting_ = true;
+    parseWhenPossible();
+    return true;
+}
+
+bool MarkupView::setWordWrap(bool wraps) {
+    if (wordWrap_ == wraps) {
+        return false;
+    }
+    wordWrap_ = wraps;
+    waiting_ = true;
+    parseWhenPossible();
+    return true;
+}
+
+Size MarkupView::preferredSize() { return sizeWithin(layoutArea()); }
+
+Size MarkupView::preferredSizeForWidth(std::int32_t width) {
+    const std::int32_t maximum = maximumSize().width;
+    return sizeWithin(areaWithin(maximum > 0 ? std::min(width, maximum) : width));
+}
+
+bool MarkupView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    if (kind == kLeftClicked) {
+        if (const auto* link = dynamic_cast<const MarkupLink*>(a.object<Control>())) {
+            sendFromLink(*link);
+            return true;
+        }
+    }
+    return Control::onReceiveMessage(kind, a, b);
+}
+
+// --- Parsing --------------------------------------------------------------------------------
+
+void MarkupView::parseMarkup() {
+    {
+        const ParseScope scope(*this);
+        removeAllChildren();
+        font_->reset();
+        layoutArea_ = layoutArea();
+        // A change of the markup under way must not pull it away from here.
+        const std::wstring kept = markup_;
+        std::wstring_view rest = kept;
+        while (!rest.empty()) {
+            const std::size_t open = rest.find(L'<');
+            addRun(rest.substr(0, open));
+            rest.remove_prefix(std::min(open, rest.size()));
+            const std::size_t close = rest.find(L'>');
+            if (close == std::wstring_view::npos) {
+                // A bracket that nothing closes is text like the rest.
+                addRun(rest);
+                break;
+            }
+            applyTag(rest.substr(1, close - 1));
+            rest.remove_prefix(close + 1);
+        }
+        takeSize();
+    }
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    showChildren();
+    notify(kChangePreferredWidth, MessageWord(std::intptr_t{boundary().width()}));
+    notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
+}
+
+void MarkupView::addText(std::wstring_view text, bool breaksLine) {
+    if (!hasRoom()) {
+        return;
+    }
+    const Size size = measureText(text);
+    const auto element = makeControl<MarkupText>(text, currentFont(), size);
+    element->setBreaksLineAfter(breaksLine);
+    addChild(element);
+}
+
+void MarkupView::addLink(const std::wstring& text, const std::wstring& message) {
+    if (hasRoom()) {
+        const Size size = measureText(text);
+        addChild(makeControl<MarkupLink>(text, message, currentFont(), size));
+    }
+}
+
+void MarkupView::addWords(std::wstring_view text) {
+    while (!text.empty() && !full_) {
+        const std::size_t delimiter = text.find_first_of(kDelimiters);
+        const std::size_t size = delimiter == std::wstring_view::npos ? text.size() : delimiter + 1;
+        addText(text.substr(0, size), false);
+        text.remove_prefix(size);
+    }
+}
+
+void MarkupView::addLineBreak() { addText(L" ", true); }
+
+Rect MarkupView::layoutArea() const {
+    const std::int32_t maximum = maximumSize().width;
+    std::int32_t width = givenWidth_ > 0 ? givenWidth_ : kUnlimited;
+    if (maximum > 0) {
+        width = std::min(width, maximum);
+    }
+    return areaWithin(width);
+}
+
+// Text between tags, as it stands in the markup.
+void MarkupView::addRun(std::wstring_view raw) {
+    if (raw.empty() || full_) {
+        return;
+    }
+    const std::wstring text = decoded(raw);
+    if (link_.isOpen) {
+        link_.text += text;
+    } else if (wordWrap_) {
+        addWords(text);
+    } else {
+        addText(text, false);
+    }
+}
+
+// --- Tags -----------------------------------------------------------------------------------
+
+void MarkupView::applyTag(std::wstring_view tag) {
+    const std::size_t blank = std::min(tag.find(L' '), tag.size());
+    const std::wstring_view name = tag.substr(0, blank);
+    const std::wstring_view attributes = tag.substr(std::min(blank + 1, tag.size()));
+    if (name == L"br/") {
+        addLineBreak();
+    } else if (name == L"a") {
+        openLink(attributes);
+    } else if (name == L"/a") {
+        closeLink();
+    } else if (name == L"control") {
+        applySettings(attributes);
+    } else if (name == L"font") {
+        for (const XmlAttribute& attribute : attributesOf(attributes)) {
+            if (attribute.name == L"size") {
+                font_->setSize(Xml::toLong(attribute.value));
+            }
+        }
+        currentFont_.reset();
+    } else {
+        applyFontTag(name);
+    }
+}
+
+void MarkupView::applyFontTag(std::wstring_view tag) {
+    if (tag == L"b" || tag == L"/b") {
+        font_->setBold(tag == L"b");
+    } else if (tag == L"i" || tag == L"/i") {
+        font_->setItalic(tag == L"i");
+    } else if (tag == L"u" || tag == L"/u") {
+        font_->setUnderline(tag == L"u");
+    } else if (tag == L"/font") {
+        // All of it: what is still bold, italic or underlined ends here too.
+        font_->reset();
+    } else {
+        return;
+    }
+    currentFont_.reset();
+}
+
+// One that is open still is forgotten with its text.
+void MarkupView::openLink(std::wstring_view attributes) {
+    link_ = {};
+    link_.isOpen = true;
+    for (const XmlAttribute& attribute : attributesOf(attributes)) {
+        if (attribute.name == L"leftclickmessage") {
+            link_.message = decoded(attribute.value);
+        }
+    }
+}
+
+void MarkupView::closeLink() {
+    const OpenLink link = std::exchange(link_, {});
+    if (link.isOpen && !link.text.empty()) {
+        addLink(link.text, link.message);
+    }
+}
+
+void MarkupView::applySettings(std::wstring_view attributes) {
+    for (const XmlAttribute& attribute : attributesOf(attributes)) {
+        applySetting(attribute);
+        layoutArea_ = layoutArea();
+    }
+}
+
+void MarkupView::applySetting(const XmlAttribute& attribute) {
+    const std::wstring& name = attribute.name;
+    if (applyFlag(name, attribute.value == L"true")) {
+        return;
+    }
+    const std::int32_t value = Xml::toLong(attribute.value);
+    if (name == L"width") {
+        setSize({value, boundary().height()});
+        givenWidth_ = boundary().width();
+    } else if (name == L"height") {
+        setSize({boundary().width(), value});
+    } else if (name == L"maxwidth") {
+        setMaximumSize({value, maximumSize().height});
+    } else if (name == L"maxheight") {
+        setMaximumSize({maximumSize().width, value});
+    } else if (name == L"hmargin") {
+        setMargins(value, verticalMargin());
+    } else if (name == L"vmargin") {
+        setMargins(horizontalMargin(), value);
+    } else if (name == L"hspacing") {
+        setSpacing(value, verticalSpacing());
+    } else if (name == L"vspacing") {
+        setSpacing(horizontalSpacing(), value);
+    }
+}
+
+// Whether there is a flag of this name.
+bool MarkupView::applyFlag(const std::wstring& name, bool value) {
+    if (name == L"autosize") {
+        setAutoSized(value);
+        return true;
+    }
+    if (name == L"wordwrap") {
+        wordWrap_ = value;
+        return true;
+    }
+    return false;
+}
+
+// --- Adding elements ------------------------------------------------------------------------
+
+bool MarkupView::hasRoom() {
+    if (!full_ && children().size() >= kMaxElements) {
+        full_ = true;
+        ZU_TRACE(L"MarkupView::parseMarkup: more than %llu elements; the rest is left out",
+                 static_cast<unsigned long long>(kMaxElements));
+    }
+    return !full_;
+}
+
+// Null until the services are needed: a text without elements needs none.
+const std::shared_ptr<const MarkupFont>& MarkupView::currentFont() {
+    if (currentFont_) {
+        return currentFont_;
+    }
+    if (fontsFace_ != font_->style().faceName) {
+        fonts_.clear();
+        fontsFace_ = font_->style().faceName;
+    }
+    FontStyle style = font_->style();
+    style.size = std::clamp(style.size, kSmallestFont, kLargestFont);
+    std::shared_ptr<const MarkupFont>& known = fonts_[keyOf(style)];
+    if (!known) {
+        const std::shared_ptr<WindowService> ws = windowService();
+        ZU_ASSERT_AS(ws, L"ws", ZU_HERE);
+        auto made = std::make_shared<MarkupFont>(MarkupFont{style, ws->getFont(style), 0});
+        if (made->font) {
+            made->lineHeight = graphics_->measureTextSize({}, *made->font).height;
+        }
+        known = std::move(made);
+    }
+    currentFont_ = known;
+    return currentFont_;
+}
+
+Size MarkupView::measureText(std::wstring_view text) {
+    if (!graphics_ || !parsing_) {
+        const std::shared_ptr<GraphicsService> gs = graphicsService();
+        ZU_ASSERT_AS(gs, L"gs", ZU_HERE);
+        graphics_ = gs;
+    }
+    const std::shared_ptr<const MarkupFont> font = currentFont();
+    if (!font->font) {
+        return {};
+    }
+    if (text.find(L'\n') != std::wstring_view::npos) {
+        return graphics_->measureTextSize(text, *font->font);
+    }
+    return {graphics_->measureTextWidth(text, *font->font), font->lineHeight};
+}
+
+// --- Size -----------------------------------------------------------------------------------
+
+LayoutOptions MarkupView::layoutOptions() const {
+    LayoutOptions options;
+    options.alignment = horizontalAlignment();
+    options.measure = true;
+    options.wrap = wordWrap_;
+    return options;
+}
+
+Rect MarkupView::areaWithin(std::int32_t width) const {
+    const std::int32_t room = saturate(width - 2 * std::int64_t{horizontalMargin()});
+    return Rect::at({horizontalMargin(), verticalMargin()}, {room, kUnlimited});
+}
+
+Size MarkupView::sizeWithin(const Rect& area) {
+    const Size content = measureRows(*this, area, children(), layoutOptions());
+    const Size smallest = minimumSize();
+    const Size largest = maximumSize();
+    return {
+        bounded(withMargins(content.width, horizontalMargin()), smallest.width, largest.width),
+        bounded(withMargins(content.height, verticalMargin()), smallest.height, largest.height)};
+}
+
+void MarkupView::takeSize() {
+    Size size = sizeWithin(layoutArea_);
+    if (isAutoSized() && givenWidth_ > 0) {
+        size.width = givenWidth_;
+    }
+    setBoundary(Rect::at(boundary().position(), size));
+    layoutInRows(*this, innerArea(), children(), layoutOptions());
+}
+
+void MarkupView::arrangeChildren() {
+    // Parsing sizes the view by itself.
+    if (!parsing_) {
+        givenWidth_ = boundary().width();
+        layoutInRows(*this, innerArea(), children(), layoutOptions());
+    }
+}
+
+void MarkupView::onJoinedSurface() {
+    Control::onJoinedSurface();
+    parseWhenPossible();
+}
+
+void MarkupView::onDescriptorChanged() {
+    if (parsing_) {
+        return;
+    }
+    currentFont_.reset();
+    if (fontsFace_ != font_->style().faceName) {
+        waiting_ = true;
+        parseWhenPossible();
+    }
+    Control::onDescriptorChanged();
+}
+
+void MarkupView::parseWhenPossible() {
+    if (waiting_ && windowService() && graphicsService()) {
+        parseMarkup();
+    }
+}
+
+// --- Links ----------------------------------------------------------------------------------
+
+void MarkupView::sendFromLink(const MarkupLink& link) {
+    const MessageKind* kind = MessageKind::find(link.message());
+    if (kind == nullptr || !maySendFromLink(*kind)) {
+        ZU_TRACE(L"MarkupView::sendFromLink: no message '%ls' to send", link.message().c_str());
+        return;
+    }
+    notify(*kind);
+}
+
+}  // namespace zustd

@@ -1,0 +1,123 @@
+#include "ZuScrollBarWin32Gdi.h"
+
+namespace zustd {
+
+ScrollBarWin32Gdi::ScrollBarWin32Gdi(HWND hostWindow) noexcept
+    : NativeControlWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
+
+void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"ScrollBarWin32Gdi::synchronizeWithAbstraction", [this] {
+        if (initializeFromDescriptor() == Outcome::kNoSurface) {
+            return;
+        }
+        const NativeScrollBar& bar = getAbstraction();
+        setRange(bar.minimum(), bar.maximum());
+        setPageSize(bar.pageSize());
+        setPosition(bar.position());
+        setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
+    });
+}
+
+ScrollBarWin32Gdi::Outcome ScrollBarWin32Gdi::initializeFromDescriptor() {
+    const DWORD direction = getAbstraction().isVertical() ? SBS_VERT : SBS_HORZ;
+    return synchronizeWindow(getAbstraction(), {L"ScrollBar", direction, 0});
+}
+
+// Compared first: every push paints the bar.
+void ScrollBarWin32Gdi::push(const SCROLLINFO& info) {
+    if (window() == nullptr) {
+        return;
+    }
+    const SCROLLINFO present = read(info.fMask);
+    if (present.nMin != info.nMin || present.nMax != info.nMax || present.nPage != info.nPage ||
+        present.nPos != info.nPos) {
+        SCROLLINFO pushed = info;
+        // A bar without anything to scroll stays where it is, greyed.
+        pushed.fMask |= SIF_DISABLENOSCROLL;
+        SetScrollInfo(window(), SB_CTL, &pushed, TRUE);
+    }
+}
+
+SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
+    SCROLLINFO info{};
+    info.cbSize = sizeof(info);
+    info.fMask = mask;
+    GetScrollInfo(window(), SB_CTL, &info);
+    info.fMask = mask;
+    return info;
+}
+
+void ScrollBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
+    SCROLLINFO info{sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0};
+    push(info);
+}
+
+void ScrollBarWin32Gdi::setPageSize(std::int32_t size) {
+    SCROLLINFO info{sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0};
+    push(info);
+}
+
+void ScrollBarWin32Gdi::setPosition(std::int32_t position) {
+    SCROLLINFO info{sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0};
+    push(info);
+}
+
+std::int32_t ScrollBarWin32Gdi::getPosition() const {
+    return window() != nullptr ? read(SIF_POS).nPos : getAbstraction().minimum();
+}
+
+void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum) {
+    if (window() == nullptr || !getAbstraction().isUsable()) {
+        return;
+    }
+    const UINT disabled = (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
+                          (towardsMaximum ? 0U : UINT{ESB_DISABLE_RTDN});
+    // Both at once would disable the control itself.
+    EnableScrollBar(window(), SB_CTL,
+                    disabled == ESB_DISABLE_BOTH ? UINT{ESB_ENABLE_BOTH} : disabled);
+}
+
+std::int32_t ScrollBarWin32Gdi::getThickness() const {
+    return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
+}
+
+// Where a request of the bar leads to. The message itself has room for 16 bits
+// of a position, hence the look at the bar.
+std::int32_t ScrollBarWin32Gdi::positionFor(int request) const {
+    const NativeScrollBar& bar = getAbstraction();
+    const auto moved = [&bar](std::int64_t distance) {
+        return saturate(bar.position() + distance);
+    };
+    switch (request) {
+        case SB_LINEUP:
+            return moved(-std::int64_t{bar.lineSize()});
+        case SB_LINEDOWN:
+            return moved(bar.lineSize());
+        case SB_PAGEUP:
+            return moved(-std::int64_t{bar.pageSize()});
+        case SB_PAGEDOWN:
+            return moved(bar.pageSize());
+        case SB_TOP:
+            return bar.minimum();
+        case SB_BOTTOM:
+            return bar.highestPosition();
+        case SB_THUMBTRACK:
+        case SB_THUMBPOSITION:
+            return read(SIF_TRACKPOS).nTrackPos;
+        default:
+            return bar.position();
+    }
+}
+
+bool ScrollBarWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+    if (message.id != WM_HSCROLL && message.id != WM_VSCROLL) {
+        return false;
+    }
+    const int request = LOWORD(message.wide);
+    tracking_ = request == SB_THUMBTRACK;
+    result = 0;
+    getAbstraction().acceptPosition(positionFor(request));
+    return true;
+}
+
+}  // namespace zustd

@@ -1,0 +1,39 @@
+// The Windows half of a scroll bar: a ScrollBar control.
+#pragma once
+
+#include "ZuNativeControlWin32Gdi.h"
+#include "ZuNativeScrollBar.h"
+
+namespace zustd {
+
+class ScrollBarWin32Gdi : public Implementation<NativeScrollBar, INativeScrollBarImpl>,
+                          public NativeControlWin32Gdi {
+public:
+    // Outside of a surface the bar becomes a child of the host's window.
+    explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept;
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override { destroyWindow(); }
+    bool hasNativeObject() const override { return window() != nullptr; }
+
+    void setRange(std::int32_t minimum, std::int32_t maximum) override;
+    void setPageSize(std::int32_t size) override;
+    void setPosition(std::int32_t position) override;
+    std::int32_t getPosition() const override;
+    bool isTracking() const override { return tracking_; }
+    void setEnableArrows(bool towardsMinimum, bool towardsMaximum) override;
+    std::int32_t getThickness() const override;
+
+protected:
+    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+
+private:
+    Outcome initializeFromDescriptor();
+    void push(const SCROLLINFO& info);
+    SCROLLINFO read(UINT mask) const noexcept;
+    std::int32_t positionFor(int request) const;
+
+    bool tracking_ = false;
+};
+
+}  // namespace zustd

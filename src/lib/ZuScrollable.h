@@ -1,0 +1,98 @@
+// A view of a control that may be larger than the room for it.
+//
+// The content lies in a viewport that cuts it. Scroll bars, the system's own,
+// appear beside the viewport when the content does not fit and disappear when
+// it does. The content is as wide as the viewport, or wider where it cannot be
+// narrower, and as high as it wants to be for that width, but not lower than
+// the viewport.
+//
+// Wheel, arrows, Page Up, Page Down, Home and End scroll. A control inside that
+// gets the focus, or asks for it with kShouldScrollChildIntoView, is scrolled
+// into view. When the content says that it wants another size
+// (kChangePreferredWidth, kChangePreferredHeight), it is measured again.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ZuControl.h"
+
+namespace zustd {
+
+class NativeScrollBar;
+
+class ScrollView : public Control {
+public:
+    ScrollView();
+    ~ScrollView() override;
+    void initialize() override;
+
+    // Null before there is any.
+    const std::shared_ptr<Control>& contentControl() const noexcept { return content_; }
+    void setContent(const std::shared_ptr<Control>& content);
+    Control& viewport() const noexcept { return *viewport_; }
+    // Null as long as it has not been needed.
+    const std::shared_ptr<NativeScrollBar>& scrollBar(bool vertical) const noexcept {
+        return vertical ? verticalBar_ : horizontalBar_;
+    }
+
+    // What of the content lies at the viewport's left top corner.
+    Point scrollPosition() const noexcept { return position_; }
+    Point highestPosition() const noexcept;
+    // Scroll, as far as it goes; whether anything moved. A change sends
+    // kScrolled, and kScrolledHorizontally or kScrolledVertically, or both.
+    bool scrollTo(Point position);
+    bool scrollBy(std::int32_t horizontal, std::int32_t vertical);
+    // As little as brings an area of the content, or a control inside of it,
+    // into view; of what is too large the left top part.
+    bool scrollIntoView(const Rect& area);
+    bool scrollTo(const Control& inside);
+
+    // Those of the content.
+    Size preferredSize() override;
+    Size preferredSizeForWidth(std::int32_t width) override;
+    bool onMouse(const MouseEvent& event) override;
+    bool onKey(const KeyEvent& event) override;
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
+
+protected:
+    void drawSelf(GraphicsService& graphics) override;
+    void arrangeChildren() override;
+    void onJoinedSurface() override;
+    void onInputStateChanged() override { refresh(); }
+
+private:
+    bool isInside(const Control* control) const noexcept;
+    std::int32_t lineSize() const;
+    std::int32_t thicknessOf(std::shared_ptr<NativeScrollBar>& bar, bool vertical);
+    Size measureContent(Size room);
+    void placeBars(Size room, Size thickness);
+    void placeContent(Size size);
+    void showPosition();
+    bool scrollByWheel(const MouseEvent& event);
+    std::shared_ptr<Control> focusedInView() const;
+    bool isInView(const Rect& area) const noexcept;
+    Rect areaOf(const Control& inside) const noexcept;
+
+    std::shared_ptr<Control> viewport_;
+    std::shared_ptr<Control> content_;
+    std::shared_ptr<NativeScrollBar> horizontalBar_;
+    std::shared_ptr<NativeScrollBar> verticalBar_;
+    Point position_;
+    // What turns of the wheel have left over, in 120ths of a pixel.
+    std::int64_t wheelRest_ = 0;
+    bool showing_ = false;
+};
+
+// A scroll view of a T, which it makes.
+template <class T>
+class Scrollable : public ScrollView {
+public:
+    void initialize() override {
+        ScrollView::initialize();
+        setContent(makeControl<T>());
+    }
+    T& content() const noexcept { return static_cast<T&>(*contentControl()); }
+};
+
+}  // namespace zustd

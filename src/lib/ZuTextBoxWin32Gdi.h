@@ -1,0 +1,45 @@
+// The Windows half of a text box: an EDIT control.
+//
+// The portable text has line feeds alone where the control wants a pair of
+// carriage return and line feed; either way the conversion happens here.
+#pragma once
+
+#include <string>
+
+#include "ZuHandleWin32Gdi.h"
+#include "ZuNativeControlWin32Gdi.h"
+#include "ZuNativeTextBox.h"
+
+namespace zustd {
+
+class TextBoxWin32Gdi : public Implementation<NativeTextBox, INativeTextBoxImpl>,
+                        public NativeControlWin32Gdi {
+public:
+    // Outside of a surface the field becomes a child of the host's window.
+    explicit TextBoxWin32Gdi(HWND hostWindow) noexcept;
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override { destroyWindow(); }
+    bool hasNativeObject() const override { return window() != nullptr; }
+
+protected:
+    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+    bool usesKey(const KeyEvent& event) const override;
+
+private:
+    Outcome initializeFromDescriptor();
+    void setText(const std::wstring& text);
+    std::wstring getText() const;
+    void setWatermark();
+    bool colorField(const WindowMessage& message, LRESULT& result);
+
+    std::wstring watermark_;
+    std::size_t limit_ = 0;
+    // The control's own notifications while it is filled are no news.
+    bool filling_ = false;
+    BrushHandle background_;
+    Color backgroundColor_;
+};
+
+}  // namespace zustd

@@ -1,0 +1,345 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "ZuMarkupView.h"
+#include "ZuText.h"
+#include "support/FrameworkTest.h"
+#include "support/RecordingBackend.h"
+
+namespace zustd {
+namespace {
+
+using namespace test;
+
+const MessageKind kShowHelp(L"showHelp.MarkupTest");
+
+// The elements in short: text, then the font's flags and size where they are
+// not the usual, the message of a link, and "/" for a line break.
+std::wstring elementsOf(const MarkupView& view) {
+    std::wstring all;
+    const auto add = [&all](const std::wstring& text, const FontStyle& style) {
+        all += L"[" + text;
+        const std::wstring flags = std::wstring(style.bold ? L"b" : L"") +
+                                   (style.italic ? L"i" : L"") + (style.underline ? L"u" : L"") +
+                                   (style.size == 11 ? L"" : std::to_wstring(style.size));
+        all += flags.empty() ? L"" : L"|" + flags;
+    };
+    for (const std::shared_ptr<Control>& child : view.children()) {
+        if (const auto* link = dynamic_cast<const MarkupLink*>(child.get())) {
+            add(link->text(), link->markupStyle());
+            all += L"->" + link->message();
+        } else {
+            const auto& text = dynamic_cast<const MarkupText&>(*child);
+            add(text.text(), text.fontStyle());
+            all += text.breaksLineAfter() ? L"/" : L"";
+        }
+        all += L"]";
+    }
+    return all;
+}
+
+class MarkupTest : public ::testing::Test {
+protected:
+    MarkupTest() {
+        window_->setBoundary({0, 0, 399, 299});
+        window_->synchronizeTree();
+        window_->addChild(view_);
+        view_->connect(log_, false);
+    }
+
+    std::wstring parsed(const std::wstring& markup) {
+        view_->setMarkup(markup);
+        return elementsOf(*view_);
+    }
+    void mouse(MouseAction action, Point position) {
+        window_->inputRouter()->routeMouse({action, position, 0, 0});
+    }
+    void click(Point position) {
+        mouse(MouseAction::kLeftDown, position);
+        mouse(MouseAction::kLeftUp, position);
+    }
+    bool key(std::uint32_t code) { return window_->inputRouter()->routeKey({code, 0}); }
+    RecordingWindowService& native() {
+        return recordingOf<RecordingWindowService>(*window_->windowService());
+    }
+    Size size() const { return view_->boundary().size(); }
+    Rect place(std::size_t element) const { return view_->children()[element]->boundary(); }
+
+    std::shared_ptr<WindowService> host_ = makeRecordingWindowService();
+    std::shared_ptr<NativeWindow> window_ = host_->createNativeWindow();
+    std::shared_ptr<MarkupView> view_ = makeControl<MarkupView>();
+    std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
+};
+
+// --- The language ---
+
+TEST_F(MarkupTest, parse_runsAndTags_becomeElements) {
+    const struct {
+        const wchar_t* markup;
+        const wchar_t* elements;
+    } kRows[] = {
+        {L"", L""},
+        {L"one run-off", L"[one run-off]"},
+        {L"a<b>b<i>c</b>d</i>e", L"[a][b|b][c|bi][d|i][e]"},
+        {L"<u>a</u>b", L"[a|u][b]"},
+        {L"<font size=\"20\">a<b>b</font>c", L"[a|20][b|b20][c]"},
+        {L"<font size=\"8\" size='9' face=\"x\">a", L"[a|9]"},
+        {L"<b>a</font>b", L"[a|b][b]"},
+        {L"<br/>a<br/>", L"[ /][a][ /]"},
+        {L"<br />a<br>b<B>c</em>d", L"[a][b][c][d]"},
+        {L"<a leftclickmessage=\"m.C\">x<b>y</a>z", L"[xy|b->m.C][z|b]"},
+        {L"a</a>b<a leftclickmessage=\"m\"></a>c", L"[a][b][c]"},
+        {L"<a leftclickmessage=\"m\">x<a>y</a>z<a>lost", L"[y->][z]"},
+        {L"&lt;b&gt; &amp;amp; &quot;&apos; AT&T &nbsp;", L"[<b> &amp; \"' AT&T &nbsp;]"},
+        {L"a > b < c", L"[a > b ][< c]"},
+        {L"a<<<b>c<", L"[a][c][<]"},
+        {L"<>a</>b< b>c", L"[a][b][c]"},
+        {L"<control wordwrap=\"true\">a well-known  end<b>x y-</b>",
+         L"[a ][well-][known ][ ][end][x |b][y-|b]"},
+        {L"a b<control wordwrap=\"true\">c d<control wordwrap=\"yes\">e f", L"[a b][c ][d][e f]"},
+        {L"<control wordwrap=\"true\"><a>a link-text</a>", L"[a link-text->]"},
+        {L"<font size=\"99999999999\">a<font size=\"-5\">b<font size=\"x\">c",
+         L"[a|144][b|1][c|1]"},
+    };
+    for (const auto& row : kRows) {
+        view_->setMarkup(L"");
+        view_->setWordWrap(false);
+        EXPECT_EQ(parsed(row.markup), row.elements) << narrow(row.markup);
+    }
+}
+
+TEST_F(MarkupTest, control_attributes_setTheView) {
+    view_->setMarkup(
+        L"<control hmargin=\"3\" vmargin=\"4\" hspacing=\"5\" vspacing=\"6\" maxwidth=\"300\""
+        L" maxheight=\"200\" autosize=\"true\" wordwrap=\"true\" width=\"100\" other=\"1\">");
+    EXPECT_EQ(view_->horizontalMargin(), 3);
+    EXPECT_EQ(view_->verticalMargin(), 4);
+    EXPECT_EQ(view_->horizontalSpacing(), 5);
+    EXPECT_EQ(view_->verticalSpacing(), 6);
+    EXPECT_EQ(view_->maximumSize(), (Size{300, 200}));
+    EXPECT_TRUE(view_->isAutoSized());
+    EXPECT_TRUE(view_->wrapsWords());
+    // Auto-sized: the width stays, the height is that of the (empty) text.
+    EXPECT_EQ(size(), (Size{100, 8}));
+    view_->setMarkup(L"<control autosize=\"TRUE\" width=\"-7\" height=\"2147483647\">");
+    EXPECT_FALSE(view_->isAutoSized());
+    EXPECT_EQ(size(), (Size{6, 8}));
+    view_->setMarkup(L"<control autosize=\"true\" width=\"-7\">");
+    EXPECT_EQ(size().width, 1);
+}
+
+// --- Size and place ---
+
+TEST_F(MarkupTest, size_plain_isContentAndMargins) {
+    view_->setMarkup(L"<control hmargin=\"10\" vmargin=\"20\">ab<b>c</b><br/>d");
+    // Two of 7, one of 8, and the blank that ends the line.
+    EXPECT_EQ(size(), (Size{2 * 10 + 14 + 8 + 7, 2 * 20 + 2 * 16}));
+    EXPECT_EQ(place(0), (Rect{10, 20, 23, 35}));
+    EXPECT_EQ(place(1), (Rect{24, 20, 31, 35}));
+    EXPECT_EQ(place(3), (Rect{10, 36, 16, 51}));
+    view_->setMarkup(L"");
+    EXPECT_EQ(size(), (Size{20, 40}));
+    EXPECT_EQ(view_->preferredSize(), (Size{20, 40}));
+}
+
+TEST_F(MarkupTest, size_breakFirst_leavesAnEmptyLine) {
+    view_->setMarkup(L"<br/><font size=\"20\">ab");
+    EXPECT_EQ(size(), (Size{14, 16 + 25}));
+    EXPECT_EQ(place(1).top, 16);
+}
+
+TEST_F(MarkupTest, row_sizesMixed_standsOnOneLine) {
+    view_->setMarkup(L"a<font size=\"20\">b");
+    EXPECT_EQ(place(0), (Rect{0, 9, 6, 24}));
+    EXPECT_EQ(place(1), (Rect{7, 0, 13, 24}));
+}
+
+TEST_F(MarkupTest, wrap_givenWidth_breaksAndKeepsIt) {
+    view_->setMarkup(L"<control wordwrap=\"true\" width=\"50\">aaa bbb ccc-ddd");
+    // Words of 28, the last one of 21.
+    EXPECT_EQ(size(), (Size{49, 3 * 16}));
+    view_->setBoundary({0, 0, 59, 63});
+    EXPECT_EQ(place(1), (Rect{28, 0, 55, 15}));
+    EXPECT_EQ(view_->preferredSize(), (Size{56, 32}));
+    EXPECT_EQ(view_->preferredSizeForWidth(1000), (Size{28 + 28 + 28 + 21, 16}));
+    view_->setMaximumSize({60, 30});
+    EXPECT_EQ(view_->preferredSizeForWidth(1000), (Size{56, 30}));
+    // A text that does not wrap goes past the width.
+    view_->setMarkup(L"<control wordwrap=\"false\" maxwidth=\"0\" maxheight=\"0\">aaa bbb ccc");
+    EXPECT_EQ(size(), (Size{77, 16}));
+}
+
+// --- Services ---
+
+TEST_F(MarkupTest, services_missing_failTheirAssertions) {
+    const auto view = makeControl<MarkupView>(L"text");
+    EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"gs");
+    const auto graphics = makeService<GraphicsService>();
+    view->registerService(graphics, true, true);
+    EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"ws");
+    view->unregisterService(graphics);
+    // Nothing to show, nothing to measure.
+    view->setMarkup(L"<b>");
+    view->parseMarkup();
+    EXPECT_EQ(view->preferredSize(), (Size{0, 0}));
+    TraceCapture trace;
+    EXPECT_EQ(thrownText([&] { view->addLineBreak(); }), L"gs");
+    ASSERT_FALSE(trace.messages().empty());
+    EXPECT_NE(trace.bytes().find("src/lib/ZuMarkupView"), std::string::npos);
+}
+
+TEST_F(MarkupTest, markup_setBefore_isParsedOnTheSurface) {
+    const auto page = makeControl<Control>();
+    const auto view = makeControl<MarkupView>(L"a<b>b");
+    page->setArrangement(Arrangement::kRows);
+    page->addChild(view);
+    EXPECT_EQ(elementsOf(*view), L"");
+    window_->addChild(page);
+    EXPECT_EQ(elementsOf(*view), L"[a][b|b]");
+    EXPECT_EQ(view->boundary(), (Rect{0, 0, 14, 15}));
+}
+
+TEST_F(MarkupTest, fonts_oneState_areShared) {
+    view_->setMarkup(L"a<b>b</b>c<b>d");
+    EXPECT_EQ(&dynamic_cast<MarkupText&>(*view_->children()[0]).fontStyle(),
+              &dynamic_cast<MarkupText&>(*view_->children()[2]).fontStyle());
+    view_->font().setFaceName(L"Courier");
+    EXPECT_EQ(dynamic_cast<MarkupText&>(*view_->children()[1]).fontStyle().faceName, L"Courier");
+    EXPECT_EQ(elementsOf(*view_), L"[a][b|b][c][d|b]");
+}
+
+// --- Links ---
+
+TEST_F(MarkupTest, link_clicked_sendsItsMessageFromTheView) {
+    view_->setMarkup(L"text <a leftclickmessage=\"showHelp.MarkupTest\">help</a>");
+    click({40, 5});
+    ASSERT_FALSE(log_->entries.empty());
+    EXPECT_EQ(log_->entries.back().name, L"showHelp.MarkupTest");
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
+    EXPECT_EQ(log_->entries.back().b.number(), 0);
+    log_->take();
+    click({10, 5});
+    EXPECT_EQ(log_->take(), L"enterLeftClicking leaveLeftClicking leftClicked");
+}
+
+TEST_F(MarkupTest, link_withoutSafeMessage_sendsNothing) {
+    for (const wchar_t* name :
+         {L"", L"nobody.Knows", L"close.Control", L"timerTick.Timer",
+          L"shouldScrollChildIntoView.Control", L"propertyChanged.ChangeTracker"}) {
+        view_->setMarkup(std::wstring(L"<a leftclickmessage=\"") + name + L"\">link</a>");
+        dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
+        EXPECT_EQ(log_->take().find(L'.'), std::wstring::npos);
+        EXPECT_TRUE(log_->entries.empty());
+    }
+    view_->setMarkup(L"<a leftclickmessage=\"scrolled.Control\">link</a>");
+    log_->take();
+    dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
+    EXPECT_EQ(log_->take(), L"scrolled");
+}
+
+TEST_F(MarkupTest, link_hoverAndFocus_show) {
+    view_->setMarkup(L"text <a leftclickmessage=\"showHelp.MarkupTest\">help</a> <a>two</a>");
+    mouse(MouseAction::kMove, {40, 5});
+    EXPECT_EQ(native().cursor, MouseCursor::kHand);
+    mouse(MouseAction::kMove, {10, 5});
+    EXPECT_EQ(native().cursor, MouseCursor::kArrow);
+    EXPECT_TRUE(key(kKeyTab));
+    EXPECT_TRUE(view_->children()[1]->hasFocus());
+    auto& graphics = recordingOf<RecordingGraphics>(*window_->graphicsService());
+    view_->drawAsRoot(*window_->graphicsService());
+    const Journal& journal = graphics.journal;
+    EXPECT_NE(std::find(journal.begin(), journal.end(), L"focus 35,0,62,15"), journal.end());
+    log_->take();
+    EXPECT_TRUE(key(kKeyEnter));
+    EXPECT_EQ(log_->take(), L"showHelp");
+    EXPECT_TRUE(key(kKeyTab));
+    EXPECT_TRUE(view_->children()[3]->hasFocus());
+}
+
+// A receiver that changes the view in the middle of a click.
+TEST_F(MarkupTest, link_receiverReplacesMarkup_isSafe) {
+    view_->setMarkup(L"<a leftclickmessage=\"showHelp.MarkupTest\">help</a>");
+    const auto listener = std::make_shared<Listener>();
+    view_->connect(listener, false);
+    listener->next = [this] { view_->setMarkup(L"new"); };
+    dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
+    EXPECT_EQ(elementsOf(*view_), L"[new]");
+}
+
+// --- Whatever comes ---
+
+TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
+    const auto repeated = [](const wchar_t* part, std::size_t count) {
+        std::wstring all;
+        while (count-- > 0) {
+            all += part;
+        }
+        return all;
+    };
+    const struct {
+        std::wstring markup;
+        std::size_t elements;
+    } kRows[] = {
+        {repeated(L"<", 1'000'000), 1},
+        {repeated(L"<", 1'000'000) + L">", 0},
+        {repeated(L"<a><b><i>", 100'000) + L"x", 0},
+        {repeated(L"<b ", 300'000) + L"=\"" + repeated(L"= ", 100'000), 1},
+        {L"<control " + repeated(L"width=\"9\" ", 20'000) + L"x=\">y", 1},
+        {repeated(L"&", 1'000'000), 1},
+        {L"<control wordwrap=\"true\">" + repeated(L"- ", 400'000), MarkupView::kMaxElements},
+        {repeated(L"<br/>", 300'000), MarkupView::kMaxElements},
+    };
+    const auto start = std::chrono::steady_clock::now();
+    for (const auto& row : kRows) {
+        view_->setMarkup(row.markup);
+        EXPECT_EQ(view_->children().size(), row.elements) << narrow(row.markup.substr(0, 40));
+    }
+    // What is not linear takes minutes.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+TEST_F(MarkupTest, random_tagSoup_neverThrows) {
+    static const wchar_t* const kParts[] = {L"<",
+                                            L">",
+                                            L"\"",
+                                            L"=",
+                                            L" ",
+                                            L"a",
+                                            L"<a ",
+                                            L"</a>",
+                                            L"<b>",
+                                            L"<font ",
+                                            L"size",
+                                            L"</font>",
+                                            L"<br/>",
+                                            L"&lt;",
+                                            L"&",
+                                            L"-",
+                                            L"<control ",
+                                            L"width",
+                                            L"wordwrap=\"true\"",
+                                            L"\n",
+                                            L"hmargin=\"-2147483648\"",
+                                            L"maxwidth=\"2147483647\"",
+                                            L"vspacing=\"-9999999999\"",
+                                            L"'",
+                                            L"/",
+                                            L"\xD800"};
+    for (std::uint64_t seed = 0; seed < 300; ++seed) {
+        Random random(seed);
+        std::wstring markup;
+        for (std::size_t count = random.below(60); count > 0; --count) {
+            markup += random.pick(kParts);
+        }
+        SCOPED_TRACE(random.label());
+        EXPECT_EQ(thrownText([&] { view_->setMarkup(markup); }), L"nothing");
+        view_->setBoundary(Rect::at({0, 0}, {static_cast<std::int32_t>(random.below(200)), 5}));
+        view_->drawAsRoot(*window_->graphicsService());
+        recordingOf<RecordingGraphics>(*window_->graphicsService()).journal.clear();
+    }
+}
+
+}  // namespace
+}  // namespace zustd

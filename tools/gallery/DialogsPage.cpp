@@ -1,0 +1,116 @@
+#include "Pages.h"
+#include "ZuNativeButton.h"
+#include "ZuNativeDialog.h"
+#include "ZuNativePopupMenu.h"
+#include "ZuNativeTextBox.h"
+#include "ZuWindows.h"
+
+namespace zustd::gallery {
+
+namespace {
+
+constexpr std::uint64_t kImageFolder = 120;
+
+void fill(NativePopupMenu& menu) {
+    menu.addItem(1, L"&Open\tEnter");
+    menu.addItem(2, L"&Disabled\tCtrl+D");
+    menu.addItem(3, L"&Checked");
+    menu.addSeparator();
+    menu.addItem(4, L"&More");
+    menu.addItem(5, L"Last");
+    menu.findItem(1)->bitmap = kImageFolder;
+    menu.findItem(2)->enabled = false;
+    menu.findItem(3)->checked = true;
+    PopupMenuItem below;
+    below.identifier = 6;
+    below.caption = L"Below";
+    menu.findItem(4)->items = {below};
+}
+
+// A dialog of a label, a field and two buttons.
+std::shared_ptr<NativeDialog> makeDialog(WindowService& windows) {
+    auto dialog = windows.createNativeDialog();
+    dialog->setCaption(literal(L"A dialog"));
+    PageBuilder builder(windows, *dialog);
+    builder.section(L"Save under another name");
+    builder.add(windows.createNativeTextBox(), {240, 24})->setText(L"Name");
+    builder.section(L"");
+    const auto ok = builder.add(windows.createNativeButton());
+    ok->setCaption(numbered(kStringOk));
+    const auto cancel = builder.add(windows.createNativeButton());
+    cancel->setCaption(numbered(kStringCancel));
+    // The dialog holds the buttons, which hold the handlers.
+    NativeDialog* shown = dialog.get();
+    builder.on(*ok, NativeButton::kLeftClicked, [shown](MessageWord) { shown->hide(kAnswerOk); });
+    builder.on(*cancel, NativeButton::kLeftClicked,
+               [shown](MessageWord) { shown->hide(kAnswerCancel); });
+    dialog->setDefaultButton(ok);
+    dialog->setSize(dialog->preferredSize());
+    dialog->arrange();
+    return dialog;
+}
+
+void addMessages(PageBuilder& builder) {
+    struct Message {
+        const wchar_t* name;
+        const wchar_t* caption;
+        std::uint32_t style;
+        const wchar_t* text;
+    };
+    static constexpr Message kMessages[] = {
+        {L"message-ok", L"Information", kMessageOk | kMessageIconInformation,
+         L"Everything has been done."},
+        {L"message-warning", L"Warning", kMessageOkCancel | kMessageIconWarning,
+         L"The folder is almost full.\n\nDo you want to go on?"},
+        {L"message-error", L"Error", kMessageOk | kMessageIconError,
+         L"Could not open this item. Perhaps it was moved to another folder, or somebody else has "
+         L"deleted it since this list was made. Look for it in the folder of deleted items."},
+        {L"message-question", L"Yes or no", kMessageYesNo | kMessageIconQuestion,
+         L"Do you want to delete the rule \u201CInvoices\u201D?"},
+        {L"message-three", L"Three answers",
+         kMessageYesNoCancel | kMessageIconQuestion | kMessageDefaultSecond,
+         L"Do you want to save the changes?"},
+    };
+    for (const Message& message : kMessages) {
+        WindowService& windows = builder.windows();
+        builder.scene(message.caption, {message.name,
+                                        [&windows, &message] {
+                                            windows.showMessage(
+                                                message.text, message.caption, message.style,
+                                                std::wstring(L"gallery.") + message.name);
+                                        },
+                                        [&windows] { windows.closeMessage(kAnswerCancel); }});
+    }
+}
+
+}  // namespace
+
+void buildDialogs(PageBuilder& builder) {
+    WindowService& windows = builder.windows();
+    builder.section(L"Popup menus");
+    builder.scene(L"Menu", {L"menu",
+                            [&windows] {
+                                const auto menu = windows.createNativePopupMenu();
+                                fill(*menu);
+                                const Point place = windows.getClientPosition();
+                                menu->show(place.movedBy({200, 120}));
+                            },
+                            [] { EndMenu(); }});
+    builder.section(L"Dialogs");
+    const auto open = std::make_shared<std::weak_ptr<NativeDialog>>();
+    builder.scene(L"Dialog", {L"dialog",
+                              [&windows, open] {
+                                  const auto dialog = makeDialog(windows);
+                                  *open = dialog;
+                                  dialog->show(true);
+                              },
+                              [open] {
+                                  if (const auto dialog = open->lock()) {
+                                      dialog->hide(kAnswerCancel);
+                                  }
+                              }});
+    builder.section(L"Message boxes");
+    addMessages(builder);
+}
+
+}  // namespace zustd::gallery

@@ -1,0 +1,111 @@
+#include "GalleryWindow.h"
+
+#include <functional>
+
+#include "ZuGraphicsService.h"
+
+namespace zustd::gallery {
+
+namespace {
+
+// In pixels at a scaling factor of 1; twice that fits a screen of 1280 by 1024.
+constexpr Size kWindowSize{620, 460};
+constexpr std::int32_t kBarWidth = 136;
+
+// A line of the list at the left.
+class Choice : public Control {
+public:
+    Choice(std::wstring text, std::function<void()> chosen)
+        : text_(std::move(text)), chosen_(std::move(chosen)) {
+        setCursor(MouseCursor::kHand);
+    }
+
+    Size preferredSize() override { return {scale(kBarWidth), scale(26)}; }
+
+protected:
+    void drawSelf(GraphicsService& graphics) override {
+        if (isHovered()) {
+            graphics.drawRectangle(area(), Color::rgb(0xD8, 0xE6, 0xF8));
+        }
+        if (const auto font = windowService()->getFont(FontStyle{})) {
+            graphics.drawText(text_, area().shrunkBy(scale(10), 0), *font,
+                              Color::rgb(0x20, 0x20, 0x20),
+                              {.vertical = TextAlignment::kCentre, .ellipsis = true});
+        }
+    }
+    void onInputStateChanged() override { refresh(); }
+    bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
+        if (&kind == &kLeftClicked) {
+            chosen_();
+            return true;
+        }
+        return Control::sendMessage(kind, a, b);
+    }
+
+private:
+    std::wstring text_;
+    std::function<void()> chosen_;
+};
+
+}  // namespace
+
+GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
+    : resources_(resources), window_(windows.createNativeWindow()) {
+    if (!window_) {
+        throw SystemException(L"There is no window to be had");
+    }
+    window_->setCaption(literal(L"Gallery"));
+    auto colors = std::make_shared<ColorsDescriptor>();
+    colors->setColor(ColorRole::kBackground, Color::rgb(0xF4, 0xF6, 0xFA));
+    window_->setColors(colors);
+    const auto scaled = [this](std::int32_t value) { return window_->scale(value); };
+    window_->setSize({scaled(kWindowSize.width), scaled(kWindowSize.height)});
+
+    const auto bar = makeControl<Control>();
+    bar->setArrangement(Arrangement::kColumns);
+    bar->setMargins(0, scaled(10));
+    window_->addChild(bar);
+    bar->setBoundary(Rect::at({}, {scaled(kBarWidth), scaled(kWindowSize.height)}));
+    addChoices(*bar);
+    bar->arrange();
+
+    content_ = makeControl<Control>();
+    window_->addChild(content_);
+    content_->setBoundary(Rect::at({scaled(kBarWidth), 0}, {scaled(kWindowSize.width - kBarWidth),
+                                                            scaled(kWindowSize.height)}));
+    window_->synchronizeTree();
+    showPage(pages().front());
+}
+
+void GalleryWindow::addChoices(Control& bar) {
+    for (const Page& page : pages()) {
+        bar.addChild(makeControl<Choice>(page.title, [this, &page] { showPage(page); }));
+    }
+    for (const Language& language : kLanguages) {
+        bar.addChild(
+            makeControl<Choice>(language.locale, [this, &language] { chooseLanguage(language); }));
+    }
+}
+
+// A page that cannot be built says so in its place.
+void GalleryWindow::showPage(const Page& page) {
+    content_->removeAllChildren();
+    shown_ = &page;
+    page_ = makeControl<Control>();
+    content_->addChild(page_);
+    builder_ = std::make_unique<PageBuilder>(*window_->windowService(), *page_);
+    if (!guarded(L"GalleryWindow::showPage", [&] { page.build(*builder_); })) {
+        builder_->section(L"This page could not be built");
+    }
+    page_->setBoundary(content_->area());
+    page_->arrange();
+    window_->synchronizeTree();
+    window_->refresh();
+}
+
+void GalleryWindow::chooseLanguage(const Language& language) {
+    resources_.selectLocale(language.locale);
+    showPage(*shown_);
+}
+
+}  // namespace zustd::gallery

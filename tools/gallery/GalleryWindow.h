@@ -1,0 +1,45 @@
+// The gallery's window: a list of the pages, the languages, and the page shown.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Page.h"
+#include "ZuNativeWindow.h"
+#include "ZuResourceService.h"
+
+namespace zustd::gallery {
+
+struct Language {
+    // Of the screenshots' files, and of the choice in the window.
+    const wchar_t* name;
+    const wchar_t* locale;
+};
+
+inline constexpr Language kLanguages[] = {
+    {L"en", L"en-us"}, {L"de", L"de-de"}, {L"fr", L"fr-fr"}, {L"nl", L"nl-nl"}};
+
+class GalleryWindow {
+public:
+    // Makes the window and shows the first page. The services outlive it.
+    GalleryWindow(WindowService& windows, ResourceService& resources);
+
+    void showPage(const Page& page);
+    void chooseLanguage(const Language& language);
+    NativeWindow& window() const noexcept { return *window_; }
+    // Of the page shown.
+    const std::vector<Scene>& scenes() const noexcept { return builder_->scenes(); }
+
+private:
+    void addChoices(Control& bar);
+
+    ResourceService& resources_;
+    std::shared_ptr<NativeWindow> window_;
+    std::shared_ptr<Control> content_;
+    std::shared_ptr<Control> page_;
+    std::unique_ptr<PageBuilder> builder_;
+    const Page* shown_ = nullptr;
+};
+
+}  // namespace zustd::gallery
