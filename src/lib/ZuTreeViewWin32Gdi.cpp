@@ -86,7 +86,8 @@ void TreeViewWin32Gdi::fill() {
     }
 }
 
-// Behind its sibling by handle: TVI_LAST walks along all of them.
+// A handle to insert after is looked for among all items, so only a node in the
+// middle of others has one.
 HTREEITEM TreeViewWin32Gdi::insert(TreeNode node) {
     TreeModel& model = getAbstraction().model();
     const TreeNode parent = model.parent(node);
@@ -94,8 +95,13 @@ HTREEITEM TreeViewWin32Gdi::insert(TreeNode node) {
     TVINSERTSTRUCTW item{};
     item.hParent =
         parent != kNoNode ? reinterpret_cast<HTREEITEM>(model.nativeWord(parent)) : TVI_ROOT;
-    item.hInsertAfter =
-        previous != kNoNode ? reinterpret_cast<HTREEITEM>(model.nativeWord(previous)) : TVI_FIRST;
+    item.hInsertAfter = TVI_LAST;
+    if (const TreeNode next = model.nextSibling(node);
+        next != kNoNode && model.nativeWord(next) != 0) {
+        item.hInsertAfter = previous != kNoNode
+                                ? reinterpret_cast<HTREEITEM>(model.nativeWord(previous))
+                                : TVI_FIRST;
+    }
     item.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
     item.item.pszText = LPSTR_TEXTCALLBACKW;
     item.item.lParam = wordOf(node);
