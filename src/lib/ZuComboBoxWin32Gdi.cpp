@@ -63,15 +63,23 @@ void ComboBoxWin32Gdi::fill() {
     send(WM_SETREDRAW, TRUE);
 }
 
-// The height of a combo box follows from that of its field.
+// The height of a combo box follows from that of its field. What lies between
+// them is seen from a first try.
 void ComboBoxWin32Gdi::fitHeight() {
     constexpr WPARAM kField = static_cast<WPARAM>(-1);
-    RECT present{};
-    GetWindowRect(window(), &present);
-    const LRESULT missing = getAbstraction().boundary().height() - (present.bottom - present.top);
-    const LRESULT wanted = send(CB_GETITEMHEIGHT, kField) + missing;
-    if (missing != 0 && wanted > 0) {
-        send(CB_SETITEMHEIGHT, kField, wanted);
+    const auto missing = [this] {
+        RECT present{};
+        GetWindowRect(window(), &present);
+        return getAbstraction().boundary().height() - (present.bottom - present.top);
+    };
+    if (missing() == 0) {
+        return;
+    }
+    LRESULT height = std::max<LRESULT>(send(CB_GETITEMHEIGHT, kField) + missing(), 1);
+    send(CB_SETITEMHEIGHT, kField, height);
+    height += missing();
+    if (missing() != 0 && height > 0) {
+        send(CB_SETITEMHEIGHT, kField, height);
     }
 }
 

@@ -318,6 +318,15 @@ bool Control::setMaximumSize(Size size) { return change(maximumSize_, size); }
 
 bool Control::setBreaksLineAfter(bool breaks) { return change(breaksLineAfter_, breaks); }
 
+Size Control::withinLimits(Size size) const noexcept {
+    const auto within = [](std::int32_t extent, std::int32_t minimum, std::int32_t maximum) {
+        extent = std::max(extent, minimum);
+        return maximum > 0 ? std::min(extent, maximum) : extent;
+    };
+    return {within(size.width, minimumSize_.width, maximumSize_.width),
+            within(size.height, minimumSize_.height, maximumSize_.height)};
+}
+
 Size Control::preferredSize() {
     return arrangement_ == Arrangement::kManual ? boundary_.size() : sizeWithin(maximumSize_);
 }
@@ -336,8 +345,8 @@ Size Control::sizeWithin(Size maximum) {
                     roomFor(maximum.height, verticalMargin_)};
     const auto measure = arrangement_ == Arrangement::kRows ? measureRows : measureColumns;
     const Size content = measure(*this, Rect::at({0, 0}, room), children_, optionsOf(*this));
-    return {withMargins(content.width, horizontalMargin_),
-            withMargins(content.height, verticalMargin_)};
+    return withinLimits({withMargins(content.width, horizontalMargin_),
+                         withMargins(content.height, verticalMargin_)});
 }
 
 void Control::arrange() {

@@ -206,8 +206,11 @@ public:
     bool breaksLineAfter() const noexcept { return breaksLineAfter_; }
     bool setBreaksLineAfter(bool breaks);
 
+    // The size with its minimum and, where there is one, its maximum kept to.
+    Size withinLimits(Size size) const noexcept;
     // The size that the control would like to have; the base answers with its
-    // present one, or with what its arrangement needs, margins included.
+    // present one, or with what its arrangement needs, margins included, within
+    // the limits.
     virtual Size preferredSize();
     // The same for a width that is given: what wraps keeps to it where it can
     // and says how high it gets then. The others answer as above.

@@ -130,8 +130,8 @@ void DrawnText::drawBackground(GraphicsService& graphics) const {
 bool DrawnText::changeFormat(const TextFormat& format) { return change(format_, format); }
 
 Size DrawnText::withMargins(Size size) const noexcept {
-    return {saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
-            saturate(size.height + 2 * std::int64_t{verticalMargin()})};
+    return withinLimits({saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
+                         saturate(size.height + 2 * std::int64_t{verticalMargin()})});
 }
 
 }  // namespace zustd

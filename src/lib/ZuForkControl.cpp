@@ -124,8 +124,8 @@ void ForkControl::drawArrow(GraphicsService& graphics) const {
 
 Size ForkControl::withBody(Size body) const {
     const std::int32_t caption = saturatedSum(indent(), textSize(0).width);
-    return {std::max(caption, saturatedSum(indent(), body.width)),
-            saturatedSum(headerHeight(), body.height)};
+    return withinLimits({std::max(caption, saturatedSum(indent(), body.width)),
+                         saturatedSum(headerHeight(), body.height)});
 }
 
 void ForkControl::takeHeight() {

@@ -60,8 +60,8 @@ bool Icon::setOpacity(double opacity) {
 
 Size Icon::preferredSize() {
     const Size size = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
-    return {saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
-            saturate(size.height + 2 * std::int64_t{verticalMargin()})};
+    return withinLimits({saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
+                         saturate(size.height + 2 * std::int64_t{verticalMargin()})});
 }
 
 void Icon::drawSelf(GraphicsService& graphics) {

@@ -69,11 +69,6 @@ std::int32_t withMargins(std::int32_t extent, std::int32_t margin) noexcept {
     return saturate(extent + 2 * std::int64_t{margin});
 }
 
-std::int32_t bounded(std::int32_t extent, std::int32_t minimum, std::int32_t maximum) noexcept {
-    extent = std::max(extent, minimum);
-    return maximum > 0 ? std::min(extent, maximum) : extent;
-}
-
 }  // namespace
 
 // --- Elements -------------------------------------------------------------------------------
@@ -443,11 +438,8 @@ Rect MarkupView::areaWithin(std::int32_t width) const {
 
 Size MarkupView::sizeWithin(const Rect& area) {
     const Size content = measureRows(*this, area, children(), layoutOptions());
-    const Size smallest = minimumSize();
-    const Size largest = maximumSize();
-    return {
-        bounded(withMargins(content.width, horizontalMargin()), smallest.width, largest.width),
-        bounded(withMargins(content.height, verticalMargin()), smallest.height, largest.height)};
+    return withinLimits({withMargins(content.width, horizontalMargin()),
+                         withMargins(content.height, verticalMargin())});
 }
 
 void MarkupView::takeSize() {

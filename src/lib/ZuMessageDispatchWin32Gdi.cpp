@@ -1,19 +1,66 @@
 #include "ZuMessageDispatchWin32Gdi.h"
 
-#include <commctrl.h>
+#include <unordered_map>
 
 #include "ZuPlankton.h"
 
 namespace zustd {
 
+LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept;
+
 namespace {
 
-// Tells our watchers from those of others on the same window.
-constexpr UINT_PTR kControlWatcher = 1;
-constexpr UINT_PTR kParentWatcher = 2;
+struct Watch {
+    // The window's procedure before it was watched.
+    WNDPROC former;
+    // Null for one that is watched for the sake of its children only.
+    const WindowAttachment* attachment;
+};
 
-// Where a control's window keeps its attachment for its parent's watcher.
-constexpr wchar_t kAttachmentProperty[] = L"ZuWindowAttachment";
+// Those of this thread, until they end.
+std::unordered_map<HWND, Watch>& watches() {
+    static thread_local std::unordered_map<HWND, Watch> windows;
+    return windows;
+}
+
+const Watch* watchOf(HWND window) noexcept {
+    const auto found = watches().find(window);
+    return found != watches().end() ? &found->second : nullptr;
+}
+
+const WindowAttachment* attachmentOf(HWND window) noexcept {
+    const Watch* watch = window != nullptr ? watchOf(window) : nullptr;
+    return watch != nullptr ? watch->attachment : nullptr;
+}
+
+// The same window again changes nothing.
+bool startWatching(HWND window) {
+    if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) {
+        return false;
+    }
+    const auto [entry, isNew] = watches().try_emplace(window, Watch{nullptr, nullptr});
+    if (isNew) {
+        entry->second.former = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&watchWindow)));
+        if (entry->second.former == nullptr) {
+            watches().erase(entry);
+            return false;
+        }
+    }
+    return true;
+}
+
+// Called by the window's last message. Whoever came between us and the window
+// later still calls us; the window's own procedure then answers.
+WNDPROC stopWatching(HWND window) noexcept {
+    const auto entry = watches().find(window);
+    const WNDPROC former = entry->second.former;
+    if (GetWindowLongPtrW(window, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(&watchWindow)) {
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(former));
+    }
+    watches().erase(entry);
+    return former;
+}
 
 // The child that a message to its parent is about; null when it is not such a
 // message.
@@ -39,61 +86,54 @@ HWND senderOf(UINT id, LPARAM extra) noexcept {
 
 }  // namespace
 
-LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra, UINT_PTR,
-                             DWORD_PTR attachment) noexcept {
-    const auto& watcher = *reinterpret_cast<const WindowAttachment*>(attachment);
+LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept {
     LRESULT result = 0;
-    const bool handled = guarded(watcher.operation_, false, [&] {
-        return watcher.handler_->handleMultiWindowMessage({window, id, wide, extra}, result);
-    });
-    return handled ? result : DefSubclassProc(window, id, wide, extra);
-}
-
-namespace {
-
-LRESULT CALLBACK watchParent(HWND parent, UINT id, WPARAM wide, LPARAM extra, UINT_PTR,
-                             DWORD_PTR) noexcept {
-    const HWND sender = senderOf(id, extra);
-    // The pointer means something in its own thread only.
-    const HANDLE attachment =
-        sender != nullptr && GetWindowThreadProcessId(sender, nullptr) == GetCurrentThreadId()
-            ? GetPropW(sender, kAttachmentProperty)
-            : nullptr;
-    if (attachment != nullptr) {
-        return watchWindow(parent, id, wide, extra, kParentWatcher,
-                           reinterpret_cast<DWORD_PTR>(attachment));
+    const auto handledBy = [&](const WindowAttachment* attachment) {
+        return attachment != nullptr && guarded(attachment->operation_, false, [&] {
+                   return attachment->handler_->handleMultiWindowMessage({window, id, wide, extra},
+                                                                         result);
+               });
+    };
+    if (handledBy(attachmentOf(senderOf(id, extra))) || handledBy(attachmentOf(window))) {
+        return result;
     }
-    return DefSubclassProc(parent, id, wide, extra);
+    const Watch* watch = watchOf(window);
+    if (watch == nullptr) {
+        // It has ended meanwhile.
+        return DefWindowProcW(window, id, wide, extra);
+    }
+    const WNDPROC former = id == WM_NCDESTROY ? stopWatching(window) : watch->former;
+    return CallWindowProcW(former, window, id, wide, extra);
 }
-
-}  // namespace
 
 bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler,
                               const wchar_t* operation) {
     detach();
-    handler_ = &handler;
-    operation_ = operation;
-    if (!SetWindowSubclass(window, &watchWindow, kControlWatcher,
-                           reinterpret_cast<DWORD_PTR>(this))) {
+    if (!startWatching(window)) {
         return false;
     }
-    SetPropW(window, kAttachmentProperty, this);
+    handler_ = &handler;
+    operation_ = operation;
     window_ = window;
-    // The same watcher again changes nothing; it stays as long as its window.
+    watches()[window].attachment = this;
     const HWND parent = GetAncestor(window, GA_PARENT);
-    return parent == nullptr || SetWindowSubclass(parent, &watchParent, kParentWatcher, 0);
+    return parent == nullptr || startWatching(parent);
 }
 
 void WindowAttachment::detach() noexcept {
-    if (window_ != nullptr) {
-        RemoveWindowSubclass(window_, &watchWindow, kControlWatcher);
-        RemovePropW(window_, kAttachmentProperty);
-        window_ = nullptr;
+    if (window_ == nullptr) {
+        return;
     }
+    if (const auto watch = watches().find(window_); watch != watches().end()) {
+        watch->second.attachment = nullptr;
+    }
+    window_ = nullptr;
 }
 
 LRESULT answerByDefault(const WindowMessage& message) noexcept {
-    return DefSubclassProc(message.window, message.id, message.wide, message.extra);
+    const Watch* watch = watchOf(message.window);
+    return CallWindowProcW(watch != nullptr ? watch->former : &DefWindowProcW, message.window,
+                           message.id, message.wide, message.extra);
 }
 
 }  // namespace zustd

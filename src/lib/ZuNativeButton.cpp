@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ZuDrawnText.h"
 #include "ZuGraphicsService.h"
 #include "ZuWindowService.h"
 
@@ -15,18 +16,6 @@ constexpr Size kPushPadding{24, 10};
 constexpr Size kMarkPadding{20, 4};
 constexpr Size kSmallestPush{75, 23};
 constexpr std::int32_t kBitmapGap = 4;
-
-// "&" marks the access key and takes no room.
-std::wstring withoutAccessKey(const std::wstring& caption) {
-    std::wstring shown;
-    for (std::size_t i = 0; i < caption.size(); ++i) {
-        if (caption[i] == L'&' && i + 1 < caption.size()) {
-            ++i;
-        }
-        shown.push_back(caption[i]);
-    }
-    return shown;
-}
 
 }  // namespace
 
@@ -77,7 +66,7 @@ Size NativeButton::preferredSize() {
     Size content;
     if (caption_) {
         if (const auto font = window->getFont(font_)) {
-            content = graphics->measureTextSize(withoutAccessKey(caption_->text(*this)), *font);
+            content = graphics->measureTextSize(withoutAccessKeys(caption_->text(*this)), *font);
         }
     }
     if (bitmap_) {

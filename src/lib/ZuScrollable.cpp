@@ -92,10 +92,12 @@ bool ScrollView::scrollTo(const Control& inside) {
     return isInside(&inside) && scrollIntoView(areaOf(inside));
 }
 
-Size ScrollView::preferredSize() { return content_ ? content_->preferredSize() : Size(); }
+Size ScrollView::preferredSize() {
+    return withinLimits(content_ ? content_->preferredSize() : Size());
+}
 
 Size ScrollView::preferredSizeForWidth(std::int32_t width) {
-    return content_ ? content_->preferredSizeForWidth(width) : Size();
+    return withinLimits(content_ ? content_->preferredSizeForWidth(width) : Size());
 }
 
 // --- Input ----------------------------------------------------------------------------------

@@ -48,7 +48,7 @@ public:
     bool scrollIntoView(const Rect& area);
     bool scrollTo(const Control& inside);
 
-    // Those of the content.
+    // Those of the content, within the view's own limits.
     Size preferredSize() override;
     Size preferredSizeForWidth(std::int32_t width) override;
     bool onMouse(const MouseEvent& event) override;

@@ -13,6 +13,7 @@ namespace zustd {
 namespace {
 
 constexpr wchar_t kTimerName[] = L"ttTimer";
+// At a scaling factor of 1.
 constexpr std::int32_t kHorizontalMargin = 6;
 constexpr std::int32_t kVerticalMargin = 3;
 constexpr Color kPaper = Color::rgb(0xFF, 0xFF, 0xE1);
@@ -144,6 +145,11 @@ void Tooltip::drawSelf(GraphicsService& graphics) {
         graphics.drawText(text_, innerArea(), *font, colorOr(color(ColorRole::kText), kInk),
                           format);
     }
+}
+
+void Tooltip::onJoinedSurface() {
+    Control::onJoinedSurface();
+    setMargins(scale(kHorizontalMargin), scale(kVerticalMargin));
 }
 
 void startTooltip(Control& control, Point place) {

@@ -35,6 +35,8 @@ public:
 
 protected:
     void drawSelf(GraphicsService& graphics) override;
+    // The margins follow the scaling factor.
+    void onJoinedSurface() override;
 
 private:
     std::shared_ptr<FontDescriptor> font_;

@@ -17,6 +17,7 @@
 #include "ZuScrollBarWin32Gdi.h"
 #include "ZuTextBoxWin32Gdi.h"
 #include "ZuTimerWin32Gdi.h"
+#include "ZuTreeViewWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindowWin32Gdi.h"
 
@@ -73,7 +74,10 @@ std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uin
 
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() { return nullptr; }
 
-std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() { return nullptr; }
+std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
+    return madeControl<NativeTreeView, TreeViewWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeTreeView", window_);
+}
 
 std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
     return guarded(

@@ -20,9 +20,11 @@ REGEDIT4
 "Desktop"=hex(2):25,54,45,53,54,52,4f,4f,54,25,5c,44,65,73,6b,74,6f,70,00
 "Personal"=hex(2):25,54,45,53,54,52,4f,4f,54,25,5c,44,6f,63,75,6d,65,6e,74,73,00
 
-; Windows may draw their own frames: there is no window manager.
+; Windows draw their own frames and place themselves: there is no window
+; manager, and Wine would wait two seconds for it with every window.
 [HKEY_CURRENT_USER\Software\Wine\X11 Driver]
 "Decorated"="N"
+"Managed"="N"
 
 ; A window that is managed waits two seconds for a manager whenever it is hidden.
 [HKEY_CURRENT_USER\Software\Wine\AppDefaults\backend_tests.exe\X11 Driver]

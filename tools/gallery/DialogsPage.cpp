@@ -45,8 +45,8 @@ std::shared_ptr<NativeDialog> makeDialog(WindowService& windows) {
     builder.on(*cancel, NativeButton::kLeftClicked,
                [shown](MessageWord) { shown->hide(kAnswerCancel); });
     dialog->setDefaultButton(ok);
+    builder.finish();
     dialog->setSize(dialog->preferredSize());
-    dialog->arrange();
     return dialog;
 }
 
@@ -80,6 +80,9 @@ void addMessages(PageBuilder& builder) {
                                                 std::wstring(L"gallery.") + message.name);
                                         },
                                         [&windows] { windows.closeMessage(kAnswerCancel); }});
+        if (&message == &kMessages[2]) {
+            builder.breakLine();
+        }
     }
 }
 

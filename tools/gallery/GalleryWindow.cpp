@@ -98,7 +98,7 @@ void GalleryWindow::showPage(const Page& page) {
         builder_->section(L"This page could not be built");
     }
     page_->setBoundary(content_->area());
-    page_->arrange();
+    builder_->finish();
     window_->synchronizeTree();
     window_->refresh();
 }

@@ -64,15 +64,25 @@ PageBuilder::PageBuilder(WindowService& windows, Control& page) : windows_(windo
 }
 
 void PageBuilder::section(const std::wstring& heading) {
-    page_.addChild(makeControl<Text>(heading, true));
+    if (!heading.empty()) {
+        page_.addChild(makeControl<Text>(heading, true));
+    }
     row_ = makeControl<Control>();
     row_->setArrangement(Arrangement::kRows);
+    row_->setMeasuresChildren(false);
     row_->setSpacing(page_.scale(8), page_.scale(6));
     row_->setAlignment(Alignment::kStart, Alignment::kCentre);
     page_.addChild(row_);
 }
 
 void PageBuilder::breakLine() { row_->children().back()->setBreaksLineAfter(true); }
+
+void PageBuilder::finish() {
+    for (const std::shared_ptr<Control>& widget : measured_) {
+        widget->setSize(widget->preferredSize());
+    }
+    page_.arrange();
+}
 
 void PageBuilder::on(Control& control, const MessageKind& kind,
                      std::function<void(MessageWord)> handler) {
@@ -90,11 +100,10 @@ void PageBuilder::place(const std::shared_ptr<Control>& widget, Size size) {
     if (!widget) {
         throw SystemException(L"The window service has no such widget");
     }
-    if (!size.isEmpty()) {
-        const Size scaled{page_.scale(size.width), page_.scale(size.height)};
-        widget->setMinimumSize(scaled);
-        widget->setMaximumSize(scaled);
-        widget->setSize(scaled);
+    if (size.isEmpty()) {
+        measured_.push_back(widget);
+    } else {
+        widget->setSize({page_.scale(size.width), page_.scale(size.height)});
     }
     row_->addChild(widget);
 }

@@ -65,6 +65,9 @@ public:
     }
     // What follows begins below.
     void breakLine();
+    // Gives everything its size and its place within the page's size. To be
+    // called when all has been added and the page has its surface.
+    void finish();
     // Handles a message of a control; the second word is passed.
     void on(Control& control, const MessageKind& kind, std::function<void(MessageWord)> handler);
 
@@ -78,6 +81,8 @@ private:
     WindowService& windows_;
     Control& page_;
     std::shared_ptr<Control> row_;
+    // Those that get the size that they prefer.
+    Controls measured_;
     std::vector<Scene> scenes_;
 };
 

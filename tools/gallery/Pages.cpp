@@ -5,14 +5,17 @@
 namespace zustd::gallery {
 
 std::span<const Page> pages() noexcept {
-    static constexpr std::array<Page, 7> kPages = {{
+    static constexpr std::array<Page, 10> kPages = {{
         {L"buttons", L"Buttons", &buildButtons},
         {L"texts", L"Texts and lists", &buildTexts},
-        {L"ranges", L"Progress, scrolling", &buildRanges},
+        {L"ranges", L"Ranges", &buildRanges},
         {L"tree", L"Tree", &buildTree},
         {L"grid", L"Grid", &buildGrid},
         {L"dialogs", L"Menus, dialogs", &buildDialogs},
         {L"drawing", L"Drawing", &buildDrawing},
+        {L"widgets", L"Drawn widgets", &buildWidgets},
+        {L"layouts", L"Layouts", &buildLayouts},
+        {L"markup", L"Markup", &buildMarkup},
     }};
     return kPages;
 }

@@ -12,5 +12,8 @@ void buildTree(PageBuilder& builder);
 void buildGrid(PageBuilder& builder);
 void buildDialogs(PageBuilder& builder);
 void buildDrawing(PageBuilder& builder);
+void buildWidgets(PageBuilder& builder);
+void buildLayouts(PageBuilder& builder);
+void buildMarkup(PageBuilder& builder);
 
 }  // namespace zustd::gallery

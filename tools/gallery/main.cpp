@@ -74,6 +74,9 @@ private:
 };
 
 int run(const Options& options) {
+    // Failures that the toolkit catches are told on standard output.
+    static constexpr TraceSettings kTellFailures{kTraceToLog, nullptr, kTraceLevelReport};
+    traceSettings = &kTellFailures;
     const auto resources = registerResources();
     const auto application = registerApplication();
     WindowServiceWin32Gdi::setScalingFactor(options.scalingFactor);

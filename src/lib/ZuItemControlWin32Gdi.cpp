@@ -1,0 +1,209 @@
+#include "ZuItemControlWin32Gdi.h"
+
+#include <algorithm>
+#include <span>
+
+#include "ZuBitmapWin32Gdi.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr std::int32_t kCheckImageSize = 16;
+constexpr std::int32_t kCheckMargin = 1;
+constexpr std::uint32_t kOpaque = 0xFF000000;
+
+// A bitmap of 32 bits a pixel, top down, and its pixels; transparent at first.
+struct PixelBitmap {
+    explicit PixelBitmap(Size size) {
+        BITMAPINFO description{};
+        description.bmiHeader.biSize = sizeof(description.bmiHeader);
+        description.bmiHeader.biWidth = size.width;
+        description.bmiHeader.biHeight = -size.height;
+        description.bmiHeader.biPlanes = 1;
+        description.bmiHeader.biBitCount = 32;
+        void* bits = nullptr;
+        handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
+        if (!handle) {
+            throw SystemException(L"Could not create bitmap");
+        }
+        pixels = {static_cast<std::uint32_t*>(bits),
+                  static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height)};
+    }
+
+    BitmapHandle handle;
+    std::span<std::uint32_t> pixels;
+};
+
+// Image lists multiply colours with alpha when they draw; bitmaps have it done.
+std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
+    const std::uint32_t alpha = pixel >> 24;
+    if (alpha == 0 || alpha == 0xFF) {
+        return pixel;
+    }
+    std::uint32_t result = pixel & kOpaque;
+    for (unsigned shift = 0; shift < 24; shift += 8) {
+        const std::uint32_t channel = (pixel >> shift & 0xFF) * 0xFF / alpha;
+        result |= std::min<std::uint32_t>(channel, 0xFF) << shift;
+    }
+    return result;
+}
+
+// As much of the image as fits into a slot, from the left top corner.
+void copyPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source) {
+    DIBSECTION section{};
+    if (GetObjectW(source.handle(), sizeof(section), &section) != sizeof(section)) {
+        return;
+    }
+    GdiFlush();
+    const Size size = source.imageSize();
+    const auto* from = static_cast<const std::uint32_t*>(section.dsBm.bmBits);
+    const auto width = static_cast<std::size_t>(std::min(size.width, slot.width));
+    const auto height = static_cast<std::size_t>(std::min(size.height, slot.height));
+    for (std::size_t row = 0; row < height; ++row) {
+        const auto* begin = from + row * static_cast<std::size_t>(size.width);
+        std::transform(begin, begin + width,
+                       target.pixels.begin() +
+                           static_cast<std::ptrdiff_t>(row * static_cast<std::size_t>(slot.width)),
+                       &withoutPremultiplication);
+    }
+}
+
+ImageListHandle makeList(Size size, int room) {
+    ImageListHandle list(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1));
+    if (!list) {
+        throw SystemException(L"Could not create image list");
+    }
+    return list;
+}
+
+void append(const ImageListHandle& list, const PixelBitmap& image) {
+    // One without any alpha would be taken for an opaque one.
+    if (std::none_of(image.pixels.begin(), image.pixels.end(),
+                     [](std::uint32_t pixel) { return (pixel & kOpaque) != 0; })) {
+        image.pixels.front() = 0x01000000;
+    }
+    if (ImageList_Add(list.get(), image.handle.get(), nullptr) < 0) {
+        throw SystemException(L"Could not add image");
+    }
+}
+
+void drawCheckBox(const PixelBitmap& image, Size size, std::int32_t margin, UINT state) {
+    const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
+    const SelectedObject selected(context.get(), image.handle.get());
+    RECT box{margin, margin, size.width - margin, size.height - margin};
+    DrawFrameControl(context.get(), &box, DFC_BUTTON, DFCS_BUTTONCHECK | DFCS_FLAT | state);
+    GdiFlush();
+    for (std::int32_t y = box.top; y < box.bottom; ++y) {
+        for (std::int32_t x = box.left; x < box.right; ++x) {
+            image.pixels[static_cast<std::size_t>(y * size.width + x)] |= kOpaque;
+        }
+    }
+}
+
+COLORREF nativeColor(Color color, int systemColor) noexcept {
+    return color.isSet ? RGB(color.red, color.green, color.blue) : GetSysColor(systemColor);
+}
+
+}  // namespace
+
+void needCommonControls() {
+    static const bool done = [] {
+        INITCOMMONCONTROLSEX request{sizeof(request), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES};
+        return InitCommonControlsEx(&request) != FALSE;
+    }();
+    if (!done) {
+        throw SystemException(L"Could not initialize common controls");
+    }
+}
+
+ItemControlWin32Gdi::~ItemControlWin32Gdi() { releaseItems(); }
+
+ItemControlWin32Gdi::BulkMirroring::BulkMirroring(ItemControlWin32Gdi& control) noexcept
+    : control_(control), mirroring_(control) {
+    control_.send(WM_SETREDRAW, FALSE);
+}
+
+ItemControlWin32Gdi::BulkMirroring::~BulkMirroring() {
+    control_.send(WM_SETREDRAW, TRUE);
+    // Off and on again loses what was to be painted, and shows a hidden window.
+    if (!control_.control().isShown()) {
+        ShowWindow(control_.window(), SW_HIDE);
+    }
+    InvalidateRect(control_.window(), nullptr, TRUE);
+}
+
+std::optional<ItemControlWin32Gdi::Colors> ItemControlWin32Gdi::changedColors() {
+    const Colors wanted{
+        nativeColor(control().color(ColorRole::kText), COLOR_WINDOWTEXT),
+        nativeColor(control().color(ColorRole::kBackground), COLOR_WINDOW),
+    };
+    if (colors_ == wanted) {
+        return std::nullopt;
+    }
+    colors_ = wanted;
+    return wanted;
+}
+
+bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor, bool always) {
+    ImageRequest wanted;
+    if (descriptor != nullptr) {
+        wanted = {descriptor->identifiers(), descriptor->size(), control().scale(1.0)};
+    }
+    if (always || request_ != wanted) {
+        images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
+        request_ = std::move(wanted);
+        imagesPushed_ = false;
+    }
+    return !std::exchange(imagesPushed_, true);
+}
+
+ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& descriptor) const {
+    const Size size{std::max(control().scale(descriptor.size().width), 1),
+                    std::max(control().scale(descriptor.size().height), 1)};
+    const auto service = control().windowService();
+    ImageListHandle list = makeList(size, static_cast<int>(descriptor.identifiers().size()));
+    for (const std::uint64_t identifier : descriptor.identifiers()) {
+        const PixelBitmap image(size);
+        const auto bitmap =
+            service ? service->getBitmap(BitmapDescriptor(identifier, descriptor.size())) : nullptr;
+        if (bitmap && bitmapBackend(*bitmap).hasNativeObject()) {
+            copyPixels(image, size, bitmapBackend(*bitmap));
+        }
+        append(list, image);
+    }
+    return list;
+}
+
+HIMAGELIST ItemControlWin32Gdi::checkImages() {
+    if (!checkImages_) {
+        const std::int32_t extent = std::max(control().scale(kCheckImageSize), 1);
+        const Size size{extent, extent};
+        ImageListHandle list = makeList(size, 3);
+        // A state of 0 shows nothing; its image only takes the place.
+        append(list, PixelBitmap(size));
+        for (const UINT state : {0U, UINT{DFCS_CHECKED}}) {
+            const PixelBitmap image(size);
+            drawCheckBox(image, size, kCheckMargin, state);
+            append(list, image);
+        }
+        checkImages_ = std::move(list);
+    }
+    return checkImages_.get();
+}
+
+void ItemControlWin32Gdi::forgetPushed() noexcept {
+    colors_.reset();
+    imagesPushed_ = false;
+}
+
+void ItemControlWin32Gdi::releaseItems() noexcept {
+    destroyWindow();
+    forgetPushed();
+    request_.reset();
+    images_.reset();
+    checkImages_.reset();
+}
+
+}  // namespace zustd

@@ -1,0 +1,112 @@
+// What the backends of trees and grids have in common: native controls with
+// items that mirror a portable model.
+//
+// Everything that the backend itself changes in its window is done within a
+// Mirroring; the notifications that come meanwhile say nothing about the user
+// and are ignored. Images come in two lists, both owned here: the items' own,
+// made from a descriptor, and the two pictures of a check box, which the
+// control shows as an item's state.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "ZuHandleWin32Gdi.h"
+#include "ZuNativeControlWin32Gdi.h"
+#include "ZuWindows.h"
+
+// Needs windows.h before it.
+#include <commctrl.h>
+
+namespace zustd {
+
+using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>;
+
+// Registers the window classes of the common controls; quick when that is done.
+void needCommonControls();
+
+class ItemControlWin32Gdi : public NativeControlWin32Gdi {
+public:
+    ~ItemControlWin32Gdi() override;
+
+protected:
+    using NativeControlWin32Gdi::NativeControlWin32Gdi;
+
+    // While one lives, notifications come from the backend's own doing.
+    class Mirroring {
+    public:
+        explicit Mirroring(ItemControlWin32Gdi& control) noexcept : depth_(control.mirroring_) {
+            ++depth_;
+        }
+        Mirroring(const Mirroring&) = delete;
+        Mirroring& operator=(const Mirroring&) = delete;
+        ~Mirroring() { --depth_; }
+
+    private:
+        std::uint32_t& depth_;
+    };
+
+    // A Mirroring of many items, shown at its end.
+    class BulkMirroring {
+    public:
+        explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept;
+        ~BulkMirroring();
+
+    private:
+        ItemControlWin32Gdi& control_;
+        Mirroring mirroring_;
+    };
+
+    bool isMirroring() const noexcept { return mirroring_ != 0; }
+
+    // Text and background by colour roles, the system's where they are unset.
+    struct Colors {
+        COLORREF text;
+        COLORREF background;
+
+        friend bool operator==(const Colors&, const Colors&) = default;
+    };
+    // The colours that the window has not got yet; empty when it has them.
+    std::optional<Colors> changedColors();
+
+    // Makes the list anew when the descriptor says something else than last
+    // time, or when that is demanded; whether the window has to be given the
+    // list, which has lost the former one. Null stands for no images.
+    bool updateImages(const BitmapListDescriptor* descriptor, bool always = false);
+    HIMAGELIST images() const noexcept { return images_.get(); }
+    // The pictures of a check box: INDEXTOSTATEIMAGEMASK of these.
+    static constexpr UINT kUnchecked = 1;
+    static constexpr UINT kChecked = 2;
+    HIMAGELIST checkImages();
+
+    // What was pushed before says nothing about the window that is there now.
+    void forgetPushed() noexcept;
+    // Destroys the window first and then what it drew with.
+    void releaseItems() noexcept;
+
+private:
+    struct ImageRequest {
+        std::vector<std::uint64_t> identifiers;
+        Size size;
+        double scalingFactor = 1.0;
+
+        friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
+    };
+
+    ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
+
+    std::uint32_t mirroring_ = 0;
+    std::optional<Colors> colors_;
+    std::optional<ImageRequest> request_;
+    bool imagesPushed_ = false;
+    ImageListHandle images_;
+    ImageListHandle checkImages_;
+};
+
+// What an item control is told where an item has no image.
+constexpr int nativeImage(std::int32_t bitmap) noexcept {
+    return bitmap < 0 ? I_IMAGENONE : bitmap;
+}
+
+}  // namespace zustd

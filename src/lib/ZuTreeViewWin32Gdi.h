@@ -1,0 +1,70 @@
+// The Windows half of a tree view: a SysTreeView32 that mirrors the model.
+//
+// The window's items know only their nodes; captions are read from the model
+// when they are shown. Check boxes are pictures of an item's state that this
+// backend switches by itself. After changes that were not mirrored one by one
+// the window is filled anew as a whole, with the scroll position kept.
+//
+// The system cannot select what is below a collapsed node, nor keep it
+// selected when that collapses. So a selected node is revealed, and a node that
+// the program collapses takes the selection over from below it; the model
+// follows in both cases, without a message.
+#pragma once
+
+#include "ZuItemControlWin32Gdi.h"
+#include "ZuNativeTreeView.h"
+
+namespace zustd {
+
+class TreeViewWin32Gdi : public TreeViewImplementation, public ItemControlWin32Gdi {
+public:
+    // The window, which may be null, is the parent of a tree view outside of
+    // any surface.
+    explicit TreeViewWin32Gdi(HWND hostWindow) noexcept
+        : ItemControlWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage") {}
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return window() != nullptr; }
+    // Without native object, or with redrawing off, when there is one again.
+    void ensureNodeVisible(TreeNode node) override;
+    // Of the node's caption, as far as it can be seen.
+    Rect getNodeBoundary(TreeNode node) const override;
+
+protected:
+    void mirrorAdded(TreeNode node) override;
+    void mirrorRemoving(TreeNode node) override;
+    void mirrorCleared() override;
+    void mirrorNode(TreeNode node) override;
+    void mirrorExpanded(TreeNode node) override;
+    void mirrorAllExpanded(TreeNode top) override;
+    void mirrorSelection() override;
+
+    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+
+private:
+    void synchronize();
+    void pushLook();
+    void fill();
+    HTREEITEM insert(TreeNode node);
+    void select(TreeNode node);
+    void expand(TreeNode node);
+    void reveal(TreeNode node);
+    void scrollTo(TreeNode node);
+    HTREEITEM itemOf(TreeNode node) const;
+    TreeNode nodeOf(LPARAM word) const;
+    TreeNode nodeAt(LPARAM point, UINT parts) const;
+    UINT stateOf(TreeNode node) const;
+    bool toggle(TreeNode node);
+    bool acceptExpanding(const NMTREEVIEWW& change);
+
+    bool hasCheckBoxes_ = false;
+    // Whether the window has been filled at all.
+    bool filled_ = false;
+    TreeNode awaitsVisible_ = kNoNode;
+    // Where the right button went down last.
+    LPARAM rightPoint_ = 0;
+};
+
+}  // namespace zustd

@@ -1,0 +1,64 @@
+// What the toolkit's tests share: a surface of 200 by 100 pixels, a log of what
+// its controls say, and sinks made of functions.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "ZuResourceService.h"
+#include "support/FrameworkTest.h"
+#include "support/RecordingBackend.h"
+
+namespace zustd::test {
+
+class ToolkitTest : public ::testing::Test {
+protected:
+    ToolkitTest() {
+        window_->setBoundary({0, 0, 199, 99});
+        window_->synchronizeTree();
+    }
+    // A widget on the window, listened to.
+    template <class Widget>
+    std::shared_ptr<Widget> shown(std::shared_ptr<Widget> widget) {
+        window_->addChild(widget);
+        widget->connect(log_, false);
+        return widget;
+    }
+    RecordingWindowService& native() {
+        return recordingOf<RecordingWindowService>(*window_->windowService());
+    }
+
+    std::shared_ptr<WindowService> host_ = makeRecordingWindowService();
+    std::shared_ptr<NativeWindow> window_ = host_->createNativeWindow();
+    std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
+};
+
+// Takes every message by running a function.
+class FunctionSink : public MessageSink {
+public:
+    using Function = std::function<void(const MessageKind&, MessageWord, MessageWord)>;
+    explicit FunctionSink(Function function) : function_(std::move(function)) {}
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
+        function_(kind, a, b);
+        return true;
+    }
+
+private:
+    Function function_;
+};
+
+// Has the texts "text 9001" and so on, but none for "No".
+class NumberedTexts : public Service, public IResourceService {
+public:
+    using Service::Service;
+    bool selectLocale(std::wstring_view) override { return false; }
+    std::wstring getNamespaceName() const override { return L"xx-xx"; }
+    const FileResource* getFileResource(std::uint64_t) const override { return nullptr; }
+    std::shared_ptr<const StringTable> getStringTable() const override { return nullptr; }
+    std::wstring getString(std::uint64_t key) const override {
+        return key == kStringNo ? std::wstring() : L"text " + std::to_wstring(key);
+    }
+};
+
+}  // namespace zustd::test
