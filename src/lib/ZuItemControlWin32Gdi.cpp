@@ -108,16 +108,6 @@ COLORREF nativeColor(Color color, int systemColor) noexcept {
 
 }  // namespace
 
-void needCommonControls() {
-    static const bool done = [] {
-        INITCOMMONCONTROLSEX request{sizeof(request), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES};
-        return InitCommonControlsEx(&request) != FALSE;
-    }();
-    if (!done) {
-        throw SystemException(L"Could not initialize common controls");
-    }
-}
-
 ItemControlWin32Gdi::~ItemControlWin32Gdi() { releaseItems(); }
 
 ItemControlWin32Gdi::BulkMirroring::BulkMirroring(ItemControlWin32Gdi& control) noexcept

@@ -23,9 +23,6 @@ namespace zustd {
 
 using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>;
 
-// Registers the window classes of the common controls; quick when that is done.
-void needCommonControls();
-
 class ItemControlWin32Gdi : public NativeControlWin32Gdi {
 public:
     ~ItemControlWin32Gdi() override;

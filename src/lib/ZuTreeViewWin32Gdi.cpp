@@ -24,7 +24,7 @@ void TreeViewWin32Gdi::synchronizeWithAbstraction() {
 
 void TreeViewWin32Gdi::synchronize() {
     NativeTreeView& tree = getAbstraction();
-    needCommonControls();
+    initializeCommonControls();
     if (hasCheckBoxes_ != tree.hasCheckBoxes()) {
         destroyWindow();
         hasCheckBoxes_ = tree.hasCheckBoxes();

@@ -2,6 +2,7 @@
 #include "ZuComboBoxWin32Gdi.h"
 #include "ZuDialogWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
+#include "ZuGridViewWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeComboBox.h"
 #include "ZuNativeDialog.h"
@@ -72,7 +73,10 @@ std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uin
                    });
 }
 
-std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() { return nullptr; }
+std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() {
+    return madeControl<NativeGridView, GridViewWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativeGridView", window_);
+}
 
 std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
     return madeControl<NativeTreeView, TreeViewWin32Gdi>(

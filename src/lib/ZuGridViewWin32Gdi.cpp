@@ -1,0 +1,519 @@
+#include "ZuGridViewWin32Gdi.h"
+
+#include <windowsx.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "ZuFontWin32Gdi.h"
+#include "ZuWindowService.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
+                         LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS;
+constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP;
+// Left and right of a text, at a scaling factor of 1.
+constexpr std::int32_t kCellPadding = 12;
+constexpr std::int32_t kCheckBoxSpace = 20;
+constexpr int kAllRows = -1;
+
+DWORD styleOf(const NativeGridView& grid) noexcept {
+    return kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
+           (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
+}
+
+int formatOf(Alignment alignment) noexcept {
+    switch (alignment) {
+        case Alignment::kEnd:
+            return LVCFMT_RIGHT;
+        case Alignment::kCentre:
+            return LVCFMT_CENTER;
+        default:
+            return LVCFMT_LEFT;
+    }
+}
+
+bool startsWith(const std::wstring& text, const std::wstring& start, bool whole) noexcept {
+    if (text.size() < start.size() || (whole && text.size() != start.size())) {
+        return false;
+    }
+    const int size = static_cast<int>(start.size());
+    return CompareStringOrdinal(text.c_str(), size, start.c_str(), size, TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+// --- State to window ------------------------------------------------------------------------
+
+void GridViewWin32Gdi::synchronizeWithAbstraction() {
+    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] { synchronize(); });
+}
+
+void GridViewWin32Gdi::synchronize() {
+    NativeGridView& grid = getAbstraction();
+    initializeCommonControls();
+    const Mirroring mirroring(*this);
+    const Outcome outcome =
+        synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
+    if (outcome == Outcome::kNoSurface) {
+        return;
+    }
+    if (outcome == Outcome::kMade) {
+        forgetPushed();
+        columns_.clear();
+        hasCheckBoxes_ = false;
+        filled_ = false;
+        send(LVM_SETUNICODEFORMAT, TRUE);
+        send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
+    }
+    pushLook();
+    if (!filled_ || isStale()) {
+        fill();
+    }
+    // Their widths depend on the rows.
+    pushColumns();
+}
+
+void GridViewWin32Gdi::pushLook() {
+    NativeGridView& grid = getAbstraction();
+    const auto fontOf = [&grid] {
+        return grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr;
+    };
+    synchronizeFont(fontOf());
+    if (const auto colors = changedColors()) {
+        send(LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(colors->text));
+        send(LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(colors->background));
+        send(LVM_SETBKCOLOR, 0, static_cast<LPARAM>(colors->background));
+        InvalidateRect(window(), nullptr, TRUE);
+    }
+    pushImages(false);
+    pushCheckBoxes();
+}
+
+void GridViewWin32Gdi::pushImages(bool always) {
+    const NativeGridView& grid = getAbstraction();
+    if (updateImages(grid.hasBitmaps() ? &grid.bitmaps() : nullptr, always)) {
+        send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images()));
+        InvalidateRect(window(), nullptr, TRUE);
+    }
+}
+
+void GridViewWin32Gdi::pushCheckBoxes() {
+    if (hasCheckBoxes_ != getAbstraction().hasCheckBoxes()) {
+        hasCheckBoxes_ = !hasCheckBoxes_;
+        send(LVM_SETIMAGELIST, LVSIL_STATE,
+             reinterpret_cast<LPARAM>(hasCheckBoxes_ ? checkImages() : nullptr));
+        send(LVM_SETCALLBACKMASK, hasCheckBoxes_ ? LVIS_STATEIMAGEMASK : 0U);
+        InvalidateRect(window(), nullptr, TRUE);
+    }
+}
+
+void GridViewWin32Gdi::fill() {
+    const BulkMirroring bulk(*this);
+    const GridModel& model = getAbstraction().model();
+    setRowCount();
+    if (ListView_GetSelectedCount(window()) != 0) {
+        setSelected(static_cast<std::size_t>(kAllRows), false);
+    }
+    if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
+        setSelected(getAbstraction().isMultiSelect() ? static_cast<std::size_t>(kAllRows) : 0,
+                    true);
+    } else {
+        // Ascending, so that the window appends to what it has.
+        for (const std::size_t row : model.selectedRows()) {
+            setSelected(row, true);
+        }
+    }
+    filled_ = true;
+    markFresh();
+}
+
+void GridViewWin32Gdi::setRowCount() {
+    send(LVM_SETITEMCOUNT, getAbstraction().model().rowCount(),
+         LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+}
+
+void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
+    LVITEMW item{};
+    item.state = selected ? LVIS_SELECTED : 0;
+    item.stateMask = LVIS_SELECTED;
+    send(LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
+}
+
+void GridViewWin32Gdi::releaseNativeObject() {
+    releaseItems();
+    filled_ = false;
+}
+
+// --- Columns --------------------------------------------------------------------------------
+
+void GridViewWin32Gdi::pushColumns() {
+    const std::vector<GridColumn>& wanted = getAbstraction().columns();
+    const double factor = getAbstraction().scale(1.0);
+    const bool isRescaled = std::exchange(scalingFactor_, factor) != factor;
+    while (columns_.size() > wanted.size()) {
+        send(LVM_DELETECOLUMN, columns_.size() - 1);
+        columns_.pop_back();
+    }
+    for (std::size_t column = 0; column < wanted.size(); ++column) {
+        const bool isNew = column >= columns_.size();
+        if (isNew || columns_[column] != wanted[column] || isRescaled) {
+            pushColumn(column, isNew);
+        }
+    }
+}
+
+void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
+    const GridColumn& wanted = getAbstraction().columns()[column];
+    std::wstring caption = wanted.caption;
+    LVCOLUMNW native{};
+    native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | (isNew ? LVCF_SUBITEM : 0U);
+    native.fmt = formatOf(wanted.alignment);
+    native.cx = widthOf(column);
+    native.pszText = caption.data();
+    native.iSubItem = static_cast<int>(column);
+    const LRESULT done =
+        send(isNew ? LVM_INSERTCOLUMNW : LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&native));
+    if (isNew ? done < 0 : done == FALSE) {
+        throw SystemException(L"Could not set column");
+    }
+    if (isNew) {
+        columns_.push_back(wanted);
+    } else {
+        columns_[column] = wanted;
+    }
+}
+
+void GridViewWin32Gdi::pushWidth(std::size_t column) {
+    send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
+}
+
+// In pixels of the screen. The window itself would measure only what it shows,
+// or ask for every text.
+std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
+    const NativeGridView& grid = getAbstraction();
+    const GridModel& model = grid.model();
+    const GridColumn& wanted = grid.columns()[column];
+    if (wanted.width > 0) {
+        return grid.scale(wanted.width);
+    }
+    const auto service = grid.windowService();
+    const auto font =
+        service ? service->getFont(grid.hasFont() ? grid.font().style() : FontStyle()) : nullptr;
+    if (!font) {
+        return grid.scale(kCellPadding);
+    }
+    FontWin32Gdi& backend = fontBackend(*font);
+    std::int32_t width = 0;
+    for (std::size_t row = 0; row < model.rowCount(); ++row) {
+        width = std::max(width, backend.textWidth(model.cell(row, column)));
+    }
+    if (column == 0) {
+        width += grid.hasBitmaps() ? grid.scale(grid.bitmaps().size().width) : 0;
+        width += grid.hasCheckBoxes() ? grid.scale(kCheckBoxSpace) : 0;
+    }
+    return std::max(width, backend.textWidth(wanted.caption)) + grid.scale(kCellPadding);
+}
+
+void GridViewWin32Gdi::resizeColumns() {
+    guarded(L"GridViewWin32Gdi::resizeColumns", [this] {
+        if (!filled_ || window() == nullptr) {
+            return;
+        }
+        const Mirroring mirroring(*this);
+        const std::size_t count = std::min(columns_.size(), getAbstraction().columns().size());
+        for (std::size_t column = 0; column < count; ++column) {
+            pushWidth(column);
+        }
+    });
+}
+
+void GridViewWin32Gdi::synchronizeBitmaps() {
+    guarded(L"GridViewWin32Gdi::synchronizeBitmaps", [this] {
+        if (window() != nullptr) {
+            const Mirroring mirroring(*this);
+            pushImages(true);
+        }
+    });
+}
+
+// --- Single changes -------------------------------------------------------------------------
+
+void GridViewWin32Gdi::mirrorAdded(std::size_t) {
+    guarded(L"GridViewWin32Gdi::mirrorAdded", [this] {
+        if (filled_) {
+            const Mirroring mirroring(*this);
+            setRowCount();
+        }
+    });
+}
+
+// The window moves the selection of the later rows along.
+void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
+    guarded(L"GridViewWin32Gdi::mirrorRemoved", [&] {
+        if (filled_) {
+            const Mirroring mirroring(*this);
+            send(LVM_DELETEITEM, row);
+        }
+    });
+}
+
+void GridViewWin32Gdi::mirrorCleared() {
+    guarded(L"GridViewWin32Gdi::mirrorCleared", [this] {
+        if (filled_) {
+            const Mirroring mirroring(*this);
+            setRowCount();
+        }
+    });
+}
+
+void GridViewWin32Gdi::mirrorRow(std::size_t row) {
+    guarded(L"GridViewWin32Gdi::mirrorRow", [&] {
+        if (filled_) {
+            send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
+        }
+    });
+}
+
+void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
+    guarded(L"GridViewWin32Gdi::mirrorSelected", [&] {
+        if (filled_) {
+            const Mirroring mirroring(*this);
+            setSelected(row, selected);
+        }
+    });
+}
+
+void GridViewWin32Gdi::mirrorAllSelected(bool selected) {
+    mirrorSelected(static_cast<std::size_t>(kAllRows), selected);
+}
+
+// --- What the window asks -------------------------------------------------------------------
+
+bool GridViewWin32Gdi::isRow(int index) const noexcept {
+    return index >= 0 && static_cast<std::size_t>(index) < getAbstraction().model().rowCount();
+}
+
+void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
+    const GridModel& model = getAbstraction().model();
+    if (!isRow(item.iItem)) {
+        return;
+    }
+    const auto row = static_cast<std::size_t>(item.iItem);
+    if ((item.mask & LVIF_TEXT) != 0) {
+        // Read only, and before anything else can change.
+        item.pszText =
+            const_cast<wchar_t*>(model.cell(row, static_cast<std::size_t>(item.iSubItem)).c_str());
+    }
+    if (item.iSubItem != 0) {
+        return;
+    }
+    if ((item.mask & LVIF_IMAGE) != 0) {
+        item.iImage = nativeImage(model.bitmap(row));
+    }
+    if ((item.mask & LVIF_STATE) != 0 && hasCheckBoxes_) {
+        item.state = (item.state & ~UINT{LVIS_STATEIMAGEMASK}) |
+                     INDEXTOSTATEIMAGEMASK(model.isChecked(row) ? kChecked : kUnchecked);
+    }
+}
+
+// What the user types is looked for in the first column, from the row that the
+// window names and around.
+LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
+    const GridModel& model = getAbstraction().model();
+    const UINT flags = request.lvfi.flags;
+    if ((flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || request.lvfi.psz == nullptr) {
+        return -1;
+    }
+    const std::wstring wanted = request.lvfi.psz;
+    const bool whole = (flags & LVFI_PARTIAL) == 0;
+    const std::size_t count = model.rowCount();
+    const std::size_t start = isRow(request.iStart) ? static_cast<std::size_t>(request.iStart) : 0;
+    const std::size_t steps = (flags & LVFI_WRAP) != 0 ? count : count - start;
+    for (std::size_t step = 0; step < steps; ++step) {
+        const std::size_t row = (start + step) % count;
+        if (startsWith(model.cell(row, 0), wanted, whole)) {
+            return static_cast<LRESULT>(row);
+        }
+    }
+    return -1;
+}
+
+void GridViewWin32Gdi::showTooltip(NMLVGETINFOTIPW& request) {
+    if (!isRow(request.iItem) || request.pszText == nullptr || request.cchTextMax <= 0) {
+        return;
+    }
+    const std::wstring text =
+        getAbstraction().acceptTooltipRequest(static_cast<std::size_t>(request.iItem));
+    // An empty one leaves the window's own, the whole of a text that is cut.
+    if (!text.empty()) {
+        const auto room = static_cast<std::size_t>(request.cchTextMax) - 1;
+        request.pszText[text.copy(request.pszText, room)] = L'\0';
+    }
+}
+
+// --- What the user does ---------------------------------------------------------------------
+
+bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+    if (message.id != WM_NOTIFY) {
+        return false;
+    }
+    auto* header = reinterpret_cast<NMHDR*>(message.extra);
+    switch (header->code) {
+        case LVN_GETDISPINFOW:
+            answerDisplay(reinterpret_cast<NMLVDISPINFOW*>(header)->item);
+            return true;
+        case LVN_ODFINDITEMW:
+            result = find(*reinterpret_cast<const NMLVFINDITEMW*>(header));
+            return true;
+        case LVN_GETINFOTIPW:
+            showTooltip(*reinterpret_cast<NMLVGETINFOTIPW*>(header));
+            return true;
+        case LVN_ITEMCHANGED: {
+            const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
+            acceptSelection(change.iItem, change.uOldState, change.uNewState);
+            return true;
+        }
+        case LVN_ODSTATECHANGED: {
+            const auto& change = *reinterpret_cast<const NMLVODSTATECHANGE*>(header);
+            if (!isMirroring() && isRow(change.iFrom) && change.iTo >= change.iFrom) {
+                getAbstraction().acceptSelected(static_cast<std::size_t>(change.iFrom),
+                                                static_cast<std::size_t>(change.iTo),
+                                                (change.uNewState & LVIS_SELECTED) != 0);
+            }
+            return true;
+        }
+        case NM_CLICK:
+        case NM_DBLCLK:
+        case NM_RCLICK: {
+            const int item = reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem;
+            const std::size_t row = isRow(item) ? static_cast<std::size_t>(item) : kNullSize;
+            // The button selected the row before.
+            getAbstraction().acceptSelectionDone();
+            if (header->code == NM_RCLICK) {
+                getAbstraction().acceptRightClick(row);
+            } else {
+                getAbstraction().acceptLeftClick(row);
+            }
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
+void GridViewWin32Gdi::acceptSelection(int row, UINT oldState, UINT newState) {
+    if (isMirroring() || ((oldState ^ newState) & LVIS_SELECTED) == 0) {
+        return;
+    }
+    const bool selected = (newState & LVIS_SELECTED) != 0;
+    if (row == kAllRows) {
+        getAbstraction().acceptSelected(0, kNullSize, selected);
+    } else if (isRow(row)) {
+        getAbstraction().acceptSelected(static_cast<std::size_t>(row),
+                                        static_cast<std::size_t>(row), selected);
+    }
+}
+
+// The user has given a column another width; true when there is nothing left
+// for the window to do.
+bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
+    if (isMirroring() || change.hdr.hwndFrom != ListView_GetHeader(window())) {
+        return false;
+    }
+    const auto column = static_cast<std::size_t>(change.iItem);
+    if (column >= columns_.size() || column >= getAbstraction().columns().size()) {
+        return false;
+    }
+    NativeGridView& grid = getAbstraction();
+    const auto accept = [&](std::int32_t width) {
+        grid.acceptColumnWidth(column, width);
+        columns_[column].width = grid.columns()[column].width;
+    };
+    switch (change.hdr.code) {
+        case HDN_ITEMCHANGEDA:
+        case HDN_ITEMCHANGEDW:
+            if (change.pitem != nullptr && (change.pitem->mask & HDI_WIDTH) != 0) {
+                // 0 would stand for what the content needs.
+                accept(std::max(
+                    static_cast<std::int32_t>(std::lround(change.pitem->cxy / grid.scale(1.0))),
+                    1));
+            }
+            return false;
+        case HDN_DIVIDERDBLCLICKA:
+        case HDN_DIVIDERDBLCLICKW: {
+            const Mirroring mirroring(*this);
+            accept(0);
+            pushWidth(column);
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
+int GridViewWin32Gdi::rowAt(LPARAM point, UINT parts) const {
+    LVHITTESTINFO hit{};
+    hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
+    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    return (hit.flags & parts) != 0 ? row : -1;
+}
+
+bool GridViewWin32Gdi::toggle(int row) {
+    if (!hasCheckBoxes_ || !isRow(row)) {
+        return false;
+    }
+    NativeGridView& grid = getAbstraction();
+    const auto index = static_cast<std::size_t>(row);
+    grid.acceptChecked(index, !grid.model().isChecked(index));
+    // The receiver may have ended the window.
+    if (window() != nullptr) {
+        mirrorRow(index);
+    }
+    return true;
+}
+
+bool GridViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    switch (message.id) {
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+            if (const int row = rowAt(message.extra, LVHT_ONITEMSTATEICON);
+                hasCheckBoxes_ && isRow(row)) {
+                SetFocus(message.window);
+                return toggle(row);
+            }
+            break;
+        case WM_KEYDOWN:
+            // With Control it is the window's, which selects the row then.
+            if (message.wide == VK_SPACE && (heldModifiers() & kModifierControl) == 0 &&
+                toggle(static_cast<int>(
+                    send(LVM_GETNEXTITEM, static_cast<WPARAM>(kAllRows), LVNI_FOCUSED)))) {
+                return true;
+            }
+            break;
+        case WM_CHAR:
+            // The search for texts would get it.
+            if (message.wide == L' ' && hasCheckBoxes_) {
+                return true;
+            }
+            break;
+        case WM_NOTIFY:
+            if (acceptHeader(*reinterpret_cast<const NMHEADERW*>(message.extra))) {
+                return true;
+            }
+            break;
+        default:
+            break;
+    }
+    ++depth_;
+    result = answerByDefault(message);
+    if (--depth_ == 0 && !isMirroring()) {
+        getAbstraction().acceptSelectionDone();
+    }
+    return true;
+}
+
+}  // namespace zustd

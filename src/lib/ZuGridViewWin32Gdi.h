@@ -1,0 +1,73 @@
+// The Windows half of a grid: a SysListView32 in report mode that asks the
+// model for what it shows.
+//
+// The window knows the number of rows and which of them are selected, nothing
+// else; texts, images and check boxes are read from the model when they are
+// shown, so that filling costs the same for any number of rows. The user's
+// changes of the selection are collected until the message that caused them is
+// done with, and reported once.
+#pragma once
+
+#include <vector>
+
+#include "ZuItemControlWin32Gdi.h"
+#include "ZuNativeGridView.h"
+
+namespace zustd {
+
+class GridViewWin32Gdi : public GridViewImplementation, public ItemControlWin32Gdi {
+public:
+    // The window, which may be null, is the parent of a grid outside of any
+    // surface.
+    explicit GridViewWin32Gdi(HWND hostWindow) noexcept
+        : ItemControlWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
+
+    void synchronizeWithAbstraction() override;
+    void releaseNativeObject() override;
+    bool hasNativeObject() const override { return window() != nullptr; }
+    void resizeColumns() override;
+    void synchronizeBitmaps() override;
+
+protected:
+    void mirrorAdded(std::size_t row) override;
+    void mirrorRemoved(std::size_t row) override;
+    void mirrorCleared() override;
+    void mirrorRow(std::size_t row) override;
+    void mirrorSelected(std::size_t row, bool selected) override;
+    void mirrorAllSelected(bool selected) override;
+
+    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+
+private:
+    void synchronize();
+    void pushLook();
+    void pushImages(bool always);
+    void pushCheckBoxes();
+    void pushColumns();
+    void pushColumn(std::size_t column, bool isNew);
+    void pushWidth(std::size_t column);
+    void fill();
+    void setRowCount();
+    void setSelected(std::size_t row, bool selected);
+    std::int32_t widthOf(std::size_t column) const;
+    bool isRow(int index) const noexcept;
+    int rowAt(LPARAM point, UINT parts) const;
+    void answerDisplay(LVITEMW& item) const;
+    LRESULT find(const NMLVFINDITEMW& request) const;
+    void showTooltip(NMLVGETINFOTIPW& request);
+    void acceptSelection(int row, UINT oldState, UINT newState);
+    bool acceptHeader(const NMHEADERW& change);
+    bool toggle(int row);
+
+    // As the window has them.
+    std::vector<GridColumn> columns_;
+    double scalingFactor_ = 1.0;
+    bool hasCheckBoxes_ = false;
+    // Whether the window has been filled at all.
+    bool filled_ = false;
+    // Messages of the window that are being dealt with.
+    std::uint32_t depth_ = 0;
+};
+
+}  // namespace zustd
