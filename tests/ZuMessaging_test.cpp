@@ -165,18 +165,25 @@ TEST_F(MessagingTest, sinkThatThrows_isReportedAndStopsNobody) {
               (Lines{start + "std::exception: handler", start + "assertion exception: text"}));
 }
 
-TEST_F(MessagingTest, connectedNow_isReachedInTheSameRoundAndNobodyIsSkipped) {
+TEST_F(MessagingTest, connectedOrDestroyedNow_isReachedOrSkippedInTheSameRound) {
     const auto late = sink("late");
     const auto weakLate = sink("weak late");
     auto gone = connected("gone", true);
     connected("a", false, [&] { source_->connect(late, false); });
+    std::shared_ptr<Recorder> victim;
     const auto w = connected("w", true, [&] {
         gone.reset();
+        victim.reset();
         source_->connect(weakLate, true);
     });
+    victim = connected("victim", true);
     const auto x = connected("x", true);
     EXPECT_EQ(sent(), (Lines{"a", "late", "gone", "w", "x", "weak late"}));
-    EXPECT_EQ(sent(), (Lines{"a", "late", "w", "x", "weak late"}));
+    // A weak sink that lets go of itself lives until it has returned.
+    victim = connected("self", true, [&] { victim.reset(); });
+    source_->disconnect(w.get());
+    EXPECT_EQ(sent(), (Lines{"a", "late", "x", "weak late", "self"}));
+    EXPECT_EQ(sent(), (Lines{"a", "late", "x", "weak late"}));
 }
 
 TEST_F(MessagingTest, disconnectedNow_getsNothingMoreAndNobodyIsSkipped) {
@@ -184,45 +191,30 @@ TEST_F(MessagingTest, disconnectedNow_getsNothingMoreAndNobodyIsSkipped) {
     // and at last all of them.
     const Lines names = {"a", "b", "c", "wa", "wb", "wc"};
     for (std::size_t victim = 0; victim <= names.size(); ++victim) {
+        SCOPED_TRACE(victim);
         const bool all = victim == names.size();
         source_ = std::make_shared<MessageSource>();
-        std::vector<std::shared_ptr<Recorder>> weak;
+        std::vector<std::shared_ptr<Recorder>> weak(3);
         std::vector<Recorder*> sinks;
         bool ended = false;
         for (std::size_t i = 0; i < names.size(); ++i) {
-            auto made = connected(names[i], i >= 3, [&, i] {
-                if (i == 1) {
-                    const bool before = ended;
-                    all ? source_->disconnectAll() : source_->disconnect(sinks[victim]);
-                    EXPECT_EQ(ended, before) << "a sink lives until the round has ended";
-                }
-            });
-            sinks.push_back(made.get());
-            if (i >= 3) {
-                weak.push_back(std::move(made));
-            }
+            weak[i % 3] = connected(names[i], i >= 3);
+            sinks.push_back(weak[i % 3].get());
         }
+        sinks[1]->action = [&] {
+            const bool before = ended;
+            all ? source_->disconnectAll() : source_->disconnect(sinks[victim]);
+            EXPECT_EQ(ended, before) << "a sink lives until the round has ended";
+        };
         sinks[all ? 1 : victim]->atEnd = [&ended] { ended = true; };
-        Lines left = names;
-        left.erase(left.begin() + static_cast<std::ptrdiff_t>(all ? 0 : victim),
-                   all ? left.end() : left.begin() + static_cast<std::ptrdiff_t>(victim + 1));
-        EXPECT_EQ(sent(), all ? (Lines{"a", "b"}) : victim > 1 ? left : names) << victim;
-        EXPECT_EQ(ended, all || victim < 3) << victim;
-        EXPECT_EQ(sent(), left) << victim;
+        Lines left = all ? Lines() : names;
+        if (!all) {
+            left.erase(left.begin() + static_cast<std::ptrdiff_t>(victim));
+        }
+        EXPECT_EQ(sent(), all ? (Lines{"a", "b"}) : victim > 1 ? left : names);
+        EXPECT_EQ(ended, all || victim < 3);
+        EXPECT_EQ(sent(), left);
     }
-}
-
-TEST_F(MessagingTest, weakSinkDestroyedNow_isSkipped) {
-    std::shared_ptr<Recorder> victim;
-    const auto a = connected("a", true, [&] { victim.reset(); });
-    victim = connected("victim", true);
-    const auto b = connected("b", true);
-    EXPECT_EQ(sent(), (Lines{"a", "b"}));
-    // A weak sink that lets go of itself lives until it has returned.
-    victim = connected("self", true, [&] { victim.reset(); });
-    source_->disconnect(a.get());
-    EXPECT_EQ(sent(), (Lines{"b", "self"}));
-    EXPECT_EQ(sent(), Lines{"b"});
 }
 
 TEST_F(MessagingTest, sourceDestroyedNow_endsTheRoundAfterTheHandler) {
@@ -263,41 +255,40 @@ TEST_F(MessagingTest, nestedDelivery_isFinishedBeforeTheOuterGoesOn) {
 }
 
 TEST_F(MessagingTest, forwarder_sendsOnWhatItDoesNotHandleAndReportsEachStep) {
-    const auto forwarder = std::make_shared<Forwarder>();
+    auto forwarder = std::make_shared<Forwarder>();
     source_->connect(forwarder, false);
-    bool markedOutside = true;
-    forwarder->connect(sink("behind", [&] { markedOutside = forwarder->isForwarding(); }), false);
+    bool wasForwarding = false;
+    const auto behind = sink("behind", [&] { wasForwarding = forwarder->isForwarding(); });
+    forwarder->connect(behind, false);
     connected("beside");
-    EXPECT_EQ(sent(), (Lines{"behind", "beside"}));
-    EXPECT_TRUE(forwarder->wasForwarding && markedOutside);
-    EXPECT_FALSE(forwarder->isForwarding());
-    EXPECT_FALSE(forwarder->isDeliveryDeferred()) << "the mark and the deferral are two flags";
-    forwarder->action = [] { return true; };
-    EXPECT_EQ(sent(), Lines{"beside"});
+    const auto isSent = [&](bool isMarked, const Lines& expected) {
+        forwarder->wasForwarding = wasForwarding = false;
+        EXPECT_EQ(sent(), expected);
+        EXPECT_EQ(forwarder->wasForwarding, isMarked);
+        EXPECT_EQ(wasForwarding, expected.size() == 2);
+        EXPECT_FALSE(forwarder->isForwarding());
+    };
     const TraceCapture trace;
+    isSent(true, {"behind", "beside"});
+    forwarder->action = [] { return true; };
+    isSent(true, {"beside"});
     forwarder->action = []() -> bool { throw std::runtime_error("handler"); };
-    EXPECT_EQ(sent(), (Lines{"behind", "beside"}));
-    forwarder->action = [] { return false; };
+    isSent(true, {"behind", "beside"});
     forwarder->setDeliveryDeferred(true);
-    EXPECT_EQ(sent(), Lines{"beside"});
-    EXPECT_FALSE(forwarder->isForwarding());
+    isSent(true, {"beside"});
     const Lines lines = trace.messages();
     const std::string start = "MessageForwarder::receiveMessage: tried ";
-    ASSERT_EQ(lines.size(), 4U);
+    ASSERT_EQ(lines.size(), 5U);
     EXPECT_EQ(lines[0], start + "onReceiveMessage() and failed: catched std::exception: handler");
-    EXPECT_EQ(lines[3],
+    EXPECT_EQ(lines[4],
               start + "sendMessage() and failed: catched assertion exception: deferDelivery");
+    forwarder->setDeliveryDeferred(false);
     forwarder->setRestricted(true);
-    forwarder->wasForwarding = false;
-    EXPECT_EQ(sent(), Lines{"beside"});
-    EXPECT_FALSE(forwarder->wasForwarding);
-}
-
-TEST_F(MessagingTest, forwarderDestroyedNow_fromBehind_isAliveUntilItReturns) {
-    auto forwarder = std::make_shared<Forwarder>();
-    const std::weak_ptr<Forwarder> weak = forwarder;
-    forwarder->connect(sink("behind", [&] { source_->disconnectAll(); }), false);
-    source_->connect(std::exchange(forwarder, nullptr), false);
+    isSent(false, {"beside"});
+    // Let go of from behind, it is alive until it returns.
+    forwarder->setRestricted(false);
+    behind->action = [&] { source_->disconnectAll(); };
+    const std::weak_ptr<Forwarder> weak = std::exchange(forwarder, nullptr);
     EXPECT_EQ(sent(), Lines{"behind"});
     EXPECT_TRUE(weak.expired());
 }

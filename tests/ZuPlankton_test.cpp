@@ -1,10 +1,7 @@
 #include "ZuPlankton.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <io.h>
 
-#include <cstdio>
 #include <functional>
 #include <regex>
 #include <stdexcept>
@@ -13,14 +10,10 @@
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
-extern "C" void* __imp__localtime64_s;
-
 namespace zustd {
 namespace {
 
 using namespace test;
-
-int failToConvert(std::tm*, const std::time_t*) { return 22; }
 
 bool matches(const std::string& text, const char* pattern) {
     return std::regex_match(text, std::regex(pattern));
@@ -36,16 +29,6 @@ TEST(Trace, lineInALogFile_hasStampThreadAndUtf8Text) {
                      GetCurrentThreadId()) +
         "ZULOG: \xD0\x96\xF0\x9F\x98\x80 7\r\n";
     EXPECT_TRUE(matches(trace.bytes(), pattern.c_str())) << trace.bytes();
-}
-
-TEST(Trace, dateThatDoesNotConvert_becomesTheFirstDayOf1900) {
-    const TraceCapture trace;
-    {
-        const ReplacedImport broken(__imp__localtime64_s, reinterpret_cast<void*>(&failToConvert));
-        zustd::trace(kTraceLevelReport, L"dated");
-    }
-    EXPECT_TRUE(matches(trace.bytes(), "1900-01-01 \\d\\d:\\d\\d:\\d\\d:\\d{3} .*\r\n"))
-        << trace.bytes();
 }
 
 TEST(Trace, messageOf3000Characters_isCutTo2027) {
@@ -98,22 +81,14 @@ TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
 }
 
 TEST(Trace, noPath_writesStampedLinesToStandardOutput) {
-    const TempFolder folder;
-    const std::wstring path = folder.file(L"stdout.txt");
-    std::fflush(stdout);
-    const int kept = _dup(1);
-    const int file = _wopen(path.c_str(), _O_CREAT | _O_WRONLY | _O_BINARY, 0600);
-    _dup2(file, 1);
-    _close(file);
+    testing::internal::CaptureStdout();
     {
         const Tracing tracing(kTraceToLog, nullptr);
         trace(L"said %ls", L"\u0416");
     }
-    _dup2(kept, 1);
-    _close(kept);
-    EXPECT_TRUE(
-        matches(readBytes(path), "\\d{4}-[-0-9]+ [:0-9]+ \\[\\d+\\] ZULOG: said \xD0\x96\r?\n"))
-        << readBytes(path);
+    const std::string output = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(matches(output, "\\d{4}-[-0-9]+ [:0-9]+ \\[\\d+\\] ZULOG: said \xD0\x96\r?\n"))
+        << output;
 }
 
 TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
@@ -137,18 +112,16 @@ TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
 TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
     const TraceCapture trace;
     const auto require = [](const int* pointer) { ZU_ASSERT(pointer != nullptr); };
-    const std::string line = std::to_string(__LINE__ - 1);
+    const std::string place = "', in tests/ZuPlankton_test, line " + std::to_string(__LINE__ - 1);
     EXPECT_EQ(thrownText([&] { require(nullptr); }), L"pointer != nullptr");
     const int number = 0;
     require(&number);
     // A backend's first line has no quotes.
-    const wchar_t* backend = L"src/lib/ZuApplicationServiceWin32Gdi";
-    thrownText([&] { detail::failAssertion(L"preferences_", {backend, 61}); });
-    const std::string report = "'pointer != nullptr', in tests/ZuPlankton_test, line " + line;
-    const std::string place = ", in src/lib/ZuApplicationServiceWin32Gdi, line 61";
-    EXPECT_EQ(trace.messages(),
-              (Lines{"asserted: " + report, "throwing: " + report, "asserted: preferences_" + place,
-                     "throwing: 'preferences_'" + place}));
+    thrownText([] { detail::failAssertion(L"x_", {L"src/lib/ZuApplicationServiceWin32Gdi", 6}); });
+    const std::string backend = ", in src/lib/ZuApplicationServiceWin32Gdi, line 6";
+    EXPECT_EQ(trace.messages(), (Lines{"asserted: 'pointer != nullptr" + place,
+                                       "throwing: 'pointer != nullptr" + place,
+                                       "asserted: x_" + backend, "throwing: 'x_'" + backend}));
 }
 
 TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
@@ -172,19 +145,16 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
         const auto failInInt = [&fail = fail] { return fail(), 1; };
         const std::string line = "Class::operation: catched " + text;
         const std::uint32_t recorded = text.starts_with("std::bad_alloc") ? 2 : 0;
-        setCriticalError(kCriticalErrorNone);
         {
             const TraceCapture trace;
             EXPECT_EQ(guarded(L"Class::operation", -1, failInInt), -1);
-            EXPECT_FALSE(guarded(L"Class::operation", fail));
-            EXPECT_EQ(trace.messages(), (Lines{line, line}));
+            EXPECT_EQ(trace.messages(), Lines{line});
         }
-        EXPECT_EQ(criticalError(), recorded) << line;
         setCriticalError(kCriticalErrorNone);
         EXPECT_FALSE(guarded(L"Class::operation", fail));
-        EXPECT_EQ(criticalError(), recorded) << "without tracing as well";
+        EXPECT_EQ(criticalError(), recorded) << line;
+        setCriticalError(kCriticalErrorNone);
     }
-    setCriticalError(kCriticalErrorNone);
     EXPECT_EQ(guarded(L"Class::operation", -1, [] { return 1; }), 1);
     EXPECT_TRUE(guarded(L"Class::operation", [] {}));
 }

@@ -1,9 +1,9 @@
 // A user's folders for one test, and what changed in them.
 //
 //     TestFolders folders(L"b\u00fcro (2)");
-//     const FileSnapshot before(folders.root());
+//     const FileContents before = filesBelow(folders.root());
 //     write(folders.addinData() / "debug.log", "a line\r\n");
-//     FileSnapshot(folders.root()).changesSince(before);
+//     differences(before, filesBelow(folders.root()));
 //         // {"new AppData/Roaming/Pellory For Outlook/debug.log"}
 #pragma once
 
@@ -20,6 +20,7 @@ using Lines = std::vector<std::string>;
 std::string joined(const Lines& lines);
 
 std::string utf8(const std::filesystem::path& path);
+std::string backslashed(std::filesystem::path path);
 std::string read(const std::filesystem::path& file);
 void write(const std::filesystem::path& file, const std::string& bytes);
 
@@ -51,21 +52,15 @@ private:
     std::filesystem::path root_;
 };
 
-// All files below a folder with their bytes.
-class FileSnapshot {
-public:
-    explicit FileSnapshot(const std::filesystem::path& folder);
+// All files below a folder with their bytes, by their relative path with slashes;
+// a folder's ends in one.
+using FileContents = std::map<std::string, std::string>;
+FileContents filesBelow(const std::filesystem::path& folder);
 
-    // "new PATH", "gone PATH", "changed PATH", sorted by path; relative, with
-    // slashes, a folder's with one at its end.
-    Lines changesSince(const FileSnapshot& before) const;
+// "new PATH", "gone PATH", "changed PATH", sorted by path.
+Lines differences(const FileContents& before, const FileContents& after);
 
-private:
-    std::map<std::string, std::string> files_;
-};
-
-// The files in a zip archive with stored entries, checked against their sums;
-// a fault in the archive throws std::runtime_error.
-std::map<std::string, std::string> readZip(const std::filesystem::path& archive);
+// The files in a zip archive with stored entries.
+FileContents readZip(const std::filesystem::path& archive);
 
 }  // namespace zuplutil::test

@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cwchar>
 #include <stdexcept>
+
+#include "StandIn.h"
 
 namespace zuplutil::test {
 
@@ -13,31 +14,14 @@ namespace {
 constexpr auto kPatience = std::chrono::seconds(30);
 constexpr std::size_t kMostOutput = 4 * 1024 * 1024;
 
-struct IgnoringCase {
-    bool operator()(const std::wstring& a, const std::wstring& b) const {
-        return _wcsicmp(a.c_str(), b.c_str()) < 0;
-    }
-};
-
-std::wstring environmentBlock(const Environment& changes) {
-    std::map<std::wstring, std::wstring, IgnoringCase> variables;
-    wchar_t* const own = GetEnvironmentStringsW();
-    for (const wchar_t* entry = own; *entry != L'\0'; entry += std::wcslen(entry) + 1) {
-        const std::wstring text = entry;
-        const std::size_t equals = text.find(L'=', 1);
-        variables[text.substr(0, equals)] = text.substr(equals + 1);
-    }
-    FreeEnvironmentStringsW(own);
+// Changes this process's own environment; what the variables were before.
+Environment exchangeVariables(const Environment& changes) {
+    Environment before;
     for (const auto& [name, value] : changes) {
-        variables[name] = value;
+        before[name] = standin::environmentVariable(name.c_str());
+        SetEnvironmentVariableW(name.c_str(), value.empty() ? nullptr : value.c_str());
     }
-    std::wstring block;
-    for (const auto& [name, value] : variables) {
-        if (!value.empty()) {
-            block += name + L'=' + value + L'\0';
-        }
-    }
-    return block + L'\0';
+    return before;
 }
 
 // What tells the C runtime of the program about its first three descriptors:
@@ -56,14 +40,10 @@ void readAvailable(HANDLE pipe, std::string& text) {
     while (PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) && available > 0) {
         std::string bytes(available, '\0');
         DWORD count = 0;
-        if (!ReadFile(pipe, bytes.data(), available, &count, nullptr)) {
-            return;
-        }
-        for (const char byte : bytes.substr(0, count)) {
-            if (byte != '\r') {
-                text += byte;
-            }
-        }
+        ReadFile(pipe, bytes.data(), available, &count, nullptr);
+        bytes.resize(count);
+        std::erase(bytes, '\r');
+        text += bytes;
     }
 }
 
@@ -101,7 +81,9 @@ UtilityProcess::UtilityProcess(const std::filesystem::path& program,
     for (const std::wstring& argument : arguments) {
         line += L" \"" + argument + L"\"";
     }
-    launch(program.wstring(), line, folder.wstring(), environmentBlock(environment));
+    const Environment before = exchangeVariables(environment);
+    launch(program.wstring(), line, folder.wstring());
+    exchangeVariables(before);
     for (Pipe* const pipe : {&input_, &output_, &errors_}) {
         close(pipe->theirs);
     }
@@ -115,7 +97,7 @@ UtilityProcess::~UtilityProcess() {
 }
 
 void UtilityProcess::launch(const std::wstring& program, std::wstring line,
-                            const std::wstring& folder, std::wstring environment) {
+                            const std::wstring& folder) {
     std::string descriptors = descriptorBlock(input_.theirs, output_.theirs, errors_.theirs);
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
@@ -126,9 +108,8 @@ void UtilityProcess::launch(const std::wstring& program, std::wstring line,
     startup.cbReserved2 = static_cast<WORD>(descriptors.size());
     startup.lpReserved2 = reinterpret_cast<BYTE*>(descriptors.data());
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
-                        CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.data(),
-                        folder.c_str(), &startup, &process)) {
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                        nullptr, folder.c_str(), &startup, &process)) {
         throw std::runtime_error("cannot start the program under test: system error " +
                                  std::to_string(GetLastError()));
     }
@@ -178,18 +159,14 @@ bool UtilityProcess::waitFor(const std::string& text) {
     });
 }
 
-void UtilityProcess::sendLine(const std::string& line) {
+void UtilityProcess::answer(const std::string& prompt, const std::string& line) {
+    if (!waitFor(prompt)) {
+        ADD_FAILURE() << "waited in vain for: " << prompt << "\nThere was: " << outputText_;
+        return;
+    }
     const std::string bytes = line + "\r\n";
     DWORD written = 0;
     WriteFile(input_.ours, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-}
-
-void UtilityProcess::answer(const std::string& prompt, const std::string& line) {
-    if (waitFor(prompt)) {
-        sendLine(line);
-    } else {
-        ADD_FAILURE() << "waited in vain for: " << prompt << "\nThere was: " << outputText_;
-    }
 }
 
 void UtilityProcess::closeInput() { close(input_.ours); }
@@ -197,15 +174,15 @@ void UtilityProcess::closeInput() { close(input_.ours); }
 bool UtilityProcess::isRunning() const { return WaitForSingleObject(process_, 0) == WAIT_TIMEOUT; }
 
 int UtilityProcess::exitCode() {
-    if (pumpUntil([this] { return !isRunning(); })) {
-        pump();
-        DWORD code = 0;
-        GetExitCodeProcess(process_, &code);
-        return static_cast<int>(code);
+    if (!pumpUntil([this] { return !isRunning(); })) {
+        ADD_FAILURE() << "The program did not end. There was: " << outputText_;
+        kill();
+        return kDidNotEnd;
     }
-    kill();
-    ADD_FAILURE() << "The program did not end. There was: " << outputText_;
-    return kDidNotEnd;
+    pump();
+    DWORD code = 0;
+    GetExitCodeProcess(process_, &code);
+    return static_cast<int>(code);
 }
 
 void UtilityProcess::kill() {

@@ -36,7 +36,6 @@ public:
 
     // Whether a text comes, behind the one that was last waited for.
     bool waitFor(const std::string& text);
-    void sendLine(const std::string& line);
     // Waits for a prompt and answers it; a prompt that does not come is a
     // failure of the test.
     void answer(const std::string& prompt, const std::string& line);
@@ -58,8 +57,7 @@ private:
         HANDLE theirs = nullptr;
     };
     static Pipe makePipe(bool weWrite);
-    void launch(const std::wstring& program, std::wstring line, const std::wstring& folder,
-                std::wstring environment);
+    void launch(const std::wstring& program, std::wstring line, const std::wstring& folder);
     void pump();
     template <class Condition>
     bool pumpUntil(Condition condition);

@@ -4,6 +4,8 @@
 #include <regex>
 #include <sstream>
 
+#include "StandIn.h"
+
 namespace zuplutil::test {
 
 namespace fs = std::filesystem;
@@ -21,24 +23,17 @@ Lines linesOf(const fs::path& file) {
 
 }  // namespace
 
+// clang-format off
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n"
-           "<bag>\n<hmap>\n"
-           "<p><k>logEnabled</k><t>bool</t><v>" +
-           enabled +
-           "</v></p>\n"
-           "<p><k>logOptions</k><t>long</t><v>" +
-           options +
-           "</v></p>\n"
-           "<p><k>logFile</k><t>string</t><v>" +
-           logFile +
-           "</v></p>\n"
-           "<p><k>logLevel</k><t>long</t><v>" +
-           level +
-           "</v></p>\n"
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n"
+           "<p><k>logEnabled</k><t>bool</t><v>" + enabled + "</v></p>\n"
+           "<p><k>logOptions</k><t>long</t><v>" + options + "</v></p>\n"
+           "<p><k>logFile</k><t>string</t><v>" + logFile + "</v></p>\n"
+           "<p><k>logLevel</k><t>long</t><v>" + level + "</v></p>\n"
            "</hmap>\n</bag>\n";
 }
+// clang-format on
 
 fs::path builtProgram(const std::string& path) {
     std::wstring own(MAX_PATH, L'\0');
@@ -56,15 +51,14 @@ UtilityTest::UtilityTest(const std::wstring& name)
     // Wine starts the desktop's process with the first window; not as a child of
     // a program under test.
     GetDesktopWindow();
-    std::wstring path(32 * 1024, L'\0');
-    path.resize(GetEnvironmentVariableW(L"PATH", path.data(), static_cast<DWORD>(path.size())));
     environment_ = {
         {L"TESTROOT", folders_.root().wstring()},
         {L"APPDATA", folders_.roaming().wstring()},
         {L"COMSPEC", builtProgram("tests/support/command_recorder.exe").wstring()},
         {L"PELLORY_RECORD", (folders_.bench() / "commands.txt").wstring()},
         {L"PELLORY_EXPLORER", (folders_.bench() / "explored.txt").wstring()},
-        {L"PATH", builtProgram("standins").wstring() + L';' + path},
+        {L"PATH",
+         builtProgram("standins").wstring() + L';' + standin::environmentVariable(L"PATH")},
     };
 }
 
@@ -87,7 +81,7 @@ void UtilityTest::TearDown() {
 UtilityProcess& UtilityTest::start(const std::vector<std::wstring>& arguments,
                                    const fs::path& program) {
     if (!before_) {
-        before_.emplace(folders_.root());
+        before_ = filesBelow(folders_.root());
     }
     processes_.push_back(
         std::make_unique<UtilityProcess>(program, arguments, folders_.start(), environment_));
@@ -112,21 +106,19 @@ std::string UtilityTest::runMenu(const std::vector<std::string>& choices) {
 }
 
 Lines UtilityTest::commands() const {
-    Lines result;
-    for (const std::string& line : commandLines()) {
+    Lines lines = linesOf(folders_.bench() / "commands.txt");
+    for (std::string& line : lines) {
         const std::string prefix = "cmd /S /C \"";
         EXPECT_TRUE(line.starts_with(prefix) && line.ends_with("\"")) << line;
-        result.push_back(line.substr(prefix.size(), line.size() - prefix.size() - 1));
+        line = line.substr(prefix.size(), line.size() - prefix.size() - 1);
     }
-    return result;
+    return lines;
 }
-
-Lines UtilityTest::commandLines() const { return linesOf(folders_.bench() / "commands.txt"); }
 
 Lines UtilityTest::explored() const { return linesOf(folders_.bench() / "explored.txt"); }
 
 Lines UtilityTest::changes() const {
-    return before_ ? FileSnapshot(folders_.root()).changesSince(*before_) : Lines();
+    return before_ ? differences(*before_, filesBelow(folders_.root())) : Lines();
 }
 
 void UtilityTest::forgetCommands() const { fs::remove(folders_.bench() / "commands.txt"); }

@@ -71,8 +71,6 @@ protected:
     // The commands that were run, in order; each "cmd /S /C "…"" is given as
     // what stands between its outer quotes.
     Lines commands() const;
-    // Whole lines, as the interpreter was given them.
-    Lines commandLines() const;
     // What the Explorer was asked to show.
     Lines explored() const;
     Lines changes() const;
@@ -88,7 +86,7 @@ protected:
 private:
     std::vector<std::string> allowed_;
     std::vector<std::unique_ptr<UtilityProcess>> processes_;
-    std::optional<FileSnapshot> before_;
+    std::optional<FileContents> before_;
 };
 
 // A file that others may read, but neither write, rename nor delete, as long as

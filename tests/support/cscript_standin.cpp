@@ -25,54 +25,37 @@ std::uint32_t crc32(const std::string& bytes) {
     return ~crc;
 }
 
-// The little-endian records of the format.
-class Record {
-public:
-    Record& u16(std::size_t value) { return number(value, 2); }
-    Record& u32(std::size_t value) { return number(value, 4); }
-    Record& text(const std::string& value) {
-        bytes_ += value;
-        return *this;
+// A little-endian number of so many bytes.
+std::string number(std::size_t value, int size) {
+    std::string bytes;
+    for (int i = 0; i < size; ++i) {
+        bytes += static_cast<char>(value >> (8 * i));
     }
-    const std::string& bytes() const { return bytes_; }
-
-private:
-    Record& number(std::size_t value, int size) {
-        for (int i = 0; i < size; ++i) {
-            bytes_ += static_cast<char>(value >> (8 * i));
-        }
-        return *this;
-    }
-    std::string bytes_;
-};
+    return bytes;
+}
 
 class Archive {
 public:
     void add(const std::string& name, const std::string& content) {
-        const std::size_t offset = entries_.bytes().size();
-        entries_.u32(0x04034B50).text(common(name, content)).text(name).text(content);
-        directory_.u32(0x02014B50).u16(20).text(common(name, content));
-        directory_.u16(0).u16(0).u16(0).u32(0).u32(offset).text(name);
+        // Stored, with a UTF-8 name, on the first of January 2020.
+        const std::string common = number(20, 2) + number(0x0800, 2) + number(0, 4) +
+                                   number((40u << 9) | (1u << 5) | 1u, 2) +
+                                   number(crc32(content), 4) + number(content.size(), 4) +
+                                   number(content.size(), 4) + number(name.size(), 2);
+        directory_ += number(0x02014B50, 4) + number(20, 2) + common + number(0, 12) +
+                      number(entries_.size(), 4) + name;
+        entries_ += number(0x04034B50, 4) + common + number(0, 2) + name + content;
         ++count_;
     }
     std::string bytes() const {
-        Record end;
-        end.u32(0x06054B50).u16(0).u16(0).u16(count_).u16(count_);
-        end.u32(directory_.bytes().size()).u32(entries_.bytes().size()).u16(0);
-        return entries_.bytes() + directory_.bytes() + end.bytes();
+        return entries_ + directory_ + number(0x06054B50, 4) + number(0, 4) + number(count_, 2) +
+               number(count_, 2) + number(directory_.size(), 4) + number(entries_.size(), 4) +
+               number(0, 2);
     }
 
 private:
-    // Stored, with a UTF-8 name, on the first of January 2020.
-    static std::string common(const std::string& name, const std::string& content) {
-        Record record;
-        record.u16(20).u16(0x0800).u16(0).u16(0).u16((40u << 9) | (1u << 5) | 1u);
-        record.u32(crc32(content)).u32(content.size()).u32(content.size());
-        return record.u16(name.size()).u16(0).bytes();
-    }
-
-    Record entries_;
-    Record directory_;
+    std::string entries_;
+    std::string directory_;
     std::size_t count_ = 0;
 };
 

@@ -34,29 +34,27 @@ private:
     }
 };
 
-class AddinProbeTest : public UtilityTest {
-protected:
-    // Runs no command; the log folder is kept then.
-    std::string probe() {
-        recordOnly();
-        output_ = run({L"-logdiagnostics", L"-light", L"-noocat"});
-        return read(folders_.logs() / "misc-pelloryconnect.log");
-    }
-    fs::path config() const { return folders_.addinData() / "debug.config"; }
-
-    std::string output_;
-};
-
-const fs::path kLibrary = builtProgram("tests/support/test_addin.dll");
-
 constexpr char kSeen[] =
     "attempting to connect to Pellory add-in\r\n"
     "created Pellory.Connect\r\n"
     "add-in: logEnabled=1 logFile=misc-pelloryconnect.log logLevel=10 logOptions=1 mode=3\r\n"
     "call to OnConnection method completed with hr=0\r\n";
 
+class AddinProbeTest : public UtilityTest {
+protected:
+    // With the log folder kept, since no command runs.
+    std::string probe() {
+        recordOnly();
+        run({L"-logdiagnostics", L"-light", L"-noocat"});
+        return read(folders_.logs() / "misc-pelloryconnect.log");
+    }
+    fs::path config() const { return folders_.addinData() / "debug.config"; }
+
+    const fs::path library_ = builtProgram("tests/support/test_addin.dll");
+};
+
 TEST_F(AddinProbeTest, TheAddinSeesTemporarySettingsAndTheUsersComeBack) {
-    const RegisteredAddin addin(kLibrary);
+    const RegisteredAddin addin(library_);
     const std::string mine = debugConfig("y", "$(auto)", "7", "3");
     write(config(), mine);
     const std::string output = run({L"-logdiagnostics", L"-light", L"-noocat"});
@@ -70,34 +68,22 @@ TEST_F(AddinProbeTest, TheAddinSeesTemporarySettingsAndTheUsersComeBack) {
                           "Logging outlook registry"),
               std::string::npos)
         << output;
-}
-
-TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwards) {
-    const RegisteredAddin addin(kLibrary);
-    EXPECT_EQ(probe(), kSeen);
-    EXPECT_FALSE(fs::exists(config()));
-}
-
-TEST_F(AddinProbeTest, AFailingConnectionIsLoggedAndTheUsersSettingsComeBack) {
-    const RegisteredAddin addin(kLibrary);
     environment_[L"PELLORY_ADDIN_FAILS"] = L"1";
-    const std::string mine = debugConfig("n", "C:\\own.log", "1", "2");
-    write(config(), mine);
     EXPECT_TRUE(probe().ends_with("call to OnConnection method completed with hr=80004005\r\n"));
     EXPECT_EQ(read(config()), mine);
 }
 
-TEST_F(AddinProbeTest, AMissingLibraryEndsTheProbe) {
+TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwardsAndLogsStay) {
+    write(folders_.addinData() / "debug.log", "a line\r\n");
+    {
+        const RegisteredAddin addin(library_);
+        EXPECT_EQ(probe(), kSeen);
+    }
     const RegisteredAddin addin(folders_.bench() / "missing.dll");
     EXPECT_EQ(probe(),
               "attempting to connect to Pellory add-in\r\n"
               "could not instantiate Pellory.Connect\r\n");
     EXPECT_FALSE(fs::exists(config()));
-}
-
-TEST_F(AddinProbeTest, TheUsersLogsAreMovedAsideOnlyWhenThereWereSettings) {
-    write(folders_.addinData() / "debug.log", "a line\r\n");
-    probe();
     EXPECT_EQ(read(folders_.addinData() / "debug.log"), "a line\r\n");
 }
 

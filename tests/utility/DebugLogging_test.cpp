@@ -1,5 +1,7 @@
 // Switching the add-in's logging: the file, the backups, the report.
 
+#include <array>
+
 #include "UtilityTest.h"
 
 namespace zuplutil::test {
@@ -10,107 +12,94 @@ namespace fs = std::filesystem;
 const std::string kRule84(84, '-');
 const std::string kData = "AppData/Roaming/Pellory For Outlook/";
 const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
+const std::vector<std::wstring> kStandard = {L"-logdiagnostics", L"-light", L"-noocat"};
 
 class DebugLoggingTest : public UtilityTest {
 protected:
+    DebugLoggingTest() {
+        for (const char* name : {"debug.log", "dump.log"}) {
+            write(folders_.addinData() / name, name);
+        }
+    }
     fs::path config() const { return folders_.addinData() / "debug.config"; }
-
-    // The report of menu entry 4.
-    std::string report() {
-        const std::string output = runMenu({"4"});
-        const std::size_t begin = output.find("\n" + kRule84 + "\n");
-        const std::size_t end = output.find(kRule84 + "\n\n", begin + 86);
-        return output.substr(begin, end + 86 - begin);
-    }
-    static std::string details(const char* enabled, const char* file, const char* level,
-                               const char* options) {
-        return std::string("\nDetailed debug settings:\n-----------------------\n") +
-               "  logEnabled=" + enabled + "\n  logFile=" + file + "\n  logLevel=" + level +
-               "\n  logOptions=" + options + "\n\n  outlook is running=no\n\n" + kRule84 + "\n\n";
-    }
-    static std::string disabled() { return "Pellory Debug Logging is currently disabled.\n"; }
-    static std::string enabled() {
-        return "Pellory Debug Logging is currently enabled.\n\nPlease note:\n"
-               "Outlook might appear to run a little slower than usual while Pellory debug "
-               "logging is enabled.  This is normal.\n";
-    }
 };
 
-TEST_F(DebugLoggingTest, ReportsTheDefaultsWithoutAFile) {
-    EXPECT_EQ(report(), "\n" + kRule84 + "\n  Could not find debug.config file " +
-                            utf8(config().make_preferred()) + "\n  Debugging is disabled\n" +
-                            disabled() + details("no", "$(auto)", "10", "1"));
-    EXPECT_EQ(changes(), Lines());
-}
-
-TEST_F(DebugLoggingTest, TakesAFolderForAMissingFile) {
-    fs::create_directories(config());
-    EXPECT_EQ(report(), "\n" + kRule84 + "\n  Could not find debug.config file " +
-                            utf8(config().make_preferred()) + "\n  Debugging is disabled\n" +
-                            disabled() + details("no", "$(auto)", "10", "1"));
-}
-
-TEST_F(DebugLoggingTest, ReportsABrokenFileByTheFirstLetterOfItsPath) {
-    write(config(), "<bag>\n<hmap>\n<p><k>logEnabled</k><t>bool</t>");
-    EXPECT_EQ(report(), "\n" + kRule84 + "\n  Could not load debug.config file C\n" + disabled() +
-                            details("no", "$(auto)", "10", "1"));
-}
-
-TEST_F(DebugLoggingTest, DoesNotFillInMissingKeys) {
-    write(config(),
-          "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n"
-          "<p><k>logEnabled</k><t>bool</t><v>y</v></p>\n</hmap>\n</bag>\n");
-    EXPECT_EQ(report(), "\n" + kRule84 + "\n" + enabled() + details("yes", "", "-1", "-1"));
-}
-
-TEST_F(DebugLoggingTest, ReportsWhatTheFileHolds) {
-    write(config(), debugConfig("n", "D:\\logs\\\xD0\xAF.log", "-5", "255"));
-    EXPECT_EQ(report(), "\n" + kRule84 + "\n" + disabled() +
-                            details("no", "D:\\logs\\\xD0\xAF.log", "-5", "255"));
+TEST_F(DebugLoggingTest, TheReportTellsWhatTheFileHoldsOrWhyItTellsNothing) {
+    const std::string off = "Pellory Debug Logging is currently disabled.\n";
+    const std::string on =
+        "Pellory Debug Logging is currently enabled.\n\nPlease note:\n"
+        "Outlook might appear to run a little slower than usual while Pellory debug logging is "
+        "enabled.  This is normal.\n";
+    const std::string missing = "  Could not find debug.config file " + backslashed(config()) +
+                                "\n  Debugging is disabled\n" + off;
+    const std::string bag = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n";
+    const std::string enabled = "<p><k>logEnabled</k><t>bool</t>";
+    // What the file holds, or "/" for a folder of its name, the report's first
+    // lines and the four settings. A broken file goes by its path's first letter.
+    const std::tuple<std::string, std::string, std::array<const char*, 4>> kFiles[] = {
+        {"", missing, {"no", "$(auto)", "10", "1"}},
+        {debugConfig("n", "D:\\logs\\\xD0\xAF.log", "-5", "255"),
+         off,
+         {"no", "D:\\logs\\\xD0\xAF.log", "-5", "255"}},
+        {bag + enabled + "<v>y</v></p>\n</hmap>\n</bag>\n", on, {"yes", "", "-1", "-1"}},
+        {bag + enabled,
+         "  Could not load debug.config file C\n" + off,
+         {"no", "$(auto)", "10", "1"}},
+        {"/", missing, {"no", "$(auto)", "10", "1"}},
+    };
+    UtilityProcess& utility = start();
+    for (const auto& [content, state, settings] : kFiles) {
+        if (content == "/") {
+            fs::remove(config());
+            fs::create_directory(config());
+        } else if (!content.empty()) {
+            write(config(), content);
+        }
+        utility.answer(kMenuPrompt, "4");
+        EXPECT_TRUE(utility.waitFor(
+            "\n" + kRule84 + "\n" + state +
+            "\nDetailed debug settings:\n-----------------------\n" + "  logEnabled=" +
+            settings[0] + "\n  logFile=" + settings[1] + "\n  logLevel=" + settings[2] +
+            "\n  logOptions=" + settings[3] + "\n\n  outlook is running=no\n\n" + kRule84 + "\n\n"))
+            << content << utility.output();
+    }
+    utility.answer(kMenuPrompt, "0");
+    EXPECT_EQ(utility.exitCode(), 0);
 }
 
 TEST_F(DebugLoggingTest, MovesTheLogsAsideAtEverySwitch) {
-    write(folders_.addinData() / "debug.log", "one");
-    write(folders_.addinData() / "dump.log", "two");
-    run({L"-enableDebugging"});
+    EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kEnabled);
     EXPECT_PRED2(hasForm, joined(changes()),
                  "new " + kData + "debug.config\ngone " + kData + "debug.log\nnew " + kData +
                      "debug.log" + kStamp + "gone " + kData + "dump.log\nnew " + kData +
                      "dump.log" + kStamp);
+    EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
     write(folders_.addinData() / "debug.log", "three");
-    run({L"-disableDebugging"});
+    EXPECT_EQ(run({L"-disableDebugging"}), std::string(kBanner) + kDisabled);
+    EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "10", "1"));
     EXPECT_EQ(changes().size(), 6u);
 }
 
-TEST_F(DebugLoggingTest, MovesACustomLogAsideInItsOwnFolder) {
+TEST_F(DebugLoggingTest, MovesACustomLogAsideInItsOwnFolderAndNoneWithoutAName) {
     recordOnly();
     allow("Documents/");
-    const fs::path log = (folders_.documents() / "own.log").make_preferred();
-    write(log, "one");
-    write(config(), debugConfig("n", utf8(log), "1", "2"));
-    run({L"-logdiagnostics", L"-light", L"-noocat"});
-    const Lines lines = changes();
-    ASSERT_GE(lines.size(), 2u);
-    EXPECT_EQ(lines[lines.size() - 2], "gone Documents/own.log");
-    EXPECT_PRED2(hasForm, lines.back() + "\n", "new Documents/own.log" + kStamp);
-}
-
-TEST_F(DebugLoggingTest, AnEmptyLogNameMovesTheDumpLogOnly) {
-    recordOnly();
-    write(folders_.addinData() / "debug.log", "one");
-    write(folders_.addinData() / "dump.log", "two");
     write(config(), debugConfig("n", "", "1", "2"));
-    run({L"-logdiagnostics", L"-light", L"-noocat"});
+    run(kStandard);
     EXPECT_TRUE(fs::exists(folders_.addinData() / "debug.log"));
     EXPECT_FALSE(fs::exists(folders_.addinData() / "dump.log"));
+    const fs::path log = folders_.documents() / "own.log";
+    write(log, "one");
+    write(config(), debugConfig("n", backslashed(log), "1", "2"));
+    run(kStandard);
+    EXPECT_FALSE(fs::exists(log));
+    EXPECT_PRED2(hasForm, changes().back() + "\n", "new Documents/own.log" + kStamp);
 }
 
 TEST_F(DebugLoggingTest, NamesALogThatCannotBeMovedAndSwitchesAllTheSame) {
-    const fs::path log = (folders_.addinData() / "debug.log").make_preferred();
-    write(log, "one");
+    const fs::path log = folders_.addinData() / "debug.log";
     const LockedFile lock(log);
     const std::string output = run({L"-enableDebugging"});
-    const std::string path = utf8(log);
+    const std::string path = backslashed(log);
     ASSERT_TRUE(output.starts_with(kBanner + ("could not rename " + path + " to " + path)))
         << output;
     const std::string rest = output.substr(std::string(kBanner).size() + path.size() * 2 + 21);
@@ -119,17 +108,14 @@ TEST_F(DebugLoggingTest, NamesALogThatCannotBeMovedAndSwitchesAllTheSame) {
     EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
 }
 
-TEST_F(DebugLoggingTest, AFileThatCannotBeWrittenStaysAsItIs) {
+TEST_F(DebugLoggingTest, AFileThatCannotBeWrittenStaysAsItIsAndNoFolderIsMade) {
+    fs::remove_all(folders_.addinData());
+    EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kDisabled);
+    EXPECT_EQ(changes(), Lines());
     write(config(), debugConfig("n", "$(auto)", "3", "4"));
     const LockedFile lock(config());
     EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kDisabled);
     EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "3", "4"));
-}
-
-TEST_F(DebugLoggingTest, DoesNotMakeTheAddinsFolder) {
-    fs::remove_all(folders_.addinData());
-    EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kDisabled);
-    EXPECT_EQ(changes(), Lines());
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ std::string mainMenu(const std::string& enable, const std::string& disable,
 const std::string kNone = "(not available)";
 const std::string kUsualMenu = mainMenu("", kNone, kNone);
 
-constexpr char kDiagnosticsMenu[] =
+const std::string kDiagnosticsMenu =
     "----------------------------------------------\n"
     "Pellory Maintenance Utility - Diagnostics Menu\n"
     "----------------------------------------------\n"
@@ -58,30 +58,23 @@ protected:
     fs::path config() const { return folders_.addinData() / "debug.config"; }
 };
 
-TEST_F(MenusTest, TheMainMenuIsLeftByZero) {
-    EXPECT_EQ(runMenu({}), kBanner + kUsualMenu);
-    EXPECT_EQ(changes(), Lines());
-    EXPECT_EQ(commands(), Lines());
-}
-
-TEST_F(MenusTest, EntriesThatDoNotExistOrApplyAreRefused) {
-    EXPECT_EQ(runMenu({"3", "5", "6", "8", "9"}), kBanner + kUsualMenu + kSorry + kUsualMenu +
-                                                      kSorry + kUsualMenu + kSorry + kUsualMenu +
-                                                      kSorry + kUsualMenu + kSorry + kUsualMenu);
-    EXPECT_EQ(changes(), Lines());
-}
-
-TEST_F(MenusTest, LinesOfNotExactlyOneDigitRepeatThePrompt) {
+TEST_F(MenusTest, WhatIsNotAnEntryOrNotOneDigitIsRefusedOrAskedForAgain) {
+    Lines lines = {"3", "5", "6", "8", "9", "1", "5", "6", "7", "8", "9", "0"};
     std::string expected = kBanner + kUsualMenu;
-    std::vector<std::string> lines = {
-        "12", " 1", "1 ", "", "a", "-1", "+", "\xD9\xA1", std::string(300, '1'), "0x"};
-    for (std::size_t i = 0; i < lines.size(); ++i) {
+    for (std::size_t i = 0; i < 11; ++i) {
+        expected += i == 5 ? "" : kSorry;
+        expected += i < 5 ? kUsualMenu : kDiagnosticsMenu;
+    }
+    expected += kUsualMenu;
+    // A line beyond the buffer is read in two pieces, or its rest is dropped.
+    for (const char* line : {"12", " 1", "1 ", "", "a", "-1", "+", "\xD9\xA1", "0x"}) {
+        lines.push_back(line);
         expected += kMenuPrompt;
     }
-    // A line beyond the buffer is read in two pieces, or its rest is dropped.
-    const std::string output = runMenu(lines);
-    EXPECT_EQ(output.substr(0, expected.size()), expected);
+    lines.push_back(std::string(300, '1'));
+    EXPECT_EQ(runMenu(lines).substr(0, expected.size()), expected);
     EXPECT_EQ(changes(), Lines());
+    EXPECT_EQ(commands(), Lines());
 }
 
 TEST_F(MenusTest, TheMarksFollowTheFiles) {
@@ -90,47 +83,43 @@ TEST_F(MenusTest, TheMarksFollowTheFiles) {
     const std::string on = mainMenu(kNone, "", "");
     EXPECT_EQ(runMenu({"2", "2", "3", "3"}),
               kBanner + off + kEnabled + on + kSorry + on + kDisabled + off + kSorry + off);
-    EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "10", "1"));
 }
 
-TEST_F(MenusTest, TheDiagnosticsMenuRefusesWhatItDoesNotHave) {
-    std::string expected = kBanner + kUsualMenu;
-    for (int i = 5; i <= 9; ++i) {
-        expected += std::string(kDiagnosticsMenu) + kSorry;
-    }
-    EXPECT_EQ(runMenu({"1", "5", "6", "7", "8", "9", "0"}),
-              expected + kDiagnosticsMenu + kUsualMenu);
-}
-
-TEST_F(MenusTest, TheDiagnosticsMenuCollectsAsItSays) {
+TEST_F(MenusTest, TheDiagnosticsMenuCollectsAsItSaysAndRecordsTheAnswers) {
     recordOnly();
-    const std::pair<const char*, std::pair<bool, bool>> entries[] = {
-        {"2", {true, false}}, {"3", {false, false}}, {"4", {false, true}}};
-    for (const auto& [entry, kind] : entries) {
+    UtilityProcess& utility = start();
+    utility.answer(kMenuPrompt, "1");
+    for (const auto& [entry, light, ocat] :
+         {std::tuple{"2", true, false}, {"3", false, false}, {"4", false, true}}) {
         SCOPED_TRACE(entry);
-        const std::string output = runMenu({"1", entry, "0"});
-        EXPECT_EQ(output.find("Using standard logging level.\n") != std::string::npos, kind.first);
-        EXPECT_EQ(output.find("Including OCAT logs") != std::string::npos, kind.second);
-        // The answers are recorded but not shown.
-        const std::string log = read(folders_.logs() / "plutil.log");
-        EXPECT_NE(log.find("<Enter>...\r\n\r\n>1\r\n-----"), std::string::npos);
-        EXPECT_NE(log.find(std::string("<Enter>...\r\n\r\n>") + entry + "\r\n"), std::string::npos);
-        EXPECT_EQ(output.find("\n>"), std::string::npos);
+        utility.answer(kMenuPrompt, entry);
+        const std::size_t begin = utility.output().size();
+        EXPECT_TRUE(utility.waitFor("Pellory Maintenance Utility - Diagnostics Menu"));
+        const std::string output = utility.output().substr(begin);
+        EXPECT_EQ(output.find("Using standard logging level.\n") != std::string::npos, light);
+        EXPECT_EQ(output.find("Including OCAT logs") != std::string::npos, ocat);
+        EXPECT_NE(read(folders_.logs() / "plutil.log")
+                      .find(std::string("<Enter>...\r\n\r\n>") + entry + "\r\n"),
+                  std::string::npos);
     }
+    utility.answer(kMenuPrompt, "0");
+    utility.answer(kMenuPrompt, "0");
+    EXPECT_EQ(utility.exitCode(), 0);
+    EXPECT_EQ(utility.output().find("\n>"), std::string::npos) << "the answers are not shown";
 }
 
 TEST_F(MenusTest, AProgramCountsAsOutlookByTheBeginningOfItsName) {
-    const std::pair<const wchar_t*, bool> programs[] = {{L"outlook.exe", true},
-                                                        {L"OUTLOOK.EXE", true},
+    const std::pair<const wchar_t*, bool> programs[] = {{L"OUTLOOK.EXE", true},
                                                         {L"outlook.exe.tmp", true},
                                                         {L"xoutlook.exe", false},
                                                         {L"outlook.com", false}};
     for (const auto& [name, counts] : programs) {
         SCOPED_TRACE(utf8(name));
         const RunningProgram program(folders_, name);
-        EXPECT_EQ(runMenu({}), kBanner + std::string(counts ? kStillRunning : "") + kUsualMenu);
-        const std::string details = runMenu({"4"});
-        EXPECT_NE(details.find(std::string("  outlook is running=") + (counts ? "yes" : "no")),
+        const std::string output = runMenu({"4"});
+        EXPECT_TRUE(
+            output.starts_with(kBanner + std::string(counts ? kStillRunning : "") + kUsualMenu));
+        EXPECT_NE(output.find(std::string("  outlook is running=") + (counts ? "yes" : "no")),
                   std::string::npos);
     }
 }

@@ -7,60 +7,35 @@ namespace {
 
 class SwitchesTest : public UtilityTest {
 protected:
-    void refuses(const std::vector<std::wstring>& arguments) {
+    std::filesystem::path config() const { return folders_.addinData() / "debug.config"; }
+};
+
+TEST_F(SwitchesTest, ArgumentsWithoutActionAreRefused) {
+    for (const auto& arguments :
+         std::vector<std::vector<std::wstring>>{{L""},
+                                                {L"-pause", L"-noocat", L"-light", L"foo"},
+                                                {L"enableDebugging"},
+                                                {L"/enableDebugging"},
+                                                {L"-enableDebuggin"}}) {
+        SCOPED_TRACE(utf8(arguments.front()));
         UtilityProcess& utility = start(arguments);
         EXPECT_EQ(utility.exitCode(), 1);
         EXPECT_EQ(utility.output(), kBanner);
         EXPECT_EQ(utility.errors(), "invalid arguments\n");
-        EXPECT_EQ(changes(), Lines());
     }
-    bool hasCollected() const { return std::filesystem::exists(folders_.diagnostics()); }
-    bool hasConfig() const {
-        return std::filesystem::exists(folders_.addinData() / "debug.config");
-    }
-};
-
-TEST_F(SwitchesTest, ArgumentsWithoutActionAreRefused) {
-    for (const auto& arguments : std::vector<std::vector<std::wstring>>{{L"foo"},
-                                                                        {L""},
-                                                                        {L"-pause"},
-                                                                        {L"-light"},
-                                                                        {L"-noocat", L"-light"},
-                                                                        {L"-unknown"},
-                                                                        {L"enableDebugging"},
-                                                                        {L"/enableDebugging"},
-                                                                        {L"-enableDebuggin"}}) {
-        SCOPED_TRACE(utf8(arguments.front()));
-        refuses(arguments);
-    }
-}
-
-TEST_F(SwitchesTest, EnablesAndDisablesLogging) {
-    EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kEnabled);
-    EXPECT_EQ(read(folders_.addinData() / "debug.config"), debugConfig("y", "$(auto)", "10", "1"));
-    EXPECT_EQ(run({L"-disableDebugging"}), std::string(kBanner) + kDisabled);
-    EXPECT_EQ(read(folders_.addinData() / "debug.config"), debugConfig("n", "$(auto)", "10", "1"));
-    EXPECT_EQ(commands(), Lines());
-}
-
-TEST_F(SwitchesTest, CaseOtherArgumentsAndUnknownSwitchesDoNotMatter) {
-    EXPECT_EQ(run({L"foo", L"-unknown", L"-ENABLEdebugging", L"-EnableDebugging"}),
-              std::string(kBanner) + kEnabled);
+    EXPECT_EQ(changes(), Lines());
 }
 
 TEST_F(SwitchesTest, TheEarlierActionWinsWhereverItStands) {
-    recordOnly();
-    write(folders_.addinData() / "debug.config", debugConfig("y", "$(auto)", "10", "1"));
-    EXPECT_EQ(run({L"-disableDebugging", L"-enableDebugging"}), std::string(kBanner) + kEnabled);
-    run({L"-disableDebugging", L"-LogDiagnostics", L"-light", L"-noocat"});
-    EXPECT_TRUE(hasCollected());
-    EXPECT_EQ(read(folders_.addinData() / "debug.config"), debugConfig("y", "$(auto)", "10", "1"));
-}
-
-TEST_F(SwitchesTest, RemovalOfSettingsComesBeforeEverything) {
     // There are no settings files: nothing is asked and nothing is done.
     EXPECT_EQ(run({L"-logdiagnostics", L"-enableDebugging", L"-askremovesettings"}), kBanner);
     EXPECT_EQ(changes(), Lines());
+    EXPECT_EQ(run({L"-disableDebugging", L"foo", L"-unknown", L"-ENABLEdebugging"}),
+              std::string(kBanner) + kEnabled);
+    recordOnly();
+    run({L"-disableDebugging", L"-LogDiagnostics", L"-light", L"-noocat"});
+    EXPECT_TRUE(std::filesystem::exists(folders_.diagnostics()));
+    EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
 }
 
 TEST_F(SwitchesTest, PausesAfterTheAction) {
@@ -70,7 +45,7 @@ TEST_F(SwitchesTest, PausesAfterTheAction) {
     EXPECT_EQ(utility.exitCode(), 0);
     EXPECT_EQ(utility.output(), std::string(kBanner) + kEnabled + kKeyPrompt);
     EXPECT_EQ(utility.errors(), "");
-    EXPECT_TRUE(hasConfig());
+    EXPECT_TRUE(std::filesystem::exists(config()));
 }
 
 }  // namespace
