@@ -274,6 +274,29 @@ TEST_F(BoxTest, paint_textAndIcon_areThere) {
     EXPECT_GT(ink(L"Text of the box", kMessageOk | kMessageIconError), text + 300);
 }
 
+TEST_F(BoxTest, scalingFactor_doubled_growsButtonsAndBox) {
+    addTexts(L"en-US");
+    const auto sizes = [&] {
+        RECT button{};
+        RECT box{};
+        const Steps steps{[&] {
+                              EXPECT_TRUE(SeenBox().isWhole());
+                              GetClientRect(SeenBox().button(0), &button);
+                              GetClientRect(SeenBox().window(), &box);
+                          },
+                          [] { pressKeys({VK_ESCAPE}); }};
+        service().showMessage(L"Text", L"Title", kMessageOk);
+        return std::pair<Size, Size>{{button.right, button.bottom}, {box.right, box.bottom}};
+    };
+    const auto [button, box] = sizes();
+    WindowServiceWin32Gdi::setScalingFactor(2.0);
+    const auto [largeButton, largeBox] = sizes();
+    WindowServiceWin32Gdi::setScalingFactor(0.0);
+    EXPECT_EQ(largeButton.width, 2 * button.width);
+    EXPECT_NEAR(largeButton.height, 2 * button.height, 4);
+    EXPECT_NEAR(largeBox.height, 2 * box.height, 12);
+}
+
 TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {
     addTexts(L"en-US");
     int inner = -1;

@@ -2,6 +2,7 @@
 
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuGraphicsService.h"
+#include "ZuNativeButton.h"
 #include "ZuNativeDialog.h"
 #include "ZuNativePopupMenu.h"
 #include "ZuNativeWindow.h"
@@ -156,6 +157,13 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     EXPECT_EQ(probe->boundary().width(), 250);
     EXPECT_EQ(clientSize(native), (Size{250, 150}));
+    // Another screen asks for another size.
+    RECT area{100, 110, 700, 610};
+    SendMessageW(native, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
+    GetWindowRect(native, &area);
+    EXPECT_EQ(area.right, 700);
+    EXPECT_EQ(area.top, 110);
+    EXPECT_EQ(window->boundary().size(), clientSize(native));
 }
 
 TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
@@ -431,6 +439,91 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     EXPECT_EQ(innerResult, kAnswerNone);
     EXPECT_FALSE(inner->isOpen());
     EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+}
+
+TEST_F(SurfaceTest, dialog_nativeButtons_followTabEnterAndAccessKeys) {
+    const auto window = makeWindow({300, 200});
+    const auto dialog = makeDialog(window);
+    const auto field = addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
+    const auto addButton = [&](const wchar_t* caption, std::int32_t top) {
+        auto button = window->windowService()->createNativeButton();
+        button->setCaption(std::make_shared<TextDescriptor>(caption));
+        button->setBoundary(Rect::at({20, top}, {80, 25}));
+        dialog->addChild(button);
+        return button;
+    };
+    const auto other = addButton(L"&Other", 0);
+    const auto check = addButton(L"&Check", 30);
+    const auto standard = addButton(L"Standard", 60);
+    check->setKind(ButtonKind::kCheck);
+    dialog->setDefaultButton(standard);
+    const auto log = std::make_shared<MessageLog>();
+    for (const auto& button : {other, check, standard}) {
+        button->connect(log, false);
+    }
+    const auto expect = [&](const std::shared_ptr<Control>& focused, const wchar_t* messages) {
+        EXPECT_TRUE(focused->hasFocus()) << messages;
+        const HWND native = nativeWindowOf(*focused);
+        EXPECT_EQ(GetFocus(), native != nullptr ? native : nativeWindowOf(*dialog));
+        EXPECT_EQ(log->take(), messages);
+    };
+    const Steps steps{[&] {
+                          const HWND native = nativeWindowOf(*standard);
+                          EXPECT_EQ(GetWindowLongW(native, GWL_STYLE) & 0x0F, BS_DEFPUSHBUTTON);
+                          expect(field, L"");
+                          pressKeys({VK_RETURN});
+                      },
+                      [&] {
+                          expect(field, L"leftClicked");
+                          pressKeys({VK_TAB});
+                          pressKeys({VK_RETURN});
+                      },
+                      [&] {
+                          expect(other, L"enterFocus leftClicked");
+                          pressKeys({VK_MENU, 'C'});
+                      },
+                      [&] {
+                          expect(check, L"keyPressed keyPressed leaveFocus enterFocus leftClicked");
+                          EXPECT_TRUE(check->isChecked());
+                          pressKeys({VK_RETURN});
+                      },
+                      [&] {
+                          expect(check, L"leftClicked");
+                          pressKeys({VK_SHIFT, VK_TAB});
+                          pressKeys({VK_SHIFT, VK_TAB});
+                      },
+                      [&] {
+                          expect(field, L"keyPressed keyPressed leaveFocus enterFocus "
+                                        L"keyPressed keyPressed leaveFocus");
+                          dialog->hide(1);
+                      }};
+    EXPECT_EQ(dialog->show(true), 1);
+}
+
+TEST_F(SurfaceTest, tooltip_pointerRests_popsUpWithoutTakingPartInAnything) {
+    const auto window = makeWindow({300, 200});
+    const auto probe = addProbe(*window, Rect::at({10, 10}, {100, 100}));
+    probe->tooltip().setLiteral(L"Hint");
+    auto options = std::make_shared<TooltipOptions>();
+    options->delay = 1;
+    probe->setTooltipOptions(options);
+    const auto findTip = [] {
+        HWND tip = nullptr;
+        while ((tip = FindWindowExW(nullptr, tip, L"#32770", nullptr)) != nullptr &&
+               !(GetWindowThreadProcessId(tip, nullptr) == GetCurrentThreadId() &&
+                 IsWindowVisible(tip))) {
+        }
+        return tip;
+    };
+    movePointer(onScreen(nativeWindowOf(*window), {50, 50}));
+    runMessages(2000, [&] { return findTip() != nullptr; });
+    ASSERT_NE(findTip(), nullptr);
+    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
+    EXPECT_TRUE(probe->isHovered());
+    EXPECT_NE(pixelOf(findTip(), {3, 3}), 0U);
+    movePointer({1279, 1023});
+    runMessages(2000, [&] { return findTip() == nullptr; });
+    EXPECT_EQ(findTip(), nullptr);
 }
 
 TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {

@@ -59,7 +59,6 @@ TEST(HashMap, findOrInsert_withoutAllocator_failsTheAssertionButReads) {
     EXPECT_FALSE(map.remove(L"a"));
     EXPECT_EQ(thrownText([&] { map.findOrInsert(L"a", 1); }), L"valueAllocator_");
     EXPECT_TRUE(map.empty());
-    map.clear();
 }
 
 TEST(HashMap, findOrInsert_memoryRunsOut_leavesTheMapAsItWas) {
@@ -84,19 +83,6 @@ TEST(HashMap, findOrInsert_memoryRunsOut_leavesTheMapAsItWas) {
         if (inserted) {
             EXPECT_GE(allowed, 3);
             break;
-        }
-    }
-}
-
-TEST(HashMap, hashBytes_anySingleBitChanged_differs) {
-    std::string bytes(40, 'x');
-    for (std::size_t size = 1; size <= bytes.size(); ++size) {
-        const std::uint64_t hash = hashBytes(bytes.data(), size);
-        EXPECT_NE(hash, hashBytes(bytes.data(), size - 1)) << size;
-        for (std::size_t bit = 0; bit < 8 * size; ++bit) {
-            bytes[bit / 8] = static_cast<char>('x' ^ 1 << bit % 8);
-            EXPECT_NE(hash, hashBytes(bytes.data(), size)) << size << " " << bit;
-            bytes[bit / 8] = 'x';
         }
     }
 }

@@ -193,7 +193,12 @@ bool DialogWin32Gdi::makeReady() {
         getAbstraction().releaseTree();
     }
     getAbstraction().synchronizeTree();
-    return window() != nullptr;
+    if (window() == nullptr) {
+        return false;
+    }
+    // The button has its window only now.
+    markDefaultButton();
+    return true;
 }
 
 void DialogWin32Gdi::createWindow(HWND owner) {

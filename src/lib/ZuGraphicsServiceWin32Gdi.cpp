@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "ZuBitmapWin32Gdi.h"
+#include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 
 namespace zustd {
@@ -31,8 +32,6 @@ RECT nativeRect(const Rect& area) noexcept {
     const Rect inRange = cut(area);
     return {inRange.left, inRange.top, inRange.right + 1, inRange.bottom + 1};
 }
-
-COLORREF nativeColor(Color color) noexcept { return RGB(color.red, color.green, color.blue); }
 
 std::uint8_t between(std::uint8_t from, std::uint8_t to, std::int64_t step,
                      std::int64_t last) noexcept {

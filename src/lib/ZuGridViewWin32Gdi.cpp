@@ -55,6 +55,7 @@ void GridViewWin32Gdi::synchronizeWithAbstraction() {
 void GridViewWin32Gdi::synchronize() {
     NativeGridView& grid = getAbstraction();
     initializeCommonControls();
+    settle();
     const Mirroring mirroring(*this);
     const Outcome outcome =
         synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
@@ -245,6 +246,7 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 void GridViewWin32Gdi::mirrorAdded(std::size_t) {
     guarded(L"GridViewWin32Gdi::mirrorAdded", [this] {
         if (filled_) {
+            deferRedraw();
             const Mirroring mirroring(*this);
             setRowCount();
         }
@@ -255,6 +257,7 @@ void GridViewWin32Gdi::mirrorAdded(std::size_t) {
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
     guarded(L"GridViewWin32Gdi::mirrorRemoved", [&] {
         if (filled_) {
+            deferRedraw();
             const Mirroring mirroring(*this);
             send(LVM_DELETEITEM, row);
         }
@@ -264,6 +267,7 @@ void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
 void GridViewWin32Gdi::mirrorCleared() {
     guarded(L"GridViewWin32Gdi::mirrorCleared", [this] {
         if (filled_) {
+            deferRedraw();
             const Mirroring mirroring(*this);
             setRowCount();
         }
@@ -281,6 +285,7 @@ void GridViewWin32Gdi::mirrorRow(std::size_t row) {
 void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
     guarded(L"GridViewWin32Gdi::mirrorSelected", [&] {
         if (filled_) {
+            deferRedraw();
             const Mirroring mirroring(*this);
             setSelected(row, selected);
         }
@@ -477,6 +482,7 @@ bool GridViewWin32Gdi::toggle(int row) {
 }
 
 bool GridViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    ItemControlWin32Gdi::onWindowMessage(message, result);
     switch (message.id) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:

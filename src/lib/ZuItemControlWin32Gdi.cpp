@@ -4,6 +4,7 @@
 #include <span>
 
 #include "ZuBitmapWin32Gdi.h"
+#include "ZuColorWin32Gdi.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -102,8 +103,8 @@ void drawCheckBox(const PixelBitmap& image, Size size, std::int32_t margin, UINT
     }
 }
 
-COLORREF nativeColor(Color color, int systemColor) noexcept {
-    return color.isSet ? RGB(color.red, color.green, color.blue) : GetSysColor(systemColor);
+COLORREF colorOr(Color color, int systemColor) noexcept {
+    return color.isSet ? nativeColor(color) : GetSysColor(systemColor);
 }
 
 }  // namespace
@@ -116,18 +117,45 @@ ItemControlWin32Gdi::BulkMirroring::BulkMirroring(ItemControlWin32Gdi& control) 
 }
 
 ItemControlWin32Gdi::BulkMirroring::~BulkMirroring() {
-    control_.send(WM_SETREDRAW, TRUE);
-    // Off and on again loses what was to be painted, and shows a hidden window.
-    if (!control_.control().isShown()) {
-        ShowWindow(control_.window(), SW_HIDE);
+    control_.redrawDeferred_ = false;
+    control_.resumeRedraw();
+}
+
+void ItemControlWin32Gdi::resumeRedraw() noexcept {
+    send(WM_SETREDRAW, TRUE);
+    // Which shows a hidden window.
+    if (!control().isShown()) {
+        ShowWindow(window(), SW_HIDE);
     }
-    InvalidateRect(control_.window(), nullptr, TRUE);
+    InvalidateRect(window(), nullptr, TRUE);
+}
+
+void ItemControlWin32Gdi::deferRedraw() noexcept {
+    const Mirroring mirroring(*this);
+    if (!redrawDeferred_ && PostMessageW(window(), WM_NULL, 0, 0)) {
+        redrawDeferred_ = true;
+        send(WM_SETREDRAW, FALSE);
+    }
+}
+
+void ItemControlWin32Gdi::settle() noexcept {
+    if (std::exchange(redrawDeferred_, false)) {
+        const Mirroring mirroring(*this);
+        resumeRedraw();
+    }
+}
+
+bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) {
+    if (!isMirroring()) {
+        settle();
+    }
+    return false;
 }
 
 std::optional<ItemControlWin32Gdi::Colors> ItemControlWin32Gdi::changedColors() {
     const Colors wanted{
-        nativeColor(control().color(ColorRole::kText), COLOR_WINDOWTEXT),
-        nativeColor(control().color(ColorRole::kBackground), COLOR_WINDOW),
+        colorOr(control().color(ColorRole::kText), COLOR_WINDOWTEXT),
+        colorOr(control().color(ColorRole::kBackground), COLOR_WINDOW),
     };
     if (colors_ == wanted) {
         return std::nullopt;
@@ -186,6 +214,7 @@ HIMAGELIST ItemControlWin32Gdi::checkImages() {
 void ItemControlWin32Gdi::forgetPushed() noexcept {
     colors_.reset();
     imagesPushed_ = false;
+    redrawDeferred_ = false;
 }
 
 void ItemControlWin32Gdi::releaseItems() noexcept {

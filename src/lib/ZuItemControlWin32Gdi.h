@@ -55,6 +55,11 @@ protected:
         Mirroring mirroring_;
     };
 
+    // Single items come and go in bursts: nothing is shown from here to the
+    // window's next message, which is on its way then.
+    void deferRedraw() noexcept;
+    void settle() noexcept;
+
     bool isMirroring() const noexcept { return mirroring_ != 0; }
 
     // Text and background by colour roles, the system's where they are unset.
@@ -77,6 +82,9 @@ protected:
     static constexpr UINT kChecked = 2;
     HIMAGELIST checkImages();
 
+    // Derived classes call it first: any message but the backend's own settles.
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+
     // What was pushed before says nothing about the window that is there now.
     void forgetPushed() noexcept;
     // Destroys the window first and then what it drew with.
@@ -91,9 +99,11 @@ private:
         friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
     };
 
+    void resumeRedraw() noexcept;
     ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
 
     std::uint32_t mirroring_ = 0;
+    bool redrawDeferred_ = false;
     std::optional<Colors> colors_;
     std::optional<ImageRequest> request_;
     bool imagesPushed_ = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeButton.h"
@@ -40,11 +41,6 @@ std::int32_t messageFontSize() noexcept {
         ReleaseDC(nullptr, screen);
     }
     return std::max(size, 1);
-}
-
-Color systemColor(int index) noexcept {
-    const COLORREF color = GetSysColor(index);
-    return Color::rgb(GetRValue(color), GetGValue(color), GetBValue(color));
 }
 
 // Shared; null for a box without icon.

@@ -184,6 +184,8 @@ void ModalSession::end(int result) noexcept {
     PostThreadMessageW(thread_, WM_NULL, 0, 0);
 }
 
+// Not const: what it handles ends the session.
+// NOLINTNEXTLINE(readability-make-member-function-const)
 bool ModalSession::run() {
     MSG message{};
     while (!ended_) {

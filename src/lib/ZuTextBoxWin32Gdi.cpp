@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include "ZuColorWin32Gdi.h"
+
 namespace zustd {
 
 namespace {
@@ -34,8 +36,6 @@ DWORD styleOf(const NativeTextBox& box) noexcept {
     }
     return ES_AUTOHSCROLL;
 }
-
-COLORREF nativeColor(Color color) noexcept { return RGB(color.red, color.green, color.blue); }
 
 }  // namespace
 

@@ -29,6 +29,7 @@ void TreeViewWin32Gdi::synchronize() {
         destroyWindow();
         hasCheckBoxes_ = tree.hasCheckBoxes();
     }
+    settle();
     const Mirroring mirroring(*this);
     const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE});
     if (outcome == Outcome::kNoSurface) {
@@ -150,6 +151,7 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
         if (!filled_) {
             return;
         }
+        deferRedraw();
         const Mirroring mirroring(*this);
         insert(node);
         // The system takes one without children for collapsed.
@@ -168,6 +170,7 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
         if (item == nullptr) {
             return;
         }
+        deferRedraw();
         const Mirroring mirroring(*this);
         if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
             select(kNoNode);
@@ -383,7 +386,8 @@ bool TreeViewWin32Gdi::toggle(TreeNode node) {
     return true;
 }
 
-bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT&) {
+bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    ItemControlWin32Gdi::onWindowMessage(message, result);
     switch (message.id) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:

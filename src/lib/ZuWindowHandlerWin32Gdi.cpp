@@ -1,5 +1,6 @@
 #include "ZuWindowHandlerWin32Gdi.h"
 
+#include "ZuColorWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuSurfaceInputWin32Gdi.h"
@@ -34,13 +35,6 @@ Size frameSizeOf(HWND window) noexcept {
     const Size outer = outerSizeOf(window);
     const Size client = clientSizeOf(window);
     return {outer.width - client.width, outer.height - client.height};
-}
-
-COLORREF nativeColor(Color color) noexcept { return RGB(color.red, color.green, color.blue); }
-
-Color systemColor(int index) noexcept {
-    const COLORREF color = GetSysColor(index);
-    return Color::rgb(GetRValue(color), GetGValue(color), GetBValue(color));
 }
 
 Color backgroundOf(const Control& control) noexcept {

@@ -58,22 +58,6 @@ namespace zustd::test {
 
 namespace {
 
-Texts debuggerTexts;
-
-LONG CALLBACK takeDebuggerText(EXCEPTION_POINTERS* exception) {
-    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-    const auto take = [&record](const auto* text) {
-        debuggerTexts.emplace_back(text, text + record.ExceptionInformation[0] - 1);
-        return EXCEPTION_CONTINUE_EXECUTION;
-    };
-    const ULONG_PTR text = record.ExceptionInformation[1];
-    return record.ExceptionCode == DBG_PRINTEXCEPTION_WIDE_C
-               ? take(reinterpret_cast<const wchar_t*>(text))
-           : record.ExceptionCode == DBG_PRINTEXCEPTION_C
-               ? take(reinterpret_cast<const char*>(text))
-               : EXCEPTION_CONTINUE_SEARCH;
-}
-
 template <class Read>
 Reading take(Read&& read) {
     try {
@@ -122,12 +106,6 @@ Lines TraceCapture::messages() const {
     }
     return lines;
 }
-
-DebuggerOutput::DebuggerOutput() : handler_(AddVectoredExceptionHandler(1, takeDebuggerText)) {
-    debuggerTexts.clear();
-}
-DebuggerOutput::~DebuggerOutput() { RemoveVectoredExceptionHandler(handler_); }
-Texts DebuggerOutput::texts() const { return debuggerTexts; }
 
 ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), original_(slot) {
     DWORD protection = 0;

@@ -70,17 +70,6 @@ private:
     Tracing tracing_;
 };
 
-// Collects what this process sends to the debugger's channel.
-class DebuggerOutput : NotCopied {
-public:
-    DebuggerOutput();
-    ~DebuggerOutput();
-    Texts texts() const;
-
-private:
-    void* handler_;
-};
-
 // Puts a function in the place of one that the executable imports. The slot is
 // the import table's entry, __imp_NAME.
 class ReplacedImport : NotCopied {

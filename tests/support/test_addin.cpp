@@ -18,13 +18,10 @@ namespace {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
+// Only the first of its operations is called.
 struct IDTExtensibility2 : IDispatch {
     virtual HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode,
                                                    IDispatch* instance, SAFEARRAY** custom) = 0;
-    virtual HRESULT STDMETHODCALLTYPE OnDisconnection(int mode, SAFEARRAY** custom) = 0;
-    virtual HRESULT STDMETHODCALLTYPE OnAddInsUpdate(SAFEARRAY** custom) = 0;
-    virtual HRESULT STDMETHODCALLTYPE OnStartupComplete(SAFEARRAY** custom) = 0;
-    virtual HRESULT STDMETHODCALLTYPE OnBeginShutdown(SAFEARRAY** custom) = 0;
 };
 
 constexpr IID kIidExtensibility2 = {
@@ -46,16 +43,20 @@ void report(int mode, bool nothingElseGiven) {
 }
 
 // Add-in and class factory are static objects: their counts do not matter.
-class Addin final : public IDTExtensibility2 {
+template <class Interface, const IID& kIid>
+class StaticObject : public Interface {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch) ||
-                           IsEqualIID(iid, kIidExtensibility2);
+        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, kIid);
         *object = known ? this : nullptr;
         return known ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
+};
+
+class Addin final : public StaticObject<IDTExtensibility2, kIidExtensibility2> {
+public:
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
@@ -70,21 +71,10 @@ public:
         report(mode, application == nullptr && instance == nullptr && custom == nullptr);
         return standin::environmentVariable(L"PELLORY_ADDIN_FAILS").empty() ? S_OK : E_FAIL;
     }
-    HRESULT STDMETHODCALLTYPE OnDisconnection(int, SAFEARRAY**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE OnAddInsUpdate(SAFEARRAY**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE OnStartupComplete(SAFEARRAY**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE OnBeginShutdown(SAFEARRAY**) override { return E_NOTIMPL; }
 };
 
-class Factory final : public IClassFactory {
+class Factory final : public StaticObject<IClassFactory, IID_IClassFactory> {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory);
-        *object = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
         static Addin addin;
         return addin.QueryInterface(iid, object);

@@ -70,6 +70,7 @@ void PageBuilder::section(const std::wstring& heading) {
     row_ = makeControl<Control>();
     row_->setArrangement(Arrangement::kRows);
     row_->setMeasuresChildren(false);
+    row_->setWraps(true);
     row_->setSpacing(page_.scale(8), page_.scale(6));
     row_->setAlignment(Alignment::kStart, Alignment::kCentre);
     page_.addChild(row_);

@@ -6,18 +6,18 @@ namespace zustd::gallery {
 
 namespace {
 
-constexpr Size kField{155, 24};
+constexpr Size kField{150, 24};
 
 std::shared_ptr<NativeTextBox> addField(PageBuilder& builder, const wchar_t* label,
                                         TextBoxKind kind, Size size = kField) {
-    builder.add(makeControl<Text>(label, false), {56, 16});
+    builder.add(makeControl<Text>(label, false), {62, 16});
     auto field = builder.add(builder.windows().createNativeTextBox(), size);
     field->setKind(kind);
     return field;
 }
 
 std::shared_ptr<NativeComboBox> addList(PageBuilder& builder, const wchar_t* label, bool editable) {
-    builder.add(makeControl<Text>(label, false), {56, 16});
+    builder.add(makeControl<Text>(label, false), {62, 16});
     auto list = builder.add(builder.windows().createNativeComboBox(), kField);
     list->setEditable(editable);
     for (const wchar_t* item :

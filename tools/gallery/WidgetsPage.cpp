@@ -43,6 +43,7 @@ void addTexts(PageBuilder& builder) {
     wrapped->setFont(fontOf(9));
     wrapped->setWordWrap(true);
     wrapped->setTextAlignment(TextAlignment::kCentre, TextAlignment::kCentre);
+    builder.breakLine();
     const auto keys = builder.add(makeControl<Label>(L"With an &access key && more"));
     keys->setAccessKeys(true);
 }
