@@ -493,8 +493,9 @@ TEST_F(SurfaceTest, dialog_nativeButtons_followTabEnterAndAccessKeys) {
                           pressKeys({VK_SHIFT, VK_TAB});
                       },
                       [&] {
-                          expect(field, L"keyPressed keyPressed leaveFocus enterFocus "
-                                        L"keyPressed keyPressed leaveFocus");
+                          expect(field,
+                                 L"keyPressed keyPressed leaveFocus enterFocus "
+                                 L"keyPressed keyPressed leaveFocus");
                           dialog->hide(1);
                       }};
     EXPECT_EQ(dialog->show(true), 1);

@@ -106,7 +106,7 @@ void GridViewWin32Gdi::pushCheckBoxes() {
     if (hasCheckBoxes_ != getAbstraction().hasCheckBoxes()) {
         hasCheckBoxes_ = !hasCheckBoxes_;
         send(LVM_SETIMAGELIST, LVSIL_STATE,
-             reinterpret_cast<LPARAM>(hasCheckBoxes_ ? checkImages() : nullptr));
+             reinterpret_cast<LPARAM>(hasCheckBoxes_ ? checkImages(1) : nullptr));
         send(LVM_SETCALLBACKMASK, hasCheckBoxes_ ? LVIS_STATEIMAGEMASK : 0U);
         InvalidateRect(window(), nullptr, TRUE);
     }

@@ -96,14 +96,18 @@ void drawCheckBox(const PixelBitmap& image, Size size, std::int32_t margin, UINT
     RECT box{margin, margin, size.width - margin, size.height - margin};
     DrawFrameControl(context.get(), &box, DFC_BUTTON, DFCS_BUTTONCHECK | DFCS_FLAT | state);
     GdiFlush();
+    const auto width = static_cast<std::size_t>(size.width);
     for (std::int32_t y = box.top; y < box.bottom; ++y) {
         for (std::int32_t x = box.left; x < box.right; ++x) {
-            image.pixels[static_cast<std::size_t>(y * size.width + x)] |= kOpaque;
+            image.pixels[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)] |=
+                kOpaque;
         }
     }
 }
 
-COLORREF colorOr(Color color, int systemColor) noexcept {
+COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexcept {
+    const auto colors = control.colors();
+    const Color color = colors ? colors->color(role) : Color();
     return color.isSet ? nativeColor(color) : GetSysColor(systemColor);
 }
 
@@ -154,8 +158,8 @@ bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) {
 
 std::optional<ItemControlWin32Gdi::Colors> ItemControlWin32Gdi::changedColors() {
     const Colors wanted{
-        colorOr(control().color(ColorRole::kText), COLOR_WINDOWTEXT),
-        colorOr(control().color(ColorRole::kBackground), COLOR_WINDOW),
+        colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
+        colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
     };
     if (colors_ == wanted) {
         return std::nullopt;
@@ -194,16 +198,16 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
     return list;
 }
 
-HIMAGELIST ItemControlWin32Gdi::checkImages() {
+HIMAGELIST ItemControlWin32Gdi::checkImages(UINT firstState) {
     if (!checkImages_) {
         const std::int32_t extent = std::max(control().scale(kCheckImageSize), 1);
         const Size size{extent, extent};
-        ImageListHandle list = makeList(size, 3);
-        // A state of 0 shows nothing; its image only takes the place.
-        append(list, PixelBitmap(size));
-        for (const UINT state : {0U, UINT{DFCS_CHECKED}}) {
+        ImageListHandle list = makeList(size, static_cast<int>(kChecked - firstState + 1));
+        for (UINT state = firstState; state <= kChecked; ++state) {
             const PixelBitmap image(size);
-            drawCheckBox(image, size, kCheckMargin, state);
+            if (state != 0) {
+                drawCheckBox(image, size, kCheckMargin, state == kChecked ? DFCS_CHECKED : 0);
+            }
             append(list, image);
         }
         checkImages_ = std::move(list);

@@ -62,7 +62,8 @@ protected:
 
     bool isMirroring() const noexcept { return mirroring_ != 0; }
 
-    // Text and background by colour roles, the system's where they are unset.
+    // Text and background by the control's own colours; the system's where these
+    // are unset, for a list lies on a page like a field and not like a label.
     struct Colors {
         COLORREF text;
         COLORREF background;
@@ -77,10 +78,12 @@ protected:
     // list, which has lost the former one. Null stands for no images.
     bool updateImages(const BitmapListDescriptor* descriptor, bool always = false);
     HIMAGELIST images() const noexcept { return images_.get(); }
-    // The pictures of a check box: INDEXTOSTATEIMAGEMASK of these.
+    // The states of a check box: INDEXTOSTATEIMAGEMASK of these. Their images
+    // begin with that of the state that the control takes for the first: a tree
+    // counts from 0, which shows nothing, and a list from 1.
     static constexpr UINT kUnchecked = 1;
     static constexpr UINT kChecked = 2;
-    HIMAGELIST checkImages();
+    HIMAGELIST checkImages(UINT firstState);
 
     // Derived classes call it first: any message but the backend's own settles.
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;

@@ -125,16 +125,14 @@ private:
     ControlUpdate update_;
 };
 
-MarkupView::MarkupView() {
+MarkupView::MarkupView() : MarkupView(std::wstring()) {}
+
+MarkupView::MarkupView(std::wstring markup)
+    : markup_(std::move(markup)), waiting_(!markup_.empty()) {
     // Texts of different sizes stand on one line.
     setAlignment(Alignment::kStart, Alignment::kEnd);
     // What a maximum size cuts off is not to be seen.
     setClipsChildren(true);
-}
-
-MarkupView::MarkupView(std::wstring markup) : MarkupView() {
-    markup_ = std::move(markup);
-    waiting_ = true;
 }
 
 void MarkupView::initialize() {

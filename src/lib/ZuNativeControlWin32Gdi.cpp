@@ -98,8 +98,9 @@ void NativeControlWin32Gdi::place() {
     if (present.left != area.left || present.top != area.top ||
         present.right - present.left != area.width() ||
         present.bottom - present.top != area.height()) {
+        // Where the old place was not painted yet, there is nothing to carry along.
         SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
-                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_NOCOPYBITS);
     }
     const bool usable = control_->isUsable();
     if (usable != (IsWindowEnabled(window()) != FALSE)) {

@@ -24,7 +24,7 @@ public:
 
     // A piece without content; throws std::bad_alloc.
     void* take();
-    void giveBack(void* piece) noexcept;
+    void giveBack(void* object) noexcept;
 
     // The pool of this framework's own small objects.
     static ObjectPool& shared() noexcept;
@@ -46,6 +46,8 @@ private:
 // makes them too large.
 class PooledObject {
 public:
+    // The operator delete below, which is told the size, belongs to it.
+    // NOLINTNEXTLINE(misc-new-delete-overloads)
     static void* operator new(std::size_t size) {
         return size <= ObjectPool::kPieceSize ? ObjectPool::shared().take() : ::operator new(size);
     }

@@ -60,7 +60,7 @@ void TreeViewWin32Gdi::pushLook() {
         send(TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images()));
     }
     if (!filled_ && hasCheckBoxes_) {
-        send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
+        send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages(0)));
     }
 }
 
@@ -290,14 +290,13 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
 
 Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
     return guarded(L"TreeViewWin32Gdi::getNodeBoundary", Rect(), [&] {
-        const HTREEITEM item = itemOf(node);
+        const auto item = reinterpret_cast<std::uintptr_t>(itemOf(node));
         RECT caption{};
         RECT client{};
         RECT seen{};
         // The message takes the item where it leaves the rectangle.
         std::memcpy(&caption, &item, sizeof(item));
-        if (item == nullptr ||
-            send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) == FALSE ||
+        if (item == 0 || send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) == FALSE ||
             !GetClientRect(window(), &client) || !IntersectRect(&seen, &caption, &client)) {
             return Rect();
         }

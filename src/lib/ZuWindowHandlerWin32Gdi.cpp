@@ -68,7 +68,7 @@ private:
 
 class FlagScope {
 public:
-    explicit FlagScope(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+    explicit FlagScope(bool& flag) noexcept : flag_(flag) { flag = true; }
     FlagScope(const FlagScope&) = delete;
     FlagScope& operator=(const FlagScope&) = delete;
     ~FlagScope() { flag_ = false; }
@@ -417,7 +417,7 @@ bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& r
 
 // What nothing on this surface uses goes on to the controls that it lies on,
 // and from the outermost surface to the host's window.
-bool WindowHandlerWin32Gdi::handleWheel(const MouseEvent& event) {
+bool WindowHandlerWin32Gdi::handleWheel(const MouseEvent& event) const {
     Control& inner = surface();
     if (inner.inputRouter()->routeMouse(event)) {
         return true;

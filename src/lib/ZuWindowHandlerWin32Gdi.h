@@ -96,7 +96,7 @@ private:
     bool handleFrame(const WindowMessage& message, LRESULT& result);
     bool handlePainting(const WindowMessage& message, LRESULT& result);
     bool handleMouse(const WindowMessage& message, LRESULT& result);
-    bool handleWheel(const MouseEvent& event);
+    bool handleWheel(const MouseEvent& event) const;
     bool handleKey(const WindowMessage& message, LRESULT& result);
     bool handleFocus(const WindowMessage& message);
     bool setPointer(const WindowMessage& message);
