@@ -106,7 +106,7 @@ void drawCheckBox(const PixelBitmap& image, Size size, std::int32_t margin, UINT
 }
 
 COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexcept {
-    const auto colors = control.colors();
+    const auto& colors = control.colors();
     const Color color = colors ? colors->color(role) : Color();
     return color.isSet ? nativeColor(color) : GetSysColor(systemColor);
 }
