@@ -24,8 +24,9 @@ endfunction()
 
 function(pellory_resources target)
   get_filename_component(folder "${PELLORY_RESOURCES_FOLDER}" ABSOLUTE)
-  file(GLOB files CONFIGURE_DEPENDS RELATIVE "${folder}"
-    "${folder}/strings/*.xml" "${folder}/images/*/*.png")
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE "${folder}"
+    "${folder}/strings/*" "${folder}/images/*")
+  list(REMOVE_ITEM files images/catalogue.tsv)
   list(SORT files COMPARE NATURAL)
   foreach(path IN LISTS files)
     pellory_check_resource("${path}")

@@ -4,12 +4,17 @@
 #include <cryptopp/zlib.h>
 #include <gtest/gtest.h>
 
+#include <process.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <new>
 #include <set>
 
+#include "ZuEncoder.h"
+#include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd {
@@ -86,9 +91,26 @@ constexpr std::string_view kTestSealed =
     "8cb08e48590dbb3da7b08b1056828838c5f61e6393ba7a0abcc9f662"
     "76fc6ece0f4e1768cddf8853bb2d551b";
 
-TEST(CipherKnownAnswers, gcmTestCaseAndForeignMessages_giveTheirAnswers) {
+// Test cases 13 to 15 of the same: no text, one block, whole blocks.
+const std::string kZeroKey(64, '0');
+const std::string kZeroNonce(24, '0');
+const std::string kTestNonce = "cafebabefacedbaddecaf888";
+const struct {
+    std::string key;
+    std::string nonce;
+    std::string plain;
+    std::string sealed;
+} kCasesWithoutAssociated[] = {
+    {kZeroKey, kZeroNonce, "", "530f8afbc74536b9a963b4f1c4cb738b"},
+    {kZeroKey, kZeroNonce, std::string(32, '0'),
+     "cea7403d4d606b6e074ec5d3baf39d18d0d1c8a799996bf0265b98b5d48ab919"},
+    {std::string(kTestKey), kTestNonce, std::string(kTestPlain) + "1aafd255",
+     std::string(kTestSealed.substr(0, 120)) + "898015adb094dac5d93471bdec1a502270e3cc6c"},
+};
+
+TEST(CipherKnownAnswers, gcmTestCasesAndForeignMessages_giveTheirAnswers) {
     const CipherKey key = CipherKey::fromHex(kTestKey);
-    const detail::CipherNonce nonce = nonceOf(bytesOfHex("cafebabefacedbaddecaf888"));
+    const detail::CipherNonce nonce = nonceOf(bytesOfHex(kTestNonce));
     const std::string associated = bytesOfHex("feedfacedeadbeeffeedfacedeadbeefabaddad2");
     const std::string sealed = bytesOfHex(kTestSealed);
     const std::string plain = bytesOfHex(kTestPlain);
@@ -96,6 +118,11 @@ TEST(CipherKnownAnswers, gcmTestCaseAndForeignMessages_giveTheirAnswers) {
     EXPECT_EQ(detail::openBytes(key, nonce, associated, sealed), plain);
     EXPECT_EQ(thrownText([&] { detail::openBytes(key, nonce, associated + "x", sealed); }),
               kRefused);
+    for (const auto& test : kCasesWithoutAssociated) {
+        EXPECT_EQ(detail::sealBytes(CipherKey::fromHex(test.key), nonceOf(bytesOfHex(test.nonce)),
+                                    "", bytesOfHex(test.plain)),
+                  bytesOfHex(test.sealed));
+    }
     // Made by another implementation of AES-GCM and of zlib.
     const std::string enciphered = bytesOfHex(
         "5a554301a0a1a2a3a4a5a6a7a8a9aaaba16abf918654679342b53b03bfab40d37a6f643e7b96fc08cf90c37b"
@@ -260,10 +287,70 @@ TEST(CipherInstalledKey, operationsWithoutKey_useTheInstalledOneOrAreRefused) {
     setCipherKey(kKey);
     EXPECT_EQ(failure(), L"nothing");
     EXPECT_EQ(Cipher::decipher(kEnciphered, Cipher::encipher(kEnciphered, kText), kKey), kText);
+    std::wstring out = L"old";
+    for (const CipherEncoding encoding : kBothEncodings) {
+        Encoder::decodeFrom(static_cast<int>(encoding), Cipher::encipher(encoding, kText), out);
+        EXPECT_EQ(out, L"Gr\u00FC\u00DFe, \u043C\u0438\u0440\r\n");
+    }
+    EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(kEncodingEnciphered, message, out); }),
+              kRefused);
+    EXPECT_EQ(out, L"");
     clearCipherKey();
     EXPECT_EQ(failure(), L"Cipher::decipher: no key installed");
     EXPECT_EQ(thrownText([] { Cipher::encipher(kEnciphered, kText); }),
               L"Cipher::encipher: no key installed");
+}
+
+// The program that enciphers files, which lies beside this one.
+class EncipherTool : public testing::Test {
+protected:
+    intptr_t run(std::vector<std::wstring> arguments) const {
+        std::wstring program(MAX_PATH, L'\0');
+        program.resize(GetModuleFileNameW(nullptr, program.data(), MAX_PATH));
+        program.replace(program.rfind(L'\\') + 1, std::wstring::npos, L"encipher.exe");
+        arguments.insert(arguments.begin(), L"encipher");
+        std::vector<const wchar_t*> pointers;
+        for (const std::wstring& argument : arguments) {
+            pointers.push_back(argument.c_str());
+        }
+        pointers.push_back(nullptr);
+        return _wspawnv(_P_WAIT, program.c_str(), pointers.data());
+    }
+    std::wstring file(const wchar_t* name, const std::string& bytes) const {
+        writeBytes(folder_.file(name), bytes);
+        return folder_.file(name);
+    }
+
+    TempFolder folder_;
+    const std::wstring key_ = file(L"key", " " + kKeyStart + "1F\r\n");
+    const std::wstring otherKey_ = file(L"other", kKeyStart + "1e");
+    const std::wstring out_ = folder_.file(L"out");
+    const std::wstring back_ = folder_.file(L"back");
+};
+
+TEST_F(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
+    const std::wstring in = file(L"in", std::string(kText));
+    for (const wchar_t* encoding : {L"2", L"3"}) {
+        ASSERT_EQ(run({L"-e", encoding, L"-k", key_, in, out_}), 0);
+        const std::string message = readBytes(out_);
+        EXPECT_EQ(Cipher::decipher(static_cast<CipherEncoding>(*encoding - L'0'), message, kKey),
+                  kText);
+        EXPECT_EQ(run({L"-d", L"-e", encoding, L"-k", otherKey_, out_, back_}), 3);
+        EXPECT_FALSE(fileExists(back_));
+        ASSERT_EQ(run({L"-d", L"-e", encoding, L"-k", key_, out_, back_}), 0);
+        EXPECT_EQ(readBytes(back_), kText);
+        EXPECT_TRUE(deleteFile(back_) && deleteFile(out_));
+    }
+    const std::pair<intptr_t, std::vector<std::wstring>> cases[] = {
+        {1, {L"-k", key_, in, out_}},
+        {1, {L"-e", L"4", L"-k", key_, in, out_}},
+        {2, {L"-e", L"2", L"-k", file(L"short", kKeyStart + "1"), in, out_}},
+        {2, {L"-e", L"2", L"-k", key_, folder_.file(L"missing"), out_}},
+        {3, {L"-e", L"2", L"-k", key_, file(L"smile", "\xF0\x9F\x98\x80"), out_}}};
+    for (const auto& [expected, arguments] : cases) {
+        EXPECT_EQ(run(arguments), expected);
+        EXPECT_FALSE(fileExists(out_));
+    }
 }
 
 }  // namespace

@@ -110,8 +110,10 @@ TEST(EncoderNumbers, decodeFrom_byNumber_picksTheEncodingOrRefuses) {
     Encoder::decodeFrom(kEncodingUtf8, "\xC3\xA9", out);
     EXPECT_EQ(out, L"\u00E9");
     for (const int encoding : {0, 5, 7, -1}) {
+        out = L"old";
         EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(encoding, "A", out); }),
                   L"Encoder::decodeFrom: unknown encoding");
+        EXPECT_EQ(out, L"");
     }
 }
 

@@ -90,6 +90,9 @@ TEST(ResourceService, everyKey_hasTextInTheLanguageChosenLast) {
         }
     }
     EXPECT_EQ(*english->find(9002), L"Cancel") << "a table from before stays as it was";
+    const auto dutch = service->getStringTable();
+    EXPECT_TRUE(service->selectLocale(L"nl-BE"));
+    EXPECT_EQ(service->getStringTable(), dutch) << "parsed once";
     for (const std::uint64_t key : {0ULL, 8000ULL, 11088ULL, 11345ULL, ~0ULL}) {
         EXPECT_EQ(service->getString(key), L"") << key;
     }
@@ -146,6 +149,20 @@ TEST(ResourceService, noNamespaceForLocale_keepsTheChosenOne) {
     EXPECT_EQ(service->getFileResource(100), nullptr);
     library.rootName = L"other";
     EXPECT_FALSE(makeInstalled(library)->selectLocale(L"de"));
+}
+
+TEST(ResourceService, memoryRunsOut_emptyTableOrTextForThisCallOnly) {
+    const auto service = makeInstalled();
+    for (long allowed = 4; allowed < 20; ++allowed) {
+        service->selectLocale(allowed % 2 != 0 ? L"de" : L"fr");
+        std::shared_ptr<const StringTable> table;
+        {
+            const AllocationLimit limit(allowed);
+            table = service->getStringTable();
+        }
+        EXPECT_TRUE(table->empty()) << allowed;
+        EXPECT_EQ(service->getStringTable()->size(), 380U) << allowed;
+    }
 }
 
 TEST(ResourceService, table_readsEntitiesOnceOrIsEmptyAsAWhole) {

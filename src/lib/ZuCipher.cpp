@@ -59,7 +59,8 @@ void reported(const wchar_t* text, SourcePlace place, Body&& body) {
     }
 }
 
-// Text that is overwritten unless it is handed out.
+// Text that is overwritten unless it is handed out. Whoever lets it grow takes
+// care of the memory that it leaves.
 class GuardedText {
 public:
     explicit GuardedText(std::size_t size = 0) : text_(size, '\0') {}
@@ -96,11 +97,15 @@ public:
     }
 
 private:
-    // Doubles as a string would by itself, but never beyond the limit.
+    // Doubles as a string would by itself, but never beyond the limit and with
+    // nothing left behind in the memory of before.
     void makeRoom(std::size_t length) {
         const std::size_t size = text_.size() + length;
         if (size > text_.capacity()) {
-            text_.reserve(std::max(size, std::min(2 * text_.capacity(), kMaxCipherText)));
+            GuardedText larger;
+            larger.text().reserve(std::max(size, std::min(2 * text_.capacity(), kMaxCipherText)));
+            larger.text().append(text_);
+            text_.swap(larger.text());
         }
     }
 
@@ -109,6 +114,8 @@ private:
 };
 
 void deflate(std::string_view utf8, std::string& packed) {
+    // More than the worst text takes, so that it stays in one place.
+    packed.reserve(utf8.size() + utf8.size() / 64 + 64);
     reported(L"Cipher::encipher: text does not compress", ZU_HERE, [&] {
         CryptoPP::StringSource(
             bytesOf(utf8), utf8.size(), true,

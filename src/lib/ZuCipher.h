@@ -69,6 +69,7 @@ private:
 void setCipherKey(const CipherKey& key);
 void clearCipherKey();
 
+// Enciphers and deciphers whole texts; throws the reports of ZuPlankton.
 class Cipher {
 public:
     // The message that holds utf8; two calls never give the same one. What

@@ -253,6 +253,7 @@ EncodedSize measure(std::wstring_view text) noexcept {
 }  // namespace
 
 void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out) {
+    out.clear();
     switch (encoding) {
         case kEncodingUtf8:
             decodeFromUTF8(bytes, out, false);
@@ -323,6 +324,7 @@ void Encoder::encodeToUTF8(std::wstring_view text, std::string& out) {
 }
 
 void Utf8DecoderStateMachine::feed(char byte) {
+    ZU_ASSERT(pending_.size < pending_.bytes.size());
     pending_.bytes[pending_.size++] = static_cast<unsigned char>(byte);
     tryReduce();
 }

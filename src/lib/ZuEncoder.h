@@ -25,6 +25,7 @@ inline constexpr int kEncodingEnciphered = 2;
 inline constexpr int kEncodingEncipheredCompressed = 3;
 inline constexpr int kEncodingPlain = 4;
 
+// Whole texts between bytes and wide characters; keeps nothing.
 class Encoder {
 public:
     // Replaces out by the decoded bytes. kEncodingPlain makes each byte a code
@@ -46,7 +47,8 @@ public:
     explicit Utf8DecoderStateMachine(bool bomRequired) : bomRequired_(bomRequired) {}
 
     // Takes one byte; a code unit that it completes is added to output().
-    // Throws on a broken or missing byte-order mark.
+    // Throws on a broken or missing byte-order mark; the machine takes no more
+    // bytes then.
     void feed(char byte);
 
     // The end of the input: throws when a sequence is incomplete or a required

@@ -16,6 +16,7 @@
 
 namespace zustd {
 
+// Loads and saves whole files; nothing is thrown, each step is traced.
 class Loader {
 public:
     // Reads a file into text. True for an empty file. When the file does not

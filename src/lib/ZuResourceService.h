@@ -71,6 +71,8 @@ public:
     virtual std::wstring getString(std::uint64_t key) const = 0;
 };
 
+// The portable half: finds its backend's answers through the registry's service
+// of this class or of IResourceService.
 class ResourceService : public Abstraction<IResourceServiceImpl>,
                         public Service,
                         public IResourceService {
@@ -89,6 +91,7 @@ public:
     // The library that the backend looks things up in; empty before one is
     // installed.
     const std::wstring& libraryName() const noexcept { return libraryName_; }
+    // For the backend.
     void setLibraryName(std::wstring name) { libraryName_ = std::move(name); }
 
 private:

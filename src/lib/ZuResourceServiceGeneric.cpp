@@ -89,12 +89,12 @@ void readStringTable(const FileResource& file, StringTable& table) {
 
 }  // namespace
 
-void ResourceServiceGeneric::install(ResourceService& owner, const ResourceLibrary& library) {
+bool ResourceServiceGeneric::install(ResourceService& owner, const ResourceLibrary& library) {
     auto backend = std::make_unique<ResourceServiceGeneric>();
     backend->setLibrary(library);
     joinImplementation(owner, std::move(backend));
     owner.setLibraryName(library.name);
-    owner.selectUserLocale();
+    return owner.selectUserLocale();
 }
 
 void ResourceServiceGeneric::setLibrary(const ResourceLibrary& library) noexcept {
@@ -117,6 +117,9 @@ bool ResourceServiceGeneric::selectLocale(std::wstring_view locale) {
     }
     if (chosen == nullptr) {
         return false;
+    }
+    if (chosen == namespaceResource_) {
+        return true;
     }
     auto files = std::make_unique<FileMap>();
     addFiles(*chosen, *files);
@@ -141,11 +144,23 @@ std::shared_ptr<const StringTable> ResourceServiceGeneric::getStringTable() cons
     const FileResource* file = getFileResource(kStringTableIdentifier);
     if (!strings_) {
         auto table = std::make_shared<StringTable>();
-        const auto read = [&] { readStringTable(*file, *table); };
+        bool isFinal = true;
+        const auto read = [&] {
+            try {
+                readStringTable(*file, *table);
+            } catch (const std::bad_alloc&) {
+                isFinal = false;
+                throw;
+            }
+        };
         // Half a table would hide its fault until a text from the other half
         // is needed.
         if (file != nullptr && !guarded(L"ResourceServiceGeneric::getStringTable", read)) {
             table->clear();
+        }
+        // What memory did not suffice for may be there at the next call.
+        if (!isFinal) {
+            return table;
         }
         strings_ = std::move(table);
     }

@@ -19,13 +19,15 @@
 
 namespace zustd {
 
+// Answers from one library at a time.
 class ResourceServiceGeneric : public Implementation<ResourceService, IResourceServiceImpl> {
 public:
     // Makes a backend for the library, joins it to the owner in place of a
     // former one, names the library to the owner and chooses the namespace by
-    // the user's locale.
+    // the locale of the user's formats. False when the library has no namespace
+    // for it: one has to be chosen before anything is looked up.
     // The records outlive the owner's use of them.
-    static void install(ResourceService& owner, const ResourceLibrary& library);
+    static bool install(ResourceService& owner, const ResourceLibrary& library);
 
     // Looks up in the library's root from now on; no namespace is chosen.
     void setLibrary(const ResourceLibrary& library) noexcept;

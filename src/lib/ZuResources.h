@@ -29,12 +29,15 @@ struct FileResource {
 
 // In all records below a count tells how many entries the pointer behind it
 // leads to.
+
+// The files of one language, or those for every language.
 struct ResourceNamespace {
     const wchar_t* name;
     std::uint64_t fileCount;
     const FileResource* files;
 };
 
+// The namespaces of one product; a library uses one root, by its name.
 struct ResourceRoot {
     const wchar_t* name;
     std::uint64_t namespaceCount;

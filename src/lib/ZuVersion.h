@@ -8,6 +8,7 @@ namespace zustd {
 // What kind of build a version belongs to; it shows in the displayed text.
 enum class BuildKind { Release, Beta, Debug };
 
+// Three numbers that only grow, and what is said beside them.
 struct Version {
     // The framework's own build number, for programs that keep none.
     static constexpr long kDefaultBuild = 852;
@@ -16,11 +17,10 @@ struct Version {
     long minor = 0;
     long build = kDefaultBuild;
     BuildKind kind = BuildKind::Release;
-    // One line without a line feed.
-    std::wstring notice =
-        L"Maintenance and diagnostics for the Pellory add-in. All rights reserved.";
+    // One line without a line feed, the program's own.
+    std::wstring notice{};
 
-    // "1.8.852"
+    // Major, minor and build number with dots between them.
     std::wstring toText() const;
     // The same with " BETA" or " DEBUG" behind it for such builds.
     std::wstring toDisplayText() const;

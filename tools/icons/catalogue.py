@@ -41,7 +41,7 @@ FOLDERS = (
     ("folder-open", folders.folder_open, {16: 123, 24: 124, 32: 125}, "Folder, open"),
     ("folder-shared", folders.shared, {16: 126}, "Folder shared with other people"),
     ("folder-search", folders.search_folder, {16: 127}, "Search folder"),
-    ("folder-star", folders.with_star, {16: 128, 24: 129}, "Favourite folder"),
+    ("folder-star", folders.with_star, {16: 128, 24: 129}, "Favorite folder"),
     ("folder-arrow", folders.with_arrow, {16: 130, 24: 131}, "File into a folder"),
     ("folder-plus", folders.with_plus, {16: 132, 24: 133}, "Create a folder"),
     ("folder-locked", folders.with_lock, {16: 134}, "Folder without permission to write"),
@@ -78,7 +78,7 @@ STATES = (
     ("busy", states.busy, {16: 179}, "Busy, please wait"),
     ("locked", states.locked, {16: 180}, "Locked"),
     ("unlocked", states.unlocked, {16: 181}, "Not locked"),
-    ("favourite", states.star, {16: 182}, "Favourite"),
+    ("favourite", states.star, {16: 182}, "Favorite"),
     ("favourite-off", states.empty_star, {16: 183}, "Not a favourite"),
 )
 
