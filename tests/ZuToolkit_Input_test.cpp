@@ -131,6 +131,88 @@ TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
     EXPECT_EQ(sent(kLeftDown, {60, 10}), L"enterFocus enterLeftClicking");
 }
 
+TEST_F(InputTest, receivers_changeTheTreeThemselves_leaveItWhole) {
+    using Change = std::function<void(const std::shared_ptr<Control>&)>;
+    const auto other = shown(makeControl<Control>());
+    const Change changes[] = {
+        [&](const auto& child) { window_->removeChild(child.get()); },
+        [&](const auto& child) { other->addChild(child); },
+        [&](const auto&) { window_->removeAllChildren(); },
+        [&](const auto& child) { window_->insertChild(0, child); },
+    };
+    const MessageKind* const kinds[] = {&Control::kLeaveFocus, &Control::kLeaveHovering,
+                                        &Control::kLeaveLeftClicking};
+    const auto holds = [](const Control& parent, const std::shared_ptr<Control>& child) {
+        return std::count(parent.children().begin(), parent.children().end(), child) != 0;
+    };
+    for (const MessageKind* kind : kinds) {
+        for (std::size_t i = 0; i < 2 * std::size(changes); ++i) {
+            const auto child = shown(makeControl<Control>());
+            child->setFocusable(true);
+            child->setBoundary({150, 0, 199, 49});
+            mouse(kMove, {160, 10});
+            mouse(kLeftDown, {160, 10});
+            bool isFirst = true;
+            child->connect(std::make_shared<FunctionSink>([&](const MessageKind& sent, auto...) {
+                               if (&sent == kind && std::exchange(isFirst, false)) {
+                                   changes[i / 2](child);
+                               }
+                           }),
+                           false);
+            if (i % 2 == 0) {
+                window_->removeChild(child.get());
+            } else {
+                window_->removeAllChildren();
+            }
+            EXPECT_FALSE(isFirst) << i;
+            EXPECT_EQ(child->parentControl() == window_.get(), holds(*window_, child)) << i;
+            EXPECT_EQ(child->parentControl() == other.get(), holds(*other, child)) << i;
+            EXPECT_EQ(router().pressed(), nullptr) << i;
+            window_->removeAllChildren();
+            other->removeAllChildren();
+            window_->addChild(other);
+        }
+    }
+}
+
+TEST_F(InputTest, receivers_redirectFocusOrEndThePress_areObeyed) {
+    left_->setFocusable(true);
+    right_->setFocusable(true);
+    left_->takeFocus();
+    const auto redirect = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+        if (&kind == &Control::kEnterFocus) {
+            left_->takeFocus();
+        }
+    });
+    right_->connect(redirect, false);
+    EXPECT_FALSE(right_->takeFocus());
+    EXPECT_EQ(router().focused(), left_);
+    right_->disconnect(redirect.get());
+    left_->connect(std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+                       if (&kind == &Control::kLeaveFocus) {
+                           right_->setEnabled(false);
+                       }
+                   }),
+                   false);
+    log_->take();
+    EXPECT_TRUE(mouse(kLeftDown, {60, 10}));
+    EXPECT_EQ(log_->take().find(L"LeftClicking"), std::wstring::npos);
+    EXPECT_EQ(router().pressed(), nullptr);
+    EXPECT_FALSE(native().captured);
+}
+
+TEST_F(InputTest, receiver_dropsTheSurface_endsTheOperationQuietly) {
+    for (const std::uint32_t key : {kKeyTab, kKeyEscape}) {
+        auto window = host_->createNativeWindow();
+        window->synchronizeTree();
+        auto field = host_->createNativeTextBox();
+        window->addChild(field);
+        field->connect(std::make_shared<FunctionSink>([&](auto&&...) { window.reset(); }), false);
+        window->inputRouter()->routeKeyFrom(*field, {key, 0});
+        EXPECT_EQ(window, nullptr);
+    }
+}
+
 TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {
     mouse(kWheel, {10, 10}, -120);
     EXPECT_EQ(log_->entries[0].b.number(), -120);

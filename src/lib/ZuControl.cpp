@@ -145,7 +145,9 @@ void Control::insertChild(std::size_t index, const std::shared_ptr<Control>& chi
     // The caller may pass the former parent's own reference.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::shared_ptr<Control> kept = child;
-    kept->leaveParent();
+    while (kept->parent_ != nullptr) {
+        kept->leaveParent();
+    }
     const std::size_t place = std::min(index, children_.size());
     children_.insert(children_.begin() + static_cast<std::ptrdiff_t>(place), kept);
     kept->parent_ = this;
@@ -176,12 +178,18 @@ bool Control::removeChild(const Control* child) {
 }
 
 void Control::removeAllChildren() {
-    const Controls leaving = std::move(children_);
-    children_.clear();
+    // Whoever hears of it may add and remove children meanwhile.
+    if (Control* holder = surface()) {
+        holder->inputRouter()->forgetBelow(*this);
+    }
+    const Controls leaving = std::exchange(children_, {});
     for (const std::shared_ptr<Control>& child : leaving) {
-        child->forgetInput();
-        child->releaseTree();
         child->parent_ = nullptr;
+    }
+    for (const std::shared_ptr<Control>& child : leaving) {
+        if (child->parent_ == nullptr) {
+            child->releaseTree();
+        }
     }
     if (!leaving.empty()) {
         refresh();
@@ -206,16 +214,24 @@ Control* Control::surface() noexcept {
 
 const Control* Control::surface() const noexcept { return const_cast<Control*>(this)->surface(); }
 
-// The caller holds a reference.
+// The caller holds a reference. Whoever hears that the focus or the pointer is
+// lost may be faster, or put the control elsewhere.
 void Control::leaveParent() {
-    if (parent_ == nullptr) {
+    Control* const parent = parent_;
+    if (parent == nullptr) {
         return;
     }
     forgetInput();
-    releaseTree();
-    refresh();
-    std::erase_if(parent_->children_, [this](const auto& held) { return held.get() == this; });
-    parent_ = nullptr;
+    if (parent_ == parent) {
+        releaseTree();
+    }
+    if (parent_ == parent) {
+        refresh();
+    }
+    if (parent_ == parent) {
+        std::erase_if(parent->children_, [this](const auto& held) { return held.get() == this; });
+        parent_ = nullptr;
+    }
 }
 
 void Control::forgetInput() {
@@ -588,8 +604,10 @@ void Control::synchronizeTree() {
 }
 
 void Control::releaseTree() noexcept {
-    for (const std::shared_ptr<Control>& child : children_) {
-        child->releaseTree();
+    // A window that goes hands the focus on, and somebody may hear of it.
+    for (std::size_t i = 0; i < children_.size(); ++i) {
+        const std::shared_ptr<Control> kept = children_[i];
+        kept->releaseTree();
     }
     releaseNative();
 }

@@ -61,6 +61,7 @@ Control& outermost(Control& surface) noexcept {
 // --- Mouse ----------------------------------------------------------------------------------
 
 bool InputRouter::routeMouse(const MouseEvent& event) {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     const std::shared_ptr<Control> held = pressed_.lock();
     const std::shared_ptr<Control> under = targetAt(event.position);
     switch (event.action) {
@@ -78,12 +79,15 @@ bool InputRouter::routeMouse(const MouseEvent& event) {
         case MouseAction::kLeftDown:
         case MouseAction::kLeftDouble:
         case MouseAction::kRightDown: {
+            // A second button during a press belongs to the first one's control.
+            if (held) {
+                return deliver(held, event);
+            }
             if (!under || !under->isUsable()) {
                 return false;
             }
-            pressPosition_ = event.position;
             deliver(under, event);
-            press(under, event.action == MouseAction::kRightDown ? Button::kRight : Button::kLeft);
+            press(under, event);
             return true;
         }
         case MouseAction::kLeftUp:
@@ -114,23 +118,31 @@ void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point positi
         before->hideTooltip();
         before->acceptHover(false);
     }
-    // Whoever heard of the leaving may have moved on.
+    // Whoever heard of the leaving may have moved on, and so may who hears of
+    // the entering.
     if (target && hovered_.lock() == target) {
         target->acceptHover(true);
-        if (const auto window = surface_.windowService()) {
-            window->setCursor(target->cursor());
-        }
+    }
+    if (!target || hovered_.lock() != target) {
+        return;
+    }
+    if (const auto window = surface_.windowService()) {
+        window->setCursor(target->cursor());
+    }
+    if (button_ == Button::kNone) {
         target->showTooltip(position);
     }
 }
 
-void InputRouter::press(const std::shared_ptr<Control>& target, Button button) {
-    // A second button during a press belongs to the first one's control.
-    if (button_ != Button::kNone) {
+void InputRouter::press(const std::shared_ptr<Control>& target, const MouseEvent& event) {
+    // The control has had the event, and may have gone by it.
+    if (button_ != Button::kNone || !target->isUsable() || target->surface() != &surface_) {
         return;
     }
+    const Button button = event.action == MouseAction::kRightDown ? Button::kRight : Button::kLeft;
     button_ = button;
     pressed_ = target;
+    pressPosition_ = event.position;
     dragging_ = false;
     if (const auto window = surface_.windowService()) {
         window->captureMouse();
@@ -139,7 +151,10 @@ void InputRouter::press(const std::shared_ptr<Control>& target, Button button) {
     if (target->isFocusable()) {
         setFocus(target.get());
     }
-    target->acceptPress(button == Button::kLeft, true);
+    // Whoever heard of the focus may have ended the press.
+    if (button_ == button && pressed_.lock() == target) {
+        target->acceptPress(button == Button::kLeft, true);
+    }
 }
 
 void InputRouter::release(const MouseEvent& event, Button button) {
@@ -202,6 +217,7 @@ bool InputRouter::deliver(const std::shared_ptr<Control>& target, const MouseEve
 }
 
 void InputRouter::cancelPress() {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     const std::shared_ptr<Control> held = pressed_.lock();
     const Button button = button_;
     button_ = Button::kNone;
@@ -220,6 +236,7 @@ bool InputRouter::routeKey(const KeyEvent& event) {
 }
 
 bool InputRouter::routeKeyFrom(Control& control, const KeyEvent& event) {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     const std::shared_ptr<Control> first = sharedReference(&control);
     for (std::shared_ptr<Control> climbing = first; climbing;) {
         if (climbing->isUsable() && climbing->onKey(event)) {
@@ -251,6 +268,7 @@ bool InputRouter::navigate(const KeyEvent& event) {
 }
 
 bool InputRouter::setFocus(Control* control) {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     if (control == nullptr) {
         changeFocus(nullptr);
         return true;
@@ -261,6 +279,10 @@ bool InputRouter::setFocus(Control* control) {
     }
     const std::shared_ptr<Control> kept = sharedReference(control);
     changeFocus(kept);
+    // Whoever heard of it may have given the focus to another control.
+    if (focused_.lock() != kept) {
+        return false;
+    }
     if (const auto window = surface_.windowService()) {
         window->setFocus(*control);
     }
@@ -268,6 +290,7 @@ bool InputRouter::setFocus(Control* control) {
 }
 
 bool InputRouter::moveFocus(bool backwards) {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     std::vector<Control*> order;
     collectFocusable(outermost(surface_), order);
     if (order.empty()) {
@@ -284,7 +307,7 @@ bool InputRouter::moveFocus(bool backwards) {
     if (at != order.end()) {
         next = (index + (backwards ? count - 1 : 1)) % count;
     }
-    Control* chosen = order[next];
+    const std::shared_ptr<Control> chosen = sharedReference(order[next]);
     if (chosen->surface() != &surface_) {
         changeFocus(nullptr);
     }
@@ -292,6 +315,7 @@ bool InputRouter::moveFocus(bool backwards) {
 }
 
 void InputRouter::acceptFocus(Control* control) {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     changeFocus(control != nullptr ? sharedReference(control) : nullptr);
 }
 
@@ -312,16 +336,28 @@ void InputRouter::changeFocus(const std::shared_ptr<Control>& control) {
 // --- Leaving --------------------------------------------------------------------------------
 
 void InputRouter::forget(const Control& control) {
-    if (const auto held = pressed_.lock(); held && control.isAncestorOf(*held)) {
+    forgetThose([&control](const Control& other) { return control.isAncestorOf(other); });
+}
+
+void InputRouter::forgetBelow(const Control& control) {
+    forgetThose([&control](const Control& other) {
+        return &control != &other && control.isAncestorOf(other);
+    });
+}
+
+template <class Leaves>
+void InputRouter::forgetThose(Leaves&& leaves) {
+    const std::shared_ptr<Control> alive = sharedReference(&surface_);
+    if (const auto held = pressed_.lock(); held && leaves(*held)) {
         if (const auto window = surface_.windowService()) {
             window->releaseMouse();
         }
         cancelPress();
     }
-    if (const auto hovered = hovered_.lock(); hovered && control.isAncestorOf(*hovered)) {
+    if (const auto hovered = hovered_.lock(); hovered && leaves(*hovered)) {
         moveHover(nullptr, {});
     }
-    if (const auto focused = focused_.lock(); focused && control.isAncestorOf(*focused)) {
+    if (const auto focused = focused_.lock(); focused && leaves(*focused)) {
         changeFocus(nullptr);
     }
 }

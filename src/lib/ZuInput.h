@@ -86,6 +86,8 @@ struct KeyEvent {
     bool has(std::uint32_t modifier) const noexcept { return (modifiers & modifier) != 0; }
 };
 
+// Any receiver of what it sends may change the tree, down to dropping the
+// surface: that lives to the end of the operation.
 class InputRouter {
 public:
     // The surface owns the router.
@@ -94,8 +96,9 @@ public:
     InputRouter& operator=(const InputRouter&) = delete;
 
     // Routes an event of the surface's window; whether a control used it. A
-    // press goes to the deepest enabled control under the pointer that takes
-    // the mouse, and everything up to the release follows it, inside or not.
+    // press goes to the deepest control under the pointer that takes the mouse,
+    // unless that is disabled, and everything up to the release follows it,
+    // inside or not.
     bool routeMouse(const MouseEvent& event);
 
     // Routes a key press to the focused control and, unused, from parent to
@@ -109,7 +112,8 @@ public:
     void cancelPress();
 
     // Gives the focus to a control of this surface, or to none. False when it
-    // cannot have it: invisible, disabled or not focusable.
+    // cannot have it (invisible, disabled, not focusable), or when a receiver
+    // gave it to another one meanwhile.
     bool setFocus(Control* control);
     // To the next control in focus order, wrapping around; false when no
     // control can have the focus.
@@ -124,19 +128,23 @@ public:
 
     // A control is about to leave the surface, with everything below it.
     void forget(const Control& control);
+    // All that is below it is about to leave.
+    void forgetBelow(const Control& control);
 
 private:
     enum class Button : std::uint32_t { kNone, kLeft, kRight };
 
     std::shared_ptr<Control> targetAt(Point position) const;
     void moveHover(const std::shared_ptr<Control>& target, Point position);
-    void press(const std::shared_ptr<Control>& target, Button button);
+    void press(const std::shared_ptr<Control>& target, const MouseEvent& event);
     void release(const MouseEvent& event, Button button);
     void drag(const MouseEvent& event);
     bool scroll(const std::shared_ptr<Control>& target, const MouseEvent& event);
     bool deliver(const std::shared_ptr<Control>& target, const MouseEvent& event);
     bool navigate(const KeyEvent& event);
     void changeFocus(const std::shared_ptr<Control>& control);
+    template <class Leaves>
+    void forgetThose(Leaves&& leaves);
 
     Control& surface_;
     std::weak_ptr<Control> hovered_;
