@@ -131,28 +131,27 @@ void drawScaled(Gdiplus::GpBitmap* image, Size imageSize, Gdiplus::GpBitmap* tar
                                        madeAttributes, nullptr, nullptr));
 }
 
-// A transparent bitmap and where its pixels lie.
-BitmapHandle makePixels(Size size, void*& pixels) {
-    BITMAPINFO description{};
-    description.bmiHeader.biSize = sizeof(description.bmiHeader);
-    description.bmiHeader.biWidth = size.width;
-    description.bmiHeader.biHeight = -size.height;
-    description.bmiHeader.biPlanes = 1;
-    description.bmiHeader.biBitCount = 32;
-    BitmapHandle bitmap(
-        CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &pixels, nullptr, 0));
-    if (!bitmap) {
-        throw SystemException(L"Could not create bitmap");
-    }
-    return bitmap;
-}
-
 std::shared_ptr<IResourceService> rootResources() {
     const auto root = ServiceLocator::instance();
     return root ? root->getService<IResourceService>() : nullptr;
 }
 
 }  // namespace
+
+PixelBitmap::PixelBitmap(Size size) {
+    BITMAPINFO description{};
+    description.bmiHeader.biSize = sizeof(description.bmiHeader);
+    description.bmiHeader.biWidth = size.width;
+    description.bmiHeader.biHeight = -size.height;
+    description.bmiHeader.biPlanes = 1;
+    description.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!handle) {
+        throw SystemException(L"Could not create bitmap");
+    }
+    pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
+}
 
 void BitmapWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {
@@ -186,15 +185,14 @@ DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double 
     }
     needGdiPlus();
     const Image image = decode(bytes);
-    void* pixels = nullptr;
-    BitmapHandle bitmap = makePixels(target, pixels);
+    PixelBitmap bitmap(target);
     Gdiplus::GpBitmap* made = nullptr;
     check(flat::GdipCreateBitmapFromScan0(target.width, target.height, target.width * 4,
-                                          PixelFormat32bppPARGB, static_cast<BYTE*>(pixels),
-                                          &made));
+                                          PixelFormat32bppPARGB,
+                                          reinterpret_cast<BYTE*>(bitmap.pixels.data()), &made));
     const Image view(made);
     drawScaled(image.get(), own, made, target);
-    return {std::move(bitmap), target};
+    return {std::move(bitmap.handle), target};
 }
 
 BitmapWin32Gdi& bitmapBackend(const Bitmap& bitmap) {

@@ -20,10 +20,21 @@ class IResourceService;
 // The largest image that is taken, before scaling and after it: 64 MB.
 inline constexpr std::int64_t kMostPixels = std::int64_t{16} << 20;
 
-// A top-down bitmap of 32 bits a pixel, colours premultiplied with alpha.
+// A PixelBitmap's handle, colours premultiplied with alpha.
 struct DrawableImage {
     BitmapHandle bitmap;
     Size size;
+};
+
+// A top-down bitmap of 32 bits a pixel, transparent black at first.
+struct PixelBitmap {
+    // Neither extent is below 1. Throws SystemException when the system has no
+    // room for it.
+    explicit PixelBitmap(Size size);
+
+    BitmapHandle handle;
+    // In memory as long as the bitmap is; GDI's drawing arrives by GdiFlush().
+    std::span<std::uint32_t> pixels;
 };
 
 class BitmapWin32Gdi : public Implementation<Bitmap, IBitmapImpl> {

@@ -85,18 +85,6 @@ UINT horizontalFlag(TextAlignment alignment) noexcept {
     }
 }
 
-// A top-down bitmap that the screen's contexts can draw on.
-BitmapHandle makeBufferBitmap(Size size) {
-    BITMAPINFO description{};
-    description.bmiHeader.biSize = sizeof(description.bmiHeader);
-    description.bmiHeader.biWidth = size.width;
-    description.bmiHeader.biHeight = -size.height;
-    description.bmiHeader.biPlanes = 1;
-    description.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    return BitmapHandle(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
-}
-
 }  // namespace
 
 void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
@@ -296,10 +284,10 @@ void GraphicsServiceWin32Gdi::beginBufferedPaint(const Rect& area) {
     layer.memory.reset(CreateCompatibleDC(outerContext));
     // A paint of nothing still has to be a layer, for its end to be found.
     layer.bitmap =
-        makeBufferBitmap({std::max(layer.area.width(), 1), std::max(layer.area.height(), 1)});
+        PixelBitmap({std::max(layer.area.width(), 1), std::max(layer.area.height(), 1)}).handle;
     layer.context = layer.memory.get();
     layer.selected = SelectedObject(layer.context, layer.bitmap.get());
-    if (!layer.memory || !layer.bitmap || !layer.selected) {
+    if (!layer.memory || !layer.selected) {
         throw SystemException(L"Could not create paint buffer");
     }
     SetViewportOrgEx(layer.context, -layer.area.left, -layer.area.top, nullptr);

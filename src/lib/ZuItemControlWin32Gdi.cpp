@@ -1,7 +1,6 @@
 #include "ZuItemControlWin32Gdi.h"
 
 #include <algorithm>
-#include <span>
 
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuColorWin32Gdi.h"
@@ -14,28 +13,6 @@ namespace {
 constexpr std::int32_t kCheckImageSize = 16;
 constexpr std::int32_t kCheckMargin = 1;
 constexpr std::uint32_t kOpaque = 0xFF000000;
-
-// A bitmap of 32 bits a pixel, top down, and its pixels; transparent at first.
-struct PixelBitmap {
-    explicit PixelBitmap(Size size) {
-        BITMAPINFO description{};
-        description.bmiHeader.biSize = sizeof(description.bmiHeader);
-        description.bmiHeader.biWidth = size.width;
-        description.bmiHeader.biHeight = -size.height;
-        description.bmiHeader.biPlanes = 1;
-        description.bmiHeader.biBitCount = 32;
-        void* bits = nullptr;
-        handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
-        if (!handle) {
-            throw SystemException(L"Could not create bitmap");
-        }
-        pixels = {static_cast<std::uint32_t*>(bits),
-                  static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height)};
-    }
-
-    BitmapHandle handle;
-    std::span<std::uint32_t> pixels;
-};
 
 // Image lists multiply colours with alpha when they draw; bitmaps have it done.
 std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "ZuBitmapWin32Gdi.h"
+
 namespace zustd::test {
 
 namespace {
@@ -43,16 +45,10 @@ int countTable() {
 }  // namespace
 
 Canvas::Canvas(Size size) : context_(CreateCompatibleDC(nullptr)), size_(size) {
-    BITMAPINFO description{};
-    description.bmiHeader.biSize = sizeof(description.bmiHeader);
-    description.bmiHeader.biWidth = size.width;
-    description.bmiHeader.biHeight = -size.height;
-    description.bmiHeader.biPlanes = 1;
-    description.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    bitmap_.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
+    PixelBitmap bitmap(size);
+    pixels_ = bitmap.pixels.data();
+    bitmap_ = std::move(bitmap.handle);
     selected_ = SelectedObject(context_.get(), bitmap_.get());
-    pixels_ = static_cast<const std::uint32_t*>(bits);
     PatBlt(context_.get(), 0, 0, size.width, size.height, WHITENESS);
 }
 
