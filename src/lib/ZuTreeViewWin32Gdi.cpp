@@ -314,15 +314,17 @@ void TreeViewWin32Gdi::select(TreeNode node) {
     }
 }
 
-// Brings the window's item into the model's state.
-void TreeViewWin32Gdi::expand(TreeNode node) {
+// Brings the window's item into the model's state; whether it was in another.
+bool TreeViewWin32Gdi::expand(TreeNode node) {
     const HTREEITEM item = itemOf(node);
     const bool expanded = getAbstraction().model().isExpanded(node);
     const LRESULT state =
         send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED;
-    if (item != nullptr && expanded != (state != 0)) {
-        send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(item));
+    if (item == nullptr || expanded == (state != 0)) {
+        return false;
     }
+    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(item));
+    return true;
 }
 
 // Expands what is above a node.
@@ -406,7 +408,10 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
             result = acceptExpanding(change) ? FALSE : TRUE;
             return true;
         case TVN_ITEMEXPANDEDW:
-            if (const TreeNode node = nodeOf(change.itemNew.lParam); node != kNoNode) {
+            // Some versions pass the selection of a collapsed node on without a word.
+            selectionChanged_ = true;
+            if (const TreeNode node = nodeOf(change.itemNew.lParam);
+                node != kNoNode && node != refused_) {
                 tree.acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
             }
             return true;
@@ -424,7 +429,14 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     NativeTreeView& tree = getAbstraction();
     const TreeNode node = nodeOf(change.itemNew.lParam);
     const bool expanding = change.action == TVE_EXPAND;
-    if (node == kNoNode || !tree.acceptExpanding(node, expanding) || !tree.model().contains(node)) {
+    if (node == kNoNode) {
+        return false;
+    }
+    if (!tree.acceptExpanding(node, expanding)) {
+        refused_ = node;
+        return false;
+    }
+    if (!tree.model().contains(node)) {
         return false;
     }
     if (itemOf(node) == change.itemNew.hItem) {
@@ -445,6 +457,15 @@ TreeNode TreeViewWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
     const bool found =
         item.hItem != nullptr && (hit.flags & parts) != 0 && TreeView_GetItem(window(), &item);
     return found ? nodeOf(item.lParam) : kNoNode;
+}
+
+// Some versions ask whether a node may be collapsed and do it all the same.
+void TreeViewWin32Gdi::undoRefused() {
+    const TreeNode node = std::exchange(refused_, kNoNode);
+    const Mirroring mirroring(*this);
+    if (itemOf(node) != nullptr && expand(node)) {
+        select(getAbstraction().model().selected());
+    }
 }
 
 void TreeViewWin32Gdi::reportSelection() {
@@ -513,6 +534,7 @@ bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& re
     }
     if (letWindowAnswer(message, result)) {
         catchUp();
+        undoRefused();
         reportSelection();
         reportRightClick();
     }

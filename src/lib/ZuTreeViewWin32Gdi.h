@@ -56,13 +56,14 @@ private:
     bool leavesToFilling();
     void catchUp();
     void select(TreeNode node);
-    void expand(TreeNode node);
+    bool expand(TreeNode node);
     void reveal(TreeNode node);
     void scrollTo(TreeNode node);
     HTREEITEM itemOf(TreeNode node) const;
     TreeNode nodeOf(LPARAM word) const;
     TreeNode nodeAt(LPARAM point, UINT parts) const;
     UINT stateOf(TreeNode node) const;
+    void undoRefused();
     void reportSelection();
     void reportRightClick();
     bool toggle(TreeNode node);
@@ -76,6 +77,7 @@ private:
     // What the user did with the message under way.
     bool selectionChanged_ = false;
     bool rightClicked_ = false;
+    TreeNode refused_ = kNoNode;
     TreeNode awaitsVisible_ = kNoNode;
     // Where the right button went down last.
     LPARAM rightPoint_ = 0;
