@@ -10,9 +10,10 @@ namespace {
 
 const std::wstring kEmptyCell;
 
-constexpr std::size_t kSmallestRoom = 16;
+constexpr std::size_t kBlockRows = 512;
 
-bool assign(bool& member, bool value) noexcept {
+template <class T>
+bool assign(T& member, T value) noexcept {
     const bool changed = member != value;
     member = value;
     return changed;
@@ -20,54 +21,81 @@ bool assign(bool& member, bool value) noexcept {
 
 }  // namespace
 
+GridModel::Blocks::const_iterator GridModel::blockOf(std::size_t row) const noexcept {
+    // No block has more rows than that, so none of the earlier ones has it.
+    const auto earliest = static_cast<std::ptrdiff_t>(row / kBlockRows);
+    const auto hasRow = [row](const Block& block) { return row - block.first < block.rows.size(); };
+    auto found = blocks_.begin() + earliest;
+    if (!hasRow(**found)) {
+        found = std::upper_bound(
+            found, blocks_.end(), row,
+            [](std::size_t wanted, const auto& block) { return wanted < block->first; });
+        --found;
+    }
+    return found;
+}
+
+GridModel::Row& GridModel::at(std::size_t row) const noexcept {
+    const Block& block = **blockOf(row);
+    return *block.rows[row - block.first];
+}
+
 std::size_t GridModel::addRow(std::wstring_view key) {
     ZU_ASSERT(!key.empty() && !rowsByKey_.contains(key));
+    const std::size_t index = rowCount();
+    std::unique_ptr<Block> made;
     // First the room, so that nothing can fail after the key is in the map.
-    if (rows_.size() == rows_.capacity()) {
-        rows_.reserve(rows_.size() * 2 + kSmallestRoom);
+    if (blocks_.empty() || blocks_.back()->rows.size() == kBlockRows) {
+        made = std::make_unique<Block>();
+        made->first = index;
+        made->rows.reserve(kBlockRows);
+        if (blocks_.size() == blocks_.capacity()) {
+            blocks_.reserve(blocks_.size() * 2 + 1);
+        }
     }
     auto [entry, isNew] = rowsByKey_.findOrInsert(key);
-    entry.value.key = &entry.key;
-    entry.value.index = rows_.size();
-    if (firstStale_ == rows_.size()) {
-        ++firstStale_;
+    if (made) {
+        blocks_.push_back(std::move(made));
     }
-    rows_.push_back(&entry.value);
-    return rows_.size() - 1;
+    entry.value.key = &entry.key;
+    entry.value.block = blocks_.back().get();
+    blocks_.back()->rows.push_back(&entry.value);
+    return index;
 }
 
 void GridModel::removeRow(std::size_t row) {
-    selectedCount_ -= rows_[row]->selected ? std::size_t{1} : std::size_t{0};
-    const std::wstring key = *rows_[row]->key;
-    rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(row));
-    rowsByKey_.remove(key);
-    firstStale_ = std::min(firstStale_, row);
+    auto later = blocks_.begin() + (blockOf(row) - blocks_.begin());
+    Block& block = **later;
+    const auto place = block.rows.begin() + static_cast<std::ptrdiff_t>(row - block.first);
+    const Row& gone = **place;
+    selectedCount_ -= gone.selected ? std::size_t{1} : std::size_t{0};
+    // The key is part of the entry that goes.
+    rowsByKey_.remove(*gone.key);
+    block.rows.erase(place);
+    later = block.rows.empty() ? blocks_.erase(later) : later + 1;
+    for (; later != blocks_.end(); ++later) {
+        --(*later)->first;
+    }
 }
 
 void GridModel::clear() noexcept {
-    rows_.clear();
+    blocks_.clear();
     rowsByKey_.clear();
     selectedCount_ = 0;
-    firstStale_ = 0;
 }
 
-std::size_t GridModel::findRow(std::wstring_view key) {
+std::size_t GridModel::findRow(std::wstring_view key) const {
     const Row* row = rowsByKey_.find(key);
     if (row == nullptr) {
         return kNullSize;
     }
-    // Rows only ever move forward, so an index in front of the first stale one
-    // is right.
-    if (row->index >= firstStale_) {
-        for (; firstStale_ < rows_.size(); ++firstStale_) {
-            rows_[firstStale_]->index = firstStale_;
-        }
-    }
-    return row->index;
+    const std::vector<Row*>& rows = row->block->rows;
+    return row->block->first +
+           static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin());
 }
 
 const std::wstring& GridModel::cell(std::size_t row, std::size_t column) const noexcept {
-    const std::vector<std::wstring>& cells = rows_[row]->cells;
+    const std::vector<std::wstring>& cells = at(row).cells;
     return column < cells.size() ? cells[column] : kEmptyCell;
 }
 
@@ -75,7 +103,7 @@ bool GridModel::setCell(std::size_t row, std::size_t column, const std::wstring&
     if (cell(row, column) == text) {
         return false;
     }
-    std::vector<std::wstring>& cells = rows_[row]->cells;
+    std::vector<std::wstring>& cells = at(row).cells;
     if (column >= cells.size()) {
         cells.resize(column + 1);
     }
@@ -84,17 +112,15 @@ bool GridModel::setCell(std::size_t row, std::size_t column, const std::wstring&
 }
 
 bool GridModel::setBitmap(std::size_t row, std::int32_t bitmap) {
-    const bool changed = rows_[row]->bitmap != bitmap;
-    rows_[row]->bitmap = bitmap;
-    return changed;
+    return assign(at(row).bitmap, bitmap);
 }
 
 bool GridModel::setChecked(std::size_t row, bool checked) {
-    return assign(rows_[row]->checked, checked);
+    return assign(at(row).checked, checked);
 }
 
 bool GridModel::setSelected(std::size_t row, bool selected) {
-    if (!assign(rows_[row]->selected, selected)) {
+    if (!assign(at(row).selected, selected)) {
         return false;
     }
     selectedCount_ = selected ? selectedCount_ + 1 : selectedCount_ - 1;
@@ -102,12 +128,14 @@ bool GridModel::setSelected(std::size_t row, bool selected) {
 }
 
 bool GridModel::setAllSelected(bool selected) {
-    const std::size_t wanted = selected ? rows_.size() : 0;
+    const std::size_t wanted = selected ? rowCount() : 0;
     if (selectedCount_ == wanted) {
         return false;
     }
-    for (Row* row : rows_) {
-        row->selected = selected;
+    for (const auto& block : blocks_) {
+        for (Row* row : block->rows) {
+            row->selected = selected;
+        }
     }
     selectedCount_ = wanted;
     return true;
@@ -116,9 +144,13 @@ bool GridModel::setAllSelected(bool selected) {
 std::vector<std::size_t> GridModel::selectedRows() const {
     std::vector<std::size_t> selected;
     selected.reserve(selectedCount_);
-    for (std::size_t row = 0; selected.size() < selectedCount_; ++row) {
-        if (rows_[row]->selected) {
-            selected.push_back(row);
+    for (auto block = blocks_.begin(); selected.size() < selectedCount_; ++block) {
+        std::size_t index = (*block)->first;
+        for (const Row* row : (*block)->rows) {
+            if (row->selected) {
+                selected.push_back(index);
+            }
+            ++index;
         }
     }
     return selected;

@@ -53,15 +53,24 @@ void GridViewWin32Gdi::synchronizeWithAbstraction() {
 }
 
 void GridViewWin32Gdi::synchronize() {
-    NativeGridView& grid = getAbstraction();
-    initializeCommonControls();
     settle();
     const Mirroring mirroring(*this);
-    const Outcome outcome =
-        synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
-    if (outcome == Outcome::kNoSurface) {
+    if (initializeFromDescriptor() == Outcome::kNoSurface) {
         return;
     }
+    pushLook();
+    if (!filled_ || isStale()) {
+        fill();
+    }
+    // Their widths depend on the rows.
+    pushColumns();
+}
+
+GridViewWin32Gdi::Outcome GridViewWin32Gdi::initializeFromDescriptor() {
+    NativeGridView& grid = getAbstraction();
+    initializeCommonControls();
+    const Outcome outcome =
+        synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
     if (outcome == Outcome::kMade) {
         forgetPushed();
         columns_.clear();
@@ -70,12 +79,7 @@ void GridViewWin32Gdi::synchronize() {
         send(LVM_SETUNICODEFORMAT, TRUE);
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
     }
-    pushLook();
-    if (!filled_ || isStale()) {
-        fill();
-    }
-    // Their widths depend on the rows.
-    pushColumns();
+    return outcome;
 }
 
 void GridViewWin32Gdi::pushLook() {
@@ -103,10 +107,9 @@ void GridViewWin32Gdi::pushImages(bool always) {
 }
 
 void GridViewWin32Gdi::pushCheckBoxes() {
-    if (hasCheckBoxes_ != getAbstraction().hasCheckBoxes()) {
-        hasCheckBoxes_ = !hasCheckBoxes_;
-        send(LVM_SETIMAGELIST, LVSIL_STATE,
-             reinterpret_cast<LPARAM>(hasCheckBoxes_ ? checkImages(1) : nullptr));
+    hasCheckBoxes_ = getAbstraction().hasCheckBoxes();
+    if (updateCheckImages(hasCheckBoxes_, 1)) {
+        send(LVM_SETIMAGELIST, LVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
         send(LVM_SETCALLBACKMASK, hasCheckBoxes_ ? LVIS_STATEIMAGEMASK : 0U);
         InvalidateRect(window(), nullptr, TRUE);
     }
@@ -277,6 +280,7 @@ void GridViewWin32Gdi::mirrorCleared() {
 void GridViewWin32Gdi::mirrorRow(std::size_t row) {
     guarded(L"GridViewWin32Gdi::mirrorRow", [&] {
         if (filled_) {
+            const Mirroring mirroring(*this);
             send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
         }
     });
@@ -393,18 +397,9 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         }
         case NM_CLICK:
         case NM_DBLCLK:
-        case NM_RCLICK: {
-            const int item = reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem;
-            const std::size_t row = isRow(item) ? static_cast<std::size_t>(item) : kNullSize;
-            // The button selected the row before.
-            getAbstraction().acceptSelectionDone();
-            if (header->code == NM_RCLICK) {
-                getAbstraction().acceptRightClick(row);
-            } else {
-                getAbstraction().acceptLeftClick(row);
-            }
+        case NM_RCLICK:
+            noteClick(*reinterpret_cast<const NMITEMACTIVATE*>(header));
             return true;
-        }
         default:
             return false;
     }
@@ -420,6 +415,26 @@ void GridViewWin32Gdi::acceptSelection(int row, UINT oldState, UINT newState) {
     } else if (isRow(row)) {
         getAbstraction().acceptSelected(static_cast<std::size_t>(row),
                                         static_cast<std::size_t>(row), selected);
+    }
+}
+
+void GridViewWin32Gdi::noteClick(const NMITEMACTIVATE& click) {
+    const bool right = click.hdr.code == NM_RCLICK;
+    const auto row = static_cast<std::size_t>(click.iItem);
+    click_ = Click{right, isRow(click.iItem) ? getAbstraction().model().key(row) : L""};
+}
+
+// The button selected the row before, and who heard of that may have moved or
+// removed it.
+void GridViewWin32Gdi::reportClick() {
+    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
+        NativeGridView& grid = getAbstraction();
+        const std::size_t row = grid.model().findRow(click->key);
+        if (click->right) {
+            grid.acceptRightClick(row);
+        } else {
+            grid.acceptLeftClick(row);
+        }
     }
 }
 
@@ -481,6 +496,11 @@ bool GridViewWin32Gdi::toggle(int row) {
     return true;
 }
 
+// -1 for none.
+int GridViewWin32Gdi::focusedRow() const noexcept {
+    return static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(kAllRows), LVNI_FOCUSED));
+}
+
 bool GridViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     ItemControlWin32Gdi::onWindowMessage(message, result);
     switch (message.id) {
@@ -495,14 +515,22 @@ bool GridViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& re
         case WM_KEYDOWN:
             // With Control it is the window's, which selects the row then.
             if (message.wide == VK_SPACE && (heldModifiers() & kModifierControl) == 0 &&
-                toggle(static_cast<int>(
-                    send(LVM_GETNEXTITEM, static_cast<WPARAM>(kAllRows), LVNI_FOCUSED)))) {
+                toggle(focusedRow())) {
                 return true;
             }
             break;
         case WM_CHAR:
             // The search for texts would get it.
             if (message.wide == L' ' && hasCheckBoxes_) {
+                return true;
+            }
+            break;
+        case WM_CONTEXTMENU:
+            // By the keyboard; the right button has its notification.
+            if (message.extra == -1) {
+                const int row = focusedRow();
+                getAbstraction().acceptRightClick(isRow(row) ? static_cast<std::size_t>(row)
+                                                             : kNullSize);
                 return true;
             }
             break;
@@ -514,10 +542,9 @@ bool GridViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& re
         default:
             break;
     }
-    ++depth_;
-    result = answerByDefault(message);
-    if (--depth_ == 0 && !isMirroring()) {
+    if (letWindowAnswer(message, result)) {
         getAbstraction().acceptSelectionDone();
+        reportClick();
     }
     return true;
 }

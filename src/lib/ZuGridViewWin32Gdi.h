@@ -5,9 +5,11 @@
 // else; texts, images and check boxes are read from the model when they are
 // shown, so that filling costs the same for any number of rows. The user's
 // changes of the selection are collected until the message that caused them is
-// done with, and reported once.
+// done with, and reported once; then comes the click.
 #pragma once
 
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "ZuItemControlWin32Gdi.h"
@@ -40,6 +42,7 @@ protected:
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
 private:
+    Outcome initializeFromDescriptor();
     void synchronize();
     void pushLook();
     void pushImages(bool always);
@@ -58,7 +61,10 @@ private:
     void showTooltip(NMLVGETINFOTIPW& request);
     void acceptSelection(int row, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
+    void noteClick(const NMITEMACTIVATE& click);
+    void reportClick();
     bool toggle(int row);
+    int focusedRow() const noexcept;
 
     // As the window has them.
     std::vector<GridColumn> columns_;
@@ -66,8 +72,12 @@ private:
     bool hasCheckBoxes_ = false;
     // Whether the window has been filled at all.
     bool filled_ = false;
-    // Messages of the window that are being dealt with.
-    std::uint32_t depth_ = 0;
+    struct Click {
+        bool right;
+        // Of the row; empty beside all rows.
+        std::wstring key;
+    };
+    std::optional<Click> click_;
 };
 
 }  // namespace zustd

@@ -98,7 +98,7 @@ ItemControlWin32Gdi::BulkMirroring::BulkMirroring(ItemControlWin32Gdi& control) 
 }
 
 ItemControlWin32Gdi::BulkMirroring::~BulkMirroring() {
-    control_.redrawDeferred_ = false;
+    control_.burst_ = 0;
     control_.resumeRedraw();
 }
 
@@ -111,19 +111,29 @@ void ItemControlWin32Gdi::resumeRedraw() noexcept {
     InvalidateRect(window(), nullptr, TRUE);
 }
 
-void ItemControlWin32Gdi::deferRedraw() noexcept {
+std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
     const Mirroring mirroring(*this);
-    if (!redrawDeferred_ && PostMessageW(window(), WM_NULL, 0, 0)) {
-        redrawDeferred_ = true;
+    if (burst_ != 0) {
+        return ++burst_;
+    }
+    if (PostMessageW(window(), WM_NULL, 0, 0)) {
+        burst_ = 1;
         send(WM_SETREDRAW, FALSE);
     }
+    return 1;
 }
 
 void ItemControlWin32Gdi::settle() noexcept {
-    if (std::exchange(redrawDeferred_, false)) {
+    if (std::exchange(burst_, 0) != 0) {
         const Mirroring mirroring(*this);
         resumeRedraw();
     }
+}
+
+bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept {
+    ++depth_;
+    result = answerByDefault(message);
+    return --depth_ == 0 && !isMirroring();
 }
 
 bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) {
@@ -175,11 +185,19 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
     return list;
 }
 
-HIMAGELIST ItemControlWin32Gdi::checkImages(UINT firstState) {
-    if (!checkImages_) {
-        const std::int32_t extent = std::max(control().scale(kCheckImageSize), 1);
-        const Size size{extent, extent};
-        ImageListHandle list = makeList(size, static_cast<int>(kChecked - firstState + 1));
+bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
+    CheckRequest wanted;
+    if (show) {
+        wanted = {true, std::max(control().scale(kCheckImageSize), 1), GetSysColor(COLOR_WINDOW),
+                  GetSysColor(COLOR_WINDOWTEXT)};
+    }
+    if (checkRequest_ == wanted) {
+        return false;
+    }
+    ImageListHandle list;
+    if (show) {
+        const Size size{wanted.extent, wanted.extent};
+        list = makeList(size, static_cast<int>(kChecked - firstState + 1));
         for (UINT state = firstState; state <= kChecked; ++state) {
             const PixelBitmap image(size);
             if (state != 0) {
@@ -187,15 +205,17 @@ HIMAGELIST ItemControlWin32Gdi::checkImages(UINT firstState) {
             }
             append(list, image);
         }
-        checkImages_ = std::move(list);
     }
-    return checkImages_.get();
+    checkImages_ = std::move(list);
+    checkRequest_ = wanted;
+    return true;
 }
 
 void ItemControlWin32Gdi::forgetPushed() noexcept {
     colors_.reset();
     imagesPushed_ = false;
-    redrawDeferred_ = false;
+    checkRequest_.reset();
+    burst_ = 0;
 }
 
 void ItemControlWin32Gdi::releaseItems() noexcept {

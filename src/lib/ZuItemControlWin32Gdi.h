@@ -56,11 +56,19 @@ protected:
     };
 
     // Single items come and go in bursts: nothing is shown from here to the
-    // window's next message, which is on its way then.
-    void deferRedraw() noexcept;
+    // window's next message, which is on its way then. How many changes the
+    // burst has by now.
+    std::size_t deferRedraw() noexcept;
     void settle() noexcept;
 
     bool isMirroring() const noexcept { return mirroring_ != 0; }
+
+    // Lets the window itself answer a message. True at the end of one that
+    // neither the backend caused nor another message of the window. What the
+    // user did with it is reported then and not on the window's notification: a
+    // receiver may end the window, which would not survive that halfway.
+    bool letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
+    bool isAnswering() const noexcept { return depth_ != 0; }
 
     // Text and background by the control's own colours; the system's where these
     // are unset, for a list lies on a page like a field and not like a label.
@@ -83,7 +91,9 @@ protected:
     // counts from 0, which shows nothing, and a list from 1.
     static constexpr UINT kUnchecked = 1;
     static constexpr UINT kChecked = 2;
-    HIMAGELIST checkImages(UINT firstState);
+    // As updateImages.
+    bool updateCheckImages(bool wanted, UINT firstState);
+    HIMAGELIST checkImages() const noexcept { return checkImages_.get(); }
 
     // Derived classes call it first: any message but the backend's own settles.
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
@@ -102,15 +112,29 @@ private:
         friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
     };
 
+    // What the pictures of a check box depend on.
+    struct CheckRequest {
+        bool wanted = false;
+        std::int32_t extent = 0;
+        COLORREF background = 0;
+        COLORREF mark = 0;
+
+        friend bool operator==(const CheckRequest&, const CheckRequest&) = default;
+    };
+
     void resumeRedraw() noexcept;
     ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
 
     std::uint32_t mirroring_ = 0;
-    bool redrawDeferred_ = false;
+    // Messages that the window is answering.
+    std::uint32_t depth_ = 0;
+    // Changes since redrawing was put off; 0 while it is not.
+    std::size_t burst_ = 0;
     std::optional<Colors> colors_;
     std::optional<ImageRequest> request_;
     bool imagesPushed_ = false;
     ImageListHandle images_;
+    std::optional<CheckRequest> checkRequest_;
     ImageListHandle checkImages_;
 };
 

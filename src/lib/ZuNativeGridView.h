@@ -48,8 +48,8 @@ public:
     virtual void selectAllRows() = 0;
     virtual void deselectAllRows() = 0;
     virtual std::vector<std::size_t> getSelectedRows() const = 0;
-    // Gives the columns the widths of the abstraction; a column without one
-    // gets what its content needs.
+    // Gives the columns the widths of the abstraction; one of width 0 is
+    // measured anew.
     virtual void resizeColumns() = 0;
     // Loads the images of the abstraction's bitmap list anew.
     virtual void synchronizeBitmaps() = 0;
@@ -57,7 +57,9 @@ public:
 
 struct GridColumn {
     std::wstring caption;
-    // In pixels at a scaling factor of 1; 0 for what the content needs.
+    // In pixels at a scaling factor of 1; 0 for what caption and content need
+    // when the column is shown first and when resizeColumns() is called. Rows
+    // that change later do not move the columns.
     std::int32_t width = 0;
     Alignment alignment = Alignment::kStart;
 

@@ -112,8 +112,10 @@ public:
     bool setCheckBoxes(bool checkBoxes);
 
     // The operations of INativeTreeViewImpl. Each fails the assertion "impl_"
-    // without backend and "contains(node)" for a node that there is not.
-    // Changes by the program send no message.
+    // without backend and "contains(node)" for a node that there is not; only
+    // ensureNodeVisible does nothing then, and getNodeBoundary is empty, since
+    // what is on the screen may be asked for at any time. Changes by the program
+    // send no message.
     void setEnableRedraw(bool enable);
     TreeNode addRootNode(const std::wstring& key, const std::wstring& caption);
     TreeNode addChildNode(TreeNode parent, const std::wstring& key, const std::wstring& caption);
@@ -241,8 +243,10 @@ protected:
     virtual void mirrorAllExpanded(TreeNode top) = 0;
     virtual void mirrorSelection() = 0;
 
-    // Called by the backend when its native object shows the whole model.
+    // Called by the backend when its native object shows the whole model, and
+    // when it will bring that up to date as a whole.
     void markFresh() noexcept { stale_ = false; }
+    void markStale() noexcept { stale_ = true; }
 
 private:
     // Whether to mirror now; otherwise the change is noted for later.

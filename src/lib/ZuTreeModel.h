@@ -1,9 +1,10 @@
 // The nodes of a tree view: order, captions, keys, images and states.
 //
 // A node is named by a handle that stays valid until the node is removed and
-// is not used again for another one. All steps from node to node, and the
-// look-up by key, take constant time; the next and the previous node in the
-// order of the screen, children before siblings, take it on average.
+// is not used again for another one. Steps from node to node, and the look-up
+// by key, take constant time; the next and the previous node in the order of
+// the screen, children before siblings, take it on average. What asks for all
+// nodes above one takes a step for each.
 //
 // Nodes live in one vector with links by index, so that 100,000 of them are a
 // handful of allocations besides their texts.
@@ -55,6 +56,7 @@ public:
     // The first node in that order which is not below this one.
     TreeNode nextBeyond(TreeNode node) const;
     std::size_t childCount(TreeNode node) const;
+    // True for the node itself, too.
     bool isAncestorOf(TreeNode ancestor, TreeNode node) const;
 
     TreeNode find(std::wstring_view key) const noexcept;

@@ -11,6 +11,11 @@ namespace {
 constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
                          TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
 constexpr UINT kStates = TVIS_BOLD | TVIS_STATEIMAGEMASK;
+// A burst is long with so many changes and this part of all nodes more.
+constexpr std::size_t kLongBurst = 64;
+constexpr std::size_t kLongBurstPart = 16;
+// A subtree of more than this part of all nodes is not small.
+constexpr std::size_t kSmallSubtreePart = 8;
 
 LPARAM wordOf(TreeNode node) noexcept { return static_cast<LPARAM>(node); }
 
@@ -23,22 +28,10 @@ void TreeViewWin32Gdi::synchronizeWithAbstraction() {
 }
 
 void TreeViewWin32Gdi::synchronize() {
-    NativeTreeView& tree = getAbstraction();
-    initializeCommonControls();
-    if (hasCheckBoxes_ != tree.hasCheckBoxes()) {
-        destroyWindow();
-        hasCheckBoxes_ = tree.hasCheckBoxes();
-    }
     settle();
     const Mirroring mirroring(*this);
-    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE});
-    if (outcome == Outcome::kNoSurface) {
+    if (initializeFromDescriptor() == Outcome::kNoSurface) {
         return;
-    }
-    if (outcome == Outcome::kMade) {
-        forgetPushed();
-        filled_ = false;
-        send(TVM_SETUNICODEFORMAT, TRUE);
     }
     pushLook();
     if (!filled_ || (isStale() && isRedrawEnabled())) {
@@ -47,6 +40,22 @@ void TreeViewWin32Gdi::synchronize() {
     if (awaitsVisible_ != kNoNode && isRedrawEnabled()) {
         scrollTo(std::exchange(awaitsVisible_, kNoNode));
     }
+}
+
+TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
+    NativeTreeView& tree = getAbstraction();
+    initializeCommonControls();
+    if (hasCheckBoxes_ != tree.hasCheckBoxes()) {
+        destroyWindow();
+        hasCheckBoxes_ = tree.hasCheckBoxes();
+    }
+    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE});
+    if (outcome == Outcome::kMade) {
+        forgetPushed();
+        filled_ = false;
+        send(TVM_SETUNICODEFORMAT, TRUE);
+    }
+    return outcome;
 }
 
 void TreeViewWin32Gdi::pushLook() {
@@ -59,27 +68,30 @@ void TreeViewWin32Gdi::pushLook() {
     if (updateImages(tree.bitmaps().get())) {
         send(TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images()));
     }
-    if (!filled_ && hasCheckBoxes_) {
-        send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages(0)));
+    if (updateCheckImages(hasCheckBoxes_, 0)) {
+        send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
     }
 }
 
 void TreeViewWin32Gdi::fill() {
     TreeModel& model = getAbstraction().model();
+    const Mirroring mirroring(*this);
     TVITEMW top{};
     top.mask = TVIF_PARAM;
     top.hItem = TreeView_GetFirstVisible(window());
     const bool hadTop = filled_ && top.hItem != nullptr && TreeView_GetItem(window(), &top);
-    const BulkMirroring bulk(*this);
-    // With a selection every removed item would hand it on to the next one.
-    send(TVM_SELECTITEM, TVGN_CARET, 0);
-    send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
-    model.clearNativeWords();
-    reveal(model.selected());
-    for (TreeNode node = model.firstRoot(); node != kNoNode; node = model.next(node)) {
-        insert(node);
+    {
+        const BulkMirroring bulk(*this);
+        // With a selection every removed item would hand it on to the next one.
+        send(TVM_SELECTITEM, TVGN_CARET, 0);
+        send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+        model.clearNativeWords();
+        reveal(model.selected());
+        insertAll();
     }
+    // Where things are is known only with redrawing on again.
     filled_ = true;
+    awaitsFilling_ = false;
     markFresh();
     select(model.selected());
     if (const TreeNode node = hadTop ? nodeOf(top.lParam) : kNoNode; node != kNoNode) {
@@ -87,22 +99,29 @@ void TreeViewWin32Gdi::fill() {
     }
 }
 
-// A handle to insert after is looked for among all items, so only a node in the
-// middle of others has one.
-HTREEITEM TreeViewWin32Gdi::insert(TreeNode node) {
+// From the last to the first: the place after another item, as well as that
+// after the last one, is looked for among all siblings, and in some versions
+// among all items. The place before all others is not.
+void TreeViewWin32Gdi::insertAll() {
+    const TreeModel& model = getAbstraction().model();
+    TreeNode node = model.lastRoot();
+    while (node != kNoNode) {
+        insert(node, TVI_FIRST);
+        TreeNode next = model.lastChild(node);
+        for (; next == kNoNode && node != kNoNode; node = model.parent(node)) {
+            next = model.previousSibling(node);
+        }
+        node = next;
+    }
+}
+
+void TreeViewWin32Gdi::insert(TreeNode node, HTREEITEM after) {
     TreeModel& model = getAbstraction().model();
     const TreeNode parent = model.parent(node);
-    const TreeNode previous = model.previousSibling(node);
     TVINSERTSTRUCTW item{};
     item.hParent =
         parent != kNoNode ? reinterpret_cast<HTREEITEM>(model.nativeWord(parent)) : TVI_ROOT;
-    item.hInsertAfter = TVI_LAST;
-    if (const TreeNode next = model.nextSibling(node);
-        next != kNoNode && model.nativeWord(next) != 0) {
-        item.hInsertAfter = previous != kNoNode
-                                ? reinterpret_cast<HTREEITEM>(model.nativeWord(previous))
-                                : TVI_FIRST;
-    }
+    item.hInsertAfter = after;
     item.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
     item.item.pszText = LPSTR_TEXTCALLBACKW;
     item.item.lParam = wordOf(node);
@@ -115,7 +134,6 @@ HTREEITEM TreeViewWin32Gdi::insert(TreeNode node) {
         throw SystemException(L"Could not insert item");
     }
     model.setNativeWord(node, made);
-    return reinterpret_cast<HTREEITEM>(made);
 }
 
 UINT TreeViewWin32Gdi::stateOf(TreeNode node) const {
@@ -142,20 +160,44 @@ TreeNode TreeViewWin32Gdi::nodeOf(LPARAM word) const {
 void TreeViewWin32Gdi::releaseNativeObject() {
     releaseItems();
     filled_ = false;
+    awaitsFilling_ = false;
 }
 
 // --- Single changes -------------------------------------------------------------------------
 
+// Whether the change at hand is one of a burst that has become long.
+bool TreeViewWin32Gdi::leavesToFilling() {
+    const std::size_t count = getAbstraction().model().nodeCount();
+    if (deferRedraw() <= kLongBurst + count / kLongBurstPart) {
+        return false;
+    }
+    markStale();
+    awaitsFilling_ = true;
+    return true;
+}
+
+void TreeViewWin32Gdi::catchUp() {
+    // Nor while the window works on items that would be replaced.
+    if (awaitsFilling_ && !isMirroring() && !isAnswering() && isRedrawEnabled() &&
+        !getAbstraction().isUpdating()) {
+        synchronizeWithAbstraction();
+    }
+}
+
 void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::mirrorAdded", [&] {
-        if (!filled_) {
+        if (!filled_ || leavesToFilling()) {
             return;
         }
-        deferRedraw();
-        const Mirroring mirroring(*this);
-        insert(node);
-        // The system takes one without children for collapsed.
         const TreeModel& model = getAbstraction().model();
+        const Mirroring mirroring(*this);
+        const TreeNode previous = model.previousSibling(node);
+        if (model.nextSibling(node) == kNoNode) {
+            insert(node, TVI_LAST);
+        } else {
+            insert(node, previous != kNoNode ? itemOf(previous) : TVI_FIRST);
+        }
+        // The system takes one without children for collapsed.
         const TreeNode parent = model.parent(node);
         if (parent != kNoNode && model.childCount(parent) == 1) {
             expand(parent);
@@ -167,10 +209,9 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
         const TreeModel& model = getAbstraction().model();
         const HTREEITEM item = itemOf(node);
-        if (item == nullptr) {
+        if (item == nullptr || leavesToFilling()) {
             return;
         }
-        deferRedraw();
         const Mirroring mirroring(*this);
         if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
             select(kNoNode);
@@ -227,8 +268,33 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
             }
         }
         model.select(wanted);
-        fill();
+        if (top == kNoNode || !mirrorSubtree(top)) {
+            fill();
+        }
     });
+}
+
+// False, with nothing done, when filling anew is less work.
+bool TreeViewWin32Gdi::mirrorSubtree(TreeNode top) {
+    const TreeModel& model = getAbstraction().model();
+    const TreeNode end = model.nextBeyond(top);
+    std::size_t room = model.nodeCount() / kSmallSubtreePart + 1;
+    std::vector<TreeNode> parents;
+    for (TreeNode node = top; node != end; node = model.next(node)) {
+        if (room-- == 0) {
+            return false;
+        }
+        if (model.childCount(node) != 0) {
+            parents.push_back(node);
+        }
+    }
+    const Mirroring mirroring(*this);
+    select(model.selected());
+    const BulkMirroring bulk(*this);
+    for (const TreeNode parent : parents) {
+        expand(parent);
+    }
+    return true;
 }
 
 void TreeViewWin32Gdi::mirrorSelection() {
@@ -248,15 +314,17 @@ void TreeViewWin32Gdi::select(TreeNode node) {
     }
 }
 
-// Brings the window's item into the model's state.
-void TreeViewWin32Gdi::expand(TreeNode node) {
+// Brings the window's item into the model's state; whether it was in another.
+bool TreeViewWin32Gdi::expand(TreeNode node) {
     const HTREEITEM item = itemOf(node);
     const bool expanded = getAbstraction().model().isExpanded(node);
     const LRESULT state =
         send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED;
-    if (item != nullptr && expanded != (state != 0)) {
-        send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(item));
+    if (item == nullptr || expanded == (state != 0)) {
+        return false;
     }
+    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(item));
+    return true;
 }
 
 // Expands what is above a node.
@@ -278,6 +346,10 @@ void TreeViewWin32Gdi::scrollTo(TreeNode node) {
 
 void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::ensureNodeVisible", [&] {
+        if (!getAbstraction().model().contains(node)) {
+            return;
+        }
+        settle();
         const Mirroring mirroring(*this);
         reveal(node);
         if (filled_ && window() != nullptr && !isStale() && isRedrawEnabled()) {
@@ -290,6 +362,10 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
 
 Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
     return guarded(L"TreeViewWin32Gdi::getNodeBoundary", Rect(), [&] {
+        if (awaitsFilling_) {
+            // A message brings the window up to date.
+            send(WM_NULL);
+        }
         const auto item = reinterpret_cast<std::uintptr_t>(itemOf(node));
         RECT caption{};
         RECT client{};
@@ -326,19 +402,21 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
     const auto& change = *reinterpret_cast<const NMTREEVIEWW*>(header);
     switch (header->code) {
         case TVN_SELCHANGEDW:
-            tree.acceptSelection(change.itemNew.hItem != nullptr ? nodeOf(change.itemNew.lParam)
-                                                                 : kNoNode);
+            selectionChanged_ = true;
             return true;
         case TVN_ITEMEXPANDINGW:
             result = acceptExpanding(change) ? FALSE : TRUE;
             return true;
         case TVN_ITEMEXPANDEDW:
-            if (const TreeNode node = nodeOf(change.itemNew.lParam); node != kNoNode) {
+            // Some versions pass the selection of a collapsed node on without a word.
+            selectionChanged_ = true;
+            if (const TreeNode node = nodeOf(change.itemNew.lParam);
+                node != kNoNode && node != refused_) {
                 tree.acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
             }
             return true;
         case NM_RCLICK:
-            tree.acceptRightClick(nodeAt(rightPoint_, TVHT_ONITEM));
+            rightClicked_ = true;
             return true;
         default:
             return false;
@@ -351,7 +429,14 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     NativeTreeView& tree = getAbstraction();
     const TreeNode node = nodeOf(change.itemNew.lParam);
     const bool expanding = change.action == TVE_EXPAND;
-    if (node == kNoNode || !tree.acceptExpanding(node, expanding) || !tree.model().contains(node)) {
+    if (node == kNoNode) {
+        return false;
+    }
+    if (!tree.acceptExpanding(node, expanding)) {
+        refused_ = node;
+        return false;
+    }
+    if (!tree.model().contains(node)) {
         return false;
     }
     if (itemOf(node) == change.itemNew.hItem) {
@@ -374,8 +459,34 @@ TreeNode TreeViewWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
     return found ? nodeOf(item.lParam) : kNoNode;
 }
 
+// Some versions ask whether a node may be collapsed and do it all the same.
+void TreeViewWin32Gdi::undoRefused() {
+    const TreeNode node = std::exchange(refused_, kNoNode);
+    const Mirroring mirroring(*this);
+    if (itemOf(node) != nullptr && expand(node)) {
+        select(getAbstraction().model().selected());
+    }
+}
+
+void TreeViewWin32Gdi::reportSelection() {
+    if (!std::exchange(selectionChanged_, false) || window() == nullptr) {
+        return;
+    }
+    TVITEMW item{};
+    item.mask = TVIF_PARAM;
+    item.hItem = TreeView_GetSelection(window());
+    const bool found = item.hItem != nullptr && TreeView_GetItem(window(), &item);
+    getAbstraction().acceptSelection(found ? nodeOf(item.lParam) : kNoNode);
+}
+
+void TreeViewWin32Gdi::reportRightClick() {
+    if (std::exchange(rightClicked_, false)) {
+        getAbstraction().acceptRightClick(nodeAt(rightPoint_, TVHT_ONITEM));
+    }
+}
+
 bool TreeViewWin32Gdi::toggle(TreeNode node) {
-    if (!hasCheckBoxes_ || node == kNoNode) {
+    if (!hasCheckBoxes_ || !getAbstraction().model().contains(node)) {
         return false;
     }
     const bool checked = !getAbstraction().model().isChecked(node);
@@ -387,6 +498,7 @@ bool TreeViewWin32Gdi::toggle(TreeNode node) {
 
 bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     ItemControlWin32Gdi::onWindowMessage(message, result);
+    catchUp();
     switch (message.id) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
@@ -395,24 +507,38 @@ bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& re
                 SetFocus(message.window);
                 return toggle(node);
             }
-            return false;
+            break;
         case WM_RBUTTONDOWN:
             rightPoint_ = message.extra;
-            return false;
+            break;
         case WM_KEYDOWN:
-            return message.wide == VK_SPACE && toggle(getAbstraction().model().selected());
+            if (message.wide == VK_SPACE && toggle(getAbstraction().model().selected())) {
+                return true;
+            }
+            break;
         case WM_CHAR:
             // The search for captions would get it.
-            return message.wide == L' ' && hasCheckBoxes_;
+            if (message.wide == L' ' && hasCheckBoxes_) {
+                return true;
+            }
+            break;
         case WM_CONTEXTMENU:
+            // By the keyboard; the right button has its notification.
             if (message.extra == -1) {
                 getAbstraction().acceptRightClick(getAbstraction().model().selected());
                 return true;
             }
-            return false;
+            break;
         default:
-            return false;
+            break;
     }
+    if (letWindowAnswer(message, result)) {
+        catchUp();
+        undoRefused();
+        reportSelection();
+        reportRightClick();
+    }
+    return true;
 }
 
 }  // namespace zustd

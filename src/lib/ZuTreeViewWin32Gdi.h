@@ -3,7 +3,9 @@
 // The window's items know only their nodes; captions are read from the model
 // when they are shown. Check boxes are pictures of an item's state that this
 // backend switches by itself. After changes that were not mirrored one by one
-// the window is filled anew as a whole, with the scroll position kept.
+// the window is filled anew as a whole, with the scroll position kept. That
+// goes for long bursts of nodes that come or go, too: the window looks for each
+// among its siblings or even among all items, and filling it does not.
 //
 // The system cannot select what is below a collapsed node, nor keep it
 // selected when that collapses. So a selected node is revealed, and a node that
@@ -44,24 +46,38 @@ protected:
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
 private:
+    Outcome initializeFromDescriptor();
     void synchronize();
     void pushLook();
     void fill();
-    HTREEITEM insert(TreeNode node);
+    void insertAll();
+    void insert(TreeNode node, HTREEITEM after);
+    bool mirrorSubtree(TreeNode top);
+    bool leavesToFilling();
+    void catchUp();
     void select(TreeNode node);
-    void expand(TreeNode node);
+    bool expand(TreeNode node);
     void reveal(TreeNode node);
     void scrollTo(TreeNode node);
     HTREEITEM itemOf(TreeNode node) const;
     TreeNode nodeOf(LPARAM word) const;
     TreeNode nodeAt(LPARAM point, UINT parts) const;
     UINT stateOf(TreeNode node) const;
+    void undoRefused();
+    void reportSelection();
+    void reportRightClick();
     bool toggle(TreeNode node);
     bool acceptExpanding(const NMTREEVIEWW& change);
 
     bool hasCheckBoxes_ = false;
     // Whether the window has been filled at all.
     bool filled_ = false;
+    // After a long burst, until the window's next message.
+    bool awaitsFilling_ = false;
+    // What the user did with the message under way.
+    bool selectionChanged_ = false;
+    bool rightClicked_ = false;
+    TreeNode refused_ = kNoNode;
     TreeNode awaitsVisible_ = kNoNode;
     // Where the right button went down last.
     LPARAM rightPoint_ = 0;
