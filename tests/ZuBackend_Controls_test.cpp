@@ -426,27 +426,41 @@ TEST_F(NativeControlTest, progressBar_changes_areShownAlsoAfterTheMarquee) {
 }
 
 TEST_F(NativeControlTest, thousandRounds_leaveNoObjectsBehind) {
-    const auto round = [this] {
+    // Windows that were never seen are made ten times as fast, and what a combo
+    // box drops down is always made for the screen.
+    const auto hidden = makeWindowService(nullptr)->createNativeWindow();
+    hidden->setVisible(false);
+    hidden->synchronizeTree();
+    const auto round = [&](bool isSeen) {
+        const std::shared_ptr<NativeWindow>& surface = isSeen ? window_ : hidden;
         const auto button = service().createNativeButton();
         button->setBitmap(std::make_shared<BitmapDescriptor>(321, Size{16, 16}));
-        const auto combo = service().createNativeComboBox();
-        combo->addItem(L"one");
-        for (const std::shared_ptr<Control>& widget :
-             std::initializer_list<std::shared_ptr<Control>>{
-                 button, combo, service().createNativeTextBox(),
-                 service().createNativeScrollBar(false), service().createNativeProgressBar()}) {
-            show(widget);
-            window_->removeChild(widget.get());
+        std::vector<std::shared_ptr<Control>> widgets{button, service().createNativeTextBox(),
+                                                      service().createNativeScrollBar(false),
+                                                      service().createNativeProgressBar()};
+        if (isSeen) {
+            const auto combo = service().createNativeComboBox();
+            combo->addItem(L"one");
+            widgets.push_back(combo);
+        }
+        const int before = liveWindows();
+        for (const std::shared_ptr<Control>& widget : widgets) {
+            widget->setBoundary(Rect::at({}, {90, 25}));
+            surface->addChild(widget);
+        }
+        ASSERT_GE(liveWindows(), before + static_cast<int>(widgets.size()));
+        UpdateWindow(nativeWindowOf(*surface));
+        surface->removeAllChildren();
+    };
+    const auto rounds = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            round(i % 10 == 0);
         }
     };
-    for (int i = 0; i < 3; ++i) {
-        round();
-    }
+    rounds(3);
     const int windowsBefore = liveWindows();
     const int drawingBefore = drawingObjectCount();
-    for (int i = 0; i < 1000; ++i) {
-        round();
-    }
+    rounds(1000);
     EXPECT_EQ(liveWindows(), windowsBefore);
     EXPECT_EQ(drawingObjectCount(), drawingBefore);
 }

@@ -11,9 +11,9 @@ void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
             return;
         }
         const NativeScrollBar& bar = getAbstraction();
-        setRange(bar.minimum(), bar.maximum());
-        setPageSize(bar.pageSize());
-        setPosition(bar.position());
+        // At once: every part would be painted for itself.
+        push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
+              static_cast<UINT>(bar.pageSize()), bar.position(), 0});
         setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
     });
 }
