@@ -13,6 +13,7 @@
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindows.h"
 #include "support/DrawingTest.h"
+#include "support/FrameworkTest.h"
 #include "support/WindowTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
@@ -93,6 +94,22 @@ TEST_F(NativeControlTest, button_anyState_isPushedAndPressesComeBackOnce) {
     EXPECT_NE(log_->take().find(L"leftClicked"), std::wstring::npos);
 }
 
+TEST_F(NativeControlTest, button_doubleClick_isTwoClicks) {
+    for (const ButtonKind kind : {ButtonKind::kPush, ButtonKind::kCheck, ButtonKind::kRadio}) {
+        const auto button = service().createNativeButton();
+        button->setKind(kind);
+        const HWND native = show(button);
+        int clicks = 0;
+        for (const UINT down : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONDBLCLK}}) {
+            log_->take();
+            sendMouse(native, down, {5, 5}, MK_LBUTTON);
+            sendMouse(native, WM_LBUTTONUP, {5, 5});
+            clicks += log_->take().find(L"leftClicked") != std::wstring::npos ? 1 : 0;
+        }
+        EXPECT_EQ(clicks, 2) << static_cast<int>(kind);
+    }
+}
+
 TEST_F(NativeControlTest, checksAndRadios_pressed_showWhatThePortableHalfDecides) {
     const auto check = service().createNativeButton();
     check->setKind(ButtonKind::kCheck);
@@ -112,12 +129,115 @@ TEST_F(NativeControlTest, checksAndRadios_pressed_showWhatThePortableHalfDecides
     send(nativeWindowOf(*second), BM_CLICK);
     EXPECT_EQ(send(nativeWindowOf(*first), BM_GETCHECK), BST_UNCHECKED);
     EXPECT_EQ(send(nativeWindowOf(*second), BM_GETCHECK), BST_CHECKED);
-    // Another kind is another window, with the same state.
+    // The focus alone chooses nothing, the arrow keys do.
+    SetForegroundWindow(nativeWindowOf(*window_));
+    EXPECT_TRUE(first->takeFocus());
+    EXPECT_TRUE(second->isChecked());
+    send(GetFocus(), WM_KEYDOWN, VK_UP, 1);
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*second));
+    send(GetFocus(), WM_KEYDOWN, VK_RIGHT, 1);
+    EXPECT_TRUE(first->hasFocus());
+    EXPECT_EQ(send(nativeWindowOf(*first), BM_GETCHECK), BST_CHECKED);
+    // Another kind is another window, with the same state and the focus.
     check->setChecked(true);
+    check->takeFocus();
     check->setKind(ButtonKind::kRadio);
     EXPECT_FALSE(IsWindow(native));
     native = nativeWindowOf(*check);
     EXPECT_EQ(send(native, BM_GETCHECK), BST_CHECKED);
+    EXPECT_EQ(send(nativeWindowOf(*first), BM_GETCHECK), BST_UNCHECKED);
+    EXPECT_EQ(GetFocus(), native);
+    EXPECT_TRUE(check->hasFocus());
+}
+
+TEST_F(NativeControlTest, focus_controlDisabledOrHidden_goesToTheSurface) {
+    const auto button = service().createNativeButton();
+    show(button);
+    SetForegroundWindow(nativeWindowOf(*window_));
+    for (const auto change : {&Control::setEnabled, &Control::setVisible}) {
+        ASSERT_TRUE(button->takeFocus());
+        ((*button).*change)(false);
+        EXPECT_EQ(GetFocus(), nativeWindowOf(*window_));
+        EXPECT_FALSE(button->hasFocus());
+        ((*button).*change)(true);
+    }
+}
+
+TEST_F(NativeControlTest, colours_changed_areShownByWhatIsThereAlready) {
+    const auto check = service().createNativeButton();
+    check->setKind(ButtonKind::kCheck);
+    const auto field = service().createNativeTextBox();
+    const auto combo = service().createNativeComboBox();
+    combo->setEditable(true);
+    show(check);
+    show(field, Rect::at({0, 40}, {90, 25}));
+    show(combo, Rect::at({0, 80}, {90, 25}));
+    const auto fill = [](Control& control, std::uint8_t red) {
+        auto colors = std::make_shared<ColorsDescriptor>();
+        colors->setColor(ColorRole::kBackground, Color::rgb(red, 0x34, 0x56));
+        control.setColors(colors);
+    };
+    const auto shown = [](const Control& control) {
+        return pixelOf(nativeWindowOf(control), {60, 20});
+    };
+    const std::uint32_t usual = shown(*field);
+    fill(*window_, 0x12);
+    EXPECT_EQ(shown(*check), 0x123456U);
+    EXPECT_EQ(shown(*field), usual);
+    fill(*window_, 0x13);
+    EXPECT_EQ(shown(*check), 0x133456U);
+    fill(*field, 0x14);
+    EXPECT_EQ(shown(*field), 0x143456U);
+    fill(*combo, 0x15);
+    UpdateWindow(FindWindowExW(nativeWindowOf(*combo), nullptr, L"Edit", nullptr));
+    EXPECT_EQ(pixelOf(nativeWindowOf(*combo), {50, 18}), 0x153456U);
+}
+
+TEST_F(NativeControlTest, scalingFactor_anyOf_growsFontAndRoom) {
+    const auto button = service().createNativeButton();
+    button->setCaption(text(L"A rather long caption"));
+    const auto field = service().createNativeTextBox();
+    show(button);
+    show(field);
+    const auto fontHeight = [](const Control& control) {
+        LOGFONTW font{};
+        const auto handle = send(nativeWindowOf(control), WM_GETFONT);
+        GetObjectW(reinterpret_cast<HGDIOBJ>(handle), sizeof(font), &font);
+        return std::abs(font.lfHeight);
+    };
+    const Size size = button->preferredSize();
+    const int height = fontHeight(*field);
+    for (const double factor : {1.5, 2.0}) {
+        WindowServiceWin32Gdi::setScalingFactor(factor);
+        window_->synchronizeTree();
+        EXPECT_NEAR(fontHeight(*field), height * factor, 1) << factor;
+        EXPECT_NEAR(fontHeight(*button), height * factor, 1) << factor;
+        EXPECT_NEAR(button->preferredSize().width, size.width * factor, 12) << factor;
+        field->setSize(field->preferredSize());
+        RECT inside{};
+        send(nativeWindowOf(*field), EM_GETRECT, 0, reinterpret_cast<LPARAM>(&inside));
+        EXPECT_GE(inside.bottom - inside.top, height * factor) << factor;
+    }
+    WindowServiceWin32Gdi::setScalingFactor(0.0);
+}
+
+TEST_F(NativeControlTest, synchronize_windowRefused_isReportedAndTriedAgain) {
+    const auto button = service().createNativeButton();
+    const TraceCapture trace;
+    const HHOOK hook = SetWindowsHookExW(
+        WH_CBT,
+        [](int code, WPARAM wide, LPARAM extra) -> LRESULT {
+            return code == HCBT_CREATEWND ? 1 : CallNextHookEx(nullptr, code, wide, extra);
+        },
+        nullptr, GetCurrentThreadId());
+    EXPECT_EQ(show(button), nullptr);
+    UnhookWindowsHookEx(hook);
+    ASSERT_FALSE(trace.messages().empty());
+    EXPECT_TRUE(
+        trace.messages().back().starts_with("ButtonWin32Gdi::synchronizeWithAbstraction: catched "))
+        << trace.messages().back();
+    button->synchronize();
+    EXPECT_NE(nativeWindowOf(*button), nullptr);
 }
 
 TEST_F(NativeControlTest, button_droppedByItsOwnPress_isGoneAfterwards) {
@@ -224,10 +344,34 @@ TEST_F(NativeControlTest, comboBox_itemsAndChoice_areMirroredBothWays) {
     EXPECT_EQ(box->getSelectedItem(), 1U);
     EXPECT_EQ(box->text(), L"three");
     EXPECT_NE(log_->take().find(L"selectionChanged textChanged"), std::wstring::npos);
+    // The list is opened, looked through and left.
+    send(native, CB_SHOWDROPDOWN, TRUE);
+    send(native, WM_KEYDOWN, VK_DOWN, 1);
+    send(native, WM_KEYDOWN, VK_ESCAPE, 1);
+    EXPECT_EQ(static_cast<LRESULT>(box->getSelectedItem()), send(native, CB_GETCURSEL));
+    send(native, CB_SETCURSEL, 0);
+    send(nativeWindowOf(*window_), WM_COMMAND, MAKEWPARAM(0, CBN_SELENDCANCEL),
+         reinterpret_cast<LPARAM>(native));
+    EXPECT_EQ(box->text(), L"two");
+    SetForegroundWindow(nativeWindowOf(*window_));
+    box->takeFocus();
+    box->addItem(L"TWO");
     box->setEditable(true);
+    const HWND field = FindWindowExW(nativeWindowOf(*box), nullptr, L"Edit", nullptr);
+    EXPECT_EQ(GetFocus(), field);
+    send(field, EM_SETSEL, 0, -1);
+    for (const wchar_t c : std::wstring(L"TWO")) {
+        send(field, WM_CHAR, c);
+    }
+    EXPECT_EQ(box->getSelectedItem(), 3U);
     box->setText(L"typed");
     EXPECT_EQ(textOf(nativeWindowOf(*box)), L"typed");
-    EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCOUNT), 3);
+    EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCOUNT), 4);
+    EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCURSEL), CB_ERR);
+    // Without the field its window is nobody's any more.
+    box->setEditable(false);
+    EXPECT_FALSE(IsWindow(field));
+    EXPECT_EQ(box->text(), L"");
     box->clear();
     EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCOUNT), 0);
 }
@@ -257,6 +401,13 @@ TEST_F(NativeControlTest, scrollBar_stepsAndThumb_moveBeyondSixteenBits) {
     EXPECT_TRUE(bar->isTracking());
     scroll(SB_ENDSCROLL);
     EXPECT_FALSE(bar->isTracking());
+    // Nothing to scroll.
+    bar->setRange(0, 10);
+    EXPECT_FALSE(IsWindowEnabled(native));
+    bar->synchronize();
+    EXPECT_FALSE(IsWindowEnabled(native));
+    bar->setRange(0, 2000);
+    EXPECT_TRUE(IsWindowEnabled(native));
 }
 
 TEST_F(NativeControlTest, progressBar_changes_areShownAlsoAfterTheMarquee) {
@@ -275,27 +426,41 @@ TEST_F(NativeControlTest, progressBar_changes_areShownAlsoAfterTheMarquee) {
 }
 
 TEST_F(NativeControlTest, thousandRounds_leaveNoObjectsBehind) {
-    const auto round = [this] {
+    // Windows that were never seen are made ten times as fast, and what a combo
+    // box drops down is always made for the screen.
+    const auto hidden = makeWindowService(nullptr)->createNativeWindow();
+    hidden->setVisible(false);
+    hidden->synchronizeTree();
+    const auto round = [&](bool isSeen) {
+        const std::shared_ptr<NativeWindow>& surface = isSeen ? window_ : hidden;
         const auto button = service().createNativeButton();
         button->setBitmap(std::make_shared<BitmapDescriptor>(321, Size{16, 16}));
-        const auto combo = service().createNativeComboBox();
-        combo->addItem(L"one");
-        for (const std::shared_ptr<Control>& widget :
-             std::initializer_list<std::shared_ptr<Control>>{
-                 button, combo, service().createNativeTextBox(),
-                 service().createNativeScrollBar(false), service().createNativeProgressBar()}) {
-            show(widget);
-            window_->removeChild(widget.get());
+        std::vector<std::shared_ptr<Control>> widgets{button, service().createNativeTextBox(),
+                                                      service().createNativeScrollBar(false),
+                                                      service().createNativeProgressBar()};
+        if (isSeen) {
+            const auto combo = service().createNativeComboBox();
+            combo->addItem(L"one");
+            widgets.push_back(combo);
+        }
+        const int before = liveWindows();
+        for (const std::shared_ptr<Control>& widget : widgets) {
+            widget->setBoundary(Rect::at({}, {90, 25}));
+            surface->addChild(widget);
+        }
+        ASSERT_GE(liveWindows(), before + static_cast<int>(widgets.size()));
+        UpdateWindow(nativeWindowOf(*surface));
+        surface->removeAllChildren();
+    };
+    const auto rounds = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            round(i % 10 == 0);
         }
     };
-    for (int i = 0; i < 3; ++i) {
-        round();
-    }
+    rounds(3);
     const int windowsBefore = liveWindows();
     const int drawingBefore = drawingObjectCount();
-    for (int i = 0; i < 1000; ++i) {
-        round();
-    }
+    rounds(1000);
     EXPECT_EQ(liveWindows(), windowsBefore);
     EXPECT_EQ(drawingObjectCount(), drawingBefore);
 }

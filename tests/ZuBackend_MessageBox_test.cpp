@@ -199,12 +199,25 @@ TEST_F(BoxTest, checkBox_checked_isRemembered) {
     addTexts(L"en-US");
     addApplication();
     {
-        const Steps steps{[] {}, [] { click(middleOf(SeenBox().button(2))); },
-                          [] { pressKeys({'N'}); }};
-        EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerNo);
+        const auto look = [](std::size_t button) {
+            return GetWindowLongW(SeenBox().button(button), GWL_STYLE) & BS_TYPEMASK;
+        };
+        const Steps steps{[] { pressKeys({VK_TAB}); },
+                          [&] {
+                              EXPECT_EQ(look(0), BS_PUSHBUTTON);
+                              EXPECT_EQ(look(1), BS_DEFPUSHBUTTON);
+                              pressKeys({VK_TAB});
+                              pressKeys({VK_SPACE});
+                          },
+                          [&] {
+                              EXPECT_EQ(GetFocus(), SeenBox().button(2));
+                              EXPECT_EQ(look(0), BS_DEFPUSHBUTTON);
+                              pressKeys({VK_RETURN});
+                          }};
+        EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
     }
     // Nobody is asked any more.
-    EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerNo);
+    EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
     EXPECT_FALSE(service().isMessageOpen());
 }
 

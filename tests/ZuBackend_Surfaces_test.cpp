@@ -5,6 +5,7 @@
 #include "ZuNativeButton.h"
 #include "ZuNativeDialog.h"
 #include "ZuNativePopupMenu.h"
+#include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
@@ -12,6 +13,9 @@
 #include "support/FrameworkTest.h"
 #include "support/RecordingBackend.h"
 #include "support/WindowTest.h"
+// Behind the wrapper.
+#include <commctrl.h>
+#include <dlgs.h>
 
 namespace zustd {
 namespace {
@@ -40,11 +44,14 @@ public:
     bool usesWheel = false;
     int drawn = 0;
     std::uint8_t red = 0xC0;
+    // Called when it has drawn itself.
+    std::function<void()> whileDrawing = [] {};
 
 protected:
     void drawSelf(GraphicsService& graphics) override {
         ++drawn;
         graphics.drawRectangle(area(), Color::rgb(red, 0x10, 0x20));
+        whileDrawing();
     }
 };
 
@@ -181,6 +188,76 @@ TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
     EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(SurfaceTest, service_showsAndHides_theSurfaceKnows) {
+    const auto window = makeWindow({100, 100});
+    const HWND native = nativeWindowOf(*window);
+    WindowService& service = *window->windowService();
+    service.hideWindow();
+    EXPECT_FALSE(IsWindowVisible(native) || window->isVisible());
+    window->setVisible(true);
+    EXPECT_TRUE(IsWindowVisible(native));
+    service.hideWindow();
+    service.makeWindowVisibleAtPos({30, 40});
+    EXPECT_TRUE(IsWindowVisible(native) && window->isVisible());
+    EXPECT_EQ(service.getWindowPosition(), (Point{30, 40}));
+    service.enableWindow(false);
+    EXPECT_FALSE(IsWindowEnabled(native) || window->isEnabled());
+    service.enableWindow(true);
+    EXPECT_TRUE(IsWindowEnabled(native));
+    // A dialog that is hidden has ended, one that is shown is open.
+    const auto dialog = makeDialog(window, NativeDialog::kStyleNotClosable);
+    const Steps steps{[&] { dialog->windowService()->closeWindow(); },
+                      [&] { PostMessageW(nativeWindowOf(*dialog), WM_SYSCOMMAND, SC_CLOSE, 0); },
+                      [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
+                      [&] {
+                          EXPECT_TRUE(dialog->isOpen());
+                          dialog->windowService()->hideWindow();
+                      }};
+    EXPECT_EQ(dialog->show(true), kAnswerNone);
+    EXPECT_TRUE(IsWindowEnabled(native));
+    dialog->windowService()->showWindow();
+    EXPECT_TRUE(dialog->isOpen());
+}
+
+TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
+    const TempFolder folder;
+    const std::wstring file = folder.file(L"chosen.txt");
+    writeBytes(file, "x");
+    const auto window = makeWindow({300, 200});
+    std::vector<std::wstring> filters;
+    // The list of patterns is the combo box that ends like this.
+    const auto look = [&] {
+        EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window)));
+        filters.clear();
+        const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
+        for (LRESULT i = 0; i < SendMessageW(list, CB_GETCOUNT, 0, 0); ++i) {
+            wchar_t item[64] = L"";
+            SendMessageW(list, CB_GETLBTEXT, static_cast<WPARAM>(i),
+                         reinterpret_cast<LPARAM>(item));
+            filters.emplace_back(item);
+        }
+    };
+    const auto choose = [&] {
+        return window->windowService()->selectFileToOpen(
+            L"suggested.txt", {L"*.txt", L"", L"*.log"}, {L"Texts", L"None", L""}, false);
+    };
+    {
+        const Steps steps{[] {}, look,
+                          [] { PostMessageW(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0); }};
+        EXPECT_EQ(choose(), L"");
+    }
+    EXPECT_EQ(filters, (Texts{L"Texts", L"*.log", L"All Files"}));
+    const Steps steps{[] {},
+                      [&] {
+                          const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
+                          EXPECT_EQ(textOf(field), L"suggested.txt");
+                          SetWindowTextW(field, file.c_str());
+                          PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
+                      }};
+    EXPECT_EQ(choose(), file);
+    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+}
+
 // --- Painting -------------------------------------------------------------------------------
 
 TEST_F(SurfaceTest, paint_drawnChildren_coverTheBackgroundAndOnlyTheInvalidPart) {
@@ -207,6 +284,51 @@ TEST_F(SurfaceTest, paint_drawnChildren_coverTheBackgroundAndOnlyTheInvalidPart)
     left->moveTo({20, 20});
     EXPECT_EQ(pixelOf(native, {10, 10}), background);
     EXPECT_EQ(pixelOf(native, {69, 69}), 0xC01020U);
+}
+
+TEST_F(SurfaceTest, paint_failingOrNested_showsWhatThereIsAndTheRestLater) {
+    const auto window = makeWindow({200, 100});
+    const HWND native = nativeWindowOf(*window);
+    auto& service = dynamic_cast<WindowServiceWin32Gdi&>(window->windowService()->implementation());
+    const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
+    probe->whileDrawing = [] { throw std::wstring(L"torn"); };
+    EXPECT_EQ(pixelOf(native, {10, 10}), 0xC01020U);
+    EXPECT_TRUE(service.getDrawArea().isEmpty());
+    Rect painted;
+    probe->whileDrawing = [&] {
+        painted = service.getDrawArea();
+        if (probe->drawn == 2) {
+            probe->red = 0x40;
+            RedrawWindow(native, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        }
+    };
+    probe->refresh();
+    UpdateWindow(native);
+    EXPECT_EQ(probe->drawn, 2);
+    EXPECT_EQ(painted, probe->boundary());
+    EXPECT_EQ(pixelOf(native, {10, 10}), 0x401020U) << "painted again";
+    EXPECT_EQ(probe->drawn, 3);
+}
+
+TEST_F(SurfaceTest, systemColours_changed_reachWhatIsOnTheSurface) {
+    const auto window = makeWindow({200, 100});
+    const auto child = window->windowService()->createNativeWindow();
+    child->setSize({100, 100});
+    window->addChild(child);
+    const auto tree = window->windowService()->createNativeTreeView();
+    tree->setBoundary(Rect::at({}, {50, 50}));
+    child->addChild(tree);
+    const INT index = COLOR_WINDOW;
+    const COLORREF before = GetSysColor(index);
+    COLORREF color = RGB(0x11, 0x22, 0x33);
+    SetSysColors(1, &index, &color);
+    runMessages(50);
+    EXPECT_EQ(static_cast<COLORREF>(SendMessageW(nativeWindowOf(*tree), TVM_GETBKCOLOR, 0, 0)),
+              color);
+    SetSysColors(1, &index, &before);
+    runMessages(50);
+    EXPECT_EQ(static_cast<COLORREF>(SendMessageW(nativeWindowOf(*tree), TVM_GETBKCOLOR, 0, 0)),
+              before);
 }
 
 TEST_F(SurfaceTest, paint_backgroundColour_reachesChildWindowsAndNativeChildren) {
@@ -371,6 +493,7 @@ TEST_F(SurfaceTest, modalDialog_escape_endsTheLoopAndGivesBackTheOwner) {
                               window->setEnabled(true);
                               window->caption().setLiteral(std::to_wstring(round));
                               SendMessageW(owner, WM_CLOSE, 0, 0);
+                              window->windowService()->enableWindow(true);
                               EXPECT_FALSE(IsWindowEnabled(owner));
                           },
                           [] { pressKeys({VK_ESCAPE}); }};

@@ -301,6 +301,16 @@ TEST_F(InputTest, dialog_keysAndObjections_pressCloseOrKeepItOpen) {
     EXPECT_TRUE(dialog->inputRouter()->routeKey({kKeyEscape, 0}));
     EXPECT_FALSE(dialog->isOpen());
     EXPECT_EQ(dialog->result(), kAnswerCancel);
+    // One that has to be answered does not even ask.
+    const auto stubborn = host_->createNativeDialog(NativeDialog::kStyleNotClosable);
+    stubborn->connect(log_, false);
+    stubborn->show(false);
+    log_->take();
+    EXPECT_TRUE(stubborn->inputRouter()->routeKey({kKeyEscape, 0}));
+    EXPECT_TRUE(stubborn->isOpen());
+    EXPECT_EQ(log_->take().find(L"close"), std::wstring::npos);
+    stubborn->hide(3);
+    EXPECT_EQ(stubborn->result(), 3);
 }
 
 // --- Tooltips ---

@@ -55,6 +55,11 @@ TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {
     EXPECT_EQ(thrownText([&] { host_->createNativeGridView()->font(); }), L"font_");
     EXPECT_EQ(thrownText([&] { makeControl<NativeButton>()->implementation(); }), L"impl_");
     EXPECT_EQ(thrownText([&] { RecordingButton().getAbstraction(); }), L"abstraction_ != 0");
+    // A backend for something else.
+    const auto box = makeControl<NativeComboBox>();
+    using Wrong = Implementation<NativeComboBox, INativeButtonImpl>;
+    joinImplementation(*box, std::make_unique<Recording<Wrong>>());
+    EXPECT_EQ(thrownText([&] { box->addItem(L"x"); }), L"impl_");
 }
 
 // --- Button ---
@@ -80,6 +85,18 @@ TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone
     second->click();
     EXPECT_FALSE(first->isChecked());
     EXPECT_TRUE(second->isChecked() && check->isChecked());
+    // By key, past the one that cannot be used and around.
+    const auto third = shown(host_->createNativeButton());
+    third->setKind(ButtonKind::kRadio);
+    first->setEnabled(false);
+    EXPECT_TRUE(second->onKey({kKeyUp, 0}));
+    EXPECT_TRUE(third->isChecked() && third->hasFocus() && !second->isChecked());
+    EXPECT_TRUE(third->onKey({kKeyRight, 0}));
+    EXPECT_TRUE(second->isChecked() && second->hasFocus());
+    EXPECT_FALSE(second->onKey({kKeyUp, kModifierControl}) || check->onKey({kKeyUp, 0}));
+    // One that joins the group checked is the one.
+    check->setKind(ButtonKind::kRadio);
+    EXPECT_TRUE(check->isChecked() && !second->isChecked());
 }
 
 TEST_F(WidgetTest, preferredSize_button_countsNoAccessKeyAndScales) {
@@ -108,8 +125,9 @@ TEST_F(WidgetTest, text_fromUserAndProgram_sendsOnceAndDoesNotEcho) {
     EXPECT_EQ(log_->take(), L"textChanged textChanged");
     EXPECT_TRUE(box->setMaximumLength(3));
     EXPECT_EQ(recording.text, L"typ");
-    box->setText(L"abcdef");
-    EXPECT_EQ(box->text(), L"abc");
+    box->setText(L"a\r\ncdef");
+    EXPECT_EQ(box->text(), L"a\nc");
+    EXPECT_FALSE(box->setText(L"a\nc"));
 }
 
 TEST_F(WidgetTest, comboBox_itemsBeforeAndAfterTheNativeObject_areMirrored) {
@@ -143,6 +161,16 @@ TEST_F(WidgetTest, comboBox_itemsBeforeAndAfterTheNativeObject_areMirrored) {
     EXPECT_EQ(box->text(), L"two");
     box->acceptSelection(55);
     EXPECT_EQ(box->getSelectedItem(), kNullSize);
+    EXPECT_EQ(box->text(), L"");
+    // A list shows items alone, a field any text.
+    EXPECT_FALSE(box->setText(L"three"));
+    EXPECT_TRUE(box->setText(L"two"));
+    EXPECT_EQ(box->getSelectedItem(), 0U);
+    box->setEditable(true);
+    EXPECT_TRUE(box->setText(L"three"));
+    EXPECT_EQ(recording.selected, kNullSize);
+    box->setEditable(false);
+    EXPECT_EQ(box->text(), L"");
     box->clear();
     EXPECT_TRUE(recording.items.empty());
 }
@@ -183,6 +211,11 @@ TEST_F(WidgetTest, scrollBar_keysAndWheel_moveIt) {
     EXPECT_TRUE(bar->onMouse({MouseAction::kHorizontalWheel, {}, -MouseEvent::kWheelStep, 0}));
     EXPECT_EQ(bar->position(), 84);
     EXPECT_FALSE(bar->onMouse({MouseAction::kWheel, {}, -MouseEvent::kWheelStep, 0}));
+    // A wheel without notches turns by less than a position.
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_TRUE(bar->onMouse({MouseAction::kHorizontalWheel, {}, -10, 0}));
+    }
+    EXPECT_EQ(bar->position(), 78);
     EXPECT_TRUE(log_->take().starts_with(L"scrolled scrolledhorizontally"));
 }
 

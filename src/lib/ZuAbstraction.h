@@ -55,6 +55,9 @@ public:
         return *typed;
     }
 
+    // The same untyped, whatever it implements; null when there is none.
+    IImplementation* untypedImplementation() const noexcept { return impl_.get(); }
+
     // Pushes this object's state to the screen; does nothing without backend.
     void synchronize() const {
         if (impl_) {

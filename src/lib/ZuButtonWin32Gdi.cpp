@@ -49,8 +49,8 @@ void ButtonWin32Gdi::synchronizeWithAbstraction() {
 }
 
 ButtonWin32Gdi::Outcome ButtonWin32Gdi::initializeFromDescriptor() {
-    const Outcome outcome = synchronizeWindow(
-        getAbstraction(), {L"BUTTON", styleOf(getAbstraction().kind()) | BS_NOTIFY, 0});
+    const Outcome outcome =
+        synchronizeWindow(getAbstraction(), {L"BUTTON", styleOf(getAbstraction().kind()), 0});
     if (outcome == Outcome::kMade) {
         bitmap_.reset();
         icon_.reset();
@@ -84,11 +84,26 @@ void ButtonWin32Gdi::releaseNativeObject() {
 }
 
 bool ButtonWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (message.id != WM_COMMAND || HIWORD(message.wide) != BN_CLICKED) {
+    // Radio buttons tell a second quick press from the first.
+    const bool isPress = message.id == WM_COMMAND && (HIWORD(message.wide) == BN_CLICKED ||
+                                                      HIWORD(message.wide) == BN_DOUBLECLICKED);
+    if (!isPress) {
         return false;
     }
-    getAbstraction().click();
+    if (!takingFocus_) {
+        getAbstraction().click();
+    }
     result = 0;
+    return true;
+}
+
+bool ButtonWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    if (message.id != WM_SETFOCUS) {
+        return false;
+    }
+    takingFocus_ = true;
+    result = answerByDefault(message);
+    takingFocus_ = false;
     return true;
 }
 

@@ -1,7 +1,8 @@
 // The Windows half of a button: a BUTTON control.
 //
 // The control never checks itself. It reports the press, the portable half
-// decides what is checked now, and the next synchronisation shows it.
+// decides what is checked now, and the next synchronisation shows it. The focus
+// alone presses nothing, where the system's radio buttons would be pressed.
 #pragma once
 
 #include "ZuBitmap.h"
@@ -23,6 +24,7 @@ public:
 
 protected:
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
     // The space bar presses it; what else is pressed the surface may use.
     bool usesKey(const KeyEvent& event) const override { return event.key == kKeySpace; }
 
@@ -31,9 +33,11 @@ private:
     void setText();
     void setImage();
 
-    // Drawn beside the caption; made from the bitmap of this address.
+    // Drawn beside the caption.
     IconHandle icon_;
+    // What the icon was made from; held, so that another one is another address.
     std::shared_ptr<Bitmap> bitmap_;
+    bool takingFocus_ = false;
 };
 
 }  // namespace zustd

@@ -6,7 +6,6 @@ namespace zustd {
 
 namespace {
 
-constexpr wchar_t kOperation[] = L"ComboBoxWin32Gdi::handleMultiWindowMessage";
 // A guess at the usual item, for the room that the control takes at once.
 constexpr std::size_t kBytesPerItem = 40;
 
@@ -19,7 +18,7 @@ std::size_t portableIndex(LRESULT index) noexcept {
 }  // namespace
 
 ComboBoxWin32Gdi::ComboBoxWin32Gdi(HWND hostWindow) noexcept
-    : NativeControlWin32Gdi(hostWindow, kOperation) {}
+    : NativeControlWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
 
 void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ComboBoxWin32Gdi::synchronizeWithAbstraction", [this] {
@@ -33,7 +32,7 @@ void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
         }
         fitHeight();
         setCaption();
-        mirrorSelection();
+        pushSelection();
     });
 }
 
@@ -48,7 +47,7 @@ ComboBoxWin32Gdi::Outcome ComboBoxWin32Gdi::initializeFromDescriptor() {
     COMBOBOXINFO parts{};
     parts.cbSize = sizeof(parts);
     if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
-        field_.attach(parts.hwndItem, *this, kOperation);
+        attachPart(parts.hwndItem);
     }
     return outcome;
 }
@@ -107,28 +106,26 @@ void ComboBoxWin32Gdi::setText(const std::wstring& text) {
     }
 }
 
-std::size_t ComboBoxWin32Gdi::findItemIndex(const std::wstring& text) const {
-    return portableIndex(
-        send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text.c_str())));
-}
-
-void ComboBoxWin32Gdi::releaseNativeObject() {
-    field_.detach();
-    destroyWindow();
-}
-
 void ComboBoxWin32Gdi::mirrorAdded(std::size_t index) {
-    send(CB_INSERTSTRING, nativeIndex(index),
-         reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
+    guarded(L"ComboBoxWin32Gdi::addItem", [&] {
+        send(CB_INSERTSTRING, nativeIndex(index),
+             reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
+    });
 }
 
 void ComboBoxWin32Gdi::mirrorRemoved(std::size_t index) {
-    send(CB_DELETESTRING, nativeIndex(index));
+    guarded(L"ComboBoxWin32Gdi::removeItem", [&] { send(CB_DELETESTRING, nativeIndex(index)); });
 }
 
-void ComboBoxWin32Gdi::mirrorCleared() { send(CB_RESETCONTENT); }
+void ComboBoxWin32Gdi::mirrorCleared() {
+    guarded(L"ComboBoxWin32Gdi::clear", [this] { send(CB_RESETCONTENT); });
+}
 
 void ComboBoxWin32Gdi::mirrorSelection() {
+    guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
+}
+
+void ComboBoxWin32Gdi::pushSelection() {
     const std::size_t selected = getSelectedItem();
     if (portableIndex(send(CB_GETCURSEL)) != selected) {
         send(CB_SETCURSEL, nativeIndex(selected));
@@ -139,30 +136,49 @@ void ComboBoxWin32Gdi::mirrorSelection() {
 }
 
 bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+    if (message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC) {
+        return colorField(message, result);
+    }
     if (message.id != WM_COMMAND || filling_) {
         return false;
     }
-    NativeComboBox& box = getAbstraction();
     switch (HIWORD(message.wide)) {
         case CBN_SELCHANGE:
-            box.acceptSelection(portableIndex(send(CB_GETCURSEL)));
+            getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
             break;
-        case CBN_EDITCHANGE: {
-            // What is typed is an item when it reads like one.
-            const std::wstring text = getText();
-            const std::size_t item = findItemIndex(text);
-            box.acceptText(text);
-            if (box.text() == text) {
-                box.acceptSelection(
-                    item < box.items().size() && box.items()[item] == text ? item : kNullSize);
+        case CBN_EDITCHANGE:
+            acceptTyped();
+            break;
+        case CBN_SELENDCANCEL:
+        case CBN_CLOSEUP:
+            // The list goes back to what it showed before, and says nothing.
+            if (getAbstraction().isEditable()) {
+                acceptTyped();
+            } else {
+                getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
             }
             break;
-        }
         default:
             return false;
     }
     result = 0;
     return true;
+}
+
+// What is typed is an item when it reads like one; of several the chosen one.
+void ComboBoxWin32Gdi::acceptTyped() {
+    NativeComboBox& box = getAbstraction();
+    const std::wstring text = getText();
+    box.acceptText(text);
+    const std::size_t selected = box.getSelectedItem();
+    if (box.text() == text && (selected == kNullSize || box.getItemText(selected) != text)) {
+        box.acceptSelection(box.findItem(text));
+    }
+}
+
+// The list asks the box itself for its colours.
+bool ComboBoxWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    return message.id == WM_CTLCOLORLISTBOX && colorField(message, result);
 }
 
 bool ComboBoxWin32Gdi::usesKey(const KeyEvent& event) const {

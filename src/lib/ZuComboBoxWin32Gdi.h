@@ -15,7 +15,7 @@ public:
     explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept;
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
+    void releaseNativeObject() override { destroyWindow(); }
     bool hasNativeObject() const override { return window() != nullptr; }
 
 protected:
@@ -25,8 +25,8 @@ protected:
     void mirrorSelection() override;
 
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
     bool usesKey(const KeyEvent& event) const override;
-    bool isPart(HWND window) const noexcept override { return window == field_.window(); }
 
 private:
     Outcome initializeFromDescriptor();
@@ -36,11 +36,9 @@ private:
     // Of the field; a list without one has the text of its selected item.
     std::wstring getText() const;
     void setText(const std::wstring& text);
-    // By the control's own items; kNullSize when there is none.
-    std::size_t findItemIndex(const std::wstring& text) const;
+    void pushSelection();
+    void acceptTyped();
 
-    // The field's own window, whose keys are those of the box.
-    WindowAttachment field_;
     std::wstring caption_;
     // The control's own notifications while it is filled are no news.
     bool filling_ = false;

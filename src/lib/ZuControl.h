@@ -481,9 +481,7 @@ std::shared_ptr<T> makeControl(Args&&... args) {
 // abstraction.
 template <class I>
 IImplementation* backendOf(const Abstraction<I>& abstraction) noexcept {
-    return abstraction.hasImplementation()
-               ? dynamic_cast<IImplementation*>(&abstraction.implementation())
-               : nullptr;
+    return abstraction.untypedImplementation();
 }
 
 }  // namespace zustd

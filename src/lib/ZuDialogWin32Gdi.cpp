@@ -131,6 +131,32 @@ void DialogWin32Gdi::hide(int result) {
     guarded(L"DialogWin32Gdi::hide", [this, result] { internalHide(result); });
 }
 
+void DialogWin32Gdi::setShown(bool shown) {
+    if (!shown) {
+        hide(kAnswerNone);
+    } else if (!getAbstraction().isOpen()) {
+        if (IsWindowVisible(window())) {
+            getAbstraction().acceptOpen();
+        } else {
+            show(false);
+        }
+    }
+}
+
+bool DialogWin32Gdi::makeReady() {
+    const bool isOpen = getAbstraction().isOpen();
+    if (window() != nullptr && !isOpen && findOwner() != owner_) {
+        getAbstraction().releaseTree();
+    }
+    getAbstraction().synchronizeTree();
+    if (window() == nullptr) {
+        return false;
+    }
+    // The button has its window only now.
+    markDefaultButton();
+    return true;
+}
+
 int DialogWin32Gdi::showModal() {
     ModalSession session(owner_);
     session.setDialog(window());
@@ -186,21 +212,6 @@ HWND DialogWin32Gdi::findOwner() const {
     return ModalSession::ownerFor(window != nullptr ? GetAncestor(window, GA_ROOT) : nullptr);
 }
 
-// A window with everything on it and the owner of the moment.
-bool DialogWin32Gdi::makeReady() {
-    const bool isOpen = getAbstraction().isOpen();
-    if (window() != nullptr && !isOpen && findOwner() != owner_) {
-        getAbstraction().releaseTree();
-    }
-    getAbstraction().synchronizeTree();
-    if (window() == nullptr) {
-        return false;
-    }
-    // The button has its window only now.
-    markDefaultButton();
-    return true;
-}
-
 void DialogWin32Gdi::createWindow(HWND owner) {
     DWORD style = WS_POPUP | WS_CLIPCHILDREN;
     DWORD extendedStyle = WS_EX_CONTROLPARENT;
@@ -251,7 +262,7 @@ void DialogWin32Gdi::place() {
 
 // Only the look: what Enter presses is the portable dialog's matter.
 void DialogWin32Gdi::markDefaultButton() {
-    const auto button = getAbstraction().defaultButton();
+    const auto button = getAbstraction().buttonForEnter();
     const HWND marked = button ? nativeWindowOf(*button) : nullptr;
     if (marked == defaultButton_) {
         return;
@@ -275,10 +286,6 @@ bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
         case WM_NCHITTEST:
             result = HTTRANSPARENT;
             return hasStyle(NativeDialog::kStylePopup) && letsMouseThrough(message.extra);
-        case WM_SYSCOMMAND:
-            // Alt+F4 does not need a close button.
-            result = 0;
-            return (message.wide & 0xFFF0) == SC_CLOSE && hasStyle(NativeDialog::kStyleNotClosable);
         case WM_COMMAND:
             result = 0;
             return message.extra == 0 && pressItem(LOWORD(message.wide));

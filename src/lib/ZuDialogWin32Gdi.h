@@ -30,7 +30,11 @@ public:
     int show(bool modal) override;
     void hide(int result) override;
     Control& surface() const override { return getAbstraction(); }
+    void setShown(bool shown) override;
 
+    // Gives the dialog its window, with everything on it and the owner of the
+    // moment; false when that is not possible.
+    bool makeReady();
     // What show() and hide() do. The first needs a window.
     int showModal();
     void showNonModal();
@@ -46,7 +50,6 @@ protected:
 private:
     bool hasStyle(std::uint32_t style) const;
     HWND findOwner() const;
-    bool makeReady();
     void createWindow(HWND owner);
     void place();
     void markDefaultButton();

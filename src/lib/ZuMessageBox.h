@@ -18,8 +18,8 @@
 
 namespace zustd {
 
-// Message-box styles: one set of buttons plus one icon plus, for the buttons
-// after the first, which is the default one.
+// Message-box styles: one set of buttons, an icon or none, and which button is
+// the default one, where that is not the first; added up.
 inline constexpr std::uint32_t kMessageOk = 0x00;
 inline constexpr std::uint32_t kMessageOkCancel = 0x01;
 inline constexpr std::uint32_t kMessageYesNoCancel = 0x03;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "ZuColorWin32Gdi.h"
+#include "ZuDialogWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeButton.h"
@@ -17,6 +18,7 @@ namespace {
 
 // At a scaling factor of 1.
 constexpr std::int32_t kMargin = 12;
+constexpr std::int32_t kIcon = 32;
 constexpr std::int32_t kIconGap = 10;
 constexpr std::int32_t kButtonGap = 8;
 constexpr std::int32_t kTextWidth = 420;
@@ -61,8 +63,6 @@ HICON iconOf(std::uint32_t style) noexcept {
             return nullptr;
     }
 }
-
-Size iconSize() noexcept { return {GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON)}; }
 
 // The beginning of a text, and dots; never half of a surrogate pair.
 std::wstring cutAt(const std::wstring& text, std::size_t length) {
@@ -132,9 +132,8 @@ protected:
     void drawSelf(GraphicsService& graphics) override;
 
 private:
-    std::int32_t textOffset() const {
-        return icon_ != nullptr ? iconSize().width + scale(kIconGap) : 0;
-    }
+    std::int32_t iconSize() const { return icon_ != nullptr ? scale(kIcon) : 0; }
+    std::int32_t textOffset() const { return icon_ != nullptr ? iconSize() + scale(kIconGap) : 0; }
 
     std::wstring text_;
     Size textSize_;
@@ -162,8 +161,7 @@ Size MessagePaper::measure(Size most) {
     text_ = cutToHeight(text_, highest, measured);
     const Size text = measured(text_);
     textSize_ = {std::min(text.width, width), std::min(text.height, highest)};
-    const Size icon = icon_ != nullptr ? iconSize() : Size{};
-    return {left + textSize_.width + margins, std::max(textSize_.height, icon.height) + margins};
+    return {left + textSize_.width + margins, std::max(textSize_.height, iconSize()) + margins};
 }
 
 void MessagePaper::showText(HWND dialog) {
@@ -188,9 +186,8 @@ void MessagePaper::drawSelf(GraphicsService& graphics) {
     if (icon_ != nullptr) {
         const std::int32_t margin = scale(kMargin);
         const Point place = Point{margin, margin}.movedBy(graphics.origin());
-        const Size size = iconSize();
-        DrawIconEx(graphicsBackend(graphics).context(), place.x, place.y, icon_, size.width,
-                   size.height, 0, nullptr, DI_NORMAL);
+        DrawIconEx(graphicsBackend(graphics).context(), place.x, place.y, icon_, iconSize(),
+                   iconSize(), 0, nullptr, DI_NORMAL);
     }
 }
 
@@ -217,8 +214,8 @@ public:
     int answer() const noexcept { return answer_; }
     bool isChecked() const noexcept { return checkBox_ && checkBox_->isChecked(); }
     void close(int answer);
-    // The user wants to close the dialog; false when he has to answer.
-    bool cancel();
+    // The user closes the dialog.
+    void cancel() noexcept { answer_ = box_.cancelAnswer; }
 
     bool onKey(const KeyEvent& event) override;
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
@@ -242,14 +239,13 @@ bool MessageBoxView::build(WindowService& service) {
     paper_ = makeControl<MessagePaper>(box_, font_);
     addChild(paper_);
     for (const std::wstring& caption : buttonCaptionsOf(box_)) {
-        const bool isDefault = buttons_.size() == box_.defaultButton;
-        auto button =
-            addButton(service, caption, isDefault ? ButtonKind::kDefaultPush : ButtonKind::kPush);
+        auto button = addButton(service, caption, ButtonKind::kPush);
         if (!button) {
             return false;
         }
         buttons_.push_back(std::move(button));
     }
+    dialog_.setDefaultButton(buttons_.at(box_.defaultButton));
     if (!box_.checkBoxText.empty()) {
         checkBox_ = addButton(service, box_.checkBoxText, ButtonKind::kCheck);
     }
@@ -373,15 +369,6 @@ bool MessageBoxView::onReceiveMessage(const MessageKind& kind, MessageWord a, Me
     return Control::onReceiveMessage(kind, a, b);
 }
 
-bool MessageBoxView::cancel() {
-    if (box_.cancelAnswer == kAnswerNone) {
-        MessageBeep(MB_OK);
-        return false;
-    }
-    answer_ = box_.cancelAnswer;
-    return true;
-}
-
 namespace {
 
 // Hears of the dialog's end in the view's place: the view passes on to the
@@ -390,12 +377,12 @@ class CloseListener : public MessageSink {
 public:
     explicit CloseListener(const std::shared_ptr<MessageBoxView>& view) : view_(view) {}
 
-    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord stays) override {
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
         const std::shared_ptr<MessageBoxView> view = view_.lock();
         if (!(kind == Control::kClose) || !view) {
             return false;
         }
-        *stays.object<bool>() = !view->cancel();
+        view->cancel();
         return true;
     }
 
@@ -439,6 +426,10 @@ int MessageBoxWin32Gdi::show(const wchar_t* failure) {
         throw SystemException(failure);
     }
     service_.playMessageSound(box_.style);
+    // Which may have taken long enough for the dialog to lose its window.
+    if (!dynamic_cast<DialogWin32Gdi&>(dialog_->implementation()).makeReady()) {
+        throw SystemException(failure);
+    }
     dialog_->show(true);
     box_.doNotShowAgain = view_->isChecked();
     return view_->answer();

@@ -14,7 +14,7 @@ struct Watch {
     // The window's procedure before it was watched.
     WNDPROC former;
     // Null for one that is watched for the sake of its children only.
-    const WindowAttachment* attachment;
+    WindowAttachment* attachment;
 };
 
 // Those of this thread, until they end.
@@ -101,6 +101,9 @@ LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra) no
     if (watch == nullptr) {
         // It has ended meanwhile.
         return DefWindowProcW(window, id, wide, extra);
+    }
+    if (id == WM_NCDESTROY && watch->attachment != nullptr) {
+        watch->attachment->window_ = nullptr;
     }
     const WNDPROC former = id == WM_NCDESTROY ? stopWatching(window) : watch->former;
     return CallWindowProcW(former, window, id, wide, extra);

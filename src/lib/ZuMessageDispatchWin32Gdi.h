@@ -55,6 +55,7 @@ public:
     bool attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler, const wchar_t* operation);
     void detach() noexcept;
 
+    // Null without a window, and after the window's last message.
     HWND window() const noexcept { return window_; }
 
 private:

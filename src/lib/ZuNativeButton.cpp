@@ -45,15 +45,19 @@ bool NativeButton::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
     return changeDescriptor(bitmap_, bitmap);
 }
 
-bool NativeButton::setKind(ButtonKind kind) { return change(kind_, kind); }
+bool NativeButton::setKind(ButtonKind kind) {
+    if (!change(kind_, kind)) {
+        return false;
+    }
+    uncheckSiblings();
+    return true;
+}
 
 bool NativeButton::setChecked(bool checked) {
     if (!change(checked_, checked)) {
         return false;
     }
-    if (checked && kind_ == ButtonKind::kRadio) {
-        uncheckSiblings();
-    }
+    uncheckSiblings();
     return true;
 }
 
@@ -93,16 +97,63 @@ void NativeButton::click() {
     notify(kLeftClicked);
 }
 
+bool NativeButton::onKey(const KeyEvent& event) {
+    if (kind_ != ButtonKind::kRadio || event.has(kModifierControl | kModifierAlt)) {
+        return false;
+    }
+    switch (event.key) {
+        case kKeyLeft:
+        case kKeyUp:
+            return chooseNext(true);
+        case kKeyRight:
+        case kKeyDown:
+            return chooseNext(false);
+        default:
+            return false;
+    }
+}
+
+// The radio buttons among the parent's children, this one included.
+std::vector<std::shared_ptr<NativeButton>> NativeButton::group() const {
+    std::vector<std::shared_ptr<NativeButton>> buttons;
+    if (parentControl() != nullptr) {
+        for (const std::shared_ptr<Control>& sibling : parentControl()->children()) {
+            auto button = std::dynamic_pointer_cast<NativeButton>(sibling);
+            if (button && button->kind_ == ButtonKind::kRadio) {
+                buttons.push_back(std::move(button));
+            }
+        }
+    }
+    return buttons;
+}
+
 void NativeButton::uncheckSiblings() {
-    if (parentControl() == nullptr) {
+    if (!checked_ || kind_ != ButtonKind::kRadio) {
         return;
     }
-    for (const std::shared_ptr<Control>& sibling : parentControl()->children()) {
-        const auto button = std::dynamic_pointer_cast<NativeButton>(sibling);
-        if (button && button.get() != this && button->kind_ == ButtonKind::kRadio) {
+    for (const std::shared_ptr<NativeButton>& button : group()) {
+        if (button.get() != this) {
             button->setChecked(false);
         }
     }
+}
+
+bool NativeButton::chooseNext(bool backwards) {
+    auto buttons = group();
+    if (backwards) {
+        std::reverse(buttons.begin(), buttons.end());
+    }
+    const auto self = std::find_if(buttons.begin(), buttons.end(),
+                                   [this](const auto& button) { return button.get() == this; });
+    // The next one comes first, this one last.
+    std::rotate(buttons.begin(), self == buttons.end() ? self : self + 1, buttons.end());
+    for (const std::shared_ptr<NativeButton>& button : buttons) {
+        if (button.get() != this && button->takeFocus()) {
+            button->click();
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace zustd

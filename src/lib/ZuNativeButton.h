@@ -2,11 +2,12 @@
 //
 // Pressing it sends Control::kLeftClicked, by mouse or by key. Radio buttons
 // that are children of one parent form a group: checking one unchecks the
-// others.
+// others, and the arrow keys press the next one that can have the focus.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "ZuControl.h"
 
@@ -56,9 +57,12 @@ public:
     void click();
 
     IImplementation* backend() const noexcept override { return backendOf(*this); }
+    bool onKey(const KeyEvent& event) override;
 
 private:
+    std::vector<std::shared_ptr<NativeButton>> group() const;
     void uncheckSiblings();
+    bool chooseNext(bool backwards);
 
     std::shared_ptr<TextDescriptor> caption_;
     std::shared_ptr<FontDescriptor> font_;

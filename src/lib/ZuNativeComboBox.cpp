@@ -35,14 +35,29 @@ bool NativeComboBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
     return changeDescriptor(font_, font);
 }
 
-bool NativeComboBox::setEditable(bool editable) { return change(editable_, editable); }
-
-bool NativeComboBox::setText(const std::wstring& text) {
-    if (!change(text_, text)) {
+bool NativeComboBox::setEditable(bool editable) {
+    const ControlUpdate update(*this);
+    if (!change(editable_, editable)) {
         return false;
     }
+    if (!canShow(text_)) {
+        setText({});
+    }
+    return true;
+}
+
+bool NativeComboBox::setText(const std::wstring& text) {
+    const ControlUpdate update(*this);
+    if (!canShow(text) || !change(text_, text)) {
+        return false;
+    }
+    selected_ = findItem(text);
     notify(kTextChanged);
     return true;
+}
+
+bool NativeComboBox::canShow(const std::wstring& text) const {
+    return editable_ || text.empty() || findItem(text) != kNullSize;
 }
 
 std::size_t NativeComboBox::addItem(const std::wstring& text) {
@@ -94,6 +109,8 @@ void NativeComboBox::acceptSelection(std::size_t index) {
     // A receiver may have changed the items.
     if (selected_ < items_.size()) {
         acceptText(items_[selected_]);
+    } else if (!editable_) {
+        acceptText({});
     }
 }
 

@@ -55,10 +55,13 @@ public:
     const std::shared_ptr<FontDescriptor>& font() const noexcept { return font_; }
     bool setFont(const std::shared_ptr<FontDescriptor>& font);
     bool isEditable() const noexcept { return editable_; }
-    // A combo box that has a native object gets a new one.
+    // A combo box that has a native object gets a new one. A text that is no
+    // item goes with the field.
     bool setEditable(bool editable);
     // What the field holds: the selected item's text or what was typed.
     const std::wstring& text() const noexcept { return text_; }
+    // Selects the first item with exactly this text, or none. Without a field
+    // a text that is neither empty nor an item is refused.
     bool setText(const std::wstring& text);
 
     // The seven operations; each fails the assertion "impl_" without backend.
@@ -84,6 +87,8 @@ public:
 
 private:
     friend class ComboBoxImplementation;
+
+    bool canShow(const std::wstring& text) const;
 
     std::shared_ptr<TextDescriptor> caption_;
     std::shared_ptr<FontDescriptor> font_;

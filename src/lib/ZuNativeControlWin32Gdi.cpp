@@ -3,6 +3,7 @@
 #include <commctrl.h>
 #include <windowsx.h>
 
+#include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
@@ -56,6 +57,7 @@ NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control&
                                                                         const Shape& shape) {
     control_ = &control;
     const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
+    const bool hadFocus = hasSystemFocus();
     if (window() != nullptr && (parent != parent_ || shape != shape_)) {
         destroyWindow();
     }
@@ -67,7 +69,27 @@ NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control&
         createWindow(shape, parent);
     }
     place();
+    synchronizeColors(isNew);
+    if (isNew && hadFocus && IsWindowVisible(window()) && IsWindowEnabled(window())) {
+        SetFocus(window());
+    }
     return isNew ? Outcome::kMade : Outcome::kKept;
+}
+
+bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
+    const HWND focused = GetFocus();
+    return window() != nullptr && (focused == window() || IsChild(window(), focused));
+}
+
+// Those of the surface behind count too: a check box shows what it lies on.
+void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
+    const ColorsDescriptor* own = control_->colors().get();
+    const Colors wanted{control_->color(ColorRole::kBackground), control_->color(ColorRole::kText),
+                        own != nullptr ? own->color(ColorRole::kBackground) : Color{},
+                        own != nullptr ? own->color(ColorRole::kText) : Color{}};
+    if (std::exchange(colors_, wanted) != wanted && !isNew) {
+        RedrawWindow(window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+    }
 }
 
 void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
@@ -102,7 +124,8 @@ void NativeControlWin32Gdi::place() {
         SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
                      SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_NOCOPYBITS);
     }
-    const bool usable = control_->isUsable();
+    const bool hadFocus = hasSystemFocus();
+    const bool usable = canBeUsed();
     if (usable != (IsWindowEnabled(window()) != FALSE)) {
         EnableWindow(window(), usable ? TRUE : FALSE);
     }
@@ -111,7 +134,14 @@ void NativeControlWin32Gdi::place() {
     if (control_->isShown() != isShowing) {
         ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
     }
+    // The keys must not go to a window that cannot use them, or to none.
+    if (hadFocus && !(usable && control_->isShown()) && IsWindowVisible(parent_) &&
+        IsWindowEnabled(parent_)) {
+        SetFocus(parent_);
+    }
 }
+
+bool NativeControlWin32Gdi::canBeUsed() const { return control_->isUsable(); }
 
 void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
     const std::shared_ptr<WindowService> service = control_->windowService();
@@ -130,6 +160,7 @@ void NativeControlWin32Gdi::synchronizeText(const std::wstring& text) {
 }
 
 void NativeControlWin32Gdi::destroyWindow() noexcept {
+    part_.detach();
     if (const HWND window = attachment_.window()) {
         attachment_.detach();
         DestroyWindow(window);
@@ -147,10 +178,10 @@ bool NativeControlWin32Gdi::usesKey(const KeyEvent& event) const {
     return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
 }
 
-bool NativeControlWin32Gdi::isPart(HWND) const noexcept { return false; }
+void NativeControlWin32Gdi::attachPart(HWND part) { part_.attach(part, *this, operation_); }
 
 bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
-    return window != nullptr && (window == attachment_.window() || isPart(window));
+    return window != nullptr && (window == attachment_.window() || window == part_.window());
 }
 
 bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& message,
@@ -165,11 +196,7 @@ bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& messag
 bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESULT& result) {
     switch (message.id) {
         case WM_NCDESTROY:
-            // Its surface went first and took it along.
-            if (message.window == window()) {
-                attachment_.detach();
-            }
-            break;
+            return false;
         case WM_GETDLGCODE:
             if (fitsDialogCode(message)) {
                 result = answerByDefault(message) | DLGC_WANTMESSAGE;
@@ -201,6 +228,29 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
     }
     // Whoever heard of the focus or of the pointer may have ended the window.
     return isOwn(message.window) && onWindowMessage(message, result);
+}
+
+bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& result) {
+    const auto& colors = control_->colors();
+    const Color background = colors ? colors->color(ColorRole::kBackground) : Color{};
+    const Color text = colors ? colors->color(ColorRole::kText) : Color{};
+    if (!background.isSet && !text.isSet) {
+        return false;
+    }
+    result = answerByDefault(message);
+    const auto context = reinterpret_cast<HDC>(message.wide);
+    if (text.isSet && control_->isUsable()) {
+        SetTextColor(context, nativeColor(text));
+    }
+    if (background.isSet) {
+        if (!background_ || background != backgroundColor_) {
+            background_.reset(CreateSolidBrush(nativeColor(background)));
+            backgroundColor_ = background;
+        }
+        SetBkColor(context, nativeColor(background));
+        result = reinterpret_cast<LRESULT>(background_.get());
+    }
+    return true;
 }
 
 // In a dialog's message loop: the keys that the surface gets come here first,

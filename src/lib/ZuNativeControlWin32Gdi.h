@@ -3,19 +3,23 @@
 //
 // The window is made by the first synchronisation, as a child of the surface
 // that the control is on, and made anew when something changes that a window
-// cannot change: its class, its style, its surface. Place, visibility, enabled
-// state, font and text are compared and pushed.
+// cannot change: its class, its style, its surface; the focus stays with the
+// control. Place, visibility, enabled state, font, text and colours are
+// compared and pushed. A control that is hidden or disabled leaves the focus to
+// the window of its surface.
 //
 // Focus, hovering and the keys that the control has no use for are reported to
 // the input router of the surface; the rest of what the user does is up to the
 // derived backend.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 
 #include "ZuControl.h"
 #include "ZuFont.h"
+#include "ZuHandleWin32Gdi.h"
 #include "ZuMessageDispatchWin32Gdi.h"
 #include "ZuWindows.h"
 
@@ -81,23 +85,36 @@ protected:
     // base keeps all but Tab, Enter and Escape.
     virtual bool usesKey(const KeyEvent& event) const;
 
-    // Whether a window is part of the control, such as the field of a combo
-    // box; its focus and keys are the control's. The base knows of none.
-    virtual bool isPart(HWND window) const noexcept;
+    // Whether the window is to be enabled; the base asks the control alone.
+    virtual bool canBeUsed() const;
+
+    // A window inside of the control's, such as the field of a combo box: its
+    // focus and keys are the control's from now on, until either window goes.
+    void attachPart(HWND part);
+    // Answers a request for the colours of a field: with those that the control
+    // itself sets, since a field on a coloured surface stays as the system
+    // paints fields. False when it sets none.
+    bool colorField(const WindowMessage& message, LRESULT& result);
 
     bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
 private:
+    // Background and text as they reach the control, and its own.
+    using Colors = std::array<Color, 4>;
+
     bool isOwn(HWND window) const noexcept;
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
     void createWindow(const Shape& shape, HWND parent);
     void place();
+    void synchronizeColors(bool isNew);
+    bool hasSystemFocus() const noexcept;
     void reportHover(const WindowMessage& message);
     void reportFocus(const WindowMessage& message);
     bool routeUnusedKey(const WindowMessage& message);
     bool fitsDialogCode(const WindowMessage& message) const;
 
     WindowAttachment attachment_;
+    WindowAttachment part_;
     HWND hostWindow_;
     const wchar_t* operation_;
     Control* control_ = nullptr;
@@ -106,6 +123,10 @@ private:
     // Kept as long as the window draws with it.
     std::shared_ptr<Font> font_;
     std::wstring text_;
+    Colors colors_{};
+    // Of the control's own background colour.
+    BrushHandle background_;
+    Color backgroundColor_;
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;

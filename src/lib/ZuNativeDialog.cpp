@@ -36,17 +36,25 @@ bool NativeDialog::onKey(const KeyEvent& event) {
         return true;
     }
     if (event.key == kKeyEnter) {
-        // A push button that has the focus is what the user means.
-        auto button = std::dynamic_pointer_cast<NativeButton>(router_.focused());
-        if (!button || !button->isPush()) {
-            button = defaultButton();
-        }
-        if (button) {
+        if (const auto button = buttonForEnter()) {
             button->click();
             return true;
         }
     }
     return false;
+}
+
+std::shared_ptr<NativeButton> NativeDialog::buttonForEnter() const {
+    auto button = std::dynamic_pointer_cast<NativeButton>(router_.focused());
+    return button && button->isPush() ? button : defaultButton();
+}
+
+bool NativeDialog::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    if ((kind == kEnterFocus || kind == kLeaveFocus) && hasNativeObject()) {
+        // Another button may look like the default one now.
+        synchronize();
+    }
+    return Control::onReceiveMessage(kind, a, b);
 }
 
 void NativeDialog::acceptSize(Size size) {
@@ -69,7 +77,7 @@ void NativeDialog::acceptClosed(int result) {
 
 bool NativeDialog::acceptClose() {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    if (!requestClose()) {
+    if ((style_ & kStyleNotClosable) != 0 || !requestClose()) {
         return false;
     }
     hide(kAnswerCancel);

@@ -2,7 +2,8 @@
 //
 // show(true) blocks until the dialog is closed, with its owner disabled, and
 // returns the result; show(false) returns at once. Enter presses the default
-// button, Escape closes with kAnswerCancel. A dialog may be shown again.
+// button, Escape closes with kAnswerCancel. A dialog may be shown again. One
+// that is not closable ends only by hide().
 //
 // The boundary's size is that of the client area. Its place is on the screen
 // for popups; other dialogs appear in the middle of their owner.
@@ -39,7 +40,8 @@ public:
     static constexpr std::uint32_t kStyleResizable = 0x01;
     // No caption and no frame, never active, in front: for tooltips.
     static constexpr std::uint32_t kStylePopup = 0x02;
-    // Without the close button.
+    // Without the close button, and deaf to all that closes other dialogs:
+    // Escape, Alt+F4, WindowService::closeWindow(). No kClose is sent.
     static constexpr std::uint32_t kStyleNotClosable = 0x04;
 
     explicit NativeDialog(std::uint32_t style = 0);
@@ -54,6 +56,9 @@ public:
     // button itself; may be null. Held weakly.
     std::shared_ptr<NativeButton> defaultButton() const { return defaultButton_.lock(); }
     bool setDefaultButton(const std::shared_ptr<NativeButton>& button);
+    // What Enter presses now, and what looks like it: the push button that has
+    // the focus, or else the default button; may be null.
+    std::shared_ptr<NativeButton> buttonForEnter() const;
 
     // Fails the assertion "impl_" when there is no backend.
     int show(bool modal);
@@ -64,13 +69,14 @@ public:
     InputRouter* inputRouter() noexcept override { return &router_; }
     IImplementation* backend() const noexcept override { return backendOf(*this); }
     bool onKey(const KeyEvent& event) override;
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 
     // For the backend.
     void acceptSize(Size size);
     void acceptOpen();
     void acceptClosed(int result);
-    // The user wants to close the dialog; false when a receiver of kClose
-    // keeps it open.
+    // The user wants to close the dialog; false when its style or a receiver
+    // of kClose keeps it open.
     bool acceptClose();
 
 private:

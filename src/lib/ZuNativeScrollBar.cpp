@@ -82,8 +82,13 @@ bool NativeScrollBar::onMouse(const MouseEvent& event) {
     if (event.action != wheel) {
         return false;
     }
-    const std::int64_t distance =
-        std::int64_t{event.wheel} * kLinesPerNotch * lineSize_ / MouseEvent::kWheelStep;
+    const std::int64_t turned = std::int64_t{event.wheel} * kLinesPerNotch * lineSize_ + wheelRest_;
+    const std::int64_t distance = turned / MouseEvent::kWheelStep;
+    wheelRest_ = turned % MouseEvent::kWheelStep;
+    if (distance == 0) {
+        // What is kept for later is used, unless it never leads anywhere.
+        return wheelRest_ != 0 && minimum_ < highestPosition();
+    }
     // Away from the user is up, to the right is on.
     return setPosition(saturate(vertical_ ? position_ - distance : position_ + distance));
 }

@@ -75,6 +75,8 @@ private:
     std::int32_t pageSize_ = 1;
     std::int32_t lineSize_ = 1;
     std::int32_t position_ = 0;
+    // What turns of the wheel have left over, in 120ths of a position.
+    std::int64_t wheelRest_ = 0;
     bool vertical_;
 };
 

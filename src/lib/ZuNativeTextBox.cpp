@@ -14,8 +14,12 @@ constexpr std::int32_t kPadding = 8;
 constexpr std::int32_t kUsualWidth = 160;
 constexpr std::int32_t kUsualLines = 4;
 
-std::wstring cut(const std::wstring& text, std::size_t maximumLength) {
-    return maximumLength == 0 ? text : text.substr(0, maximumLength);
+std::wstring normalized(std::wstring text, std::size_t maximumLength) {
+    std::erase(text, L'\r');
+    if (maximumLength != 0 && text.size() > maximumLength) {
+        text.resize(maximumLength);
+    }
+    return text;
 }
 
 }  // namespace
@@ -43,7 +47,7 @@ bool NativeTextBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
 }
 
 bool NativeTextBox::setText(const std::wstring& text) {
-    if (!change(text_, cut(text, maximumLength_))) {
+    if (!change(text_, normalized(text, maximumLength_))) {
         return false;
     }
     notify(kTextChanged);

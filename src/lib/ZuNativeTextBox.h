@@ -28,8 +28,8 @@ public:
     NativeTextBox();
     ~NativeTextBox() override;
 
-    // The hint that an empty field shows. Fails the assertion "watermark_"
-    // when there is none.
+    // The hint that an empty field shows; one of several lines shows none.
+    // Fails the assertion "watermark_" when there is none.
     TextDescriptor& watermark() const;
     bool hasWatermark() const noexcept { return watermark_ != nullptr; }
     bool setWatermark(const std::shared_ptr<TextDescriptor>& watermark);
@@ -39,7 +39,8 @@ public:
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool setFont(const std::shared_ptr<FontDescriptor>& font);
 
-    // Lines end in a line feed alone. Cut to the maximum length.
+    // Lines end in a line feed alone: carriage returns are left out. Cut to the
+    // maximum length.
     const std::wstring& text() const noexcept { return text_; }
     bool setText(const std::wstring& text);
     TextBoxKind kind() const noexcept { return kind_; }

@@ -11,9 +11,9 @@ void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
             return;
         }
         const NativeScrollBar& bar = getAbstraction();
-        setRange(bar.minimum(), bar.maximum());
-        setPageSize(bar.pageSize());
-        setPosition(bar.position());
+        // At once: every part would be painted for itself.
+        push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
+              static_cast<UINT>(bar.pageSize()), bar.position(), 0});
         setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
     });
 }
@@ -32,7 +32,7 @@ void ScrollBarWin32Gdi::push(const SCROLLINFO& info) {
     if (present.nMin != info.nMin || present.nMax != info.nMax || present.nPage != info.nPage ||
         present.nPos != info.nPos) {
         SCROLLINFO pushed = info;
-        // A bar without anything to scroll stays where it is, greyed.
+        // Otherwise the system may hide a bar without anything to scroll.
         pushed.fMask |= SIF_DISABLENOSCROLL;
         SetScrollInfo(window(), SB_CTL, &pushed, TRUE);
     }
@@ -48,37 +48,57 @@ SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
 }
 
 void ScrollBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
-    SCROLLINFO info{sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0};
-    push(info);
+    guarded(L"ScrollBarWin32Gdi::setRange", [&] {
+        push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
+    });
 }
 
 void ScrollBarWin32Gdi::setPageSize(std::int32_t size) {
-    SCROLLINFO info{sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0};
-    push(info);
+    guarded(L"ScrollBarWin32Gdi::setPageSize", [&] {
+        push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
+    });
 }
 
 void ScrollBarWin32Gdi::setPosition(std::int32_t position) {
-    SCROLLINFO info{sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0};
-    push(info);
+    guarded(L"ScrollBarWin32Gdi::setPosition", [&] {
+        push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
+    });
 }
 
 std::int32_t ScrollBarWin32Gdi::getPosition() const {
-    return window() != nullptr ? read(SIF_POS).nPos : getAbstraction().minimum();
+    return guarded(L"ScrollBarWin32Gdi::getPosition", std::int32_t{}, [this] {
+        return window() != nullptr ? read(SIF_POS).nPos : getAbstraction().minimum();
+    });
 }
 
 void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum) {
-    if (window() == nullptr || !getAbstraction().isUsable()) {
-        return;
-    }
-    const UINT disabled = (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
-                          (towardsMaximum ? 0U : UINT{ESB_DISABLE_RTDN});
-    // Both at once would disable the control itself.
-    EnableScrollBar(window(), SB_CTL,
-                    disabled == ESB_DISABLE_BOTH ? UINT{ESB_ENABLE_BOTH} : disabled);
+    guarded(L"ScrollBarWin32Gdi::setEnableArrows", [&] {
+        if (window() == nullptr) {
+            return;
+        }
+        // A bar without anything to scroll stays where it is, greyed. Pushing a
+        // range may have changed the state behind our back.
+        const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);
+        if (usable != (IsWindowEnabled(window()) != FALSE)) {
+            EnableWindow(window(), usable ? TRUE : FALSE);
+        }
+        if (usable) {
+            EnableScrollBar(window(), SB_CTL,
+                            (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
+                                (towardsMaximum ? 0U : UINT{ESB_DISABLE_RTDN}));
+        }
+    });
 }
 
 std::int32_t ScrollBarWin32Gdi::getThickness() const {
-    return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
+    return guarded(L"ScrollBarWin32Gdi::getThickness", std::int32_t{}, [this] {
+        return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
+    });
+}
+
+bool ScrollBarWin32Gdi::canBeUsed() const {
+    const NativeScrollBar& bar = getAbstraction();
+    return bar.isUsable() && bar.minimum() < bar.highestPosition();
 }
 
 // Where a request of the bar leads to. The message itself has room for 16 bits

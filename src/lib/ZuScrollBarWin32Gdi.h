@@ -25,6 +25,7 @@ public:
     std::int32_t getThickness() const override;
 
 protected:
+    bool canBeUsed() const override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
 
 private:

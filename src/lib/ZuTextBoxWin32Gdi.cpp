@@ -2,8 +2,6 @@
 
 #include <commctrl.h>
 
-#include "ZuColorWin32Gdi.h"
-
 namespace zustd {
 
 namespace {
@@ -111,31 +109,6 @@ bool TextBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& resu
         getAbstraction().acceptText(getText());
     }
     result = 0;
-    return true;
-}
-
-// Only what the box's own colours set: a field on a coloured surface stays as
-// the system paints fields.
-bool TextBoxWin32Gdi::colorField(const WindowMessage& message, LRESULT& result) {
-    const auto& colors = getAbstraction().colors();
-    const Color background = colors ? colors->color(ColorRole::kBackground) : Color{};
-    const Color text = colors ? colors->color(ColorRole::kText) : Color{};
-    if (!background.isSet && !text.isSet) {
-        return false;
-    }
-    result = answerByDefault(message);
-    const auto context = reinterpret_cast<HDC>(message.wide);
-    if (text.isSet && getAbstraction().isUsable()) {
-        SetTextColor(context, nativeColor(text));
-    }
-    if (background.isSet) {
-        if (!background_ || background != backgroundColor_) {
-            background_.reset(CreateSolidBrush(nativeColor(background)));
-            backgroundColor_ = background;
-        }
-        SetBkColor(context, nativeColor(background));
-        result = reinterpret_cast<LRESULT>(background_.get());
-    }
     return true;
 }
 

@@ -6,7 +6,6 @@
 
 #include <string>
 
-#include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuNativeTextBox.h"
 
@@ -32,14 +31,11 @@ private:
     void setText(const std::wstring& text);
     std::wstring getText() const;
     void setWatermark();
-    bool colorField(const WindowMessage& message, LRESULT& result);
 
     std::wstring watermark_;
     std::size_t limit_ = 0;
     // The control's own notifications while it is filled are no news.
     bool filling_ = false;
-    BrushHandle background_;
-    Color backgroundColor_;
 };
 
 }  // namespace zustd

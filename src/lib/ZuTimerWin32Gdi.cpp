@@ -92,22 +92,28 @@ ATOM TimerWindowWin32Gdi::registeredClass() {
 }
 
 bool TimerWin32Gdi::start() {
-    stop();
-    number_ = window_->start(*this, interval_);
-    return number_ != 0;
+    return guarded(L"TimerWin32Gdi::start", false, [this] {
+        end();
+        number_ = window_->start(*this, interval_);
+        return number_ != 0;
+    });
 }
 
-void TimerWin32Gdi::stop() {
+void TimerWin32Gdi::stop() { end(); }
+
+void TimerWin32Gdi::end() noexcept {
     if (number_ != 0) {
         window_->stop(std::exchange(number_, 0));
     }
 }
 
 void TimerWin32Gdi::setInterval(std::uint32_t milliseconds) {
-    interval_ = milliseconds;
-    if (number_ != 0 && !window_->restart(number_, interval_)) {
-        stop();
-    }
+    guarded(L"TimerWin32Gdi::setInterval", [&] {
+        interval_ = milliseconds;
+        if (number_ != 0 && !window_->restart(number_, interval_)) {
+            end();
+        }
+    });
 }
 
 }  // namespace zustd

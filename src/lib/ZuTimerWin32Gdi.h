@@ -46,7 +46,7 @@ class TimerWin32Gdi : public Implementation<Timer, ITimerImpl> {
 public:
     explicit TimerWin32Gdi(std::shared_ptr<TimerWindowWin32Gdi> window) noexcept
         : window_(std::move(window)) {}
-    ~TimerWin32Gdi() override { stop(); }
+    ~TimerWin32Gdi() override { end(); }
 
     bool start() override;
     void stop() override;
@@ -57,6 +57,8 @@ public:
     bool isRepeating() const override { return repeating_; }
 
 private:
+    void end() noexcept;
+
     static constexpr std::uint32_t kDefaultInterval = 1000;
 
     std::shared_ptr<TimerWindowWin32Gdi> window_;

@@ -135,8 +135,8 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescripto
 }
 
 void WindowServiceWin32Gdi::setFocus(Control& control) {
-    if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(window_)) {
-        handler->giveFocus(control);
+    if (WindowHandlerWin32Gdi* surface = handler()) {
+        surface->giveFocus(control);
     } else if (window_ != nullptr) {
         const HWND native = nativeWindowOf(control);
         SetFocus(native != nullptr ? native : window_);

@@ -54,7 +54,7 @@ const Control& holderOf(Control& surface, HWND window, HWND child) noexcept {
 // Connects for the time of a paint.
 class PaintConnection {
 public:
-    PaintConnection(GraphicsService& graphics, HDC context, const RECT& area)
+    PaintConnection(GraphicsService& graphics, HDC context, const Rect& area)
         : backend_(graphicsBackend(graphics)) {
         backend_.connect(context, area);
     }
@@ -66,16 +66,37 @@ private:
     GraphicsServiceWin32Gdi& backend_;
 };
 
-class FlagScope {
+// Paints into a buffer that is shown on every way out.
+class BufferedPaint {
 public:
-    explicit FlagScope(bool& flag) noexcept : flag_(flag) { flag = true; }
-    FlagScope(const FlagScope&) = delete;
-    FlagScope& operator=(const FlagScope&) = delete;
-    ~FlagScope() { flag_ = false; }
+    BufferedPaint(GraphicsService& graphics, const Rect& area) : graphics_(graphics) {
+        graphics.beginBufferedPaint(area);
+    }
+    BufferedPaint(const BufferedPaint&) = delete;
+    BufferedPaint& operator=(const BufferedPaint&) = delete;
+    ~BufferedPaint() {
+        guarded(L"WindowHandlerWin32Gdi::paint", [this] { graphics_.endBufferedPaint(); });
+    }
 
 private:
-    bool& flag_;
+    GraphicsService& graphics_;
 };
+
+// Holds an area for the time of a paint.
+class AreaScope {
+public:
+    AreaScope(Rect& held, const Rect& area) noexcept : held_(held) { held = area; }
+    AreaScope(const AreaScope&) = delete;
+    AreaScope& operator=(const AreaScope&) = delete;
+    ~AreaScope() { held_ = {}; }
+
+private:
+    Rect& held_;
+};
+
+Rect portableRect(const RECT& area) noexcept {
+    return {area.left, area.top, area.right - 1, area.bottom - 1};
+}
 
 }  // namespace
 
@@ -134,7 +155,7 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
     enabled_ = true;
     SetPropW(window, kHandlerProperty, this);
     if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
-        backend->setWindow(window);
+        backend->connect(window);
     }
 }
 
@@ -144,7 +165,7 @@ void WindowHandlerWin32Gdi::destroyWindow() noexcept {
         return;
     }
     if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
-        backend->setWindow(nullptr);
+        backend->connect(nullptr);
     }
     attach(window, 0);
     RemovePropW(window, kHandlerProperty);
@@ -267,6 +288,13 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
             return true;
         }
         case WM_SYSCOLORCHANGE:
+            // The common controls hear of it only from here.
+            for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr;
+                 child = GetWindow(child, GW_HWNDNEXT)) {
+                SendMessageW(child, message.id, message.wide, message.extra);
+            }
+            surface().showChildren();
+            return false;
         case WM_THEMECHANGED:
             InvalidateRect(window_, nullptr, FALSE);
             return false;
@@ -283,7 +311,7 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
             window_ = nullptr;
             blocked_ = false;
             if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
-                backend->setWindow(nullptr);
+                backend->connect(nullptr);
             }
             onWindowLost();
             return false;
@@ -327,9 +355,9 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             RECT client{};
             RECT area{};
             GetClientRect(window_, &client);
-            if (!painting_ && GetClipBox(context, &area) > NULLREGION &&
+            if (drawArea_.isEmpty() && GetClipBox(context, &area) > NULLREGION &&
                 IntersectRect(&area, &area, &client)) {
-                paint(context, area);
+                paint(context, portableRect(area));
             }
             result = 0;
             return true;
@@ -349,22 +377,26 @@ void WindowHandlerWin32Gdi::paintWindow() {
         return;
     }
     const HWND window = window_;
-    guarded(operation_, [&] {
-        if (!painting_ && !IsRectEmpty(&request.rcPaint)) {
-            paint(context, request.rcPaint);
-        }
-    });
+    const Rect area = portableRect(request.rcPaint);
+    if (!drawArea_.isEmpty()) {
+        missedArea_ = missedArea_.unionWith(area);
+    } else if (!area.isEmpty()) {
+        paint(context, area);
+    }
     EndPaint(window, &request);
 }
 
-void WindowHandlerWin32Gdi::paint(HDC context, const RECT& area) {
-    const FlagScope painting(painting_);
-    const PaintConnection connection(*graphicsService_, context, area);
-    const Rect drawArea{area.left, area.top, area.right - 1, area.bottom - 1};
-    graphicsService_->beginBufferedPaint(drawArea);
-    graphicsService_->drawRectangle(drawArea, backgroundOf(surface()));
-    surface().drawAsRoot(*graphicsService_);
-    graphicsService_->endBufferedPaint();
+void WindowHandlerWin32Gdi::paint(HDC context, const Rect& area) {
+    guarded(operation_, [&] {
+        const AreaScope painting(drawArea_, area);
+        const PaintConnection connection(*graphicsService_, context, area);
+        const BufferedPaint buffer(*graphicsService_, area);
+        graphicsService_->drawRectangle(area, backgroundOf(surface()));
+        surface().drawAsRoot(*graphicsService_);
+    });
+    if (!missedArea_.isEmpty()) {
+        windowService_->invalidate(std::exchange(missedArea_, {}));
+    }
 }
 
 bool WindowHandlerWin32Gdi::colorControl(const WindowMessage& message, LRESULT& result) {

@@ -43,6 +43,11 @@ public:
     // Null as long as there is none.
     HWND window() const noexcept { return window_; }
     virtual Control& surface() const = 0;
+    // Shows or hides the surface, in step with its state. A window that can be
+    // seen already stays as it is.
+    virtual void setShown(bool shown) = 0;
+    // What is being painted now; empty outside of a paint.
+    Rect drawArea() const noexcept { return drawArea_; }
 
     // While a modal dialog is open the window is disabled, whatever the
     // surface's own state is.
@@ -102,7 +107,7 @@ private:
     bool setPointer(const WindowMessage& message);
     void applyLimits(MINMAXINFO& limits) const;
     void paintWindow();
-    void paint(HDC context, const RECT& area);
+    void paint(HDC context, const Rect& area);
     bool colorControl(const WindowMessage& message, LRESULT& result);
     void trackLeaving();
     void rememberFocus();
@@ -121,7 +126,9 @@ private:
     bool blocked_ = false;
     bool tracksLeaving_ = false;
     bool swallowsCharacter_ = false;
-    bool painting_ = false;
+    Rect drawArea_;
+    // What was to be painted in the middle of a paint.
+    Rect missedArea_;
     // What had the focus when the window was left, or wants it.
     std::weak_ptr<Control> keptFocus_;
     HWND keptFocusWindow_ = nullptr;

@@ -115,7 +115,9 @@ public:
     virtual std::shared_ptr<Timer> createTimer(const std::wstring& name) = 0;
     // 32: asks the window to close, as its close button does.
     virtual void closeWindow() = 0;
-    // 33 to 38
+    // 33 to 38: a surface's own state follows: it is enabled or visible, and an
+    // open dialog ends with kAnswerNone. What a modal dialog keeps disabled
+    // stays so until the dialog ends.
     virtual void enableWindow(bool enable) = 0;
     virtual void hideWindow() = 0;
     // The window with its frame and all native widgets on it.
@@ -133,7 +135,8 @@ public:
     virtual std::shared_ptr<Font> getFont(const FontStyle& style) = 0;
     virtual std::shared_ptr<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) = 0;
     // 41: lets the user choose a file; the empty text when the choice is
-    // cancelled. One filter a pattern, then "All Files".
+    // cancelled. One filter a pattern, then "All Files"; an empty pattern has
+    // none, an empty name is replaced by the pattern.
     virtual std::wstring selectFileToOpen(const std::wstring& initialFileName,
                                           const std::vector<std::wstring>& patterns,
                                           const std::vector<std::wstring>& patternNames) = 0;
@@ -163,7 +166,10 @@ public:
     std::shared_ptr<NativeScrollBar> createNativeScrollBar(bool vertical);
     std::shared_ptr<Timer> createTimer(const std::wstring& name);
 
-    // --- The window
+    // --- The window: as in IWindowServiceImpl, where each is described. Each
+    // fails the assertion "impl_" when there is no backend; without a window
+    // nothing is done, and the answers are 0, empty or false. Messages may be
+    // sent from inside of those that show, hide, enable and focus.
     void invalidate();
     void invalidate(const Rect& area);
     void updateWindow();
@@ -201,8 +207,13 @@ public:
                  const std::wstring& rememberKey = {});
     int askOKCancel(const std::wstring& text, const std::wstring& caption,
                     const std::wstring& rememberKey = {});
+    // Whether one of them waits for its answer; only those of this service
+    // count.
     bool isMessageOpen() const;
+    // Gives the answer in the user's place, to the innermost that waits, whether
+    // or not it has a button for it. Does nothing when none waits.
     void closeMessage(int answer);
+    // The sound of the style's icon; returns before it has ended.
     void playMessageSound(std::uint32_t style);
 
     // --- Resources

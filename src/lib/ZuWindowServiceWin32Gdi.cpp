@@ -9,6 +9,7 @@
 #include "ZuControl.h"
 #include "ZuMessageBoxWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
+#include "ZuWindowHandlerWin32Gdi.h"
 
 namespace zustd {
 
@@ -81,8 +82,12 @@ std::wstring filterOf(const std::vector<std::wstring>& patterns,
                       const std::vector<std::wstring>& patternNames) {
     std::wstring filter;
     for (std::size_t i = 0; i < patterns.size(); ++i) {
-        filter.append(patternNames[i]).push_back(L'\0');
-        filter.append(patterns[i]).push_back(L'\0');
+        // An empty text would be taken for the end.
+        if (!patterns[i].empty()) {
+            const std::wstring& name = patternNames[i].empty() ? patterns[i] : patternNames[i];
+            filter.append(name).push_back(L'\0');
+            filter.append(patterns[i]).push_back(L'\0');
+        }
     }
     filter.append(L"All Files").push_back(L'\0');
     filter.append(L"*.*").push_back(L'\0');
@@ -207,15 +212,23 @@ void WindowServiceWin32Gdi::closeWindow() {
 }
 
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
-    if (window_ != nullptr) {
-        EnableWindow(window_, enable ? TRUE : FALSE);
-    }
+    guarded(L"WindowServiceWin32Gdi::enableWindow", [&] {
+        if (WindowHandlerWin32Gdi* surface = handler()) {
+            surface->surface().setEnabled(enable);
+        } else if (window_ != nullptr) {
+            EnableWindow(window_, enable ? TRUE : FALSE);
+        }
+    });
 }
 
 void WindowServiceWin32Gdi::hideWindow() {
-    if (window_ != nullptr) {
-        ShowWindow(window_, SW_HIDE);
-    }
+    guarded(L"WindowServiceWin32Gdi::hideWindow", [this] {
+        if (WindowHandlerWin32Gdi* surface = handler()) {
+            surface->setShown(false);
+        } else if (window_ != nullptr) {
+            ShowWindow(window_, SW_HIDE);
+        }
+    });
 }
 
 void WindowServiceWin32Gdi::invalidateWindow() {
@@ -231,16 +244,27 @@ bool WindowServiceWin32Gdi::isWindowVisibleAtPos(Point place) const {
 }
 
 void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
-    if (window_ != nullptr) {
+    guarded(L"WindowServiceWin32Gdi::makeWindowVisibleAtPos", [&] {
+        if (window_ == nullptr) {
+            return;
+        }
         SetWindowPos(window_, HWND_TOP, place.x, place.y, 0, 0,
                      SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
-    }
+        if (WindowHandlerWin32Gdi* surface = handler()) {
+            surface->setShown(true);
+        }
+    });
 }
 
 void WindowServiceWin32Gdi::showWindow() {
-    if (window_ != nullptr) {
-        ShowWindow(window_, SW_SHOW);
-    }
+    guarded(L"WindowServiceWin32Gdi::showWindow", [this] {
+        if (WindowHandlerWin32Gdi* surface = handler()) {
+            surface->setShown(true);
+        }
+        if (window_ != nullptr) {
+            ShowWindow(window_, SW_SHOW);
+        }
+    });
 }
 
 std::wstring WindowServiceWin32Gdi::selectFileToOpen(
@@ -291,6 +315,15 @@ int WindowServiceWin32Gdi::getNewId() noexcept {
     while (!next.compare_exchange_weak(taken, taken == kLast ? kFirst : taken + 1)) {
     }
     return taken;
+}
+
+Rect WindowServiceWin32Gdi::getDrawArea() const noexcept {
+    const WindowHandlerWin32Gdi* surface = handler();
+    return surface != nullptr ? surface->drawArea() : Rect{};
+}
+
+WindowHandlerWin32Gdi* WindowServiceWin32Gdi::handler() const noexcept {
+    return WindowHandlerWin32Gdi::of(window_);
 }
 
 int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* failure,

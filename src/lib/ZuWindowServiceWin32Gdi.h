@@ -13,6 +13,7 @@ namespace zustd {
 
 class MessageBoxWin32Gdi;
 class TimerWindowWin32Gdi;
+class WindowHandlerWin32Gdi;
 
 class WindowServiceWin32Gdi : public Implementation<WindowService, IWindowServiceImpl> {
 public:
@@ -66,8 +67,12 @@ public:
     void setFocus(Control& control) override;
 
     HWND window() const noexcept { return window_; }
-    // For a surface's backend, which makes and loses its window.
-    void setWindow(HWND window) noexcept { window_ = window; }
+    // Binds the service to the window that a surface's backend has made; null
+    // when it loses it.
+    void connect(HWND window) noexcept { window_ = window; }
+    // The area of the surface that is being painted, in pixels of its client
+    // area; empty outside of a paint and for a window of somebody else.
+    Rect getDrawArea() const noexcept;
     // An identifier for a native control, a menu item or a timer that no other
     // one has had for long.
     static int getNewId() noexcept;
@@ -93,6 +98,9 @@ public:
     static void clearDrawingCaches() noexcept;
 
 private:
+    // What keeps the window in step with its surface; null for a window of
+    // somebody else.
+    WindowHandlerWin32Gdi* handler() const noexcept;
     int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 
     HWND window_;

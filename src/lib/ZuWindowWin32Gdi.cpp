@@ -78,6 +78,8 @@ void WindowWin32Gdi::synchronizeWithAbstraction() {
 
 void WindowWin32Gdi::releaseNativeObject() { destroyWindow(); }
 
+void WindowWin32Gdi::setShown(bool shown) { getAbstraction().setVisible(shown); }
+
 // False for a place on a surface that has no window yet. Without parent the
 // window is one of its own.
 bool WindowWin32Gdi::findParent(HWND& parent) const {
@@ -128,6 +130,10 @@ void WindowWin32Gdi::synchronizeVisible() {
     const bool visible = getAbstraction().isShown();
     if (visible != visible_) {
         visible_ = visible;
+        // Somebody else may have shown it where and how he wanted it.
+        if (visible == (IsWindowVisible(window()) != FALSE)) {
+            return;
+        }
         const int show = parent_ != nullptr ? SW_SHOWNA : SW_SHOW;
         ShowWindow(window(), visible ? show : SW_HIDE);
     }

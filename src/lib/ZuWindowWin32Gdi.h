@@ -24,6 +24,7 @@ public:
     void releaseNativeObject() override;
     bool hasNativeObject() const override { return window() != nullptr; }
     Control& surface() const override { return getAbstraction(); }
+    void setShown(bool shown) override;
 
 protected:
     void onResized(Size size) override;

@@ -1,5 +1,7 @@
 #include "support/DrawingTest.h"
 
+#include <gtest/gtest.h>
+
 #include <winternl.h>
 
 #include <algorithm>
@@ -90,7 +92,9 @@ bool Canvas::isLike(const Canvas& other) const {
 int drawingObjectCount() {
     GdiFlush();
     const auto counted = static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS));
-    return counted != 0 ? counted : countTable();
+    const int count = counted != 0 ? counted : countTable();
+    EXPECT_GT(count, 0) << "nothing is counted";
+    return count;
 }
 
 void runMessages(std::uint32_t milliseconds, const std::function<bool()>& done) {

@@ -99,6 +99,7 @@ int liveWindows() {
             return TRUE;
         },
         reinterpret_cast<LPARAM>(&count));
+    EXPECT_GT(count, 0) << "nothing is counted";
     return count;
 }
 
