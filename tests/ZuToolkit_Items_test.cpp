@@ -201,6 +201,33 @@ TEST_F(ItemsTest, tree_userActions_areSentOnceNotMirroredBackAndMayBeRefused) {
 
 // --- Grid ---
 
+TEST(GridModelTest, rowsRemovedInAnyOrder_areFoundWhereTheyAre) {
+    Random random(12);
+    GridModel model;
+    std::vector<std::wstring> keys;
+    std::size_t next = 0;
+    for (int round = 0; round < 6; ++round) {
+        for (int i = 0; i < 1500; ++i) {
+            keys.push_back(numbered(next++));
+            EXPECT_EQ(model.addRow(keys.back()), keys.size() - 1);
+        }
+        for (std::size_t left = round == 5 ? 0 : keys.size() / 2; keys.size() > left;) {
+            const std::size_t middle = random.below(keys.size());
+            const std::size_t row = round == 0 ? 0 : round == 1 ? keys.size() - 1 : middle;
+            ASSERT_EQ(model.findRow(keys[row]), row);
+            model.removeRow(row);
+            ASSERT_EQ(model.findRow(keys[row]), kNullSize);
+            keys.erase(keys.begin() + static_cast<std::ptrdiff_t>(row));
+            if (!keys.empty()) {
+                const std::size_t other = random.below(keys.size());
+                ASSERT_EQ(model.key(other), keys[other]);
+                ASSERT_EQ(model.findRow(keys[other]), other);
+            }
+        }
+    }
+    EXPECT_EQ(model.rowCount(), 0U);
+}
+
 TEST_F(ItemsTest, grid_rowOutOfRangeOrKeyInUse_failsItsAssertion) {
     grid_->addRow(L"a");
     const wchar_t* text = L"row != NullSize && row < getRowCount()";

@@ -99,16 +99,31 @@ void TreeViewWin32Gdi::fill() {
     }
 }
 
-// From the last to the first: the place after another item, as well as that
-// after the last one, is looked for among all siblings, and in some versions
-// among all items. The place before all others is not.
+// The system walks along all siblings to the place after the last one, as it
+// does to that after any given one, but not to the place before all others. So
+// what is below a collapsed node comes from its last node to its first. On the
+// levels that can be seen that is no help: some versions count the visible items
+// behind a new one anew, which costs far more than the walk.
 void TreeViewWin32Gdi::insertAll() {
     const TreeModel& model = getAbstraction().model();
-    TreeNode node = model.lastRoot();
-    while (node != kNoNode) {
+    for (TreeNode node = model.firstRoot(); node != kNoNode;) {
+        insert(node, TVI_LAST);
+        if (model.isExpanded(node)) {
+            node = model.next(node);
+        } else {
+            insertHidden(node);
+            node = model.nextBeyond(node);
+        }
+    }
+}
+
+// What is below a node, backwards.
+void TreeViewWin32Gdi::insertHidden(TreeNode top) {
+    const TreeModel& model = getAbstraction().model();
+    for (TreeNode node = model.lastChild(top); node != kNoNode;) {
         insert(node, TVI_FIRST);
         TreeNode next = model.lastChild(node);
-        for (; next == kNoNode && node != kNoNode; node = model.parent(node)) {
+        for (; next == kNoNode && node != top; node = model.parent(node)) {
             next = model.previousSibling(node);
         }
         node = next;

@@ -4,8 +4,8 @@
 // when they are shown. Check boxes are pictures of an item's state that this
 // backend switches by itself. After changes that were not mirrored one by one
 // the window is filled anew as a whole, with the scroll position kept. That
-// goes for long bursts of nodes that come or go, too: the window looks for each
-// among its siblings or even among all items, and filling it does not.
+// goes for long bursts of nodes that come or go, too: the window does work on
+// all its items for some of these changes, and filling it does that once.
 //
 // The system cannot select what is below a collapsed node, nor keep it
 // selected when that collapses. So a selected node is revealed, and a node that
@@ -51,6 +51,7 @@ private:
     void pushLook();
     void fill();
     void insertAll();
+    void insertHidden(TreeNode top);
     void insert(TreeNode node, HTREEITEM after);
     bool mirrorSubtree(TreeNode top);
     bool leavesToFilling();

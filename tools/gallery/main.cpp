@@ -1,10 +1,11 @@
 // Shows every widget of the toolkit, or writes pictures of them.
 //
-//     gallery [--screenshot FOLDER] [--scale FACTOR]
+//     gallery [--screenshot FOLDER] [--scale FACTOR] [--rows COUNT]
 //
 // With --screenshot a PNG of each page and of what opens from it, in each
 // language, is written into the folder and the program ends. A scaling factor
-// takes the place of the screen's.
+// takes the place of the screen's. With --rows the program prints what so many
+// rows of grids and nodes of trees cost, and ends.
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <string>
 
 #include "GalleryWindow.h"
+#include "RowFigures.h"
 #include "Screenshots.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuResourceServiceGeneric.h"
@@ -25,6 +27,7 @@ namespace {
 struct Options {
     std::wstring folder;
     double scalingFactor = 0.0;
+    std::size_t rows = 0;
 };
 
 bool readOptions(int argc, wchar_t** argv, Options& options) {
@@ -35,6 +38,11 @@ bool readOptions(int argc, wchar_t** argv, Options& options) {
         } else if (name == L"--scale") {
             options.scalingFactor = std::wcstod(argv[i + 1], nullptr);
             if (!(options.scalingFactor >= 0.5 && options.scalingFactor <= 4.0)) {
+                return false;
+            }
+        } else if (name == L"--rows") {
+            options.rows = std::wcstoul(argv[i + 1], nullptr, 10);
+            if (options.rows == 0 || options.rows > 10'000'000) {
                 return false;
             }
         } else {
@@ -81,6 +89,10 @@ int run(const Options& options) {
     const auto application = registerApplication();
     WindowServiceWin32Gdi::setScalingFactor(options.scalingFactor);
     const std::shared_ptr<WindowService> windows = makeWindowService(nullptr);
+    if (options.rows != 0) {
+        printRowFigures(*windows, options.rows);
+        return 0;
+    }
     GalleryWindow gallery(*windows, *resources);
     if (!options.folder.empty()) {
         std::printf("%d screenshots\n", writeScreenshots(gallery, options.folder));
@@ -98,7 +110,9 @@ int wmain(int argc, wchar_t** argv) {
     using namespace zustd;
     gallery::Options options;
     if (!gallery::readOptions(argc, argv, options)) {
-        std::fputs("usage: gallery [--screenshot FOLDER] [--scale 0.5 to 4]\n", stderr);
+        std::fputs(
+            "usage: gallery [--screenshot FOLDER] [--scale 0.5 to 4] [--rows 1 to 10000000]\n",
+            stderr);
         return 2;
     }
     try {
