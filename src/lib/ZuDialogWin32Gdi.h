@@ -61,6 +61,8 @@ private:
     ModalSession* session_ = nullptr;
     // Drawn as the default button.
     HWND defaultButton_ = nullptr;
+    // And gives the look back when another one gets it.
+    bool unmarksButton_ = false;
     Point position_;
 };
 

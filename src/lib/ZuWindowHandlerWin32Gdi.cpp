@@ -256,7 +256,7 @@ void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
 }
 
 void WindowHandlerWin32Gdi::synchronizeEnabled() {
-    const bool enabled = surface().isUsable() && !blocked_;
+    const bool enabled = surface().isUsable() && takesInput_ && !blocked_;
     if (enabled != enabled_) {
         enabled_ = enabled;
         EnableWindow(window_, enabled ? TRUE : FALSE);
@@ -265,6 +265,13 @@ void WindowHandlerWin32Gdi::synchronizeEnabled() {
 
 void WindowHandlerWin32Gdi::setBlocked(bool blocked) {
     blocked_ = blocked;
+    if (window_ != nullptr) {
+        synchronizeEnabled();
+    }
+}
+
+void WindowHandlerWin32Gdi::setTakesInput(bool takes) {
+    takesInput_ = takes;
     if (window_ != nullptr) {
         synchronizeEnabled();
     }

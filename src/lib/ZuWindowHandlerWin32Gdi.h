@@ -54,6 +54,9 @@ public:
     void setBlocked(bool blocked);
     bool isBlocked() const noexcept { return blocked_; }
 
+    // The same for as long as the window service wants it.
+    void setTakesInput(bool takes);
+
     // Gives the system's focus to a control of this surface: now, or when the
     // window that the surface is in becomes active.
     void giveFocus(Control& control);
@@ -124,6 +127,7 @@ private:
     Size size_;
     bool enabled_ = true;
     bool blocked_ = false;
+    bool takesInput_ = true;
     bool tracksLeaving_ = false;
     bool swallowsCharacter_ = false;
     Rect drawArea_;

@@ -115,10 +115,12 @@ public:
     virtual std::shared_ptr<Timer> createTimer(const std::wstring& name) = 0;
     // 32: asks the window to close, as its close button does.
     virtual void closeWindow() = 0;
-    // 33 to 38: a surface's own state follows: it is enabled or visible, and an
-    // open dialog ends with kAnswerNone. What a modal dialog keeps disabled
-    // stays so until the dialog ends.
+    // 33 to 38: whether the window takes mouse and keys, which what lies on it
+    // does not show. A surface that is disabled, or has a modal dialog open,
+    // takes none either way.
     virtual void enableWindow(bool enable) = 0;
+    // A surface's own state follows this and the other operations that show: it
+    // is visible or not; a dialog that is hidden ends with kAnswerNone.
     virtual void hideWindow() = 0;
     // The window with its frame and all native widgets on it.
     virtual void invalidateWindow() = 0;

@@ -214,7 +214,7 @@ void WindowServiceWin32Gdi::closeWindow() {
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
     guarded(L"WindowServiceWin32Gdi::enableWindow", [&] {
         if (WindowHandlerWin32Gdi* surface = handler()) {
-            surface->surface().setEnabled(enable);
+            surface->setTakesInput(enable);
         } else if (window_ != nullptr) {
             EnableWindow(window_, enable ? TRUE : FALSE);
         }

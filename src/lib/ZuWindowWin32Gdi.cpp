@@ -131,7 +131,7 @@ void WindowWin32Gdi::synchronizeVisible() {
     if (visible != visible_) {
         visible_ = visible;
         // Somebody else may have shown it where and how he wanted it.
-        if (visible == (IsWindowVisible(window()) != FALSE)) {
+        if (visible == ((GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0)) {
             return;
         }
         const int show = parent_ != nullptr ? SW_SHOWNA : SW_SHOW;
