@@ -30,6 +30,8 @@ public:
     Size preferredSize() override;
     Size preferredSizeForWidth(std::int32_t width) override;
     bool onKey(const KeyEvent& event) override;
+    std::wstring accessText() const override { return text(); }
+    void activate() override { click(); }
     bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 
 protected:

@@ -324,6 +324,11 @@ public:
     // before the messages are sent. The base uses none.
     virtual bool onMouse(const MouseEvent& event);
     virtual bool onKey(const KeyEvent& event);
+    // The text in which "&" stands before the control's access key; empty when
+    // it has none. The key does what activate() does.
+    virtual std::wstring accessText() const { return {}; }
+    // As if the user pressed the control.
+    virtual void activate() {}
     // Sends a message of this control; the first word is added. Returns false
     // when a gate refused.
     bool notify(const MessageKind& kind, MessageWord b = {});

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "ZuNativeButton.h"
 #include "ZuNativeDialog.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 
@@ -32,18 +31,15 @@ wchar_t accessKeyOf(const std::wstring& caption) noexcept {
     return 0;
 }
 
-using Buttons = std::vector<std::shared_ptr<NativeButton>>;
-
-void collectButtons(const std::shared_ptr<Control>& control, wchar_t key, Buttons& out) {
+void collectWithKey(const std::shared_ptr<Control>& control, wchar_t key, Controls& out) {
     if (!control->isVisible() || !control->isEnabled()) {
         return;
     }
-    auto button = std::dynamic_pointer_cast<NativeButton>(control);
-    if (button && button->hasCaption() && accessKeyOf(button->caption().text(*button)) == key) {
-        out.push_back(std::move(button));
+    if (accessKeyOf(control->accessText()) == key) {
+        out.push_back(control);
     }
     for (const std::shared_ptr<Control>& child : Controls(control->children())) {
-        collectButtons(child, key, out);
+        collectWithKey(child, key, out);
     }
 }
 
@@ -55,24 +51,24 @@ Control& outermostOf(Control& surface) noexcept {
     return *top;
 }
 
-// Several buttons with one access key get the focus in turn instead.
+// Several controls with one access key get the focus in turn instead.
 bool pressAccessKey(Control& surface, wchar_t key) {
     const std::shared_ptr<Control> top = sharedReference<Control>(&outermostOf(surface));
-    Buttons buttons;
+    Controls found;
     if (top && key != 0) {
-        collectButtons(top, key, buttons);
+        collectWithKey(top, key, found);
     }
-    if (buttons.empty()) {
+    if (found.empty()) {
         return false;
     }
-    const auto focused = std::find_if(buttons.begin(), buttons.end(),
-                                      [](const auto& button) { return button->hasFocus(); });
+    const auto focused = std::find_if(found.begin(), found.end(),
+                                      [](const auto& control) { return control->hasFocus(); });
     const auto next =
-        focused == buttons.end() || focused + 1 == buttons.end() ? buttons.begin() : focused + 1;
-    const std::shared_ptr<NativeButton> chosen = *next;
+        focused == found.end() || focused + 1 == found.end() ? found.begin() : focused + 1;
+    const std::shared_ptr<Control> chosen = *next;
     chosen->takeFocus();
-    if (buttons.size() == 1) {
-        chosen->click();
+    if (found.size() == 1) {
+        chosen->activate();
     }
     return true;
 }

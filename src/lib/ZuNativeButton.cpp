@@ -113,6 +113,10 @@ bool NativeButton::onKey(const KeyEvent& event) {
     }
 }
 
+std::wstring NativeButton::accessText() const {
+    return caption_ ? caption_->text(*this) : std::wstring();
+}
+
 // The radio buttons among the parent's children, this one included.
 std::vector<std::shared_ptr<NativeButton>> NativeButton::group() const {
     std::vector<std::shared_ptr<NativeButton>> buttons;

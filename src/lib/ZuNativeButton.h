@@ -58,6 +58,8 @@ public:
 
     IImplementation* backend() const noexcept override { return backendOf(*this); }
     bool onKey(const KeyEvent& event) override;
+    std::wstring accessText() const override;
+    void activate() override { click(); }
 
 private:
     std::vector<std::shared_ptr<NativeButton>> group() const;

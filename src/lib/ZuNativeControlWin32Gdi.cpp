@@ -5,6 +5,7 @@
 
 #include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
+#include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -211,8 +212,13 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
         case WM_MOUSELEAVE:
             reportHover(message);
             break;
+        case WM_LBUTTONDOWN:
+        case WM_RBUTTONDOWN:
+            control_->hideTooltip();
+            break;
         case WM_KEYDOWN:
         case WM_SYSKEYDOWN:
+            control_->hideTooltip();
             if (routeUnusedKey(message)) {
                 return true;
             }
@@ -268,8 +274,10 @@ void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
     if (message.id == WM_SETFOCUS) {
         router->acceptFocus(control_);
     } else if (const auto next = reinterpret_cast<HWND>(message.wide);
-               next != parent_ && !IsChild(parent_, next)) {
-        // The surface's own window has the focus for its drawn controls.
+               next == nullptr ||
+               WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(parent_)) {
+        // The surface's own window has the focus for its drawn controls; one
+        // that lies on it has a focus of its own.
         router->acceptFocus(nullptr);
     }
 }
@@ -283,6 +291,10 @@ void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
     event.modifiers = heldModifiers();
     if (message.id == WM_MOUSELEAVE) {
         tracksLeaving_ = false;
+        // What the pointer went to may have told before.
+        if (router->hovered().get() != control_) {
+            return;
+        }
         event.action = MouseAction::kLeave;
     } else {
         POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};

@@ -447,6 +447,11 @@ bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& r
     }
     if (event->action == MouseAction::kLeave) {
         tracksLeaving_ = false;
+        // The pointer may be known to be on a native control by now.
+        if (const auto hovered = surface().inputRouter()->hovered();
+            hovered && hovered->backend() != nullptr) {
+            return true;
+        }
     } else {
         trackLeaving();
     }
@@ -543,8 +548,9 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
             return true;
         }
         case WM_KILLFOCUS: {
+            // A surface on this one has a focus of its own.
             const auto next = reinterpret_cast<HWND>(message.wide);
-            if (next == nullptr || !IsChild(window_, next)) {
+            if (next == nullptr || around(next) != this) {
                 if (const std::shared_ptr<Control> focused = router.focused()) {
                     keptFocus_ = focused;
                 }
