@@ -92,7 +92,7 @@ protected:
     static constexpr UINT kUnchecked = 1;
     static constexpr UINT kChecked = 2;
     // As updateImages.
-    bool updateCheckImages(bool wanted, UINT firstState);
+    bool updateCheckImages(bool show, UINT firstState);
     HIMAGELIST checkImages() const noexcept { return checkImages_.get(); }
 
     // Derived classes call it first: any message but the backend's own settles.

@@ -14,8 +14,10 @@ constexpr UINT kStates = TVIS_BOLD | TVIS_STATEIMAGEMASK;
 // A burst is long with so many changes and this part of all nodes more.
 constexpr std::size_t kLongBurst = 64;
 constexpr std::size_t kLongBurstPart = 16;
-// A subtree of more than this part of all nodes is not small.
-constexpr std::size_t kSmallSubtreePart = 8;
+// So many nodes with children and this part of all nodes more are expanded or
+// collapsed one by one.
+constexpr std::size_t kFewParents = 8;
+constexpr std::size_t kFewParentsPart = 64;
 
 LPARAM wordOf(TreeNode node) noexcept { return static_cast<LPARAM>(node); }
 
@@ -283,7 +285,7 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
             }
         }
         model.select(wanted);
-        if (top == kNoNode || !mirrorSubtree(top)) {
+        if (!mirrorSubtree(top)) {
             fill();
         }
     });
@@ -292,14 +294,15 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
 // False, with nothing done, when filling anew is less work.
 bool TreeViewWin32Gdi::mirrorSubtree(TreeNode top) {
     const TreeModel& model = getAbstraction().model();
-    const TreeNode end = model.nextBeyond(top);
-    std::size_t room = model.nodeCount() / kSmallSubtreePart + 1;
+    const TreeNode end = top == kNoNode ? kNoNode : model.nextBeyond(top);
+    const std::size_t most = kFewParents + model.nodeCount() / kFewParentsPart;
     std::vector<TreeNode> parents;
-    for (TreeNode node = top; node != end; node = model.next(node)) {
-        if (room-- == 0) {
-            return false;
-        }
+    for (TreeNode node = top == kNoNode ? model.firstRoot() : top; node != end;
+         node = model.next(node)) {
         if (model.childCount(node) != 0) {
+            if (parents.size() == most) {
+                return false;
+            }
             parents.push_back(node);
         }
     }
