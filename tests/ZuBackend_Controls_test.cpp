@@ -129,8 +129,22 @@ TEST_F(NativeControlTest, checksAndRadios_pressed_showWhatThePortableHalfDecides
     send(nativeWindowOf(*second), BM_CLICK);
     EXPECT_EQ(send(nativeWindowOf(*first), BM_GETCHECK), BST_UNCHECKED);
     EXPECT_EQ(send(nativeWindowOf(*second), BM_GETCHECK), BST_CHECKED);
-    // The focus alone chooses nothing, the arrow keys do.
+    // The focus alone chooses nothing, also where the system's radio buttons
+    // are pressed by it; the arrow keys do.
     SetForegroundWindow(nativeWindowOf(*window_));
+    static WNDPROC usual = nullptr;
+    usual = reinterpret_cast<WNDPROC>(GetClassLongPtrW(native, GCLP_WNDPROC));
+    const WNDPROC pressed = [](HWND window, UINT id, WPARAM wide, LPARAM extra) -> LRESULT {
+        if (id == WM_SETFOCUS) {
+            send(GetParent(window), WM_COMMAND, MAKEWPARAM(0, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(window));
+        }
+        return CallWindowProcW(usual, window, id, wide, extra);
+    };
+    SetClassLongPtrW(native, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(pressed));
+    first->releaseTree();
+    first->synchronizeTree();
+    SetClassLongPtrW(native, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(usual));
     EXPECT_TRUE(first->takeFocus());
     EXPECT_TRUE(second->isChecked());
     send(GetFocus(), WM_KEYDOWN, VK_UP, 1);
