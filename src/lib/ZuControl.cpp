@@ -2,63 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "ZuGraphicsService.h"
-#include "ZuLayout.h"
 #include "ZuTooltip.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
 
-const MessageKind Control::kEnterHovering(L"enterHovering.Control");
-const MessageKind Control::kLeaveHovering(L"leaveHovering.Control");
-const MessageKind Control::kEnterLeftClicking(L"enterLeftClicking.Control");
-const MessageKind Control::kLeaveLeftClicking(L"leaveLeftClicking.Control");
-const MessageKind Control::kEnterRightClicking(L"enterRightClicking.Control");
-const MessageKind Control::kLeaveRightClicking(L"leaveRightClicking.Control");
-const MessageKind Control::kEnterFocus(L"enterFocus.Control");
-const MessageKind Control::kLeaveFocus(L"leaveFocus.Control");
-const MessageKind Control::kLeftClicked(L"leftClicked.Control");
-const MessageKind Control::kRightClicked(L"rightClicked.Control");
-const MessageKind Control::kDragging(L"dragging.Control");
-const MessageKind Control::kDropped(L"dropped.Control");
-const MessageKind Control::kScrolledMousewheel(L"scrolledmousewheel.Control");
-const MessageKind Control::kCtrlScrolledMousewheel(L"ctrlScrolledmousewheel.Control");
-const MessageKind Control::kShiftScrolledMousewheel(L"shiftScrolledmousewheel.Control");
-const MessageKind Control::kScrolled(L"scrolled.Control");
-const MessageKind Control::kScrolledHorizontally(L"scrolledhorizontally.Control");
-const MessageKind Control::kScrolledVertically(L"scrolledvertically.Control");
-const MessageKind Control::kKeyPressed(L"keyPressed.Control");
-const MessageKind Control::kSelectNextItem(L"selectNextItem.Control");
-const MessageKind Control::kSelectPreviousItem(L"selectPreviousItem.Control");
-const MessageKind Control::kMoveUp(L"moveUp.Control");
-const MessageKind Control::kMoveDown(L"moveDown.Control");
-const MessageKind Control::kToggleExpandCollapse(L"toggleExpandCollapse.Control");
-const MessageKind Control::kSelected(L"selected.Control");
-const MessageKind Control::kUnselected(L"unselected.Control");
-const MessageKind Control::kChangePreferredWidth(L"changePreferredWidth.Control");
-const MessageKind Control::kChangePreferredHeight(L"changePreferredHeight.Control");
-const MessageKind Control::kShouldRefresh(L"shouldRefresh.Control");
-const MessageKind Control::kShouldReselectCurrentChild(L"shouldReselectCurrentChild.Control");
-const MessageKind Control::kShouldScrollChildIntoView(L"shouldScrollChildIntoView.Control");
-const MessageKind Control::kBeforeDisplayTooltip(L"beforeDisplayTooltip.Control");
-const MessageKind Control::kClose(L"close.Control");
-
 namespace {
-
-// Room for a layout that is only asked what it needs; half of the range, so
-// that positions beyond it are still numbers.
-constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
-
-std::int32_t roomFor(std::int32_t maximum, std::int32_t margin) noexcept {
-    return maximum > 0 ? std::max(saturate(std::int64_t{maximum} - 2 * std::int64_t{margin}), 1)
-                       : kUnlimited;
-}
-
-std::int32_t withMargins(std::int32_t extent, std::int32_t margin) noexcept {
-    return saturate(extent + 2 * std::int64_t{margin});
-}
 
 // Marks a control as drawing; a control that is drawn from inside its own
 // drawing would not end.
@@ -92,30 +43,7 @@ private:
     GraphicsService& graphics_;
 };
 
-LayoutOptions optionsOf(const Control& control) noexcept {
-    LayoutOptions options;
-    options.alignment = control.arrangement() == Arrangement::kRows ? control.horizontalAlignment()
-                                                                    : control.verticalAlignment();
-    options.uniformWidth = control.hasUniformWidth();
-    options.uniformHeight = control.hasUniformHeight();
-    options.measure = control.measuresChildren();
-    options.wrap = control.wraps();
-    return options;
-}
-
 }  // namespace
-
-MessageWord wordOfPoint(Point point) noexcept {
-    const std::uint64_t bits = (std::uint64_t{static_cast<std::uint32_t>(point.y)} << 32) |
-                               static_cast<std::uint32_t>(point.x);
-    return MessageWord(static_cast<std::intptr_t>(bits));
-}
-
-Point pointOfWord(MessageWord word) noexcept {
-    const auto bits = static_cast<std::uint64_t>(word.number());
-    return {static_cast<std::int32_t>(static_cast<std::uint32_t>(bits)),
-            static_cast<std::int32_t>(static_cast<std::uint32_t>(bits >> 32))};
-}
 
 Control::Control() = default;
 
@@ -237,162 +165,6 @@ void Control::leaveParent() {
 void Control::forgetInput() {
     if (Control* holder = parent_ != nullptr ? parent_->surface() : nullptr) {
         holder->inputRouter()->forget(*this);
-    }
-}
-
-// --- Geometry -------------------------------------------------------------------------------
-
-bool Control::setBoundary(const Rect& boundary) {
-    const Rect before = boundaryOnSurface();
-    if (!place(boundary)) {
-        return false;
-    }
-    if (backend() == nullptr && parent_ != nullptr) {
-        const Control* holder = surface();
-        const std::shared_ptr<WindowService> window = holder ? windowService() : nullptr;
-        if (window) {
-            window->invalidate(before);
-        }
-    }
-    stateChanged();
-    synchronizeBelow();
-    return true;
-}
-
-bool Control::moveTo(Point place) {
-    Rect moved = boundary_;
-    moved.moveTo(place);
-    return setBoundary(moved);
-}
-
-bool Control::setSize(Size size) {
-    Rect resized = boundary_;
-    resized.setSize(size);
-    return setBoundary(resized);
-}
-
-Rect Control::boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
-
-Point Control::toSurface(Point point) const noexcept {
-    const Control* climbing = this;
-    // A surface's own boundary is a matter between it and the screen.
-    while (climbing->parent_ != nullptr &&
-           const_cast<Control*>(climbing)->inputRouter() == nullptr) {
-        point = point.movedBy(climbing->boundary_.position());
-        climbing = climbing->parent_;
-    }
-    return point;
-}
-
-Point Control::fromSurface(Point point) const noexcept {
-    return point.movedBy(toSurface({0, 0}).negated());
-}
-
-Rect Control::area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
-
-Rect Control::innerArea() const noexcept {
-    return area().shrunkBy(horizontalMargin_, verticalMargin_);
-}
-
-// --- Layout properties ----------------------------------------------------------------------
-
-bool Control::setArrangement(Arrangement arrangement) { return change(arrangement_, arrangement); }
-
-bool Control::setWraps(bool wraps) { return change(wraps_, wraps); }
-
-bool Control::setUniform(bool width, bool height) {
-    const ControlUpdate update(*this);
-    const bool widthChanged = change(uniformWidth_, width);
-    return change(uniformHeight_, height) || widthChanged;
-}
-
-bool Control::setMeasuresChildren(bool measures) { return change(measuresChildren_, measures); }
-
-bool Control::setSpacing(std::int32_t horizontal, std::int32_t vertical) {
-    const ControlUpdate update(*this);
-    const bool horizontalChanged = change(horizontalSpacing_, horizontal);
-    return change(verticalSpacing_, vertical) || horizontalChanged;
-}
-
-bool Control::setMargins(std::int32_t horizontal, std::int32_t vertical) {
-    const ControlUpdate update(*this);
-    const bool horizontalChanged = change(horizontalMargin_, horizontal);
-    return change(verticalMargin_, vertical) || horizontalChanged;
-}
-
-bool Control::setAlignment(Alignment horizontal, Alignment vertical) {
-    const ControlUpdate update(*this);
-    const bool horizontalChanged = change(horizontalAlignment_, horizontal);
-    return change(verticalAlignment_, vertical) || horizontalChanged;
-}
-
-bool Control::setAutoSized(bool autoSized) { return change(autoSized_, autoSized); }
-
-bool Control::setMinimumSize(Size size) { return change(minimumSize_, size); }
-
-bool Control::setMaximumSize(Size size) { return change(maximumSize_, size); }
-
-bool Control::setBreaksLineAfter(bool breaks) { return change(breaksLineAfter_, breaks); }
-
-Size Control::withinLimits(Size size) const noexcept {
-    const auto within = [](std::int32_t extent, std::int32_t minimum, std::int32_t maximum) {
-        extent = std::max(extent, minimum);
-        return maximum > 0 ? std::min(extent, maximum) : extent;
-    };
-    return {within(size.width, minimumSize_.width, maximumSize_.width),
-            within(size.height, minimumSize_.height, maximumSize_.height)};
-}
-
-Size Control::preferredSize() {
-    return arrangement_ == Arrangement::kManual ? boundary_.size() : sizeWithin(maximumSize_);
-}
-
-Size Control::preferredSizeForWidth(std::int32_t width) {
-    if (arrangement_ != Arrangement::kRows || !wraps_) {
-        return preferredSize();
-    }
-    width = std::max(maximumSize_.width > 0 ? std::min(width, maximumSize_.width) : width, 1);
-    return sizeWithin({width, maximumSize_.height});
-}
-
-// What the arrangement needs.
-Size Control::sizeWithin(Size maximum) {
-    const Size room{roomFor(maximum.width, horizontalMargin_),
-                    roomFor(maximum.height, verticalMargin_)};
-    const auto measure = arrangement_ == Arrangement::kRows ? measureRows : measureColumns;
-    const Size content = measure(*this, Rect::at({0, 0}, room), children_, optionsOf(*this));
-    return withinLimits({withMargins(content.width, horizontalMargin_),
-                         withMargins(content.height, verticalMargin_)});
-}
-
-void Control::arrange() {
-    arrangeChildren();
-    showChildren();
-}
-
-bool Control::place(const Rect& boundary) {
-    const Rect normal = Rect::at(boundary.position(), boundary.size());
-    const bool changed = normal != boundary_;
-    boundary_ = normal;
-    // A layout may have given the control its size already.
-    if (normal.size() != arrangedSize_) {
-        arrangedSize_ = normal.size();
-        arrangeChildren();
-    }
-    return changed;
-}
-
-void Control::showChildren() {
-    if (backend() == nullptr || inputRouter() != nullptr) {
-        refresh();
-    }
-    synchronizeBelow();
-}
-
-void Control::arrangeChildren() {
-    if (arrangement_ != Arrangement::kManual) {
-        const auto layOut = arrangement_ == Arrangement::kRows ? layoutInRows : layoutInColumns;
-        layOut(*this, innerArea(), children_, optionsOf(*this));
     }
 }
 
@@ -658,93 +430,5 @@ void Control::showState() {
     }
     refresh();
 }
-
-// --- Input ----------------------------------------------------------------------------------
-
-bool Control::onMouse(const MouseEvent&) { return false; }
-
-bool Control::onKey(const KeyEvent&) { return false; }
-
-bool Control::notify(const MessageKind& kind, MessageWord b) {
-    return sendMessage(kind, MessageWord::ofObject(this), b);
-}
-
-Control* Control::controlAt(Point point) noexcept {
-    if (!visible_ || !area().contains(point)) {
-        return nullptr;
-    }
-    for (auto child = children_.rbegin(); child != children_.rend(); ++child) {
-        const Point inChild = point.movedBy((*child)->boundary_.position().negated());
-        if (Control* found = (*child)->controlAt(inChild)) {
-            return found;
-        }
-    }
-    return takesMouse_ ? this : nullptr;
-}
-
-void Control::showTooltip(Point place) { startTooltip(*this, place); }
-
-void Control::hideTooltip() { stopTooltip(*this); }
-
-void Control::acceptHover(bool hovered) {
-    if (hovered_ != hovered) {
-        hovered_ = hovered;
-        onInputStateChanged();
-        notify(hovered ? kEnterHovering : kLeaveHovering);
-    }
-}
-
-void Control::acceptPress(bool left, bool pressed) {
-    bool& state = left ? leftPressed_ : rightPressed_;
-    if (state == pressed) {
-        return;
-    }
-    state = pressed;
-    onInputStateChanged();
-    if (left) {
-        notify(pressed ? kEnterLeftClicking : kLeaveLeftClicking);
-    } else {
-        notify(pressed ? kEnterRightClicking : kLeaveRightClicking);
-    }
-}
-
-void Control::acceptFocus(bool focused) {
-    if (focused_ != focused) {
-        focused_ = focused;
-        onInputStateChanged();
-        notify(focused ? kEnterFocus : kLeaveFocus);
-    }
-}
-
-void Control::onInputStateChanged() {}
-
-// --- Messages -------------------------------------------------------------------------------
-
-bool Control::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    // A receiver may remove the control, or destroy what holds it.
-    const std::shared_ptr<Control> self = sharedReference(this);
-    if (!MessageForwarder::sendMessage(kind, a, b)) {
-        return false;
-    }
-    if (Control* parent = parent_) {
-        const std::shared_ptr<Control> kept = sharedReference(parent);
-        parent->receiveMessage(kind, a, b);
-    }
-    return true;
-}
-
-bool Control::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) {
-    if (kind == ChangeTracker::kPropertyChanged) {
-        onDescriptorChanged();
-        return true;
-    }
-    return false;
-}
-
-std::shared_ptr<SharedObject> Control::sinkOwner() const {
-    return std::const_pointer_cast<SharedObject>(SharedObject::weak_from_this().lock());
-}
-
-std::shared_ptr<SharedObject> Control::sourceOwner() const { return sinkOwner(); }
 
 }  // namespace zustd

@@ -12,9 +12,9 @@ FLOORS = {
         ZuDirectory ZuCommand ZuResources ZuResourceService ZuResourceServiceGeneric""".split(),
     "toolkit": """
         ZuApplicationService ZuWindowService ZuGeometry ZuDescriptors ZuFont ZuBitmap ZuTimer
-        ZuInput ZuGraphicsService ZuControl ZuLayout ZuTreeModel ZuGridModel ZuDrawnText
-        ZuCaption ZuIcon ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl ZuScrollable ZuMarkupView
-        ZuMessageBox""".split(),
+        ZuInput ZuGraphicsService ZuControl ZuControlInput ZuControlLayout ZuLayout ZuTreeModel
+        ZuGridModel ZuDrawnText ZuCaption ZuIcon ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl
+        ZuScrollable ZuMarkupView ZuMessageBox""".split(),
     "backend": [],
     "program": [],
 }

@@ -1,0 +1,192 @@
+// The part of a surface's window that the user works with: mouse, keyboard and
+// focus.
+#include "ZuWindowHandlerWin32Gdi.h"
+
+#include "ZuNativeControlWin32Gdi.h"
+#include "ZuSurfaceInputWin32Gdi.h"
+#include "ZuWindowServiceWin32Gdi.h"
+
+namespace zustd {
+
+// --- Mouse and keyboard ---------------------------------------------------------------------
+
+bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& result) {
+    if (message.id == WM_SETCURSOR) {
+        result = TRUE;
+        return setPointer(message);
+    }
+    if (message.id == WM_CAPTURECHANGED) {
+        if (reinterpret_cast<HWND>(message.extra) != window_) {
+            surface().inputRouter()->cancelPress();
+        }
+        return true;
+    }
+    const std::optional<MouseEvent> event = mouseEventOf(message);
+    if (!event) {
+        return false;
+    }
+    if (event->action == MouseAction::kWheel || event->action == MouseAction::kHorizontalWheel) {
+        return handleWheel(*event);
+    }
+    if (event->action == MouseAction::kLeave) {
+        tracksLeaving_ = false;
+        // The pointer may be known to be on a native control by now.
+        if (const auto hovered = surface().inputRouter()->hovered();
+            hovered && hovered->backend() != nullptr) {
+            return true;
+        }
+    } else {
+        trackLeaving();
+    }
+    surface().inputRouter()->routeMouse(*event);
+    return true;
+}
+
+// What nothing on this surface uses goes on to the controls that it lies on,
+// and from the outermost surface to the host's window.
+bool WindowHandlerWin32Gdi::handleWheel(const MouseEvent& event) const {
+    Control& inner = surface();
+    if (inner.inputRouter()->routeMouse(event)) {
+        return true;
+    }
+    MouseEvent outside = event;
+    Control* climbing = &inner;
+    while (Control* parent = climbing->parentControl()) {
+        outside.position = outside.position.movedBy(climbing->boundary().position());
+        if (parent->isUsable() && parent->onMouse(outside)) {
+            return true;
+        }
+        climbing = parent;
+    }
+    // The messages have climbed the tree already: surfaces outside of this one
+    // must not send them again.
+    return climbing != &inner;
+}
+
+bool WindowHandlerWin32Gdi::setPointer(const WindowMessage& message) {
+    if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
+        return false;
+    }
+    windowService_->setCursor(windowService_->getCursor());
+    return true;
+}
+
+void WindowHandlerWin32Gdi::trackLeaving() {
+    if (!tracksLeaving_) {
+        TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window_, 0};
+        tracksLeaving_ = TrackMouseEvent(&request) != FALSE;
+    }
+}
+
+bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& result) {
+    if (message.id == WM_GETDLGCODE) {
+        // In a host's dialog: keys go to the router first.
+        result = DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS | DLGC_WANTTAB;
+        return true;
+    }
+    if (message.id == WM_SYSCHAR) {
+        // That of an unused key may open the window's menu.
+        return std::exchange(swallowsCharacter_, false);
+    }
+    const std::optional<KeyEvent> event = keyEventOf(message);
+    if (!event) {
+        return false;
+    }
+    swallowsCharacter_ = false;
+    if (!surface().inputRouter()->routeKey(*event)) {
+        return false;
+    }
+    swallowsCharacter_ = message.id == WM_SYSKEYDOWN;
+    return true;
+}
+
+// --- Focus ----------------------------------------------------------------------------------
+
+bool WindowHandlerWin32Gdi::canHoldFocus(HWND window) const noexcept {
+    return window != nullptr && IsChild(window_, window) && IsWindowVisible(window) &&
+           IsWindowEnabled(window);
+}
+
+bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
+    InputRouter& router = *surface().inputRouter();
+    switch (message.id) {
+        case WM_ACTIVATE:
+            if (LOWORD(message.wide) == WA_INACTIVE) {
+                rememberFocus();
+            } else if (HIWORD(message.wide) == 0) {
+                restoreFocus();
+            }
+            return true;
+        case WM_SETFOCUS: {
+            // The window stands in for its drawn controls only.
+            const std::shared_ptr<Control> focused = router.focused();
+            const HWND native = focused ? nativeWindowOf(*focused) : nullptr;
+            if (canHoldFocus(native)) {
+                SetFocus(native);
+            } else if (!focused) {
+                if (const std::shared_ptr<Control> kept = std::exchange(keptFocus_, {}).lock()) {
+                    kept->takeFocus();
+                }
+            }
+            return true;
+        }
+        case WM_KILLFOCUS: {
+            // A surface on this one has a focus of its own.
+            const auto next = reinterpret_cast<HWND>(message.wide);
+            if (next == nullptr || around(next) != this) {
+                if (const std::shared_ptr<Control> focused = router.focused()) {
+                    keptFocus_ = focused;
+                }
+                router.acceptFocus(nullptr);
+            }
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
+void WindowHandlerWin32Gdi::rememberFocus() {
+    const HWND focused = GetFocus();
+    const WindowHandlerWin32Gdi* holder = around(focused);
+    if (holder == nullptr || (focused != window_ && !IsChild(window_, focused))) {
+        return;
+    }
+    keptFocusWindow_ = focused;
+    keptFocus_ = holder->surface().inputRouter()->focused();
+}
+
+void WindowHandlerWin32Gdi::restoreFocus() {
+    const std::shared_ptr<Control> kept = keptFocus_.lock();
+    keptFocus_.reset();
+    const HWND keptWindow = std::exchange(keptFocusWindow_, nullptr);
+    if (kept && kept->takeFocus()) {
+        return;
+    }
+    if (canHoldFocus(keptWindow)) {
+        SetFocus(keptWindow);
+        return;
+    }
+    SetFocus(window_);
+    if (keptWindow == nullptr) {
+        focusFirst();
+    }
+}
+
+void WindowHandlerWin32Gdi::giveFocus(Control& control) {
+    if (window_ == nullptr) {
+        keptFocus_ = sharedReference(&control);
+        return;
+    }
+    const HWND root = GetAncestor(window_, GA_ROOT);
+    WindowHandlerWin32Gdi* top = of(root);
+    if (top != nullptr && GetActiveWindow() != root) {
+        top->keptFocus_ = sharedReference(&control);
+        top->keptFocusWindow_ = nullptr;
+        return;
+    }
+    const HWND native = nativeWindowOf(control);
+    SetFocus(native != nullptr ? native : window_);
+}
+
+}  // namespace zustd
