@@ -231,6 +231,21 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     EXPECT_FALSE(fork->isOpen());
 }
 
+TEST_F(DrawnTest, fork_focusInTheBody_ignoresItsKeysAndTakesItWhenClosing) {
+    const auto fork = shown(makeControl<ForkControl>(L"More"), {0, 0, 199, 19});
+    const auto inside = makeControl<Label>(L"inside");
+    inside->setFocusable(true);
+    fork->body().addChild(inside);
+    fork->setOpen(true);
+    ASSERT_TRUE(inside->takeFocus());
+    KeyEvent left;
+    left.key = kKeyLeft;
+    EXPECT_FALSE(fork->onKey(left));
+    EXPECT_TRUE(fork->isOpen());
+    fork->setOpen(false);
+    EXPECT_TRUE(fork->hasFocus());
+}
+
 TEST_F(DrawnTest, fork_inAFork_growsBoth) {
     const auto outer = shown(makeControl<ForkControl>(L"outer"), {0, 0, 199, 19});
     const auto inner = makeControl<ForkControl>(L"inner");

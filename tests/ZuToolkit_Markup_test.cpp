@@ -212,6 +212,30 @@ TEST_F(MarkupTest, fonts_oneState_areShared) {
 
 // --- Links ---
 
+TEST_F(MarkupTest, parse_receiverOfALeavingLinkSetsMarkup_showsTheNewOnce) {
+    class Changer : public MessageSink {
+    public:
+        explicit Changer(MarkupView& view) : view_(view) {}
+        bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
+            if (kind == Control::kLeaveHovering) {
+                view_.setMarkup(L"last");
+            }
+            return false;
+        }
+
+    private:
+        MarkupView& view_;
+    };
+    view_->setMarkup(L"<a leftclickmessage=\"m.C\">link</a>");
+    const auto changer = std::make_shared<Changer>(*view_);
+    view_->connect(changer, false);
+    view_->children()[0]->connect(changer, false);
+    mouse(MouseAction::kMove, {10, 5});
+    view_->setMarkup(L"outer");
+    EXPECT_EQ(elementsOf(*view_), L"[last]");
+    EXPECT_EQ(view_->markup(), L"last");
+}
+
 TEST_F(MarkupTest, link_clicked_sendsItsMessageFromTheView) {
     view_->setMarkup(L"text <a leftclickmessage=\"showHelp.MarkupTest\">help</a>");
     click({40, 5});

@@ -194,6 +194,10 @@ public:
     bool setMargins(std::int32_t horizontal, std::int32_t vertical);
     Alignment horizontalAlignment() const noexcept { return horizontalAlignment_; }
     Alignment verticalAlignment() const noexcept { return verticalAlignment_; }
+    // In rows the horizontal one spreads the children along the row and the
+    // vertical one places each across it; in columns it is the other way
+    // round. Across the line kJustify means kEnd. Like spacing, margins and
+    // arrangement it is only shown anew: call arrange() to apply it.
     bool setAlignment(Alignment horizontal, Alignment vertical);
     // An auto-sized child takes its share of what its row or column leaves.
     bool isAutoSized() const noexcept { return autoSized_; }

@@ -37,6 +37,13 @@ bool ForkControl::setOpen(bool open) {
     }
     // Its receivers may remove the fork.
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    if (!open && holdsFocusInBody()) {
+        // What is hidden would lose it to nobody.
+        takeFocus();
+        if (open_ == open) {
+            return false;
+        }
+    }
     {
         const ControlUpdate update(*this);
         change(open_, open);
@@ -61,6 +68,10 @@ Size ForkControl::preferredSizeForWidth(std::int32_t width) {
 }
 
 bool ForkControl::onKey(const KeyEvent& event) {
+    if (!hasFocus()) {
+        // A key of something in the body.
+        return false;
+    }
     if (isPressingKey(event)) {
         return setOpen(!open_);
     }
@@ -102,6 +113,30 @@ void ForkControl::arrangeChildren() {
         const Rect place{indent(), headerHeight(), boundary().width() - 1, boundary().height() - 1};
         body_->place(place);
     }
+}
+
+void ForkControl::onJoinedSurface() {
+    DrawnText::onJoinedSurface();
+    if (open_) {
+        // The height of the texts may be known only by now.
+        const std::int32_t width = boundary().width();
+        setSize({width, preferredSizeForWidth(width).height});
+    }
+}
+
+void ForkControl::onDescriptorChanged() {
+    if (open_) {
+        takeHeight();
+        arrange();
+    }
+    DrawnText::onDescriptorChanged();
+}
+
+bool ForkControl::holdsFocusInBody() {
+    Control* holder = surface();
+    const std::shared_ptr<Control> focused =
+        holder != nullptr ? holder->inputRouter()->focused() : nullptr;
+    return focused && body_->isAncestorOf(*focused);
 }
 
 Rect ForkControl::header() const { return Rect::at({0, 0}, {boundary().width(), headerHeight()}); }

@@ -36,8 +36,11 @@ public:
 protected:
     void drawSelf(GraphicsService& graphics) override;
     void arrangeChildren() override;
+    void onJoinedSurface() override;
+    void onDescriptorChanged() override;
 
 private:
+    bool holdsFocusInBody();
     Rect header() const;
     std::int32_t indent() const;
     void drawArrow(GraphicsService& graphics) const;

@@ -85,7 +85,7 @@ public:
     Size measure() {
         breakLines(false);
         Size content;
-        std::int64_t height = 0;
+        std::int64_t top = 0;
         for (const Line& line : lines_) {
             std::int64_t width = line.width;
             if (uniformWidth_) {
@@ -93,10 +93,12 @@ public:
                 width = count * largest_.width + (count - 1) * spacing_.width;
             }
             content.width = std::max(content.width, saturate(width));
-            height += (height == 0 ? 0 : spacing_.height) +
-                      (uniformHeight_ ? largest_.height : line.height);
+            // As run() does it: the next line begins below the line's own
+            // height, even where its children are made higher.
+            const std::int64_t height = uniformHeight_ ? largest_.height : line.height;
+            content.height = std::max(content.height, saturate(top + height));
+            top += std::int64_t{line.height} + spacing_.height;
         }
-        content.height = saturate(height);
         return axis_.turn(content);
     }
 
@@ -188,7 +190,7 @@ private:
         const std::int32_t before = size.width;
         const std::int32_t maximum = axis_.turn(child.maximumSize()).width;
         size.width = std::max(saturate(before + extra), 1);
-        if (maximum != 0) {
+        if (maximum > 0) {
             size.width = std::max(std::min(size.width, maximum), 1);
         }
         child.boundary_ = axis_.turn(Rect::at({0, 0}, size));
@@ -228,9 +230,12 @@ private:
             size.width = uniformWidth_ ? largest_.width : size.width;
             size.height = uniformHeight_ ? largest_.height : size.height;
             const Rect rect = Rect::at({saturate(left), saturate(topOf(line, size.height))}, size);
-            child.place(axis_.turn(rect));
+            // Moving a child keeps it out of negative coordinates, and its size.
+            const Rect placed =
+                Rect::at({std::max(rect.left, 0), std::max(rect.top, 0)}, rect.size());
+            child.place(axis_.turn(placed));
             left = std::int64_t{rect.right} + 1 + spread.gap;
-            noteReach(rect, result);
+            noteReach(placed, result);
         }
     }
 

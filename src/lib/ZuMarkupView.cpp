@@ -109,6 +109,8 @@ public:
         view.parsing_ = true;
         view.waiting_ = false;
         view.full_ = false;
+        // One of another surface may be left from adding outside of parsing.
+        view.graphics_.reset();
         view.link_ = {};
     }
     ParseScope(const ParseScope&) = delete;
@@ -180,9 +182,17 @@ bool MarkupView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
 // --- Parsing --------------------------------------------------------------------------------
 
 void MarkupView::parseMarkup() {
+    if (parsing_) {
+        waiting_ = true;
+        return;
+    }
+    // Links that go away say so; their receivers may remove the view.
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     {
         const ParseScope scope(*this);
         removeAllChildren();
+        // What they have set meanwhile is what is parsed below.
+        waiting_ = false;
         font_->reset();
         layoutArea_ = layoutArea();
         // A change of the markup under way must not pull it away from here.
@@ -203,7 +213,10 @@ void MarkupView::parseMarkup() {
         }
         takeSize();
     }
-    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    if (waiting_) {
+        parseWhenPossible();
+        return;
+    }
     showChildren();
     notify(kChangePreferredWidth, MessageWord(std::intptr_t{boundary().width()}));
     notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
@@ -335,10 +348,8 @@ void MarkupView::applySetting(const XmlAttribute& attribute) {
     }
     const std::int32_t value = Xml::toLong(attribute.value);
     if (name == L"width") {
-        setSize({value, boundary().height()});
-        givenWidth_ = boundary().width();
-    } else if (name == L"height") {
-        setSize({boundary().width(), value});
+        // Taken with the size, when parsing ends.
+        givenWidth_ = Rect::at({0, 0}, {value, 1}).width();
     } else if (name == L"maxwidth") {
         setMaximumSize({value, maximumSize().height});
     } else if (name == L"maxheight") {
@@ -397,6 +408,12 @@ const std::shared_ptr<const MarkupFont>& MarkupView::currentFont() {
         if (made->font) {
             made->lineHeight = graphics_->measureTextSize({}, *made->font).height;
         }
+        if (!made->font) {
+            // Perhaps it can be had the next time.
+            currentFont_ = std::move(made);
+            fonts_.erase(keyOf(style));
+            return currentFont_;
+        }
         known = std::move(made);
     }
     currentFont_ = known;
@@ -443,16 +460,20 @@ Size MarkupView::sizeWithin(const Rect& area) {
 void MarkupView::takeSize() {
     Size size = sizeWithin(layoutArea_);
     if (isAutoSized() && givenWidth_ > 0) {
-        size.width = givenWidth_;
+        size.width = withinLimits({givenWidth_, size.height}).width;
     }
     setBoundary(Rect::at(boundary().position(), size));
+    takenWidth_ = boundary().width();
     layoutInRows(*this, innerArea(), children(), layoutOptions());
 }
 
 void MarkupView::arrangeChildren() {
     // Parsing sizes the view by itself.
     if (!parsing_) {
-        givenWidth_ = boundary().width();
+        if (boundary().width() != takenWidth_) {
+            givenWidth_ = boundary().width();
+            takenWidth_ = 0;
+        }
         layoutInRows(*this, innerArea(), children(), layoutOptions());
     }
 }

@@ -60,6 +60,8 @@ private:
     Size size_;
 };
 
+// A link of the markup: keeps the name of the message that the view sends when
+// it is clicked.
 class MarkupLink : public Link {
 public:
     MarkupLink(const std::wstring& text, std::wstring message,
@@ -170,6 +172,8 @@ private:
     Rect layoutArea_;
     // The width that others gave the view; 0 before.
     std::int32_t givenWidth_ = 0;
+    // The width that the view took for its text, while it has it; otherwise 0.
+    std::int32_t takenWidth_ = 0;
     bool wordWrap_ = false;
     bool parsing_ = false;
     // The markup has not been parsed yet.

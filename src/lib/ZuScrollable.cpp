@@ -93,11 +93,12 @@ bool ScrollView::scrollTo(const Control& inside) {
 }
 
 Size ScrollView::preferredSize() {
-    return withinLimits(content_ ? content_->preferredSize() : Size());
+    return withMargins(content_ ? content_->preferredSize() : Size());
 }
 
 Size ScrollView::preferredSizeForWidth(std::int32_t width) {
-    return withinLimits(content_ ? content_->preferredSizeForWidth(width) : Size());
+    const std::int32_t room = std::max(saturate(width - 2 * std::int64_t{horizontalMargin()}), 1);
+    return withMargins(content_ ? content_->preferredSizeForWidth(room) : Size());
 }
 
 // --- Input ----------------------------------------------------------------------------------
@@ -186,6 +187,11 @@ bool ScrollView::scrollByWheel(const MouseEvent& event) {
     return sideways ? scrollBy(saturate(-pixels), 0) : scrollBy(0, saturate(-pixels));
 }
 
+Size ScrollView::withMargins(Size content) const {
+    return withinLimits({saturate(content.width + 2 * std::int64_t{horizontalMargin()}),
+                         saturate(content.height + 2 * std::int64_t{verticalMargin()})});
+}
+
 // --- Layout ---------------------------------------------------------------------------------
 
 void ScrollView::drawSelf(GraphicsService& graphics) {
@@ -199,6 +205,11 @@ void ScrollView::drawSelf(GraphicsService& graphics) {
 // other direction, which may then need its bar as well.
 void ScrollView::arrangeChildren() {
     if (!content_) {
+        for (NativeScrollBar* bar : {verticalBar_.get(), horizontalBar_.get()}) {
+            if (bar != nullptr) {
+                bar->setVisible(false);
+            }
+        }
         return;
     }
     const std::shared_ptr<Control> focused = focusedInView();

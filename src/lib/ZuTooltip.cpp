@@ -73,7 +73,10 @@ void fillDialog(NativeDialog& dialog, const Control& control, const TooltipOptio
 void displayTooltip(Control& control, Point place) {
     control.notify(Control::kBeforeDisplayTooltip);
     const std::shared_ptr<WindowService> window = control.windowService();
-    if (!window || control.tooltip().isEmpty() || control.surface() == nullptr) {
+    // A receiver may have hidden the tooltip, which takes the timer away.
+    if (!window || control.surface() == nullptr || !control.isShown() ||
+        control.tooltip().text(control).empty() ||
+        !window->getNamedObject(tooltipTimerKey(control))) {
         return;
     }
     const std::shared_ptr<NativeDialog> dialog = dialogFor(control, *window);
