@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <set>
 #include <vector>
 
 #include "ZuLayout.h"
@@ -251,8 +252,12 @@ TEST(Layout, randomChildren_keepOrderAndLimitsAndFillTheirLineWithoutOverlap) {
             for (std::size_t j = 0; j < i; ++j) {
                 ASSERT_FALSE(rows[i].intersects(rows[j])) << j << " " << i;
             }
+            // Neighbours go on to the right, or to a line below.
+            ASSERT_TRUE(i == 0 || rows[i].left > rows[i - 1].right ||
+                        rows[i].bottom > rows[i - 1].bottom);
         }
-        // In one wide line, the last of the unlimited ones ends at its end.
+        // In one wide line, the unlimited ones share what is left, and the last
+        // of them ends at its end.
         layout.options.wrap = false;
         layout.area.right = layout.area.left + 2999;
         layout.items.push_back({{1, 1}, true});
@@ -260,8 +265,32 @@ TEST(Layout, randomChildren_keepOrderAndLimitsAndFillTheirLineWithoutOverlap) {
             item.breaks = false;
             item.maximum = {};
         }
-        ASSERT_EQ(layout.rows().back().right, layout.area.right);
+        const Rects line = layout.rows();
+        ASSERT_EQ(line.back().right, layout.area.right);
+        std::set<std::int32_t> shares;
+        for (std::size_t i = 0; i + 1 < line.size(); ++i) {
+            if (layout.items[i].autoSized) {
+                shares.insert(line[i].width() - std::max(layout.items[i].minimum.width, 1));
+            }
+        }
+        ASSERT_LE(shares.size(), 1U);
     }
+}
+
+TEST(Layout, manyChildren_takeNoMemoryEach) {
+    const auto parent = makeControl<Control>();
+    parent->setBoundary({0, 0, 9999, 99});
+    const auto peakOf = [&](std::size_t count) {
+        Controls children;
+        for (std::size_t i = 0; i < count; ++i) {
+            children.push_back(makeControl<Control>());
+            children.back()->setBoundary({0, 0, 9, 9});
+        }
+        const test::MemoryWatch memory;
+        layoutInRows(*parent, {0, 0, 999, 99999}, children, {});
+        return memory.peak();
+    };
+    EXPECT_LE(peakOf(10'000), peakOf(1'000));
 }
 
 }  // namespace

@@ -310,7 +310,9 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
         {repeated(L"<", 1'000'000) + L">", 0},
         {repeated(L"<a><b><i>", 100'000) + L"x", 0},
         {repeated(L"<b ", 300'000) + L"=\"" + repeated(L"= ", 100'000), 1},
-        {L"<control " + repeated(L"width=\"9\" ", 20'000) + L"x=\">y", 1},
+        {repeated(L"<br/>", 100'000) + L"<control " +
+             repeated(L"width=\"8\" height=\"9\" width=\"9\" ", 20'000) + L"x=\">y",
+         100'001},
         {repeated(L"&", 1'000'000), 1},
         {L"<control wordwrap=\"true\">" + repeated(L"- ", 400'000), MarkupView::kMaxElements},
         {repeated(L"<br/>", 300'000), MarkupView::kMaxElements},

@@ -264,7 +264,8 @@ public:
 
     // --- Descriptors ---
 
-    // Its own; an empty text means no tooltip.
+    // Its own; an empty text means no tooltip. A control that has one is found
+    // by the mouse also where it takes no part in it otherwise.
     TextDescriptor& tooltip() noexcept { return tooltip_; }
     const TextDescriptor& tooltip() const noexcept { return tooltip_; }
     // May be null: the defaults.

@@ -71,7 +71,7 @@ Control* Control::controlAt(Point point) noexcept {
             return found;
         }
     }
-    return takesMouse_ ? this : nullptr;
+    return takesMouse_ || !tooltip_.isEmpty() ? this : nullptr;
 }
 
 void Control::showTooltip(Point place) { startTooltip(*this, place); }

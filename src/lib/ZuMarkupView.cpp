@@ -190,6 +190,7 @@ void MarkupView::parseMarkup() {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     {
         const ParseScope scope(*this);
+        refresh();
         removeAllChildren();
         // What they have set meanwhile is what is parsed below.
         waiting_ = false;
@@ -347,9 +348,12 @@ void MarkupView::applySetting(const XmlAttribute& attribute) {
         return;
     }
     const std::int32_t value = Xml::toLong(attribute.value);
+    // Whoever lies in the view learns of its size when parsing ends.
     if (name == L"width") {
-        // Taken with the size, when parsing ends.
-        givenWidth_ = Rect::at({0, 0}, {value, 1}).width();
+        place(Rect::at(boundary().position(), {value, boundary().height()}));
+        givenWidth_ = boundary().width();
+    } else if (name == L"height") {
+        place(Rect::at(boundary().position(), {boundary().width(), value}));
     } else if (name == L"maxwidth") {
         setMaximumSize({value, maximumSize().height});
     } else if (name == L"maxheight") {

@@ -233,8 +233,12 @@ void ScrollView::arrangeChildren() {
     viewport_->place(Rect::at(innerArea().position(), room));
     placeContent({std::max(wanted.width, room.width), std::max(wanted.height, room.height)});
     placeBars(room, thickness);
-    if (focused) {
-        scrollTo(*focused);
+    if (focused && isInside(focused.get())) {
+        const Rect seen = areaOf(*focused);
+        position_ = {nearestView(position_.x, room.width, seen.left, seen.right),
+                     nearestView(position_.y, room.height, seen.top, seen.bottom)};
+        placeContent(content_->boundary().size());
+        showPosition();
     }
 }
 

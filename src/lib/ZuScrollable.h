@@ -40,7 +40,9 @@ public:
     Point scrollPosition() const noexcept { return position_; }
     Point highestPosition() const noexcept;
     // Scroll, as far as it goes; whether anything moved. A change sends
-    // kScrolled, and kScrolledHorizontally or kScrolledVertically, or both.
+    // kScrolled, and kScrolledHorizontally or kScrolledVertically, or both. What
+    // a layout moves, to keep to the content's size or to the control with the
+    // focus, is not announced: receivers could change what is being laid out.
     bool scrollTo(Point position);
     bool scrollBy(std::int32_t horizontal, std::int32_t vertical);
     // As little as brings an area of the content, or a control inside of it,

@@ -174,6 +174,8 @@ void startTooltip(Control& control, Point place) {
         }
         window->setNamedObject(key, timer);
     }
+    // Its window is made when it is shown.
+    dialogFor(control, *window);
     timer->disconnectAll();
     timer->connect(std::make_shared<TooltipDelay>(held, place), false);
     timer->start(optionsOf(control).delay, false);
