@@ -123,6 +123,13 @@ TEST(Layout, rowsAndColumns_anyCase_giveTheRectanglesWorkedOutByHand) {
         // Bottom 114, half the line 7: 114 - 5 - 7, 114 - 7 - 7, 114 - 4 - 7.
         {"across in the centre", {.area = {0, 100, 99, 149}, .across = kCentre, .items = kThree},
          {{0, 102, 9, 111}, {15, 100, 34, 114}, {40, 103, 51, 110}}, 1},
+        // Bottom 9, half the line 5: 9 - 5 - 5 would lie outside.
+        {"across in the centre, at the edge", {.across = kCentre, .items = {{{10, 10}}}},
+         {{0, 0, 9, 9}}, 1},
+        // 70 pixels of children, 10 of gaps, 30 of room: a gap of -50 / 2.
+        {"justify, overflowing", {.area = {0, 0, 29, 49}, .options = {.alignment = kJustify},
+         .items = {{{5, 10}}, {{5, 10}}, {{60, 10}}}},
+         {{0, 0, 4, 9}, {0, 0, 4, 9}, {0, 0, 59, 9}}, 1},
         {"no wrapping, end: overflows", {.area = {10, 0, 39, 49}, .options = {.alignment = kEnd},
          .items = kThree}, {{10, 0, 19, 9}, {25, 0, 44, 14}, {50, 0, 61, 7}}, 1},
         {"no wrapping, centre: overflows", {.area = {10, 0, 39, 49},

@@ -234,7 +234,7 @@ private:
             const Rect placed =
                 Rect::at({std::max(rect.left, 0), std::max(rect.top, 0)}, rect.size());
             child.place(axis_.turn(placed));
-            left = std::int64_t{rect.right} + 1 + spread.gap;
+            left = std::int64_t{placed.right} + 1 + spread.gap;
             noteReach(placed, result);
         }
     }
