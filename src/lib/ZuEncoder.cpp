@@ -20,6 +20,8 @@ constexpr std::size_t sequenceLength(unsigned char lead) noexcept {
     return (lead & 0xE0U) == 0xE0U ? 3 : (lead & 0xC0U) == 0xC0U ? 2 : 1;
 }
 
+constexpr bool isPairLead(unsigned char byte) noexcept { return (byte & 0xE0U) == 0xC0U; }
+
 // The code unit of a whole sequence. A byte that starts none widens as a
 // signed byte, so that 80 to BF come out as FF80 to FFBF.
 constexpr wchar_t decodeSequence(const unsigned char* bytes, std::size_t length) noexcept {
@@ -60,12 +62,13 @@ struct Encoding {
     char* out;
 };
 
-// Widens the ASCII characters at the front. A whole word is written even when
-// only its front is ASCII: what follows overwrites the rest. There is room,
-// since no text is longer than its bytes.
+// Widens the ASCII characters at the front, and single sequences of two bytes
+// among them. A whole word is written even when only its front is ASCII: what
+// follows overwrites the rest. There is room, since no text is longer than its
+// bytes.
 Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
     constexpr std::size_t kWord = sizeof(std::uint64_t);
-    while (static_cast<std::size_t>(end - run.at) >= kWord) {
+    while (static_cast<std::size_t>(end - run.at) > kWord) {
         const std::size_t count = asciiBytesIn(run.at);
         for (std::size_t i = 0; i < kWord; ++i) {
             run.out[i] = run.at[i];
@@ -73,7 +76,11 @@ Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
         run.at += count;
         run.out += count;
         if (count != kWord) {
-            return run;
+            if (count == 0 || !isPairLead(*run.at)) {
+                return run;
+            }
+            *run.out++ = decodeSequence(run.at, 2);
+            run.at += 2;
         }
     }
     while (run.at != end && *run.at < 0x80) {
@@ -90,8 +97,8 @@ std::size_t pairsIn(std::uint64_t word) noexcept {
     return static_cast<std::size_t>(std::countr_zero((word & kLeadMask) ^ kLead)) / 16;
 }
 
-// Decodes the sequences of two bytes at the front, four at a time: whole words
-// are written as with ASCII.
+// Decodes the sequences of two bytes at the front, four at a time, and single
+// ASCII characters among them: whole words are written as with ASCII.
 Decoding decodePairRun(Decoding run, const unsigned char* end) noexcept {
     constexpr std::size_t kWord = sizeof(std::uint64_t);
     constexpr std::size_t kPairs = kWord / 2;
@@ -105,7 +112,10 @@ Decoding decodePairRun(Decoding run, const unsigned char* end) noexcept {
         run.at += 2 * count;
         run.out += count;
         if (count != kPairs) {
-            break;
+            if (count == 0 || *run.at >= 0x80) {
+                break;
+            }
+            *run.out++ = *run.at++;
         }
     }
     return run;
@@ -113,29 +123,33 @@ Decoding decodePairRun(Decoding run, const unsigned char* end) noexcept {
 
 // Decodes whole sequences until the state machine is needed: at a byte that
 // may begin the byte-order mark and for the last bytes of the input, which may
-// cut a sequence off. One branch for each length: the processor guesses it and
-// need not wait for one sequence to know where the next begins.
+// cut a sequence off. Each length has a branch, and the longest a loop of its
+// own: the processor guesses them and need not wait for one sequence to know
+// where the next begins.
 Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcept {
-    while (end - run.at >= 3) {
-        const unsigned char lead = *run.at;
+    constexpr std::ptrdiff_t kLongest = 3;
+    while (end - run.at >= kLongest) {
+        const unsigned lead = *run.at;
         if (lead < 0x80) {
             // A word at a time pays from the second character on.
             *run.out++ = *run.at++;
             if (*run.at < 0x80) {
                 run = decodeAsciiRun(run, end);
             }
-        } else if (sequenceLength(lead) == 2) {
+        } else if (isPairLead(*run.at)) {
             *run.out++ = decodeSequence(run.at, 2);
             run.at += 2;
-            if (run.at != end && sequenceLength(*run.at) == 2) {
+            if (run.at != end && isPairLead(*run.at)) {
                 run = decodePairRun(run, end);
             }
-        } else if (sequenceLength(lead) == 1) {
+        } else if (lead < 0xC0) {
             *run.out++ = decodeSequence(run.at, 1);
             run.at += 1;
         } else if (lead != kBomLead || bomDone) {
-            *run.out++ = decodeSequence(run.at, 3);
-            run.at += 3;
+            do {
+                *run.out++ = decodeSequence(run.at, 3);
+                run.at += 3;
+            } while (end - run.at >= kLongest && *run.at >= 0xE0U && *run.at != kBomLead);
         } else {
             break;
         }
@@ -253,7 +267,6 @@ EncodedSize measure(std::wstring_view text) noexcept {
 }  // namespace
 
 void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out) {
-    out.clear();
     switch (encoding) {
         case kEncodingUtf8:
             decodeFromUTF8(bytes, out, false);
@@ -266,10 +279,12 @@ void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out
             return;
         case kEncodingEnciphered:
         case kEncodingEncipheredCompressed:
+            out.clear();
             decodeFromUTF8(Cipher::decipher(static_cast<CipherEncoding>(encoding), bytes), out,
                            false);
             return;
         default:
+            out.clear();
             throwText(L"Encoder::decodeFrom: unknown encoding", ZU_LINE(103));
     }
 }
