@@ -36,14 +36,10 @@ constexpr wchar_t decodeSequence(const unsigned char* bytes, std::size_t length)
     }
 }
 
-// The characters of a word that are ASCII, counted from the front up to the
-// first that is not. The first in memory is the lowest in the word.
-std::size_t asciiBytesIn(const unsigned char* bytes) noexcept {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, sizeof(word));
-    return static_cast<std::size_t>(std::countr_zero(word & 0x8080808080808080ULL)) / 8;
-}
+bool isAsciiWord(std::uint64_t word) noexcept { return (word & 0x8080808080808080ULL) == 0; }
 
+// The code units at the front of a word that are ASCII, counted up to the first
+// that is not. The first in memory is the lowest in the word.
 std::size_t asciiUnitsIn(const wchar_t* units) noexcept {
     std::uint64_t word;
     std::memcpy(&word, units, sizeof(word));
@@ -63,25 +59,31 @@ struct Encoding {
 };
 
 // Widens the ASCII characters at the front, and single sequences of two bytes
-// among them. A whole word is written even when only its front is ASCII: what
-// follows overwrites the rest. There is room, since no text is longer than its
-// bytes.
+// among them. Whole words go at once; where a word has anything else in it, the
+// processor guesses the branches of single characters, while a count would have
+// to be known before it could look at the next word.
 Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
     constexpr std::size_t kWord = sizeof(std::uint64_t);
     while (static_cast<std::size_t>(end - run.at) > kWord) {
-        const std::size_t count = asciiBytesIn(run.at);
-        for (std::size_t i = 0; i < kWord; ++i) {
-            run.out[i] = run.at[i];
-        }
-        run.at += count;
-        run.out += count;
-        if (count != kWord) {
-            if (count == 0 || !isPairLead(*run.at)) {
-                return run;
+        std::uint64_t word;
+        std::memcpy(&word, run.at, kWord);
+        if (isAsciiWord(word)) {
+            for (std::size_t i = 0; i < kWord; ++i) {
+                run.out[i] = run.at[i];
             }
-            *run.out++ = decodeSequence(run.at, 2);
-            run.at += 2;
+            run.at += kWord;
+            run.out += kWord;
+            continue;
         }
+        const unsigned char* const first = run.at;
+        while (*run.at < 0x80) {
+            *run.out++ = *run.at++;
+        }
+        if (run.at == first || !isPairLead(*run.at)) {
+            return run;
+        }
+        *run.out++ = decodeSequence(run.at, 2);
+        run.at += 2;
     }
     while (run.at != end && *run.at < 0x80) {
         *run.out++ = *run.at++;
@@ -89,34 +91,37 @@ Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
     return run;
 }
 
-// The sequences of two bytes at the front of a word, counted up to the first
-// that is none; the lead of each is the lower byte of its lane.
-std::size_t pairsIn(std::uint64_t word) noexcept {
-    constexpr std::uint64_t kLeadMask = 0x00E000E000E000E0ULL;
-    constexpr std::uint64_t kLead = 0x00C000C000C000C0ULL;
-    return static_cast<std::size_t>(std::countr_zero((word & kLeadMask) ^ kLead)) / 16;
+// Whether a word is four sequences of two bytes; the lead of each is the lower
+// byte of its lane.
+bool isPairWord(std::uint64_t word) noexcept {
+    return (word & 0x00E000E000E000E0ULL) == 0x00C000C000C000C0ULL;
 }
 
 // Decodes the sequences of two bytes at the front, four at a time, and single
-// ASCII characters among them: whole words are written as with ASCII.
+// ASCII characters among them.
 Decoding decodePairRun(Decoding run, const unsigned char* end) noexcept {
     constexpr std::size_t kWord = sizeof(std::uint64_t);
     constexpr std::size_t kPairs = kWord / 2;
     while (static_cast<std::size_t>(end - run.at) >= kWord) {
         std::uint64_t word;
         std::memcpy(&word, run.at, kWord);
-        const std::size_t count = pairsIn(word);
-        const std::uint64_t units =
-            (word & 0x001F001F001F001FULL) << 6 | (word >> 8 & 0x003F003F003F003FULL);
-        std::memcpy(run.out, &units, kWord);
-        run.at += 2 * count;
-        run.out += count;
-        if (count != kPairs) {
-            if (count == 0 || *run.at >= 0x80) {
-                break;
-            }
-            *run.out++ = *run.at++;
+        if (isPairWord(word)) {
+            const std::uint64_t units =
+                (word & 0x001F001F001F001FULL) << 6 | (word >> 8 & 0x003F003F003F003FULL);
+            std::memcpy(run.out, &units, kWord);
+            run.at += kWord;
+            run.out += kPairs;
+            continue;
         }
+        const unsigned char* const first = run.at;
+        while (isPairLead(*run.at)) {
+            *run.out++ = decodeSequence(run.at, 2);
+            run.at += 2;
+        }
+        if (run.at == first || *run.at >= 0x80) {
+            break;
+        }
+        *run.out++ = *run.at++;
     }
     return run;
 }
