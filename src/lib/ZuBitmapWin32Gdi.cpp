@@ -33,9 +33,6 @@ private:
     ULONG_PTR token_ = 0;
 };
 
-// The first image starts GDI+; a start that failed is tried again by the next.
-void needGdiPlus() { static const GdiPlusSession session; }
-
 void check(Gdiplus::GpStatus status) {
     if (status != Gdiplus::Ok) {
         throw SystemException(L"Could not read image");
@@ -138,6 +135,8 @@ std::shared_ptr<IResourceService> rootResources() {
 
 }  // namespace
 
+void startGdiPlus() { static const GdiPlusSession session; }
+
 PixelBitmap::PixelBitmap(Size size) {
     BITMAPINFO description{};
     description.bmiHeader.biSize = sizeof(description.bmiHeader);
@@ -183,7 +182,7 @@ DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double 
     if (!isDrawable(own) || !isDrawable(target)) {
         return {};
     }
-    needGdiPlus();
+    startGdiPlus();
     const Image image = decode(bytes);
     PixelBitmap bitmap(target);
     Gdiplus::GpBitmap* made = nullptr;

@@ -26,6 +26,10 @@ struct DrawableImage {
     Size size;
 };
 
+// For whoever uses GDI+ by itself; images start it when they need it. Once is
+// enough for the process. Throws SystemException, and may be tried again then.
+void startGdiPlus();
+
 // A top-down bitmap of 32 bits a pixel, transparent black at first.
 struct PixelBitmap {
     // Neither extent is below 1. Throws SystemException when the system has no

@@ -1,5 +1,6 @@
 #include "Screenshots.h"
 
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuHandleWin32Gdi.h"
 #include "ZuTimer.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -33,22 +34,6 @@ private:
     HDC context_;
 };
 
-class GdiPlusSession {
-public:
-    GdiPlusSession() {
-        const Gdiplus::GdiplusStartupInput input;
-        if (Gdiplus::GdiplusStartup(&token_, &input, nullptr) != Gdiplus::Ok) {
-            throw SystemException(L"Could not start GDI+");
-        }
-    }
-    GdiPlusSession(const GdiPlusSession&) = delete;
-    GdiPlusSession& operator=(const GdiPlusSession&) = delete;
-    ~GdiPlusSession() { Gdiplus::GdiplusShutdown(token_); }
-
-private:
-    ULONG_PTR token_ = 0;
-};
-
 void closeImage(Gdiplus::GpBitmap* image) noexcept { flat::GdipDisposeImage(image); }
 using Image = Handle<NullHandleTraits<Gdiplus::GpBitmap*, &closeImage>>;
 
@@ -72,7 +57,7 @@ BitmapHandle picture(HWND window) {
 void writePng(HBITMAP bitmap, const std::wstring& file) {
     static constexpr CLSID kPngEncoder = {
         0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
-    static const GdiPlusSession session;
+    startGdiPlus();
     Gdiplus::GpBitmap* made = nullptr;
     flat::GdipCreateBitmapFromHBITMAP(bitmap, nullptr, &made);
     const Image image(made);
