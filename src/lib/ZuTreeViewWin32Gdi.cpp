@@ -2,6 +2,7 @@
 
 #include <windowsx.h>
 
+#include <chrono>
 #include <cstring>
 
 namespace zustd {
@@ -14,10 +15,15 @@ constexpr UINT kStates = TVIS_BOLD | TVIS_STATEIMAGEMASK;
 // A burst is long with so many changes and this part of all nodes more.
 constexpr std::size_t kLongBurst = 64;
 constexpr std::size_t kLongBurstPart = 16;
-// So many nodes with children and this part of all nodes more are expanded or
-// collapsed one by one.
+// More nodes with children than these are not expanded or collapsed one by one,
+// in a window with few items and with many.
 constexpr std::size_t kFewParents = 8;
-constexpr std::size_t kFewParentsPart = 64;
+constexpr std::size_t kManyParents = 128;
+// What waits comes in slices of so many steps, or of fewer when they take that
+// long, one with each message of the timer.
+constexpr std::size_t kSlice = 2000;
+constexpr std::chrono::milliseconds kSliceTime(15);
+constexpr UINT_PTR kSliceTimer = 1;
 
 LPARAM wordOf(TreeNode node) noexcept { return static_cast<LPARAM>(node); }
 
@@ -56,6 +62,7 @@ TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
         forgetPushed();
         filled_ = false;
         send(TVM_SETUNICODEFORMAT, TRUE);
+        send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     }
     return outcome;
 }
@@ -82,6 +89,7 @@ void TreeViewWin32Gdi::fill() {
     top.mask = TVIF_PARAM;
     top.hItem = TreeView_GetFirstVisible(window());
     const bool hadTop = filled_ && top.hItem != nullptr && TreeView_GetItem(window(), &top);
+    forgetWork();
     {
         const BulkMirroring bulk(*this);
         // With a selection every removed item would hand it on to the next one.
@@ -89,68 +97,139 @@ void TreeViewWin32Gdi::fill() {
         send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
         model.clearNativeWords();
         reveal(model.selected());
-        insertAll();
+        pending_.restart(model);
+        workSlice();
     }
     // Where things are is known only with redrawing on again.
     filled_ = true;
-    awaitsFilling_ = false;
     markFresh();
     select(model.selected());
     if (const TreeNode node = hadTop ? nodeOf(top.lParam) : kNoNode; node != kNoNode) {
+        need(node);
         send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(itemOf(node)));
     }
 }
 
-// The system walks along all siblings to the place after the last one, as it
-// does to that after any given one, but not to the place before all others. So
-// what is below a collapsed node comes from its last node to its first. On the
-// levels that can be seen that is no help: some versions count the visible items
-// behind a new one anew, which costs far more than the walk.
-void TreeViewWin32Gdi::insertAll() {
-    const TreeModel& model = getAbstraction().model();
-    for (TreeNode node = model.firstRoot(); node != kNoNode;) {
-        insert(node, TVI_LAST);
-        if (model.isExpanded(node)) {
-            node = model.next(node);
-        } else {
-            insertHidden(node);
-            node = model.nextBeyond(node);
-        }
+// Some versions have a shorter way to the end than to the place after a given
+// item, and take as long to find out whether that is the last one.
+HTREEITEM TreeViewWin32Gdi::placeAfter(TreeNode previous) const {
+    if (previous == kNoNode) {
+        return TVI_FIRST;
     }
+    const auto item = reinterpret_cast<HTREEITEM>(getAbstraction().model().nativeWord(previous));
+    const bool isLast = previous == lastOfLevel_ || item == nullptr ||
+                        TreeView_GetNextSibling(window(), item) == nullptr;
+    return isLast ? TVI_LAST : item;
 }
 
-// What is below a node, backwards.
-void TreeViewWin32Gdi::insertHidden(TreeNode top) {
-    const TreeModel& model = getAbstraction().model();
-    for (TreeNode node = model.lastChild(top); node != kNoNode;) {
-        insert(node, TVI_FIRST);
-        TreeNode next = model.lastChild(node);
-        for (; next == kNoNode && node != top; node = model.parent(node)) {
-            next = model.previousSibling(node);
-        }
-        node = next;
-    }
-}
-
-void TreeViewWin32Gdi::insert(TreeNode node, HTREEITEM after) {
+void TreeViewWin32Gdi::insert(TreeNode node) {
     TreeModel& model = getAbstraction().model();
     const TreeNode parent = model.parent(node);
+    const TreeNode previous = model.previousSibling(node);
     TVINSERTSTRUCTW item{};
     item.hParent =
         parent != kNoNode ? reinterpret_cast<HTREEITEM>(model.nativeWord(parent)) : TVI_ROOT;
-    item.hInsertAfter = after;
-    item.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
-    item.item.pszText = LPSTR_TEXTCALLBACKW;
+    item.hInsertAfter = placeAfter(previous);
+    item.item.mask =
+        TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_CHILDREN;
+    item.item.pszText = textOf(node);
     item.item.lParam = wordOf(node);
     item.item.iImage = nativeImage(model.bitmap(node));
     item.item.iSelectedImage = item.item.iImage;
     item.item.state = stateOf(node) | (model.isExpanded(node) ? UINT{TVIS_EXPANDED} : 0U);
     item.item.stateMask = kStates | TVIS_EXPANDED;
+    item.item.cChildren = model.childCount(node) != 0 ? 1 : 0;
     const LRESULT made = send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
     if (made == 0) {
         throw SystemException(L"Could not insert item");
     }
     model.setNativeWord(node, made);
+    if (item.hInsertAfter == TVI_LAST) {
+        lastOfLevel_ = node;
+    }
+    // The system takes one without children for collapsed.
+    if (previous == kNoNode && parent != kNoNode && model.isExpanded(parent)) {
+        expandItem(parent);
+    }
+}
+
+// False when nothing waits.
+bool TreeViewWin32Gdi::insertNext() {
+    const TreeNode node = pending_.take(getAbstraction().model());
+    if (node == kNoNode) {
+        return false;
+    }
+    try {
+        insert(node);
+    } catch (...) {
+        // What comes after it could have no place. The next synchronisation
+        // begins anew.
+        forgetWork();
+        markStale();
+        throw;
+    }
+    return true;
+}
+
+// What is to be collapsed goes first, since nothing has to come into it then.
+// What is to be expanded is filled before the next one.
+bool TreeViewWin32Gdi::workNext() {
+    const TreeModel& model = getAbstraction().model();
+    while (!unsettled_.empty() && !model.contains(unsettled_.front())) {
+        unsettled_.pop_front();
+    }
+    const bool collapses = !unsettled_.empty() && !model.isExpanded(unsettled_.front());
+    if (!collapses && insertNext()) {
+        return true;
+    }
+    if (unsettled_.empty()) {
+        return false;
+    }
+    const TreeNode node = unsettled_.front();
+    unsettled_.pop_front();
+    expand(node);
+    return true;
+}
+
+void TreeViewWin32Gdi::workSlice() {
+    const auto end = std::chrono::steady_clock::now() + kSliceTime;
+    std::size_t count = 0;
+    while (workNext() && ++count < kSlice && std::chrono::steady_clock::now() < end) {
+    }
+    if (!hasWork()) {
+        KillTimer(window(), kSliceTimer);
+    } else if (SetTimer(window(), kSliceTimer, USER_TIMER_MINIMUM, nullptr) == 0) {
+        while (workNext()) {
+        }
+    }
+}
+
+void TreeViewWin32Gdi::workOn() {
+    if (hasWork() && !isStale()) {
+        const BulkMirroring bulk(*this);
+        workSlice();
+    }
+}
+
+void TreeViewWin32Gdi::forgetWork() noexcept {
+    pending_.clear();
+    unsettled_.clear();
+    lastOfLevel_ = kNoNode;
+    isBehind_ = false;
+}
+
+// Brings a node into the window at once when it waits.
+void TreeViewWin32Gdi::need(TreeNode node) {
+    if (itemOf(node) == nullptr && filled_ && !isStale() && !pending_.isEmpty()) {
+        const BulkMirroring bulk(*this);
+        while (itemOf(node) == nullptr && insertNext()) {
+        }
+    }
+}
+
+// The window copies it.
+wchar_t* TreeViewWin32Gdi::textOf(TreeNode node) const {
+    return const_cast<wchar_t*>(getAbstraction().model().caption(node).c_str());
 }
 
 UINT TreeViewWin32Gdi::stateOf(TreeNode node) const {
@@ -177,47 +256,60 @@ TreeNode TreeViewWin32Gdi::nodeOf(LPARAM word) const {
 void TreeViewWin32Gdi::releaseNativeObject() {
     releaseItems();
     filled_ = false;
-    awaitsFilling_ = false;
+    forgetWork();
 }
 
 // --- Single changes -------------------------------------------------------------------------
 
 // Whether the change at hand is one of a burst that has become long.
-bool TreeViewWin32Gdi::leavesToFilling() {
+bool TreeViewWin32Gdi::isInLongBurst() {
     const std::size_t count = getAbstraction().model().nodeCount();
-    if (deferRedraw() <= kLongBurst + count / kLongBurstPart) {
-        return false;
-    }
-    markStale();
-    awaitsFilling_ = true;
-    return true;
+    isBehind_ = deferRedraw() > kLongBurst + count / kLongBurstPart || isBehind_;
+    return isBehind_;
 }
 
 void TreeViewWin32Gdi::catchUp() {
     // Nor while the window works on items that would be replaced.
-    if (awaitsFilling_ && !isMirroring() && !isAnswering() && isRedrawEnabled() &&
-        !getAbstraction().isUpdating()) {
+    if (!isBehind_ || isMirroring() || isAnswering() || !isRedrawEnabled() ||
+        getAbstraction().isUpdating()) {
+        return;
+    }
+    isBehind_ = false;
+    if (isStale()) {
         synchronizeWithAbstraction();
+    } else {
+        workOn();
+    }
+}
+
+void TreeViewWin32Gdi::showButton(TreeNode node, bool hasChildren) {
+    TVITEMW item{};
+    item.mask = TVIF_CHILDREN;
+    item.hItem = itemOf(node);
+    item.cChildren = hasChildren ? 1 : 0;
+    if (item.hItem != nullptr) {
+        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     }
 }
 
 void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::mirrorAdded", [&] {
-        if (!filled_ || leavesToFilling()) {
+        if (!filled_) {
             return;
         }
         const TreeModel& model = getAbstraction().model();
         const Mirroring mirroring(*this);
-        const TreeNode previous = model.previousSibling(node);
-        if (model.nextSibling(node) == kNoNode) {
-            insert(node, TVI_LAST);
-        } else {
-            insert(node, previous != kNoNode ? itemOf(previous) : TVI_FIRST);
+        if (const TreeNode parent = model.parent(node);
+            parent != kNoNode && model.childCount(parent) == 1) {
+            showButton(parent, true);
         }
-        // The system takes one without children for collapsed.
-        const TreeNode parent = model.parent(node);
-        if (parent != kNoNode && model.childCount(parent) == 1) {
-            expand(parent);
+        if (!PendingNodes::isNext(model, node)) {
+            return;
+        }
+        if (isInLongBurst()) {
+            pending_.add(model, node);
+        } else {
+            insert(node);
         }
     });
 }
@@ -225,15 +317,22 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
 void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
         const TreeModel& model = getAbstraction().model();
-        const HTREEITEM item = itemOf(node);
-        if (item == nullptr || leavesToFilling()) {
-            return;
-        }
         const Mirroring mirroring(*this);
-        if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
-            select(kNoNode);
+        pending_.forget(model, node);
+        if (const HTREEITEM item = itemOf(node); item != nullptr) {
+            if (isInLongBurst()) {
+                markStale();
+                return;
+            }
+            if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
+                select(kNoNode);
+            }
+            send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item));
         }
-        send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item));
+        if (const TreeNode parent = model.parent(node);
+            parent != kNoNode && model.childCount(parent) == 1) {
+            showButton(parent, false);
+        }
     });
 }
 
@@ -251,7 +350,7 @@ void TreeViewWin32Gdi::mirrorNode(TreeNode node) {
         const Mirroring mirroring(*this);
         // The caption as well: the window repaints the item and measures it anew.
         item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
-        item.pszText = LPSTR_TEXTCALLBACKW;
+        item.pszText = textOf(node);
         item.iImage = nativeImage(getAbstraction().model().bitmap(node));
         item.iSelectedImage = item.iImage;
         item.state = stateOf(node);
@@ -270,6 +369,7 @@ void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
             select(node);
         }
         expand(node);
+        workOn();
     });
 }
 
@@ -295,12 +395,13 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
 bool TreeViewWin32Gdi::mirrorSubtree(TreeNode top) {
     const TreeModel& model = getAbstraction().model();
     const TreeNode end = top == kNoNode ? kNoNode : model.nextBeyond(top);
-    const std::size_t most = kFewParents + model.nodeCount() / kFewParentsPart;
+    const auto items = static_cast<std::size_t>(send(TVM_GETCOUNT));
+    const std::size_t most = items > kSlice ? kManyParents : kFewParents;
     std::vector<TreeNode> parents;
     for (TreeNode node = top == kNoNode ? model.firstRoot() : top; node != end;
          node = model.next(node)) {
-        if (model.childCount(node) != 0) {
-            if (parents.size() == most) {
+        if (model.childCount(node) != 0 && itemOf(node) != nullptr) {
+            if (parents.size() + unsettled_.size() >= most) {
                 return false;
             }
             parents.push_back(node);
@@ -308,10 +409,8 @@ bool TreeViewWin32Gdi::mirrorSubtree(TreeNode top) {
     }
     const Mirroring mirroring(*this);
     select(model.selected());
-    const BulkMirroring bulk(*this);
-    for (const TreeNode parent : parents) {
-        expand(parent);
-    }
+    unsettled_.insert(unsettled_.end(), parents.begin(), parents.end());
+    workOn();
     return true;
 }
 
@@ -325,39 +424,69 @@ void TreeViewWin32Gdi::mirrorSelection() {
 }
 
 void TreeViewWin32Gdi::select(TreeNode node) {
-    const HTREEITEM item = itemOf(node);
-    if (item != TreeView_GetSelection(window())) {
+    const HTREEITEM selected = TreeView_GetSelection(window());
+    if (node != kNoNode && (selected == nullptr || itemOf(node) != selected)) {
         reveal(node);
+    }
+    if (const HTREEITEM item = itemOf(node); item != selected) {
         send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
     }
 }
 
-// Brings the window's item into the model's state; whether it was in another.
+// Brings what the window has of a node, and what can be seen below it now, into
+// the model's state; whether the node was in another.
 bool TreeViewWin32Gdi::expand(TreeNode node) {
-    const HTREEITEM item = itemOf(node);
-    const bool expanded = getAbstraction().model().isExpanded(node);
-    const LRESULT state =
-        send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED;
-    if (item == nullptr || expanded == (state != 0)) {
+    const TreeModel& model = getAbstraction().model();
+    if (itemOf(node) == nullptr) {
         return false;
     }
-    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(item));
+    if (!model.isExpanded(node)) {
+        pending_.forget(model, node);
+        return expandItem(node);
+    }
+    pending_.open(model, node);
+    if (const TreeNode child = model.firstChild(node);
+        child != kNoNode && itemOf(child) == nullptr) {
+        // Expands it as well.
+        return insertNext();
+    }
+    return expandItem(node);
+}
+
+// The item alone.
+bool TreeViewWin32Gdi::expandItem(TreeNode node) {
+    const TreeModel& model = getAbstraction().model();
+    const LPARAM item = model.nativeWord(node);
+    const bool expanded = model.isExpanded(node);
+    const LRESULT state =
+        send(TVM_GETITEMSTATE, static_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED;
+    if (expanded == (state != 0)) {
+        return false;
+    }
+    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, item);
     return true;
 }
 
-// Expands what is above a node.
+// Expands what is above a node and brings it into the window.
 void TreeViewWin32Gdi::reveal(TreeNode node) {
     TreeModel& model = getAbstraction().model();
-    for (TreeNode above = node != kNoNode ? model.parent(node) : kNoNode; above != kNoNode;
-         above = model.parent(above)) {
-        model.setExpanded(above, true);
-        expand(above);
+    std::vector<TreeNode> path;
+    for (TreeNode above = node; above != kNoNode; above = model.parent(above)) {
+        path.push_back(above);
     }
+    for (auto step = path.rbegin(); step != path.rend(); ++step) {
+        need(*step);
+        if (*step != node) {
+            model.setExpanded(*step, true);
+            expand(*step);
+        }
+    }
+    workOn();
 }
 
 void TreeViewWin32Gdi::scrollTo(TreeNode node) {
+    reveal(node);
     if (const HTREEITEM item = itemOf(node)) {
-        reveal(node);
         send(TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
     }
 }
@@ -369,10 +498,10 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
         }
         settle();
         const Mirroring mirroring(*this);
-        reveal(node);
         if (filled_ && window() != nullptr && !isStale() && isRedrawEnabled()) {
             scrollTo(node);
         } else {
+            reveal(node);
             awaitsVisible_ = node;
         }
     });
@@ -380,7 +509,7 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
 
 Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
     return guarded(L"TreeViewWin32Gdi::getNodeBoundary", Rect(), [&] {
-        if (awaitsFilling_) {
+        if (isBehind_) {
             // A message brings the window up to date.
             send(WM_NULL);
         }
@@ -405,14 +534,6 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         return false;
     }
     auto* header = reinterpret_cast<NMHDR*>(message.extra);
-    if (header->code == TVN_GETDISPINFOW) {
-        TVITEMW& item = reinterpret_cast<NMTVDISPINFOW*>(header)->item;
-        if (const TreeNode node = nodeOf(item.lParam); node != kNoNode && (item.mask & TVIF_TEXT)) {
-            // Read only, and before anything else can change.
-            item.pszText = const_cast<wchar_t*>(getAbstraction().model().caption(node).c_str());
-        }
-        return true;
-    }
     if (isMirroring()) {
         return false;
     }
@@ -457,13 +578,20 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     if (!tree.model().contains(node)) {
         return false;
     }
-    if (itemOf(node) == change.itemNew.hItem) {
-        return true;
-    }
-    tree.acceptExpanded(node, expanding);
     const Mirroring mirroring(*this);
-    expand(node);
-    return false;
+    if (itemOf(node) != change.itemNew.hItem) {
+        tree.acceptExpanded(node, expanding);
+        expand(node);
+        workOn();
+        return false;
+    }
+    if (expanding) {
+        pending_.open(tree.model(), node);
+        workOn();
+    } else {
+        pending_.forget(tree.model(), node);
+    }
+    return true;
 }
 
 TreeNode TreeViewWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
@@ -481,7 +609,8 @@ TreeNode TreeViewWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
 void TreeViewWin32Gdi::undoRefused() {
     const TreeNode node = std::exchange(refused_, kNoNode);
     const Mirroring mirroring(*this);
-    if (itemOf(node) != nullptr && expand(node)) {
+    if (node != kNoNode && expand(node)) {
+        workOn();
         select(getAbstraction().model().selected());
     }
 }
@@ -514,6 +643,15 @@ bool TreeViewWin32Gdi::toggle(TreeNode node) {
     return true;
 }
 
+void TreeViewWin32Gdi::continueWork() {
+    if (isStale() || !hasWork()) {
+        // When it is stale, all of it comes anew.
+        KillTimer(window(), kSliceTimer);
+    } else if (!isMirroring() && !isAnswering()) {
+        workOn();
+    }
+}
+
 bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     ItemControlWin32Gdi::onWindowMessage(message, result);
     catchUp();
@@ -524,6 +662,12 @@ bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& re
                 hasCheckBoxes_ && node != kNoNode) {
                 SetFocus(message.window);
                 return toggle(node);
+            }
+            break;
+        case WM_TIMER:
+            if (message.wide == kSliceTimer) {
+                continueWork();
+                return true;
             }
             break;
         case WM_RBUTTONDOWN:

@@ -1,11 +1,14 @@
 // The Windows half of a tree view: a SysTreeView32 that mirrors the model.
 //
-// The window's items know only their nodes; captions are read from the model
-// when they are shown. Check boxes are pictures of an item's state that this
-// backend switches by itself. After changes that were not mirrored one by one
-// the window is filled anew as a whole, with the scroll position kept. That
-// goes for long bursts of nodes that come or go, too: the window does work on
-// all its items for some of these changes, and filling it does that once.
+// The window is given the nodes that can be seen: what is below a node when
+// that is first expanded. Where these are many, they come in slices, each on a
+// message of its own, so that the window goes on answering meanwhile; so does
+// the expanding and collapsing of many nodes at once. Check
+// boxes are pictures of an item's state that this backend switches by itself.
+// After changes that were not mirrored one by one the window is filled anew as
+// a whole, with the scroll position kept. That goes for long bursts of nodes
+// that go, too: the window does work on all its items for some of these
+// changes, and filling it does that once.
 //
 // The system cannot select what is below a collapsed node, nor keep it
 // selected when that collapses. So a selected node is revealed, and a node that
@@ -13,8 +16,11 @@
 // follows in both cases, without a message.
 #pragma once
 
+#include <deque>
+
 #include "ZuItemControlWin32Gdi.h"
 #include "ZuNativeTreeView.h"
+#include "ZuPendingNodes.h"
 
 namespace zustd {
 
@@ -30,7 +36,7 @@ public:
     bool hasNativeObject() const override { return window() != nullptr; }
     // Without native object, or with redrawing off, when there is one again.
     void ensureNodeVisible(TreeNode node) override;
-    // Of the node's caption, as far as it can be seen.
+    // Of the node's caption, as far as the window shows it by now.
     Rect getNodeBoundary(TreeNode node) const override;
 
 protected:
@@ -50,18 +56,28 @@ private:
     void synchronize();
     void pushLook();
     void fill();
-    void insertAll();
-    void insertHidden(TreeNode top);
-    void insert(TreeNode node, HTREEITEM after);
+    void insert(TreeNode node);
+    HTREEITEM placeAfter(TreeNode previous) const;
+    bool insertNext();
+    bool hasWork() const noexcept { return !pending_.isEmpty() || !unsettled_.empty(); }
+    bool workNext();
+    void workSlice();
+    void workOn();
+    void continueWork();
+    void forgetWork() noexcept;
+    void need(TreeNode node);
+    void showButton(TreeNode node, bool hasChildren);
     bool mirrorSubtree(TreeNode top);
-    bool leavesToFilling();
+    bool isInLongBurst();
     void catchUp();
     void select(TreeNode node);
     bool expand(TreeNode node);
+    bool expandItem(TreeNode node);
     void reveal(TreeNode node);
     void scrollTo(TreeNode node);
     HTREEITEM itemOf(TreeNode node) const;
     TreeNode nodeOf(LPARAM word) const;
+    wchar_t* textOf(TreeNode node) const;
     TreeNode nodeAt(LPARAM point, UINT parts) const;
     UINT stateOf(TreeNode node) const;
     void undoRefused();
@@ -74,12 +90,18 @@ private:
     // Whether the window has been filled at all.
     bool filled_ = false;
     // After a long burst, until the window's next message.
-    bool awaitsFilling_ = false;
+    bool isBehind_ = false;
     // What the user did with the message under way.
     bool selectionChanged_ = false;
     bool rightClicked_ = false;
     TreeNode refused_ = kNoNode;
     TreeNode awaitsVisible_ = kNoNode;
+    // What the window has not been given.
+    PendingNodes pending_;
+    // Nodes that the window may have to expand or to collapse.
+    std::deque<TreeNode> unsettled_;
+    // One behind which its level has nothing; kNoNode when none is known.
+    TreeNode lastOfLevel_ = kNoNode;
     // Where the right button went down last.
     LPARAM rightPoint_ = 0;
 };

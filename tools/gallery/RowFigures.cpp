@@ -24,28 +24,55 @@ using Clock = std::chrono::steady_clock;
 
 std::wstring keyOf(std::size_t row) { return L"row" + std::to_wstring(row); }
 
-void handleMessages() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        DispatchMessageW(&message);
-    }
-}
+// In milliseconds.
+struct Figure {
+    double total = 0.0;
+    // The longest time in which the window answered nothing.
+    double stall = 0.0;
+};
 
-// With everything that it sets off on the screen.
-double measure(const std::function<void()>& work) {
-    const auto begin = Clock::now();
-    work();
-    handleMessages();
+double since(Clock::time_point begin) {
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
 }
 
-void print(const char* what, const std::function<void()>& work) {
-    std::printf("%-42s %10.1f\n", what, measure(work));
+// Until nothing more comes for longer than a control needs for its next step.
+Figure handleMessages() {
+    constexpr DWORD kQuiet = 60;
+    const auto begin = Clock::now();
+    Figure figure;
+    while (MsgWaitForMultipleObjects(0, nullptr, FALSE, kQuiet, QS_ALLINPUT) == WAIT_OBJECT_0) {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            const auto before = Clock::now();
+            DispatchMessageW(&message);
+            figure.stall = std::max(figure.stall, since(before));
+            figure.total = since(begin);
+        }
+    }
+    return figure;
+}
+
+// With everything that it sets off on the screen.
+Figure measure(const std::function<void()>& work) {
+    const auto begin = Clock::now();
+    work();
+    const double done = since(begin);
+    const Figure after = handleMessages();
+    return {done + after.total, std::max(done, after.stall)};
+}
+
+void print(const std::string& what, const Figure& ours) {
+    std::printf("%-42s %10.1f %10.1f\n", what.c_str(), ours.total, ours.stall);
     std::fflush(stdout);
 }
 
-void printBeside(const char* what, double ours, double theirs) {
-    std::printf("%-42s %10.1f %10.1f %8.2f\n", what, ours, theirs, ours / theirs);
+void print(const std::string& what, const std::function<void()>& work) {
+    print(what, measure(work));
+}
+
+void printBeside(const std::string& what, const Figure& ours, const Figure& theirs) {
+    std::printf("%-42s %10.1f %10.1f %10.1f %8.2f\n", what.c_str(), ours.total, ours.stall,
+                theirs.total, ours.total / theirs.total);
     std::fflush(stdout);
 }
 
@@ -72,7 +99,7 @@ public:
     PlainControl& operator=(const PlainControl&) = delete;
     ~PlainControl() { DestroyWindow(window_); }
 
-    double measureFilling(const std::function<void()>& fill) {
+    Figure measureFilling(const std::function<void()>& fill) {
         return measure([&] {
             send(WM_SETREDRAW, FALSE, 0);
             fill();
@@ -88,7 +115,7 @@ private:
     HWND window_;
 };
 
-double fillPlainGrid(HWND parent, std::size_t count) {
+Figure fillPlainGrid(HWND parent, std::size_t count) {
     PlainControl plain(parent, WC_LISTVIEWW, LVS_REPORT);
     LVCOLUMNW column{};
     column.mask = LVCF_WIDTH;
@@ -106,7 +133,7 @@ double fillPlainGrid(HWND parent, std::size_t count) {
     });
 }
 
-double fillPlainTree(HWND parent, std::size_t count, std::size_t inEach) {
+Figure fillPlainTree(HWND parent, std::size_t count, std::size_t inEach) {
     PlainControl plain(parent, WC_TREEVIEWW, TVS_HASBUTTONS | TVS_LINESATROOT);
     return plain.measureFilling([&] {
         LRESULT above = reinterpret_cast<LRESULT>(TVI_ROOT);
@@ -165,10 +192,8 @@ void printGrid(NativeWindow& window, std::size_t count) {
                     addRows(*grid, count);
                 }),
                 fillPlainGrid(parent, count));
-    print("grid, first show", [&] {
-        grid->releaseTree();
-        grid->synchronizeTree();
-    });
+    print("grid, release", [&] { grid->releaseTree(); });
+    print("grid, first show", [&] { grid->synchronizeTree(); });
     print("grid, find every row by key", [&] {
         for (std::size_t row = 0; row < count; ++row) {
             grid->findRow(keyOf(row));
@@ -202,27 +227,28 @@ void printTree(NativeWindow& window, std::size_t count, std::size_t inEach) {
     handleMessages();
     const HWND parent = nativeWindowOf(window);
     const std::string name = inEach == 0 ? "flat tree, " : "tree of two levels, ";
-    printBeside((name + "fill node by node").c_str(),
-                measure([&] { addNodes(*tree, count, inEach); }),
+    printBeside(name + "fill node by node", measure([&] { addNodes(*tree, count, inEach); }),
                 fillPlainTree(parent, count, inEach));
-    print((name + "clear").c_str(), [&] { tree->clear(); });
-    printBeside((name + "fill, redraw off").c_str(), measure([&] {
+    print(name + "clear", [&] { tree->clear(); });
+    printBeside(name + "fill, redraw off", measure([&] {
                     tree->setEnableRedraw(false);
                     addNodes(*tree, count, inEach);
                     tree->setEnableRedraw(true);
                 }),
                 fillPlainTree(parent, count, inEach));
-    print((name + "first show").c_str(), [&] {
-        tree->releaseTree();
-        tree->synchronizeTree();
-    });
-    print((name + "find every node by key").c_str(), [&] {
+    print(name + "release", [&] { tree->releaseTree(); });
+    print(name + "first show", [&] { tree->synchronizeTree(); });
+    print(name + "find every node by key", [&] {
         for (std::size_t row = 0; row < count; ++row) {
             tree->findNode(keyOf(row));
         }
     });
-    print((name + "expand all").c_str(), [&] { tree->expandAllNodes(); });
-    print((name + "remove by key, any order").c_str(), [&] {
+    print(name + "expand all", [&] { tree->expandAllNodes(); });
+    print(name + "select in the middle",
+          [&] { tree->selectNode(tree->findNode(keyOf(count / 2))); });
+    print(name + "collapse all", [&] { tree->collapseAllNodes(); });
+    print(name + "expand all again", [&] { tree->expandAllNodes(); });
+    print(name + "remove by key, any order", [&] {
         for (const std::size_t row : anyOrder(count)) {
             if (const TreeNode node = tree->findNode(keyOf(row)); node != kNoNode) {
                 tree->removeNode(node);
@@ -239,8 +265,8 @@ void printRowFigures(WindowService& windows, std::size_t count) {
     window->setSize({400, 300});
     window->synchronizeTree();
     handleMessages();
-    std::printf("%-42s %10s %10s %8s\n", (std::to_string(count) + " rows or nodes").c_str(),
-                "ours (ms)", "plain (ms)", "ratio");
+    std::printf("%-42s %10s %10s %10s %8s\n", (std::to_string(count) + " rows or nodes").c_str(),
+                "ours (ms)", "stall (ms)", "plain (ms)", "ratio");
     printGrid(*window, count);
     printTree(*window, count, 0);
     printTree(*window, count, 1000);

@@ -13,7 +13,7 @@ FLOORS = {
     "toolkit": """
         ZuApplicationService ZuWindowService ZuGeometry ZuDescriptors ZuFont ZuBitmap ZuTimer
         ZuInput ZuGraphicsService ZuControl ZuControlInput ZuControlLayout ZuLayout ZuTreeModel
-        ZuGridModel ZuDrawnText ZuCaption ZuIcon ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl
+        ZuPendingNodes ZuGridModel ZuDrawnText ZuCaption ZuIcon ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl
         ZuScrollable ZuMarkupView ZuMessageBox""".split(),
     "backend": [],
     "program": [],

@@ -1,0 +1,90 @@
+#include "ZuPendingNodes.h"
+
+namespace zustd {
+
+namespace {
+
+bool isThere(const TreeModel& model, TreeNode node) { return model.nativeWord(node) != 0; }
+
+// The node below this one on the screen.
+TreeNode nextSeen(const TreeModel& model, TreeNode node) {
+    return model.isExpanded(node) ? model.next(node) : model.nextBeyond(node);
+}
+
+// The node above this one on the screen, if it can be seen; kNoNode for the first.
+TreeNode seenAbove(const TreeModel& model, TreeNode node) {
+    TreeNode above = model.previousSibling(node);
+    if (above == kNoNode) {
+        return model.parent(node);
+    }
+    while (model.isExpanded(above) && model.childCount(above) != 0) {
+        above = model.lastChild(above);
+    }
+    return above;
+}
+
+}  // namespace
+
+void PendingNodes::restart(const TreeModel& model) {
+    runs_.clear();
+    if (const TreeNode first = model.firstRoot(); first != kNoNode) {
+        runs_.push_back(first);
+    }
+}
+
+void PendingNodes::open(const TreeModel& model, TreeNode node) {
+    // Runs that begin here are found again, as far as they can be seen.
+    forget(model, node);
+    std::deque<TreeNode> found;
+    const TreeNode end = model.nextBeyond(node);
+    bool follows = true;
+    for (TreeNode next = model.firstChild(node); next != kNoNode && next != end;
+         next = nextSeen(model, next)) {
+        const bool there = isThere(model, next);
+        if (!there && follows) {
+            found.push_back(next);
+        }
+        follows = there;
+    }
+    runs_.insert(runs_.begin(), found.begin(), found.end());
+}
+
+void PendingNodes::add(const TreeModel& model, TreeNode node) {
+    // Behind one that waits it belongs to that run.
+    const TreeNode above = seenAbove(model, node);
+    if (isNext(model, node) && (above == kNoNode || isThere(model, above))) {
+        runs_.push_front(node);
+    }
+}
+
+void PendingNodes::forget(const TreeModel& model, TreeNode node) {
+    const TreeNode beyond = model.nextBeyond(node);
+    for (TreeNode& first : runs_) {
+        if (model.contains(first) && model.isAncestorOf(node, first)) {
+            first = beyond;
+        }
+    }
+    std::erase(runs_, kNoNode);
+}
+
+bool PendingNodes::isNext(const TreeModel& model, TreeNode node) {
+    const TreeNode parent = model.parent(node);
+    const TreeNode previous = model.previousSibling(node);
+    return (parent == kNoNode || (isThere(model, parent) && model.isExpanded(parent))) &&
+           (previous == kNoNode || isThere(model, previous));
+}
+
+TreeNode PendingNodes::take(const TreeModel& model) {
+    while (!runs_.empty()) {
+        TreeNode& first = runs_.front();
+        if (model.contains(first) && !isThere(model, first)) {
+            const TreeNode node = first;
+            first = nextSeen(model, node);
+            return node;
+        }
+        runs_.pop_front();
+    }
+    return kNoNode;
+}
+
+}  // namespace zustd

@@ -1,0 +1,50 @@
+// Which nodes of a tree a native object still has to be given, and in what
+// order, when it gets them bit by bit.
+//
+// A native object has a node when the model keeps a native word for it. It is
+// given what can be seen first: the children of a node wait for nothing until
+// that is expanded. What is expanded may be long, so it waits in runs, each of
+// which is known by its first node: the nodes that follow it on the screen
+// belong to it, down to one that the native object has. So nodes come and go
+// around a run without a word about it, but for its first one.
+//
+// Between two calls these hold: a node is there when its parent is, that is
+// expanded, and no run has it; one that is taken follows a sibling that is
+// there, if it has one before it.
+#pragma once
+
+#include <deque>
+
+#include "ZuTreeModel.h"
+
+namespace zustd {
+
+class PendingNodes {
+public:
+    bool isEmpty() const noexcept { return runs_.empty(); }
+    void clear() noexcept { runs_.clear(); }
+
+    // After the native object has lost all of its nodes: it needs all that can
+    // be seen.
+    void restart(const TreeModel& model);
+    // After a node that is there was expanded: what can be seen below it comes
+    // ahead of what waits by now.
+    void open(const TreeModel& model, TreeNode node);
+    // After a node was added, which is not to be given at once.
+    void add(const TreeModel& model, TreeNode node);
+    // Before a node is removed; what waits behind it goes on waiting.
+    void forget(const TreeModel& model, TreeNode node);
+
+    // Whether a node that was added can be given at once; otherwise it waits
+    // already or cannot be seen.
+    static bool isNext(const TreeModel& model, TreeNode node);
+
+    // The next node, which the caller gives to the native object before it
+    // comes back; kNoNode when nothing waits.
+    TreeNode take(const TreeModel& model);
+
+private:
+    std::deque<TreeNode> runs_;
+};
+
+}  // namespace zustd
