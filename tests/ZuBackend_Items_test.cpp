@@ -417,7 +417,7 @@ TEST_F(BackendItemsTest, tree_changesWhileNodesArrive_arriveAsWell) {
                           : tree_->addChildNode(parent, numbered(i), numbered(i));
     }
     std::size_t next = 4000;
-    for (int round = 0; round < 4; ++round) {
+    for (int round = 0; round < 3; ++round) {
         tree_->collapseAllNodes();
         tree_->expandAllNodes();
         // The last ones in a burst that is not mirrored one by one.
@@ -427,7 +427,7 @@ TEST_F(BackendItemsTest, tree_changesWhileNodesArrive_arriveAsWell) {
                 continue;
             }
             const std::wstring text = numbered(next);
-            switch (i < 60 ? random.below(8) : random.below(4)) {
+            switch (i < 60 ? random.below(8) : 2) {
                 // clang-format off
                 case 0: case 1: tree_->addChildNode(node, text, text); break;
                 case 2: case 3: tree_->addSiblingNode(node, text, text); break;
