@@ -88,6 +88,12 @@ std::vector<std::size_t> anyOrder(std::size_t count) {
     return order;
 }
 
+// Filling and clearing.
+struct Pair {
+    Figure filled;
+    Figure cleared;
+};
+
 // The system's control without anything around it, filled with one message for
 // each row while nothing is shown.
 class PlainControl {
@@ -99,13 +105,17 @@ public:
     PlainControl& operator=(const PlainControl&) = delete;
     ~PlainControl() { DestroyWindow(window_); }
 
-    Figure measureFilling(const std::function<void()>& fill) {
-        return measure([&] {
-            send(WM_SETREDRAW, FALSE, 0);
-            fill();
-            send(WM_SETREDRAW, TRUE, 0);
-            InvalidateRect(window_, nullptr, TRUE);
-        });
+    Pair measureBoth(const std::function<void()>& fill, UINT clear, LPARAM all) const {
+        const auto atOnce = [this](const std::function<void()>& work) {
+            return measure([&] {
+                send(WM_SETREDRAW, FALSE, 0);
+                work();
+                send(WM_SETREDRAW, TRUE, 0);
+                InvalidateRect(window_, nullptr, TRUE);
+            });
+        };
+        const Figure filled = atOnce(fill);
+        return {filled, atOnce([&] { send(clear, 0, all); })};
     }
     LRESULT send(UINT id, WPARAM wide, LPARAM extra) const {
         return SendMessageW(window_, id, wide, extra);
@@ -115,13 +125,13 @@ private:
     HWND window_;
 };
 
-Figure fillPlainGrid(HWND parent, std::size_t count) {
+Pair measurePlainGrid(HWND parent, std::size_t count) {
     PlainControl plain(parent, WC_LISTVIEWW, LVS_REPORT);
     LVCOLUMNW column{};
     column.mask = LVCF_WIDTH;
     column.cx = 100;
     plain.send(LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
-    return plain.measureFilling([&] {
+    const auto fill = [&] {
         for (std::size_t row = 0; row < count; ++row) {
             std::wstring text = keyOf(row);
             LVITEMW item{};
@@ -130,12 +140,13 @@ Figure fillPlainGrid(HWND parent, std::size_t count) {
             item.pszText = text.data();
             plain.send(LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
         }
-    });
+    };
+    return plain.measureBoth(fill, LVM_DELETEALLITEMS, 0);
 }
 
-Figure fillPlainTree(HWND parent, std::size_t count, std::size_t inEach) {
+Pair measurePlainTree(HWND parent, std::size_t count, std::size_t inEach) {
     PlainControl plain(parent, WC_TREEVIEWW, TVS_HASBUTTONS | TVS_LINESATROOT);
-    return plain.measureFilling([&] {
+    const auto fill = [&] {
         LRESULT above = reinterpret_cast<LRESULT>(TVI_ROOT);
         for (std::size_t row = 0; row < count; ++row) {
             std::wstring text = keyOf(row);
@@ -148,7 +159,8 @@ Figure fillPlainTree(HWND parent, std::size_t count, std::size_t inEach) {
             const LRESULT made = plain.send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
             above = isAbove ? made : above;
         }
-    });
+    };
+    return plain.measureBoth(fill, TVM_DELETEITEM, reinterpret_cast<LPARAM>(TVI_ROOT));
 }
 
 // --- Grid -----------------------------------------------------------------------------------
@@ -183,15 +195,14 @@ void printGrid(NativeWindow& window, std::size_t count) {
     grid->setBoundary(Rect::at({}, {400, 300}));
     window.addChild(grid);
     handleMessages();
-    const HWND parent = nativeWindowOf(window);
-    printBeside("grid, fill row by row", measure([&] { addRows(*grid, count); }),
-                fillPlainGrid(parent, count));
-    print("grid, clear", [&] { grid->clear(); });
+    const Pair plain = measurePlainGrid(nativeWindowOf(window), count);
+    printBeside("grid, fill row by row", measure([&] { addRows(*grid, count); }), plain.filled);
+    printBeside("grid, clear", measure([&] { grid->clear(); }), plain.cleared);
     printBeside("grid, fill within an update", measure([&] {
                     const ControlUpdate update(*grid);
                     addRows(*grid, count);
                 }),
-                fillPlainGrid(parent, count));
+                plain.filled);
     print("grid, release", [&] { grid->releaseTree(); });
     print("grid, first show", [&] { grid->synchronizeTree(); });
     print("grid, find every row by key", [&] {
@@ -225,17 +236,17 @@ void printTree(NativeWindow& window, std::size_t count, std::size_t inEach) {
     tree->setBoundary(Rect::at({}, {400, 300}));
     window.addChild(tree);
     handleMessages();
-    const HWND parent = nativeWindowOf(window);
+    const Pair plain = measurePlainTree(nativeWindowOf(window), count, inEach);
     const std::string name = inEach == 0 ? "flat tree, " : "tree of two levels, ";
     printBeside(name + "fill node by node", measure([&] { addNodes(*tree, count, inEach); }),
-                fillPlainTree(parent, count, inEach));
-    print(name + "clear", [&] { tree->clear(); });
+                plain.filled);
+    printBeside(name + "clear", measure([&] { tree->clear(); }), plain.cleared);
     printBeside(name + "fill, redraw off", measure([&] {
                     tree->setEnableRedraw(false);
                     addNodes(*tree, count, inEach);
                     tree->setEnableRedraw(true);
                 }),
-                fillPlainTree(parent, count, inEach));
+                plain.filled);
     print(name + "release", [&] { tree->releaseTree(); });
     print(name + "first show", [&] { tree->synchronizeTree(); });
     print(name + "find every node by key", [&] {
