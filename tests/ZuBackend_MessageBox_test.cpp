@@ -343,7 +343,7 @@ TEST_F(BoxTest, service_droppedWhileItsBoxIsOpen_stillAnswers) {
     EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
 }
 
-TEST_F(BoxTest, hundredBoxes_leaveNothingBehind) {
+TEST_F(BoxTest, thousandBoxes_leaveNothingBehind) {
     const auto show = [&] {
         const Steps steps{[&] { service().closeMessage(kAnswerOk); }};
         service().showMessage(L"Text", L"Title", kMessageOk | kMessageIconInformation);
@@ -352,7 +352,7 @@ TEST_F(BoxTest, hundredBoxes_leaveNothingBehind) {
     const int windows = liveWindows();
     const unsigned handle = nextUserHandle();
     const int drawing = drawingObjectCount();
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         show();
     }
     EXPECT_EQ(liveWindows(), windows);
