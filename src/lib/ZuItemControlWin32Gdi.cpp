@@ -103,6 +103,9 @@ ItemControlWin32Gdi::BulkMirroring::~BulkMirroring() {
 }
 
 void ItemControlWin32Gdi::resumeRedraw() noexcept {
+    if (window() == nullptr) {
+        return;
+    }
     send(WM_SETREDRAW, TRUE);
     // Which shows a hidden window.
     if (!control().isShown()) {
@@ -131,9 +134,11 @@ void ItemControlWin32Gdi::settle() noexcept {
 }
 
 bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept {
-    ++depth_;
-    result = answerByDefault(message);
-    return --depth_ == 0 && !isMirroring();
+    {
+        const Answering answering(*this);
+        result = answerByDefault(message);
+    }
+    return !isAnswering() && !isMirroring();
 }
 
 bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) {

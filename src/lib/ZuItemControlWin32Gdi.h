@@ -68,7 +68,6 @@ protected:
     // user did with it is reported then and not on the window's notification: a
     // receiver may end the window, which would not survive that halfway.
     bool letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
-    bool isAnswering() const noexcept { return depth_ != 0; }
 
     // Text and background by the control's own colours; the system's where these
     // are unset, for a list lies on a page like a field and not like a label.
@@ -126,8 +125,6 @@ private:
     ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
 
     std::uint32_t mirroring_ = 0;
-    // Messages that the window is answering.
-    std::uint32_t depth_ = 0;
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
     std::optional<Colors> colors_;

@@ -55,11 +55,12 @@ std::uint32_t heldModifiers() noexcept {
 NativeControlWin32Gdi::~NativeControlWin32Gdi() { destroyWindow(); }
 
 NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control& control,
-                                                                        const Shape& shape) {
+                                                                        const Shape& shape,
+                                                                        bool anew) {
     control_ = &control;
     const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
-    if (window() != nullptr && (parent != parent_ || shape != shape_)) {
+    if (window() != nullptr && (anew || parent != parent_ || shape != shape_)) {
         destroyWindow();
     }
     if (parent == nullptr) {
@@ -164,7 +165,12 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
     part_.detach();
     if (const HWND window = attachment_.window()) {
         attachment_.detach();
-        DestroyWindow(window);
+        if (!isAnswering()) {
+            DestroyWindow(window);
+        } else {
+            ShowWindow(window, SW_HIDE);
+            PostMessageW(window, WM_CLOSE, 0, 0);
+        }
     }
     font_.reset();
     tracksLeaving_ = false;

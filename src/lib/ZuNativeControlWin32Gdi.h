@@ -14,6 +14,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -63,10 +64,27 @@ protected:
     // state. After kMade the derived backend pushes everything that it has;
     // after kNoSurface there is no window. Throws SystemException when the
     // system refuses a window.
-    Outcome synchronizeWindow(Control& control, const Shape& shape);
+    // A window that is to be made anew for another reason than its shape is
+    // replaced like one that has another shape: with the focus.
+    Outcome synchronizeWindow(Control& control, const Shape& shape, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     void synchronizeText(const std::wstring& text);
+    // While one lives, a window that is destroyed only disappears and goes with
+    // its next message: it would not survive its end in the middle of a message.
+    class Answering {
+    public:
+        explicit Answering(NativeControlWin32Gdi& control) noexcept : depth_(control.answering_) {
+            ++depth_;
+        }
+        Answering(const Answering&) = delete;
+        Answering& operator=(const Answering&) = delete;
+        ~Answering() { --depth_; }
+
+    private:
+        std::uint32_t& depth_;
+    };
+    bool isAnswering() const noexcept { return answering_ != 0; }
     void destroyWindow() noexcept;
 
     // The control of the last synchronisation; valid while there is a window.
@@ -127,6 +145,8 @@ private:
     // Of the control's own background colour.
     BrushHandle background_;
     Color backgroundColor_;
+    // Messages that the window is answering.
+    std::uint32_t answering_ = 0;
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;

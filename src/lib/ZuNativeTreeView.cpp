@@ -348,8 +348,11 @@ bool TreeViewImplementation::getNodeExpanded(TreeNode node) const {
 }
 
 void TreeViewImplementation::setNodeExpanded(TreeNode node, bool expanded) {
-    if (getAbstraction().model().setExpanded(node, expanded) && mirrors()) {
-        mirrorExpanded(node);
+    if (getAbstraction().model().setExpanded(node, expanded)) {
+        liftSelection();
+        if (mirrors()) {
+            mirrorExpanded(node);
+        }
     }
 }
 
@@ -369,8 +372,25 @@ void TreeViewImplementation::expandSubtree(TreeNode top, bool expanded) {
          node = model.next(node)) {
         changed = model.setExpanded(node, expanded) || changed;
     }
-    if (changed && mirrors()) {
-        mirrorAllExpanded(top);
+    if (changed) {
+        liftSelection();
+        if (mirrors()) {
+            mirrorAllExpanded(top);
+        }
+    }
+}
+
+// The outermost collapsed node above the selected one takes over from it.
+void TreeViewImplementation::liftSelection() {
+    TreeModel& model = getAbstraction().model();
+    TreeNode wanted = model.selected();
+    for (TreeNode above = wanted; above != kNoNode; above = model.parent(above)) {
+        if (!model.isExpanded(above)) {
+            wanted = above;
+        }
+    }
+    if (wanted != kNoNode && model.select(wanted) && mirrors()) {
+        mirrorSelection();
     }
 }
 
@@ -417,7 +437,17 @@ TreeNode TreeViewImplementation::getSelectedNode() const {
 }
 
 void TreeViewImplementation::selectNode(TreeNode node) {
-    if (getAbstraction().model().select(node) && mirrors()) {
+    TreeModel& model = getAbstraction().model();
+    if (!model.select(node)) {
+        return;
+    }
+    for (TreeNode above = node != kNoNode ? model.parent(node) : kNoNode; above != kNoNode;
+         above = model.parent(above)) {
+        if (model.setExpanded(above, true) && mirrors()) {
+            mirrorExpanded(above);
+        }
+    }
+    if (mirrors()) {
         mirrorSelection();
     }
 }

@@ -6,6 +6,10 @@
 // then tells the backend what to do to its native object. What the user does
 // comes back through the accept operations.
 //
+// The selected node is never below a collapsed one: selecting a node expands
+// what is above it, and a node that the program collapses takes the selection
+// over from below it, without a message.
+//
 // Switch redrawing off around changes of many nodes: only the model changes
 // then, and switching it on again brings the native object up to date at once.
 #pragma once
@@ -253,6 +257,7 @@ private:
     bool mirrors();
     TreeNode added(TreeNode node);
     void expandSubtree(TreeNode top, bool expanded);
+    void liftSelection();
 
     std::uint32_t redrawOff_ = 0;
     bool stale_ = true;

@@ -50,9 +50,7 @@ void PendingNodes::open(const TreeModel& model, TreeNode node) {
 }
 
 void PendingNodes::add(const TreeModel& model, TreeNode node) {
-    // Behind one that waits it belongs to that run.
-    const TreeNode above = seenAbove(model, node);
-    if (isNext(model, node) && (above == kNoNode || isThere(model, above))) {
+    if (isNext(model, node)) {
         runs_.push_front(node);
     }
 }
@@ -69,20 +67,28 @@ void PendingNodes::forget(const TreeModel& model, TreeNode node) {
 
 bool PendingNodes::isNext(const TreeModel& model, TreeNode node) {
     const TreeNode parent = model.parent(node);
-    const TreeNode previous = model.previousSibling(node);
-    return (parent == kNoNode || (isThere(model, parent) && model.isExpanded(parent))) &&
-           (previous == kNoNode || isThere(model, previous));
+    if (parent != kNoNode && !(isThere(model, parent) && model.isExpanded(parent))) {
+        return false;
+    }
+    const TreeNode above = seenAbove(model, node);
+    return above == kNoNode || isThere(model, above);
 }
 
 TreeNode PendingNodes::take(const TreeModel& model) {
     while (!runs_.empty()) {
         TreeNode& first = runs_.front();
-        if (model.contains(first) && !isThere(model, first)) {
-            const TreeNode node = first;
-            first = nextSeen(model, node);
-            return node;
+        if (!model.contains(first) || isThere(model, first)) {
+            runs_.pop_front();
+            continue;
         }
-        runs_.pop_front();
+        // When what stood between two runs has gone, the one above comes first.
+        TreeNode node = first;
+        for (TreeNode before = model.previousSibling(node);
+             before != kNoNode && !isThere(model, before); before = model.previousSibling(node)) {
+            node = before;
+        }
+        first = nextSeen(model, node);
+        return node;
     }
     return kNoNode;
 }

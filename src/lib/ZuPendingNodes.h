@@ -3,14 +3,12 @@
 //
 // A native object has a node when the model keeps a native word for it. It is
 // given what can be seen first: the children of a node wait for nothing until
-// that is expanded. What is expanded may be long, so it waits in runs, each of
-// which is known by its first node: the nodes that follow it on the screen
-// belong to it, down to one that the native object has. So nodes come and go
-// around a run without a word about it, but for its first one.
-//
-// Between two calls these hold: a node is there when its parent is, that is
-// expanded, and no run has it; one that is taken follows a sibling that is
-// there, if it has one before it.
+// that is expanded. What is expanded may be long, so it waits in runs. A run is
+// known by its first node alone; the nodes below that one on the screen belong
+// to it, down to one that the native object has. So nodes come and go behind
+// the first one of a run without a word about it, and where a run ends nothing
+// else waits. Of a collapsed node nothing has to wait: it is opened when it is
+// expanded again.
 #pragma once
 
 #include <deque>
@@ -35,8 +33,8 @@ public:
     // Before a node is removed; what waits behind it goes on waiting.
     void forget(const TreeModel& model, TreeNode node);
 
-    // Whether a node that was added can be given at once; otherwise it waits
-    // already or cannot be seen.
+    // Whether a node that was added can be given at once: what is above it on
+    // the screen is there. Otherwise it belongs to a run or cannot be seen.
     static bool isNext(const TreeModel& model, TreeNode node);
 
     // The next node, which the caller gives to the native object before it

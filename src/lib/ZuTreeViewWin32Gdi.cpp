@@ -23,7 +23,6 @@ constexpr std::size_t kManyParents = 128;
 // long, one with each message of the timer.
 constexpr std::size_t kSlice = 2000;
 constexpr std::chrono::milliseconds kSliceTime(15);
-constexpr UINT_PTR kSliceTimer = 1;
 
 LPARAM wordOf(TreeNode node) noexcept { return static_cast<LPARAM>(node); }
 
@@ -45,21 +44,32 @@ void TreeViewWin32Gdi::synchronize() {
     if (!filled_ || (isStale() && isRedrawEnabled())) {
         fill();
     }
-    if (awaitsVisible_ != kNoNode && isRedrawEnabled()) {
-        scrollTo(std::exchange(awaitsVisible_, kNoNode));
+    if (isRedrawEnabled()) {
+        if (std::exchange(isBehind_, false)) {
+            workOn();
+        }
+        showAwaited();
     }
+}
+
+void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
+    TreeViewImplementation::setEnableRedraw(enable);
+    guarded(L"TreeViewWin32Gdi::setEnableRedraw", [this] {
+        catchUp();
+        if (isReady() && isRedrawEnabled()) {
+            showAwaited();
+        }
+    });
 }
 
 TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
     NativeTreeView& tree = getAbstraction();
     initializeCommonControls();
-    if (hasCheckBoxes_ != tree.hasCheckBoxes()) {
-        destroyWindow();
-        hasCheckBoxes_ = tree.hasCheckBoxes();
-    }
-    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE});
+    const bool anew = std::exchange(hasCheckBoxes_, tree.hasCheckBoxes()) != tree.hasCheckBoxes();
+    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, anew);
     if (outcome == Outcome::kMade) {
         forgetPushed();
+        forgetWork();
         filled_ = false;
         send(TVM_SETUNICODEFORMAT, TRUE);
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
@@ -85,10 +95,7 @@ void TreeViewWin32Gdi::pushLook() {
 void TreeViewWin32Gdi::fill() {
     TreeModel& model = getAbstraction().model();
     const Mirroring mirroring(*this);
-    TVITEMW top{};
-    top.mask = TVIF_PARAM;
-    top.hItem = TreeView_GetFirstVisible(window());
-    const bool hadTop = filled_ && top.hItem != nullptr && TreeView_GetItem(window(), &top);
+    const TreeNode top = filled_ ? firstSeen() : kNoNode;
     forgetWork();
     {
         const BulkMirroring bulk(*this);
@@ -96,22 +103,36 @@ void TreeViewWin32Gdi::fill() {
         send(TVM_SELECTITEM, TVGN_CARET, 0);
         send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
         model.clearNativeWords();
-        reveal(model.selected());
         pending_.restart(model);
-        workSlice();
+        workSlice(&TreeViewWin32Gdi::workNext);
     }
     // Where things are is known only with redrawing on again.
     filled_ = true;
     markFresh();
     select(model.selected());
-    if (const TreeNode node = hadTop ? nodeOf(top.lParam) : kNoNode; node != kNoNode) {
-        need(node);
-        send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(itemOf(node)));
+    if (top != kNoNode) {
+        need(top);
+        send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(itemOf(top)));
     }
 }
 
-// Some versions have a shorter way to the end than to the place after a given
-// item, and take as long to find out whether that is the last one.
+// The node at the upper edge, or what hides it by now.
+TreeNode TreeViewWin32Gdi::firstSeen() const {
+    TVITEMW item{};
+    item.mask = TVIF_PARAM;
+    item.hItem = TreeView_GetFirstVisible(window());
+    const bool found = item.hItem != nullptr && TreeView_GetItem(window(), &item);
+    const TreeModel& model = getAbstraction().model();
+    TreeNode seen = found ? nodeOf(item.lParam) : kNoNode;
+    for (TreeNode above = seen; above != kNoNode; above = model.parent(above)) {
+        seen = model.isExpanded(above) ? seen : above;
+    }
+    return seen;
+}
+
+// Versions differ in how far they walk along the siblings to find a place. Some
+// walk to the place after a given item, and to tell whether that is the last
+// one, but know the end; so the end is named where it is known to be meant.
 HTREEITEM TreeViewWin32Gdi::placeAfter(TreeNode previous) const {
     if (previous == kNoNode) {
         return TVI_FIRST;
@@ -162,10 +183,7 @@ bool TreeViewWin32Gdi::insertNext() {
     try {
         insert(node);
     } catch (...) {
-        // What comes after it could have no place. The next synchronisation
-        // begins anew.
-        forgetWork();
-        markStale();
+        beginAnew();
         throw;
     }
     return true;
@@ -191,24 +209,48 @@ bool TreeViewWin32Gdi::workNext() {
     return true;
 }
 
-void TreeViewWin32Gdi::workSlice() {
+void TreeViewWin32Gdi::workSlice(bool (TreeViewWin32Gdi::*step)()) {
     const auto end = std::chrono::steady_clock::now() + kSliceTime;
     std::size_t count = 0;
-    while (workNext() && ++count < kSlice && std::chrono::steady_clock::now() < end) {
+    while ((this->*step)() && ++count < kSlice && std::chrono::steady_clock::now() < end) {
     }
-    if (!hasWork()) {
-        KillTimer(window(), kSliceTimer);
-    } else if (SetTimer(window(), kSliceTimer, USER_TIMER_MINIMUM, nullptr) == 0) {
+    if (!awaitSlice()) {
         while (workNext()) {
         }
     }
 }
 
-void TreeViewWin32Gdi::workOn() {
-    if (hasWork() && !isStale()) {
-        const BulkMirroring bulk(*this);
-        workSlice();
+// The timer's number is one that the control does not use itself. False when
+// there is none to be had.
+bool TreeViewWin32Gdi::awaitSlice() {
+    const auto timer = reinterpret_cast<UINT_PTR>(this);
+    if (!hasWork()) {
+        KillTimer(window(), timer);
+        return true;
     }
+    return SetTimer(window(), timer, USER_TIMER_MINIMUM, nullptr) != 0;
+}
+
+void TreeViewWin32Gdi::workOn() {
+    if (hasWork() && isReady()) {
+        const BulkMirroring bulk(*this);
+        workSlice(&TreeViewWin32Gdi::workNext);
+    }
+}
+
+// With the window's next message, together with what else comes until then.
+void TreeViewWin32Gdi::workLater() {
+    if (hasWork()) {
+        deferRedraw();
+        isBehind_ = true;
+    }
+}
+
+// After a failure: what would follow has no place then. The next
+// synchronisation fills the window.
+void TreeViewWin32Gdi::beginAnew() noexcept {
+    forgetWork();
+    markStale();
 }
 
 void TreeViewWin32Gdi::forgetWork() noexcept {
@@ -220,7 +262,7 @@ void TreeViewWin32Gdi::forgetWork() noexcept {
 
 // Brings a node into the window at once when it waits.
 void TreeViewWin32Gdi::need(TreeNode node) {
-    if (itemOf(node) == nullptr && filled_ && !isStale() && !pending_.isEmpty()) {
+    if (itemOf(node) == nullptr && isReady() && !pending_.isEmpty()) {
         const BulkMirroring bulk(*this);
         while (itemOf(node) == nullptr && insertNext()) {
         }
@@ -264,8 +306,9 @@ void TreeViewWin32Gdi::releaseNativeObject() {
 // Whether the change at hand is one of a burst that has become long.
 bool TreeViewWin32Gdi::isInLongBurst() {
     const std::size_t count = getAbstraction().model().nodeCount();
-    isBehind_ = deferRedraw() > kLongBurst + count / kLongBurstPart || isBehind_;
-    return isBehind_;
+    const bool isLong = deferRedraw() > kLongBurst + count / kLongBurstPart;
+    isBehind_ = isBehind_ || isLong;
+    return isLong;
 }
 
 void TreeViewWin32Gdi::catchUp() {
@@ -306,10 +349,16 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
         if (!PendingNodes::isNext(model, node)) {
             return;
         }
-        if (isInLongBurst()) {
-            pending_.add(model, node);
-        } else {
-            insert(node);
+        try {
+            if (isInLongBurst()) {
+                pending_.add(model, node);
+            } else {
+                insert(node);
+            }
+        } catch (...) {
+            beginAnew();
+            isBehind_ = true;
+            throw;
         }
     });
 }
@@ -361,30 +410,14 @@ void TreeViewWin32Gdi::mirrorNode(TreeNode node) {
 
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
-        TreeModel& model = getAbstraction().model();
         const Mirroring mirroring(*this);
-        if (!model.isExpanded(node) && model.selected() != kNoNode && model.selected() != node &&
-            model.isAncestorOf(node, model.selected())) {
-            model.select(node);
-            select(node);
-        }
         expand(node);
-        workOn();
+        workLater();
     });
 }
 
 void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
     guarded(L"TreeViewWin32Gdi::mirrorAllExpanded", [&] {
-        TreeModel& model = getAbstraction().model();
-        // The outermost collapsed node above the selected one takes it over.
-        TreeNode wanted = model.selected();
-        for (TreeNode node = wanted; node != kNoNode; node = model.parent(node)) {
-            if (node != model.selected() && !model.isExpanded(node) &&
-                (top == kNoNode || model.isAncestorOf(top, node))) {
-                wanted = node;
-            }
-        }
-        model.select(wanted);
         if (!mirrorSubtree(top)) {
             fill();
         }
@@ -408,7 +441,6 @@ bool TreeViewWin32Gdi::mirrorSubtree(TreeNode top) {
         }
     }
     const Mirroring mirroring(*this);
-    select(model.selected());
     unsettled_.insert(unsettled_.end(), parents.begin(), parents.end());
     workOn();
     return true;
@@ -453,38 +485,47 @@ bool TreeViewWin32Gdi::expand(TreeNode node) {
     return expandItem(node);
 }
 
+bool TreeViewWin32Gdi::isItemExpanded(TreeNode node) const {
+    const LPARAM item = getAbstraction().model().nativeWord(node);
+    return (send(TVM_GETITEMSTATE, static_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+}
+
 // The item alone.
 bool TreeViewWin32Gdi::expandItem(TreeNode node) {
     const TreeModel& model = getAbstraction().model();
     const LPARAM item = model.nativeWord(node);
     const bool expanded = model.isExpanded(node);
-    const LRESULT state =
-        send(TVM_GETITEMSTATE, static_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED;
-    if (expanded == (state != 0)) {
+    if (expanded == isItemExpanded(node)) {
         return false;
     }
     send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, item);
     return true;
 }
 
-// Expands what is above a node and brings it into the window.
+// Brings a node into the window and expands what is above it there.
 void TreeViewWin32Gdi::reveal(TreeNode node) {
-    TreeModel& model = getAbstraction().model();
+    const TreeModel& model = getAbstraction().model();
     std::vector<TreeNode> path;
     for (TreeNode above = node; above != kNoNode; above = model.parent(above)) {
         path.push_back(above);
     }
     for (auto step = path.rbegin(); step != path.rend(); ++step) {
         need(*step);
-        if (*step != node) {
-            model.setExpanded(*step, true);
+        if (*step != node && itemOf(*step) != nullptr && !isItemExpanded(*step)) {
             expand(*step);
         }
     }
-    workOn();
+    awaitSlice();
 }
 
-void TreeViewWin32Gdi::scrollTo(TreeNode node) {
+// Does nothing without a node that waits for it.
+void TreeViewWin32Gdi::showAwaited() {
+    const TreeNode node = std::exchange(awaitsVisible_, kNoNode);
+    if (!getAbstraction().model().contains(node)) {
+        return;
+    }
+    settle();
+    const Mirroring mirroring(*this);
     reveal(node);
     if (const HTREEITEM item = itemOf(node)) {
         send(TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
@@ -493,16 +534,19 @@ void TreeViewWin32Gdi::scrollTo(TreeNode node) {
 
 void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::ensureNodeVisible", [&] {
-        if (!getAbstraction().model().contains(node)) {
+        TreeModel& model = getAbstraction().model();
+        if (!model.contains(node)) {
             return;
         }
-        settle();
-        const Mirroring mirroring(*this);
-        if (filled_ && window() != nullptr && !isStale() && isRedrawEnabled()) {
-            scrollTo(node);
-        } else {
-            reveal(node);
-            awaitsVisible_ = node;
+        bool changed = false;
+        for (TreeNode above = model.parent(node); above != kNoNode; above = model.parent(above)) {
+            changed = model.setExpanded(above, true) || changed;
+        }
+        awaitsVisible_ = node;
+        if (isReady() && isRedrawEnabled()) {
+            showAwaited();
+        } else if (changed) {
+            markStale();
         }
     });
 }
@@ -579,15 +623,19 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
         return false;
     }
     const Mirroring mirroring(*this);
-    if (itemOf(node) != change.itemNew.hItem) {
+    const bool isSettled = itemOf(node) != nullptr && isItemExpanded(node) == expanding;
+    if (isSettled || itemOf(node) != change.itemNew.hItem) {
         tree.acceptExpanded(node, expanding);
         expand(node);
-        workOn();
+        awaitSlice();
+        // The system's own move of the selection is not the user's.
+        selectionChanged_ = true;
         return false;
     }
     if (expanding) {
+        const BulkMirroring bulk(*this);
         pending_.open(tree.model(), node);
-        workOn();
+        workSlice(&TreeViewWin32Gdi::insertNext);
     } else {
         pending_.forget(tree.model(), node);
     }
@@ -610,7 +658,7 @@ void TreeViewWin32Gdi::undoRefused() {
     const TreeNode node = std::exchange(refused_, kNoNode);
     const Mirroring mirroring(*this);
     if (node != kNoNode && expand(node)) {
-        workOn();
+        awaitSlice();
         select(getAbstraction().model().selected());
     }
 }
@@ -643,12 +691,12 @@ bool TreeViewWin32Gdi::toggle(TreeNode node) {
     return true;
 }
 
+// Not within another message of the window, which may work on its items; the
+// timer's next one comes soon enough.
 void TreeViewWin32Gdi::continueWork() {
-    if (isStale() || !hasWork()) {
-        // When it is stale, all of it comes anew.
-        KillTimer(window(), kSliceTimer);
-    } else if (!isMirroring() && !isAnswering()) {
+    if (!isMirroring() && !isAnswering()) {
         workOn();
+        awaitSlice();
     }
 }
 
@@ -664,8 +712,14 @@ bool TreeViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& re
                 return toggle(node);
             }
             break;
+        case WM_DESTROY: {
+            // What the window says about its items then is not the user's doing.
+            const Mirroring mirroring(*this);
+            letWindowAnswer(message, result);
+            return true;
+        }
         case WM_TIMER:
-            if (message.wide == kSliceTimer) {
+            if (message.wide == reinterpret_cast<WPARAM>(this)) {
                 continueWork();
                 return true;
             }

@@ -3,17 +3,11 @@
 // The window is given the nodes that can be seen: what is below a node when
 // that is first expanded. Where these are many, they come in slices, each on a
 // message of its own, so that the window goes on answering meanwhile; so does
-// the expanding and collapsing of many nodes at once. Check
-// boxes are pictures of an item's state that this backend switches by itself.
-// After changes that were not mirrored one by one the window is filled anew as
-// a whole, with the scroll position kept. That goes for long bursts of nodes
-// that go, too: the window does work on all its items for some of these
-// changes, and filling it does that once.
-//
-// The system cannot select what is below a collapsed node, nor keep it
-// selected when that collapses. So a selected node is revealed, and a node that
-// the program collapses takes the selection over from below it; the model
-// follows in both cases, without a message.
+// the expanding and collapsing of many nodes at once. Check boxes are pictures
+// of an item's state that this backend switches by itself. After changes that
+// were not mirrored one by one the window is filled anew as a whole, with the
+// scroll position kept. That goes for the removal of many nodes in one go, too:
+// for each one that is removed alone the system may look at all of its items.
 #pragma once
 
 #include <deque>
@@ -32,6 +26,7 @@ public:
         : ItemControlWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
+    void setEnableRedraw(bool enable) override;
     void releaseNativeObject() override;
     bool hasNativeObject() const override { return window() != nullptr; }
     // Without native object, or with redrawing off, when there is one again.
@@ -59,10 +54,15 @@ private:
     void insert(TreeNode node);
     HTREEITEM placeAfter(TreeNode previous) const;
     bool insertNext();
+    // Whether single changes can be brought into the window.
+    bool isReady() const noexcept { return window() != nullptr && filled_ && !isStale(); }
     bool hasWork() const noexcept { return !pending_.isEmpty() || !unsettled_.empty(); }
     bool workNext();
-    void workSlice();
+    void workSlice(bool (TreeViewWin32Gdi::*step)());
+    bool awaitSlice();
     void workOn();
+    void workLater();
+    void beginAnew() noexcept;
     void continueWork();
     void forgetWork() noexcept;
     void need(TreeNode node);
@@ -73,8 +73,10 @@ private:
     void select(TreeNode node);
     bool expand(TreeNode node);
     bool expandItem(TreeNode node);
+    bool isItemExpanded(TreeNode node) const;
     void reveal(TreeNode node);
-    void scrollTo(TreeNode node);
+    void showAwaited();
+    TreeNode firstSeen() const;
     HTREEITEM itemOf(TreeNode node) const;
     TreeNode nodeOf(LPARAM word) const;
     wchar_t* textOf(TreeNode node) const;
@@ -89,7 +91,8 @@ private:
     bool hasCheckBoxes_ = false;
     // Whether the window has been filled at all.
     bool filled_ = false;
-    // After a long burst, until the window's next message.
+    // Something is to be done with the window's next message, or when redrawing
+    // is on again.
     bool isBehind_ = false;
     // What the user did with the message under way.
     bool selectionChanged_ = false;
