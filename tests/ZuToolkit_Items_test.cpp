@@ -1,5 +1,4 @@
 // Trees and grids: the models, and the mirrors that backends keep of them.
-#include "ZuPendingNodes.h"
 #include "support/ToolkitTest.h"
 
 namespace zustd {
@@ -176,71 +175,24 @@ TEST_F(ItemsTest, tree_deepChain_isRemovedWithoutRecursion) {
     EXPECT_FALSE(model.contains(node));
 }
 
-// Gives a node to a native object that has its parent and the sibling before it.
-void give(TreeModel& model, TreeNode node) {
-    const TreeNode before = model.previousSibling(node);
-    const TreeNode parent = model.parent(node);
-    ASSERT_EQ(model.nativeWord(node), 0);
-    ASSERT_TRUE(before == kNoNode || model.nativeWord(before) != 0);
-    ASSERT_TRUE(parent == kNoNode || model.nativeWord(parent) != 0);
-    model.setNativeWord(node, 1);
-}
-
-TEST(PendingNodesTest, anyChangesBetweenTheSteps_inTheEndAllThatCanBeSeenIsThere) {
-    Random random(21);
-    TreeModel model;
-    PendingNodes pending;
-    pending.restart(model);
-    for (std::size_t number = 0; number < 20'000; ++number) {
-        const std::wstring text = numbered(number);
-        TreeNode node = kNoNode;
-        if (model.nodeCount() != 0) {
-            // Not far from the first one or the last one.
-            node = random.below(2) == 0 ? model.firstRoot() : model.lastRoot();
-            for (std::size_t steps = random.below(12); steps > 0; --steps) {
-                const TreeNode child = model.firstChild(node);
-                const TreeNode next =
-                    child != kNoNode && random.below(2) == 0 ? child : model.nextSibling(node);
-                node = next != kNoNode ? next : node;
-            }
-        }
-        const std::size_t what = node == kNoNode ? 0 : random.below(16);
-        if (what < 7) {
-            const TreeNode added = what == 0  ? model.addChild(kNoNode, L"", text)
-                                   : what < 5 ? model.addChild(node, L"", text)
-                                              : model.addSibling(node, L"", text);
-            if (!PendingNodes::isNext(model, added) || random.below(2) == 0) {
-                pending.add(model, added);
-            } else {
-                give(model, added);
-            }
-        } else if (what < 9 && model.childCount(node) < 3) {
-            pending.forget(model, node);
-            model.remove(node);
-        } else if (what < 12) {
-            const bool expanded = !model.isExpanded(node);
-            model.setExpanded(node, expanded);
-            if (model.nativeWord(node) != 0) {
-                expanded ? pending.open(model, node) : pending.forget(model, node);
-            }
-        } else if (what < 15) {
-            if (const TreeNode next = pending.take(model); next != kNoNode) {
-                give(model, next);
-            }
-        } else if (number % 10 == 0) {
-            while (!pending.isEmpty()) {
-                if (const TreeNode next = pending.take(model); next != kNoNode) {
-                    give(model, next);
-                }
-            }
-            for (node = model.firstRoot(); node != kNoNode;
-                 node = model.isExpanded(node) ? model.next(node) : model.nextBeyond(node)) {
-                ASSERT_NE(model.nativeWord(node), 0) << number;
-            }
-        }
-        ASSERT_FALSE(HasFatalFailure()) << number;
+TEST_F(ItemsTest, tree_selectedNode_isNeverBelowACollapsedOne) {
+    const TreeNode a = tree_->addRootNode(L"a", L"A");
+    const TreeNode b = tree_->addChildNode(a, L"b", L"B");
+    const TreeNode c = tree_->addChildNode(b, L"c", L"C");
+    for (const bool redraw : {true, false}) {
+        tree_->setEnableRedraw(redraw);
+        tree_->selectNode(c);
+        EXPECT_TRUE(tree_->getNodeExpanded(a) && tree_->getNodeExpanded(b));
+        tree_->setNodeExpanded(b, false);
+        EXPECT_EQ(tree_->getSelectedNode(), b);
+        tree_->selectNode(c);
+        tree_->collapseAllNodes();
+        EXPECT_EQ(tree_->getSelectedNode(), a);
+        EXPECT_FALSE(tree_->getNodeExpanded(a));
     }
-    EXPECT_GT(model.nodeCount(), 1000U);
+    tree_->setEnableRedraw(true);
+    EXPECT_EQ(nativeTree_.flattened(), nativeTree_.wanted());
+    EXPECT_EQ(log_->take(), L"");
 }
 
 TEST_F(ItemsTest, tree_userActions_areSentOnceNotMirroredBackAndMayBeRefused) {
