@@ -363,6 +363,9 @@ TEST_F(BackendTreeTest, receiversWhoFillTheNodeUnderWay_areShownSo) {
             click(partOf(L"a", TVHT_ONITEMBUTTON));
             log_->take();
             EXPECT_EQ(shownTree(), wantedTree()) << i;
+            if (tree_->getNodeExpanded(tree_->findNode(L"a"))) {
+                tree_->selectNode(tree_->findNode(L"a1"));
+            }
         }
         log_->onMessage = nullptr;
         tree_->removeNode(tree_->findNode(L"a"));
