@@ -9,6 +9,7 @@
 #include "ZuNativeScrollBar.h"
 #include "ZuNativeTextBox.h"
 #include "ZuNativeWindow.h"
+#include "ZuResourceServiceGeneric.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindows.h"
@@ -72,9 +73,12 @@ protected:
 };
 
 TEST_F(NativeControlTest, button_anyState_isPushedAndPressesComeBackOnce) {
+    const auto resources = makeService<ResourceService>();
+    ResourceServiceGeneric::install(*resources, compiledInResources());
+    service().registerService(resources, true, true);
     const auto button = service().createNativeButton();
     button->setCaption(text(L"&Save"));
-    button->setBitmap(std::make_shared<BitmapDescriptor>(321, Size{16, 16}));
+    button->setBitmap(std::make_shared<BitmapDescriptor>(120, Size{16, 16}));
     button->setEnabled(false);
     const HWND native = show(button, Rect::at({10, 20}, {90, 25}));
     EXPECT_EQ(classOf(native), L"Button");
@@ -90,6 +94,9 @@ TEST_F(NativeControlTest, button_anyState_isPushedAndPressesComeBackOnce) {
     EXPECT_EQ(area.left, 30);
     EXPECT_EQ(area.bottom, 65);
     EXPECT_TRUE(IsWindowEnabled(native));
+    EXPECT_NE(send(native, BM_GETIMAGE, IMAGE_ICON), 0);
+    button->setBitmap(nullptr);
+    EXPECT_EQ(send(native, BM_GETIMAGE, IMAGE_ICON), 0);
     send(native, BM_CLICK);
     EXPECT_NE(log_->take().find(L"leftClicked"), std::wstring::npos);
 }
@@ -238,14 +245,10 @@ TEST_F(NativeControlTest, scalingFactor_anyOf_growsFontAndRoom) {
 TEST_F(NativeControlTest, synchronize_windowRefused_isReportedAndTriedAgain) {
     const auto button = service().createNativeButton();
     const TraceCapture trace;
-    const HHOOK hook = SetWindowsHookExW(
-        WH_CBT,
-        [](int code, WPARAM wide, LPARAM extra) -> LRESULT {
-            return code == HCBT_CREATEWND ? 1 : CallNextHookEx(nullptr, code, wide, extra);
-        },
-        nullptr, GetCurrentThreadId());
-    EXPECT_EQ(show(button), nullptr);
-    UnhookWindowsHookEx(hook);
+    {
+        const RefusedWindows refused;
+        EXPECT_EQ(show(button), nullptr);
+    }
     ASSERT_FALSE(trace.messages().empty());
     EXPECT_TRUE(
         trace.messages().back().starts_with("ButtonWin32Gdi::synchronizeWithAbstraction: catched "))
@@ -293,6 +296,15 @@ TEST_F(NativeControlTest, textBox_textFromBothSides_staysTheSameAndIsAnnouncedOn
     send(native, WM_CHAR, 1);  // Ctrl+A
     send(native, WM_CHAR, L'x');
     EXPECT_EQ(box->text(), L"x");
+}
+
+TEST_F(NativeControlTest, textBox_hint_isTheWindowsOwn) {
+    const auto box = service().createNativeTextBox();
+    box->setWatermark(text(L"Type a name"));
+    const HWND native = show(box);
+    wchar_t hint[32] = L"";
+    send(native, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 32);
+    EXPECT_STREQ(hint, L"Type a name");
 }
 
 TEST_F(NativeControlTest, textBox_kindsAndLimits_holdWhatTheUserTypes) {
@@ -422,6 +434,11 @@ TEST_F(NativeControlTest, scrollBar_stepsAndThumb_moveBeyondSixteenBits) {
     EXPECT_FALSE(IsWindowEnabled(native));
     bar->setRange(0, 2000);
     EXPECT_TRUE(IsWindowEnabled(native));
+    const auto flat = service().createNativeScrollBar(false);
+    const HWND below = show(flat, Rect::at({}, {200, 17}));
+    send(surface, WM_HSCROLL, SB_LINEDOWN, reinterpret_cast<LPARAM>(below));
+    EXPECT_EQ(flat->position(), 1);
+    EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally");
 }
 
 TEST_F(NativeControlTest, progressBar_changes_areShownAlsoAfterTheMarquee) {

@@ -181,7 +181,53 @@ TEST_F(BackendGridTest, manyRows_areAllThere) {
     EXPECT_EQ(send(*grid_, LVM_GETITEMCOUNT), 0);
 }
 
+TEST_F(BackendGridTest, rowTooltip_asked_isWhatAReceiverSays) {
+    addRows({L"alpha"});
+    wchar_t text[8] = L"";
+    NMLVGETINFOTIPW request{};
+    request.hdr = {nativeWindowOf(*grid_), 0, LVN_GETINFOTIPW};
+    request.pszText = text;
+    request.cchTextMax = 8;
+    log_->onMessage = [this](const MessageKind&) { grid_->setRowTooltip(L"one that is cut"); };
+    send(*window_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&request));
+    EXPECT_STREQ(text, L"one tha");
+    request.iItem = 7;
+    send(*window_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&request));
+    EXPECT_STREQ(text, L"one tha");
+}
+
+TEST_F(BackendGridTest, columnWithoutWidth_growsWhenItIsResized) {
+    grid_->setColumns({{L"Name", 0}});
+    const LRESULT empty = send(*grid_, LVM_GETCOLUMNWIDTH, 0);
+    EXPECT_GT(empty, 0);
+    addRows({L"a row whose caption takes more room than others"});
+    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), empty);
+    grid_->resizeColumns();
+    EXPECT_GT(send(*grid_, LVM_GETCOLUMNWIDTH, 0), empty + 100);
+}
+
 // --- Trees and grids ------------------------------------------------------------------------
+
+TEST_F(BackendGridTest, fontsAndColours_reachBothWindows) {
+    const auto large = std::make_shared<FontDescriptor>();
+    large->setSize(20);
+    const auto colors = std::make_shared<ColorsDescriptor>();
+    colors->setColor(ColorRole::kText, Color::rgb(0x10, 0x20, 0x30));
+    colors->setColor(ColorRole::kBackground, Color::rgb(0x40, 0x50, 0x60));
+    const auto fontOf = [](const Control& control) { return send(control, WM_GETFONT); };
+    const LRESULT before = fontOf(*tree_);
+    tree_->setFont(large);
+    grid_->setFont(large);
+    tree_->setColors(colors);
+    grid_->setColors(colors);
+    EXPECT_NE(fontOf(*tree_), before);
+    EXPECT_EQ(fontOf(*tree_), fontOf(*grid_));
+    EXPECT_EQ(send(*tree_, TVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
+    EXPECT_EQ(send(*tree_, TVM_GETBKCOLOR), RGB(0x40, 0x50, 0x60));
+    EXPECT_EQ(send(*grid_, LVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
+    EXPECT_EQ(send(*grid_, LVM_GETBKCOLOR), RGB(0x40, 0x50, 0x60));
+    EXPECT_EQ(send(*grid_, LVM_GETTEXTBKCOLOR), RGB(0x40, 0x50, 0x60));
+}
 
 TEST_F(BackendGridTest, otherScalingFactor_givesOtherImages) {
     const auto heightOf = [](LRESULT list) {

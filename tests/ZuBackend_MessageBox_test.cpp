@@ -337,6 +337,21 @@ TEST_F(BoxTest, closeMessage_serviceWithoutWindow_endsItsBox) {
     EXPECT_EQ(unbound->askOKCancel(L"Text", L"Title"), kAnswerCancel);
 }
 
+TEST_F(BoxTest, dialogs_windowRefused_areReportedAndNotAnswered) {
+    const TraceCapture trace;
+    const RefusedWindows refused;
+    const auto reportOf = [&](const char* operation, const char* text) {
+        const std::string last = trace.messages().empty() ? "" : trace.messages().back();
+        EXPECT_NE(last.find(operation), std::string::npos) << last;
+        EXPECT_NE(last.find(text), std::string::npos) << last;
+    };
+    EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
+    reportOf("WindowServiceWin32Gdi::showMessage", "Could not show message");
+    EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
+    reportOf("WindowServiceWin32Gdi::askYesNo", "Could not ask question");
+    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*owner_)));
+}
+
 TEST_F(BoxTest, service_droppedWhileItsBoxIsOpen_stillAnswers) {
     addTexts(L"en-US");
     const Steps steps{[&] { owner_.reset(); }};

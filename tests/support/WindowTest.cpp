@@ -110,6 +110,14 @@ unsigned nextUserHandle() {
     return place;
 }
 
+RefusedWindows::RefusedWindows()
+    : hook_(SetWindowsHookExW(
+          WH_CBT,
+          [](int code, WPARAM wide, LPARAM extra) -> LRESULT {
+              return code == HCBT_CREATEWND ? 1 : CallNextHookEx(nullptr, code, wide, extra);
+          },
+          nullptr, GetCurrentThreadId())) {}
+
 Steps::Steps(std::initializer_list<Step> steps)
     : steps_(steps),
       outer_(std::exchange(runningSteps, this)),

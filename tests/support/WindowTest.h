@@ -38,6 +38,18 @@ int liveWindows();
 // on as long as some are not given back.
 unsigned nextUserHandle();
 
+// The system refuses new windows while one lives.
+class RefusedWindows {
+public:
+    RefusedWindows();
+    RefusedWindows(const RefusedWindows&) = delete;
+    RefusedWindows& operator=(const RefusedWindows&) = delete;
+    ~RefusedWindows() { UnhookWindowsHookEx(hook_); }
+
+private:
+    HHOOK hook_;
+};
+
 // What the user does while somebody waits for him: a step every few
 // milliseconds, taken inside of the loop that waits. A loop that goes on for
 // long after the last one fails the test and is ended.
