@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <functional>
 
 #include "ZuText.h"
 #include "support/FrameworkTest.h"
@@ -33,7 +32,7 @@ int closeAndFail(std::FILE* file) {
 class LoaderTest : public testing::Test {
 protected:
     TempFolder folder_;
-    std::wstring file_ = folder_.file(L"\u0416 settings.config");
+    const std::wstring file_ = folder_.file(L"\u0416 settings.config");
     std::wstring text_ = L"old";
     PropertyBag bag_;
     SerializableUnion value_;
@@ -86,7 +85,8 @@ TEST_F(LoaderTest, loadSerialized_hostileOrPartialFiles_keepWhatWasReadBeforeThe
 TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
     realClose = reinterpret_cast<decltype(realClose)>(__imp_fclose);
     const auto nothing = reinterpret_cast<void*>(&transferNothing);
-    const auto failing = [this](void*& slot, void* replacement, auto&& operation) {
+    const auto isReported = [this](void*& slot, void* replacement, auto&& operation,
+                                   const std::string& report) {
         writeBytes(file_, "bytes");
         const TraceCapture trace;
         {
@@ -95,18 +95,13 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
             EXPECT_FALSE(done);
         }
         EXPECT_TRUE(deleteFile(file_)) << "the file must be closed";
-        for (const std::string& line : trace.messages()) {
-            if (line.find("catched") != std::string::npos) {
-                return line;
-            }
-        }
-        return std::string();
+        EXPECT_NE(trace.bytes().find(report), std::string::npos) << trace.bytes();
     };
-    const std::string reason = "catched std::exception: cannot ";
-    failing(__imp_fwrite, nothing, Loader::save);  // the trace needs it itself
-    EXPECT_EQ(failing(__imp_fclose, reinterpret_cast<void*>(&closeAndFail), Loader::save),
-              "Loader::save: " + reason + "close file");
-    EXPECT_EQ(failing(__imp_fread, nothing, Loader::load), "Loader::load: " + reason + "read file");
+    const std::string reason = ": catched std::exception: cannot ";
+    isReported(__imp_fwrite, nothing, Loader::save, "");  // the trace needs it itself
+    isReported(__imp_fclose, reinterpret_cast<void*>(&closeAndFail), Loader::save,
+               "Loader::save" + reason + "close file\r\n");
+    isReported(__imp_fread, nothing, Loader::load, "Loader::load" + reason + "read file\r\n");
 }
 
 TEST_F(LoaderTest, steps_whileTracing_leaveTheirLines) {
@@ -147,28 +142,6 @@ TEST_F(LoaderTest, steps_whileTracing_leaveTheirLines) {
                      "Loader::save: leave"}));
 }
 
-// Fails every allocation of an operation in turn. Returns how many there were.
-long failEachAllocation(const std::wstring& file, const std::function<bool()>& operation) {
-    for (long allowed = 0;; ++allowed) {
-        setCriticalError(kCriticalErrorNone);
-        bool done = false;
-        bool failed = false;
-        {
-            const AllocationLimit limit(allowed);
-            done = operation();
-            failed = limit.wasReached();
-        }
-        EXPECT_EQ(done, !failed) << allowed;
-        EXPECT_EQ(criticalError(), failed ? 2U : 0U) << allowed;
-        const std::string bytes = readBytes(file);
-        EXPECT_TRUE(deleteFile(file) || !fileExists(file)) << "left open " << allowed;
-        writeBytes(file, bytes);
-        if (done || testing::Test::HasFailure()) {
-            return allowed;
-        }
-    }
-}
-
 TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
     value_.setArraySize(20);
     value_.elementAt(19).setString(L"a text too long for the small string, with an & in it");
@@ -178,12 +151,19 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
     }
     ASSERT_TRUE(Loader::saveSerializedString(file_, bag_));
     const std::string bytes = readBytes(file_);
+    const auto check = [&](bool done) {
+        EXPECT_EQ(criticalError(), done ? 0U : 2U);
+        setCriticalError(kCriticalErrorNone);
+        const std::string present = readBytes(file_);
+        EXPECT_TRUE(deleteFile(file_) || !fileExists(file_)) << "the file must be closed";
+        writeBytes(file_, present);
+    };
     PropertyBag back;
-    EXPECT_GT(failEachAllocation(file_, [&] { return Loader::loadSerializedString(file_, back); }),
-              10);
+    const auto load = [&] { return Loader::loadSerializedString(file_, back); };
+    EXPECT_GT(failEachAllocation(load, check), 10);
     EXPECT_EQ(xmlOf(back), xmlOf(bag_));
-    EXPECT_GT(failEachAllocation(file_, [&] { return Loader::saveSerializedString(file_, bag_); }),
-              1);
+    const auto save = [&] { return Loader::saveSerializedString(file_, bag_); };
+    EXPECT_GT(failEachAllocation(save, check), 1);
     EXPECT_EQ(readBytes(file_), bytes) << "what was saved last was saved whole";
 }
 

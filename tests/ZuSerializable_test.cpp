@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <functional>
 #include <sstream>
 
 #include "ZuText.h"
@@ -15,19 +14,11 @@ namespace {
 
 using namespace test;
 
-class Shared : public SharedObject {};
-
 // An object with a text form of its own, written by the stream writer alone.
 class Speaking : public SharedObject, public ISerializable {
 public:
     void writeXml(std::wostream& stream) const override { stream << L"<o>said</o>"; }
 };
-
-SerializableUnion made(const std::function<void(SerializableUnion&)>& fill) {
-    SerializableUnion value;
-    fill(value);
-    return value;
-}
 
 const DateTime kDate(2016, 11, 4, 6, 39, 59, 123);
 
@@ -43,6 +34,12 @@ std::vector<SerializableUnion> oneOfEachKind() {
     values[7].setObject(std::make_shared<Speaking>());
     values[8].setArray({values[1], SerializableUnion()});
     return values;
+}
+
+SerializableUnion arrayOf(const std::vector<SerializableUnion>& elements) {
+    SerializableUnion value;
+    value.setArray(elements);
+    return value;
 }
 
 TEST(Union, getters_onEveryKind_neverConvert) {
@@ -63,19 +60,18 @@ TEST(Union, getters_onEveryKind_neverConvert) {
 }
 
 TEST(Union, references_toAnotherKind_failWithTheirReportLine) {
-    const std::string place = ", in src/lib/ZuSerializable, line ";
-    const std::wstring noText = L"cannot get reference for null string";
-    const std::wstring noArray = L"cannot get reference of null array";
+    const std::string place = "', in src/lib/ZuSerializable, line ";
+    const std::string noText = "throwing: 'cannot get reference for null string" + place + "321";
+    const std::string noArray = "throwing: 'cannot get reference of null array" + place + "405";
     for (SerializableUnion& value : oneOfEachKind()) {
         const TraceCapture trace;
-        const bool isText = value.isString();
-        const std::wstring ok = L"nothing";
-        EXPECT_EQ(thrownText([&] { value.stringRef() += L"0"; }), isText ? ok : noText);
-        EXPECT_EQ(thrownText([&] { value.elementAt(0); }), value.isArray() ? ok : noArray);
-        EXPECT_EQ(thrownText([&] { value.arrayRef().clear(); }), value.isArray() ? ok : noArray);
-        EXPECT_EQ(value.getString(), isText ? L"50" : L"");
-        const std::string text = "throwing: '" + narrow(isText ? noArray : noText) + "'" + place;
-        EXPECT_EQ(trace.messages()[0], text + (isText ? "405" : "321"));
+        Lines expected(value.isString() ? 0 : 1, noText);
+        expected.resize(expected.size() + (value.isArray() ? 0 : 2), noArray);
+        thrownText([&] { value.stringRef() += L"0"; });
+        thrownText([&] { value.elementAt(0); });
+        thrownText([&] { value.arrayRef().clear(); });
+        EXPECT_EQ(trace.messages(), expected);
+        EXPECT_EQ(value.getString(), value.isString() ? L"50" : L"");
     }
 }
 
@@ -88,19 +84,17 @@ TEST(Union, setters_ontoEveryKind_replaceItAndTellValuesApart) {
             ASSERT_TRUE(value.equals(after) && !value.notEquals(after));
             ASSERT_EQ(before.equals(after), &before == &after);
         }
-        for (const std::int64_t count : {-3, 0, 1, 70}) {
+        for (const auto& [count, size] : {std::pair{-3, 0U}, {0, 0U}, {70, 70U}}) {
             SerializableUnion value = before;
             value.setArraySize(count);
-            EXPECT_EQ(value.kind(), ValueKind::kArray);
-            EXPECT_EQ(value.getArray(), std::vector<SerializableUnion>(
-                                            static_cast<std::size_t>(count < 0 ? 0 : count)));
+            EXPECT_EQ(value, arrayOf(std::vector<SerializableUnion>(size)));
         }
     }
 }
 
 TEST(Union, assignment_fromAPartOfItself_copiesBeforeItDestroys) {
-    SerializableUnion inner = made([](auto& value) { value.setArray(oneOfEachKind()); });
-    SerializableUnion value = made([&](auto& outer) { outer.setArray({inner, inner}); });
+    const SerializableUnion inner = arrayOf(oneOfEachKind());
+    SerializableUnion value = arrayOf({inner, inner});
     value = value.elementAt(1);
     EXPECT_EQ(value, inner);
     value.setArray(value.elementAt(8).arrayRef());
@@ -115,7 +109,8 @@ TEST(Union, assignment_fromAPartOfItself_copiesBeforeItDestroys) {
 }
 
 TEST(Union, setter_withoutMemory_leavesNullUnlessTheKindIsItsOwn) {
-    SerializableUnion kept = made([](auto& value) { value.setLong(7); });
+    SerializableUnion kept;
+    kept.setLong(7);
     // Enough of them to use up what freed values have left behind.
     std::vector<SerializableUnion> lost(100000);
     std::size_t set = 0;
@@ -132,10 +127,12 @@ TEST(Union, setter_withoutMemory_leavesNullUnlessTheKindIsItsOwn) {
 TEST(Union, equals_valuesThatLookAlike_areToldApart) {
     const std::vector<SerializableUnion> values = oneOfEachKind();
     EXPECT_FALSE(values[7] == oneOfEachKind()[7]) << "objects are told apart by identity";
-    const auto nan = made([](auto& value) { value.setDouble(std::nan("")); });
-    EXPECT_TRUE(nan.notEquals(nan));
-    EXPECT_TRUE(made([&](auto& value) { value.setArray({nan}); }).notEquals(values[8]));
-    EXPECT_TRUE(values[1].notEquals(made([](auto& value) { value.setString({L'5', L'\0'}); })));
+    SerializableUnion value;
+    value.setDouble(std::nan(""));
+    EXPECT_TRUE(value.notEquals(value));
+    EXPECT_TRUE(arrayOf({value, value}).notEquals(values[8]));
+    value.setString({L'5', L'\0'});
+    EXPECT_TRUE(values[1].notEquals(value));
 }
 
 TEST(UnionXml, appendXml_everyKind_isTheExactText) {
@@ -157,10 +154,13 @@ TEST(UnionXml, appendXml_everyKind_isTheExactText) {
     }
     EXPECT_EQ(kindName(static_cast<ValueKind>(9)), L"null");
     EXPECT_EQ(kindName(static_cast<ValueKind>(~0U)), L"null");
-    EXPECT_EQ(xmlOf(made([](auto& value) { value.setBool(false); })), L"<t>bool</t><v>n</v>");
-    EXPECT_EQ(xmlOf(made([](auto& value) { value.setObject({}); })), L"<t>object</t>");
-    const auto mute = made([](auto& value) { value.setObject(std::make_shared<Shared>()); });
-    EXPECT_EQ(thrownText([&] { xmlOf(mute); }), L"not implemented");
+    SerializableUnion value;
+    value.setBool(false);
+    EXPECT_EQ(xmlOf(value), L"<t>bool</t><v>n</v>");
+    value.setObject({});
+    EXPECT_EQ(xmlOf(value), L"<t>object</t>");
+    value.setObject(std::make_shared<SharedObject>());
+    EXPECT_EQ(thrownText([&] { xmlOf(value); }), L"not implemented");
     Speaking speaking;
     EXPECT_EQ(readFromStream(speaking, L"<o>").failure, "failed: not implemented");
     EXPECT_EQ(readFromRange(speaking, L"<o>").failure, "failed: not implemented");
@@ -172,18 +172,15 @@ TEST(UnionXml, readers_overTheSameDocument_agreeOnValueAndPlace) {
         // clang-format off
         {L"", 0, L"<t>null</t>"},          {L"text only", 0, L"<t>null</t>"},
         {L"<t>null</t><v>5</v>", 11, L"<t>null</t>"}, {L"<t>Long</t><v>5</v>", 11, L"<t>null</t>"},
-        {L"<t>integer</t><v>5</v>", 14, L"<t>null</t>"},
-        {L"<t> long</t><v>5</v>", 12, L"<t>null</t>"},
+        {L"<t>time</t><v>5</v>", 11, L"<t>null</t>"}, {L"<t> long</t><v>", 12, L"<t>null</t>"},
         {L"<t>long</t><v>5</v>", 19, L"<t>long</t><v>5</v>"},
         {L"<?xml version=\"1.0\" ?>\n<t>long</t>\r\n<v>5</v>", 44, L"<t>long</t><v>5</v>"},
         {L"<t>long</t>", 11, L"<t>long</t><v>0</v>"},
         {L"<t>string</t><v/>", 13, L"<t>string</t><v></v>"},
         {L"<t>string</t><v>a > b</v>", 25, L"<t>string</t><v>a </v>"},
         {L"<t>string</t><v>12</w>", 0, L"invalid: </v> expected, but found </w>"},
-        {L"<t>string</t><v>12", 0, L"invalid: </v> expected, but found <>"},
         {L"<t>object</t><o>said</o>", 13, L"<t>object</t>"},
         {L"<t>datetime</t><v>1-2-3</v>", 27, L"<t>datetime</t><v>0001-02-03 00:00:00</v>"},
-        {L"<t>datetime</t><v>2016-11x</v>", 30, L"<t>datetime</t><v>2016-11-00 00:00:00</v>"},
         {L"<t>datetime</t><v>2016-011-04</v>", 33, L"<t>datetime</t><v>2016-01-00 00:00:00</v>"},
         {L"<t>datetime</t><v>20161104</v>", 30, L"<t>datetime</t><v>2016-00-00 00:00:00</v>"},
         {L"<t>datetime</t><v>never</v>", 27, L"<t>datetime</t><v>0000-00-00 00:00:00</v>"},
@@ -205,10 +202,10 @@ TEST(UnionXml, readers_overTheSameDocument_agreeOnValueAndPlace) {
 }
 
 TEST(UnionXml, arraysBeyondTheLimits_areRefused) {
-    const auto nested = [](std::size_t depth) {
+    const auto nested = [](int depth, const std::wstring& count) {
         std::wstring document;
         while (depth-- > 0) {
-            document += L"<t>array</t><c>1</c>";
+            document += L"<t>array</t><c>" + count + L"</c>";
         }
         return document;
     };
@@ -223,17 +220,14 @@ TEST(UnionXml, arraysBeyondTheLimits_areRefused) {
         EXPECT_LT(memory.peak(), 4096U);
         // Twice: a refusal must not leave its depth behind.
         for (int round = 0; round < 2; ++round) {
-            EXPECT_EQ(read(value, nested(128)).failure, "");
-            EXPECT_EQ(read(value, nested(129)).failure, "failed: depth <= kMaxDepth");
-            EXPECT_EQ(read(value, nested(100000)).failure, "failed: depth <= kMaxDepth");
+            EXPECT_EQ(read(value, nested(128, L"1")).failure, "");
+            EXPECT_EQ(read(value, nested(129, L"1")).failure, "failed: depth <= kMaxDepth");
+            EXPECT_EQ(read(value, nested(100000, L"1")).failure, "failed: depth <= kMaxDepth");
         }
     }
     // 64 missing elements on each level, all before one far tag: a reader
     // would pass the text 8,192 times if each element looked for it.
-    std::wstring document;
-    for (int level = 0; level < 128; ++level) {
-        document += level < 127 ? L"<t>array</t><c>65</c>" : L"<t>array</t><c>64</c>";
-    }
+    const std::wstring document = nested(127, L"65") + nested(1, L"64");
     SerializableUnion value;
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(readFromStream(value, document + std::wstring(200000, L'x') + L"<end>"),

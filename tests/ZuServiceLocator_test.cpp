@@ -141,16 +141,15 @@ TEST(ServiceTest, propertiesAndAnnouncements_reachTheServicesSinks) {
 
 TEST(ServiceTest, namedObjectsAndKinds_areFoundByExactName) {
     const auto service = makeService<MessagingService>();
-    const auto first = std::make_shared<SharedObject>();
-    const auto second = std::make_shared<SharedObject>();
-    service->setNamedObject(L"a", first);
-    service->setNamedObject(L"a", second);
-    EXPECT_EQ(service->getNamedObject(L"a"), second);
+    const auto object = std::make_shared<SharedObject>();
+    service->setNamedObject(L"a", service);
+    service->setNamedObject(L"a", object);
+    EXPECT_EQ(service->getNamedObject(L"a"), object);
     EXPECT_EQ(service->getNamedObject(L"A"), nullptr);
-    service->removeNamedObject(L"a");
     service->removeNamedObject(L"missing");
+    service->removeNamedObject(L"a");
     EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
-    EXPECT_EQ(first.use_count() + second.use_count(), 2);
+    EXPECT_EQ(service.use_count() + object.use_count(), 2);
     EXPECT_EQ(service->findKind(L"logicalLockChanged.Service"), &Service::kLogicalLockChanged);
     EXPECT_EQ(service->findKind(L"LogicalLockChanged.Service"), nullptr);
 }

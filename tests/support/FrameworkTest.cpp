@@ -1,5 +1,7 @@
 #include "support/FrameworkTest.h"
 
+#include <gtest/gtest.h>
+
 #include <malloc.h>
 
 #include <atomic>
@@ -119,6 +121,27 @@ AllocationLimit::AllocationLimit(long allowed) {
 }
 AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
 bool AllocationLimit::wasReached() const { return allocationFailed; }
+
+long failEachAllocation(const std::function<bool()>& operation,
+                        const std::function<void(bool done)>& check) {
+    for (long allowed = 0;; ++allowed) {
+        bool done = false;
+        bool failed = false;
+        {
+            const AllocationLimit limit(allowed);
+            try {
+                done = operation();
+            } catch (const std::bad_alloc&) {
+            }
+            failed = limit.wasReached();
+        }
+        EXPECT_EQ(done, !failed) << allowed;
+        check(done);
+        if (done || testing::Test::HasFailure()) {
+            return allowed;
+        }
+    }
+}
 
 MemoryWatch::MemoryWatch() : start_(liveBytes) { peakBytes = start_; }
 std::int64_t MemoryWatch::held() const { return liveBytes - start_; }

@@ -91,6 +91,14 @@ public:
     bool wasReached() const;
 };
 
+// Runs an operation with no allocation allowed, with one, and so on up to all that
+// it makes, and check after each run; gives their number. The operation says by
+// its result or by std::bad_alloc whether it was done, which it must be whenever
+// memory sufficed, and then only.
+long failEachAllocation(
+    const std::function<bool()>& operation,
+    const std::function<void(bool done)>& check = [](bool) {});
+
 // The bytes allocated now and at the most, beyond those at the start.
 class MemoryWatch {
 public:

@@ -8,8 +8,6 @@
 
 namespace zuplutil::test {
 
-namespace fs = std::filesystem;
-
 namespace {
 
 Lines linesOf(const fs::path& file) {
@@ -46,8 +44,7 @@ bool hasForm(const std::string& text, const std::string& expression) {
 }
 
 UtilityTest::UtilityTest(const std::wstring& name)
-    : folders_(name),
-      allowed_{"Desktop/PelloryDiagnostics/", "AppData/Roaming/Pellory For Outlook/"} {
+    : folders_(name), allowed_{"Desktop/PelloryDiagnostics/", kData} {
     // Wine starts the desktop's process with the first window; not as a child of
     // a program under test.
     GetDesktopWindow();
@@ -71,7 +68,7 @@ void UtilityTest::TearDown() {
     for (const std::string& change : changes()) {
         const std::string path = change.substr(change.find(' ') + 1);
         EXPECT_TRUE(
-            path != "AppData/Roaming/Pellory For Outlook/training.dat" &&
+            path != kData + "training.dat" &&
             std::any_of(allowed_.begin(), allowed_.end(),
                         [&](const std::string& allowed) { return path.starts_with(allowed); }))
             << "must not happen: " << change;

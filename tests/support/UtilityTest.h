@@ -23,6 +23,15 @@
 
 namespace zuplutil::test {
 
+namespace fs = std::filesystem;
+
+// The add-in's folder as changes() names it, and the end of a backup's name.
+inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
+inline const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
+
+// Arguments for the shortest collection.
+inline const std::vector<std::wstring> kStandard = {L"-logdiagnostics", L"-light", L"-noocat"};
+
 inline constexpr char kBanner[] =
     "\nPellory Maintenance Utility v1.8.852\n"
     "Diagnostics and maintenance for the Pellory add-in.\n\n";
@@ -50,7 +59,7 @@ std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
 // A program that was built beside the tests, by its path in the build folder.
-std::filesystem::path builtProgram(const std::string& path);
+fs::path builtProgram(const std::string& path);
 
 // Whether a text has the form of a regular expression as a whole.
 bool hasForm(const std::string& text, const std::string& expression);
@@ -62,7 +71,7 @@ protected:
 
     // Starts a program; what the test prepared until then counts as given.
     UtilityProcess& start(const std::vector<std::wstring>& arguments = {},
-                          const std::filesystem::path& program = builtProgram("bin/zuplutil.exe"));
+                          const fs::path& program = builtProgram("bin/zuplutil.exe"));
     // Runs the utility to its end and returns what it printed.
     std::string run(const std::vector<std::wstring>& arguments, int exitCode = 0);
     // Starts the utility and gives these answers at the menus; then leaves.
@@ -79,6 +88,7 @@ protected:
     // Nothing is run from now on, only noted.
     void recordOnly() { environment_[L"PELLORY_RECORD_ONLY"] = L"1"; }
     void forgetCommands() const;
+    fs::path config() const { return folders_.addinData() / "debug.config"; }
 
     TestFolders folders_;
     Environment environment_;
@@ -93,7 +103,7 @@ private:
 // this object lives.
 class LockedFile {
 public:
-    explicit LockedFile(const std::filesystem::path& file);
+    explicit LockedFile(const fs::path& file);
     LockedFile(const LockedFile&) = delete;
     LockedFile& operator=(const LockedFile&) = delete;
     ~LockedFile() { CloseHandle(handle_); }
@@ -111,7 +121,7 @@ public:
     ~RunningProgram();
 
 private:
-    std::filesystem::path lifeline_;
+    fs::path lifeline_;
     std::unique_ptr<UtilityProcess> process_;
 };
 

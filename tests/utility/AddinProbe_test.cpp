@@ -5,8 +5,6 @@
 namespace zuplutil::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 // Registered for as long as this object lives.
 class RegisteredAddin {
 public:
@@ -45,10 +43,9 @@ protected:
     // With the log folder kept, since no command runs.
     std::string probe() {
         recordOnly();
-        run({L"-logdiagnostics", L"-light", L"-noocat"});
+        run(kStandard);
         return read(folders_.logs() / "misc-pelloryconnect.log");
     }
-    fs::path config() const { return folders_.addinData() / "debug.config"; }
 
     const fs::path library_ = builtProgram("tests/support/test_addin.dll");
 };
@@ -57,7 +54,7 @@ TEST_F(AddinProbeTest, TheAddinSeesTemporarySettingsAndTheUsersComeBack) {
     const RegisteredAddin addin(library_);
     const std::string mine = debugConfig("y", "$(auto)", "7", "3");
     write(config(), mine);
-    const std::string output = run({L"-logdiagnostics", L"-light", L"-noocat"});
+    const std::string output = run(kStandard);
     EXPECT_EQ(readZip(folders_.zip())["misc-pelloryconnect.log"], kSeen);
     EXPECT_EQ(readZip(folders_.zip())["debug.config"], mine);
     EXPECT_EQ(read(config()), mine);

@@ -5,14 +5,11 @@
 namespace zuplutil::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr char kSurePrompt[] = "ARE YOU SURE?\nPress 'y' or 'n' key followed by <Enter>...\n";
 constexpr char kMainMenu[] =
     "----------------------------------------------\nPellory Maintenance Utility - Main Menu\n";
 const std::string kRule106(106, '-');
 const std::string kHeading = "\n\n" + kRule106 + "\nCleaning up Pellory diagnostics logs...\n\n";
-const std::string kData = "AppData/Roaming/Pellory For Outlook/";
 const std::string kCannotDelete = "Could not delete file ";
 
 class CleanUpTest : public UtilityTest {

@@ -171,28 +171,28 @@ protected:
     CollectionCommandsTest() { recordOnly(); }
 
     // The machine's program folders lie in the test's own.
-    std::filesystem::path programs(const char* name) const { return folders_.bench() / name; }
-    std::filesystem::path ownPrograms(const Case& given) const {
+    fs::path programs(const char* name) const { return folders_.bench() / name; }
+    fs::path ownPrograms(const Case& given) const {
         return programs(given.is64 ? "programs 86" : "programs 32");
     }
 
-    std::filesystem::path aclProgram(const Case& given, Place place) const {
-        const std::filesystem::path installed = "Windows Resource Kits/tools/subinacl.exe";
+    fs::path aclProgram(const Case& given, Place place) const {
+        const fs::path installed = "Windows Resource Kits/tools/subinacl.exe";
         return place == Place::Beside     ? folders_.start() / "subinacl.exe"
                : place == Place::Programs ? ownPrograms(given) / installed
                                           : programs("programs 64") / installed;
     }
-    std::filesystem::path ocatFolder(const Case& given, Place place) const {
+    fs::path ocatFolder(const Case& given, Place place) const {
         return place == Place::Beside ? folders_.start() / "ocat"
                                       : ownPrograms(given) / "Microsoft OCAT";
     }
 
     void installTools(const Case& given) {
         for (const char* name : {"programs 32", "programs 64", "programs 86"}) {
-            std::filesystem::remove_all(programs(name));
+            fs::remove_all(programs(name));
         }
-        std::filesystem::remove_all(folders_.start());
-        std::filesystem::create_directories(folders_.start());
+        fs::remove_all(folders_.start());
+        fs::create_directories(folders_.start());
         for (const Place place : {Place::Beside, Place::Programs, Place::Programs64}) {
             if (place >= given.acl) {
                 write(aclProgram(given, place), "");
@@ -204,9 +204,7 @@ protected:
     }
 
     Lines expected(const Case& given) const {
-        const auto backslashes = [](std::filesystem::path path) {
-            return utf8(path.make_preferred());
-        };
+        const auto backslashes = [](fs::path path) { return utf8(path.make_preferred()); };
         const std::map<std::string, std::string> values = {
             {"$DATA", backslashes(folders_.addinData())},
             {"$DIAG", backslashes(folders_.diagnostics())},

@@ -5,10 +5,6 @@
 namespace zuplutil::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-const std::vector<std::wstring> kStandard = {L"-logdiagnostics", L"-light", L"-noocat"};
-
 // As the C runtime writes text.
 std::string withCarriageReturns(const std::string& text) {
     std::string result;
@@ -124,11 +120,9 @@ TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
     EXPECT_NE(output.find("\nLogging directories...\n"), std::string::npos);
 
     // The logs that the probe found have become backups.
-    const std::string stamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
-    const std::string data = "AppData/Roaming/Pellory For Outlook/";
     EXPECT_PRED2(hasForm, joined(changes()),
-                 "gone " + data + "debug.log\nnew " + data + "debug.log" + stamp + "gone " + data +
-                     "dump.log\nnew " + data + "dump.log" + stamp +
+                 "gone " + kData + "debug.log\nnew " + kData + "debug.log" + kStamp + "gone " +
+                     kData + "dump.log\nnew " + kData + "dump.log" + kStamp +
                      "new Desktop/PelloryDiagnostics/\n"
                      "new Desktop/PelloryDiagnostics/PelloryDiagnosticsLogs.zip\n"
                      "new Desktop/PelloryDiagnostics/README.txt\n");

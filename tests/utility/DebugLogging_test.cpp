@@ -7,12 +7,7 @@
 namespace zuplutil::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 const std::string kRule84(84, '-');
-const std::string kData = "AppData/Roaming/Pellory For Outlook/";
-const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
-const std::vector<std::wstring> kStandard = {L"-logdiagnostics", L"-light", L"-noocat"};
 
 class DebugLoggingTest : public UtilityTest {
 protected:
@@ -21,7 +16,6 @@ protected:
             write(folders_.addinData() / name, name);
         }
     }
-    fs::path config() const { return folders_.addinData() / "debug.config"; }
 };
 
 TEST_F(DebugLoggingTest, TheReportTellsWhatTheFileHoldsOrWhyItTellsNothing) {

@@ -5,8 +5,6 @@
 namespace zuplutil::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr char kSorry[] = "\n\nSorry, this menu option is not available.\n\n";
 
 constexpr char kStillRunning[] =
@@ -53,10 +51,7 @@ const std::string kDiagnosticsMenu =
     "----------------------------------------------\n"
     "\nPress 0..9 followed by <Enter>...\n";
 
-class MenusTest : public UtilityTest {
-protected:
-    fs::path config() const { return folders_.addinData() / "debug.config"; }
-};
+using MenusTest = UtilityTest;
 
 TEST_F(MenusTest, WhatIsNotAnEntryOrNotOneDigitIsRefusedOrAskedForAgain) {
     Lines lines = {"3", "5", "6", "8", "9", "1", "5", "6", "7", "8", "9", "0"};

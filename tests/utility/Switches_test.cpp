@@ -5,10 +5,7 @@
 namespace zuplutil::test {
 namespace {
 
-class SwitchesTest : public UtilityTest {
-protected:
-    std::filesystem::path config() const { return folders_.addinData() / "debug.config"; }
-};
+using SwitchesTest = UtilityTest;
 
 TEST_F(SwitchesTest, ArgumentsWithoutActionAreRefused) {
     for (const auto& arguments :
@@ -34,7 +31,7 @@ TEST_F(SwitchesTest, TheEarlierActionWinsWhereverItStands) {
               std::string(kBanner) + kEnabled);
     recordOnly();
     run({L"-disableDebugging", L"-LogDiagnostics", L"-light", L"-noocat"});
-    EXPECT_TRUE(std::filesystem::exists(folders_.diagnostics()));
+    EXPECT_TRUE(fs::exists(folders_.diagnostics()));
     EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
 }
 
@@ -45,7 +42,7 @@ TEST_F(SwitchesTest, PausesAfterTheAction) {
     EXPECT_EQ(utility.exitCode(), 0);
     EXPECT_EQ(utility.output(), std::string(kBanner) + kEnabled + kKeyPrompt);
     EXPECT_EQ(utility.errors(), "");
-    EXPECT_TRUE(std::filesystem::exists(config()));
+    EXPECT_TRUE(fs::exists(config()));
 }
 
 }  // namespace
