@@ -50,34 +50,45 @@ std::shared_ptr<NativeDialog> makeDialog(WindowService& windows) {
     return dialog;
 }
 
+struct Message {
+    const wchar_t* name;
+    const wchar_t* caption;
+    const wchar_t* text;
+    void (*show)(WindowService& windows, const Message& message, const std::wstring& key);
+};
+
+template <std::uint32_t style>
+void tell(WindowService& windows, const Message& message, const std::wstring& key) {
+    windows.showMessage(message.text, message.caption, style, key);
+}
+
+template <auto operation>
+void ask(WindowService& windows, const Message& message, const std::wstring& key) {
+    (windows.*operation)(message.text, message.caption, key);
+}
+
+constexpr Message kMessages[] = {
+    {L"message-ok", L"Information", L"Everything has been done.",
+     &tell<kMessageOk | kMessageIconInformation>},
+    {L"message-ok-cancel", L"OK or cancel", L"The folder is almost full.\n\nDo you want to go on?",
+     &ask<&WindowService::askOKCancel>},
+    {L"message-error", L"Error",
+     L"Could not open this item. Perhaps it was moved to another folder, or somebody else has "
+     L"deleted it since this list was made. Look for it in the folder of deleted items.",
+     &tell<kMessageOk | kMessageIconError>},
+    {L"message-question", L"Yes or no", L"Do you want to delete the rule \u201CInvoices\u201D?",
+     &ask<&WindowService::askYesNo>},
+    {L"message-three", L"Three answers", L"Do you want to save the changes?",
+     &ask<&WindowService::askYesNoCancel>},
+};
+
 void addMessages(PageBuilder& builder) {
-    struct Message {
-        const wchar_t* name;
-        const wchar_t* caption;
-        std::uint32_t style;
-        const wchar_t* text;
-    };
-    static constexpr Message kMessages[] = {
-        {L"message-ok", L"Information", kMessageOk | kMessageIconInformation,
-         L"Everything has been done."},
-        {L"message-warning", L"Warning", kMessageOkCancel | kMessageIconWarning,
-         L"The folder is almost full.\n\nDo you want to go on?"},
-        {L"message-error", L"Error", kMessageOk | kMessageIconError,
-         L"Could not open this item. Perhaps it was moved to another folder, or somebody else has "
-         L"deleted it since this list was made. Look for it in the folder of deleted items."},
-        {L"message-question", L"Yes or no", kMessageYesNo | kMessageIconQuestion,
-         L"Do you want to delete the rule \u201CInvoices\u201D?"},
-        {L"message-three", L"Three answers",
-         kMessageYesNoCancel | kMessageIconQuestion | kMessageDefaultSecond,
-         L"Do you want to save the changes?"},
-    };
     for (const Message& message : kMessages) {
         WindowService& windows = builder.windows();
         builder.scene(message.caption, {message.name,
                                         [&windows, &message] {
-                                            windows.showMessage(
-                                                message.text, message.caption, message.style,
-                                                std::wstring(L"gallery.") + message.name);
+                                            message.show(windows, message,
+                                                         std::wstring(L"gallery.") + message.name);
                                         },
                                         [&windows] { windows.closeMessage(kAnswerCancel); }});
         if (&message == &kMessages[2]) {
