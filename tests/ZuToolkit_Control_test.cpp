@@ -26,16 +26,6 @@ protected:
 
 class ControlTest : public ToolkitTest {
 protected:
-    RecordingGraphics& graphics() {
-        return recordingOf<RecordingGraphics>(*window_->graphicsService());
-    }
-    Journal paint(const Rect& area = {0, 0, 199, 99}) {
-        graphics().drawArea = area;
-        graphics().journal.clear();
-        window_->drawAsRoot(*window_->graphicsService());
-        return graphics().journal;
-    }
-
     std::shared_ptr<Painted> box_ = makeControl<Painted>(Rect{10, 10, 59, 59});
     std::shared_ptr<NativeButton> button_ = host_->createNativeButton();
     RecordingButton& native_ = recordingOf<RecordingButton>(*button_);
@@ -88,12 +78,11 @@ TEST_F(ControlTest, services_nested_areTheSurfacesOwn) {
 // Handles one kind.
 class Handler : public Control {
 public:
-    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
         if (kind == kSelected) {
             removeAllChildren();
-            return true;
         }
-        return Control::onReceiveMessage(kind, a, b);
+        return kind == kSelected;
     }
 };
 
@@ -145,11 +134,7 @@ TEST_F(ControlTest, nativeWidget_containerAndUpdatesChange_followsOnceEach) {
     button_->setBoundary({5, 5, 54, 24});
     box_->addChild(button_);
     EXPECT_EQ(native_.created, 0U);
-    native_.failsToCreate = true;
     window_->addChild(box_);
-    EXPECT_FALSE(button_->hasNativeObject());
-    native_.failsToCreate = false;
-    window_->synchronizeTree();
     EXPECT_EQ(native_.shown, (ShownState{{15, 15, 64, 34}, true, true}));
     box_->moveTo({20, 0});
     EXPECT_EQ(native_.shown.boundary, (Rect{25, 5, 74, 24}));
@@ -161,14 +146,15 @@ TEST_F(ControlTest, nativeWidget_containerAndUpdatesChange_followsOnceEach) {
     const unsigned before = native_.synchronized;
     {
         const ControlUpdate outer(*button_);
-        const ControlUpdate inner(*button_);
-        button_->setBoundary({1, 1, 50, 20});
         button_->setChecked(true);
+        {
+            const ControlUpdate inner(*button_);
+            button_->setBoundary({1, 1, 50, 20});
+        }
         EXPECT_EQ(native_.synchronized, before);
     }
     EXPECT_EQ(native_.synchronized, before + 1);
     EXPECT_EQ(native_.shown.boundary, (Rect{21, 1, 70, 20}));
-    EXPECT_TRUE(native_.checked);
     window_->removeChild(box_.get());
     EXPECT_EQ(native_.released, 1U);
     window_->addChild(box_);
@@ -178,45 +164,40 @@ TEST_F(ControlTest, nativeWidget_containerAndUpdatesChange_followsOnceEach) {
 TEST_F(ControlTest, descriptor_changed_showsInEveryControlThatHasIt) {
     const auto caption = std::make_shared<TextDescriptor>(L"old");
     const auto second = shown(host_->createNativeButton());
-    auto& nativeSecond = recordingOf<RecordingButton>(*second);
+    const unsigned& other = recordingOf<RecordingButton>(*second).synchronized;
     window_->addChild(button_);
     EXPECT_TRUE(button_->setCaption(caption));
     EXPECT_FALSE(button_->setCaption(caption));
     second->setCaption(caption);
+    const std::pair before(native_.synchronized, other);
     caption->setLiteral(L"new");
-    EXPECT_EQ(native_.caption + nativeSecond.caption, L"newnew");
     second->setCaption(std::make_shared<TextDescriptor>(L"own"));
-    const unsigned before = nativeSecond.synchronized;
     caption->setLiteral(L"newer");
-    EXPECT_EQ(native_.caption + nativeSecond.caption, L"newerown");
-    EXPECT_EQ(nativeSecond.synchronized, before);
+    EXPECT_EQ(native_.synchronized, before.first + 2);
+    EXPECT_EQ(other, before.second + 2);
 }
 
 // --- Drawing ---
 
-TEST_F(ControlTest, draw_nested_movesTheOriginAndSkipsWhatIsNotPainted) {
+TEST_F(ControlTest, draw_nested_movesTheOriginClipsAndSkipsWhatIsNotPainted) {
     box_->addChild(makeControl<Painted>());
-    box_->addChild(makeControl<Painted>(Rect{30, 30, 39, 39}));
+    const auto last = makeControl<Painted>(Rect{30, 30, 99, 39});
+    box_->addChild(last);
     const auto hidden = makeControl<Painted>(Rect{0, 0, 49, 49});
     hidden->setVisible(false);
     box_->addChild(hidden);
     window_->addChild(box_);
-    window_->addChild(button_);
-    EXPECT_EQ(paint(), (Journal{L"frame 10,10,59,59", L"frame 10,10,19,19", L"frame 40,40,49,49"}));
-    EXPECT_EQ(paint({40, 40, 199, 99}), (Journal{L"frame 10,10,59,59", L"frame 40,40,49,49"}));
-    EXPECT_EQ(paint({60, 60, 199, 99}), Journal());
-}
-
-TEST_F(ControlTest, draw_clippingAndFailing_leavesOriginAndClippingAsTheyWere) {
-    const auto child = makeControl<Painted>(Rect{5, 5, 80, 80});
+    EXPECT_EQ(drawn(*window_),
+              (Journal{L"frame 10,10,59,59", L"frame 10,10,19,19", L"frame 40,40,109,49"}));
     box_->setClipsChildren(true);
-    box_->addChild(child);
-    window_->addChild(box_);
-    EXPECT_EQ(paint(), (Journal{L"frame 10,10,59,59", L"clip 10,10,59,59", L"frame 15,15,90,90",
-                                L"unclip"}));
-    child->failsToDraw = true;
-    EXPECT_EQ(thrownText([&] { paint(); }), L"!failsToDraw");
-    EXPECT_EQ(graphics().journal.back(), L"unclip");
+    EXPECT_EQ(
+        drawn(*window_, {40, 40, 199, 99}),
+        (Journal{L"frame 10,10,59,59", L"clip 10,10,59,59", L"frame 40,40,109,49", L"unclip"}));
+    EXPECT_EQ(drawn(*window_, {60, 60, 199, 99}), Journal());
+    last->failsToDraw = true;
+    EXPECT_EQ(thrownText([&] { drawn(*window_); }), L"!failsToDraw");
+    EXPECT_EQ(recordingOf<RecordingGraphics>(*window_->graphicsService()).journal.back(),
+              L"unclip");
     EXPECT_EQ(window_->graphicsService()->origin(), (Point{0, 0}));
 }
 
@@ -227,12 +208,13 @@ TEST_F(ControlTest, colors_unset_comeFromTheNearestAncestorThatSetsThem) {
     outer->setColor(ColorRole::kBackground, Color::rgb(255, 255, 255));
     inner->setColor(ColorRole::kText, Color::rgb(7, 8, 9));
     window_->setColors(outer);
-    EXPECT_EQ(paint(), (Journal{L"fill 0,0,199,99 #ffffff"}));
+    button_->setColors(outer);
+    window_->addChild(button_);
+    EXPECT_EQ(drawn(*window_), (Journal{L"fill 0,0,199,99 #ffffff"}));
     box_->setColors(inner);
     window_->addChild(box_);
     EXPECT_EQ(box_->color(ColorRole::kText), Color::rgb(7, 8, 9));
     EXPECT_EQ(box_->color(ColorRole::kBackground), Color::rgb(255, 255, 255));
-    EXPECT_FALSE(box_->color(ColorRole::kBorder).isSet);
 }
 
 // --- Arrangement ---

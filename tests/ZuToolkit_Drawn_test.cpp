@@ -1,5 +1,4 @@
-#include <gtest/gtest.h>
-
+// Drawn widgets: what they measure, draw and send, and what scrolls them.
 #include <algorithm>
 
 #include "ZuButton.h"
@@ -10,53 +9,21 @@
 #include "ZuLink.h"
 #include "ZuMarkupView.h"
 #include "ZuScrollable.h"
-#include "support/FrameworkTest.h"
-#include "support/RecordingBackend.h"
+#include "support/ToolkitTest.h"
 
 namespace zustd {
 namespace {
 
 using namespace test;
 
-class DrawnTest : public ::testing::Test {
+class DrawnTest : public ToolkitTest {
 protected:
-    DrawnTest() {
-        window_->setBoundary({0, 0, 399, 299});
-        window_->synchronizeTree();
-    }
-    template <class W>
-    std::shared_ptr<W> shown(std::shared_ptr<W> widget, const Rect& boundary) {
-        window_->addChild(widget);
-        widget->setBoundary(boundary);
-        widget->connect(log_, false);
-        return widget;
-    }
-    // What drawing a widget asks of the backend.
-    Journal drawn(Control& control) {
-        Journal& journal = recordingOf<RecordingGraphics>(*window_->graphicsService()).journal;
-        journal.clear();
-        control.drawAsRoot(*window_->graphicsService());
-        return journal;
-    }
-    static bool has(const Journal& journal, const std::wstring& entry) {
+    DrawnTest() { window_->setBoundary({0, 0, 399, 299}); }
+
+    bool draws(Control& control, const std::wstring& entry) {
+        const Journal journal = drawn(control);
         return std::find(journal.begin(), journal.end(), entry) != journal.end();
     }
-    bool mouse(MouseAction action, Point position, std::int32_t wheel = 0,
-               std::uint32_t modifiers = 0) {
-        return window_->inputRouter()->routeMouse({action, position, wheel, modifiers});
-    }
-    void click(Point position) {
-        mouse(MouseAction::kLeftDown, position);
-        mouse(MouseAction::kLeftUp, position);
-    }
-    bool key(std::uint32_t code) { return window_->inputRouter()->routeKey({code, 0}); }
-    RecordingWindowService& native() {
-        return recordingOf<RecordingWindowService>(*window_->windowService());
-    }
-
-    std::shared_ptr<WindowService> host_ = makeRecordingWindowService();
-    std::shared_ptr<NativeWindow> window_ = host_->createNativeWindow();
-    std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
 };
 
 // --- Texts ---
@@ -86,7 +53,7 @@ TEST_F(DrawnTest, text_changed_showsAtOnce) {
     const auto label = shown(makeControl<Label>(L"old"), {10, 10, 59, 29});
     const auto text = std::make_shared<TextDescriptor>(L"new");
     label->setTextDescriptor(text);
-    EXPECT_TRUE(has(drawn(*label), L"text 0,0,49,19 new"));
+    EXPECT_TRUE(draws(*label, L"text 0,0,49,19 new"));
     native().journal.clear();
     text->setLiteral(L"newer");
     EXPECT_EQ(native().journal, Journal{L"invalidate 10,10,59,29"});
@@ -114,7 +81,7 @@ TEST_F(DrawnTest, link_states_showAndSend) {
     EXPECT_EQ(link->cursor(), MouseCursor::kHand);
     mouse(MouseAction::kMove, {12, 12});
     click({12, 12});
-    EXPECT_TRUE(has(drawn(*link), L"focus 0,0,27,15"));
+    EXPECT_TRUE(draws(*link, L"focus 0,0,27,15"));
     EXPECT_EQ(log_->take(),
               L"enterHovering enterFocus enterLeftClicking leaveLeftClicking leftClicked");
     EXPECT_TRUE(key(kKeyEnter));
@@ -128,11 +95,16 @@ TEST_F(DrawnTest, link_states_showAndSend) {
 // --- Images ---
 
 TEST_F(DrawnTest, icon_drawn_centredScaledAndPaler) {
-    const auto icon = shown(makeControl<Icon>(std::make_shared<BitmapDescriptor>(7, Size{16, 16})),
-                            {0, 0, 35, 19});
+    const auto icon = shown(makeControl<Icon>(), {0, 0, 35, 19});
+    {
+        const TraceCapture trace(kTraceLevelInfo);
+        EXPECT_EQ(drawn(*icon), Journal{});
+        EXPECT_EQ(trace.messages(),
+                  Lines{"Icon::drawSelf: warning: bitmap set to visible but no bitmap provided"});
+    }
+    icon->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{16, 16}));
     EXPECT_EQ(drawn(*icon), Journal{L"bitmap 7 10,2 1.00"});
     icon->setOpacity(0.5);
-    EXPECT_EQ(drawn(*icon), Journal{L"bitmap 7 10,2 0.50"});
     icon->setEnabled(false);
     EXPECT_EQ(drawn(*icon), Journal{L"bitmap 7 10,2 0.20"});
     icon->setOpacity(7.0);
@@ -143,28 +115,18 @@ TEST_F(DrawnTest, icon_drawn_centredScaledAndPaler) {
     EXPECT_EQ(drawn(*icon), Journal{});
 }
 
-TEST_F(DrawnTest, icon_visibleWithoutBitmap_warnsAndDrawsNothing) {
-    const auto icon = shown(makeControl<Icon>(), {0, 0, 35, 19});
-    const TraceCapture trace(kTraceLevelInfo);
-    EXPECT_EQ(drawn(*icon), Journal{});
-    EXPECT_EQ(trace.messages(),
-              Lines{"Icon::drawSelf: warning: bitmap set to visible but no bitmap provided"});
-    EXPECT_EQ(icon->preferredSize(), (Size{0, 0}));
-}
-
 // --- Button ---
 
-TEST_F(DrawnTest, button_states_changeItsFace) {
+TEST_F(DrawnTest, button_states_changeItsFaceAndSize) {
     const auto button = shown(makeControl<Button>(L"&Go"), {0, 0, 59, 25});
     const auto face = [&] { return drawn(*button).at(0); };
     const std::wstring normal = face();
-    EXPECT_EQ(normal.substr(0, 19), L"gradient 0,0,59,25 ");
+    EXPECT_TRUE(normal.starts_with(L"gradient 0,0,59,25 "));
     mouse(MouseAction::kMove, {5, 5});
     const std::wstring hovered = face();
     EXPECT_NE(hovered, normal);
     mouse(MouseAction::kLeftDown, {5, 5});
-    const std::wstring pressed = face();
-    EXPECT_NE(pressed, hovered);
+    EXPECT_TRUE(face() != hovered && face() != normal);
     // Pulled off, it is up again.
     mouse(MouseAction::kMove, {100, 100});
     EXPECT_EQ(face(), normal);
@@ -173,7 +135,6 @@ TEST_F(DrawnTest, button_states_changeItsFace) {
     EXPECT_NE(face(), normal);
     EXPECT_EQ(button->preferredSize(), (Size{14 + 20, 16 + 10}));
     button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{24, 24}));
-    EXPECT_EQ(button->preferredSize(), (Size{24 + 5 + 14 + 20, 24 + 10}));
     native().scalingFactor = 2.0;
     EXPECT_EQ(button->preferredSize(), (Size{48 + 10 + 14 + 40, 48 + 20}));
 }
@@ -183,10 +144,11 @@ TEST_F(DrawnTest, button_toggles_beforeTheClickIsHeard) {
     click({5, 5});
     EXPECT_FALSE(button->isChecked());
     button->setToggles(true);
-    const auto listener = std::make_shared<Listener>();
     bool heard = false;
-    button->connect(listener, false);
-    listener->next = [&] { heard = button->isChecked(); };
+    button->connect(std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+                        heard |= kind == Control::kLeftClicked && button->isChecked();
+                    }),
+                    false);
     EXPECT_TRUE(key(kKeySpace));
     EXPECT_TRUE(heard);
     click({5, 5});
@@ -231,25 +193,12 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     EXPECT_FALSE(fork->isOpen());
 }
 
-TEST_F(DrawnTest, fork_focusInTheBody_ignoresItsKeysAndTakesItWhenClosing) {
-    const auto fork = shown(makeControl<ForkControl>(L"More"), {0, 0, 199, 19});
-    const auto inside = makeControl<Label>(L"inside");
-    inside->setFocusable(true);
-    fork->body().addChild(inside);
-    fork->setOpen(true);
-    ASSERT_TRUE(inside->takeFocus());
-    KeyEvent left;
-    left.key = kKeyLeft;
-    EXPECT_FALSE(fork->onKey(left));
-    EXPECT_TRUE(fork->isOpen());
-    fork->setOpen(false);
-    EXPECT_TRUE(fork->hasFocus());
-}
-
-TEST_F(DrawnTest, fork_inAFork_growsBoth) {
+TEST_F(DrawnTest, fork_inAFork_growsBothAndTakesTheFocusWhenClosing) {
     const auto outer = shown(makeControl<ForkControl>(L"outer"), {0, 0, 199, 19});
     const auto inner = makeControl<ForkControl>(L"inner");
-    inner->body().addChild(makeControl<Label>(L"text"));
+    const auto label = makeControl<Label>(L"text");
+    label->setFocusable(true);
+    inner->body().addChild(label);
     outer->body().addChild(inner);
     outer->setOpen(true);
     const std::int32_t header = outer->headerHeight();
@@ -257,7 +206,12 @@ TEST_F(DrawnTest, fork_inAFork_growsBoth) {
     inner->setOpen(true);
     EXPECT_EQ(inner->boundary().height(), header + 16);
     EXPECT_EQ(outer->boundary().height(), 2 * header + 16);
+    // Keys for what is inside are not its own.
+    ASSERT_TRUE(label->takeFocus());
+    EXPECT_FALSE(inner->onKey({kKeyLeft, 0}));
+    EXPECT_TRUE(inner->isOpen());
     inner->setOpen(false);
+    EXPECT_TRUE(inner->hasFocus());
     EXPECT_EQ(outer->boundary().height(), 2 * header);
 }
 
@@ -296,6 +250,9 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
     EXPECT_EQ(bar(false).shown, (ShownState{{0, 184, 83, 199}, true, true}));
     EXPECT_EQ(view_->highestPosition(), (Point{300 - 84, 500 - 184}));
     EXPECT_EQ(view_->scrollBar(true)->highestPosition(), 500 - 184);
+    EXPECT_TRUE(draws(*view_, L"clip 0,0,83,183"));
+    EXPECT_EQ(window_->controlAt({90, 190}), view_.get()) << "the corner between the bars";
+    EXPECT_EQ(window_->controlAt({50, 50}), &sheet());
     // 200 high fits, but not beside the bar that the width needs.
     sheet().wanted = {100, 200};
     view_->arrange();
@@ -328,7 +285,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_FALSE(key(kKeyPageUp));
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120));
     EXPECT_EQ(view_->scrollPosition(), (Point{0, 48}));
-    EXPECT_EQ(bar(true).position, 48);
+    EXPECT_EQ(view_->scrollBar(true)->position(), 48);
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierShift));
     EXPECT_TRUE(mouse(MouseAction::kHorizontalWheel, {5, 5}, -60));
     EXPECT_EQ(view_->scrollPosition(), (Point{24, 48}));
@@ -356,14 +313,6 @@ TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     sheet().notify(Control::kShouldScrollChildIntoView, MessageWord::ofObject(corner_.get()));
     EXPECT_EQ(view_->scrollPosition().x, 249 - 83);
     EXPECT_FALSE(view_->scrollTo(*window_));
-}
-
-TEST_F(ScrollTest, draw_isClippedToTheViewport) {
-    view_->scrollTo(Point{10, 20});
-    EXPECT_TRUE(has(drawn(*view_), L"clip 0,0,83,183"));
-    // What lies outside of the viewport is not hit.
-    EXPECT_EQ(window_->controlAt({90, 190}), view_.get());
-    EXPECT_EQ(window_->controlAt({50, 50}), &sheet());
 }
 
 TEST_F(DrawnTest, scrolledMarkup_wraps_atTheViewport) {

@@ -1,12 +1,10 @@
-#include <gtest/gtest.h>
-
+// The markup view: its language, its sizes, its links, and whatever else comes.
 #include <algorithm>
 #include <chrono>
 
 #include "ZuMarkupView.h"
 #include "ZuText.h"
-#include "support/FrameworkTest.h"
-#include "support/RecordingBackend.h"
+#include "support/ToolkitTest.h"
 
 namespace zustd {
 namespace {
@@ -40,37 +38,15 @@ std::wstring elementsOf(const MarkupView& view) {
     return all;
 }
 
-class MarkupTest : public ::testing::Test {
+class MarkupTest : public ToolkitTest {
 protected:
-    MarkupTest() {
-        window_->setBoundary({0, 0, 399, 299});
-        window_->synchronizeTree();
-        window_->addChild(view_);
-        view_->connect(log_, false);
-    }
+    MarkupTest() { window_->setBoundary({0, 0, 399, 299}); }
 
-    std::wstring parsed(const std::wstring& markup) {
-        view_->setMarkup(markup);
-        return elementsOf(*view_);
-    }
-    void mouse(MouseAction action, Point position) {
-        window_->inputRouter()->routeMouse({action, position, 0, 0});
-    }
-    void click(Point position) {
-        mouse(MouseAction::kLeftDown, position);
-        mouse(MouseAction::kLeftUp, position);
-    }
-    bool key(std::uint32_t code) { return window_->inputRouter()->routeKey({code, 0}); }
-    RecordingWindowService& native() {
-        return recordingOf<RecordingWindowService>(*window_->windowService());
-    }
     Size size() const { return view_->boundary().size(); }
     Rect place(std::size_t element) const { return view_->children()[element]->boundary(); }
+    void clickLink() { dynamic_cast<MarkupLink&>(*view_->children()[0]).click(); }
 
-    std::shared_ptr<WindowService> host_ = makeRecordingWindowService();
-    std::shared_ptr<NativeWindow> window_ = host_->createNativeWindow();
-    std::shared_ptr<MarkupView> view_ = makeControl<MarkupView>();
-    std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
+    std::shared_ptr<MarkupView> view_ = shown(makeControl<MarkupView>());
 };
 
 // --- The language ---
@@ -106,7 +82,8 @@ TEST_F(MarkupTest, parse_runsAndTags_becomeElements) {
     for (const auto& row : kRows) {
         view_->setMarkup(L"");
         view_->setWordWrap(false);
-        EXPECT_EQ(parsed(row.markup), row.elements) << narrow(row.markup);
+        view_->setMarkup(row.markup);
+        EXPECT_EQ(elementsOf(*view_), row.elements) << narrow(row.markup);
     }
 }
 
@@ -144,16 +121,11 @@ TEST_F(MarkupTest, size_plain_isContentAndMargins) {
     EXPECT_EQ(view_->preferredSize(), (Size{20, 40}));
 }
 
-TEST_F(MarkupTest, size_breakFirst_leavesAnEmptyLine) {
-    view_->setMarkup(L"<br/><font size=\"20\">ab");
+TEST_F(MarkupTest, size_fontsMixed_standOnOneLineAndLeaveEmptyOnes) {
+    view_->setMarkup(L"<br/>a<font size=\"20\">b");
     EXPECT_EQ(size(), (Size{14, 16 + 25}));
-    EXPECT_EQ(place(1).top, 16);
-}
-
-TEST_F(MarkupTest, row_sizesMixed_standsOnOneLine) {
-    view_->setMarkup(L"a<font size=\"20\">b");
-    EXPECT_EQ(place(0), (Rect{0, 9, 6, 24}));
-    EXPECT_EQ(place(1), (Rect{7, 0, 13, 24}));
+    EXPECT_EQ(place(1), (Rect{0, 16 + 9, 6, 16 + 24}));
+    EXPECT_EQ(place(2), (Rect{7, 16, 13, 16 + 24}));
 }
 
 TEST_F(MarkupTest, wrap_givenWidth_breaksAndKeepsIt) {
@@ -201,43 +173,40 @@ TEST_F(MarkupTest, markup_setBefore_isParsedOnTheSurface) {
     EXPECT_EQ(view->boundary(), (Rect{0, 0, 14, 15}));
 }
 
-TEST_F(MarkupTest, fonts_oneState_areShared) {
-    view_->setMarkup(L"a<b>b</b>c<b>d");
-    EXPECT_EQ(&dynamic_cast<MarkupText&>(*view_->children()[0]).fontStyle(),
-              &dynamic_cast<MarkupText&>(*view_->children()[2]).fontStyle());
+TEST_F(MarkupTest, font_otherFace_isTakenByTheNextText) {
+    view_->setMarkup(L"a<b>b");
     view_->font().setFaceName(L"Courier");
     EXPECT_EQ(dynamic_cast<MarkupText&>(*view_->children()[1]).fontStyle().faceName, L"Courier");
-    EXPECT_EQ(elementsOf(*view_), L"[a][b|b][c][d|b]");
+    EXPECT_EQ(elementsOf(*view_), L"[a][b|b]");
 }
 
 // --- Links ---
 
-TEST_F(MarkupTest, parse_receiverOfALeavingLinkSetsMarkup_showsTheNewOnce) {
-    class Changer : public MessageSink {
-    public:
-        explicit Changer(MarkupView& view) : view_(view) {}
-        bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
-            if (kind == Control::kLeaveHovering) {
-                view_.setMarkup(L"last");
-            }
-            return false;
+TEST_F(MarkupTest, receivers_setMarkup_atAnyTimeIsSafeAndShownOnce) {
+    const auto changer = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+        if (kind == Control::kLeaveHovering || kind == kShowHelp ||
+            kind == ChangeTracker::kPropertyChanged) {
+            view_->setMarkup(L"last");
         }
-
-    private:
-        MarkupView& view_;
-    };
-    view_->setMarkup(L"<a leftclickmessage=\"m.C\">link</a>");
-    const auto changer = std::make_shared<Changer>(*view_);
+    });
     view_->connect(changer, false);
+    view_->setMarkup(L"<a leftclickmessage=\"m.C\">link</a>");
     view_->children()[0]->connect(changer, false);
     mouse(MouseAction::kMove, {10, 5});
     view_->setMarkup(L"outer");
     EXPECT_EQ(elementsOf(*view_), L"[last]");
     EXPECT_EQ(view_->markup(), L"last");
+    view_->setMarkup(L"<a leftclickmessage=\"showHelp.MarkupTest\">help</a>");
+    clickLink();
+    EXPECT_EQ(elementsOf(*view_), L"[last]");
+    // In the middle of parsing.
+    view_->font().connect(changer, false);
+    view_->setMarkup(L"<b>x");
+    EXPECT_EQ(elementsOf(*view_), L"[last]");
 }
 
-TEST_F(MarkupTest, link_clicked_sendsItsMessageFromTheView) {
-    view_->setMarkup(L"text <a leftclickmessage=\"showHelp.MarkupTest\">help</a>");
+TEST_F(MarkupTest, link_clickedOrByKey_sendsItsMessageFromTheView) {
+    view_->setMarkup(L"text <a leftclickmessage=\"showHelp.MarkupTest\">help</a> <a>two</a>");
     click({40, 5});
     ASSERT_FALSE(log_->entries.empty());
     EXPECT_EQ(log_->entries.back().name, L"showHelp.MarkupTest");
@@ -246,50 +215,31 @@ TEST_F(MarkupTest, link_clicked_sendsItsMessageFromTheView) {
     log_->take();
     click({10, 5});
     EXPECT_EQ(log_->take(), L"enterLeftClicking leaveLeftClicking leftClicked");
-}
-
-TEST_F(MarkupTest, link_withoutSafeMessage_sendsNothing) {
-    for (const wchar_t* name :
-         {L"", L"nobody.Knows", L"close.Control", L"timerTick.Timer",
-          L"shouldScrollChildIntoView.Control", L"propertyChanged.ChangeTracker"}) {
-        view_->setMarkup(std::wstring(L"<a leftclickmessage=\"") + name + L"\">link</a>");
-        dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
-        EXPECT_EQ(log_->take().find(L'.'), std::wstring::npos);
-        EXPECT_TRUE(log_->entries.empty());
-    }
-    view_->setMarkup(L"<a leftclickmessage=\"scrolled.Control\">link</a>");
-    log_->take();
-    dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
-    EXPECT_EQ(log_->take(), L"scrolled");
-}
-
-TEST_F(MarkupTest, link_hoverAndFocus_show) {
-    view_->setMarkup(L"text <a leftclickmessage=\"showHelp.MarkupTest\">help</a> <a>two</a>");
-    mouse(MouseAction::kMove, {40, 5});
-    EXPECT_EQ(native().cursor, MouseCursor::kHand);
-    mouse(MouseAction::kMove, {10, 5});
-    EXPECT_EQ(native().cursor, MouseCursor::kArrow);
-    EXPECT_TRUE(key(kKeyTab));
     EXPECT_TRUE(view_->children()[1]->hasFocus());
-    auto& graphics = recordingOf<RecordingGraphics>(*window_->graphicsService());
-    view_->drawAsRoot(*window_->graphicsService());
-    const Journal& journal = graphics.journal;
+    const Journal journal = drawn(*view_);
     EXPECT_NE(std::find(journal.begin(), journal.end(), L"focus 35,0,62,15"), journal.end());
-    log_->take();
     EXPECT_TRUE(key(kKeyEnter));
     EXPECT_EQ(log_->take(), L"showHelp");
     EXPECT_TRUE(key(kKeyTab));
     EXPECT_TRUE(view_->children()[3]->hasFocus());
 }
 
-// A receiver that changes the view in the middle of a click.
-TEST_F(MarkupTest, link_receiverReplacesMarkup_isSafe) {
-    view_->setMarkup(L"<a leftclickmessage=\"showHelp.MarkupTest\">help</a>");
-    const auto listener = std::make_shared<Listener>();
-    view_->connect(listener, false);
-    listener->next = [this] { view_->setMarkup(L"new"); };
-    dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
-    EXPECT_EQ(elementsOf(*view_), L"[new]");
+TEST_F(MarkupTest, link_withoutSafeMessage_sendsNothing) {
+    const std::tuple<std::wstring, bool, const wchar_t*> links[] = {
+        {L"", false, L""},
+        {L"nobody.Knows", false, L""},
+        {L"close.Control", true, L""},
+        {L"timerTick.Timer", true, L""},
+        {L"shouldScrollChildIntoView.Control", true, L""},
+        {L"propertyChanged.ChangeTracker", true, L""},
+        {L"scrolled.Control", true, L"scrolled"}};
+    for (const auto& [name, isKind, sent] : links) {
+        view_->setMarkup(L"<a leftclickmessage=\"" + name + L"\">link</a>");
+        log_->take();
+        clickLink();
+        EXPECT_EQ(log_->take(), sent) << narrow(name);
+        EXPECT_EQ(MessageKind::find(name) != nullptr, isKind) << narrow(name);
+    }
 }
 
 // --- Whatever comes ---
@@ -327,32 +277,13 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
 }
 
 TEST_F(MarkupTest, random_tagSoup_neverThrows) {
-    static const wchar_t* const kParts[] = {L"<",
-                                            L">",
-                                            L"\"",
-                                            L"=",
-                                            L" ",
-                                            L"a",
-                                            L"<a ",
-                                            L"</a>",
-                                            L"<b>",
-                                            L"<font ",
-                                            L"size",
-                                            L"</font>",
-                                            L"<br/>",
-                                            L"&lt;",
-                                            L"&",
-                                            L"-",
-                                            L"<control ",
-                                            L"width",
-                                            L"wordwrap=\"true\"",
-                                            L"\n",
-                                            L"hmargin=\"-2147483648\"",
-                                            L"maxwidth=\"2147483647\"",
-                                            L"vspacing=\"-9999999999\"",
-                                            L"'",
-                                            L"/",
-                                            L"\xD800"};
+    // clang-format off
+    static const wchar_t* const kParts[] = {
+        L"<", L">", L"\"", L"=", L" ", L"a", L"<a ", L"</a>", L"<b>", L"<font ", L"size", L"</font>",
+        L"<br/>", L"&lt;", L"&", L"-", L"<control ", L"width", L"wordwrap=\"true\"", L"\n",
+        L"hmargin=\"-2147483648\"", L"maxwidth=\"2147483647\"", L"vspacing=\"-9999999999\"", L"'",
+        L"/", L"\xD800"};
+    // clang-format on
     for (std::uint64_t seed = 0; seed < 300; ++seed) {
         Random random(seed);
         std::wstring markup;
@@ -362,8 +293,7 @@ TEST_F(MarkupTest, random_tagSoup_neverThrows) {
         SCOPED_TRACE(random.label());
         EXPECT_EQ(thrownText([&] { view_->setMarkup(markup); }), L"nothing");
         view_->setBoundary(Rect::at({0, 0}, {static_cast<std::int32_t>(random.below(200)), 5}));
-        view_->drawAsRoot(*window_->graphicsService());
-        recordingOf<RecordingGraphics>(*window_->graphicsService()).journal.clear();
+        drawn(*view_);
     }
 }
 

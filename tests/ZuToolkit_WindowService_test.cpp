@@ -17,11 +17,6 @@ protected:
         return texts;
     }
     void addTexts() { service_->registerService(makeService<NumberedTexts>(), true, true); }
-    std::shared_ptr<ApplicationService> addApplication() {
-        auto application = makeRecordingApplicationService();
-        service_->registerService(application, true, true);
-        return application;
-    }
 
     std::shared_ptr<WindowService> service_ = makeRecordingWindowService();
     RecordingWindowService& native_ = recordingOf<RecordingWindowService>(*service_);
@@ -38,23 +33,19 @@ TEST_F(MessageTest, buttons_withAndWithoutResourceService_haveTextsOrPlaceholder
     addTexts();
     service_->askYesNo(L"t", L"c");
     EXPECT_EQ(buttonTexts(), (Texts{L"text 9007", L"{IDS_NO}"}));
-    EXPECT_EQ(box().cancelAnswer, kAnswerNone);
     service_->askOKCancel(L"t", L"c");
     EXPECT_EQ(buttonTexts(), (Texts{L"text 9001", L"text 9002"}));
-    EXPECT_EQ(box().cancelAnswer, kAnswerCancel);
     service_->showMessage(L"t", L"c", kMessageOk | kMessageDefaultThird, L"key");
     EXPECT_EQ(buttonTexts(), (Texts{L"text 9001"}));
-    EXPECT_EQ(box().cancelAnswer, kAnswerOk);
     EXPECT_EQ(box().defaultButton, 0U);
-    service_->showMessage(L"t", L"c", kMessageYesNo | kMessageDefaultSecond);
-    EXPECT_EQ(box().defaultButton, 1U);
-    EXPECT_EQ(native_.journal, (Journal{L"askYesNoCancel", L"askYesNo", L"askOKCancel",
-                                        L"showMessage", L"askYesNo"}));
+    EXPECT_EQ(native_.journal,
+              (Journal{L"askYesNoCancel", L"askYesNo", L"askOKCancel", L"showMessage"}));
 }
 
 TEST_F(MessageTest, remember_checked_answersWithoutABoxFromThenOn) {
     addTexts();
-    const auto application = addApplication();
+    const auto application = makeRecordingApplicationService();
+    service_->registerService(application, true, true);
     // Whether the box is checked, the user's answer, the key, what comes back,
     // and how many boxes were shown by then.
     const std::tuple<bool, int, const wchar_t*, int, std::size_t> kQuestions[] = {
@@ -98,12 +89,9 @@ TEST_F(MessageTest, bitmapsSurfacesAndMissingHalf_scaleLiveAndFailAsTheyShould) 
     native_.scalingFactor = 1.5;
     EXPECT_EQ(service_->getBitmap(BitmapDescriptor()), nullptr);
     EXPECT_EQ(service_->getBitmap(BitmapDescriptor(321, {16, 15}))->size(), (Size{24, 23}));
-    EXPECT_EQ(service_->getBitmap(BitmapDescriptor(321))->size(), (Size{0, 0}));
-    auto dialog = service_->createNativeDialog(NativeDialog::kStyleResizable);
-    EXPECT_EQ(dialog->style(), NativeDialog::kStyleResizable);
+    auto dialog = service_->createNativeDialog();
     const std::weak_ptr<WindowService> own = dialog->windowService();
     EXPECT_NE(own.lock(), service_);
-    EXPECT_NE(dialog->graphicsService(), nullptr);
     dialog.reset();
     EXPECT_TRUE(own.expired()) << "a surface's own service dies with it";
     const auto unjoined = makeService<WindowService>();

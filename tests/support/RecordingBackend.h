@@ -1,15 +1,17 @@
 // A second backend of the toolkit, without a screen: it makes every portable
-// object, records what is asked of it, and keeps mirrors of what a native
-// object would show.
+// object and records what is asked of it.
 //
 // Tests reach a widget's backend with recordingOf<T>(*widget) and play the user
 // through the portable accept operations and the surface's input router, which
-// is all that a real backend does.
+// is all that a real backend does. What native objects then show is the matter
+// of the tests of the real backend.
 #pragma once
 
-#include <map>
+#include <concepts>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "ZuApplicationService.h"
@@ -30,10 +32,35 @@
 
 namespace zustd::test {
 
+template <class T>
+using Shared = std::shared_ptr<T>;
+
 // What happened, in order, as "operation argument argument".
 using Journal = std::vector<std::wstring>;
 
+std::wstring textOf(std::wstring_view text);
+std::wstring textOf(double number);
+// An index of nothing is -1.
+std::wstring textOf(std::integral auto number) {
+    return std::to_wstring(static_cast<std::int64_t>(number));
+}
+std::wstring textOf(Point point);
 std::wstring textOf(const Rect& rect);
+std::wstring textOf(Color color);
+// The identifier of its resource.
+std::wstring textOf(const Bitmap& bitmap);
+
+class Journaling {
+public:
+    Journal journal;
+
+protected:
+    template <class... Args>
+    void note(std::wstring entry, const Args&... args) {
+        ((entry += L' ' + textOf(args)), ...);
+        journal.push_back(std::move(entry));
+    }
+};
 
 // What a native object would show of any widget.
 struct ShownState {
@@ -44,18 +71,18 @@ struct ShownState {
     friend bool operator==(const ShownState&, const ShownState&) = default;
 };
 
-// The life of a native object: made by the first synchronisation, counted.
+// A widget's backend. The life of the native object is counted: it is made by
+// the first synchronisation.
 template <class Base>
-class Recording : public Base {
+class Recording : public Base, public Journaling {
 public:
     void synchronizeWithAbstraction() override {
-        if (failsToCreate) {
-            return;
-        }
         created += native_ ? 0U : 1U;
         native_ = true;
         ++synchronized;
-        capture();
+        const Control& control = this->getAbstraction();
+        shown = {control.boundaryOnSurface(), control.isShown(), control.isUsable()};
+        fill();
     }
     void releaseNativeObject() override {
         released += native_ ? 1U : 0U;
@@ -66,197 +93,106 @@ public:
     unsigned created = 0;
     unsigned released = 0;
     unsigned synchronized = 0;
-    bool failsToCreate = false;
     ShownState shown;
 
-protected:
-    // Copies what a native object would be given.
-    virtual void capture() {
-        const Control& control = this->getAbstraction();
-        shown = {control.boundaryOnSurface(), control.isShown(), control.isUsable()};
-    }
-
 private:
+    // Brings the items of those that have some.
+    virtual void fill() {}
+
     bool native_ = false;
 };
 
-class RecordingButton : public Recording<Implementation<NativeButton, INativeButtonImpl>> {
-public:
-    std::wstring caption;
-    bool checked = false;
+template <class A, class I>
+using RecordingWidget = Recording<Implementation<A, I>>;
 
-protected:
-    void capture() override;
-};
+using RecordingButton = RecordingWidget<NativeButton, INativeButtonImpl>;
+using RecordingTextBox = RecordingWidget<NativeTextBox, INativeTextBoxImpl>;
+using RecordingWindow = RecordingWidget<NativeWindow, INativeWindowImpl>;
 
-class RecordingTextBox : public Recording<Implementation<NativeTextBox, INativeTextBoxImpl>> {
-public:
-    std::wstring text;
-
-protected:
-    void capture() override;
-};
-
-using RecordingWindow = Recording<Implementation<NativeWindow, INativeWindowImpl>>;
-
-class RecordingDialog : public Recording<Implementation<NativeDialog, INativeDialogImpl>> {
+// Never modal: a modal dialog needs a message loop.
+class RecordingDialog : public RecordingWidget<NativeDialog, INativeDialogImpl> {
 public:
     int show(bool modal) override;
     void hide(int result) override;
-
-    // What the user answers to a modal dialog.
-    int answer = kAnswerCancel;
-    // Places where it was shown.
-    std::vector<Rect> places;
 };
 
-class RecordingPopupMenu : public Recording<Implementation<NativePopupMenu, INativePopupMenuImpl>> {
+// Nothing is ever chosen.
+class RecordingPopupMenu : public RecordingWidget<NativePopupMenu, INativePopupMenuImpl> {
 public:
-    std::uint32_t show(Point place) override;
-
-    std::uint32_t choice = 0;
-    Point shownAt;
+    std::uint32_t show(Point) override { return 0; }
 };
 
-class RecordingScrollBar : public Recording<Implementation<NativeScrollBar, INativeScrollBarImpl>> {
+class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScrollBarImpl> {
 public:
-    void setRange(std::int32_t minimum, std::int32_t maximum) override;
-    void setPageSize(std::int32_t size) override;
-    void setPosition(std::int32_t position) override;
-    std::int32_t getPosition() const override { return position; }
-    bool isTracking() const override { return tracking; }
-    void setEnableArrows(bool towardsMinimum, bool towardsMaximum) override;
+    void setRange(std::int32_t low, std::int32_t high) override { note(L"range", low, high); }
+    void setPageSize(std::int32_t size) override { note(L"page", size); }
+    void setPosition(std::int32_t position) override { note(L"position", position); }
+    std::int32_t getPosition() const override { return getAbstraction().position(); }
+    bool isTracking() const override { return false; }
+    void setEnableArrows(bool back, bool on) override { note(L"arrows", back, on); }
     std::int32_t getThickness() const override { return 16; }
-
-    std::int32_t minimum = 0;
-    std::int32_t maximum = 0;
-    std::int32_t pageSize = 0;
-    std::int32_t position = 0;
-    bool tracking = false;
-    bool canGoBack = false;
-    bool canGoOn = false;
 };
 
-class RecordingProgressBar
-    : public Recording<Implementation<NativeProgressBar, INativeProgressBarImpl>> {
+class RecordingProgressBar : public RecordingWidget<NativeProgressBar, INativeProgressBarImpl> {
 public:
-    void setRange(std::int32_t minimum, std::int32_t maximum) override;
-    void setPosition(std::int32_t position) override;
-    std::int32_t getPosition() const override { return position; }
-    void setEnableMarqueeAnimation(bool enable) override { marquee = enable; }
-    void setMarqueeInterval(std::uint32_t milliseconds) override { interval = milliseconds; }
-    void setState(ProgressState newState) override { state = newState; }
+    void setRange(std::int32_t low, std::int32_t high) override { note(L"range", low, high); }
+    void setPosition(std::int32_t position) override { note(L"position", position); }
+    std::int32_t getPosition() const override { return getAbstraction().position(); }
+    void setEnableMarqueeAnimation(bool enable) override { note(L"marquee", enable); }
+    void setMarqueeInterval(std::uint32_t milliseconds) override {
+        note(L"interval", milliseconds);
+    }
+    void setState(ProgressState state) override { note(L"state", static_cast<int>(state)); }
     std::int32_t getThickness() const override { return 12; }
-
-    std::int32_t minimum = 0;
-    std::int32_t maximum = 0;
-    std::int32_t position = 0;
-    bool marquee = false;
-    std::uint32_t interval = 0;
-    ProgressState state = ProgressState::kNormal;
 };
 
 class RecordingComboBox : public Recording<ComboBoxImplementation> {
-public:
-    std::vector<std::wstring> items;
-    std::size_t selected = kNullSize;
-    unsigned rebuilt = 0;
-
-protected:
-    void capture() override;
-    void mirrorAdded(std::size_t index) override;
-    void mirrorRemoved(std::size_t index) override;
-    void mirrorCleared() override;
-    void mirrorSelection() override;
-};
-
-struct ShownRow {
-    std::wstring key;
-    std::wstring firstCell;
-    std::int32_t bitmap = GridModel::kNoBitmap;
-    bool checked = false;
-    bool selected = false;
-
-    friend bool operator==(const ShownRow&, const ShownRow&) = default;
+    void fill() override { note(L"fill"); }
+    void mirrorAdded(std::size_t index) override { note(L"added", index); }
+    void mirrorRemoved(std::size_t index) override { note(L"removed", index); }
+    void mirrorCleared() override { note(L"cleared"); }
+    void mirrorSelection() override { note(L"selection", getSelectedItem()); }
 };
 
 class RecordingGridView : public Recording<GridViewImplementation> {
 public:
-    void resizeColumns() override { ++columnsResized; }
-    void synchronizeBitmaps() override { ++bitmapsSynchronized; }
-
-    // What the model holds, to compare the mirror with.
-    std::vector<ShownRow> wanted() const;
-
-    std::vector<ShownRow> rows;
-    unsigned rebuilt = 0;
-    unsigned columnsResized = 0;
-    unsigned bitmapsSynchronized = 0;
-
-protected:
-    void capture() override;
-    void mirrorAdded(std::size_t row) override;
-    void mirrorRemoved(std::size_t row) override;
-    void mirrorCleared() override;
-    void mirrorRow(std::size_t row) override;
-    void mirrorSelected(std::size_t row, bool selected) override;
-    void mirrorAllSelected(bool selected) override;
+    void resizeColumns() override { note(L"resizeColumns"); }
+    void synchronizeBitmaps() override { note(L"synchronizeBitmaps"); }
 
 private:
-    ShownRow rowOf(std::size_t row) const;
+    void fill() override;
+    void mirrorAdded(std::size_t row) override { note(L"added", row, getRowKey(row)); }
+    void mirrorRemoved(std::size_t row) override { note(L"removed", row); }
+    void mirrorCleared() override { note(L"cleared"); }
+    void mirrorRow(std::size_t row) override { note(L"row", row); }
+    void mirrorSelected(std::size_t row, bool on) override { note(L"selected", row, on); }
+    void mirrorAllSelected(bool on) override { note(L"allSelected", on); }
 };
 
-struct ShownNode {
-    std::wstring caption;
-    std::size_t depth = 0;
-    bool expanded = false;
-    bool checked = false;
-    bool emphasized = false;
-    bool selected = false;
-
-    friend bool operator==(const ShownNode&, const ShownNode&) = default;
-};
-
+// Writes down the nodes' keys.
 class RecordingTreeView : public Recording<TreeViewImplementation> {
 public:
-    void ensureNodeVisible(TreeNode node) override { madeVisible = node; }
-    Rect getNodeBoundary(TreeNode node) const override;
-
-    // All nodes in the order of the expanded tree: as the native object has
-    // them, and as the model does.
-    std::vector<ShownNode> flattened() const;
-    std::vector<ShownNode> wanted() const;
-
-    unsigned rebuilt = 0;
-    TreeNode madeVisible = kNoNode;
-
-protected:
-    void capture() override;
-    void mirrorAdded(TreeNode node) override;
-    void mirrorRemoving(TreeNode node) override;
-    void mirrorCleared() override;
-    void mirrorNode(TreeNode node) override;
-    void mirrorExpanded(TreeNode node) override;
-    void mirrorAllExpanded(TreeNode top) override;
-    void mirrorSelection() override;
+    void ensureNodeVisible(TreeNode node) override { noteNode(L"visible", node); }
+    Rect getNodeBoundary(TreeNode) const override { return {}; }
 
 private:
-    struct Native {
-        ShownNode shown;
-        std::vector<TreeNode> children;
-    };
-
-    ShownNode nodeOf(TreeNode node) const;
-    void flatten(TreeNode parent, std::size_t depth, std::vector<ShownNode>& out) const;
-
-    // The roots are the children of kNoNode.
-    std::map<TreeNode, Native> natives_;
-    TreeNode selected_ = kNoNode;
+    void fill() override;
+    void mirrorAdded(TreeNode node) override { noteNode(L"added", node); }
+    void mirrorRemoving(TreeNode node) override { noteNode(L"removing", node); }
+    void mirrorCleared() override { note(L"cleared"); }
+    void mirrorNode(TreeNode node) override { noteNode(L"node", node); }
+    void mirrorExpanded(TreeNode node) override { noteNode(L"expanded", node); }
+    void mirrorAllExpanded(TreeNode top) override { noteNode(L"allExpanded", top); }
+    void mirrorSelection() override { noteNode(L"selection", getSelectedNode()); }
+    void noteNode(const wchar_t* operation, TreeNode node);
 };
+
+using RecordingFont = Implementation<Font, IFontImpl>;
+using RecordingBitmap = Implementation<Bitmap, IBitmapImpl>;
 
 class RecordingTimer : public Implementation<Timer, ITimerImpl> {
 public:
-    bool start() override;
+    bool start() override { return running_ = true; }
     void stop() override { running_ = false; }
     bool isRunning() const override { return running_; }
     void setInterval(std::uint32_t milliseconds) override { interval_ = milliseconds; }
@@ -270,107 +206,144 @@ private:
     bool running_ = false;
 };
 
-class RecordingFont : public Implementation<Font, IFontImpl> {};
-class RecordingBitmap : public Implementation<Bitmap, IBitmapImpl> {};
-
 // Every character is 7 pixels wide, 8 in bold; a line is the font's size plus 5
 // pixels high.
-class RecordingGraphics : public Implementation<GraphicsService, IGraphicsServiceImpl> {
+class RecordingGraphics : public Implementation<GraphicsService, IGraphicsServiceImpl>,
+                          public Journaling {
 public:
-    void drawGradient(const Rect& area, Color from, Color to, GradientType type) override;
-    void drawBitmap(const Bitmap& bitmap, Point place, double alpha) override;
-    void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha) override;
-    void drawFocusFrame(const Rect& area) override;
-    void drawLine(Point from, Point to) override;
-    void drawRectangle(const Rect& area) override;
-    void drawRectangle(const Rect& area, Color fill) override;
-    void drawText(std::wstring_view text, Point place, const Font& font, Color color) override;
-    void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
-                  const TextFormat& format) override;
+    void drawGradient(const Rect& area, Color from, Color to, GradientType) override {
+        note(L"gradient", area, from, to);
+    }
+    void drawBitmap(const Bitmap& bitmap, Point place, double alpha) override {
+        note(L"bitmap", bitmap, place, alpha);
+    }
+    void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha) override {
+        note(L"stretched", bitmap, area, alpha);
+    }
+    void drawFocusFrame(const Rect& area) override { note(L"focus", area); }
+    void drawLine(Point from, Point to) override { note(L"line", from, to); }
+    void drawRectangle(const Rect& area) override { note(L"frame", area); }
+    void drawRectangle(const Rect& area, Color fill) override { note(L"fill", area, fill); }
+    void drawText(std::wstring_view text, Point place, const Font&, Color) override {
+        note(L"text", place, text);
+    }
+    void drawText(std::wstring_view text, const Rect& area, const Font&, Color,
+                  const TextFormat&) override {
+        note(L"text", area, text);
+    }
     Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override;
     std::int32_t measureTextWidth(std::wstring_view text, const Font& font) override;
-    void beginBufferedPaint(const Rect& area) override;
-    void endBufferedPaint() override;
-    void beginClipping(const Rect& area) override;
-    void endClipping() override;
-    void setClippingArea(const Rect& area) override;
-    void clearClippingArea() override;
-    void setPen(Color color, std::int32_t width) override;
+    void beginBufferedPaint(const Rect& area) override { note(L"begin", area); }
+    void endBufferedPaint() override { note(L"end"); }
+    void beginClipping(const Rect& area) override { note(L"clip", area); }
+    void endClipping() override { note(L"unclip"); }
+    void setClippingArea(const Rect& area) override { note(L"clipArea", area); }
+    void clearClippingArea() override { note(L"clearClipArea"); }
+    void setPen(Color color, std::int32_t width) override { note(L"pen", color, width); }
     Rect getDrawArea() const override { return drawArea; }
 
-    Journal journal;
     Rect drawArea{0, 0, 9999, 9999};
 };
 
-class RecordingWindowService : public Implementation<WindowService, IWindowServiceImpl> {
+// A portable object, made of what is given and joined to a backend of this class.
+template <class Backend, class... Args>
+auto made(Args&&... args) {
+    using A = std::remove_reference_t<decltype(std::declval<Backend&>().getAbstraction())>;
+    auto abstraction = std::make_shared<A>(std::forward<Args>(args)...);
+    if constexpr (requires { abstraction->initialize(); }) {
+        abstraction->initialize();
+    }
+    joinImplementation(*abstraction, std::make_unique<Backend>());
+    return abstraction;
+}
+
+// A window service with a recording backend.
+Shared<WindowService> makeRecordingWindowService();
+
+// The application service as it ships, for its preferences.
+Shared<ApplicationService> makeRecordingApplicationService();
+
+// A window service on a screen of 1024 by 768 pixels.
+class RecordingWindowService : public Implementation<WindowService, IWindowServiceImpl>,
+                               public Journaling {
 public:
-    std::shared_ptr<NativeDialog> createNativeDialog() override;
-    std::shared_ptr<NativePopupMenu> createNativePopupMenu() override;
-    std::shared_ptr<NativeDialog> createNativeDialog(std::uint32_t style) override;
-    std::shared_ptr<NativeGridView> createNativeGridView() override;
-    std::shared_ptr<NativeTreeView> createNativeTreeView() override;
-    std::shared_ptr<NativeWindow> createNativeWindow() override;
-    std::shared_ptr<NativeComboBox> createNativeComboBox() override;
-    std::shared_ptr<NativeButton> createNativeButton() override;
-    std::shared_ptr<NativeProgressBar> createNativeProgressBar() override;
-    std::shared_ptr<NativeTextBox> createNativeTextBox() override;
-    void invalidate() override;
-    void invalidate(const Rect& area) override;
-    void updateWindow() override;
+    Shared<NativeDialog> createNativeDialog() override { return createNativeDialog(0); }
+    Shared<NativePopupMenu> createNativePopupMenu() override { return made<RecordingPopupMenu>(); }
+    Shared<NativeDialog> createNativeDialog(std::uint32_t style) override {
+        return furnished(made<RecordingDialog>(style));
+    }
+    Shared<NativeGridView> createNativeGridView() override { return made<RecordingGridView>(); }
+    Shared<NativeTreeView> createNativeTreeView() override { return made<RecordingTreeView>(); }
+    Shared<NativeWindow> createNativeWindow() override {
+        return furnished(made<RecordingWindow>());
+    }
+    Shared<NativeComboBox> createNativeComboBox() override { return made<RecordingComboBox>(); }
+    Shared<NativeButton> createNativeButton() override { return made<RecordingButton>(); }
+    Shared<NativeProgressBar> createNativeProgressBar() override {
+        return made<RecordingProgressBar>();
+    }
+    Shared<NativeTextBox> createNativeTextBox() override { return made<RecordingTextBox>(); }
+    void invalidate() override { note(L"invalidate"); }
+    void invalidate(const Rect& area) override { note(L"invalidate", area); }
+    void updateWindow() override { note(L"update"); }
     MouseCursor getCursor() const override { return cursor; }
     void setCursor(MouseCursor newCursor) override { cursor = newCursor; }
-    Point getMousePosition() const override { return mouse; }
+    Point getMousePosition() const override { return {}; }
     Point getWindowPosition() const override { return clientPosition; }
     Size getWindowSize() const override { return {800, 600}; }
-    void captureMouse() override;
-    void releaseMouse() override;
+    void captureMouse() override { captured = true; }
+    void releaseMouse() override { captured = false; }
     bool isMessageOpen() const override { return false; }
-    int showMessage(MessageBoxContent& box) override;
-    void closeMessage(int closing) override;
-    int askYesNoCancel(MessageBoxContent& box) override;
-    void playMessageSound(std::uint32_t style) override;
-    int askYesNo(MessageBoxContent& box) override;
-    int askOKCancel(MessageBoxContent& box) override;
+    int showMessage(MessageBoxContent& box) override { return answerTo(L"showMessage", box); }
+    void closeMessage(int closing) override { note(L"closeMessage", closing); }
+    int askYesNoCancel(MessageBoxContent& box) override { return answerTo(L"askYesNoCancel", box); }
+    void playMessageSound(std::uint32_t style) override { note(L"playMessageSound", style); }
+    int askYesNo(MessageBoxContent& box) override { return answerTo(L"askYesNo", box); }
+    int askOKCancel(MessageBoxContent& box) override { return answerTo(L"askOKCancel", box); }
     double getScalingFactor() override { return scalingFactor; }
     Rect getWorkArea() const override { return {0, 0, 1023, 767}; }
     Point getClientPosition() const override { return clientPosition; }
-    std::shared_ptr<Timer> createTimer(const std::wstring& name) override;
-    void closeWindow() override;
-    void enableWindow(bool enable) override;
-    void hideWindow() override;
-    void invalidateWindow() override;
-    bool isWindowVisibleAtPos(Point place) const override;
-    void makeWindowVisibleAtPos(Point place) override;
-    void showWindow() override;
-    std::shared_ptr<Font> getFont(const FontStyle& style) override;
-    std::shared_ptr<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) override;
+    Shared<Timer> createTimer(const std::wstring& name) override {
+        return made<RecordingTimer>(name);
+    }
+    void closeWindow() override { note(L"close"); }
+    void enableWindow(bool enable) override { note(L"enable", enable); }
+    void hideWindow() override { note(L"hide"); }
+    void invalidateWindow() override { note(L"invalidateWindow"); }
+    bool isWindowVisibleAtPos(Point) const override { return true; }
+    void makeWindowVisibleAtPos(Point place) override { note(L"showAt", place); }
+    void showWindow() override { note(L"show"); }
+    Shared<Font> getFont(const FontStyle& style) override { return made<RecordingFont>(style); }
+    Shared<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) override {
+        return made<RecordingBitmap>(resource, size);
+    }
     std::wstring selectFileToOpen(const std::wstring& initialFileName,
                                   const std::vector<std::wstring>& patterns,
                                   const std::vector<std::wstring>& patternNames) override;
-    std::shared_ptr<NativeScrollBar> createNativeScrollBar(bool vertical) override;
-    void setFocus(Control& control) override;
+    Shared<NativeScrollBar> createNativeScrollBar(bool vertical) override {
+        return made<RecordingScrollBar>(vertical);
+    }
+    void setFocus(Control& control) override { systemFocus = &control; }
 
-    Journal journal;
     // What the user answers, and whether with the check box.
     int answer = kAnswerOk;
     bool checksBox = false;
     std::vector<MessageBoxContent> boxes;
     double scalingFactor = 1.0;
     MouseCursor cursor = MouseCursor::kArrow;
-    Point mouse;
     Point clientPosition;
     Control* systemFocus = nullptr;
     bool captured = false;
 
 private:
+    // A surface with services of its own.
+    template <class Surface>
+    static Shared<Surface> furnished(Shared<Surface> surface) {
+        furnishSurface(*surface, makeRecordingWindowService(), made<RecordingGraphics>());
+        return surface;
+    }
     int answerTo(const wchar_t* operation, MessageBoxContent& box);
 };
-
-// A window service with a recording backend.
-std::shared_ptr<WindowService> makeRecordingWindowService();
-
-// An application service that has preferences and nothing else.
-std::shared_ptr<ApplicationService> makeRecordingApplicationService();
 
 template <class T, class A>
 T& recordingOf(const A& abstraction) {

@@ -1,5 +1,5 @@
-// What the toolkit's tests share: a surface of 200 by 100 pixels, a log of what
-// its controls say, and sinks made of functions.
+// What the toolkit's tests share: a surface of 200 by 100 pixels with its mouse
+// and keyboard, a log of what its controls say, and sinks made of functions.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,13 +20,37 @@ protected:
     }
     // A widget on the window, listened to.
     template <class Widget>
-    std::shared_ptr<Widget> shown(std::shared_ptr<Widget> widget) {
+    std::shared_ptr<Widget> shown(std::shared_ptr<Widget> widget, const Rect& boundary = {}) {
         window_->addChild(widget);
+        if (!boundary.isEmpty()) {
+            widget->setBoundary(boundary);
+        }
         widget->connect(log_, false);
         return widget;
     }
     RecordingWindowService& native() {
         return recordingOf<RecordingWindowService>(*window_->windowService());
+    }
+    // What drawing a control asks of the backend.
+    Journal drawn(Control& control, const Rect& drawArea = {0, 0, 9999, 9999}) {
+        auto& graphics = recordingOf<RecordingGraphics>(*window_->graphicsService());
+        graphics.drawArea = drawArea;
+        graphics.journal.clear();
+        control.drawAsRoot(*window_->graphicsService());
+        return graphics.journal;
+    }
+
+    InputRouter& router() { return *window_->inputRouter(); }
+    bool mouse(MouseAction action, Point position = {}, std::int32_t wheel = 0,
+               std::uint32_t modifiers = 0) {
+        return router().routeMouse({action, position, wheel, modifiers});
+    }
+    void click(Point position) {
+        mouse(MouseAction::kLeftDown, position);
+        mouse(MouseAction::kLeftUp, position);
+    }
+    bool key(std::uint32_t code, std::uint32_t modifiers = 0) {
+        return router().routeKey({code, modifiers});
     }
 
     std::shared_ptr<WindowService> host_ = makeRecordingWindowService();
