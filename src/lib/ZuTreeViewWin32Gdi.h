@@ -47,46 +47,55 @@ protected:
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
 private:
+    // What the model says about an item's state, but for TVIS_EXPANDED.
+    static constexpr UINT kStates = TVIS_BOLD | TVIS_STATEIMAGEMASK;
+
     Outcome initializeFromDescriptor();
     void synchronize();
     void pushLook();
-    void fill();
-    void insert(TreeNode node);
-    HTREEITEM placeAfter(TreeNode previous) const;
-    bool insertNext();
     // Whether single changes can be brought into the window.
     bool isReady() const noexcept { return window() != nullptr && filled_ && !isStale(); }
+    bool isInLongBurst();
+    void catchUp();
+    void showButton(TreeNode node, bool hasChildren);
+    void select(TreeNode node);
+    void showAwaited();
+
+    // Items
+    void fill();
+    TreeNode firstSeen() const;
+    void insert(TreeNode node);
+    HTREEITEM placeAfter(TreeNode previous) const;
+    wchar_t* textOf(TreeNode node) const;
+    UINT stateOf(TreeNode node) const;
+    HTREEITEM itemOf(TreeNode node) const;
+    TreeNode nodeOf(LPARAM word) const;
+    bool expand(TreeNode node);
+    bool expandItem(TreeNode node);
+    bool isItemExpanded(TreeNode node) const;
+    void reveal(TreeNode node);
+    void need(TreeNode node);
+
+    // Slices
+    bool mirrorSubtree(TreeNode top);
     bool hasWork() const noexcept { return !pending_.isEmpty() || !unsettled_.empty(); }
+    bool insertNext();
     bool workNext();
     void workSlice(bool (TreeViewWin32Gdi::*step)());
     bool awaitSlice();
     void workOn();
     void workLater();
-    void beginAnew() noexcept;
     void continueWork();
+    void beginAnew() noexcept;
     void forgetWork() noexcept;
-    void need(TreeNode node);
-    void showButton(TreeNode node, bool hasChildren);
-    bool mirrorSubtree(TreeNode top);
-    bool isInLongBurst();
-    void catchUp();
-    void select(TreeNode node);
-    bool expand(TreeNode node);
-    bool expandItem(TreeNode node);
-    bool isItemExpanded(TreeNode node) const;
-    void reveal(TreeNode node);
-    void showAwaited();
-    TreeNode firstSeen() const;
-    HTREEITEM itemOf(TreeNode node) const;
-    TreeNode nodeOf(LPARAM word) const;
-    wchar_t* textOf(TreeNode node) const;
+
+    // The user
+    bool acceptExpanding(const NMTREEVIEWW& change);
     TreeNode nodeAt(LPARAM point, UINT parts) const;
-    UINT stateOf(TreeNode node) const;
     void undoRefused();
     void reportSelection();
     void reportRightClick();
     bool toggle(TreeNode node);
-    bool acceptExpanding(const NMTREEVIEWW& change);
 
     bool hasCheckBoxes_ = false;
     // Whether the window has been filled at all.
