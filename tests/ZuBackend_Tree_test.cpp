@@ -219,6 +219,31 @@ TEST_F(BackendTreeTest, placesAndSmallSubtrees_staySoundAfterEveryKindOfChange) 
     EXPECT_EQ(shownTree(), wantedTree());
 }
 
+TEST_F(BackendTreeTest, childlessNodes_expandedOrNot_canBeOpenedWhenTheyHaveChildren) {
+    const TreeNode a = addNode(L"a");
+    tree_->addChildNode(a, L"a1", L"a1");
+    tree_->selectNode(a);
+    tree_->setNodeExpanded(a, true);
+    tree_->removeNode(tree_->findNode(L"a1"));
+    tree_->setNodeExpanded(a, false);
+    tree_->addChildNode(a, L"a2", L"a2");
+    EXPECT_EQ(shownTree(), wantedTree());
+    click(partOf(L"a", TVHT_ONITEMBUTTON));
+    EXPECT_EQ(log_->take(), L"nodeExpanding:a");
+    EXPECT_EQ(shownTree(), wantedTree());
+}
+
+TEST_F(BackendTreeTest, selectedNode_justAdded_scrollsNoFurtherThanNeeded) {
+    for (std::size_t i = 0; i < 100; ++i) {
+        addNode(numbered(i).c_str());
+    }
+    runMessages(20);
+    const TreeNode added = addNode(L"new");
+    tree_->selectNode(added);
+    runMessages(20);
+    EXPECT_GT(tree_->getNodeBoundary(added).top, 200);
+}
+
 TEST_F(BackendTreeTest, windowMadeAnew_keepsTheFocusAndAHiddenOneStaysHidden) {
     addNode(L"a");
     click(placeOf(L"a"));

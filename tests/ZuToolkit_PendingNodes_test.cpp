@@ -36,7 +36,23 @@ protected:
             expanded ? pending_.open(model_, node) : pending_.forget(model_, node);
         }
     }
+    // As a window does that expands many nodes one after the other.
+    void expandLater(TreeNode node, bool expanded) {
+        model_.setExpanded(node, expanded);
+        unsettled_.push_back(node);
+    }
+    void settle() {
+        if (!unsettled_.empty()) {
+            if (model_.contains(unsettled_.front())) {
+                expand(unsettled_.front(), model_.isExpanded(unsettled_.front()));
+            }
+            unsettled_.pop_front();
+        }
+    }
     void giveAll() {
+        while (!unsettled_.empty()) {
+            settle();
+        }
         while (!pending_.isEmpty() && !HasFatalFailure()) {
             giveNext();
         }
@@ -55,6 +71,7 @@ protected:
 
     TreeModel model_;
     PendingNodes pending_;
+    std::deque<TreeNode> unsettled_;
 };
 
 TEST_F(PendingNodesTest, anyFewChanges_inTheEndAllThatCanBeSeenIsThereInOrder) {
@@ -62,11 +79,12 @@ TEST_F(PendingNodesTest, anyFewChanges_inTheEndAllThatCanBeSeenIsThereInOrder) {
         SCOPED_TRACE(seed);
         Random random(seed);
         model_.clear();
+        unsettled_.clear();
         pending_.restart(model_);
         const std::size_t changes = 6 + random.below(60);
         for (std::size_t i = 0; i < changes; ++i) {
             const TreeNode node = anyNode(random);
-            const std::size_t what = node == kNoNode ? 0 : random.below(12);
+            const std::size_t what = node == kNoNode ? 0 : random.below(15);
             const bool atOnce = random.below(2) == 0;
             switch (what) {
                 // clang-format off
@@ -76,6 +94,8 @@ TEST_F(PendingNodesTest, anyFewChanges_inTheEndAllThatCanBeSeenIsThereInOrder) {
                 case 5: remove(node); break;
                 case 6: expand(node, true); break;
                 case 7: expand(node, atOnce); break;
+                case 8: expandLater(node, random.below(3) != 0); break;
+                case 9: case 10: settle(); break;
                 default: giveNext(); break;
                     // clang-format on
             }

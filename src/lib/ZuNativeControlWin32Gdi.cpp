@@ -3,6 +3,9 @@
 #include <commctrl.h>
 #include <windowsx.h>
 
+#include <new>
+#include <utility>
+
 #include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -165,16 +168,33 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
     part_.detach();
     if (const HWND window = attachment_.window()) {
         attachment_.detach();
-        if (!isAnswering()) {
+        if (!dooms(window)) {
             DestroyWindow(window);
-        } else {
-            ShowWindow(window, SW_HIDE);
-            PostMessageW(window, WM_CLOSE, 0, 0);
         }
     }
     font_.reset();
     tracksLeaving_ = false;
     swallowsCharacter_ = false;
+}
+
+// Whether the window disappears now and goes later.
+bool NativeControlWin32Gdi::dooms(HWND window) noexcept {
+    if (!isAnswering()) {
+        return false;
+    }
+    try {
+        doomed_.push_back(window);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    ShowWindow(window, SW_HIDE);
+    return true;
+}
+
+void NativeControlWin32Gdi::destroyDoomed() noexcept {
+    for (const HWND window : std::exchange(doomed_, {})) {
+        DestroyWindow(window);
+    }
 }
 
 bool NativeControlWin32Gdi::onNotification(const WindowMessage&, LRESULT&) { return false; }

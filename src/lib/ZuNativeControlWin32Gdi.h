@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "ZuControl.h"
 #include "ZuFont.h"
@@ -70,19 +71,24 @@ protected:
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     void synchronizeText(const std::wstring& text);
-    // While one lives, a window that is destroyed only disappears and goes with
-    // its next message: it would not survive its end in the middle of a message.
+    // While one lives, a window that is destroyed only disappears; it goes at the
+    // end of the outermost one. It would not survive its end in the middle of a
+    // message. The control lives longer than the window's message.
     class Answering {
     public:
-        explicit Answering(NativeControlWin32Gdi& control) noexcept : depth_(control.answering_) {
-            ++depth_;
+        explicit Answering(NativeControlWin32Gdi& control) noexcept : control_(control) {
+            ++control_.answering_;
         }
         Answering(const Answering&) = delete;
         Answering& operator=(const Answering&) = delete;
-        ~Answering() { --depth_; }
+        ~Answering() {
+            if (--control_.answering_ == 0) {
+                control_.destroyDoomed();
+            }
+        }
 
     private:
-        std::uint32_t& depth_;
+        NativeControlWin32Gdi& control_;
     };
     bool isAnswering() const noexcept { return answering_ != 0; }
     void destroyWindow() noexcept;
@@ -126,6 +132,8 @@ private:
     void place();
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
+    bool dooms(HWND window) noexcept;
+    void destroyDoomed() noexcept;
     void reportHover(const WindowMessage& message);
     void reportFocus(const WindowMessage& message);
     bool routeUnusedKey(const WindowMessage& message);
@@ -145,8 +153,9 @@ private:
     // Of the control's own background colour.
     BrushHandle background_;
     Color backgroundColor_;
-    // Messages that the window is answering.
+    // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
+    std::vector<HWND> doomed_;
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;

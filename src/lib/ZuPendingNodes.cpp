@@ -6,6 +6,11 @@ namespace {
 
 bool isThere(const TreeModel& model, TreeNode node) { return model.nativeWord(node) != 0; }
 
+// Whether the native object can have children of a node; of kNoNode always.
+bool isOpen(const TreeModel& model, TreeNode parent) {
+    return parent == kNoNode || (isThere(model, parent) && model.isExpanded(parent));
+}
+
 // The node below this one on the screen.
 TreeNode nextSeen(const TreeModel& model, TreeNode node) {
     return model.isExpanded(node) ? model.next(node) : model.nextBeyond(node);
@@ -63,11 +68,15 @@ void PendingNodes::forget(const TreeModel& model, TreeNode node) {
         }
     }
     std::erase(runs_, kNoNode);
+    // What stood behind nodes that nobody has asked for yet is next now.
+    if (beyond != kNoNode && !isThere(model, beyond) && isOpen(model, model.parent(beyond)) &&
+        (runs_.empty() || runs_.front() != beyond)) {
+        runs_.push_front(beyond);
+    }
 }
 
 bool PendingNodes::isNext(const TreeModel& model, TreeNode node) {
-    const TreeNode parent = model.parent(node);
-    if (parent != kNoNode && !(isThere(model, parent) && model.isExpanded(parent))) {
+    if (!isOpen(model, model.parent(node))) {
         return false;
     }
     const TreeNode above = seenAbove(model, node);

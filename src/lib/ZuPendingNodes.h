@@ -6,9 +6,9 @@
 // that is expanded. What is expanded may be long, so it waits in runs. A run is
 // known by its first node alone; the nodes below that one on the screen belong
 // to it, down to one that the native object has. So nodes come and go behind
-// the first one of a run without a word about it, and where a run ends nothing
-// else waits. Of a collapsed node nothing has to wait: it is opened when it is
-// expanded again.
+// the first one of a run without a word about it. Of a collapsed node nothing
+// has to wait: it is opened when it is expanded again. One that the native
+// object has not expanded yet holds up what stands behind it until then.
 #pragma once
 
 #include <deque>
@@ -34,7 +34,8 @@ public:
     void forget(const TreeModel& model, TreeNode node);
 
     // Whether a node that was added can be given at once: what is above it on
-    // the screen is there. Otherwise it belongs to a run or cannot be seen.
+    // the screen is there. Otherwise it belongs to a run, waits for a node that
+    // is to be opened, or cannot be seen.
     static bool isNext(const TreeModel& model, TreeNode node);
 
     // The next node, which the caller gives to the native object before it

@@ -47,7 +47,13 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     if (node == kNoNode) {
         return false;
     }
-    if (!tree.acceptExpanding(node, expanding)) {
+    underWay_ = node;
+    const bool isAccepted = tree.acceptExpanding(node, expanding);
+    underWay_ = kNoNode;
+    if (window() == nullptr) {
+        return false;
+    }
+    if (!isAccepted) {
         refused_ = node;
         return false;
     }
@@ -64,11 +70,11 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
         selectionChanged_ = true;
         return false;
     }
-    if (expanding) {
+    if (expanding && isReady()) {
         const BulkMirroring bulk(*this);
         pending_.open(tree.model(), node);
         workSlice(&TreeViewWin32Gdi::insertNext);
-    } else {
+    } else if (!expanding) {
         pending_.forget(tree.model(), node);
     }
     return true;
@@ -103,7 +109,17 @@ void TreeViewWin32Gdi::reportSelection() {
     item.mask = TVIF_PARAM;
     item.hItem = TreeView_GetSelection(window());
     const bool found = item.hItem != nullptr && TreeView_GetItem(window(), &item);
-    getAbstraction().acceptSelection(found ? nodeOf(item.lParam) : kNoNode);
+    NativeTreeView& tree = getAbstraction();
+    const TreeNode chosen = found ? nodeOf(item.lParam) : kNoNode;
+    // What is above it may be about to be collapsed.
+    TreeNode seen = chosen;
+    for (TreeNode above = chosen; above != kNoNode; above = tree.model().parent(above)) {
+        seen = tree.model().isExpanded(above) || above == chosen ? seen : above;
+    }
+    tree.acceptSelection(seen);
+    if (seen != chosen && hasNativeObject()) {
+        mirrorSelection();
+    }
 }
 
 void TreeViewWin32Gdi::reportRightClick() {

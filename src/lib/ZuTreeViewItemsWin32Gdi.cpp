@@ -23,6 +23,12 @@ constexpr std::chrono::milliseconds kSliceTime(15);
 
 void TreeViewWin32Gdi::fill() {
     TreeModel& model = getAbstraction().model();
+    if (filled_ && isAnswering()) {
+        // The window may be at work on one of its items.
+        markStale();
+        isBehind_ = true;
+        return;
+    }
     const Mirroring mirroring(*this);
     const TreeNode top = filled_ ? firstSeen() : kNoNode;
     forgetWork();
@@ -161,6 +167,14 @@ bool TreeViewWin32Gdi::expandItem(TreeNode node) {
         return false;
     }
     send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, item);
+    if (!expanded && isItemExpanded(node)) {
+        // Some versions do nothing as long as there is no item below it.
+        TVITEMW state{};
+        state.mask = TVIF_STATE;
+        state.hItem = reinterpret_cast<HTREEITEM>(item);
+        state.stateMask = TVIS_EXPANDED;
+        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&state));
+    }
     return true;
 }
 
@@ -187,6 +201,11 @@ void TreeViewWin32Gdi::reveal(TreeNode node) {
 
 // Brings a node into the window at once when it waits.
 void TreeViewWin32Gdi::need(TreeNode node) {
+    const TreeModel& model = getAbstraction().model();
+    const TreeNode parent = model.contains(node) ? model.parent(node) : kNoNode;
+    if (parent != kNoNode && (itemOf(parent) == nullptr || !model.isExpanded(parent))) {
+        return;
+    }
     if (itemOf(node) == nullptr && isReady() && !pending_.isEmpty()) {
         const BulkMirroring bulk(*this);
         while (itemOf(node) == nullptr && insertNext()) {
@@ -227,7 +246,11 @@ bool TreeViewWin32Gdi::insertNext() {
     try {
         insert(node);
     } catch (...) {
+        // Once with the next message; filling that fails waits for a
+        // synchronisation.
+        const bool again = !isStale();
         beginAnew();
+        isBehind_ = again;
         throw;
     }
     return true;
@@ -287,13 +310,17 @@ void TreeViewWin32Gdi::workLater() {
     if (hasWork()) {
         deferRedraw();
         isBehind_ = true;
+        awaitSlice();
     }
 }
 
 // Not within another message of the window, which may work on its items; the
 // timer's next one comes soon enough.
 void TreeViewWin32Gdi::continueWork() {
-    if (!isMirroring() && !isAnswering()) {
+    if (!isReady()) {
+        // All of it comes anew.
+        KillTimer(window(), reinterpret_cast<UINT_PTR>(this));
+    } else if (!isMirroring() && !isAnswering()) {
         workOn();
         awaitSlice();
     }

@@ -30,7 +30,7 @@ void TreeViewWin32Gdi::synchronize() {
     if (!filled_ || (isStale() && isRedrawEnabled())) {
         fill();
     }
-    if (isRedrawEnabled()) {
+    if (isRedrawEnabled() && !isAnswering()) {
         if (std::exchange(isBehind_, false)) {
             workOn();
         }
@@ -94,6 +94,15 @@ bool TreeViewWin32Gdi::isInLongBurst() {
     return isLong;
 }
 
+// A change that failed is made up for with the window's next message: the rest
+// would have no place.
+void TreeViewWin32Gdi::orAnew(bool succeeded) noexcept {
+    if (!succeeded) {
+        beginAnew();
+        isBehind_ = true;
+    }
+}
+
 void TreeViewWin32Gdi::catchUp() {
     // Nor while the window works on items that would be replaced.
     if (!isBehind_ || isMirroring() || isAnswering() || !isRedrawEnabled() ||
@@ -110,8 +119,10 @@ void TreeViewWin32Gdi::catchUp() {
 
 void TreeViewWin32Gdi::showButton(TreeNode node, bool hasChildren) {
     TVITEMW item{};
-    item.mask = TVIF_CHILDREN;
+    item.mask = TVIF_CHILDREN | TVIF_STATE;
     item.hItem = itemOf(node);
+    // It has no item below it: some versions would leave it expanded for good.
+    item.stateMask = TVIS_EXPANDED;
     item.cChildren = hasChildren ? 1 : 0;
     if (item.hItem != nullptr) {
         send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
@@ -119,7 +130,7 @@ void TreeViewWin32Gdi::showButton(TreeNode node, bool hasChildren) {
 }
 
 void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
-    guarded(L"TreeViewWin32Gdi::mirrorAdded", [&] {
+    orAnew(guarded(L"TreeViewWin32Gdi::mirrorAdded", [&] {
         if (!filled_) {
             return;
         }
@@ -132,28 +143,25 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
         if (!PendingNodes::isNext(model, node)) {
             return;
         }
-        try {
-            if (isInLongBurst()) {
-                pending_.add(model, node);
-            } else {
-                insert(node);
-            }
-        } catch (...) {
-            beginAnew();
-            isBehind_ = true;
-            throw;
+        if (isInLongBurst()) {
+            pending_.add(model, node);
+        } else {
+            insert(node);
         }
-    });
+    }));
 }
 
 void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
-    guarded(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
+    orAnew(guarded(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
         const TreeModel& model = getAbstraction().model();
         const Mirroring mirroring(*this);
         pending_.forget(model, node);
         if (const HTREEITEM item = itemOf(node); item != nullptr) {
-            if (isInLongBurst()) {
+            const bool isUnderWay =
+                model.contains(underWay_) && model.isAncestorOf(node, underWay_);
+            if (isInLongBurst() || isUnderWay) {
                 markStale();
+                isBehind_ = true;
                 return;
             }
             if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
@@ -165,7 +173,7 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
             parent != kNoNode && model.childCount(parent) == 1) {
             showButton(parent, false);
         }
-    });
+    }));
 }
 
 void TreeViewWin32Gdi::mirrorCleared() {
@@ -192,19 +200,19 @@ void TreeViewWin32Gdi::mirrorNode(TreeNode node) {
 }
 
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
-    guarded(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
+    orAnew(guarded(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
         const Mirroring mirroring(*this);
         expand(node);
         workLater();
-    });
+    }));
 }
 
 void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
-    guarded(L"TreeViewWin32Gdi::mirrorAllExpanded", [&] {
+    orAnew(guarded(L"TreeViewWin32Gdi::mirrorAllExpanded", [&] {
         if (!mirrorSubtree(top)) {
             fill();
         }
-    });
+    }));
 }
 
 void TreeViewWin32Gdi::mirrorSelection() {
@@ -222,6 +230,10 @@ void TreeViewWin32Gdi::select(TreeNode node) {
         reveal(node);
     }
     if (const HTREEITEM item = itemOf(node); item != selected) {
+        if (item != nullptr) {
+            // Where it is to be scrolled to is known only with redrawing on.
+            settle();
+        }
         send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
     }
 }

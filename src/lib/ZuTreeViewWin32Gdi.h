@@ -56,6 +56,7 @@ private:
     // Whether single changes can be brought into the window.
     bool isReady() const noexcept { return window() != nullptr && filled_ && !isStale(); }
     bool isInLongBurst();
+    void orAnew(bool succeeded) noexcept;
     void catchUp();
     void showButton(TreeNode node, bool hasChildren);
     void select(TreeNode node);
@@ -107,6 +108,8 @@ private:
     bool selectionChanged_ = false;
     bool rightClicked_ = false;
     TreeNode refused_ = kNoNode;
+    // While its receivers are asked whether it may be expanded or collapsed.
+    TreeNode underWay_ = kNoNode;
     TreeNode awaitsVisible_ = kNoNode;
     // What the window has not been given.
     PendingNodes pending_;
