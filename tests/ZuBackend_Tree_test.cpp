@@ -331,11 +331,17 @@ TEST_F(BackendTreeTest, receiversWhoRemoveNodesOrTheTree_areSurvived) {
             addNode(L"b1", L"b");
             log_->take();
             bool done = false;
+            const HWND native = nativeWindowOf(*tree_);
+            const bool isAsked =
+                kind == &NativeTreeView::kNodeExpanding || kind == &NativeTreeView::kNodeCollapsing;
             log_->onMessage = [&](const MessageKind& sent) {
                 if (&sent == kind) {
                     done = true;
                     if (drop) {
                         window_->removeChild(tree_.get());
+                        // Its window is in the middle of a message still.
+                        runMessages(10);
+                        EXPECT_EQ(IsWindow(native) != FALSE, isAsked);
                     } else {
                         tree_->clear();
                     }
@@ -354,6 +360,7 @@ TEST_F(BackendTreeTest, receiversWhoRemoveNodesOrTheTree_areSurvived) {
             log_->take();
             EXPECT_TRUE(done);
             EXPECT_EQ(tree_->getNodeCount(), drop ? 3U : 0U);
+            EXPECT_EQ(IsWindow(native) == FALSE, drop);
             log_->onMessage = nullptr;
             tree_->clear();
             if (drop) {
