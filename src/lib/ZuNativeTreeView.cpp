@@ -383,13 +383,7 @@ void TreeViewImplementation::expandSubtree(TreeNode top, bool expanded) {
 // The outermost collapsed node above the selected one takes over from it.
 void TreeViewImplementation::liftSelection() {
     TreeModel& model = getAbstraction().model();
-    TreeNode wanted = model.selected();
-    for (TreeNode above = wanted; above != kNoNode; above = model.parent(above)) {
-        if (!model.isExpanded(above)) {
-            wanted = above;
-        }
-    }
-    if (wanted != kNoNode && model.select(wanted) && mirrors()) {
+    if (model.select(model.standInFor(model.selected())) && mirrors()) {
         mirrorSelection();
     }
 }

@@ -207,6 +207,14 @@ bool TreeModel::isAncestorOf(TreeNode ancestor, TreeNode node) const {
     return index != kNone;
 }
 
+TreeNode TreeModel::standInFor(TreeNode node) const {
+    TreeNode seen = node;
+    for (TreeNode above = node; above != kNoNode; above = parent(above)) {
+        seen = isExpanded(above) ? seen : above;
+    }
+    return seen;
+}
+
 // --- Properties -----------------------------------------------------------------------------
 
 TreeNode TreeModel::find(std::wstring_view key) const noexcept {

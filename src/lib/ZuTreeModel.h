@@ -58,6 +58,9 @@ public:
     std::size_t childCount(TreeNode node) const;
     // True for the node itself, too.
     bool isAncestorOf(TreeNode ancestor, TreeNode node) const;
+    // The outermost collapsed node above this one, or the node itself where all
+    // above it are expanded; kNoNode for kNoNode.
+    TreeNode standInFor(TreeNode node) const;
 
     TreeNode find(std::wstring_view key) const noexcept;
     const std::wstring& key(TreeNode node) const;

@@ -66,7 +66,7 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
         tree.acceptExpanded(node, expanding);
         expand(node);
         awaitSlice();
-        // The system's own move of the selection is not the user's.
+        // The window may have moved its selection, and says nothing of it here.
         selectionChanged_ = true;
         return false;
     }
@@ -112,10 +112,7 @@ void TreeViewWin32Gdi::reportSelection() {
     NativeTreeView& tree = getAbstraction();
     const TreeNode chosen = found ? nodeOf(item.lParam) : kNoNode;
     // What is above it may be about to be collapsed.
-    TreeNode seen = chosen;
-    for (TreeNode above = chosen; above != kNoNode; above = tree.model().parent(above)) {
-        seen = tree.model().isExpanded(above) || above == chosen ? seen : above;
-    }
+    const TreeNode seen = tree.model().standInFor(chosen);
     tree.acceptSelection(seen);
     if (seen != chosen && hasNativeObject()) {
         mirrorSelection();

@@ -57,12 +57,7 @@ TreeNode TreeViewWin32Gdi::firstSeen() const {
     item.mask = TVIF_PARAM;
     item.hItem = TreeView_GetFirstVisible(window());
     const bool found = item.hItem != nullptr && TreeView_GetItem(window(), &item);
-    const TreeModel& model = getAbstraction().model();
-    TreeNode seen = found ? nodeOf(item.lParam) : kNoNode;
-    for (TreeNode above = seen; above != kNoNode; above = model.parent(above)) {
-        seen = model.isExpanded(above) ? seen : above;
-    }
-    return seen;
+    return getAbstraction().model().standInFor(found ? nodeOf(item.lParam) : kNoNode);
 }
 
 void TreeViewWin32Gdi::insert(TreeNode node) {
