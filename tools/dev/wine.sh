@@ -20,18 +20,19 @@ use_prefix() {
 
 # Selects a prefix for one run of the tests: a copy of the prefix "test" that
 # shares its system folder. Runs at the same time do not meet, and what an
-# interrupted test left in the registry reaches no other run.
+# interrupted test left in the registry reaches no other run. A run that needs
+# several at once gives each a name.
 use_test_prefix() {
     mkdir -p "$root/.cache/wine"
     {
         flock 9
-        make_test_prefix 9>&-
+        make_test_prefix "$root/.cache/wine/test.$$${1:+-$1}" 9>&-
     } 9>"$root/.cache/wine/test.lock"
 }
 
 make_test_prefix() {
     use_prefix test
-    local template=$WINEPREFIX copy=$root/.cache/wine/test.$$ entry
+    local template=$WINEPREFIX copy=$1 entry
     tests/support/make_prefix.sh "$template" >/dev/null
     # The registry is in its files once the server has ended.
     wineserver -k || true
@@ -48,13 +49,15 @@ make_test_prefix() {
     export WINEPREFIX=$copy
 }
 
-# Ends what runs in the prefix of this run, and removes it.
+# Ends what runs in the prefixes of this run, and removes them.
 end_test_prefix() {
-    local copy=$root/.cache/wine/test.$$
-    [ -d "$copy" ] || return 0
-    WINEPREFIX=$copy wineserver -k >/dev/null 2>&1 || true
-    WINEPREFIX=$copy wineserver -w >/dev/null 2>&1 || true
-    rm -rf "$copy"
+    local copy
+    for copy in "$root/.cache/wine/test.$$"*; do
+        [ -d "$copy" ] || continue
+        WINEPREFIX=$copy wineserver -k >/dev/null 2>&1 || true
+        WINEPREFIX=$copy wineserver -w >/dev/null 2>&1 || true
+        rm -rf "$copy"
+    done
 }
 
 # Keeps the prefix's server alive between programs. Its helpers hold on to the

@@ -1,0 +1,202 @@
+#!/usr/bin/env python3
+"""Plants faults in the sources, one at a time, and tells which of them no test sees.
+
+A plant changes one thing in one line of src. The changed source is compiled
+with the flags of what ships and linked in front of the built libraries; the
+test programs that reach the unit then run until one fails. ./dev mutate builds
+first and gives each worker a Wine prefix of its own.
+
+The sample is drawn from all lines that can take a plant: first the line, each
+as likely as any other, then one of its plants. A plant that does not compile
+is drawn anew. indistinguishable.txt lists plants that nobody can tell from the
+original from outside, each with its reason; they are not drawn.
+"""
+
+import argparse
+import queue
+import random
+import sys
+import threading
+import time
+from collections import Counter, defaultdict
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "lint"))
+
+import bench  # noqa: E402
+from plants import plants  # noqa: E402
+from support import floors  # noqa: E402
+
+ROOT = Path(__file__).resolve().parents[2]
+EXCUSED = Path(__file__).with_name("indistinguishable.txt")
+OUTCOMES = ("killed", "hung", "survived")
+
+
+def floor_of(path):
+    """The floor of a source; None for what is not tested by itself."""
+    if path.startswith(floors.UTILITY):
+        return "utility"
+    return floors.floor_of(Path(path).stem)
+
+
+def family(path):
+    """What is compiled anew for a plant: the source, or for a header its own source and tests."""
+    if path.endswith(".cpp"):
+        return [path]
+    unit = Path(path).stem
+    found = [file for folder in ("src", "tests") for file in (ROOT / folder).rglob("*.cpp")
+             if file.stem == unit or file.stem.startswith(unit + "_")
+             and file.stem.endswith("_test")]
+    return [str(file.relative_to(ROOT)) for file in sorted(found)]
+
+
+def excused():
+    """Plants that cannot be told apart: 'unit | original line | changed line | reason'."""
+    known = set()
+    for line in EXCUSED.read_text(encoding="utf-8").split("\n"):
+        if line and not line.startswith("#"):
+            unit, before, after, reason = (field.strip() for field in line.split(" | "))
+            if not reason:
+                raise SystemExit(f"{EXCUSED.name}: a reason is missing: {line}")
+            known.add((unit, before, after))
+    return known
+
+
+def candidates(units, build):
+    """Every line of the units' sources that can take a plant, with its plants."""
+    known, found = excused(), []
+    for file in sorted((ROOT / "src").rglob("*")):
+        path = str(file.relative_to(ROOT))
+        if file.suffix not in (".cpp", ".h") or floor_of(path) is None:
+            continue
+        if units and file.stem not in units:
+            continue
+        sources = family(path)
+        if not sources or any(ROOT / source not in build.compiled for source in sources):
+            continue
+        text = file.read_text(encoding="utf-8")
+        lines, of_line = text.split("\n"), defaultdict(list)
+        for plant in plants(path, text):
+            line = lines[plant.line - 1]
+            if (file.stem, line.strip(), plant.applied(line).strip()) not in known:
+                of_line[plant.line].append((plant, line))
+        found += of_line.values()
+    return found
+
+
+def draw(found, seed):
+    """Plants without end: a line, then one of its plants, none twice."""
+    chance, drawn = random.Random(seed), set()
+    total = sum(len(line) for line in found)
+    while len(drawn) < total:
+        plant, line = chance.choice(chance.choice(found))
+        if plant not in drawn:
+            drawn.add(plant)
+            yield plant, line
+
+
+class Work:
+    """The sample, shared by the workers."""
+
+    def __init__(self, drawn, size):
+        self.drawn, self.left = drawn, size
+        self.lock = threading.Lock()
+        self.results, self.discarded = [], Counter()
+
+    def take(self):
+        """The next plant; None when there are enough."""
+        with self.lock:
+            if self.left <= 0:
+                return None
+            self.left -= 1
+            return next(self.drawn, None)
+
+    def put(self, plant, line, outcome, program):
+        """Notes an outcome; what did not compile is drawn anew."""
+        with self.lock:
+            if outcome not in OUTCOMES:
+                self.discarded[outcome] += 1
+                self.left += 1
+                return
+            self.results.append((plant, line, outcome))
+            told = f"{outcome} {plant.path}:{plant.line} ({plant.kind}) {program}"
+            print(f"{len(self.results):4} {told}", flush=True)
+            if outcome == "survived":
+                print(f"       - {line.strip()}\n       + {plant.applied(line).strip()}",
+                      flush=True)
+
+
+def work_off(work, own):
+    """One worker's round."""
+    while (taken := work.take()) is not None:
+        plant, line = taken
+        outcome, program = own.try_plant(plant, family(plant.path), floor_of(plant.path),
+                                         Path(plant.path).stem)
+        work.put(plant, line, outcome, program)
+
+
+def table(title, key, results):
+    """Prints what was killed and what survived by floor or unit."""
+    counts = defaultdict(Counter)
+    for plant, _, outcome in results:
+        counts[key(plant.path)][outcome] += 1
+    print(f"\n{title:32} killed   hung survived  share")
+    for name, count in sorted(counts.items()):
+        seen = count["killed"] + count["hung"]
+        print(f"{name:32} {count['killed']:6} {count['hung']:6} {count['survived']:8} "
+              f"{100 * seen // sum(count.values()):5}%")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    parser.add_argument("units", nargs="*", help="units to plant in (default: all)")
+    parser.add_argument("--sample", type=int, default=400, help="how many plants (default: 400)")
+    parser.add_argument("--seed", type=int, default=int(time.time()), help="of the sample")
+    parser.add_argument("--prefix", action="append", required=True, help="one Wine prefix a worker")
+    given = parser.parse_args()
+
+    build = bench.Build(ROOT, ROOT / "build" / "release")
+    found = candidates(given.units, build)
+    if not found:
+        raise SystemExit("no such unit")
+    print(f"seed {given.seed}: {sum(map(len, found))} plants in {len(found)} lines")
+    benches, failures = [], queue.SimpleQueue()
+    try:
+        for number, prefix in enumerate(given.prefix):
+            benches.append(bench.Bench(build, ROOT / "build" / "mutate" / str(number), prefix))
+        reached = {floor_of(line[0][0].path) for line in found}
+        programs = {name for floor in reached for name in bench.PROGRAMS[floor]}
+        benches[0].measure(sorted(programs))
+        work = Work(draw(found, given.seed), given.sample)
+
+        def guarded(own):
+            try:
+                work_off(work, own)
+            except BaseException as failure:  # told by the main thread
+                failures.put(failure)
+
+        for own in benches:
+            own.limits = benches[0].limits
+        workers = [threading.Thread(target=guarded, args=(own,)) for own in benches]
+        for worker in workers:
+            worker.start()
+        for worker in workers:
+            worker.join()
+        if not failures.empty():
+            raise failures.get()
+    finally:
+        for own in benches:
+            own.close()
+
+    table("floor", floor_of, work.results)
+    table("unit", lambda path: Path(path).stem, work.results)
+    for reason, count in work.discarded.items():
+        print(f"\ndrawn anew, {reason}: {count}")
+    hung = sum(outcome == "hung" for *_, outcome in work.results)
+    survived = sum(outcome == "survived" for *_, outcome in work.results)
+    print(f"ended by the time limit, among the killed: {hung}")
+    print(f"{len(work.results) - survived} killed, {survived} survived")
+
+
+if __name__ == "__main__":
+    main()
