@@ -308,7 +308,7 @@ TEST_F(MessagingTest, failingSinksAndForwarders_areReportedByTheStepThatFailed) 
     beside->setRestricted(true);
     isSent({}, nullptr);
     Lines lines = trace.messages();
-    std::erase_if(lines, [](const std::string& line) { return line.starts_with("throwing"); });
+    std::erase_if(lines, [](const auto& line) { return line.find(": catched ") == line.npos; });
     const std::string start = "MessageForwarder::receiveMessage: tried ";
     EXPECT_EQ(lines,
               (Lines{"receiveMessage::receiveMessage: tried onReceiveMessage() and failed: "
