@@ -277,6 +277,14 @@ TEST(ServiceTest, namedObjectsAndKinds_areFoundByExactName) {
     service->removeNamedObject(L"a");
     EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
     EXPECT_EQ(service.use_count() + object.use_count(), 2);
+    // An object that takes its service along.
+    struct Ending : SharedObject {
+        std::shared_ptr<Service> service = makeService<Service>();
+    };
+    auto ending = std::make_shared<Ending>();
+    Service& ended = *ending->service;
+    ended.setNamedObject(L"a", std::exchange(ending, nullptr));
+    ended.removeNamedObject(L"a");
     EXPECT_EQ(service->findKind(L"logicalLockChanged.Service"), &Service::kLogicalLockChanged);
     EXPECT_EQ(service->findKind(L"LogicalLockChanged.Service"), nullptr);
 }

@@ -88,11 +88,11 @@ namespace {
 
 // Whether an entry of either list is this sink.
 auto isStrong(const MessageSink* sink) {
-    return [sink](const std::shared_ptr<MessageSink>& entry) { return entry.get() == sink; };
+    return [sink](const auto& entry) { return entry.get() == sink; };
 }
 
 auto isWeak(const MessageSink* sink) {
-    return [sink](const std::weak_ptr<MessageSink>& entry) { return entry.lock().get() == sink; };
+    return [sink](const auto& entry) { return entry.is(sink); };
 }
 
 }  // namespace
@@ -143,7 +143,7 @@ private:
     std::shared_ptr<MessageSink> kept_;
     // Those that the round had come past when they were disconnected: who is
     // connected anew shall not have the message twice.
-    std::vector<std::weak_ptr<MessageSink>> left_;
+    std::vector<WeakSink> left_;
 };
 
 MessageSink* MessageSource::Delivery::next() {
@@ -202,10 +202,10 @@ void MessageSource::connect(const std::shared_ptr<MessageSink>& sink, bool weak)
         strongSinks_.push_back(sink);
         return;
     }
-    if (delivery_ == nullptr) {
+    if (delivery_ == nullptr && weakSinks_.size() == weakSinks_.capacity()) {
         std::erase_if(weakSinks_, [](const auto& entry) { return entry.expired(); });
     }
-    weakSinks_.push_back(sink);
+    weakSinks_.emplace_back(sink);
 }
 
 void MessageSource::disconnect(const MessageSink* sink) {

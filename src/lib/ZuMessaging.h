@@ -171,10 +171,18 @@ protected:
 private:
     class Delivery;
 
+    // Told apart by the address, which costs less than to lock each.
+    struct WeakSink : std::weak_ptr<MessageSink> {
+        explicit WeakSink(const std::shared_ptr<MessageSink>& sink) noexcept
+            : weak_ptr(sink), address(sink.get()) {}
+        bool is(const MessageSink* sink) const noexcept { return address == sink && !expired(); }
+        const MessageSink* address;
+    };
+
     void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
 
     std::vector<std::shared_ptr<MessageSink>> strongSinks_;
-    std::vector<std::weak_ptr<MessageSink>> weakSinks_;
+    std::vector<WeakSink> weakSinks_;
     bool sendingEnabled_ = true;
     bool deliveryDeferred_ = false;
     // The innermost running delivery, or null.

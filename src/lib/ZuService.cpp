@@ -22,12 +22,11 @@ std::shared_ptr<SharedObject> Service::getNamedObject(std::wstring_view name) co
 }
 
 void Service::setNamedObject(std::wstring_view name, const std::shared_ptr<SharedObject>& object) {
-    // Let go of last: an object that goes away may come back to this service.
-    std::shared_ptr<SharedObject> former = object;
-    former.swap(namedObjects_.findOrInsert(name).first.value);
+    namedObjects_.findOrInsert(name).first.value = object;
 }
 
 void Service::removeNamedObject(std::wstring_view name) {
+    // Let go of last: an object that goes away may come back to this service.
     const std::shared_ptr<SharedObject> former = getNamedObject(name);
     namedObjects_.remove(name);
 }
