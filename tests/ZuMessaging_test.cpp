@@ -23,92 +23,59 @@ const MessageKind kPong{L"pong.MessagingTest"};
 // all of it chosen by the seed. A sink's place is behind its source's, so that
 // messages come to an end.
 template <class Node>
-class Play {
-public:
-    explicit Play(std::uint64_t seed) : random_(seed) {}
+struct Play {
+    static constexpr std::size_t kNodes = 6;
+    Random random;
+    Lines log{};
+    int budget = 80;
+    int born = 0;
+    std::shared_ptr<Node> nodes[kNodes]{};
 
     Lines run() {
-        while (budget_ > 0) {
+        while (budget > 0) {
             act();
         }
-        for (std::shared_ptr<Node>& node : nodes_) {
-            node.reset();
-        }
-        log_.push_back(std::to_string(living_) + " living");
-        return log_;
+        std::fill(std::begin(nodes), std::end(nodes), nullptr);
+        return log;
     }
-    std::string born() { return "node " + std::to_string(++living_ + ended_); }
     // Whether the message was handled.
     bool heard(const std::string& name) {
-        log_.push_back(name);
-        const bool handled = random_.below(2) == 0;
-        for (std::size_t i = random_.below(4); i > 0; --i) {
+        log.push_back(name);
+        for (std::size_t i = random.below(4); i > 0; --i) {
             act();
         }
-        return handled;
+        return random.below(2) == 0;
     }
     void ended(const std::string& name) {
-        log_.push_back("end of " + name);
-        --living_;
-        ++ended_;
+        log.push_back("end of " + name);
         act();
     }
-
-private:
-    static constexpr std::size_t kNodes = 6;
-
     void act() {
-        if (budget_ == 0) {
+        if (--budget < 0) {
             return;
         }
-        --budget_;
-        const std::size_t place = random_.below(kNodes - 1);
+        const std::size_t place = random.below(kNodes - 1);
         std::shared_ptr<Node>& source = nodeAt(place);
-        std::shared_ptr<Node>& sink = nodeAt(place + 1 + random_.below(kNodes - 1 - place));
-        const bool weak = random_.below(2) == 0;
-        switch (random_.below(12)) {
-            case 0:
-                source->disconnect(sink.get());
-                break;
-            case 1:
-            case 2:
-                // The first may end the source, the second needs one.
-                source->disconnect(sink.get());
-                nodeAt(place)->connect(sink, weak);
-                break;
-            case 3:
-                source->disconnectAll();
-                break;
-            case 4:
-                sink.reset();
-                break;
-            case 5:
-                source.reset();
-                break;
-            case 6:
-            case 7:
-                source->send();
-                break;
-            case 8:
-                log_.push_back(source->isConnected(sink.get()) ? "connected" : "not connected");
-                break;
-            default:
-                source->connect(sink, weak);
+        std::shared_ptr<Node>& sink = nodeAt(place + 1 + random.below(kNodes - 1 - place));
+        const bool weak = random.below(2) == 0;
+        const std::size_t choice = random.below(11);
+        if (choice < 3) {
+            source->connect(sink, weak);
+        } else if (choice < 6) {
+            source->disconnect(sink.get());
+            // That may have ended the source.
+            choice < 5 ? nodeAt(place)->connect(sink, weak) : void();
+        } else if (choice == 6) {
+            source->disconnectAll();
+        } else if (choice < 9) {
+            (choice == 7 ? sink : source).reset();
+        } else {
+            source->send();
         }
     }
     std::shared_ptr<Node>& nodeAt(std::size_t place) {
-        if (!nodes_[place]) {
-            nodes_[place] = std::make_shared<Node>(*this);
-        }
-        return nodes_[place];
+        return nodes[place] ? nodes[place] : nodes[place] = std::make_shared<Node>(*this);
     }
-
-    Random random_;
-    Lines log_;
-    int budget_ = 80;
-    int living_ = 0;
-    int ended_ = 0;
-    std::shared_ptr<Node> nodes_[kNodes];
 };
 
 // Every fifth cannot tell what it wants, some fail instead of handing on.
@@ -117,9 +84,9 @@ bool isFailing(const std::string& name) { return name.back() % 2 == 0; }
 
 struct RealNode : MessageForwarder {
     Play<RealNode>& play;
-    std::string name;
+    std::string name = std::to_string(++play.born);
 
-    explicit RealNode(Play<RealNode>& wantedPlay) : play(wantedPlay), name(play.born()) {}
+    explicit RealNode(Play<RealNode>& wantedPlay) : play(wantedPlay) {}
     ~RealNode() override { play.ended(name); }
     void send() { sendMessage(kPing, MessageWord(1), MessageWord(2)); }
     bool acceptsMessage(const MessageKind&) const override {
@@ -140,19 +107,21 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
         std::weak_ptr<ModelNode> sink;
     };
     Play<ModelNode>& play;
-    std::string name;
+    std::string name = std::to_string(++play.born);
     int lastNumber = 0;
-    std::vector<Link> links;
+    std::vector<Link> links{};
 
-    explicit ModelNode(Play<ModelNode>& wantedPlay) : play(wantedPlay), name(play.born()) {}
+    explicit ModelNode(Play<ModelNode>& wantedPlay) : play(wantedPlay) {}
     ~ModelNode() { play.ended(name); }
-    auto linkTo(const ModelNode* sink) {
-        return std::find_if(links.begin(), links.end(),
-                            [&](const Link& link) { return link.sink.lock().get() == sink; });
+    template <class Is>
+    auto linkThat(Is&& is) {
+        return std::find_if(links.begin(), links.end(), is);
     }
-    bool isConnected(const ModelNode* sink) { return linkTo(sink) != links.end(); }
+    auto linkTo(const ModelNode* sink) {
+        return linkThat([=](const Link& link) { return link.sink.lock().get() == sink; });
+    }
     void connect(const std::shared_ptr<ModelNode>& sink, bool weak) {
-        if (sink && !isConnected(sink.get())) {
+        if (sink && linkTo(sink.get()) == links.end()) {
             links.push_back({++lastNumber, weak ? nullptr : sink, sink});
         }
     }
@@ -168,7 +137,7 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
         std::set<std::string> had;
         for (const bool weak : {false, true}) {
             for (int number = 1; number <= lastNumber; ++number) {
-                const auto link = std::find_if(links.begin(), links.end(), [&](const Link& each) {
+                const auto link = linkThat([&](const Link& each) {
                     return each.number == number && weak == !each.strong;
                 });
                 auto sink = link != links.end() ? link->sink.lock() : nullptr;
@@ -187,142 +156,128 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
 
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {
     for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
-        ASSERT_EQ(Play<RealNode>(seed).run(), Play<ModelNode>(seed).run()) << "seed " << seed;
+        ASSERT_EQ(Play<RealNode>{Random(seed)}.run(), Play<ModelNode>{Random(seed)}.run())
+            << "seed " << seed;
     }
 }
 
 // --- Filters, gates and reports ---------------------------------------------------------------
 
-struct Recorder : MessageSink {
+struct Probe : MessageForwarder {
     Lines& log;
     std::string name;
-    std::function<void()> action = [] {};
+    std::function<bool()> action = [] { return true; };
     const MessageKind* refused = nullptr;
     bool isMet = false;
+    bool gate = true;
+    std::vector<std::shared_ptr<MessageSink>>* later = nullptr;
 
-    Recorder(Lines& wantedLog, std::string wantedName)
-        : log(wantedLog), name(std::move(wantedName)) {}
+    Probe(Lines& wantedLog, std::string wantedName) : log(wantedLog), name(std::move(wantedName)) {}
     bool onReceiveMessage(const MessageKind&, MessageWord, MessageWord) override {
         log.push_back(name);
-        action();
-        return true;
+        return isForwarding() && action();
     }
     bool acceptsMessage(const MessageKind& kind) const override { return &kind != refused; }
     bool meetsRestriction(const MessageKind&, MessageWord, MessageWord) const override {
         return isMet ? true : throw std::wstring(L"not met");
     }
-};
-
-struct Forwarder : MessageForwarder {
-    std::function<bool()> action;
-    bool wasForwarding = false;
-    bool onReceiveMessage(const MessageKind&, MessageWord, MessageWord) override {
-        wasForwarding = isForwarding();
-        return action();
-    }
-};
-
-struct Deferring : MessageSource {
-    std::vector<std::shared_ptr<MessageSink>> later;
-    bool gate = true;
     bool maySend(const MessageKind&, MessageWord, MessageWord) const override { return gate; }
-    void deferDelivery(const MessageKind&, MessageWord, MessageWord,
+    void deferDelivery(const MessageKind& kind, MessageWord a, MessageWord b,
                        const std::shared_ptr<MessageSink>& sink) override {
-        later.push_back(sink);
+        later != nullptr ? later->push_back(sink)
+                         : MessageForwarder::deferDelivery(kind, a, b, sink);
     }
 };
 
+// A source with a strong sink and a weak one.
 class MessagingTest : public testing::Test {
 protected:
-    std::shared_ptr<Recorder> connected(const std::string& name, bool weak = false) {
-        auto made = std::make_shared<Recorder>(log_, name);
-        source_->connect(made, weak);
-        return made;
+    MessagingTest() {
+        source_->connect(nullptr, false);
+        source_->connect(strong_, false);
+        source_->connect(weak_, true);
+        source_->disconnect(nullptr);
     }
-    bool send() { return source_->sendMessage(kPing, MessageWord(), MessageWord()); }
     // Sends once and says who got it.
-    Lines sent() {
-        send();
+    Lines sent(const MessageKind& kind = kPing) {
+        isSent_ = source_->sendText(kind, L"");
         return std::exchange(log_, {});
     }
 
     Lines log_;
-    std::shared_ptr<MessageSource> source_ = std::make_shared<MessageSource>();
+    bool isSent_ = false;
+    std::shared_ptr<Probe> source_ = std::make_shared<Probe>(log_, "source");
+    std::shared_ptr<Probe> strong_ = std::make_shared<Probe>(log_, "s");
+    std::shared_ptr<Probe> weak_ = std::make_shared<Probe>(log_, "w");
 };
 
 TEST_F(MessagingTest, filterRestrictionGatesAndDeferral_holdMessagesBack) {
-    const auto deferring = std::make_shared<Deferring>();
-    source_ = deferring;
-    source_->connect(nullptr, false);
-    source_->disconnect(nullptr);
-    const auto strong = connected("s");
-    const auto weak = connected("w", true);
-    strong->refused = weak->refused = &kPong;
-    source_->sendMessage(kPong, MessageWord(), MessageWord());
-    EXPECT_EQ(log_, Lines());
-    strong->setRestricted(true);
+    strong_->refused = weak_->refused = &kPong;
+    EXPECT_EQ(sent(kPong), Lines());
+    strong_->setRestricted(true);
     EXPECT_EQ(sent(), Lines{"w"});
-    strong->isMet = true;
+    strong_->isMet = true;
     EXPECT_EQ(sent(), (Lines{"s", "w"}));
-    deferring->setSendingEnabled(false);
-    EXPECT_FALSE(send());
-    deferring->setSendingEnabled(true);
-    deferring->gate = false;
-    EXPECT_FALSE(send());
-    deferring->gate = true;
-    deferring->setDeliveryDeferred(true);
-    EXPECT_TRUE(send());
-    EXPECT_EQ(log_, Lines());
-    EXPECT_EQ(deferring->later, (std::vector<std::shared_ptr<MessageSink>>{strong, weak}));
-    MessageSource plain;
-    plain.connect(strong, false);
-    plain.setDeliveryDeferred(true);
-    EXPECT_EQ(thrownText([&] { plain.sendText(kPing, L""); }), L"deferDelivery");
+    EXPECT_TRUE(isSent_);
+    source_->setSendingEnabled(false);
+    EXPECT_EQ(sent(), Lines());
+    EXPECT_FALSE(isSent_);
+    source_->setSendingEnabled(true);
+    source_->gate = false;
+    EXPECT_EQ(sent(), Lines());
+    EXPECT_FALSE(isSent_);
+    source_->gate = true;
+    source_->setDeliveryDeferred(true);
+    std::vector<std::shared_ptr<MessageSink>> later;
+    source_->later = &later;
+    EXPECT_EQ(sent(), Lines());
+    EXPECT_EQ(later, (std::vector<std::shared_ptr<MessageSink>>{strong_, weak_}));
+    source_->later = nullptr;
+    EXPECT_EQ(thrownText([&] { sent(); }), L"deferDelivery");
 }
 
 TEST_F(MessagingTest, failingSinksAndForwarders_areReportedByTheStepThatFailed) {
-    const auto forwarder = std::make_shared<Forwarder>();
-    source_->connect(forwarder, false);
+    const auto behind = std::make_shared<Probe>(log_, "behind");
+    strong_->connect(behind, false);
     bool wasForwarding = false;
-    const auto behind = std::make_shared<Recorder>(log_, "behind");
-    behind->action = [&] { wasForwarding = forwarder->isForwarding(); };
-    forwarder->connect(behind, false);
-    const auto beside = connected("beside");
-    beside->action = [] { throw std::wstring(L"text"); };
-    const auto isSent = [&](const Lines& expected, const std::function<bool()>& action) {
-        forwarder->wasForwarding = wasForwarding = false;
-        forwarder->action = action;
-        EXPECT_EQ(sent(), expected);
-        EXPECT_EQ(forwarder->wasForwarding, action != nullptr);
-        EXPECT_EQ(wasForwarding, expected.size() == 2);
-        EXPECT_FALSE(forwarder->isForwarding());
+    behind->action = [&]() -> bool {
+        wasForwarding = strong_->isForwarding();
+        throw std::wstring(L"text");
     };
     const TraceCapture trace;
-    isSent({"behind", "beside"}, [] { return false; });
-    beside->action = [] {};
-    isSent({"beside"}, [] { return true; });
-    isSent({"behind", "beside"}, []() -> bool { throw std::runtime_error("handler"); });
-    forwarder->setDeliveryDeferred(true);
-    isSent({"beside"}, [] { return false; });
-    forwarder->setRestricted(true);
-    beside->setRestricted(true);
-    isSent({}, nullptr);
+    EXPECT_EQ(sent(), (Lines{"s", "w"}));
+    strong_->action = []() -> bool { throw std::runtime_error("handler"); };
+    EXPECT_EQ(sent(), (Lines{"s", "behind", "w"}));
+    EXPECT_TRUE(wasForwarding);
+    EXPECT_FALSE(strong_->isForwarding());
+    strong_->action = [] { return false; };
+    strong_->setDeliveryDeferred(true);
+    weak_->setRestricted(true);
+    EXPECT_EQ(sent(), Lines{"s"});
+    // A failed assertion's own two lines are left out.
     Lines lines = trace.messages();
     std::erase_if(lines, [](const auto& line) { return line.find(": catched ") == line.npos; });
     const std::string start = "MessageForwarder::receiveMessage: tried ";
+    const std::string failed = "onReceiveMessage() and failed: catched ";
     EXPECT_EQ(lines,
-              (Lines{"receiveMessage::receiveMessage: tried onReceiveMessage() and failed: "
-                     "catched assertion exception: text",
-                     start + "onReceiveMessage() and failed: catched std::exception: handler",
+              (Lines{start + failed + "std::exception: handler",
+                     start + failed + "assertion exception: text",
                      start + "sendMessage() and failed: catched assertion exception: deferDelivery",
                      "MessageSink::wantsMessage: catched assertion exception: not met"}));
+    struct Plain : MessageSink {
+        bool onReceiveMessage(const MessageKind&, MessageWord, MessageWord) override {
+            throw std::wstring(L"text");
+        }
+    };
+    Plain().receiveMessage(kPing, MessageWord(), MessageWord());
+    EXPECT_EQ(trace.messages().back(),
+              "receiveMessage::receiveMessage: tried " + failed + "assertion exception: text");
 }
 
 TEST(MessageKind, kindsInOrder_haveConsecutiveIdsAndAreFoundWhileTheyLive) {
     EXPECT_EQ(kPing.compactId().size(), 4U);
     EXPECT_EQ(std::stoi(kPong.compactId(), nullptr, 16),
               std::stoi(kPing.compactId(), nullptr, 16) + 1);
-    EXPECT_EQ(MessageKind::find(L"pong.MessagingTest"), &kPong);
     {
         const MessageKind extra(L"extra.MessagingTest");
         EXPECT_EQ(MessageKind::find(L"extra.MessagingTest"), &extra);

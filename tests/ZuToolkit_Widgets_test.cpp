@@ -38,17 +38,23 @@ int looksAtWhole(Args... args) {
 }
 
 TEST_F(WidgetTest, destruction_ofAnyPortableObject_endsTheBackendWhileThatIsWhole) {
-    const int looks[] = {
-        looksAtWhole<RecordingButton>(),      looksAtWhole<RecordingTextBox>(),
-        looksAtWhole<RecordingWindow>(),      looksAtWhole<RecordingDialog>(),
-        looksAtWhole<RecordingPopupMenu>(),   looksAtWhole<RecordingScrollBar>(),
-        looksAtWhole<RecordingProgressBar>(), looksAtWhole<RecordingComboBox>(),
-        looksAtWhole<RecordingGridView>(),    looksAtWhole<RecordingTreeView>(),
-        looksAtWhole<RecordingFont>(FontStyle()), looksAtWhole<RecordingTimer>(),
-        looksAtWhole<RecordingBitmap>(ResourceDescriptor(), Size()),
-        looksAtWhole<RecordingGraphics>(),    looksAtWhole<RecordingWindowService>(),
-        looksAtWhole<ResourceServiceGeneric>(),
-        looksAtWhole<ApplicationServiceWin32Gdi>()};
+    const int looks[] = {looksAtWhole<RecordingButton>(),
+                         looksAtWhole<RecordingTextBox>(),
+                         looksAtWhole<RecordingWindow>(),
+                         looksAtWhole<RecordingDialog>(),
+                         looksAtWhole<RecordingPopupMenu>(),
+                         looksAtWhole<RecordingScrollBar>(),
+                         looksAtWhole<RecordingProgressBar>(),
+                         looksAtWhole<RecordingComboBox>(),
+                         looksAtWhole<RecordingGridView>(),
+                         looksAtWhole<RecordingTreeView>(),
+                         looksAtWhole<RecordingFont>(FontStyle()),
+                         looksAtWhole<RecordingTimer>(),
+                         looksAtWhole<RecordingBitmap>(ResourceDescriptor(), Size()),
+                         looksAtWhole<RecordingGraphics>(),
+                         looksAtWhole<RecordingWindowService>(),
+                         looksAtWhole<ResourceServiceGeneric>(),
+                         looksAtWhole<ApplicationServiceWin32Gdi>()};
     for (std::size_t i = 0; i < std::size(looks); ++i) {
         EXPECT_EQ(looks[i], 2) << i;
     }

@@ -136,8 +136,8 @@ std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring
     const ServiceLocator* mark = this;
     std::size_t steps = 1;
     std::size_t left = steps;
-    for (std::shared_ptr<ServiceLocator> climbing = getParent();
-         climbing && climbing.get() != mark; climbing = climbing->getParent()) {
+    for (std::shared_ptr<ServiceLocator> climbing = getParent(); climbing && climbing.get() != mark;
+         climbing = climbing->getParent()) {
         found = climbing->findHere(isType, name);
         if (found) {
             return found;
