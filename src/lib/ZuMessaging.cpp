@@ -149,23 +149,24 @@ private:
 MessageSink* MessageSource::Delivery::next() {
     for (;;) {
         called_ = nullptr;
-        // A sink that goes away here may end the source.
-        kept_.reset();
+        if (kept_) {
+            // A sink that goes away here may end the source.
+            kept_.reset();
+        }
         if (source_ == nullptr) {
             return nullptr;
         }
-        atWeak_ = atWeak_ || reached_[0] == source_->strongSinks_.size();
-        if (atWeak_ && reached_[1] == source_->weakSinks_.size()) {
-            return nullptr;
-        }
         MessageSink* sink = nullptr;
-        if (atWeak_) {
+        if (!atWeak_ && reached_[0] < source_->strongSinks_.size()) {
+            sink = source_->strongSinks_[reached_[0]++].get();
+        } else if (reached_[1] < source_->weakSinks_.size()) {
+            atWeak_ = true;
             kept_ = source_->weakSinks_[reached_[1]++].lock();
             sink = kept_.get();
         } else {
-            sink = source_->strongSinks_[reached_[0]++].get();
+            return nullptr;
         }
-        if (sink != nullptr && !hadIt(sink)) {
+        if (sink != nullptr && (left_.empty() || !hadIt(sink))) {
             called_ = sink;
             return sink;
         }

@@ -14,6 +14,7 @@ namespace {
 // may belong to any unit, and units end in no particular order.
 union RootSlot {
     constexpr RootSlot() noexcept : root() {}
+    // NOLINTNEXTLINE(modernize-use-equals-default): that one would be deleted.
     ~RootSlot() {}
     std::shared_ptr<ServiceLocator> root;
 };
@@ -61,6 +62,8 @@ void ServiceLocator::registerService(const std::shared_ptr<Service>& service, bo
     }
     const std::shared_ptr<ServiceLocator> self = sharedReference(this);
     ZU_ASSERT(!attach || self);
+    // A hook may change the caller's own reference.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::shared_ptr<Service> kept = service;
     if (own) {
         ownedServices_.push_back(kept);
