@@ -63,7 +63,6 @@ void ServiceLocator::registerService(const std::shared_ptr<Service>& service, bo
     const std::shared_ptr<ServiceLocator> self = sharedReference(this);
     ZU_ASSERT(!attach || self);
     // A hook may change the caller's own reference.
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::shared_ptr<Service> kept = service;
     if (own) {
         ownedServices_.push_back(kept);
@@ -84,6 +83,7 @@ void ServiceLocator::registerService(const std::shared_ptr<Service>& service, bo
 
 void ServiceLocator::unregisterService(const std::shared_ptr<Service>& service) {
     // The caller may pass the very reference that is removed here.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     if (const std::shared_ptr<Service> kept = service; kept && remove(kept)) {
         detach(*kept);
     }
