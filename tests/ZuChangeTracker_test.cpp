@@ -61,17 +61,20 @@ TEST(TrackingPropertyBag, changesOfAnyKind_areCountedAndAnnouncedOnce) {
     EXPECT_TRUE(bag.isChanged());
 }
 
-TEST(TrackingPropertyBag, sinkThatReadsTheBagAnew_leavesTheKeyOfItsMessageAlive) {
-    TrackingPropertyBag bag;
+TEST(TrackingPropertyBag, sinkThatReadsTheBagAnewOrEndsIt_leavesTheMessageAlive) {
+    auto bag = std::make_unique<TrackingPropertyBag>();
     const auto listener = std::make_shared<Listener>();
-    const auto rereader = std::make_shared<Listener>();
-    rereader->next = [&] { bag.parse(L"<hmap><p><k>after</k></p></hmap>"); };
-    bag.connect(rereader, false);
-    bag.connect(listener, false);
-    bag.setLong(L"a key that is too long for a small string", 1);
+    const auto first = std::make_shared<Listener>();
+    bag->connect(first, false);
+    bag->connect(listener, false);
+    first->next = [&] { bag->parse(L"<hmap><p><k>after</k></p></hmap>"); };
+    bag->setLong(L"a key that is too long for a small string", 1);
+    listener->next = [&] { bag.reset(); };
+    bag->announcePropertyChanged(L"c", true);
     EXPECT_EQ(listener->log,
               (Texts{L"propertyChanged.ChangeTracker after",
-                     L"propertyChanged.ChangeTracker a key that is too long for a small string"}));
+                     L"propertyChanged.ChangeTracker a key that is too long for a small string",
+                     L"cacheCleared.ChangeTracker "}));
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+
 #include "ZuMessagingService.h"
 #include "ZuService.h"
 #include "support/FrameworkTest.h"
@@ -11,114 +14,194 @@ namespace {
 
 using namespace test;
 
+// A second holder of the root, as a host may have one: the process must end well.
+const ServiceLocatorStaticCtorDtor rootHolder;
+
 // clang-format off
 struct IClock { virtual ~IClock() = default; };
 struct Plain : Service { using Service::Service; };
 struct Clock : Service, IClock { using Service::Service; };
-struct BetterClock : Clock { using Clock::Clock; };
 // clang-format on
 
-class ServiceLocatorTest : public testing::Test {
-protected:
-    std::shared_ptr<ServiceLocator> locator_ = std::make_shared<ServiceLocator>();
+// What is looked for, and whether plain services and clocks are that.
+template <class T>
+const void* find(const ServiceLocator& at, const std::wstring& name, bool weak, bool local) {
+    return dynamic_cast<const void*>(weak ? at.getWeakService<T>(name).get()
+                                          : at.getService<T>(name, local).get());
+}
+const struct {
+    const void* (*find)(const ServiceLocator& at, const std::wstring& name, bool weak, bool local);
+    bool is[2];
+} kWanted[] = {
+    {&find<Service>, {true, true}}, {&find<Plain>, {true, false}}, {&find<IClock>, {false, true}}};
+const std::wstring kNames[] = {L"", L"", L"a", L"A"};
+
+// A registry in plain words, with the address of the real one.
+struct Model : std::enable_shared_from_this<Model> {
+    using Reference = std::shared_ptr<Model>;
+    const void* real = nullptr;
+    bool isClock = false;
+    std::wstring name;
+    Reference parent;
+    std::vector<std::pair<std::weak_ptr<Model>, Reference>> entries;  // second when owned
+
+    void registerService(const Reference& service, bool attach, bool own) {
+        if (std::none_of(entries.begin(), entries.end(),
+                         [&](const auto& entry) { return entry.first.lock() == service; })) {
+            entries.emplace_back(service, own ? service : nullptr);
+            service->parent = attach ? shared_from_this() : service->parent;
+        }
+    }
+    void unregisterService(const Reference& service) {
+        const auto isService = [&](auto& entry) { return entry.first.lock() == service; };
+        if (std::erase_if(entries, isService) != 0 && service->parent.get() == this) {
+            service->parent = nullptr;
+        }
+    }
+    void unregisterAll() {
+        while (!entries.empty()) {
+            const auto [service, owned] = entries.back();
+            service.expired() ? entries.pop_back() : unregisterService(service.lock());
+            owned ? owned->unregisterAll() : void();
+        }
+    }
+    const void* findHere(const bool* is, const std::wstring& wantedName, bool weak) const {
+        const void* found = nullptr;
+        for (const auto& [entry, owned] : entries) {
+            const Reference service = entry.lock();
+            if (service && weak == !owned && is[service->isClock] &&
+                (wantedName.empty() || service->name == wantedName)) {
+                found = service->real;
+            }
+        }
+        return found;
+    }
+    const void* find(const bool* is, const std::wstring& wantedName, bool weak, bool local,
+                     const Model& root) const {
+        std::set<const Model*> seen;
+        for (const Model* at = this; at != nullptr && seen.insert(at).second;
+             at = at->parent.get()) {
+            const void* found = at->findHere(is, wantedName, weak);
+            if (found != nullptr || weak || local) {
+                return found;
+            }
+        }
+        return root.findHere(is, wantedName, weak);
+    }
 };
 
-TEST_F(ServiceLocatorTest, getService_severalOfOneType_findsTheNewestThatFits) {
-    const auto first = makeService<Clock>(L"a");
-    const auto second = makeService<BetterClock>(L"b");
-    const auto third = makeService<Clock>(L"a");
-    const auto other = makeService<Plain>(L"b");
-    for (const std::shared_ptr<Service>& service :
-         std::initializer_list<std::shared_ptr<Service>>{first, nullptr, second, third, other}) {
-        locator_->registerService(service, false, true);
+struct Twins {
+    std::shared_ptr<Service> real;
+    std::shared_ptr<Model> model = std::make_shared<Model>();
+};
+
+Twins made(Random& random) {
+    Twins twins;
+    twins.model->isClock = random.below(2) == 0;
+    const std::wstring& name = twins.model->name = random.pick(kNames);
+    twins.real = makeService<Plain>(name);
+    if (twins.model->isClock) {
+        twins.real = makeService<Clock>(name);
     }
-    EXPECT_EQ(locator_->getService<Clock>(), third);
-    EXPECT_EQ(locator_->getService<BetterClock>(), second);
-    EXPECT_EQ(locator_->getService<Clock>(L"b"), second);
-    EXPECT_EQ(locator_->getService<Clock>(L"a"), third);
-    EXPECT_EQ(locator_->getService<Clock>(L"A"), nullptr);
-    EXPECT_EQ(locator_->getService<Service>(), other);
-    EXPECT_EQ(locator_->getService<IClock>().get(), static_cast<IClock*>(third.get()));
-    EXPECT_EQ(locator_->getService<MessagingService>(), nullptr);
-    // Registering again changes nothing, unregistering uncovers the older one.
-    locator_->registerService(first, true, true);
-    EXPECT_EQ(first->getParent(), nullptr);
-    EXPECT_EQ(locator_->getService<Clock>(), third);
-    for (const auto& [gone, next] : {std::pair{third, std::shared_ptr<Clock>(second)},
-                                     {third, second},
-                                     {std::shared_ptr<Clock>(second), first},
-                                     {nullptr, first}}) {
-        locator_->unregisterService(gone);
-        EXPECT_EQ(locator_->getService<Clock>(), next);
+    twins.model->real = dynamic_cast<const void*>(twins.real.get());
+    return twins;
+}
+
+// Registers, attaches, lets go and asks as the seed has it.
+void playRegistry(std::uint64_t seed) {
+    Random random(seed);
+    const auto root = std::make_shared<Model>();
+    root->real = dynamic_cast<const void*>(ServiceLocator::instance().get());
+    { const ServiceLocatorStaticCtorDtor third; }
+    ASSERT_EQ(dynamic_cast<const void*>(ServiceLocator::instance().get()), root->real);
+    Twins nodes[6];
+    std::vector<std::pair<std::weak_ptr<Service>, std::weak_ptr<Model>>> all;
+    for (int i = 0; i < 120; ++i) {
+        Twins& node = nodes[random.below(std::size(nodes))];
+        Twins& other = nodes[random.below(std::size(nodes))];
+        for (Twins* each : {&node, &other}) {
+            if (!each->real) {
+                *each = made(random);
+                all.emplace_back(each->real, each->model);
+            }
+        }
+        const bool first = random.below(2) == 0;
+        const bool second = random.below(2) == 0;
+        const bool atRoot = random.below(2) == 0;
+        ServiceLocator& real = atRoot ? *ServiceLocator::instance() : *other.real;
+        Model& model = atRoot ? *root : *other.model;
+        const std::size_t choice = random.below(16);
+        if (choice < 6) {
+            real.registerService(node.real, first, second);
+            model.registerService(node.model, first, second);
+        } else if (choice == 6) {
+            real.unregisterService(node.real);
+            model.unregisterService(node.model);
+        } else if (choice == 7 && first && second) {
+            real.unregisterAll();
+            model.unregisterAll();
+        } else if (choice == 8) {
+            node.real->setParent(first ? other.real : nullptr);
+            node.model->parent = first ? other.model : nullptr;
+        } else if (choice == 9) {
+            node = {nullptr, nullptr};
+        } else {
+            const auto& wanted = random.pick(kWanted);
+            const std::wstring& name = random.pick(kNames);
+            ASSERT_EQ(wanted.find(real, name, first && second, second),
+                      model.find(wanted.is, name, first && second, second, *root));
+        }
+        for (const auto& [service, twin] : all) {
+            ASSERT_EQ(service.expired(), twin.expired());
+        }
+    }
+    // Whatever was made comes to its end when the circles are opened.
+    std::fill(std::begin(nodes), std::end(nodes), Twins{});
+    ServiceLocator::instance()->unregisterAll();
+    for (const auto& [service, twin] : all) {
+        if (const auto left = service.lock()) {
+            left->unregisterAll();
+            left->setParent(nullptr);
+        }
+        if (const auto left = twin.lock()) {
+            left->unregisterAll();
+            left->parent = nullptr;
+        }
+    }
+    EXPECT_TRUE(std::all_of(all.begin(), all.end(),
+                            [](const auto& entry) { return entry.first.expired(); }));
+}
+
+TEST(ServiceLocator, registeringAttachingAndLettingGoAtRandom_isFoundAsTheModelSays) {
+    for (std::uint64_t seed = 1; seed <= 1000 && !HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        playRegistry(seed);
     }
 }
 
-TEST_F(ServiceLocatorTest, getService_notFoundHere_climbsTheParentsAndThenTriesTheRoot) {
-    const auto top = std::make_shared<ServiceLocator>();
-    const auto middle = std::make_shared<ServiceLocator>();
-    locator_->setParent(middle);
-    middle->setParent(top);
-    const auto inTop = makeService<Clock>(L"top");
-    top->registerService(inTop, false, true);
-    const auto inRoot = makeService<Clock>(L"root");
-    ServiceLocator::instance()->registerService(inRoot, true, true);
-    EXPECT_EQ(locator_->getService<Clock>(), inTop);
-    EXPECT_EQ(locator_->getService<Clock>(L"root"), inRoot);
-    EXPECT_EQ(locator_->getService<Clock>(L"", true), nullptr);
-    EXPECT_EQ(locator_->getService<Clock>(L"nobody"), nullptr);
-    locator_->setParent(nullptr);
-    EXPECT_EQ(locator_->getService<Clock>(), inRoot);
-    // What a service holds itself is seen from there only.
-    const auto nested = makeService<Plain>();
-    inRoot->registerService(nested, false, true);
-    EXPECT_EQ(inRoot->getService<Plain>(), nested);
-    EXPECT_EQ(locator_->getService<Plain>(), nullptr);
-    EXPECT_EQ(ServiceLocator::instance()->getService<Plain>(), nullptr);
-    ServiceLocator::instance()->unregisterService(inRoot);
-}
-
-TEST_F(ServiceLocatorTest, weakService_isFoundByTheWeakSearchWhileItLives) {
-    const auto older = makeService<Clock>(L"older");
-    auto newer = makeService<Clock>(L"newer");
-    locator_->registerService(older, false, false);
-    locator_->registerService(newer, true, false);
-    locator_->registerService(newer, false, true);
-    locator_->registerService(nullptr, true, false);
-    EXPECT_EQ(newer->getParent(), locator_);
-    EXPECT_EQ(locator_->getService<Clock>(L"", true), nullptr);
-    EXPECT_EQ(locator_->getWeakService<Clock>(), newer);
-    EXPECT_EQ(locator_->getWeakService<Clock>(L"older"), older);
-    EXPECT_EQ(locator_->getWeakService<Plain>(), nullptr);
-    newer.reset();
-    EXPECT_EQ(locator_->getWeakService<Clock>(), older);
-    // A stranger is not detached because an expired entry goes on the way.
-    const auto stranger = makeService<Plain>();
-    stranger->setParent(locator_);
-    locator_->unregisterService(stranger);
-    EXPECT_EQ(stranger->getParent(), locator_);
-    locator_->unregisterService(older);
-    EXPECT_EQ(locator_->getWeakService<Clock>(), nullptr);
-}
-
-TEST_F(ServiceLocatorTest, attachedService_unregisteredOrRootGone_isReleased) {
-    auto service = makeService<Plain>();
-    const std::weak_ptr<Service> weak = service;
-    locator_->registerService(service, true, true);
-    EXPECT_EQ(service->getParent(), locator_);
-    locator_->unregisterService(locator_->getService<Plain>());
-    EXPECT_EQ(service->getParent(), nullptr);
-    {
-        const ServiceLocatorStaticCtorDtor lifetime;
-        ServiceLocator::instance()->registerService(service, true, true);
-        service.reset();
-        EXPECT_FALSE(weak.expired());
+TEST(ServiceLocator, registrationThatFails_leavesTheServiceAsItWas) {
+    struct Refusing : Service {
+        bool refuses = true;
+        void setParent(const std::shared_ptr<ServiceLocator>& parent) override {
+            refuses ? throw std::wstring(L"refused") : Service::setParent(parent);
+        }
+    };
+    const auto locator = std::make_shared<ServiceLocator>();
+    const auto service = makeService<Refusing>();
+    for (const bool own : {false, true}) {
+        locator->registerService(nullptr, true, own);
+        locator->unregisterService(nullptr);
+        EXPECT_EQ(thrownText([&] { locator->registerService(service, true, own); }), L"refused");
+        EXPECT_EQ(locator->getService<Service>(), nullptr);
+        EXPECT_EQ(locator->getWeakService<Service>(), nullptr);
     }
-    EXPECT_TRUE(weak.expired());
-    EXPECT_EQ(ServiceLocator::instance(), nullptr);
-    EXPECT_EQ(locator_->getService<Plain>(), nullptr);
-    // The process's own one goes at exit; it needs a root to release.
-    static const auto* const again = new ServiceLocatorStaticCtorDtor;
-    EXPECT_NE(again, nullptr);
+    service->refuses = false;
+    locator->registerService(service, true, false);
+    ServiceLocator unowned;
+    EXPECT_EQ(thrownText([&] { unowned.registerService(service, true, true); }),
+              L"!attach || self");
+    EXPECT_EQ(unowned.getService<Service>(), nullptr);
+    EXPECT_EQ(service->getParent(), locator);
 }
 
 TEST(ServiceTest, propertiesAndAnnouncements_reachTheServicesSinks) {

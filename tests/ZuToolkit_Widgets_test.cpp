@@ -1,4 +1,8 @@
 // The native widgets' portable halves, and the bridge to their backends.
+#include <typeinfo>
+
+#include "ZuApplicationServiceWin32Gdi.h"
+#include "ZuResourceServiceGeneric.h"
 #include "support/ToolkitTest.h"
 
 namespace zustd {
@@ -9,32 +13,51 @@ using WidgetTest = ToolkitTest;
 
 // --- The bridge ---
 
-// Writes down its caption when its native object goes.
-class Leaving : public RecordingButton {
+// Looks at its portable object when the native object goes and at its own end.
+template <class Backend>
+class Ending : public Backend {
 public:
-    explicit Leaving(Journal& captions) : captions_(captions) {}
+    ~Ending() override { look(); }
     void releaseNativeObject() override {
-        if (hasNativeObject()) {
-            captions_.push_back(getAbstraction().caption().literal());
-        }
-        Recording::releaseNativeObject();
+        look();
+        Backend::releaseNativeObject();
     }
+    static inline int looks = 0;
 
 private:
-    Journal& captions_;
+    void look() {
+        const auto& abstraction = this->getAbstraction();
+        looks += typeid(abstraction) == typeid(std::remove_cvref_t<decltype(abstraction)>);
+    }
 };
 
-TEST_F(WidgetTest, destruction_nativeObject_goesWhileTheWidgetIsWhole) {
-    Journal captions;
-    for (const wchar_t* caption : {L"shown", L"not shown"}) {
-        const auto button = makeControl<NativeButton>();
-        joinImplementation(*button, std::make_unique<Leaving>(captions));
-        button->setCaption(std::make_shared<TextDescriptor>(caption));
-        if (captions.empty()) {
-            button->synchronizeTree();
-        }
+template <class Backend, class... Args>
+int looksAtWhole(Args... args) {
+    made<Ending<Backend>>(args...);
+    return Ending<Backend>::looks;
+}
+
+TEST_F(WidgetTest, destruction_ofAnyPortableObject_endsTheBackendWhileThatIsWhole) {
+    const int looks[] = {looksAtWhole<RecordingButton>(),
+                         looksAtWhole<RecordingTextBox>(),
+                         looksAtWhole<RecordingWindow>(),
+                         looksAtWhole<RecordingDialog>(),
+                         looksAtWhole<RecordingPopupMenu>(),
+                         looksAtWhole<RecordingScrollBar>(),
+                         looksAtWhole<RecordingProgressBar>(),
+                         looksAtWhole<RecordingComboBox>(),
+                         looksAtWhole<RecordingGridView>(),
+                         looksAtWhole<RecordingTreeView>(),
+                         looksAtWhole<RecordingFont>(FontStyle()),
+                         looksAtWhole<RecordingTimer>(),
+                         looksAtWhole<RecordingBitmap>(ResourceDescriptor(), Size()),
+                         looksAtWhole<RecordingGraphics>(),
+                         looksAtWhole<RecordingWindowService>(),
+                         looksAtWhole<ResourceServiceGeneric>(),
+                         looksAtWhole<ApplicationServiceWin32Gdi>()};
+    for (std::size_t i = 0; i < std::size(looks); ++i) {
+        EXPECT_EQ(looks[i], 2) << i;
     }
-    EXPECT_EQ(captions, Journal{L"shown"});
 }
 
 TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "ZuDateTime.h"
-#include "ZuId.h"
 
 namespace zustd {
 namespace {
@@ -17,15 +16,6 @@ TEST(Version, buildKinds_areSaidBehindTheNumbers) {
     EXPECT_EQ(version.toDisplayText(), L"1.8.852 DEBUG");
     version.build = -3;
     EXPECT_EQ(version.toText(), L"1.8.-3");
-}
-
-TEST(Id, objects_haveIdentitiesOfTheirOwn) {
-    const Id first;
-    const Id second;
-    EXPECT_GE(first.id(), 1U);
-    EXPECT_GT(second.id(), first.id());
-    EXPECT_EQ(second.idText().size(), 16U);
-    EXPECT_EQ(std::stoull(second.idText(), nullptr, 16), second.id());
 }
 
 TEST(DateTime, fields_orderByTimeAlsoAsFileStamps) {

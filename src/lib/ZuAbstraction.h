@@ -4,7 +4,12 @@
 // it; the backend derives from Implementation<A, I> and holds only a way back.
 // I lists what the portable half asks of a backend; everything else a backend
 // learns by reading the portable object when it is told to synchronise.
-// Destroying the portable object destroys the backend first.
+//
+// Destroying the portable object destroys the backend first: the destructor of
+// every class that derives from Abstraction<I> begins with
+// releaseImplementation(), for members and the other bases are gone before this
+// base is. So a backend sees the portable class whole to its own end; only what
+// a class derived from that one has added is gone already.
 #pragma once
 
 #include <memory>
@@ -65,6 +70,17 @@ public:
         }
     }
 
+protected:
+    // Gives the native object back while the backend is whole, then destroys
+    // the backend.
+    void releaseImplementation() noexcept {
+        if (impl_) {
+            guarded(L"Abstraction::releaseImplementation",
+                    [this] { impl_->releaseNativeObject(); });
+            impl_.reset();
+        }
+    }
+
 private:
     template <class A, class B>
     friend void joinImplementation(A& abstraction, std::unique_ptr<B> implementation);
@@ -90,9 +106,12 @@ private:
     A* abstraction_ = nullptr;
 };
 
-// Gives a backend to its portable object; a former backend is destroyed.
+// Gives a backend to its portable object; a former backend is destroyed. Fails
+// the assertion "implementation" when there is none, and keeps the former one.
 template <class A, class B>
 void joinImplementation(A& abstraction, std::unique_ptr<B> implementation) {
+    ZU_ASSERT(implementation);
+    abstraction.releaseImplementation();
     implementation->abstraction_ = &abstraction;
     abstraction.impl_ = std::move(implementation);
 }

@@ -98,7 +98,7 @@ int showMessage(const std::wstring& text, std::uint32_t style) {
     const auto root = ServiceLocator::instance();
     const auto as = root ? root->getService<ApplicationService>() : nullptr;
     std::shared_ptr<WindowService> ws;
-    if (as) {
+    if (as && as->hasImplementation()) {
         ws = as->createActiveWindowService(false);
         if (!ws) {
             ws = as->createMainWindowService();

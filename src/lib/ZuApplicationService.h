@@ -22,7 +22,8 @@ class WindowService;
 // The state of an application in which it should tell the user and end.
 inline constexpr std::uint32_t kApplicationStateCriticalError = 4;
 
-// What a backend does for the front. Slot order is fixed.
+// What a backend does for the front. Slot order is fixed; what the framework
+// itself does not call is there for hosts.
 class IApplicationServiceImpl {
 public:
     IApplicationServiceImpl() = default;
@@ -49,11 +50,11 @@ public:
     // A stable identifier of the machine; empty when it cannot be told.
     virtual std::wstring getMachineSid() const = 0;
 
-    // Directories, without a backslash at the end: of the program, of the
-    // user's application data, of the user's documents, and this
-    // application's own below the application data. Folders that the system
-    // does not name are replaced by documents, then by "C:\". With create the
-    // last one is made; that this fails is not reported.
+    // Directories: of the program, of the user's application data, of the
+    // user's documents, and this application's own below the application data.
+    // Folders that the system does not name are replaced by documents, then by
+    // "C:\", the only one with a backslash at its end. With create the last one
+    // is made; that this fails is not reported.
     virtual std::wstring getApplicationDirectory() const = 0;
     virtual std::wstring getUserAppDataDirectory() const = 0;
     virtual std::wstring getUserDocumentsDirectory() const = 0;
@@ -67,7 +68,8 @@ public:
     virtual std::wstring getCriticalErrorText(std::uint32_t code) const = 0;
 
     // While the hook is installed, key presses of this thread's windows are
-    // sent as ApplicationService::kAppKeysPressed. False when it cannot be
+    // sent as ApplicationService::kAppKeysPressed. A thread has one: whoever
+    // installs it takes it over from another service. False when it cannot be
     // installed.
     virtual bool installKeyboardHook() = 0;
     virtual void removeKeyboardHook() = 0;
@@ -87,7 +89,7 @@ class ApplicationService : public Abstraction<IApplicationServiceImpl>, public S
 public:
     // First word: the virtual key; second: bits of kKeyShift to kKeyAlt.
     static const MessageKind kAppKeysPressed;
-    // First word: 1 when tooltips are to be shown, else 0.
+    // First word: 1 when tooltips are to be shown, else 0. Sent by hosts.
     static const MessageKind kPrefShowTooltips;
 
     static constexpr std::intptr_t kKeyShift = 1;
@@ -95,6 +97,7 @@ public:
     static constexpr std::intptr_t kKeyAlt = 4;
 
     using Service::Service;
+    ~ApplicationService() override { releaseImplementation(); }
 
     // Each fails the assertion "impl_" as long as there is no backend.
     std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground);

@@ -251,6 +251,9 @@ std::wstring ApplicationServiceWin32Gdi::getCriticalErrorText(std::uint32_t code
 }
 
 bool ApplicationServiceWin32Gdi::installKeyboardHook() {
+    if (hookedService != nullptr && hookedService != this) {
+        hookedService->removeKeyboardHook();
+    }
     if (!keyboardHook_) {
         keyboardHook_.reset(
             SetWindowsHookExW(WH_KEYBOARD, &keyboardHook, nullptr, GetCurrentThreadId()));

@@ -29,6 +29,7 @@ public:
     // The size is in pixels of the screen; an empty one asks for the image's
     // own.
     Bitmap(ResourceDescriptor resource, Size size) : resource_(resource), size_(size) {}
+    ~Bitmap() override { releaseImplementation(); }
 
     const ResourceDescriptor& resource() const noexcept { return resource_; }
     // What is drawn; known at the latest after synchronisation.

@@ -31,8 +31,9 @@ void ChangeTracker::announceCacheCleared() { sendText(kCacheCleared, std::wstrin
 
 void ChangeTracker::announcePropertyChanged(const std::wstring& key, bool clearCache) {
     countChange();
-    if (clearCache) {
-        announceCacheCleared();
+    // Whoever hears of the cache may destroy the tracker.
+    if (clearCache && !outlives([this] { announceCacheCleared(); })) {
+        return;
     }
     sendText(kPropertyChanged, key);
 }

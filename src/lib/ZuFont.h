@@ -24,6 +24,7 @@ public:
 class Font : public Abstraction<IFontImpl>, public SharedObject {
 public:
     explicit Font(FontStyle style) : style_(std::move(style)) {}
+    ~Font() override { releaseImplementation(); }
 
     const FontStyle& style() const noexcept { return style_; }
 

@@ -94,6 +94,7 @@ public:
 class GraphicsService : public Abstraction<IGraphicsServiceImpl>, public Service {
 public:
     using Service::Service;
+    ~GraphicsService() override { releaseImplementation(); }
 
     // Where the drawing control's left top corner lies on the surface.
     Point origin() const noexcept { return origin_; }

@@ -1,6 +1,7 @@
 #include "ZuMessaging.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "ZuPlankton.h"
 #include "ZuText.h"
@@ -42,8 +43,18 @@ const MessageKind* MessageKind::find(std::wstring_view name) noexcept {
 
 // --- MessageSink -----------------------------------------------------------------------
 
+namespace {
+
+// A filter that fails refuses.
+bool wants(const MessageSink& sink, const MessageKind& kind, MessageWord a, MessageWord b) {
+    return guarded(L"MessageSink::wantsMessage", false,
+                   [&] { return sink.wantsMessage(kind, a, b); });
+}
+
+}  // namespace
+
 void MessageSink::receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    if (wantsMessage(kind, a, b)) {
+    if (wants(*this, kind, a, b)) {
         guarded(L"receiveMessage::receiveMessage: tried onReceiveMessage() and failed",
                 [&] { onReceiveMessage(kind, a, b); });
     }
@@ -73,9 +84,22 @@ void MessageSink::setForwarding(bool forwarding) { forwarding_ = forwarding; }
 
 // --- MessageSource ------------------------------------------------------------------------
 
-// One running round of delivery, linked to the round that it runs inside of.
-// The outermost round keeps alive what was disconnected under way, and a round
-// learns from its frame that the source is gone.
+namespace {
+
+// Whether an entry of either list is this sink.
+auto isStrong(const MessageSink* sink) {
+    return [sink](const auto& entry) { return entry.get() == sink; };
+}
+
+auto isWeak(const MessageSink* sink) {
+    return [sink](const auto& entry) { return entry.is(sink); };
+}
+
+}  // namespace
+
+// One running round of delivery, linked to the round that it runs inside of. It
+// learns of every entry that leaves the lists, so that it keeps its place in
+// them, and of the end of its source.
 class MessageSource::Delivery {
 public:
     explicit Delivery(MessageSource& source) noexcept : source_(&source), outer_(source.delivery_) {
@@ -84,47 +108,90 @@ public:
     Delivery(const Delivery&) = delete;
     Delivery& operator=(const Delivery&) = delete;
     ~Delivery() {
-        if (source_ == nullptr) {
-            return;
-        }
-        source_->delivery_ = outer_;
-        if (outer_ == nullptr && source_->hasGaps_) {
-            source_->compact();
+        if (source_ != nullptr) {
+            source_->delivery_ = outer_;
         }
     }
 
     bool isSourceGone() const noexcept { return source_ == nullptr; }
+    Delivery* outer() const noexcept { return outer_; }
 
-    // Holds a sink until the outermost round has ended.
-    void keep(std::shared_ptr<MessageSink> sink) {
-        Delivery* outermost = this;
-        while (outermost->outer_ != nullptr) {
-            outermost = outermost->outer_;
-        }
-        outermost->kept_.push_back(std::move(sink));
+    // The next sink that is to have the message; null after the last one and
+    // when the source is gone. It lives until it has returned.
+    MessageSink* next();
+    // A reference to the sink that next() gave.
+    std::shared_ptr<MessageSink> current() const {
+        return kept_ ? kept_ : source_->strongSinks_[reached_[0] - 1];
     }
 
-    void sourceIsGone() noexcept {
-        for (Delivery* delivery = this; delivery != nullptr; delivery = delivery->outer_) {
-            delivery->source_ = nullptr;
-        }
-    }
+    // An entry has left the list of weak sinks, or that of strong ones.
+    void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
+    void sourceIsGone() noexcept { source_ = nullptr; }
 
 private:
+    bool hadIt(const MessageSink* sink) const noexcept;
+
     MessageSource* source_;
     Delivery* outer_;
-    std::vector<std::shared_ptr<MessageSink>> kept_;
+    // How many entries the round has come past in the strong list and in the
+    // weak one, and which of the lists it is at.
+    std::size_t reached_[2] = {0, 0};
+    bool atWeak_ = false;
+    // The sink that is being called, and what keeps it alive when the list of
+    // strong sinks does not.
+    const MessageSink* called_ = nullptr;
+    std::shared_ptr<MessageSink> kept_;
+    // Those that the round had come past when they were disconnected: who is
+    // connected anew shall not have the message twice.
+    std::vector<WeakSink> left_;
 };
 
+MessageSink* MessageSource::Delivery::next() {
+    for (;;) {
+        called_ = nullptr;
+        if (kept_) {
+            // A sink that goes away here may end the source.
+            kept_.reset();
+        }
+        if (source_ == nullptr) {
+            return nullptr;
+        }
+        MessageSink* sink = nullptr;
+        if (!atWeak_ && reached_[0] < source_->strongSinks_.size()) {
+            sink = source_->strongSinks_[reached_[0]++].get();
+        } else if (reached_[1] < source_->weakSinks_.size()) {
+            atWeak_ = true;
+            kept_ = source_->weakSinks_[reached_[1]++].lock();
+            sink = kept_.get();
+        } else {
+            return nullptr;
+        }
+        if (sink != nullptr && (left_.empty() || !hadIt(sink))) {
+            called_ = sink;
+            return sink;
+        }
+    }
+}
+
+bool MessageSource::Delivery::hadIt(const MessageSink* sink) const noexcept {
+    return std::any_of(left_.begin(), left_.end(), isWeak(sink));
+}
+
+void MessageSource::Delivery::entryLeft(bool weak, std::size_t index,
+                                        const std::shared_ptr<MessageSink>& sink) noexcept {
+    if (sink.get() == called_) {
+        kept_ = sink;
+    }
+    if (index < reached_[weak]) {
+        --reached_[weak];
+        guarded(L"MessageSource::disconnect", [&] { left_.emplace_back(sink); });
+    }
+}
+
 MessageSource::~MessageSource() {
-    if (delivery_ != nullptr) {
-        // The handler that destroys its source is still running.
-        guarded(L"MessageSource::~MessageSource", [this] {
-            for (std::shared_ptr<MessageSink>& sink : strongSinks_) {
-                delivery_->keep(std::move(sink));
-            }
-        });
-        delivery_->sourceIsGone();
+    MessageSource::disconnectAll();
+    for (Delivery* delivery = delivery_; delivery != nullptr; delivery = delivery->outer()) {
+        delivery->sourceIsGone();
     }
 }
 
@@ -136,10 +203,10 @@ void MessageSource::connect(const std::shared_ptr<MessageSink>& sink, bool weak)
         strongSinks_.push_back(sink);
         return;
     }
-    if (delivery_ == nullptr) {
+    if (delivery_ == nullptr && weakSinks_.size() == weakSinks_.capacity()) {
         std::erase_if(weakSinks_, [](const auto& entry) { return entry.expired(); });
     }
-    weakSinks_.push_back(sink);
+    weakSinks_.emplace_back(sink);
 }
 
 void MessageSource::disconnect(const MessageSink* sink) {
@@ -148,41 +215,36 @@ void MessageSource::disconnect(const MessageSink* sink) {
     }
     // Let go of last: a sink that goes away may come back to this source.
     std::shared_ptr<MessageSink> released;
-    for (std::shared_ptr<MessageSink>& entry : strongSinks_) {
-        if (entry.get() == sink) {
-            if (delivery_ != nullptr) {
-                delivery_->keep(entry);
-            }
-            released = std::move(entry);
-            hasGaps_ = true;
-        }
-    }
-    for (std::weak_ptr<MessageSink>& entry : weakSinks_) {
-        if (entry.lock().get() == sink) {
-            entry.reset();
-            hasGaps_ = true;
-        }
-    }
-    if (delivery_ == nullptr && hasGaps_) {
-        compact();
+    const auto strong = std::find_if(strongSinks_.begin(), strongSinks_.end(), isStrong(sink));
+    const auto weak = std::find_if(weakSinks_.begin(), weakSinks_.end(), isWeak(sink));
+    if (strong != strongSinks_.end()) {
+        released = std::move(*strong);
+        const auto next = strongSinks_.erase(strong);
+        entryLeft(false, static_cast<std::size_t>(next - strongSinks_.begin()), released);
+    } else if (weak != weakSinks_.end()) {
+        released = weak->lock();
+        const auto next = weakSinks_.erase(weak);
+        entryLeft(true, static_cast<std::size_t>(next - weakSinks_.begin()), released);
     }
 }
 
 void MessageSource::disconnectAll() {
-    if (delivery_ == nullptr) {
-        // Moved out first: a sink that goes away may come back to this source.
-        const auto released = std::move(strongSinks_);
-        strongSinks_.clear();
-        weakSinks_.clear();
-        return;
+    // Moved out first: a sink that goes away may come back to this source.
+    const auto strong = std::exchange(strongSinks_, {});
+    const auto weak = std::exchange(weakSinks_, {});
+    for (std::size_t i = strong.size(); i-- > 0;) {
+        entryLeft(false, i, strong[i]);
     }
-    for (std::shared_ptr<MessageSink>& entry : strongSinks_) {
-        delivery_->keep(std::move(entry));
+    for (std::size_t i = weak.size(); i-- > 0;) {
+        entryLeft(true, i, weak[i].lock());
     }
-    for (std::weak_ptr<MessageSink>& entry : weakSinks_) {
-        entry.reset();
+}
+
+void MessageSource::entryLeft(bool weak, std::size_t index,
+                              const std::shared_ptr<MessageSink>& sink) noexcept {
+    for (Delivery* delivery = delivery_; delivery != nullptr; delivery = delivery->outer()) {
+        delivery->entryLeft(weak, index, sink);
     }
-    hasGaps_ = true;
 }
 
 bool MessageSource::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
@@ -190,34 +252,11 @@ bool MessageSource::sendMessage(const MessageKind& kind, MessageWord a, MessageW
         return false;
     }
     Delivery delivery(*this);
-    // The lists may change under way: their sizes are read again each time.
-    for (std::size_t i = 0; i < strongSinks_.size(); ++i) {
-        MessageSink* sink = strongSinks_[i].get();
-        if (sink == nullptr) {
-            continue;
-        }
+    while (MessageSink* sink = delivery.next()) {
         if (isDeliveryDeferred()) {
-            const std::shared_ptr<MessageSink> kept = strongSinks_[i];
-            deferDelivery(kind, a, b, kept);
+            deferDelivery(kind, a, b, delivery.current());
         } else {
-            sink->receiveMessage(kind, a, b);
-        }
-        if (delivery.isSourceGone()) {
-            return true;
-        }
-    }
-    for (std::size_t i = 0; i < weakSinks_.size(); ++i) {
-        const std::shared_ptr<MessageSink> sink = weakSinks_[i].lock();
-        if (!sink) {
-            continue;
-        }
-        if (isDeliveryDeferred()) {
-            deferDelivery(kind, a, b, sink);
-        } else {
-            sink->receiveMessage(kind, a, b);
-        }
-        if (delivery.isSourceGone()) {
-            return true;
+            guarded(L"MessageSource::sendMessage", [&] { sink->receiveMessage(kind, a, b); });
         }
     }
     return true;
@@ -237,10 +276,8 @@ void MessageSource::setSendingEnabled(bool enabled) { sendingEnabled_ = enabled;
 
 bool MessageSource::isConnected(const MessageSink* sink) const {
     return sink != nullptr &&
-           (std::any_of(strongSinks_.begin(), strongSinks_.end(),
-                        [sink](const auto& entry) { return entry.get() == sink; }) ||
-            std::any_of(weakSinks_.begin(), weakSinks_.end(),
-                        [sink](const auto& entry) { return entry.lock().get() == sink; }));
+           (std::any_of(strongSinks_.begin(), strongSinks_.end(), isStrong(sink)) ||
+            std::any_of(weakSinks_.begin(), weakSinks_.end(), isWeak(sink)));
 }
 
 bool MessageSource::isDeliveryDeferred() const { return deliveryDeferred_; }
@@ -252,16 +289,16 @@ void MessageSource::deferDelivery(const MessageKind&, MessageWord, MessageWord,
     ZU_ASSERT_AS(false, L"deferDelivery", ZU_HERE);
 }
 
-void MessageSource::compact() {
-    hasGaps_ = false;
-    std::erase_if(strongSinks_, [](const auto& entry) { return !entry; });
-    std::erase_if(weakSinks_, [](const auto& entry) { return entry.expired(); });
+bool MessageSource::outlives(const std::function<void()>& body) {
+    const Delivery watch(*this);
+    body();
+    return !watch.isSourceGone();
 }
 
 // --- MessageForwarder ------------------------------------------------------------------------
 
 void MessageForwarder::receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    if (!wantsMessage(kind, a, b)) {
+    if (!wants(*this, kind, a, b)) {
         return;
     }
     const bool wasForwarding = isForwarding();

@@ -4,16 +4,24 @@
 // sends to them at once, strong sinks first, then weak ones, each group in the
 // order of connection. A MessageForwarder is both: what it does not handle
 // itself goes on to its own sinks. Delivery is depth-first on the sender's
-// thread. An exception in a handler is traced and never reaches the sender.
+// thread. An exception in a sink is traced and never reaches the sender.
 //
 // Handlers may do anything to the source that is sending to them:
-// - a sink connected now is reached in the same round;
+// - no sink has a message twice in one round, however often it is disconnected
+//   and connected meanwhile;
+// - a sink connected now is reached in the same round, but a strong one no
+//   longer when the round has come to the weak ones;
 // - a sink disconnected now gets nothing more, and none of the others is
-//   skipped; it stays alive until the round has ended;
+//   skipped; one that is handling the message lives until it has returned;
 // - the source may be destroyed now: the round ends after this handler.
+// What never ends by itself is not stopped: a handler that answers each message
+// with another one, forwarders connected in a ring.
+//
+// Connecting and disconnecting look at every sink of the source.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -91,23 +99,25 @@ public:
     MessageSink& operator=(const MessageSink&) = delete;
     virtual ~MessageSink() = default;
 
-    // Hands a wanted message to onReceiveMessage under the catch ladder.
+    // Hands a wanted message to onReceiveMessage, both under the catch ladder:
+    // a filter that fails refuses. The caller keeps the sink alive.
     virtual void receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
     // Handles a message; whether it did. The base handles none.
     virtual bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
-    // The object that this sink is a part of, for those who want to keep it;
-    // empty here.
+    // The object that this sink is a part of; empty here. A slot that nobody
+    // in the framework calls.
     virtual std::shared_ptr<SharedObject> sinkOwner() const;
     // The sink's filter; the base accepts every kind.
     virtual bool acceptsMessage(const MessageKind& kind) const;
     // A restricted sink also asks meetsRestriction, which the base refuses:
-    // restricting a plain sink silences it.
+    // restricting a plain sink silences it. The framework restricts none.
     virtual bool isRestricted() const;
     virtual void setRestricted(bool restricted);
     virtual bool meetsRestriction(const MessageKind& kind, MessageWord a, MessageWord b) const;
     // Filter and restriction together.
     virtual bool wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const;
-    // Set while a forwarder handles and passes on a message.
+    // Set while a forwarder handles and passes on a message; nobody else in the
+    // framework reads it.
     virtual bool isForwarding() const;
     virtual void setForwarding(bool forwarding);
 
@@ -125,24 +135,28 @@ public:
     virtual ~MessageSource();
 
     // Adds a sink, held strongly or weakly. A null sink and one that is
-    // already connected in either way are ignored.
+    // already connected in either way are ignored. Nothing is changed when
+    // memory runs out.
     virtual void connect(const std::shared_ptr<MessageSink>& sink, bool weak);
     // Removes a sink from whichever list holds it.
     virtual void disconnect(const MessageSink* sink);
     virtual void disconnectAll();
-    // Delivers to every sink; false when a gate refused.
+    // Delivers to every sink; false when a gate refused. Lets out only what a
+    // gate or deferDelivery throws; the others then get nothing.
     virtual bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b);
     // Sends with a text as the first word.
     virtual bool sendText(const MessageKind& kind, const std::wstring& text);
     // The second gate: may this message go out? The base lets all pass.
     virtual bool maySend(const MessageKind& kind, MessageWord a, MessageWord b) const;
-    // The object that this source is a part of; empty here.
+    // The object that this source is a part of; empty here. A slot that nobody
+    // in the framework calls.
     virtual std::shared_ptr<SharedObject> sourceOwner() const;
-    // The first gate: is the source sending at all?
+    // The first gate: is the source sending at all? The framework closes none.
     virtual bool isSendingEnabled() const;
     virtual void setSendingEnabled(bool enabled);
     virtual bool isConnected(const MessageSink* sink) const;
-    // While deferred, each sink's message goes to deferDelivery instead.
+    // While deferred, each sink's message goes to deferDelivery instead. The
+    // framework defers none.
     virtual bool isDeliveryDeferred() const;
     virtual void setDeliveryDeferred(bool deferred);
     // Takes a message for later. A source that defers overrides it; the base
@@ -150,17 +164,27 @@ public:
     virtual void deferDelivery(const MessageKind& kind, MessageWord a, MessageWord b,
                                const std::shared_ptr<MessageSink>& sink);
 
+protected:
+    // Whether this source is still there after body, which may send.
+    bool outlives(const std::function<void()>& body);
+
 private:
     class Delivery;
 
-    void compact();
+    // Told apart by the address, which costs less than to lock each.
+    struct WeakSink : std::weak_ptr<MessageSink> {
+        explicit WeakSink(const std::shared_ptr<MessageSink>& sink) noexcept
+            : weak_ptr(sink), address(sink.get()) {}
+        bool is(const MessageSink* sink) const noexcept { return address == sink && !expired(); }
+        const MessageSink* address;
+    };
+
+    void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
 
     std::vector<std::shared_ptr<MessageSink>> strongSinks_;
-    std::vector<std::weak_ptr<MessageSink>> weakSinks_;
+    std::vector<WeakSink> weakSinks_;
     bool sendingEnabled_ = true;
     bool deliveryDeferred_ = false;
-    // Whether disconnecting during a delivery has left empty entries.
-    bool hasGaps_ = false;
     // The innermost running delivery, or null.
     Delivery* delivery_ = nullptr;
 };

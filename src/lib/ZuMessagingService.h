@@ -1,4 +1,7 @@
 // The service that stands for process-wide messaging: kinds by name.
+//
+// For hosts that give their services messages by name; the framework registers
+// none and asks MessageKind::find itself.
 #pragma once
 
 #include <string_view>

@@ -21,7 +21,7 @@ constexpr std::int32_t kBitmapGap = 4;
 
 NativeButton::NativeButton() { setFocusable(true); }
 
-NativeButton::~NativeButton() { releaseNative(); }
+NativeButton::~NativeButton() { releaseImplementation(); }
 
 TextDescriptor& NativeButton::caption() const {
     ZU_ASSERT(caption_);

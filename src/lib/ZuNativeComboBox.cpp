@@ -20,7 +20,7 @@ constexpr std::int32_t kSmallestWidth = 100;
 
 NativeComboBox::NativeComboBox() { setFocusable(true); }
 
-NativeComboBox::~NativeComboBox() { releaseNative(); }
+NativeComboBox::~NativeComboBox() { releaseImplementation(); }
 
 TextDescriptor& NativeComboBox::caption() const {
     ZU_ASSERT(caption_);

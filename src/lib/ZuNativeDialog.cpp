@@ -6,7 +6,7 @@ namespace zustd {
 
 NativeDialog::NativeDialog(std::uint32_t style) : router_(*this), style_(style) {}
 
-NativeDialog::~NativeDialog() { releaseNative(); }
+NativeDialog::~NativeDialog() { releaseImplementation(); }
 
 TextDescriptor& NativeDialog::caption() const {
     ZU_ASSERT(caption_);

@@ -21,7 +21,7 @@ MessageWord wordOfRow(std::size_t row) noexcept {
 
 NativeGridView::NativeGridView() { setFocusable(true); }
 
-NativeGridView::~NativeGridView() { releaseNative(); }
+NativeGridView::~NativeGridView() { releaseImplementation(); }
 
 FontDescriptor& NativeGridView::font() const {
     ZU_ASSERT(font_);

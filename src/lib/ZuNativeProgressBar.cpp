@@ -12,7 +12,7 @@ constexpr std::int32_t kUsualLength = 160;
 
 }  // namespace
 
-NativeProgressBar::~NativeProgressBar() { releaseNative(); }
+NativeProgressBar::~NativeProgressBar() { releaseImplementation(); }
 
 bool NativeProgressBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     maximum = std::max(minimum, maximum);

@@ -16,7 +16,7 @@ constexpr std::int32_t kUsualThickness = 17;
 
 NativeScrollBar::NativeScrollBar(bool vertical) : vertical_(vertical) {}
 
-NativeScrollBar::~NativeScrollBar() { releaseNative(); }
+NativeScrollBar::~NativeScrollBar() { releaseImplementation(); }
 
 bool NativeScrollBar::setVertical(bool vertical) { return change(vertical_, vertical); }
 

@@ -26,7 +26,7 @@ std::wstring normalized(std::wstring text, std::size_t maximumLength) {
 
 NativeTextBox::NativeTextBox() { setFocusable(true); }
 
-NativeTextBox::~NativeTextBox() { releaseNative(); }
+NativeTextBox::~NativeTextBox() { releaseImplementation(); }
 
 TextDescriptor& NativeTextBox::watermark() const {
     ZU_ASSERT(watermark_);

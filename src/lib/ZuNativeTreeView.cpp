@@ -18,7 +18,7 @@ MessageWord wordOfNode(TreeNode node) noexcept {
 
 NativeTreeView::NativeTreeView() { setFocusable(true); }
 
-NativeTreeView::~NativeTreeView() { releaseNative(); }
+NativeTreeView::~NativeTreeView() { releaseImplementation(); }
 
 bool NativeTreeView::setFont(const std::shared_ptr<FontDescriptor>& font) {
     return changeDescriptor(font_, font);

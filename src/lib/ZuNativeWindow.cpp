@@ -4,7 +4,7 @@ namespace zustd {
 
 NativeWindow::NativeWindow() : router_(*this) {}
 
-NativeWindow::~NativeWindow() { releaseNative(); }
+NativeWindow::~NativeWindow() { releaseImplementation(); }
 
 TextDescriptor& NativeWindow::caption() const {
     ZU_ASSERT(caption_);

@@ -78,6 +78,7 @@ class ResourceService : public Abstraction<IResourceServiceImpl>,
                         public IResourceService {
 public:
     using Service::Service;
+    ~ResourceService() override { releaseImplementation(); }
 
     bool selectLocale(std::wstring_view locale) override;
     std::wstring getNamespaceName() const override;

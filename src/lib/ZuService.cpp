@@ -7,10 +7,11 @@ namespace zustd {
 const MessageKind Service::kLogicalLockChanged{L"logicalLockChanged.Service"};
 
 void Service::initialize() {
-    properties_ = makeSharedOrNull<TrackingPropertyBag>();
-    ZU_ASSERT_AS(properties_, L"properties_", ZU_LINE(61));
+    auto properties = makeSharedOrNull<TrackingPropertyBag>();
+    ZU_ASSERT_AS(properties, L"properties_", ZU_LINE(61));
     // Weakly: the service owns the bag, not the other way round.
-    properties_->connect(sharedReference<MessageSink>(this), true);
+    properties->connect(sharedReference<MessageSink>(this), true);
+    properties_ = std::move(properties);
 }
 
 void Service::announce() { sendMessage(kLogicalLockChanged, MessageWord(0), MessageWord()); }
@@ -24,7 +25,11 @@ void Service::setNamedObject(std::wstring_view name, const std::shared_ptr<Share
     namedObjects_.findOrInsert(name).first.value = object;
 }
 
-void Service::removeNamedObject(std::wstring_view name) { namedObjects_.remove(name); }
+void Service::removeNamedObject(std::wstring_view name) {
+    // Let go of last: an object that goes away may come back to this service.
+    const std::shared_ptr<SharedObject> former = getNamedObject(name);
+    namedObjects_.remove(name);
+}
 
 const std::shared_ptr<TrackingPropertyBag>& Service::properties() const {
     ZU_ASSERT(properties_);

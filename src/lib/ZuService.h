@@ -29,9 +29,11 @@ public:
     explicit Service(std::wstring name = {}) : name_(std::move(name)) {}
 
     // Creates the settings and connects their changes to this service. Needs
-    // an object that is owned by a shared reference.
+    // an object that is owned by a shared reference; without one nobody hears
+    // of the changes. Settings that were there before are let go of.
     void initialize() override;
-    // Tells the sinks that the service is there and free.
+    // Tells the sinks that the service is there and free. For hosts: nobody in
+    // the framework calls it.
     void announce() override;
 
     // Objects that belong to the service, by name; empty when there is none.

@@ -3,15 +3,24 @@
 #include <algorithm>
 #include <utility>
 
+#include "ZuPlankton.h"
 #include "ZuService.h"
 
 namespace zustd {
 
 namespace {
 
-// Ready before any constructor runs, and destroyed after the object below.
-constinit std::shared_ptr<ServiceLocator> rootLocator;
-const ServiceLocatorStaticCtorDtor rootLocatorLifetime;
+// Ready before any constructor runs. Never destroyed: the last of its holders
+// may belong to any unit, and units end in no particular order.
+union RootSlot {
+    constexpr RootSlot() noexcept : root() {}
+    // NOLINTNEXTLINE(modernize-use-equals-default): that one would be deleted.
+    ~RootSlot() {}
+    std::shared_ptr<ServiceLocator> root;
+};
+constinit RootSlot rootSlot;
+constinit int rootHolders = 0;
+const ServiceLocatorStaticCtorDtor rootLifetime;
 
 bool bearsName(const Service& service, std::wstring_view name) {
     return name.empty() || service.name() == name;
@@ -20,12 +29,17 @@ bool bearsName(const Service& service, std::wstring_view name) {
 }  // namespace
 
 ServiceLocatorStaticCtorDtor::ServiceLocatorStaticCtorDtor() {
-    rootLocator = std::make_shared<ServiceLocator>();
+    if (!rootSlot.root) {
+        rootSlot.root = std::make_shared<ServiceLocator>();
+    }
+    ++rootHolders;
 }
 
 ServiceLocatorStaticCtorDtor::~ServiceLocatorStaticCtorDtor() {
-    const std::shared_ptr<ServiceLocator> root = std::exchange(rootLocator, nullptr);
-    root->unregisterAll();
+    if (--rootHolders == 0) {
+        const std::shared_ptr<ServiceLocator> root = std::exchange(rootSlot.root, nullptr);
+        guarded(L"ServiceLocator::unregisterAll", [&root] { root->unregisterAll(); });
+    }
 }
 
 void ServiceLocator::initialize() {}
@@ -46,48 +60,107 @@ void ServiceLocator::registerService(const std::shared_ptr<Service>& service, bo
         std::any_of(weakServices_.begin(), weakServices_.end(), isService)) {
         return;
     }
+    const std::shared_ptr<ServiceLocator> self = sharedReference(this);
+    ZU_ASSERT(!attach || self);
+    // A hook may change the caller's own reference.
+    const std::shared_ptr<Service> kept = service;
     if (own) {
-        ownedServices_.push_back(service);
+        ownedServices_.push_back(kept);
     } else {
-        weakServices_.push_back(service);
+        std::erase_if(weakServices_, [](const auto& entry) { return entry.expired(); });
+        weakServices_.push_back(kept);
     }
-    if (attach) {
-        service->setParent(sharedReference(this));
+    if (!attach) {
+        return;
+    }
+    try {
+        kept->setParent(self);
+    } catch (...) {
+        remove(kept);
+        throw;
     }
 }
 
 void ServiceLocator::unregisterService(const std::shared_ptr<Service>& service) {
-    if (!service) {
-        return;
-    }
     // The caller may pass the very reference that is removed here.
-    const std::shared_ptr<Service> kept = service;
-    std::erase_if(weakServices_, [](const auto& entry) { return entry.expired(); });
-    const std::size_t removed =
-        std::erase(ownedServices_, kept) +
-        std::erase_if(weakServices_, [&](const auto& entry) { return entry.lock() == kept; });
-    if (removed != 0 && kept->getParent().get() == this) {
-        kept->setParent(nullptr);
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    if (const std::shared_ptr<Service> kept = service; kept && remove(kept)) {
+        detach(*kept);
     }
 }
 
-std::shared_ptr<ServiceLocator> ServiceLocator::instance() noexcept { return rootLocator; }
+void ServiceLocator::unregisterAll() {
+    // Let go of last, when none of them holds another one: whatever the depth,
+    // no destructor runs inside of another one.
+    std::vector<std::shared_ptr<Service>> released;
+    const std::shared_ptr<ServiceLocator> self = sharedReference(this);
+    ServiceLocator* locator = this;
+    for (std::size_t next = 0;; ++next) {
+        const auto weak = std::exchange(locator->weakServices_, {});
+        for (const std::weak_ptr<Service>& entry : weak) {
+            if (const std::shared_ptr<Service> service = entry.lock()) {
+                locator->detach(*service);
+            }
+        }
+        while (!locator->ownedServices_.empty()) {
+            released.push_back(locator->ownedServices_.back());
+            locator->ownedServices_.pop_back();
+            locator->detach(*released.back());
+        }
+        if (next == released.size()) {
+            return;
+        }
+        locator = released[next].get();
+    }
+}
+
+bool ServiceLocator::remove(const std::shared_ptr<Service>& service) {
+    return std::erase(ownedServices_, service) +
+               std::erase_if(weakServices_,
+                             [&](const auto& entry) { return entry.lock() == service; }) !=
+           0;
+}
+
+void ServiceLocator::detach(Service& service) {
+    if (service.getParent().get() == this) {
+        service.setParent(nullptr);
+    }
+}
+
+std::shared_ptr<ServiceLocator> ServiceLocator::instance() noexcept { return rootSlot.root; }
 
 std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring_view name,
                                                    bool localOnly) const {
+    std::shared_ptr<Service> found = findHere(isType, name);
+    if (found || localOnly) {
+        return found;
+    }
+    // Parents may form a ring: a mark that moves on ever more rarely meets it.
+    const ServiceLocator* mark = this;
+    std::size_t steps = 1;
+    std::size_t left = steps;
+    for (std::shared_ptr<ServiceLocator> climbing = getParent(); climbing && climbing.get() != mark;
+         climbing = climbing->getParent()) {
+        found = climbing->findHere(isType, name);
+        if (found) {
+            return found;
+        }
+        if (--left == 0) {
+            mark = climbing.get();
+            left = steps *= 2;
+        }
+    }
+    const std::shared_ptr<ServiceLocator> root = instance();
+    return root ? root->findHere(isType, name) : nullptr;
+}
+
+std::shared_ptr<Service> ServiceLocator::findHere(TypeTest isType, std::wstring_view name) const {
     for (auto entry = ownedServices_.rbegin(); entry != ownedServices_.rend(); ++entry) {
         if (isType(entry->get()) && bearsName(**entry, name)) {
             return *entry;
         }
     }
-    if (localOnly) {
-        return nullptr;
-    }
-    if (const std::shared_ptr<ServiceLocator> parent = getParent()) {
-        return parent->findOwned(isType, name, false);
-    }
-    const std::shared_ptr<ServiceLocator> root = instance();
-    return root && root.get() != this ? root->findOwned(isType, name, true) : nullptr;
+    return nullptr;
 }
 
 std::shared_ptr<Service> ServiceLocator::findWeak(TypeTest isType, std::wstring_view name) const {
@@ -98,13 +171,6 @@ std::shared_ptr<Service> ServiceLocator::findWeak(TypeTest isType, std::wstring_
         }
     }
     return nullptr;
-}
-
-void ServiceLocator::unregisterAll() {
-    while (!ownedServices_.empty()) {
-        unregisterService(ownedServices_.back());
-    }
-    weakServices_.clear();
 }
 
 }  // namespace zustd

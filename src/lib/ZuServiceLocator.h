@@ -7,10 +7,10 @@
 // exceptions.
 //
 // A registry owns its services by strong references, and an attached service
-// holds its registry as its parent. That circle is opened by
-// unregisterService; the root opens it for all its services when the process
-// ends. Reference counts are atomic, the lists are not locked: register and
-// look up on the main thread.
+// holds its registry as its parent. That circle is opened by unregisterService
+// for one service and by unregisterAll for all services here and below; the
+// root does it when the process ends. Reference counts are atomic, the lists are
+// not locked: register and look up on the main thread.
 #pragma once
 
 #include <memory>
@@ -25,21 +25,29 @@ class Service;
 
 class ServiceLocator : public SharedObject {
 public:
-    // Slot order is fixed: the two life-cycle hooks do nothing here.
+    // Slot order is fixed: the two life-cycle hooks do nothing here, and
+    // nobody in the framework calls the second.
     ~ServiceLocator() override = default;
     virtual void initialize();
     virtual void announce();
 
-    // Empty for the root and for what was never attached.
+    // Empty for the root and for what was never attached. Parents that form a
+    // ring keep each other alive; a look-up in it ends all the same.
     virtual std::shared_ptr<ServiceLocator> getParent() const;
     virtual void setParent(const std::shared_ptr<ServiceLocator>& parent);
 
     // Adds a service unless it is null or registered already; owned (strong)
     // or not (weak). With attach the service's look-ups climb to this
-    // registry.
+    // registry, until it is attached elsewhere; fails the assertion
+    // "!attach || self" when no shared reference holds this registry. Whatever
+    // this throws, the service is not registered then.
     virtual void registerService(const std::shared_ptr<Service>& service, bool attach, bool own);
     // Removes a service from whichever list holds it and detaches it.
     virtual void unregisterService(const std::shared_ptr<Service>& service);
+
+    // Unregisters every service of this registry, the newest first, and every
+    // service of these, whoever else holds them.
+    void unregisterAll();
 
     // The process-wide root; empty before static initialisation and after
     // static destruction.
@@ -53,14 +61,14 @@ public:
         return std::dynamic_pointer_cast<T>(findOwned(isA<T>, name, localOnly));
     }
 
-    // The same among the weakly held services of this registry alone.
+    // The same among the weakly held services of this registry alone; for
+    // hosts, the framework looks for owned ones.
     template <class T>
     std::shared_ptr<T> getWeakService(std::wstring_view name = {}) const {
         return std::dynamic_pointer_cast<T>(findWeak(isA<T>, name));
     }
 
 private:
-    friend class ServiceLocatorStaticCtorDtor;
     using TypeTest = bool (*)(Service* service);
 
     template <class T>
@@ -70,15 +78,20 @@ private:
 
     std::shared_ptr<Service> findOwned(TypeTest isType, std::wstring_view name,
                                        bool localOnly) const;
+    std::shared_ptr<Service> findHere(TypeTest isType, std::wstring_view name) const;
     std::shared_ptr<Service> findWeak(TypeTest isType, std::wstring_view name) const;
-    void unregisterAll();
+    // Whether the service was registered.
+    bool remove(const std::shared_ptr<Service>& service);
+    void detach(Service& service);
 
     std::vector<std::weak_ptr<Service>> weakServices_;
     std::vector<std::shared_ptr<Service>> ownedServices_;
     std::shared_ptr<ServiceLocator> parent_;
 };
 
-// Its one static object makes the root registry and releases it at exit.
+// The first of its objects makes the root registry, the last one to go releases
+// it. The framework has one; a host whose static objects use the registry has
+// one in front of them.
 class ServiceLocatorStaticCtorDtor {
 public:
     ServiceLocatorStaticCtorDtor();

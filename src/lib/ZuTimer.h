@@ -40,6 +40,7 @@ public:
     static const MessageKind kTimerTick;
 
     explicit Timer(std::wstring name = {}) : name_(std::move(name)) {}
+    ~Timer() override { releaseImplementation(); }
 
     const std::wstring& name() const noexcept { return name_; }
 

@@ -152,6 +152,7 @@ public:
 class WindowService : public Abstraction<IWindowServiceImpl>, public Service {
 public:
     using Service::Service;
+    ~WindowService() override { releaseImplementation(); }
 
     // --- Widgets: see IWindowServiceImpl. Each fails the assertion "impl_"
     // when there is no backend.
