@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cwchar>
 #include <limits>
 #include <map>
 #include <sstream>
@@ -87,14 +88,36 @@ TEST(XmlScanner, values_anyText_giveWhatScansAndZeroOtherwise) {
         EXPECT_EQ(Xml::toLong(text), asLong) << text;
         EXPECT_EQ(Xml::toSize(text), asSize) << text;
     }
-    const std::pair<const wchar_t*, double> kDoubles[] = {
+    const std::pair<wstring, double> kDoubles[] = {
+        // clang-format off
         {L"", 0.0},      {L"x1", 0.0},  {L" 1.5z", 1.5}, {L"+2", 2.0},    {L"+-2", 0.0},
-        {L"-.25", -.25}, {L"1e3", 1e3}, {L"1,5", 1.0},   {L"\u0661", 0.0}};
+        {L"-.25", -.25}, {L"1e3", 1e3}, {L"1,5", 1.0},   {L"\u0661", 0.0}, {L"0x10", 0.0},
+        {L"1" + wstring(600, L'0') + L"e-600", 1.0}, {L"." + wstring(600, L'0') + L"1e601", 1.0},
+        // clang-format on
+    };
     for (const auto& [text, expected] : kDoubles) {
         EXPECT_EQ(Xml::toDouble(text), expected) << text;
     }
     for (const wchar_t* text : {L"y", L"Y", L"Yes", L"yellow", L"", L"n", L"1", L"true", L" y"}) {
         EXPECT_EQ(Xml::toBool(text), *text == L'y' || *text == L'Y') << text;
+    }
+}
+
+TEST(XmlScanner, randomNumbers_besideTheRuntime_areTheSame) {
+    Random random(400);
+    SCOPED_TRACE(random.label());
+    for (int round = 0; round < 50000; ++round) {
+        wstring text;
+        for (std::size_t length = random.below(24); length > 0; --length) {
+            text += random.below(3) == 0 ? random.pick(L"+-.e \t\n\v\f,;z")
+                                         : random.pick(L"00012345678999");
+        }
+        if (random.below(4) == 0) {
+            text += L"e" + wstring(random.below(2), L'-') + std::to_wstring(random.below(800));
+        }
+        EXPECT_EQ(Xml::toDouble(text), std::wcstod(text.c_str(), nullptr)) << text;
+        EXPECT_EQ(Xml::toLong(text), std::wcstol(text.c_str(), nullptr, 10)) << text;
+        EXPECT_EQ(Xml::toSize(text), std::wcstoull(text.c_str(), nullptr, 10)) << text;
     }
 }
 
@@ -148,40 +171,37 @@ const auto textReader = [](auto&... source) {
     return out;
 };
 
-TEST(XmlReader, readTag_anyText_takesTheTagOrStaysBeforeItOrSaysWhatItFound) {
-    const std::tuple<const wchar_t*, const wchar_t*, Taken> kTaken[] = {
-        // clang-format off
-        {L"<v>1", L"v", {L"yes", L"1"}},               {L"</v>1", L"/v", {L"yes", L"1"}},
-        {L" \n\t\r<v>", L"v", {L"yes", L""}},          {L"junk > ; <v>x", L"v", {L"yes", L"x"}},
-        {L"<?a b c?><?d?><v>x", L"v", {L"yes", L"x"}}, {L"<v >x", L"v", {L"yes", L"x"}},
-        {L"<v a='1' b= \"<\" c=\t3>x", L"v", {L"yes", L"x"}},
-        {L"<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>x", L"bag", {L"yes", L"x"}},
-        {L"<v>x", L"/v", {L"no", L"<v>x"}},            {L"</v>x", L"v", {L"no", L"</v>x"}},
-        {L"<v", L"v", {L"sourcePos <= sourceEnd", L""}},
-        {L"<", L"/v", {L"sourcePos <= sourceEnd", L""}},
-        {L"<v a='1' b = \"2\">x", L"v", {L"attributesOK", L">x"}},
-        // clang-format on
-    };
-    for (const auto& [text, tag, expected] : kTaken) {
+TEST(XmlReader, readTag_anyText_takesTheTagOrStaysBeforeIt) {
+    for (const auto& [text, tag, expected] : {
+             // clang-format off
+             std::tuple{L" \n\t\r<v>1", L"v", Taken{L"yes", L"1"}}, {L"</v>", L"/v", {L"yes", L""}},
+             {L"junk > ; <v b= \"<\" c=\t3>x", L"v", {L"yes", L"x"}},
+             // clang-format on
+         }) {
         EXPECT_EQ(fromBoth(text, tagReader(tag, false)), expected) << text;
     }
-    for (const wchar_t* text : {L"<?a?><w>", L"</v >x", L"<v\t>x", L" <w>x", L"<V>x", L"<vv>x",
-                                L"<v/>x", L"<<v>x", L"", L"no tag"}) {
+    for (const wchar_t* text : {L"<?a?><v>", L"</v >x", L"<v\t>x", L"<V>x", L"<vv>x", L"<v/>x",
+                                L"<<v>x", L"", L"no tag", L"<w a='1'>"}) {
         EXPECT_EQ(fromBoth(text, tagReader(L"v", false)), Taken(L"no", text));
         EXPECT_EQ(fromBoth(text, tagReader(L"/v", false)), Taken(L"no", text));
     }
-    const wchar_t* kRefused[][3] = {
-        // clang-format off
-        {L"<p =1>", L"v", L"attributesOK"}, {L"12</w>", L"/v", L"</v> expected, but found </w>"},
-        {L"<p>", L"/v", L"</v> expected, but found <p>"},
-        {L"<p a='b'>", L"v", L"<v> expected, but found <p a='b'>"},
-        {L"</v >", L"/v", L"</v> expected, but found </v >"},
-        {L"text", L"v", L"<v> expected, but found <>"},
-        {L"<?x?></p>", L"v", L"<v> expected, but found </p>"},
-        // clang-format on
+}
+
+TEST(XmlReader, positionPastTheEnd_isRefusedAndNothingRead) {
+    void (*const kReads[])(const wchar_t*&, const wchar_t*) = {
+        [](auto& begin, auto end) { Xml::readTag(begin, end, L"v", false, false); },
+        [](auto& begin, auto end) {
+            wstring out;
+            Xml::readText(begin, end, out);
+        },
+        [](auto& begin, auto end) { PropertyBag().parseXml(begin, end); },
+        [](auto& begin, auto end) { SerializableUnion().parseXml(begin, end); },
     };
-    for (const auto& [text, tag, expected] : kRefused) {
-        EXPECT_EQ(fromBoth(text, tagReader(tag, true)).first, expected);
+    const wstring text = L"x<v>foreign";
+    for (const auto& read : kReads) {
+        const wchar_t* begin = text.data() + 1;
+        EXPECT_EQ(thrownText([&] { read(begin, text.data()); }), L"sourcePos <= sourceEnd");
+        EXPECT_EQ(begin, text.data() + 1);
     }
 }
 
@@ -214,31 +234,6 @@ TEST(XmlReader, parseAttributes_anyList_givesPairsOrRefuses) {
             found += attribute.name + L":" + attribute.value + L";";
         }
         EXPECT_EQ(found + (accepted ? L"ok" : L"refused"), expected) << text;
-    }
-}
-
-TEST(XmlReader, readText_entitiesAndBackslashes_decodeFiveEntitiesOnly) {
-    const std::pair<const wchar_t*, Taken> kAlike[] = {
-        // clang-format off
-        {L"a&lt;b &amp; c</v>", {L"a<b & c", L"</v>"}}, {L"plain>x", {L"plain", L">x"}},
-        {L"&lt;&gt;&apos;&quot;&amp;", {L"<>'\"&", L""}}, {L"&amp;lt;", {L"&lt;", L""}},
-        {L" \n\t x<", {L" \n\t x", L"<"}}, {L"\\09\\n\\0D<", {L"\\09\\n\\0D", L"<"}}, {L"", {}},
-        {L"\xD800\u0416&gt;\uFFFE", {L"\xD800\u0416>\uFFFE", L""}},
-        // clang-format on
-    };
-    for (const auto& [text, expected] : kAlike) {
-        EXPECT_EQ(fromBoth(text, textReader), expected) << text;
-    }
-    // An unknown entity is dropped in a range and ends a stream's text; the
-    // code unit FFFF is text in a range and the end of a stream.
-    const std::tuple<const wchar_t*, const wchar_t*, Taken> kDifferent[] = {
-        {L"a&copy;b<", L"acopy;b", {L"a", L"b<"}}, {L"&&amp;x<", L"&x", {L"", L"x<"}},
-        {L"a&LT;b<", L"aLT;b", {L"a", L"b<"}},     {L"a&lt b<", L"alt b", {L"a", L"<"}},
-        {L"x&am<", L"xam", {L"x", L"<"}},          {L"a\xFFFFz<", L"a\xFFFFz", {L"a", L""}},
-    };
-    for (const auto& [text, expected, expectedFromStream] : kDifferent) {
-        EXPECT_EQ(fromRange(text, textReader), Taken(expected, L"<")) << text;
-        EXPECT_EQ(fromStream(text, textReader), expectedFromStream) << text;
     }
 }
 
@@ -296,8 +291,28 @@ TEST(XmlPeek, streamThatCannotGoBack_failsInsteadOfLosingText) {
     }
     ForgetfulBuffer buffer(L"<w>", 1);
     std::wistream in(&buffer);
+    const TraceCapture trace(kTraceLevelInfo);
     EXPECT_EQ(thrownText([&] { Xml::readTag(in, L"v", false, false); }),
-              L"XmlStream::rewind: insufficient putback space in streambuf");
+              L"Xml: insufficient putback space in streambuf");
+    EXPECT_EQ(
+        trace.messages().at(0),
+        "Xml::peekTag: insufficient putback space in streambuf; need at least 3 putbackchars");
+    // Where all is there nothing goes back, and one character behind a text.
+    PropertyBag bag;
+    bag.setString(L"a&b", L"c&d");
+    bag.setArray(L"array", std::vector<SerializableUnion>(3));
+    const wstring document = wstring(kXmlHeader) + xmlOf(bag);
+    ForgetfulBuffer whole(document, 0);
+    std::wistream wholeIn(&whole);
+    PropertyBag back;
+    back.readXml(wholeIn);
+    EXPECT_EQ(xmlOf(back), xmlOf(bag));
+    ForgetfulBuffer forText(L"a&lt;&amp;<", 0);
+    std::wistream textIn(&forText);
+    wstring out;
+    Xml::readText(textIn, out);
+    EXPECT_EQ(out, L"a<&");
+    EXPECT_EQ(textIn.get(), L'<');
 }
 
 }  // namespace
