@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cwchar>
+#include <sstream>
+#include <stdexcept>
 
 #include "ZuEncoder.h"
 #include "ZuText.h"
@@ -44,6 +46,7 @@ public:
     NaiveReader(std::wstring text, bool isStream) : text_(std::move(text)), isStream_(isStream) {
         text_.resize(isStream ? std::min(text_.find(L'\xFFFF'), text_.size()) : text_.size());
     }
+    std::size_t at() const { return at_; }
     template <class Target>
     Reading read(const Target&) {
         try {
@@ -62,17 +65,6 @@ public:
         return all;
     }
 
-private:
-    static bool isDeclaration(const std::wstring& tag) { return tag[0] == L'?' || tag[0] == L'!'; }
-    static void require(bool condition, const char* failure) {
-        if (!condition) {
-            throw "failed: "s + failure;
-        }
-    }
-    // The rest of text behind what stop characters end; all of it without one.
-    static std::size_t stop(const std::wstring& text, const wchar_t* stops, std::size_t from) {
-        return std::min(text.find_first_of(stops, from), text.size());
-    }
     // Empty at the end, as is a tag without a name.
     std::wstring nextName(bool* found = nullptr) const {
         const std::size_t open = stop(text_, L"<", at_);
@@ -82,34 +74,6 @@ private:
         return open == text_.size()
                    ? L""
                    : text_.substr(open + 1, stop(text_, L"<> \n\r\t", open + 1) - open - 1);
-    }
-    static bool attributesParse(const std::wstring& text) {
-        const auto skipSpace = [&](std::size_t at) {
-            return std::min(text.find_first_not_of(L" \n\r\t", at), text.size());
-        };
-        for (std::size_t at = skipSpace(0); at < text.size(); at = skipSpace(at)) {
-            const std::size_t name = at;
-            at = stop(text, L"= \n\r\t", at);
-            if (at == name || text[at] != L'=') {
-                return false;
-            }
-            at = skipSpace(at + 1);
-            if (text[at] != L'\'' && text[at] != L'"') {
-                at = stop(text, L" \n\r\t", at);
-            } else if ((at = text.find(text[at], at + 1) + 1) == 0) {
-                return false;
-            }
-        }
-        return true;
-    }
-    std::wstring takeTag(bool mustParse) {
-        const std::size_t open = text_.find(L'<', at_) + 1;
-        at_ = text_.find(L'>', open) + 1;
-        require(at_ != 0, "sourcePos <= sourceEnd");
-        const std::wstring tag = text_.substr(open, at_ - 1 - open);
-        const std::size_t blank = stop(tag, L" ", 0);
-        require(!mustParse || attributesParse(tag.substr(blank)), "attributesOK");
-        return tag;
     }
     bool readTag(const std::wstring& name, bool mustMatch) {
         const std::size_t start = at_;
@@ -152,6 +116,46 @@ private:
             }
         }
         return text;
+    }
+
+private:
+    static bool isDeclaration(const std::wstring& tag) { return tag[0] == L'?' || tag[0] == L'!'; }
+    static void require(bool condition, const char* failure) {
+        if (!condition) {
+            throw "failed: "s + failure;
+        }
+    }
+    // The rest of text behind what stop characters end; all of it without one.
+    static std::size_t stop(const std::wstring& text, const wchar_t* stops, std::size_t from) {
+        return std::min(text.find_first_of(stops, from), text.size());
+    }
+    static bool attributesParse(const std::wstring& text) {
+        const auto skipSpace = [&](std::size_t at) {
+            return std::min(text.find_first_not_of(L" \n\r\t", at), text.size());
+        };
+        for (std::size_t at = skipSpace(0); at < text.size(); at = skipSpace(at)) {
+            const std::size_t name = at;
+            at = stop(text, L"= \n\r\t", at);
+            if (at == name || text[at] != L'=') {
+                return false;
+            }
+            at = skipSpace(at + 1);
+            if (text[at] != L'\'' && text[at] != L'"') {
+                at = stop(text, L" \n\r\t", at);
+            } else if ((at = text.find(text[at], at + 1) + 1) == 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+    std::wstring takeTag(bool mustParse) {
+        const std::size_t open = text_.find(L'<', at_) + 1;
+        at_ = text_.find(L'>', open) + 1;
+        require(at_ != 0, "sourcePos <= sourceEnd");
+        const std::wstring tag = text_.substr(open, at_ - 1 - open);
+        const std::size_t blank = stop(tag, L" ", 0);
+        require(!mustParse || attributesParse(tag.substr(blank)), "attributesOK");
+        return tag;
     }
     // A text counts before its closing tag is missed.
     template <class Take>
@@ -280,7 +284,8 @@ bool checkDocument(const std::wstring& document) {
     return accepted;
 }
 
-TEST(Readers, mutatedDocuments_fromRangeAndStream_areReadAsTheDialectSays) {
+// The text of some bag, or what edits have made of it.
+std::wstring randomDocument(Random& random) {
     static const std::wstring kTokens[] = {
         // clang-format off
         L"<", L">", L"</", L"&", L"&amp;", L"&lt;", L"&x;", L" ", L"=", L"'", L"\"", L"-1", L"1e9",
@@ -290,36 +295,105 @@ TEST(Readers, mutatedDocuments_fromRangeAndStream_areReadAsTheDialectSays) {
         L"<v a='b'>", L"<x y>", L"<hmap a=b>", L"<>", L"a='1'b=\"2\" c=", L"20-1-1",
         // clang-format on
     };
+    PropertyBag bag;
+    random.fill(bag, 4, 4, 3);
+    std::wstring document = xmlOf(bag);
+    if (random.below(20) == 0) {
+        for (int level = 0; level < 256; ++level) {
+            document.insert(document.size() / 2, L"<t>array</t><c>1</c>");
+        }
+    }
+    if (random.below(8) != 0) {
+        mutate(document, kTokens, random);
+    }
+    return (random.below(2) == 0 ? L"" : std::wstring(kXmlHeader)) + document;
+}
+
+TEST(Readers, randomDocuments_fromRangeAndStream_areReadAsTheDialectSays) {
     Random random(1227);
     std::size_t accepted = 0;
     constexpr std::size_t kDocuments = 8000;
     for (std::size_t count = 0; count < kDocuments && !HasFailure(); ++count) {
         PropertyBag bag;
         random.fill(bag, 4, 4, 3);
-        const std::wstring written = xmlOf(bag);
         PropertyBag back;
         // The end tag's line feed is left.
-        ASSERT_EQ(readFromRange(back, written), (Reading{"", written.size() - 1}));
-        ASSERT_EQ(xmlOf(back), written);
-        const std::wstring header(random.below(2) == 0 ? kXmlHeader : L"");
-        std::wstring document = header + written;
-        if (random.below(20) == 0) {
-            for (int level = 0; level < 256; ++level) {
-                document.insert(document.size() / 2, L"<t>array</t><c>1</c>");
-            }
-        }
-        if (random.below(8) != 0) {
-            mutate(document, kTokens, random);
-        }
+        ASSERT_EQ(readFromRange(back, xmlOf(bag)), (Reading{"", xmlOf(bag).size() - 1}));
+        ASSERT_EQ(xmlOf(back), xmlOf(bag));
+        const std::wstring document = randomDocument(random);
         SCOPED_TRACE(random.label() + " " + testing::PrintToString(document));
         accepted += checkDocument<PropertyBag>(document);
         const std::size_t value = document.find(L"<t>");
-        checkDocument<SerializableUnion>(header +
-                                         document.substr(value < document.size() ? value : 0));
+        checkDocument<SerializableUnion>(document.substr(value < document.size() ? value : 0));
     }
     // The edits must not be so wild, nor so tame, that one side goes untested.
     EXPECT_GT(accepted, kDocuments / 50);
     EXPECT_LT(accepted, kDocuments - kDocuments / 20);
+}
+
+template <class Step>
+std::wstring outcome(Step&& step) {
+    try {
+        return step();
+    } catch (const std::invalid_argument& failure) {
+        return L"invalid: " + widen(failure.what());
+    } catch (const std::wstring& failure) {
+        return L"failed: " + failure;
+    } catch (const std::string& failure) {
+        return widen(failure);
+    }
+}
+
+TEST(Readers, randomSteps_fromRangeAndStream_takeWhatTheDialectSays) {
+    static const std::wstring kNames[] = {L"p",     L"/p",  L"k",  L"/k", L"v",
+                                          L"/v",    L"t",   L"/t", L"c",  L"hmap",
+                                          L"/hmap", L"bag", L"x",  L"",   L"?x?"};
+    Random random(1228);
+    for (int count = 0; count < 8000 && !HasFailure(); ++count) {
+        const std::wstring document = randomDocument(random);
+        SCOPED_TRACE(random.label() + " " + testing::PrintToString(document));
+        std::wistringstream stream(document);
+        const wchar_t* begin = document.data();
+        const bool isStream = random.below(2) == 0;
+        NaiveReader naive(document, isStream);
+        std::wstring expected;
+        for (int step = 0;
+             step < 12 && !expected.starts_with(L"failed: ") && !expected.starts_with(L"invalid: ");
+             ++step) {
+            const std::wstring& name = random.pick(kNames);
+            const bool closing = name.starts_with(L'/');
+            const bool mustMatch = random.below(8) == 0;
+            const bool isText = random.below(3) == 0;
+            const auto read = [&](auto&&... source) {
+                std::wstring out = L"old";
+                if (isText) {
+                    Xml::readText(source..., out);
+                    return out;
+                }
+                const bool taken = Xml::readTag(source..., std::wstring_view(name).substr(closing),
+                                                closing, mustMatch);
+                return std::wstring(taken ? L"yes" : L"no");
+            };
+            std::wstring peeked = L"old";
+            const std::wstring next = naive.nextName();
+            ASSERT_TRUE(!isStream ||
+                        (Xml::peekTag(stream, peeked) == !next.empty() && peeked == next));
+            expected = outcome([&]() -> std::wstring {
+                return isText ? naive.readText() : naive.readTag(name, mustMatch) ? L"yes" : L"no";
+            });
+            ASSERT_EQ(outcome([&] {
+                          return isStream ? read(stream)
+                                          : read(begin, document.data() + document.size());
+                      }),
+                      expected);
+            const auto taken =
+                isStream
+                    ? std::streamoff(stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in))
+                    : begin - document.data();
+            ASSERT_TRUE(taken == static_cast<std::streamoff>(naive.at()) ||
+                        expected.find(L": ") < 8);
+        }
+    }
 }
 
 // What a document of a million characters repeats, and what stands around it.
