@@ -167,31 +167,7 @@ TEST(UnionXml, appendXml_everyKind_isTheExactText) {
     EXPECT_EQ(readFromRange(speaking, L"<o>").failure, "failed: not implemented");
 }
 
-TEST(UnionXml, arraysBeyondTheLimits_areRefused) {
-    const auto nested = [](int depth, const std::wstring& count) {
-        std::wstring document;
-        while (depth-- > 0) {
-            document += L"<t>array</t><c>" + count + L"</c>";
-        }
-        return document;
-    };
-    const std::string tooMany = "failed: implied <= kMaxImpliedElements";
-    for (const auto& read : kBothReaders) {
-        SerializableUnion value;
-        EXPECT_EQ(read(value, L"<t>array</t><c>65</c><t>null</t>"), (Reading{"", 32}));
-        EXPECT_EQ(value.getArray().size(), 65U);
-        EXPECT_EQ(read(value, L"<t>array</t><c>66</c><t>null</t>").failure, tooMany);
-        const MemoryWatch memory;
-        EXPECT_EQ(read(value, L"<t>array</t><c>18446744073709551615</c>").failure, tooMany);
-        EXPECT_LT(memory.peak(), 4096U);
-        // Twice: a refusal must not leave its depth behind.
-        for (int round = 0; round < 2; ++round) {
-            EXPECT_EQ(read(value, nested(128, L"1")).failure, "");
-            EXPECT_EQ(read(value, nested(129, L"1")).failure, "failed: depth <= kMaxDepth");
-            EXPECT_EQ(read(value, nested(100000, L"1")).failure, "failed: depth <= kMaxDepth");
-        }
-    }
-    // Nor can anything be made that would be refused.
+TEST(UnionXml, arraysTooDeepToBeRead_cannotBeWritten) {
     SerializableUnion deep;
     for (int depth = 1; depth <= 129; ++depth) {
         deep = arrayOf({deep});

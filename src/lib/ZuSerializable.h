@@ -350,6 +350,8 @@ void SerializableUnion::readFrom(Source& in) {
             // Empty, and so without elements.
             return setObject(nullptr);
         case ValueKind::kArray:
+            // Null, and can be written, when it is too deep to be read.
+            xml::DepthGuard::check();
             return readAs<Elements>(kind, in);
         case ValueKind::kNull:
             return;

@@ -16,6 +16,7 @@ namespace zustd {
 namespace {
 
 constexpr std::size_t kNumberBuffer = 128;
+constexpr int kWidest = 127;
 constexpr std::size_t kDoubleBuffer = 512;
 constexpr wchar_t kHexDigits[] = L"0123456789ABCDEF";
 
@@ -73,8 +74,7 @@ template <unsigned base>
 class Digits {
 public:
     Digits(std::uint64_t value, int width) noexcept {
-        const auto padded =
-            static_cast<std::size_t>(std::clamp(width, 1, static_cast<int>(kNumberBuffer) - 1));
+        const auto padded = static_cast<std::size_t>(std::clamp(width, 1, kWidest));
         do {
             buffer_[--first_] = kHexDigits[value % base];
             value /= base;
@@ -174,7 +174,7 @@ bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring& v
 
 using Traits = std::wstreambuf::traits_type;
 
-constinit thread_local int readDepth = 0;
+constinit thread_local int depth = 0;
 
 }  // namespace
 
@@ -232,12 +232,13 @@ void Xml::appendEscaped(std::wstring& out, std::wstring_view text) {
 void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
     const bool negative = value < 0;
     const auto wide = static_cast<std::int64_t>(value);
+    width = std::clamp(width, 1, kWidest);
     if (negative) {
         out.push_back(L'-');
+        // The sign counts towards a width.
+        --width;
     }
-    // The sign counts towards a width.
-    const auto magnitude = static_cast<std::uint64_t>(negative ? -wide : wide);
-    out.append(Digits<10>(magnitude, negative && width > 0 ? width - 1 : width).view());
+    out.append(Digits<10>(static_cast<std::uint64_t>(negative ? -wide : wide), width).view());
 }
 
 void Xml::appendLongHex(std::wstring& out, std::uint32_t value, int width) {
@@ -462,11 +463,13 @@ void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view fo
 }
 
 DepthGuard::DepthGuard() {
-    ZU_ASSERT_AS(readDepth < kMaxDepth, L"depth <= kMaxDepth", ZU_HERE);
-    ++readDepth;
+    check();
+    ++depth;
 }
 
-DepthGuard::~DepthGuard() { --readDepth; }
+DepthGuard::~DepthGuard() { --depth; }
+
+void DepthGuard::check() { ZU_ASSERT_AS(depth < kMaxDepth, L"depth <= kMaxDepth", ZU_HERE); }
 
 }  // namespace xml
 

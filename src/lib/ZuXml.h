@@ -438,6 +438,8 @@ public:
     DepthGuard(const DepthGuard&) = delete;
     DepthGuard& operator=(const DepthGuard&) = delete;
     ~DepthGuard();
+    // Fails as one more guard would.
+    static void check();
 };
 
 }  // namespace xml
