@@ -179,8 +179,9 @@ TEST(Hash, keysMadeForKnownConstants_fallIntoBucketsAsByChance) {
             std::set<std::uint64_t> hashes;
             std::set<std::uint64_t> buckets;
             for (std::size_t number = 0; number < kKeys; ++number) {
-                std::wstring key(place * 4, L'k');
-                key += constant + std::to_wstring(number + 10000);
+                // What differs stands before the constant, which must not hide it.
+                const std::wstring key = std::to_wstring(number + 1000) +
+                                         std::wstring(place * 4, L'k') + constant + L"k";
                 hashes.insert(HashKey<std::wstring>::hash(key));
                 buckets.insert(HashKey<std::wstring>::hash(key) % (2 * kKeys));
             }
