@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <map>
 #include <set>
 
@@ -166,6 +167,24 @@ TEST(ResourceService, table_readsEntitiesOnceOrIsEmptyAsAWhole) {
           "<table>" + good + end}) {
         EXPECT_TRUE(tableOf(bytes)->empty()) << bytes;
     }
+}
+
+TEST(ResourceService, longTable_ofAnyConstruct_isReadInTimeInLineWithItsLength) {
+    static const char* const kConstructs[][3] = {
+        {"<stringtable ", "a='1'", ">"},
+        {"<stringtable>", "<s><k>1</k><v>x</v></s>", "</stringtable>"},
+        {"<stringtable><s><k>1</k><v>", "&amp;&", "</v></s></stringtable>"},
+        {"", "<?x?>", "<stringtable></stringtable>"}};
+    const auto start = std::chrono::steady_clock::now();
+    for (const auto& [before, repeated, after] : kConstructs) {
+        std::string bytes = before;
+        while (bytes.size() < 1000000) {
+            bytes += repeated;
+        }
+        tableOf(bytes + after);
+    }
+    // Milliseconds; what is not linear takes minutes.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 }  // namespace

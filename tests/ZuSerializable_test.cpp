@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
+#include <functional>
+#include <iomanip>
 #include <sstream>
 
 #include "ZuText.h"
@@ -166,73 +167,67 @@ TEST(UnionXml, appendXml_everyKind_isTheExactText) {
     EXPECT_EQ(readFromRange(speaking, L"<o>").failure, "failed: not implemented");
 }
 
-TEST(UnionXml, readers_overTheSameDocument_agreeOnValueAndPlace) {
-    // Document, characters taken, and what the value is then or the failure.
-    const std::tuple<const wchar_t*, std::size_t, const wchar_t*> kCases[] = {
-        // clang-format off
-        {L"", 0, L"<t>null</t>"},          {L"text only", 0, L"<t>null</t>"},
-        {L"<t>null</t><v>5</v>", 11, L"<t>null</t>"}, {L"<t>Long</t><v>5</v>", 11, L"<t>null</t>"},
-        {L"<t>time</t><v>5</v>", 11, L"<t>null</t>"}, {L"<t> long</t><v>", 12, L"<t>null</t>"},
-        {L"<t>long</t><v>5</v>", 19, L"<t>long</t><v>5</v>"},
-        {L"<?xml version=\"1.0\" ?>\n<t>long</t>\r\n<v>5</v>", 44, L"<t>long</t><v>5</v>"},
-        {L"<t>long</t>", 11, L"<t>long</t><v>0</v>"},
-        {L"<t>string</t><v/>", 13, L"<t>string</t><v></v>"},
-        {L"<t>string</t><v>a > b</v>", 25, L"<t>string</t><v>a </v>"},
-        {L"<t>string</t><v>12</w>", 0, L"invalid: </v> expected, but found </w>"},
-        {L"<t>object</t><o>said</o>", 13, L"<t>object</t>"},
-        {L"<t>datetime</t><v>1-2-3</v>", 27, L"<t>datetime</t><v>0001-02-03 00:00:00</v>"},
-        {L"<t>datetime</t><v>2016-011-04</v>", 33, L"<t>datetime</t><v>2016-01-00 00:00:00</v>"},
-        {L"<t>datetime</t><v>20161104</v>", 30, L"<t>datetime</t><v>2016-00-00 00:00:00</v>"},
-        {L"<t>datetime</t><v>never</v>", 27, L"<t>datetime</t><v>0000-00-00 00:00:00</v>"},
-        {L"<t>array</t>", 12, L"<t>array</t><c>0</c>"},
-        {L"<t>array</t><c>2</c><t>bool</t></p>", 31,
-         L"<t>array</t><c>2</c><t>bool</t><v>n</v><t>null</t>"},
-        {L"<t>array</t><c>-1</c>", 0, L"failed: implied <= kMaxImpliedElements"},
-        // clang-format on
-    };
-    for (const auto& [document, taken, expected] : kCases) {
-        SCOPED_TRACE(testing::PrintToString(document));
-        for (const auto& read : kBothReaders) {
-            SerializableUnion value = oneOfEachKind()[8];
-            const Reading reading = read(value, document);
-            EXPECT_EQ(reading.failure.empty() ? xmlOf(value) : widen(reading.failure), expected);
-            EXPECT_TRUE(reading.taken == taken || !reading.failure.empty()) << reading.taken;
-        }
+TEST(UnionXml, arraysTooDeepToBeRead_cannotBeWritten) {
+    SerializableUnion deep;
+    for (int depth = 1; depth <= 129; ++depth) {
+        deep = arrayOf({deep});
+        EXPECT_EQ(thrownText([&] { deep.requireReadable(); }) == L"nothing", depth <= 128);
+        EXPECT_EQ(thrownText([&] { xmlOf(deep); }) == L"nothing", depth <= 128);
     }
 }
 
-TEST(UnionXml, arraysBeyondTheLimits_areRefused) {
-    const auto nested = [](int depth, const std::wstring& count) {
-        std::wstring document;
-        while (depth-- > 0) {
-            document += L"<t>array</t><c>" + count + L"</c>";
-        }
-        return document;
+TEST(UnionXml, writeXml_intoAnyStream_isTheSameText) {
+    const SerializableUnion value = oneOfEachKind()[8];
+    std::wostringstream stream;
+    stream << std::setw(200) << std::setfill(L'*') << std::hex << std::showbase;
+    value.writeXml(stream);
+    EXPECT_EQ(stream.str(), xmlOf(value));
+}
+
+// Does something when it goes.
+class Leaving : public SharedObject {
+public:
+    explicit Leaving(std::function<void()> last) : last_(std::move(last)) {}
+    ~Leaving() override { last_(); }
+
+private:
+    std::function<void()> last_;
+};
+
+TEST(Union, change_destructorThatUsesOrDestroysTheUnion_findsItWhole) {
+    using Change = void (*)(SerializableUnion&);
+    const Change kChanges[] = {
+        [](SerializableUnion& value) { value.setLong(1); },
+        [](SerializableUnion& value) { value.setObject(nullptr); },
+        [](SerializableUnion& value) { value.setArraySize(3); },
+        [](SerializableUnion& value) { value.setArray({}); },
+        [](SerializableUnion& value) { value.assign({}); },
+        [](SerializableUnion& value) { value = SerializableUnion(); },
+        [](SerializableUnion& value) { readFromStream(value, L"<t>long</t><v>1</v>"); },
     };
-    const std::string tooMany = "failed: implied <= kMaxImpliedElements";
-    for (const auto& read : kBothReaders) {
-        SerializableUnion value;
-        EXPECT_EQ(read(value, L"<t>array</t><c>65</c><t>null</t>"), (Reading{"", 32}));
-        EXPECT_EQ(value.getArray().size(), 65U);
-        EXPECT_EQ(read(value, L"<t>array</t><c>66</c><t>null</t>").failure, tooMany);
-        const MemoryWatch memory;
-        EXPECT_EQ(read(value, L"<t>array</t><c>18446744073709551615</c>").failure, tooMany);
-        EXPECT_LT(memory.peak(), 4096U);
-        // Twice: a refusal must not leave its depth behind.
-        for (int round = 0; round < 2; ++round) {
-            EXPECT_EQ(read(value, nested(128, L"1")).failure, "");
-            EXPECT_EQ(read(value, nested(129, L"1")).failure, "failed: depth <= kMaxDepth");
-            EXPECT_EQ(read(value, nested(100000, L"1")).failure, "failed: depth <= kMaxDepth");
+    for (const Change change : kChanges) {
+        for (const bool inArray : {false, true}) {
+            for (const bool destroys : {false, true}) {
+                auto value = std::make_unique<SerializableUnion>();
+                std::wstring seen;
+                auto last = std::make_shared<Leaving>([&] {
+                    seen = xmlOf(*value);
+                    EXPECT_TRUE(value->equals(SerializableUnion(*value)));
+                    if (destroys) {
+                        value.reset();
+                    }
+                });
+                value->setObject(std::move(last));
+                if (inArray) {
+                    SerializableUnion array = arrayOf({*value});
+                    *value = std::move(array);
+                }
+                change(*value);
+                EXPECT_NE(seen, L"");
+                EXPECT_TRUE(destroys || xmlOf(*value) == seen);
+            }
         }
     }
-    // 64 missing elements on each level, all before one far tag: a reader
-    // would pass the text 8,192 times if each element looked for it.
-    const std::wstring document = nested(127, L"65") + nested(1, L"64");
-    SerializableUnion value;
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(readFromStream(value, document + std::wstring(200000, L'x') + L"<end>"),
-              (Reading{"", document.size()}));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 }  // namespace

@@ -263,6 +263,11 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
         {repeated(L"<br/>", 100'000) + L"<control " +
              repeated(L"width=\"8\" height=\"9\" width=\"9\" ", 20'000) + L"x=\">y",
          100'001},
+        {L"<b " + repeated(L"a='1'", 200'000) + L">y", 1},
+        {repeated(L"<br/>", 100'000) + L"<control " +
+             repeated(L"hmargin='1'vspacing='2'maxwidth='9'", 20'000) + L">",
+         100'000},
+        {repeated(L"<a>x</a><font size='9'>y</font>", 50'000), 100'000},
         {repeated(L"&", 1'000'000), 1},
         {L"<control wordwrap=\"true\">" + repeated(L"- ", 400'000), MarkupView::kMaxElements},
         {repeated(L"<br/>", 300'000), MarkupView::kMaxElements},

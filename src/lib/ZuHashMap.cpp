@@ -1,80 +1,114 @@
 #include "ZuHashMap.h"
 
+#include <bit>
+
 #include "ZuWindows.h"
 
 namespace zustd {
 
 namespace {
 
-// Odd constants with about as many ones as zeros, evenly spread.
-constexpr std::uint64_t kMixA = 0x9A3C61D5B7E4F02DULL;
-constexpr std::uint64_t kMixB = 0xC5B9278E1D64A3F7ULL;
+// The state of SipHash, with one round a word and three at the end.
+class SipHash {
+public:
+    explicit SipHash(const HashSecret& secret) noexcept
+        : a_(secret.low ^ 0x736F6D6570736575ULL),
+          b_(secret.high ^ 0x646F72616E646F6DULL),
+          c_(secret.low ^ 0x6C7967656E657261ULL),
+          d_(secret.high ^ 0x7465646279746573ULL) {}
 
-// Both halves of the 128-bit product take part, so that every bit of the
-// input reaches every bit of the result.
-std::uint64_t mix(std::uint64_t a, std::uint64_t b) noexcept {
-    __extension__ using Wide = unsigned __int128;
-    const Wide product = static_cast<Wide>(a) * b;
-    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-}
+    void add(std::uint64_t word) noexcept {
+        d_ ^= word;
+        round();
+        a_ ^= word;
+    }
+    std::uint64_t finish() noexcept {
+        c_ ^= 0xFF;
+        round();
+        round();
+        round();
+        return a_ ^ b_ ^ c_ ^ d_;
+    }
 
-// Differs from process to process by the clock, the process number and where
-// the system placed the stack.
-std::uint64_t makeSeed() noexcept {
-    LARGE_INTEGER ticks;
-    QueryPerformanceCounter(&ticks);
-    const auto place = reinterpret_cast<std::uintptr_t>(&ticks);
-    return mix(static_cast<std::uint64_t>(ticks.QuadPart) ^ kMixA,
-               (place + GetCurrentProcessId()) ^ kMixB);
-}
+private:
+    void round() noexcept {
+        a_ += b_;
+        b_ = std::rotl(b_, 13) ^ a_;
+        a_ = std::rotl(a_, 32);
+        c_ += d_;
+        d_ = std::rotl(d_, 16) ^ c_;
+        a_ += d_;
+        d_ = std::rotl(d_, 21) ^ a_;
+        c_ += b_;
+        b_ = std::rotl(b_, 17) ^ c_;
+        c_ = std::rotl(c_, 32);
+    }
 
-std::uint64_t seed() noexcept {
-    static const std::uint64_t value = makeSeed();
-    return value;
-}
+    std::uint64_t a_;
+    std::uint64_t b_;
+    std::uint64_t c_;
+    std::uint64_t d_;
+};
 
-// Bytes as a number; so many of them as the number type has.
-template <class Word>
-std::uint64_t load(const unsigned char* bytes) noexcept {
-    Word word;
+std::uint64_t loadWord(const unsigned char* bytes) noexcept {
+    std::uint64_t word;
     std::memcpy(&word, bytes, sizeof(word));
     return word;
 }
 
-// The last bytes of a key, 16 at the most. The two numbers overlap when there
-// are fewer; together with the key's size they still tell all keys apart.
-struct Tail {
-    std::uint64_t low = 0;
-    std::uint64_t high = 0;
-};
+// The last bytes of a key, fewer than eight, below the lowest byte of its size.
+std::uint64_t lastWord(const unsigned char* bytes, std::size_t size) noexcept {
+    std::uint64_t word = std::uint64_t{size} << 56;
+    const std::size_t left = size % 8;
+    if (size >= 8 && left != 0) {
+        // The word that ends where the key does, without what was hashed before.
+        return word | loadWord(bytes + left - 8) >> (64 - 8 * left);
+    }
+    for (std::size_t i = 0; i < left; ++i) {
+        word |= std::uint64_t{bytes[i]} << (8 * i);
+    }
+    return word;
+}
 
-Tail loadTail(const unsigned char* bytes, std::size_t size) noexcept {
-    if (size >= 8) {
-        return {load<std::uint64_t>(bytes), load<std::uint64_t>(bytes + size - 8)};
-    }
-    if (size >= 4) {
-        return {load<std::uint32_t>(bytes), load<std::uint32_t>(bytes + size - 4)};
-    }
-    if (size >= 2) {
-        return {load<std::uint16_t>(bytes), load<std::uint16_t>(bytes + size - 2)};
-    }
-    return {size == 1 ? *bytes : std::uint64_t{0}, 0};
+// What differs from process to process and cannot be known before: two clocks,
+// the process and thread numbers, and where stack, heap and code were placed.
+HashSecret makeSecret() noexcept {
+    struct {
+        LARGE_INTEGER ticks;
+        FILETIME time;
+        DWORD numbers[2];
+        std::uint64_t places[3];
+    } seen = {};
+    QueryPerformanceCounter(&seen.ticks);
+    GetSystemTimeAsFileTime(&seen.time);
+    seen.numbers[0] = GetCurrentProcessId();
+    seen.numbers[1] = GetCurrentThreadId();
+    seen.places[0] = reinterpret_cast<std::uintptr_t>(&seen);
+    seen.places[1] = reinterpret_cast<std::uintptr_t>(GetProcessHeap());
+    seen.places[2] = reinterpret_cast<std::uintptr_t>(&makeSecret);
+    const std::uint64_t low = hashBytes({}, &seen, sizeof(seen));
+    return {low, hashBytes({low, 1}, &seen, sizeof(seen))};
 }
 
 }  // namespace
 
-std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept {
+std::uint64_t hashBytes(const HashSecret& secret, const void* bytes, std::size_t size) noexcept {
+    SipHash hash(secret);
     const auto* at = static_cast<const unsigned char*>(bytes);
-    std::uint64_t hash = seed() ^ (size * kMixA);
-    while (size > 16) {
-        hash = mix(load<std::uint64_t>(at) ^ hash, load<std::uint64_t>(at + 8) ^ kMixB);
-        at += 16;
-        size -= 16;
+    for (const unsigned char* const end = at + size / 8 * 8; at != end; at += 8) {
+        hash.add(loadWord(at));
     }
-    const Tail tail = loadTail(at, size);
-    return mix(mix(tail.low ^ hash, tail.high ^ kMixB), kMixA);
+    hash.add(lastWord(at, size));
+    return hash.finish();
 }
 
-std::uint64_t hashNumber(std::uint64_t number) noexcept { return mix(number ^ seed(), kMixA); }
+std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept {
+    static const HashSecret secret = makeSecret();
+    return hashBytes(secret, bytes, size);
+}
+
+std::uint64_t hashNumber(std::uint64_t number) noexcept {
+    return hashBytes(&number, sizeof(number));
+}
 
 }  // namespace zustd

@@ -29,7 +29,13 @@
 
 namespace zustd {
 
-// A 64-bit hash of bytes, keyed for this process.
+struct HashSecret {
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+};
+
+// A 64-bit hash of bytes, under a key of one's own or under this process's.
+std::uint64_t hashBytes(const HashSecret& secret, const void* bytes, std::size_t size) noexcept;
 std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept;
 std::uint64_t hashNumber(std::uint64_t number) noexcept;
 
@@ -85,7 +91,10 @@ template <>
 struct HashKey<ShortKey> : HashKey<std::wstring> {};
 
 // A table from keys to values. Not synchronised. References and iterators to
-// an entry stay valid until that entry is removed or the map cleared.
+// an entry stay valid until that entry is removed or the map cleared. The
+// destructor of a value may use the map, or destroy it: its entry cannot be
+// found any more, nor can any other one once the map is being cleared. A
+// constructor of a value may not.
 template <class V, class K = std::wstring>
 class HashMap {
 public:
@@ -143,7 +152,12 @@ public:
 
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
-    ~HashMap() { releaseEntries(); }
+    ~HashMap() {
+        // What destructors put in goes as well.
+        do {
+            clear();
+        } while (blocks_ != nullptr);
+    }
 
     std::size_t size() const noexcept { return size_; }
     bool empty() const noexcept { return size_ == 0; }
@@ -186,11 +200,14 @@ public:
 
     // Removes the key's entry; false when there is none.
     bool remove(KeyView key) noexcept {
+        static_assert(std::is_nothrow_move_constructible_v<V>);
         Bucket& bucket = bucketOf(key, HashKey<K>::hash(key));
         Entry* entry = bucket.entry;
         if (entry == nullptr) {
             return false;
         }
+        // Destroyed last, when the map no longer needs to be there.
+        [[maybe_unused]] const V removed = std::move(entry->value);
         closeGap(static_cast<std::size_t>(&bucket - buckets_.data()));
         unlink(entry);
         std::destroy_at(entry);
@@ -199,15 +216,26 @@ public:
     }
 
     // Removes every entry and goes back to the smallest number of buckets.
-    void clear() {
-        releaseEntries();
-        first_ = last_ = nullptr;
+    void clear() noexcept {
+        Entry* entry = std::exchange(first_, nullptr);
+        Block* block = std::exchange(blocks_, nullptr);
+        std::pmr::memory_resource* const allocator = valueAllocator_;
+        last_ = nullptr;
+        free_ = nullptr;
         size_ = 0;
         if (buckets_.size() > kSmallestBucketCount) {
             buckets_.resize(kSmallestBucketCount);
             buckets_.shrink_to_fit();
         }
         std::fill(buckets_.begin(), buckets_.end(), Bucket{});
+        // From here on the map may be used anew, or be gone.
+        while (entry != nullptr) {
+            std::destroy_at(std::exchange(entry, entry->next_));
+        }
+        while (block != nullptr) {
+            Block* const done = std::exchange(block, block->next);
+            allocator->deallocate(done, done->bytes, kAlignment);
+        }
     }
 
 private:
@@ -328,20 +356,6 @@ private:
         (entry->previous_ != nullptr ? entry->previous_->next_ : first_) = entry->next_;
         (entry->next_ != nullptr ? entry->next_->previous_ : last_) = entry->previous_;
         --size_;
-    }
-
-    void releaseEntries() noexcept {
-        for (Entry* entry = first_; entry != nullptr;) {
-            Entry* following = entry->next_;
-            std::destroy_at(entry);
-            entry = following;
-        }
-        while (blocks_ != nullptr) {
-            Block* block = blocks_;
-            blocks_ = block->next;
-            valueAllocator_->deallocate(block, block->bytes, kAlignment);
-        }
-        free_ = nullptr;
     }
 
     std::pmr::memory_resource* valueAllocator_;

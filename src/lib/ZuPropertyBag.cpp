@@ -7,7 +7,9 @@ namespace zustd {
 namespace {
 
 constexpr std::wstring_view kBagTag = L"bag";
+constexpr std::wstring_view kBagEnd = L"/bag";
 constexpr std::wstring_view kTableTag = L"hmap";
+constexpr std::wstring_view kTableEnd = L"/hmap";
 constexpr std::wstring_view kEntryTag = L"p";
 constexpr std::wstring_view kKeyTag = L"k";
 constexpr std::wstring_view kEntryStart = L"<p><k>";
@@ -40,6 +42,7 @@ void PropertyBag::appendXml(std::wstring& text) const {
 void PropertyBag::readXml(std::wistream& stream) {
     XmlStream in(stream);
     readFrom(in);
+    in.putBack();
 }
 
 void PropertyBag::parseXml(const wchar_t*& begin, const wchar_t* end) {
@@ -55,13 +58,18 @@ void PropertyBag::parse(const std::wstring& text) {
     parseXml(begin, begin + text.size());
 }
 
-// bag = [ "<bag>" ] , [ table ] , [ "</bag>" ]
+// bag = { anyTag - "<hmap>" - "</bag>" } , [ table ] , [ "</bag>" ]
 template <class Source>
 void PropertyBag::readFrom(Source& in) {
-    ++emptied_;
+    round_.reset();
     table_.clear();
-    xml::readTag(in, kBagTag, false, false);
-    if (xml::readTag(in, kTableTag, false, false)) {
+    std::wstring_view name;
+    // Whatever comes before the table: a bag that stayed empty for it would be
+    // saved as such.
+    while (xml::peekName(in, name) && name != kTableTag && name != kBagEnd) {
+        xml::skipTag(in);
+    }
+    if (name == kTableTag) {
         readTable(in);
     }
     // The one closing tag that nobody insists on.
@@ -73,9 +81,11 @@ template <class Source>
 void PropertyBag::readTable(Source& in) {
     std::wstring key;
     std::wstring scratch;
+    std::wstring_view name;
+    xml::readTag(in, kTableTag, false, true);
     for (;;) {
         if (!xml::takeExactTag(in, kEntryTag, false)) {
-            if (xml::isNextTag(in, L"/hmap")) {
+            if (xml::peekName(in, name) && name == kTableEnd) {
                 break;
             }
             xml::readTag(in, kEntryTag, false, true);
@@ -186,9 +196,12 @@ void PropertyBag::setSize(std::wstring_view key, std::uint64_t value) {
 }
 
 void PropertyBag::setArray(std::wstring_view key, const std::vector<SerializableUnion>& value) {
+    SerializableUnion array;
+    array.setArray(value);
+    array.requireReadable();
     change(
         key, [&](const SerializableUnion& stored) { return stored.getArray() == value; },
-        [&](SerializableUnion& stored) { stored.setArray(value); });
+        [&](SerializableUnion& stored) { stored = std::move(array); });
 }
 
 std::vector<SerializableUnion> PropertyBag::getArray(std::wstring_view key) const {
@@ -227,6 +240,7 @@ void PropertyBag::setUnion(std::wstring_view key, const SerializableUnion& value
     if (value.isObject()) {
         return;
     }
+    value.requireReadable();
     change(
         key, [&](const SerializableUnion& stored) { return stored.equals(value); },
         [&](SerializableUnion& stored) { stored.assign(value); });
@@ -241,12 +255,13 @@ void PropertyBag::keys(std::vector<std::wstring>& out) const {
 }
 
 void PropertyBag::announceAll() {
-    const std::uint32_t emptied = emptied_;
-    for (Table::Entry& entry : table_) {
-        onChanged(entry.key);
-        if (emptied_ != emptied) {
-            return;
-        }
+    if (!round_) {
+        round_ = std::make_shared<char>();
+    }
+    const std::weak_ptr<char> round = round_;
+    auto entry = table_.begin();
+    for (std::size_t left = table_.size(); left > 0 && !round.expired(); --left) {
+        onChanged((entry++)->key);
     }
 }
 

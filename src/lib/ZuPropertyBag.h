@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +31,8 @@ public:
         std::pmr::memory_resource* valueAllocator = std::pmr::new_delete_resource())
         : table_(valueAllocator) {}
 
-    // Reading replaces the whole content. Only parseXml announces what it
+    // Reading replaces the whole content. Tags before the table that are not the
+    // dialect's are stepped over. Only parseXml announces what it
     // read: a bag that comes out of a stream belongs to nobody yet.
     void writeXml(std::wostream& stream) const override;
     void appendXml(std::wstring& text) const override;
@@ -58,6 +60,8 @@ public:
     virtual std::uint64_t getSize(std::wstring_view key, std::uint64_t defaultValue,
                                   bool acceptLong) const;
     virtual void setSize(std::wstring_view key, std::uint64_t value);
+    // What could be written but not read back, an array too deep or with an
+    // object in it, fails as SerializableUnion::requireReadable says.
     virtual void setArray(std::wstring_view key, const std::vector<SerializableUnion>& value);
     virtual std::vector<SerializableUnion> getArray(std::wstring_view key) const;
 
@@ -69,19 +73,20 @@ public:
     // The number of entries, null ones included.
     virtual std::size_t size() const;
 
-    // Called after every real change; does nothing here. The key is the
-    // bag's own, which is gone when the bag is read anew.
+    // Called after every real change; does nothing here. It may do anything,
+    // also destroy the bag. The key may be the bag's own, which is gone when the
+    // bag is, or is read anew.
     virtual void onChanged(std::wstring_view key);
 
     virtual SerializableUnion getUnion(std::wstring_view key) const;
     // A null value clears the key. An object is refused without a word: a bag
-    // holds only values that have a text form.
+    // holds only values that have a text form. Arrays as in setArray.
     virtual void setUnion(std::wstring_view key, const SerializableUnion& value);
 
     // Replaces out by the keys in the bag's order.
     virtual void keys(std::vector<std::wstring>& out) const;
-    // Runs the change hook for every key. A hook that makes the bag be read
-    // anew ends the round.
+    // Runs the change hook for every key that there is now. A hook that makes
+    // the bag be read anew, or destroys it, ends the round.
     virtual void announceAll();
 
 private:
@@ -99,9 +104,9 @@ private:
     void change(std::wstring_view key, IsSame&& isSame, Store&& store);
 
     Table table_;
-    // How often the table was emptied; tells announceAll that its place in the
-    // table is gone.
-    std::uint32_t emptied_ = 0;
+    // Held by nobody else: gone when the bag is destroyed or read anew, which
+    // ends an announceAll() under way.
+    std::shared_ptr<char> round_;
 };
 
 }  // namespace zustd

@@ -72,7 +72,7 @@ void readEntry(XmlRange& in, StringTable& table) {
     xml::readTag(in, L"s", true, true);
 }
 
-// table = "<stringtable>" , { "<s>" , entry } , "</stringtable>"
+// table = prolog , "<stringtable>" , { "<s>" , entry } , "</stringtable>"
 void readStringTable(const FileResource& file, StringTable& table) {
     std::wstring text;
     Encoder::decodeFrom(
@@ -80,6 +80,7 @@ void readStringTable(const FileResource& file, StringTable& table) {
         {reinterpret_cast<const char*>(file.bytes), static_cast<std::size_t>(file.size)}, text);
     const wchar_t* begin = text.data();
     XmlRange in(begin, begin + text.size());
+    xml::skipProlog(in);
     xml::readTag(in, L"stringtable", false, true);
     while (xml::readTag(in, L"s", false, false)) {
         readEntry(in, table);

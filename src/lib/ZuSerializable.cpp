@@ -1,6 +1,9 @@
 #include "ZuSerializable.h"
 
+#include <algorithm>
 #include <array>
+#include <limits>
+#include <locale>
 #include <sstream>
 
 namespace zustd {
@@ -29,7 +32,7 @@ constexpr std::wstring_view nameIn(std::wstring_view kindElement) noexcept {
 // One number of a scanned date: blanks, then a sign and digits, width
 // characters at the most. False when there is no digit; text moves past it.
 bool scanField(std::wstring_view& text, std::size_t width, std::int32_t& field) {
-    while (!text.empty() && xml::isSpace(text.front())) {
+    while (!text.empty() && xml::isBlank(text.front())) {
         text.remove_prefix(1);
     }
     std::size_t size = !text.empty() && (text[0] == L'-' || text[0] == L'+') ? 1 : 0;
@@ -53,11 +56,13 @@ void ISerializable::writeXml(std::wostream& stream) const {
     std::wstring text;
     text.reserve(kWriteReserve);
     appendXml(text);
-    stream << text;
+    // Unformatted: the stream's width and fill are not the document's.
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 void ISerializable::appendXml(std::wstring& text) const {
     std::wostringstream stream;
+    stream.imbue(std::locale::classic());
     writeXml(stream);
     text += stream.str();
 }
@@ -177,11 +182,14 @@ void SerializableUnion::appendXml(std::wstring& text) const {
 
 void SerializableUnion::readXml(std::wistream& stream) {
     XmlStream in(stream);
+    xml::skipProlog(in);
     readFrom(in);
+    in.putBack();
 }
 
 void SerializableUnion::parseXml(const wchar_t*& begin, const wchar_t* end) {
     XmlRange in(begin, end);
+    xml::skipProlog(in);
     readFrom(in);
 }
 
@@ -198,24 +206,14 @@ void SerializableUnion::setObject(std::shared_ptr<SharedObject> value) {
 }
 
 void SerializableUnion::setArraySize(std::int64_t count) {
-    if (!isArray()) {
-        held_.reset();
-        kind_ = ValueKind::kNull;
-        held_ = std::make_unique<SerializableArray>();
-        kind_ = ValueKind::kArray;
-    }
-    std::vector<SerializableUnion>& elements = arrayRef();
-    elements.clear();
-    if (count >= 1) {
-        elements.resize(static_cast<std::size_t>(count));
-    }
+    constexpr std::int64_t kMost = std::numeric_limits<std::ptrdiff_t>::max();
+    store(ValueKind::kArray,
+          Elements(static_cast<std::size_t>(std::clamp(count, std::int64_t{0}, kMost))));
 }
 
-void SerializableUnion::setArray(const std::vector<SerializableUnion>& elements) {
+void SerializableUnion::setArray(const Elements& elements) {
     // The copy is made first: elements may be part of what is replaced.
-    std::vector<SerializableUnion> copy = elements;
-    setArraySize(0);
-    arrayRef() = std::move(copy);
+    store(ValueKind::kArray, Elements(elements));
 }
 
 std::wstring SerializableUnion::getString() const {
@@ -252,15 +250,14 @@ std::shared_ptr<SharedObject> SerializableUnion::getObject() const {
 }
 
 std::vector<SerializableUnion> SerializableUnion::getArray() const {
-    return isArray() ? static_cast<const SerializableArray&>(*held_).elements
-                     : std::vector<SerializableUnion>();
+    return heldOr(ValueKind::kArray, Elements());
 }
 
 std::vector<SerializableUnion>& SerializableUnion::arrayRef() {
     if (!isArray()) {
         throwText(L"cannot get reference of null array", ZU_LINE(405));
     }
-    return static_cast<SerializableArray&>(*held_).elements;
+    return held<Elements>();
 }
 
 bool SerializableUnion::isString() const noexcept { return holds(ValueKind::kString); }
@@ -302,8 +299,7 @@ bool SerializableUnion::equals(const SerializableUnion& other) const {
             return held<std::shared_ptr<SharedObject>>() ==
                    other.held<std::shared_ptr<SharedObject>>();
         case ValueKind::kArray:
-            return static_cast<const SerializableArray&>(*held_).elements ==
-                   static_cast<const SerializableArray&>(*other.held_).elements;
+            return held<Elements>() == other.held<Elements>();
     }
     return false;
 }
@@ -328,31 +324,38 @@ void SerializableUnion::assign(const SerializableUnion& other) {
         case ValueKind::kObject:
             return setObject(other.held<std::shared_ptr<SharedObject>>());
         case ValueKind::kArray:
-            return setArray(static_cast<const SerializableArray&>(*other.held_).elements);
+            return setArray(other.held<Elements>());
         case ValueKind::kNull:
-            held_.reset();
-            kind_ = ValueKind::kNull;
+            takeHeld();
             return;
     }
 }
 
 SerializableUnion& SerializableUnion::elementAt(std::size_t index) { return arrayRef()[index]; }
 
+void SerializableUnion::requireReadable() const {
+    if (isArray()) {
+        const xml::DepthGuard guard;
+        for (const SerializableUnion& element : held<Elements>()) {
+            ZU_ASSERT_AS(!element.isObject(), L"!isObject()", ZU_HERE);
+            element.requireReadable();
+        }
+    }
+}
+
 // --- SerializableArray -------------------------------------------------------------------
 
 void SerializableArray::appendXml(std::wstring& text) const {
+    const xml::DepthGuard guard;
     text.append(L"<c>");
-    Xml::appendSize(text, elements.size());
+    Xml::appendSize(text, value.size());
     text.append(L"</c>");
-    for (const SerializableUnion& element : elements) {
+    for (const SerializableUnion& element : value) {
         element.appendXml(text);
     }
 }
 
-void SerializableArray::readXml(std::wistream& stream) {
-    XmlStream in(stream);
-    readFrom(in);
-}
+void SerializableArray::readXml(std::wistream& stream) { xml::readStream(*this, stream); }
 
 void SerializableArray::parseXml(const wchar_t*& begin, const wchar_t* end) {
     XmlRange in(begin, end);

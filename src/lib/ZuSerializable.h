@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -69,10 +70,7 @@ public:
         SerializableText<T>::append(text, value);
         text.append(kValueEnd);
     }
-    void readXml(std::wistream& stream) override {
-        XmlStream in(stream);
-        readFrom(in);
-    }
+    void readXml(std::wistream& stream) override { xml::readStream(*this, stream); }
     void parseXml(const wchar_t*& begin, const wchar_t* end) override {
         XmlRange in(begin, end);
         readFrom(in);
@@ -166,6 +164,8 @@ enum class ValueKind : std::uint32_t {
 std::wstring_view kindName(ValueKind kind) noexcept;
 ValueKind kindFromName(std::wstring_view name) noexcept;
 
+class SerializableArray;
+
 class SerializableUnion : public ISerializable {
 public:
     SerializableUnion() noexcept = default;
@@ -179,9 +179,9 @@ public:
     void readXml(std::wistream& stream) override;
     void parseXml(const wchar_t*& begin, const wchar_t* end) override;
 
-    // A setter overwrites a value of its own kind in place; a value of another
-    // kind is destroyed first, and the union is null when there is no memory
-    // for the new one.
+    // A setter overwrites a value of its own kind in place; otherwise the union
+    // is null when there is no memory for the new value. What was there is
+    // destroyed last: its destructor may do anything to the union.
     virtual void setString(std::wstring value);
     virtual void setLong(std::int32_t value);
     virtual void setDouble(double value);
@@ -236,6 +236,11 @@ public:
     // check the index.
     virtual SerializableUnion& elementAt(std::size_t index);
 
+    // Fails the assertion of the readers when arrays nest too deep for them, and
+    // "!isObject()" when there is an object in an array: what cannot be read
+    // back must not be kept for a file.
+    void requireReadable() const;
+
     // Reads the XML form from either character source.
     template <class Source>
     void readFrom(Source& in);
@@ -247,18 +252,26 @@ public:
 private:
     bool holds(ValueKind kind) const noexcept { return kind_ == kind && held_ != nullptr; }
 
+    using Elements = std::vector<SerializableUnion>;
     template <class T>
-    T& held() const noexcept {
-        return static_cast<SerializableT<T>&>(*held_).value;
-    }
+    using Holder =
+        std::conditional_t<std::is_same_v<T, Elements>, SerializableArray, SerializableT<T>>;
+
+    template <class T>
+    T& held() const noexcept;
     template <class T>
     T heldOr(ValueKind kind, T empty) const {
         return holds(kind) ? held<T>() : std::move(empty);
     }
+    // What was held; the union is null.
+    std::unique_ptr<ISerializable> takeHeld() noexcept {
+        kind_ = ValueKind::kNull;
+        return std::move(held_);
+    }
     template <class T>
     void store(ValueKind kind, T value);
-    template <class Source>
-    void readHeld(Source& in);
+    template <class T, class Source>
+    void readAs(ValueKind kind, Source& in);
 
     std::unique_ptr<ISerializable> held_;
     ValueKind kind_ = ValueKind::kNull;
@@ -273,7 +286,7 @@ public:
 
     SerializableArray() = default;
     explicit SerializableArray(std::vector<SerializableUnion> initial)
-        : elements(std::move(initial)) {}
+        : value(std::move(initial)) {}
 
     void appendXml(std::wstring& text) const override;
     void readXml(std::wistream& stream) override;
@@ -282,7 +295,7 @@ public:
     template <class Source>
     void readFrom(Source& in);
 
-    std::vector<SerializableUnion> elements;
+    std::vector<SerializableUnion> value;
 };
 
 // --- Templates ------------------------------------------------------------------
@@ -293,93 +306,77 @@ void SerializableArray::readFrom(Source& in) {
     std::uint64_t count = 0;
     xml::readElement(in, kCountTag,
                      [&count](std::wstring_view text) { count = Xml::toSize(text); });
-    elements.clear();
+    value.clear();
     // The count is only a claim: memory is taken for elements that are there.
     // Once one is not, neither are those behind it.
     for (std::uint64_t i = 0; i < count; ++i) {
         const auto start = in.mark();
-        elements.emplace_back().readFrom(in);
+        value.emplace_back().readFrom(in);
         if (in.mark() == start) {
             const std::uint64_t implied = count - i;
             ZU_ASSERT_AS(implied <= kMaxImpliedElements, L"implied <= kMaxImpliedElements",
                          ZU_HERE);
-            elements.resize(count);
+            value.resize(count);
             return;
         }
     }
+}
+
+template <class T>
+T& SerializableUnion::held() const noexcept {
+    return static_cast<Holder<T>&>(*held_).value;
 }
 
 template <class Source>
 void SerializableUnion::readFrom(Source& in) {
     ValueKind kind = ValueKind::kNull;
     xml::readElement(in, kKindTag, [&kind](std::wstring_view text) { kind = kindFromName(text); });
+    // Lives until all is read.
+    const std::unique_ptr<ISerializable> old = takeHeld();
     switch (kind) {
         case ValueKind::kString:
-            store(kind, std::wstring());
-            break;
+            return readAs<std::wstring>(kind, in);
         case ValueKind::kLong:
-            store(kind, std::int32_t{0});
-            break;
+            return readAs<std::int32_t>(kind, in);
         case ValueKind::kDouble:
-            store(kind, 0.0);
-            break;
+            return readAs<double>(kind, in);
         case ValueKind::kBool:
-            store(kind, false);
-            break;
+            return readAs<bool>(kind, in);
         case ValueKind::kDateTime:
-            store(kind, DateTime());
-            break;
+            return readAs<DateTime>(kind, in);
         case ValueKind::kSizet:
-            store(kind, std::uint64_t{0});
-            break;
+            return readAs<std::uint64_t>(kind, in);
         case ValueKind::kObject:
-            store(kind, std::shared_ptr<SharedObject>());
-            break;
+            // Empty, and so without elements.
+            return setObject(nullptr);
         case ValueKind::kArray:
-            setArraySize(0);
-            break;
+            // Null, and can be written, when it is too deep to be read.
+            xml::DepthGuard::check();
+            return readAs<Elements>(kind, in);
         case ValueKind::kNull:
-            held_.reset();
-            kind_ = ValueKind::kNull;
             return;
     }
-    readHeld(in);
 }
 
 // The class of the held object is known, so nothing here is a virtual call.
-// An object's pointer is empty after reading its kind: it has no elements.
-template <class Source>
-void SerializableUnion::readHeld(Source& in) {
-    switch (kind_) {
-        case ValueKind::kString:
-            return static_cast<SerializableT<std::wstring>&>(*held_).readFrom(in);
-        case ValueKind::kLong:
-            return static_cast<SerializableT<std::int32_t>&>(*held_).readFrom(in);
-        case ValueKind::kDouble:
-            return static_cast<SerializableT<double>&>(*held_).readFrom(in);
-        case ValueKind::kBool:
-            return static_cast<SerializableT<bool>&>(*held_).readFrom(in);
-        case ValueKind::kDateTime:
-            return static_cast<SerializableT<DateTime>&>(*held_).readFrom(in);
-        case ValueKind::kSizet:
-            return static_cast<SerializableT<std::uint64_t>&>(*held_).readFrom(in);
-        case ValueKind::kArray:
-            return static_cast<SerializableArray&>(*held_).readFrom(in);
-        case ValueKind::kObject:
-        case ValueKind::kNull:
-            return;
-    }
+template <class T, class Source>
+void SerializableUnion::readAs(ValueKind kind, Source& in) {
+    auto holder = std::make_unique<Holder<T>>();
+    Holder<T>& reader = *holder;
+    held_ = std::move(holder);
+    kind_ = kind;
+    reader.readFrom(in);
 }
 
 template <class T>
 void SerializableUnion::store(ValueKind kind, T value) {
     if (holds(kind)) {
-        held<T>() = std::move(value);
+        // The old value goes with the parameter.
+        std::swap(held<T>(), value);
         return;
     }
-    held_.reset();
-    kind_ = ValueKind::kNull;
-    held_ = std::make_unique<SerializableT<T>>(std::move(value));
+    const std::unique_ptr<ISerializable> old = takeHeld();
+    held_ = std::make_unique<Holder<T>>(std::move(value));
     kind_ = kind;
 }
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <iterator>
 #include <limits>
 #include <system_error>
 #include <utility>
@@ -15,6 +16,7 @@ namespace zustd {
 namespace {
 
 constexpr std::size_t kNumberBuffer = 128;
+constexpr int kWidest = 127;
 constexpr std::size_t kDoubleBuffer = 512;
 constexpr wchar_t kHexDigits[] = L"0123456789ABCDEF";
 
@@ -72,8 +74,7 @@ template <unsigned base>
 class Digits {
 public:
     Digits(std::uint64_t value, int width) noexcept {
-        const auto padded =
-            static_cast<std::size_t>(std::clamp(width, 1, static_cast<int>(kNumberBuffer) - 1));
+        const auto padded = static_cast<std::size_t>(std::clamp(width, 1, kWidest));
         do {
             buffer_[--first_] = kHexDigits[value % base];
             value /= base;
@@ -93,7 +94,7 @@ private:
 
 std::wstring_view skipSpace(std::wstring_view text) noexcept {
     std::size_t at = 0;
-    while (at < text.size() && (xml::isSpace(text[at]) || text[at] == L'\v' || text[at] == L'\f')) {
+    while (at < text.size() && xml::isBlank(text[at])) {
         ++at;
     }
     return text.substr(at);
@@ -103,6 +104,7 @@ std::wstring_view skipSpace(std::wstring_view text) noexcept {
 // once it has overflowed.
 struct ScannedInteger {
     bool negative = false;
+    bool isTooLarge = false;
     std::uint64_t magnitude = 0;
 };
 
@@ -121,11 +123,31 @@ ScannedInteger scanInteger(std::wstring_view text) noexcept {
         const auto digit = static_cast<std::uint64_t>(c - L'0');
         if (result.magnitude > (kLargest - digit) / 10) {
             result.magnitude = kLargest;
+            result.isTooLarge = true;
             break;
         }
         result.magnitude = result.magnitude * 10 + digit;
     }
     return result;
+}
+
+// Of a decimal number that no double holds: whether it is too large for one,
+// not too small.
+bool isBeyondOne(std::string_view number) noexcept {
+    const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
+    const std::size_t point = std::min(number.find('.'), mark);
+    std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
+    if (exponent.starts_with('+')) {
+        exponent.remove_prefix(1);
+    }
+    std::int64_t power = 0;
+    const auto [end, failure] =
+        std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
+    if (failure == std::errc::result_out_of_range) {
+        return !exponent.starts_with('-');
+    }
+    return static_cast<std::int64_t>(point) + power >
+           static_cast<std::int64_t>(number.find_first_of("123456789"));
 }
 
 std::size_t findSpace(std::wstring_view text, std::size_t from) noexcept {
@@ -150,7 +172,9 @@ bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring& v
     return true;
 }
 
-constinit thread_local int readDepth = 0;
+using Traits = std::wstreambuf::traits_type;
+
+constinit thread_local int depth = 0;
 
 }  // namespace
 
@@ -208,12 +232,13 @@ void Xml::appendEscaped(std::wstring& out, std::wstring_view text) {
 void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
     const bool negative = value < 0;
     const auto wide = static_cast<std::int64_t>(value);
+    width = std::clamp(width, 1, kWidest);
     if (negative) {
         out.push_back(L'-');
+        // The sign counts towards a width.
+        --width;
     }
-    // The sign counts towards a width.
-    const auto magnitude = static_cast<std::uint64_t>(negative ? -wide : wide);
-    out.append(Digits<10>(magnitude, negative && width > 0 ? width - 1 : width).view());
+    out.append(Digits<10>(static_cast<std::uint64_t>(negative ? -wide : wide), width).view());
 }
 
 void Xml::appendLongHex(std::wstring& out, std::uint32_t value, int width) {
@@ -252,23 +277,29 @@ std::int32_t Xml::toLong(std::wstring_view text) noexcept {
 
 std::uint64_t Xml::toSize(std::wstring_view text) noexcept {
     const ScannedInteger scanned = scanInteger(text);
-    // A negative number wraps around, as it always has in this format.
-    return scanned.negative ? 0 - scanned.magnitude : scanned.magnitude;
+    // A negative number wraps around, as it always has in this format; one that
+    // is too large is the largest, whatever its sign.
+    return scanned.negative && !scanned.isTooLarge ? 0 - scanned.magnitude : scanned.magnitude;
 }
 
-double Xml::toDouble(std::wstring_view text) noexcept {
+double Xml::toDouble(std::wstring_view text) {
     text = skipSpace(text);
     if (text.starts_with(L'+') && !text.starts_with(L"+-")) {
         text.remove_prefix(1);
     }
-    std::array<char, kDoubleBuffer> digits;
-    std::size_t size = 0;
-    while (size < text.size() && size < digits.size() && text[size] > 32 && text[size] < 127) {
-        digits[size] = static_cast<char>(text[size]);
-        ++size;
-    }
+    const auto isPlain = [](wchar_t c) { return c > 32 && c < 127; };
+    const auto plainEnd = std::find_if_not(text.begin(), text.end(), isPlain);
+    std::string digits;
+    std::transform(text.begin(), plainEnd, std::back_inserter(digits),
+                   [](wchar_t c) { return static_cast<char>(c); });
+    const char* const begin = digits.data();
     double value = 0.0;
-    std::from_chars(digits.data(), digits.data() + size, value);
+    const auto [end, failure] = std::from_chars(begin, begin + digits.size(), value);
+    if (failure == std::errc::result_out_of_range) {
+        const std::string_view number(begin, static_cast<std::size_t>(end - begin));
+        value = isBeyondOne(number) ? std::numeric_limits<double>::infinity() : 0.0;
+        return number.starts_with('-') ? -value : value;
+    }
     return value;
 }
 
@@ -286,7 +317,9 @@ bool Xml::readTag(const wchar_t*& begin, const wchar_t* end, std::wstring_view n
 
 bool Xml::readTag(std::wistream& stream, std::wstring_view name, bool closing, bool mustMatch) {
     XmlStream in(stream);
-    return xml::readTag(in, name, closing, mustMatch);
+    const bool taken = xml::readTag(in, name, closing, mustMatch);
+    in.putBack();
+    return taken;
 }
 
 void Xml::readText(const wchar_t*& begin, const wchar_t* end, std::wstring& out) {
@@ -299,32 +332,17 @@ void Xml::readText(std::wistream& stream, std::wstring& out) {
     XmlStream in(stream);
     std::wstring scratch;
     out = xml::readText(in, scratch);
+    in.putBack();
 }
 
 bool Xml::peekTag(std::wistream& stream, std::wstring& name) {
-    constexpr std::wstring_view kStops = L"<> \n\r\t";
-    name.clear();
     XmlStream in(stream);
-    bool inName = false;
-    for (int c = in.peek(); c != XmlStream::kEnd; c = in.peek()) {
-        in.skip();
-        if (!inName) {
-            inName = c == L'<';
-        } else if (kStops.find(static_cast<wchar_t>(c)) != std::wstring_view::npos) {
-            break;
-        } else {
-            name.push_back(static_cast<wchar_t>(c));
-        }
+    std::wstring_view found;
+    name.clear();
+    if (xml::peekName(in, found)) {
+        name = found;
     }
-    const std::size_t count = in.mark();
-    if (!in.tryRewind(0)) {
-        ZU_TRACE(
-            L"Xml::peekTag: insufficient putback space in streambuf; need at least %lld "
-            L"putbackchars",
-            static_cast<long long>(count));
-        return false;
-    }
-    return !name.empty();
+    return in.tryPutBack() && !name.empty();
 }
 
 bool Xml::parseAttributes(std::wstring_view text, std::vector<XmlAttribute>& out) {
@@ -336,8 +354,8 @@ bool Xml::parseAttributes(std::wstring_view text, std::vector<XmlAttribute>& out
         if (at == text.size()) {
             return true;
         }
-        const std::size_t equals = text.find(L'=', at);
-        if (equals == std::wstring_view::npos || equals == at || findSpace(text, at) < equals) {
+        const std::size_t equals = std::min(text.find_first_of(L"= \n\r\t", at), text.size());
+        if (equals == text.size() || equals == at || text[equals] != L'=') {
             return false;
         }
         XmlAttribute attribute{std::wstring(text.substr(at, equals - at)), {}};
@@ -363,11 +381,21 @@ const wchar_t* XmlRange::findMarkup(const wchar_t* at, const wchar_t* end) noexc
     return std::find_if(at, end, [](wchar_t c) { return c == L'<' || c == L'>' || c == L'&'; });
 }
 
+bool XmlStream::see() {
+    const auto c = ended_ ? Traits::eof() : buffer_.sgetc();
+    ended_ = Traits::eq_int_type(c, Traits::eof());
+    if (!ended_) {
+        seen_.push_back(Traits::to_char_type(c));
+        buffer_.sbumpc();
+    }
+    return !ended_;
+}
+
 bool XmlStream::takeLiteral(std::wstring_view literal) {
-    const Mark start = mark();
+    const std::size_t start = at_;
     for (const wchar_t c : literal) {
         if (peek() != static_cast<int>(c)) {
-            rewind(start);
+            at_ = start;
             return false;
         }
         skip();
@@ -383,19 +411,29 @@ void XmlStream::skipPlain() {
     }
 }
 
-bool XmlStream::tryRewind(Mark mark) {
-    using Traits = std::wstreambuf::traits_type;
-    for (; taken_ > mark; --taken_) {
+XmlStream::Mark XmlStream::mark() {
+    seen_.erase(0, at_);
+    forgotten_ += std::exchange(at_, 0);
+    return forgotten_;
+}
+
+bool XmlStream::tryPutBack() {
+    const std::size_t count = seen_.size() - at_;
+    for (; seen_.size() > at_; seen_.pop_back()) {
         if (Traits::eq_int_type(buffer_.sungetc(), Traits::eof())) {
+            ZU_TRACE(
+                L"Xml::peekTag: insufficient putback space in streambuf; need at least %lld "
+                L"putbackchars",
+                static_cast<long long>(count));
             return false;
         }
     }
     return true;
 }
 
-void XmlStream::rewind(Mark mark) {
-    if (!tryRewind(mark)) {
-        throwText(L"XmlStream::rewind: insufficient putback space in streambuf", ZU_HERE);
+void XmlStream::putBack() {
+    if (!tryPutBack()) {
+        throwText(L"Xml: insufficient putback space in streambuf", ZU_HERE);
     }
 }
 
@@ -425,11 +463,13 @@ void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view fo
 }
 
 DepthGuard::DepthGuard() {
-    ZU_ASSERT_AS(readDepth < kMaxDepth, L"depth <= kMaxDepth", ZU_HERE);
-    ++readDepth;
+    check();
+    ++depth;
 }
 
-DepthGuard::~DepthGuard() { --readDepth; }
+DepthGuard::~DepthGuard() { --depth; }
+
+void DepthGuard::check() { ZU_ASSERT_AS(depth < kMaxDepth, L"depth <= kMaxDepth", ZU_HERE); }
 
 }  // namespace xml
 

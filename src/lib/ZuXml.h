@@ -7,11 +7,13 @@
 // itself with the same few of them.
 //
 // Lenient on purpose: text between elements is passed over, an open tag may be
-// missing (the value then keeps what it had), tags that begin with "?" (the
-// header line) are stepped over. Strict on purpose: a closing tag must be
+// missing (the value then keeps what it had), the header line and comments
+// before a document are stepped over. Strict on purpose: a closing tag must be
 // there, attributes must parse, a tag must end. Strictness comes out as
 // std::invalid_argument ("</v> expected, but found <p>") or as a failed
 // assertion; the Loader turns both into false.
+//
+// Every reader looks at each character a bounded number of times.
 //
 // Escaping is not symmetric: control characters are written as a backslash
 // and their code, and are read back as just these characters. Files written
@@ -63,7 +65,8 @@ public:
 
     static std::int32_t toLong(std::wstring_view text) noexcept;
     static std::uint64_t toSize(std::wstring_view text) noexcept;
-    static double toDouble(std::wstring_view text) noexcept;
+    // An infinity beyond the range of the type.
+    static double toDouble(std::wstring_view text);
     // True when the text begins with "y" or "Y".
     static bool toBool(std::wstring_view text) noexcept;
 
@@ -72,7 +75,12 @@ public:
     // Takes the next tag when it is <name> (closing: </name>) and returns
     // whether it was. On another tag or at the end of the input: with
     // mustMatch throws std::invalid_argument, without it the position stays
-    // where it was. begin moves past what was taken.
+    // where it was. begin moves past what was taken; one that is past the end
+    // fails an assertion.
+    //
+    // A stream must be able to put back the tag and the text before it when it
+    // is another one; when it cannot, the text "Xml: insufficient putback
+    // space in streambuf" is thrown, and what was looked at is lost.
     static bool readTag(const wchar_t*& begin, const wchar_t* end, std::wstring_view name,
                         bool closing, bool mustMatch);
     static bool readTag(std::wistream& stream, std::wstring_view name, bool closing,
@@ -80,7 +88,8 @@ public:
 
     // Replaces out by the element text up to the next "<" or ">", entities
     // decoded. An "&" that starts none of the five entities is dropped in a
-    // range; in a stream it ends the text.
+    // range; in a stream it ends the text. A stream must be able to put back one
+    // character.
     static void readText(const wchar_t*& begin, const wchar_t* end, std::wstring& out);
     static void readText(std::wistream& stream, std::wstring& out);
 
@@ -97,10 +106,11 @@ public:
 
 // --- Character sources --------------------------------------------------------
 //
-// A source knows where it is (mark), can go back there (rewind), and collects
-// the characters that it steps over into a token. peek() is kEnd at the end.
-// takeLiteral() steps over the text given if it comes next, skipPlain() over
-// everything up to the next "<", ">" or "&"; a range does both by the block.
+// A source knows where it is (mark), can go back to the place marked last
+// (rewind), and collects the characters that it steps over into a token.
+// peek() is kEnd at the end; skip() steps over what it gave. takeLiteral()
+// steps over the text given if it comes next, skipPlain() over everything up
+// to the next "<", ">" or "&"; a range does both by the block.
 
 class XmlRange {
 public:
@@ -109,8 +119,9 @@ public:
     static constexpr bool kUnknownEntityEndsText = false;
 
     // Moves begin past what was read when the source goes out of scope.
-    XmlRange(const wchar_t*& begin, const wchar_t* end) noexcept
-        : begin_(begin), at_(begin), end_(end) {}
+    XmlRange(const wchar_t*& begin, const wchar_t* end) : begin_(begin), at_(begin), end_(end) {
+        ZU_ASSERT_AS(at_ <= end_, L"sourcePos <= sourceEnd", ZU_LINE(1227));
+    }
     XmlRange(const XmlRange&) = delete;
     XmlRange& operator=(const XmlRange&) = delete;
     ~XmlRange() { begin_ = at_; }
@@ -144,6 +155,9 @@ private:
     const wchar_t* token_ = nullptr;
 };
 
+// Keeps what it has looked at and not taken, and puts it back when it is done:
+// the stream is asked for no more than one tag and the text before it, and for
+// one character behind a text.
 class XmlStream {
 public:
     using Mark = std::size_t;
@@ -157,32 +171,36 @@ public:
     XmlStream(const XmlStream&) = delete;
     XmlStream& operator=(const XmlStream&) = delete;
 
-    int peek() {
-        const auto c = buffer_.sgetc();
-        return std::wstreambuf::traits_type::eq_int_type(c, std::wstreambuf::traits_type::eof())
-                   ? kEnd
-                   : static_cast<int>(c);
-    }
-    void skip() {
-        token_.push_back(static_cast<wchar_t>(buffer_.sbumpc()));
-        ++taken_;
-    }
+    int peek() { return at_ != seen_.size() || see() ? static_cast<int>(seen_[at_]) : kEnd; }
+    void skip() noexcept { ++at_; }
     bool takeLiteral(std::wstring_view literal);
     void skipPlain();
-    Mark mark() const noexcept { return taken_; }
-    // Throws std::wstring when the stream refuses to go back so far.
-    void rewind(Mark mark);
-    void startToken() noexcept { token_.clear(); }
-    // Valid until the next startToken().
-    std::wstring_view token() const noexcept { return token_; }
+    // Forgets what lies before.
+    Mark mark();
+    void rewind(Mark mark) noexcept { at_ = mark - forgotten_; }
+    void startToken() noexcept { token_ = at_; }
+    // Valid until more is looked at.
+    std::wstring_view token() const noexcept {
+        return std::wstring_view(seen_).substr(token_, at_ - token_);
+    }
 
-    // Puts back all characters since mark; false when the stream refuses.
-    bool tryRewind(Mark mark);
+    // Gives the stream back what was not taken. Where it refuses, a trace line
+    // says how much it would have needed, and the result is false.
+    bool tryPutBack();
+    // The same, but throws a std::wstring. To be called when all is read; after
+    // a failure the stream stands behind what was looked at.
+    void putBack();
 
 private:
+    // Takes one more character from the stream; false at its end, for good.
+    bool see();
+
     std::wstreambuf& buffer_;
-    std::wstring token_;
-    std::size_t taken_ = 0;
+    bool ended_ = false;
+    std::wstring seen_;
+    std::size_t at_ = 0;
+    std::size_t token_ = 0;
+    std::size_t forgotten_ = 0;
 };
 
 // --- The grammar -----------------------------------------------------------------
@@ -201,6 +219,9 @@ inline constexpr std::wstring_view kTagClose = L">";
 inline constexpr bool isSpace(int c) noexcept {
     return c <= L' ' && (c == L' ' || c == L'\n' || c == L'\r' || c == L'\t');
 }
+
+// What may stand before a number.
+inline constexpr bool isBlank(int c) noexcept { return isSpace(c) || c == L'\v' || c == L'\f'; }
 
 // exactTag = { space } , "<" , [ "/" ] , name , ">"
 template <class Source>
@@ -250,16 +271,12 @@ bool matchesTag(std::wstring_view text, std::wstring_view name, bool closing);
 
 [[noreturn]] void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view found);
 
-// otherTag = { header } , anyTag ; header = anyTag beginning with "?"
+// otherTag = anyTag
 template <class Source>
 bool readOtherTag(Source& in, std::wstring_view name, bool closing, bool mustMatch) {
     const auto start = in.mark();
     std::wstring_view text;
-    bool found = takeAnyTag(in, text);
-    while (found && text.starts_with(L'?')) {
-        in.skip();
-        found = takeAnyTag(in, text);
-    }
+    const bool found = takeAnyTag(in, text);
     if (found && matchesTag(text, name, closing)) {
         in.skip();
         return true;
@@ -340,18 +357,19 @@ std::wstring_view readText(Source& in, std::wstring& scratch) {
     return scratch;
 }
 
-// Whether the next tag's name is the one given; nothing is taken.
+// The name of the next tag, valid as a token is; nothing is taken. False, and
+// an empty name, when there is no tag any more.
 template <class Source>
-bool isNextTag(Source& in, std::wstring_view name) {
+bool peekName(Source& in, std::wstring_view& name) {
     const auto start = in.mark();
-    in.startToken();
     int c = in.peek();
     while (c != Source::kEnd && c != L'<') {
         in.skip();
         c = in.peek();
     }
-    bool same = false;
-    if (c == L'<') {
+    const bool found = c == L'<';
+    name = {};
+    if (found) {
         in.skip();
         in.startToken();
         c = in.peek();
@@ -359,10 +377,36 @@ bool isNextTag(Source& in, std::wstring_view name) {
             in.skip();
             c = in.peek();
         }
-        same = in.token() == name;
+        name = in.token();
     }
     in.rewind(start);
-    return same;
+    return found;
+}
+
+// declaration = anyTag beginning with "?" or "!"
+inline bool isDeclaration(std::wstring_view tag) noexcept {
+    return tag.starts_with(L'?') || tag.starts_with(L'!');
+}
+
+// Steps over the next tag, whatever its name. Nobody looks at what stands in a
+// declaration; the attributes of any other tag must parse.
+template <class Source>
+void skipTag(Source& in) {
+    std::wstring_view text;
+    if (takeAnyTag(in, text)) {
+        isDeclaration(text) || matchesTag(text, {}, false);
+        in.skip();
+    }
+}
+
+// prolog = { declaration }
+// The header line, and comments.
+template <class Source>
+void skipProlog(Source& in) {
+    std::wstring_view name;
+    while (peekName(in, name) && isDeclaration(name)) {
+        skipTag(in);
+    }
 }
 
 // value = [ "<" name ">" , text , "</" name ">" ]
@@ -378,7 +422,15 @@ bool readElement(Source& in, std::wstring_view name, Convert&& convert) {
     return true;
 }
 
-// Counts how deep values nest while they are read; fails an assertion beyond
+// Has a value read itself from a stream.
+template <class Value>
+void readStream(Value& value, std::wistream& stream) {
+    XmlStream in(stream);
+    value.readFrom(in);
+    in.putBack();
+}
+
+// Counts how deep values nest while they are read or written; fails an assertion beyond
 // kMaxDepth.
 class DepthGuard {
 public:
@@ -386,6 +438,8 @@ public:
     DepthGuard(const DepthGuard&) = delete;
     DepthGuard& operator=(const DepthGuard&) = delete;
     ~DepthGuard();
+    // Fails as one more guard would.
+    static void check();
 };
 
 }  // namespace xml
