@@ -89,17 +89,17 @@ struct Extent {
 };
 
 // The extent that an end record names, whose numbers have these places and
-// sizes; the directory ends where the record begins.
+// sizes; the directory lies before the record.
 std::optional<Extent> extentFrom(std::string_view record, std::uint64_t at, std::size_t counts,
                                  std::size_t countSize, std::size_t numberSize) {
     const std::uint64_t countHere = number(record, counts, countSize);
     const std::uint64_t count = number(record, counts + countSize, countSize);
     const std::uint64_t size = number(record, counts + 2 * countSize, numberSize);
     const std::uint64_t begin = number(record, counts + 2 * countSize + numberSize, numberSize);
-    if (countHere != count || begin > at || size != at - begin) {
+    if (countHere != count || begin > at || size > at - begin) {
         return std::nullopt;
     }
-    return Extent{begin, at, count};
+    return Extent{begin, begin + size, count};
 }
 
 std::optional<Extent> findDirectory64(const ArchiveFile& file, std::uint64_t endAt) {

@@ -311,6 +311,16 @@ TEST_F(CollectionCommandsTest, TheArchitectureIsComparedWithCase) {
     EXPECT_EQ(joined(commands()), joined(expected(given)));
 }
 
+TEST_F(CollectionCommandsTest, AUsersNameWithSignsOfTheInterpretersOwnIsNotLeftToIt) {
+    start({L"light", L"USERNAME=Tom & 100%TEMP%"}, builtProgram("tests/support/collect_driver.exe"))
+        .exitCode();
+    EXPECT_NE(
+        joined(commands())
+            .find(R"(dir "C:\users\Tom ^& 100%"T"EMP%\appdata\roaming\Microsoft\Outlook" /S >)"),
+        std::string::npos)
+        << joined(commands());
+}
+
 TEST_F(CollectionCommandsTest, OfTheShippedProgramAreThoseOfTheNativeView) {
     const std::pair<std::vector<std::wstring>, Case> runs[] = {
         {{L"-logdiagnostics"}, {true, false, true, Place::Nowhere, true, Place::Nowhere}},
