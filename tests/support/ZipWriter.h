@@ -10,7 +10,7 @@ namespace standin {
 inline std::string number(std::uint64_t value, int size) {
     std::string bytes;
     for (int i = 0; i < size; ++i) {
-        bytes += static_cast<char>(value >> (8 * i));
+        bytes += static_cast<char>(i < 8 ? value >> (8 * i) : 0);
     }
     return bytes;
 }
@@ -35,19 +35,20 @@ public:
     explicit ZipWriter(bool is64 = false) : is64_(is64) {}
 
     void add(const std::string& name, const std::string& content, unsigned flags = kUtf8) {
-        const std::string sizes =
-            number(crc32(content), 4) + number(content.size(), 4) + number(content.size(), 4);
+        const std::string sum = number(crc32(content), 4);
+        const std::string size = number(content.size(), 8);
+        const std::string sizes = sum + size.substr(0, 4) + size.substr(0, 4);
         const bool behind = (flags & kSizesBehindData) != 0;
         // On the first of January 2020.
-        const std::string start = number(20, 2) + number(flags, 2) + number(0, 2) +
-                                  number((40u << 9 | 1u << 5 | 1u) << 16, 4);
-        const std::string inDirectory = is64_ ? sizes.substr(0, 4) + std::string(8, '\xFF') : sizes;
-        const std::string extra = is64_ ? number(1, 2) + number(24, 2) + number(content.size(), 8) +
-                                              number(content.size(), 8) + number(entries_.size(), 8)
-                                        : std::string();
-        directory_ += number(0x02014B50, 4) + number(20, 2) + start + inDirectory +
-                      number(name.size(), 2) + number(extra.size(), 2) + number(0, 10) +
-                      number(is64_ ? 0xFFFFFFFF : entries_.size(), 4) + name + extra;
+        const std::string start =
+            number(20, 2) + number(flags, 2) + number(0, 4) + number(40u << 9 | 1u << 5 | 1u, 2);
+        const std::string begin = number(entries_.size(), 8);
+        const std::string extra =
+            is64_ ? number(1, 2) + number(24, 2) + size + size + begin : std::string();
+        directory_ += number(0x02014B50, 4) + number(20, 2) + start +
+                      (is64_ ? sum + std::string(8, '\xFF') : sizes) + number(name.size(), 2) +
+                      number(extra.size(), 2) + number(0, 10) +
+                      (is64_ ? std::string(4, '\xFF') : begin.substr(0, 4)) + name + extra;
         entries_ += number(0x04034B50, 4) + start + (behind ? number(0, 12) : sizes) +
                     number(name.size(), 2) + number(0, 2) + name + content +
                     (behind ? sizes : std::string());
@@ -55,20 +56,18 @@ public:
     }
 
     std::string bytes(const std::string& comment = {}) const {
+        const std::string count = number(count_, 8);
         const std::string size = number(directory_.size(), 8);
         const std::string begin = number(entries_.size(), 8);
-        std::string end;
-        if (is64_) {
-            end = number(0x06064B50, 4) + number(44, 8) + number(45, 2) + number(45, 2) +
-                  number(0, 8) + number(count_, 8) + number(count_, 8) + size + begin +
-                  number(0x07064B50, 4) + number(0, 4) +
-                  number(entries_.size() + directory_.size(), 8) + number(1, 4) +
-                  number(0x06054B50, 4) + number(0, 4) + std::string(12, '\xFF');
-        } else {
-            end = number(0x06054B50, 4) + number(0, 4) + number(count_, 2) + number(count_, 2) +
-                  size.substr(0, 4) + begin.substr(0, 4);
-        }
-        return entries_ + directory_ + end + number(comment.size(), 2) + comment;
+        const std::string end = number(0x06054B50, 4) + number(0, 4);
+        return entries_ + directory_ +
+               (is64_ ? number(0x06064B50, 4) + number(44, 8) + number(45, 12) + count + count +
+                            size + begin + number(0x07064B50, 4) + number(0, 4) +
+                            number(entries_.size() + directory_.size(), 8) + number(1, 4) + end +
+                            std::string(12, '\xFF')
+                      : end + count.substr(0, 2) + count.substr(0, 2) + size.substr(0, 4) +
+                            begin.substr(0, 4)) +
+               number(comment.size(), 2) + comment;
     }
 
 private:
