@@ -7,12 +7,15 @@ namespace zuplutil {
 bool hasSettingsFiles();
 
 // Deletes the settings files. Not interactive: asks in a message box first,
-// and any answer but yes removes nothing. The first file that cannot be
+// whose default is no; any answer but yes removes nothing, and a line says so
+// when the box could not be shown. The first file that cannot be
 // deleted throws ActionFailure and ends the removal.
 void removeSettings(bool interactive);
 
 // Removes the diagnostics folder, the debug settings, the logs and their
-// backups. The first file that cannot be deleted throws ActionFailure.
+// backups, and says "Completed" only when the disk shows that all of it has
+// gone; a folder that is still there is named. The first file that cannot be
+// deleted throws ActionFailure.
 void removeDiagnosticsLogs();
 
 }  // namespace zuplutil

@@ -41,6 +41,8 @@ struct Collection {
     std::string programFiles64;
     std::wstring startDirectory;
     std::wstring diagnosticsDirectory;
+    // The diagnostics folder too, unless commands cannot run there.
+    std::wstring workDirectory;
     std::wstring logsDirectory;
     std::wstring addinDataDirectory;
 
@@ -107,16 +109,31 @@ void inspectMachine(Collection& collection) {
     printAndRecord("Current working dir is %s\n", zustd::narrow(collection.startDirectory).c_str());
 }
 
+// Makes the folders that archive and logs go to; all is gathered where the work
+// folder is when a share refuses the other one.
+void makeDirectories(Collection& collection) {
+    std::wstring& diagnostics = collection.diagnosticsDirectory = getDiagnosticsDirectory();
+    const std::wstring& work = collection.workDirectory = getWorkDirectory();
+    collection.logsDirectory = work + L"\\PelloryLogs";
+    if (!zustd::isDirectory(work)) {
+        makeDirectory(work);
+    }
+    if (work == diagnostics) {
+        return;
+    }
+    printAndRecord("The desktop is on a network share; collecting in %s\n",
+                   zustd::narrow(work).c_str());
+    if (!zustd::isDirectory(diagnostics) && !runAction([&] { makeDirectory(diagnostics); })) {
+        diagnostics = work;
+    }
+}
+
 // Makes the folders, or empties the log folder of a former run, and enters it;
 // false when it cannot be entered.
 bool enterLogsDirectory(Collection& collection) {
-    collection.diagnosticsDirectory = getDiagnosticsDirectory();
-    collection.logsDirectory = collection.diagnosticsDirectory + L"\\PelloryLogs";
+    makeDirectories(collection);
     const std::wstring& logs = collection.logsDirectory;
     const std::string logsText = zustd::narrow(logs);
-    if (!zustd::isDirectory(collection.diagnosticsDirectory)) {
-        makeDirectory(collection.diagnosticsDirectory);
-    }
     if (zustd::isDirectory(logs)) {
         printAndRecord("Deleting old log files in %s\n", logsText.c_str());
         for (const std::wstring& name : listFiles(logs, L"*.*")) {
@@ -151,11 +168,11 @@ void copyAddinLogs(Collection& collection) {
     const std::wstring& data = collection.addinDataDirectory;
     for (const wchar_t* name : {L"\\debug.config", L"\\debug.log", L"\\dump.log"}) {
         if (zustd::isFile(data + name)) {
-            zustd::runCommand("copy \"" + toNarrowPath(data + name) + "\" .");
+            zustd::runCommand("copy \"" + toCommandText(data + name) + "\" .");
         }
     }
     for (const char* name : {"\\debug.log", "\\dump.log"}) {
-        zustd::runCommand("copy \"" + toNarrowPath(data) + name + "-*.bak\" .");
+        zustd::runCommand("copy \"" + toCommandText(data) + name + "-*.bak\" .");
     }
 }
 
@@ -181,9 +198,14 @@ void collectProducts() {
 
 void collectDirectories(const Collection& collection) {
     printOnly("Logging directories...\n");
+    // The interpreter knows the user's name, but takes one with signs of its own
+    // for more than a name.
+    const std::string userName = zustd::getEnvironmentVariable("USERNAME");
     run(kDirectoryCommands, collection,
-        {{"systemDrive", collection.systemDrive},
-         {"addinDataDir", toNarrowPath(collection.addinDataDirectory)}});
+        {{"systemDrive", keepPerCents(collection.systemDrive)},
+         {"userName",
+          userName.find_first_of("&^%") == userName.npos ? "%username%" : keepPerCents(userName)},
+         {"addinDataDir", toCommandText(collection.addinDataDirectory)}});
 }
 
 void collectSystem(const Collection& collection) {
@@ -211,7 +233,7 @@ std::optional<std::string> findPermissionTool(const Collection& collection) {
     }
     for (const std::wstring& place : places) {
         if (zustd::isFile(place)) {
-            return toNarrowPath(place);
+            return toCommandText(place);
         }
     }
     return std::nullopt;
@@ -231,7 +253,8 @@ void collectPermissions(const Collection& collection) {
     run(kRegistryPermissionArguments, collection, {{"root", "HKEY_CURRENT_USER"}, {"hive", "cu"}},
         prefix);
     run(kDirectoryPermissionArguments, collection,
-        {{"programFiles", collection.programFiles}, {"programFiles64", collection.programFiles64}},
+        {{"programFiles", keepPerCents(collection.programFiles)},
+         {"programFiles64", keepPerCents(collection.programFiles64)}},
         prefix);
 }
 
@@ -244,33 +267,30 @@ void runOcat(const Collection& collection) {
           zustd::widen(collection.programFiles) + L"\\Microsoft OCAT"}) {
         if (zustd::isDirectory(directory)) {
             run(kOcatArguments, collection, {},
-                "\"" + toNarrowPath(directory) + "\\ocatcmd.exe\" ");
+                "\"" + toCommandText(directory) + "\\ocatcmd.exe\" ");
             return;
         }
     }
     printAndRecord("OCAT not found\n");
 }
 
-// Whether something was packed: a machine may have its script host locked, or
-// no zip folder in its shell, and the empty archive is all that there is then.
-bool isPacked(const std::wstring& zipPath) {
-    constexpr ULONGLONG kEmptyArchive = 22;
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    return GetFileAttributesExW(zipPath.c_str(), GetFileExInfoStandard, &data) &&
-           ((ULONGLONG{data.nFileSizeHigh} << 32) | data.nFileSizeLow) > kEmptyArchive;
-}
-
+// Nothing that fails here ends the collection: what was gathered is kept and
+// named. A former archive that cannot be deleted must not pass for the new one.
 void packLogs(Collection& collection) {
     printAndRecord("Zipping log files...\n");
     const std::wstring zipPath = collection.zipPath();
-    if (zustd::isFile(zipPath)) {
-        removeFile(zipPath);
+    if (zustd::isFile(zipPath) && !runAction([&] { removeFile(zipPath); })) {
+        return;
     }
-    zipFolder(toNarrowPath(collection.logsDirectory),
-              toNarrowPath(collection.diagnosticsDirectory) + "\\PelloryDiagnosticsLogs.zip",
-              toNarrowPath(collection.diagnosticsDirectory));
-    printAndRecord("Log files zipped.\n");
-    collection.packed = isPacked(zipPath);
+    runAction([&] {
+        zipFolder(toNarrowPath(collection.logsDirectory),
+                  toNarrowPath(collection.diagnosticsDirectory) + "\\PelloryDiagnosticsLogs.zip",
+                  toNarrowPath(collection.workDirectory));
+    });
+    collection.packed = waitUntilPacked(zipPath, collection.logsDirectory);
+    if (collection.packed) {
+        printAndRecord("Log files zipped.\n");
+    }
 }
 
 void removeLogs(const Collection& collection) {
@@ -282,7 +302,33 @@ void removeLogs(const Collection& collection) {
     }
     if (zustd::isDirectory(collection.logsDirectory)) {
         printAndRecord("Removing temp log directory %s...\n", logsText.c_str());
-        zustd::runCommand("rmdir /s /q \"" + toNarrowPath(collection.logsDirectory) + "\"");
+        zustd::runCommand("rmdir /s /q \"" + toCommandText(collection.logsDirectory) + "\"");
+    }
+    if (collection.workDirectory != collection.diagnosticsDirectory) {
+        RemoveDirectoryW(collection.workDirectory.c_str());
+    }
+}
+
+void tellWhatToSend(const Collection& collection) {
+    const std::string zipText = zustd::narrow(collection.zipPath());
+    if (collection.packed) {
+        printAndRecord("Please locate the file %s\n", zipText.c_str());
+    } else {
+        printAndRecord("The log files could not be packed. Please locate those in %s\n",
+                       zustd::narrow(collection.logsDirectory).c_str());
+    }
+    printAndRecord(
+        "and send %s to %s along with any support ticket number that you may have received "
+        "before.\n\n",
+        collection.packed ? "it" : "them", kSupportAddress);
+    if (collection.packed) {
+        printAndRecord(
+            "(You can find this file in a folder named '%s' that has been created on your "
+            "PC.)\n\n",
+            zustd::narrow(collection.diagnosticsDirectory).c_str());
+    } else if (zustd::isFile(collection.zipPath())) {
+        printAndRecord("(Please do not send %s: these log files are not in it.)\n\n",
+                       zipText.c_str());
     }
 }
 
@@ -291,23 +337,11 @@ void tellWhatToDo(const Collection& collection) {
     printAndRecord("Completed collection of diagnostics for Pellory support.\n\n");
     printAndRecord("What to do next?\n");
     printAndRecord("----------------\n");
-    printAndRecord("Please locate the file %s\n", zustd::narrow(collection.zipPath()).c_str());
-    printAndRecord(
-        "and send it to %s along with any support ticket number that you may have received "
-        "before.\n\n",
-        kSupportAddress);
-    printAndRecord(
-        "(You can find this file in a folder named '%s' that has been created on your PC.)\n\n",
-        zustd::narrow(collection.diagnosticsDirectory).c_str());
-    if (!collection.packed) {
-        printAndRecord("The log files could not be packed: please send those in %s instead.\n\n",
-                       zustd::narrow(collection.logsDirectory).c_str());
-    }
+    tellWhatToSend(collection);
     printAndRecord("Please note:\n");
     printAndRecord("------------\n");
-    printAndRecord(
-        "The log files contained within the zip file could contain potentially sensitive "
-        "information,\n");
+    printAndRecord("The log files %scould contain potentially sensitive information,\n",
+                   collection.packed ? "contained within the zip file " : "");
     printAndRecord(
         "including, but not limited to your user name, your email addresses, your Outlook folder "
         "names,\n");
@@ -329,7 +363,7 @@ void finish(const Collection& collection) {
     const std::string directory = toNarrowPath(collection.diagnosticsDirectory);
     writeTextFile(directory + "\\README.txt", getTranscript());
     printAndRecord("%s\n", kRule106.c_str());
-    zustd::runCommand("explorer \"" + directory + "\"");
+    zustd::runCommand("explorer \"" + keepPerCents(directory) + "\"");
 }
 
 }  // namespace

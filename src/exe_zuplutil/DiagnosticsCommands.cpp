@@ -37,10 +37,10 @@ const CommandTable kDirectoryCommands = {
     {k64Bit, R"(dir "{systemDrive}\program files (x86)\Pellory For Outlook" /S >dir-programfiles86.log)"},
     {kAlways, R"(echo Pellory data dir = "{addinDataDir}" >dir-plappdata.log)"},
     {kAlways, R"(dir "{addinDataDir}" /S >>dir-plappdata.log)"},
-    {kVista, R"(dir "{systemDrive}\users\%username%\appdata\local\Microsoft\Outlook" /S >dir-ollappdatalocal.log)"},
-    {kVista, R"(dir "{systemDrive}\users\%username%\appdata\roaming\Microsoft\Outlook" /S >dir-olappdataroaming.log)"},
-    {kBeforeVista, R"(dir "{systemDrive}\Documents and Settings\%username%\Local Settings\Application Data\Microsoft\Outlook" /S >dir-ollappdatalocal.log)"},
-    {kBeforeVista, R"(dir "{systemDrive}\Documents and Settings\%username%\Application Data\Microsoft\Outlook" /S >dir-olappdataroaming.log)"},
+    {kVista, R"(dir "{systemDrive}\users\{userName}\appdata\local\Microsoft\Outlook" /S >dir-ollappdatalocal.log)"},
+    {kVista, R"(dir "{systemDrive}\users\{userName}\appdata\roaming\Microsoft\Outlook" /S >dir-olappdataroaming.log)"},
+    {kBeforeVista, R"(dir "{systemDrive}\Documents and Settings\{userName}\Local Settings\Application Data\Microsoft\Outlook" /S >dir-ollappdatalocal.log)"},
+    {kBeforeVista, R"(dir "{systemDrive}\Documents and Settings\{userName}\Application Data\Microsoft\Outlook" /S >dir-olappdataroaming.log)"},
 };
 
 const CommandTable kEventCommands = {

@@ -37,7 +37,7 @@ using CommandTable = std::vector<CommandRow>;
 
 // Exports and queries of the registry.
 extern const CommandTable kRegistryCommands;
-// Listings of directories: {systemDrive}, {addinDataDir}.
+// Listings of directories: {systemDrive}, {userName}, {addinDataDir}.
 extern const CommandTable kDirectoryCommands;
 // The system's event logs, since Vista.
 extern const CommandTable kEventCommands;

@@ -1,6 +1,8 @@
 #include "Menus.h"
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "Actions.h"
 #include "CleanUp.h"
@@ -15,10 +17,6 @@ namespace {
 
 constexpr const char* kMenuRule = "----------------------------------------------";
 const std::string kRule128(128, '-');
-
-void sayNotAvailable() { printAndRecord("\n\nSorry, this menu option is not available.\n\n"); }
-
-const char* availability(bool available) { return available ? "" : "(not available)"; }
 
 void warnWhileOutlookRuns() {
     if (isOutlookRunning()) {
@@ -42,31 +40,44 @@ void waitUntilOutlookRuns() {
     }
 }
 
-// What the entries of the main menu depend on.
-struct MainMenuState {
-    bool settingsPresent = false;
-    bool loggingEnabled = false;
+// One row of a menu. A mark behind the text shows one that is not available;
+// one without an action leaves the menu.
+struct MenuEntry {
+    int digit;
+    const char* text;
+    bool available;
+    void (*action)();
 };
+using Menu = std::vector<MenuEntry>;
 
-MainMenuState inspect() {
-    MainMenuState state;
-    runAction([&state] { state.settingsPresent = hasSettingsFiles(); });
-    runAction([&state] { state.loggingEnabled = isDebugLoggingEnabled(); });
-    return state;
+void show(const char* title, const Menu& menu) {
+    printAndRecord("%s\n%s\n%s\n", kMenuRule, title, kMenuRule);
+    for (const MenuEntry& entry : menu) {
+        printAndRecord("%d. %s%s\n", entry.digit, entry.text,
+                       entry.available ? "" : "(not available)");
+    }
+    printAndRecord("%s\n", kMenuRule);
 }
 
-void showMainMenu(const MainMenuState& state) {
-    printAndRecord("%s\n", kMenuRule);
-    printAndRecord("Pellory Maintenance Utility - Main Menu\n");
-    printAndRecord("%s\n", kMenuRule);
-    printAndRecord("0. Exit Pellory Utility\n");
-    printAndRecord("1. Collect diagnostics for support\n");
-    printAndRecord("2. Enable Pellory debug logging %s\n", availability(!state.loggingEnabled));
-    printAndRecord("3. Disable Pellory debug logging %s\n", availability(state.loggingEnabled));
-    printAndRecord("4. Show current Pellory debug logging settings\n");
-    printAndRecord("5. Remove Pellory settings %s\n", availability(state.settingsPresent));
-    printAndRecord("7. Remove Pellory diagnostics logs\n");
-    printAndRecord("%s\n", kMenuRule);
+// Shows a menu and does what is chosen until that is to leave. The entries are
+// made anew each time.
+void runMenu(const char* title, Menu (*makeEntries)()) {
+    for (;;) {
+        const Menu menu = makeEntries();
+        warnWhileOutlookRuns();
+        show(title, menu);
+        const int choice = readMenuChoice();
+        const auto entry = std::find_if(menu.begin(), menu.end(), [choice](const MenuEntry& each) {
+            return each.digit == choice && each.available;
+        });
+        if (entry == menu.end()) {
+            printAndRecord("\n\nSorry, this menu option is not available.\n\n");
+        } else if (entry->action == nullptr) {
+            return;
+        } else {
+            runAction(entry->action);
+        }
+    }
 }
 
 void removeSettingsIfSure() {
@@ -82,51 +93,34 @@ void removeDiagnosticsLogsIfSure() {
     }
 }
 
-void actOnMainMenu(int choice, const MainMenuState& state) {
-    if (choice == 1) {
-        diagnosticsMenu();
-    } else if (choice == 2 && !state.loggingEnabled) {
-        enableDebugLogging();
-        showDebugLoggingSettings(false);
-    } else if (choice == 3 && state.loggingEnabled) {
-        disableDebugLogging();
-        showDebugLoggingSettings(false);
-    } else if (choice == 4) {
-        showDebugLoggingSettings(true);
-    } else if (choice == 5 && state.settingsPresent) {
-        removeSettingsIfSure();
-    } else if (choice == 7) {
-        removeDiagnosticsLogsIfSure();
-    } else {
-        sayNotAvailable();
-    }
+// The texts that can get a mark end in a blank, mark or not.
+Menu mainMenuEntries() {
+    bool settingsPresent = false;
+    bool logging = false;
+    runAction([&] { settingsPresent = hasSettingsFiles(); });
+    runAction([&] { logging = isDebugLoggingEnabled(); });
+    // clang-format off
+    return {
+        {0, "Exit Pellory Utility", true, nullptr},
+        {1, "Collect diagnostics for support", true, diagnosticsMenu},
+        {2, "Enable Pellory debug logging ", !logging, [] { enableDebugLogging(); showDebugLoggingSettings(false); }},
+        {3, "Disable Pellory debug logging ", logging, [] { disableDebugLogging(); showDebugLoggingSettings(false); }},
+        {4, "Show current Pellory debug logging settings", true, [] { showDebugLoggingSettings(true); }},
+        {5, "Remove Pellory settings ", settingsPresent, removeSettingsIfSure},
+        {7, "Remove Pellory diagnostics logs", true, removeDiagnosticsLogsIfSure},
+    };
+    // clang-format on
 }
 
-void showDiagnosticsMenu() {
-    printAndRecord("%s\n", kMenuRule);
-    printAndRecord("Pellory Maintenance Utility - Diagnostics Menu\n");
-    printAndRecord("%s\n", kMenuRule);
-    printAndRecord("0. Go back to main menu\n");
-    printAndRecord("1. Collect diagnostics (guided)\n");
-    printAndRecord("2. Collect diagnostics (manual standard)\n");
-    printAndRecord("3. Collect diagnostics (manual extended)\n");
-    printAndRecord("4. Collect diagnostics (manual ocat)\n");
-    printAndRecord("%s\n", kMenuRule);
-}
-
-void actOnDiagnosticsMenu(int choice) {
-    switch (choice) {
-        case 1:
-            return guidedCollection();
-        case 2:
-            return collectDiagnostics(true, false);
-        case 3:
-            return collectDiagnostics(false, false);
-        case 4:
-            return collectDiagnostics(false, true);
-        default:
-            return sayNotAvailable();
-    }
+Menu diagnosticsMenuEntries() {
+    return {
+        {0, "Go back to main menu", true, nullptr},
+        {1, "Collect diagnostics (guided)", true, guidedCollection},
+        {2, "Collect diagnostics (manual standard)", true, [] { collectDiagnostics(true, false); }},
+        {3, "Collect diagnostics (manual extended)", true,
+         [] { collectDiagnostics(false, false); }},
+        {4, "Collect diagnostics (manual ocat)", true, [] { collectDiagnostics(false, true); }},
+    };
 }
 
 void tellWhatToTry() {
@@ -152,29 +146,10 @@ void tellWhatToTry() {
 
 }  // namespace
 
-void mainMenu() {
-    for (;;) {
-        const MainMenuState state = inspect();
-        warnWhileOutlookRuns();
-        showMainMenu(state);
-        const int choice = readMenuChoice();
-        if (choice == 0) {
-            return;
-        }
-        runAction([&] { actOnMainMenu(choice, state); });
-    }
-}
+void mainMenu() { runMenu("Pellory Maintenance Utility - Main Menu", mainMenuEntries); }
 
 void diagnosticsMenu() {
-    for (;;) {
-        warnWhileOutlookRuns();
-        showDiagnosticsMenu();
-        const int choice = readMenuChoice();
-        if (choice == 0) {
-            return;
-        }
-        runAction([choice] { actOnDiagnosticsMenu(choice); });
-    }
+    runMenu("Pellory Maintenance Utility - Diagnostics Menu", diagnosticsMenuEntries);
 }
 
 void guidedCollection() {

@@ -4,6 +4,7 @@
 #include <shlobj.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -16,18 +17,37 @@ namespace zuplutil {
 
 namespace {
 
+constexpr wchar_t kDiagnosticsFolder[] = L"\\PelloryDiagnostics";
+
 struct MemoryFreer {
     void operator()(wchar_t* memory) const noexcept { free(memory); }
 };
 
 // The wide form of the call: the narrow one fails for a desktop whose path
 // takes more than 260 bytes.
-std::wstring getDesktopDirectory() {
+std::wstring getUserFolder(int csidl) {
     std::array<wchar_t, MAX_PATH + 1> path{};
-    if (SHGetSpecialFolderPathW(nullptr, path.data(), CSIDL_DESKTOPDIRECTORY, FALSE)) {
+    if (SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE)) {
         return path.data();
     }
     return {};
+}
+
+std::wstring getTemporaryFolder() {
+    std::array<wchar_t, MAX_PATH + 2> path{};
+    std::wstring folder(path.data(), GetTempPathW(MAX_PATH + 1, path.data()));
+    return folder.substr(0, folder.find_last_not_of(L'\\') + 1);
+}
+
+bool isOnNetworkShare(const std::wstring& path) {
+    const auto isSeparator = [](wchar_t sign) { return sign == L'\\' || sign == L'/'; };
+    return path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1]);
+}
+
+// A sign that has no meaning to the interpreter, inside of quotes or outside.
+bool isPlain(wchar_t sign) {
+    return (sign >= L'0' && sign <= L'9') || (sign >= L'A' && sign <= L'Z') ||
+           (sign >= L'a' && sign <= L'z') || (sign > 0xA0 && (sign < 0xD800 || sign > 0xDFFF));
 }
 
 std::wstring getShortPath(const std::wstring& path) {
@@ -43,12 +63,25 @@ std::wstring getShortPath(const std::wstring& path) {
 }  // namespace
 
 std::wstring getDiagnosticsDirectory() {
-    std::wstring base = getDesktopDirectory();
+    std::wstring base = getUserFolder(CSIDL_DESKTOPDIRECTORY);
     if (base.empty()) {
         const auto as = zustd::ServiceLocator::instance()->getService<zustd::ApplicationService>();
         base = as ? as->getUserDocumentsDirectory() : std::wstring();
     }
-    return base + L"\\PelloryDiagnostics";
+    return base + kDiagnosticsFolder;
+}
+
+std::wstring getWorkDirectory() {
+    const std::wstring diagnostics = getDiagnosticsDirectory();
+    if (isOnNetworkShare(diagnostics)) {
+        for (const std::wstring& base :
+             {getUserFolder(CSIDL_LOCAL_APPDATA), getTemporaryFolder()}) {
+            if (!base.empty() && !isOnNetworkShare(base)) {
+                return base + kDiagnosticsFolder;
+            }
+        }
+    }
+    return diagnostics;
 }
 
 std::wstring getCurrentDirectory() {
@@ -70,6 +103,30 @@ std::string toNarrowPath(const std::wstring& path) {
         }
     }
     return result;
+}
+
+// A quote on each side of one of the signs between two per cents makes the name
+// one that no variable has; whoever reads the argument drops them, as in
+// C:\"Program Files"\x. There is no other way that holds inside of quotes.
+std::string keepPerCents(const std::string& path) {
+    std::wstring text = zustd::widen(path);
+    std::size_t end = text.rfind(L'%');
+    bool changed = false;
+    while (end != text.npos && end != 0) {
+        const std::size_t begin = text.rfind(L'%', end - 1);
+        if (begin == text.npos) {
+            break;
+        }
+        const auto last = text.begin() + static_cast<std::ptrdiff_t>(end);
+        const auto sign =
+            std::find_if(text.begin() + static_cast<std::ptrdiff_t>(begin) + 1, last, isPlain);
+        if (sign != last) {
+            text.replace(sign, sign + 1, {L'"', *sign, L'"'});
+            changed = true;
+        }
+        end = begin;
+    }
+    return changed ? zustd::narrow(text) : path;
 }
 
 }  // namespace zuplutil

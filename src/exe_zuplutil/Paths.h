@@ -9,6 +9,12 @@ namespace zuplutil {
 // it lies in the user's documents when there is no desktop. Not created.
 std::wstring getDiagnosticsDirectory();
 
+// The folder in which a collection gathers: the diagnostics folder, unless that
+// lies on a network share, where the command interpreter has no current
+// directory; then one of the same name in the user's local application data or,
+// where that too is on a share, in the temporary folder. Not created.
+std::wstring getWorkDirectory();
+
 // The process's current directory; empty when the system cannot tell it.
 std::wstring getCurrentDirectory();
 bool setCurrentDirectory(const std::wstring& directory);
@@ -17,5 +23,13 @@ bool setCurrentDirectory(const std::wstring& directory);
 // the code page lacks a character of it, the system's short form of the path
 // is used, so that the file is still found.
 std::string toNarrowPath(const std::wstring& path);
+
+// Such a path as the text of a command line, in quotes or without, that keeps
+// its per cents: the interpreter replaces a variable's name between two of them
+// even in quotes. Any other path is returned as it is.
+std::string keepPerCents(const std::string& path);
+inline std::string toCommandText(const std::wstring& path) {
+    return keepPerCents(toNarrowPath(path));
+}
 
 }  // namespace zuplutil

@@ -20,8 +20,8 @@ bool write(const std::string& name, const char* mode, const std::string& text) {
     if (!file) {
         return false;
     }
-    const bool written = std::fprintf(file.get(), "%s\n", text.c_str()) >= 0;
-    if (std::fclose(file.release()) != 0 || !written) {
+    // Flushing tells of a full disk; closing does not, on this C runtime.
+    if (std::fprintf(file.get(), "%s\n", text.c_str()) < 0 || std::fflush(file.get()) != 0) {
         printAndRecord("Could not write file %s\n", name.c_str());
     }
     return true;

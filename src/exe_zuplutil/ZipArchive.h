@@ -6,10 +6,16 @@
 namespace zuplutil {
 
 // Writes a small script into workDir and lets the system's script host run it:
-// the shell copies the folder's items into a new archive. Waits for the script
-// but cannot tell whether the copy was complete. Throws ActionFailure when the
-// script cannot be deleted afterwards. Paths are in the active code page.
+// the shell copies the folder's items into a new archive. Waits for the script,
+// not for the shell. Throws ActionFailure when the script cannot be deleted
+// afterwards. Paths are in the active code page.
 void zipFolder(const std::string& sourceFolder, const std::string& zipPath,
                const std::string& workDir);
+
+// Whether the archive holds the whole folder. The shell may need longer than the
+// script gave it: as long as it still writes it is waited for, five minutes at
+// most, and a line says so. Returns at once when the archive is complete or
+// missing, within a second when nobody works on it.
+bool waitUntilPacked(const std::wstring& zipPath, const std::wstring& folder);
 
 }  // namespace zuplutil

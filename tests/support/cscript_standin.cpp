@@ -1,8 +1,16 @@
 // A script host that zips: cscript <script> <folder> <archive>. It does what
 // the utility's script asks the shell for, with stored entries. A script that
 // does not exist is an error, as it is for the real one.
+//
+// PELLORY_ZIP_GATE  when set, half of the archive is written, and a copy of this
+//                   program that stays behind adds the rest once the file of
+//                   this name exists. "never" has no such copy.
 
-#include <cstdint>
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -10,59 +18,12 @@
 #include <stdexcept>
 #include <string>
 
+#include "StandIn.h"
+#include "ZipWriter.h"
+
 namespace {
 
 namespace fs = std::filesystem;
-
-std::uint32_t crc32(const std::string& bytes) {
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (const char byte : bytes) {
-        crc ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ ((crc & 1u) != 0 ? 0xEDB88320u : 0u);
-        }
-    }
-    return ~crc;
-}
-
-// A little-endian number of so many bytes.
-std::string number(std::size_t value, int size) {
-    std::string bytes;
-    for (int i = 0; i < size; ++i) {
-        bytes += static_cast<char>(value >> (8 * i));
-    }
-    return bytes;
-}
-
-class Archive {
-public:
-    void add(const std::string& name, const std::string& content) {
-        // Stored, with a UTF-8 name, on the first of January 2020.
-        const std::string common = number(20, 2) + number(0x0800, 2) + number(0, 4) +
-                                   number((40u << 9) | (1u << 5) | 1u, 2) +
-                                   number(crc32(content), 4) + number(content.size(), 4) +
-                                   number(content.size(), 4) + number(name.size(), 2);
-        directory_ += number(0x02014B50, 4) + number(20, 2) + common + number(0, 12) +
-                      number(entries_.size(), 4) + name;
-        entries_ += number(0x04034B50, 4) + common + number(0, 2) + name + content;
-        ++count_;
-    }
-    std::string bytes() const {
-        return entries_ + directory_ + number(0x06054B50, 4) + number(0, 4) + number(count_, 2) +
-               number(count_, 2) + number(directory_.size(), 4) + number(entries_.size(), 4) +
-               number(0, 2);
-    }
-
-private:
-    std::string entries_;
-    std::string directory_;
-    std::size_t count_ = 0;
-};
-
-std::string utf8(const fs::path& path) {
-    const std::u8string text = path.generic_u8string();
-    return std::string(text.begin(), text.end());
-}
 
 std::string contentOf(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
@@ -72,21 +33,48 @@ std::string contentOf(const fs::path& file) {
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
+std::string packed(const fs::path& folder) {
+    standin::ZipWriter archive;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) {
+            archive.add(standin::toUtf8(entry.path().lexically_relative(folder).generic_wstring()),
+                        contentOf(entry.path()));
+        }
+    }
+    return archive.bytes();
+}
+
+int write(int file, const std::string& bytes) {
+    const int count = _write(file, bytes.data(), static_cast<unsigned>(bytes.size()));
+    return count == static_cast<int>(bytes.size()) ? 0 : 1;
+}
+
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
-    if (argc != 4 || !fs::is_regular_file(argv[1]) || !fs::is_directory(argv[2])) {
+    if (argc < 4 || !fs::is_regular_file(argv[1]) || !fs::is_directory(argv[2])) {
         std::fputs("usage: cscript <script> <folder> <archive>\n", stderr);
         return 1;
     }
-    Archive archive;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(argv[2])) {
-        if (entry.is_regular_file()) {
-            archive.add(utf8(entry.path().lexically_relative(argv[2])), contentOf(entry.path()));
+    const std::string bytes = packed(argv[2]);
+    const std::wstring gate = standin::environmentVariable(L"PELLORY_ZIP_GATE");
+    const std::string half = bytes.substr(0, gate.empty() ? bytes.size() : bytes.size() / 2);
+    if (argc > 4) {
+        // The copy: the archive is open since before it was started.
+        while (!fs::exists(gate)) {
+            Sleep(5);
         }
+        return write(_wtoi(argv[4]), bytes.substr(half.size()));
     }
-    const std::string bytes = archive.bytes();
-    std::ofstream out(fs::path(argv[3]), std::ios::binary);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return out.flush() ? 0 : 1;
+    const int file = _wopen(argv[3], _O_CREAT | _O_TRUNC | _O_WRONLY | _O_BINARY, _S_IWRITE);
+    const int result = write(file, half);
+    if (!gate.empty() && gate != L"never") {
+        std::wstring own(MAX_PATH, L'\0');
+        own.resize(GetModuleFileNameW(nullptr, own.data(), MAX_PATH));
+        const std::wstring script = L'"' + std::wstring(argv[2]) + L"\\plutil.log\"";
+        _wspawnl(_P_NOWAIT, own.c_str(), L"cscript", script.c_str(),
+                 (L'"' + std::wstring(argv[2]) + L'"').c_str(), L"-", std::to_wstring(file).c_str(),
+                 nullptr);
+    }
+    return result;
 }

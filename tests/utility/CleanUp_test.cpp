@@ -95,34 +95,66 @@ TEST_F(CleanUpTest, RemovesSettingsAfterAYes) {
 
 class CleanUpWithBlanksTest : public CleanUpTest {
 protected:
-    CleanUpWithBlanksTest() : CleanUpTest(L"two words") {}
+    CleanUpWithBlanksTest() : CleanUpTest(L"two & words") {}
 };
 
 TEST_F(CleanUpWithBlanksTest, RunsTheLineUnlessItReachesAnotherFolder) {
     const std::string folder = backslashed(folders_.diagnostics());
+    const std::string stays = "Could not remove this directory; please delete it yourself.\n";
+    const std::string end =
+        "Not everything could be removed: " + folder + " is still there.\n\n" + kRule106 + "\n\n";
     const fs::path other = folders_.root().parent_path() / "two";
     write(other / "keep.txt", "text");
+    const std::string first = answerEntry("7", {"y"});
     EXPECT_TRUE(
-        answerEntry("7", {"y"})
-            .starts_with(kHeading + "Removing log directory " + folder +
-                         "\nCould not remove this directory; please delete it yourself.\n"));
+        first.starts_with(kHeading + "Removing log directory " + folder + "\n" + stays + "Rem"));
+    EXPECT_TRUE(first.ends_with("backups...\n" + end)) << first;
     EXPECT_EQ(commands(), Lines());
     EXPECT_TRUE(fs::exists(other / "keep.txt"));
     fs::remove_all(other);
-    answerEntry("7", {"y"});
-    EXPECT_EQ(commands(), Lines{"rmdir /s /q " + folder});
+    EXPECT_EQ(answerEntry("7", {"y"}),
+              kHeading + "Removing log directory " + folder + "\n" + stays + end);
+    std::string escaped = folder;
+    escaped.insert(escaped.find('&'), "^");
+    EXPECT_EQ(commands(), Lines{"rmdir /s /q " + escaped});
     EXPECT_TRUE(fs::exists(folders_.zip()));
     leave();
 }
 
-// Presses a button of the utility's message box and gives the box's text.
-std::string pressInMessageBox(UtilityProcess& utility, int button) {
+class CleanUpWithSignsTest : public CleanUpTest {
+protected:
+    CleanUpWithSignsTest() : CleanUpTest(L"R&D^2(%TEMP%)") {}
+};
+
+TEST_F(CleanUpWithSignsTest, RemovesTheFolderAndNoneThatIsNamedAsAPart) {
+    write(folders_.bench() / "R/Desktop/PelloryDiagnostics/keep.txt", "text");
+    write(folders_.bench() / "R&D2(%TEMP%)/Desktop/PelloryDiagnostics/keep.txt", "text");
+    EXPECT_TRUE(answerEntry("7", {"y"})
+                    .ends_with("Completed cleaning up diagnostics logs.\n\n" + kRule106 + "\n\n"));
+    EXPECT_FALSE(fs::exists(folders_.diagnostics()));
+    EXPECT_TRUE(fs::exists(folders_.bench() / "R/Desktop/PelloryDiagnostics/keep.txt"));
+    EXPECT_TRUE(fs::exists(folders_.bench() / "R&D2(%TEMP%)/Desktop/PelloryDiagnostics/keep.txt"));
+    EXPECT_EQ(commands(), Lines{"rmdir /s /q " + backslashed(folders_.bench()) +
+                                "\\R^&D^^2(%\"T\"EMP%)\\Desktop\\PelloryDiagnostics"});
+    leave();
+}
+
+// What a user does with the message box: press Enter, end the session, or press
+// the button Yes.
+enum class Deed { kEnter, kEnd, kYes };
+
+// Does it once the box is there to be used, and gives the box's text.
+std::string actInMessageBox(UtilityProcess& utility, Deed deed) {
     HWND box = nullptr;
-    for (int i = 0; i < 600 && box == nullptr && utility.isRunning(); ++i) {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof(thread);
+    for (int i = 0; i < 600 && thread.hwndFocus == nullptr && utility.isRunning(); ++i) {
         Sleep(50);
-        box = FindWindowW(L"#32770", L"Pellory For Outlook");
+        if ((box = FindWindowW(L"#32770", L"Pellory For Outlook")) != nullptr) {
+            GetGUIThreadInfo(GetWindowThreadProcessId(box, nullptr), &thread);
+        }
     }
-    if (box == nullptr) {
+    if (thread.hwndFocus == nullptr) {
         ADD_FAILURE() << "No message box came up: is there a display for windows? (run the "
                          "tests with ./dev test, or below xvfb-run)";
         return {};
@@ -131,24 +163,34 @@ std::string pressInMessageBox(UtilityProcess& utility, int button) {
     const HWND label = GetDlgItem(box, 0xFFFF);
     text.resize(static_cast<std::size_t>(
         SendMessageW(label, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
-    PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+    if (deed == Deed::kEnter) {
+        PostMessageW(thread.hwndFocus, WM_KEYDOWN, VK_RETURN, 0);
+    } else if (deed == Deed::kEnd) {
+        PostThreadMessageW(GetWindowThreadProcessId(box, nullptr), WM_QUIT, 0, 0);
+    } else {
+        PostMessageW(box, WM_COMMAND, IDYES, 0);
+    }
     return utf8(text);
 }
 
 using AskRemoveSettingsTest = UtilityTest;
 
-TEST_F(AskRemoveSettingsTest, RemovesThemAfterAYesAndKeepsThemAfterANo) {
-    for (const int button : {IDNO, IDYES}) {
+TEST_F(AskRemoveSettingsTest, RemovesThemAfterAYesAlone) {
+    for (const Deed deed : {Deed::kEnter, Deed::kEnd, Deed::kYes}) {
         write(folders_.addinData() / "settings_1.config", "settings");
         UtilityProcess& utility = start({L"-askremovesettings", L"-logdiagnostics"});
-        EXPECT_EQ(pressInMessageBox(utility, button),
+        EXPECT_EQ(actInMessageBox(utility, deed),
                   "Would you like to remove your Pellory settings as well?\n\n"
                   "(answer 'No' in case you are planning to upgrade to a newer version\n"
                   " and you would like to keep your existing settings)");
         EXPECT_EQ(utility.exitCode(), 0);
-        EXPECT_EQ(utility.output(), kBanner);
+        EXPECT_EQ(utility.output(),
+                  std::string(kBanner) +
+                      (deed == Deed::kEnd
+                           ? "Could not ask whether to remove the settings; none were removed.\n"
+                           : ""));
         EXPECT_EQ(joined(changes()),
-                  button == IDYES ? "gone " + kData + "settings_1.config\n" : "");
+                  deed == Deed::kYes ? "gone " + kData + "settings_1.config\n" : "");
     }
     EXPECT_EQ(commands(), Lines());
 }

@@ -71,7 +71,12 @@ std::string readmeOf(const TestFolders& folders) {
 
 class CollectionTest : public UtilityTest, public ::testing::WithParamInterface<const wchar_t*> {
 protected:
-    CollectionTest() : UtilityTest(GetParam()) {}
+    CollectionTest() : UtilityTest(GetParam()) {
+        // Whose name is what an interpreter may take for the user's.
+        const std::wstring name = GetParam();
+        write(folders_.bench() / name.substr(0, name.find_first_of(L" &^%;=,")) / "debug.log",
+              "the neighbour's");
+    }
 };
 
 TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
@@ -106,7 +111,10 @@ TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
         {"dir-plappdata.log", "Pellory data dir = "},
         {"dir-plappdata.log", "training.dat"}};
     for (const auto& [name, part] : parts) {
-        EXPECT_NE(zip[name].find(part), std::string::npos) << name;
+        // This Wine's dir takes a folder with a per cent in its name for a file.
+        EXPECT_TRUE(zip[name].find(part) != std::string::npos ||
+                    (part == "training.dat" && utf8(GetParam()).find('%') != std::string::npos))
+            << name;
     }
     EXPECT_EQ(zip.count("training.dat"), 0u);
 
@@ -129,28 +137,77 @@ TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, CollectionTest,
-                         ::testing::Values(L"it's (2) o'clock", L"B\u00fcro \u00c4\u00d6\u00df",
-                                           L"\u30c7\u30b9\u30af \u0420\u0430\u0431"));
+                         ::testing::Values(L"it's (2) o'clock", L"B\u00fcro=a;b,c! \u00c4\u00df",
+                                           L"\u30c7\u30b9\u30af \u0420\u0430 \U0001F600",
+                                           L"Tom & Ann^2", L"%TEMP%TMP% user",
+                                           L"100% R&D (%TEMP%)"));
 
 using CollectionTwiceTest = UtilityTest;
 
-TEST_F(CollectionTwiceTest, ReplacesTheLastLogsAndKeepsThemWhenThereIsNoArchive) {
+TEST_F(CollectionTwiceTest, KeepsTheLogsUnlessTheNewArchiveHasThemAll) {
     const std::string logs = backslashed(folders_.logs());
-    write(folders_.zip(), "the last archive, which would be taken for the new one");
-    write(folders_.logs() / "stale.log", "the last log");
-    recordOnly();
-    const std::string output = run(kStandard);
-    EXPECT_NE(output.find("Could not pack the log files; they are kept in " + logs + "\n"),
-              std::string::npos);
-    EXPECT_NE(output.find("The log files could not be packed: please send those in " + logs +
-                          " instead.\n\n"),
-              std::string::npos);
-    EXPECT_EQ(joined(commands()).find("rmdir"), std::string::npos);
-    EXPECT_FALSE(fs::exists(folders_.zip()));
-    EXPECT_FALSE(fs::exists(folders_.logs() / "stale.log"));
-    EXPECT_TRUE(read(folders_.logs() / "plutil.log")
-                    .starts_with(withCarriageReturns(
-                        transcriptOf(folders_, "Deleting old log files in " + logs + "\n"))));
+    const std::string zip = backslashed(folders_.zip());
+    const fs::path script = folders_.diagnostics() / "plutil_zip.vbs";
+    // What fails: the script cannot be written, run or finished, the last archive
+    // cannot be deleted. Whether there is an archive then, and what is said.
+    const std::tuple<const char*, bool, std::string> kFailures[] = {
+        {"write", false,
+         "Could not delete file " + backslashed(script) + " (Directory:deleteFile() failed)\n"},
+        {"run", false, ""},
+        {"finish", true, ""},
+        {"delete", true, "Could not delete file " + zip + " (Directory:deleteFile() failed)\n"}};
+    for (const auto& [failure, hasArchive, line] : kFailures) {
+        SCOPED_TRACE(failure);
+        fs::remove_all(folders_.diagnostics());
+        write(folders_.zip(), "the last archive, which would be taken for the new one");
+        write(folders_.logs() / "stale.log", "the last log");
+        environment_[L"PELLORY_ZIP_GATE"] = L"never";
+        environment_[L"PELLORY_RECORD_ONLY"] = *failure == 'r' ? L"1" : L"";
+        fs::create_directories(*failure == 'w' ? script : folders_.diagnostics());
+        std::optional<LockedFile> lock;
+        if (*failure == 'd') {
+            lock.emplace(folders_.zip());
+        }
+        forgetCommands();
+        const std::string output = run(kStandard);
+        EXPECT_NE(
+            output.find(line + "Could not pack the log files; they are kept in " + logs + "\n"),
+            std::string::npos)
+            << output;
+        EXPECT_EQ(output.find("Log files zipped."), std::string::npos);
+        EXPECT_EQ(fs::exists(folders_.zip()), hasArchive);
+        const std::string readme = readmeOf(folders_);
+        EXPECT_EQ(
+            read(folders_.diagnostics() / "README.txt"),
+            withCarriageReturns(
+                readme.substr(0, readme.find("Please locate")) +
+                "The log files could not be packed. Please locate those in " + logs +
+                "\nand send them to support@pellory.example along with any support ticket "
+                "number that you may have received before.\n\n" +
+                (hasArchive ? "(Please do not send " + zip + ": these log files are not in it.)\n\n"
+                            : "") +
+                "Please note:\n------------\nThe log files could" +
+                readme.substr(readme.find(" contain potentially")) + "\n"));
+        EXPECT_EQ(joined(commands()).find("rmdir"), std::string::npos);
+        EXPECT_FALSE(fs::exists(folders_.logs() / "stale.log"));
+        EXPECT_TRUE(read(folders_.logs() / "plutil.log")
+                        .starts_with(withCarriageReturns(
+                            transcriptOf(folders_, "Deleting old log files in " + logs + "\n"))));
+    }
+}
+
+TEST_F(CollectionTwiceTest, WaitsForAShellThatStillPacks) {
+    const fs::path gate = folders_.bench() / "gate";
+    environment_[L"PELLORY_ZIP_GATE"] = gate.wstring();
+    UtilityProcess& utility = start(kStandard);
+    EXPECT_TRUE(utility.waitFor("\nWaiting until the archive is complete...\n"));
+    write(gate, "");
+    EXPECT_TRUE(utility.waitFor("Log files zipped.\nRemoving temp log directory "));
+    EXPECT_EQ(utility.exitCode(), 0);
+    EXPECT_TRUE(readZip(folders_.zip()).contains("plutil.log"));
+    while (utility.processesAlive() > 0) {
+        Sleep(5);
+    }
 }
 
 TEST_F(CollectionTwiceTest, EndsWhereAFolderOrAnOldLogIsInTheWay) {
@@ -172,6 +229,24 @@ TEST_F(CollectionTwiceTest, EndsWhereAFolderOrAnOldLogIsInTheWay) {
                                          backslashed(folders_.diagnostics()) +
                                          " (Directory:createDirectory() failed)\n"));
     EXPECT_EQ(commands(), Lines());
+}
+
+TEST_F(CollectionTwiceTest, GathersInALocalFolderWhenTheDesktopIsOnAShare) {
+    // Not a drive's path either: what the interpreter refuses begins like this.
+    environment_[L"TESTROOT"] = L"\\\\?\\" + folders_.root().wstring();
+    write(folders_.addinData() / "debug.log", "a line");
+    const fs::path local = fs::temp_directory_path() / "PelloryDiagnostics";
+    const std::string output = run(kStandard);
+    EXPECT_NE(output.find("\nThe desktop is on a network share; collecting in " +
+                          backslashed(local) + "\nSwitching to diagnostics logs directory " +
+                          backslashed(local / "PelloryLogs") + "\n"),
+              std::string::npos)
+        << output;
+    EXPECT_NE(output.find("\nPlease locate the file \\\\?\\" + backslashed(folders_.zip()) + "\n"),
+              std::string::npos);
+    EXPECT_EQ(readZip(folders_.zip())["debug.log"], "a line");
+    EXPECT_TRUE(fs::exists(folders_.diagnostics() / "README.txt"));
+    EXPECT_EQ(fs::remove_all(local), 0u) << "nothing is left there";
 }
 
 TEST_F(CollectionTwiceTest, GoesToTheDocumentsWithoutADesktop) {

@@ -43,13 +43,15 @@ TEST_F(DebugLoggingTest, TheReportTellsWhatTheFileHoldsOrWhyItTellsNothing) {
     };
     UtilityProcess& utility = start();
     for (const auto& [content, state, settings] : kFiles) {
+        // The file has been read for the menu's marks by then.
+        EXPECT_TRUE(utility.waitFor(kMenuPrompt));
         if (content == "/") {
             fs::remove(config());
             fs::create_directory(config());
         } else if (!content.empty()) {
             write(config(), content);
         }
-        utility.answer(kMenuPrompt, "4");
+        utility.answer("", "4");
         EXPECT_TRUE(utility.waitFor(
             "\n" + kRule84 + "\n" + state +
             "\nDetailed debug settings:\n-----------------------\n" + "  logEnabled=" +

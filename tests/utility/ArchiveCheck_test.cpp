@@ -1,0 +1,120 @@
+// Which archives hold a folder: forms that differ, and every damage to one.
+
+#include "ArchiveCheck.h"
+
+#include <fstream>
+
+#include "UtilityTest.h"
+#include "ZipWriter.h"
+
+namespace zuplutil::test {
+namespace {
+
+using standin::number;
+using standin::ZipWriter;
+
+const FileContents kFiles = {
+    {"a.log", "content"}, {"b\xC3\xBCro.log", ""}, {"sub/c d.log", "PK\5\6"}};
+
+class ArchiveCheckTest : public ::testing::Test {
+protected:
+    ArchiveCheckTest() {
+        for (const auto& [name, content] : kFiles) {
+            write(folder_ / fs::path(std::u8string(name.begin(), name.end())), content);
+        }
+        fs::create_directories(folder_ / "empty folder");
+    }
+
+    static ZipWriter whole(bool is64 = false) {
+        ZipWriter archive(is64);
+        for (const auto& [name, content] : kFiles) {
+            archive.add(name, content);
+        }
+        return archive;
+    }
+
+    bool holds(const std::string& bytes) const {
+        write(folders_.zip(), bytes);
+        return holdsFolder(folders_.zip().wstring(), folder_.wstring());
+    }
+
+    TestFolders folders_{L"user"};
+    const fs::path folder_ = folders_.logs();
+};
+
+TEST_F(ArchiveCheckTest, TakesTheFormsThatArchiversWrite) {
+    const std::string end = number(0x06054B50, 4);
+    for (const bool is64 : {false, true}) {
+        const ZipWriter plain = whole(is64);
+        EXPECT_TRUE(holds(plain.bytes())) << is64;
+        EXPECT_TRUE(holds(plain.bytes("a comment"))) << is64;
+        EXPECT_TRUE(holds(plain.bytes(end + std::string(18, '\0') + end))) << is64;
+    }
+    ZipWriter other;
+    other.add("sub/", "");
+    other.add("another.log", "is not asked for");
+    other.add("a.log", kFiles.at("a.log"), ZipWriter::kSizesBehindData);
+    // In an old code page, with backslashes.
+    other.add("b\x81ro.log", "", 0);
+    other.add("sub\\c d.log", kFiles.at("sub/c d.log"), 0);
+    EXPECT_TRUE(holds(other.bytes()));
+}
+
+TEST_F(ArchiveCheckTest, MissesEveryFileThatIsNotThereAsItIs) {
+    for (const auto& [missing, its] : kFiles) {
+        for (const bool withOtherSize : {false, true}) {
+            ZipWriter archive;
+            for (const auto& [name, content] : kFiles) {
+                if (name != missing) {
+                    archive.add(name, content);
+                } else if (withOtherSize) {
+                    archive.add(name, content + "!");
+                }
+            }
+            EXPECT_FALSE(holds(archive.bytes())) << missing << withOtherSize;
+        }
+    }
+    EXPECT_TRUE(holds(whole().bytes()));
+    {
+        const std::ofstream writer(folders_.zip(), std::ios::app);
+        EXPECT_FALSE(holdsFolder(folders_.zip().wstring(), folder_.wstring()));
+    }
+    write(folder_ / "a.log.d/new.log", "");
+    EXPECT_FALSE(holds(whole().bytes()));
+    EXPECT_FALSE(holdsFolder((folder_ / "no.zip").wstring(), folder_.wstring()));
+    EXPECT_FALSE(holdsFolder(folders_.zip().wstring(), (folder_ / "no folder").wstring()));
+}
+
+// Of which bytes every change is seen. The others are times, check sums, what is
+// not asked for, and numbers that stand in 64 bits elsewhere.
+std::string marks(bool is64) {
+    std::string entries;
+    std::string directory;
+    for (const auto& [name, content] : kFiles) {
+        entries += "XXXX----XX--------XXXXXXXXXXXX" + std::string(name.size(), 'X') +
+                   std::string(content.size(), '-');
+        directory += "XXXX------XX--------XXXXXXXXXXXXXXXX------XXXX" +
+                     std::string(name.size() + (is64 ? 28 : 0), 'X');
+    }
+    return entries + directory +
+           (is64 ? std::string(12, 'X') + "----" + std::string(60, 'X') + "XXXX" +
+                       std::string(16, '-') + "XX"
+                 : std::string(22, 'X'));
+}
+
+TEST_F(ArchiveCheckTest, SeesEveryCutAndEveryChangeOfAStructure) {
+    for (const bool is64 : {false, true}) {
+        const std::string bytes = whole(is64).bytes();
+        const std::string matters = marks(is64);
+        ASSERT_EQ(matters.size(), bytes.size());
+        for (std::size_t at = 0; at < bytes.size(); ++at) {
+            EXPECT_FALSE(holds(bytes.substr(0, at))) << "cut at " << at;
+            std::string changed = bytes;
+            changed[at] = static_cast<char>(changed[at] ^ 0x81);
+            EXPECT_EQ(holds(changed), matters[at] == '-') << is64 << " changed at " << at;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zuplutil::test
