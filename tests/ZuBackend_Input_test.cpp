@@ -53,7 +53,7 @@ TEST_F(SurfaceTest, mouse_realPointer_entersClicksAndLeaves) {
     EXPECT_EQ(probe->log->take(), L"leaveHovering");
 }
 
-const MessageKind kShowHelp(L"showHelp.SurfaceTest");
+const MessageKind kShowHelp(L"showHelp.SurfaceTest", MessageWords::kNumbers);
 
 TEST_F(SurfaceTest, markupLink_realPointer_showsTheHandAndSendsItsMessage) {
     const auto window = makeWindow({300, 100});

@@ -239,5 +239,30 @@ TEST_F(ControlTest, arrangement_sizeChanges_arrangesTheChildrenAgain) {
     EXPECT_EQ(box_->preferredSize(), (Size{4 + 10 + 4 + 1, 6 + 10}));
 }
 
+// Wants to be higher whenever it is placed.
+class Restless : public Control {
+public:
+    Size preferredSize() override { return {20, height}; }
+    std::int32_t height = 10;
+
+protected:
+    void arrangeChildren() override {
+        ++height;
+        notify(kChangePreferredHeight);
+    }
+};
+
+TEST_F(ControlTest, arrangement_childThatNeverHasEnough_comesToAnEnd) {
+    const auto restless = makeControl<Restless>();
+    box_->setArrangement(Arrangement::kColumns);
+    box_->addChild(restless);
+    window_->setArrangement(Arrangement::kColumns);
+    window_->addChild(box_);
+    const std::int32_t before = restless->height;
+    restless->notify(Control::kChangePreferredHeight);
+    EXPECT_GT(restless->height, before);
+    EXPECT_LE(restless->height, before + 4);
+}
+
 }  // namespace
 }  // namespace zustd

@@ -155,6 +155,25 @@ TEST_F(InputTest, receivers_changeTheTreeThemselves_leaveItWhole) {
     }
 }
 
+TEST_F(InputTest, receiverOfAnInsertion_putsTheChildElsewhere_hasItsWayButMakesNoCircle) {
+    const auto third = shown(makeControl<Control>());
+    const std::pair<std::function<void()>, const wchar_t*> changes[] = {
+        {[&] { third->addChild(left_); }, L"nothing"},
+        {[&] { left_->addChild(right_); }, L"child && !child->isAncestorOf(*this)"}};
+    for (const auto& [change, failure] : changes) {
+        left_->takeFocus();
+        const auto hears = listen(*left_, [&, change = change](const MessageKind& kind, auto...) {
+            if (&kind == &Control::kLeaveFocus) {
+                change();
+            }
+        });
+        EXPECT_EQ(thrownText([&] { right_->addChild(left_); }), failure);
+        EXPECT_TRUE(right_->children().empty());
+        left_->disconnect(hears.get());
+        EXPECT_EQ(left_->parentControl() == third.get(), failure == changes[0].second);
+    }
+}
+
 TEST_F(InputTest, receivers_redirectFocusOrEndThePress_areObeyed) {
     left_->takeFocus();
     const auto redirect = listen(*right_, [&](const MessageKind& kind, auto...) {
@@ -174,18 +193,6 @@ TEST_F(InputTest, receivers_redirectFocusOrEndThePress_areObeyed) {
     EXPECT_EQ(sent(kLeftDown, {60, 10}).find(L"LeftClicking"), std::wstring::npos);
     EXPECT_EQ(router().pressed(), nullptr);
     EXPECT_FALSE(native().captured);
-}
-
-TEST_F(InputTest, receiver_dropsTheSurface_endsTheOperationQuietly) {
-    for (const std::uint32_t key : {kKeyTab, kKeyEscape}) {
-        auto window = host_->createNativeWindow();
-        window->synchronizeTree();
-        auto field = host_->createNativeTextBox();
-        window->addChild(field);
-        listen(*field, [&](auto&&...) { window.reset(); });
-        window->inputRouter()->routeKeyFrom(*field, {key, 0});
-        EXPECT_EQ(window, nullptr);
-    }
 }
 
 TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {

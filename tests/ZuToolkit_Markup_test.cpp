@@ -11,7 +11,8 @@ namespace {
 
 using namespace test;
 
-const MessageKind kShowHelp(L"showHelp.MarkupTest");
+const MessageKind kShowHelp(L"showHelp.MarkupTest", MessageWords::kNumbers);
+const MessageKind kUnsaid(L"unsaid.MarkupTest");
 
 // The elements in short: text, then the font's flags and size where they are
 // not the usual, the message of a link, and "/" for a line break.
@@ -143,6 +144,43 @@ TEST_F(MarkupTest, wrap_givenWidth_breaksAndKeepsIt) {
     EXPECT_EQ(size(), (Size{77, 16}));
 }
 
+TEST_F(MarkupTest, grown_inContainers_pushesItsNeighboursAway) {
+    const auto outer = shown(makeControl<Control>(), {0, 0, 399, 299});
+    const auto page = makeControl<Control>();
+    const auto below = makeControl<MarkupView>(L"below");
+    const auto beside = makeControl<MarkupView>(L"beside");
+    outer->setArrangement(Arrangement::kColumns);
+    page->setArrangement(Arrangement::kRows);
+    page->addChild(view_);
+    page->addChild(beside);
+    outer->addChild(page);
+    outer->addChild(below);
+    for (const wchar_t* markup : {L"a", L"longer<br/>and higher", L"", L"<font size=\"30\">x"}) {
+        view_->setMarkup(markup);
+        EXPECT_EQ(beside->boundary().left, view_->boundary().right + 1) << narrow(markup);
+        EXPECT_EQ(below->boundary().top, std::max(size().height, 16)) << narrow(markup);
+    }
+}
+
+TEST_F(MarkupTest, width_givenByALayout_doesNotStick) {
+    const auto page = shown(makeControl<Control>(), {0, 0, 399, 299});
+    page->setArrangement(Arrangement::kRows);
+    page->addChild(view_);
+    view_->setMarkup(L"<control wordwrap=\"true\">aaa bbb ccc-ddd");
+    view_->setMaximumSize({60, 0});
+    page->arrange();
+    EXPECT_EQ(size(), (Size{56, 32}));
+    view_->setMaximumSize({0, 0});
+    page->arrange();
+    EXPECT_EQ(size(), (Size{105, 16}));
+    // What shares a row is as high as its share of it asks for.
+    view_->setAutoSized(true);
+    for (const auto& [width, height] : {std::pair{60, 32}, {20, 64}, {300, 16}}) {
+        page->setSize({width, 300});
+        EXPECT_EQ(size(), (Size{width, height}));
+    }
+}
+
 // --- Services ---
 
 TEST_F(MarkupTest, services_missing_failTheirAssertions) {
@@ -232,6 +270,8 @@ TEST_F(MarkupTest, link_withoutSafeMessage_sendsNothing) {
         {L"timerTick.Timer", true, L""},
         {L"shouldScrollChildIntoView.Control", true, L""},
         {L"propertyChanged.ChangeTracker", true, L""},
+        {L"selectionChanged.NativeComboBox", true, L""},
+        {L"unsaid.MarkupTest", true, L""},
         {L"scrolled.Control", true, L"scrolled"}};
     for (const auto& [name, isKind, sent] : links) {
         view_->setMarkup(L"<a leftclickmessage=\"" + name + L"\">link</a>");

@@ -68,6 +68,7 @@ bool Button::onKey(const KeyEvent& event) {
 }
 
 bool Button::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (toggles_ && kind == kLeftClicked && a.object<Control>() == this) {
         setChecked(!checked_);
     }

@@ -6,8 +6,9 @@ namespace {
 constexpr std::uint32_t kLargestHalf = 0x7FFFFFFF;
 }  // namespace
 
-const MessageKind ChangeTracker::kPropertyChanged{L"propertyChanged.ChangeTracker"};
-const MessageKind ChangeTracker::kCacheCleared{L"cacheCleared.ChangeTracker"};
+const MessageKind ChangeTracker::kPropertyChanged{L"propertyChanged.ChangeTracker",
+                                                  MessageWords::kText};
+const MessageKind ChangeTracker::kCacheCleared{L"cacheCleared.ChangeTracker", MessageWords::kText};
 
 void ChangeTracker::markSaved() {
     savedCountLow_ = changeCountLow_;

@@ -11,22 +11,6 @@ namespace zustd {
 
 namespace {
 
-// Marks a control as drawing; a control that is drawn from inside its own
-// drawing would not end.
-class DrawingMark {
-public:
-    explicit DrawingMark(bool& drawing) : drawing_(drawing) {
-        ZU_ASSERT(!drawing);
-        drawing_ = true;
-    }
-    DrawingMark(const DrawingMark&) = delete;
-    DrawingMark& operator=(const DrawingMark&) = delete;
-    ~DrawingMark() { drawing_ = false; }
-
-private:
-    bool& drawing_;
-};
-
 // Clipping that ends on every way out.
 class ClippingScope {
 public:
@@ -68,30 +52,38 @@ Control& Control::requireParent() const {
 void Control::addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
 
 void Control::insertChild(std::size_t index, const std::shared_ptr<Control>& child) {
-    ZU_ASSERT_AS(child && !child->isAncestorOf(*this), L"child && !child->isAncestorOf(*this)",
-                 ZU_HERE);
+    checkChild(child.get());
     // The caller may pass the former parent's own reference.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::shared_ptr<Control> kept = child;
-    while (kept->parent_ != nullptr) {
-        kept->leaveParent();
+    const std::shared_ptr<Control> self = sharedReference(this);
+    kept->leaveParent();
+    if (kept->parent_ != nullptr) {
+        return;
     }
+    // Whoever heard that it left may have put this control below it.
+    checkChild(kept.get());
     const std::size_t place = std::min(index, children_.size());
     children_.insert(children_.begin() + static_cast<std::ptrdiff_t>(place), kept);
     kept->parent_ = this;
-    const Control* holder = surface();
-    if (holder == nullptr) {
+    if (surface() != nullptr) {
+        kept->onJoinedSurface();
+    }
+    const Control* holder = kept->parent_ == this ? surface() : nullptr;
+    if (holder == nullptr || !holder->hasNativeObject()) {
         return;
     }
-    kept->onJoinedSurface();
-    if (holder->hasNativeObject()) {
-        kept->synchronizeTree();
-        if (updateDepth_ != 0) {
-            updatePending_ = true;
-        } else if (kept->backend() == nullptr) {
-            kept->refresh();
-        }
+    kept->synchronizeTree();
+    if (updateDepth_ != 0) {
+        updatePending_ = true;
+    } else if (kept->parent_ == this && kept->backend() == nullptr) {
+        kept->refresh();
     }
+}
+
+void Control::checkChild(const Control* child) const {
+    ZU_ASSERT_AS(child && !child->isAncestorOf(*this), L"child && !child->isAncestorOf(*this)",
+                 ZU_HERE);
 }
 
 bool Control::removeChild(const Control* child) {
@@ -107,6 +99,7 @@ bool Control::removeChild(const Control* child) {
 
 void Control::removeAllChildren() {
     // Whoever hears of it may add and remove children meanwhile.
+    const std::shared_ptr<Control> self = sharedReference(this);
     if (Control* holder = surface()) {
         holder->inputRouter()->forgetBelow(*this);
     }
@@ -171,10 +164,11 @@ void Control::forgetInput() {
 // --- State ----------------------------------------------------------------------------------
 
 bool Control::changeShown(bool& member, bool value) {
+    const std::shared_ptr<Control> self = sharedReference(this);
     if (!change(member, value)) {
         return false;
     }
-    if (!value) {
+    if (!member) {
         forgetInput();
     }
     synchronizeBelow();
@@ -222,6 +216,7 @@ bool Control::setCursor(MouseCursor cursor) {
 // --- Descriptors ----------------------------------------------------------------------------
 
 bool Control::setColors(const std::shared_ptr<ColorsDescriptor>& colors) {
+    const std::shared_ptr<Control> self = sharedReference(this);
     if (!changeDescriptor(colors_, colors)) {
         return false;
     }
@@ -254,10 +249,11 @@ void Control::unwatch(ChangeTracker* descriptor) {
 
 void Control::onJoinedSurface() {
     for (std::size_t i = 0; i < children_.size(); ++i) {
-        children_[i]->onJoinedSurface();
+        const std::shared_ptr<Control> child = children_[i];
+        child->onJoinedSurface();
     }
     if (arrangement_ != Arrangement::kManual) {
-        arrangeChildren();
+        rearrange();
     }
 }
 
@@ -289,6 +285,7 @@ bool Control::overlapsDrawArea(const GraphicsService& graphics) const {
 void Control::refresh() {
     if (backend() != nullptr && inputRouter() == nullptr) {
         if (hasNativeObject()) {
+            const std::shared_ptr<Control> self = sharedReference(this);
             backend()->synchronizeWithAbstraction();
         }
         return;
@@ -317,7 +314,10 @@ std::int32_t Control::scale(std::int32_t value) const {
 }
 
 void Control::drawHere(GraphicsService& graphics) {
-    const DrawingMark mark(drawing_);
+    const std::shared_ptr<Control> self = sharedReference(this);
+    // A control that is drawn from inside its own drawing would not end.
+    ZU_ASSERT(!drawing_);
+    const Mark drawing(drawing_);
     drawSelf(graphics);
     if (children_.empty()) {
         return;
@@ -332,11 +332,11 @@ void Control::drawHere(GraphicsService& graphics) {
 
 void Control::drawChildren(GraphicsService& graphics) {
     const Rect drawArea = graphics.getDrawArea();
-    for (const std::shared_ptr<Control>& child : children_) {
-        if (child->visible_ && child->boundary_.intersects(drawArea) &&
-            child->backend() == nullptr) {
-            const OriginScope origin(graphics, child->boundary_.position());
-            child->drawHere(graphics);
+    for (std::size_t i = 0; i < children_.size(); ++i) {
+        Control& child = *children_[i];
+        if (child.visible_ && child.boundary_.intersects(drawArea) && child.backend() == nullptr) {
+            const OriginScope origin(graphics, child.boundary_.position());
+            child.drawHere(graphics);
         }
     }
 }
@@ -367,6 +367,7 @@ bool Control::hasNativeObject() const noexcept {
 }
 
 void Control::synchronizeTree() {
+    const std::shared_ptr<Control> self = sharedReference(this);
     if (IImplementation* native = backend()) {
         native->synchronizeWithAbstraction();
     }
@@ -377,6 +378,7 @@ void Control::synchronizeTree() {
 
 void Control::releaseTree() noexcept {
     // A window that goes hands the focus on, and somebody may hear of it.
+    const std::shared_ptr<Control> self = sharedReference(this);
     for (std::size_t i = 0; i < children_.size(); ++i) {
         const std::shared_ptr<Control> kept = children_[i];
         kept->releaseTree();
@@ -398,14 +400,15 @@ bool Control::requestClose() {
     return !staysOpen;
 }
 
-// What lies on a surface below moves along with it.
+// What lies on a surface below moves along with it. The caller holds a
+// reference.
 void Control::synchronizeBelow() {
     for (std::size_t i = 0; i < children_.size(); ++i) {
-        Control& child = *children_[i];
-        if (child.hasNativeObject()) {
-            child.backend()->synchronizeWithAbstraction();
+        const std::shared_ptr<Control> child = children_[i];
+        if (child->hasNativeObject()) {
+            child->backend()->synchronizeWithAbstraction();
         }
-        child.synchronizeBelow();
+        child->synchronizeBelow();
     }
 }
 
@@ -425,6 +428,7 @@ void Control::endUpdate() {
 }
 
 void Control::showState() {
+    const std::shared_ptr<Control> self = sharedReference(this);
     if (inputRouter() != nullptr && hasNativeObject()) {
         backend()->synchronizeWithAbstraction();
     }

@@ -18,7 +18,10 @@
 // a ControlUpdate is around them.
 //
 // Controls are made with makeControl and live in shared references; those on
-// the stack work, but listen to no descriptor and get no input.
+// the stack work, but listen to no descriptor and get no input. Whoever hears a
+// message, also one that an operation sends under way, may change the tree and
+// drop the control, its parent or its surface: they live to the operation's
+// end.
 #pragma once
 
 #include <cstddef>
@@ -111,7 +114,8 @@ public:
     static const MessageKind kToggleExpandCollapse;
     static const MessageKind kSelected;
     static const MessageKind kUnselected;
-    // Requests to whoever holds the control. Second word of the first two: the
+    // Requests to whoever holds the control; the first two are heard by all
+    // that is above, which arranges its children anew. Second word of these: the
     // size in pixels; of kShouldScrollChildIntoView: the Control*.
     static const MessageKind kChangePreferredWidth;
     static const MessageKind kChangePreferredHeight;
@@ -134,9 +138,10 @@ public:
     // Fails the assertion "getParent()" when there is no parent control.
     Control& requireParent() const;
     const Controls& children() const noexcept { return children_; }
-    // A child leaves its former parent first. During a ControlUpdate a drawn
-    // child is shown at its end. Null, the control itself and its
-    // ancestors are refused by the assertion "child && !child->isAncestorOf(*this)".
+    // A child leaves its former parent first; a receiver that hears of it and
+    // puts the child elsewhere has its way. During a ControlUpdate a drawn child
+    // is shown at its end. Null, the control itself and its ancestors are
+    // refused by the assertion "child && !child->isAncestorOf(*this)".
     void addChild(const std::shared_ptr<Control>& child);
     // An index past the end appends.
     void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
@@ -220,8 +225,10 @@ public:
     // and says how high it gets then. The others answer as above.
     virtual Size preferredSizeForWidth(std::int32_t width);
     // Puts the children into place according to the arrangement. Done by
-    // itself when the size changes; to be called after children or their
-    // layout properties have changed.
+    // itself when the size changes, and when a child asks for another size
+    // (kChangePreferredWidth, kChangePreferredHeight); to be called after
+    // children or their layout properties have changed. One that is asked for
+    // while the control arranges its children is left out.
     void arrange();
     // Sets the boundary without showing it: for layouts, which show the parent
     // once when all its children are in place.
@@ -363,7 +370,7 @@ protected:
     // Paints the control itself, its left top corner being 0, 0.
     virtual void drawSelf(GraphicsService& graphics);
     // Puts the children into place without showing it; the base applies the
-    // arrangement.
+    // arrangement. Sends nothing, and is not called again from inside.
     virtual void arrangeChildren();
     // Something was changed that shows: native widgets synchronise, drawn ones
     // refresh. Called once at the end of a ControlUpdate.
@@ -415,7 +422,21 @@ private:
     friend class ControlUpdate;
     friend class LineLayout;
 
+    // A flag that is set for as long as the mark lives.
+    class Mark {
+    public:
+        explicit Mark(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+        Mark(const Mark&) = delete;
+        Mark& operator=(const Mark&) = delete;
+        ~Mark() { flag_ = false; }
+
+    private:
+        bool& flag_;
+    };
+
     Size sizeWithin(Size maximum);
+    void rearrange();
+    void checkChild(const Control* child) const;
     void leaveParent();
     void forgetInput();
     void synchronizeBelow();
@@ -448,6 +469,7 @@ private:
     bool draggable_ = false;
     bool clipsChildren_ = false;
     bool drawing_ = false;
+    bool arranging_ = false;
     Size minimumSize_;
     Size maximumSize_;
     std::int32_t horizontalSpacing_ = 0;
@@ -468,7 +490,8 @@ private:
 // Shows the changes made while it lives once, at its end. Nests.
 class ControlUpdate {
 public:
-    explicit ControlUpdate(Control& control) noexcept : control_(control) {
+    explicit ControlUpdate(Control& control) noexcept
+        : self_(sharedReference(&control)), control_(control) {
         ++control_.updateDepth_;
     }
     ControlUpdate(const ControlUpdate&) = delete;
@@ -476,6 +499,7 @@ public:
     ~ControlUpdate() { control_.endUpdate(); }
 
 private:
+    std::shared_ptr<Control> self_;
     Control& control_;
 };
 

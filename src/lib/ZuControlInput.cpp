@@ -5,39 +5,53 @@
 
 namespace zustd {
 
-const MessageKind Control::kEnterHovering(L"enterHovering.Control");
-const MessageKind Control::kLeaveHovering(L"leaveHovering.Control");
-const MessageKind Control::kEnterLeftClicking(L"enterLeftClicking.Control");
-const MessageKind Control::kLeaveLeftClicking(L"leaveLeftClicking.Control");
-const MessageKind Control::kEnterRightClicking(L"enterRightClicking.Control");
-const MessageKind Control::kLeaveRightClicking(L"leaveRightClicking.Control");
-const MessageKind Control::kEnterFocus(L"enterFocus.Control");
-const MessageKind Control::kLeaveFocus(L"leaveFocus.Control");
-const MessageKind Control::kLeftClicked(L"leftClicked.Control");
-const MessageKind Control::kRightClicked(L"rightClicked.Control");
-const MessageKind Control::kDragging(L"dragging.Control");
-const MessageKind Control::kDropped(L"dropped.Control");
-const MessageKind Control::kScrolledMousewheel(L"scrolledmousewheel.Control");
-const MessageKind Control::kCtrlScrolledMousewheel(L"ctrlScrolledmousewheel.Control");
-const MessageKind Control::kShiftScrolledMousewheel(L"shiftScrolledmousewheel.Control");
-const MessageKind Control::kScrolled(L"scrolled.Control");
-const MessageKind Control::kScrolledHorizontally(L"scrolledhorizontally.Control");
-const MessageKind Control::kScrolledVertically(L"scrolledvertically.Control");
-const MessageKind Control::kKeyPressed(L"keyPressed.Control");
-const MessageKind Control::kSelectNextItem(L"selectNextItem.Control");
-const MessageKind Control::kSelectPreviousItem(L"selectPreviousItem.Control");
-const MessageKind Control::kMoveUp(L"moveUp.Control");
-const MessageKind Control::kMoveDown(L"moveDown.Control");
-const MessageKind Control::kToggleExpandCollapse(L"toggleExpandCollapse.Control");
-const MessageKind Control::kSelected(L"selected.Control");
-const MessageKind Control::kUnselected(L"unselected.Control");
-const MessageKind Control::kChangePreferredWidth(L"changePreferredWidth.Control");
-const MessageKind Control::kChangePreferredHeight(L"changePreferredHeight.Control");
-const MessageKind Control::kShouldRefresh(L"shouldRefresh.Control");
-const MessageKind Control::kShouldReselectCurrentChild(L"shouldReselectCurrentChild.Control");
-const MessageKind Control::kShouldScrollChildIntoView(L"shouldScrollChildIntoView.Control");
-const MessageKind Control::kBeforeDisplayTooltip(L"beforeDisplayTooltip.Control");
-const MessageKind Control::kClose(L"close.Control");
+const MessageKind Control::kEnterHovering(L"enterHovering.Control", MessageWords::kNumbers);
+const MessageKind Control::kLeaveHovering(L"leaveHovering.Control", MessageWords::kNumbers);
+const MessageKind Control::kEnterLeftClicking(L"enterLeftClicking.Control", MessageWords::kNumbers);
+const MessageKind Control::kLeaveLeftClicking(L"leaveLeftClicking.Control", MessageWords::kNumbers);
+const MessageKind Control::kEnterRightClicking(L"enterRightClicking.Control",
+                                               MessageWords::kNumbers);
+const MessageKind Control::kLeaveRightClicking(L"leaveRightClicking.Control",
+                                               MessageWords::kNumbers);
+const MessageKind Control::kEnterFocus(L"enterFocus.Control", MessageWords::kNumbers);
+const MessageKind Control::kLeaveFocus(L"leaveFocus.Control", MessageWords::kNumbers);
+const MessageKind Control::kLeftClicked(L"leftClicked.Control", MessageWords::kNumbers);
+const MessageKind Control::kRightClicked(L"rightClicked.Control", MessageWords::kNumbers);
+const MessageKind Control::kDragging(L"dragging.Control", MessageWords::kNumbers);
+const MessageKind Control::kDropped(L"dropped.Control", MessageWords::kNumbers);
+const MessageKind Control::kScrolledMousewheel(L"scrolledmousewheel.Control",
+                                               MessageWords::kNumbers);
+const MessageKind Control::kCtrlScrolledMousewheel(L"ctrlScrolledmousewheel.Control",
+                                                   MessageWords::kNumbers);
+const MessageKind Control::kShiftScrolledMousewheel(L"shiftScrolledmousewheel.Control",
+                                                    MessageWords::kNumbers);
+const MessageKind Control::kScrolled(L"scrolled.Control", MessageWords::kNumbers);
+const MessageKind Control::kScrolledHorizontally(L"scrolledhorizontally.Control",
+                                                 MessageWords::kNumbers);
+const MessageKind Control::kScrolledVertically(L"scrolledvertically.Control",
+                                               MessageWords::kNumbers);
+const MessageKind Control::kKeyPressed(L"keyPressed.Control", MessageWords::kNumbers);
+const MessageKind Control::kSelectNextItem(L"selectNextItem.Control", MessageWords::kNumbers);
+const MessageKind Control::kSelectPreviousItem(L"selectPreviousItem.Control",
+                                               MessageWords::kNumbers);
+const MessageKind Control::kMoveUp(L"moveUp.Control", MessageWords::kNumbers);
+const MessageKind Control::kMoveDown(L"moveDown.Control", MessageWords::kNumbers);
+const MessageKind Control::kToggleExpandCollapse(L"toggleExpandCollapse.Control",
+                                                 MessageWords::kNumbers);
+const MessageKind Control::kSelected(L"selected.Control", MessageWords::kNumbers);
+const MessageKind Control::kUnselected(L"unselected.Control", MessageWords::kNumbers);
+const MessageKind Control::kChangePreferredWidth(L"changePreferredWidth.Control",
+                                                 MessageWords::kNumbers);
+const MessageKind Control::kChangePreferredHeight(L"changePreferredHeight.Control",
+                                                  MessageWords::kNumbers);
+const MessageKind Control::kShouldRefresh(L"shouldRefresh.Control", MessageWords::kNumbers);
+const MessageKind Control::kShouldReselectCurrentChild(L"shouldReselectCurrentChild.Control",
+                                                       MessageWords::kNumbers);
+const MessageKind Control::kShouldScrollChildIntoView(L"shouldScrollChildIntoView.Control",
+                                                      MessageWords::kObject);
+const MessageKind Control::kBeforeDisplayTooltip(L"beforeDisplayTooltip.Control",
+                                                 MessageWords::kNumbers);
+const MessageKind Control::kClose(L"close.Control", MessageWords::kObject);
 
 MessageWord wordOfPoint(Point point) noexcept {
     const std::uint64_t bits = (std::uint64_t{static_cast<std::uint32_t>(point.y)} << 32) |
@@ -80,6 +94,7 @@ void Control::hideTooltip() { stopTooltip(*this); }
 
 void Control::acceptHover(bool hovered) {
     if (hovered_ != hovered) {
+        const std::shared_ptr<Control> self = sharedReference(this);
         hovered_ = hovered;
         onInputStateChanged();
         notify(hovered ? kEnterHovering : kLeaveHovering);
@@ -91,6 +106,7 @@ void Control::acceptPress(bool left, bool pressed) {
     if (state == pressed) {
         return;
     }
+    const std::shared_ptr<Control> self = sharedReference(this);
     state = pressed;
     onInputStateChanged();
     if (left) {
@@ -102,6 +118,7 @@ void Control::acceptPress(bool left, bool pressed) {
 
 void Control::acceptFocus(bool focused) {
     if (focused_ != focused) {
+        const std::shared_ptr<Control> self = sharedReference(this);
         focused_ = focused;
         onInputStateChanged();
         notify(focused ? kEnterFocus : kLeaveFocus);
@@ -129,6 +146,11 @@ bool Control::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord
     if (kind == ChangeTracker::kPropertyChanged) {
         onDescriptorChanged();
         return true;
+    }
+    if ((kind == kChangePreferredWidth || kind == kChangePreferredHeight) &&
+        arrangement_ != Arrangement::kManual) {
+        // This one may be larger or smaller now too, and goes on to say so.
+        arrange();
     }
     return false;
 }

@@ -40,6 +40,7 @@ LayoutOptions optionsOf(const Control& control) noexcept {
 // --- Geometry -------------------------------------------------------------------------------
 
 bool Control::setBoundary(const Rect& boundary) {
+    const std::shared_ptr<Control> self = sharedReference(this);
     const Rect before = boundaryOnSurface();
     if (!place(boundary)) {
         return false;
@@ -163,8 +164,17 @@ Size Control::sizeWithin(Size maximum) {
 }
 
 void Control::arrange() {
-    arrangeChildren();
+    const std::shared_ptr<Control> self = sharedReference(this);
+    rearrange();
     showChildren();
+}
+
+void Control::rearrange() {
+    if (!arranging_) {
+        const std::shared_ptr<Control> self = sharedReference(this);
+        const Mark arranging(arranging_);
+        arrangeChildren();
+    }
 }
 
 bool Control::place(const Rect& boundary) {
@@ -174,12 +184,13 @@ bool Control::place(const Rect& boundary) {
     // A layout may have given the control its size already.
     if (normal.size() != arrangedSize_) {
         arrangedSize_ = normal.size();
-        arrangeChildren();
+        rearrange();
     }
     return changed;
 }
 
 void Control::showChildren() {
+    const std::shared_ptr<Control> self = sharedReference(this);
     if (backend() == nullptr || inputRouter() != nullptr) {
         refresh();
     }
@@ -187,9 +198,21 @@ void Control::showChildren() {
 }
 
 void Control::arrangeChildren() {
-    if (arrangement_ != Arrangement::kManual) {
-        const auto layOut = arrangement_ == Arrangement::kRows ? layoutInRows : layoutInColumns;
-        layOut(*this, innerArea(), children_, optionsOf(*this));
+    if (arrangement_ == Arrangement::kManual) {
+        return;
+    }
+    // Whatever a child does when it is placed, these stay.
+    const Controls kept = children_;
+    const auto layOut = arrangement_ == Arrangement::kRows ? layoutInRows : layoutInColumns;
+    layOut(*this, innerArea(), kept, optionsOf(*this));
+    // What wraps in its share of a row says only then how high it gets.
+    const auto wantsOtherHeight = [](const std::shared_ptr<Control>& child) {
+        return child->isVisible() && child->isAutoSized() &&
+               child->preferredSize().height != child->boundary().height();
+    };
+    if (arrangement_ == Arrangement::kRows && measuresChildren_ &&
+        std::any_of(kept.begin(), kept.end(), wantsOtherHeight)) {
+        layOut(*this, innerArea(), kept, optionsOf(*this));
     }
 }
 

@@ -51,7 +51,7 @@ bool ForkControl::setOpen(bool open) {
         body_->setVisible(open);
     }
     notify(kToggleExpandCollapse);
-    notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
+    tellHeight();
     return true;
 }
 
@@ -90,7 +90,7 @@ bool ForkControl::onReceiveMessage(const MessageKind& kind, MessageWord a, Messa
     if (kind == kChangePreferredHeight && open_) {
         // Something in the body is higher or lower now: so is the fork.
         takeHeight();
-        notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
+        tellHeight();
         return true;
     }
     return DrawnText::onReceiveMessage(kind, a, b);
@@ -119,8 +119,7 @@ void ForkControl::onJoinedSurface() {
     DrawnText::onJoinedSurface();
     if (open_) {
         // The height of the texts may be known only by now.
-        const std::int32_t width = boundary().width();
-        setSize({width, preferredSizeForWidth(width).height});
+        takeHeight();
     }
 }
 
@@ -128,6 +127,7 @@ void ForkControl::onDescriptorChanged() {
     if (open_) {
         takeHeight();
         arrange();
+        tellHeight();
     }
     DrawnText::onDescriptorChanged();
 }
@@ -166,10 +166,10 @@ Size ForkControl::withBody(Size body) const {
 void ForkControl::takeHeight() {
     const std::int32_t width = boundary().width();
     setSize({width, preferredSizeForWidth(width).height});
-    if (Control* parent = parentControl();
-        parent != nullptr && parent->arrangement() != Arrangement::kManual) {
-        parent->arrange();
-    }
+}
+
+void ForkControl::tellHeight() {
+    notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
 }
 
 }  // namespace zustd

@@ -2,9 +2,8 @@
 //
 // Controls to be shown and hidden are children of its body, not of the fork
 // itself. Clicks on the header, Space, Enter, Left and Right open and close;
-// the fork then takes the height that it needs, lets its parent arrange anew,
-// and sends kToggleExpandCollapse and kChangePreferredHeight. Forks may lie in
-// the bodies of others.
+// the fork then takes the height that it needs and sends kToggleExpandCollapse
+// and kChangePreferredHeight. Forks may lie in the bodies of others.
 #pragma once
 
 #include <cstdint>
@@ -46,6 +45,7 @@ private:
     void drawArrow(GraphicsService& graphics) const;
     Size withBody(Size body) const;
     void takeHeight();
+    void tellHeight();
 
     std::shared_ptr<Control> body_;
     bool open_ = false;

@@ -217,7 +217,6 @@ bool InputRouter::deliver(const std::shared_ptr<Control>& target, const MouseEve
 }
 
 void InputRouter::cancelPress() {
-    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     const std::shared_ptr<Control> held = pressed_.lock();
     const Button button = button_;
     button_ = Button::kNone;

@@ -118,7 +118,9 @@ private:
             }
             largest_.width = std::max(largest_.width, size.width);
             largest_.height = std::max(largest_.height, size.height);
-            const bool reachesBeyond = options_.wrap && x + size.width - 1 > area_.right;
+            // Moving a child keeps it out of negative coordinates.
+            const std::int64_t left = std::max<std::int64_t>(x, 0);
+            const bool reachesBeyond = options_.wrap && left + size.width - 1 > area_.right;
             if (breakBefore || reachesBeyond) {
                 openLine(i, size);
                 x = std::int64_t{area_.left} + spacing_.width + size.width;
@@ -162,7 +164,7 @@ private:
     }
 
     std::int64_t leftoverOf(const Line& line) const noexcept {
-        return std::int64_t{area_.width()} - line.width;
+        return std::int64_t{area_.right} - area_.left + 1 - line.width;
     }
 
     // The last auto-sized child gets what the division leaves over.
@@ -189,10 +191,11 @@ private:
         Size size = axis_.turn(child.boundary_.size());
         const std::int32_t before = size.width;
         const std::int32_t maximum = axis_.turn(child.maximumSize()).width;
-        size.width = std::max(saturate(before + extra), 1);
-        if (maximum > 0) {
-            size.width = std::max(std::min(size.width, maximum), 1);
+        size.width = saturate(before + extra);
+        if (maximum != 0) {
+            size.width = std::min(size.width, maximum);
         }
+        size.width = std::max(size.width, 1);
         child.boundary_ = axis_.turn(Rect::at({0, 0}, size));
         return std::int64_t{size.width} - before;
     }

@@ -1,7 +1,6 @@
 #include "ZuMarkupView.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <utility>
 
@@ -19,19 +18,6 @@ namespace {
 constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
 
 constexpr std::wstring_view kDelimiters = L" -";
-
-// Kinds whose words are pointers that a link does not have: those of these
-// classes, and two of Control's.
-constexpr std::array<std::wstring_view, 8> kRefusedClasses = {
-    L".Service",        L".ApplicationService", L".ChangeTracker",  L".Timer",
-    L".NativeGridView", L".NativeTreeView",     L".NativeComboBox", L".NativeTextBox"};
-
-bool maySendFromLink(const MessageKind& kind) noexcept {
-    return !(kind == Control::kClose) && !(kind == Control::kShouldScrollChildIntoView) &&
-           std::none_of(
-               kRefusedClasses.begin(), kRefusedClasses.end(),
-               [&kind](std::wstring_view refused) { return kind.name().ends_with(refused); });
-}
 
 // The text of a run: the five entities are characters, every other "&" is one
 // itself.
@@ -162,7 +148,21 @@ bool MarkupView::setWordWrap(bool wraps) {
     return true;
 }
 
-Size MarkupView::preferredSize() { return sizeWithin(layoutArea()); }
+bool MarkupView::setBoundary(const Rect& boundary) {
+    const std::int32_t width = Rect::at({}, boundary.size()).width();
+    if (!parsing_ && width != this->boundary().width()) {
+        givenWidth_ = width;
+    }
+    return Control::setBoundary(boundary);
+}
+
+Size MarkupView::preferredSize() {
+    Size size = sizeWithin(layoutArea());
+    if (isAutoSized()) {
+        size.height = sizeWithin(areaWithin(boundary().width())).height;
+    }
+    return size;
+}
 
 Size MarkupView::preferredSizeForWidth(std::int32_t width) {
     const std::int32_t maximum = maximumSize().width;
@@ -191,7 +191,12 @@ void MarkupView::parseMarkup() {
     {
         const ParseScope scope(*this);
         refresh();
+        const bool wasOnSurface = surface() != nullptr;
         removeAllChildren();
+        if (wasOnSurface && surface() == nullptr) {
+            waiting_ = true;
+            return;
+        }
         // What they have set meanwhile is what is parsed below.
         waiting_ = false;
         font_->reset();
@@ -467,17 +472,12 @@ void MarkupView::takeSize() {
         size.width = withinLimits({givenWidth_, size.height}).width;
     }
     setBoundary(Rect::at(boundary().position(), size));
-    takenWidth_ = boundary().width();
     layoutInRows(*this, innerArea(), children(), layoutOptions());
 }
 
 void MarkupView::arrangeChildren() {
     // Parsing sizes the view by itself.
     if (!parsing_) {
-        if (boundary().width() != takenWidth_) {
-            givenWidth_ = boundary().width();
-            takenWidth_ = 0;
-        }
         layoutInRows(*this, innerArea(), children(), layoutOptions());
     }
 }
@@ -509,7 +509,7 @@ void MarkupView::parseWhenPossible() {
 
 void MarkupView::sendFromLink(const MarkupLink& link) {
     const MessageKind* kind = MessageKind::find(link.message());
-    if (kind == nullptr || !maySendFromLink(*kind)) {
+    if (kind == nullptr || kind->words() != MessageWords::kNumbers) {
         ZU_TRACE(L"MarkupView::sendFromLink: no message '%ls' to send", link.message().c_str());
         return;
     }

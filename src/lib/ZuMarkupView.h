@@ -9,13 +9,13 @@
 // The markup may come from outside. Whatever it is, parsing takes time and
 // memory in proportion to its length, and no more than kMaxElements elements;
 // what is no markup is text or is passed over. A link sends the message that
-// it names only when there is such a kind and its words are the sender and a
-// number: those of the framework that carry pointers are refused. A program
-// that has more of that sort refuses them in an override of maySend.
+// it names only when there is such a kind and it says of itself that its words
+// are numbers (MessageWords::kNumbers).
 //
-// The view is as large as its text: parsing makes it so. A view that is
-// auto-sized keeps the width that it is given and takes the height alone, and
-// what places the view in a layout or scrolls it gives it any other size.
+// The view is as large as its text: parsing makes it so, and tells whoever
+// holds it. A view that is auto-sized keeps the width that it has and takes the
+// height alone, and what places the view in a layout or scrolls it gives it any
+// other size, which is forgotten with the next.
 #pragma once
 
 #include <cstddef>
@@ -104,8 +104,12 @@ public:
     // set; the rest is reset when parsing begins.
     FontDescriptor& font() noexcept { return *font_; }
 
+    // A width that differs is what words wrap at from now on.
+    bool setBoundary(const Rect& boundary) override;
     // Of the text, wrapped at the maximum width or else at the width that the
-    // view was given last, plus twice the margins; within the maximum size.
+    // program or the markup gave the view last, plus twice the margins; within
+    // the maximum size. Auto-sized, it is as high as the width that it has asks
+    // for.
     Size preferredSize() override;
     Size preferredSizeForWidth(std::int32_t width) override;
     // A left click on a link sends its message; the words are the view and 0.
@@ -170,10 +174,8 @@ private:
     std::shared_ptr<GraphicsService> graphics_;
     OpenLink link_;
     Rect layoutArea_;
-    // The width that others gave the view; 0 before.
+    // The width that program or markup gave the view; 0 before.
     std::int32_t givenWidth_ = 0;
-    // The width that the view took for its text, while it has it; otherwise 0.
-    std::int32_t takenWidth_ = 0;
     bool wordWrap_ = false;
     bool parsing_ = false;
     // The markup has not been parsed yet.

@@ -13,7 +13,7 @@ namespace zustd {
 constinit std::uint64_t MessageKind::compactMsgCounter_ = 0;
 constinit MessageKind* MessageKind::newest_ = nullptr;
 
-MessageKind::MessageKind(const wchar_t* name) : name_(name) {
+MessageKind::MessageKind(const wchar_t* name, MessageWords words) : name_(name), words_(words) {
     const std::uint64_t next = compactMsgCounter_ + 1;
     ZU_ASSERT_AS(next > 0 && next < 0x8000,
                  L"compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000", ZU_HERE);

@@ -31,6 +31,18 @@
 
 namespace zustd {
 
+// What the two words of a kind are, for whoever sends kinds that it does not
+// know. Unless a kind says so they may be anything.
+enum class MessageWords : std::uint32_t {
+    kUnsaid,
+    // The sender, of whatever class, and numbers.
+    kNumbers,
+    // A text and a number.
+    kText,
+    // One of them is an object of a certain class.
+    kObject,
+};
+
 // A kind of message: a readable name of the form event.Class and a compact
 // identifier of four hexadecimal digits, given in the order of construction.
 // Kinds are objects of static lifetime and are told apart by their address;
@@ -39,13 +51,14 @@ class MessageKind {
 public:
     // The name must outlive the kind. The 32,768th kind fails the assertion
     // "compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000".
-    explicit MessageKind(const wchar_t* name);
+    explicit MessageKind(const wchar_t* name, MessageWords words = MessageWords::kUnsaid);
     MessageKind(const MessageKind&) = delete;
     MessageKind& operator=(const MessageKind&) = delete;
     ~MessageKind();
 
     std::wstring_view name() const noexcept { return name_; }
     const std::wstring& compactId() const noexcept { return compactId_; }
+    MessageWords words() const noexcept { return words_; }
 
     // The living kind with this name, or null.
     static const MessageKind* find(std::wstring_view name) noexcept;
@@ -59,6 +72,7 @@ private:
     static MessageKind* newest_;
 
     std::wstring_view name_;
+    MessageWords words_;
     std::wstring compactId_;
     MessageKind* older_ = nullptr;
 };

@@ -46,6 +46,7 @@ bool NativeButton::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
 }
 
 bool NativeButton::setKind(ButtonKind kind) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (!change(kind_, kind)) {
         return false;
     }
@@ -54,6 +55,7 @@ bool NativeButton::setKind(ButtonKind kind) {
 }
 
 bool NativeButton::setChecked(bool checked) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (!change(checked_, checked)) {
         return false;
     }

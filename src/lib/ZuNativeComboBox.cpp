@@ -7,8 +7,10 @@
 
 namespace zustd {
 
-const MessageKind NativeComboBox::kSelectionChanged(L"selectionChanged.NativeComboBox");
-const MessageKind NativeComboBox::kTextChanged(L"textChanged.NativeComboBox");
+const MessageKind NativeComboBox::kSelectionChanged(L"selectionChanged.NativeComboBox",
+                                                    MessageWords::kObject);
+const MessageKind NativeComboBox::kTextChanged(L"textChanged.NativeComboBox",
+                                               MessageWords::kObject);
 
 namespace {
 

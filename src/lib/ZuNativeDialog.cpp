@@ -26,9 +26,13 @@ bool NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button)
     return true;
 }
 
+// Not held meanwhile: a modal dialog ends when its last owner drops it.
 int NativeDialog::show(bool modal) { return implementation().show(modal); }
 
-void NativeDialog::hide(int result) { implementation().hide(result); }
+void NativeDialog::hide(int result) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    implementation().hide(result);
+}
 
 bool NativeDialog::onKey(const KeyEvent& event) {
     if (event.key == kKeyEscape) {

@@ -5,11 +5,15 @@
 namespace zustd {
 
 const MessageKind NativeGridView::kBeforeDisplayRowTooltip(
-    L"beforeDisplayRowTooltip.NativeGridView");
-const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView");
-const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView");
-const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView");
-const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView");
+    L"beforeDisplayRowTooltip.NativeGridView", MessageWords::kObject);
+const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView",
+                                                     MessageWords::kObject);
+const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView",
+                                               MessageWords::kObject);
+const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView",
+                                                MessageWords::kObject);
+const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView",
+                                                    MessageWords::kObject);
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 namespace zustd {
 
-const MessageKind NativeTextBox::kTextChanged(L"textChanged.NativeTextBox");
+const MessageKind NativeTextBox::kTextChanged(L"textChanged.NativeTextBox", MessageWords::kObject);
 
 namespace {
 
@@ -47,6 +47,7 @@ bool NativeTextBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
 }
 
 bool NativeTextBox::setText(const std::wstring& text) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (!change(text_, normalized(text, maximumLength_))) {
         return false;
     }

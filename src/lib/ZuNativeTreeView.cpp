@@ -2,11 +2,16 @@
 
 namespace zustd {
 
-const MessageKind NativeTreeView::kCheckStateChanged(L"checkStateChanged.NativeTreeView");
-const MessageKind NativeTreeView::kNodeCollapsing(L"nodeCollapsing.NativeTreeView");
-const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView");
-const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView");
-const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView");
+const MessageKind NativeTreeView::kCheckStateChanged(L"checkStateChanged.NativeTreeView",
+                                                     MessageWords::kObject);
+const MessageKind NativeTreeView::kNodeCollapsing(L"nodeCollapsing.NativeTreeView",
+                                                  MessageWords::kObject);
+const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView",
+                                                 MessageWords::kObject);
+const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView",
+                                                MessageWords::kObject);
+const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView",
+                                                    MessageWords::kObject);
 
 namespace {
 
@@ -32,7 +37,10 @@ bool NativeTreeView::setCheckBoxes(bool checkBoxes) { return change(checkBoxes_,
 
 // --- Operations -----------------------------------------------------------------------------
 
-void NativeTreeView::setEnableRedraw(bool enable) { implementation().setEnableRedraw(enable); }
+void NativeTreeView::setEnableRedraw(bool enable) {
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    implementation().setEnableRedraw(enable);
+}
 
 TreeNode NativeTreeView::addRootNode(const std::wstring& key, const std::wstring& caption) {
     return noteChange(implementation().addRootNode(key, caption));

@@ -22,6 +22,22 @@ std::int32_t nearestView(std::int32_t position, std::int32_t extent, std::int32_
     return std::min(std::max(position, lowest), first);
 }
 
+// What the view does to its bars it announces itself, and what a layout does
+// nobody.
+class Silence {
+public:
+    explicit Silence(NativeScrollBar& bar) : bar_(bar), wasSending_(bar.isSendingEnabled()) {
+        bar.setSendingEnabled(false);
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+    ~Silence() { bar_.setSendingEnabled(wasSending_); }
+
+private:
+    NativeScrollBar& bar_;
+    bool wasSending_;
+};
+
 }  // namespace
 
 ScrollView::ScrollView() { setFocusable(true); }
@@ -37,8 +53,12 @@ void ScrollView::initialize() {
 }
 
 void ScrollView::setContent(const std::shared_ptr<Control>& content) {
+    // Receivers may drop what holds the caller's reference, or the view.
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const std::shared_ptr<Control> kept = content;
     viewport_->removeAllChildren();
-    content_ = content;
+    content_ = kept;
     position_ = {};
     if (content_) {
         viewport_->addChild(content_);
@@ -62,10 +82,10 @@ bool ScrollView::scrollTo(Point position) {
     if (position_ == before) {
         return false;
     }
+    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     content_->place(Rect::at(position_.negated(), content_->boundary().size()));
     viewport_->showChildren();
     showPosition();
-    const std::shared_ptr<Control> self = sharedReference<Control>(this);
     const Point now = position_;
     if (now.x != before.x) {
         notify(kScrolled, MessageWord(std::intptr_t{now.x}));
@@ -148,7 +168,7 @@ bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
         if (sender == nullptr || (!vertical && sender != horizontalBar_.get())) {
             return false;
         }
-        if (!showing_ && !(kind == kScrolled)) {
+        if (!(kind == kScrolled)) {
             scrollTo(vertical ? Point{position_.x, position()} : Point{position(), position_.y});
         }
         return true;
@@ -244,7 +264,7 @@ void ScrollView::arrangeChildren() {
 
 void ScrollView::onJoinedSurface() {
     Control::onJoinedSurface();
-    arrangeChildren();
+    arrange();
 }
 
 Size ScrollView::measureContent(Size room) {
@@ -290,6 +310,7 @@ void ScrollView::placeBars(Size room, Size thickness) {
             return;
         }
         const ControlUpdate update(*bar);
+        const Silence silence(*bar);
         if (needed) {
             bar->setBoundary(place);
             bar->setRange(0, std::max(extent - 1, 0));
@@ -298,7 +319,6 @@ void ScrollView::placeBars(Size room, Size thickness) {
         }
         bar->setVisible(needed);
     };
-    showing_ = true;
     show(
         verticalBar_.get(), thickness.width > 0,
         Rect::at({saturatedSum(inner.left, room.width), inner.top}, {thickness.width, room.height}),
@@ -307,19 +327,16 @@ void ScrollView::placeBars(Size room, Size thickness) {
          Rect::at({inner.left, saturatedSum(inner.top, room.height)},
                   {room.width, thickness.height}),
          content.width, room.width);
-    showing_ = false;
     showPosition();
 }
 
 void ScrollView::showPosition() {
-    showing_ = true;
-    if (verticalBar_) {
-        verticalBar_->setPosition(position_.y);
+    for (NativeScrollBar* bar : {verticalBar_.get(), horizontalBar_.get()}) {
+        if (bar != nullptr) {
+            const Silence silence(*bar);
+            bar->setPosition(bar->isVertical() ? position_.y : position_.x);
+        }
     }
-    if (horizontalBar_) {
-        horizontalBar_->setPosition(position_.x);
-    }
-    showing_ = false;
 }
 
 std::int32_t ScrollView::lineSize() const { return std::max(scale(kLine), 1); }

@@ -2,9 +2,9 @@
 //
 // The content lies in a viewport that cuts it. Scroll bars, the system's own,
 // appear beside the viewport when the content does not fit and disappear when
-// it does. The content is as wide as the viewport, or wider where it cannot be
-// narrower, and as high as it wants to be for that width, but not lower than
-// the viewport.
+// it does; they scroll in silence when the view does. The content is as wide as the viewport, or
+// wider where it cannot be narrower, and as high as it wants to be for that width, but not lower
+// than the viewport.
 //
 // Wheel, arrows, Page Up, Page Down, Home and End scroll. A control inside that
 // gets the focus, or asks for it with kShouldScrollChildIntoView, is scrolled
@@ -84,7 +84,6 @@ private:
     Point position_;
     // What turns of the wheel have left over, in 120ths of a pixel.
     std::int64_t wheelRest_ = 0;
-    bool showing_ = false;
 };
 
 // A scroll view of a T, which it makes.

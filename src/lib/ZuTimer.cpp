@@ -4,7 +4,7 @@
 
 namespace zustd {
 
-const MessageKind Timer::kTimerTick(L"timerTick.Timer");
+const MessageKind Timer::kTimerTick(L"timerTick.Timer", MessageWords::kObject);
 
 bool Timer::start() { return implementation().start(); }
 

@@ -4,9 +4,9 @@
 
 #include <malloc.h>
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <new>
@@ -22,6 +22,10 @@ std::atomic<long> allowedAllocations{-1};
 std::atomic<bool> allocationFailed{false};
 std::atomic<std::int64_t> liveBytes{0};
 std::atomic<std::int64_t> peakBytes{0};
+// What was released last.
+constexpr std::size_t kMostKept = 4096;
+std::array<std::atomic<void*>, 4096> kept{};
+std::atomic<std::size_t> keptCount{0};
 
 void* allocate(std::size_t size) noexcept {
     if (allowedAllocations >= 0 && allowedAllocations-- == 0) {
@@ -37,6 +41,20 @@ void* allocate(std::size_t size) noexcept {
     return memory;
 }
 
+unsigned char poisonAt(std::size_t i) noexcept {
+    return static_cast<unsigned char>(0x80 | (i & 0x3F));
+}
+
+bool isPoisoned(void* memory) noexcept {
+    const auto* bytes = static_cast<const unsigned char*>(memory);
+    const std::size_t size = _msize(memory);
+    std::size_t i = 0;
+    while (i < size && bytes[i] == poisonAt(i)) {
+        ++i;
+    }
+    return i == size;
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {
@@ -48,10 +66,18 @@ void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
         liveBytes -= static_cast<std::int64_t>(size);
-        // Whoever still looks at it shall notice; the barrier keeps the stores.
-        std::memset(memory, 0xDD, size);
+        // Whoever still looks at it shall notice: a word and the next ones are not
+        // the same, and none is an address. The barrier keeps the stores.
+        for (std::size_t i = 0; i < size; ++i) {
+            static_cast<unsigned char*>(memory)[i] = poisonAt(i);
+        }
         asm volatile("" : : "r"(memory) : "memory");
-        std::free(memory);
+        // Nor shall it be somebody else's soon; nobody writes there meanwhile.
+        void* last = size > kMostKept ? memory : kept[keptCount++ % kept.size()].exchange(memory);
+        if (last != nullptr && !isPoisoned(last)) {
+            std::abort();
+        }
+        std::free(last);
     }
 }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
@@ -175,9 +201,9 @@ std::wstring xmlOf(const ISerializable& value) {
 }
 
 bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) {
-    const bool hasKey = kind.name().ends_with(L".ChangeTracker");
+    const bool isText = kind.words() == MessageWords::kText;
     log.push_back(std::wstring(kind.name()) + L" " +
-                  (hasKey ? a.text() : std::to_wstring(a.number())));
+                  (isText ? a.text() : std::to_wstring(a.number())));
     std::exchange(next, [] {})();
     return true;
 }

@@ -23,12 +23,14 @@ std::wstring textOf(Color color) {
 std::wstring textOf(const Bitmap& bitmap) { return textOf(bitmap.resource().identifier); }
 
 int RecordingDialog::show(bool) {
+    const Shared<NativeDialog> self = sharedReference(&getAbstraction());
     synchronizeWithAbstraction();
     getAbstraction().acceptOpen();
     return kAnswerNone;
 }
 
 void RecordingDialog::hide(int result) {
+    whileNativeChanges(getAbstraction());
     if (getAbstraction().isOpen()) {
         getAbstraction().acceptClosed(result);
     }

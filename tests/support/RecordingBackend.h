@@ -8,6 +8,7 @@
 #pragma once
 
 #include <concepts>
+#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -71,6 +72,10 @@ struct ShownState {
     friend bool operator==(const ShownState&, const ShownState&) = default;
 };
 
+// Called whenever a native object is made, brought up to date or given up:
+// windows tell all sorts of things meanwhile.
+inline std::function<void(Control&)> whileNativeChanges = [](Control&) {};
+
 // A widget's backend. The life of the native object is counted: it is made by
 // the first synchronisation.
 template <class Base>
@@ -82,11 +87,15 @@ public:
         ++synchronized;
         const Control& control = this->getAbstraction();
         shown = {control.boundaryOnSurface(), control.isShown(), control.isUsable()};
+        whileNativeChanges(this->getAbstraction());
         fill();
     }
     void releaseNativeObject() override {
-        released += native_ ? 1U : 0U;
-        native_ = false;
+        if (native_) {
+            native_ = false;
+            whileNativeChanges(this->getAbstraction());
+            ++released;
+        }
     }
     bool hasNativeObject() const override { return native_; }
 
@@ -116,10 +125,13 @@ public:
     void hide(int result) override;
 };
 
-// Nothing is ever chosen.
+// What is chosen is always 1.
 class RecordingPopupMenu : public RecordingWidget<NativePopupMenu, INativePopupMenuImpl> {
 public:
-    std::uint32_t show(Point) override { return 0; }
+    std::uint32_t show(Point) override {
+        whileNativeChanges(getAbstraction());
+        return 1;
+    }
 };
 
 class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScrollBarImpl> {

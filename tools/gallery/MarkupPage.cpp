@@ -7,8 +7,8 @@ namespace zustd::gallery {
 
 namespace {
 
-const MessageKind kLinkOne(L"linkOne.Gallery");
-const MessageKind kLinkTwo(L"linkTwo.Gallery");
+const MessageKind kLinkOne(L"linkOne.Gallery", MessageWords::kNumbers);
+const MessageKind kLinkTwo(L"linkTwo.Gallery", MessageWords::kNumbers);
 
 constexpr wchar_t kPlain[] =
     L"<control hmargin=\"8\" vmargin=\"4\" vspacing=\"2\">"

@@ -1,0 +1,398 @@
+// Receivers that end whoever is sending to them.
+#include "ZuButton.h"
+#include "ZuForkControl.h"
+#include "ZuIcon.h"
+#include "ZuLabel.h"
+#include "ZuLink.h"
+#include "ZuMarkupView.h"
+#include "ZuScrollable.h"
+#include "support/ToolkitTest.h"
+
+namespace zustd {
+namespace {
+
+using namespace test;
+
+// Tells something from inside of its hooks.
+class Telling : public Control {
+protected:
+    void drawSelf(GraphicsService&) override { notify(kUnselected); }
+    void onInputStateChanged() override { notify(kUnselected); }
+    void arrangeChildren() override {
+        notify(kUnselected);
+        Control::arrangeChildren();
+    }
+};
+
+// A control beside another one on a page, on a surface or on nothing. It has the
+// focus and is pressed; nobody else holds any of them, not even weakly, so that
+// their memory is gone with them.
+struct Scene {
+    Scene(bool onSurface, const std::function<std::shared_ptr<Control>()>& make) {
+        if (onSurface) {
+            top = host->createNativeWindow();
+            top->setBoundary({0, 0, 199, 199});
+            top->synchronizeTree();
+        }
+        top->addChild(makeControl<Control>());
+        page = top->children()[0].get();
+        page->setBoundary({0, 0, 99, 99});
+        page->setArrangement(Arrangement::kRows);
+        page->addChild(make());
+        page->addChild(host->createNativeTextBox());
+        control = page->children()[0].get();
+        control->setFocusable(true);
+        control->setBoundary({0, 0, 49, 49});
+        if (onSurface) {
+            top->inputRouter()->routeMouse({MouseAction::kMove, {5, 5}});
+            top->inputRouter()->routeMouse({MouseAction::kLeftDown, {5, 5}});
+            control->takeFocus();
+        }
+    }
+    static void listenTo(Control& listened, const std::shared_ptr<MessageSink>& sink) {
+        listened.connect(sink, false);
+        for (const auto& child : listened.children()) {
+            listenTo(*child, sink);
+        }
+    }
+    // Ends the control, its parent or all.
+    void end(int what) {
+        const std::shared_ptr<Control> held = top;
+        if (what == 2) {
+            top.reset();
+        } else if (held) {
+            removeFrom(*held, what == 1 ? page : control);
+        }
+    }
+    static void removeFrom(Control& holder, const Control* gone) {
+        for (const std::shared_ptr<Control>& child : Controls(holder.children())) {
+            if (child.get() == gone) {
+                holder.removeChild(gone);
+            } else {
+                removeFrom(*child, gone);
+            }
+        }
+    }
+
+    std::shared_ptr<WindowService> host = makeRecordingWindowService();
+    std::shared_ptr<Control> top = makeControl<Control>();
+    Control* page = nullptr;
+    Control* control = nullptr;
+};
+
+class ReceiverTest : public ::testing::Test {
+protected:
+    ReceiverTest() {
+        whileNativeChanges = [](Control& control) { control.notify(Control::kUnselected); };
+    }
+    ~ReceiverTest() override {
+        whileNativeChanges = [](Control&) {};
+    }
+
+    // Runs an operation as often as it sends messages, and ends the control at
+    // another one of them each time. It must send some.
+    template <class T>
+    void survives(const std::function<std::shared_ptr<T>()>& make,
+                  std::initializer_list<void (*)(std::type_identity_t<T>&)> operations) {
+        int number = 0;
+        for (const auto operation : operations) {
+            int sent = 0;
+
+            for (int round = 0; round < 6; ++round) {
+                SCOPED_TRACE(testing::Message() << number << " " << round);
+                for (int at = 0; at < sentIn(round, make, operation, at, sent); ++at) {
+                }
+            }
+            EXPECT_GT(sent, 0) << number;
+            ++number;
+        }
+    }
+
+private:
+    template <class T>
+    static int sentIn(int round, const std::function<std::shared_ptr<T>()>& make,
+                      void (*operation)(T&), int at, int& sent) {
+        int count = 0;
+        Scene scene(round % 2 == 0, make);
+        const auto ends = std::make_shared<FunctionSink>([&](auto&&...) {
+            if (count++ == at) {
+                scene.end(round / 2);
+            }
+        });
+        Scene::listenTo(*scene.top, ends);
+        operation(dynamic_cast<T&>(*scene.control));
+        sent += count;
+        if (round / 2 == 2 && count > at) {
+            EXPECT_EQ(ends.use_count(), 1) << at;
+        }
+        scene.top.reset();
+        return count;
+    }
+};
+
+Control& other(Control& control) { return *control.requireParent().children()[1]; }
+
+std::shared_ptr<ColorsDescriptor> redOnes() {
+    auto colors = std::make_shared<ColorsDescriptor>();
+    colors->setColor(ColorRole::kText, Color::rgb(255, 0, 0));
+    return colors;
+}
+
+std::shared_ptr<FontDescriptor> someFont() { return std::make_shared<FontDescriptor>(); }
+
+std::shared_ptr<TextDescriptor> someText() { return std::make_shared<TextDescriptor>(L"text"); }
+
+// clang-format off
+TEST_F(ReceiverTest, control_endedByAReceiver_survivesEveryOperation) {
+    const auto make = [] {
+        auto control = makeControl<Telling>();
+        control->setColors(redOnes());
+        control->setCursor(MouseCursor::kHand);
+        control->addChild(makeRecordingWindowService()->createNativeButton());
+        control->addChild(makeControl<Control>());
+        return control;
+    };
+    survives<Control>(
+        make, {[](auto& c) { c.addChild(c.requireParent().children()[1]); },
+         [](auto& c) { c.insertChild(0, c.children()[1]); },
+         [](auto& c) { c.insertChild(0, makeControl<MarkupView>(L"text")); },
+         [](auto& c) { other(c).addChild(c.children()[0]); },
+         [](auto& c) { c.surface() ? c.surface()->addChild(sharedReference(&c)) : c.refresh(); },
+         [](auto& c) { c.removeChild(c.children()[0].get()); },
+         [](auto& c) { c.removeAllChildren(); },
+         [](auto& c) { c.requireParent().removeAllChildren(); },
+         [](auto& c) { c.setBoundary({1, 2, 30, 40}); }, [](auto& c) { c.moveTo({3, 4}); },
+         [](auto& c) { c.setSize({7, 8}); }, [](auto& c) { c.setArrangement(Arrangement::kRows); },
+         [](auto& c) { c.setWraps(true); }, [](auto& c) { c.setUniform(true, true); },
+         [](auto& c) { c.setMeasuresChildren(false); }, [](auto& c) { c.setSpacing(1, 1); },
+         [](auto& c) { c.setMargins(1, 1); },
+         [](auto& c) { c.setAlignment(Alignment::kEnd, Alignment::kEnd); },
+         [](auto& c) { c.setAutoSized(true); }, [](auto& c) { c.setMinimumSize({1, 1}); },
+         [](auto& c) { c.setMaximumSize({1, 1}); }, [](auto& c) { c.setBreaksLineAfter(true); },
+         [](auto& c) { c.arrange(); }, [](auto& c) { c.place({0, 0, 9, 9}); },
+         [](auto& c) { c.requireParent().arrange(); }, [](auto& c) { c.showChildren(); },
+         [](auto& c) { c.setVisible(false); }, [](auto& c) { c.setEnabled(false); },
+         [](auto& c) { c.setColors(nullptr); }, [](auto& c) { c.setColors(redOnes()); },
+         [](auto& c) {
+             const std::shared_ptr<ColorsDescriptor> colors = c.colors();
+             colors->setColor(ColorRole::kText, Color::rgb(0, 0, 0));
+         },
+         [](auto& c) { c.refresh(); }, [](auto& c) { c.synchronizeTree(); },
+         [](auto& c) { c.releaseTree(); },
+         [](auto& c) { c.notify(Control::kChangePreferredHeight); }, [](auto& c) {
+             if (c.surface() != nullptr) { c.surface()->drawAsRoot(*c.graphicsService()); }
+         },
+         [](auto& c) { c.acceptHover(!c.isHovered()); },
+         [](auto& c) { c.acceptPress(true, !c.isLeftPressed()); },
+         [](auto& c) { c.acceptPress(false, true); },
+         [](auto& c) { c.acceptFocus(!c.hasFocus()); }});
+}
+
+// An event of the mouse on the surface; 0 and 60 are the control and its neighbour.
+template <MouseAction kAction, std::int32_t kX = 40>
+void mouse(Control& c) {
+    if (Control* surface = c.surface()) {
+        surface->inputRouter()->routeMouse({kAction, {kX, 40}, 120});
+    }
+}
+template <std::uint32_t kKey>
+void key(Control& c) {
+    if (Control* surface = c.surface()) {
+        surface->inputRouter()->routeKey({kKey, 0});
+    }
+}
+
+TEST_F(ReceiverTest, surface_endedByAReceiver_survivesEveryEvent) {
+    survives<Control>(
+        [] {
+             auto control = makeControl<Telling>();
+             control->setDraggable(true);
+             return control;
+        },
+        {mouse<MouseAction::kMove, 55>, mouse<MouseAction::kLeave>, mouse<MouseAction::kLeftUp>,
+         mouse<MouseAction::kWheel>, key<kKeyTab>, key<kKeyDown>, key<'X'>,
+         [](auto& c) { other(c).takeFocus(); }, [](auto& c) {
+             if (Control* surface = c.surface()) {
+             surface->inputRouter()->cancelPress();
+         }
+         },
+         [](auto& c) {
+             if (Control* surface = c.surface()) {
+             surface->inputRouter()->acceptFocus(nullptr);
+         }
+         }});
+}
+
+TEST_F(ReceiverTest, drawnWidgets_endedByAReceiver_surviveEveryOperation) {
+    survives<Label>([] { return makeControl<Label>(L"old"); },
+         {[](auto& c) { c.setText(L"new"); }, [](auto& c) { c.setFont(someFont()); },
+         [](auto& c) { c.setTextAlignment(TextAlignment::kEnd, TextAlignment::kEnd); },
+         [](auto& c) { c.setWordWrap(true); }, [](auto& c) { c.setAccessKeys(true); }});
+    survives<Link>([] { return makeControl<Link>(L"link"); }, {[](auto& c) { c.click(); },
+         [](Link& c) { c.onKey({kKeyEnter, 0}); }});
+    survives<Icon>(
+        [] { return makeControl<Icon>(); },
+        {[](auto& c) { c.setBitmap(std::make_shared<BitmapDescriptor>(7)); },
+         [](auto& c) { c.setBitmapVisible(false); }, [](auto& c) { c.setOpacity(0.5); }});
+    const auto toggle = [] {
+        auto button = makeControl<Button>(L"Go");
+        button->setToggles(true);
+        return button;
+    };
+    survives<Button>(toggle, {[](auto& c) { c.setBitmap(std::make_shared<BitmapDescriptor>(7)); },
+         [](auto& c) { c.setChecked(true); }, [](Button& c) { c.click(); },
+         [](auto& c) { c.onKey({kKeySpace, 0}); }});
+    const auto fork = [] {
+        auto made = makeControl<ForkControl>(L"More");
+        made->body().addChild(makeRecordingWindowService()->createNativeButton());
+        made->body().addChild(makeControl<MarkupView>(L"text"));
+        made->body().children()[0]->setFocusable(true);
+        made->setFont(someFont());
+        made->setOpen(true);
+        return made;
+    };
+    survives<ForkControl>(
+        fork, {[](auto& c) { c.setOpen(false); }, [](auto& c) { c.notify(Control::kLeftClicked); },
+         [](auto& c) { c.body().notify(Control::kChangePreferredHeight); }, [](auto& c) {
+             const auto font = c.fontDescriptor();
+             font->setSize(30);
+         }});
+}
+
+TEST_F(ReceiverTest, views_endedByAReceiver_surviveEveryOperation) {
+    const auto markup = [] {
+        return makeControl<MarkupView>(L"<a leftclickmessage=\"selected.Control\">link</a>");
+    };
+    survives<MarkupView>(markup, {[](auto& c) { c.setMarkup(L"<b>other"); },
+         [](auto& c) { c.surface() ? c.parseMarkup() : c.refresh(); },
+         [](auto& c) { c.setWordWrap(true); }, [](auto& c) {
+             const auto font = sharedReference(&c.font());
+             font->setFaceName(L"Courier");
+         },
+         [](auto& c) {
+             if (!c.children().empty()) { c.children()[0]->onKey({kKeyEnter, 0}); }
+         }});
+    const auto scrolled = [] {
+        auto view = makeControl<Scrollable<MarkupView>>();
+        view->content().setMarkup(L"a<br/>b<br/>c<br/>" + std::wstring(20, L'd'));
+        view->content().setMinimumSize({200, 200});
+        view->content().setBoundary({0, 0, 199, 199});
+        return view;
+    };
+    survives<ScrollView>(
+        scrolled, {[](auto& c) { c.setContent(c.requireParent().children()[1]); },
+         [](auto& c) { c.setContent(nullptr); }, [](auto& c) { c.scrollTo({9, 9}); },
+         [](auto& c) { c.onKey({kKeyPageDown, 0}); },
+         [](auto& c) { c.onMouse({MouseAction::kWheel, {}, -120}); },
+         [](auto& c) { c.contentControl()->notify(Control::kEnterLeftClicking); },
+         [](auto& c) { c.contentControl()->notify(Control::kChangePreferredHeight); },
+         [](auto& c) {
+             if (c.scrollBar(true)) { c.scrollBar(true)->acceptPosition(5); }
+         }});
+}
+
+// What the host makes.
+template <class T>
+std::function<std::shared_ptr<T>()> native(
+    std::shared_ptr<T> (WindowService::*make)(), std::function<void(T&)> prepare = [](T&) {}) {
+    return [=] {
+        const std::shared_ptr<T> made = (*makeRecordingWindowService().*make)();
+        prepare(*made);
+        return made;
+    };
+}
+
+TEST_F(ReceiverTest, nativeWidgets_endedByAReceiver_surviveEveryOperation) {
+    survives(native<NativeButton>(&WindowService::createNativeButton,
+         [](auto& c) { c.setKind(ButtonKind::kCheck); }),
+         {[](auto& c) { c.setCaption(someText()); }, [](auto& c) { c.setFont(someFont()); },
+         [](auto& c) { c.setBitmap(std::make_shared<BitmapDescriptor>(7)); },
+         [](auto& c) { c.setKind(ButtonKind::kRadio); }, [](auto& c) { c.setChecked(true); },
+         [](NativeButton& c) { c.click(); }});
+    survives(native<NativeButton>(&WindowService::createNativeButton,
+         [](auto& c) { c.setKind(ButtonKind::kRadio); }),
+         {[](auto& c) { c.setChecked(true); }, [](NativeButton& c) { c.click(); }});
+    survives(native<NativeComboBox>(&WindowService::createNativeComboBox,
+         [](auto& c) {
+             c.addItem(L"one");
+             c.setEditable(true);
+             c.setText(L"free");
+         }),
+         {[](auto& c) { c.setCaption(someText()); }, [](auto& c) { c.setFont(someFont()); },
+         [](auto& c) { c.setEditable(false); }, [](auto& c) { c.setText(L"one"); },
+         [](auto& c) { c.acceptSelection(0); }, [](auto& c) { c.acceptText(L"other"); }});
+    survives(
+        native<NativeTextBox>(&WindowService::createNativeTextBox,
+         [](auto& c) { c.setText(L"long text"); }),
+        {[](auto& c) { c.setWatermark(someText()); }, [](auto& c) { c.setFont(someFont()); },
+         [](auto& c) { c.setText(L"one"); }, [](auto& c) { c.setKind(TextBoxKind::kMultiLine); },
+         [](auto& c) { c.setReadOnly(true); }, [](auto& c) { c.refresh(); },
+         [](auto& c) { c.setMaximumLength(3); }, [](auto& c) { c.acceptText(L"other"); }});
+    survives<NativeScrollBar>(
+        [] { return makeRecordingWindowService()->createNativeScrollBar(true); },
+        {[](auto& c) { c.setVertical(false); }, [](auto& c) { c.setRange(7, 9); },
+         [](auto& c) { c.setPosition(5); }, [](auto& c) { c.onKey({kKeyDown, 0}); },
+         [](auto& c) { c.onMouse({MouseAction::kWheel, {}, -120}); },
+         [](auto& c) { c.acceptPosition(5); }});
+    survives(native<NativePopupMenu>(&WindowService::createNativePopupMenu),
+         {[](auto& c) { c.setItems({{}, {}}); },
+         [](auto& c) { c.addItem(7, L"seven"); }, [](auto& c) { c.addSeparator(); },
+         [](auto& c) { c.show({}); }});
+}
+
+TEST_F(ReceiverTest, itemViews_endedByAReceiver_surviveEveryOperation) {
+    survives(native<NativeGridView>(&WindowService::createNativeGridView,
+         [](auto& c) {
+             c.addRow(L"a");
+             c.addRow(L"b");
+             c.selectAllRows();
+         }),
+         {[](auto& c) { c.setFont(someFont()); },
+         [](auto& c) { c.setColumns({{L"Name", 80}}); },
+         [](auto& c) { c.setHeader(false); }, [](auto& c) { c.setCheckBoxes(true); },
+         [](auto& c) { c.setMultiSelect(false); }, [](auto& c) {
+             const ControlUpdate update(c);
+             c.addRow(L"c");
+         },
+         [](auto& c) { c.acceptChecked(0, true); }, [](auto& c) {
+             c.acceptSelected(0, 1, false);
+             c.acceptSelectionDone();
+         },
+         [](auto& c) { c.acceptLeftClick(0); }, [](auto& c) { c.acceptTooltipRequest(0); }});
+    survives(native<NativeTreeView>(&WindowService::createNativeTreeView,
+         [](auto& c) { c.addRootNode(L"a", L""); }),
+         {[](auto& c) { c.setFont(someFont()); }, [](auto& c) { c.setCheckBoxes(true); },
+         [](auto& c) {
+             c.setEnableRedraw(false);
+             c.addRootNode(L"b", L"");
+             c.setEnableRedraw(true);
+         },
+         [](auto& c) {
+             const ControlUpdate update(c);
+             c.clear();
+         },
+         [](auto& c) { c.acceptSelection(c.getFirstRootNode()); },
+         [](auto& c) { c.acceptChecked(c.getFirstRootNode(), true); },
+         [](auto& c) { c.acceptExpanding(c.getFirstRootNode(), true); }});
+}
+
+TEST_F(ReceiverTest, surfaces_endedByAReceiver_surviveEveryOperation) {
+    survives(
+        native<NativeDialog>(&WindowService::createNativeDialog,
+         [](auto& c) { c.addChild(c.windowService()->createNativeButton()); }),
+        {[](auto& c) { c.setCaption(someText()); },
+         [](auto& c) { c.setDefaultButton(makeControl<NativeButton>()); },
+         [](auto& c) { c.show(false); }, [](auto& c) { c.acceptSize({70, 70}); },
+         [](auto& c) { c.acceptClose(); }, [](auto& c) { c.hide(0); },
+         [](auto& c) { c.onKey({kKeyEscape, 0}); },
+         [](auto& c) { c.notify(Control::kEnterFocus); }});
+    survives(
+        native<NativeWindow>(&WindowService::createNativeWindow,
+         [](auto& c) { c.addChild(c.windowService()->createNativeButton()); }),
+        {[](auto& c) { c.setCaption(someText()); }, [](auto& c) { c.acceptSize({70, 70}); },
+         [](auto& c) { c.acceptClose(); }});
+}
+// clang-format on
+
+}  // namespace
+}  // namespace zustd
