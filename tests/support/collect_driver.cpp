@@ -3,20 +3,29 @@
 // deleted at every start. A copy of this program runs on an older Windows.
 //
 // usage: collect_driver [light] [ocat] [NAME=value...]
+//        collect_driver probe         the add-in's connection alone, in a second
 
 #include <cstdlib>
 #include <memory>
 #include <string>
 
 #include "Diagnostics.h"
+#include "ProbeProcess.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuServiceLocator.h"
 
 int wmain(int argc, wchar_t** argv) {
+    if (zuplutil::runAsProbeProcess(argc, argv)) {
+        return 0;
+    }
     bool light = false;
     bool ocat = false;
     for (int i = 1; i < argc; ++i) {
         const std::wstring argument = argv[i];
+        if (argument == L"probe") {
+            zuplutil::probeAddin("probe.log", 1);
+            return 0;
+        }
         if (argument.find(L'=') != std::wstring::npos) {
             _wputenv(argument.c_str());
         }
