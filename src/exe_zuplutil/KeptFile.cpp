@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ZuDirectory.h"
+#include "ZuHandleWin32Gdi.h"
 
 namespace zuplutil {
 
@@ -79,6 +80,12 @@ bool readFile(const std::wstring& name, std::optional<std::string>& content) {
 }
 
 }  // namespace
+
+void* KeptFile::FileTraits::invalid() noexcept { return INVALID_HANDLE_VALUE; }
+
+void KeptFile::FileTraits::close(void* file) noexcept {
+    zustd::FileHandleTraits<&CloseHandle>::close(file);
+}
 
 std::optional<KeptFile> KeptFile::keep(const std::wstring& file,
                                        const std::vector<std::string>& ours) {

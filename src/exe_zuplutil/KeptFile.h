@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "ZuHandleWin32Gdi.h"
+#include "ZuHandle.h"
 
 namespace zuplutil {
 
@@ -49,7 +49,13 @@ public:
     void forget() noexcept;
 
 private:
-    using File = zustd::Handle<zustd::FileHandleTraits<&CloseHandle>>;
+    // An open file of the system's.
+    struct FileTraits {
+        using Type = void*;
+        static Type invalid() noexcept;
+        static void close(Type file) noexcept;
+    };
+    using File = zustd::Handle<FileTraits>;
     using Content = std::optional<std::string>;
 
     KeptFile(std::wstring file, File keeping)

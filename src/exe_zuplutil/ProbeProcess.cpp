@@ -24,6 +24,7 @@ enum class Progress : std::uint32_t { kRunning, kDone, kThrew };
 // What parent and child share; all zero at first.
 struct Report {
     DWORD parent;
+    // A current directory has at most 260 characters.
     std::array<char, 4096> logFile;
     std::atomic<Progress> progress;
     // How much of the text there is.
@@ -91,7 +92,7 @@ void connect(Report& report) {
 // --- The parent -----------------------------------------------------------------
 
 std::wstring ownPath() {
-    std::wstring path(32 * 1024, L'\0');
+    std::wstring path(std::size_t{32} * 1024, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     return path;
 }
@@ -205,7 +206,8 @@ std::string probe(const std::string& logFile, unsigned seconds) {
 
 void probeAddin(const std::string& logName, unsigned seconds) {
     // As a whole path: the add-in may go to another directory.
-    const std::string logFile = toNarrowPath(getCurrentDirectory()) + "\\" + logName;
+    const std::string directory = toNarrowPath(getCurrentDirectory());
+    const std::string logFile = directory.empty() ? logName : directory + "\\" + logName;
     if (const std::string failure = probe(logFile, seconds); !failure.empty()) {
         printAndRecord("%s\n", failure.c_str());
         appendLine(logFile, failure);

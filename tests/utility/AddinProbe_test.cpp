@@ -121,10 +121,36 @@ TEST_F(AddinProbeTest, AUtilityKilledWhileItProbesTakesTheAddinAlongAndTheNextRu
         EXPECT_TRUE(utility.waitFor("created Pellory.Connect\n"));
         EXPECT_EQ(read(config()), debugConfig("y", "misc-pelloryconnect.log", "10", "1"));
         utility.killAlone();
+        if (!mine.empty()) {
+            const LockedFile lock(config());
+            EXPECT_TRUE(
+                run({L"foo"}, 1)
+                    .starts_with(
+                        std::string(kBanner) +
+                        "Could not put back the debug settings that an interrupted run changed ("));
+        }
         EXPECT_EQ(run({L"foo"}, 1), kBanner + mended());
         EXPECT_EQ(read(config()), mine);
         EXPECT_EQ(fs::exists(config()), !mine.empty());
     }
+}
+
+TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep) {
+    const RegisteredAddin addin(library_);
+    environment_[L"PELLORY_ADDIN"] = L"hangs";
+    const std::string mine = debugConfig("n", "$(auto)", "7", "3");
+    write(config(), mine);
+    recordOnly();
+    FreeConsole();
+    ASSERT_TRUE(AllocConsole()) << GetLastError();
+    SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE);
+    UtilityProcess& utility = start(kStandard);
+    EXPECT_TRUE(utility.waitFor("created Pellory.Connect\n"));
+    GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+    EXPECT_EQ(utility.exitCode(), static_cast<int>(0xC000013A));
+    EXPECT_TRUE(utility.output().ends_with("created Pellory.Connect\n"));
+    EXPECT_EQ(joined(changes()).find(kData), std::string::npos) << joined(changes());
+    FreeConsole();
 }
 
 TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwardsAndLogsStay) {
