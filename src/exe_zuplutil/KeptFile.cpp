@@ -63,8 +63,21 @@ void removeOpen(HANDLE file) {
     SetFileInformationByHandle(file, FileDispositionInfo, &information, sizeof(information));
 }
 
-HANDLE openExisting(const std::wstring& name, DWORD access, DWORD disposition = OPEN_EXISTING) {
+HANDLE openFile(const std::wstring& name, DWORD access, DWORD disposition = OPEN_EXISTING) {
     return CreateFileW(name.c_str(), access, FILE_SHARE_READ, nullptr, disposition, 0, nullptr);
+}
+
+// A file that was just removed is in the way as long as a scanner has it open.
+HANDLE create(const std::wstring& name) {
+    constexpr int kAttempts = 20;
+    for (int i = 1;; ++i) {
+        const HANDLE file = openFile(name, GENERIC_WRITE | DELETE, CREATE_NEW);
+        if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_ACCESS_DENIED ||
+            i == kAttempts) {
+            return file;
+        }
+        Sleep(50);
+    }
 }
 
 // False when the file cannot be read; no content when there is none.
@@ -98,7 +111,7 @@ std::optional<KeptFile> KeptFile::keep(const std::wstring& file,
     for (const std::string& content : ours) {
         appendItem(bytes, kOurs, content);
     }
-    KeptFile kept(file, File(openExisting(keepingName(file), GENERIC_WRITE | DELETE, CREATE_NEW)));
+    KeptFile kept(file, File(create(keepingName(file))));
     if (!kept.keeping_) {
         return std::nullopt;
     }
@@ -112,7 +125,7 @@ std::optional<KeptFile> KeptFile::keep(const std::wstring& file,
 }
 
 KeptFile::Left KeptFile::mend(const std::wstring& file) {
-    KeptFile kept(file, File(openExisting(keepingName(file), GENERIC_READ | DELETE)));
+    KeptFile kept(file, File(openFile(keepingName(file), GENERIC_READ | DELETE)));
     if (!kept.keeping_) {
         const DWORD error = GetLastError();
         return error == ERROR_SHARING_VIOLATION                                 ? Left::kInUse
@@ -193,7 +206,7 @@ KeptFile::Left KeptFile::putBackContent() const {
     if (!former_) {
         return DeleteFileW(file_.c_str()) ? Left::kPutBack : Left::kFailed;
     }
-    const File file(openExisting(file_, GENERIC_WRITE, TRUNCATE_EXISTING));
+    const File file(openFile(file_, GENERIC_WRITE, TRUNCATE_EXISTING));
     return file && writeAll(file.get(), *former_) ? Left::kPutBack : Left::kFailed;
 }
 

@@ -60,11 +60,13 @@ LONG WINAPI endWithException(EXCEPTION_POINTERS* exception) {
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
+// False when the parent has gone already.
 bool followParent(DWORD id) {
     const HANDLE parent = OpenProcess(SYNCHRONIZE, FALSE, id);
-    const Process thread(
-        parent != nullptr ? CreateThread(nullptr, 0, &endWithParent, parent, 0, nullptr) : nullptr);
-    return static_cast<bool>(thread);
+    if (parent != nullptr) {
+        const Process thread(CreateThread(nullptr, 0, &endWithParent, parent, 0, nullptr));
+    }
+    return parent != nullptr;
 }
 
 // Hands over what was printed so far: the child's own output goes nowhere.
@@ -134,7 +136,7 @@ private:
 // Whether the child ended in time; it has ended afterwards in any case.
 bool waitForChild(HANDLE child, const Report& report, unsigned seconds) {
     constexpr DWORD kGlance = 50;
-    constexpr DWORD kPatienceWithTheSystem = 5000;
+    constexpr DWORD kPatienceWithTheSystem = 2000;
     const auto end = [child] {
         TerminateProcess(child, 1);
         WaitForSingleObject(child, kPatienceWithTheSystem);
