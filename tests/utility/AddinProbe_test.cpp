@@ -138,17 +138,22 @@ TEST_F(AddinProbeTest, AUtilityKilledWhileItProbesTakesTheAddinAlongAndTheNextRu
 TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep) {
     const RegisteredAddin addin(library_);
     environment_[L"PELLORY_ADDIN"] = L"hangs";
-    const std::string mine = debugConfig("n", "$(auto)", "7", "3");
-    write(config(), mine);
+    write(config(), debugConfig("n", "$(auto)", "7", "3"));
     recordOnly();
     FreeConsole();
     ASSERT_TRUE(AllocConsole()) << GetLastError();
     SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE);
-    UtilityProcess& utility = start(kStandard);
-    EXPECT_TRUE(utility.waitFor("created Pellory.Connect\n"));
-    GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
-    EXPECT_EQ(utility.exitCode(), static_cast<int>(0xC000013A));
-    EXPECT_TRUE(utility.output().ends_with("created Pellory.Connect\n"));
+    // A run, what it says when CTRL-C comes, and what it says last.
+    const std::tuple<std::vector<std::wstring>, const char*, std::string, std::string> kRuns[] = {
+        {kStandard, "bin/zuplutil.exe", "created Pellory.Connect\n", "created Pellory.Connect\n"},
+        {{L"steps"}, "tests/support/collect_driver.exe", "step\n", "step\ninterrupted\n"}};
+    for (const auto& [arguments, program, seen, last] : kRuns) {
+        UtilityProcess& utility = start(arguments, builtProgram(program));
+        EXPECT_TRUE(utility.waitFor(seen));
+        GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+        EXPECT_EQ(utility.exitCode(), static_cast<int>(0xC000013A));
+        EXPECT_TRUE(utility.output().ends_with(last)) << utility.output();
+    }
     EXPECT_EQ(joined(changes()).find(kData), std::string::npos) << joined(changes());
     FreeConsole();
 }
