@@ -1,7 +1,5 @@
 #include "AddinProbe.h"
 
-#include "Console.h"
-#include "TextFiles.h"
 #include "ZuHandle.h"
 #include "ZuText.h"
 #include "ZuWindows.h"
@@ -56,37 +54,32 @@ struct ComTraits {
 };
 using AddinReference = zustd::Handle<ComTraits>;
 
-void log(const std::string& logName, const std::string& line) {
-    printAndRecord("%s\n", line.c_str());
-    appendLine(logName, line);
-}
-
 }  // namespace
 
-void probeAddin(const std::string& logName) {
-    log(logName, "attempting to connect to Pellory add-in");
+void connectToAddin(const std::function<void(const std::string&)>& log) {
+    log("attempting to connect to Pellory add-in");
     const ComApartment apartment;
     CLSID classId{};
     if (FAILED(CLSIDFromProgID(L"PelloryForOutlook.Connect", &classId))) {
-        log(logName, "could not get classid for Pellory.Connect");
+        log("could not get classid for Pellory.Connect");
         return;
     }
     void* object = nullptr;
     if (FAILED(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, kIidExtensibility2,
                                 &object))) {
-        log(logName, "could not instantiate Pellory.Connect");
+        log("could not instantiate Pellory.Connect");
         return;
     }
     const AddinReference addin(static_cast<IDTExtensibility2*>(object));
-    log(logName, "created Pellory.Connect");
+    log("created Pellory.Connect");
     if (!addin) {
-        log(logName, "pIDTExtensibility2 is null");
+        log("pIDTExtensibility2 is null");
         return;
     }
     const HRESULT result =
         addin.get()->OnConnection(nullptr, kConnectFromCommandLine, nullptr, nullptr);
-    log(logName, zustd::formatNarrow("call to OnConnection method completed with hr=%lx",
-                                     static_cast<unsigned long>(result)));
+    log(zustd::formatNarrow("call to OnConnection method completed with hr=%lx",
+                            static_cast<unsigned long>(result)));
 }
 
 }  // namespace zuplutil

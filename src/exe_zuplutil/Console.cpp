@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <new>
 
+#include "ConsoleSession.h"
+#include "ZuWindows.h"
+
 namespace zuplutil {
 
 namespace {
@@ -18,6 +21,7 @@ std::string& transcript() {
 }
 
 void print(const char* text) {
+    stopIfInterrupted();
     // In one piece: a console converts each write by itself, and a character
     // of several bytes must not be cut. Child processes write to the same
     // stream; what was said before them stands before their output.
@@ -52,10 +56,20 @@ private:
     std::array<char, kTextBuffer> text_;
 };
 
+// Reads from standard input. CTRL-C ends a read, too, as the end of input does;
+// the run must not take that for an answer.
+template <class Read>
+auto readInput(Read read) {
+    SetLastError(ERROR_SUCCESS);
+    const auto result = read();
+    stopIfInterrupted(std::feof(stdin) && GetLastError() == ERROR_OPERATION_ABORTED);
+    return result;
+}
+
 // One character of the user's next line; the rest of what was typed is
 // dropped.
 int readCharacter() {
-    const int character = std::fgetc(stdin);
+    const int character = readInput([] { return std::fgetc(stdin); });
     std::fflush(stdin);
     return character;
 }
@@ -123,8 +137,9 @@ int readMenuChoice() {
         printAndRecord("\nPress 0..9 followed by <Enter>...\n");
         line[0] = line[1] = '\0';
         std::fflush(stdin);
-        const bool read = std::fgets(line.data(), static_cast<int>(line.size()), stdin) != nullptr;
-        if (read && line[0] >= '0' && line[0] <= '9' && line[1] == '\n') {
+        const char* const read = readInput(
+            [&] { return std::fgets(line.data(), static_cast<int>(line.size()), stdin); });
+        if (read != nullptr && line[0] >= '0' && line[0] <= '9' && line[1] == '\n') {
             recordOnly("\n>%c\n", line[0]);
             return line[0] - '0';
         }

@@ -1,5 +1,6 @@
 #include "ConsoleSession.h"
 
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -9,13 +10,16 @@ namespace zuplutil {
 
 namespace {
 
+constexpr UINT kEndedByInterrupt = 0xC000013A;
+
 struct SessionState {
     std::mutex mutex;
     // 0 when there is nothing to put back.
     UINT formerCodePage = 0;
-    std::function<void()> interruptAction;
-    bool interrupted = false;
-    LPTOP_LEVEL_EXCEPTION_FILTER formerFilter = nullptr;
+    InterruptGuard* innermost = nullptr;
+    std::atomic<bool> interrupted{false};
+    // The main thread's own note: an action waits for this step's end.
+    bool inStep = false;
 };
 
 SessionState& state() {
@@ -29,32 +33,16 @@ void restoreCodePage() {
     }
 }
 
-void cleanUp() noexcept {
+// Ends the process itself and never gives the lock back, so that the main
+// thread cannot begin anything in between.
+BOOL WINAPI onConsoleEvent(DWORD) {
     state().interrupted = true;
-    try {
-        if (const auto action = std::exchange(state().interruptAction, nullptr)) {
-            action();
-        }
-    } catch (...) {
-        // The process is ending; there is nobody left to tell.
+    state().mutex.lock();
+    if (state().innermost != nullptr) {
+        state().innermost->runActions();
     }
     restoreCodePage();
-}
-
-// FALSE lets the system go on and end the process.
-BOOL WINAPI onConsoleEvent(DWORD) {
-    const std::lock_guard lock(state().mutex);
-    cleanUp();
-    return FALSE;
-}
-
-// The probed add-in runs in this process and may crash it.
-LONG WINAPI onCrash(EXCEPTION_POINTERS*) {
-    const std::unique_lock lock(state().mutex, std::try_to_lock);
-    if (lock) {
-        cleanUp();
-    }
-    return EXCEPTION_CONTINUE_SEARCH;
+    ExitProcess(kEndedByInterrupt);
 }
 
 }  // namespace
@@ -67,30 +55,52 @@ ConsoleSession::ConsoleSession() {
         state().formerCodePage = former;
     }
     SetConsoleCtrlHandler(&onConsoleEvent, TRUE);
-    state().formerFilter = SetUnhandledExceptionFilter(&onCrash);
 }
 
 ConsoleSession::~ConsoleSession() {
-    SetUnhandledExceptionFilter(state().formerFilter);
     SetConsoleCtrlHandler(&onConsoleEvent, FALSE);
     const std::lock_guard lock(state().mutex);
     restoreCodePage();
 }
 
-InterruptGuard::InterruptGuard(std::function<void()> action) {
+InterruptGuard::InterruptGuard(std::function<void()> action) : action_(std::move(action)) {
     const std::lock_guard lock(state().mutex);
-    state().interruptAction = std::move(action);
+    outer_ = std::exchange(state().innermost, this);
 }
 
 InterruptGuard::~InterruptGuard() {
     const std::lock_guard lock(state().mutex);
-    state().interruptAction = nullptr;
+    state().innermost = outer_;
 }
 
 void InterruptGuard::runStep(const std::function<void()>& step) {
     const std::lock_guard lock(state().mutex);
-    if (!state().interrupted) {
+    state().inStep = true;
+    try {
         step();
+    } catch (...) {
+        state().inStep = false;
+        throw;
+    }
+    state().inStep = false;
+}
+
+void InterruptGuard::runActions() const noexcept {
+    for (const InterruptGuard* guard = this; guard != nullptr; guard = guard->outer_) {
+        try {
+            guard->action_();
+        } catch (...) {
+            // The process is ending; there is nobody left to tell.
+        }
+    }
+}
+
+void stopIfInterrupted(bool expected) noexcept {
+    for (int i = 0; expected && !state().interrupted && i < 100; ++i) {
+        Sleep(10);
+    }
+    while (state().interrupted && !state().inStep) {
+        Sleep(INFINITE);
     }
 }
 

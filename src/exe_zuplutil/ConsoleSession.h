@@ -1,4 +1,4 @@
-// What the run borrows from the console and gives back at every exit.
+// What the run borrows from the console, and how CTRL-C ends it.
 #pragma once
 
 #include <functional>
@@ -8,8 +8,8 @@ namespace zuplutil {
 // Sets the console's output code page to that of the utility's narrow text
 // (UTF-8 where the system honours the manifest), so that names print right and
 // the command interpreter writes its listings in it too. The former code page
-// comes back when the object goes and when CTRL-C, the closing of the window or
-// a crash ends the process. One object at a time.
+// comes back when the object goes and when CTRL-C or the closing of the window
+// ends the process. One object at a time.
 class ConsoleSession {
 public:
     ConsoleSession();
@@ -18,10 +18,12 @@ public:
     ~ConsoleSession();
 };
 
-// While it and a ConsoleSession live, CTRL-C, the closing of the window and a
-// crash run an action before the process ends, in whichever thread the system
-// chooses. For what must not be left half done. What the action throws is
-// dropped. One object at a time.
+// While it and a ConsoleSession live, CTRL-C and the closing of the window run
+// an action before they end the process: for what must not be left half done.
+// The action runs in a thread of the system's, so all that it needs is at hand
+// before; it prints nothing and asks no service. What it throws is dropped.
+// Guards nest: the inner one's action runs first, and when the inner one goes
+// the outer one's is in force as before.
 class InterruptGuard {
 public:
     explicit InterruptGuard(std::function<void()> action);
@@ -29,9 +31,22 @@ public:
     InterruptGuard& operator=(const InterruptGuard&) = delete;
     ~InterruptGuard();
 
-    // Runs a step that the action undoes: the action waits for its end, and
-    // once the action has run the step is left out.
-    void runStep(const std::function<void()>& step);
+    // Runs a step that an action undoes: actions wait for its end. Does not
+    // come back once an action has run. Steps do not nest.
+    static void runStep(const std::function<void()>& step);
+
+    // What CTRL-C does: this guard's action, then those of the outer ones.
+    void runActions() const noexcept;
+
+private:
+    std::function<void()> action_;
+    InterruptGuard* outer_ = nullptr;
 };
+
+// For the main thread, before it goes on: an interrupted run does not come
+// back from here, but waits for the end of the process. When an interruption
+// is expected, it is waited for a moment: the system starts the thread that
+// tells of it after it has ended what the main thread was waiting for.
+void stopIfInterrupted(bool expected = false) noexcept;
 
 }  // namespace zuplutil

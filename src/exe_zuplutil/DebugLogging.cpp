@@ -2,16 +2,20 @@
 
 #include <stdio.h>
 
+#include <utility>
+
 #include "Actions.h"
 #include "Console.h"
 #include "Processes.h"
 #include "ZuApplicationService.h"
 #include "ZuDateTime.h"
 #include "ZuDirectory.h"
+#include "ZuEncoder.h"
 #include "ZuLoader.h"
 #include "ZuPropertyBag.h"
 #include "ZuServiceLocator.h"
 #include "ZuText.h"
+#include "ZuXml.h"
 
 namespace zuplutil {
 
@@ -41,6 +45,24 @@ void rotate(const std::wstring& logFile) {
 void printNotWritten() {
     printAndRecord("Could not write debug.config file %s\n",
                    zustd::narrow(getDebugConfigPath()).c_str());
+}
+
+void fill(zustd::PropertyBag& bag, const DebugSettings& settings) {
+    bag.setBool(L"logEnabled", settings.logEnabled);
+    bag.setLong(L"logOptions", settings.logOptions);
+    bag.setString(L"logFile", settings.logFile);
+    bag.setLong(L"logLevel", settings.logLevel);
+}
+
+// The bytes that the file has once the settings are saved.
+std::string toFileContent(const DebugSettings& settings) {
+    zustd::PropertyBag bag;
+    fill(bag, settings);
+    std::wstring text(zustd::kXmlHeader);
+    bag.appendXml(text);
+    std::string bytes;
+    zustd::Encoder::encodeToUTF8(text, bytes);
+    return bytes;
 }
 
 void showDetails(const DebugSettings& settings) {
@@ -91,10 +113,7 @@ bool isDebugLoggingEnabled() { return loadDebugSettings(true).logEnabled; }
 
 bool saveDebugSettings(const DebugSettings& settings, bool rotateLogs) {
     zustd::PropertyBag bag;
-    bag.setBool(L"logEnabled", settings.logEnabled);
-    bag.setLong(L"logOptions", settings.logOptions);
-    bag.setString(L"logFile", settings.logFile);
-    bag.setLong(L"logLevel", settings.logLevel);
+    fill(bag, settings);
     const bool saved = zustd::Loader::saveSerializedString(getDebugConfigPath(), bag);
     if (rotateLogs) {
         rotate(settings.logFile);
@@ -122,36 +141,73 @@ void showDebugLoggingSettings(bool detailed) {
     printAndRecord("%s\n\n", kRule);
 }
 
+void mendDebugSettings() {
+    const std::wstring path = getDebugConfigPath();
+    const auto say = [&path](const char* what) {
+        printAndRecord("%s (%s)\n", what, zustd::narrow(path).c_str());
+    };
+    switch (KeptFile::mend(path)) {
+        case KeptFile::Left::kPutBack:
+            return say("An interrupted run had changed the debug settings; they are put back");
+        case KeptFile::Left::kChanged:
+            return say("Debug settings have changed since a run was interrupted; they stay");
+        case KeptFile::Left::kUnusable:
+            return say("What an interrupted run had kept of the debug settings was not readable");
+        case KeptFile::Left::kFailed:
+            return say("Could not put back the debug settings that an interrupted run changed");
+        case KeptFile::Left::kNothing:
+        case KeptFile::Left::kInUse:
+            return;
+    }
+}
+
 TemporaryDebugSettings::TemporaryDebugSettings(const DebugSettings& settings, bool rotateLogs,
                                                WhenMissing whenMissing)
-    : removeFile_(whenMissing == WhenMissing::kRemoveFile && !zustd::isFile(getDebugConfigPath())),
-      saved_(loadDebugSettings(true)),
-      interrupt_([this] { putBack(false); }) {
-    interrupt_.runStep([&] {
-        if (!saveDebugSettings(settings, rotateLogs)) {
-            printNotWritten();
-        }
-    });
+    : interrupt_([this] {
+          if (kept_) {
+              kept_->putBack();
+          }
+      }) {
+    InterruptGuard::runStep([&] { replace(settings, rotateLogs, whenMissing); });
 }
 
 TemporaryDebugSettings::~TemporaryDebugSettings() { restore(); }
 
 void TemporaryDebugSettings::restore() noexcept {
-    if (restored_) {
-        return;
-    }
-    restored_ = true;
-    runAction([this] { interrupt_.runStep([this] { putBack(true); }); });
+    runAction([this] { InterruptGuard::runStep([this] { putBack(); }); });
 }
 
-void TemporaryDebugSettings::putBack(bool rotateLogs) const {
+void TemporaryDebugSettings::replace(const DebugSettings& settings, bool rotateLogs,
+                                     WhenMissing whenMissing) {
+    mendDebugSettings();
+    const std::wstring path = getDebugConfigPath();
+    removeFile_ = whenMissing == WhenMissing::kRemoveFile && !zustd::isFile(path);
+    saved_ = loadDebugSettings(true);
+    kept_ = KeptFile::keep(path, {toFileContent(settings), toFileContent(saved_)});
+    if (!kept_) {
+        printAndRecord("Could not keep the debug settings; they stay as they are (%s)\n",
+                       zustd::narrow(path).c_str());
+    } else if (!saveDebugSettings(settings, rotateLogs)) {
+        printNotWritten();
+        std::exchange(kept_, std::nullopt)->putBack();
+    }
+}
+
+// However this ends, the keeping is over for this process; when the settings
+// could not be put back its file stays for the next one.
+void TemporaryDebugSettings::putBack() {
+    std::optional<KeptFile> kept = std::exchange(kept_, std::nullopt);
+    if (!kept) {
+        return;
+    }
     if (!removeFile_) {
-        if (!saveDebugSettings(saved_, rotateLogs)) {
-            printNotWritten();
+        if (!saveDebugSettings(saved_, true)) {
+            return printNotWritten();
         }
     } else if (zustd::isFile(getDebugConfigPath())) {
         removeFile(getDebugConfigPath());
     }
+    kept->forget();
 }
 
 }  // namespace zuplutil

@@ -6,9 +6,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "ConsoleSession.h"
+#include "KeptFile.h"
 
 namespace zuplutil {
 
@@ -47,9 +49,16 @@ void disableDebugLogging();
 // Prints the settings; detailed with every value.
 void showDebugLoggingSettings(bool detailed);
 
+// Puts back the user's settings that a former run could not, because it was
+// killed while it had settings of its own in the file; a printed line says so.
+// What a run that still lives has replaced is left alone.
+void mendDebugSettings();
+
 // Settings of our own for a while. The user's come back with restore(), at the
-// latest when the object goes, and also when the user breaks off or the
-// add-in crashes. Settings that cannot be written are told in a printed line.
+// latest when the object goes, when the user breaks off, and when this process
+// is killed with the next run (see KeptFile). Where the user's cannot be kept
+// for that, the file stays as it is; this, and settings that cannot be written,
+// is told in a printed line.
 class TemporaryDebugSettings {
 public:
     // What comes back when there was no file.
@@ -64,11 +73,13 @@ public:
     void restore() noexcept;
 
 private:
-    void putBack(bool rotateLogs) const;
+    void replace(const DebugSettings& settings, bool rotateLogs, WhenMissing whenMissing);
+    void putBack();
 
-    bool removeFile_;
+    bool removeFile_ = false;
     DebugSettings saved_;
-    bool restored_ = false;
+    // What was in the file, as long as something else may be in it.
+    std::optional<KeptFile> kept_;
     InterruptGuard interrupt_;
 };
 

@@ -4,11 +4,12 @@
 #include <string>
 
 #include "Actions.h"
-#include "AddinProbe.h"
 #include "Console.h"
+#include "ConsoleSession.h"
 #include "DebugLogging.h"
 #include "DiagnosticsCommands.h"
 #include "Paths.h"
+#include "ProbeProcess.h"
 #include "TextFiles.h"
 #include "ZipArchive.h"
 #include "ZuApplicationService.h"
@@ -155,6 +156,7 @@ void run(const CommandTable& table, const Collection& collection, const Values& 
          const std::string& prefix = {}) {
     for (const CommandRow& row : table) {
         if (applies(row, collection.conditions())) {
+            stopIfInterrupted();
             zustd::runCommand(prefix + expand(row.command, values));
         }
     }

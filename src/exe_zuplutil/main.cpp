@@ -7,7 +7,9 @@
 #include "Actions.h"
 #include "Console.h"
 #include "ConsoleSession.h"
+#include "DebugLogging.h"
 #include "Menus.h"
+#include "ProbeProcess.h"
 #include "Switches.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuResourceService.h"
@@ -67,12 +69,16 @@ int run(int argc, wchar_t** argv) {
 }  // namespace zuplutil
 
 int wmain(int argc, wchar_t** argv) {
+    if (zuplutil::runAsProbeProcess(argc, argv)) {
+        return 0;
+    }
     const zuplutil::ConsoleSession session;
     int exitCode = 1;
     zuplutil::runAction([&] {
         zuplutil::showBanner();
         zuplutil::registerResourceService();
         zuplutil::registerApplicationService();
+        zuplutil::runAction(&zuplutil::mendDebugSettings);
         exitCode = zuplutil::run(argc, argv);
     });
     return exitCode;

@@ -190,6 +190,13 @@ void UtilityProcess::kill() {
     WaitForSingleObject(process_, 5000);
 }
 
+void UtilityProcess::killAlone() {
+    TerminateProcess(process_, static_cast<UINT>(kDidNotEnd));
+    for (int i = 0; i < 500 && processesAlive() > 0; ++i) {
+        Sleep(10);
+    }
+}
+
 std::string UtilityProcess::output() {
     pump();
     return outputText_;

@@ -44,6 +44,8 @@ public:
     bool isRunning() const;
     int exitCode();
     void kill();
+    // Kills the program and waits until its children have ended by themselves.
+    void killAlone();
 
     // What was written so far, with plain line feeds.
     std::string output();

@@ -88,6 +88,11 @@ protected:
     // Nothing is run from now on, only noted.
     void recordOnly() { environment_[L"PELLORY_RECORD_ONLY"] = L"1"; }
     void forgetCommands() const;
+    // What the next run says when it has put back the debug settings.
+    std::string mended() const {
+        return "An interrupted run had changed the debug settings; they are put back (" +
+               backslashed(config()) + ")\n";
+    }
     fs::path config() const { return folders_.addinData() / "debug.config"; }
 
     TestFolders folders_;

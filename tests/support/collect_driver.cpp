@@ -3,20 +3,58 @@
 // deleted at every start. A copy of this program runs on an older Windows.
 //
 // usage: collect_driver [light] [ocat] [NAME=value...]
+//        collect_driver probe         the add-in's connection alone, in a second
+//        collect_driver steps         steps without end, until CTRL-C
 
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 
+#include "Console.h"
+#include "ConsoleSession.h"
 #include "Diagnostics.h"
+#include "ProbeProcess.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuServiceLocator.h"
+#include "ZuWindows.h"
+
+namespace {
+
+[[noreturn]] void takeSteps() {
+    const zuplutil::ConsoleSession session;
+    const zuplutil::InterruptGuard outer([] {
+        Sleep(200);
+        std::fputs("interrupted\n", stdout);
+        std::fflush(stdout);
+        Sleep(200);
+    });
+    {
+        const zuplutil::InterruptGuard inner([] { std::fputs("inner\n", stdout); });
+    }
+    for (;;) {
+        zuplutil::printAndRecord("step\n");
+        Sleep(10);
+    }
+}
+
+}  // namespace
 
 int wmain(int argc, wchar_t** argv) {
+    if (zuplutil::runAsProbeProcess(argc, argv)) {
+        return 0;
+    }
     bool light = false;
     bool ocat = false;
     for (int i = 1; i < argc; ++i) {
         const std::wstring argument = argv[i];
+        if (argument == L"steps") {
+            takeSteps();
+        }
+        if (argument == L"probe") {
+            zuplutil::probeAddin("probe.log", 1);
+            return 0;
+        }
         if (argument.find(L'=') != std::wstring::npos) {
             _wputenv(argument.c_str());
         }

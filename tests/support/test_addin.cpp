@@ -5,8 +5,11 @@
 #include <oaidl.h>
 #include <objbase.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "StandIn.h"
 #include "ZuLoader.h"
@@ -42,6 +45,42 @@ void report(int mode, bool nothingElseGiven) {
         << (nothingElseGiven ? "" : " and more") << "\n";
 }
 
+// Every call has an array that the next one reads, so that none can be saved.
+int overflow(const volatile char* outer) {
+    volatile char frame[4096] = {};
+    frame[0] = outer[0];
+    return frame[0] != 0 ? 0 : overflow(frame) + frame[1];
+}
+
+DWORD WINAPI linger(void*) {
+    Sleep(INFINITE);
+    return 0;
+}
+
+HRESULT misbehave(const std::wstring& how) {
+    const auto is = [&how](const wchar_t* name) { return how.ends_with(name); };
+    if (is(L"throws")) {
+        throw std::runtime_error("broken");
+    } else if (is(L"crashes")) {
+        *reinterpret_cast<volatile int*>(how.size() / 1000) = 1;
+    } else if (is(L"overflows")) {
+        overflow(std::string(1, '\0').c_str());
+    } else if (is(L"exits")) {
+        std::exit(0);
+    } else if (is(L"ends")) {
+        TerminateProcess(GetCurrentProcess(), 7);
+    } else if (is(L"aborts")) {
+        std::abort();
+    } else if (is(L"hangs")) {
+        Sleep(INFINITE);
+    } else if (is(L"wanders")) {
+        std::puts("a word to the screen");
+        SetCurrentDirectoryW(L"C:\\");
+        CreateThread(nullptr, 0, &linger, nullptr, 0, nullptr);
+    }
+    return is(L"fails") ? E_FAIL : S_OK;
+}
+
 // Add-in and class factory are static objects: their counts do not matter.
 template <class Interface, const IID& kIid>
 class StaticObject : public Interface {
@@ -69,7 +108,7 @@ public:
     HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode, IDispatch* instance,
                                            SAFEARRAY** custom) override {
         report(mode, application == nullptr && instance == nullptr && custom == nullptr);
-        return standin::environmentVariable(L"PELLORY_ADDIN_FAILS").empty() ? S_OK : E_FAIL;
+        return misbehave(standin::environmentVariable(L"PELLORY_ADDIN"));
     }
 };
 
@@ -77,6 +116,10 @@ class Factory final : public StaticObject<IClassFactory, IID_IClassFactory> {
 public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
         static Addin addin;
+        if (const auto how = standin::environmentVariable(L"PELLORY_ADDIN");
+            how.starts_with(L"create ")) {
+            misbehave(how);
+        }
         return addin.QueryInterface(iid, object);
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }

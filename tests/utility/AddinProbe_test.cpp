@@ -32,6 +32,8 @@ private:
     }
 };
 
+constexpr char kAttempt[] = "attempting to connect to Pellory add-in\r\n";
+
 constexpr char kSeen[] =
     "attempting to connect to Pellory add-in\r\n"
     "created Pellory.Connect\r\n"
@@ -65,9 +67,95 @@ TEST_F(AddinProbeTest, TheAddinSeesTemporarySettingsAndTheUsersComeBack) {
                           "Logging outlook registry"),
               std::string::npos)
         << output;
-    environment_[L"PELLORY_ADDIN_FAILS"] = L"1";
-    EXPECT_TRUE(probe().ends_with("call to OnConnection method completed with hr=80004005\r\n"));
-    EXPECT_EQ(read(config()), mine);
+}
+
+TEST_F(AddinProbeTest, WhateverTheAddinDoesIsOneLineAndTheCollectionGoesOn) {
+    const RegisteredAddin addin(library_);
+    const std::string mine = debugConfig("y", "$(auto)", "7", "3");
+    write(config(), mine);
+    const std::string seen = std::string(kSeen).substr(0, std::string(kSeen).find("call to"));
+    const std::tuple<const wchar_t*, std::string, std::string> kWays[] = {
+        {L"fails", seen, "call to OnConnection method completed with hr=80004005"},
+        {L"wanders", seen, "call to OnConnection method completed with hr=0"},
+        {L"throws", seen, "Pellory add-in threw an exception"},
+        {L"create throws", kAttempt, "Pellory add-in threw an exception"},
+        {L"crashes", seen, "Pellory add-in crashed with exception c0000005"},
+        {L"create crashes", kAttempt, "Pellory add-in crashed with exception c0000005"},
+        {L"overflows", seen, "Pellory add-in crashed with exception c00000fd"},
+        {L"exits", seen, "Pellory add-in ended its process with exit code 0"},
+        {L"ends", seen, "Pellory add-in ended its process with exit code 7"},
+        {L"aborts", seen, "Pellory add-in ended its process with exit code 3"}};
+    for (const auto& [way, before, line] : kWays) {
+        SCOPED_TRACE(utf8(way));
+        environment_[L"PELLORY_ADDIN"] = way;
+        fs::remove_all(folders_.diagnostics());
+        recordOnly();
+        const std::string output = run(kStandard);
+        EXPECT_EQ(read(folders_.logs() / "misc-pelloryconnect.log"), before + line + "\r\n");
+        EXPECT_NE(output.find("\n" + line + "\nLogging outlook registry"), std::string::npos)
+            << output;
+        EXPECT_EQ(output.find("a word"), std::string::npos);
+        EXPECT_TRUE(fs::exists(folders_.diagnostics() / "README.txt"));
+        EXPECT_EQ(joined(changes()).find(kData), std::string::npos) << joined(changes());
+    }
+    environment_[L"PELLORY_ADDIN"] = L"hangs";
+    allow("start/");
+    UtilityProcess& process = start({L"probe"}, builtProgram("tests/support/collect_driver.exe"));
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_TRUE(process.output().ends_with(
+        "Pellory add-in did not finish within 1 seconds and was ended\n"));
+    EXPECT_TRUE(read(folders_.start() / "probe.log").ends_with("seconds and was ended\r\n"));
+}
+
+TEST_F(AddinProbeTest, AUtilityKilledWhileItProbesTakesTheAddinAlongAndTheNextRunMends) {
+    const RegisteredAddin addin(library_);
+    environment_[L"PELLORY_ADDIN"] = L"hangs";
+    recordOnly();
+    for (const std::string& mine : {debugConfig("n", "$(auto)", "7", "3"), std::string()}) {
+        if (mine.empty()) {
+            fs::remove(config());
+        } else {
+            write(config(), mine);
+        }
+        UtilityProcess& utility = start(kStandard);
+        EXPECT_TRUE(utility.waitFor("created Pellory.Connect\n"));
+        EXPECT_EQ(read(config()), debugConfig("y", "misc-pelloryconnect.log", "10", "1"));
+        utility.killAlone();
+        if (!mine.empty()) {
+            const LockedFile lock(config());
+            EXPECT_TRUE(
+                run({L"foo"}, 1)
+                    .starts_with(
+                        std::string(kBanner) +
+                        "Could not put back the debug settings that an interrupted run changed ("));
+        }
+        EXPECT_EQ(run({L"foo"}, 1), kBanner + mended());
+        EXPECT_EQ(read(config()), mine);
+        EXPECT_EQ(fs::exists(config()), !mine.empty());
+    }
+}
+
+TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep) {
+    const RegisteredAddin addin(library_);
+    environment_[L"PELLORY_ADDIN"] = L"hangs";
+    write(config(), debugConfig("n", "$(auto)", "7", "3"));
+    recordOnly();
+    // One that can tell of CTRL-C. It stays: programs that find none make their own.
+    FreeConsole();
+    ASSERT_TRUE(AllocConsole()) << GetLastError();
+    SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE);
+    // A run, what it says when CTRL-C comes, and what it says last.
+    const std::tuple<std::vector<std::wstring>, const char*, std::string, std::string> kRuns[] = {
+        {kStandard, "bin/zuplutil.exe", "created Pellory.Connect\n", "created Pellory.Connect\n"},
+        {{L"steps"}, "tests/support/collect_driver.exe", "step\n", "step\ninterrupted\n"}};
+    for (const auto& [arguments, program, seen, last] : kRuns) {
+        UtilityProcess& utility = start(arguments, builtProgram(program));
+        EXPECT_TRUE(utility.waitFor(seen));
+        GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+        EXPECT_EQ(utility.exitCode(), static_cast<int>(0xC000013A));
+        EXPECT_TRUE(utility.output().ends_with(last)) << utility.output();
+    }
+    EXPECT_EQ(joined(changes()).find(kData), std::string::npos) << joined(changes());
 }
 
 TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwardsAndLogsStay) {

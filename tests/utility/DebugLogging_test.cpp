@@ -114,5 +114,58 @@ TEST_F(DebugLoggingTest, AFileThatCannotBeWrittenStaysAsItIsAndNoFolderIsMade) {
     EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "3", "4"));
 }
 
+TEST_F(DebugLoggingTest, WhatAKilledRunLeftIsPutBackUnlessItHasChanged) {
+    recordOnly();
+    const std::string mine = debugConfig("n", "$(auto)", "7", "3") + "<!-- to the byte -->";
+    const std::string ours = debugConfig("y", "$(auto)", "10", "1");
+    const std::string theirs = debugConfig("y", "$(auto)", "3", "1");
+    write(config(), mine);
+    UtilityProcess& guided = start();
+    guided.answer(kMenuPrompt, "1");
+    guided.answer(kMenuPrompt, "1");
+    EXPECT_TRUE(guided.waitFor(kEnabled));
+    // Another run beside it leaves its settings alone.
+    EXPECT_NE(run(kStandard).find("\nCould not keep the debug settings; they stay as they are (" +
+                                  backslashed(config()) + ")\n"),
+              std::string::npos);
+    EXPECT_EQ(read(config()), ours);
+    guided.kill();
+    const fs::path keeping = folders_.addinData() / "debug.config.kept";
+    const std::string kept = read(keeping);
+    std::string damaged = kept;
+    damaged[40] ^= 1;
+    const std::string path = " (" + backslashed(config()) + ")\n";
+    const std::string changed =
+        "Debug settings have changed since a run was interrupted; they stay" + path;
+    const std::string unusable =
+        "What an interrupted run had kept of the debug settings was not readable" + path;
+    // What was kept, what the file holds ("/" for none), what is said, what the
+    // file holds then.
+    const std::array<std::string, 4> kStates[] = {
+        {kept, ours, mended(), mine},
+        {kept, ours.substr(0, 90), mended(), mine},
+        {kept, debugConfig("n", "$(auto)", "7", "3"), mended(), mine},
+        {kept, mine.substr(0, mine.size() - 1), mended(), mine},
+        {kept, "", mended(), mine},
+        {kept, mine, "", mine},
+        {kept, theirs, changed, theirs},
+        {kept, "/", changed, "/"},
+        {kept.substr(0, kept.size() - 1), ours, mended(), mine},
+        {kept.substr(0, 40), mine, unusable, mine},
+        {"", mine, unusable, mine},
+        {damaged, ours, unusable, ours}};
+    for (const auto& [left, before, said, after] : kStates) {
+        SCOPED_TRACE(said + before);
+        write(keeping, left);
+        fs::remove(config());
+        if (before != "/") {
+            write(config(), before);
+        }
+        EXPECT_EQ(run({L"foo"}, 1), kBanner + said);
+        EXPECT_EQ(fs::exists(config()) ? read(config()) : "/", after);
+        EXPECT_FALSE(fs::exists(keeping));
+    }
+}
+
 }  // namespace
 }  // namespace zuplutil::test

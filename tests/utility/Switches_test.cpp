@@ -11,6 +11,7 @@ TEST_F(SwitchesTest, ArgumentsWithoutActionAreRefused) {
     for (const auto& arguments :
          std::vector<std::vector<std::wstring>>{{L""},
                                                 {L"-pause", L"-noocat", L"-light", L"foo"},
+                                                {L"addin-probe", L"1"},
                                                 {L"enableDebugging"},
                                                 {L"/enableDebugging"},
                                                 {L"-enableDebuggin"}}) {

@@ -1,0 +1,213 @@
+#include "KeptFile.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "ZuDirectory.h"
+#include "ZuHandleWin32Gdi.h"
+
+namespace zuplutil {
+
+namespace {
+
+// More than any settings file has; a larger one is not kept.
+constexpr DWORD kLargest = 16 * 1024 * 1024;
+
+// A keeping file is a row of items, each with its length and check sum: a
+// process may be killed while it writes them.
+enum ItemKind : std::uint32_t { kNoFormer = 0x30554D50, kFormer, kOurs };
+
+struct ItemHeader {
+    std::uint32_t kind;
+    std::uint32_t size;
+    std::uint32_t sum;
+};
+
+std::uint32_t checkSum(std::uint32_t kind, std::string_view bytes) {
+    std::uint32_t sum = 2166136261u ^ kind;
+    for (const char byte : bytes) {
+        sum = (sum ^ static_cast<unsigned char>(byte)) * 16777619u;
+    }
+    return sum;
+}
+
+void appendItem(std::string& target, std::uint32_t kind, std::string_view bytes) {
+    const ItemHeader header{kind, static_cast<std::uint32_t>(bytes.size()), checkSum(kind, bytes)};
+    target.append(reinterpret_cast<const char*>(&header), sizeof(header));
+    target += bytes;
+}
+
+std::wstring keepingName(const std::wstring& file) { return file + L".kept"; }
+
+bool readAll(HANDLE file, std::string& bytes) {
+    LARGE_INTEGER size{};
+    if (!GetFileSizeEx(file, &size) || size.QuadPart > kLargest) {
+        return false;
+    }
+    bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    DWORD count = 0;
+    return ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) &&
+           count == bytes.size();
+}
+
+bool writeAll(HANDLE file, const std::string& bytes) {
+    DWORD count = 0;
+    return WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) &&
+           count == bytes.size() && FlushFileBuffers(file);
+}
+
+void removeOpen(HANDLE file) {
+    FILE_DISPOSITION_INFO information{TRUE};
+    SetFileInformationByHandle(file, FileDispositionInfo, &information, sizeof(information));
+}
+
+HANDLE openFile(const std::wstring& name, DWORD access, DWORD disposition = OPEN_EXISTING) {
+    return CreateFileW(name.c_str(), access, FILE_SHARE_READ, nullptr, disposition, 0, nullptr);
+}
+
+// A file that was just removed is in the way as long as a scanner has it open.
+HANDLE create(const std::wstring& name) {
+    constexpr int kAttempts = 20;
+    for (int i = 1;; ++i) {
+        const HANDLE file = openFile(name, GENERIC_WRITE | DELETE, CREATE_NEW);
+        if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_ACCESS_DENIED ||
+            i == kAttempts) {
+            return file;
+        }
+        Sleep(50);
+    }
+}
+
+// False when the file cannot be read; no content when there is none.
+template <class File>
+bool readFile(const std::wstring& name, std::optional<std::string>& content) {
+    content.reset();
+    if (!zustd::isFile(name)) {
+        return true;
+    }
+    const File file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                nullptr, OPEN_EXISTING, 0, nullptr));
+    return file && readAll(file.get(), content.emplace());
+}
+
+}  // namespace
+
+void* KeptFile::FileTraits::invalid() noexcept { return INVALID_HANDLE_VALUE; }
+
+void KeptFile::FileTraits::close(void* file) noexcept {
+    zustd::FileHandleTraits<&CloseHandle>::close(file);
+}
+
+std::optional<KeptFile> KeptFile::keep(const std::wstring& file,
+                                       const std::vector<std::string>& ours) {
+    Content former;
+    if (!readFile<File>(file, former)) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    appendItem(bytes, former ? kFormer : kNoFormer, former.value_or(std::string()));
+    for (const std::string& content : ours) {
+        appendItem(bytes, kOurs, content);
+    }
+    KeptFile kept(file, File(create(keepingName(file))));
+    if (!kept.keeping_) {
+        return std::nullopt;
+    }
+    if (bytes.size() > kLargest || !writeAll(kept.keeping_.get(), bytes)) {
+        kept.forget();
+        return std::nullopt;
+    }
+    kept.former_ = std::move(former);
+    kept.ours_ = ours;
+    return kept;
+}
+
+KeptFile::Left KeptFile::mend(const std::wstring& file) {
+    KeptFile kept(file, File(openFile(keepingName(file), GENERIC_READ | DELETE)));
+    if (!kept.keeping_) {
+        const DWORD error = GetLastError();
+        return error == ERROR_SHARING_VIOLATION                                 ? Left::kInUse
+               : error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Left::kNothing
+                                                                                : Left::kFailed;
+    }
+    std::string bytes;
+    if (!readAll(kept.keeping_.get(), bytes)) {
+        return Left::kFailed;
+    }
+    const Left left = kept.decode(bytes) ? kept.putBackContent() : Left::kUnusable;
+    if (left != Left::kFailed) {
+        kept.forget();
+    }
+    return left;
+}
+
+bool KeptFile::putBack() noexcept {
+    try {
+        if (putBackContent() == Left::kFailed) {
+            return false;
+        }
+        forget();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+void KeptFile::forget() noexcept {
+    removeOpen(keeping_.get());
+    keeping_.reset();
+}
+
+// Whether what there was can be told; what follows the first damaged item was
+// not yet in use when it was written.
+bool KeptFile::decode(const std::string& bytes) {
+    bool told = false;
+    std::string_view rest = bytes;
+    ItemHeader header{};
+    while (rest.size() >= sizeof(header)) {
+        std::memcpy(&header, rest.data(), sizeof(header));
+        const std::string_view content = rest.substr(sizeof(header), header.size);
+        if (content.size() != header.size || header.sum != checkSum(header.kind, content)) {
+            break;
+        }
+        if (header.kind == kOurs) {
+            ours_.emplace_back(content);
+        } else if (header.kind == kFormer) {
+            former_ = content;
+        }
+        told = told || header.kind != kOurs;
+        rest.remove_prefix(sizeof(header) + content.size());
+    }
+    return told;
+}
+
+// A content of ours, or what there was, as far as a process got with writing it.
+bool KeptFile::isOurs(const Content& content) const {
+    const auto isBeginningOf = [&](const std::string& whole) {
+        return whole.starts_with(*content);
+    };
+    return content && ((former_ && isBeginningOf(*former_)) ||
+                       std::any_of(ours_.begin(), ours_.end(), isBeginningOf));
+}
+
+KeptFile::Left KeptFile::putBackContent() const {
+    Content now;
+    if (!readFile<File>(file_, now)) {
+        return Left::kFailed;
+    }
+    if (now == former_) {
+        return Left::kNothing;
+    }
+    if (!isOurs(now)) {
+        return Left::kChanged;
+    }
+    if (!former_) {
+        return DeleteFileW(file_.c_str()) ? Left::kPutBack : Left::kFailed;
+    }
+    const File file(openFile(file_, GENERIC_WRITE, TRUNCATE_EXISTING));
+    return file && writeAll(file.get(), *former_) ? Left::kPutBack : Left::kFailed;
+}
+
+}  // namespace zuplutil
