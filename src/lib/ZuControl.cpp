@@ -375,6 +375,12 @@ void Control::synchronizeTree() {
     }
 }
 
+void Control::showAnew() {
+    onJoinedSurface();
+    synchronizeTree();
+    refresh();
+}
+
 void Control::releaseTree() noexcept {
     // A window that goes hands the focus on, and somebody may hear of it.
     for (std::size_t i = 0; i < children_.size(); ++i) {
