@@ -286,19 +286,13 @@ TEST_F(BackendGridTest, thousandRounds_leaveNoObjectsBehind) {
             UpdateWindow(nativeWindowOf(*grid_));
         }
     };
-    round(true);
+    expectNothingLeft([&] { round(true); });
     const int windows = liveWindows();
     const int drawing = drawingObjectCount();
-    for (int i = 0; i < 1000; ++i) {
-        round(true);
-    }
-    EXPECT_EQ(liveWindows(), windows);
-    EXPECT_EQ(drawingObjectCount(), drawing);
     round(false);
     // The tree, the grid and its header.
     EXPECT_LE(liveWindows(), windows - 3);
     EXPECT_LT(drawingObjectCount(), drawing);
-    EXPECT_GT(drawing, 0);
 }
 
 }  // namespace

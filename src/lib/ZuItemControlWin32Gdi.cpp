@@ -39,8 +39,8 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
 using ThemeHandle = Handle<NullHandleTraits<HTHEME, &CloseThemeData>>;
 
 // In the look that check boxes have in the theme, or the plain one.
-void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF background,
-                  HTHEME theme, bool checked) {
+void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF background, HTHEME theme,
+                  bool checked) {
     const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
     const SelectedObject selected(context.get(), image.handle.get());
     const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;

@@ -23,8 +23,8 @@ static_assert(std::all_of(resources::kNamespaces.begin(), resources::kNamespaces
               "each language has its string table and its label");
 static_assert(resources::kNamespaces.back().size() == 138, "string table and all images");
 
-constinit std::array roots{ResourceRoot{L"default", resources::namespaces.size(),
-                                        resources::namespaces.data()}};
+constinit std::array roots{
+    ResourceRoot{L"default", resources::namespaces.size(), resources::namespaces.data()}};
 
 constinit ResourceLibrary library{L"libzueta", L"default", L"en-us", roots.size(), roots.data()};
 

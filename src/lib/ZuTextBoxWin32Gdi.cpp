@@ -28,8 +28,7 @@ std::wstring withPairs(const std::wstring& text) {
 void eraseReturns(std::wstring& text) { std::erase(text, L'\r'); }
 
 bool isInsidePair(const std::wstring& text, std::size_t place) noexcept {
-    return place > 0 && place < text.size() &&
-           IS_SURROGATE_PAIR(text[place - 1], text[place]);
+    return place > 0 && place < text.size() && IS_SURROGATE_PAIR(text[place - 1], text[place]);
 }
 
 std::wstring withoutHalves(std::wstring_view text) {
