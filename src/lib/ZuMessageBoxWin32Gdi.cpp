@@ -177,7 +177,9 @@ Size MessagePaper::measure(Size most) {
     width = std::clamp(measured(text_).width, width, widest);
     text_ = cutToHeight(text_, highest, measured);
     const Size text = measured(text_);
-    textSize_ = {std::min(text.width, width), std::min(text.height, highest)};
+    // Tabs are laid out anew within a narrower label, and may need more lines there.
+    const bool hasTabs = text_.find(L'\t') != std::wstring::npos;
+    textSize_ = {hasTabs ? width : std::min(text.width, width), std::min(text.height, highest)};
     return {left + textSize_.width + margins, std::max(textSize_.height, iconSize()) + margins};
 }
 
