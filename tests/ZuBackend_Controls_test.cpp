@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ZuControl.h"
+#include "ZuLabel.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeComboBox.h"
 #include "ZuNativeProgressBar.h"
@@ -64,6 +65,11 @@ protected:
     static LRESULT send(HWND window, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
         return SendMessageW(window, id, wide, extra);
     }
+    static void type(HWND window, const std::wstring& text) {
+        for (const wchar_t c : text) {
+            send(window, WM_CHAR, c);
+        }
+    }
     static std::shared_ptr<TextDescriptor> text(const wchar_t* literal) {
         return std::make_shared<TextDescriptor>(literal);
     }
@@ -94,7 +100,19 @@ TEST_F(NativeControlTest, button_anyState_isPushedAndPressesComeBackOnce) {
     EXPECT_EQ(area.left, 30);
     EXPECT_EQ(area.bottom, 65);
     EXPECT_TRUE(IsWindowEnabled(native));
-    EXPECT_NE(send(native, BM_GETIMAGE, IMAGE_ICON), 0);
+    // The image has some space between it and a caption.
+    const auto imageWidth = [&] {
+        ICONINFO parts{};
+        GetIconInfo(reinterpret_cast<HICON>(send(native, BM_GETIMAGE, IMAGE_ICON)), &parts);
+        const BitmapHandle colors(parts.hbmColor);
+        const BitmapHandle mask(parts.hbmMask);
+        BITMAP bitmap{};
+        GetObjectW(colors.get(), sizeof(bitmap), &bitmap);
+        return bitmap.bmWidth;
+    };
+    EXPECT_EQ(imageWidth(), 20);
+    button->setCaption(nullptr);
+    EXPECT_EQ(imageWidth(), 16);
     button->setBitmap(nullptr);
     EXPECT_EQ(send(native, BM_GETIMAGE, IMAGE_ICON), 0);
     send(native, BM_CLICK);
@@ -287,9 +305,7 @@ TEST_F(NativeControlTest, textBox_textFromBothSides_staysTheSameAndIsAnnouncedOn
     box->setText(L"three");
     EXPECT_EQ(log_->take(), L"textChanged") << "only the program's own";
     send(native, EM_SETSEL, 5, 5);
-    for (const wchar_t c : std::wstring(L"\r\u0416\U0001F600")) {
-        send(native, WM_CHAR, c);
-    }
+    type(native, L"\r\u0416\U0001F600");
     EXPECT_EQ(box->text(), L"three\n\u0416\U0001F600");
     box->synchronize();
     EXPECT_EQ(textOf(native), L"three\r\n\u0416\U0001F600");
@@ -311,12 +327,10 @@ TEST_F(NativeControlTest, textBox_kindsAndLimits_holdWhatTheUserTypes) {
     const auto box = service().createNativeTextBox();
     box->setMaximumLength(3);
     HWND native = show(box);
-    for (const wchar_t c : std::wstring(L"abcdef")) {
-        send(native, WM_CHAR, c);
-    }
+    type(native, L"abcdef");
     EXPECT_EQ(box->text(), L"abc");
     box->setReadOnly(true);
-    send(native, WM_CHAR, L'\b');
+    type(native, L"\b\U0001F600");
     EXPECT_EQ(box->text(), L"abc");
     box->setKind(TextBoxKind::kPassword);
     native = nativeWindowOf(*box);
@@ -324,6 +338,68 @@ TEST_F(NativeControlTest, textBox_kindsAndLimits_holdWhatTheUserTypes) {
     EXPECT_EQ(textOf(native), L"abc");
     EXPECT_NE(GetWindowLongW(native, GWL_STYLE) & ES_READONLY, 0);
     EXPECT_EQ(send(native, EM_GETLIMITTEXT), 3);
+}
+
+TEST_F(NativeControlTest, textBox_surrogatePairs_areNeverCut) {
+    const auto box = service().createNativeTextBox();
+    const HWND native = show(box);
+    box->setMaximumLength(4);
+    box->setText(L"abc\U0001F600");
+    EXPECT_EQ(box->text(), L"abc");
+    type(native, L"\U0001F600");
+    EXPECT_EQ(box->text(), L"abc") << "no room for both halves";
+    send(native, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"\U0001F600"));
+    EXPECT_EQ(box->text(), L"abc") << "as when it is pasted";
+    box->setMaximumLength(0);
+    const auto selection = [&](std::initializer_list<WPARAM> keys) {
+        for (const WPARAM key : keys) {
+            send(native, WM_KEYDOWN, key, 1);
+        }
+        return static_cast<DWORD>(send(native, EM_GETSEL));
+    };
+    box->setText(L"a\U0001F600b");
+    EXPECT_EQ(selection({VK_HOME, VK_RIGHT, VK_RIGHT}), DWORD{MAKELONG(3, 3)});
+    EXPECT_EQ(selection({VK_LEFT}), DWORD{MAKELONG(1, 1)});
+    send(native, EM_SETSEL, 2, 4);
+    send(native, WM_LBUTTONUP);
+    EXPECT_EQ(selection({}), DWORD{MAKELONG(1, 4)});
+    send(native, EM_SETSEL, 3, 3);
+    type(native, L"\b");
+    EXPECT_EQ(box->text(), L"ab");
+    EXPECT_EQ(selection({}), DWORD{MAKELONG(1, 1)});
+    type(native, L"\U0001F600\U0001F601");
+    EXPECT_EQ(box->text(), L"a\U0001F600\U0001F601b");
+}
+
+TEST_F(NativeControlTest, language_changed_isShownInAllCaptionsAndSizes) {
+    const auto resources = makeService<ResourceService>();
+    ResourceServiceGeneric::install(*resources, compiledInResources());
+    resources->selectLocale(L"en");
+    // The window looks for it while it is made.
+    window_->releaseTree();
+    window_->registerService(resources, true, true);
+    const auto numbered = [](std::uint64_t key) {
+        auto descriptor = std::make_shared<TextDescriptor>();
+        descriptor->setIdentifier(key);
+        return descriptor;
+    };
+    window_->setCaption(numbered(9019));
+    window_->setArrangement(Arrangement::kColumns);
+    const auto button = service().createNativeButton();
+    button->setCaption(numbered(9012));
+    const auto drawn = makeControl<Label>();
+    drawn->setTextDescriptor(numbered(11236));
+    window_->addChild(drawn);
+    window_->addChild(button);
+    window_->synchronizeTree();
+    window_->arrange();
+    const int width = drawn->boundary().width();
+    resources->selectLocale(L"de");
+    EXPECT_EQ(textOf(nativeWindowOf(*window_)), L"Fehler");
+    EXPECT_EQ(textOf(nativeWindowOf(*button)), L"Diese Meldung nicht mehr anzeigen");
+    EXPECT_GT(drawn->boundary().width(), width);
+    window_.reset();
+    resources->selectLocale(L"fr");
 }
 
 TEST_F(NativeControlTest, keys_thatAControlDoesNotUse_moveTheFocus) {
@@ -386,9 +462,7 @@ TEST_F(NativeControlTest, comboBox_itemsAndChoice_areMirroredBothWays) {
     const HWND field = FindWindowExW(nativeWindowOf(*box), nullptr, L"Edit", nullptr);
     EXPECT_EQ(GetFocus(), field);
     send(field, EM_SETSEL, 0, -1);
-    for (const wchar_t c : std::wstring(L"TWO")) {
-        send(field, WM_CHAR, c);
-    }
+    type(field, L"TWO");
     EXPECT_EQ(box->getSelectedItem(), 3U);
     box->setText(L"typed");
     EXPECT_EQ(textOf(nativeWindowOf(*box)), L"typed");
@@ -479,17 +553,8 @@ TEST_F(NativeControlTest, thousandRounds_leaveNoObjectsBehind) {
         UpdateWindow(nativeWindowOf(*surface));
         surface->removeAllChildren();
     };
-    const auto rounds = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            round(i % 10 == 0);
-        }
-    };
-    rounds(3);
-    const int windowsBefore = liveWindows();
-    const int drawingBefore = drawingObjectCount();
-    rounds(1000);
-    EXPECT_EQ(liveWindows(), windowsBefore);
-    EXPECT_EQ(drawingObjectCount(), drawingBefore);
+    int count = 0;
+    expectNothingLeft([&] { round(count++ % 10 == 0); });
 }
 
 }  // namespace

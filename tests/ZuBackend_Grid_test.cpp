@@ -2,6 +2,9 @@
 // what the user does is done with the mouse and the keyboard. What trees and
 // grids have in common is tested with both.
 #include "support/ItemsTest.h"
+// Behind the wrapper.
+#include <uxtheme.h>
+#include <vssym32.h>
 
 namespace zustd {
 namespace {
@@ -208,6 +211,30 @@ TEST_F(BackendGridTest, columnWithoutWidth_growsWhenItIsResized) {
 
 // --- Trees and grids ------------------------------------------------------------------------
 
+TEST_F(BackendGridTest, checkBoxes_lookAsTheThemeHasThem) {
+    const HTHEME theme = OpenThemeData(nullptr, L"BUTTON");
+    ASSERT_NE(theme, nullptr);
+    const Canvas wanted({16, 16});
+    SIZE size{};
+    GetThemePartSize(theme, wanted.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, nullptr, TS_DRAW,
+                     &size);
+    const RECT box{(16 - size.cx) / 2, (16 - size.cy) / 2, (16 + size.cx) / 2, (16 + size.cy) / 2};
+    DrawThemeBackground(theme, wanted.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, &box, nullptr);
+    CloseThemeData(theme);
+    EXPECT_GT(wanted.inkCount(wanted.area()), 30);
+    const auto check = [&](const Control& control, UINT id, WPARAM kind, int checked) {
+        const auto list = [&] { return reinterpret_cast<HIMAGELIST>(send(control, id, kind)); };
+        const HIMAGELIST former = list();
+        send(control, WM_THEMECHANGED);
+        EXPECT_NE(list(), former);
+        const Canvas shown({16, 16});
+        ImageList_Draw(list(), checked, shown.context(), 0, 0, ILD_NORMAL);
+        EXPECT_TRUE(shown.isLike(wanted));
+    };
+    check(*tree_, TVM_GETIMAGELIST, TVSIL_STATE, 2);
+    check(*grid_, LVM_GETIMAGELIST, LVSIL_STATE, 1);
+}
+
 TEST_F(BackendGridTest, fontsAndColours_reachBothWindows) {
     const auto large = std::make_shared<FontDescriptor>();
     large->setSize(20);
@@ -259,19 +286,13 @@ TEST_F(BackendGridTest, thousandRounds_leaveNoObjectsBehind) {
             UpdateWindow(nativeWindowOf(*grid_));
         }
     };
-    round(true);
+    expectNothingLeft([&] { round(true); });
     const int windows = liveWindows();
     const int drawing = drawingObjectCount();
-    for (int i = 0; i < 1000; ++i) {
-        round(true);
-    }
-    EXPECT_EQ(liveWindows(), windows);
-    EXPECT_EQ(drawingObjectCount(), drawing);
     round(false);
     // The tree, the grid and its header.
     EXPECT_LE(liveWindows(), windows - 3);
     EXPECT_LT(drawingObjectCount(), drawing);
-    EXPECT_GT(drawing, 0);
 }
 
 }  // namespace

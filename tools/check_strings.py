@@ -4,7 +4,7 @@
 Usage: check_strings.py [folder]
 
 The folder defaults to resources/strings of the repository that holds this
-script. Every finding is printed on a line of its own and the exit status is 1.
+script; resources/languages.tsv says which tables there are. Every finding is printed on a line of its own and the exit status is 1.
 Without findings a single summary line is printed and the exit status is 0.
 
 The framework reads the tables with a small XML reader and looks texts up by
@@ -12,21 +12,17 @@ number, so a missing key, a stray mark-up character or a placeholder that is
 present in only one language would show up only on a user's screen.
 """
 
+import csv
 import re
 import sys
 import unicodedata
 from collections import Counter
 from pathlib import Path
 
-# File name of each table and its size in bytes. The sizes are recorded here so
-# that no text changes by accident: who edits a table updates its size as well.
+# The languages, each with the size of its table in bytes. The sizes are recorded
+# so that no text changes by accident: who edits a table updates its size as well.
+LANGUAGES = Path(__file__).resolve().parent.parent / "resources" / "languages.tsv"
 NEUTRAL_TABLE = "strings.xx-xx.xml"
-TABLE_SIZES = {
-    NEUTRAL_TABLE: 20371,
-    "strings.de-xx.xml": 22450,
-    "strings.fr-xx.xml": 24059,
-    "strings.nl-xx.xml": 21401,
-}
 
 # First and last key of every run of keys that the program looks up.
 KEY_RUNS = (
@@ -85,6 +81,13 @@ FIRST_RESERVED_CODE_POINT = 0xF000
 
 # Share of the entries of one table that may repeat the text of another entry.
 REPEAT_LIMIT = 0.03
+
+
+def table_sizes():
+    """Return the size that is recorded for each table by its file name."""
+    with LANGUAGES.open(encoding="utf-8", newline="") as lines:
+        return {f"strings.{row['namespace']}.xml": int(row["table bytes"])
+                for row in csv.DictReader(lines, delimiter="\t")}
 
 
 def wanted_keys():
@@ -254,15 +257,15 @@ def check_quoted_placeholder(tables):
 
 def check_tables(folder):
     """Return the findings about all tables and a summary of what was read."""
-    tables, findings = {}, []
-    for name, size in TABLE_SIZES.items():
+    tables, findings, sizes = {}, [], table_sizes()
+    for name, size in sizes.items():
         tables[name], found = check_table(folder / name, size)
         findings += [f"{name}: {finding}" for finding in found]
     findings += check_placeholders(tables)
     findings += check_quoted_placeholder(tables)
     summary = (
         f"{len(tables)} string tables, {len(tables[NEUTRAL_TABLE])} keys each, "
-        f"{sum(TABLE_SIZES.values())} bytes"
+        f"{sum(sizes.values())} bytes"
     )
     return findings, summary
 

@@ -128,6 +128,19 @@ void drawScaled(Gdiplus::GpBitmap* image, Size imageSize, Gdiplus::GpBitmap* tar
                                        madeAttributes, nullptr, nullptr));
 }
 
+std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
+    const std::uint32_t alpha = pixel >> 24;
+    if (alpha == 0 || alpha == 0xFF) {
+        return pixel;
+    }
+    std::uint32_t result = pixel & 0xFF000000;
+    for (unsigned shift = 0; shift < 24; shift += 8) {
+        const std::uint32_t channel = (pixel >> shift & 0xFF) * 0xFF / alpha;
+        result |= std::min<std::uint32_t>(channel, 0xFF) << shift;
+    }
+    return result;
+}
+
 std::shared_ptr<IResourceService> rootResources() {
     const auto root = ServiceLocator::instance();
     return root ? root->getService<IResourceService>() : nullptr;
@@ -150,6 +163,25 @@ PixelBitmap::PixelBitmap(Size size) {
         throw SystemException(L"Could not create bitmap");
     }
     pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
+}
+
+void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source) {
+    DIBSECTION section{};
+    if (GetObjectW(source.handle(), sizeof(section), &section) != sizeof(section)) {
+        return;
+    }
+    GdiFlush();
+    const Size size = source.imageSize();
+    const auto* from = static_cast<const std::uint32_t*>(section.dsBm.bmBits);
+    const auto width = static_cast<std::size_t>(std::min(size.width, slot.width));
+    const auto height = static_cast<std::size_t>(std::min(size.height, slot.height));
+    for (std::size_t row = 0; row < height; ++row) {
+        const auto* begin = from + row * static_cast<std::size_t>(size.width);
+        std::transform(begin, begin + width,
+                       target.pixels.begin() +
+                           static_cast<std::ptrdiff_t>(row * static_cast<std::size_t>(slot.width)),
+                       &withoutPremultiplication);
+    }
 }
 
 void BitmapWin32Gdi::synchronizeWithAbstraction() {

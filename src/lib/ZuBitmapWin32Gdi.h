@@ -63,6 +63,10 @@ private:
     DrawableImage image_;
 };
 
+// As much of an image as fits into a slot, from the left top corner; without
+// the premultiplication, which icons and image lists do when they draw.
+void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source);
+
 // Decodes a PNG to a size, or to its own size times a factor when that is
 // empty; an empty image when the bytes are no PNG or it is too large. Throws
 // SystemException when the system fails.

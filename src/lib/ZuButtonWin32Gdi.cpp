@@ -63,18 +63,22 @@ void ButtonWin32Gdi::setText() {
     synchronizeText(button.hasCaption() ? button.caption().text(button) : std::wstring());
 }
 
-// An icon, since buttons blend only these with what is below.
+// An icon, since buttons blend only these with what is below. They set the text
+// right behind it, so it brings the space between along.
 void ButtonWin32Gdi::setImage() {
     const NativeButton& button = getAbstraction();
     const auto service = button.windowService();
     const auto bitmap = button.bitmap() && service ? service->getBitmap(*button.bitmap()) : nullptr;
-    if (bitmap == bitmap_) {
+    const std::int32_t space =
+        GetWindowTextLengthW(window()) != 0 ? button.scale(NativeButton::kBitmapGap) : 0;
+    if (bitmap == bitmap_ && space == space_) {
         return;
     }
-    IconHandle icon = bitmap ? makeIcon(bitmapBackend(*bitmap)) : IconHandle();
+    IconHandle icon = bitmap ? makeIcon(bitmapBackend(*bitmap), space) : IconHandle();
     send(BM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon.get()));
     icon_ = std::move(icon);
     bitmap_ = bitmap;
+    space_ = space;
 }
 
 void ButtonWin32Gdi::releaseNativeObject() {

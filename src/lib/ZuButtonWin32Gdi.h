@@ -37,6 +37,8 @@ private:
     IconHandle icon_;
     // What the icon was made from; held, so that another one is another address.
     std::shared_ptr<Bitmap> bitmap_;
+    // Between it and the caption.
+    std::int32_t space_ = 0;
     bool takingFocus_ = false;
 };
 

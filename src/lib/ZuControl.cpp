@@ -376,6 +376,12 @@ void Control::synchronizeTree() {
     }
 }
 
+void Control::showAnew() {
+    onJoinedSurface();
+    synchronizeTree();
+    refresh();
+}
+
 void Control::releaseTree() noexcept {
     // A window that goes hands the focus on, and somebody may hear of it.
     const std::shared_ptr<Control> self = sharedReference(this);

@@ -327,6 +327,9 @@ public:
     // Synchronises the native widgets of this control and of all below it,
     // making their native objects where there are none yet.
     void synchronizeTree();
+    // Measures, arranges and shows this control and all below it, after something
+    // changed that no descriptor tells of, such as the language of the texts.
+    void showAnew();
     // Gives up the native objects of this control and of all below it.
     void releaseTree() noexcept;
 

@@ -52,7 +52,7 @@ std::wstring TextDescriptor::text(const ServiceLocator& locator) const {
         return literal_;
     }
     const auto resources = locator.getService<IResourceService>();
-    return resources ? resources->getString(resource_.identifier) : std::wstring();
+    return resources ? shownString(*resources, resource_.identifier) : std::wstring();
 }
 
 bool TextDescriptor::setLiteral(const std::wstring& text) {

@@ -81,8 +81,8 @@ public:
     explicit TextDescriptor(std::wstring literal) : literal_(std::move(literal)) {}
 
     // The text for this place in the registry. A numbered text is looked up
-    // through the resource service; it is empty when there is no service or no
-    // such text.
+    // through the resource service; it is empty when there is no service, when
+    // that has chosen no namespace, or when there is no such text.
     std::wstring text(const ServiceLocator& locator) const;
 
     bool isEmpty() const noexcept { return literal_.empty() && resource_.identifier == 0; }

@@ -18,6 +18,8 @@ constexpr std::int32_t kFarthestLineEnd = 1 << 15;
 constexpr std::int32_t kWidestPen = 1 << 8;
 // What one call draws of a line of text; more does not fit on a screen.
 constexpr std::size_t kLongestLine = 8192;
+// Of text that the system wraps, as its own labels have it.
+constexpr UINT kWrapped = DT_WORDBREAK | DT_EXPANDTABS;
 
 std::int32_t cut(std::int32_t coordinate, std::int32_t farthest = kFarthest) noexcept {
     return std::clamp(coordinate, -farthest, farthest);
@@ -225,7 +227,7 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area,
     const std::int32_t lineHeight = backend.lineHeight();
     UINT flags = horizontalFlag(format.horizontal) | (format.accelerators ? 0 : DT_NOPREFIX);
     if (format.wordWrap) {
-        flags |= DT_WORDBREAK;
+        flags |= kWrapped;
     }
     Rect used = area;
     if (format.vertical != TextAlignment::kStart) {
@@ -261,7 +263,7 @@ Size GraphicsServiceWin32Gdi::measureTextSize(std::wstring_view text, const Font
     if (width > 0) {
         const HDC context = measuringContext();
         const SelectedObject selected(context, backend.handle());
-        return wrappedSize(context, text, width, DT_WORDBREAK | DT_NOPREFIX);
+        return wrappedSize(context, text, width, kWrapped | DT_NOPREFIX);
     }
     Size size;
     while (!text.empty()) {

@@ -6,8 +6,9 @@
 
 namespace zustd {
 
-// An icon of the bitmap's size; empty for an empty bitmap and when the system
-// has none to give.
-IconHandle makeIcon(const BitmapWin32Gdi& bitmap);
+// An icon of the bitmap's size, with so many empty columns behind it; empty for
+// an empty bitmap and when the system has none to give. Throws SystemException
+// when there is no room for its pixels.
+IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space);
 
 }  // namespace zustd

@@ -5,6 +5,9 @@
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuColorWin32Gdi.h"
 #include "ZuWindowService.h"
+// Behind the wrapper.
+#include <uxtheme.h>
+#include <vssym32.h>
 
 namespace zustd {
 
@@ -13,40 +16,6 @@ namespace {
 constexpr std::int32_t kCheckImageSize = 16;
 constexpr std::int32_t kCheckMargin = 1;
 constexpr std::uint32_t kOpaque = 0xFF000000;
-
-// Image lists multiply colours with alpha when they draw; bitmaps have it done.
-std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
-    const std::uint32_t alpha = pixel >> 24;
-    if (alpha == 0 || alpha == 0xFF) {
-        return pixel;
-    }
-    std::uint32_t result = pixel & kOpaque;
-    for (unsigned shift = 0; shift < 24; shift += 8) {
-        const std::uint32_t channel = (pixel >> shift & 0xFF) * 0xFF / alpha;
-        result |= std::min<std::uint32_t>(channel, 0xFF) << shift;
-    }
-    return result;
-}
-
-// As much of the image as fits into a slot, from the left top corner.
-void copyPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source) {
-    DIBSECTION section{};
-    if (GetObjectW(source.handle(), sizeof(section), &section) != sizeof(section)) {
-        return;
-    }
-    GdiFlush();
-    const Size size = source.imageSize();
-    const auto* from = static_cast<const std::uint32_t*>(section.dsBm.bmBits);
-    const auto width = static_cast<std::size_t>(std::min(size.width, slot.width));
-    const auto height = static_cast<std::size_t>(std::min(size.height, slot.height));
-    for (std::size_t row = 0; row < height; ++row) {
-        const auto* begin = from + row * static_cast<std::size_t>(size.width);
-        std::transform(begin, begin + width,
-                       target.pixels.begin() +
-                           static_cast<std::ptrdiff_t>(row * static_cast<std::size_t>(slot.width)),
-                       &withoutPremultiplication);
-    }
-}
 
 ImageListHandle makeList(Size size, int room) {
     ImageListHandle list(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1));
@@ -67,17 +36,35 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
     }
 }
 
-void drawCheckBox(const PixelBitmap& image, Size size, std::int32_t margin, UINT state) {
+using ThemeHandle = Handle<NullHandleTraits<HTHEME, &CloseThemeData>>;
+
+// In the look that check boxes have in the theme, or the plain one.
+void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF background, HTHEME theme,
+                  bool checked) {
     const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
     const SelectedObject selected(context.get(), image.handle.get());
-    RECT box{margin, margin, size.width - margin, size.height - margin};
-    DrawFrameControl(context.get(), &box, DFC_BUTTON, DFCS_BUTTONCHECK | DFCS_FLAT | state);
+    const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
+    SIZE size{extent - 2 * kCheckMargin, extent - 2 * kCheckMargin};
+    if (theme != nullptr) {
+        SIZE own = size;
+        GetThemePartSize(theme, context.get(), BP_CHECKBOX, state, nullptr, TS_DRAW, &own);
+        size = {std::min(own.cx, size.cx), std::min(own.cy, size.cy)};
+    }
+    const POINT corner{(extent - size.cx) / 2, (extent - size.cy) / 2};
+    const RECT box{corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
+    if (theme != nullptr) {
+        SetDCBrushColor(context.get(), background);
+        FillRect(context.get(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+        DrawThemeBackground(theme, context.get(), BP_CHECKBOX, state, &box, nullptr);
+    } else {
+        RECT plain = box;
+        DrawFrameControl(context.get(), &plain, DFC_BUTTON,
+                         DFCS_BUTTONCHECK | DFCS_FLAT | (checked ? UINT{DFCS_CHECKED} : 0U));
+    }
     GdiFlush();
-    const auto width = static_cast<std::size_t>(size.width);
-    for (std::int32_t y = box.top; y < box.bottom; ++y) {
-        for (std::int32_t x = box.left; x < box.right; ++x) {
-            image.pixels[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)] |=
-                kOpaque;
+    for (LONG y = box.top; y < box.bottom; ++y) {
+        for (LONG x = box.left; x < box.right; ++x) {
+            image.pixels[static_cast<std::size_t>(y * extent + x)] |= kOpaque;
         }
     }
 }
@@ -141,9 +128,14 @@ bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT&
     return !isAnswering() && !isMirroring();
 }
 
-bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) {
-    if (!isMirroring()) {
-        settle();
+bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT&) {
+    if (isMirroring()) {
+        return false;
+    }
+    settle();
+    if (message.id == WM_THEMECHANGED) {
+        checkRequest_.reset();
+        control().backend()->synchronizeWithAbstraction();
     }
     return false;
 }
@@ -183,7 +175,7 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
         const auto bitmap =
             service ? service->getBitmap(BitmapDescriptor(identifier, descriptor.size())) : nullptr;
         if (bitmap && bitmapBackend(*bitmap).hasNativeObject()) {
-            copyPixels(image, size, bitmapBackend(*bitmap));
+            copyPlainPixels(image, size, bitmapBackend(*bitmap));
         }
         append(list, image);
     }
@@ -193,7 +185,8 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
 bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
     CheckRequest wanted;
     if (show) {
-        wanted = {true, std::max(control().scale(kCheckImageSize), 1), GetSysColor(COLOR_WINDOW),
+        wanted = {true, std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
+                  colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
                   GetSysColor(COLOR_WINDOWTEXT)};
     }
     if (checkRequest_ == wanted) {
@@ -202,11 +195,14 @@ bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
     ImageListHandle list;
     if (show) {
         const Size size{wanted.extent, wanted.extent};
+        // Not for this window, which would take the theme for its own.
+        const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
         list = makeList(size, static_cast<int>(kChecked - firstState + 1));
         for (UINT state = firstState; state <= kChecked; ++state) {
             const PixelBitmap image(size);
             if (state != 0) {
-                drawCheckBox(image, size, kCheckMargin, state == kChecked ? DFCS_CHECKED : 0);
+                drawCheckBox(image, wanted.extent, wanted.background, theme.get(),
+                             state == kChecked);
             }
             append(list, image);
         }

@@ -4,8 +4,8 @@
 // Everything that the backend itself changes in its window is done within a
 // Mirroring; the notifications that come meanwhile say nothing about the user
 // and are ignored. Images come in two lists, both owned here: the items' own,
-// made from a descriptor, and the two pictures of a check box, which the
-// control shows as an item's state.
+// made from a descriptor, and the two pictures of a check box in the look of the
+// theme, which the control shows as an item's state.
 #pragma once
 
 #include <cstdint>

@@ -45,7 +45,7 @@ std::wstring resolve(const ButtonText& button, const IResourceService* resources
     if (resources == nullptr) {
         return std::wstring(button.placeholder) + L":null rs!}";
     }
-    std::wstring text = resources->getString(button.identifier);
+    std::wstring text = shownString(*resources, button.identifier);
     return text.empty() ? std::wstring(button.placeholder) + L'}' : text;
 }
 

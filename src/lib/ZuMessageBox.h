@@ -78,8 +78,8 @@ struct MessageBoxContent {
 
 // Gives the box its buttons and texts in the language of the resource service
 // that is found from the locator. A text that the tables lack is shown as a
-// placeholder such as "{IDS_OK}", and as "{IDS_OK:null rs!}" when there is no
-// resource service at all.
+// placeholder such as "{IDS_OK}", also when the service has no backend or no
+// namespace, and as "{IDS_OK:null rs!}" when there is no resource service at all.
 void completeMessageBox(MessageBoxContent& box, const ServiceLocator& locator);
 
 // The answer that the user gave under this key together with "do not show

@@ -45,6 +45,23 @@ std::int32_t messageFontSize() noexcept {
     return std::max(size, 1);
 }
 
+// What a title takes, with the frame's buttons and icon beside it.
+std::int32_t titleWidth(std::wstring_view title) noexcept {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) {
+        return 0;
+    }
+    const FontHandle font(CreateFontIndirectW(&metrics.lfCaptionFont));
+    const HDC context = measuringContext();
+    const SelectedObject selected(context, font.get());
+    const auto length = static_cast<int>(std::min(title.size(), kMostLetters));
+    SIZE size{};
+    GetTextExtentPoint32W(context, title.data(), length, &size);
+    return saturate(std::int64_t{size.cx} + 2 * std::int64_t{metrics.iCaptionWidth} +
+                    2 * std::int64_t{metrics.iCaptionHeight});
+}
+
 // Shared; null for a box without icon.
 HICON iconOf(std::uint32_t style) noexcept {
     const auto load = [](int identifier) {
@@ -160,7 +177,9 @@ Size MessagePaper::measure(Size most) {
     width = std::clamp(measured(text_).width, width, widest);
     text_ = cutToHeight(text_, highest, measured);
     const Size text = measured(text_);
-    textSize_ = {std::min(text.width, width), std::min(text.height, highest)};
+    // Tabs are laid out anew within a narrower label, and may need more lines there.
+    const bool hasTabs = text_.find(L'\t') != std::wstring::npos;
+    textSize_ = {hasTabs ? width : std::min(text.width, width), std::min(text.height, highest)};
     return {left + textSize_.width + margins, std::max(textSize_.height, iconSize()) + margins};
 }
 
@@ -288,8 +307,9 @@ void MessageBoxView::layOut() {
     const Size screen = windowService()->getWorkArea().size();
     const Size most{screen.width * 5 / 8, screen.height * 7 / 8 - strip};
     const Size paper = paper_->measure(most);
-    const std::int32_t width =
-        std::min(std::max({paper.width, row + 2 * margin, check.width + 2 * margin}), screen.width);
+    const std::int32_t title = std::min(titleWidth(box_.caption), most.width);
+    const std::int32_t width = std::min(
+        std::max({paper.width, row + 2 * margin, check.width + 2 * margin, title}), screen.width);
 
     paper_->setBoundary(Rect::at({0, 0}, {width, paper.height}));
     std::int32_t top = paper.height + margin;

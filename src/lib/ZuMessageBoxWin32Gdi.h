@@ -1,7 +1,8 @@
 // A message box as a dialog of the toolkit.
 //
 // Icon and text stand on paper, check box and buttons below; all sizes follow
-// the scaling factor and the system's message font. A text that would not fit
+// the scaling factor and the system's message font. The box is as wide as its
+// title where that leaves room on the screen. A text that would not fit
 // the screen is cut at its end; the clipboard gets the whole of it (Ctrl+C), as
 // from the system's own boxes.
 //

@@ -15,7 +15,6 @@ namespace {
 constexpr Size kPushPadding{24, 10};
 constexpr Size kMarkPadding{20, 4};
 constexpr Size kSmallestPush{75, 23};
-constexpr std::int32_t kBitmapGap = 4;
 
 }  // namespace
 

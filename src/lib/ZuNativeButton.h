@@ -26,6 +26,9 @@ enum class ButtonKind : std::uint32_t { kPush, kDefaultPush, kCheck, kRadio };
 
 class NativeButton : public Abstraction<INativeButtonImpl>, public Control {
 public:
+    // Between image and caption, at a scaling factor of 1.
+    static constexpr std::int32_t kBitmapGap = 4;
+
     NativeButton();
     ~NativeButton() override;
 

@@ -17,7 +17,10 @@ constexpr std::int32_t kUsualLines = 4;
 std::wstring normalized(std::wstring text, std::size_t maximumLength) {
     std::erase(text, L'\r');
     if (maximumLength != 0 && text.size() > maximumLength) {
-        text.resize(maximumLength);
+        // Not between the halves of a surrogate pair.
+        const bool cutsPair = (text[maximumLength - 1] & 0xFC00) == 0xD800 &&
+                              (text[maximumLength] & 0xFC00) == 0xDC00;
+        text.resize(maximumLength - (cutsPair ? 1 : 0));
     }
     return text;
 }

@@ -13,7 +13,8 @@
 //
 // What is not there comes out empty and never as an exception. A look-up
 // before a namespace is chosen is a fault of the host: it fails the assertion
-// "namespaceResource_ != 0", or "impl_" when there is no backend either.
+// "namespaceResource_ != 0", or "impl_" when there is no backend either. What
+// shows texts goes on without them: see shownString().
 // Not synchronised: for the main thread, as the registry is.
 #pragma once
 
@@ -71,32 +72,48 @@ public:
     virtual std::wstring getString(std::uint64_t key) const = 0;
 };
 
+// The text for whoever shows it: empty also when the look-up fails, which is
+// traced; nothing is thrown.
+std::wstring shownString(const IResourceService& resources, std::uint64_t key);
+
 // The portable half: finds its backend's answers through the registry's service
 // of this class or of IResourceService.
 class ResourceService : public Abstraction<IResourceServiceImpl>,
                         public Service,
                         public IResourceService {
 public:
+    // Another namespace was chosen: what shows texts or images shows those of
+    // before. First word: the service's name of the namespace, a text.
+    static const MessageKind kLanguageChanged;
+
     using Service::Service;
     ~ResourceService() override { releaseImplementation(); }
 
+    // Sends kLanguageChanged when the namespace is another one then.
     bool selectLocale(std::wstring_view locale) override;
     std::wstring getNamespaceName() const override;
     const FileResource* getFileResource(std::uint64_t identifier) const override;
     std::shared_ptr<const StringTable> getStringTable() const override;
     std::wstring getString(std::uint64_t key) const override;
 
-    // selectLocale() with the name of the user's locale in the system.
+    // selectLocale() with the language that the user has the system's own texts
+    // in, whatever the formats of his numbers and dates; where the system names
+    // none, with the locale of the formats.
     bool selectUserLocale();
 
     // The library that the backend looks things up in; empty before one is
     // installed.
     const std::wstring& libraryName() const noexcept { return libraryName_; }
     // For the backend.
-    void setLibraryName(std::wstring name) { libraryName_ = std::move(name); }
+    void setLibraryName(std::wstring name) {
+        libraryName_ = std::move(name);
+        announced_.clear();
+    }
 
 private:
     std::wstring libraryName_;
+    // The namespace that the sinks know of.
+    std::wstring announced_;
 };
 
 }  // namespace zustd

@@ -24,7 +24,7 @@ class ResourceServiceGeneric : public Implementation<ResourceService, IResourceS
 public:
     // Makes a backend for the library, joins it to the owner in place of a
     // former one, names the library to the owner and chooses the namespace by
-    // the locale of the user's formats. False when the library has no namespace
+    // the user's language. False when the library has no namespace
     // for it: one has to be chosen before anything is looked up.
     // The records outlive the owner's use of them.
     static bool install(ResourceService& owner, const ResourceLibrary& library);

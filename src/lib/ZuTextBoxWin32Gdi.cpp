@@ -2,6 +2,10 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
 namespace zustd {
 
 namespace {
@@ -22,6 +26,34 @@ std::wstring withPairs(const std::wstring& text) {
 }
 
 void eraseReturns(std::wstring& text) { std::erase(text, L'\r'); }
+
+bool isInsidePair(const std::wstring& text, std::size_t place) noexcept {
+    return place > 0 && place < text.size() && IS_SURROGATE_PAIR(text[place - 1], text[place]);
+}
+
+std::wstring withoutHalves(std::wstring_view text) {
+    std::wstring whole;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (i + 1 < text.size() && IS_SURROGATE_PAIR(text[i], text[i + 1])) {
+            whole.append(text, i++, 2);
+        } else if (!IS_HIGH_SURROGATE(text[i]) && !IS_LOW_SURROGATE(text[i])) {
+            whole.push_back(text[i]);
+        }
+    }
+    return whole;
+}
+
+struct Selection {
+    DWORD start = 0;
+    DWORD end = 0;
+};
+
+Selection selectionOf(HWND window) noexcept {
+    Selection selection;
+    SendMessageW(window, EM_GETSEL, reinterpret_cast<WPARAM>(&selection.start),
+                 reinterpret_cast<LPARAM>(&selection.end));
+    return selection;
+}
 
 DWORD styleOf(const NativeTextBox& box) noexcept {
     switch (box.kind()) {
@@ -82,10 +114,15 @@ void TextBoxWin32Gdi::setText(const std::wstring& text) {
 }
 
 std::wstring TextBoxWin32Gdi::getText() const {
+    std::wstring text = nativeText();
+    eraseReturns(text);
+    return text;
+}
+
+std::wstring TextBoxWin32Gdi::nativeText() const {
     std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window())) + 1, L'\0');
     text.resize(static_cast<std::size_t>(
         GetWindowTextW(window(), text.data(), static_cast<int>(text.size()))));
-    eraseReturns(text);
     return text;
 }
 
@@ -106,20 +143,87 @@ bool TextBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& resu
         return false;
     }
     if (!filling_) {
-        getAbstraction().acceptText(getText());
+        takeChange();
     }
     result = 0;
     return true;
 }
 
+void TextBoxWin32Gdi::takeChange() {
+    const std::wstring text = nativeText();
+    if (const std::wstring whole = withoutHalves(text); whole.size() != text.size()) {
+        const std::size_t end = std::min<std::size_t>(selectionOf(window()).end, text.size());
+        const std::size_t place = withoutHalves(std::wstring_view(text).substr(0, end)).size();
+        filling_ = true;
+        SetWindowTextW(window(), whole.c_str());
+        filling_ = false;
+        send(EM_SETSEL, place, static_cast<LPARAM>(place));
+    }
+    getAbstraction().acceptText(getText());
+}
+
 bool TextBoxWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
-    constexpr WPARAM kSelectAll = 1;  // what Ctrl+A is as a character
-    if (message.id != WM_CHAR || message.wide != kSelectAll) {
+    switch (message.id) {
+        case WM_CHAR:
+            result = 0;
+            return takeCharacter(static_cast<wchar_t>(message.wide));
+        case WM_KEYDOWN:
+        case WM_LBUTTONUP:
+            result = answerByDefault(message);
+            if (window() == message.window) {
+                moveOutOfPair(message);
+            }
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Whether that was all there is to do.
+bool TextBoxWin32Gdi::takeCharacter(wchar_t character) {
+    constexpr wchar_t kSelectAll = 1;  // what Ctrl+A is as a character
+    const wchar_t high = std::exchange(typedHigh_, L'\0');
+    if (character == kSelectAll) {
+        send(EM_SETSEL, 0, -1);
+        return true;
+    }
+    if (IS_HIGH_SURROGATE(character)) {
+        typedHigh_ = character;
+        return true;
+    }
+    if (!IS_LOW_SURROGATE(character)) {
         return false;
     }
-    send(EM_SETSEL, 0, -1);
-    result = 0;
+    const Selection marked = selectionOf(window());
+    const auto length = static_cast<std::size_t>(GetWindowTextLengthW(window()));
+    const std::array<wchar_t, 3> pair{high, character, L'\0'};
+    if (high == L'\0' || getAbstraction().isReadOnly() ||
+        length - (marked.end - marked.start) + 2 > limit_) {
+        MessageBeep(MB_OK);
+    } else {
+        send(EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(pair.data()));
+    }
     return true;
+}
+
+void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
+    const std::wstring text = nativeText();
+    const Selection marked = selectionOf(window());
+    const bool cutsStart = isInsidePair(text, marked.start);
+    const bool cutsEnd = isInsidePair(text, marked.end);
+    if (!cutsStart && !cutsEnd) {
+        return;
+    }
+    if (message.id == WM_KEYDOWN) {
+        // One step more, so that the end that stays does stay.
+        WindowMessage step = message;
+        step.wide = message.wide == VK_LEFT ? VK_LEFT : VK_RIGHT;
+        answerByDefault(step);
+    } else {
+        const DWORD start = marked.start - (cutsStart ? 1 : 0);
+        const bool isCaret = marked.start == marked.end;
+        send(EM_SETSEL, start, isCaret ? start : marked.end + (cutsEnd ? 1 : 0));
+    }
 }
 
 bool TextBoxWin32Gdi::usesKey(const KeyEvent& event) const {

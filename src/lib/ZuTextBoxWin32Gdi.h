@@ -2,6 +2,10 @@
 //
 // The portable text has line feeds alone where the control wants a pair of
 // carriage return and line feed; either way the conversion happens here.
+//
+// What the user does leaves surrogate pairs whole, also where the control counts
+// their halves: a limit takes or refuses both, the caret does not stop between
+// them, and a half whose other one went goes too.
 #pragma once
 
 #include <string>
@@ -30,10 +34,16 @@ private:
     Outcome initializeFromDescriptor();
     void setText(const std::wstring& text);
     std::wstring getText() const;
+    std::wstring nativeText() const;
+    void takeChange();
+    bool takeCharacter(wchar_t character);
+    void moveOutOfPair(const WindowMessage& message);
     void setWatermark();
 
     std::wstring watermark_;
     std::size_t limit_ = 0;
+    // The first half of a pair that is being typed; 0 for none.
+    wchar_t typedHigh_ = 0;
     // The control's own notifications while it is filled are no news.
     bool filling_ = false;
 };

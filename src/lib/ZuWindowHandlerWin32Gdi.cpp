@@ -3,6 +3,7 @@
 #include "ZuColorWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
+#include "ZuResourceService.h"
 #include "ZuSurfaceInputWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
@@ -100,6 +101,23 @@ Rect portableRect(const RECT& area) noexcept {
 
 }  // namespace
 
+class WindowHandlerWin32Gdi::LanguageListener : public MessageSink {
+public:
+    explicit LanguageListener(Control& surface) noexcept : surface_(surface) {}
+
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
+        if (!(kind == ResourceService::kLanguageChanged)) {
+            return false;
+        }
+        const std::shared_ptr<Control> alive = sharedReference<Control>(&surface_);
+        surface_.showAnew();
+        return true;
+    }
+
+private:
+    Control& surface_;
+};
+
 HWND nativeWindowOf(const Control& control) noexcept {
     const IImplementation* backend = control.backend();
     if (const auto* widget = dynamic_cast<const NativeControlWin32Gdi*>(backend)) {
@@ -157,6 +175,10 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
     if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
         backend->connect(window);
     }
+    if (const auto resources = surface().getService<ResourceService>()) {
+        languageListener_ = std::make_shared<LanguageListener>(surface());
+        resources->connect(languageListener_, true);
+    }
 }
 
 void WindowHandlerWin32Gdi::destroyWindow() noexcept {
@@ -167,6 +189,7 @@ void WindowHandlerWin32Gdi::destroyWindow() noexcept {
     if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
         backend->connect(nullptr);
     }
+    languageListener_.reset();
     attach(window, 0);
     RemovePropW(window, kHandlerProperty);
     blocked_ = false;
@@ -316,6 +339,7 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
             RemovePropW(window_, kHandlerProperty);
             attach(window_, 0);
             window_ = nullptr;
+            languageListener_.reset();
             blocked_ = false;
             if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
                 backend->connect(nullptr);

@@ -10,6 +10,9 @@
 // is kept while the window is not active: it is restored with the activation,
 // and a control that takes the focus meanwhile has it from then on.
 //
+// When the resource service that the surface finds while its window is made gets
+// another language, everything on the surface is shown anew.
+//
 // The window procedure keeps the surface alive for the time of a message. A
 // surface that is destroyed gives its window up first (releaseNativeObject),
 // and a window that goes on its own, with its parent, is forgotten.
@@ -98,6 +101,8 @@ protected:
     virtual bool onWindowMessage(const WindowMessage& message, LRESULT& result);
 
 private:
+    class LanguageListener;
+
     static void attach(HWND window, LPARAM handler) noexcept;
     bool handle(const WindowMessage& message, LRESULT& result) noexcept;
     bool dispatch(const WindowMessage& message, LRESULT& result);
@@ -122,6 +127,8 @@ private:
     std::shared_ptr<GraphicsService> graphicsService_;
     const wchar_t* operation_;
     HWND window_ = nullptr;
+    // There as long as the window is.
+    std::shared_ptr<MessageSink> languageListener_;
     std::wstring caption_;
     // Of the client area, as pushed or reported last.
     Size size_;

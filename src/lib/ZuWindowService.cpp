@@ -161,21 +161,24 @@ int WindowService::askOKCancel(const std::wstring& text, const std::wstring& cap
 }
 
 int WindowService::ask(MessageBoxContent& box, Question question) {
-    const std::shared_ptr<PropertyBag> preferences =
-        box.rememberKey.empty() ? nullptr : preferencesOf(*this);
-    if (!preferences) {
-        box.rememberKey.clear();
-    }
-    completeMessageBox(box, *this);
-    if (preferences) {
-        if (const int remembered = rememberedAnswer(*preferences, box); remembered != kAnswerNone) {
-            return remembered;
+    IWindowServiceImpl& backend = implementation();
+    int answer = kAnswerNone;
+    guarded(L"WindowService::ask", [&] {
+        const std::shared_ptr<PropertyBag> preferences =
+            box.rememberKey.empty() ? nullptr : preferencesOf(*this);
+        if (!preferences) {
+            box.rememberKey.clear();
         }
-    }
-    const int answer = (implementation().*question)(box);
-    if (preferences) {
-        rememberAnswer(*preferences, box, answer);
-    }
+        completeMessageBox(box, *this);
+        answer = preferences ? rememberedAnswer(*preferences, box) : kAnswerNone;
+        if (answer != kAnswerNone) {
+            return;
+        }
+        answer = (backend.*question)(box);
+        if (preferences) {
+            rememberAnswer(*preferences, box, answer);
+        }
+    });
     return answer;
 }
 

@@ -198,10 +198,10 @@ public:
     // --- Messages and questions
 
     // Each shows a box over the window and waits; kAnswerNone when it cannot be
-    // shown. With a rememberKey the box offers a check box; checked, the same
-    // key gives the same answer from then on without a box. The choice is kept
-    // by the application service; without one there is nothing to remember it
-    // and no check box.
+    // shown. What texts and memory lack is traced and not thrown; only a service
+    // without backend fails the assertion "impl_". With a rememberKey the box offers a check box;
+    // checked, the same key gives the same answer from then on without a box. The choice is kept by
+    // the application service; without one there is nothing to remember it and no check box.
     int showMessage(const std::wstring& text, const std::wstring& caption, std::uint32_t style,
                     const std::wstring& rememberKey = {});
     int askYesNoCancel(const std::wstring& text, const std::wstring& caption,

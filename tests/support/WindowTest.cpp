@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+#include "support/DrawingTest.h"
+
 namespace zustd::test {
 
 namespace {
@@ -108,6 +110,20 @@ unsigned nextUserHandle() {
     const auto place = static_cast<unsigned>(reinterpret_cast<UINT_PTR>(menu) & 0xFFFF);
     DestroyMenu(menu);
     return place;
+}
+
+void expectNothingLeft(const std::function<void()>& round) {
+    round();
+    const int windows = liveWindows();
+    const unsigned handle = nextUserHandle();
+    const int drawing = drawingObjectCount();
+    for (int i = 0; i < 1000; ++i) {
+        round();
+    }
+    EXPECT_EQ(liveWindows(), windows);
+    EXPECT_LT(nextUserHandle(), handle + 20);
+    EXPECT_EQ(drawingObjectCount(), drawing);
+    EXPECT_GT(drawing, 0);
 }
 
 RefusedWindows::RefusedWindows()

@@ -38,6 +38,10 @@ int liveWindows();
 // on as long as some are not given back.
 unsigned nextUserHandle();
 
+// Runs a round once, and then a thousand times without that more windows, menus,
+// fonts ... are there afterwards.
+void expectNothingLeft(const std::function<void()>& round);
+
 // The system refuses new windows while one lives.
 class RefusedWindows {
 public:

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "ZuGraphicsService.h"
+#include "ZuResources.h"
 
 namespace zustd::gallery {
 
@@ -49,6 +50,20 @@ private:
 
 }  // namespace
 
+std::vector<Language> languages() {
+    const ResourceLibrary& library = compiledInResources();
+    const ResourceRoot& root = library.roots[0];
+    const std::wstring usual = library.defaultLocale;
+    std::vector<Language> found{{usual.substr(0, usual.find(L'-')), usual}};
+    // The neutral namespace, which is the last one, has the default language.
+    for (std::size_t i = 0; i + 1 < root.namespaceCount; ++i) {
+        const std::wstring place = root.namespaces[i].name;
+        const std::wstring name = place.substr(0, place.find(L'-'));
+        found.push_back({name, name + L'-' + name});
+    }
+    return found;
+}
+
 GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
     : resources_(resources), window_(windows.createNativeWindow()) {
     if (!window_) {
@@ -81,9 +96,9 @@ void GalleryWindow::addChoices(Control& bar) {
     for (const Page& page : pages()) {
         bar.addChild(makeControl<Choice>(page.title, [this, &page] { showPage(page); }));
     }
-    for (const Language& language : kLanguages) {
+    for (const Language& language : languages()) {
         bar.addChild(
-            makeControl<Choice>(language.locale, [this, &language] { chooseLanguage(language); }));
+            makeControl<Choice>(language.locale, [this, language] { chooseLanguage(language); }));
     }
 }
 

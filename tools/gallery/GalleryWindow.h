@@ -13,12 +13,12 @@ namespace zustd::gallery {
 
 struct Language {
     // Of the screenshots' files, and of the choice in the window.
-    const wchar_t* name;
-    const wchar_t* locale;
+    std::wstring name;
+    std::wstring locale;
 };
 
-inline constexpr Language kLanguages[] = {
-    {L"en", L"en-us"}, {L"de", L"de-de"}, {L"fr", L"fr-fr"}, {L"nl", L"nl-nl"}};
+// Those that the compiled-in resources have texts in, the default one first.
+std::vector<Language> languages();
 
 class GalleryWindow {
 public:

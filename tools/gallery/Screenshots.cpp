@@ -129,7 +129,7 @@ int writeScreenshots(GalleryWindow& gallery, const std::wstring& folder) {
         ++count;
         return folder + L'\\' + language.name + L'-' + name + L".png";
     };
-    for (const Language& language : kLanguages) {
+    for (const Language& language : languages()) {
         gallery.chooseLanguage(language);
         for (const Page& page : pages()) {
             gallery.showPage(page);

@@ -1,9 +1,12 @@
 """Table of all images: what is drawn, in which sizes, under which identifiers.
 
 The identifiers are compiled into programs, so that an identifier, once given, keeps its
-meaning. Each theme starts at a round number and leaves room behind it.
+meaning. Each theme starts at a round number and leaves room behind it. The languages, and
+the word on the label of each, are read from resources/languages.tsv.
 """
 
+import csv
+import pathlib
 from collections import namedtuple
 from functools import partial
 
@@ -14,13 +17,17 @@ import glyphs_folder as folders
 import glyphs_mail as mails
 import glyphs_state as states
 import glyphs_widget as widgets
+import lettering
 
 NEUTRAL = "xx-xx"
 NEUTRAL_COUNT = 137
 LABEL_ID = 321
 LABEL_NAME = "help-label"
 LABEL_MEANING = "Label that opens the help; each language has its own"
-LABEL_WORDS = {NEUTRAL: "Help", "de-xx": "Hilfe", "fr-xx": "Aide", "nl-xx": "Hulp"}
+LANGUAGES = pathlib.Path(__file__).resolve().parents[2] / "resources" / "languages.tsv"
+with LANGUAGES.open(encoding="utf-8", newline="") as _lines:
+    LABEL_WORDS = {row["namespace"]: row["label word"]
+                   for row in csv.DictReader(_lines, delimiter="\t")}
 
 Image = namedtuple("Image", "identifier width height name draw meaning")
 
@@ -183,4 +190,7 @@ def faults():
         found.append("identifiers below 100 are kept for texts")
     if LABEL_ID not in identifiers:
         found.append(f"image {LABEL_ID} is missing")
+    found += [f"{language}: no letter {letter} to write {word}"
+              for language, word in LABEL_WORDS.items()
+              for letter in sorted(set(word) - lettering.LETTERS.keys())]
     return found

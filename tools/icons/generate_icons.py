@@ -48,8 +48,9 @@ def expected_files():
 
 def differences(folder):
     """Return a line for each fault of the table and each file that is not as drawn."""
+    if found := catalogue.faults():
+        return found
     expected = expected_files()
-    found = catalogue.faults()
     for name, data in expected.items():
         path = folder / name
         if not path.is_file():
