@@ -17,6 +17,8 @@
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
+extern "C" void* __imp_malloc;
+
 namespace zustd {
 namespace {
 
@@ -236,26 +238,52 @@ TEST(CipherLimit, textAtTheLimit_passesAndLongerOnesAreRefusedWithinBoundedMemor
               L"Cipher::decipher: text is too long");
 }
 
-TEST(CipherMemory, everyFailingAllocation_givesBadAllocAndNothingElse) {
-    const std::string message = Cipher::encipher(kCompressed, kText, kKey);
-    const std::function<void()> kOperations[] = {
-        [&] { Cipher::decipher(kCompressed, message, kKey); },
-        [&] { Cipher::encipher(kCompressed, kText, kKey); }};
-    for (const auto& operation : kOperations) {
-        bool failed = true;
-        long allowed = 0;
-        for (; failed && allowed < 10'000; ++allowed) {
-            const AllocationLimit limit(allowed);
-            failed = false;
-            try {
-                operation();
-            } catch (const std::bad_alloc&) {
-                failed = true;
-            }
-            EXPECT_EQ(failed, limit.wasReached()) << allowed;
-        }
-        EXPECT_TRUE(allowed > 5 && !failed) << allowed;
+// The library below takes much of its memory straight from the C runtime.
+decltype(&std::malloc) realMalloc = nullptr;
+void* limitedMalloc(std::size_t size) {
+    return AllocationLimit::take() ? realMalloc(size) : nullptr;
+}
+
+TEST(CipherMemory, anyAllocationThatFailsOrNone_leavesNoBlockAndNoTextBehind) {
+    realMalloc = reinterpret_cast<decltype(realMalloc)>(__imp_malloc);
+    const ReplacedImport malloc(__imp_malloc, reinterpret_cast<void*>(&limitedMalloc));
+    {
+        // Makes the lock of the runtime's reserve for exceptions.
+        const AllocationLimit limit(0, true);
+        thrownText([] { throw std::wstring(); });
     }
+    Random random(13);
+    const std::string secret = "18 secret letters ";
+    setCipherKey(kKey);
+    std::string text;
+    for (const std::size_t size : {0U, 40U, 300U, 5'000U, 200'000U}) {
+        while (text.size() < size) {
+            text += secret;
+            for (std::size_t i = text.size() / 50; i > 0; --i) {
+                text += static_cast<char>(random.below(0xE0));
+            }
+        }
+        text += text.empty() ? "" : "..";  // a last sequence is whole
+        for (const CipherEncoding encoding : kBothEncodings) {
+            const std::string message = Cipher::encipher(encoding, text);
+            const std::function<bool()> operations[] = {
+                [&] { return !Cipher::encipher(encoding, text).empty(); },
+                [&] {
+                    std::wstring out;
+                    Encoder::decodeFrom(static_cast<int>(encoding), message, out);
+                    return out.size() <= text.size();
+                }};
+            for (const auto& operation : operations) {
+                EXPECT_TRUE(operation()) << "what the library keeps is made";
+                const MemoryWatch memory(secret);
+                const auto check = [&](bool) { EXPECT_EQ(memory.held(), 0); };
+                EXPECT_EQ(failEachAllocation(operation, check),
+                          failEachAllocation(operation, check, true));
+                EXPECT_FALSE(memory.foundInFreed()) << text.size();
+            }
+        }
+    }
+    clearCipherKey();
 }
 
 TEST(CipherKeyValue, sixtyFourDigits_areTakenAndWipedAtTheEnd) {

@@ -20,13 +20,18 @@ namespace {
 
 std::atomic<long> allowedAllocations{-1};
 std::atomic<bool> allocationFailed{false};
+std::atomic<bool> failsOnce{false};
+std::string_view searchedBytes;
+std::atomic<bool> bytesWereFound{false};
 std::atomic<std::int64_t> liveBytes{0};
 std::atomic<std::int64_t> peakBytes{0};
 
+bool isSearched(std::string_view block) noexcept {
+    return !searchedBytes.empty() && block.find(searchedBytes) != std::string_view::npos;
+}
+
 void* allocate(std::size_t size) noexcept {
-    if (allowedAllocations >= 0 && allowedAllocations-- == 0) {
-        allowedAllocations = 0;
-        allocationFailed = true;
+    if (!zustd::test::AllocationLimit::take()) {
         return nullptr;
     }
     void* memory = std::malloc(size == 0 ? 1 : size);
@@ -48,6 +53,7 @@ void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
         liveBytes -= static_cast<std::int64_t>(size);
+        bytesWereFound = bytesWereFound || isSearched({static_cast<char*>(memory), size});
         // Whoever still looks at it shall notice; the barrier keeps the stores.
         std::memset(memory, 0xDD, size);
         asm volatile("" : : "r"(memory) : "memory");
@@ -115,20 +121,29 @@ ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), or
     slot_ = replacement;
 }
 
-AllocationLimit::AllocationLimit(long allowed) {
+AllocationLimit::AllocationLimit(long allowed, bool once) {
     allocationFailed = false;
+    failsOnce = once;
     allowedAllocations = allowed;
 }
 AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
+bool AllocationLimit::take() {
+    if (allowedAllocations < 0 || allowedAllocations-- != 0) {
+        return true;
+    }
+    allowedAllocations = failsOnce ? -1 : 0;
+    allocationFailed = true;
+    return false;
+}
 bool AllocationLimit::wasReached() const { return allocationFailed; }
 
 long failEachAllocation(const std::function<bool()>& operation,
-                        const std::function<void(bool done)>& check) {
+                        const std::function<void(bool done)>& check, bool once) {
     for (long allowed = 0;; ++allowed) {
         bool done = false;
         bool failed = false;
         {
-            const AllocationLimit limit(allowed);
+            const AllocationLimit limit(allowed, once);
             try {
                 done = operation();
             } catch (const std::bad_alloc&) {
@@ -143,7 +158,13 @@ long failEachAllocation(const std::function<bool()>& operation,
     }
 }
 
-MemoryWatch::MemoryWatch() : start_(liveBytes) { peakBytes = start_; }
+MemoryWatch::MemoryWatch(std::string_view searched) : start_(liveBytes) {
+    peakBytes = start_;
+    searchedBytes = searched;
+    bytesWereFound = false;
+}
+MemoryWatch::~MemoryWatch() { searchedBytes = {}; }
+bool MemoryWatch::foundInFreed() const { return bytesWereFound; }
 std::int64_t MemoryWatch::held() const { return liveBytes - start_; }
 std::size_t MemoryWatch::peak() const { return static_cast<std::size_t>(peakBytes - start_); }
 
