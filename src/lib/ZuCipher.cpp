@@ -103,8 +103,9 @@ public:
     void inflate(std::string_view packed) {
         // In pieces, so that the queue stays small.
         constexpr std::size_t kPiece = 4096;
-        for (; !packed.empty(); packed.remove_prefix(std::min(kPiece, packed.size()))) {
-            m_inQueue.Put(bytesOf(packed), std::min(kPiece, packed.size()));
+        for (std::size_t at = 0; at < packed.size(); at += kPiece) {
+            const std::string_view piece = packed.substr(at, kPiece);
+            m_inQueue.Put(bytesOf(piece), piece.size());
             Put2(nullptr, 0, 0, true);
         }
         Put2(nullptr, 0, -1, true);
