@@ -2,16 +2,20 @@
 
 #include <stdlib.h>
 
+#include "ZuFile.h"
+
 namespace zustd {
 
 void runCommand(const std::string& command) {
     // /S makes the interpreter strip exactly this outer pair of quotes.
     const std::string line = "cmd /S /C \"" + command + "\"";
-    static_cast<void>(system(line.c_str()));
+    if (isWholeName(line)) {
+        static_cast<void>(system(line.c_str()));
+    }
 }
 
 std::string getEnvironmentVariable(const std::string& name) {
-    const char* value = getenv(name.c_str());
+    const char* value = isWholeName(name) ? getenv(name.c_str()) : nullptr;
     return value != nullptr ? value : std::string();
 }
 

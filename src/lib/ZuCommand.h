@@ -8,7 +8,8 @@ namespace zustd {
 // Runs one command line in the command interpreter (the one that COMSPEC
 // names) and waits until it ends; its exit status is not looked at. The text
 // is in the active code page. Quotes in it survive unchanged, those around the
-// program's path and around arguments alike.
+// program's path and around arguments alike. A text with a zero in it is no
+// command line: nothing is run.
 void runCommand(const std::string& command);
 
 // A variable of the process environment in the active code page; empty when it

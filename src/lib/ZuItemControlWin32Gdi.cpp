@@ -51,7 +51,7 @@ void copyPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& sour
 ImageListHandle makeList(Size size, int room) {
     ImageListHandle list(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1));
     if (!list) {
-        throw SystemException(L"Could not create image list");
+        throwSystemException(L"Could not create image list", ZU_HERE);
     }
     return list;
 }
@@ -63,7 +63,7 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
         image.pixels.front() = 0x01000000;
     }
     if (ImageList_Add(list.get(), image.handle.get(), nullptr) < 0) {
-        throw SystemException(L"Could not add image");
+        throwSystemException(L"Could not add image", ZU_HERE);
     }
 }
 
