@@ -103,6 +103,13 @@ void writeBytes(const std::wstring& file, const std::string& bytes) {
     std::ofstream(std::filesystem::path(file), std::ios::binary) << bytes;
 }
 
+bool isFullDevice() {
+    // Gives zeros without end; a file would end.
+    std::string zeros(3, 'x');
+    std::ifstream(std::filesystem::path(kFullDevice), std::ios::binary).read(zeros.data(), 3);
+    return zeros == std::string(3, '\0');
+}
+
 Lines TraceCapture::messages() const {
     constexpr std::string_view kMark = "ZULOG: ";
     Lines lines;
@@ -138,24 +145,25 @@ bool AllocationLimit::take() {
 bool AllocationLimit::wasReached() const { return allocationFailed; }
 
 long failEachAllocation(const std::function<bool()>& operation,
-                        const std::function<void(bool done)>& check, bool once) {
-    for (long allowed = 0;; ++allowed) {
+                        const std::function<void(bool done)>& check) {
+    long allowed = 0;
+    for (const bool once : {true, false}) {
         bool done = false;
-        bool failed = false;
-        {
-            const AllocationLimit limit(allowed, once);
-            try {
-                done = operation();
-            } catch (const std::bad_alloc&) {
+        for (allowed = -1; !done && !testing::Test::HasFailure();) {
+            bool failed = false;
+            {
+                const AllocationLimit limit(++allowed, once);
+                try {
+                    done = operation();
+                } catch (const std::bad_alloc&) {
+                }
+                failed = limit.wasReached();
             }
-            failed = limit.wasReached();
-        }
-        EXPECT_EQ(done, !failed) << allowed;
-        check(done);
-        if (done || testing::Test::HasFailure()) {
-            return allowed;
+            EXPECT_EQ(done, !failed) << allowed << (once ? " once" : "");
+            check(done);
         }
     }
+    return allowed;
 }
 
 MemoryWatch::MemoryWatch(std::string_view searched) : start_(liveBytes) {

@@ -42,6 +42,10 @@ bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
+// A device that is always full; nothing may ever be made of it but a device.
+inline const std::wstring kFullDevice = L"Z:\\dev\\full";
+bool isFullDevice();
+
 // Installs trace settings for as long as it lives.
 class Tracing : NotCopied {
 public:
@@ -96,10 +100,11 @@ public:
 // Runs an operation with no allocation allowed, with one, and so on up to all that
 // it makes, and check after each run; gives their number. The operation says by
 // its result or by std::bad_alloc whether it was done, which it must be whenever
-// memory sufficed, and then only. With once, a single allocation fails each time.
+// memory sufficed, and then only. All that twice: every later allocation fails as
+// well, or only the next.
 long failEachAllocation(
     const std::function<bool()>& operation,
-    const std::function<void(bool done)>& check = [](bool) {}, bool once = false);
+    const std::function<void(bool done)>& check = [](bool) {});
 
 // The bytes allocated now and at the most, beyond those at the start, and whether
 // a block that was given back since held what is searched for.
