@@ -4,7 +4,6 @@
 // is refused, for it would open another file.
 #pragma once
 
-#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -45,10 +44,6 @@ public:
 
 private:
     static constexpr int kNone = -1;
-
-    bool put(std::string_view bytes) noexcept;
-    bool moveTo(std::int64_t position) noexcept;
-    bool cutAt(std::int64_t size) noexcept;
 
     int file_ = kNone;
 };

@@ -196,7 +196,7 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 template <class Failure>
 [[noreturn]] void throwTraced(const wchar_t* text, SourcePlace place, Failure failure) {
     detail::traceThrow(text, place);
-    throw failure;
+    throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): a C string is a kind, too
 }
 
 // Traces the throw report, then throws std::invalid_argument with the text in
