@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <functional>
 #include <regex>
 #include <stdexcept>
 
+#include "ZuDirectory.h"
 #include "ZuText.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
@@ -66,7 +68,7 @@ TEST(Trace, logFile_betweenLines_isNotHeldOpen) {
     const std::wstring path = folder.file(L"a.log");
     const Tracing tracing(kTraceToLog, path.c_str());
     trace(L"first");
-    EXPECT_TRUE(deleteFile(path));
+    EXPECT_TRUE(test::deleteFile(path));
     // Another process that reads and writes the log is in nobody's way.
     HANDLE other =
         CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
@@ -84,7 +86,12 @@ TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
     {
         const Tracing tracing(kTraceToLog, missing.c_str());
         const DebuggerOutput debugger;
+        SetLastError(12345);
+        errno = 123;
         trace(L"lost");
+        // Whoever traces a failure asks for its reason afterwards.
+        EXPECT_EQ(GetLastError(), 12345U);
+        EXPECT_EQ(errno, 123);
         EXPECT_EQ(debugger.texts, (Texts{L"ZUPRETRACE: cannot open log file\n", missing, L"\n"}));
     }
     for (const std::uint32_t mode : {0U, 2U, ~0U}) {
@@ -129,6 +136,29 @@ TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
                                        "asserted: x_" + backend, "throwing: 'x_'" + backend}));
 }
 
+TEST(Failure, ofAnyKind_isTracedBeforeItIsThrownAndTouchesNothing) {
+    const TempFolder folder;
+    const std::wstring file = folder.file(L"a");
+    writeBytes(file, "a");
+    // To the system each of these names ends at its zero.
+    const std::wstring longer = file + L'\0' + L"b";
+    const std::wstring made = folder.file(L"made") + L'\0';
+    const auto list = [](const auto& path) { listDirectory(path, L"*", nullptr, nullptr, false); };
+    EXPECT_TRUE(isFile(file) && !isFile(longer) && !isDirectory(folder.file({}) + L'\0'));
+    const std::pair<std::function<void()>, std::string> kCases[] = {
+        {[&] { zustd::deleteFile(longer); }, "Directory:deleteFile() failed"},
+        {[&] { createDirectory(made); }, "Directory:createDirectory() failed"},
+        {[&] { list(made); }, "Directory:listDirectory() failed"},
+        {[&] { list(folder.file(L"missing")); }, "Directory:listDirectory() failed"},
+        {[&] { throwSystemException(L"system", ZU_HERE); }, "system"}};
+    for (const auto& [fail, text] : kCases) {
+        const TraceCapture trace;
+        EXPECT_ANY_THROW(fail());
+        EXPECT_TRUE(trace.messages().at(0).starts_with("throwing: '" + text + "', in ")) << text;
+    }
+    EXPECT_TRUE(fileExists(file) && !fileExists(folder.file(L"made")));
+}
+
 TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
     const std::string long1500(1500, 'n');
     const std::pair<std::function<void()>, std::string> kCases[] = {
@@ -140,7 +170,7 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
          "COM exception: HRESULT=800401f3: Invalid class string"},
         {[] { throw SystemException(L"system"); }, "system exception: system"},
         {[] { throw std::runtime_error("standard"); }, "std::exception: standard"},
-        {[] { throw L"Directory:deleteFile() failed"; }, "unknown exception"},
+        {[] { throw L"a wide C string"; }, "unknown exception"},
         {[] { throw 5L; }, "unknown exception"},
         {[] { throw std::bad_alloc(); }, "std::bad_alloc: std::bad_alloc"},
         {[] { throw std::bad_array_new_length(); }, "std::bad_alloc: std::bad_array_new_length"},

@@ -1,27 +1,24 @@
 #include "TextFiles.h"
 
 #include <cstdio>
-#include <memory>
 
 #include "Console.h"
+#include "ZuFile.h"
 
 namespace zuplutil {
 
 namespace {
 
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
 // Whether the file could be opened; a text that does not fit on the disk is
-// told here.
+// told here. The C runtime may close a file without a word about its last bytes.
 bool write(const std::string& name, const char* mode, const std::string& text) {
-    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(name.c_str(), mode));
+    zustd::File file(std::fopen(name.c_str(), mode));
     if (!file) {
         return false;
     }
-    // Flushing tells of a full disk; closing does not, on this C runtime.
-    if (std::fprintf(file.get(), "%s\n", text.c_str()) < 0 || std::fflush(file.get()) != 0) {
+    std::fprintf(file.get(), "%s\n", text.c_str());
+    const bool written = std::fflush(file.get()) == 0 && std::ferror(file.get()) == 0;
+    if (std::fclose(file.release()) != 0 || !written) {
         printAndRecord("Could not write file %s\n", name.c_str());
     }
     return true;

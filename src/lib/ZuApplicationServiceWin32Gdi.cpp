@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "ZuFile.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
@@ -125,6 +126,9 @@ void ApplicationServiceWin32Gdi::setApplicationName(const std::wstring& name) {
 bool ApplicationServiceWin32Gdi::openDocument(const std::wstring& document) {
     // By contract of the call, values up to 32 are errors.
     constexpr INT_PTR kLastError = 32;
+    if (!isWholeName(document)) {
+        return false;
+    }
     const HINSTANCE result =
         ShellExecuteW(nullptr, L"open", document.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
     return reinterpret_cast<INT_PTR>(result) > kLastError;
@@ -210,7 +214,8 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create
     return guardedText(
         L"ApplicationServiceWin32Gdi::getApplicationDataDirectory", [&]() -> std::wstring {
             std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
-            if (create && GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
+            if (create && isWholeName(directory) &&
+                GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
                 // Whoever writes into the directory notices soon enough that it is
                 // not there.
                 static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));

@@ -22,7 +22,7 @@ public:
     GdiPlusSession() {
         const Gdiplus::GdiplusStartupInput input;
         if (Gdiplus::GdiplusStartup(&token_, &input, nullptr) != Gdiplus::Ok) {
-            throw SystemException(L"Could not start GDI+");
+            throwSystemException(L"Could not start GDI+", ZU_HERE);
         }
     }
     GdiPlusSession(const GdiPlusSession&) = delete;
@@ -35,7 +35,7 @@ private:
 
 void check(Gdiplus::GpStatus status) {
     if (status != Gdiplus::Ok) {
-        throw SystemException(L"Could not read image");
+        throwSystemException(L"Could not read image", ZU_HERE);
     }
 }
 
@@ -89,13 +89,13 @@ Stream streamOf(std::span<const unsigned char> bytes) {
     Handle<NullHandleTraits<HGLOBAL, &GlobalFree>> memory(GlobalAlloc(GMEM_MOVEABLE, bytes.size()));
     void* target = memory ? GlobalLock(memory.get()) : nullptr;
     if (target == nullptr) {
-        throw std::bad_alloc();
+        throwTraced(L"std::bad_alloc", ZU_HERE, std::bad_alloc());
     }
     std::memcpy(target, bytes.data(), bytes.size());
     GlobalUnlock(memory.get());
     IStream* stream = nullptr;
     if (FAILED(CreateStreamOnHGlobal(memory.get(), TRUE, &stream))) {
-        throw std::bad_alloc();
+        throwTraced(L"std::bad_alloc", ZU_HERE, std::bad_alloc());
     }
     memory.release();  // the stream's now
     return Stream(stream);
@@ -160,7 +160,7 @@ PixelBitmap::PixelBitmap(Size size) {
     void* bits = nullptr;
     handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!handle) {
-        throw SystemException(L"Could not create bitmap");
+        throwSystemException(L"Could not create bitmap", ZU_HERE);
     }
     pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
 }

@@ -42,13 +42,6 @@ CryptoPP::byte* bytesOf(std::string& text) noexcept {
     return reinterpret_cast<CryptoPP::byte*>(text.data());
 }
 
-// Crypto++ owns what is attached to a filter or a source and takes it by
-// plain pointer.
-template <class Attachment, class... Args>
-Attachment* attach(Args&&... args) {
-    return std::make_unique<Attachment>(std::forward<Args>(args)...).release();
-}
-
 // Runs body; what Crypto++ throws becomes the report with this text.
 template <class Body>
 void reported(const wchar_t* text, SourcePlace place, Body&& body) {
@@ -58,22 +51,6 @@ void reported(const wchar_t* text, SourcePlace place, Body&& body) {
         throwText(text, place);
     }
 }
-
-// Text that is overwritten unless it is handed out. Whoever lets it grow takes
-// care of the memory that it leaves.
-class GuardedText {
-public:
-    explicit GuardedText(std::size_t size = 0) : text_(size, '\0') {}
-    GuardedText(const GuardedText&) = delete;
-    GuardedText& operator=(const GuardedText&) = delete;
-    ~GuardedText() { CryptoPP::SecureWipeBuffer(bytesOf(text_), text_.size()); }
-
-    std::string& text() noexcept { return text_; }
-    std::string handOut() noexcept { return std::exchange(text_, std::string()); }
-
-private:
-    std::string text_;
-};
 
 // The end of the inflating chain: takes one stream's text as it comes and
 // gives up at the first byte too many.
@@ -102,8 +79,8 @@ private:
     void makeRoom(std::size_t length) {
         const std::size_t size = text_.size() + length;
         if (size > text_.capacity()) {
-            GuardedText larger;
-            larger.text().reserve(std::max(size, std::min(2 * text_.capacity(), kMaxCipherText)));
+            detail::WipedText larger(
+                std::max(size, std::min(2 * text_.capacity(), kMaxCipherText)));
             larger.text().append(text_);
             text_.swap(larger.text());
         }
@@ -113,14 +90,39 @@ private:
     bool streamEnded_ = false;
 };
 
-void deflate(std::string_view utf8, std::string& packed) {
-    // More than the worst text takes, so that it stays in one place.
-    packed.reserve(utf8.size() + utf8.size() / 64 + 64);
+// Crypto++ owns what is attached to a filter and takes it by plain pointer.
+// Its own Put would do for an inflater, but keeps what it could not take in
+// from a destructor: out of memory there, the process would end. Here all that
+// comes is in the queue before the inflater looks at it.
+class Inflater : public CryptoPP::ZlibDecompressor {
+public:
+    explicit Inflater(std::string& text) {
+        Detach(std::make_unique<InflatedTextSink>(text).release());
+    }
+
+    void inflate(std::string_view packed) {
+        // In pieces, so that the queue stays small.
+        constexpr std::size_t kPiece = 4096;
+        for (std::size_t at = 0; at < packed.size(); at += kPiece) {
+            const std::string_view piece = packed.substr(at, kPiece);
+            m_inQueue.Put(bytesOf(piece), piece.size());
+            Put2(nullptr, 0, 0, true);
+        }
+        Put2(nullptr, 0, -1, true);
+    }
+};
+
+// Gives its result the room for the worst text beforehand, so that it stays in
+// one place.
+detail::WipedText deflate(std::string_view utf8) {
+    detail::WipedText packed(utf8.size() + utf8.size() / 64 + 64);
     reported(L"Cipher::encipher: text does not compress", ZU_HERE, [&] {
-        CryptoPP::StringSource(
-            bytesOf(utf8), utf8.size(), true,
-            attach<CryptoPP::ZlibCompressor>(attach<CryptoPP::StringSink>(packed)));
+        CryptoPP::ZlibCompressor compressor(
+            std::make_unique<CryptoPP::StringSink>(packed.text()).release());
+        compressor.Put(bytesOf(utf8), utf8.size());
+        compressor.MessageEnd();
     });
+    return packed;
 }
 
 std::string inflate(std::string_view packed) {
@@ -128,12 +130,9 @@ std::string inflate(std::string_view packed) {
     if (packed.empty()) {
         throwText(L"Cipher::decipher: compressed text is missing", ZU_HERE);
     }
-    GuardedText inflated;
-    reported(L"Cipher::decipher: compressed text is damaged", ZU_HERE, [&] {
-        CryptoPP::StringSource(
-            bytesOf(packed), packed.size(), true,
-            attach<CryptoPP::ZlibDecompressor>(attach<InflatedTextSink>(inflated.text())));
-    });
+    detail::WipedText inflated;
+    reported(L"Cipher::decipher: compressed text is damaged", ZU_HERE,
+             [&] { Inflater(inflated.text()).inflate(packed); });
     return inflated.handOut();
 }
 
@@ -155,16 +154,6 @@ std::string associatedData(CipherEncoding encoding) {
 
 bool isKnown(CipherEncoding encoding) noexcept {
     return encoding == CipherEncoding::kEnciphered || encoding == CipherEncoding::kCompressed;
-}
-
-// Feeds a filter of an authenticated cipher: the associated data first, then
-// the bytes, then the end, at which a deciphering filter verifies the tag.
-void pump(CryptoPP::BufferedTransformation& filter, std::string_view associated,
-          std::string_view bytes) {
-    filter.ChannelPut(CryptoPP::AAD_CHANNEL, bytesOf(associated), associated.size());
-    filter.ChannelMessageEnd(CryptoPP::AAD_CHANNEL);
-    CryptoPP::StringSource(bytesOf(bytes), bytes.size(), true,
-                           attach<CryptoPP::Redirector>(filter));
 }
 
 unsigned hexDigitValue(char digit) noexcept {
@@ -230,10 +219,9 @@ std::string Cipher::encipher(CipherEncoding encoding, std::string_view utf8, con
     if (utf8.size() > kMaxCipherText) {
         throwText(L"Cipher::encipher: text is too long", ZU_HERE);
     }
-    GuardedText packed;
+    std::optional<detail::WipedText> packed;
     if (encoding == CipherEncoding::kCompressed) {
-        deflate(utf8, packed.text());
-        utf8 = packed.text();
+        utf8 = packed.emplace(deflate(utf8)).text();
     }
     const detail::CipherNonce nonce = freshNonce();
     std::string message(kHeader);
@@ -260,8 +248,7 @@ std::string Cipher::decipher(CipherEncoding encoding, std::string_view message,
         sealed.size() - detail::kCipherTagSize > kMaxCipherText) {
         throwText(L"Cipher::decipher: text is too long", ZU_HERE);
     }
-    GuardedText opened;
-    opened.text() = detail::openBytes(key, nonce, associatedData(encoding), sealed);
+    detail::WipedText opened(detail::openBytes(key, nonce, associatedData(encoding), sealed));
     return encoding == CipherEncoding::kCompressed ? inflate(opened.text()) : opened.handOut();
 }
 
@@ -276,17 +263,19 @@ std::string Cipher::decipher(CipherEncoding encoding, std::string_view message) 
 
 namespace detail {
 
+// No text is short: moving one on leaves no copy where it was.
+WipedText::WipedText(std::size_t room) { text_.reserve(std::max(room, std::size_t{64})); }
+
+WipedText::~WipedText() { CryptoPP::SecureWipeBuffer(bytesOf(text_), text_.size()); }
+
 std::string sealBytes(const CipherKey& key, const CipherNonce& nonce, std::string_view associated,
                       std::string_view plain) {
     std::string sealed(plain.size() + kCipherTagSize, '\0');
-    reported(L"Cipher::encipher: text could not be enciphered", ZU_HERE, [&] {
-        CryptoPP::GCM<CryptoPP::AES>::Encryption gcm;
-        gcm.SetKeyWithIV(key.bytes().data(), key.bytes().size(), nonce.data(), nonce.size());
-        CryptoPP::AuthenticatedEncryptionFilter filter(
-            gcm, attach<CryptoPP::ArraySink>(bytesOf(sealed), sealed.size()), false,
-            kCipherTagSize);
-        pump(filter, associated, plain);
-    });
+    CryptoPP::GCM<CryptoPP::AES>::Encryption gcm;
+    gcm.SetKeyWithIV(key.bytes().data(), key.bytes().size(), nonce.data(), nonce.size());
+    gcm.EncryptAndAuthenticate(bytesOf(sealed), bytesOf(sealed) + plain.size(), kCipherTagSize,
+                               nonce.data(), static_cast<int>(nonce.size()), bytesOf(associated),
+                               associated.size(), bytesOf(plain), plain.size());
     return sealed;
 }
 
@@ -295,16 +284,17 @@ std::string openBytes(const CipherKey& key, const CipherNonce& nonce, std::strin
     if (sealed.size() < kCipherTagSize) {
         throwText(L"Cipher::decipher: message is too short", ZU_HERE);
     }
-    // The filter writes here before the tag has come; a failure wipes it.
-    GuardedText plain(sealed.size() - kCipherTagSize);
-    reported(L"Cipher::decipher: wrong key or changed message", ZU_HERE, [&] {
-        CryptoPP::GCM<CryptoPP::AES>::Decryption gcm;
-        gcm.SetKeyWithIV(key.bytes().data(), key.bytes().size(), nonce.data(), nonce.size());
-        CryptoPP::AuthenticatedDecryptionFilter filter(
-            gcm, attach<CryptoPP::ArraySink>(bytesOf(plain.text()), plain.text().size()),
-            CryptoPP::AuthenticatedDecryptionFilter::THROW_EXCEPTION, kCipherTagSize);
-        pump(filter, associated, sealed);
-    });
+    const std::size_t size = sealed.size() - kCipherTagSize;
+    // Holds the text before the tag is verified; a failure wipes it.
+    WipedText plain(size);
+    plain.text().resize(size);
+    CryptoPP::GCM<CryptoPP::AES>::Decryption gcm;
+    gcm.SetKeyWithIV(key.bytes().data(), key.bytes().size(), nonce.data(), nonce.size());
+    if (!gcm.DecryptAndVerify(bytesOf(plain.text()), bytesOf(sealed) + size, kCipherTagSize,
+                              nonce.data(), static_cast<int>(nonce.size()), bytesOf(associated),
+                              associated.size(), bytesOf(sealed), size)) {
+        throwText(L"Cipher::decipher: wrong key or changed message", ZU_HERE);
+    }
     return plain.handOut();
 }
 

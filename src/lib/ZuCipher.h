@@ -25,6 +25,9 @@
 // kMaxCipherText. All failures are thrown as texts after their throw report
 // and say no more than which step failed; running out of memory stays
 // std::bad_alloc. All operations may be called from any thread.
+//
+// No memory that deciphering gives back holds text: what a caller gets is the
+// only copy, and the caller's to wipe.
 #pragma once
 
 #include <array>
@@ -33,6 +36,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zustd {
 
@@ -88,6 +92,24 @@ public:
 };
 
 namespace detail {
+
+// A text that is overwritten when it ends, unless it was handed out; whoever
+// is handed one wipes it so in turn. Whoever lets it grow beyond its room takes
+// care of the memory that it leaves.
+class WipedText {
+public:
+    explicit WipedText(std::size_t room = 0);
+    explicit WipedText(std::string&& text) noexcept : text_(std::move(text)) {}
+    WipedText(WipedText&&) = default;
+    WipedText& operator=(WipedText&&) = delete;
+    ~WipedText();
+
+    std::string& text() noexcept { return text_; }
+    std::string handOut() noexcept { return std::move(text_); }
+
+private:
+    std::string text_;
+};
 
 inline constexpr std::size_t kCipherNonceSize = 12;
 inline constexpr std::size_t kCipherTagSize = 16;

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "ZuFile.h"
 #include "ZuText.h"
 
 namespace zustd {
@@ -35,11 +36,13 @@ std::string passThroughFirstInterpreter(const std::string& command) {
 void runCommand(const std::string& command) {
     // /S makes the interpreter strip exactly this outer pair of quotes.
     const std::string line = "cmd /S /C \"" + passThroughFirstInterpreter(command) + "\"";
-    static_cast<void>(system(line.c_str()));
+    if (isWholeName(line)) {
+        static_cast<void>(system(line.c_str()));
+    }
 }
 
 std::string getEnvironmentVariable(const std::string& name) {
-    const char* value = getenv(name.c_str());
+    const char* value = isWholeName(name) ? getenv(name.c_str()) : nullptr;
     return value != nullptr ? value : std::string();
 }
 

@@ -11,6 +11,7 @@ namespace zustd {
 // program's path and around arguments alike, and so does what stands in them:
 // "a & b" is one argument. Only names between per cents are replaced wherever
 // they stand, as the interpreter does it.
+// A text with a zero in it is no command line: nothing is run.
 void runCommand(const std::string& command);
 
 // A variable of the process environment in the active code page; empty when it

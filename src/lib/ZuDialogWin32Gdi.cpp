@@ -228,7 +228,7 @@ void DialogWin32Gdi::createWindow(HWND owner) {
         GetModuleHandleW(nullptr), description.get(), owner, &dialogProcedure,
         reinterpret_cast<LPARAM>(static_cast<WindowHandlerWin32Gdi*>(this)));
     if (made == nullptr) {
-        throw SystemException(L"Could not create dialog");
+        throwSystemException(L"Could not create dialog", ZU_HERE);
     }
     adopt(made);
     owner_ = owner;

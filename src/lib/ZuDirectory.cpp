@@ -3,7 +3,9 @@
 #include <direct.h>
 #include <stdio.h>
 
+#include "ZuFile.h"
 #include "ZuHandleWin32Gdi.h"
+#include "ZuPlankton.h"
 
 namespace zustd {
 
@@ -15,28 +17,40 @@ std::wstring withBackslash(const std::wstring& directory) {
 
 bool isDot(const std::wstring& name) { return name == L"." || name == L".."; }
 
+DWORD attributesOf(const std::wstring& path) noexcept {
+    return isWholeName(path) ? GetFileAttributesW(path.c_str()) : INVALID_FILE_ATTRIBUTES;
+}
+
+[[noreturn]] void throwReported(const wchar_t* text, SourcePlace place) {
+    throwTraced(text, place, text);
+}
+
+[[noreturn]] void throwSearchFailure(DWORD error, SourcePlace place) {
+    throwTraced(L"Directory:listDirectory() failed", place, std::uint32_t{error});
+}
+
 }  // namespace
 
 bool isDirectory(const std::wstring& path) noexcept {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const DWORD attributes = attributesOf(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 bool isFile(const std::wstring& path) noexcept {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const DWORD attributes = attributesOf(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 bool deleteFile(const std::wstring& path) {
-    if (_wremove(path.c_str()) != 0) {
-        throw L"Directory:deleteFile() failed";
+    if (!isWholeName(path) || _wremove(path.c_str()) != 0) {
+        throwReported(L"Directory:deleteFile() failed", ZU_HERE);
     }
     return true;
 }
 
 void createDirectory(const std::wstring& path) {
-    if (_wmkdir(path.c_str()) != 0) {
-        throw L"Directory:createDirectory() failed";
+    if (!isWholeName(path) || _wmkdir(path.c_str()) != 0) {
+        throwReported(L"Directory:createDirectory() failed", ZU_HERE);
     }
 }
 
@@ -46,13 +60,16 @@ void listDirectory(const std::wstring& directory, const std::wstring& pattern,
     const std::wstring prefix = withBackslash(directory);
     WIN32_FIND_DATAW found{};
     const std::wstring query = prefix + pattern;
+    if (!isWholeName(query)) {
+        throwSearchFailure(ERROR_INVALID_NAME, ZU_HERE);
+    }
     const FindHandle search(FindFirstFileW(query.c_str(), &found));
     if (!search) {
         const DWORD error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND) {
             return;
         }
-        throw static_cast<std::uint32_t>(error);
+        throwSearchFailure(error, ZU_HERE);
     }
     do {
         const std::wstring name = found.cFileName;

@@ -1,7 +1,8 @@
 // Files and directories by path; needs no service.
 //
-// Failures are thrown bare, without a throw report: a wide C string from
-// deleteFile and createDirectory, the system's error code from listDirectory.
+// Failures are thrown bare, after their throw report: a wide C string from
+// deleteFile and createDirectory, the system's error code from listDirectory. A
+// path with a zero in it names nothing.
 #pragma once
 
 #include <cstdint>

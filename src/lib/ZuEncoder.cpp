@@ -283,11 +283,12 @@ void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out
             });
             return;
         case kEncodingEnciphered:
-        case kEncodingEncipheredCompressed:
+        case kEncodingEncipheredCompressed: {
             out.clear();
-            decodeFromUTF8(Cipher::decipher(static_cast<CipherEncoding>(encoding), bytes), out,
-                           false);
+            detail::WipedText utf8(Cipher::decipher(static_cast<CipherEncoding>(encoding), bytes));
+            decodeFromUTF8(utf8.text(), out, false);
             return;
+        }
         default:
             out.clear();
             throwText(L"Encoder::decodeFrom: unknown encoding", ZU_LINE(103));

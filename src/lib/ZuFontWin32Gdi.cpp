@@ -50,7 +50,7 @@ void FontWin32Gdi::synchronizeWithAbstraction() {
         if (!font_) {
             font_ = makeFontHandle(getAbstraction().style(), scalingFactor_);
             if (!font_) {
-                throw SystemException(L"Could not create font");
+                throwSystemException(L"Could not create font", ZU_HERE);
             }
         }
     });

@@ -99,7 +99,7 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
     layers_.reserve(1);
     savedContext_ = SaveDC(context);
     if (savedContext_ == 0) {
-        throw SystemException(L"Could not connect to device context");
+        throwSystemException(L"Could not connect to device context", ZU_HERE);
     }
     layers_.push_back(std::move(layer));
     drawBusy_ = true;
@@ -290,7 +290,7 @@ void GraphicsServiceWin32Gdi::beginBufferedPaint(const Rect& area) {
     layer.context = layer.memory.get();
     layer.selected = SelectedObject(layer.context, layer.bitmap.get());
     if (!layer.memory || !layer.selected) {
-        throw SystemException(L"Could not create paint buffer");
+        throwSystemException(L"Could not create paint buffer", ZU_HERE);
     }
     SetViewportOrgEx(layer.context, -layer.area.left, -layer.area.top, nullptr);
     SetBkMode(layer.context, TRANSPARENT);

@@ -182,7 +182,7 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     const LRESULT done =
         send(isNew ? LVM_INSERTCOLUMNW : LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&native));
     if (isNew ? done < 0 : done == FALSE) {
-        throw SystemException(L"Could not set column");
+        throwSystemException(L"Could not set column", ZU_HERE);
     }
     if (isNew) {
         columns_.push_back(wanted);

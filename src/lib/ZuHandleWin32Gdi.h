@@ -1,21 +1,27 @@
 // The kinds of Windows handles that the framework and its programs own.
 #pragma once
 
+#include <cerrno>
+
 #include "ZuHandle.h"
 #include "ZuWindows.h"
 
 namespace zustd {
 
-// Saves the thread's last error for the time of a clean-up.
+// Saves the thread's last error and errno for the time of a clean-up or report.
 class LastErrorKeeper {
 public:
-    LastErrorKeeper() noexcept : error_(GetLastError()) {}
+    LastErrorKeeper() noexcept : error_(GetLastError()), number_(errno) {}
     LastErrorKeeper(const LastErrorKeeper&) = delete;
     LastErrorKeeper& operator=(const LastErrorKeeper&) = delete;
-    ~LastErrorKeeper() { SetLastError(error_); }
+    ~LastErrorKeeper() {
+        errno = number_;
+        SetLastError(error_);
+    }
 
 private:
     DWORD error_;
+    int number_;
 };
 
 // A handle kind from its closer; most use null for "none". Closing keeps the

@@ -20,7 +20,7 @@ constexpr std::uint32_t kOpaque = 0xFF000000;
 ImageListHandle makeList(Size size, int room) {
     ImageListHandle list(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1));
     if (!list) {
-        throw SystemException(L"Could not create image list");
+        throwSystemException(L"Could not create image list", ZU_HERE);
     }
     return list;
 }
@@ -32,7 +32,7 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
         image.pixels.front() = 0x01000000;
     }
     if (ImageList_Add(list.get(), image.handle.get(), nullptr) < 0) {
-        throw SystemException(L"Could not add image");
+        throwSystemException(L"Could not add image", ZU_HERE);
     }
 }
 

@@ -3,51 +3,27 @@
 #include <cstdint>
 #include <cstdio>
 #include <cwchar>
-#include <memory>
 #include <stdexcept>
-#include <string_view>
 #include <vector>
 
 #include "ZuEncoder.h"
+#include "ZuFile.h"
 #include "ZuPlankton.h"
+#include "ZuText.h"
 #include "ZuXml.h"
 
 namespace zustd {
 
 namespace {
 
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
-// A C runtime stream: its modes open paths of any alphabet on every system.
-class BinaryFile {
-public:
-    BinaryFile(const std::wstring& name, const wchar_t* mode)
-        : file_(_wfopen(name.c_str(), mode)) {}
-
-    bool isOpen() const noexcept { return file_ != nullptr; }
-
-    // The size in bytes, below 0 when the file has none to tell.
-    std::int64_t size() noexcept {
-        if (_fseeki64(file_.get(), 0, SEEK_END) != 0) {
-            return -1;
-        }
-        const std::int64_t position = _ftelli64(file_.get());
-        return _fseeki64(file_.get(), 0, SEEK_SET) == 0 ? position : -1;
+// The size in bytes, below 0 when the file has none to tell.
+std::int64_t sizeOf(std::FILE* file) noexcept {
+    if (_fseeki64(file, 0, SEEK_END) != 0) {
+        return -1;
     }
-
-    bool read(std::vector<char>& buffer) noexcept {
-        return std::fread(buffer.data(), 1, buffer.size(), file_.get()) == buffer.size();
-    }
-    bool write(std::string_view bytes) noexcept {
-        return std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
-    }
-    bool close() noexcept { return std::fclose(file_.release()) == 0; }
-
-private:
-    std::unique_ptr<std::FILE, FileCloser> file_;
-};
+    const std::int64_t position = _ftelli64(file);
+    return _fseeki64(file, 0, SEEK_SET) == 0 ? position : -1;
+}
 
 // One step of a load or save, seen only by someone who traces.
 template <TraceArgument... Args>
@@ -55,8 +31,13 @@ void step(const wchar_t* format, Args... args) noexcept {
     trace(kTraceLevelReport, format, args...);
 }
 
-std::string readAll(BinaryFile& file, const std::wstring& fileName) {
-    const std::int64_t sslen = file.size();
+// A failure of the disk: reported, then thrown as a standard exception.
+[[noreturn]] void throwFailure(const char* text, SourcePlace place) {
+    throwTraced(widen(text).c_str(), place, std::runtime_error(text));
+}
+
+std::string readAll(std::FILE* file, const std::wstring& fileName) {
+    const std::int64_t sslen = sizeOf(file);
     ZU_ASSERT_AS(sslen >= 0 && static_cast<std::uint64_t>(sslen) <= SIZE_MAX,
                  L"(sslen)>=0 && (sslen)<=SIZE_MAX", ZU_HERE);
     step(L"Loader::load(string): filename=%ls; filesize=%llu", fileName.c_str(),
@@ -65,8 +46,8 @@ std::string readAll(BinaryFile& file, const std::wstring& fileName) {
     std::vector<char> buf(static_cast<std::size_t>(sslen));
     step(L"Loader::load(string): buf allocated");
     step(L"Loader::load(string): reading file into buf...");
-    if (!file.read(buf)) {
-        throw std::runtime_error("cannot read file");
+    if (std::fread(buf.data(), 1, buf.size(), file) != buf.size()) {
+        throwFailure("cannot read file", ZU_HERE);
     }
     step(L"Loader::load(string): file read.");
     step(L"Loader::load(string): copying buf to bufs...");
@@ -79,24 +60,27 @@ std::string readAll(BinaryFile& file, const std::wstring& fileName) {
 }
 
 void writeAll(const std::wstring& fileName, const std::wstring& text) {
+    // Out of memory, the file stays as it was or is not made at all: from here
+    // on the encoder needs none.
+    std::string bytes;
+    bytes.reserve(3 * (text.size() + 1));
     step(L"Loader::save: creating file...");
-    BinaryFile file(fileName, L"wb");
+    ReplacedFile file(fileName);
     if (!file.isOpen()) {
         step(L"Loader::save: cannot create file");
-        throw std::runtime_error("cannot open file for writing");
+        throwFailure("cannot open file for writing", ZU_HERE);
     }
     step(L"Loader::save: file created");
     step(L"Loader::save: encoding source... (size=%llu)", text.size());
-    std::string bytes;
     Encoder::encodeToUTF8(text, bytes);
     step(L"Loader::save: source encoded (size=%llu)", bytes.size());
     step(L"Loader::save: writing to file...");
     if (!file.write(bytes)) {
-        throw std::runtime_error("cannot write to file");
+        throwFailure("cannot write to file", ZU_HERE);
     }
     step(L"Loader::save: file written");
     if (!file.close()) {
-        throw std::runtime_error("cannot close file");
+        throwFailure("cannot close file", ZU_HERE);
     }
     step(L"Loader::save: file closed");
 }
@@ -106,17 +90,17 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
 bool Loader::load(const std::wstring& fileName, std::wstring& text) noexcept {
     return guarded(L"Loader::load", false, [&] {
         step(L"Loader::load(string): enter");
-        BinaryFile file(fileName, L"rb");
-        if (!file.isOpen()) {
+        File file = openForReading(fileName);
+        if (!file) {
             return false;
         }
-        const std::string bufs = readAll(file, fileName);
+        const std::string bufs = readAll(file.get(), fileName);
         step(L"Loader::load(string): decoding bufs to dest...");
         Encoder::decodeFrom(kEncodingUtf8, bufs, text);
         step(L"Loader::load(string): decoded bufs to dest.");
         step(L"Loader::load(string): closing file...");
         // All has been read: a close that fails changes nothing any more.
-        file.close();
+        file.reset();
         step(L"Loader::load(string): file closed.");
         step(L"Loader::load(string): leave");
         return true;

@@ -1,13 +1,14 @@
 // Whole files between disk and memory, as text or as serializable values.
 //
-// Files are UTF-8 on disk and are handled whole. A save writes in place: there
-// is no temporary file, so a failure while writing leaves a partial file. Every
-// step leaves a trace line at report level, so that a failing load in the field
-// can be followed line by line.
+// Files are UTF-8 on disk and are handled whole. A save writes in place, without
+// a temporary file. Without memory, and on a disk without room for what the file
+// would grow by, the file stays as it was; any other failure while writing
+// leaves a partial file. Every step leaves a trace line at report level, so that
+// a failing load in the field can be followed line by line.
 //
 // No operation throws, on hostile input, on a full disk or without memory
 // either: it returns false, and running out of memory is recorded as the
-// critical error.
+// critical error. A name with a zero in it names no file.
 #pragma once
 
 #include <string>
@@ -23,8 +24,8 @@ public:
     // decode, text holds what was decoded before the fault.
     static bool load(const std::wstring& fileName, std::wstring& text) noexcept;
 
-    // Creates or replaces a file. True once everything is written and the file
-    // is closed.
+    // Creates or replaces a file. True once the system has taken everything and
+    // the file is closed.
     static bool save(const std::wstring& fileName, const std::wstring& text) noexcept;
 
     // Lets target read itself from a file. When the file cannot be loaded

@@ -195,7 +195,7 @@ void MessagePaper::showText(HWND dialog) {
         place.top, place.width(), place.height(), dialog, reinterpret_cast<HMENU>(kTextIdentifier),
         GetModuleHandleW(nullptr), nullptr);
     if (label == nullptr) {
-        throw SystemException(L"Could not create window");
+        throwSystemException(L"Could not create window", ZU_HERE);
     }
     SendMessageW(label, WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*font_).handle()), FALSE);
 }
@@ -443,12 +443,12 @@ bool MessageBoxWin32Gdi::build() {
 
 int MessageBoxWin32Gdi::show(const wchar_t* failure) {
     if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {
-        throw SystemException(failure);
+        throwSystemException(failure, ZU_HERE);
     }
     service_.playMessageSound(box_.style);
     // Which may have taken long enough for the dialog to lose its window.
     if (!dynamic_cast<DialogWin32Gdi&>(dialog_->implementation()).makeReady()) {
-        throw SystemException(failure);
+        throwSystemException(failure, ZU_HERE);
     }
     dialog_->show(true);
     box_.doNotShowAgain = view_->isChecked();

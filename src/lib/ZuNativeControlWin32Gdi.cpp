@@ -108,7 +108,7 @@ void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
         if (made != nullptr) {
             DestroyWindow(made);
         }
-        throw SystemException(L"Could not create window");
+        throwSystemException(L"Could not create window", ZU_HERE);
     }
     shape_ = shape;
     parent_ = parent;

@@ -10,12 +10,12 @@
 #include <cstdio>
 #include <ctime>
 #include <cwchar>
-#include <memory>
 #include <new>
 #include <stdexcept>
 
+#include "ZuFile.h"
+#include "ZuHandleWin32Gdi.h"
 #include "ZuText.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -26,11 +26,6 @@ constexpr std::size_t kLineLength = 2048;
 constexpr std::size_t kStampLength = 128;
 
 constinit std::atomic<std::uint32_t> criticalErrorCode{kCriticalErrorNone};
-
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
 
 // A stamp and a line as UTF-8, in a buffer that fits the longest of both.
 class Utf8Line {
@@ -149,6 +144,7 @@ long long wholeMegabytes(DWORDLONG bytes) noexcept { return static_cast<long lon
 namespace detail {
 
 void traceFormatted(const wchar_t* format, ...) noexcept {
+    const LastErrorKeeper keeper;
     wchar_t message[kMessageLength + 1];
     message[0] = L'\0';
     std::va_list arguments;
@@ -164,8 +160,7 @@ void traceFormatted(const wchar_t* format, ...) noexcept {
 
 void failAssertion(const wchar_t* expression, SourcePlace place) {
     trace(kTraceLevelReport, assertionFormat(place.unit), expression, place.unit, place.line);
-    traceThrow(expression, place);
-    throw std::wstring(expression);
+    throwText(expression, place);
 }
 
 void traceThrow(const wchar_t* text, SourcePlace place) noexcept {
@@ -173,6 +168,7 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept {
 }
 
 void reportCaughtException(const wchar_t* operation) noexcept {
+    const LastErrorKeeper keeper;
     try {
         throw;
     } catch (const std::string& text) {
@@ -198,6 +194,7 @@ void reportCaughtException(const wchar_t* operation) noexcept {
 }  // namespace detail
 
 void writeTraceLine(const wchar_t* line) noexcept {
+    const LastErrorKeeper keeper;
     const TraceSettings* settings = traceSettings;
     if (settings == nullptr) {
         return;
@@ -219,6 +216,11 @@ void writeTraceLine(const wchar_t* line) noexcept {
 void throwText(const wchar_t* text, SourcePlace place) {
     detail::traceThrow(text, place);
     throw std::wstring(text);
+}
+
+void throwSystemException(const wchar_t* text, SourcePlace place) {
+    detail::traceThrow(text, place);
+    throw SystemException(text);
 }
 
 void throwInvalidArgument(const std::wstring& text, SourcePlace place) {

@@ -63,7 +63,9 @@ template <class T>
 concept TraceArgument = std::is_scalar_v<T>;
 
 // Writes one line when tracing is on and the level reaches the threshold.
-// The format is a wide printf format (%ls for wide strings). Never throws.
+// The format is a wide printf format (%ls for wide strings). Never throws, and
+// keeps the last error and errno: whoever traces a failure may still ask for its
+// reason.
 template <TraceArgument... Args>
 void trace(int level, const wchar_t* format, Args... args) noexcept {
     if (isTraced(level)) {
@@ -185,6 +187,17 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 
 // Traces the throw report, then throws the text as a std::wstring.
 [[noreturn]] void throwText(const wchar_t* text, SourcePlace place);
+
+// Traces the throw report, then throws a SystemException with the text.
+[[noreturn]] void throwSystemException(const wchar_t* text, SourcePlace place);
+
+// Traces the throw report with this text, then throws the failure: for all
+// other kinds. Nothing in the framework is thrown but by these operations.
+template <class Failure>
+[[noreturn]] void throwTraced(const wchar_t* text, SourcePlace place, Failure failure) {
+    detail::traceThrow(text, place);
+    throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): a C string is a kind, too
+}
 
 // Traces the throw report, then throws std::invalid_argument with the text in
 // the active code page.

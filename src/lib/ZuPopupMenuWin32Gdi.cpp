@@ -31,7 +31,7 @@ private:
     MenuHandle make(const std::vector<PopupMenuItem>& items) {
         MenuHandle menu(CreatePopupMenu());
         if (!menu) {
-            throw SystemException(L"Could not create menu");
+            throwSystemException(L"Could not create menu", ZU_HERE);
         }
         for (const PopupMenuItem& item : items) {
             append(menu.get(), item);
@@ -63,7 +63,7 @@ private:
         }
         const auto end = static_cast<UINT>(GetMenuItemCount(menu));
         if (!InsertMenuItemW(menu, end, TRUE, &info)) {
-            throw SystemException(L"Could not fill menu");
+            throwSystemException(L"Could not fill menu", ZU_HERE);
         }
         // The menu that it opens from destroys it.
         static_cast<void>(below.release());

@@ -5,6 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "ZuPlankton.h"
 #include "ZuWindows.h"
 
 namespace zustd {
@@ -13,7 +14,8 @@ namespace {
 
 int lengthOf(std::size_t size) {
     if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("text too long to convert");
+        throwTraced(L"text too long to convert", ZU_HERE,
+                    std::length_error("text too long to convert"));
     }
     return static_cast<int>(size);
 }

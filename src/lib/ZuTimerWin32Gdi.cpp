@@ -29,7 +29,7 @@ TimerWindowWin32Gdi::TimerWindowWin32Gdi()
     : window_(CreateWindowExW(0, MAKEINTATOM(registeredClass()), L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
                               nullptr, ownModule(), nullptr)) {
     if (!window_) {
-        throw SystemException(L"Could not create timer window");
+        throwSystemException(L"Could not create timer window", ZU_HERE);
     }
 }
 

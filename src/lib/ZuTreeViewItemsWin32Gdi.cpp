@@ -79,7 +79,7 @@ void TreeViewWin32Gdi::insert(TreeNode node) {
     item.item.cChildren = model.childCount(node) != 0 ? 1 : 0;
     const LRESULT made = send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
     if (made == 0) {
-        throw SystemException(L"Could not insert item");
+        throwSystemException(L"Could not insert item", ZU_HERE);
     }
     model.setNativeWord(node, made);
     if (item.hInsertAfter == TVI_LAST) {

@@ -293,7 +293,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
             }
         }
         if (CommDlgExtendedError() != 0) {
-            throw SystemException(L"Could not select file");
+            throwSystemException(L"Could not select file", ZU_HERE);
         }
         return std::wstring();
     });

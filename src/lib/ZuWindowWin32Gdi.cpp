@@ -42,7 +42,7 @@ void registerWindowClass(WNDPROC procedure) {
         return RegisterClassExW(&description);
     }();
     if (registered == 0) {
-        throw SystemException(L"Could not register window class");
+        throwSystemException(L"Could not register window class", ZU_HERE);
     }
 }
 
@@ -103,7 +103,7 @@ void WindowWin32Gdi::createWindow(HWND parent) {
         isChild ? size.width : CW_USEDEFAULT, isChild ? size.height : 0, parent, nullptr,
         GetModuleHandleW(nullptr), static_cast<WindowHandlerWin32Gdi*>(this));
     if (made == nullptr) {
-        throw SystemException(L"Could not create window");
+        throwSystemException(L"Could not create window", ZU_HERE);
     }
     adopt(made);
     parent_ = parent;

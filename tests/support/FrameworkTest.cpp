@@ -20,6 +20,9 @@ namespace {
 
 std::atomic<long> allowedAllocations{-1};
 std::atomic<bool> allocationFailed{false};
+std::atomic<bool> failsOnce{false};
+std::string_view searchedBytes;
+std::atomic<bool> bytesWereFound{false};
 std::atomic<std::int64_t> liveBytes{0};
 std::atomic<std::int64_t> peakBytes{0};
 // What was released last.
@@ -27,10 +30,12 @@ constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
+bool isSearched(std::string_view block) noexcept {
+    return !searchedBytes.empty() && block.find(searchedBytes) != std::string_view::npos;
+}
+
 void* allocate(std::size_t size) noexcept {
-    if (allowedAllocations >= 0 && allowedAllocations-- == 0) {
-        allowedAllocations = 0;
-        allocationFailed = true;
+    if (!zustd::test::AllocationLimit::take()) {
         return nullptr;
     }
     void* memory = std::malloc(size == 0 ? 1 : size);
@@ -66,6 +71,7 @@ void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
         liveBytes -= static_cast<std::int64_t>(size);
+        bytesWereFound = bytesWereFound || isSearched({static_cast<char*>(memory), size});
         // Whoever still looks at it shall notice: a word and the next ones are not
         // the same, and none is an address. The barrier keeps the stores.
         for (std::size_t i = 0; i < size; ++i) {
@@ -123,6 +129,13 @@ void writeBytes(const std::wstring& file, const std::string& bytes) {
     std::ofstream(std::filesystem::path(file), std::ios::binary) << bytes;
 }
 
+bool isFullDevice() {
+    // Gives zeros without end; a file would end.
+    std::string zeros(3, 'x');
+    std::ifstream(std::filesystem::path(kFullDevice), std::ios::binary).read(zeros.data(), 3);
+    return zeros == std::string(3, '\0');
+}
+
 Lines TraceCapture::messages() const {
     constexpr std::string_view kMark = "ZULOG: ";
     Lines lines;
@@ -141,35 +154,51 @@ ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), or
     slot_ = replacement;
 }
 
-AllocationLimit::AllocationLimit(long allowed) {
+AllocationLimit::AllocationLimit(long allowed, bool once) {
     allocationFailed = false;
+    failsOnce = once;
     allowedAllocations = allowed;
 }
 AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
+bool AllocationLimit::take() {
+    if (allowedAllocations < 0 || allowedAllocations-- != 0) {
+        return true;
+    }
+    allowedAllocations = failsOnce ? -1 : 0;
+    allocationFailed = true;
+    return false;
+}
 bool AllocationLimit::wasReached() const { return allocationFailed; }
 
 long failEachAllocation(const std::function<bool()>& operation,
                         const std::function<void(bool done)>& check) {
-    for (long allowed = 0;; ++allowed) {
+    long allowed = 0;
+    for (const bool once : {true, false}) {
         bool done = false;
-        bool failed = false;
-        {
-            const AllocationLimit limit(allowed);
-            try {
-                done = operation();
-            } catch (const std::bad_alloc&) {
+        for (allowed = -1; !done && !testing::Test::HasFailure();) {
+            bool failed = false;
+            {
+                const AllocationLimit limit(++allowed, once);
+                try {
+                    done = operation();
+                } catch (const std::bad_alloc&) {
+                }
+                failed = limit.wasReached();
             }
-            failed = limit.wasReached();
-        }
-        EXPECT_EQ(done, !failed) << allowed;
-        check(done);
-        if (done || testing::Test::HasFailure()) {
-            return allowed;
+            EXPECT_EQ(done, !failed) << allowed << (once ? " once" : "");
+            check(done);
         }
     }
+    return allowed;
 }
 
-MemoryWatch::MemoryWatch() : start_(liveBytes) { peakBytes = start_; }
+MemoryWatch::MemoryWatch(std::string_view searched) : start_(liveBytes) {
+    peakBytes = start_;
+    searchedBytes = searched;
+    bytesWereFound = false;
+}
+MemoryWatch::~MemoryWatch() { searchedBytes = {}; }
+bool MemoryWatch::foundInFreed() const { return bytesWereFound; }
 std::int64_t MemoryWatch::held() const { return liveBytes - start_; }
 std::size_t MemoryWatch::peak() const { return static_cast<std::size_t>(peakBytes - start_); }
 

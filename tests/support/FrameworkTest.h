@@ -42,6 +42,10 @@ bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
+// A device that is always full; nothing may ever be made of it but a device.
+inline const std::wstring kFullDevice = L"Z:\\dev\\full";
+bool isFullDevice();
+
 // Installs trace settings for as long as it lives.
 class Tracing : NotCopied {
 public:
@@ -82,29 +86,35 @@ private:
     void* original_;
 };
 
-// Lets so many allocations succeed and fails every later one.
+// Lets so many allocations succeed and fails every later one, or only the next.
 class AllocationLimit : NotCopied {
 public:
-    explicit AllocationLimit(long allowed);
+    explicit AllocationLimit(long allowed, bool once = false);
     ~AllocationLimit();
     // Whether an allocation has failed.
     bool wasReached() const;
+    // Counts an allocation that does not come by operator new: may it succeed?
+    static bool take();
 };
 
 // Runs an operation with no allocation allowed, with one, and so on up to all that
 // it makes, and check after each run; gives their number. The operation says by
 // its result or by std::bad_alloc whether it was done, which it must be whenever
-// memory sufficed, and then only.
+// memory sufficed, and then only. All that twice: every later allocation fails as
+// well, or only the next.
 long failEachAllocation(
     const std::function<bool()>& operation,
     const std::function<void(bool done)>& check = [](bool) {});
 
-// The bytes allocated now and at the most, beyond those at the start.
-class MemoryWatch {
+// The bytes allocated now and at the most, beyond those at the start, and whether
+// a block that was given back since held what is searched for.
+class MemoryWatch : NotCopied {
 public:
-    MemoryWatch();
+    explicit MemoryWatch(std::string_view searched = {});
+    ~MemoryWatch();
     std::size_t peak() const;
     std::int64_t held() const;
+    bool foundInFreed() const;
 
 private:
     std::int64_t start_;

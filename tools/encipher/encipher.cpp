@@ -5,14 +5,16 @@
 //
 // Encoding 2 enciphers the text as it is, encoding 3 compresses it first. The
 // key file holds 64 hexadecimal digits; white space around them is ignored.
-// OUT is written only after everything else went well.
+// OUT is written only after everything else went well; it can be neither IN nor
+// the key file.
+
+#include <share.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
 #include <exception>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +22,7 @@
 
 #include "ZuCipher.h"
 #include "ZuEncoder.h"
+#include "ZuFile.h"
 #include "ZuText.h"
 
 namespace {
@@ -53,50 +56,48 @@ struct Options {
     std::wstring out;
 };
 
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
+// Nobody may write to what is read while it is open: OUT can be neither IN nor
+// the key file then, by whatever spelling or link, and no only copy is lost.
+class Input {
+public:
+    explicit Input(const std::wstring& path) : file_(_wfsopen(path.c_str(), L"rb", _SH_DENYWR)) {
+        if (!file_) {
+            throw Failure{kExitFile, L"cannot open " + path};
+        }
+        std::array<char, 65536> block;
+        while (const std::size_t size = std::fread(block.data(), 1, block.size(), file_.get())) {
+            bytes_.append(block.data(), size);
+        }
+        if (std::ferror(file_.get()) != 0) {
+            throw Failure{kExitFile, L"cannot read " + path};
+        }
+    }
 
-std::string readFile(const std::wstring& path) {
-    const File file(_wfopen(path.c_str(), L"rb"));
-    if (!file) {
-        throw Failure{kExitFile, L"cannot open " + path};
-    }
-    std::string bytes;
-    std::array<char, 65536> block;
-    while (const std::size_t size = std::fread(block.data(), 1, block.size(), file.get())) {
-        bytes.append(block.data(), size);
-    }
-    if (std::ferror(file.get()) != 0) {
-        throw Failure{kExitFile, L"cannot read " + path};
-    }
-    return bytes;
-}
+    std::string_view bytes() const noexcept { return bytes_; }
+
+private:
+    const zustd::File file_;
+    std::string bytes_;
+};
 
 void writeFile(const std::wstring& path, const std::string& bytes) {
-    File file(_wfopen(path.c_str(), L"wb"));
-    if (!file) {
-        throw Failure{kExitFile, L"cannot create " + path};
+    zustd::ReplacedFile file(path);
+    if (!file.isOpen()) {
+        throw Failure{kExitFile, L"cannot write (is it IN or the key file?) " + path};
     }
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    const bool closed = std::fclose(file.release()) == 0;
-    if (!written || !closed) {
-        _wremove(path.c_str());
+    if (!file.write(bytes) || !file.close()) {
         throw Failure{kExitFile, L"cannot write " + path};
     }
 }
 
-zustd::CipherKey readKey(const std::wstring& path) {
+zustd::CipherKey keyOf(std::string_view digits) {
     constexpr std::string_view kWhiteSpace = " \t\r\n";
-    const std::string text = readFile(path);
-    std::string_view digits = text;
     digits.remove_prefix(std::min(digits.find_first_not_of(kWhiteSpace), digits.size()));
     digits.remove_suffix(digits.size() - (digits.find_last_not_of(kWhiteSpace) + 1));
     try {
         return zustd::CipherKey::fromHex(digits);
     } catch (const std::wstring&) {
-        throw Failure{kExitFile, L"not a key of 64 hexadecimal digits: " + path};
+        throw Failure{kExitFile, L"the key file holds no key of 64 hexadecimal digits"};
     }
 }
 
@@ -169,15 +170,16 @@ Options parseOptions(int count, wchar_t** arguments) {
 }
 
 void run(const Options& options) {
-    const zustd::CipherKey key = readKey(options.keyFile);
-    const std::string input = readFile(options.in);
+    const Input keyFile(options.keyFile);
+    const zustd::CipherKey key = keyOf(keyFile.bytes());
+    const Input in(options.in);
     if (!options.deciphering) {
-        checkText(input);
+        checkText(in.bytes());
     }
     std::string output;
     try {
-        output = options.deciphering ? zustd::Cipher::decipher(*options.encoding, input, key)
-                                     : zustd::Cipher::encipher(*options.encoding, input, key);
+        output = options.deciphering ? zustd::Cipher::decipher(*options.encoding, in.bytes(), key)
+                                     : zustd::Cipher::encipher(*options.encoding, in.bytes(), key);
     } catch (const std::wstring& reason) {
         throw Failure{kExitRefused, reason};
     }

@@ -4,7 +4,7 @@
 FLOORS = {
     "base": """
         ZuText ZuSharedObject ZuObjectPool ZuHashMap ZuPlankton ZuDateTime ZuVersion ZuId ZuHandle
-        ZuHandleWin32Gdi ZuWindows""".split(),
+        ZuFile ZuHandleWin32Gdi ZuWindows""".split(),
     "data": """
         ZuXml ZuSerializable ZuPropertyBag ZuEncoder ZuCipher ZuLoader""".split(),
     "runtime": """
