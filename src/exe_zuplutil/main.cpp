@@ -10,6 +10,7 @@
 #include "Menus.h"
 #include "Switches.h"
 #include "ZuApplicationServiceWin32Gdi.h"
+#include "ZuLateLoading.h"
 #include "ZuResourceService.h"
 #include "ZuResourceServiceGeneric.h"
 #include "ZuResources.h"
@@ -67,6 +68,7 @@ int run(int argc, wchar_t** argv) {
 }  // namespace zuplutil
 
 int wmain(int argc, wchar_t** argv) {
+    zustd::restrictLibrarySearch();
     const zuplutil::ConsoleSession session;
     int exitCode = 1;
     zuplutil::runAction([&] {

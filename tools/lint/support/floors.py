@@ -4,7 +4,7 @@
 FLOORS = {
     "base": """
         ZuText ZuSharedObject ZuObjectPool ZuHashMap ZuPlankton ZuDateTime ZuVersion ZuId ZuHandle
-        ZuHandleWin32Gdi ZuWindows""".split(),
+        ZuHandleWin32Gdi ZuWindows ZuLateLoading ZuLateLoadingNone""".split(),
     "data": """
         ZuXml ZuSerializable ZuPropertyBag ZuEncoder ZuCipher ZuLoader""".split(),
     "runtime": """
