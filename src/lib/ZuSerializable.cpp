@@ -1,7 +1,10 @@
 #include "ZuSerializable.h"
 
 #include <array>
-#include <sstream>
+#include <ostream>
+
+// Ours, since the library's stands among all that a stream can do.
+template void std::basic_ios<wchar_t>::clear(std::ios_base::iostate);
 
 namespace zustd {
 
@@ -23,8 +26,6 @@ constexpr std::wstring_view nameIn(std::wstring_view kindElement) noexcept {
     constexpr std::size_t kTags = std::wstring_view(L"<t></t>").size();
     return kindElement.substr(3, kindElement.size() - kTags);
 }
-
-[[noreturn]] void throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 
 // One number of a scanned date: blanks, then a sign and digits, width
 // characters at the most. False when there is no digit; text moves past it.
@@ -49,22 +50,19 @@ bool scanField(std::wstring_view& text, std::size_t width, std::int32_t& field) 
 
 // --- ISerializable -----------------------------------------------------------------
 
-void ISerializable::writeXml(std::wostream& stream) const {
+void detail::writeAppended(const ISerializable& source, std::wostream& stream) {
     std::wstring text;
     text.reserve(kWriteReserve);
-    appendXml(text);
-    stream << text;
+    source.appendXml(text);
+    // Past the stream's own writers: its width and fill are not the document's,
+    // and a program that names one of them is linked with every locale there is.
+    const auto size = static_cast<std::streamsize>(text.size());
+    if (!stream.good() || stream.rdbuf()->sputn(text.data(), size) != size) {
+        stream.setstate(std::ios_base::badbit);
+    }
 }
 
-void ISerializable::appendXml(std::wstring& text) const {
-    std::wostringstream stream;
-    writeXml(stream);
-    text += stream.str();
-}
-
-void ISerializable::readXml(std::wistream&) { throwNotImplemented(); }
-
-void ISerializable::parseXml(const wchar_t*&, const wchar_t*) { throwNotImplemented(); }
+void detail::throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 
 // --- Single values -------------------------------------------------------------------
 
@@ -127,7 +125,7 @@ ISerializable* SerializableT<std::shared_ptr<SharedObject>>::serializable() cons
     }
     auto* object = dynamic_cast<ISerializable*>(value.get());
     if (object == nullptr) {
-        throwNotImplemented();
+        detail::throwNotImplemented();
     }
     return object;
 }
