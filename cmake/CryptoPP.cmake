@@ -42,9 +42,11 @@ set_source_files_properties("${cryptopp_source}/sse_simd.cpp" PROPERTIES
   COMPILE_OPTIONS "-msse2")
 
 # Not what moves the bytes.
-set(cryptopp_cold cryptlib cpu algparam allocate fips140 filters mqueue queue authenc osrng)
+set(cryptopp_cold cryptlib cpu algparam allocate fips140 filters mqueue queue authenc modes osrng
+  zlib)
 list(TRANSFORM cryptopp_cold REPLACE "(.+)" "${cryptopp_source}/\\1.cpp")
-set_source_files_properties(${cryptopp_cold} PROPERTIES COMPILE_OPTIONS -Os)
+set_source_files_properties(${cryptopp_cold} ${CMAKE_CURRENT_LIST_DIR}/cryptopp/templates.cpp
+  PROPERTIES COMPILE_OPTIONS -Os)
 
 target_include_directories(cryptopp SYSTEM PUBLIC "${PELLORY_CRYPTOPP_DIR}")
 # The headers' classes depend on these, so users must see the same.

@@ -13,9 +13,18 @@ constexpr std::uint64_t kMixB = 0xC5B9278E1D64A3F7ULL;
 // Both halves of the 128-bit product take part, so that every bit of the
 // input reaches every bit of the result.
 std::uint64_t mix(std::uint64_t a, std::uint64_t b) noexcept {
+#ifdef __SIZEOF_INT128__
     __extension__ using Wide = unsigned __int128;
     const Wide product = static_cast<Wide>(a) * b;
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+#else
+    constexpr std::uint64_t kLow = 0xFFFFFFFFULL;
+    const std::uint64_t cross = (a & kLow) * (b & kLow);
+    const std::uint64_t left = (a >> 32) * (b & kLow) + (cross >> 32);
+    const std::uint64_t right = (a & kLow) * (b >> 32) + (left & kLow);
+    const std::uint64_t high = (a >> 32) * (b >> 32) + (left >> 32) + (right >> 32);
+    return ((right << 32) | (cross & kLow)) ^ high;
+#endif
 }
 
 // Differs from process to process by the clock, the process number and where

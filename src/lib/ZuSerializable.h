@@ -314,7 +314,7 @@ void SerializableArray::readFrom(Source& in) {
             const std::uint64_t implied = count - i;
             ZU_ASSERT_AS(implied <= kMaxImpliedElements, L"implied <= kMaxImpliedElements",
                          ZU_HERE);
-            elements.resize(count);
+            elements.resize(static_cast<std::size_t>(count));
             return;
         }
     }

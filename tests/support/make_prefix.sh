@@ -33,6 +33,11 @@ REGEDIT4
 ; One program of the tests runs on a Windows that is older than Vista.
 [HKEY_CURRENT_USER\Software\Wine\AppDefaults\collect_driver_xp.exe]
 "Version"="winxp64"
+
+; One lacks what only windows need.
+[HKEY_CURRENT_USER\Software\Wine\AppDefaults\zuplutil_bare.exe\DllOverrides]
+"comctl32"=""
+"gdiplus"=""
 TEXT
 )
 

@@ -1,8 +1,12 @@
 # Wine prefixes of our own, below .cache/wine: the user's are never touched.
+# Those of 32-bit Wine (see wine32.sh) have another place.
+wine_kind=
+# What this run of ./dev is told from others by.
+run_name=$$
 
 # Selects a prefix by name for all that follows, making it on first use.
 use_prefix() {
-    local folder=$root/.cache/wine/$1
+    local folder=$root/.cache/wine$wine_kind/$1
     # A HOME of its own: Desktop and Documents of a prefix are links into HOME.
     mkdir -p "$folder/home/Desktop" "$folder/home/Documents"
     export HOME=$folder/home
@@ -22,16 +26,16 @@ use_prefix() {
 # shares its system folder. Runs at the same time do not meet, and what an
 # interrupted test left in the registry reaches no other run.
 use_test_prefix() {
-    mkdir -p "$root/.cache/wine"
+    mkdir -p "$root/.cache/wine$wine_kind"
     {
         flock 9
         make_test_prefix 9>&-
-    } 9>"$root/.cache/wine/test.lock"
+    } 9>"$root/.cache/wine$wine_kind/test.lock"
 }
 
 make_test_prefix() {
     use_prefix test
-    local template=$WINEPREFIX copy=$root/.cache/wine/test.$$ entry
+    local template=$WINEPREFIX copy=$root/.cache/wine$wine_kind/test.$run_name entry
     tests/support/make_prefix.sh "$template" >/dev/null
     # The registry is in its files once the server has ended.
     wineserver -k || true
@@ -50,7 +54,7 @@ make_test_prefix() {
 
 # Ends what runs in the prefix of this run, and removes it.
 end_test_prefix() {
-    local copy=$root/.cache/wine/test.$$
+    local copy=$root/.cache/wine$wine_kind/test.$run_name
     [ -d "$copy" ] || return 0
     WINEPREFIX=$copy wineserver -k >/dev/null 2>&1 || true
     WINEPREFIX=$copy wineserver -w >/dev/null 2>&1 || true
