@@ -10,6 +10,7 @@
 #include "ZuApplicationService.h"
 #include "ZuCommand.h"
 #include "ZuDirectory.h"
+#include "ZuPlankton.h"
 #include "ZuServiceLocator.h"
 #include "ZuText.h"
 #include "ZuWindowService.h"
@@ -102,10 +103,16 @@ void removeSettings(bool interactive) {
     }
     const std::wstring directory = getAddinDataDirectory();
     const std::vector<std::wstring> names = listFiles(directory, kSettingsPattern);
-    if (!interactive && zustd::showMessage(kRemoveSettingsQuestion,
-                                           zustd::kMessageYesNo | zustd::kMessageIconQuestion) !=
-                            zustd::kAnswerYes) {
-        return;
+    if (!interactive) {
+        const int answer = zustd::showMessage(kRemoveSettingsQuestion,
+                                              zustd::kMessageYesNo | zustd::kMessageIconQuestion);
+        if (answer == zustd::kAnswerNone) {
+            // Without a screen, say.
+            throw zustd::SystemException(L"the question could not be shown; nothing was removed");
+        }
+        if (answer != zustd::kAnswerYes) {
+            return;
+        }
     }
     for (const std::wstring& name : names) {
         removeFile(directory + L'\\' + name);

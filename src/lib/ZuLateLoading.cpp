@@ -1,6 +1,7 @@
 #include "ZuLateLoading.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <span>
 #include <string>
@@ -44,16 +45,10 @@ HMODULE loadWithoutSwitch(const std::wstring& name) {
                           LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
-HMODULE loadLibrary(const char* library) {
-    const std::wstring name = widen(library);
-    HMODULE module = LoadLibraryExW(name.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    if (module == nullptr && GetLastError() == ERROR_INVALID_PARAMETER) {
-        module = loadWithoutSwitch(name);
-    }
-    if (module == nullptr) {
-        fail(L"Could not load " + name, GetLastError());
-    }
-    return module;
+HMODULE loadLibrary(const std::wstring& name) {
+    const HMODULE module = LoadLibraryExW(name.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    return module == nullptr && GetLastError() == ERROR_INVALID_PARAMETER ? loadWithoutSwitch(name)
+                                                                          : module;
 }
 
 }  // namespace
@@ -79,15 +74,31 @@ void requireLibraries(std::initializer_list<const char*> libraries) {
     }
 }
 
-void requireWindowLibraries() { requireLibraries({"user32.dll", "gdi32.dll", "comctl32.dll"}); }
+void requireWindowLibraries() {
+    static constinit std::atomic<bool> isDone = false;
+    if (isDone) {
+        return;
+    }
+    requireLibraries({"user32.dll", "gdi32.dll", "comctl32.dll"});
+    // Those above ask for these by themselves, once there is a window, and not
+    // every system looks for them in its own folder alone. Ours or none.
+    for (const wchar_t* library : {L"ole32.dll", L"msimg32.dll", L"oleaut32.dll", L"uxtheme.dll"}) {
+        loadLibrary(library);
+    }
+    isDone = true;
+}
 
 void* resolveLateFunction(const LateFunction& function) {
     const LastErrorKeeper keeper;
     // Never given back: the slots point into it until the process ends.
-    const HMODULE module = loadLibrary(function.library);
+    const std::wstring library = widen(function.library);
+    const HMODULE module = loadLibrary(library);
+    if (module == nullptr) {
+        fail(L"Could not load " + library, GetLastError());
+    }
     const FARPROC found = GetProcAddress(module, function.name);
     if (found == nullptr) {
-        fail(L"Could not find " + widen(function.name) + L" in " + widen(function.library),
+        fail(L"Could not find " + widen(function.name) + L" in " + library,
              GetLastError());
     }
     *function.slot = reinterpret_cast<void*>(found);

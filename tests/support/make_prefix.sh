@@ -41,6 +41,18 @@ REGEDIT4
 TEXT
 )
 
+# Two take foreign libraries of these names where the system would: Wine prefers
+# its own, wherever a program finds others.
+foreign="advapi32 bcrypt comctl32 comdlg32 gdi32 gdiplus msimg32 ole32 oleaut32 shell32 user32
+    cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi usp10 uxtheme version winmm
+    winspool wintrust"
+for program in zuplutil_download collect_download; do
+    settings+=$'\n\n'"[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\$program.exe\\DllOverrides]"
+    for name in $foreign; do
+        settings+=$'\n'"\"$name\"=\"native,builtin\""
+    done
+done
+
 export WINEPREFIX=$prefix
 # A home of its own: Desktop and Documents of a prefix are links into HOME.
 export HOME=$(dirname "$prefix")/home

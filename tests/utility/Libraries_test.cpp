@@ -20,12 +20,12 @@ protected:
         return copy;
     }
 
-    // Every library that is loaded late, the two that are not, and some that
-    // the system's own ask for by name.
+    // Every library that is loaded late, and some that the system's own ask for
+    // by name. The tests' prefix lets programs of two names load them.
     void plantLibraries() {
         std::istringstream names(PELLORY_LATE_LIBRARIES
-                                 " kernel32 msvcrt cryptbase dwmapi imm32 oleacc profapi propsys "
-                                 "rpcrt4 shlwapi usp10 uxtheme version winmm winspool wintrust");
+                                 " cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi "
+                                 "usp10 uxtheme version winmm winspool wintrust");
         fs::create_directories(folders_.start());
         for (std::string name; names >> name;) {
             copied(builtProgram("tests/support/planted.dll"), name + ".dll");
@@ -41,7 +41,7 @@ TEST_F(LibrariesTest, AreNeverTakenFromTheProgramsFolderOrTheCurrentOne) {
     recordOnly();
     plantLibraries();
     write(folders_.addinData() / "settings_1.config", "settings");
-    const fs::path utility = copied(shippedProgram(), "zuplutil.exe");
+    const fs::path utility = copied(shippedProgram(), "zuplutil_download.exe");
     for (const std::vector<std::wstring>& arguments :
          {std::vector<std::wstring>{L"-logdiagnostics"}, {L"-enableDebugging"}, {kQuestion}}) {
         UtilityProcess& process = start(arguments, utility);
@@ -54,7 +54,8 @@ TEST_F(LibrariesTest, AreNeverTakenFromTheProgramsFolderOrTheCurrentOne) {
     }
     EXPECT_EQ(read(planted()), "");
     // A program that imports them as usual is caught.
-    start({L"light"}, copied(builtProgram("tests/support/collect_driver.exe"), "driver.exe"))
+    start({L"light"},
+          copied(builtProgram("tests/support/collect_driver.exe"), "collect_download.exe"))
         .exitCode();
     EXPECT_NE(read(planted()), "");
 }
