@@ -59,8 +59,8 @@ void restrictLibrarySearch() noexcept {
     using SetFolders = BOOL(WINAPI*)(DWORD);
     if (const FARPROC found =
             GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories")) {
-        reinterpret_cast<SetFolders>(reinterpret_cast<void*>(found))(
-            LOAD_LIBRARY_SEARCH_SYSTEM32 | LOAD_LIBRARY_SEARCH_USER_DIRS);
+        reinterpret_cast<SetFolders>(reinterpret_cast<void*>(found))(LOAD_LIBRARY_SEARCH_SYSTEM32 |
+                                                                     LOAD_LIBRARY_SEARCH_USER_DIRS);
     }
 }
 
@@ -98,8 +98,7 @@ void* resolveLateFunction(const LateFunction& function) {
     }
     const FARPROC found = GetProcAddress(module, function.name);
     if (found == nullptr) {
-        fail(L"Could not find " + widen(function.name) + L" in " + library,
-             GetLastError());
+        fail(L"Could not find " + widen(function.name) + L" in " + library, GetLastError());
     }
     *function.slot = reinterpret_cast<void*>(found);
     return *function.slot;
