@@ -8,9 +8,9 @@
 #include "support/FrameworkTest.h"
 
 extern "C" {
-extern void* __imp_fclose;
-extern void* __imp_fread;
-extern void* __imp_fwrite;
+extern void* __imp_fclose IMPORT_SLOT("fclose", "");
+extern void* __imp_fread IMPORT_SLOT("fread", "");
+extern void* __imp_fwrite IMPORT_SLOT("fwrite", "");
 }
 
 namespace zustd {
