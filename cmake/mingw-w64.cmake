@@ -1,5 +1,6 @@
 # Cross-compiles for Windows with mingw-w64's g++ (posix threads). The including
-# file says which: pellory_processor is x86_64 or i686.
+# file says which (pellory_processor is x86_64 or i686). What was built runs
+# under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR ${pellory_processor})
 
@@ -19,3 +20,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # start on a machine that has nothing but Windows.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--gc-sections -Wl,--no-insert-timestamp")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static -Wl,--gc-sections -Wl,--no-insert-timestamp")
+
+set(CMAKE_CROSSCOMPILING_EMULATOR wine)

@@ -86,10 +86,10 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
         throw std::runtime_error("cannot open file for writing");
     }
     step(L"Loader::save: file created");
-    step(L"Loader::save: encoding source... (size=%llu)", text.size());
+    step(L"Loader::save: encoding source... (size=%llu)", std::uint64_t{text.size()});
     std::string bytes;
     Encoder::encodeToUTF8(text, bytes);
-    step(L"Loader::save: source encoded (size=%llu)", bytes.size());
+    step(L"Loader::save: source encoded (size=%llu)", std::uint64_t{bytes.size()});
     step(L"Loader::save: writing to file...");
     if (!file.write(bytes)) {
         throw std::runtime_error("cannot write to file");
@@ -137,7 +137,8 @@ bool Loader::loadSerializedString(const std::wstring& fileName, ISerializable& t
         if (!load(fileName, wbufs)) {
             return false;
         }
-        step(L"Loader::loadSerializedString: deserializing wbufs... (size=%llu)", wbufs.size());
+        step(L"Loader::loadSerializedString: deserializing wbufs... (size=%llu)",
+             std::uint64_t{wbufs.size()});
         const wchar_t* begin = wbufs.data();
         target.parseXml(begin, begin + wbufs.size());
         step(L"Loader::loadSerializedString: deserialized.");
@@ -153,7 +154,8 @@ bool Loader::saveSerializedString(const std::wstring& fileName,
         std::wstring text(kXmlHeader);
         step(L"Loader::saveSerializedString: serializing source...");
         source.appendXml(text);
-        step(L"Loader::saveSerializedString: source serialized. (size=%llu)", text.size());
+        step(L"Loader::saveSerializedString: source serialized. (size=%llu)",
+             std::uint64_t{text.size()});
         return save(fileName, text);
     });
 }
