@@ -87,8 +87,8 @@ TEST_F(MenusTest, TheDiagnosticsMenuCollectsAsItSaysAndRecordsTheAnswers) {
     for (const auto& [entry, light, ocat] :
          {std::tuple{"2", true, false}, {"3", false, false}, {"4", false, true}}) {
         SCOPED_TRACE(entry);
-        utility.answer(kMenuPrompt, entry);
         const std::size_t begin = utility.output().size();
+        utility.answer(kMenuPrompt, entry);
         EXPECT_TRUE(utility.waitFor("Pellory Maintenance Utility - Diagnostics Menu"));
         const std::string output = utility.output().substr(begin);
         EXPECT_EQ(output.find("Using standard logging level.\n") != std::string::npos, light);
