@@ -41,6 +41,13 @@ set_source_files_properties("${cryptopp_source}/rijndael_simd.cpp" PROPERTIES
 set_source_files_properties("${cryptopp_source}/sse_simd.cpp" PROPERTIES
   COMPILE_OPTIONS "-msse2")
 
+# Not what moves the bytes.
+set(cryptopp_cold cryptlib cpu algparam allocate fips140 filters mqueue queue authenc modes osrng
+  zlib)
+list(TRANSFORM cryptopp_cold REPLACE "(.+)" "${cryptopp_source}/\\1.cpp")
+set_source_files_properties(${cryptopp_cold} ${CMAKE_CURRENT_LIST_DIR}/cryptopp/templates.cpp
+  PROPERTIES COMPILE_OPTIONS -Os)
+
 target_include_directories(cryptopp SYSTEM PUBLIC "${PELLORY_CRYPTOPP_DIR}")
 # The headers' classes depend on these, so users must see the same.
 target_compile_definitions(cryptopp PUBLIC USE_MS_CNGAPI _WIN32_WINNT=0x0601)

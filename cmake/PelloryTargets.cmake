@@ -3,6 +3,10 @@
 # test dependencies keep their own flags.
 include_guard()
 
+# For sources and targets whose size counts more than their speed; comes behind
+# the build type's own level.
+set(PELLORY_FOR_SIZE "$<$<CONFIG:Release>:-Os>")
+
 function(pellory_target target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow

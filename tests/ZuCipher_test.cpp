@@ -17,7 +17,7 @@
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
-extern "C" void* __imp_malloc;
+extern "C" void* __imp_malloc IMPORT_SLOT("malloc", "");
 
 namespace zustd {
 namespace {

@@ -11,9 +11,9 @@
 #include "support/FrameworkTest.h"
 
 extern "C" {
-extern void* __imp__close;
-extern void* __imp__write;
-extern void* __imp_fread;
+extern void* __imp__close IMPORT_SLOT("_close", "");
+extern void* __imp__write IMPORT_SLOT("_write", "");
+extern void* __imp_fread IMPORT_SLOT("fread", "");
 }
 
 namespace zustd {

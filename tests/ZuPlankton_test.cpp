@@ -12,7 +12,7 @@
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
-extern "C" void* __imp_OutputDebugStringW;
+extern "C" void* __imp_OutputDebugStringW IMPORT_SLOT("OutputDebugStringW", "@4");
 
 namespace zustd {
 namespace {

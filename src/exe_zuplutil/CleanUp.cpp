@@ -11,6 +11,7 @@
 #include "ZuApplicationService.h"
 #include "ZuCommand.h"
 #include "ZuDirectory.h"
+#include "ZuPlankton.h"
 #include "ZuServiceLocator.h"
 #include "ZuText.h"
 #include "ZuWindowService.h"

@@ -11,7 +11,8 @@ namespace zuplutil {
 
 namespace {
 
-static_assert(sizeof(PROCESSENTRY32W) == 568);
+// What the system is told; it counts the words of the machine.
+static_assert(sizeof(PROCESSENTRY32W) == (sizeof(void*) == 8 ? 568 : 556));
 
 bool hasName(const PROCESSENTRY32W& entry, const std::wstring& exeName) {
     const std::wstring_view name = entry.szExeFile;

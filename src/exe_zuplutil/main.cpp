@@ -12,6 +12,7 @@
 #include "ProbeProcess.h"
 #include "Switches.h"
 #include "ZuApplicationServiceWin32Gdi.h"
+#include "ZuLateLoading.h"
 #include "ZuResourceService.h"
 #include "ZuResourceServiceGeneric.h"
 #include "ZuResources.h"
@@ -69,6 +70,7 @@ int run(int argc, wchar_t** argv) {
 }  // namespace zuplutil
 
 int wmain(int argc, wchar_t** argv) {
+    zustd::restrictLibrarySearch();
     if (zuplutil::runAsProbeProcess(argc, argv)) {
         return 0;
     }

@@ -7,6 +7,7 @@
 #include <array>
 
 #include "ZuFile.h"
+#include "ZuLateLoading.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
@@ -22,9 +23,11 @@ constinit thread_local ApplicationServiceWin32Gdi* hookedService = nullptr;
 
 // A special folder's path without creating it; empty when the shell has none.
 std::wstring specialFolder(int csidl) {
-    std::array<wchar_t, MAX_PATH + 1> path{};
-    return SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE) ? path.data()
-                                                                       : std::wstring();
+    return guarded(L"ApplicationServiceWin32Gdi::specialFolder", std::wstring(), [csidl] {
+        std::array<wchar_t, MAX_PATH + 1> path{};
+        return SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE) ? path.data()
+                                                                           : std::wstring();
+    });
 }
 
 std::shared_ptr<WindowService> tryMakeWindowService(const wchar_t* operation, HWND window) {
@@ -72,6 +75,8 @@ ApplicationServiceWin32Gdi::~ApplicationServiceWin32Gdi() {
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowService(
     bool allowForeground) {
+    // Whoever asks for a window hears what keeps this machine from having any.
+    requireWindowLibraries();
     if (const HWND window = getActiveWindow()) {
         return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createActiveWindowService",
                                     window);
@@ -126,12 +131,12 @@ void ApplicationServiceWin32Gdi::setApplicationName(const std::wstring& name) {
 bool ApplicationServiceWin32Gdi::openDocument(const std::wstring& document) {
     // By contract of the call, values up to 32 are errors.
     constexpr INT_PTR kLastError = 32;
-    if (!isWholeName(document)) {
-        return false;
-    }
-    const HINSTANCE result =
-        ShellExecuteW(nullptr, L"open", document.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-    return reinterpret_cast<INT_PTR>(result) > kLastError;
+    return isWholeName(document) &&
+           guarded(L"ApplicationServiceWin32Gdi::openDocument", false, [&] {
+               const HINSTANCE result = ShellExecuteW(nullptr, L"open", document.c_str(), nullptr,
+                                                      nullptr, SW_SHOWNORMAL);
+               return reinterpret_cast<INT_PTR>(result) > kLastError;
+           });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getComputerName() const {

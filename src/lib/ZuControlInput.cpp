@@ -56,7 +56,7 @@ const MessageKind Control::kClose(L"close.Control", MessageWords::kObject);
 MessageWord wordOfPoint(Point point) noexcept {
     const std::uint64_t bits = (std::uint64_t{static_cast<std::uint32_t>(point.y)} << 32) |
                                static_cast<std::uint32_t>(point.x);
-    return MessageWord(static_cast<std::intptr_t>(bits));
+    return MessageWord(static_cast<std::int64_t>(bits));
 }
 
 Point pointOfWord(MessageWord word) noexcept {

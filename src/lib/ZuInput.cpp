@@ -245,7 +245,7 @@ bool InputRouter::routeKeyFrom(Control& control, const KeyEvent& event) {
         climbing = parent != nullptr ? sharedReference(parent) : nullptr;
     }
     if (first) {
-        first->notify(Control::kKeyPressed, MessageWord(std::intptr_t{event.key}));
+        first->notify(Control::kKeyPressed, MessageWord(std::int64_t{event.key}));
     }
     return navigate(event);
 }

@@ -79,11 +79,11 @@ private:
 
 // One of the two argument words of a message. What it holds is agreed between
 // sender and receiver by the kind; a text or object is borrowed and lives as
-// long as the delivery.
+// long as the delivery. It has 64 bits on every machine: a point needs them.
 class MessageWord {
 public:
     constexpr MessageWord() noexcept = default;
-    constexpr explicit MessageWord(std::intptr_t number) noexcept : bits_(number) {}
+    constexpr explicit MessageWord(std::int64_t number) noexcept : bits_(number) {}
     static MessageWord ofText(const std::wstring& text) noexcept {
         return MessageWord(reinterpret_cast<std::intptr_t>(&text));
     }
@@ -92,17 +92,17 @@ public:
         return MessageWord(reinterpret_cast<std::intptr_t>(object));
     }
 
-    constexpr std::intptr_t number() const noexcept { return bits_; }
+    constexpr std::int64_t number() const noexcept { return bits_; }
     const std::wstring& text() const noexcept {
-        return *reinterpret_cast<const std::wstring*>(bits_);
+        return *reinterpret_cast<const std::wstring*>(static_cast<std::intptr_t>(bits_));
     }
     template <class T>
     T* object() const noexcept {
-        return reinterpret_cast<T*>(bits_);
+        return reinterpret_cast<T*>(static_cast<std::intptr_t>(bits_));
     }
 
 private:
-    std::intptr_t bits_ = 0;
+    std::int64_t bits_ = 0;
 };
 
 // Receives messages. Slot order is fixed.

@@ -18,7 +18,7 @@ const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGri
 namespace {
 
 MessageWord wordOfRow(std::size_t row) noexcept {
-    return MessageWord(static_cast<std::intptr_t>(row));
+    return MessageWord(static_cast<std::int64_t>(row));
 }
 
 }  // namespace

@@ -47,7 +47,7 @@ std::uint32_t NativePopupMenu::show(Point placeOnScreen) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     const std::uint32_t chosen = implementation().show(placeOnScreen);
     if (chosen != 0) {
-        notify(kSelected, MessageWord(std::intptr_t{chosen}));
+        notify(kSelected, MessageWord(std::int64_t{chosen}));
     }
     return chosen;
 }

@@ -16,7 +16,7 @@ const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTre
 namespace {
 
 MessageWord wordOfNode(TreeNode node) noexcept {
-    return MessageWord(static_cast<std::intptr_t>(node));
+    return MessageWord(static_cast<std::int64_t>(node));
 }
 
 }  // namespace

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <locale>
-#include <sstream>
+#include <ostream>
+
+// Ours, since the library's stands among all that a stream can do.
+template void std::basic_ios<wchar_t>::clear(std::ios_base::iostate);
 
 namespace zustd {
 
@@ -26,8 +28,6 @@ constexpr std::wstring_view nameIn(std::wstring_view kindElement) noexcept {
     constexpr std::size_t kTags = std::wstring_view(L"<t></t>").size();
     return kindElement.substr(3, kindElement.size() - kTags);
 }
-
-[[noreturn]] void throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 
 // One number of a scanned date: blanks, then a sign and digits, width
 // characters at the most. False when there is no digit; text moves past it.
@@ -52,24 +52,19 @@ bool scanField(std::wstring_view& text, std::size_t width, std::int32_t& field) 
 
 // --- ISerializable -----------------------------------------------------------------
 
-void ISerializable::writeXml(std::wostream& stream) const {
+void detail::writeAppended(const ISerializable& source, std::wostream& stream) {
     std::wstring text;
     text.reserve(kWriteReserve);
-    appendXml(text);
-    // Unformatted: the stream's width and fill are not the document's.
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    source.appendXml(text);
+    // Past the stream's own writers: its width and fill are not the document's,
+    // and a program that names one of them is linked with every locale there is.
+    const auto size = static_cast<std::streamsize>(text.size());
+    if (!stream.good() || stream.rdbuf()->sputn(text.data(), size) != size) {
+        stream.setstate(std::ios_base::badbit);
+    }
 }
 
-void ISerializable::appendXml(std::wstring& text) const {
-    std::wostringstream stream;
-    stream.imbue(std::locale::classic());
-    writeXml(stream);
-    text += stream.str();
-}
-
-void ISerializable::readXml(std::wistream&) { throwNotImplemented(); }
-
-void ISerializable::parseXml(const wchar_t*&, const wchar_t*) { throwNotImplemented(); }
+void detail::throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 
 // --- Single values -------------------------------------------------------------------
 
@@ -132,7 +127,7 @@ ISerializable* SerializableT<std::shared_ptr<SharedObject>>::serializable() cons
     }
     auto* object = dynamic_cast<ISerializable*>(value.get());
     if (object == nullptr) {
-        throwNotImplemented();
+        detail::throwNotImplemented();
     }
     return object;
 }

@@ -26,6 +26,17 @@
 
 namespace zustd {
 
+class ISerializable;
+
+// What ISerializable's own operations do. They are inline, so that its table,
+// and with it the streams and locales of the standard library, are only in a
+// program that has a class without a writer of its own.
+namespace detail {
+void writeAppended(const ISerializable& source, std::wostream& stream);
+void appendWritten(const ISerializable& source, std::wstring& text);
+[[noreturn]] void throwNotImplemented();
+}  // namespace detail
+
 // What can be written as and read from the XML dialect.
 class ISerializable {
 public:
@@ -35,15 +46,15 @@ public:
     virtual ~ISerializable() = default;
 
     // The two writers are made of each other; a class overrides at least one.
-    virtual void writeXml(std::wostream& stream) const;
-    virtual void appendXml(std::wstring& text) const;
+    virtual void writeXml(std::wostream& stream) const { detail::writeAppended(*this, stream); }
+    virtual void appendXml(std::wstring& text) const { detail::appendWritten(*this, text); }
 
     // The readers replace the object's value. Malformed input throws (see
     // ZuXml); the object then holds what was read before the fault. A class
     // that does not implement a reader throws the text "not implemented".
-    virtual void readXml(std::wistream& stream);
+    virtual void readXml(std::wistream&) { detail::throwNotImplemented(); }
     // begin moves past what was read.
-    virtual void parseXml(const wchar_t*& begin, const wchar_t* end);
+    virtual void parseXml(const wchar_t*&, const wchar_t*) { detail::throwNotImplemented(); }
 };
 
 // How a single value stands in element text.
@@ -316,7 +327,7 @@ void SerializableArray::readFrom(Source& in) {
             const std::uint64_t implied = count - i;
             ZU_ASSERT_AS(implied <= kMaxImpliedElements, L"implied <= kMaxImpliedElements",
                          ZU_HERE);
-            value.resize(count);
+            value.resize(static_cast<std::size_t>(count));
             return;
         }
     }

@@ -27,7 +27,7 @@ TreeNode TreeModel::handleOf(Index index) const noexcept {
 
 bool TreeModel::contains(TreeNode node) const noexcept {
     const auto bits = static_cast<std::uint64_t>(node);
-    const std::uint64_t index = bits & 0xFFFFFFFF;
+    const auto index = static_cast<std::size_t>(bits & 0xFFFFFFFF);
     const auto generation = static_cast<std::uint32_t>(bits >> 32);
     return index < nodes_.size() && (generation & 1) != 0 && nodes_[index].generation == generation;
 }

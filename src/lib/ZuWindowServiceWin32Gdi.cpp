@@ -7,6 +7,7 @@
 #include <atomic>
 
 #include "ZuControl.h"
+#include "ZuLateLoading.h"
 #include "ZuMessageBoxWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -338,6 +339,7 @@ int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* fail
 }
 
 std::shared_ptr<WindowService> makeWindowService(HWND window) {
+    requireWindowLibraries();
     auto service = makeService<WindowService>();
     joinImplementation(*service, std::make_unique<WindowServiceWin32Gdi>(window));
     return service;

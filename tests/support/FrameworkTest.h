@@ -74,6 +74,14 @@ private:
     Tracing tracing_;
 };
 
+// The slot of an imported function, by its name and, where the 32-bit compiler
+// writes that behind the name, the size of its arguments.
+#ifdef __x86_64__
+#define IMPORT_SLOT(name, size) __asm__("__imp_" name)
+#else
+#define IMPORT_SLOT(name, size) __asm__("__imp__" name size)
+#endif
+
 // Puts a function in the place of one that the executable imports. The slot is
 // the import table's entry, __imp_NAME.
 class ReplacedImport : NotCopied {

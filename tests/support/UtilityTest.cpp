@@ -39,6 +39,10 @@ fs::path builtProgram(const std::string& path) {
     return fs::path(own).parent_path().parent_path() / fs::path(path).make_preferred();
 }
 
+fs::path shippedProgram() {
+    return builtProgram(sizeof(void*) == 8 ? "bin/zuplutil.exe" : "bin/zuplutil32.exe");
+}
+
 bool hasForm(const std::string& text, const std::string& expression) {
     return std::regex_match(text, std::regex(expression));
 }

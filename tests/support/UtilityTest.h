@@ -61,6 +61,9 @@ std::string debugConfig(const std::string& enabled, const std::string& logFile,
 // A program that was built beside the tests, by its path in the build folder.
 fs::path builtProgram(const std::string& path);
 
+// The utility that is as wide as these tests.
+fs::path shippedProgram();
+
 // Whether a text has the form of a regular expression as a whole.
 bool hasForm(const std::string& text, const std::string& expression);
 
@@ -71,7 +74,7 @@ protected:
 
     // Starts a program; what the test prepared until then counts as given.
     UtilityProcess& start(const std::vector<std::wstring>& arguments = {},
-                          const fs::path& program = builtProgram("bin/zuplutil.exe"));
+                          const fs::path& program = shippedProgram());
     // Runs the utility to its end and returns what it printed.
     std::string run(const std::vector<std::wstring>& arguments, int exitCode = 0);
     // Starts the utility and gives these answers at the menus; then leaves.

@@ -33,8 +33,25 @@ REGEDIT4
 ; One program of the tests runs on a Windows that is older than Vista.
 [HKEY_CURRENT_USER\Software\Wine\AppDefaults\collect_driver_xp.exe]
 "Version"="winxp64"
+
+; One lacks what only windows need.
+[HKEY_CURRENT_USER\Software\Wine\AppDefaults\zuplutil_bare.exe\DllOverrides]
+"comctl32"=""
+"gdiplus"=""
 TEXT
 )
+
+# Two take foreign libraries of these names where the system would: Wine prefers
+# its own, wherever a program finds others.
+foreign="advapi32 bcrypt comctl32 comdlg32 gdi32 gdiplus msimg32 ole32 oleaut32 shell32 user32
+    cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi usp10 uxtheme version winmm
+    winspool wintrust"
+for program in zuplutil_download collect_download; do
+    settings+=$'\n\n'"[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\$program.exe\\DllOverrides]"
+    for name in $foreign; do
+        settings+=$'\n'"\"$name\"=\"native,builtin\""
+    done
+done
 
 export WINEPREFIX=$prefix
 # A home of its own: Desktop and Documents of a prefix are links into HOME.

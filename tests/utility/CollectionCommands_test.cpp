@@ -295,10 +295,19 @@ TEST_F(CollectionCommandsTest, OfTheShippedProgramAreThoseOfTheNativeView) {
         {{L"-logdiagnostics", L"-NoOcat"}, {"vista 32 extended", false, {}}},
         {{L"-light", L"-logdiagnostics"}, {"vista 32", true, {}}},
     };
-    for (const auto& [arguments, given] : runs) {
-        forgetCommands();
-        expectMessages(given, run(arguments));
-        EXPECT_EQ(joined(commands()), joined(expected(given)));
+    const auto runAll = [&](bool is64) {
+        for (auto [arguments, given] : runs) {
+            given.is64 = is64;
+            forgetCommands();
+            expectMessages(given, run(arguments));
+            EXPECT_EQ(joined(commands()), joined(expected(given)));
+        }
+    };
+    runAll(false);
+    if (sizeof(void*) == 4) {
+        // A 64-bit system tells 32-bit programs, and only those, what it is.
+        environment_[L"PROCESSOR_ARCHITEW6432"] = L"AMD64";
+        runAll(true);
     }
 }
 

@@ -2,6 +2,8 @@
 
 build_packages=(g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev git)
 wine_packages=(wine wine64)
+build32_packages=(g++-mingw-w64-i686-posix)
+wine32_packages=(debootstrap)
 test_packages=(python3 googletest xvfb xauth fonts-dejavu-core fonts-liberation)
 bench_packages=(dpkg-dev libboost-dev librapidxml-dev libutfcpp-dev)
 lint_packages=(clang-14 clang-tidy-14 clang-format-14 python3 python3-cairo)

@@ -1,8 +1,12 @@
 # Wine prefixes of our own, below .cache/wine: the user's are never touched.
+# Those of 32-bit Wine (see wine32.sh) have another place.
+wine_kind=
+# What this run of ./dev is told from others by.
+run_name=$$
 
 # Selects a prefix by name for all that follows, making it on first use.
 use_prefix() {
-    local folder=$root/.cache/wine/$1
+    local folder=$root/.cache/wine$wine_kind/$1
     # A HOME of its own: Desktop and Documents of a prefix are links into HOME.
     mkdir -p "$folder/home/Desktop" "$folder/home/Documents"
     export HOME=$folder/home
@@ -23,11 +27,11 @@ use_prefix() {
 # interrupted test left in the registry reaches no other run. A run that needs
 # several at once gives each a name.
 use_test_prefix() {
-    mkdir -p "$root/.cache/wine"
+    mkdir -p "$root/.cache/wine$wine_kind"
     {
         flock 9
-        make_test_prefix "$root/.cache/wine/test.$$${1:+-$1}" 9>&-
-    } 9>"$root/.cache/wine/test.lock"
+        make_test_prefix "$root/.cache/wine$wine_kind/test.$run_name${1:+-$1}" 9>&-
+    } 9>"$root/.cache/wine$wine_kind/test.lock"
 }
 
 make_test_prefix() {
@@ -52,7 +56,7 @@ make_test_prefix() {
 # Ends what runs in the prefixes of this run, and removes them.
 end_test_prefix() {
     local copy
-    for copy in "$root/.cache/wine/test.$$"*; do
+    for copy in "$root/.cache/wine$wine_kind/test.$run_name"*; do
         [ -d "$copy" ] || continue
         WINEPREFIX=$copy wineserver -k >/dev/null 2>&1 || true
         WINEPREFIX=$copy wineserver -w >/dev/null 2>&1 || true

@@ -4,9 +4,9 @@
 FLOORS = {
     "base": """
         ZuText ZuSharedObject ZuObjectPool ZuHashMap ZuPlankton ZuDateTime ZuVersion ZuId ZuHandle
-        ZuFile ZuHandleWin32Gdi ZuWindows""".split(),
+        ZuFile ZuHandleWin32Gdi ZuWindows ZuLateLoading ZuLateLoadingNone""".split(),
     "data": """
-        ZuXml ZuSerializable ZuPropertyBag ZuEncoder ZuCipher ZuLoader""".split(),
+        ZuXml ZuSerializable ZuSerializableStream ZuPropertyBag ZuEncoder ZuCipher ZuLoader""".split(),
     "runtime": """
         ZuServiceLocator ZuMessaging ZuMessagingService ZuChangeTracker ZuService ZuAbstraction
         ZuDirectory ZuCommand ZuResources ZuResourceService ZuResourceServiceGeneric""".split(),

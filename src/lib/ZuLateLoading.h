@@ -1,0 +1,56 @@
+// Loads the system's libraries when they are first called, from the system's
+// folder only.
+//
+// The programs that ship import nothing but KERNEL32 and the C runtime, so they
+// start at once, and also where a library for windows or pictures is missing.
+// The build finds every function of another library that our code calls and
+// gives it an entry here (cmake/LateImports.cmake); a call goes to the entry's
+// slot, which at first leads to resolveLateFunction() and from then on to the
+// function itself. Programs that are linked without those entries import as
+// usual, and what is here does nothing to them.
+//
+// A library or function that is not there is a SystemException at the call,
+// traced first. Code that must not throw calls only functions that are loaded
+// already: one that was called before, or one of a library that
+// requireLibraries() has brought.
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+
+namespace zustd {
+
+// A function of a system library; what the build generates.
+struct LateFunction {
+    // Where the function's address is kept.
+    void** slot;
+    const char* library;
+    const char* name;
+};
+
+// Keeps this process from looking for libraries in the program's folder, the
+// current directory and the search path, whoever asks for one by name; folders
+// that a component adds for itself stay. For the first line of a program. A
+// Windows that lacks the switch drops the current directory only: what our own
+// code calls still comes from the system's folder alone.
+void restrictLibrarySearch() noexcept;
+
+// Loads every function of these libraries ("user32.dll") that our code calls.
+// Throws SystemException when one is missing.
+void requireLibraries(std::initializer_list<const char*> libraries);
+
+// What windows and drawing on them are made of. Whoever is about to make the
+// first window calls it; everything behind it may call without a thought.
+void requireWindowLibraries();
+
+// Finds the function, puts its address into the slot and returns it. Keeps the
+// thread's last error. Throws SystemException when there is none. Any thread.
+void* resolveLateFunction(const LateFunction& function);
+
+}  // namespace zustd
+
+// The generated entries.
+extern "C" {
+extern const zustd::LateFunction zustdLateFunctions[];
+extern const std::size_t zustdLateFunctionCount;
+}
