@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <cwchar>
 #include <limits>
 #include <map>
+#include <random>
 #include <sstream>
 
 #include "ZuText.h"
@@ -69,6 +73,19 @@ TEST(XmlWriter, doubles_ofAnySize_haveSixDecimals) {
     Xml::appendDouble(out, -std::numeric_limits<double>::max());
     EXPECT_EQ(out.size(), 1U + 309 + 7);
     EXPECT_EQ(Xml::toDouble(out), -std::numeric_limits<double>::max());
+    // Whole, long and short fractions, ties among them, as the library writes them.
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 200'000; ++i) {
+        const auto mantissa = static_cast<std::int64_t>(random()) >> (11 + random() % 50);
+        const double value =
+            std::ldexp(static_cast<double>(mantissa), -static_cast<int>(random() % 70));
+        std::array<char, 512> expected{};
+        *std::to_chars(expected.begin(), expected.end(), value, std::chars_format::fixed, 6).ptr =
+            0;
+        out.clear();
+        Xml::appendDouble(out, value);
+        ASSERT_EQ(narrow(out), expected.data());
+    }
 }
 
 TEST(XmlScanner, values_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects) {
