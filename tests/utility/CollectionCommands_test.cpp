@@ -297,7 +297,7 @@ TEST_F(CollectionCommandsTest, OfTheShippedProgramAreThoseOfTheNativeView) {
     };
     const auto runAll = [&](bool is64) {
         for (auto [arguments, given] : runs) {
-            given.is64 = is64;
+            given.words.replace(given.words.find("32"), 2, is64 ? "64" : "32");
             forgetCommands();
             expectMessages(given, run(arguments));
             EXPECT_EQ(joined(commands()), joined(expected(given)));

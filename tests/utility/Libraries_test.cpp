@@ -25,7 +25,7 @@ protected:
     void plantLibraries() {
         std::istringstream names(PELLORY_LATE_LIBRARIES
                                  " cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi "
-                                 "usp10 uxtheme version winmm winspool wintrust");
+                                 "usp10 version winmm winspool wintrust");
         fs::create_directories(folders_.start());
         for (std::string name; names >> name;) {
             copied(builtProgram("tests/support/planted.dll"), name + ".dll");
