@@ -6,6 +6,7 @@
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "support/FrameworkTest.h"
 #include "support/SurfaceTest.h"
+#include "support/ToolkitTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
 #include <dlgs.h>
@@ -77,6 +78,8 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     EXPECT_EQ(probe->boundary().width(), 250);
     EXPECT_EQ(clientSize(native), (Size{250, 150}));
+    window->setSize({20, 20});
+    EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     // Another screen asks for another size.
     RECT area{100, 110, 700, 610};
     SendMessageW(native, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
@@ -313,6 +316,52 @@ TEST_F(SurfaceTest, modalDialog_destroyedWhileOpen_returns) {
     EXPECT_FALSE(IsWindow(native));
     EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
     EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
+}
+
+// Whoever hears of the focus that moves, or of a press that ends, ends the
+// dialog, its window or all, at any of these moments.
+TEST_F(SurfaceTest, dialog_endedByAReceiverWhileItOpens_showsNothing) {
+    for (int round = 0; round < 10; ++round) {
+        int heard = 0;
+        for (int at = 0; at <= heard && at < 9; ++at) {
+            SCOPED_TRACE(testing::Message() << round << " " << at);
+            auto window = makeWindow({300, 200});
+            const auto probe = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+            probe->takeFocus();
+            sendMouse(nativeWindowOf(*window), WM_LBUTTONDOWN, {5, 5});
+            auto dialog = makeDialog(window);
+            addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
+            NativeDialog& shown = *dialog;
+            heard = 0;
+            const std::function<void()> ends[] = {
+                [&] { dialog.reset(); }, [&] { dialog->hide(kAnswerOk); },
+                [&] { dialog->releaseTree(); },
+                [&] { DestroyWindow(nativeWindowOf(*window)); }, [&] { window.reset(); }};
+            const auto ender = std::make_shared<FunctionSink>([&](auto&&...) {
+                if (heard++ == at) {
+                ends[round / 2]();
+                }
+            });
+            probe->connect(ender, false);
+            dialog->children()[0]->connect(ender, false);
+            bool isLate = false;
+            const Steps steps{[&] {
+                isLate = true;
+                if (dialog) {
+                    dialog->hide(kAnswerYes);
+                }
+            }};
+            shown.show(round % 2 == 0);
+            const bool isOpen = dialog && dialog->isOpen();
+            EXPECT_EQ(dialog && IsWindowVisible(nativeWindowOf(*dialog)), isOpen);
+            EXPECT_TRUE(!window || isOpen || !window->hasNativeObject() ||
+                        IsWindowEnabled(nativeWindowOf(*window)));
+            while (!isLate) {
+                runMessages(1);
+            }
+        }
+        EXPECT_GT(heard, 0);
+    }
 }
 
 TEST_F(SurfaceTest, modalDialog_ownerDestroyedWhileOpen_returns) {
