@@ -342,8 +342,7 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
             while (!isLate) {
                 runMessages(1);
             }
-            EXPECT_FALSE(dialog &&
-                         (dialog->isOpen() || IsWindowVisible(nativeWindowOf(*dialog))));
+            EXPECT_FALSE(dialog && (dialog->isOpen() || IsWindowVisible(nativeWindowOf(*dialog))));
             EXPECT_EQ(dialog && dialog->hasNativeObject(), round / 2 == 1);
             if (window && window->hasNativeObject()) {
                 EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));

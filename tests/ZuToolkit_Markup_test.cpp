@@ -241,8 +241,8 @@ TEST_F(MarkupTest, receivers_setMarkup_atAnyTimeIsSafeAndShownOnce) {
     view_->font().connect(changer, false);
     view_->setMarkup(L"<b>x");
     EXPECT_EQ(elementsOf(*view_), L"[last]");
-    const auto remover = std::make_shared<FunctionSink>(
-        [&](auto&&...) { window_->removeChild(view_.get()); });
+    const auto remover =
+        std::make_shared<FunctionSink>([&](auto&&...) { window_->removeChild(view_.get()); });
     view_->font().disconnect(changer.get());
     view_->font().connect(remover, false);
     EXPECT_EQ(thrownText([&] { view_->setMarkup(L"a<u>b"); }), L"nothing");
