@@ -15,7 +15,7 @@
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindows.h"
 #include "support/DrawingTest.h"
-#include "support/FrameworkTest.h"
+#include "support/ToolkitTest.h"
 #include "support/WindowTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
@@ -24,20 +24,6 @@ namespace zustd {
 namespace {
 
 using namespace test;
-
-// The names of the messages that arrive, without their class.
-class Log : public MessageSink {
-public:
-    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
-        const std::wstring name(kind.name());
-        text_ += (text_.empty() ? L"" : L" ") + name.substr(0, name.find(L'.'));
-        return true;
-    }
-    std::wstring take() { return std::exchange(text_, {}); }
-
-private:
-    std::wstring text_;
-};
 
 class NativeControlTest : public ::testing::Test {
 protected:
@@ -52,7 +38,7 @@ protected:
               const Rect& boundary = Rect::at({}, {90, 25})) {
         widget->setBoundary(boundary);
         window_->addChild(widget);
-        log_ = std::make_shared<Log>();
+        log_ = std::make_shared<MessageLog>();
         widget->connect(log_, false);
         return nativeWindowOf(*widget);
     }
@@ -75,7 +61,7 @@ protected:
     }
 
     std::shared_ptr<NativeWindow> window_ = makeWindowService(nullptr)->createNativeWindow();
-    std::shared_ptr<Log> log_;
+    std::shared_ptr<MessageLog> log_;
 };
 
 TEST_F(NativeControlTest, button_anyState_isPushedAndPressesComeBackOnce) {
@@ -276,19 +262,13 @@ TEST_F(NativeControlTest, synchronize_windowRefused_isReportedAndTriedAgain) {
 }
 
 TEST_F(NativeControlTest, button_droppedByItsOwnPress_isGoneAfterwards) {
-    class Dropper : public MessageSink {
-    public:
-        bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) override {
-            if (kind == Control::kLeftClicked) {
-                Control* button = a.object<Control>();
-                button->parentControl()->removeChild(button);
-            }
-            return true;
-        }
-    };
     std::shared_ptr<NativeButton> button = service().createNativeButton();
     const HWND native = show(button);
-    const auto dropper = std::make_shared<Dropper>();
+    const auto dropper = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+        if (kind == Control::kLeftClicked) {
+            window_->removeAllChildren();
+        }
+    });
     button->connect(dropper, false);
     button.reset();
     send(native, BM_CLICK);
@@ -314,19 +294,14 @@ TEST_F(NativeControlTest, textBox_textFromBothSides_staysTheSameAndIsAnnouncedOn
     EXPECT_EQ(box->text(), L"x");
 }
 
-TEST_F(NativeControlTest, textBox_hint_isTheWindowsOwn) {
+TEST_F(NativeControlTest, textBox_hintKindsAndLimits_areTheWindows) {
     const auto box = service().createNativeTextBox();
     box->setWatermark(text(L"Type a name"));
-    const HWND native = show(box);
+    box->setMaximumLength(3);
+    HWND native = show(box);
     wchar_t hint[32] = L"";
     send(native, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 32);
     EXPECT_STREQ(hint, L"Type a name");
-}
-
-TEST_F(NativeControlTest, textBox_kindsAndLimits_holdWhatTheUserTypes) {
-    const auto box = service().createNativeTextBox();
-    box->setMaximumLength(3);
-    HWND native = show(box);
     type(native, L"abcdef");
     EXPECT_EQ(box->text(), L"abc");
     box->setReadOnly(true);

@@ -6,6 +6,7 @@
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "support/FrameworkTest.h"
 #include "support/SurfaceTest.h"
+#include "support/ToolkitTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
 #include <dlgs.h>
@@ -77,6 +78,8 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     EXPECT_EQ(probe->boundary().width(), 250);
     EXPECT_EQ(clientSize(native), (Size{250, 150}));
+    window->setSize({20, 20});
+    EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     // Another screen asks for another size.
     RECT area{100, 110, 700, 610};
     SendMessageW(native, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
@@ -303,25 +306,51 @@ TEST_F(SurfaceTest, modalDialog_escape_endsTheLoopAndGivesBackTheOwner) {
     }
 }
 
-TEST_F(SurfaceTest, modalDialog_destroyedWhileOpen_returns) {
-    const auto window = makeWindow({300, 200});
-    auto dialog = makeDialog(window);
-    HWND native = nullptr;
-    const Steps steps{[&] { native = nativeWindowOf(*dialog); }, [&] { dialog.reset(); }};
-    NativeDialog& shown = *dialog;
-    EXPECT_EQ(shown.show(true), kAnswerNone);
-    EXPECT_FALSE(IsWindow(native));
-    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
-}
-
-TEST_F(SurfaceTest, modalDialog_ownerDestroyedWhileOpen_returns) {
-    const auto window = makeWindow({300, 200});
-    const auto dialog = makeDialog(window);
-    const Steps steps{[&] { DestroyWindow(nativeWindowOf(*window)); }};
-    EXPECT_EQ(dialog->show(true), kAnswerNone);
-    EXPECT_FALSE(dialog->hasNativeObject());
-    EXPECT_FALSE(dialog->isOpen());
+// Whoever hears of the focus that moves, or of a press that ends, ends the dialog,
+// its window, its owner or all, at any of these moments, or when it is open.
+TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
+    for (int round = 0; round < 10; ++round) {
+        int heard = 0;
+        for (int at = 0; at <= heard; ++at) {
+            SCOPED_TRACE(testing::Message() << round << " " << at);
+            auto window = makeWindow({300, 200});
+            const auto probe = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+            probe->takeFocus();
+            sendMouse(nativeWindowOf(*window), WM_LBUTTONDOWN, {5, 5});
+            auto dialog = makeDialog(window);
+            NativeDialog& shown = *dialog;
+            const std::function<void()> ends[] = {
+                [&] { dialog.reset(); }, [&] { dialog->hide(kAnswerOk); },
+                [&] { dialog->releaseTree(); }, [&] { DestroyWindow(nativeWindowOf(*window)); },
+                [&] { window.reset(); }};
+            heard = 0;
+            const auto ender = std::make_shared<FunctionSink>([&](auto&&...) {
+                if (heard++ == at) {
+                    ends[round / 2]();
+                }
+            });
+            probe->connect(ender, false);
+            addProbe(*dialog, Rect::at({0, 0}, {10, 10}))->connect(ender, false);
+            bool isLate = false;
+            const Steps steps{[&] {
+                isLate = true;
+                if (dialog && dialog->isOpen()) {
+                    ends[round / 2]();
+                }
+            }};
+            EXPECT_EQ(shown.show(round % 2 == 0), round == 2 ? kAnswerOk : kAnswerNone);
+            while (!isLate) {
+                runMessages(1);
+            }
+            EXPECT_FALSE(dialog && (dialog->isOpen() || IsWindowVisible(nativeWindowOf(*dialog))));
+            EXPECT_EQ(dialog && dialog->hasNativeObject(), round / 2 == 1);
+            if (window && window->hasNativeObject()) {
+                EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+                EXPECT_TRUE(at < heard || GetActiveWindow() == nativeWindowOf(*window));
+            }
+        }
+        EXPECT_GT(heard, 0);
+    }
 }
 
 TEST_F(SurfaceTest, modalDialog_quit_endsItAndIsLeftForTheApplication) {

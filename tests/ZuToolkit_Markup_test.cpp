@@ -241,6 +241,13 @@ TEST_F(MarkupTest, receivers_setMarkup_atAnyTimeIsSafeAndShownOnce) {
     view_->font().connect(changer, false);
     view_->setMarkup(L"<b>x");
     EXPECT_EQ(elementsOf(*view_), L"[last]");
+    const auto remover =
+        std::make_shared<FunctionSink>([&](auto&&...) { window_->removeChild(view_.get()); });
+    view_->font().disconnect(changer.get());
+    view_->font().connect(remover, false);
+    EXPECT_EQ(thrownText([&] { view_->setMarkup(L"a<u>b"); }), L"nothing");
+    EXPECT_EQ(elementsOf(*view_), L"[a][b|u]");
+    EXPECT_EQ(view_->surface(), nullptr);
 }
 
 TEST_F(MarkupTest, link_clickedOrByKey_sendsItsMessageFromTheView) {

@@ -115,6 +115,8 @@ TEST_F(WidgetTest, preferredSize_button_countsNoAccessKeyAndScales) {
     EXPECT_EQ(button->preferredSize(), (Size{160, 46}));
     button->setCaption(std::make_shared<TextDescriptor>(L"x"));
     EXPECT_EQ(button->preferredSize(), (Size{150, 46}));
+    button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{0x7FFFFFFF, 1}));
+    EXPECT_EQ(button->preferredSize(), (Size{0x7FFFFFFF, 46}));
 }
 
 // --- Text box, combo box ---

@@ -86,9 +86,10 @@ void Button::drawSelf(GraphicsService& graphics) {
     if (bitmap_) {
         drawBitmapAt(graphics, *this, *bitmap_,
                      {left, room.top + (room.height() - image.height) / 2}, 1.0);
-        left += image.width + scale(kGap);
+        left = saturate(std::int64_t{left} + image.width + scale(kGap));
     }
-    drawTextIn(graphics, {left, room.top, std::min(room.right, left + text.width - 1), room.bottom},
+    const std::int32_t right = std::min(room.right, saturatedSum(left, text.width - 1));
+    drawTextIn(graphics, {left, room.top, right, room.bottom},
                inkColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
     if (hasFocus()) {
         graphics.drawFocusFrame(area().shrunkBy(scale(2), scale(2)));

@@ -116,11 +116,13 @@ void DialogWin32Gdi::releaseNativeObject() {
 
 int DialogWin32Gdi::show(bool modal) {
     return guarded(L"DialogWin32Gdi::show", kAnswerNone, [this, modal] {
+        // Whoever hears of a focus that moves may drop the dialog.
+        std::shared_ptr<Control> alive = sharedReference<Control>(&getAbstraction());
         if (session_ != nullptr || !makeReady()) {
             return kAnswerNone;
         }
         if (modal) {
-            return showModal();
+            return showModal(std::move(alive));
         }
         showNonModal();
         return kAnswerNone;
@@ -157,12 +159,17 @@ bool DialogWin32Gdi::makeReady() {
     return true;
 }
 
-int DialogWin32Gdi::showModal() {
+int DialogWin32Gdi::showModal(std::shared_ptr<Control> alive) {
     ModalSession session(owner_);
+    // The owner's controls lose what they had, and somebody hears of it.
+    if (window() == nullptr || session_ != nullptr) {
+        return kAnswerNone;
+    }
     session.setDialog(window());
     session_ = &session;
     showNonModal();
     // From here on the dialog may be gone, unless no more messages come.
+    alive.reset();
     if (!session.run()) {
         internalHide(kAnswerNone);
     }
@@ -170,8 +177,12 @@ int DialogWin32Gdi::showModal() {
 }
 
 void DialogWin32Gdi::showNonModal() {
-    place();
+    // At first: what moves may have to do with another screen, and tell.
     getAbstraction().acceptOpen();
+    place();
+    if (!getAbstraction().isOpen()) {
+        return;
+    }
     if (hasStyle(NativeDialog::kStylePopup)) {
         SetWindowPos(window(), HWND_TOPMOST, 0, 0, 0, 0,
                      SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
@@ -182,6 +193,7 @@ void DialogWin32Gdi::showNonModal() {
 
 void DialogWin32Gdi::internalHide(int result) {
     NativeDialog& dialog = getAbstraction();
+    const std::shared_ptr<Control> alive = sharedReference<Control>(&dialog);
     if (!dialog.isOpen()) {
         return;
     }

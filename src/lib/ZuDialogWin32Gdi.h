@@ -35,8 +35,9 @@ public:
     // Gives the dialog its window, with everything on it and the owner of the
     // moment; false when that is not possible.
     bool makeReady();
-    // What show() and hide() do. The first needs a window.
-    int showModal();
+    // What show() and hide() do. The first two need a window; the first lets go
+    // of the dialog when nothing but its messages is to come.
+    int showModal(std::shared_ptr<Control> alive);
     void showNonModal();
     void internalHide(int result);
 

@@ -95,8 +95,6 @@ public:
         view.parsing_ = true;
         view.waiting_ = false;
         view.full_ = false;
-        // One of another surface may be left from adding outside of parsing.
-        view.graphics_.reset();
         view.link_ = {};
     }
     ParseScope(const ParseScope&) = delete;
@@ -106,6 +104,7 @@ public:
         view_.link_ = {};
         view_.currentFont_.reset();
         view_.graphics_.reset();
+        view_.window_.reset();
     }
 
 private:
@@ -191,12 +190,15 @@ void MarkupView::parseMarkup() {
     {
         const ParseScope scope(*this);
         refresh();
-        const bool wasOnSurface = surface() != nullptr;
+        const bool hadServices = reachesServices();
         removeAllChildren();
-        if (wasOnSurface && surface() == nullptr) {
+        if (hadServices && !reachesServices()) {
             waiting_ = true;
             return;
         }
+        // Whoever hears of the font under way may remove the view.
+        graphics_ = graphicsService();
+        window_ = windowService();
         // What they have set meanwhile is what is parsed below.
         waiting_ = false;
         font_->reset();
@@ -411,7 +413,7 @@ const std::shared_ptr<const MarkupFont>& MarkupView::currentFont() {
     style.size = std::clamp(style.size, kSmallestFont, kLargestFont);
     std::shared_ptr<const MarkupFont>& known = fonts_[keyOf(style)];
     if (!known) {
-        const std::shared_ptr<WindowService> ws = windowService();
+        const std::shared_ptr<WindowService> ws = parsing_ ? window_ : windowService();
         ZU_ASSERT_AS(ws, L"ws", ZU_HERE);
         auto made = std::make_shared<MarkupFont>(MarkupFont{style, ws->getFont(style), 0});
         if (made->font) {
@@ -430,11 +432,10 @@ const std::shared_ptr<const MarkupFont>& MarkupView::currentFont() {
 }
 
 Size MarkupView::measureText(std::wstring_view text) {
-    if (!graphics_ || !parsing_) {
-        const std::shared_ptr<GraphicsService> gs = graphicsService();
-        ZU_ASSERT_AS(gs, L"gs", ZU_HERE);
-        graphics_ = gs;
+    if (!parsing_) {
+        graphics_ = graphicsService();
     }
+    ZU_ASSERT_AS(graphics_, L"gs", ZU_HERE);
     const std::shared_ptr<const MarkupFont> font = currentFont();
     if (!font->font) {
         return {};
@@ -499,8 +500,10 @@ void MarkupView::onDescriptorChanged() {
     Control::onDescriptorChanged();
 }
 
+bool MarkupView::reachesServices() const { return windowService() && graphicsService(); }
+
 void MarkupView::parseWhenPossible() {
-    if (waiting_ && windowService() && graphicsService()) {
+    if (waiting_ && reachesServices()) {
         parseMarkup();
     }
 }

@@ -162,6 +162,7 @@ private:
     Rect areaWithin(std::int32_t width) const;
     Size sizeWithin(const Rect& area);
     void takeSize();
+    bool reachesServices() const;
     void parseWhenPossible();
     void sendFromLink(const MarkupLink& link);
 
@@ -171,7 +172,9 @@ private:
     std::unordered_map<std::uint32_t, std::shared_ptr<const MarkupFont>> fonts_;
     std::wstring fontsFace_;
     std::shared_ptr<const MarkupFont> currentFont_;
+    // Those of the parsing under way; the first also of what was added last.
     std::shared_ptr<GraphicsService> graphics_;
+    std::shared_ptr<WindowService> window_;
     OpenLink link_;
     Rect layoutArea_;
     // The width that program or markup gave the view; 0 before.

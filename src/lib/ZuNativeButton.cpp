@@ -76,7 +76,7 @@ Size NativeButton::preferredSize() {
     }
     if (bitmap_) {
         const Size image = bitmap_->size();
-        content.width = saturatedSum(content.width, scale(image.width + kBitmapGap));
+        content.width = saturatedSum(content.width, scale(saturatedSum(image.width, kBitmapGap)));
         content.height = std::max(content.height, scale(image.height));
     }
     const Size padding = isPush() ? kPushPadding : kMarkPadding;

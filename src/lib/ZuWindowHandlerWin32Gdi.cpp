@@ -269,6 +269,12 @@ void WindowHandlerWin32Gdi::synchronizeSize() {
     SetWindowPos(window_, nullptr, 0, 0, saturatedSum(wanted.width, frame.width),
                  saturatedSum(wanted.height, frame.height),
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+    // A window that was as large as it can be by then says nothing of it.
+    const Size got = window_ != nullptr ? clientSizeOf(window_) : wanted;
+    if (got != wanted) {
+        size_ = got;
+        onResized(got);
+    }
 }
 
 void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
