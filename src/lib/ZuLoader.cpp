@@ -71,9 +71,9 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
         throwFailure("cannot open file for writing", ZU_HERE);
     }
     step(L"Loader::save: file created");
-    step(L"Loader::save: encoding source... (size=%llu)", text.size());
+    step(L"Loader::save: encoding source... (size=%llu)", std::uint64_t{text.size()});
     Encoder::encodeToUTF8(text, bytes);
-    step(L"Loader::save: source encoded (size=%llu)", bytes.size());
+    step(L"Loader::save: source encoded (size=%llu)", std::uint64_t{bytes.size()});
     step(L"Loader::save: writing to file...");
     if (!file.write(bytes)) {
         throwFailure("cannot write to file", ZU_HERE);
@@ -121,7 +121,8 @@ bool Loader::loadSerializedString(const std::wstring& fileName, ISerializable& t
         if (!load(fileName, wbufs)) {
             return false;
         }
-        step(L"Loader::loadSerializedString: deserializing wbufs... (size=%llu)", wbufs.size());
+        step(L"Loader::loadSerializedString: deserializing wbufs... (size=%llu)",
+             std::uint64_t{wbufs.size()});
         const wchar_t* begin = wbufs.data();
         target.parseXml(begin, begin + wbufs.size());
         step(L"Loader::loadSerializedString: deserialized.");
@@ -137,7 +138,8 @@ bool Loader::saveSerializedString(const std::wstring& fileName,
         std::wstring text(kXmlHeader);
         step(L"Loader::saveSerializedString: serializing source...");
         source.appendXml(text);
-        step(L"Loader::saveSerializedString: source serialized. (size=%llu)", text.size());
+        step(L"Loader::saveSerializedString: source serialized. (size=%llu)",
+             std::uint64_t{text.size()});
         return save(fileName, text);
     });
 }
