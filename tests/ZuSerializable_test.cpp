@@ -114,6 +114,9 @@ TEST(Union, equals_valuesThatLookAlike_areToldApart) {
     for (const SerializableUnion& each : oneOfEachKind()) {
         // Objects are told apart by identity.
         EXPECT_EQ(std::count(values.begin(), values.end(), each), each.isObject() ? 0 : 1);
+        SerializableUnion empty;
+        readFromRange(empty, L"<t>" + std::wstring(kindName(each.kind())) + L"</t>");
+        EXPECT_EQ(each == empty, each.isNull());
     }
     SerializableUnion value;
     for (const auto& [count, size] : {std::pair{70, 70U}, {-3, 0U}, {1, 1U}}) {

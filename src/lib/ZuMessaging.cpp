@@ -134,10 +134,8 @@ public:
 
     // An entry has left the list of weak sinks, or that of strong ones.
     void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
-    void sourceIsGone() noexcept {
-        source_ = nullptr;
-        isPlain_ = false;
-    }
+    // Its entries have left before.
+    void sourceIsGone() noexcept { source_ = nullptr; }
 
 private:
     MessageSink* nextOfAny();
