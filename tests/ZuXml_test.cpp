@@ -151,7 +151,7 @@ TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
     const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
         // clang-format off
         {L"a=\"1 2\" b='\"' c=x'y", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
-        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"},
+        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"},
         // clang-format on
     };
     for (const auto& [text, expected] : kCases) {
