@@ -1,5 +1,5 @@
-// Mutates documents and feeds them to both XML readers, beside a naive one, and
-// to the decoder; always from the same seed.
+// Mutates documents and feeds them to both XML readers, beside a naive one; always
+// from the same seed.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,7 +8,6 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "ZuEncoder.h"
 #include "ZuText.h"
 #include "support/FrameworkTest.h"
 
@@ -19,8 +18,8 @@ using namespace test;
 using namespace std::string_literals;
 
 // A handful of edits: tokens put in, stretches taken out, doubled and moved.
-template <class Text, class Tokens>
-void mutate(Text& text, const Tokens& tokens, Random& random) {
+template <class Tokens>
+void mutate(std::wstring& text, const Tokens& tokens, Random& random) {
     for (std::size_t edits = 1 + random.below(6); edits > 0; --edits) {
         const std::size_t at = random.below(text.size() + 1);
         const std::size_t length = random.below(12);
@@ -28,7 +27,7 @@ void mutate(Text& text, const Tokens& tokens, Random& random) {
             // clang-format off
             case 0: text.insert(at, random.pick(tokens)); break;
             case 1: text.erase(at, length); break;
-            case 2: text.insert(text.size() - at, Text(text.substr(at, length))); break;
+            case 2: text.insert(text.size() - at, text.substr(at, length)); break;
             case 3: text.replace(at, length, random.pick(tokens)); break;
             default: text.resize(at); break;
                 // clang-format on
@@ -443,38 +442,6 @@ TEST(Readers, longDocuments_ofAnyConstruct_areReadInTimeInLineWithTheirLength) {
     }
     // Elements that are missing on each level, all before one far tag.
     check(nested + std::wstring(500000, L'x') + L"<end>");
-}
-
-TEST(FuzzedDecoder, mutatedBytes_anyMark_keepItsPromises) {
-    static const std::string kTokens[] = {"\xEF\xBB\xBF"s, "\xEF"s,     "\xBB"s, "\xC3\xA9"s,
-                                          "\xE2\x82\xAC"s, "\xF0\x9F"s, "\x80"s, "\0"s};
-    Random random(185);
-    std::size_t accepted = 0;
-    constexpr std::size_t kTexts = 50000;
-    std::string bytes;
-    std::wstring out;
-    std::string again;
-    std::wstring back;
-    for (std::size_t count = 0; count < kTexts && !HasFailure(); ++count) {
-        Encoder::encodeToUTF8(random.text(30), bytes);
-        mutate(bytes, kTokens, random);
-        SCOPED_TRACE(random.label() + " " + testing::PrintToString(bytes));
-        const MemoryWatch memory;
-        const std::wstring failure =
-            thrownText([&] { Encoder::decodeFromUTF8(bytes, out, random.below(4) == 0); });
-        EXPECT_LE(memory.peak(), 1024 + 4 * bytes.size());
-        EXPECT_LE(out.size(), bytes.size());
-        EXPECT_TRUE(failure == L"nothing" ||
-                    failure.starts_with(L"Utf8DecoderStateMachine::tryReduce: ") ||
-                    failure.starts_with(L"Encoder::decodeFromUTF8: utf8 string not fully decoded"));
-        // Whatever came out of the decoder survives a save and a load.
-        Encoder::encodeToUTF8(out, again);
-        Encoder::decodeFromUTF8(again, back, false);
-        EXPECT_EQ(back, out);
-        accepted += failure == L"nothing";
-    }
-    EXPECT_GT(accepted, kTexts / 20);
-    EXPECT_LT(accepted, kTexts - kTexts / 20);
 }
 
 }  // namespace

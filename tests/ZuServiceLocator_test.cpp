@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 
 #include "ZuMessagingService.h"
@@ -220,6 +221,51 @@ TEST(ServiceTest, propertiesAndAnnouncements_reachTheServicesSinks) {
     EXPECT_TRUE(weak.expired());
     properties->setLong(L"level", 4);
     EXPECT_EQ(listener->log.size(), 2U);
+}
+
+// Does something when it goes.
+struct Leaving : Service {
+    explicit Leaving(std::function<void()> runs) : last(std::move(runs)) {}
+    ~Leaving() override { last(); }
+    std::function<void()> last;
+};
+
+TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
+    const auto leaving = [](auto&& last) { return std::make_shared<Leaving>(last); };
+    const auto other = makeService<Plain>();
+    auto service = makeService<Plain>();
+    Plain& bare = *service;
+    bare.setNamedObject(L"a", leaving([&] { bare.setNamedObject(L"a", other); }));
+    bare.setNamedObject(L"a", nullptr);
+    EXPECT_EQ(bare.getNamedObject(L"a"), other);
+    bare.removeNamedObject(L"a");
+    bare.setParent(leaving([&] { bare.setParent(other); }));
+    bare.setParent(nullptr);
+    EXPECT_EQ(bare.getParent(), other);
+    bare.setParent(nullptr);
+    EXPECT_EQ(other.use_count(), 1);
+    // Held by its own object, then by its own parent.
+    std::weak_ptr<Service> weak = service;
+    bare.setNamedObject(L"a", leaving([kept = std::exchange(service, nullptr)] {}));
+    bare.removeNamedObject(L"a");
+    EXPECT_TRUE(weak.expired());
+    auto registry = std::make_shared<ServiceLocator>();
+    weak = service = makeService<Plain>();
+    registry->registerService(std::exchange(service, nullptr), true, true);
+    Service& held = *weak.lock();
+    registry.reset();
+    held.setParent(nullptr);
+    EXPECT_TRUE(weak.expired());
+    // A registry that is going away takes along what it is given.
+    registry = std::make_shared<ServiceLocator>();
+    ServiceLocator& going = *registry;
+    going.registerService(leaving([&] { going.registerService(other, false, true); }), false, true);
+    registry.reset();
+    EXPECT_EQ(other.use_count(), 1);
+    for (int depth = 0; depth < 30000; ++depth) {
+        const auto parent = std::exchange(registry, std::make_shared<ServiceLocator>());
+        registry->setParent(parent);
+    }
 }
 
 TEST(ServiceTest, namedObjectsAndKinds_areFoundByExactName) {

@@ -103,6 +103,7 @@ TEST(XmlScanner, values_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects)
     const std::pair<wstring, double> kDoubles[] = {
         // clang-format off
         {L"\u0661", 0.0}, {L"0x10", 0.0},
+        {L"1e9223372036854775807", std::numeric_limits<double>::infinity()},
         {L"1" + wstring(600, L'0') + L"e-600", 1.0}, {L"." + wstring(600, L'0') + L"1e601", 1.0},
         // clang-format on
     };
@@ -163,13 +164,11 @@ TEST(XmlReader, failures_whileTracing_leaveTheirReportLines) {
         lines[4].starts_with("throwing: '<k> expected, but found </v>', in src/lib/ZuXml, line "));
 }
 
-TEST(XmlReader, parseAttributes_anyList_givesPairsOrRefuses) {
+TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
     const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
         // clang-format off
         {L"a=\"1 2\" b='\"' c=x'y", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
-        {L"a='1'b='2'", L"a:1;b:2;ok"}, {L"a=  'x'", L"a:x;ok"}, {L"a=", L"a:;ok"}, {L"", L"ok"},
-        {L"a==b", L"a:=b;ok"}, {L"a", L"refused"}, {L"/", L"refused"}, {L"=1", L"refused"},
-        {L"a =1", L"refused"}, {L"a='1", L"refused"}, {L"a=\"1'", L"refused"}, {L" \t\r\n", L"ok"},
+        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"},
         // clang-format on
     };
     for (const auto& [text, expected] : kCases) {

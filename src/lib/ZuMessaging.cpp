@@ -118,7 +118,15 @@ public:
 
     // The next sink that is to have the message; null after the last one and
     // when the source is gone. It lives until it has returned.
-    MessageSink* next();
+    MessageSink* next() {
+        // As a rule the lists stay as they are, and hold what is called.
+        if (!isPlain_ || reached_[0] == source_->strongSinks_.size()) {
+            return nextOfAny();
+        }
+        MessageSink* const sink = source_->strongSinks_[reached_[0]++].get();
+        called_ = sink;
+        return sink;
+    }
     // A reference to the sink that next() gave.
     std::shared_ptr<MessageSink> current() const {
         return kept_ ? kept_ : source_->strongSinks_[reached_[0] - 1];
@@ -126,9 +134,11 @@ public:
 
     // An entry has left the list of weak sinks, or that of strong ones.
     void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
+    // Its entries have left before.
     void sourceIsGone() noexcept { source_ = nullptr; }
 
 private:
+    MessageSink* nextOfAny();
     bool hadIt(const MessageSink* sink) const noexcept;
 
     MessageSource* source_;
@@ -137,6 +147,8 @@ private:
     // weak one, and which of the lists it is at.
     std::size_t reached_[2] = {0, 0};
     bool atWeak_ = false;
+    // Whether the round is at the strong ones and nobody has left.
+    bool isPlain_ = true;
     // The sink that is being called, and what keeps it alive when the list of
     // strong sinks does not.
     const MessageSink* called_ = nullptr;
@@ -146,7 +158,7 @@ private:
     std::vector<WeakSink> left_;
 };
 
-MessageSink* MessageSource::Delivery::next() {
+MessageSink* MessageSource::Delivery::nextOfAny() {
     for (;;) {
         called_ = nullptr;
         if (kept_) {
@@ -161,6 +173,7 @@ MessageSink* MessageSource::Delivery::next() {
             sink = source_->strongSinks_[reached_[0]++].get();
         } else if (reached_[1] < source_->weakSinks_.size()) {
             atWeak_ = true;
+            isPlain_ = false;
             kept_ = source_->weakSinks_[reached_[1]++].lock();
             sink = kept_.get();
         } else {
@@ -179,6 +192,7 @@ bool MessageSource::Delivery::hadIt(const MessageSink* sink) const noexcept {
 
 void MessageSource::Delivery::entryLeft(bool weak, std::size_t index,
                                         const std::shared_ptr<MessageSink>& sink) noexcept {
+    isPlain_ = false;
     if (sink.get() == called_) {
         kept_ = sink;
     }

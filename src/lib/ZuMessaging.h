@@ -17,7 +17,7 @@
 // What never ends by itself is not stopped: a handler that answers each message
 // with another one, forwarders connected in a ring.
 //
-// Connecting and disconnecting look at every sink of the source.
+// Connecting and disconnecting look at all sinks, each step of a round at those that left it.
 #pragma once
 
 #include <cstdint>

@@ -327,7 +327,7 @@ void SerializableArray::readFrom(Source& in) {
             const std::uint64_t implied = count - i;
             ZU_ASSERT_AS(implied <= kMaxImpliedElements, L"implied <= kMaxImpliedElements",
                          ZU_HERE);
-            value.resize(static_cast<std::size_t>(count));
+            value.resize(value.size() - 1 + static_cast<std::size_t>(implied));
             return;
         }
     }

@@ -1,5 +1,7 @@
 #include "ZuService.h"
 
+#include <utility>
+
 #include "ZuPlankton.h"
 
 namespace zustd {
@@ -22,7 +24,9 @@ std::shared_ptr<SharedObject> Service::getNamedObject(std::wstring_view name) co
 }
 
 void Service::setNamedObject(std::wstring_view name, const std::shared_ptr<SharedObject>& object) {
-    namedObjects_.findOrInsert(name).first.value = object;
+    // Let go of last: the object that was there may come back to this service.
+    const std::shared_ptr<SharedObject> former =
+        std::exchange(namedObjects_.findOrInsert(name).first.value, object);
 }
 
 void Service::removeNamedObject(std::wstring_view name) {

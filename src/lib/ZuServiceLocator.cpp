@@ -42,13 +42,28 @@ ServiceLocatorStaticCtorDtor::~ServiceLocatorStaticCtorDtor() {
     }
 }
 
+ServiceLocator::~ServiceLocator() {
+    // A service that goes away may use this registry, and a chain of parents
+    // must not be let go of from inside of one another.
+    while (!ownedServices_.empty()) {
+        const std::shared_ptr<Service> released = std::move(ownedServices_.back());
+        ownedServices_.pop_back();
+    }
+    while (parent_.use_count() == 1) {
+        parent_ = std::exchange(parent_->parent_, nullptr);
+    }
+}
+
 void ServiceLocator::initialize() {}
 
 void ServiceLocator::announce() {}
 
 std::shared_ptr<ServiceLocator> ServiceLocator::getParent() const { return parent_; }
 
-void ServiceLocator::setParent(const std::shared_ptr<ServiceLocator>& parent) { parent_ = parent; }
+void ServiceLocator::setParent(const std::shared_ptr<ServiceLocator>& parent) {
+    // Let go of last: a parent that goes away may take this registry along.
+    const std::shared_ptr<ServiceLocator> former = std::exchange(parent_, parent);
+}
 
 void ServiceLocator::registerService(const std::shared_ptr<Service>& service, bool attach,
                                      bool own) {

@@ -9,8 +9,10 @@
 // A registry owns its services by strong references, and an attached service
 // holds its registry as its parent. That circle is opened by unregisterService
 // for one service and by unregisterAll for all services here and below; the
-// root does it when the process ends. Reference counts are atomic, the lists are
-// not locked: register and look up on the main thread.
+// root does it when the process ends. Services that own one another some thousand
+// deep must go by unregisterAll; their destructors would run inside of each
+// other. Reference counts are atomic, the lists are not locked: register and
+// look up on the main thread. Each looks at every service of a registry.
 #pragma once
 
 #include <memory>
@@ -25,9 +27,12 @@ class Service;
 
 class ServiceLocator : public SharedObject {
 public:
-    // Slot order is fixed: the two life-cycle hooks do nothing here, and
-    // nobody in the framework calls the second.
-    ~ServiceLocator() override = default;
+    // Slot order is fixed. A registry lets go of its services, the newest first,
+    // and then of its parent; a parent that only this one holds has lost its own
+    // by then.
+    ~ServiceLocator() override;
+    // Life-cycle hooks that do nothing here; nobody in the framework calls the
+    // second.
     virtual void initialize();
     virtual void announce();
 

@@ -201,8 +201,8 @@ bool isBeyondOne(std::string_view number) noexcept {
     if (failure == std::errc::result_out_of_range) {
         return !exponent.starts_with('-');
     }
-    return static_cast<std::int64_t>(point) + power >
-           static_cast<std::int64_t>(number.find_first_of("123456789"));
+    return power > static_cast<std::int64_t>(number.find_first_of("123456789")) -
+                       static_cast<std::int64_t>(point);
 }
 
 std::size_t findSpace(std::wstring_view text, std::size_t from) noexcept {
@@ -211,7 +211,7 @@ std::size_t findSpace(std::wstring_view text, std::size_t from) noexcept {
 
 // attributeValue = quoted | unquoted ; moves at past it, false when a quote
 // does not close
-bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring& value) {
+bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring_view& value) {
     if (at < text.size() && (text[at] == L'"' || text[at] == L'\'')) {
         const std::size_t close = text.find(text[at], at + 1);
         if (close == std::wstring_view::npos) {
@@ -225,6 +225,35 @@ bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring& v
     value = text.substr(at, end - at);
     at = end;
     return true;
+}
+
+// attributes = { space , name , "=" , { space } , attributeValue } , { space }
+// Calls take(name, value) for each; false when the text is no such list.
+template <class Take>
+bool eachAttribute(std::wstring_view text, Take&& take) {
+    std::size_t at = 0;
+    for (;;) {
+        while (at < text.size() && xml::isSpace(text[at])) {
+            ++at;
+        }
+        if (at == text.size()) {
+            return true;
+        }
+        const std::size_t equals = std::min(text.find_first_of(L"= \n\r\t", at), text.size());
+        if (equals == text.size() || equals == at || text[equals] != L'=') {
+            return false;
+        }
+        const std::wstring_view name = text.substr(at, equals - at);
+        std::wstring_view value;
+        at = equals + 1;
+        while (at < text.size() && xml::isSpace(text[at])) {
+            ++at;
+        }
+        if (!takeAttributeValue(text, at, value)) {
+            return false;
+        }
+        take(name, value);
+    }
 }
 
 using Traits = std::wstreambuf::traits_type;
@@ -407,28 +436,9 @@ bool Xml::peekTag(std::wistream& stream, std::wstring& name) {
 }
 
 bool Xml::parseAttributes(std::wstring_view text, std::vector<XmlAttribute>& out) {
-    std::size_t at = 0;
-    for (;;) {
-        while (at < text.size() && xml::isSpace(text[at])) {
-            ++at;
-        }
-        if (at == text.size()) {
-            return true;
-        }
-        const std::size_t equals = std::min(text.find_first_of(L"= \n\r\t", at), text.size());
-        if (equals == text.size() || equals == at || text[equals] != L'=') {
-            return false;
-        }
-        XmlAttribute attribute{std::wstring(text.substr(at, equals - at)), {}};
-        at = equals + 1;
-        while (at < text.size() && xml::isSpace(text[at])) {
-            ++at;
-        }
-        if (!takeAttributeValue(text, at, attribute.value)) {
-            return false;
-        }
-        out.push_back(std::move(attribute));
-    }
+    return eachAttribute(text, [&out](std::wstring_view name, std::wstring_view value) {
+        out.push_back({std::wstring(name), std::wstring(value)});
+    });
 }
 
 // --- Character sources -----------------------------------------------------------
@@ -505,8 +515,7 @@ namespace xml {
 bool matchesTag(std::wstring_view text, std::wstring_view name, bool closing) {
     const std::size_t blank = text.find(L' ');
     if (blank != std::wstring_view::npos) {
-        std::vector<XmlAttribute> attributes;
-        const bool attributesOK = Xml::parseAttributes(text.substr(blank + 1), attributes);
+        const bool attributesOK = eachAttribute(text.substr(blank + 1), [](auto, auto) {});
         ZU_ASSERT(attributesOK);
     }
     if (closing) {
