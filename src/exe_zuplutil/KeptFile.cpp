@@ -143,15 +143,13 @@ KeptFile::Left KeptFile::mend(const std::wstring& file) {
     return left;
 }
 
-bool KeptFile::putBack() noexcept {
+void KeptFile::putBack() noexcept {
     try {
-        if (putBackContent() == Left::kFailed) {
-            return false;
+        if (putBackContent() != Left::kFailed) {
+            forget();
         }
-        forget();
-        return true;
     } catch (...) {
-        return false;
+        // No memory: the next process tries.
     }
 }
 
