@@ -4,6 +4,8 @@
 #include <exception>
 
 #include "Console.h"
+#include "ConsoleSession.h"
+#include "ZuCommand.h"
 #include "ZuDirectory.h"
 #include "ZuPlankton.h"
 #include "ZuText.h"
@@ -37,6 +39,7 @@ void reportFailure() {
 }  // namespace
 
 void removeFile(const std::wstring& path) {
+    stopIfInterrupted();
     try {
         zustd::deleteFile(path);
     } catch (const wchar_t* reason) {
@@ -61,6 +64,11 @@ std::vector<std::wstring> listFiles(const std::wstring& directory, const std::ws
                             "system error " + std::to_string(error)};
     }
     return files;
+}
+
+void runCommand(const std::string& command) {
+    stopIfInterrupted();
+    zustd::runCommand(command);
 }
 
 bool runAction(const std::function<void()>& action) noexcept {

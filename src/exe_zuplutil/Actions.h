@@ -1,5 +1,6 @@
-// Actions that may fail: file operations that remember their path, and the
-// frame that turns a failure into one printed line.
+// What actions are made of: file operations that remember their path, commands,
+// and the frame that turns a failure into one printed line. An interrupted run
+// neither deletes a file nor runs a command any more (see stopIfInterrupted).
 #pragma once
 
 #include <functional>
@@ -21,6 +22,9 @@ void removeFile(const std::wstring& path);
 void makeDirectory(const std::wstring& path);
 // Names of the files that match.
 std::vector<std::wstring> listFiles(const std::wstring& directory, const std::wstring& pattern);
+
+// The framework's command execution.
+void runCommand(const std::string& command);
 
 // Runs an action. When it throws, prints one line that says what failed and
 // returns; the caller carries on. Returns whether the action ran to its end.

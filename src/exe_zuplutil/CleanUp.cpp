@@ -9,7 +9,6 @@
 #include "DebugLogging.h"
 #include "Paths.h"
 #include "ZuApplicationService.h"
-#include "ZuCommand.h"
 #include "ZuDirectory.h"
 #include "ZuPlankton.h"
 #include "ZuServiceLocator.h"
@@ -78,7 +77,7 @@ void removeLogDirectory(const std::wstring& directory, Outcome& outcome) {
     }
     printAndRecord("Removing log directory %s\n", zustd::narrow(directory).c_str());
     if (!wouldRemoveAnotherFolder(directory)) {
-        zustd::runCommand("rmdir /s /q " + toUnquotedText(directory));
+        runCommand("rmdir /s /q " + toUnquotedText(directory));
     }
     if (!outcome.note(directory)) {
         printAndRecord("Could not remove this directory; please delete it yourself.\n");

@@ -74,6 +74,7 @@ InterruptGuard::~InterruptGuard() {
 }
 
 void InterruptGuard::runStep(const std::function<void()>& step) {
+    stopIfInterrupted();
     const std::lock_guard lock(state().mutex);
     state().inStep = true;
     try {

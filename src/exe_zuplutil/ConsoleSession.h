@@ -31,8 +31,8 @@ public:
     InterruptGuard& operator=(const InterruptGuard&) = delete;
     ~InterruptGuard();
 
-    // Runs a step that an action undoes: actions wait for its end. Does not
-    // come back once an action has run. Steps do not nest.
+    // Runs a step that an action undoes: actions wait for its end. An
+    // interrupted run does not come back. Steps do not nest.
     static void runStep(const std::function<void()>& step);
 
     // What CTRL-C does: this guard's action, then those of the outer ones.

@@ -55,8 +55,9 @@ void showDebugLoggingSettings(bool detailed);
 void mendDebugSettings();
 
 // Settings of our own for a while. The user's come back with restore(), at the
-// latest when the object goes, when the user breaks off, and when this process
-// is killed with the next run (see KeptFile). Where the user's cannot be kept
+// latest when the object goes, over whatever is in the file then; when the user
+// breaks off, and when this process is killed or could not write with the next
+// run, unless the file has changed (see KeptFile). Where the user's cannot be kept
 // for that, the file stays as it is; this, and settings that cannot be written,
 // is told in a printed line.
 class TemporaryDebugSettings {

@@ -5,7 +5,6 @@
 
 #include "Actions.h"
 #include "Console.h"
-#include "ConsoleSession.h"
 #include "DebugLogging.h"
 #include "DiagnosticsCommands.h"
 #include "Paths.h"
@@ -156,8 +155,7 @@ void run(const CommandTable& table, const Collection& collection, const Values& 
          const std::string& prefix = {}) {
     for (const CommandRow& row : table) {
         if (applies(row, collection.conditions())) {
-            stopIfInterrupted();
-            zustd::runCommand(prefix + expand(row.command, values));
+            runCommand(prefix + expand(row.command, values));
         }
     }
 }
@@ -170,11 +168,11 @@ void copyAddinLogs(Collection& collection) {
     const std::wstring& data = collection.addinDataDirectory;
     for (const wchar_t* name : {L"\\debug.config", L"\\debug.log", L"\\dump.log"}) {
         if (zustd::isFile(data + name)) {
-            zustd::runCommand("copy \"" + toCommandText(data + name) + "\" .");
+            runCommand("copy \"" + toCommandText(data + name) + "\" .");
         }
     }
     for (const char* name : {"\\debug.log", "\\dump.log"}) {
-        zustd::runCommand("copy \"" + toCommandText(data) + name + "-*.bak\" .");
+        runCommand("copy \"" + toCommandText(data) + name + "-*.bak\" .");
     }
 }
 
@@ -193,7 +191,7 @@ void collectRegistry(const Collection& collection) {
 
 void collectProducts() {
     printAndRecord("Logging installed products...\n");
-    zustd::runCommand(
+    runCommand(
         "wmic /output:installedproducts.log product get "
         "name,version,vendor,installlocation,installdate");
 }
@@ -212,12 +210,12 @@ void collectDirectories(const Collection& collection) {
 
 void collectSystem(const Collection& collection) {
     printAndRecord("Logging system information...\n");
-    zustd::runCommand("systeminfo  >misc-systeminfo.log");
+    runCommand("systeminfo  >misc-systeminfo.log");
     printAndRecord("Logging environment variables...\n");
-    zustd::runCommand("set  >misc-envvars.log");
+    runCommand("set  >misc-envvars.log");
     printAndRecord("Logging running processes...\n");
-    zustd::runCommand("tasklist /V >misc-tasklist.log");
-    zustd::runCommand("tasklist /SVC >>misc-tasklist.log");
+    runCommand("tasklist /V >misc-tasklist.log");
+    runCommand("tasklist /SVC >>misc-tasklist.log");
     if (collection.isVistaOrLater) {
         printAndRecord("Logging outlook application events...\n");
         run(kEventCommands, collection, {});
@@ -304,7 +302,7 @@ void removeLogs(const Collection& collection) {
     }
     if (zustd::isDirectory(collection.logsDirectory)) {
         printAndRecord("Removing temp log directory %s...\n", logsText.c_str());
-        zustd::runCommand("rmdir /s /q \"" + toCommandText(collection.logsDirectory) + "\"");
+        runCommand("rmdir /s /q \"" + toCommandText(collection.logsDirectory) + "\"");
     }
     if (collection.workDirectory != collection.diagnosticsDirectory) {
         RemoveDirectoryW(collection.workDirectory.c_str());
@@ -365,7 +363,7 @@ void finish(const Collection& collection) {
     const std::string directory = toNarrowPath(collection.diagnosticsDirectory);
     writeTextFile(directory + "\\README.txt", getTranscript());
     printAndRecord("%s\n", kRule106.c_str());
-    zustd::runCommand("explorer \"" + keepPerCents(directory) + "\"");
+    runCommand("explorer \"" + keepPerCents(directory) + "\"");
 }
 
 }  // namespace

@@ -41,12 +41,13 @@ void appendItem(std::string& target, std::uint32_t kind, std::string_view bytes)
 
 std::wstring keepingName(const std::wstring& file) { return file + L".kept"; }
 
+// Of a file that is too large, more than is kept.
 bool readAll(HANDLE file, std::string& bytes) {
     LARGE_INTEGER size{};
-    if (!GetFileSizeEx(file, &size) || size.QuadPart > kLargest) {
+    if (!GetFileSizeEx(file, &size)) {
         return false;
     }
-    bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    bytes.resize(static_cast<std::size_t>(std::min<LONGLONG>(size.QuadPart, kLargest + 1)));
     DWORD count = 0;
     return ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) &&
            count == bytes.size();
@@ -127,10 +128,9 @@ std::optional<KeptFile> KeptFile::keep(const std::wstring& file,
 KeptFile::Left KeptFile::mend(const std::wstring& file) {
     KeptFile kept(file, File(openFile(keepingName(file), GENERIC_READ | DELETE)));
     if (!kept.keeping_) {
-        const DWORD error = GetLastError();
-        return error == ERROR_SHARING_VIOLATION                                 ? Left::kInUse
-               : error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Left::kNothing
-                                                                                : Left::kFailed;
+        return GetLastError() == ERROR_SHARING_VIOLATION ? Left::kInUse
+               : zustd::isFile(keepingName(file))        ? Left::kFailed
+                                                         : Left::kNothing;
     }
     std::string bytes;
     if (!readAll(kept.keeping_.get(), bytes)) {
@@ -143,15 +143,13 @@ KeptFile::Left KeptFile::mend(const std::wstring& file) {
     return left;
 }
 
-bool KeptFile::putBack() noexcept {
+void KeptFile::putBack() noexcept {
     try {
-        if (putBackContent() == Left::kFailed) {
-            return false;
+        if (putBackContent() != Left::kFailed) {
+            forget();
         }
-        forget();
-        return true;
     } catch (...) {
-        return false;
+        // No memory: the next process tries.
     }
 }
 
@@ -176,6 +174,8 @@ bool KeptFile::decode(const std::string& bytes) {
             ours_.emplace_back(content);
         } else if (header.kind == kFormer) {
             former_ = content;
+        } else if (header.kind != kNoFormer) {
+            break;
         }
         told = told || header.kind != kOurs;
         rest.remove_prefix(sizeof(header) + content.size());

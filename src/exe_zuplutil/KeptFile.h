@@ -42,8 +42,8 @@ public:
     static Left mend(const std::wstring& file);
 
     // Puts back what there was, unless the file has changed, and ends the
-    // keeping; false when the file cannot be read or written.
-    bool putBack() noexcept;
+    // keeping; a file that cannot be read or written is left to the next process.
+    void putBack() noexcept;
 
     // Ends the keeping. Without it the keeping file stays for the next process.
     void forget() noexcept;

@@ -159,13 +159,16 @@ bool waitForChild(HANDLE child, const Report& report, unsigned seconds) {
 
 // One line for what the add-in did to its process; empty when all went well.
 std::string describeEnd(DWORD exitCode, Progress progress) {
+    // Errors of the system's and of programs; above them are the small negative
+    // numbers that programs end with.
     constexpr DWORD kFirstException = 0xC0000000;
+    constexpr DWORD kLastException = 0xEFFFFFFF;
     // What compilers raise for a thrown object; not all can be caught here.
     constexpr DWORD kThrownObject = 0xE06D7363;
     if (progress == Progress::kThrew || exitCode == kThrownObject) {
         return "Pellory add-in threw an exception";
     }
-    if (exitCode >= kFirstException) {
+    if (exitCode >= kFirstException && exitCode <= kLastException) {
         return zustd::formatNarrow("Pellory add-in crashed with exception %lx", exitCode);
     }
     if (progress != Progress::kDone || exitCode != 0) {
@@ -184,13 +187,14 @@ std::string probe(const std::string& logFile, unsigned seconds) {
         std::to_wstring(GetCurrentProcessId()) + L"." + std::to_wstring(GetTickCount64());
     const Section section(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
                                              sizeof(Report), sectionName(id).c_str()));
-    const View view = map(section.get());
+    const View view = section ? map(section.get()) : View();
     if (!view) {
         return notStarted();
     }
     Report& report = *static_cast<Report*>(view.get());
     report.parent = GetCurrentProcessId();
     logFile.copy(report.logFile.data(), report.logFile.size() - 1);
+    stopIfInterrupted();
     const Process child = startChild(id);
     if (!child) {
         return notStarted();

@@ -8,7 +8,6 @@
 #include "Console.h"
 #include "Paths.h"
 #include "TextFiles.h"
-#include "ZuCommand.h"
 #include "ZuDirectory.h"
 #include "ZuHandleWin32Gdi.h"
 #include "ZuText.h"
@@ -51,9 +50,9 @@ void zipFolder(const std::string& sourceFolder, const std::string& zipPath,
                const std::string& workDir) {
     const std::string script = workDir + "\\plutil_zip.vbs";
     writeTextFile(script, kScript);
-    zustd::runCommand(
-        zustd::formatNarrow("CScript \"%s\" \"%s\" \"%s\"", keepPerCents(script).c_str(),
-                            keepPerCents(sourceFolder).c_str(), keepPerCents(zipPath).c_str()));
+    runCommand(zustd::formatNarrow("CScript \"%s\" \"%s\" \"%s\"", keepPerCents(script).c_str(),
+                                   keepPerCents(sourceFolder).c_str(),
+                                   keepPerCents(zipPath).c_str()));
     removeFile(zustd::widen(script));
 }
 

@@ -4,24 +4,26 @@
 //
 // usage: collect_driver [light] [ocat] [NAME=value...]
 //        collect_driver probe         the add-in's connection alone, in a second
-//        collect_driver steps         steps without end, until CTRL-C
+//        collect_driver steps WHAT    such steps without end, until CTRL-C
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 
+#include "Actions.h"
 #include "Console.h"
 #include "ConsoleSession.h"
 #include "Diagnostics.h"
 #include "ProbeProcess.h"
+#include "TextFiles.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuServiceLocator.h"
 #include "ZuWindows.h"
 
 namespace {
 
-[[noreturn]] void takeSteps() {
+[[noreturn]] void takeSteps(const std::wstring& what) {
     const zuplutil::ConsoleSession session;
     const zuplutil::InterruptGuard outer([] {
         Sleep(200);
@@ -33,7 +35,16 @@ namespace {
         const zuplutil::InterruptGuard inner([] { std::fputs("inner\n", stdout); });
     }
     for (;;) {
-        zuplutil::printAndRecord("step\n");
+        if (what == L"print") {
+            zuplutil::printAndRecord("print\n");
+        } else if (what == L"command") {
+            zuplutil::runCommand("step");
+        } else {
+            zuplutil::writeTextFile("step", "");
+            zuplutil::removeFile(L"step");
+        }
+        std::fputs("step\n", stdout);
+        std::fflush(stdout);
         Sleep(10);
     }
 }
@@ -49,7 +60,7 @@ int wmain(int argc, wchar_t** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::wstring argument = argv[i];
         if (argument == L"steps") {
-            takeSteps();
+            takeSteps(argv[i + 1]);
         }
         if (argument == L"probe") {
             zuplutil::probeAddin("probe.log", 1);

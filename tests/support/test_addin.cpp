@@ -1,6 +1,6 @@
 // An add-in for the tests: an in-process COM server that, asked to connect,
 // reads its debug.config as an add-in does and writes what it saw into the log
-// that the settings name. PELLORY_ADDIN_FAILS makes the connection fail.
+// that the settings name. PELLORY_ADDIN tells how it misbehaves then.
 
 #include <oaidl.h>
 #include <objbase.h>
@@ -68,11 +68,15 @@ HRESULT misbehave(const std::wstring& how) {
     } else if (is(L"exits")) {
         std::exit(0);
     } else if (is(L"ends")) {
-        TerminateProcess(GetCurrentProcess(), 7);
+        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(-1));
     } else if (is(L"aborts")) {
         std::abort();
     } else if (is(L"hangs")) {
         Sleep(INFINITE);
+    } else if (is(L"waits")) {
+        while (!std::filesystem::exists("go on")) {
+            Sleep(5);
+        }
     } else if (is(L"wanders")) {
         std::puts("a word to the screen");
         SetCurrentDirectoryW(L"C:\\");

@@ -139,8 +139,10 @@ TEST_F(DebugLoggingTest, WhatAKilledRunLeftIsPutBackUnlessItHasChanged) {
         "Debug settings have changed since a run was interrupted; they stay" + path;
     const std::string unusable =
         "What an interrupted run had kept of the debug settings was not readable" + path;
-    // What was kept, what the file holds ("/" for none), what is said, what the
-    // file holds then.
+    // An item of a kind that nobody writes, with its length and check sum.
+    const std::string unknown("\1\0\0\0\0\0\0\0\xC4\x9D\x1C\x81", 12);
+    // What was kept ("/" for a folder in its place), what the file holds ("/" for
+    // none), what is said, what the file holds then.
     const std::array<std::string, 4> kStates[] = {
         {kept, ours, mended(), mine},
         {kept, ours.substr(0, 90), mended(), mine},
@@ -153,17 +155,24 @@ TEST_F(DebugLoggingTest, WhatAKilledRunLeftIsPutBackUnlessItHasChanged) {
         {kept.substr(0, kept.size() - 1), ours, mended(), mine},
         {kept.substr(0, 40), mine, unusable, mine},
         {"", mine, unusable, mine},
-        {damaged, ours, unusable, ours}};
+        {damaged, ours, unusable, ours},
+        {unknown + kept.substr(12 + mine.size()), ours, unusable, ours},
+        {std::string(17 << 20, 'x'), mine, unusable, mine},
+        {"/", ours, "", ours}};
     for (const auto& [left, before, said, after] : kStates) {
         SCOPED_TRACE(said + before);
-        write(keeping, left);
+        if (left == "/") {
+            fs::create_directory(keeping);
+        } else {
+            write(keeping, left);
+        }
         fs::remove(config());
         if (before != "/") {
             write(config(), before);
         }
         EXPECT_EQ(run({L"foo"}, 1), kBanner + said);
         EXPECT_EQ(fs::exists(config()) ? read(config()) : "/", after);
-        EXPECT_FALSE(fs::exists(keeping));
+        EXPECT_EQ(fs::remove(keeping), left == "/");
     }
 }
 
