@@ -221,8 +221,8 @@ void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
         answerByDefault(step);
     } else {
         const DWORD start = marked.start - (cutsStart ? 1 : 0);
-        const bool isCaret = marked.start == marked.end;
-        send(EM_SETSEL, start, isCaret ? start : marked.end + (cutsEnd ? 1 : 0));
+        const DWORD end = marked.start == marked.end ? start : marked.end + (cutsEnd ? 1 : 0);
+        send(EM_SETSEL, start, static_cast<LPARAM>(end));
     }
 }
 

@@ -141,6 +141,8 @@ TEST_F(AddinProbeTest, SettingsThatCannotBePutBackAreLeftToTheNextRun) {
     EXPECT_EQ(read(config()), mine);
 }
 
+BOOL WINAPI ignoreConsoleEvent(DWORD) { return TRUE; }
+
 TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep) {
     const RegisteredAddin addin(library_);
     environment_[L"PELLORY_ADDIN"] = L"hangs";
@@ -150,16 +152,16 @@ TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep
     // One that can tell of CTRL-C. It stays: programs that find none make their own.
     FreeConsole();
     ASSERT_TRUE(AllocConsole()) << GetLastError();
-    SetConsoleCtrlHandler([](DWORD) { return TRUE; }, TRUE);
-    const char* const kDriver = "tests/support/collect_driver.exe";
+    SetConsoleCtrlHandler(&ignoreConsoleEvent, TRUE);
+    const fs::path driver = builtProgram("tests/support/collect_driver.exe");
     // A run, what it says when CTRL-C comes, and what it says last.
-    const std::tuple<std::vector<std::wstring>, const char*, std::string, std::string> kRuns[] = {
-        {kStandard, "bin/zuplutil.exe", "created Pellory.Connect\n", "created Pellory.Connect\n"},
-        {{L"steps", L"print"}, kDriver, "step\n", "step\ninterrupted\n"},
-        {{L"steps", L"command"}, kDriver, "step\n", "step\ninterrupted\n"},
-        {{L"steps", L"removal"}, kDriver, "step\n", "step\ninterrupted\n"}};
+    const std::tuple<std::vector<std::wstring>, fs::path, std::string, std::string> kRuns[] = {
+        {kStandard, shippedProgram(), "created Pellory.Connect\n", "created Pellory.Connect\n"},
+        {{L"steps", L"print"}, driver, "step\n", "step\ninterrupted\n"},
+        {{L"steps", L"command"}, driver, "step\n", "step\ninterrupted\n"},
+        {{L"steps", L"removal"}, driver, "step\n", "step\ninterrupted\n"}};
     for (const auto& [arguments, program, seen, last] : kRuns) {
-        UtilityProcess& utility = start(arguments, builtProgram(program));
+        UtilityProcess& utility = start(arguments, program);
         EXPECT_TRUE(utility.waitFor(seen));
         GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
         EXPECT_EQ(utility.exitCode(), static_cast<int>(0xC000013A));
