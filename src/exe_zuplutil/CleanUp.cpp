@@ -48,11 +48,11 @@ struct Outcome {
 // removes nothing, unless one of the pieces happens to be a folder of its own.
 bool wouldRemoveAnotherFolder(const std::wstring& path) {
     constexpr const wchar_t* kSeparators = L" \t\v\f,;=\u00A0";
-    if (path.find_first_of(kSeparators) == path.npos) {
+    if (path.find_first_of(kSeparators) == std::wstring::npos) {
         return false;
     }
     std::size_t begin = path.find_first_not_of(kSeparators);
-    while (begin != path.npos) {
+    while (begin != std::wstring::npos) {
         const std::size_t end = std::min(path.find_first_of(kSeparators, begin), path.size());
         if (zustd::isDirectory(path.substr(begin, end - begin))) {
             return true;
@@ -65,7 +65,7 @@ bool wouldRemoveAnotherFolder(const std::wstring& path) {
 // The path as the interpreter reads it outside of quotes.
 std::string toUnquotedText(const std::wstring& path) {
     std::wstring text = zustd::widen(toCommandText(path));
-    for (std::size_t at = 0; (at = text.find_first_of(L"&^", at)) != text.npos; at += 2) {
+    for (std::size_t at = 0; (at = text.find_first_of(L"&^", at)) != std::wstring::npos; at += 2) {
         text.insert(at, 1, L'^');
     }
     return zustd::narrow(text);

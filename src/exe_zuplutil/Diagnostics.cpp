@@ -203,8 +203,8 @@ void collectDirectories(const Collection& collection) {
     const std::string userName = zustd::getEnvironmentVariable("USERNAME");
     run(kDirectoryCommands, collection,
         {{"systemDrive", keepPerCents(collection.systemDrive)},
-         {"userName",
-          userName.find_first_of("&^%") == userName.npos ? "%username%" : keepPerCents(userName)},
+         {"userName", userName.find_first_of("&^%") == std::string::npos ? "%username%"
+                                                                         : keepPerCents(userName)},
          {"addinDataDir", toCommandText(collection.addinDataDirectory)}});
 }
 

@@ -72,7 +72,7 @@ std::wstring getDiagnosticsDirectory() {
 }
 
 std::wstring getWorkDirectory() {
-    const std::wstring diagnostics = getDiagnosticsDirectory();
+    std::wstring diagnostics = getDiagnosticsDirectory();
     if (isOnNetworkShare(diagnostics)) {
         for (const std::wstring& base :
              {getUserFolder(CSIDL_LOCAL_APPDATA), getTemporaryFolder()}) {
@@ -112,9 +112,9 @@ std::string keepPerCents(const std::string& path) {
     std::wstring text = zustd::widen(path);
     std::size_t end = text.rfind(L'%');
     bool changed = false;
-    while (end != text.npos && end != 0) {
+    while (end != std::wstring::npos && end != 0) {
         const std::size_t begin = text.rfind(L'%', end - 1);
-        if (begin == text.npos) {
+        if (begin == std::wstring::npos) {
             break;
         }
         const auto last = text.begin() + static_cast<std::ptrdiff_t>(end);

@@ -22,7 +22,7 @@ std::string passThroughFirstInterpreter(const std::string& command) {
     std::wstring result;
     bool quoted = false;
     for (const wchar_t sign : given) {
-        if (quoted && kOperators.find(sign) != kOperators.npos) {
+        if (quoted && kOperators.find(sign) != std::wstring_view::npos) {
             result += L'^';
         }
         quoted = quoted != (sign == L'"');

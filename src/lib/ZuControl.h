@@ -428,7 +428,7 @@ private:
     // A flag that is set for as long as the mark lives.
     class Mark {
     public:
-        explicit Mark(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+        explicit Mark(bool& flag) noexcept : flag_(flag) { flag = true; }
         Mark(const Mark&) = delete;
         Mark& operator=(const Mark&) = delete;
         ~Mark() { flag_ = false; }

@@ -64,7 +64,7 @@ void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF backgr
     GdiFlush();
     for (LONG y = box.top; y < box.bottom; ++y) {
         for (LONG x = box.left; x < box.right; ++x) {
-            image.pixels[static_cast<std::size_t>(y * extent + x)] |= kOpaque;
+            image.pixels[std::size_t{static_cast<ULONG>(y * extent + x)}] |= kOpaque;
         }
     }
 }

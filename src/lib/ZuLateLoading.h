@@ -49,8 +49,10 @@ void* resolveLateFunction(const LateFunction& function);
 
 }  // namespace zustd
 
-// The generated entries.
+// The generated entries, named as the assembler's list names them.
+// NOLINTBEGIN(readability-identifier-naming)
 extern "C" {
 extern const zustd::LateFunction zustdLateFunctions[];
 extern const std::size_t zustdLateFunctionCount;
 }
+// NOLINTEND(readability-identifier-naming)
