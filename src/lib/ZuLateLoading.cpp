@@ -22,8 +22,7 @@ namespace {
 [[noreturn]] void fail(const std::wstring& what, DWORD error) {
     const std::wstring message =
         what + L" (system error " + std::to_wstring(static_cast<unsigned long>(error)) + L")";
-    detail::traceThrow(message.c_str(), ZU_HERE);
-    throw SystemException(message);
+    throwSystemException(message.c_str(), ZU_HERE);
 }
 
 // For a Windows that cannot be told where to look. Libraries that the manifest
