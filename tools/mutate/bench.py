@@ -12,14 +12,14 @@ from pathlib import Path
 
 # The test programs that reach a floor's units, the cheapest that knows most first.
 PROGRAMS = {
-    "base": ["framework_data_tests", "framework_runtime_tests", "framework_cipher_tests",
-             "toolkit_tests", "utility_console_tests"],
+    "base": ["framework_base_tests", "framework_data_tests", "framework_runtime_tests",
+             "framework_cipher_tests", "toolkit_tests", "utility_console_tests"],
     "data": ["framework_data_tests", "framework_cipher_tests", "framework_runtime_tests",
              "utility_console_tests"],
     "runtime": ["framework_runtime_tests", "toolkit_tests", "framework_data_tests",
                 "utility_console_tests", "utility_collection_tests"],
     "toolkit": ["toolkit_tests", "framework_runtime_tests", "backend_tests"],
-    "backend": ["framework_runtime_tests", "backend_tests", "utility_console_tests"],
+    "backend": ["backend_tests", "utility_console_tests"],
     "utility": ["utility_console_tests", "utility_collection_tests"],
 }
 FIRST = {"ZuCipher": "framework_cipher_tests"}

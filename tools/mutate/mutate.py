@@ -40,13 +40,14 @@ def floor_of(path):
 
 
 def family(path):
-    """What is compiled anew for a plant: the source, or for a header its own source and tests."""
+    """What is compiled anew for a plant: the source, or for a header its own and the tests that show it."""
     if path.endswith(".cpp"):
         return [path]
     unit = Path(path).stem
-    found = [file for folder in ("src", "tests") for file in (ROOT / folder).rglob("*.cpp")
-             if file.stem == unit or file.stem.startswith(unit + "_")
-             and file.stem.endswith("_test")]
+    tests = [file for file in (ROOT / "tests").rglob("*_test.cpp")
+             if f'#include "{unit}.h"' in file.read_text(encoding="utf-8")
+             or f'#include "lib/{unit}.h"' in file.read_text(encoding="utf-8")]
+    found = [file for file in (ROOT / "src").rglob("*.cpp") if file.stem == unit] + tests
     return [str(file.relative_to(ROOT)) for file in sorted(found)]
 
 

@@ -124,7 +124,7 @@ TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
 TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
     const TraceCapture trace;
     const auto require = [](const int* pointer) { ZU_ASSERT(pointer != nullptr); };
-    const std::string place = "', in tests/ZuPlankton_test, line " + std::to_string(__LINE__ - 1);
+    const std::string place = "', in tests/base/Plankton_test, line " + std::to_string(__LINE__ - 1);
     EXPECT_EQ(thrownText([&] { require(nullptr); }), L"pointer != nullptr");
     const int number = 0;
     require(&number);
