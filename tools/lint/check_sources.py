@@ -2,7 +2,8 @@
 """Checks that the build's lists and the sources on disk name the same files.
 
 Sources are listed by hand, so one that is forgotten would simply not be
-compiled. Every source must be named in a CMakeLists.txt at or above its
+compiled. (The library's list is that of the floors, which check_floors.py
+compares.) Every source must be named in a CMakeLists.txt at or above its
 folder, and every source that a list names must exist. A name with a variable
 in it, ${name}_test.cpp for one, counts for each source whose own part, the
 value of ${name}, is a word of the same list.
@@ -11,6 +12,7 @@ value of ${name}, is a word of the same list.
 import re
 import sys
 
+from support import floors
 from support.project import arguments, project_files, report
 
 FOLDERS = ("src", "tests", "bench", "tools")
@@ -83,10 +85,12 @@ def main():
     root = arguments(__doc__).root
     files = project_files(root)
     sources = {path.as_posix(): path for path in files
-               if path.suffix == ".cpp" and path.parts[0] in FOLDERS}
+               if path.suffix == ".cpp" and path.parts[0] in FOLDERS
+               and path.parent.as_posix() != floors.LIBRARY}
     missing = set(sources)
     findings = []
-    for path in (path for path in files if path.name == LIST):
+    for path in (path for path in files if path.name == LIST
+                 and path.parent.as_posix() != floors.LIBRARY):
         text = without_comments(root / path)
         folder = "".join(part + "/" for part in path.parent.parts)
         for line, name in named_sources(folder, text):

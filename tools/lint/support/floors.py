@@ -1,29 +1,7 @@
 """The floors of the house and the units that live on them, in reading order."""
 
-# From the ground upwards. A unit of these lists that has no files yet is planned.
-FLOORS = {
-    "base": """
-        ZuText ZuSharedObject ZuObjectPool ZuHashMap ZuPlankton ZuDateTime ZuVersion ZuId ZuHandle
-        ZuFile ZuHandleWin32Gdi ZuWindows ZuLateLoading ZuLateLoadingNone""".split(),
-    "data": """
-        ZuXml ZuSerializable ZuSerializableStream ZuPropertyBag ZuEncoder ZuCipher ZuLoader""".split(),
-    "runtime": """
-        ZuServiceLocator ZuMessaging ZuMessagingService ZuChangeTracker ZuService ZuAbstraction
-        ZuDirectory ZuCommand ZuResources ZuResourceService ZuResourceServiceGeneric""".split(),
-    "toolkit": """
-        ZuApplicationService ZuWindowService ZuGeometry ZuDescriptors ZuFont ZuBitmap ZuTimer
-        ZuInput ZuGraphicsService ZuControl ZuControlInput ZuControlLayout ZuLayout ZuTreeModel
-        ZuPendingNodes ZuGridModel ZuDrawnText ZuCaption ZuIcon ZuLabel ZuLink ZuButton ZuTooltip ZuForkControl
-        ZuScrollable ZuMarkupView ZuMessageBox""".split(),
-    "backend": [],
-    "program": [],
-}
-
-# Every unit with this ending is on the backend floor unless a list names it.
-BACKEND_ENDING = "Win32Gdi"
-
-# The native controls are a family of units named after what they wrap.
-TOOLKIT_FAMILIES = ("ZuNative",)
+import re
+from pathlib import Path
 
 # Folders, relative to the root.
 LIBRARY = "src/lib"
@@ -33,18 +11,21 @@ PROGRAMS = (UTILITY, "tools")
 # Headers that the build writes, and the unit that they belong to.
 GENERATED = {"ZuResourceFiles": "ZuResources"}
 
+# The build's own list of floors and units.
+LIST = Path(__file__).resolve().parents[3] / LIBRARY / "floors.cmake"
+# Units with this ending show Windows.
+BACKEND_ENDING = "Win32Gdi"
+
+# From the ground upwards; programs stand on all of them.
+FLOORS = {floor: units.split() for floor, units in re.findall(
+    r"^set\(zustd_(\w+)\s+([^)]*)\)", LIST.read_text(encoding="utf-8"), re.MULTILINE)}
+FLOORS["program"] = []
+
 
 def floor_of(unit):
     """The floor of a unit of the library; None when no list has it."""
     unit = GENERATED.get(unit, unit)
-    for floor, units in FLOORS.items():
-        if unit in units:
-            return floor
-    if unit.endswith(BACKEND_ENDING):
-        return "backend"
-    if unit.startswith(TOOLKIT_FAMILIES):
-        return "toolkit"
-    return None
+    return next((floor for floor, units in FLOORS.items() if unit in units), None)
 
 
 def level(floor):
@@ -54,9 +35,7 @@ def level(floor):
 
 def reading_order(units):
     """Pairs of a floor and its units among those given, all in reading order."""
-    order = [unit for listed in FLOORS.values() for unit in listed]
-    for floor in FLOORS:
-        here = [unit for unit in units if floor_of(unit) == floor]
+    for floor, listed in FLOORS.items():
+        here = [unit for unit in listed if unit in units]
         if here:
-            yield floor, sorted(here, key=lambda unit: (
-                order.index(unit) if unit in order else len(order), unit))
+            yield floor, here

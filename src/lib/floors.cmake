@@ -1,0 +1,114 @@
+# The floors from the ground upwards, and the units on each in reading order:
+# the one list for the build, for the check of the includes and for
+# docs/units.md. A unit is a header, a source or both.
+
+set(zustd_base
+  ZuText
+  ZuSharedObject
+  ZuObjectPool
+  ZuHashMap
+  ZuPlankton
+  ZuDateTime
+  ZuVersion
+  ZuId
+  ZuScope
+  ZuHandle
+  ZuFile
+  ZuHandleWin32Gdi
+  ZuWindows
+  ZuLateLoading
+  ZuLateLoadingNone)
+
+set(zustd_data
+  ZuXml
+  ZuSerializable
+  ZuSerializableStream
+  ZuPropertyBag
+  ZuEncoder
+  ZuCipher
+  ZuLoader)
+
+set(zustd_runtime
+  ZuServiceLocator
+  ZuMessaging
+  ZuMessagingService
+  ZuChangeTracker
+  ZuService
+  ZuAbstraction
+  ZuDirectory
+  ZuCommand
+  ZuResources
+  ZuResourceService
+  ZuResourceServiceGeneric)
+
+set(zustd_toolkit
+  ZuApplicationService
+  ZuWindowService
+  ZuGeometry
+  ZuDescriptors
+  ZuFont
+  ZuBitmap
+  ZuTimer
+  ZuInput
+  ZuGraphicsService
+  ZuControl
+  ZuControlInput
+  ZuControlLayout
+  ZuLayout
+  ZuTreeModel
+  ZuPendingNodes
+  ZuGridModel
+  ZuDrawnText
+  ZuCaption
+  ZuIcon
+  ZuLabel
+  ZuLink
+  ZuButton
+  ZuTooltip
+  ZuForkControl
+  ZuScrollable
+  ZuMarkupView
+  ZuMessageBox
+  ZuNativeButton
+  ZuNativeComboBox
+  ZuNativeDialog
+  ZuNativeGridView
+  ZuNativePopupMenu
+  ZuNativeProgressBar
+  ZuNativeScrollBar
+  ZuNativeTextBox
+  ZuNativeTreeView
+  ZuNativeWindow)
+
+set(zustd_backend
+  ZuApplicationServiceWin32Gdi
+  ZuBitmapWin32Gdi
+  ZuButtonWin32Gdi
+  ZuColorWin32Gdi
+  ZuComboBoxWin32Gdi
+  ZuDialogWin32Gdi
+  ZuDrawingCacheWin32Gdi
+  ZuDrawingFactoryWin32Gdi
+  ZuFontWin32Gdi
+  ZuGraphicsServiceWin32Gdi
+  ZuGridViewWin32Gdi
+  ZuIconWin32Gdi
+  ZuItemControlWin32Gdi
+  ZuMessageBoxWin32Gdi
+  ZuMessageDispatchWin32Gdi
+  ZuMessageLoopWin32Gdi
+  ZuNativeControlWin32Gdi
+  ZuPopupMenuWin32Gdi
+  ZuProgressBarWin32Gdi
+  ZuScrollBarWin32Gdi
+  ZuSurfaceInputWin32Gdi
+  ZuTextBoxWin32Gdi
+  ZuTimerWin32Gdi
+  ZuTreeViewInputWin32Gdi
+  ZuTreeViewItemsWin32Gdi
+  ZuTreeViewWin32Gdi
+  ZuWidgetFactoryWin32Gdi
+  ZuWindowHandlerInputWin32Gdi
+  ZuWindowHandlerWin32Gdi
+  ZuWindowServiceWin32Gdi
+  ZuWindowWin32Gdi)
