@@ -32,4 +32,9 @@ function(pellory_target target)
     target_compile_options(${target} PRIVATE
       -O1 -fsanitize=undefined -fsanitize-undefined-trap-on-error)
   endif()
+  if(PELLORY_COVERAGE)
+    # Threads count too, and the counters of a process that shares a file with another are added.
+    target_compile_options(${target} PRIVATE -O1 --coverage -fprofile-update=atomic)
+    target_link_options(${target} PUBLIC --coverage)
+  endif()
 endfunction()
