@@ -5,6 +5,7 @@ wine_packages=(wine wine64)
 build32_packages=(g++-mingw-w64-i686-posix)
 wine32_packages=(debootstrap)
 test_packages=(python3 googletest xvfb xauth fonts-dejavu-core fonts-liberation)
+picture_packages=(fonts-dejavu-core fonts-liberation fonts-wine fonts-droid-fallback)
 bench_packages=(dpkg-dev libboost-dev librapidxml-dev libutfcpp-dev)
 lint_packages=(clang-14 clang-tidy-14 clang-format-14 python3 python3-cairo)
 

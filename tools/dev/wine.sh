@@ -64,6 +64,24 @@ end_test_prefix() {
     done
 }
 
+# Gives the prefix fonts for texts, for the symbols of frames, and for the
+# scripts of East Asia; the last two are missing otherwise.
+give_fonts() {
+    local fonts=$WINEPREFIX/drive_c/windows/Fonts
+    [ ! -e "$fonts/marlett.ttf" ] || return 0
+    mkdir -p "$fonts"
+    cp /usr/share/wine/fonts/marlett.ttf /usr/share/fonts/truetype/liberation/LiberationSans-*.ttf \
+        /usr/share/fonts/truetype/droid/DroidSansFallbackFull.ttf "$fonts"
+    replace_font Tahoma 'Liberation Sans'
+    replace_font SimSun 'Droid Sans Fallback'
+    replace_font 'MS UI Gothic' 'Droid Sans Fallback'
+}
+
+replace_font() {
+    wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v "$1" /d "$2" /f \
+        </dev/null >/dev/null 2>&1
+}
+
 # Keeps the prefix's server alive between programs. Its helpers hold on to the
 # streams they are started with, hence the null device.
 warm_prefix() {

@@ -10,21 +10,42 @@ namespace zustd::gallery {
 namespace {
 
 constexpr std::uint64_t kImageFolder = 120;
+constexpr std::uint64_t kImageMessage = 100;
 
-void fill(NativePopupMenu& menu) {
+void fillWithKeys(NativePopupMenu& menu) {
     menu.addItem(1, L"&Open\tEnter");
     menu.addItem(2, L"&Disabled\tCtrl+D");
-    menu.addItem(3, L"&Checked");
+    menu.addItem(3, L"&Checked\tF4");
     menu.addSeparator();
     menu.addItem(4, L"&More");
     menu.addItem(5, L"Last");
-    menu.findItem(1)->bitmap = kImageFolder;
     menu.findItem(2)->enabled = false;
     menu.findItem(3)->checked = true;
     PopupMenuItem below;
     below.identifier = 6;
     below.caption = L"Below";
     menu.findItem(4)->items = {below};
+}
+
+// Apart from the keys, which Wine draws over captions that an image moves.
+void fillWithImages(NativePopupMenu& menu) {
+    menu.addItem(1, L"&Folder");
+    menu.addItem(2, L"&Message");
+    menu.addItem(3, L"&Neither");
+    menu.findItem(1)->bitmap = kImageFolder;
+    menu.findItem(2)->bitmap = kImageMessage;
+}
+
+void addMenu(PageBuilder& builder, const wchar_t* caption, const wchar_t* name,
+             void (*fill)(NativePopupMenu& menu)) {
+    WindowService& windows = builder.windows();
+    builder.scene(caption, {name,
+                            [&windows, fill] {
+                                const auto menu = windows.createNativePopupMenu();
+                                fill(*menu);
+                                menu->show(windows.getClientPosition().movedBy({200, 120}));
+                            },
+                            [] { EndMenu(); }});
 }
 
 // A dialog of a label, a field and two buttons.
@@ -102,14 +123,8 @@ void addMessages(PageBuilder& builder) {
 void buildDialogs(PageBuilder& builder) {
     WindowService& windows = builder.windows();
     builder.section(L"Popup menus");
-    builder.scene(L"Menu", {L"menu",
-                            [&windows] {
-                                const auto menu = windows.createNativePopupMenu();
-                                fill(*menu);
-                                const Point place = windows.getClientPosition();
-                                menu->show(place.movedBy({200, 120}));
-                            },
-                            [] { EndMenu(); }});
+    addMenu(builder, L"With keys", L"menu", &fillWithKeys);
+    addMenu(builder, L"With images", L"menu-images", &fillWithImages);
     builder.section(L"Dialogs");
     const auto open = std::make_shared<std::weak_ptr<NativeDialog>>();
     builder.scene(L"Dialog", {L"dialog",

@@ -1,5 +1,6 @@
 #include "GalleryWindow.h"
 
+#include <algorithm>
 #include <functional>
 
 #include "ZuGraphicsService.h"
@@ -13,40 +14,88 @@ namespace {
 constexpr Size kWindowSize{620, 460};
 constexpr std::int32_t kBarWidth = 136;
 
-// A line of the list at the left.
+constexpr std::int32_t kLineHeight = 26;
+
+}  // namespace
+
+// A line of a list at the left; the one that was chosen is marked.
 class Choice : public Control {
 public:
-    Choice(std::wstring text, std::function<void()> chosen)
-        : text_(std::move(text)), chosen_(std::move(chosen)) {
+    Choice(std::wstring text, std::function<void()> choose)
+        : text_(std::move(text)), choose_(std::move(choose)) {
         setCursor(MouseCursor::kHand);
     }
 
-    Size preferredSize() override { return {scale(kBarWidth), scale(26)}; }
+    Size preferredSize() override { return {scale(kBarWidth), scale(kLineHeight)}; }
+    // Tab stops at the marked line of a list; the arrow keys lead to the others.
+    void mark(bool marked) {
+        marked_ = marked;
+        setFocusable(marked);
+        refresh();
+    }
 
 protected:
     void drawSelf(GraphicsService& graphics) override {
-        if (isHovered()) {
-            graphics.drawRectangle(area(), Color::rgb(0xD8, 0xE6, 0xF8));
+        if (marked_ || isHovered()) {
+            graphics.drawRectangle(
+                area(), marked_ ? Color::rgb(0xB8, 0xD2, 0xF4) : Color::rgb(0xDF, 0xEA, 0xF8));
         }
-        if (const auto font = windowService()->getFont(FontStyle{})) {
+        FontStyle style;
+        style.bold = marked_;
+        if (const auto font = windowService()->getFont(style)) {
             graphics.drawText(text_, area().shrunkBy(scale(10), 0), *font,
                               Color::rgb(0x20, 0x20, 0x20),
                               {.vertical = TextAlignment::kCentre, .ellipsis = true});
+        }
+        if (hasFocus()) {
+            graphics.drawFocusFrame(area().shrunkBy(scale(2), scale(2)));
         }
     }
     void onInputStateChanged() override { refresh(); }
     bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
         if (&kind == &kLeftClicked) {
-            chosen_();
+            choose_();
             return true;
         }
         return Control::sendMessage(kind, a, b);
     }
+    bool onKey(const KeyEvent& event) override {
+        if (event.key != kKeyUp && event.key != kKeyDown) {
+            return false;
+        }
+        const Controls& lines = parentControl()->children();
+        const auto self = std::find_if(lines.begin(), lines.end(),
+                                       [this](const auto& line) { return line.get() == this; });
+        if (event.key == kKeyUp ? self != lines.begin() : self + 1 != lines.end()) {
+            const auto next =
+                std::static_pointer_cast<Choice>(event.key == kKeyUp ? self[-1] : self[1]);
+            next->choose_();
+            next->takeFocus();
+        }
+        return true;
+    }
 
 private:
     std::wstring text_;
-    std::function<void()> chosen_;
+    std::function<void()> choose_;
+    bool marked_ = false;
 };
+
+namespace {
+
+// Marks one line of a list and no other.
+void markOnly(const Control& list, std::size_t index) {
+    for (std::size_t i = 0; i < list.children().size(); ++i) {
+        static_cast<Choice&>(*list.children()[i]).mark(i == index);
+    }
+}
+
+std::shared_ptr<Control> addColumn(Control& parent) {
+    const auto column = makeControl<Control>();
+    column->setArrangement(Arrangement::kColumns);
+    parent.addChild(column);
+    return column;
+}
 
 }  // namespace
 
@@ -83,6 +132,7 @@ GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
     bar->setBoundary(Rect::at({}, {scaled(kBarWidth), scaled(kWindowSize.height)}));
     addChoices(*bar);
     bar->arrange();
+    markOnly(*languageList_, 0);
 
     content_ = makeControl<Control>();
     window_->addChild(content_);
@@ -93,12 +143,18 @@ GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
 }
 
 void GalleryWindow::addChoices(Control& bar) {
+    bar.setSpacing(0, bar.scale(6));
+    pageList_ = addColumn(bar);
     for (const Page& page : pages()) {
-        bar.addChild(makeControl<Choice>(page.title, [this, &page] { showPage(page); }));
+        pageList_->addChild(makeControl<Choice>(page.title, [this, &page]() { showPage(page); }));
     }
+    const auto heading = addColumn(bar);
+    heading->setMargins(bar.scale(10), 0);
+    heading->addChild(makeControl<Text>(L"Language", true));
+    languageList_ = addColumn(bar);
     for (const Language& language : languages()) {
-        bar.addChild(
-            makeControl<Choice>(language.locale, [this, language] { chooseLanguage(language); }));
+        languageList_->addChild(
+            makeControl<Choice>(language.locale, [this, language]() { chooseLanguage(language); }));
     }
 }
 
@@ -106,10 +162,12 @@ void GalleryWindow::addChoices(Control& bar) {
 void GalleryWindow::showPage(const Page& page) {
     content_->removeAllChildren();
     shown_ = &page;
+    markOnly(*pageList_, static_cast<std::size_t>(&page - pages().data()));
     page_ = makeControl<Control>();
     content_->addChild(page_);
     builder_ = std::make_unique<PageBuilder>(*window_->windowService(), *page_);
-    if (!guarded(L"GalleryWindow::showPage", [&] { page.build(*builder_); })) {
+    isWhole_ = guarded(L"GalleryWindow::showPage", [&] { page.build(*builder_); });
+    if (!isWhole_) {
         builder_->section(L"This page could not be built");
     }
     page_->setBoundary(content_->area());
@@ -120,6 +178,12 @@ void GalleryWindow::showPage(const Page& page) {
 
 void GalleryWindow::chooseLanguage(const Language& language) {
     resources_.selectLocale(language.locale);
+    const std::vector<Language> all = languages();
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i].locale == language.locale) {
+            markOnly(*languageList_, i);
+        }
+    }
     showPage(*shown_);
 }
 

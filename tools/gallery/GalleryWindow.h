@@ -27,6 +27,12 @@ public:
 
     void showPage(const Page& page);
     void chooseLanguage(const Language& language);
+    // The one shown, and whether all of it could be built.
+    const Page& page() const noexcept { return *shown_; }
+    bool isWhole() const noexcept { return isWhole_; }
+    // Their lines, of which one is marked, take the arrow keys.
+    Control& pageList() const noexcept { return *pageList_; }
+    Control& languageList() const noexcept { return *languageList_; }
     NativeWindow& window() const noexcept { return *window_; }
     // Of the page shown.
     const std::vector<Scene>& scenes() const noexcept { return builder_->scenes(); }
@@ -36,10 +42,13 @@ private:
 
     ResourceService& resources_;
     std::shared_ptr<NativeWindow> window_;
+    std::shared_ptr<Control> pageList_;
+    std::shared_ptr<Control> languageList_;
     std::shared_ptr<Control> content_;
     std::shared_ptr<Control> page_;
     std::unique_ptr<PageBuilder> builder_;
     const Page* shown_ = nullptr;
+    bool isWhole_ = false;
 };
 
 }  // namespace zustd::gallery

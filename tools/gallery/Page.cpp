@@ -1,5 +1,7 @@
 #include "Page.h"
 
+#include <algorithm>
+
 #include "ZuFont.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeButton.h"
@@ -10,6 +12,8 @@ namespace {
 
 constexpr std::int32_t kHeadingSize = 12;
 constexpr std::int32_t kTextSize = 9;
+constexpr std::int32_t kFieldInset = 5;
+constexpr std::int32_t kLowestField = 20;
 
 class Handler : public MessageSink {
 public:
@@ -44,7 +48,9 @@ Size Text::preferredSize() {
 void Text::drawSelf(GraphicsService& graphics) {
     if (const auto font = this->font()) {
         const Color own = color(ColorRole::kText);
-        graphics.drawText(text_, area(), *font, own.isSet ? own : Color::rgb(0, 0, 0),
+        Rect line = area();
+        line.top = std::min(line.top + scale(inset_), line.bottom);
+        graphics.drawText(text_, line, *font, own.isSet ? own : Color::rgb(0, 0, 0),
                           {.ellipsis = true});
     }
 }
@@ -107,6 +113,15 @@ void PageBuilder::place(const std::shared_ptr<Control>& widget, Size size) {
         widget->setSize({page_.scale(size.width), page_.scale(size.height)});
     }
     row_->addChild(widget);
+}
+
+void PageBuilder::placeLabel(const std::wstring& label, std::int32_t width,
+                             std::int32_t fieldHeight) {
+    // Between the upper edge of a field and its first line; a bar has its text,
+    // or would have it, in the middle.
+    const auto name = makeControl<Text>(label, false);
+    name->setInset(fieldHeight < kLowestField ? 0 : kFieldInset);
+    place(name, {width, fieldHeight});
 }
 
 std::shared_ptr<TextDescriptor> literal(const std::wstring& text) {

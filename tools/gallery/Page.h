@@ -25,6 +25,8 @@ class Text : public Control {
 public:
     Text(std::wstring text, bool isHeading);
 
+    // The line begins this far below the top, at a scaling factor of 1.
+    void setInset(std::int32_t inset) noexcept { inset_ = inset; }
     Size preferredSize() override;
 
 protected:
@@ -35,6 +37,7 @@ private:
 
     std::wstring text_;
     bool isHeading_;
+    std::int32_t inset_ = 0;
 };
 
 // Blocks until what it opens is closed; closes what is open.
@@ -63,6 +66,14 @@ public:
         place(widget, size);
         return widget;
     }
+    // A field with its name before it, both beginning at the top of the row: the
+    // name is on the base line of the field's first line.
+    template <class W>
+    std::shared_ptr<W> addField(const std::wstring& label, std::int32_t labelWidth,
+                                std::shared_ptr<W> widget, Size size) {
+        placeLabel(label, labelWidth, size.height);
+        return add(std::move(widget), size);
+    }
     // What follows begins below.
     void breakLine();
     // Gives everything its size and its place within the page's size. To be
@@ -77,6 +88,7 @@ public:
 
 private:
     void place(const std::shared_ptr<Control>& widget, Size size);
+    void placeLabel(const std::wstring& label, std::int32_t width, std::int32_t fieldHeight);
 
     WindowService& windows_;
     Control& page_;

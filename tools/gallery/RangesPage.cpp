@@ -10,8 +10,7 @@ constexpr Size kBar{380, 18};
 
 std::shared_ptr<NativeProgressBar> addProgress(PageBuilder& builder, const wchar_t* label,
                                                std::int32_t position) {
-    builder.add(makeControl<Text>(label, false), {56, 16});
-    auto bar = builder.add(builder.windows().createNativeProgressBar(), kBar);
+    auto bar = builder.addField(label, 56, builder.windows().createNativeProgressBar(), kBar);
     bar->setPosition(position);
     builder.breakLine();
     return bar;

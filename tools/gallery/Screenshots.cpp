@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <set>
 
 namespace zustd::gallery {
 
@@ -141,6 +142,72 @@ int writeScreenshots(GalleryWindow& gallery, const std::wstring& folder) {
         }
     }
     return count;
+}
+
+namespace {
+
+// The colours of the page shown, row by row.
+std::vector<COLORREF> pixelsOf(const GalleryWindow& gallery) {
+    const HWND window = nativeWindowOf(gallery.window());
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    settle();
+    const BitmapHandle bitmap = picture(window);
+    BITMAP form{};
+    GetObjectW(bitmap.get(), sizeof(form), &form);
+    BITMAPINFO wanted{};
+    wanted.bmiHeader = {
+        sizeof(BITMAPINFOHEADER), form.bmWidth, form.bmHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    std::vector<COLORREF> pixels(static_cast<std::size_t>(form.bmWidth * form.bmHeight));
+    const ScreenContext screen;
+    GetDIBits(screen.get(), bitmap.get(), 0, static_cast<UINT>(form.bmHeight), pixels.data(),
+              &wanted, DIB_RGB_COLORS);
+    return pixels;
+}
+
+bool tell(bool holds, const std::wstring& subject, const char* complaint) {
+    if (!holds) {
+        std::printf("%ls: %s\n", subject.c_str(), complaint);
+    }
+    return holds;
+}
+
+// Looks at the page after a key should have led to it.
+bool checkPage(const GalleryWindow& gallery, const Page& expected,
+               std::set<std::vector<COLORREF>>& seen) {
+    const std::vector<COLORREF> pixels = pixelsOf(gallery);
+    const std::set<COLORREF> colors(pixels.begin(), pixels.end());
+    const bool isShown =
+        tell(&gallery.page() == &expected, expected.title, "the keys do not lead there");
+    const bool isWhole = tell(gallery.isWhole(), expected.title, "could not be built");
+    const bool isDrawn = tell(colors.size() > 3, expected.title, "is not drawn");
+    return tell(seen.insert(pixels).second, expected.title, "looks like another") && isShown &&
+           isWhole && isDrawn;
+}
+
+}  // namespace
+
+bool checkPages(GalleryWindow& gallery) {
+    bool passed = true;
+    std::set<std::vector<COLORREF>> seen;
+    const HWND window = nativeWindowOf(gallery.window());
+    SetForegroundWindow(window);
+    SetFocus(window);
+    const auto press = [](WPARAM key) { SendMessageW(GetFocus(), WM_KEYDOWN, key, 0); };
+    gallery.pageList().children().front()->takeFocus();
+    for (const Page& page : pages()) {
+        passed = checkPage(gallery, page, seen) && passed;
+        press(VK_DOWN);
+    }
+    // The first is the one that the pages were in.
+    gallery.languageList().children().front()->takeFocus();
+    for (std::size_t i = 1; i < languages().size(); ++i) {
+        press(VK_DOWN);
+        passed = checkPage(gallery, pages().back(), seen) && passed;
+    }
+    std::printf("gallery: %d pages in %d languages, %d different pictures\n",
+                static_cast<int>(pages().size()), static_cast<int>(languages().size()),
+                static_cast<int>(seen.size()));
+    return passed;
 }
 
 }  // namespace zustd::gallery

@@ -13,4 +13,8 @@ namespace zustd::gallery {
 // when one cannot be.
 int writeScreenshots(GalleryWindow& gallery, const std::wstring& folder);
 
+// Goes through the pages, and through the languages of the last one, with the arrow keys. False,
+// after a line on standard output, when one was not reached, not whole or not drawn.
+bool checkPages(GalleryWindow& gallery);
+
 }  // namespace zustd::gallery

@@ -7,18 +7,19 @@ namespace zustd::gallery {
 namespace {
 
 constexpr Size kField{150, 24};
+constexpr std::int32_t kLabelWidth = 62;
 
 std::shared_ptr<NativeTextBox> addField(PageBuilder& builder, const wchar_t* label,
                                         TextBoxKind kind, Size size = kField) {
-    builder.add(makeControl<Text>(label, false), {62, 16});
-    auto field = builder.add(builder.windows().createNativeTextBox(), size);
+    auto field =
+        builder.addField(label, kLabelWidth, builder.windows().createNativeTextBox(), size);
     field->setKind(kind);
     return field;
 }
 
 std::shared_ptr<NativeComboBox> addList(PageBuilder& builder, const wchar_t* label, bool editable) {
-    builder.add(makeControl<Text>(label, false), {62, 16});
-    auto list = builder.add(builder.windows().createNativeComboBox(), kField);
+    auto list =
+        builder.addField(label, kLabelWidth, builder.windows().createNativeComboBox(), kField);
     list->setEditable(editable);
     for (const wchar_t* item :
          {L"First item", L"Second item", L"An item that is rather too long"}) {

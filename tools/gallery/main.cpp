@@ -1,7 +1,10 @@
 // Shows every widget of the toolkit, or writes pictures of them.
 //
-//     gallery [--screenshot FOLDER] [--scale FACTOR] [--rows COUNT]
+//     gallery [--check | --screenshot FOLDER] [--scale FACTOR] [--rows COUNT]
 //
+// With --check the program goes through the pages, and through the languages of
+// the last one, with the keys, looks at a picture of each, and ends with 0 when
+// each was there and whole.
 // With --screenshot a PNG of each page and of what opens from it, in each
 // language, is written into the folder and the program ends. A scaling factor
 // takes the place of the screen's. With --rows the program prints what so many
@@ -11,6 +14,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "GalleryWindow.h"
 #include "RowFigures.h"
@@ -28,9 +32,15 @@ struct Options {
     std::wstring folder;
     double scalingFactor = 0.0;
     std::size_t rows = 0;
+    bool check = false;
 };
 
 bool readOptions(int argc, wchar_t** argv, Options& options) {
+    options.check = argc > 1 && std::wstring_view(argv[1]) == L"--check";
+    if (options.check) {
+        --argc;
+        ++argv;
+    }
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::wstring name = argv[i];
         if (name == L"--screenshot") {
@@ -94,6 +104,9 @@ int run(const Options& options) {
         return 0;
     }
     GalleryWindow gallery(*windows, *resources);
+    if (options.check) {
+        return checkPages(gallery) ? 0 : 1;
+    }
     if (!options.folder.empty()) {
         std::printf("%d screenshots\n", writeScreenshots(gallery, options.folder));
         return 0;
@@ -111,7 +124,8 @@ int wmain(int argc, wchar_t** argv) {
     gallery::Options options;
     if (!gallery::readOptions(argc, argv, options)) {
         std::fputs(
-            "usage: gallery [--screenshot FOLDER] [--scale 0.5 to 4] [--rows 1 to 10000000]\n",
+            "usage: gallery [--check | --screenshot FOLDER] [--scale 0.5 to 4] [--rows 1 to "
+            "10000000]\n",
             stderr);
         return 2;
     }
