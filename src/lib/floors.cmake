@@ -33,6 +33,7 @@ set(zustd_runtime
   ZuMessaging
   ZuMessagingService
   ZuChangeTracker
+  ZuTrackingPropertyBag
   ZuService
   ZuAbstraction
   ZuDirectory
