@@ -24,6 +24,7 @@ set(zustd_data
   ZuSerializable
   ZuSerializableStream
   ZuPropertyBag
+  ZuEncoderRuns
   ZuEncoder
   ZuCipher
   ZuLoader)
