@@ -12,11 +12,11 @@
 #include <string>
 
 #include "ZuAbstraction.h"
-#include "ZuPropertyBag.h"
 #include "ZuService.h"
 
 namespace zustd {
 
+class PropertyBag;
 class WindowService;
 
 // The state of an application in which it should tell the user and end.

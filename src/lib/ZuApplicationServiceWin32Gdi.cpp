@@ -9,6 +9,7 @@
 #include "ZuFile.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageLoopWin32Gdi.h"
+#include "ZuPropertyBag.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {

@@ -39,9 +39,4 @@ void ChangeTracker::announcePropertyChanged(const std::wstring& key, bool clearC
     sendText(kPropertyChanged, key);
 }
 
-void TrackingPropertyBag::onChanged(std::wstring_view key) {
-    // A copy: a sink may have the bag read anew while the key is announced.
-    announcePropertyChanged(std::wstring(key), false);
-}
-
 }  // namespace zustd

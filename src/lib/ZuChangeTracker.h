@@ -5,7 +5,6 @@
 #include <string>
 
 #include "ZuMessaging.h"
-#include "ZuPropertyBag.h"
 #include "ZuSharedObject.h"
 
 namespace zustd {
@@ -37,14 +36,6 @@ private:
     std::uint32_t changeCountHigh_ = 0;
     std::uint32_t savedCountLow_ = 0;
     std::uint32_t savedCountHigh_ = 0;
-};
-
-// A bag whose every real change is counted and announced.
-class TrackingPropertyBag : public PropertyBag, public ChangeTracker {
-public:
-    using PropertyBag::PropertyBag;
-
-    void onChanged(std::wstring_view key) override;
 };
 
 }  // namespace zustd

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <utility>
 
 namespace zustd {
 
@@ -39,27 +38,27 @@ File openForReading(const std::wstring& name) noexcept {
 
 ReplacedFile::ReplacedFile(const std::wstring& name) noexcept {
     if (isWholeName(name)) {
-        file_ = _wopen(name.c_str(), _O_WRONLY | _O_CREAT | _O_BINARY, _S_IREAD | _S_IWRITE);
+        file_.reset(_wopen(name.c_str(), _O_WRONLY | _O_CREAT | _O_BINARY, _S_IREAD | _S_IWRITE));
     }
 }
 
 // It changes the file. NOLINTNEXTLINE(readability-make-member-function-const)
 bool ReplacedFile::write(std::string_view bytes) noexcept {
+    const int file = file_.get();
     // A device has no length, nor positions to move to.
-    const std::int64_t former = std::max<std::int64_t>(_filelengthi64(file_), 0);
+    const std::int64_t former = std::max<std::int64_t>(_filelengthi64(file), 0);
     const auto size = static_cast<std::int64_t>(bytes.size());
     const auto kept = static_cast<std::size_t>(std::min(former, size));
-    if ((former != 0 && !moveTo(file_, former)) || !put(file_, bytes.substr(kept))) {
-        cutAt(file_, former);
+    if ((former != 0 && !moveTo(file, former)) || !put(file, bytes.substr(kept))) {
+        cutAt(file, former);
         return false;
     }
-    return former == 0 || (moveTo(file_, 0) && put(file_, bytes.substr(0, kept)) &&
-                           (size >= former || cutAt(file_, size)));
+    return former == 0 || (moveTo(file, 0) && put(file, bytes.substr(0, kept)) &&
+                           (size >= former || cutAt(file, size)));
 }
 
-bool ReplacedFile::close() noexcept {
-    const int file = std::exchange(file_, kNone);
-    return file == kNone || _close(file) == 0;
-}
+bool ReplacedFile::close() noexcept { return _close(file_.release()) == 0; }
+
+void ReplacedFile::Traits::close(Type file) noexcept { _close(file); }
 
 }  // namespace zustd

@@ -5,9 +5,10 @@
 #pragma once
 
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
+
+#include "ZuHandle.h"
 
 namespace zustd {
 
@@ -17,10 +18,12 @@ bool isWholeName(const Text& name) noexcept {
     return name.find(typename Text::value_type{}) == Text::npos;
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+struct FileTraits {
+    using Type = std::FILE*;
+    static Type invalid() noexcept { return nullptr; }
+    static void close(Type file) noexcept { std::fclose(file); }
 };
-using File = std::unique_ptr<std::FILE, FileCloser>;
+using File = Handle<FileTraits>;
 
 // Null when the file cannot be opened.
 File openForReading(const std::wstring& name) noexcept;
@@ -33,19 +36,20 @@ class ReplacedFile {
 public:
     // Opens the file with what it holds, or makes it.
     explicit ReplacedFile(const std::wstring& name) noexcept;
-    ReplacedFile(const ReplacedFile&) = delete;
-    ReplacedFile& operator=(const ReplacedFile&) = delete;
-    ~ReplacedFile() { close(); }
 
-    bool isOpen() const noexcept { return file_ != kNone; }
-    // Once, while the file is open. False unless the system took it all.
+    bool isOpen() const noexcept { return static_cast<bool>(file_); }
+    // Once each, while the file is open. False unless the system took it all.
     bool write(std::string_view bytes) noexcept;
     bool close() noexcept;
 
 private:
-    static constexpr int kNone = -1;
+    struct Traits {
+        using Type = int;
+        static Type invalid() noexcept { return -1; }
+        static void close(Type file) noexcept;
+    };
 
-    int file_ = kNone;
+    Handle<Traits> file_;
 };
 
 }  // namespace zustd

@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 
+#include "ZuPropertyBag.h"
 #include "ZuResourceService.h"
 
 namespace zustd {

@@ -13,10 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "ZuPropertyBag.h"
 #include "ZuServiceLocator.h"
 
 namespace zustd {
+
+class PropertyBag;
 
 // Message-box styles: one set of buttons, an icon or none, and which button is
 // the default one, where that is not the first; added up.

@@ -33,11 +33,18 @@ private:
     struct Piece {
         Piece* next;
     };
-    class Lock;
+    // Held for a few instructions, or while the heap gives a block; whoever finds it
+    // taken lets its holder run.
+    class SpinLock {
+    public:
+        void lock() noexcept;
+        void unlock() noexcept { busy_.clear(std::memory_order_release); }
 
-    Piece* cutBlock();
+    private:
+        std::atomic_flag busy_;
+    };
 
-    std::atomic_flag busy_;
+    SpinLock lock_;
     Piece* free_ = nullptr;
     std::size_t nextBlock_ = kPieceSize;
 };

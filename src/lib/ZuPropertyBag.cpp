@@ -111,102 +111,82 @@ void PropertyBag::change(std::wstring_view key, IsSame&& isSame, Store&& store) 
     onChanged(entry.key);
 }
 
-std::wstring PropertyBag::getString(std::wstring_view key, const std::wstring& defaultValue) const {
+template <class T>
+void PropertyBag::set(std::wstring_view key, const T& value) {
+    change(
+        key,
+        [&](const SerializableUnion& stored) {
+            const T* present = stored.peek<T>();
+            return present != nullptr ? *present == value : value == T();
+        },
+        [&](SerializableUnion& stored) { stored.store(value); });
+}
+
+template <class T>
+const T* PropertyBag::peek(std::wstring_view key) const {
     const SerializableUnion* value = table_.find(key);
-    return value != nullptr && value->isString() ? value->getString() : defaultValue;
+    return value != nullptr ? value->peek<T>() : nullptr;
+}
+
+template <class T>
+T PropertyBag::getOr(std::wstring_view key, const T& defaultValue) const {
+    const T* value = peek<T>(key);
+    return value != nullptr ? *value : defaultValue;
+}
+
+std::wstring PropertyBag::getString(std::wstring_view key, const std::wstring& defaultValue) const {
+    return getOr(key, defaultValue);
 }
 
 bool PropertyBag::getString(std::wstring_view key, std::wstring& out,
                             const std::wstring& defaultValue) const {
+    const std::wstring* value = peek<std::wstring>(key);
     // The default may be the very string that is filled.
-    const SerializableUnion* value = table_.find(key);
-    if (value == nullptr || !value->isString()) {
-        out = defaultValue;
-        return false;
-    }
-    return value->tryGetString(out);
+    out = value != nullptr ? *value : defaultValue;
+    return value != nullptr;
 }
 
-void PropertyBag::setString(std::wstring_view key, const std::wstring& value) {
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getString() == value; },
-        [&](SerializableUnion& stored) { stored.setString(value); });
-}
+void PropertyBag::setString(std::wstring_view key, const std::wstring& value) { set(key, value); }
 
 std::int32_t PropertyBag::getLong(std::wstring_view key, std::int32_t defaultValue) const {
-    const SerializableUnion* value = table_.find(key);
-    return value != nullptr && value->isLong() ? value->getLong() : defaultValue;
+    return getOr(key, defaultValue);
 }
 
-void PropertyBag::setLong(std::wstring_view key, std::int32_t value) {
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getLong() == value; },
-        [&](SerializableUnion& stored) { stored.setLong(value); });
-}
+void PropertyBag::setLong(std::wstring_view key, std::int32_t value) { set(key, value); }
 
 double PropertyBag::getDouble(std::wstring_view key, double defaultValue) const {
-    const SerializableUnion* value = table_.find(key);
-    return value != nullptr && value->isDouble() ? value->getDouble() : defaultValue;
+    return getOr(key, defaultValue);
 }
 
-void PropertyBag::setDouble(std::wstring_view key, double value) {
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getDouble() == value; },
-        [&](SerializableUnion& stored) { stored.setDouble(value); });
-}
+void PropertyBag::setDouble(std::wstring_view key, double value) { set(key, value); }
 
 bool PropertyBag::getBool(std::wstring_view key, bool defaultValue) const {
-    const SerializableUnion* value = table_.find(key);
-    return value != nullptr && value->isBool() ? value->getBool() : defaultValue;
+    return getOr(key, defaultValue);
 }
 
-void PropertyBag::setBool(std::wstring_view key, bool value) {
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getBool() == value; },
-        [&](SerializableUnion& stored) { stored.setBool(value); });
-}
+void PropertyBag::setBool(std::wstring_view key, bool value) { set(key, value); }
 
-void PropertyBag::setDateTime(std::wstring_view key, const DateTime& value) {
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getDateTime() == value; },
-        [&](SerializableUnion& stored) { stored.setDateTime(value); });
-}
+void PropertyBag::setDateTime(std::wstring_view key, const DateTime& value) { set(key, value); }
 
 DateTime PropertyBag::getDateTime(std::wstring_view key, const DateTime& defaultValue) const {
-    const SerializableUnion* value = table_.find(key);
-    return value != nullptr && value->isDateTime() ? value->getDateTime() : defaultValue;
+    return getOr(key, defaultValue);
 }
 
 std::uint64_t PropertyBag::getSize(std::wstring_view key, std::uint64_t defaultValue,
                                    bool acceptLong) const {
-    const SerializableUnion* value = table_.find(key);
-    if (value != nullptr && value->isSizet()) {
-        return value->getSizet();
-    }
-    if (value != nullptr && acceptLong && value->isLong() && value->getLong() >= 0) {
-        return static_cast<std::uint64_t>(value->getLong());
-    }
-    return defaultValue;
+    const std::int32_t number = acceptLong ? getLong(key, -1) : -1;
+    return getOr(key, number >= 0 ? static_cast<std::uint64_t>(number) : defaultValue);
 }
 
-void PropertyBag::setSize(std::wstring_view key, std::uint64_t value) {
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getSizet() == value; },
-        [&](SerializableUnion& stored) { stored.setSizet(value); });
-}
+void PropertyBag::setSize(std::wstring_view key, std::uint64_t value) { set(key, value); }
 
 void PropertyBag::setArray(std::wstring_view key, const std::vector<SerializableUnion>& value) {
-    SerializableUnion array;
-    array.setArray(value);
-    array.requireReadable();
-    change(
-        key, [&](const SerializableUnion& stored) { return stored.getArray() == value; },
-        [&](SerializableUnion& stored) { stored = std::move(array); });
+    SerializableUnion::requireReadable(value);
+    set(key, value);
 }
 
 std::vector<SerializableUnion> PropertyBag::getArray(std::wstring_view key) const {
-    const SerializableUnion* value = table_.find(key);
-    return value != nullptr ? value->getArray() : std::vector<SerializableUnion>();
+    return getOr(key, std::vector<SerializableUnion>());
 }
 
 void PropertyBag::clear(std::wstring_view key) {
@@ -240,7 +220,9 @@ void PropertyBag::setUnion(std::wstring_view key, const SerializableUnion& value
     if (value.isObject()) {
         return;
     }
-    value.requireReadable();
+    if (const auto* elements = value.peek<std::vector<SerializableUnion>>()) {
+        SerializableUnion::requireReadable(*elements);
+    }
     change(
         key, [&](const SerializableUnion& stored) { return stored.equals(value); },
         [&](SerializableUnion& stored) { stored.assign(value); });

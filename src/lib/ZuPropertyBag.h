@@ -97,11 +97,18 @@ private:
     template <class Source>
     void readTable(Source& in);
 
-    // The pattern of all setters. A key that holds another kind, or null, is
-    // compared by the getter's neutral value: setting a text to "" is no
-    // change there.
+    // The key's value of this type; null when there is none.
+    template <class T>
+    const T* peek(std::wstring_view key) const;
+    template <class T>
+    T getOr(std::wstring_view key, const T& defaultValue) const;
+    // The pattern of all setters: announces what store has changed.
     template <class IsSame, class Store>
     void change(std::wstring_view key, IsSame&& isSame, Store&& store);
+    // A key that holds another kind, or null, is compared by the getter's neutral
+    // value: setting a text to "" is no change there.
+    template <class T>
+    void set(std::wstring_view key, const T& value);
 
     Table table_;
     // Held by nobody else: gone when the bag is destroyed or read anew, which

@@ -188,40 +188,27 @@ void SerializableUnion::parseXml(const wchar_t*& begin, const wchar_t* end) {
     readFrom(in);
 }
 
-void SerializableUnion::setString(std::wstring value) {
-    store(ValueKind::kString, std::move(value));
-}
-void SerializableUnion::setLong(std::int32_t value) { store(ValueKind::kLong, value); }
-void SerializableUnion::setDouble(double value) { store(ValueKind::kDouble, value); }
-void SerializableUnion::setBool(bool value) { store(ValueKind::kBool, value); }
-void SerializableUnion::setDateTime(const DateTime& value) { store(ValueKind::kDateTime, value); }
-void SerializableUnion::setSizet(std::uint64_t value) { store(ValueKind::kSizet, value); }
-void SerializableUnion::setObject(std::shared_ptr<SharedObject> value) {
-    store(ValueKind::kObject, std::move(value));
-}
+void SerializableUnion::setString(std::wstring value) { store(std::move(value)); }
+void SerializableUnion::setLong(std::int32_t value) { store(value); }
+void SerializableUnion::setDouble(double value) { store(value); }
+void SerializableUnion::setBool(bool value) { store(value); }
+void SerializableUnion::setDateTime(const DateTime& value) { store(value); }
+void SerializableUnion::setSizet(std::uint64_t value) { store(value); }
+void SerializableUnion::setObject(std::shared_ptr<SharedObject> value) { store(std::move(value)); }
 
 void SerializableUnion::setArraySize(std::int64_t count) {
     constexpr std::int64_t kMost = std::numeric_limits<std::ptrdiff_t>::max();
-    store(ValueKind::kArray,
-          Elements(static_cast<std::size_t>(std::clamp(count, std::int64_t{0}, kMost))));
+    store(Elements(static_cast<std::size_t>(std::clamp(count, std::int64_t{0}, kMost))));
 }
 
-void SerializableUnion::setArray(const Elements& elements) {
-    // The copy is made first: elements may be part of what is replaced.
-    store(ValueKind::kArray, Elements(elements));
-}
+// The copy is made first: elements may be part of what is replaced.
+void SerializableUnion::setArray(const Elements& elements) { store(elements); }
 
-std::wstring SerializableUnion::getString() const {
-    return heldOr(ValueKind::kString, std::wstring());
-}
+std::wstring SerializableUnion::getString() const { return heldOrEmpty<std::wstring>(); }
 
 bool SerializableUnion::tryGetString(std::wstring& out) const {
-    out.clear();
-    if (!isString()) {
-        return false;
-    }
-    out = held<std::wstring>();
-    return true;
+    out = heldOrEmpty<std::wstring>();
+    return isString();
 }
 
 std::wstring& SerializableUnion::stringRef() {
@@ -231,21 +218,16 @@ std::wstring& SerializableUnion::stringRef() {
     return held<std::wstring>();
 }
 
-std::int32_t SerializableUnion::getLong() const {
-    return heldOr(ValueKind::kLong, std::int32_t{0});
-}
-double SerializableUnion::getDouble() const { return heldOr(ValueKind::kDouble, 0.0); }
-bool SerializableUnion::getBool() const { return heldOr(ValueKind::kBool, false); }
-DateTime SerializableUnion::getDateTime() const { return heldOr(ValueKind::kDateTime, DateTime()); }
-std::uint64_t SerializableUnion::getSizet() const {
-    return heldOr(ValueKind::kSizet, std::uint64_t{0});
-}
+std::int32_t SerializableUnion::getLong() const { return heldOrEmpty<std::int32_t>(); }
+double SerializableUnion::getDouble() const { return heldOrEmpty<double>(); }
+bool SerializableUnion::getBool() const { return heldOrEmpty<bool>(); }
+DateTime SerializableUnion::getDateTime() const { return heldOrEmpty<DateTime>(); }
+std::uint64_t SerializableUnion::getSizet() const { return heldOrEmpty<std::uint64_t>(); }
 std::shared_ptr<SharedObject> SerializableUnion::getObject() const {
-    return heldOr(ValueKind::kObject, std::shared_ptr<SharedObject>());
+    return heldOrEmpty<std::shared_ptr<SharedObject>>();
 }
-
 std::vector<SerializableUnion> SerializableUnion::getArray() const {
-    return heldOr(ValueKind::kArray, Elements());
+    return heldOrEmpty<Elements>();
 }
 
 std::vector<SerializableUnion>& SerializableUnion::arrayRef() {
@@ -255,85 +237,43 @@ std::vector<SerializableUnion>& SerializableUnion::arrayRef() {
     return held<Elements>();
 }
 
-bool SerializableUnion::isString() const noexcept { return holds(ValueKind::kString); }
-bool SerializableUnion::isLong() const noexcept { return holds(ValueKind::kLong); }
-bool SerializableUnion::isDouble() const noexcept { return holds(ValueKind::kDouble); }
-bool SerializableUnion::isBool() const noexcept { return holds(ValueKind::kBool); }
-bool SerializableUnion::isDateTime() const noexcept { return holds(ValueKind::kDateTime); }
-bool SerializableUnion::isSizet() const noexcept { return holds(ValueKind::kSizet); }
-bool SerializableUnion::isObject() const noexcept { return holds(ValueKind::kObject); }
-bool SerializableUnion::isArray() const noexcept { return holds(ValueKind::kArray); }
-bool SerializableUnion::isNull() const noexcept {
-    return kind_ == ValueKind::kNull || held_ == nullptr;
-}
+bool SerializableUnion::isString() const noexcept { return kind_ == ValueKind::kString; }
+bool SerializableUnion::isLong() const noexcept { return kind_ == ValueKind::kLong; }
+bool SerializableUnion::isDouble() const noexcept { return kind_ == ValueKind::kDouble; }
+bool SerializableUnion::isBool() const noexcept { return kind_ == ValueKind::kBool; }
+bool SerializableUnion::isDateTime() const noexcept { return kind_ == ValueKind::kDateTime; }
+bool SerializableUnion::isSizet() const noexcept { return kind_ == ValueKind::kSizet; }
+bool SerializableUnion::isObject() const noexcept { return kind_ == ValueKind::kObject; }
+bool SerializableUnion::isArray() const noexcept { return kind_ == ValueKind::kArray; }
+bool SerializableUnion::isNull() const noexcept { return kind_ == ValueKind::kNull; }
 
 ValueKind SerializableUnion::kind() const noexcept { return kind_; }
 
 bool SerializableUnion::notEquals(const SerializableUnion& other) const { return !equals(other); }
 
 bool SerializableUnion::equals(const SerializableUnion& other) const {
-    if (kind_ != other.kind_) {
-        return false;
+    bool same = kind_ == other.kind_;
+    if (same) {
+        ValueKinds::visit(kind_, [&]<class T>() { same = held<T>() == other.held<T>(); });
     }
-    switch (kind_) {
-        case ValueKind::kNull:
-            return other.isNull();
-        case ValueKind::kString:
-            return held<std::wstring>() == other.held<std::wstring>();
-        case ValueKind::kLong:
-            return held<std::int32_t>() == other.held<std::int32_t>();
-        case ValueKind::kDouble:
-            return held<double>() == other.held<double>();
-        case ValueKind::kBool:
-            return held<bool>() == other.held<bool>();
-        case ValueKind::kDateTime:
-            return held<DateTime>() == other.held<DateTime>();
-        case ValueKind::kSizet:
-            return held<std::uint64_t>() == other.held<std::uint64_t>();
-        case ValueKind::kObject:
-            return held<std::shared_ptr<SharedObject>>() ==
-                   other.held<std::shared_ptr<SharedObject>>();
-        case ValueKind::kArray:
-            return held<Elements>() == other.held<Elements>();
-    }
-    return false;
+    return same;
 }
 
 void SerializableUnion::assign(const SerializableUnion& other) {
-    if (this == &other) {
-        return;
-    }
-    switch (other.kind_) {
-        case ValueKind::kString:
-            return setString(other.held<std::wstring>());
-        case ValueKind::kLong:
-            return setLong(other.held<std::int32_t>());
-        case ValueKind::kDouble:
-            return setDouble(other.held<double>());
-        case ValueKind::kBool:
-            return setBool(other.held<bool>());
-        case ValueKind::kDateTime:
-            return setDateTime(other.held<DateTime>());
-        case ValueKind::kSizet:
-            return setSizet(other.held<std::uint64_t>());
-        case ValueKind::kObject:
-            return setObject(other.held<std::shared_ptr<SharedObject>>());
-        case ValueKind::kArray:
-            return setArray(other.held<Elements>());
-        case ValueKind::kNull:
-            takeHeld();
-            return;
+    if (this != &other &&
+        !ValueKinds::visit(other.kind_, [&]<class T>() { store(T(other.held<T>())); })) {
+        takeHeld();
     }
 }
 
 SerializableUnion& SerializableUnion::elementAt(std::size_t index) { return arrayRef()[index]; }
 
-void SerializableUnion::requireReadable() const {
-    if (isArray()) {
-        const xml::DepthGuard guard;
-        for (const SerializableUnion& element : held<Elements>()) {
-            ZU_ASSERT_AS(!element.isObject(), L"!isObject()", ZU_HERE);
-            element.requireReadable();
+void SerializableUnion::requireReadable(const Elements& elements) {
+    const xml::DepthGuard guard;
+    for (const SerializableUnion& element : elements) {
+        ZU_ASSERT_AS(!element.isObject(), L"!isObject()", ZU_HERE);
+        if (element.isArray()) {
+            requireReadable(element.held<Elements>());
         }
     }
 }

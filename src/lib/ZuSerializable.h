@@ -175,7 +175,30 @@ enum class ValueKind : std::uint32_t {
 std::wstring_view kindName(ValueKind kind) noexcept;
 ValueKind kindFromName(std::wstring_view name) noexcept;
 
+class SerializableUnion;
 class SerializableArray;
+
+// The types of the kinds' values, from kind 1 on: the one list of them.
+template <class... Types>
+struct KindTypes {
+    template <class T>
+    static constexpr ValueKind kindOf() noexcept {
+        std::uint32_t number = 0;
+        ((++number, std::is_same_v<T, Types>) || ...);
+        return static_cast<ValueKind>(number);
+    }
+    // Calls visit<T>() with the type of the kind's values; false, and no call,
+    // for null.
+    template <class Visit>
+    static bool visit(ValueKind kind, Visit&& visit) {
+        std::uint32_t number = 0;
+        return ((static_cast<ValueKind>(++number) == kind &&
+                 (visit.template operator()<Types>(), true)) ||
+                ...);
+    }
+};
+using ValueKinds = KindTypes<std::wstring, std::int32_t, double, bool, DateTime, std::uint64_t,
+                             std::shared_ptr<SharedObject>, std::vector<SerializableUnion>>;
 
 class SerializableUnion : public ISerializable {
 public:
@@ -250,7 +273,16 @@ public:
     // Fails the assertion of the readers when arrays nest too deep for them, and
     // "!isObject()" when there is an object in an array: what cannot be read
     // back must not be kept for a file.
-    void requireReadable() const;
+    static void requireReadable(const std::vector<SerializableUnion>& elements);
+
+    // The held value by its type, without a copy; null when another kind is held.
+    template <class T>
+    const T* peek() const noexcept {
+        return holds<T>() ? &held<T>() : nullptr;
+    }
+    // What every setter does.
+    template <class T>
+    void store(T value);
 
     // Reads the XML form from either character source.
     template <class Source>
@@ -261,28 +293,28 @@ public:
     }
 
 private:
-    bool holds(ValueKind kind) const noexcept { return kind_ == kind && held_ != nullptr; }
-
     using Elements = std::vector<SerializableUnion>;
     template <class T>
     using Holder =
         std::conditional_t<std::is_same_v<T, Elements>, SerializableArray, SerializableT<T>>;
 
     template <class T>
+    bool holds() const noexcept {
+        return kind_ == ValueKinds::kindOf<T>();
+    }
+    template <class T>
     T& held() const noexcept;
     template <class T>
-    T heldOr(ValueKind kind, T empty) const {
-        return holds(kind) ? held<T>() : std::move(empty);
+    T heldOrEmpty() const {
+        return holds<T>() ? held<T>() : T();
     }
     // What was held; the union is null.
     std::unique_ptr<ISerializable> takeHeld() noexcept {
         kind_ = ValueKind::kNull;
         return std::move(held_);
     }
-    template <class T>
-    void store(ValueKind kind, T value);
     template <class T, class Source>
-    void readAs(ValueKind kind, Source& in);
+    void readAs(Source& in);
 
     std::unique_ptr<ISerializable> held_;
     ValueKind kind_ = ValueKind::kNull;
@@ -344,51 +376,36 @@ void SerializableUnion::readFrom(Source& in) {
     xml::readElement(in, kKindTag, [&kind](std::wstring_view text) { kind = kindFromName(text); });
     // Lives until all is read.
     const std::unique_ptr<ISerializable> old = takeHeld();
-    switch (kind) {
-        case ValueKind::kString:
-            return readAs<std::wstring>(kind, in);
-        case ValueKind::kLong:
-            return readAs<std::int32_t>(kind, in);
-        case ValueKind::kDouble:
-            return readAs<double>(kind, in);
-        case ValueKind::kBool:
-            return readAs<bool>(kind, in);
-        case ValueKind::kDateTime:
-            return readAs<DateTime>(kind, in);
-        case ValueKind::kSizet:
-            return readAs<std::uint64_t>(kind, in);
-        case ValueKind::kObject:
-            // Empty, and so without elements.
-            return setObject(nullptr);
-        case ValueKind::kArray:
-            // Null, and can be written, when it is too deep to be read.
-            xml::DepthGuard::check();
-            return readAs<Elements>(kind, in);
-        case ValueKind::kNull:
-            return;
-    }
+    ValueKinds::visit(kind, [&]<class T>() { readAs<T>(in); });
 }
 
 // The class of the held object is known, so nothing here is a virtual call.
 template <class T, class Source>
-void SerializableUnion::readAs(ValueKind kind, Source& in) {
+void SerializableUnion::readAs(Source& in) {
+    if constexpr (std::is_same_v<T, Elements>) {
+        // Null, and can be written, when it is too deep to be read.
+        xml::DepthGuard::check();
+    }
     auto holder = std::make_unique<Holder<T>>();
-    Holder<T>& reader = *holder;
+    [[maybe_unused]] Holder<T>& reader = *holder;
     held_ = std::move(holder);
-    kind_ = kind;
-    reader.readFrom(in);
+    kind_ = ValueKinds::kindOf<T>();
+    // An object is empty, and so without elements.
+    if constexpr (!std::is_same_v<T, std::shared_ptr<SharedObject>>) {
+        reader.readFrom(in);
+    }
 }
 
 template <class T>
-void SerializableUnion::store(ValueKind kind, T value) {
-    if (holds(kind)) {
+void SerializableUnion::store(T value) {
+    if (holds<T>()) {
         // The old value goes with the parameter.
         std::swap(held<T>(), value);
         return;
     }
     const std::unique_ptr<ISerializable> old = takeHeld();
     held_ = std::make_unique<Holder<T>>(std::move(value));
-    kind_ = kind;
+    kind_ = ValueKinds::kindOf<T>();
 }
 
 }  // namespace zustd

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ZuPlankton.h"
+#include "ZuTrackingPropertyBag.h"
 
 namespace zustd {
 

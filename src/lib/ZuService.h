@@ -12,12 +12,13 @@
 #include <string_view>
 #include <utility>
 
-#include "ZuChangeTracker.h"
 #include "ZuHashMap.h"
 #include "ZuMessaging.h"
 #include "ZuServiceLocator.h"
 
 namespace zustd {
+
+class TrackingPropertyBag;
 
 class Service : public ServiceLocator, public MessageForwarder {
 public:

@@ -5,6 +5,7 @@
 #include "ZuApplicationService.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeDialog.h"
+#include "ZuPropertyBag.h"
 #include "ZuTimer.h"
 #include "ZuWindowService.h"
 

@@ -24,6 +24,7 @@ set(zustd_data
   ZuSerializable
   ZuSerializableStream
   ZuPropertyBag
+  ZuEncoderRuns
   ZuEncoder
   ZuCipher
   ZuLoader)
@@ -33,6 +34,7 @@ set(zustd_runtime
   ZuMessaging
   ZuMessagingService
   ZuChangeTracker
+  ZuTrackingPropertyBag
   ZuService
   ZuAbstraction
   ZuDirectory

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "ZuEncoderRuns.h"
 #include "ZuText.h"
+#include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd {
@@ -21,7 +25,7 @@ const std::wstring kNotDecoded =
 // What decoding gives: the text so far and the failure, if any.
 using Decoded = std::pair<std::wstring, std::wstring>;
 
-Decoded decode(const std::string& bytes, bool bomRequired) {
+Decoded decode(std::string_view bytes, bool bomRequired) {
     std::wstring text = L"old";
     const auto failure = thrownText([&] { Encoder::decodeFromUTF8(bytes, text, bomRequired); });
     return {text, failure};
@@ -39,31 +43,113 @@ Decoded decodeByteByByte(const std::string& bytes, bool bomRequired) {
     return {machine.output(), failure};
 }
 
-TEST(Utf8Decoder, bytes_wellFormedAndNot_decodeByTheDialectsRules) {
-    const std::wstring ok = L"nothing";
-    const std::tuple<std::string, bool, Decoded> kCases[] = {
-        // clang-format off
-        {"", false, {L"", ok}},           {"", true, {L"", kNotDecoded}},
-        {"A", false, {L"A", ok}},         {"A", true, {L"", kMissingMark}},
-        {kMark, true, {L"", ok}},         {kMark + "A", true, {L"A", ok}},
-        {kMark + "A", false, {L"A", ok}}, {"\xEF\xBB", true, {L"", kNotDecoded}},
-        {"\xEF\xBB\xBE", true, {L"", kIncompleteMark}},
-        {"\xC3\xA9", false, {L"\u00E9", ok}},     {"\xC3", false, {L"", kNotDecoded}},
-        {"\xE2\x82\xAC", false, {L"\u20AC", ok}}, {"AB\xE2\x82", false, {L"AB", kNotDecoded}},
-        {"\x80\xBF", false, {L"\xFF80\xFFBF", ok}}, {"\xC0\x80", false, {L"\0"s, ok}},
-        {"\xC3"s + "AB", false, {L"\x00C1"s + L"B", ok}}, {"\xE2"s + "AB", false, {L"\x2042", ok}},
-        {"\xF0\x9F\x98\x80", false, {L"\x07D8\xFF80", ok}},
-        {"\xFF\xFF\xFF", false, {L"\xFFFF", ok}},
-        {"\xED\xA0\xBD\xED\xB8\x80", false, {L"\xD83D\xDE00", ok}},
-        {"A\xEF\xBF\xBD", false, {L"A", kIncompleteMark}},
-        {"A" + kMark + "\xEF\xBF\xBD", false, {L"A\xFFFD", ok}},
-        {kMark + kMark, false, {L"\xFEFF", ok}},  {"a\0b"s, false, {L"a\0b"s, ok}},
-        // clang-format on
-    };
-    for (const auto& [bytes, bomRequired, expected] : kCases) {
-        EXPECT_EQ(decode(bytes, bomRequired), expected) << testing::PrintToString(bytes);
-        EXPECT_EQ(decodeByteByByte(bytes, bomRequired), expected) << testing::PrintToString(bytes);
+// The decoder's rules over whole sequences, by another hand.
+Decoded decodeNaively(const std::string& bytes, bool bomRequired) {
+    std::wstring text;
+    bool isMarked = false;
+    for (std::size_t at = 0, length = 0; at < bytes.size(); at += length) {
+        const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[at + i]); };
+        const bool isMark = byte(0) == 0xEF && !isMarked;
+        length = byte(0) >= 0xE0 ? 3 : byte(0) >= 0xC0 ? 2 : 1;
+        if (bomRequired && !isMarked && !isMark) {
+            return {text, kMissingMark};
+        }
+        if (at + length > bytes.size()) {
+            return {text, kNotDecoded};
+        }
+        if (isMark && bytes.compare(at, 3, kMark) != 0) {
+            return {text, kIncompleteMark};
+        }
+        isMarked |= isMark;
+        const int unit = length == 3     ? byte(0) % 16 * 4096 + byte(1) % 64 * 64 + byte(2) % 64
+                         : length == 2   ? byte(0) % 32 * 64 + byte(1) % 64
+                         : byte(0) < 128 ? byte(0)
+                                         : 0xFF00 + byte(0);
+        text.append(isMark ? 0 : 1, static_cast<wchar_t>(unit));
     }
+    return {text, bomRequired && !isMarked ? kNotDecoded : L"nothing"};
+}
+
+// Without the mark in front.
+std::string encodeNaively(const std::wstring& text) {
+    std::string bytes;
+    for (const unsigned unit : text) {
+        const std::string all = {static_cast<char>(0xE0 + unit / 4096),
+                                 static_cast<char>((unit < 0x800 ? 0xC0 : 0x80) + unit / 64 % 64),
+                                 static_cast<char>((unit < 0x80 ? 0 : 0x80) + unit % 64)};
+        bytes += unit < 0x80    ? std::string(1, static_cast<char>(unit))
+                 : unit < 0x800 ? all.substr(1)
+                                : all;
+    }
+    return bytes;
+}
+
+// A copy of a text that ends where the memory does: a look behind it is a crash.
+template <class Text>
+class AtTheEnd : NotCopied {
+public:
+    using Unit = typename Text::value_type;
+    explicit AtTheEnd(std::size_t most) : size_((most * sizeof(Unit) / 4096 + 1) * 4096) {
+        memory_ =
+            static_cast<char*>(VirtualAlloc(nullptr, size_ + 4096, MEM_RESERVE, PAGE_NOACCESS));
+        VirtualAlloc(memory_, size_, MEM_COMMIT, PAGE_READWRITE);
+    }
+    ~AtTheEnd() { VirtualFree(memory_, 0, MEM_RELEASE); }
+    std::basic_string_view<Unit> put(const Text& text) {
+        Unit* const at = room(text.size());
+        text.copy(at, text.size());
+        return {at, text.size()};
+    }
+    Unit* room(std::size_t count) {
+        return reinterpret_cast<Unit*>(memory_ + size_ - count * sizeof(Unit));
+    }
+
+private:
+    std::size_t size_;
+    char* memory_;
+};
+
+constexpr std::size_t kMost = 20'000;
+
+TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeByTheDialectsRules) {
+    // Long stretches of one kind with hostile bytes between: the fast runs must
+    // stop and go on where the state machine does.
+    static constexpr std::string_view kHostile =
+        "\x80\xBF\xC0\xC3\xDF\xE0\xE2\xED\xEE\xEF\xEF\xBB\xBF\xF0\xF4\xFF";
+    Random random(846);
+    AtTheEnd<std::string> input(kMost);
+    AtTheEnd<std::wstring> output(kMost);
+    std::size_t whole = 0;
+    for (int round = 0; round < 50'000; ++round) {
+        std::string bytes = random.below(4) == 0 ? kMark : "";
+        for (std::size_t runs = random.below(6); runs > 0; --runs) {
+            const char* const stretch[] = {"a", "\xC3\xA9", "\xD0\x96", "\xE4\xB8\xAD", "\x9F", ""};
+            const std::string repeated = random.pick(stretch);
+            for (std::size_t count = random.below(20); count > 0; --count) {
+                bytes += repeated;
+            }
+            for (std::size_t count = random.below(3) * random.below(8); count > 0; --count) {
+                bytes.push_back(random.below(3) == 0 ? static_cast<char>(random.below(256))
+                                                     : random.pick(kHostile));
+            }
+        }
+        const bool bomRequired = random.below(4) == 0;
+        SCOPED_TRACE(random.label() + testing::PrintToString(bytes));
+        const Decoded expected = decodeNaively(bytes, bomRequired);
+        ASSERT_EQ(decode(input.put(bytes), bomRequired), expected);
+        ASSERT_EQ(decodeByteByByte(bytes, bomRequired), expected);
+        // A run alone keeps to its room.
+        const auto* const at = reinterpret_cast<const unsigned char*>(input.put(bytes).data());
+        const bool isBomDone = random.below(2) == 0;
+        const auto run =
+            detail::decodeRun({at, output.room(bytes.size())}, at + bytes.size(), isBomDone);
+        const std::string taken =
+            (isBomDone ? kMark : "") + bytes.substr(0, static_cast<std::size_t>(run.at - at));
+        ASSERT_EQ(std::wstring(output.room(bytes.size()), run.out),
+                  decodeNaively(taken, false).first);
+        whole += expected.second == L"nothing";
+    }
+    EXPECT_GT(whole, 5'000U) << "not so hostile that nothing decodes";
 }
 
 TEST(Utf8Decoder, failures_whileTracing_leaveTheirReportLines) {
@@ -82,63 +168,48 @@ TEST(Utf8Decoder, failures_whileTracing_leaveTheirReportLines) {
                                        line(L"Encoder::decodeFrom: unknown encoding", "103")}));
 }
 
-TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeTheSame) {
-    // Long plain stretches with hostile bytes between: the decoder's fast path
-    // must stop and go on where the state machine does.
-    static constexpr std::string_view kHostile =
-        "\x80\xBF\xC0\xC3\xDF\xE0\xE2\xED\xEE\xEF\xEF\xBB\xBF\xF0\xF4\xFF";
-    Random random(846);
-    SCOPED_TRACE(random.label());
-    for (int round = 0; round < 50000; ++round) {
-        std::string bytes;
-        for (std::size_t runs = random.below(6); runs > 0; --runs) {
-            bytes.append(random.below(20), static_cast<char>('a' + random.below(26)));
-            bytes.append(random.below(4) == 0 ? kMark : "");
-            for (std::size_t count = random.below(14); count > 0; --count) {
-                bytes.push_back(random.pick(kHostile));
-            }
-        }
-        const bool bomRequired = random.below(4) == 0;
-        ASSERT_EQ(decode(bytes, bomRequired), decodeByteByByte(bytes, bomRequired))
-            << testing::PrintToString(bytes);
-    }
-}
-
 TEST(EncoderNumbers, decodeFrom_plain_widensEveryByte) {
     std::wstring out = L"old";
     Encoder::decodeFrom(kEncodingPlain, "\xE9\x80\x00"s, out);
     EXPECT_EQ(out, L"\u00E9\u0080\0"s);
 }
 
-TEST(Utf8Encoder, everyCodeUnit_aloneAndBesideOthers_comesBack) {
-    const std::pair<std::wstring, std::string> kExact[] = {
-        // clang-format off
-        {L"", ""}, {L"\0\x7F"s, "\0\x7F"s}, {L"\x80\x7FF", "\xC2\x80\xDF\xBF"},
-        {L"\x800\xEFFF", "\xE0\xA0\x80\xEE\xBF\xBF"}, {L"\xD83D\xDE00", "\xED\xA0\xBD\xED\xB8\x80"},
-        {L"a\xF000", kMark + "a\xEF\x80\x80"},        {L"\xFFFF", kMark + "\xEF\xBF\xBF"},
-        {L"\xFEFF", kMark + kMark}, {L"\xFEFF" + std::wstring(5000, L'a'), kMark + kMark + std::string(5000, 'a')},
-        // clang-format on
-    };
+TEST(Utf8Encoder, randomTexts_ofStretchesAndNeighbours_areEncodedUnitByUnit) {
+    static constexpr std::wstring_view kUnits =
+        L"aZ\x7F\x80\xE9\x7FF\x800\x4E2D\xD83D\xDE00\x7FFF\x8000\xEFFF\xF000\xFEFF\xFFFF";
+    Random random(1);
+    AtTheEnd<std::wstring> input(kMost);
+    AtTheEnd<std::string> output(3 * kMost);
     std::string bytes = "old";
-    for (const auto& [text, expected] : kExact) {
-        Encoder::encodeToUTF8(text, bytes);
-        EXPECT_EQ(bytes, expected);
-    }
-    const std::wstring neighbours =
-        L"aZ\0\x7F\x80\x7FF\x800\xD83D\xDBFF\xDC00\xDE00\xEFFF\xF000\xFEFF\xFFFE\xFFFF"s;
     std::wstring back;
-    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-        const auto c = static_cast<wchar_t>(unit);
-        Encoder::encodeToUTF8(std::wstring(1, c), bytes);
-        ASSERT_EQ(bytes.starts_with(kMark), unit >= 0xF000) << unit;
-        Encoder::decodeFromUTF8(bytes, back, unit >= 0xF000);
-        ASSERT_EQ(back, std::wstring(1, c)) << unit;
-        for (const wchar_t neighbour : neighbours) {
-            const std::wstring text = {neighbour, c, neighbour};
-            Encoder::encodeToUTF8(text, bytes);
-            Encoder::decodeFromUTF8(bytes, back, false);
-            ASSERT_EQ(back, text) << unit << " beside " << static_cast<unsigned>(neighbour);
+    for (unsigned round = 0; round < 0x18000; ++round) {
+        std::wstring text;
+        if (round < 0x10000) {
+            // Every unit among others.
+            text = std::wstring(round % 23, random.pick(kUnits)) + static_cast<wchar_t>(round);
         }
+        for (std::size_t runs = random.below(5); runs > 0; --runs) {
+            text += random.below(2) == 0 ? std::wstring(random.below(30), random.pick(kUnits))
+                                         : random.text(12);
+            text.push_back(random.pick(kUnits.substr(random.below(3), 8)));
+        }
+        // So long that counts of one size or the next overflow.
+        if (round % 0x4000 == 0) {
+            text += std::wstring(kMost - text.size(), random.pick(kUnits));
+        }
+        SCOPED_TRACE(random.label() + testing::PrintToString(text));
+        const bool needsMark =
+            std::any_of(text.begin(), text.end(), [](wchar_t unit) { return unit >= 0xF000; });
+        Encoder::encodeToUTF8(input.put(text), bytes);
+        ASSERT_EQ(bytes, (needsMark ? kMark : "") + encodeNaively(text));
+        Encoder::decodeFromUTF8(bytes, back, needsMark);
+        ASSERT_EQ(back, text);
+        // A run alone keeps to its room.
+        const std::wstring_view at = input.put(text);
+        char* const out = output.room(detail::measureEncoded(text).bytes);
+        const auto run = detail::encodeRun({at.data(), out}, at.data() + at.size());
+        ASSERT_TRUE(bytes.ends_with(std::string(out, run.out) +
+                                    encodeNaively({run.at, at.data() + at.size()})));
     }
 }
 

@@ -1,4 +1,4 @@
-#include "ZuChangeTracker.h"
+#include "ZuTrackingPropertyBag.h"
 
 #include <gtest/gtest.h>
 

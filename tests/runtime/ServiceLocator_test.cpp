@@ -8,6 +8,7 @@
 
 #include "ZuMessagingService.h"
 #include "ZuService.h"
+#include "ZuTrackingPropertyBag.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "ZuChangeTracker.h"
+#include "ZuMessaging.h"
 #include "ZuPlankton.h"
 #include "ZuPropertyBag.h"
 
