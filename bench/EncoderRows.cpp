@@ -83,6 +83,9 @@ void encodeOurs(const std::wstring& text, std::string& out) {
     zustd::Encoder::encodeToUTF8(text, out);
 }
 
+// What any conversion has to do, the text once through the processor.
+void copyText(const std::wstring& text, std::wstring& out) { out = text; }
+
 template <class Out, class In>
 Body converting(const In& input, void (*convert)(const In&, Out&)) {
     return [input, convert](benchmark::State& state) {
@@ -120,10 +123,12 @@ void addEncoderRows() {
         addOurs(decode, converting(bytes, decodeOurs));
         addPeer(decode, "utf8 unchecked", converting(bytes, decodeUnchecked));
         addPeer(decode, "utf8 checked", converting(bytes, decodeChecked));
+        addPeer(decode, "copy", converting(text, copyText), Kind::kLimit);
         const std::string encode = std::string("UTF-8 encode ") + sample.name;
         addOurs(encode, converting(text, encodeOurs));
         addPeer(encode, "utf8 unchecked", converting(text, encodeUnchecked));
         addPeer(encode, "utf8 checked", converting(text, encodeChecked));
+        addPeer(encode, "copy", converting(text, copyText), Kind::kLimit);
     }
 }
 

@@ -217,9 +217,9 @@ void placeChildren(benchmark::State& state) {
 void addLayoutRows() {
     addOurs("resize 10000 words", resizeView);
     addPeer("resize 10000 words", "DrawText", wrapSystemText);
-    addPeer("resize 10000 words", "plain loop", placeWords);
+    addPeer("resize 10000 words", "plain loop", placeWords, Kind::kLimit);
     addOurs("arrange 100000", layOutChildren);
-    addPeer("arrange 100000", "plain loop", placeChildren);
+    addPeer("arrange 100000", "plain loop", placeChildren, Kind::kLimit);
 }
 
 }  // namespace bench

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Rows.h"
 #include "ZuMessaging.h"
@@ -28,6 +29,25 @@ public:
 private:
     std::intptr_t& sum_;
 };
+
+// The sink's own operation called without a source.
+void callSinks(benchmark::State& state, int receivers) {
+    std::intptr_t sum = 0;
+    std::vector<std::shared_ptr<zustd::MessageSink>> sinks;
+    for (int i = 0; i < receivers; ++i) {
+        sinks.push_back(std::make_shared<CountingSink>(sum));
+    }
+    for (auto _ : state) {
+        for (int i = 0; i < kSends; ++i) {
+            for (const auto& sink : sinks) {
+                zustd::MessageSink* called = sink.get();
+                // Which class it is of is not known here.
+                benchmark::DoNotOptimize(called);
+                called->onReceiveMessage(kMeasured, zustd::MessageWord(1), zustd::MessageWord());
+            }
+        }
+    }
+}
 
 // Without its lock: our sources are not synchronised either.
 using Signal = boost::signals2::signal_type<
@@ -74,6 +94,9 @@ void addMessagingRows() {
         addOurs(work, [receivers](benchmark::State& state) { sendOurs(state, receivers); });
         addPeer(work, "Boost.Signals2",
                 [receivers](benchmark::State& state) { sendTheirs(state, receivers); });
+        addPeer(
+            work, "virtual call",
+            [receivers](benchmark::State& state) { callSinks(state, receivers); }, Kind::kLimit);
     }
 }
 

@@ -16,17 +16,15 @@ public:
     // First word: the empty text.
     static const MessageKind kCacheCleared;
 
-    // Takes the present state for the saved one; this and isChanged() are for
-    // hosts that save: nobody in the framework calls them.
+    // Takes the present state for the saved one; for hosts that save.
     virtual void markSaved();
     // Whether anything was counted since. A new tracker is not changed.
     virtual bool isChanged() const;
     // Advances the counter, which starts over after 2^62 changes.
     virtual void countChange();
     virtual void announceCacheCleared();
-    // Counts a change and announces it; with clearCache, which nobody in the
-    // framework wants, announces a cleared cache first. The key is the caller's
-    // and lives until this returns. A tracker that a receiver destroys says
+    // Counts a change and announces it, with clearCache behind a cleared cache.
+    // The key lives until this returns. A tracker that a receiver destroys says
     // nothing more.
     virtual void announcePropertyChanged(const std::wstring& key, bool clearCache);
 

@@ -25,8 +25,12 @@ DWORD attributesOf(const std::wstring& path) noexcept {
     throwTraced(text, place, text);
 }
 
-[[noreturn]] void throwSearchFailure(DWORD error, SourcePlace place) {
-    throwTraced(L"Directory:listDirectory() failed", place, std::uint32_t{error});
+HANDLE findFirst(const std::wstring& query, WIN32_FIND_DATAW& found) noexcept {
+    if (isWholeName(query)) {
+        return FindFirstFileW(query.c_str(), &found);
+    }
+    SetLastError(ERROR_INVALID_NAME);
+    return INVALID_HANDLE_VALUE;
 }
 
 }  // namespace
@@ -60,16 +64,13 @@ void listDirectory(const std::wstring& directory, const std::wstring& pattern,
     const std::wstring prefix = withBackslash(directory);
     WIN32_FIND_DATAW found{};
     const std::wstring query = prefix + pattern;
-    if (!isWholeName(query)) {
-        throwSearchFailure(ERROR_INVALID_NAME, ZU_HERE);
-    }
-    const FindHandle search(FindFirstFileW(query.c_str(), &found));
+    const FindHandle search(findFirst(query, found));
     if (!search) {
-        const DWORD error = GetLastError();
+        const std::uint32_t error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND) {
             return;
         }
-        throwSearchFailure(error, ZU_HERE);
+        throwTraced(L"Directory:listDirectory() failed", ZU_HERE, error);
     }
     do {
         const std::wstring name = found.cFileName;

@@ -25,12 +25,10 @@ MessageKind::MessageKind(const wchar_t* name, MessageWords words) : name_(name),
 
 MessageKind::~MessageKind() {
     MessageKind** link = &newest_;
-    while (*link != nullptr && *link != this) {
+    while (*link != this) {
         link = &(*link)->older_;
     }
-    if (*link != nullptr) {
-        *link = older_;
-    }
+    *link = older_;
 }
 
 const MessageKind* MessageKind::find(std::wstring_view name) noexcept {
@@ -86,13 +84,10 @@ void MessageSink::setForwarding(bool forwarding) { forwarding_ = forwarding; }
 
 namespace {
 
-// Whether an entry of either list is this sink.
-auto isStrong(const MessageSink* sink) {
-    return [sink](const auto& entry) { return entry.get() == sink; };
-}
-
-auto isWeak(const MessageSink* sink) {
-    return [sink](const auto& entry) { return entry.is(sink); };
+template <class Entries>
+auto findSink(Entries& entries, const MessageSink* sink) {
+    return std::find_if(entries.begin(), entries.end(),
+                        [sink](const auto& entry) { return entry.is(sink); });
 }
 
 }  // namespace
@@ -118,48 +113,34 @@ public:
 
     // The next sink that is to have the message; null after the last one and
     // when the source is gone. It lives until it has returned.
-    MessageSink* next() {
-        // As a rule the lists stay as they are, and hold what is called.
-        if (!isPlain_ || reached_[0] == source_->strongSinks_.size()) {
-            return nextOfAny();
-        }
-        MessageSink* const sink = source_->strongSinks_[reached_[0]++].get();
-        called_ = sink;
-        return sink;
-    }
+    MessageSink* next();
     // A reference to the sink that next() gave.
     std::shared_ptr<MessageSink> current() const {
-        return kept_ ? kept_ : source_->strongSinks_[reached_[0] - 1];
+        return kept_ ? kept_ : source_->strongSinks_[reached_[kStrong] - 1].lock();
     }
 
-    // An entry has left the list of weak sinks, or that of strong ones.
-    void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
+    // An entry has left one of the lists.
+    void entryLeft(List list, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
     // Its entries have left before.
     void sourceIsGone() noexcept { source_ = nullptr; }
 
 private:
-    MessageSink* nextOfAny();
-    bool hadIt(const MessageSink* sink) const noexcept;
-
     MessageSource* source_;
     Delivery* outer_;
-    // How many entries the round has come past in the strong list and in the
-    // weak one, and which of the lists it is at.
+    // How many entries of each list the round has come past, and where it is.
     std::size_t reached_[2] = {0, 0};
-    bool atWeak_ = false;
-    // Whether the round is at the strong ones and nobody has left.
-    bool isPlain_ = true;
+    List at_ = kStrong;
     // The sink that is being called, and what keeps it alive when the list of
     // strong sinks does not.
-    const MessageSink* called_ = nullptr;
+    MessageSink* called_ = nullptr;
     std::shared_ptr<MessageSink> kept_;
     // Those that the round had come past when they were disconnected: who is
     // connected anew shall not have the message twice.
     std::vector<WeakSink> left_;
 };
 
-MessageSink* MessageSource::Delivery::nextOfAny() {
-    for (;;) {
+inline MessageSink* MessageSource::Delivery::next() {
+    do {
         called_ = nullptr;
         if (kept_) {
             // A sink that goes away here may end the source.
@@ -168,36 +149,26 @@ MessageSink* MessageSource::Delivery::nextOfAny() {
         if (source_ == nullptr) {
             return nullptr;
         }
-        MessageSink* sink = nullptr;
-        if (!atWeak_ && reached_[0] < source_->strongSinks_.size()) {
-            sink = source_->strongSinks_[reached_[0]++].get();
-        } else if (reached_[1] < source_->weakSinks_.size()) {
-            atWeak_ = true;
-            isPlain_ = false;
-            kept_ = source_->weakSinks_[reached_[1]++].lock();
-            sink = kept_.get();
+        if (at_ == kStrong && reached_[kStrong] < source_->strongSinks_.size()) {
+            called_ = source_->strongSinks_[reached_[kStrong]++].get();
+        } else if (reached_[kWeak] < source_->weakSinks_.size()) {
+            at_ = kWeak;
+            kept_ = source_->weakSinks_[reached_[kWeak]++].lock();
+            called_ = kept_.get();
         } else {
             return nullptr;
         }
-        if (sink != nullptr && (left_.empty() || !hadIt(sink))) {
-            called_ = sink;
-            return sink;
-        }
-    }
+    } while (called_ == nullptr || (!left_.empty() && findSink(left_, called_) != left_.end()));
+    return called_;
 }
 
-bool MessageSource::Delivery::hadIt(const MessageSink* sink) const noexcept {
-    return std::any_of(left_.begin(), left_.end(), isWeak(sink));
-}
-
-void MessageSource::Delivery::entryLeft(bool weak, std::size_t index,
+void MessageSource::Delivery::entryLeft(List list, std::size_t index,
                                         const std::shared_ptr<MessageSink>& sink) noexcept {
-    isPlain_ = false;
     if (sink.get() == called_) {
         kept_ = sink;
     }
-    if (index < reached_[weak]) {
-        --reached_[weak];
+    if (index < reached_[list]) {
+        --reached_[list];
         guarded(L"MessageSource::disconnect", [&] { left_.emplace_back(sink); });
     }
 }
@@ -214,7 +185,7 @@ void MessageSource::connect(const std::shared_ptr<MessageSink>& sink, bool weak)
         return;
     }
     if (!weak) {
-        strongSinks_.push_back(sink);
+        strongSinks_.emplace_back(sink);
         return;
     }
     if (delivery_ == nullptr && weakSinks_.size() == weakSinks_.capacity()) {
@@ -224,40 +195,36 @@ void MessageSource::connect(const std::shared_ptr<MessageSink>& sink, bool weak)
 }
 
 void MessageSource::disconnect(const MessageSink* sink) {
-    if (sink == nullptr) {
-        return;
-    }
-    // Let go of last: a sink that goes away may come back to this source.
+    // Let go of last: a sink that goes away may come back to this source, or end it.
     std::shared_ptr<MessageSink> released;
-    const auto strong = std::find_if(strongSinks_.begin(), strongSinks_.end(), isStrong(sink));
-    const auto weak = std::find_if(weakSinks_.begin(), weakSinks_.end(), isWeak(sink));
-    if (strong != strongSinks_.end()) {
-        released = std::move(*strong);
-        const auto next = strongSinks_.erase(strong);
-        entryLeft(false, static_cast<std::size_t>(next - strongSinks_.begin()), released);
-    } else if (weak != weakSinks_.end()) {
-        released = weak->lock();
-        const auto next = weakSinks_.erase(weak);
-        entryLeft(true, static_cast<std::size_t>(next - weakSinks_.begin()), released);
-    }
+    const auto remove = [&](auto& entries, List list) {
+        if (const auto entry = findSink(entries, sink); entry != entries.end()) {
+            released = entry->lock();
+            const auto next = entries.erase(entry);
+            entryLeft(list, static_cast<std::size_t>(next - entries.begin()), released);
+        }
+    };
+    remove(strongSinks_, kStrong);
+    remove(weakSinks_, kWeak);
 }
 
 void MessageSource::disconnectAll() {
     // Moved out first: a sink that goes away may come back to this source.
     const auto strong = std::exchange(strongSinks_, {});
     const auto weak = std::exchange(weakSinks_, {});
-    for (std::size_t i = strong.size(); i-- > 0;) {
-        entryLeft(false, i, strong[i]);
-    }
-    for (std::size_t i = weak.size(); i-- > 0;) {
-        entryLeft(true, i, weak[i].lock());
-    }
+    const auto tell = [this](const auto& entries, List list) {
+        for (std::size_t i = entries.size(); i-- > 0;) {
+            entryLeft(list, i, entries[i].lock());
+        }
+    };
+    tell(strong, kStrong);
+    tell(weak, kWeak);
 }
 
-void MessageSource::entryLeft(bool weak, std::size_t index,
+void MessageSource::entryLeft(List list, std::size_t index,
                               const std::shared_ptr<MessageSink>& sink) noexcept {
     for (Delivery* delivery = delivery_; delivery != nullptr; delivery = delivery->outer()) {
-        delivery->entryLeft(weak, index, sink);
+        delivery->entryLeft(list, index, sink);
     }
 }
 
@@ -289,9 +256,8 @@ bool MessageSource::isSendingEnabled() const { return sendingEnabled_; }
 void MessageSource::setSendingEnabled(bool enabled) { sendingEnabled_ = enabled; }
 
 bool MessageSource::isConnected(const MessageSink* sink) const {
-    return sink != nullptr &&
-           (std::any_of(strongSinks_.begin(), strongSinks_.end(), isStrong(sink)) ||
-            std::any_of(weakSinks_.begin(), weakSinks_.end(), isWeak(sink)));
+    return findSink(strongSinks_, sink) != strongSinks_.end() ||
+           findSink(weakSinks_, sink) != weakSinks_.end();
 }
 
 bool MessageSource::isDeliveryDeferred() const { return deliveryDeferred_; }

@@ -1,10 +1,9 @@
 // Typed messages between framework objects: sources, sinks and forwarders.
 //
-// A MessageSource keeps a list of connected sinks and hands each message it
-// sends to them at once, strong sinks first, then weak ones, each group in the
-// order of connection. A MessageForwarder is both: what it does not handle
-// itself goes on to its own sinks. Delivery is depth-first on the sender's
-// thread. An exception in a sink is traced and never reaches the sender.
+// A MessageSource hands each message to its sinks at once, strong ones first,
+// each group in the order of connection. A MessageForwarder sends on what it
+// does not handle itself. Delivery is depth-first on the sender's thread; an
+// exception in a sink is traced and never reaches the sender.
 //
 // Handlers may do anything to the source that is sending to them:
 // - no sink has a message twice in one round, however often it is disconnected
@@ -31,8 +30,7 @@
 
 namespace zustd {
 
-// What the two words of a kind are, for whoever sends kinds that it does not
-// know. Unless a kind says so they may be anything.
+// What the two words of a kind are, for whoever sends kinds that it does not know.
 enum class MessageWords : std::uint32_t {
     kUnsaid,
     // The sender, of whatever class, and numbers.
@@ -43,10 +41,9 @@ enum class MessageWords : std::uint32_t {
     kObject,
 };
 
-// A kind of message: a readable name of the form event.Class and a compact
-// identifier of four hexadecimal digits, given in the order of construction.
-// Kinds are objects of static lifetime and are told apart by their address;
-// the compact identifier differs between builds and is never stored.
+// A kind of message: a name of the form event.Class and a compact identifier of
+// four hexadecimal digits in the order of construction, which differs between
+// builds and is never stored. Kinds are told apart by their address.
 class MessageKind {
 public:
     // The name must outlive the kind. The 32,768th kind fails the assertion
@@ -77,9 +74,9 @@ private:
     MessageKind* older_ = nullptr;
 };
 
-// One of the two argument words of a message. What it holds is agreed between
-// sender and receiver by the kind; a text or object is borrowed and lives as
-// long as the delivery. It has 64 bits on every machine: a point needs them.
+// One of the two argument words of a message; the kind says what it holds. A
+// text or object is borrowed and lives as long as the delivery. It has 64 bits
+// on every machine: a point needs them.
 class MessageWord {
 public:
     constexpr MessageWord() noexcept = default;
@@ -118,20 +115,18 @@ public:
     virtual void receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
     // Handles a message; whether it did. The base handles none.
     virtual bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
-    // The object that this sink is a part of; empty here. A slot that nobody
-    // in the framework calls.
+    // The object that this sink is a part of; empty here.
     virtual std::shared_ptr<SharedObject> sinkOwner() const;
     // The sink's filter; the base accepts every kind.
     virtual bool acceptsMessage(const MessageKind& kind) const;
     // A restricted sink also asks meetsRestriction, which the base refuses:
-    // restricting a plain sink silences it. The framework restricts none.
+    // restricting a plain sink silences it.
     virtual bool isRestricted() const;
     virtual void setRestricted(bool restricted);
     virtual bool meetsRestriction(const MessageKind& kind, MessageWord a, MessageWord b) const;
     // Filter and restriction together.
     virtual bool wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const;
-    // Set while a forwarder handles and passes on a message; nobody else in the
-    // framework reads it.
+    // Set while a forwarder handles and passes on a message.
     virtual bool isForwarding() const;
     virtual void setForwarding(bool forwarding);
 
@@ -148,9 +143,8 @@ public:
     MessageSource& operator=(const MessageSource&) = delete;
     virtual ~MessageSource();
 
-    // Adds a sink, held strongly or weakly. A null sink and one that is
-    // already connected in either way are ignored. Nothing is changed when
-    // memory runs out.
+    // Adds a sink, held strongly or weakly, unless it is null or connected in
+    // either way. Nothing is changed when memory runs out.
     virtual void connect(const std::shared_ptr<MessageSink>& sink, bool weak);
     // Removes a sink from whichever list holds it.
     virtual void disconnect(const MessageSink* sink);
@@ -160,21 +154,18 @@ public:
     virtual bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b);
     // Sends with a text as the first word.
     virtual bool sendText(const MessageKind& kind, const std::wstring& text);
-    // The second gate: may this message go out? The base lets all pass.
+    // The second gate; the base lets all pass.
     virtual bool maySend(const MessageKind& kind, MessageWord a, MessageWord b) const;
-    // The object that this source is a part of; empty here. A slot that nobody
-    // in the framework calls.
+    // The object that this source is a part of; empty here.
     virtual std::shared_ptr<SharedObject> sourceOwner() const;
-    // The first gate: is the source sending at all? The framework closes none.
+    // The first gate.
     virtual bool isSendingEnabled() const;
     virtual void setSendingEnabled(bool enabled);
     virtual bool isConnected(const MessageSink* sink) const;
-    // While deferred, each sink's message goes to deferDelivery instead. The
-    // framework defers none.
+    // While deferred, each sink's message goes to deferDelivery instead.
     virtual bool isDeliveryDeferred() const;
     virtual void setDeliveryDeferred(bool deferred);
-    // Takes a message for later. A source that defers overrides it; the base
-    // fails an assertion.
+    // Takes a message for later; the base fails an assertion.
     virtual void deferDelivery(const MessageKind& kind, MessageWord a, MessageWord b,
                                const std::shared_ptr<MessageSink>& sink);
 
@@ -185,6 +176,12 @@ protected:
 private:
     class Delivery;
 
+    enum List : std::size_t { kStrong, kWeak };
+    struct StrongSink : std::shared_ptr<MessageSink> {
+        explicit StrongSink(const std::shared_ptr<MessageSink>& sink) : shared_ptr(sink) {}
+        bool is(const MessageSink* sink) const noexcept { return get() == sink; }
+        const std::shared_ptr<MessageSink>& lock() const noexcept { return *this; }
+    };
     // Told apart by the address, which costs less than to lock each.
     struct WeakSink : std::weak_ptr<MessageSink> {
         explicit WeakSink(const std::shared_ptr<MessageSink>& sink) noexcept
@@ -193,9 +190,9 @@ private:
         const MessageSink* address;
     };
 
-    void entryLeft(bool weak, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
+    void entryLeft(List list, std::size_t index, const std::shared_ptr<MessageSink>& sink) noexcept;
 
-    std::vector<std::shared_ptr<MessageSink>> strongSinks_;
+    std::vector<StrongSink> strongSinks_;
     std::vector<WeakSink> weakSinks_;
     bool sendingEnabled_ = true;
     bool deliveryDeferred_ = false;

@@ -1,7 +1,4 @@
-// The service that stands for process-wide messaging: kinds by name.
-//
-// For hosts that give their services messages by name; the framework registers
-// none and asks MessageKind::find itself.
+// The service that stands for process-wide messaging: kinds by name, for hosts.
 #pragma once
 
 #include <string_view>
@@ -14,9 +11,10 @@ class MessagingService : public Service {
 public:
     using Service::Service;
 
-    // The kind with this long name, or null: for texts that name a message,
-    // such as a link's.
-    virtual const MessageKind* findKind(std::wstring_view name) const;
+    // The kind with this long name, or null.
+    virtual const MessageKind* findKind(std::wstring_view name) const {
+        return MessageKind::find(name);
+    }
 };
 
 }  // namespace zustd

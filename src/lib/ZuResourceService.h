@@ -1,20 +1,15 @@
 // The service that finds compiled-in files by number and texts by key.
 //
-// ResourceService is what is registered and found, by its own type or as
-// IResourceService; the look-ups are done by a backend that it owns and that a
-// host installs at start-up (ResourceServiceGeneric::install). All look-ups
-// are made in the current namespace, which is chosen by a locale and may be
-// chosen anew at any time.
-//
-// Which namespace fits a locale is decided by the language alone, the part in
-// front of the first "-" or "_" in either case: "de-AT" and "DE_de" choose
-// "de-xx". A language without a namespace of its own gets the neutral one,
-// "xx-xx". Files that a language's namespace lacks come from the neutral one.
+// ResourceService is what is registered and found; the look-ups are done by a
+// backend that it owns and that a host installs (ResourceServiceGeneric::install).
+// They are made in the current namespace, chosen by a locale's language alone,
+// the part in front of the first "-" or "_" in either case: "de-AT" and "DE_de"
+// choose "de-xx". A language without a namespace gets the neutral one, "xx-xx",
+// and so does a file that the language's namespace lacks.
 //
 // What is not there comes out empty and never as an exception. A look-up
 // before a namespace is chosen is a fault of the host: it fails the assertion
-// "namespaceResource_ != 0", or "impl_" when there is no backend either. What
-// shows texts goes on without them: see shownString().
+// "namespaceResource_ != 0", or "impl_" when there is no backend either.
 // Not synchronised: for the main thread, as the registry is.
 #pragma once
 
@@ -34,7 +29,7 @@ namespace zustd {
 // Texts by key, in the order of the table's file.
 using StringTable = SizeMap<std::wstring>;
 
-// What a backend does; the portable service adds nothing to the contracts.
+// What a backend does.
 class IResourceServiceImpl {
 public:
     IResourceServiceImpl() = default;
@@ -46,28 +41,18 @@ public:
     // library's default locale. False, and nothing changed, when the library
     // has no namespace for it. Whatever was looked up before stays valid.
     virtual bool selectLocale(std::wstring_view locale) = 0;
-
     // The current namespace's name, such as "de-xx".
     virtual std::wstring getNamespaceName() const = 0;
-
     // The file with this number, or null. Valid as long as the library.
     virtual const FileResource* getFileResource(std::uint64_t identifier) const = 0;
-
     // The texts of the current namespace; never null. Empty when there is no
-    // table or when it cannot be read, which is traced. Parsed by the first
-    // call after the namespace was chosen.
+    // table or when it cannot be read, which is traced. Parsed once.
     virtual std::shared_ptr<const StringTable> getStringTable() const = 0;
 };
 
-// The operations of IResourceServiceImpl for their users.
-class IResourceService {
+// The same for those who look things up.
+class IResourceService : public IResourceServiceImpl {
 public:
-    virtual ~IResourceService() = default;
-
-    virtual bool selectLocale(std::wstring_view locale) = 0;
-    virtual std::wstring getNamespaceName() const = 0;
-    virtual const FileResource* getFileResource(std::uint64_t identifier) const = 0;
-    virtual std::shared_ptr<const StringTable> getStringTable() const = 0;
     // One text of the table; empty when it has none under this key.
     virtual std::wstring getString(std::uint64_t key) const = 0;
 };
@@ -76,8 +61,7 @@ public:
 // traced; nothing is thrown.
 std::wstring shownString(const IResourceService& resources, std::uint64_t key);
 
-// The portable half: finds its backend's answers through the registry's service
-// of this class or of IResourceService.
+// The portable half.
 class ResourceService : public Abstraction<IResourceServiceImpl>,
                         public Service,
                         public IResourceService {
@@ -96,13 +80,11 @@ public:
     std::shared_ptr<const StringTable> getStringTable() const override;
     std::wstring getString(std::uint64_t key) const override;
 
-    // selectLocale() with the language that the user has the system's own texts
-    // in, whatever the formats of his numbers and dates; where the system names
-    // none, with the locale of the formats.
+    // selectLocale() with the user's display language; where the system names
+    // none, with the locale of his formats.
     bool selectUserLocale();
 
-    // The library that the backend looks things up in; empty before one is
-    // installed.
+    // The library that the backend looks things up in; empty before there is one.
     const std::wstring& libraryName() const noexcept { return libraryName_; }
     // For the backend.
     void setLibraryName(std::wstring name) {

@@ -1,7 +1,7 @@
 #include "ZuResourceServiceGeneric.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <span>
 #include <utility>
 
 #include "ZuEncoder.h"
@@ -15,22 +15,12 @@ namespace {
 
 constexpr std::wstring_view kAnyLanguage = L"xx";
 
-std::span<const FileResource> filesOf(const ResourceNamespace& resources) noexcept {
-    return {resources.files, static_cast<std::size_t>(resources.fileCount)};
-}
-
-std::span<const ResourceNamespace> namespacesOf(const ResourceRoot& root) noexcept {
-    return {root.namespaces, static_cast<std::size_t>(root.namespaceCount)};
-}
-
-const ResourceRoot* findRoot(const ResourceLibrary& library) noexcept {
-    const std::span roots(library.roots, static_cast<std::size_t>(library.rootCount));
-    for (const ResourceRoot& root : roots) {
-        if (std::wstring_view(root.name) == library.rootName) {
-            return &root;
-        }
-    }
-    return nullptr;
+// The first record that is what is searched for, or null.
+template <class Record, class Is>
+const Record* findRecord(const Record* records, std::uint64_t count, Is is) {
+    const Record* end = records + static_cast<std::size_t>(count);
+    const Record* found = std::find_if(records, end, is);
+    return found != end ? found : nullptr;
 }
 
 // The part of a locale's or a namespace's name that names the language.
@@ -38,37 +28,32 @@ std::wstring_view languageOf(std::wstring_view name) noexcept {
     return name.substr(0, name.find_first_of(L"-_"));
 }
 
-const ResourceNamespace* findNamespace(const ResourceRoot& root,
-                                       std::wstring_view language) noexcept {
-    for (const ResourceNamespace& candidate : namespacesOf(root)) {
-        if (equalsIgnoringAsciiCase(languageOf(candidate.name), language)) {
-            return &candidate;
-        }
-    }
-    return nullptr;
+const ResourceNamespace* findNamespace(const ResourceRoot& root, std::wstring_view language) {
+    return findRecord(root.namespaces, root.namespaceCount, [&](const ResourceNamespace& each) {
+        return equalsIgnoringAsciiCase(languageOf(each.name), language);
+    });
 }
 
 // Files of another namespace that are there already stay.
 void addFiles(const ResourceNamespace& resources, SizeMap<const FileResource*>& files) {
-    for (const FileResource& file : filesOf(resources)) {
-        files.findOrInsert(file.identifier, &file);
+    for (std::size_t i = 0; i < resources.fileCount; ++i) {
+        files.findOrInsert(resources.files[i].identifier, &resources.files[i]);
     }
 }
 
 // element = "<" name ">" , text , "</" name ">" ; it must be there
-template <class Convert>
-void readRequiredElement(XmlRange& in, std::wstring_view name, Convert&& convert) {
+std::wstring_view readRequiredElement(XmlRange& in, std::wstring_view name, std::wstring& scratch) {
     xml::readTag(in, name, false, true);
-    std::wstring scratch;
-    convert(xml::readText(in, scratch));
+    const std::wstring_view text = xml::readText(in, scratch);
     xml::readTag(in, name, true, true);
+    return text;
 }
 
 // entry = key , text , "</s>" ; the first of two texts under one key stays
 void readEntry(XmlRange& in, StringTable& table) {
-    std::uint64_t key = 0;
-    readRequiredElement(in, L"k", [&](std::wstring_view text) { key = Xml::toSize(text); });
-    readRequiredElement(in, L"v", [&](std::wstring_view text) { table.findOrInsert(key, text); });
+    std::wstring scratch;
+    const std::uint64_t key = Xml::toSize(readRequiredElement(in, L"k", scratch));
+    table.findOrInsert(key, readRequiredElement(in, L"v", scratch));
     xml::readTag(in, L"s", true, true);
 }
 
@@ -100,7 +85,9 @@ bool ResourceServiceGeneric::install(ResourceService& owner, const ResourceLibra
 
 void ResourceServiceGeneric::setLibrary(const ResourceLibrary& library) noexcept {
     library_ = &library;
-    root_ = findRoot(library);
+    root_ = findRecord(library.roots, library.rootCount, [&](const ResourceRoot& each) {
+        return std::wstring_view(each.name) == library.rootName;
+    });
     namespaceResource_ = nullptr;
     files_.reset();
     strings_.reset();
@@ -112,10 +99,8 @@ bool ResourceServiceGeneric::selectLocale(std::wstring_view locale) {
     }
     const std::wstring_view name = locale.empty() ? library_->defaultLocale : locale;
     const ResourceNamespace* neutral = findNamespace(*root_, kAnyLanguage);
-    const ResourceNamespace* chosen = findNamespace(*root_, languageOf(name));
-    if (chosen == nullptr) {
-        chosen = neutral;
-    }
+    const ResourceNamespace* own = findNamespace(*root_, languageOf(name));
+    const ResourceNamespace* chosen = own != nullptr ? own : neutral;
     if (chosen == nullptr) {
         return false;
     }
@@ -143,29 +128,17 @@ const FileResource* ResourceServiceGeneric::getFileResource(std::uint64_t identi
 
 std::shared_ptr<const StringTable> ResourceServiceGeneric::getStringTable() const {
     const FileResource* file = getFileResource(kStringTableIdentifier);
-    if (!strings_) {
-        auto table = std::make_shared<StringTable>();
-        bool isFinal = true;
-        const auto read = [&] {
-            try {
-                readStringTable(*file, *table);
-            } catch (const std::bad_alloc&) {
-                isFinal = false;
-                throw;
-            }
-        };
-        // Half a table would hide its fault until a text from the other half
-        // is needed.
-        if (file != nullptr && !guarded(L"ResourceServiceGeneric::getStringTable", read)) {
-            table->clear();
-        }
-        // What memory did not suffice for may be there at the next call.
-        if (!isFinal) {
-            return table;
-        }
-        strings_ = std::move(table);
+    if (strings_) {
+        return strings_;
     }
-    return strings_;
+    auto table = std::make_shared<StringTable>();
+    if (file == nullptr || guarded(L"ResourceServiceGeneric::getStringTable",
+                                   [&] { readStringTable(*file, *table); })) {
+        strings_ = table;
+        return table;
+    }
+    // Half a table would hide its fault until a text from the other half is needed.
+    return std::make_shared<StringTable>();
 }
 
 const ResourceNamespace& ResourceServiceGeneric::currentNamespace() const {

@@ -1,10 +1,8 @@
 // The resource service's backend for libraries of compiled-in records.
 //
-// Choosing a namespace lays its files and those of the neutral namespace that
-// it does not replace into one hash map, so that a look-up is one step. The
-// string table is decoded and parsed when it is first asked for. A table is
-// handed out by shared reference and files are the library's own records, so
-// nothing that a caller holds goes away when another namespace is chosen.
+// A namespace's files and the neutral ones that it does not replace stand in one
+// map; its string table is parsed when it is first asked for. Nothing that a
+// caller holds goes away when another namespace is chosen.
 #pragma once
 
 #include <cstdint>
@@ -24,9 +22,8 @@ class ResourceServiceGeneric : public Implementation<ResourceService, IResourceS
 public:
     // Makes a backend for the library, joins it to the owner in place of a
     // former one, names the library to the owner and chooses the namespace by
-    // the user's language. False when the library has no namespace
-    // for it: one has to be chosen before anything is looked up.
-    // The records outlive the owner's use of them.
+    // the user's language; false when the library has none for it. The records
+    // outlive the owner's use of them.
     static bool install(ResourceService& owner, const ResourceLibrary& library);
 
     // Looks up in the library's root from now on; no namespace is chosen.

@@ -2,9 +2,8 @@
 // messages.
 //
 // Every service is itself a registry whose parent is the one that it was
-// attached to, keeps its settings in a tracked bag, and forwards the bag's
-// change messages to its own sinks. Make services with makeService, which runs
-// the initialisation that needs a finished object.
+// attached to, and forwards its settings' change messages to its own sinks.
+// Make services with makeService, which initialises them.
 #pragma once
 
 #include <memory>
@@ -29,12 +28,10 @@ public:
     // The name tells services of one type apart; most have none.
     explicit Service(std::wstring name = {}) : name_(std::move(name)) {}
 
-    // Creates the settings and connects their changes to this service. Needs
-    // an object that is owned by a shared reference; without one nobody hears
-    // of the changes. Settings that were there before are let go of.
+    // Makes the settings anew and connects them to this service, as long as a
+    // shared reference owns it; without one nobody hears of their changes.
     void initialize() override;
-    // Tells the sinks that the service is there and free. For hosts: nobody in
-    // the framework calls it.
+    // Tells the sinks that the service is there and free; for hosts.
     void announce() override;
 
     // Objects that belong to the service, by name; empty when there is none.
