@@ -20,22 +20,6 @@ void printFailure(const std::string& reason) {
     printAndRecord("%s (%s)\n", kActionFailed, reason.c_str());
 }
 
-// Call inside a catch block: one line for what was caught.
-void reportFailure() {
-    try {
-        throw;
-    } catch (const ActionFailure& failure) {
-        printAndRecord("%s %s (%s)\n", failure.what, zustd::narrow(failure.path).c_str(),
-                       failure.reason.c_str());
-    } catch (const std::wstring& text) {
-        printFailure(zustd::narrow(text));
-    } catch (const zustd::SystemException& failure) {
-        printFailure(zustd::narrow(failure.message()));
-    } catch (const std::exception& failure) {
-        printFailure(failure.what());
-    }
-}
-
 }  // namespace
 
 void removeFile(const std::wstring& path) {
@@ -71,18 +55,23 @@ void runCommand(const std::string& command) {
     zustd::runCommand(command);
 }
 
-bool runAction(const std::function<void()>& action) noexcept {
+void reportFailure() noexcept {
     try {
-        action();
-        return true;
-    } catch (...) {
         try {
-            reportFailure();
-        } catch (...) {
-            printAndRecord("%s\n", kActionFailed);
+            throw;
+        } catch (const ActionFailure& failure) {
+            printAndRecord("%s %s (%s)\n", failure.what, zustd::narrow(failure.path).c_str(),
+                           failure.reason.c_str());
+        } catch (const std::wstring& text) {
+            printFailure(zustd::narrow(text));
+        } catch (const zustd::SystemException& failure) {
+            printFailure(zustd::narrow(failure.message()));
+        } catch (const std::exception& failure) {
+            printFailure(failure.what());
         }
+    } catch (...) {
+        printAndRecord("%s\n", kActionFailed);
     }
-    return false;
 }
 
 }  // namespace zuplutil

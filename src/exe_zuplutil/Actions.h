@@ -3,7 +3,6 @@
 // neither deletes a file nor runs a command any more (see stopIfInterrupted).
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,8 +25,20 @@ std::vector<std::wstring> listFiles(const std::wstring& directory, const std::ws
 // The framework's command execution.
 void runCommand(const std::string& command);
 
-// Runs an action. When it throws, prints one line that says what failed and
-// returns; the caller carries on. Returns whether the action ran to its end.
-bool runAction(const std::function<void()>& action) noexcept;
+// Call inside a catch block: prints one line that says what failed.
+void reportFailure() noexcept;
+
+// Runs an action. When it throws, prints what failed and returns; the caller
+// carries on. Returns whether the action ran to its end.
+template <class Action>
+bool runAction(const Action& action) noexcept {
+    try {
+        action();
+        return true;
+    } catch (...) {
+        reportFailure();
+        return false;
+    }
+}
 
 }  // namespace zuplutil

@@ -1,6 +1,11 @@
 #include "AddinProbe.h"
 
-#include "ZuHandle.h"
+#include <array>
+#include <cstdio>
+
+#include "ZuFile.h"
+#include "ZuHandleWin32Gdi.h"
+#include "ZuScope.h"
 #include "ZuText.h"
 #include "ZuWindows.h"
 // Needs the types of windows.h.
@@ -29,23 +34,10 @@ namespace {
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
 
+constexpr wchar_t kAddin[] = L"PelloryForOutlook.Connect";
+
 // ext_cm_CommandLine: loaded from outside Office's own interface.
 constexpr int kConnectFromCommandLine = 3;
-
-class ComApartment {
-public:
-    ComApartment() : initialized_(SUCCEEDED(CoInitialize(nullptr))) {}
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-    ~ComApartment() {
-        if (initialized_) {
-            CoUninitialize();
-        }
-    }
-
-private:
-    bool initialized_;
-};
 
 struct ComTraits {
     using Type = IDTExtensibility2*;
@@ -54,20 +46,90 @@ struct ComTraits {
 };
 using AddinReference = zustd::Handle<ComTraits>;
 
+// Programs of the other width, which see registry and libraries of their own.
+constexpr bool kWeAre64 = sizeof(void*) == 8;
+constexpr REGSAM kOwnView = kWeAre64 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
+constexpr REGSAM kOtherView = kWeAre64 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+constexpr WORD kOtherMachine = kWeAre64 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64;
+
+using Key = zustd::Handle<zustd::NullHandleTraits<HKEY, &RegCloseKey>>;
+
+// The text in a key below the classes, the user's before the machine's; empty
+// when there is none.
+std::wstring readClasses(const std::wstring& name, REGSAM view) {
+    for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+        HKEY opened = nullptr;
+        RegOpenKeyExW(root, (L"Software\\Classes\\" + name).c_str(), 0, KEY_QUERY_VALUE | view,
+                      &opened);
+        const Key key(opened);
+        std::array<wchar_t, 1024> text{};
+        DWORD size = sizeof(text);
+        if (key && RegGetValueW(opened, nullptr, nullptr, RRF_RT_REG_SZ, nullptr, text.data(),
+                                &size) == ERROR_SUCCESS) {
+            return text.data();
+        }
+    }
+    return {};
+}
+
+// The library that a view of the registry has for the add-in.
+std::wstring findServer(REGSAM view) {
+    const std::wstring classId = readClasses(std::wstring(kAddin) + L"\\CLSID", view);
+    return classId.empty() ? classId
+                           : readClasses(L"CLSID\\" + classId + L"\\InprocServer32", view);
+}
+
+bool isLibraryOfOtherMachine(const std::wstring& path) {
+    IMAGE_DOS_HEADER first{};
+    struct {
+        DWORD signature;
+        IMAGE_FILE_HEADER file;
+    } header{};
+    const zustd::File file = zustd::openForReading(path);
+    return file && std::fread(&first, sizeof(first), 1, file.get()) == 1 &&
+           std::fseek(file.get(), first.e_lfanew, SEEK_SET) == 0 &&
+           std::fread(&header, sizeof(header), 1, file.get()) == 1 &&
+           header.signature == IMAGE_NT_SIGNATURE && header.file.Machine == kOtherMachine;
+}
+
+// Some of the registry is the same in both views, so that ours may name the
+// other one's library.
+bool isThereForOtherMachine() {
+    const std::wstring own = findServer(kOwnView);
+    return own.empty() ? !findServer(kOtherView).empty() : isLibraryOfOtherMachine(own);
+}
+
+// Whether there is an answer, even a null one; a failure is logged.
+bool instantiate(const Log& log, void** object) {
+    CLSID classId{};
+    if (FAILED(CLSIDFromProgID(kAddin, &classId))) {
+        log("could not get classid for Pellory.Connect");
+        return false;
+    }
+    if (FAILED(
+            CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, kIidExtensibility2, object))) {
+        log("could not instantiate Pellory.Connect");
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
-void connectToAddin(const std::function<void(const std::string&)>& log) {
+void connectToAddin(const Log& log) {
     log("attempting to connect to Pellory add-in");
-    const ComApartment apartment;
-    CLSID classId{};
-    if (FAILED(CLSIDFromProgID(L"PelloryForOutlook.Connect", &classId))) {
-        log("could not get classid for Pellory.Connect");
-        return;
-    }
+    const bool initialized = SUCCEEDED(CoInitialize(nullptr));
+    const zustd::ScopeExit uninitialize([initialized] {
+        if (initialized) {
+            CoUninitialize();
+        }
+    });
     void* object = nullptr;
-    if (FAILED(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, kIidExtensibility2,
-                                &object))) {
-        log("could not instantiate Pellory.Connect");
+    if (!instantiate(log, &object)) {
+        if (isThereForOtherMachine()) {
+            log(kWeAre64 ? "Pellory add-in is there for 32-bit Outlook: please use zuplutil32.exe"
+                         : "Pellory add-in is there for 64-bit Outlook: please use zuplutil.exe");
+        }
         return;
     }
     const AddinReference addin(static_cast<IDTExtensibility2*>(object));

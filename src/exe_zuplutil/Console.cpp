@@ -20,15 +20,6 @@ std::string& transcript() {
     return text;
 }
 
-void print(const char* text) {
-    stopIfInterrupted();
-    // In one piece: a console converts each write by itself, and a character
-    // of several bytes must not be cut. Child processes write to the same
-    // stream; what was said before them stands before their output.
-    std::fputs(text, stdout);
-    std::fflush(stdout);
-}
-
 // Recording never fails an action: without memory the text is only printed.
 void record(const char* text) noexcept {
     try {
@@ -76,12 +67,21 @@ int readCharacter() {
 
 }  // namespace
 
+void printOnly(const char* text) {
+    stopIfInterrupted();
+    // In one piece: a console converts each write by itself, and a character
+    // of several bytes must not be cut. Child processes write to the same
+    // stream; what was said before them stands before their output.
+    std::fputs(text, stdout);
+    std::fflush(stdout);
+}
+
 void printAndRecord(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     const FormattedText text(format, arguments);
     va_end(arguments);
-    print(text.get());
+    printOnly(text.get());
     record(text.get());
 }
 
@@ -91,14 +91,6 @@ void recordOnly(const char* format, ...) {
     const FormattedText text(format, arguments);
     va_end(arguments);
     record(text.get());
-}
-
-void printOnly(const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    const FormattedText text(format, arguments);
-    va_end(arguments);
-    print(text.get());
 }
 
 void clearTranscript() { transcript().clear(); }

@@ -12,9 +12,10 @@ namespace zuplutil {
 // Prints a printf-style text at once and appends it to the transcript. Texts
 // are cut at 32 KiB.
 void printAndRecord(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
-// The same without printing, and without recording.
+// The same without printing.
 void recordOnly(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
-void printOnly(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
+// Prints a text as it is, without recording it.
+void printOnly(const char* text);
 
 void clearTranscript();
 // A copy. Past 16 MiB the older half is dropped: at the end of standard input

@@ -77,10 +77,10 @@ void showDetails(const DebugSettings& settings) {
 
 }  // namespace
 
-std::wstring getAddinDataDirectory() {
+std::wstring getAddinDataDirectory(zustd::SourcePlace place) {
     const auto root = zustd::ServiceLocator::instance();
     const auto as = root ? root->getService<zustd::ApplicationService>() : nullptr;
-    ZU_ASSERT_AS(as, L"as", ZU_LINE(148));
+    ZU_ASSERT_AS(as, L"as", place);
     return as->getApplicationDataDirectory(false);
 }
 

@@ -11,6 +11,7 @@
 
 #include "ConsoleSession.h"
 #include "KeptFile.h"
+#include "ZuPlankton.h"
 
 namespace zuplutil {
 
@@ -25,9 +26,9 @@ struct DebugSettings {
     std::int32_t logOptions = 1;
 };
 
-// The add-in's data directory; not created. Fails the assertion "as" without
-// an application service.
-std::wstring getAddinDataDirectory();
+// The add-in's data directory; not created. Fails the assertion "as" at that
+// place without an application service.
+std::wstring getAddinDataDirectory(zustd::SourcePlace place = ZU_LINE(148));
 std::wstring getDebugConfigPath();
 
 // The settings in the file; the defaults when there is none or it cannot be

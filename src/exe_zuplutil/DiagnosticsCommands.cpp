@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "ZuPlankton.h"
+
 namespace zuplutil {
+
+namespace {
 
 // clang-format off
 
@@ -91,30 +95,68 @@ const CommandTable kOcatArguments = {
     {kAlways, R"(-dat "ocat-report-online.xml" -l "report-online" >ocat-output-online.log)"},
 };
 
+const CommandTable kProcessCommands = {
+    {kAlways, R"(tasklist /V >misc-tasklist.log)"},
+    {kAlways, R"(tasklist /SVC >>misc-tasklist.log)"},
+};
+
+const Values kMachineHive = {{"root", "HKEY_LOCAL_MACHINE"}, {"hive", "hklm"}};
+const Values kUserHive = {{"root", "HKEY_CURRENT_USER"}, {"hive", "cu"}};
+
+constexpr unsigned kWithTool = kExtended | kPermissionTool;
+constexpr std::string_view kToolProgram = R"("{permissionTool}" )";
+constexpr std::string_view kOcatProgram = R"("{ocatDir}\ocatcmd.exe" )";
+
+}  // namespace
+
+const Section kCopies = {kAlways, "Copying Pellory debug settings and log...", {
+    {kDebugConfig, R"(copy "{addinDataDir}\debug.config" .)"},
+    {kDebugLog, R"(copy "{addinDataDir}\debug.log" .)"},
+    {kDumpLog, R"(copy "{addinDataDir}\dump.log" .)"},
+    {kAlways, R"(copy "{addinDataDir}\debug.log-*.bak" .)"},
+    {kAlways, R"(copy "{addinDataDir}\dump.log-*.bak" .)"},
+}};
+
+const std::vector<Section> kSections = {
+    {kAlways, "Logging outlook registry settings and classes...", kRegistryCommands},
+    {kAlways, "Logging installed products...", {{kAlways, "wmic /output:installedproducts.log product get name,version,vendor,installlocation,installdate"}}},
+    {.when = kAlways, .announcement = "Logging directories...", .rows = kDirectoryCommands, .recorded = false},
+    {kAlways, "Logging system information...", {{kAlways, "systeminfo  >misc-systeminfo.log"}}},
+    {kAlways, "Logging environment variables...", {{kAlways, "set  >misc-envvars.log"}}},
+    {kAlways, "Logging running processes...", kProcessCommands},
+    {kVista, "Logging outlook application events...", kEventCommands},
+
+    {kExtended, "Logging file & registry permissions..."},
+    {kExtended | kNoPermissionTool, "subinacl.exe not found. Will not collect permission settings on registry keys"},
+    {kWithTool, nullptr, kRegistryPermissionArguments, kToolProgram, kMachineHive},
+    {kWithTool, nullptr, kRegistryPermissionArguments, kToolProgram, kUserHive},
+    {kWithTool, nullptr, kDirectoryPermissionArguments, kToolProgram},
+
+    {kWithOcat, "Running Outlook Configuration Analyzer Tool - this may take up to 10 minutes - please wait..."},
+    {kWithOcat | kNoOcat, "OCAT not found"},
+    {kWithOcat | kOcat, nullptr, kOcatArguments, kOcatProgram},
+};
+
 // clang-format on
 
-bool applies(const CommandRow& row, unsigned present) { return (row.when & ~present) == 0; }
+bool applies(unsigned when, unsigned present) { return (when & ~present) == 0; }
 
-std::string expand(std::string_view command, const Values& values) {
+std::string expand(std::string_view text, const Values& values, const Values& more) {
     std::string result;
-    while (!command.empty()) {
-        const std::size_t open = std::min(command.find('{'), command.size());
-        result += command.substr(0, open);
-        command.remove_prefix(open);
-        const auto value = std::find_if(values.begin(), values.end(), [&](const NamedValue& named) {
-            return command.size() > named.name.size() + 1 &&
-                   command.substr(1, named.name.size()) == named.name &&
-                   command[named.name.size() + 1] == '}';
-        });
-        if (value != values.end()) {
-            result += value->value;
-            command.remove_prefix(value->name.size() + 2);
-        } else if (!command.empty()) {
-            result += command.front();
-            command.remove_prefix(1);
+    for (std::size_t open; (open = text.find('{')) != text.npos;) {
+        const std::size_t close = text.find('}', open);
+        const std::string_view name = text.substr(open + 1, close - open - 1);
+        const auto hasName = [name](const NamedValue& value) { return value.name == name; };
+        auto value = std::find_if(values.begin(), values.end(), hasName);
+        if (value == values.end()) {
+            value = std::find_if(more.begin(), more.end(), hasName);
+            ZU_ASSERT(value != more.end());
         }
+        result += text.substr(0, open);
+        result += value->value;
+        text.remove_prefix(close + 1);
     }
-    return result;
+    return result += text;
 }
 
 }  // namespace zuplutil

@@ -84,8 +84,12 @@ UtilityProcess& UtilityTest::start(const std::vector<std::wstring>& arguments,
     if (!before_) {
         before_ = filesBelow(folders_.root());
     }
+    const bool isQuick = program.empty() && environment_.contains(L"PELLORY_RECORD_ONLY");
     processes_.push_back(
-        std::make_unique<UtilityProcess>(program, arguments, folders_.start(), environment_));
+        std::make_unique<UtilityProcess>(isQuick ? builtProgram("tests/support/collect_driver.exe")
+                                         : program.empty() ? shippedProgram()
+                                                           : program,
+                                         arguments, folders_.start(), environment_));
     return *processes_.back();
 }
 

@@ -72,9 +72,10 @@ protected:
     explicit UtilityTest(const std::wstring& name = L"user");
     void TearDown() override;
 
-    // Starts a program; what the test prepared until then counts as given.
+    // Starts a program; what the test prepared until then counts as given. Without
+    // one, the utility as it ships or, where nothing is run, its quick likeness.
     UtilityProcess& start(const std::vector<std::wstring>& arguments = {},
-                          const fs::path& program = shippedProgram());
+                          const fs::path& program = {});
     // Runs the utility to its end and returns what it printed.
     std::string run(const std::vector<std::wstring>& arguments, int exitCode = 0);
     // Starts the utility and gives these answers at the menus; then leaves.

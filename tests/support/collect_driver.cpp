@@ -1,27 +1,34 @@
-// Runs a collection with an environment that a 64-bit program is not given by
-// the system: the 32-bit view of a 64-bit machine is told by variables that are
-// deleted at every start. A copy of this program runs on an older Windows.
+// The utility with an environment that a 64-bit program is not given by the
+// system: the 32-bit view of a 64-bit machine is told by variables that are
+// deleted at every start. A copy of this program runs on an older Windows. With
+// PELLORY_RECORD_ONLY it notes commands itself, so that a collection takes
+// milliseconds.
 //
-// usage: collect_driver [light] [ocat] [NAME=value...]
+// usage: collect_driver [NAME=value...] [arguments of the utility]
 //        collect_driver probe         the add-in's connection alone, in a second
 //        collect_driver steps WHAT    such steps without end, until CTRL-C
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <cwchar>
 #include <string>
 
 #include "Actions.h"
 #include "Console.h"
 #include "ConsoleSession.h"
-#include "Diagnostics.h"
+#include "ImportSlots.h"
 #include "ProbeProcess.h"
+#include "StandIn.h"
 #include "TextFiles.h"
-#include "ZuApplicationServiceWin32Gdi.h"
-#include "ZuServiceLocator.h"
-#include "ZuWindows.h"
+#include "Utility.h"
+#include "ZuText.h"
 
 namespace {
+
+int noteCommand(const char* command) {
+    standin::note(L"PELLORY_RECORD", zustd::widen(command));
+    return 0;
+}
 
 [[noreturn]] void takeSteps(const std::wstring& what) {
     const zuplutil::ConsoleSession session;
@@ -52,31 +59,22 @@ namespace {
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
-    if (zuplutil::runAsProbeProcess(argc, argv)) {
+    while (argc > 1 && std::wcschr(argv[1], L'=') != nullptr) {
+        _wputenv(argv[1]);
+        argv[1] = argv[0];
+        ++argv;
+        --argc;
+    }
+    if (!standin::environmentVariable(L"PELLORY_RECORD_ONLY").empty()) {
+        *standin::importSlot("system") = reinterpret_cast<void*>(&noteCommand);
+    }
+    const std::wstring what = argc > 1 ? argv[1] : L"";
+    if (what == L"steps") {
+        takeSteps(argv[2]);
+    }
+    if (what == L"probe") {
+        zuplutil::probeAddin("probe.log", 1);
         return 0;
     }
-    bool light = false;
-    bool ocat = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::wstring argument = argv[i];
-        if (argument == L"steps") {
-            takeSteps(argv[i + 1]);
-        }
-        if (argument == L"probe") {
-            zuplutil::probeAddin("probe.log", 1);
-            return 0;
-        }
-        if (argument.find(L'=') != std::wstring::npos) {
-            _wputenv(argument.c_str());
-        }
-        light = light || argument == L"light";
-        ocat = ocat || argument == L"ocat";
-    }
-    const auto service = zustd::makeService<zustd::ApplicationService>();
-    auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
-    backend->setApplicationName(L"Pellory For Outlook");
-    zustd::joinImplementation(*service, std::move(backend));
-    zustd::ServiceLocator::instance()->registerService(service, true, true);
-    zuplutil::collectDiagnostics(light, ocat);
-    return 0;
+    return zuplutil::runUtility(argc, argv);
 }

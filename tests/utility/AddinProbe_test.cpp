@@ -5,31 +5,50 @@
 namespace zuplutil::test {
 namespace {
 
-// Registered for as long as this object lives.
+// Registered for as long as this object lives, in the registry that programs of
+// our width see or in that of the others. Touches nothing that was there before.
 class RegisteredAddin {
 public:
-    explicit RegisteredAddin(const fs::path& library) {
+    explicit RegisteredAddin(const fs::path& library, REGSAM view = 0) : view_(view) {
         const std::wstring path = library.wstring();
-        set(L"PelloryForOutlook.Connect\\CLSID", nullptr, kClass);
-        set(std::wstring(L"CLSID\\") + kClass + L"\\InprocServer32", nullptr, path);
-        set(std::wstring(L"CLSID\\") + kClass + L"\\InprocServer32", L"ThreadingModel",
-            L"Apartment");
+        set(kProgram, L"\\CLSID", kClass);
+        set(kServer, L"\\InprocServer32", path);
     }
     RegisteredAddin(const RegisteredAddin&) = delete;
     RegisteredAddin& operator=(const RegisteredAddin&) = delete;
     ~RegisteredAddin() {
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, L"PelloryForOutlook.Connect");
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, (std::wstring(L"CLSID\\") + kClass).c_str());
+        for (const std::wstring& key : made_) {
+            RegDeleteTreeW(classes(), key.c_str());
+        }
     }
 
 private:
     static constexpr const wchar_t* kClass = L"{5E0B2F6A-31C7-4E0B-9C55-6D5C6C1E7A10}";
+    static constexpr const wchar_t* kProgram = L"PelloryForOutlook.Connect";
+    static inline const std::wstring kServer = std::wstring(L"CLSID\\") + kClass;
 
-    static void set(const std::wstring& key, const wchar_t* name, const std::wstring& value) {
-        ASSERT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), name, REG_SZ, value.c_str(),
-                                  static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))),
-                  ERROR_SUCCESS);
+    HKEY classes() const {
+        static std::map<REGSAM, HKEY> opened;
+        if (opened[view_] == nullptr) {
+            RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes", 0, KEY_ALL_ACCESS | view_,
+                          &opened[view_]);
+        }
+        return opened[view_];
     }
+    void set(const std::wstring& key, const std::wstring& below, const std::wstring& value) {
+        DWORD disposition = 0;
+        HKEY made = nullptr;
+        RegCreateKeyExW(classes(), key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view_, nullptr,
+                        &made, &disposition);
+        ASSERT_EQ(disposition, static_cast<DWORD>(REG_CREATED_NEW_KEY)) << "an add-in is there";
+        made_.push_back(key);
+        RegSetKeyValueW(made, below.c_str() + 1, nullptr, REG_SZ, value.c_str(),
+                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+        RegCloseKey(made);
+    }
+
+    REGSAM view_;
+    std::vector<std::wstring> made_;
 };
 
 constexpr char kAttempt[] = "attempting to connect to Pellory add-in\r\n";
@@ -182,6 +201,39 @@ TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwardsAndLogsStay) {
               "could not instantiate Pellory.Connect\r\n");
     EXPECT_FALSE(fs::exists(config()));
     EXPECT_EQ(read(folders_.addinData() / "debug.log"), "a line\r\n");
+}
+
+// A library of which nothing but the machine can be read.
+std::string libraryFor(WORD machine) {
+    std::string bytes(64, '\0');
+    bytes[60] = 64;
+    return bytes + std::string("PE\0\0", 4) + static_cast<char>(machine & 0xFF) +
+           static_cast<char>(machine >> 8) + std::string(18, '\0');
+}
+
+TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
+    constexpr bool kWeAre64 = sizeof(void*) == 8;
+    constexpr WORD kOwn = kWeAre64 ? IMAGE_FILE_MACHINE_AMD64 : IMAGE_FILE_MACHINE_I386;
+    constexpr WORD kOther = kWeAre64 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64;
+    const REGSAM otherView = kWeAre64 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+    const std::string line =
+        kWeAre64 ? "Pellory add-in is there for 32-bit Outlook: please use zuplutil32.exe\r\n"
+                 : "Pellory add-in is there for 64-bit Outlook: please use zuplutil.exe\r\n";
+    const std::string noClass = "could not get classid for Pellory.Connect\r\n";
+    const std::string noObject = "could not instantiate Pellory.Connect\r\n";
+    const fs::path library = folders_.bench() / "addin.dll";
+    // In which registry, what the library is, what is said.
+    const std::tuple<REGSAM, std::string, std::string> kCases[] = {
+        {otherView, libraryFor(kOwn), noClass + line},
+        {0, libraryFor(kOther), noObject + line},
+        {0, libraryFor(kOwn), noObject},
+        {0, libraryFor(kOther).substr(0, 70), noObject},
+        {0, "PE", noObject}};
+    for (const auto& [view, bytes, said] : kCases) {
+        write(library, bytes);
+        const RegisteredAddin addin(library, view);
+        EXPECT_EQ(probe(), kAttempt + said) << view << bytes.size();
+    }
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ TEST_F(LibrariesTest, AreNeverTakenFromTheProgramsFolderOrTheCurrentOne) {
     }
     EXPECT_EQ(read(planted()), "");
     // A program that imports them as usual is caught.
-    start({L"light"},
+    start({L"-logdiagnostics"},
           copied(builtProgram("tests/support/collect_driver.exe"), "collect_download.exe"))
         .exitCode();
     EXPECT_NE(read(planted()), "");

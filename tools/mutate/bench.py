@@ -23,8 +23,9 @@ PROGRAMS = {
     "utility": ["utility_console_tests", "utility_collection_tests"],
 }
 FIRST = {"ZuCipher": "framework_cipher_tests"}
-# What the utility's tests start beside the utility itself, made from the same sources.
-DRIVERS = ["tests/support/collect_driver.exe", "tests/support/collect_driver_xp.exe"]
+# What is made from the utility's sources beside the utility itself.
+DRIVERS = ["tests/support/collect_driver.exe", "tests/support/collect_driver_xp.exe",
+           "bin/utility_collection_tests.exe"]
 COMPILE_LIMIT = 180
 
 
