@@ -51,10 +51,10 @@ set(zustd_toolkit
   ZuTimer
   ZuInput
   ZuGraphicsService
+  ZuLayout
   ZuControl
   ZuControlInput
   ZuControlLayout
-  ZuLayout
   ZuTreeModel
   ZuPendingNodes
   ZuGridModel
