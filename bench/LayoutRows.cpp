@@ -182,14 +182,12 @@ void wrapSystemText(benchmark::State& state) {
 
 std::shared_ptr<zustd::Control> makeParent() {
     auto parent = zustd::makeControl<zustd::Control>();
-    parent->setMeasuresChildren(false);
-    parent->setWraps(true);
     for (int i = 0; i < kChildren; ++i) {
         auto child = zustd::makeControl<zustd::Control>();
         child->setBoundary(zustd::Rect::at({0, 0}, {10 + i % 30, 10 + i % 7}));
         parent->addChild(child);
     }
-    parent->setArrangement(zustd::Arrangement::kRows);
+    parent->setArrangement({.lines = zustd::Flow::kRows, .wrap = true, .measure = false});
     return parent;
 }
 

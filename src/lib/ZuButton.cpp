@@ -53,8 +53,7 @@ void Button::click() {
 Size Button::preferredSize() {
     const Size image = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
     const Size content = contentSize(image, textSize(0));
-    return withinLimits({saturate(content.width + 2 * std::int64_t{scale(kPadding.width)}),
-                         saturate(content.height + 2 * std::int64_t{scale(kPadding.height)})});
+    return withinLimits(content.grownBy({scale(kPadding.width), scale(kPadding.height)}));
 }
 
 Size Button::preferredSizeForWidth(std::int32_t) { return preferredSize(); }

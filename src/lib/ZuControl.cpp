@@ -4,30 +4,11 @@
 #include <cmath>
 
 #include "ZuGraphicsService.h"
+#include "ZuScope.h"
 #include "ZuTooltip.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
-
-namespace {
-
-// Clipping that ends on every way out.
-class ClippingScope {
-public:
-    ClippingScope(GraphicsService& graphics, const Rect& area) : graphics_(graphics) {
-        graphics.beginClipping(area);
-    }
-    ClippingScope(const ClippingScope&) = delete;
-    ClippingScope& operator=(const ClippingScope&) = delete;
-    ~ClippingScope() {
-        guarded(L"Control::draw", [this] { graphics_.endClipping(); });
-    }
-
-private:
-    GraphicsService& graphics_;
-};
-
-}  // namespace
 
 Control::Control() = default;
 
@@ -252,7 +233,7 @@ void Control::onJoinedSurface() {
         const std::shared_ptr<Control> child = children_[i];
         child->onJoinedSurface();
     }
-    if (arrangement_ != Arrangement::kManual) {
+    if (arrangement_.flow != Flow::kManual) {
         rearrange();
     }
 }
@@ -266,16 +247,34 @@ void Control::onDescriptorChanged() {
 // --- Drawing --------------------------------------------------------------------------------
 
 void Control::draw(GraphicsService& graphics) {
-    if (visible_ && overlapsDrawArea(graphics)) {
+    if (backend() == nullptr && overlapsDrawArea(graphics)) {
         const OriginScope origin(graphics, boundary_.position());
-        drawHere(graphics);
+        drawAsRoot(graphics);
     }
 }
 
 void Control::drawAsRoot(GraphicsService& graphics) {
-    if (visible_) {
-        drawHere(graphics);
+    if (!visible_) {
+        return;
     }
+    const std::shared_ptr<Control> self = sharedReference(this);
+    // A control that is drawn from inside its own drawing would not end.
+    ZU_ASSERT(!drawing_);
+    const ScopedValue drawing(drawing_, true);
+    drawSelf(graphics);
+    const auto drawChildren = [this, &graphics] {
+        for (std::size_t i = 0; i < children_.size(); ++i) {
+            children_[i]->draw(graphics);
+        }
+    };
+    if (!clipsChildren_ || children_.empty()) {
+        drawChildren();
+        return;
+    }
+    graphics.beginClipping(area());
+    const ScopeExit clipping(
+        [&graphics] { guarded(L"Control::draw", [&graphics] { graphics.endClipping(); }); });
+    drawChildren();
 }
 
 bool Control::overlapsDrawArea(const GraphicsService& graphics) const {
@@ -311,34 +310,6 @@ double Control::scale(double value) const {
 
 std::int32_t Control::scale(std::int32_t value) const {
     return saturate(std::llround(scale(static_cast<double>(value))));
-}
-
-void Control::drawHere(GraphicsService& graphics) {
-    const std::shared_ptr<Control> self = sharedReference(this);
-    // A control that is drawn from inside its own drawing would not end.
-    ZU_ASSERT(!drawing_);
-    const Mark drawing(drawing_);
-    drawSelf(graphics);
-    if (children_.empty()) {
-        return;
-    }
-    if (clipsChildren_) {
-        const ClippingScope clipping(graphics, area());
-        drawChildren(graphics);
-    } else {
-        drawChildren(graphics);
-    }
-}
-
-void Control::drawChildren(GraphicsService& graphics) {
-    const Rect drawArea = graphics.getDrawArea();
-    for (std::size_t i = 0; i < children_.size(); ++i) {
-        Control& child = *children_[i];
-        if (child.visible_ && child.boundary_.intersects(drawArea) && child.backend() == nullptr) {
-            const OriginScope origin(graphics, child.boundary_.position());
-            child.drawHere(graphics);
-        }
-    }
 }
 
 void Control::drawSelf(GraphicsService& graphics) {

@@ -27,7 +27,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,6 +36,7 @@
 #include "ZuGeometry.h"
 #include "ZuId.h"
 #include "ZuInput.h"
+#include "ZuLayout.h"
 #include "ZuMessaging.h"
 #include "ZuServiceLocator.h"
 
@@ -44,17 +44,7 @@ namespace zustd {
 
 class GraphicsService;
 class WindowService;
-
-// Along an axis. Other numbers are kept and mean: at the start, without gaps.
-enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustify = 3 };
-
-// What a control does with its children when its size changes.
-enum class Arrangement : std::uint32_t {
-    // They stay where they were put.
-    kManual,
-    kRows,
-    kColumns,
-};
+struct TooltipOptions;
 
 // A position in one word of a message.
 MessageWord wordOfPoint(Point point) noexcept;
@@ -62,65 +52,37 @@ Point pointOfWord(MessageWord word) noexcept;
 
 using Controls = std::vector<std::shared_ptr<Control>>;
 
-// How a control shows its tooltip.
-struct TooltipOptions {
-    // How long the pointer rests before, in milliseconds; 1 or more.
-    std::uint32_t delay = 500;
-    // From the pointer, in pixels.
-    Point offset{0, 20};
-    // In pixels; without an area there is no limit.
-    Size maximumSize{400, 300};
-    // Null for the defaults.
-    std::shared_ptr<FontDescriptor> font;
-    std::shared_ptr<ColorsDescriptor> colors;
-};
-
 class Control : public MessageForwarder, public Id, public ServiceLocator {
 public:
     // The first word of every message is the control that sends it; the second
     // is 0 unless said otherwise.
 
     // State of mouse and focus.
-    static const MessageKind kEnterHovering;
-    static const MessageKind kLeaveHovering;
-    static const MessageKind kEnterLeftClicking;
-    static const MessageKind kLeaveLeftClicking;
-    static const MessageKind kEnterRightClicking;
-    static const MessageKind kLeaveRightClicking;
-    static const MessageKind kEnterFocus;
-    static const MessageKind kLeaveFocus;
+    static const MessageKind kEnterHovering, kLeaveHovering;
+    static const MessageKind kEnterLeftClicking, kLeaveLeftClicking;
+    static const MessageKind kEnterRightClicking, kLeaveRightClicking;
+    static const MessageKind kEnterFocus, kLeaveFocus;
     // A press and a release on the same control. Second word: the position in
     // the control (wordOfPoint).
-    static const MessageKind kLeftClicked;
-    static const MessageKind kRightClicked;
+    static const MessageKind kLeftClicked, kRightClicked;
     // Moved with the left button held, and released then; the position too.
-    static const MessageKind kDragging;
-    static const MessageKind kDropped;
+    static const MessageKind kDragging, kDropped;
     // Second word: the turn of the wheel in steps of MouseEvent::kWheelStep.
-    static const MessageKind kScrolledMousewheel;
-    static const MessageKind kCtrlScrolledMousewheel;
+    static const MessageKind kScrolledMousewheel, kCtrlScrolledMousewheel;
     static const MessageKind kShiftScrolledMousewheel;
     // A scroll bar or scrolled content has moved. Second word: the position.
-    static const MessageKind kScrolled;
-    static const MessageKind kScrolledHorizontally;
-    static const MessageKind kScrolledVertically;
+    static const MessageKind kScrolled, kScrolledHorizontally, kScrolledVertically;
     // Second word: the key.
     static const MessageKind kKeyPressed;
     // Keys that lists understand.
-    static const MessageKind kSelectNextItem;
-    static const MessageKind kSelectPreviousItem;
-    static const MessageKind kMoveUp;
-    static const MessageKind kMoveDown;
+    static const MessageKind kSelectNextItem, kSelectPreviousItem, kMoveUp, kMoveDown;
     static const MessageKind kToggleExpandCollapse;
-    static const MessageKind kSelected;
-    static const MessageKind kUnselected;
+    static const MessageKind kSelected, kUnselected;
     // Requests to whoever holds the control; the first two are heard by all
     // that is above, which arranges its children anew. Second word of these: the
     // size in pixels; of kShouldScrollChildIntoView: the Control*.
-    static const MessageKind kChangePreferredWidth;
-    static const MessageKind kChangePreferredHeight;
-    static const MessageKind kShouldRefresh;
-    static const MessageKind kShouldReselectCurrentChild;
+    static const MessageKind kChangePreferredWidth, kChangePreferredHeight;
+    static const MessageKind kShouldRefresh, kShouldReselectCurrentChild;
     static const MessageKind kShouldScrollChildIntoView;
     static const MessageKind kBeforeDisplayTooltip;
     // The user wants to close a surface. Second word: a bool; a receiver that
@@ -177,46 +139,24 @@ public:
     // The area inside of the margins, where children are arranged.
     Rect innerArea() const noexcept;
 
-    // --- Layout properties ---
+    // --- Layout ---
 
-    Arrangement arrangement() const noexcept { return arrangement_; }
-    bool setArrangement(Arrangement arrangement);
-    // How it does so (see LayoutOptions): rows or columns break where the area
-    // ends; children are as wide or high as the largest of them; they get the
-    // size that they prefer, which is how it begins, or keep theirs.
-    bool wraps() const noexcept { return wraps_; }
-    bool setWraps(bool wraps);
-    bool hasUniformWidth() const noexcept { return uniformWidth_; }
-    bool hasUniformHeight() const noexcept { return uniformHeight_; }
-    bool setUniform(bool width, bool height);
-    bool measuresChildren() const noexcept { return measuresChildren_; }
-    bool setMeasuresChildren(bool measures);
-    std::int32_t horizontalSpacing() const noexcept { return horizontalSpacing_; }
-    std::int32_t verticalSpacing() const noexcept { return verticalSpacing_; }
-    bool setSpacing(std::int32_t horizontal, std::int32_t vertical);
-    std::int32_t horizontalMargin() const noexcept { return horizontalMargin_; }
-    std::int32_t verticalMargin() const noexcept { return verticalMargin_; }
-    bool setMargins(std::int32_t horizontal, std::int32_t vertical);
-    Alignment horizontalAlignment() const noexcept { return horizontalAlignment_; }
-    Alignment verticalAlignment() const noexcept { return verticalAlignment_; }
-    // In rows the horizontal one spreads the children along the row and the
-    // vertical one places each across it; in columns it is the other way
-    // round. Across the line kJustify means kEnd. Like spacing, margins and
-    // arrangement it is only shown anew: call arrange() to apply it.
-    bool setAlignment(Alignment horizontal, Alignment vertical);
-    // An auto-sized child takes its share of what its row or column leaves.
-    bool isAutoSized() const noexcept { return autoSized_; }
-    bool setAutoSized(bool autoSized);
-    Size minimumSize() const noexcept { return minimumSize_; }
-    bool setMinimumSize(Size size);
-    // 0 means no limit on that axis.
-    Size maximumSize() const noexcept { return maximumSize_; }
-    bool setMaximumSize(Size size);
-    bool breaksLineAfter() const noexcept { return breaksLineAfter_; }
-    bool setBreaksLineAfter(bool breaks);
+    // Changes of these two show the control but move nothing: call arrange(),
+    // of this control or of the parent, when all are made.
+    const Arrangement& arrangement() const noexcept { return arrangement_; }
+    bool setArrangement(const Arrangement& arrangement) {
+        return change(arrangement_, arrangement);
+    }
+    const Placement& placement() const noexcept { return placement_; }
+    bool setPlacement(const Placement& placement) { return change(placement_, placement); }
 
     // The size with its minimum and, where there is one, its maximum kept to.
     Size withinLimits(Size size) const noexcept;
+    // The size that a content of this size gives the control: with the margins
+    // on all sides, within the limits.
+    Size sizeAround(Size content) const noexcept;
+    // The width inside of the margins; 1 or more.
+    std::int32_t innerWidth(std::int32_t width) const noexcept;
     // The size that the control would like to have; the base answers with its
     // present one, or with what its arrangement needs, margins included, within
     // the limits.
@@ -249,11 +189,9 @@ public:
     bool isUsable() const noexcept;
     bool isHovered() const noexcept { return hovered_; }
     bool isLeftPressed() const noexcept { return leftPressed_; }
-    bool isRightPressed() const noexcept { return rightPressed_; }
     bool hasFocus() const noexcept { return focused_; }
 
     // Controls that do not take the mouse let it through to what is below.
-    bool takesMouse() const noexcept { return takesMouse_; }
     void setTakesMouse(bool takes) noexcept { takesMouse_ = takes; }
     // Whether a press on the control may become a drag, with its messages.
     bool isDraggable() const noexcept { return draggable_; }
@@ -292,7 +230,8 @@ public:
     // --- Drawing ---
 
     // Paints the control and its drawn children on a parent that is painting:
-    // nothing when invisible or outside of the area that is being painted.
+    // nothing when it is invisible, native or outside of the area that is being
+    // painted.
     void draw(GraphicsService& graphics);
     // Paints a control that has no drawn parent, such as a surface; its left
     // top corner is the origin of the paint.
@@ -308,7 +247,6 @@ public:
     // The same in whole pixels, rounded.
     std::int32_t scale(std::int32_t value) const;
     // Children are cut at the control's edges.
-    bool clipsChildren() const noexcept { return clipsChildren_; }
     void setClipsChildren(bool clips) noexcept { clipsChildren_ = clips; }
 
     // --- Services ---
@@ -423,19 +361,6 @@ protected:
 
 private:
     friend class ControlUpdate;
-    friend class LineLayout;
-
-    // A flag that is set for as long as the mark lives.
-    class Mark {
-    public:
-        explicit Mark(bool& flag) noexcept : flag_(flag) { flag = true; }
-        Mark(const Mark&) = delete;
-        Mark& operator=(const Mark&) = delete;
-        ~Mark() { flag_ = false; }
-
-    private:
-        bool& flag_;
-    };
 
     Size sizeWithin(Size maximum);
     void rearrange();
@@ -444,23 +369,14 @@ private:
     void forgetInput();
     void synchronizeBelow();
     bool changeShown(bool& member, bool value);
-    void drawHere(GraphicsService& graphics);
-    void drawChildren(GraphicsService& graphics);
+    void acceptState(bool& member, bool value, const MessageKind& entered, const MessageKind& left);
     void endUpdate();
 
     // What layouts read and write of every child lies close together.
     Controls children_;
     Control* parent_ = nullptr;
     Rect boundary_{0, 0, 0, 0};
-    // The size that the children were arranged for.
-    Size arrangedSize_{1, 1};
-    bool updatePending_ = false;
-    bool wraps_ = false;
-    bool uniformWidth_ = false;
-    bool uniformHeight_ = false;
-    bool measuresChildren_ = true;
-    bool autoSized_ = false;
-    bool breaksLineAfter_ = false;
+    Placement placement_;
     bool visible_ = true;
     bool enabled_ = true;
     bool hovered_ = false;
@@ -473,15 +389,8 @@ private:
     bool clipsChildren_ = false;
     bool drawing_ = false;
     bool arranging_ = false;
-    Size minimumSize_;
-    Size maximumSize_;
-    std::int32_t horizontalSpacing_ = 0;
-    std::int32_t verticalSpacing_ = 0;
-    std::int32_t horizontalMargin_ = 0;
-    std::int32_t verticalMargin_ = 0;
-    Alignment horizontalAlignment_ = Alignment::kStart;
-    Alignment verticalAlignment_ = Alignment::kStart;
-    Arrangement arrangement_ = Arrangement::kManual;
+    bool updatePending_ = false;
+    Arrangement arrangement_;
     MouseCursor cursor_ = MouseCursor::kArrow;
     std::int32_t focusOrder_ = 0;
     std::uint32_t updateDepth_ = 0;

@@ -5,53 +5,48 @@
 
 namespace zustd {
 
-const MessageKind Control::kEnterHovering(L"enterHovering.Control", MessageWords::kNumbers);
-const MessageKind Control::kLeaveHovering(L"leaveHovering.Control", MessageWords::kNumbers);
-const MessageKind Control::kEnterLeftClicking(L"enterLeftClicking.Control", MessageWords::kNumbers);
-const MessageKind Control::kLeaveLeftClicking(L"leaveLeftClicking.Control", MessageWords::kNumbers);
-const MessageKind Control::kEnterRightClicking(L"enterRightClicking.Control",
-                                               MessageWords::kNumbers);
-const MessageKind Control::kLeaveRightClicking(L"leaveRightClicking.Control",
-                                               MessageWords::kNumbers);
-const MessageKind Control::kEnterFocus(L"enterFocus.Control", MessageWords::kNumbers);
-const MessageKind Control::kLeaveFocus(L"leaveFocus.Control", MessageWords::kNumbers);
-const MessageKind Control::kLeftClicked(L"leftClicked.Control", MessageWords::kNumbers);
-const MessageKind Control::kRightClicked(L"rightClicked.Control", MessageWords::kNumbers);
-const MessageKind Control::kDragging(L"dragging.Control", MessageWords::kNumbers);
-const MessageKind Control::kDropped(L"dropped.Control", MessageWords::kNumbers);
-const MessageKind Control::kScrolledMousewheel(L"scrolledmousewheel.Control",
-                                               MessageWords::kNumbers);
-const MessageKind Control::kCtrlScrolledMousewheel(L"ctrlScrolledmousewheel.Control",
-                                                   MessageWords::kNumbers);
-const MessageKind Control::kShiftScrolledMousewheel(L"shiftScrolledmousewheel.Control",
-                                                    MessageWords::kNumbers);
-const MessageKind Control::kScrolled(L"scrolled.Control", MessageWords::kNumbers);
-const MessageKind Control::kScrolledHorizontally(L"scrolledhorizontally.Control",
-                                                 MessageWords::kNumbers);
-const MessageKind Control::kScrolledVertically(L"scrolledvertically.Control",
-                                               MessageWords::kNumbers);
-const MessageKind Control::kKeyPressed(L"keyPressed.Control", MessageWords::kNumbers);
-const MessageKind Control::kSelectNextItem(L"selectNextItem.Control", MessageWords::kNumbers);
-const MessageKind Control::kSelectPreviousItem(L"selectPreviousItem.Control",
-                                               MessageWords::kNumbers);
-const MessageKind Control::kMoveUp(L"moveUp.Control", MessageWords::kNumbers);
-const MessageKind Control::kMoveDown(L"moveDown.Control", MessageWords::kNumbers);
-const MessageKind Control::kToggleExpandCollapse(L"toggleExpandCollapse.Control",
-                                                 MessageWords::kNumbers);
-const MessageKind Control::kSelected(L"selected.Control", MessageWords::kNumbers);
-const MessageKind Control::kUnselected(L"unselected.Control", MessageWords::kNumbers);
-const MessageKind Control::kChangePreferredWidth(L"changePreferredWidth.Control",
-                                                 MessageWords::kNumbers);
-const MessageKind Control::kChangePreferredHeight(L"changePreferredHeight.Control",
-                                                  MessageWords::kNumbers);
-const MessageKind Control::kShouldRefresh(L"shouldRefresh.Control", MessageWords::kNumbers);
+namespace {
+
+constexpr MessageWords kNumbers = MessageWords::kNumbers;
+constexpr MessageWords kObject = MessageWords::kObject;
+
+}  // namespace
+
+const MessageKind Control::kEnterHovering(L"enterHovering.Control", kNumbers);
+const MessageKind Control::kLeaveHovering(L"leaveHovering.Control", kNumbers);
+const MessageKind Control::kEnterLeftClicking(L"enterLeftClicking.Control", kNumbers);
+const MessageKind Control::kLeaveLeftClicking(L"leaveLeftClicking.Control", kNumbers);
+const MessageKind Control::kEnterRightClicking(L"enterRightClicking.Control", kNumbers);
+const MessageKind Control::kLeaveRightClicking(L"leaveRightClicking.Control", kNumbers);
+const MessageKind Control::kEnterFocus(L"enterFocus.Control", kNumbers);
+const MessageKind Control::kLeaveFocus(L"leaveFocus.Control", kNumbers);
+const MessageKind Control::kLeftClicked(L"leftClicked.Control", kNumbers);
+const MessageKind Control::kRightClicked(L"rightClicked.Control", kNumbers);
+const MessageKind Control::kDragging(L"dragging.Control", kNumbers);
+const MessageKind Control::kDropped(L"dropped.Control", kNumbers);
+const MessageKind Control::kScrolledMousewheel(L"scrolledmousewheel.Control", kNumbers);
+const MessageKind Control::kCtrlScrolledMousewheel(L"ctrlScrolledmousewheel.Control", kNumbers);
+const MessageKind Control::kShiftScrolledMousewheel(L"shiftScrolledmousewheel.Control", kNumbers);
+const MessageKind Control::kScrolled(L"scrolled.Control", kNumbers);
+const MessageKind Control::kScrolledHorizontally(L"scrolledhorizontally.Control", kNumbers);
+const MessageKind Control::kScrolledVertically(L"scrolledvertically.Control", kNumbers);
+const MessageKind Control::kKeyPressed(L"keyPressed.Control", kNumbers);
+const MessageKind Control::kSelectNextItem(L"selectNextItem.Control", kNumbers);
+const MessageKind Control::kSelectPreviousItem(L"selectPreviousItem.Control", kNumbers);
+const MessageKind Control::kMoveUp(L"moveUp.Control", kNumbers);
+const MessageKind Control::kMoveDown(L"moveDown.Control", kNumbers);
+const MessageKind Control::kToggleExpandCollapse(L"toggleExpandCollapse.Control", kNumbers);
+const MessageKind Control::kSelected(L"selected.Control", kNumbers);
+const MessageKind Control::kUnselected(L"unselected.Control", kNumbers);
+const MessageKind Control::kChangePreferredWidth(L"changePreferredWidth.Control", kNumbers);
+const MessageKind Control::kChangePreferredHeight(L"changePreferredHeight.Control", kNumbers);
+const MessageKind Control::kShouldRefresh(L"shouldRefresh.Control", kNumbers);
 const MessageKind Control::kShouldReselectCurrentChild(L"shouldReselectCurrentChild.Control",
-                                                       MessageWords::kNumbers);
+                                                       kNumbers);
 const MessageKind Control::kShouldScrollChildIntoView(L"shouldScrollChildIntoView.Control",
-                                                      MessageWords::kObject);
-const MessageKind Control::kBeforeDisplayTooltip(L"beforeDisplayTooltip.Control",
-                                                 MessageWords::kNumbers);
-const MessageKind Control::kClose(L"close.Control", MessageWords::kObject);
+                                                      kObject);
+const MessageKind Control::kBeforeDisplayTooltip(L"beforeDisplayTooltip.Control", kNumbers);
+const MessageKind Control::kClose(L"close.Control", kObject);
 
 MessageWord wordOfPoint(Point point) noexcept {
     const std::uint64_t bits = (std::uint64_t{static_cast<std::uint32_t>(point.y)} << 32) |
@@ -92,37 +87,30 @@ void Control::showTooltip(Point place) { startTooltip(*this, place); }
 
 void Control::hideTooltip() { stopTooltip(*this); }
 
-void Control::acceptHover(bool hovered) {
-    if (hovered_ != hovered) {
+void Control::acceptState(bool& member, bool value, const MessageKind& entered,
+                          const MessageKind& left) {
+    if (member != value) {
         const std::shared_ptr<Control> self = sharedReference(this);
-        hovered_ = hovered;
+        member = value;
         onInputStateChanged();
-        notify(hovered ? kEnterHovering : kLeaveHovering);
+        notify(value ? entered : left);
     }
 }
 
+void Control::acceptHover(bool hovered) {
+    acceptState(hovered_, hovered, kEnterHovering, kLeaveHovering);
+}
+
 void Control::acceptPress(bool left, bool pressed) {
-    bool& state = left ? leftPressed_ : rightPressed_;
-    if (state == pressed) {
-        return;
-    }
-    const std::shared_ptr<Control> self = sharedReference(this);
-    state = pressed;
-    onInputStateChanged();
     if (left) {
-        notify(pressed ? kEnterLeftClicking : kLeaveLeftClicking);
+        acceptState(leftPressed_, pressed, kEnterLeftClicking, kLeaveLeftClicking);
     } else {
-        notify(pressed ? kEnterRightClicking : kLeaveRightClicking);
+        acceptState(rightPressed_, pressed, kEnterRightClicking, kLeaveRightClicking);
     }
 }
 
 void Control::acceptFocus(bool focused) {
-    if (focused_ != focused) {
-        const std::shared_ptr<Control> self = sharedReference(this);
-        focused_ = focused;
-        onInputStateChanged();
-        notify(focused ? kEnterFocus : kLeaveFocus);
-    }
+    acceptState(focused_, focused, kEnterFocus, kLeaveFocus);
 }
 
 void Control::onInputStateChanged() {}
@@ -148,7 +136,7 @@ bool Control::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord
         return true;
     }
     if ((kind == kChangePreferredWidth || kind == kChangePreferredHeight) &&
-        arrangement_ != Arrangement::kManual) {
+        arrangement_.flow != Flow::kManual) {
         // This one may be larger or smaller now too, and goes on to say so.
         arrange();
     }

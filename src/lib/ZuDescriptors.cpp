@@ -91,10 +91,6 @@ bool BitmapDescriptor::setIdentifier(std::uint64_t identifier) {
 
 bool BitmapDescriptor::setSize(Size size) { return assign(*this, size_, size, L"size"); }
 
-bool BitmapListDescriptor::setIdentifiers(const std::vector<std::uint64_t>& identifiers) {
-    return assign(*this, identifiers_, identifiers, L"identifiers");
-}
-
 bool BitmapListDescriptor::setSize(Size size) { return assign(*this, size_, size, L"size"); }
 
 }  // namespace zustd

@@ -172,7 +172,6 @@ public:
     // In pixels at a scaling factor of 1.
     Size size() const noexcept { return size_; }
 
-    bool setIdentifiers(const std::vector<std::uint64_t>& identifiers);
     bool setSize(Size size);
 
 private:

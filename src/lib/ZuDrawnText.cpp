@@ -49,10 +49,6 @@ bool isPressingKey(const KeyEvent& event) noexcept {
            !event.has(kModifierControl | kModifierAlt);
 }
 
-std::int32_t widthWithin(std::int32_t width, std::int32_t margin) noexcept {
-    return width <= 0 ? 0 : std::max(saturate(width - 2 * std::int64_t{margin}), 1);
-}
-
 DrawnText::DrawnText(const std::wstring& text) : text_(std::make_shared<TextDescriptor>(text)) {}
 
 std::wstring DrawnText::text() const { return text_ ? text_->text(*this) : std::wstring(); }
@@ -80,13 +76,13 @@ bool DrawnText::setTextAlignment(TextAlignment horizontal, TextAlignment vertica
 }
 
 Size DrawnText::preferredSize() {
-    return withMargins(textSize(widthWithin(maximumSize().width, horizontalMargin())));
+    const std::int32_t maximum = placement().maximum.width;
+    return sizeAround(textSize(maximum > 0 ? innerWidth(maximum) : 0));
 }
 
 Size DrawnText::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t maximum = maximumSize().width;
-    const std::int32_t limit = maximum > 0 ? std::min(width, maximum) : width;
-    return withMargins(textSize(widthWithin(std::max(limit, 1), horizontalMargin())));
+    const std::int32_t maximum = placement().maximum.width;
+    return sizeAround(textSize(innerWidth(maximum > 0 ? std::min(width, maximum) : width)));
 }
 
 void DrawnText::drawSelf(GraphicsService& graphics) {
@@ -128,10 +124,5 @@ void DrawnText::drawBackground(GraphicsService& graphics) const {
 }
 
 bool DrawnText::changeFormat(const TextFormat& format) { return change(format_, format); }
-
-Size DrawnText::withMargins(Size size) const noexcept {
-    return withinLimits({saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
-                         saturate(size.height + 2 * std::int64_t{verticalMargin()})});
-}
 
 }  // namespace zustd

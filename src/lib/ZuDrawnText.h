@@ -31,9 +31,6 @@ std::wstring withoutAccessKeys(std::wstring_view caption);
 // Whether a key presses a drawn button or link: Space or Enter alone.
 bool isPressingKey(const KeyEvent& event) noexcept;
 
-// A width with the margins taken off, 1 or more; 0, no limit, stays 0.
-std::int32_t widthWithin(std::int32_t width, std::int32_t margin) noexcept;
-
 class DrawnText : public Control {
 public:
     DrawnText() = default;
@@ -75,8 +72,6 @@ protected:
     bool changeFormat(const TextFormat& format);
 
 private:
-    Size withMargins(Size size) const noexcept;
-
     std::shared_ptr<TextDescriptor> text_;
     std::shared_ptr<FontDescriptor> font_;
     TextFormat format_;

@@ -25,7 +25,7 @@ ForkControl::ForkControl(const std::wstring& caption) : DrawnText(caption) {
 void ForkControl::initialize() {
     DrawnText::initialize();
     body_ = makeControl<Control>();
-    body_->setArrangement(Arrangement::kColumns);
+    body_->setArrangement({.flow = Flow::kColumns});
     body_->setTakesMouse(false);
     body_->setVisible(open_);
     addChild(body_);

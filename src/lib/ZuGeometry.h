@@ -51,6 +51,17 @@ struct Size {
     // A size of no area, which as a maximum means "no limit".
     constexpr bool isEmpty() const noexcept { return width <= 0 || height <= 0; }
 
+    // With a border on both sides of each axis.
+    constexpr Size grownBy(Size border) const noexcept {
+        return {saturate(width + 2 * std::int64_t{border.width}),
+                saturate(height + 2 * std::int64_t{border.height})};
+    }
+    // Without such a border, 1 pixel or more.
+    constexpr Size shrunkBy(Size border) const noexcept {
+        return {std::max(saturate(width - 2 * std::int64_t{border.width}), 1),
+                std::max(saturate(height - 2 * std::int64_t{border.height}), 1)};
+    }
+
     friend constexpr bool operator==(const Size&, const Size&) = default;
 };
 

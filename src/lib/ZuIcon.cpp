@@ -59,9 +59,7 @@ bool Icon::setOpacity(double opacity) {
 }
 
 Size Icon::preferredSize() {
-    const Size size = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
-    return withinLimits({saturate(size.width + 2 * std::int64_t{horizontalMargin()}),
-                         saturate(size.height + 2 * std::int64_t{verticalMargin()})});
+    return sizeAround(bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size());
 }
 
 void Icon::drawSelf(GraphicsService& graphics) {

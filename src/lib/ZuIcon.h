@@ -26,7 +26,6 @@ public:
     const std::shared_ptr<BitmapDescriptor>& bitmap() const noexcept { return bitmap_; }
     bool setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap);
     // An icon whose bitmap is not visible keeps its size and draws nothing.
-    bool isBitmapVisible() const noexcept { return bitmapVisible_; }
     bool setBitmapVisible(bool visible);
     // From 0, invisible, to 1, opaque; taken to the nearest of these.
     double opacity() const noexcept { return opacity_; }

@@ -15,7 +15,6 @@ public:
     bool setWordWrap(bool wraps);
     // Whether "&" underlines the next character; it is an ordinary one at
     // first.
-    bool showsAccessKeys() const noexcept { return textFormat().accelerators; }
     bool setAccessKeys(bool shows);
 };
 

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 #include <vector>
+
+#include "ZuControl.h"
 
 namespace zustd {
 
@@ -10,22 +13,6 @@ namespace {
 
 // Log readers know the failed counts as those of the control that is laid out.
 constexpr const wchar_t* kUnit = L"src/lib/ZuControl";
-
-// Rows and columns are each other's mirror image at the main diagonal. The
-// algorithm below thinks in rows; this turns what goes in and what comes out.
-class Axis {
-public:
-    explicit Axis(bool columns) noexcept : columns_(columns) {}
-
-    Rect turn(const Rect& rect) const noexcept {
-        return columns_ ? Rect{rect.top, rect.left, rect.bottom, rect.right} : rect;
-    }
-    Size turn(Size size) const noexcept { return columns_ ? Size{size.height, size.width} : size; }
-    bool isColumns() const noexcept { return columns_; }
-
-private:
-    bool columns_;
-};
 
 // One row: the children from begin to end that take part, and how many they are.
 struct Line {
@@ -43,30 +30,26 @@ struct Spread {
     std::int64_t gap = 0;
 };
 
-bool takesPart(const std::shared_ptr<Control>& child) noexcept {
-    return child && child->isVisible();
-}
-
-}  // namespace
-
-// One layout. Between its passes a child's size is kept in the child itself.
+// One layout. Rows and columns are each other's mirror image at the main
+// diagonal: what follows thinks in rows, and turn() what goes in and comes out.
 class LineLayout {
 public:
-    LineLayout(const Control& parent, const Rect& area,
-               std::span<const std::shared_ptr<Control>> children, const LayoutOptions& options,
-               Axis axis)
-        : axis_(axis),
-          area_(axis.turn(area)),
-          children_(children),
-          options_(options),
-          spacing_(axis.turn(Size{parent.horizontalSpacing(), parent.verticalSpacing()})),
-          crossAlignment_(axis.isColumns() ? parent.horizontalAlignment()
-                                           : parent.verticalAlignment()),
-          uniformWidth_(axis.isColumns() ? options.uniformHeight : options.uniformWidth),
-          uniformHeight_(axis.isColumns() ? options.uniformWidth : options.uniformHeight) {}
+    LineLayout(const Arrangement& arrangement, const Rect& area,
+               std::span<const std::shared_ptr<Control>> children)
+        : columns_(arrangement.flow == Flow::kColumns),
+          how_(arrangement),
+          area_(turn(area)),
+          children_(children) {
+        if (columns_) {
+            how_.spacing = turn(how_.spacing);
+            std::swap(how_.horizontal, how_.vertical);
+            std::swap(how_.uniformWidth, how_.uniformHeight);
+        }
+        sizes_.reserve(children_.size());
+        breakLines();
+    }
 
     LayoutResult run() {
-        breakLines(true);
         for (Line& line : lines_) {
             shareLeftover(line);
         }
@@ -76,88 +59,89 @@ public:
         for (Line& line : lines_) {
             line.top = top;
             placeLine(line, result);
-            top += std::int64_t{line.height} + spacing_.height;
+            top += std::int64_t{line.height} + how_.spacing.height;
         }
-        result.contentSize = axis_.turn(result.contentSize);
+        result.contentSize = turn(result.contentSize);
         return result;
     }
 
-    Size measure() {
-        breakLines(false);
+    Size measure() const {
         Size content;
         std::int64_t top = 0;
         for (const Line& line : lines_) {
             std::int64_t width = line.width;
-            if (uniformWidth_) {
+            if (how_.uniformWidth) {
                 const auto count = static_cast<std::int64_t>(line.childCount);
-                width = count * largest_.width + (count - 1) * spacing_.width;
+                width = count * largest_.width + (count - 1) * how_.spacing.width;
             }
             content.width = std::max(content.width, saturate(width));
             // As run() does it: the next line begins below the line's own
             // height, even where its children are made higher.
-            const std::int64_t height = uniformHeight_ ? largest_.height : line.height;
+            const std::int64_t height = how_.uniformHeight ? largest_.height : line.height;
             content.height = std::max(content.height, saturate(top + height));
-            top += std::int64_t{line.height} + spacing_.height;
+            top += std::int64_t{line.height} + how_.spacing.height;
         }
-        return axis_.turn(content);
+        return turn(content);
     }
 
 private:
+    Rect turn(const Rect& rect) const noexcept {
+        return columns_ ? Rect{rect.top, rect.left, rect.bottom, rect.right} : rect;
+    }
+    Size turn(Size size) const noexcept { return columns_ ? Size{size.height, size.width} : size; }
+
     // Sizes the children one after another and cuts them into lines.
-    void breakLines(bool keepSizes) {
+    void breakLines() {
         std::int64_t x = area_.left;
         bool breakBefore = true;
         for (std::size_t i = 0; i < children_.size(); ++i) {
-            if (!takesPart(children_[i])) {
+            const Size size = startSize(children_[i].get());
+            sizes_.push_back(size);
+            if (!takesPart(i)) {
                 continue;
             }
-            Control& child = *children_[i];
-            const Size size = startSize(child);
-            if (keepSizes) {
-                child.boundary_ = axis_.turn(Rect::at({0, 0}, size));
-            }
+            const Placement& placement = children_[i]->placement();
             largest_.width = std::max(largest_.width, size.width);
             largest_.height = std::max(largest_.height, size.height);
             // Moving a child keeps it out of negative coordinates.
             const std::int64_t left = std::max<std::int64_t>(x, 0);
-            const bool reachesBeyond = options_.wrap && left + size.width - 1 > area_.right;
+            const bool reachesBeyond = how_.wrap && left + size.width - 1 > area_.right;
             if (breakBefore || reachesBeyond) {
-                openLine(i, size);
-                x = std::int64_t{area_.left} + spacing_.width + size.width;
-            } else {
-                Line& line = lines_.back();
-                line.width += std::int64_t{spacing_.width} + size.width;
-                line.height = std::max(line.height, size.height);
-                x += std::int64_t{spacing_.width} + size.width;
+                // The gap before its first child is none.
+                lines_.push_back({.begin = i, .width = -std::int64_t{how_.spacing.width}});
+                x = area_.left;
             }
-            joinLine(lines_.back(), i, child);
-            breakBefore = child.breaksLineAfter();
+            const std::int64_t step = std::int64_t{how_.spacing.width} + size.width;
+            x += step;
+            Line& line = lines_.back();
+            line.width += step;
+            line.height = std::max(line.height, size.height);
+            joinLine(line, i, placement.autoSized);
+            breakBefore = placement.breaksLineAfter;
         }
     }
 
-    Size startSize(Control& child) const {
-        Size size = axis_.turn(options_.measure ? child.preferredSize() : child.boundary().size());
-        if (child.isAutoSized()) {
-            size.width = axis_.turn(child.minimumSize()).width;
+    // Without width for one that takes no part.
+    Size startSize(Control* child) const {
+        if (child == nullptr || !child->isVisible()) {
+            return {};
+        }
+        Size size = turn(how_.measure ? child->preferredSize() : child->boundary().size());
+        if (child->placement().autoSized) {
+            size.width = turn(child->placement().minimum).width;
         }
         // No control is smaller than a pixel.
         return {std::max(size.width, 1), std::max(size.height, 1)};
     }
 
-    void openLine(std::size_t index, Size size) {
-        Line line;
-        line.begin = index;
-        line.width = size.width;
-        line.height = size.height;
-        lines_.push_back(line);
-    }
+    bool takesPart(std::size_t index) const noexcept { return sizes_[index].width != 0; }
 
-    void joinLine(Line& line, std::size_t index, const Control& child) const {
+    void joinLine(Line& line, std::size_t index, bool autoSized) const {
         line.end = index + 1;
         ++line.childCount;
-        checkLayoutCount(line.childCount, axis_.isColumns() ? L"(childrenInColumn)<=LONG_MAX"
-                                                            : L"(childrenInRow)<=LONG_MAX");
-        if (child.isAutoSized()) {
+        checkLayoutCount(line.childCount,
+                         columns_ ? L"(childrenInColumn)<=LONG_MAX" : L"(childrenInRow)<=LONG_MAX");
+        if (autoSized) {
             ++line.autoSizedCount;
             checkLayoutCount(line.autoSizedCount, L"(autoSizedChildCount)<=LONG_MAX");
         }
@@ -168,7 +152,7 @@ private:
     }
 
     // The last auto-sized child gets what the division leaves over.
-    void shareLeftover(Line& line) const {
+    void shareLeftover(Line& line) {
         if (line.autoSizedCount == 0) {
             return;
         }
@@ -177,39 +161,36 @@ private:
         const std::int64_t share = leftover / count;
         std::int64_t remaining = count;
         for (std::size_t i = line.begin; i < line.end; ++i) {
-            if (!takesPart(children_[i]) || !children_[i]->isAutoSized()) {
-                continue;
+            if (takesPart(i) && children_[i]->placement().autoSized) {
+                --remaining;
+                line.width += widen(i, remaining == 0 ? leftover - share * (count - 1) : share);
             }
-            --remaining;
-            const std::int64_t extra = remaining == 0 ? leftover - share * (count - 1) : share;
-            line.width += widen(*children_[i], extra);
         }
     }
 
     // How much the child's width has changed.
-    std::int64_t widen(Control& child, std::int64_t extra) const {
-        Size size = axis_.turn(child.boundary_.size());
-        const std::int32_t before = size.width;
-        const std::int32_t maximum = axis_.turn(child.maximumSize()).width;
-        size.width = saturate(before + extra);
+    std::int64_t widen(std::size_t index, std::int64_t extra) {
+        std::int32_t& width = sizes_[index].width;
+        const std::int32_t before = width;
+        const std::int32_t maximum = turn(children_[index]->placement().maximum).width;
+        width = saturate(before + extra);
         if (maximum != 0) {
-            size.width = std::min(size.width, maximum);
+            width = std::min(width, maximum);
         }
-        size.width = std::max(size.width, 1);
-        child.boundary_ = axis_.turn(Rect::at({0, 0}, size));
-        return std::int64_t{size.width} - before;
+        width = std::max(width, 1);
+        return std::int64_t{width} - before;
     }
 
     Spread spreadOf(const Line& line) const noexcept {
         const std::int64_t leftover = leftoverOf(line);
         const std::int64_t room = std::max<std::int64_t>(leftover, 0);
-        switch (options_.alignment) {
+        switch (how_.horizontal) {
             case Alignment::kStart:
-                return {0, spacing_.width};
+                return {0, how_.spacing.width};
             case Alignment::kEnd:
-                return {room, spacing_.width};
+                return {room, how_.spacing.width};
             case Alignment::kCentre:
-                return {room / 2, spacing_.width};
+                return {room / 2, how_.spacing.width};
             case Alignment::kJustify:
                 // Without the spacing: the leftover is all that there is
                 // between the children.
@@ -225,26 +206,22 @@ private:
         const Spread spread = spreadOf(line);
         std::int64_t left = area_.left + spread.offset;
         for (std::size_t i = line.begin; i < line.end; ++i) {
-            if (!takesPart(children_[i])) {
+            if (!takesPart(i)) {
                 continue;
             }
-            Control& child = *children_[i];
-            Size size = axis_.turn(child.boundary_.size());
-            size.width = uniformWidth_ ? largest_.width : size.width;
-            size.height = uniformHeight_ ? largest_.height : size.height;
-            const Rect rect = Rect::at({saturate(left), saturate(topOf(line, size.height))}, size);
-            // Moving a child keeps it out of negative coordinates, and its size.
-            const Rect placed =
-                Rect::at({std::max(rect.left, 0), std::max(rect.top, 0)}, rect.size());
-            child.place(axis_.turn(placed));
-            left = std::int64_t{placed.right} + 1 + spread.gap;
-            noteReach(placed, result);
+            const Size size{how_.uniformWidth ? largest_.width : sizes_[i].width,
+                            how_.uniformHeight ? largest_.height : sizes_[i].height};
+            Rect place = Rect::at({}, size);
+            place.moveTo({saturate(left), saturate(topOf(line, size.height))});
+            children_[i]->place(turn(place));
+            left = std::int64_t{place.right} + 1 + spread.gap;
+            noteReach(place, result);
         }
     }
 
     std::int64_t topOf(const Line& line, std::int32_t height) const noexcept {
         const std::int64_t bottom = line.top + line.height - 1;
-        switch (crossAlignment_) {
+        switch (how_.vertical) {
             case Alignment::kEnd:
             case Alignment::kJustify:
                 return bottom - height + 1;
@@ -267,39 +244,26 @@ private:
         }
     }
 
-    Axis axis_;
+    bool columns_;
+    Arrangement how_;
     Rect area_;
     std::span<const std::shared_ptr<Control>> children_;
-    LayoutOptions options_;
-    Size spacing_;
-    Alignment crossAlignment_;
-    bool uniformWidth_;
-    bool uniformHeight_;
+    // Of the children, one each, until they are placed.
+    std::vector<Size> sizes_;
     std::vector<Line> lines_;
     Size largest_;
 };
 
-LayoutResult layoutInRows(const Control& parent, const Rect& area,
-                          std::span<const std::shared_ptr<Control>> children,
-                          const LayoutOptions& options) {
-    return LineLayout(parent, area, children, options, Axis(false)).run();
+}  // namespace
+
+LayoutResult layOut(const Arrangement& arrangement, const Rect& area,
+                    std::span<const std::shared_ptr<Control>> children) {
+    return LineLayout(arrangement, area, children).run();
 }
 
-LayoutResult layoutInColumns(const Control& parent, const Rect& area,
-                             std::span<const std::shared_ptr<Control>> children,
-                             const LayoutOptions& options) {
-    return LineLayout(parent, area, children, options, Axis(true)).run();
-}
-
-Size measureRows(const Control& parent, const Rect& area,
-                 std::span<const std::shared_ptr<Control>> children, const LayoutOptions& options) {
-    return LineLayout(parent, area, children, options, Axis(false)).measure();
-}
-
-Size measureColumns(const Control& parent, const Rect& area,
-                    std::span<const std::shared_ptr<Control>> children,
-                    const LayoutOptions& options) {
-    return LineLayout(parent, area, children, options, Axis(true)).measure();
+Size measureLayout(const Arrangement& arrangement, const Rect& area,
+                   std::span<const std::shared_ptr<Control>> children) {
+    return LineLayout(arrangement, area, children).measure();
 }
 
 void checkLayoutCount(std::size_t count, const wchar_t* text) {

@@ -1,35 +1,66 @@
-// Puts controls into rows or columns.
+// How controls are put into rows or columns: what is asked for, and the
+// algorithm that does it.
 //
-// Both are one algorithm over an axis: along the main axis children follow one
-// another, and lines of them (rows, or columns) follow each other across it.
-// What rows call width, left and horizontal spacing, columns call height, top
-// and vertical spacing. Lines break after a child that asks for it and, with
-// wrap, before a child that would reach past the area's end.
+// Rows run from left to right, one below the other; columns are the same with
+// the axes exchanged. Lines break after a child that asks for it and, where
+// they wrap, before a child that would reach past the area's end.
 //
 // Auto-sized children begin at their minimum and share what their line leaves
 // of the area; a negative leftover shrinks them. A share that a maximum cuts is
-// not handed on. The main alignment spreads the rest. The passes are linear in
-// the number of children and allocate one record a line.
+// not handed on. The alignment along the lines spreads the rest. The passes
+// are linear in the number of children and allocate a size for each of them
+// and a record for each line.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <span>
 
-#include "ZuControl.h"
 #include "ZuGeometry.h"
 
 namespace zustd {
 
-struct LayoutOptions {
-    // Along the main axis.
-    Alignment alignment = Alignment::kStart;
+class Control;
+
+// Along an axis. Other numbers are kept and mean: at the start, without gaps.
+enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustify = 3 };
+
+// What a control makes of its children; with kManual they stay where they were
+// put.
+enum class Flow : std::uint32_t { kManual, kRows, kColumns };
+
+// How a control arranges its children.
+struct Arrangement {
+    Flow flow = Flow::kManual;
+    // In rows the horizontal one spreads the children along the row and the
+    // vertical one places each across it; in columns it is the other way
+    // round. Across the line kJustify means kEnd.
+    Alignment horizontal = Alignment::kStart;
+    Alignment vertical = Alignment::kStart;
+    // Between neighbours, and around all of them.
+    Size spacing{};
+    Size margin{};
+    bool wrap = false;
     // All children as wide, or as high, as the largest of them.
     bool uniformWidth = false;
     bool uniformHeight = false;
     // Children get the size that they prefer; otherwise they keep theirs.
-    bool measure = false;
-    bool wrap = false;
+    bool measure = true;
+
+    friend bool operator==(const Arrangement&, const Arrangement&) = default;
+};
+
+// How a control is placed among the children of another one.
+struct Placement {
+    Size minimum{};
+    // 0 means no limit on that axis.
+    Size maximum{};
+    // Takes its share of what its row or column leaves.
+    bool autoSized = false;
+    bool breaksLineAfter = false;
+
+    friend bool operator==(const Placement&, const Placement&) = default;
 };
 
 struct LayoutResult {
@@ -41,26 +72,21 @@ struct LayoutResult {
     std::size_t lineCount = 0;
 };
 
-// Moves and sizes the visible children; null and invisible ones are passed
-// over. The spacings and the alignment across the lines are the parent's. The
-// children's new places are not shown: call the parent's showChildren() when
-// all is in place. More than a signed 32-bit number of children in a line fails
-// the assertion "(childrenInRow)<=LONG_MAX" or "(childrenInColumn)<=LONG_MAX",
-// of auto-sized ones "(autoSizedChildCount)<=LONG_MAX".
-LayoutResult layoutInRows(const Control& parent, const Rect& area,
-                          std::span<const std::shared_ptr<Control>> children,
-                          const LayoutOptions& options);
-LayoutResult layoutInColumns(const Control& parent, const Rect& area,
-                             std::span<const std::shared_ptr<Control>> children,
-                             const LayoutOptions& options);
+// Moves and sizes the visible children, in rows unless the arrangement says
+// columns; null and invisible ones are passed over, and the margin is the
+// caller's. All are measured before the first is moved: a child that fails to
+// say what it prefers leaves the others where they are. The new places are not
+// shown: call the parent's showChildren() when all is in place. More than a
+// signed 32-bit number of children in a line fails the assertion
+// "(childrenInRow)<=LONG_MAX" or "(childrenInColumn)<=LONG_MAX", of auto-sized
+// ones "(autoSizedChildCount)<=LONG_MAX".
+LayoutResult layOut(const Arrangement& arrangement, const Rect& area,
+                    std::span<const std::shared_ptr<Control>> children);
 
 // The room that the same layout takes when auto-sized children stay at their
 // minimum and nothing is spread. No child is moved.
-Size measureRows(const Control& parent, const Rect& area,
-                 std::span<const std::shared_ptr<Control>> children, const LayoutOptions& options);
-Size measureColumns(const Control& parent, const Rect& area,
-                    std::span<const std::shared_ptr<Control>> children,
-                    const LayoutOptions& options);
+Size measureLayout(const Arrangement& arrangement, const Rect& area,
+                   std::span<const std::shared_ptr<Control>> children);
 
 // Fails the assertion with this text when a count does not fit into a signed
 // 32-bit number.

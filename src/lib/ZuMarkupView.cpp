@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "ZuGraphicsService.h"
-#include "ZuLayout.h"
 #include "ZuWindowService.h"
 #include "ZuXml.h"
 
@@ -49,10 +48,6 @@ std::vector<XmlAttribute> attributesOf(std::wstring_view text) {
 std::uint32_t keyOf(const FontStyle& style) noexcept {
     return static_cast<std::uint32_t>(style.size) * 8 + (style.bold ? 4U : 0U) +
            (style.italic ? 2U : 0U) + (style.underline ? 1U : 0U);
-}
-
-std::int32_t withMargins(std::int32_t extent, std::int32_t margin) noexcept {
-    return saturate(extent + 2 * std::int64_t{margin});
 }
 
 }  // namespace
@@ -117,7 +112,7 @@ MarkupView::MarkupView() : MarkupView(std::wstring()) {}
 MarkupView::MarkupView(std::wstring markup)
     : markup_(std::move(markup)), waiting_(!markup_.empty()) {
     // Texts of different sizes stand on one line.
-    setAlignment(Alignment::kStart, Alignment::kEnd);
+    setArrangement({.vertical = Alignment::kEnd});
     // What a maximum size cuts off is not to be seen.
     setClipsChildren(true);
 }
@@ -157,14 +152,14 @@ bool MarkupView::setBoundary(const Rect& boundary) {
 
 Size MarkupView::preferredSize() {
     Size size = sizeWithin(layoutArea());
-    if (isAutoSized()) {
+    if (placement().autoSized) {
         size.height = sizeWithin(areaWithin(boundary().width())).height;
     }
     return size;
 }
 
 Size MarkupView::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t maximum = maximumSize().width;
+    const std::int32_t maximum = placement().maximum.width;
     return sizeWithin(areaWithin(maximum > 0 ? std::min(width, maximum) : width));
 }
 
@@ -236,7 +231,7 @@ void MarkupView::addText(std::wstring_view text, bool breaksLine) {
     }
     const Size size = measureText(text);
     const auto element = makeControl<MarkupText>(text, currentFont(), size);
-    element->setBreaksLineAfter(breaksLine);
+    element->setPlacement({.breaksLineAfter = breaksLine});
     addChild(element);
 }
 
@@ -259,7 +254,7 @@ void MarkupView::addWords(std::wstring_view text) {
 void MarkupView::addLineBreak() { addText(L" ", true); }
 
 Rect MarkupView::layoutArea() const {
-    const std::int32_t maximum = maximumSize().width;
+    const std::int32_t maximum = placement().maximum.width;
     std::int32_t width = givenWidth_ > 0 ? givenWidth_ : kUnlimited;
     if (maximum > 0) {
         width = std::min(width, maximum);
@@ -355,6 +350,8 @@ void MarkupView::applySetting(const XmlAttribute& attribute) {
         return;
     }
     const std::int32_t value = Xml::toLong(attribute.value);
+    Arrangement arranged = arrangement();
+    Placement placed = placement();
     // Whoever lies in the view learns of its size when parsing ends.
     if (name == L"width") {
         place(Rect::at(boundary().position(), {value, boundary().height()}));
@@ -362,24 +359,28 @@ void MarkupView::applySetting(const XmlAttribute& attribute) {
     } else if (name == L"height") {
         place(Rect::at(boundary().position(), {boundary().width(), value}));
     } else if (name == L"maxwidth") {
-        setMaximumSize({value, maximumSize().height});
+        placed.maximum.width = value;
     } else if (name == L"maxheight") {
-        setMaximumSize({maximumSize().width, value});
+        placed.maximum.height = value;
     } else if (name == L"hmargin") {
-        setMargins(value, verticalMargin());
+        arranged.margin.width = value;
     } else if (name == L"vmargin") {
-        setMargins(horizontalMargin(), value);
+        arranged.margin.height = value;
     } else if (name == L"hspacing") {
-        setSpacing(value, verticalSpacing());
+        arranged.spacing.width = value;
     } else if (name == L"vspacing") {
-        setSpacing(horizontalSpacing(), value);
+        arranged.spacing.height = value;
     }
+    setArrangement(arranged);
+    setPlacement(placed);
 }
 
 // Whether there is a flag of this name.
 bool MarkupView::applyFlag(const std::wstring& name, bool value) {
     if (name == L"autosize") {
-        setAutoSized(value);
+        Placement placed = placement();
+        placed.autoSized = value;
+        setPlacement(placed);
         return true;
     }
     if (name == L"wordwrap") {
@@ -448,38 +449,36 @@ Size MarkupView::measureText(std::wstring_view text) {
 
 // --- Size -----------------------------------------------------------------------------------
 
-LayoutOptions MarkupView::layoutOptions() const {
-    LayoutOptions options;
-    options.alignment = horizontalAlignment();
-    options.measure = true;
-    options.wrap = wordWrap_;
-    return options;
+Arrangement MarkupView::rows() const {
+    Arrangement rows = arrangement();
+    rows.flow = Flow::kRows;
+    rows.measure = true;
+    rows.wrap = wordWrap_;
+    return rows;
 }
 
 Rect MarkupView::areaWithin(std::int32_t width) const {
-    const std::int32_t room = saturate(width - 2 * std::int64_t{horizontalMargin()});
-    return Rect::at({horizontalMargin(), verticalMargin()}, {room, kUnlimited});
+    const Size margin = arrangement().margin;
+    return Rect::at({margin.width, margin.height}, {innerWidth(width), kUnlimited});
 }
 
 Size MarkupView::sizeWithin(const Rect& area) {
-    const Size content = measureRows(*this, area, children(), layoutOptions());
-    return withinLimits({withMargins(content.width, horizontalMargin()),
-                         withMargins(content.height, verticalMargin())});
+    return sizeAround(measureLayout(rows(), area, children()));
 }
 
 void MarkupView::takeSize() {
     Size size = sizeWithin(layoutArea_);
-    if (isAutoSized() && givenWidth_ > 0) {
+    if (placement().autoSized && givenWidth_ > 0) {
         size.width = withinLimits({givenWidth_, size.height}).width;
     }
     setBoundary(Rect::at(boundary().position(), size));
-    layoutInRows(*this, innerArea(), children(), layoutOptions());
+    layOut(rows(), innerArea(), children());
 }
 
 void MarkupView::arrangeChildren() {
     // Parsing sizes the view by itself.
     if (!parsing_) {
-        layoutInRows(*this, innerArea(), children(), layoutOptions());
+        layOut(rows(), innerArea(), children());
     }
 }
 

@@ -31,7 +31,6 @@
 
 namespace zustd {
 
-struct LayoutOptions;
 struct XmlAttribute;
 
 // A font that elements share.
@@ -156,9 +155,8 @@ private:
     bool applyFlag(const std::wstring& name, bool value);
     const std::shared_ptr<const MarkupFont>& currentFont();
     bool hasRoom();
-    void addElement(const std::shared_ptr<Control>& element);
     Size measureText(std::wstring_view text);
-    LayoutOptions layoutOptions() const;
+    Arrangement rows() const;
     Rect areaWithin(std::int32_t width) const;
     Size sizeWithin(const Rect& area);
     void takeSize();

@@ -36,7 +36,6 @@ public:
 
     // The dialog itself, once it has a window.
     void setDialog(HWND dialog) noexcept { dialog_ = dialog; }
-    bool hasEnded() const noexcept { return ended_; }
     int result() const noexcept { return result_; }
     // Enables the owner, so that it is there to be activated when the dialog's
     // window goes, and lets the loop end. The first call counts.

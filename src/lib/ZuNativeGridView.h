@@ -99,7 +99,6 @@ public:
     bool setMultiSelect(bool multiSelect);
     // What the tooltip of the row under the pointer says; asked for by the
     // backend after kBeforeDisplayRowTooltip was sent.
-    const std::wstring& rowTooltip() const noexcept { return rowTooltip_; }
     void setRowTooltip(const std::wstring& text) { rowTooltip_ = text; }
 
     // The nineteen operations. Each fails the assertion "impl_" without

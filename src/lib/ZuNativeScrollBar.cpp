@@ -18,8 +18,6 @@ NativeScrollBar::NativeScrollBar(bool vertical) : vertical_(vertical) {}
 
 NativeScrollBar::~NativeScrollBar() { releaseImplementation(); }
 
-bool NativeScrollBar::setVertical(bool vertical) { return change(vertical_, vertical); }
-
 bool NativeScrollBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     maximum = std::max(minimum, maximum);
     if (minimum_ == minimum && maximum_ == maximum) {

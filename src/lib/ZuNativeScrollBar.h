@@ -39,8 +39,6 @@ public:
     ~NativeScrollBar() override;
 
     bool isVertical() const noexcept { return vertical_; }
-    // A scroll bar that has a native object gets a new one.
-    bool setVertical(bool vertical);
     std::int32_t minimum() const noexcept { return minimum_; }
     // Inclusive; never below the minimum.
     std::int32_t maximum() const noexcept { return maximum_; }
@@ -77,7 +75,7 @@ private:
     std::int32_t position_ = 0;
     // What turns of the wheel have left over, in 120ths of a position.
     std::int64_t wheelRest_ = 0;
-    bool vertical_;
+    const bool vertical_;
 };
 
 }  // namespace zustd

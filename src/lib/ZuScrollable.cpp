@@ -113,12 +113,11 @@ bool ScrollView::scrollTo(const Control& inside) {
 }
 
 Size ScrollView::preferredSize() {
-    return withMargins(content_ ? content_->preferredSize() : Size());
+    return sizeAround(content_ ? content_->preferredSize() : Size());
 }
 
 Size ScrollView::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t room = std::max(saturate(width - 2 * std::int64_t{horizontalMargin()}), 1);
-    return withMargins(content_ ? content_->preferredSizeForWidth(room) : Size());
+    return sizeAround(content_ ? content_->preferredSizeForWidth(innerWidth(width)) : Size());
 }
 
 // --- Input ----------------------------------------------------------------------------------
@@ -205,11 +204,6 @@ bool ScrollView::scrollByWheel(const MouseEvent& event) {
     }
     // Away from the user is up, or to the left.
     return sideways ? scrollBy(saturate(-pixels), 0) : scrollBy(0, saturate(-pixels));
-}
-
-Size ScrollView::withMargins(Size content) const {
-    return withinLimits({saturate(content.width + 2 * std::int64_t{horizontalMargin()}),
-                         saturate(content.height + 2 * std::int64_t{verticalMargin()})});
 }
 
 // --- Layout ---------------------------------------------------------------------------------

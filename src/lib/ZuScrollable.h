@@ -67,7 +67,6 @@ private:
     bool isInside(const Control* control) const noexcept;
     std::int32_t lineSize() const;
     std::int32_t thicknessOf(std::shared_ptr<NativeScrollBar>& bar, bool vertical);
-    Size withMargins(Size content) const;
     Size measureContent(Size room);
     void placeBars(Size room, Size thickness);
     void placeContent(Size size);

@@ -15,8 +15,7 @@ namespace {
 
 constexpr wchar_t kTimerName[] = L"ttTimer";
 // At a scaling factor of 1.
-constexpr std::int32_t kHorizontalMargin = 6;
-constexpr std::int32_t kVerticalMargin = 3;
+constexpr Size kMargin{6, 3};
 constexpr Color kPaper = Color::rgb(0xFF, 0xFF, 0xE1);
 constexpr Color kInk = Color::rgb(0, 0, 0);
 constexpr Color kFrame = Color::rgb(0x76, 0x76, 0x76);
@@ -65,7 +64,7 @@ void fillDialog(NativeDialog& dialog, const Control& control, const TooltipOptio
     content.setText(control.tooltip().text(control));
     content.setFont(options.font);
     content.setColors(options.colors);
-    content.setMaximumSize(options.maximumSize);
+    content.setPlacement({.maximum = options.maximumSize});
     const Size size = content.preferredSize();
     content.setBoundary(Rect::at({0, 0}, size));
     dialog.setSize(size);
@@ -109,32 +108,27 @@ std::wstring tooltipDialogKey(const Control& control) { return L"TTDIALOG:" + co
 
 Tooltip::Tooltip() {
     setTakesMouse(false);
-    setMargins(kHorizontalMargin, kVerticalMargin);
+    setArrangement({.margin = kMargin});
 }
 
 Size Tooltip::preferredSize() {
-    Size size{2 * horizontalMargin(), 2 * verticalMargin()};
+    const Size margin = arrangement().margin;
     const std::shared_ptr<WindowService> window = windowService();
     const std::shared_ptr<GraphicsService> graphics = graphicsService();
-    if (!window || !graphics) {
-        return size;
+    const std::shared_ptr<Font> font = window ? window->getFont(font_) : nullptr;
+    if (!font || !graphics) {
+        return Size().grownBy(margin);
     }
-    const std::shared_ptr<Font> font = window->getFont(font_);
-    if (!font) {
-        return size;
-    }
-    const Size maximum = maximumSize();
-    const std::int32_t room =
-        maximum.isEmpty() ? 0 : std::max(saturate(std::int64_t{maximum.width} - size.width), 1);
     Size text = graphics->measureTextSize(text_, *font);
-    if (room != 0 && text.width > room) {
+    const Size maximum = placement().maximum;
+    if (maximum.isEmpty()) {
+        return text.grownBy(margin);
+    }
+    if (const std::int32_t room = innerWidth(maximum.width); text.width > room) {
         text = graphics->measureTextSize(text_, *font, room);
     }
-    size = {saturatedSum(size.width, text.width), saturatedSum(size.height, text.height)};
-    if (!maximum.isEmpty()) {
-        size = {std::min(size.width, maximum.width), std::min(size.height, maximum.height)};
-    }
-    return size;
+    const Size size = text.grownBy(margin);
+    return {std::min(size.width, maximum.width), std::min(size.height, maximum.height)};
 }
 
 void Tooltip::drawSelf(GraphicsService& graphics) {
@@ -153,7 +147,7 @@ void Tooltip::drawSelf(GraphicsService& graphics) {
 
 void Tooltip::onJoinedSurface() {
     Control::onJoinedSurface();
-    setMargins(scale(kHorizontalMargin), scale(kVerticalMargin));
+    setArrangement({.margin = {scale(kMargin.width), scale(kMargin.height)}});
 }
 
 void startTooltip(Control& control, Point place) {

@@ -6,12 +6,26 @@
 // end of the surface, releases both.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "ZuControl.h"
 
 namespace zustd {
+
+// How a control shows its tooltip.
+struct TooltipOptions {
+    // How long the pointer rests before, in milliseconds; 1 or more.
+    std::uint32_t delay = 500;
+    // From the pointer, in pixels.
+    Point offset{0, 20};
+    // In pixels; without an area there is no limit.
+    Size maximumSize{400, 300};
+    // Null for the defaults.
+    std::shared_ptr<FontDescriptor> font;
+    std::shared_ptr<ColorsDescriptor> colors;
+};
 
 // The keys of a control's timer and dialog.
 std::wstring tooltipTimerKey(const Control& control);

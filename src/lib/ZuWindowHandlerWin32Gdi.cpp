@@ -365,10 +365,10 @@ void WindowHandlerWin32Gdi::applyLimits(MINMAXINFO& limits) const {
             value = saturatedSum(client, border);
         }
     };
-    const Size smallest = surface().minimumSize();
+    const Size smallest = surface().placement().minimum;
     limit(limits.ptMinTrackSize.x, smallest.width, frame.width);
     limit(limits.ptMinTrackSize.y, smallest.height, frame.height);
-    const Size largest = surface().maximumSize();
+    const Size largest = surface().placement().maximum;
     limit(limits.ptMaxTrackSize.x, largest.width, frame.width);
     limit(limits.ptMaxTrackSize.y, largest.height, frame.height);
 }

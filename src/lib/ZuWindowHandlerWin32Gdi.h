@@ -55,7 +55,6 @@ public:
     // While a modal dialog is open the window is disabled, whatever the
     // surface's own state is.
     void setBlocked(bool blocked);
-    bool isBlocked() const noexcept { return blocked_; }
 
     // The same for as long as the window service wants it.
     void setTakesInput(bool takes);

@@ -53,10 +53,10 @@ set(zustd_toolkit
   ZuTimer
   ZuInput
   ZuGraphicsService
+  ZuLayout
   ZuControl
   ZuControlInput
   ZuControlLayout
-  ZuLayout
   ZuTreeModel
   ZuPendingNodes
   ZuGridModel

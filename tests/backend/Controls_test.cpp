@@ -359,7 +359,7 @@ TEST_F(NativeControlTest, language_changed_isShownInAllCaptionsAndSizes) {
         return descriptor;
     };
     window_->setCaption(numbered(9019));
-    window_->setArrangement(Arrangement::kColumns);
+    window_->setArrangement({.flow = Flow::kColumns});
     const auto button = service().createNativeButton();
     button->setCaption(numbered(9012));
     const auto drawn = makeControl<Label>();

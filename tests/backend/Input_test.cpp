@@ -2,6 +2,7 @@
 #include "ZuButton.h"
 #include "ZuMarkupView.h"
 #include "ZuNativeButton.h"
+#include "ZuTooltip.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "support/SurfaceTest.h"
 

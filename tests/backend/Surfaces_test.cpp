@@ -64,10 +64,10 @@ TEST_F(SurfaceTest, childWindow_onAMovedContainer_followsItAndItsNewSurface) {
 TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     const auto window = makeWindow({300, 200});
     const HWND native = nativeWindowOf(*window);
-    window->setArrangement(Arrangement::kRows);
+    window->setArrangement({.flow = Flow::kRows});
     const auto probe = addProbe(*window, Rect::at({}, {50, 20}));
-    probe->setAutoSized(true);
-    window->setMinimumSize({250, 150});
+    probe->setPlacement({.autoSized = true});
+    window->setPlacement({.minimum = {250, 150}});
     const auto drag = [&](int width, int height) {
         SetWindowPos(native, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
     };

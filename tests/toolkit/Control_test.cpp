@@ -223,12 +223,10 @@ TEST_F(ControlTest, arrangement_sizeChanges_arrangesTheChildrenAgain) {
     const auto first = makeControl<Painted>();
     const auto second = makeControl<Painted>(Rect{0, 0, 19, 9});
     box_->setSize({100, 20});
-    box_->setArrangement(Arrangement::kRows);
-    box_->setMargins(2, 3);
-    box_->setSpacing(4, 0);
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 0}, .margin = {2, 3}});
     box_->addChild(first);
     box_->addChild(second);
-    second->setAutoSized(true);
+    second->setPlacement({.autoSized = true});
     box_->arrange();
     EXPECT_EQ(first->boundary(), (Rect{2, 3, 11, 12}));
     EXPECT_EQ(second->boundary(), (Rect{16, 3, 97, 12}));
@@ -254,9 +252,9 @@ protected:
 
 TEST_F(ControlTest, arrangement_childThatNeverHasEnough_comesToAnEnd) {
     const auto restless = makeControl<Restless>();
-    box_->setArrangement(Arrangement::kColumns);
+    box_->setArrangement({.flow = Flow::kColumns});
     box_->addChild(restless);
-    window_->setArrangement(Arrangement::kColumns);
+    window_->setArrangement({.flow = Flow::kColumns});
     window_->addChild(box_);
     const std::int32_t before = restless->height;
     restless->notify(Control::kChangePreferredHeight);

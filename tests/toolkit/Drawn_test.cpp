@@ -34,12 +34,12 @@ TEST_F(DrawnTest, text_preferredSize_followsFontWrapAndMargins) {
     caption->setFont(std::make_shared<FontDescriptor>(FontStyle{false, false, false, 20, {}}));
     EXPECT_EQ(caption->preferredSize(), (Size{7 * 7, 25}));
     const auto label = shown(makeControl<Label>(L"ten chars."), {0, 0, 9, 9});
-    label->setMargins(3, 4);
+    label->setArrangement({.margin = {3, 4}});
     EXPECT_EQ(label->preferredSizeForWidth(41), (Size{76, 24}));
     label->setWordWrap(true);
     EXPECT_EQ(label->preferredSizeForWidth(41), (Size{41, 2 * 16 + 8}));
     EXPECT_EQ(label->preferredSize(), (Size{76, 24}));
-    label->setMaximumSize({41, 0});
+    label->setPlacement({.maximum = {41, 0}});
     EXPECT_EQ(label->preferredSize(), (Size{41, 40}));
     label->setText(L"a&b");
     EXPECT_EQ(label->preferredSize().width, 6 + 21);
@@ -66,7 +66,7 @@ TEST_F(DrawnTest, text_changed_showsAtOnce) {
 
 TEST_F(DrawnTest, joinedSurface_arrangedBefore_isArrangedAgain) {
     const auto page = makeControl<Control>();
-    page->setArrangement(Arrangement::kColumns);
+    page->setArrangement({.flow = Flow::kColumns});
     page->setBoundary({0, 0, 99, 99});
     const auto label = makeControl<Label>(L"text");
     page->addChild(label);
@@ -159,7 +159,7 @@ TEST_F(DrawnTest, button_toggles_beforeTheClickIsHeard) {
 
 TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     const auto page = shown(makeControl<Control>(), {0, 0, 199, 199});
-    page->setArrangement(Arrangement::kColumns);
+    page->setArrangement({.flow = Flow::kColumns});
     const auto fork = makeControl<ForkControl>(L"More");
     const auto label = makeControl<Label>(L"inside");
     const auto button = native().createNativeButton();

@@ -1,4 +1,5 @@
 // The input router: mouse, focus, keys, dialogs and tooltips.
+#include "ZuTooltip.h"
 #include "support/ToolkitTest.h"
 
 namespace zustd {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <vector>
 
+#include "ZuControl.h"
 #include "ZuLayout.h"
 #include "support/FrameworkTest.h"
 
@@ -45,42 +47,34 @@ struct Outcome {
 // One layout, written down for rows; the same mirrored is the one for columns.
 struct Case {
     Rect area;
-    Size spacing;
-    Alignment across = Alignment::kStart;
-    LayoutOptions options;
+    Arrangement how;
     std::vector<Item> items;
 
     Outcome run(bool asColumns, Size* measured = nullptr) const {
         const auto turn = [=](auto what) { return asColumns ? mirrored(what) : what; };
-        const auto parent = makeControl<Control>();
         Controls children;
         for (const Item& item : items) {
             const auto child = makeControl<Child>();
             child->setSize(turn(item.size));
             child->preferred = turn(item.preferred);
-            child->setAutoSized(item.autoSized);
-            child->setMinimumSize(turn(item.minimum));
-            child->setMaximumSize(turn(item.maximum));
-            child->setBreaksLineAfter(item.breaks);
+            child->setPlacement(
+                {turn(item.minimum), turn(item.maximum), item.autoSized, item.breaks});
             child->setVisible(item.visible);
             children.push_back(child);
         }
         children.push_back(nullptr);
-        parent->setSpacing(turn(spacing).width, turn(spacing).height);
-        // The other axis must not matter.
-        const Alignment unused = Alignment::kCentre;
-        parent->setAlignment(asColumns ? across : unused, asColumns ? unused : across);
-        LayoutOptions turned = options;
+        Arrangement turned = how;
+        turned.flow = asColumns ? Flow::kColumns : Flow::kRows;
+        turned.spacing = turn(how.spacing);
         if (asColumns) {
             std::swap(turned.uniformWidth, turned.uniformHeight);
+            std::swap(turned.horizontal, turned.vertical);
         }
         LayoutResult result;
         if (measured != nullptr) {
-            const auto measure = asColumns ? measureColumns : measureRows;
-            *measured = turn(measure(*parent, turn(area), children, turned));
+            *measured = turn(measureLayout(turned, turn(area), children));
         } else {
-            const auto layOut = asColumns ? layoutInColumns : layoutInRows;
-            result = layOut(*parent, turn(area), children, turned);
+            result = layOut(turned, turn(area), children);
         }
         Outcome outcome{{}, result.lineCount, result.fittingCount, turn(result.contentSize)};
         for (std::size_t i = 0; i < items.size(); ++i) {
@@ -110,20 +104,20 @@ Outcome Case::expected() const {
         if (!item.visible) {
             continue;
         }
-        Size size = options.measure ? item.preferred : item.size;
+        Size size = how.measure ? item.preferred : item.size;
         size.width = std::max(item.autoSized ? item.minimum.width : size.width, 1);
         size.height = std::max(size.height, 1);
         largest = {std::max(largest.width, size.width), std::max(largest.height, size.height)};
-        const bool reachesOut = options.wrap && std::max(x, 0) + size.width - 1 > area.right;
+        const bool reachesOut = how.wrap && std::max(x, 0) + size.width - 1 > area.right;
         if (rows.empty() || breaksBefore || reachesOut) {
-            rows.push_back({{}, -spacing.width, 0});
+            rows.push_back({{}, -how.spacing.width, 0});
             x = area.left;
         }
         Row& row = rows.back();
         row.children.push_back(i);
-        row.width += spacing.width + size.width;
+        row.width += how.spacing.width + size.width;
         row.height = std::max(row.height, size.height);
-        x += spacing.width + size.width;
+        x += how.spacing.width + size.width;
         breaksBefore = item.breaks;
         outcome.places[i].setSize(size);
     }
@@ -146,25 +140,26 @@ Outcome Case::expected() const {
             place.setSize({width, place.height()});
         }
         const int room = std::max(all - row.width, 0);
-        const int kind = static_cast<int>(options.alignment);
+        const int kind = static_cast<int>(how.horizontal);
         const int offset = kind == 1 ? room : kind == 2 ? room / 2 : 0;
         const int spread = kind == 3 && count > 1 ? (all - row.width) / (count - 1) : 0;
         int left = area.left + offset;
         for (const std::size_t i : row.children) {
             Rect& place = outcome.places[i];
-            const int width = options.uniformWidth ? largest.width : place.width();
-            const int height = options.uniformHeight ? largest.height : place.height();
+            const int width = how.uniformWidth ? largest.width : place.width();
+            const int height = how.uniformHeight ? largest.height : place.height();
             const int bottom = top + row.height - 1;
-            const int y = across == Alignment::kStart    ? top
-                          : across == Alignment::kCentre ? bottom - height / 2 - row.height / 2
-                                                         : bottom - height + 1;
+            const int y = how.vertical == Alignment::kStart ? top
+                          : how.vertical == Alignment::kCentre
+                              ? bottom - height / 2 - row.height / 2
+                              : bottom - height + 1;
             place = Rect::at({std::max(left, 0), std::max(y, 0)}, {width, height});
-            left = place.right + 1 + (kind < 3 ? spacing.width : spread);
+            left = place.right + 1 + (kind < 3 ? how.spacing.width : spread);
             outcome.fitting += place.top >= area.top && place.bottom <= area.bottom ? 1 : 0;
             outcome.content = {std::max(outcome.content.width, place.right - area.left + 1),
                                std::max(outcome.content.height, place.bottom - area.top + 1)};
         }
-        top += row.height + spacing.height;
+        top += row.height + how.spacing.height;
     }
     outcome.lines = rows.size();
     return outcome;
@@ -185,13 +180,13 @@ Case anyCase(Random& random) {
     layout.area.top = start();
     layout.area.right = layout.area.left + from(random, odd ? -40 : 0, 300);
     layout.area.bottom = layout.area.top + from(random, odd ? -40 : 0, 200);
-    layout.spacing = {from(random, odd ? -4 : 0, 8), from(random, odd ? -4 : 0, 8)};
-    layout.across = static_cast<Alignment>(random.below(4));
-    layout.options.alignment = static_cast<Alignment>(random.below(5));
-    layout.options.uniformWidth = oneIn(random, 6);
-    layout.options.uniformHeight = oneIn(random, 6);
-    layout.options.measure = oneIn(random, 2);
-    layout.options.wrap = oneIn(random, 2);
+    layout.how.spacing = {from(random, odd ? -4 : 0, 8), from(random, odd ? -4 : 0, 8)};
+    layout.how.vertical = static_cast<Alignment>(random.below(4));
+    layout.how.horizontal = static_cast<Alignment>(random.below(5));
+    layout.how.uniformWidth = oneIn(random, 6);
+    layout.how.uniformHeight = oneIn(random, 6);
+    layout.how.measure = oneIn(random, 2);
+    layout.how.wrap = oneIn(random, 2);
     for (std::size_t i = random.below(16); i > 0; --i) {
         Item item;
         item.size = {from(random, 1, 60), from(random, 1, 40)};
@@ -218,8 +213,9 @@ TEST(Layout, randomChildren_inRowsAndColumns_areWhereThePlainReckoningHasThem) {
         ASSERT_TRUE(layout.run(true) == expected) << "columns";
         // Measured is what nobody shares and nothing spreads.
         layout.area = Rect::at({0, 0}, layout.area.size());
-        layout.spacing = {std::abs(layout.spacing.width), std::abs(layout.spacing.height)};
-        layout.across = layout.options.alignment = Alignment::kStart;
+        layout.how.spacing = {std::abs(layout.how.spacing.width),
+                              std::abs(layout.how.spacing.height)};
+        layout.how.vertical = layout.how.horizontal = Alignment::kStart;
         Size measured[2];
         for (const bool asColumns : {false, true}) {
             const Outcome untouched = layout.run(asColumns, &measured[asColumns ? 1 : 0]);
@@ -247,13 +243,23 @@ TEST(Layout, counts_beyond32Bits_failTheirAssertionForTheControl) {
         "asserted: '(childrenInRow)<=LONG_MAX', in src/lib/ZuControl,"));
 }
 
-TEST(Layout, manyChildren_takeNoMemoryEach) {
-    const auto parent = makeControl<Control>();
+TEST(Layout, childThatFailsToMeasure_movesNoneOfTheOthers) {
+    class Failing : public Control {
+    public:
+        Size preferredSize() override { throw std::runtime_error("no size"); }
+    };
+    const Controls children{makeControl<Child>(), makeControl<Failing>()};
+    children[0]->setBoundary({7, 8, 9, 10});
+    EXPECT_THROW(layOut({.spacing = {4, 4}}, {20, 20, 99, 99}, children), std::runtime_error);
+    EXPECT_EQ(children[0]->boundary(), (Rect{7, 8, 9, 10}));
+}
+
+TEST(Layout, manyChildren_takeTheirSizeEach) {
     Controls children(10'000);
     std::generate(children.begin(), children.end(), [] { return makeControl<Control>(); });
     const test::MemoryWatch memory;
-    layoutInRows(*parent, {0, 0, 999, 999}, children, {});
-    EXPECT_LT(memory.peak(), children.size());
+    layOut({}, {0, 0, 999, 999}, children);
+    EXPECT_LT(memory.peak(), children.size() * (sizeof(Size) + 1));
 }
 
 }  // namespace

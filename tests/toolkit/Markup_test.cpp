@@ -32,7 +32,7 @@ std::wstring elementsOf(const MarkupView& view) {
         } else {
             const auto& text = dynamic_cast<const MarkupText&>(*child);
             add(text.text(), text.fontStyle());
-            all += text.breaksLineAfter() ? L"/" : L"";
+            all += text.placement().breaksLineAfter ? L"/" : L"";
         }
         all += L"]";
     }
@@ -92,17 +92,14 @@ TEST_F(MarkupTest, control_attributes_setTheView) {
     view_->setMarkup(
         L"<control hmargin=\"3\" vmargin=\"4\" hspacing=\"5\" vspacing=\"6\" maxwidth=\"300\""
         L" maxheight=\"200\" autosize=\"true\" wordwrap=\"true\" width=\"100\" other=\"1\">");
-    EXPECT_EQ(view_->horizontalMargin(), 3);
-    EXPECT_EQ(view_->verticalMargin(), 4);
-    EXPECT_EQ(view_->horizontalSpacing(), 5);
-    EXPECT_EQ(view_->verticalSpacing(), 6);
-    EXPECT_EQ(view_->maximumSize(), (Size{300, 200}));
-    EXPECT_TRUE(view_->isAutoSized());
+    EXPECT_EQ(view_->arrangement().margin, (Size{3, 4}));
+    EXPECT_EQ(view_->arrangement().spacing, (Size{5, 6}));
+    EXPECT_EQ(view_->placement(), (Placement{.maximum = {300, 200}, .autoSized = true}));
     EXPECT_TRUE(view_->wrapsWords());
     // Auto-sized: the width stays, the height is that of the (empty) text.
     EXPECT_EQ(size(), (Size{100, 8}));
     view_->setMarkup(L"<control autosize=\"TRUE\" width=\"-7\" height=\"2147483647\">");
-    EXPECT_FALSE(view_->isAutoSized());
+    EXPECT_FALSE(view_->placement().autoSized);
     EXPECT_EQ(size(), (Size{6, 8}));
     view_->setMarkup(L"<control autosize=\"true\" width=\"-7\">");
     EXPECT_EQ(size().width, 1);
@@ -137,7 +134,7 @@ TEST_F(MarkupTest, wrap_givenWidth_breaksAndKeepsIt) {
     EXPECT_EQ(place(1), (Rect{28, 0, 55, 15}));
     EXPECT_EQ(view_->preferredSize(), (Size{56, 32}));
     EXPECT_EQ(view_->preferredSizeForWidth(1000), (Size{28 + 28 + 28 + 21, 16}));
-    view_->setMaximumSize({60, 30});
+    view_->setPlacement({.maximum = {60, 30}});
     EXPECT_EQ(view_->preferredSizeForWidth(1000), (Size{56, 30}));
     // A text that does not wrap goes past the width.
     view_->setMarkup(L"<control wordwrap=\"false\" maxwidth=\"0\" maxheight=\"0\">aaa bbb ccc");
@@ -149,8 +146,8 @@ TEST_F(MarkupTest, grown_inContainers_pushesItsNeighboursAway) {
     const auto page = makeControl<Control>();
     const auto below = makeControl<MarkupView>(L"below");
     const auto beside = makeControl<MarkupView>(L"beside");
-    outer->setArrangement(Arrangement::kColumns);
-    page->setArrangement(Arrangement::kRows);
+    outer->setArrangement({.flow = Flow::kColumns});
+    page->setArrangement({.flow = Flow::kRows});
     page->addChild(view_);
     page->addChild(beside);
     outer->addChild(page);
@@ -164,17 +161,17 @@ TEST_F(MarkupTest, grown_inContainers_pushesItsNeighboursAway) {
 
 TEST_F(MarkupTest, width_givenByALayout_doesNotStick) {
     const auto page = shown(makeControl<Control>(), {0, 0, 399, 299});
-    page->setArrangement(Arrangement::kRows);
+    page->setArrangement({.flow = Flow::kRows});
     page->addChild(view_);
     view_->setMarkup(L"<control wordwrap=\"true\">aaa bbb ccc-ddd");
-    view_->setMaximumSize({60, 0});
+    view_->setPlacement({.maximum = {60, 0}});
     page->arrange();
     EXPECT_EQ(size(), (Size{56, 32}));
-    view_->setMaximumSize({0, 0});
+    view_->setPlacement({});
     page->arrange();
     EXPECT_EQ(size(), (Size{105, 16}));
     // What shares a row is as high as its share of it asks for.
-    view_->setAutoSized(true);
+    view_->setPlacement({.autoSized = true});
     for (const auto& [width, height] : {std::pair{60, 32}, {20, 64}, {300, 16}}) {
         page->setSize({width, 300});
         EXPECT_EQ(size(), (Size{width, height}));
@@ -203,7 +200,7 @@ TEST_F(MarkupTest, services_missing_failTheirAssertions) {
 TEST_F(MarkupTest, markup_setBefore_isParsedOnTheSurface) {
     const auto page = makeControl<Control>();
     const auto view = makeControl<MarkupView>(L"a<b>b");
-    page->setArrangement(Arrangement::kRows);
+    page->setArrangement({.flow = Flow::kRows});
     page->addChild(view);
     EXPECT_EQ(elementsOf(*view), L"");
     window_->addChild(page);

@@ -37,7 +37,7 @@ struct Scene {
         top->addChild(makeControl<Control>());
         page = top->children()[0].get();
         page->setBoundary({0, 0, 99, 99});
-        page->setArrangement(Arrangement::kRows);
+        page->setArrangement({.flow = Flow::kRows});
         page->addChild(make());
         page->addChild(host->createNativeTextBox());
         control = page->children()[0].get();
@@ -162,13 +162,8 @@ TEST_F(ReceiverTest, control_endedByAReceiver_survivesEveryOperation) {
          [](auto& c) { c.removeAllChildren(); },
          [](auto& c) { c.requireParent().removeAllChildren(); },
          [](auto& c) { c.setBoundary({1, 2, 30, 40}); }, [](auto& c) { c.moveTo({3, 4}); },
-         [](auto& c) { c.setSize({7, 8}); }, [](auto& c) { c.setArrangement(Arrangement::kRows); },
-         [](auto& c) { c.setWraps(true); }, [](auto& c) { c.setUniform(true, true); },
-         [](auto& c) { c.setMeasuresChildren(false); }, [](auto& c) { c.setSpacing(1, 1); },
-         [](auto& c) { c.setMargins(1, 1); },
-         [](auto& c) { c.setAlignment(Alignment::kEnd, Alignment::kEnd); },
-         [](auto& c) { c.setAutoSized(true); }, [](auto& c) { c.setMinimumSize({1, 1}); },
-         [](auto& c) { c.setMaximumSize({1, 1}); }, [](auto& c) { c.setBreaksLineAfter(true); },
+         [](auto& c) { c.setSize({7, 8}); }, [](auto& c) { c.setArrangement({.flow = Flow::kRows}); },
+         [](auto& c) { c.setPlacement({.maximum = {1, 1}}); },
          [](auto& c) { c.arrange(); }, [](auto& c) { c.place({0, 0, 9, 9}); },
          [](auto& c) { c.requireParent().arrange(); }, [](auto& c) { c.showChildren(); },
          [](auto& c) { c.setVisible(false); }, [](auto& c) { c.setEnabled(false); },
@@ -275,7 +270,7 @@ TEST_F(ReceiverTest, views_endedByAReceiver_surviveEveryOperation) {
     const auto scrolled = [] {
         auto view = makeControl<Scrollable<MarkupView>>();
         view->content().setMarkup(L"a<br/>b<br/>c<br/>" + std::wstring(20, L'd'));
-        view->content().setMinimumSize({200, 200});
+        view->content().setPlacement({.minimum = {200, 200}});
         view->content().setBoundary({0, 0, 199, 199});
         return view;
     };
@@ -330,7 +325,7 @@ TEST_F(ReceiverTest, nativeWidgets_endedByAReceiver_surviveEveryOperation) {
          [](auto& c) { c.setMaximumLength(3); }, [](auto& c) { c.acceptText(L"other"); }});
     survives<NativeScrollBar>(
         [] { return makeRecordingWindowService()->createNativeScrollBar(true); },
-        {[](auto& c) { c.setVertical(false); }, [](auto& c) { c.setRange(7, 9); },
+        {[](auto& c) { c.setRange(7, 9); },
          [](auto& c) { c.setPosition(5); }, [](auto& c) { c.onKey({kKeyDown, 0}); },
          [](auto& c) { c.onMouse({MouseAction::kWheel, {}, -120}); },
          [](auto& c) { c.acceptPosition(5); }});

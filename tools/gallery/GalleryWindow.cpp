@@ -126,8 +126,7 @@ GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
     window_->setSize({scaled(kWindowSize.width), scaled(kWindowSize.height)});
 
     const auto bar = makeControl<Control>();
-    bar->setArrangement(Arrangement::kColumns);
-    bar->setMargins(0, scaled(10));
+    bar->setArrangement({.flow = Flow::kColumns, .margin = {0, scaled(10)}});
     window_->addChild(bar);
     bar->setBoundary(Rect::at({}, {scaled(kBarWidth), scaled(kWindowSize.height)}));
     addChoices(*bar);

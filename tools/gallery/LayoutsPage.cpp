@@ -67,13 +67,11 @@ private:
     bool isResizable_;
 };
 
-std::shared_ptr<Sample> makeSample(Arrangement arrangement, Alignment alignment, int count,
-                                   bool isResizable = false) {
+std::shared_ptr<Sample> makeSample(Arrangement arrangement, int count, bool isResizable = false) {
     auto sample = makeControl<Sample>(isResizable);
+    arrangement.margin = {3, 3};
+    arrangement.spacing = {4, 4};
     sample->setArrangement(arrangement);
-    sample->setAlignment(alignment, alignment);
-    sample->setMargins(3, 3);
-    sample->setSpacing(4, 4);
     for (int i = 0; i < count; ++i) {
         const auto shade = static_cast<std::uint8_t>(0x80 + 0x70 * i / count);
         sample->addChild(makeControl<Block>(Size{18 + 7 * (i % 3), 10 + 3 * (i % 4)},
@@ -87,28 +85,25 @@ std::shared_ptr<Sample> makeSample(Arrangement arrangement, Alignment alignment,
 void buildLayouts(PageBuilder& builder) {
     builder.section(L"Rows and columns: start, end, centre, justify");
     for (const Alignment alignment : kAlignments) {
-        const auto rows = builder.add(makeSample(Arrangement::kRows, alignment, 3), {105, 30});
-        rows->setAlignment(alignment, Alignment::kCentre);
+        const Arrangement rows{
+            .flow = Flow::kRows, .horizontal = alignment, .vertical = Alignment::kCentre};
+        builder.add(makeSample(rows, 3), {105, 30});
     }
     builder.breakLine();
     for (const Alignment alignment : kAlignments) {
-        const auto columns = makeSample(Arrangement::kColumns, alignment, 3);
-        columns->setAlignment(Alignment::kCentre, alignment);
-        builder.add(columns, {105, 70});
+        const Arrangement columns{
+            .flow = Flow::kColumns, .horizontal = Alignment::kCentre, .vertical = alignment};
+        builder.add(makeSample(columns, 3), {105, 70});
     }
     builder.section(L"Auto-sized children share the rest; a break after the third");
-    const auto shared = makeSample(Arrangement::kRows, Alignment::kStart, 5);
-    shared->children()[1]->setAutoSized(true);
-    shared->children()[2]->setAutoSized(true);
-    shared->children()[2]->setBreaksLineAfter(true);
-    shared->children()[4]->setAutoSized(true);
-    shared->children()[4]->setMaximumSize({200, 0});
+    const auto shared = makeSample({.flow = Flow::kRows}, 5);
+    shared->children()[1]->setPlacement({.autoSized = true});
+    shared->children()[2]->setPlacement({.autoSized = true, .breaksLineAfter = true});
+    shared->children()[4]->setPlacement({.maximum = {200, 0}, .autoSized = true});
     builder.add(shared, {450, 50});
     builder.section(L"Wrapped rows and columns: pull the corner");
-    for (const Arrangement arrangement : {Arrangement::kRows, Arrangement::kColumns}) {
-        const auto sample = makeSample(arrangement, Alignment::kStart, 24, true);
-        sample->setWraps(true);
-        builder.add(sample, {215, 90});
+    for (const Flow flow : {Flow::kRows, Flow::kColumns}) {
+        builder.add(makeSample({.flow = flow, .wrap = true}, 24, true), {215, 90});
     }
 }
 

@@ -64,9 +64,9 @@ std::shared_ptr<Font> Text::font() const {
 }
 
 PageBuilder::PageBuilder(WindowService& windows, Control& page) : windows_(windows), page_(page) {
-    page.setArrangement(Arrangement::kColumns);
-    page.setSpacing(0, page.scale(6));
-    page.setMargins(page.scale(12), page.scale(10));
+    page.setArrangement({.flow = Flow::kColumns,
+                         .spacing = {0, page.scale(6)},
+                         .margin = {page.scale(12), page.scale(10)}});
 }
 
 void PageBuilder::section(const std::wstring& heading) {
@@ -74,15 +74,15 @@ void PageBuilder::section(const std::wstring& heading) {
         page_.addChild(makeControl<Text>(heading, true));
     }
     row_ = makeControl<Control>();
-    row_->setArrangement(Arrangement::kRows);
-    row_->setMeasuresChildren(false);
-    row_->setWraps(true);
-    row_->setSpacing(page_.scale(8), page_.scale(6));
-    row_->setAlignment(Alignment::kStart, Alignment::kCentre);
+    row_->setArrangement({.flow = Flow::kRows,
+                          .vertical = Alignment::kCentre,
+                          .spacing = {page_.scale(8), page_.scale(6)},
+                          .wrap = true,
+                          .measure = false});
     page_.addChild(row_);
 }
 
-void PageBuilder::breakLine() { row_->children().back()->setBreaksLineAfter(true); }
+void PageBuilder::breakLine() { row_->children().back()->setPlacement({.breaksLineAfter = true}); }
 
 void PageBuilder::finish() {
     for (const std::shared_ptr<Control>& widget : measured_) {
