@@ -216,8 +216,10 @@ protected:
     virtual void mirrorSelected(std::size_t row, bool selected) = 0;
     virtual void mirrorAllSelected(bool selected) = 0;
 
-    // Called by the backend when its native object shows the whole model.
+    // Called by the backend when its native object shows the whole model, and
+    // when it is another one.
     void markFresh() noexcept { stale_ = false; }
+    void markStale() noexcept { stale_ = true; }
 
 private:
     // Whether to mirror now; otherwise the change is noted for later.

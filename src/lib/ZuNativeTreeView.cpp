@@ -84,9 +84,9 @@ bool TreeViewImplementation::mirrors() {
         return false;
     }
     if (redrawOff_ != 0 || getAbstraction().isUpdating()) {
-        stale_ = true;
+        markStale();
     }
-    return !stale_;
+    return !isStale();
 }
 
 TreeNode TreeViewImplementation::added(TreeNode node) {
@@ -110,7 +110,7 @@ void TreeViewImplementation::setEnableRedraw(bool enable) {
     if (redrawOff_ == 0 || --redrawOff_ != 0) {
         return;
     }
-    if (stale_ && hasNativeObject()) {
+    if (isStale() && hasNativeObject()) {
         synchronizeWithAbstraction();
     }
 }

@@ -20,7 +20,7 @@
 #include <string>
 
 #include "ZuControl.h"
-#include "ZuTreeModel.h"
+#include "ZuTreeFiller.h"
 
 namespace zustd {
 
@@ -271,7 +271,7 @@ public:
 
     // Whether the native object may differ from the model because of changes
     // that were not mirrored; the next synchronisation brings all of it.
-    bool isStale() const noexcept { return stale_; }
+    bool isStale() const noexcept { return state_ < TreeState::kBehind; }
     bool isRedrawEnabled() const noexcept { return redrawOff_ == 0; }
 
 protected:
@@ -288,10 +288,12 @@ protected:
     virtual void mirrorAllExpanded(TreeNode top) = 0;
     virtual void mirrorSelection() = 0;
 
-    // Called by the backend when its native object shows the whole model, and
-    // when it will bring that up to date as a whole.
-    void markFresh() noexcept { stale_ = false; }
-    void markStale() noexcept { stale_ = true; }
+    // For a native object that shows the whole model.
+    void markFresh() noexcept { state_ = TreeState::kCurrent; }
+    // Of one that has been filled.
+    void markStale() noexcept { state_ = isStale() ? state_ : TreeState::kStale; }
+
+    TreeState state_ = TreeState::kEmpty;
 
 private:
     // Whether to mirror now; otherwise the change is noted for later.
@@ -302,7 +304,6 @@ private:
     void liftSelection();
 
     std::uint32_t redrawOff_ = 0;
-    bool stale_ = true;
 };
 
 }  // namespace zustd

@@ -56,7 +56,7 @@ set(zustd_toolkit
   ZuControlLayout
   ZuLayout
   ZuTreeModel
-  ZuPendingNodes
+  ZuTreeFiller
   ZuGridModel
   ZuDrawnText
   ZuCaption
@@ -104,8 +104,7 @@ set(zustd_backend
   ZuSurfaceInputWin32Gdi
   ZuTextBoxWin32Gdi
   ZuTimerWin32Gdi
-  ZuTreeViewInputWin32Gdi
-  ZuTreeViewItemsWin32Gdi
+  ZuTreeItemsWin32Gdi
   ZuTreeViewWin32Gdi
   ZuWidgetFactoryWin32Gdi
   ZuWindowHandlerInputWin32Gdi
