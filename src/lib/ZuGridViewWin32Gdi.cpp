@@ -59,7 +59,7 @@ void GridViewWin32Gdi::synchronize() {
         return;
     }
     pushLook();
-    if (!filled_ || isStale()) {
+    if (isStale()) {
         fill();
     }
     // Their widths depend on the rows.
@@ -74,8 +74,7 @@ GridViewWin32Gdi::Outcome GridViewWin32Gdi::initializeFromDescriptor() {
     if (outcome == Outcome::kMade) {
         forgetPushed();
         columns_.clear();
-        hasCheckBoxes_ = false;
-        filled_ = false;
+        markStale();
         send(LVM_SETUNICODEFORMAT, TRUE);
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
     }
@@ -107,10 +106,9 @@ void GridViewWin32Gdi::pushImages(bool always) {
 }
 
 void GridViewWin32Gdi::pushCheckBoxes() {
-    hasCheckBoxes_ = getAbstraction().hasCheckBoxes();
-    if (updateCheckImages(hasCheckBoxes_, 1)) {
+    if (updateCheckImages(getAbstraction().hasCheckBoxes(), 1)) {
         send(LVM_SETIMAGELIST, LVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
-        send(LVM_SETCALLBACKMASK, hasCheckBoxes_ ? LVIS_STATEIMAGEMASK : 0U);
+        send(LVM_SETCALLBACKMASK, hasCheckBoxes() ? LVIS_STATEIMAGEMASK : 0U);
         InvalidateRect(window(), nullptr, TRUE);
     }
 }
@@ -131,7 +129,6 @@ void GridViewWin32Gdi::fill() {
             setSelected(row, true);
         }
     }
-    filled_ = true;
     markFresh();
 }
 
@@ -149,7 +146,7 @@ void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
 
 void GridViewWin32Gdi::releaseNativeObject() {
     releaseItems();
-    filled_ = false;
+    markStale();
 }
 
 // --- Columns --------------------------------------------------------------------------------
@@ -224,7 +221,7 @@ std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
 
 void GridViewWin32Gdi::resizeColumns() {
     guarded(L"GridViewWin32Gdi::resizeColumns", [this] {
-        if (!filled_ || window() == nullptr) {
+        if (window() == nullptr) {
             return;
         }
         const Mirroring mirroring(*this);
@@ -246,54 +243,36 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 
 // --- Single changes -------------------------------------------------------------------------
 
-void GridViewWin32Gdi::mirrorAdded(std::size_t) {
-    guarded(L"GridViewWin32Gdi::mirrorAdded", [this] {
-        if (filled_) {
-            deferRedraw();
-            const Mirroring mirroring(*this);
-            setRowCount();
-        }
+// Shown with others that come until the window's next message.
+template <class Body>
+void GridViewWin32Gdi::mirror(const wchar_t* operation, Body body) {
+    guarded(operation, [&] {
+        deferRedraw();
+        const Mirroring mirroring(*this);
+        body();
     });
+}
+
+void GridViewWin32Gdi::mirrorAdded(std::size_t) {
+    mirror(L"GridViewWin32Gdi::mirrorAdded", [this] { setRowCount(); });
 }
 
 // The window moves the selection of the later rows along.
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
-    guarded(L"GridViewWin32Gdi::mirrorRemoved", [&] {
-        if (filled_) {
-            deferRedraw();
-            const Mirroring mirroring(*this);
-            send(LVM_DELETEITEM, row);
-        }
-    });
+    mirror(L"GridViewWin32Gdi::mirrorRemoved", [&] { send(LVM_DELETEITEM, row); });
 }
 
 void GridViewWin32Gdi::mirrorCleared() {
-    guarded(L"GridViewWin32Gdi::mirrorCleared", [this] {
-        if (filled_) {
-            deferRedraw();
-            const Mirroring mirroring(*this);
-            setRowCount();
-        }
-    });
+    mirror(L"GridViewWin32Gdi::mirrorCleared", [this] { setRowCount(); });
 }
 
 void GridViewWin32Gdi::mirrorRow(std::size_t row) {
-    guarded(L"GridViewWin32Gdi::mirrorRow", [&] {
-        if (filled_) {
-            const Mirroring mirroring(*this);
-            send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
-        }
-    });
+    const Mirroring mirroring(*this);
+    send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
 }
 
 void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
-    guarded(L"GridViewWin32Gdi::mirrorSelected", [&] {
-        if (filled_) {
-            deferRedraw();
-            const Mirroring mirroring(*this);
-            setSelected(row, selected);
-        }
-    });
+    mirror(L"GridViewWin32Gdi::mirrorSelected", [&] { setSelected(row, selected); });
 }
 
 void GridViewWin32Gdi::mirrorAllSelected(bool selected) {
@@ -323,9 +302,8 @@ void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
     if ((item.mask & LVIF_IMAGE) != 0) {
         item.iImage = nativeImage(model.bitmap(row));
     }
-    if ((item.mask & LVIF_STATE) != 0 && hasCheckBoxes_) {
-        item.state = (item.state & ~UINT{LVIS_STATEIMAGEMASK}) |
-                     INDEXTOSTATEIMAGEMASK(model.isChecked(row) ? kChecked : kUnchecked);
+    if ((item.mask & LVIF_STATE) != 0 && hasCheckBoxes()) {
+        item.state = (item.state & ~UINT{LVIS_STATEIMAGEMASK}) | nativeCheck(model.isChecked(row));
     }
 }
 
@@ -483,7 +461,7 @@ int GridViewWin32Gdi::rowAt(LPARAM point, UINT parts) const {
 }
 
 bool GridViewWin32Gdi::toggle(int row) {
-    if (!hasCheckBoxes_ || !isRow(row)) {
+    if (!isRow(row)) {
         return false;
     }
     NativeGridView& grid = getAbstraction();
@@ -496,57 +474,38 @@ bool GridViewWin32Gdi::toggle(int row) {
     return true;
 }
 
+bool GridViewWin32Gdi::toggleAt(LPARAM point) {
+    const int row = rowAt(point, LVHT_ONITEMSTATEICON);
+    if (!isRow(row)) {
+        return false;
+    }
+    SetFocus(window());
+    return toggle(row);
+}
+
+// With Control it is the window's, which selects the row then.
+bool GridViewWin32Gdi::toggleFocused() {
+    return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
+}
+
 // -1 for none.
 int GridViewWin32Gdi::focusedRow() const noexcept {
     return static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(kAllRows), LVNI_FOCUSED));
 }
 
-bool GridViewWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
-    ItemControlWin32Gdi::onWindowMessage(message, result);
-    switch (message.id) {
-        case WM_LBUTTONDOWN:
-        case WM_LBUTTONDBLCLK:
-            if (const int row = rowAt(message.extra, LVHT_ONITEMSTATEICON);
-                hasCheckBoxes_ && isRow(row)) {
-                SetFocus(message.window);
-                return toggle(row);
-            }
-            break;
-        case WM_KEYDOWN:
-            // With Control it is the window's, which selects the row then.
-            if (message.wide == VK_SPACE && (heldModifiers() & kModifierControl) == 0 &&
-                toggle(focusedRow())) {
-                return true;
-            }
-            break;
-        case WM_CHAR:
-            // The search for texts would get it.
-            if (message.wide == L' ' && hasCheckBoxes_) {
-                return true;
-            }
-            break;
-        case WM_CONTEXTMENU:
-            // By the keyboard; the right button has its notification.
-            if (message.extra == -1) {
-                const int row = focusedRow();
-                getAbstraction().acceptRightClick(isRow(row) ? static_cast<std::size_t>(row)
-                                                             : kNullSize);
-                return true;
-            }
-            break;
-        case WM_NOTIFY:
-            if (acceptHeader(*reinterpret_cast<const NMHEADERW*>(message.extra))) {
-                return true;
-            }
-            break;
-        default:
-            break;
-    }
-    if (letWindowAnswer(message, result)) {
-        getAbstraction().acceptSelectionDone();
-        reportClick();
-    }
-    return true;
+void GridViewWin32Gdi::reportMenuKey() {
+    const int row = focusedRow();
+    getAbstraction().acceptRightClick(isRow(row) ? static_cast<std::size_t>(row) : kNullSize);
+}
+
+bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {
+    return message.id == WM_NOTIFY &&
+           acceptHeader(*reinterpret_cast<const NMHEADERW*>(message.extra));
+}
+
+void GridViewWin32Gdi::reportActions() {
+    getAbstraction().acceptSelectionDone();
+    reportClick();
 }
 
 }  // namespace zustd

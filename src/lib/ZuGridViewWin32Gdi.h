@@ -39,7 +39,11 @@ protected:
     void mirrorAllSelected(bool selected) override;
 
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
-    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+    bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
+    void reportActions() override;
+    bool toggleAt(LPARAM point) override;
+    bool toggleFocused() override;
+    void reportMenuKey() override;
 
 private:
     Outcome initializeFromDescriptor();
@@ -51,6 +55,8 @@ private:
     void pushColumn(std::size_t column, bool isNew);
     void pushWidth(std::size_t column);
     void fill();
+    template <class Body>
+    void mirror(const wchar_t* operation, Body body);
     void setRowCount();
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
@@ -69,9 +75,6 @@ private:
     // As the window has them.
     std::vector<GridColumn> columns_;
     double scalingFactor_ = 1.0;
-    bool hasCheckBoxes_ = false;
-    // Whether the window has been filled at all.
-    bool filled_ = false;
     struct Click {
         bool right;
         // Of the row; empty beside all rows.

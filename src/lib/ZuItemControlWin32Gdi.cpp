@@ -128,16 +128,42 @@ bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT&
     return !isAnswering() && !isMirroring();
 }
 
-bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT&) {
-    if (isMirroring()) {
-        return false;
+bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
+    if (!isMirroring()) {
+        settle();
+        if (message.id == WM_THEMECHANGED) {
+            checkRequest_.reset();
+            control().backend()->synchronizeWithAbstraction();
+        }
     }
-    settle();
-    if (message.id == WM_THEMECHANGED) {
-        checkRequest_.reset();
-        control().backend()->synchronizeWithAbstraction();
+    catchUp();
+    if (!answers(message) && !onItemMessage(message, result) && letWindowAnswer(message, result)) {
+        catchUp();
+        reportActions();
     }
-    return false;
+    return true;
+}
+
+bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
+    switch (message.id) {
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+            return hasCheckBoxes_ && toggleAt(message.extra);
+        case WM_KEYDOWN:
+            return hasCheckBoxes_ && message.wide == VK_SPACE && toggleFocused();
+        case WM_CHAR:
+            // The search for texts would get it.
+            return hasCheckBoxes_ && message.wide == L' ';
+        case WM_CONTEXTMENU:
+            // By the keyboard; the right button has its notification.
+            if (message.extra == -1) {
+                reportMenuKey();
+                return true;
+            }
+            return false;
+        default:
+            return false;
+    }
 }
 
 std::optional<ItemControlWin32Gdi::Colors> ItemControlWin32Gdi::changedColors() {
@@ -189,6 +215,7 @@ bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
                   colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
                   GetSysColor(COLOR_WINDOWTEXT)};
     }
+    hasCheckBoxes_ = show;
     if (checkRequest_ == wanted) {
         return false;
     }

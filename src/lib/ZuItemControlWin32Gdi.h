@@ -14,6 +14,7 @@
 
 #include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
+#include "ZuScope.h"
 #include "ZuWindows.h"
 
 // Needs windows.h before it.
@@ -31,17 +32,9 @@ protected:
     using NativeControlWin32Gdi::NativeControlWin32Gdi;
 
     // While one lives, notifications come from the backend's own doing.
-    class Mirroring {
+    class Mirroring : ScopedValue<bool> {
     public:
-        explicit Mirroring(ItemControlWin32Gdi& control) noexcept : depth_(control.mirroring_) {
-            ++depth_;
-        }
-        Mirroring(const Mirroring&) = delete;
-        Mirroring& operator=(const Mirroring&) = delete;
-        ~Mirroring() { --depth_; }
-
-    private:
-        std::uint32_t& depth_;
+        explicit Mirroring(ItemControlWin32Gdi& control) : ScopedValue(control.mirroring_, true) {}
     };
 
     // A Mirroring of many items, shown at its end.
@@ -61,12 +54,24 @@ protected:
     std::size_t deferRedraw() noexcept;
     void settle() noexcept;
 
-    bool isMirroring() const noexcept { return mirroring_ != 0; }
+    bool isMirroring() const noexcept { return mirroring_; }
 
-    // Lets the window itself answer a message. True at the end of one that
-    // neither the backend caused nor another message of the window. What the
-    // user did with it is reported then and not on the window's notification: a
-    // receiver may end the window, which would not survive that halfway.
+    // What a message of the window comes to, in this order: the window is brought
+    // up to date; check boxes and the menu key are dealt with; then the rest that
+    // the window itself has no answer to, with true when it was that.
+    virtual void catchUp() {}
+    virtual bool onItemMessage(const WindowMessage& message, LRESULT& result) = 0;
+    // At last the window answers. At the end of a message that neither the backend
+    // caused nor another message of the window what the user did with it is
+    // reported, and not on the window's notification: a receiver may end the
+    // window, which would not survive that halfway.
+    virtual void reportActions() = 0;
+    // Switches the check box at a point of the client area, or that of the item
+    // with the focus; false when there is none.
+    virtual bool toggleAt(LPARAM point) = 0;
+    virtual bool toggleFocused() = 0;
+    virtual void reportMenuKey() = 0;
+    // True when it is to be reported.
     bool letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
 
     // Text and background by the control's own colours; the system's where these
@@ -85,16 +90,12 @@ protected:
     // list, which has lost the former one. Null stands for no images.
     bool updateImages(const BitmapListDescriptor* descriptor, bool always = false);
     HIMAGELIST images() const noexcept { return images_.get(); }
-    // The states of a check box: INDEXTOSTATEIMAGEMASK of these. Their images
-    // begin with that of the state that the control takes for the first: a tree
-    // counts from 0, which shows nothing, and a list from 1.
-    static constexpr UINT kUnchecked = 1;
-    static constexpr UINT kChecked = 2;
-    // As updateImages.
+    // As updateImages, for the states of a check box, of which the control takes
+    // one for the first: a tree counts from 0, which shows nothing, a list from 1.
     bool updateCheckImages(bool show, UINT firstState);
     HIMAGELIST checkImages() const noexcept { return checkImages_.get(); }
+    bool hasCheckBoxes() const noexcept { return hasCheckBoxes_; }
 
-    // Derived classes call it first: any message but the backend's own settles.
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
     // What was pushed before says nothing about the window that is there now.
@@ -122,15 +123,17 @@ private:
     };
 
     void resumeRedraw() noexcept;
+    bool answers(const WindowMessage& message);
     ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
 
-    std::uint32_t mirroring_ = 0;
+    bool mirroring_ = false;
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
     std::optional<Colors> colors_;
     std::optional<ImageRequest> request_;
     bool imagesPushed_ = false;
     ImageListHandle images_;
+    bool hasCheckBoxes_ = false;
     std::optional<CheckRequest> checkRequest_;
     ImageListHandle checkImages_;
 };
@@ -138,6 +141,13 @@ private:
 // What an item control is told where an item has no image.
 constexpr int nativeImage(std::int32_t bitmap) noexcept {
     return bitmap < 0 ? I_IMAGENONE : bitmap;
+}
+
+// An item's state as it shows its check box.
+constexpr UINT kUnchecked = 1;
+constexpr UINT kChecked = 2;
+constexpr UINT nativeCheck(bool checked) noexcept {
+    return INDEXTOSTATEIMAGEMASK(checked ? kChecked : kUnchecked);
 }
 
 }  // namespace zustd

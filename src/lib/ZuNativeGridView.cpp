@@ -66,115 +66,29 @@ bool NativeGridView::setMultiSelect(bool multiSelect) {
     return true;
 }
 
-// --- Operations -----------------------------------------------------------------------------
-
-std::size_t NativeGridView::addRow(const std::wstring& key) {
-    const std::size_t row = implementation().addRow(key);
-    noteChange();
-    return row;
-}
-
-void NativeGridView::removeRow(std::size_t row) {
-    checkRow(row);
-    implementation().removeRow(row);
-    noteChange();
-}
-
-void NativeGridView::clear() {
-    implementation().clear();
-    noteChange();
-}
-
-std::size_t NativeGridView::getRowCount() const { return implementation().getRowCount(); }
-
-std::wstring NativeGridView::getRowKey(std::size_t row) const {
-    checkRow(row);
-    return implementation().getRowKey(row);
-}
-
-std::size_t NativeGridView::findRow(const std::wstring& key) const {
-    return implementation().findRow(key);
-}
-
-std::wstring NativeGridView::getCell(std::size_t row, std::size_t column) const {
-    checkRow(row);
-    return implementation().getCell(row, column);
-}
-
-void NativeGridView::setCell(std::size_t row, std::size_t column, const std::wstring& text) {
-    checkRow(row);
-    implementation().setCell(row, column, text);
-    noteChange();
-}
-
-std::int32_t NativeGridView::getRowBitmap(std::size_t row) const {
-    checkRow(row);
-    return implementation().getRowBitmap(row);
-}
-
-void NativeGridView::setRowBitmap(std::size_t row, std::int32_t bitmap) {
-    checkRow(row);
-    implementation().setRowBitmap(row, bitmap);
-    noteChange();
-}
-
-bool NativeGridView::getRowChecked(std::size_t row) const {
-    checkRow(row);
-    return implementation().getRowChecked(row);
-}
-
-void NativeGridView::setRowChecked(std::size_t row, bool checked) {
-    checkRow(row);
-    implementation().setRowChecked(row, checked);
-    noteChange();
-}
-
-void NativeGridView::selectRow(std::size_t row) {
-    checkRow(row);
-    implementation().selectRow(row);
-    noteChange();
-}
-
-void NativeGridView::deselectRow(std::size_t row) {
-    checkRow(row);
-    implementation().deselectRow(row);
-    noteChange();
-}
-
-void NativeGridView::selectAllRows() {
-    implementation().selectAllRows();
-    noteChange();
-}
-
-void NativeGridView::deselectAllRows() {
-    implementation().deselectAllRows();
-    noteChange();
-}
-
-std::vector<std::size_t> NativeGridView::getSelectedRows() const {
-    return implementation().getSelectedRows();
-}
-
-void NativeGridView::resizeColumns() { implementation().resizeColumns(); }
-
-void NativeGridView::synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
-
-void NativeGridView::checkRow(std::size_t row) const {
+INativeGridViewImpl& NativeGridView::known(std::size_t row) const {
     ZU_ASSERT_AS(row != kNullSize && row < model_.rowCount(),
                  L"row != NullSize && row < getRowCount()", ZU_HERE);
+    return implementation();
 }
 
-// What was not mirrored during an update is shown at its end.
-void NativeGridView::noteChange() {
+INativeGridViewImpl& NativeGridView::changing() {
+    INativeGridViewImpl& impl = implementation();
     if (isUpdating()) {
         stateChanged();
     }
+    return impl;
+}
+
+INativeGridViewImpl& NativeGridView::changing(std::size_t row) {
+    known(row);
+    return changing();
 }
 
 // --- What the user did ----------------------------------------------------------------------
 
 void NativeGridView::acceptChecked(std::size_t row, bool checked) {
-    checkRow(row);
+    known(row);
     if (model_.setChecked(row, checked)) {
         notify(kCheckStateChanged, wordOfRow(row));
     }
@@ -201,7 +115,7 @@ void NativeGridView::acceptLeftClick(std::size_t row) { notify(kLeftClicked, wor
 void NativeGridView::acceptRightClick(std::size_t row) { notify(kRightClicked, wordOfRow(row)); }
 
 std::wstring NativeGridView::acceptTooltipRequest(std::size_t row) {
-    checkRow(row);
+    known(row);
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     rowTooltip_.clear();
     notify(kBeforeDisplayRowTooltip, wordOfRow(row));
@@ -226,8 +140,14 @@ bool GridViewImplementation::mirrors() {
     return !stale_;
 }
 
+void GridViewImplementation::show(std::size_t row, bool changed) {
+    if (changed && mirrors()) {
+        mirrorRow(row);
+    }
+}
+
 std::size_t GridViewImplementation::addRow(const std::wstring& key) {
-    const std::size_t row = getAbstraction().model().addRow(key);
+    const std::size_t row = model().addRow(key);
     if (mirrors()) {
         mirrorAdded(row);
     }
@@ -235,93 +155,44 @@ std::size_t GridViewImplementation::addRow(const std::wstring& key) {
 }
 
 void GridViewImplementation::removeRow(std::size_t row) {
-    getAbstraction().model().removeRow(row);
+    model().removeRow(row);
     if (mirrors()) {
         mirrorRemoved(row);
     }
 }
 
 void GridViewImplementation::clear() {
-    getAbstraction().model().clear();
+    model().clear();
     if (mirrors()) {
         mirrorCleared();
     }
 }
 
-std::size_t GridViewImplementation::getRowCount() const {
-    return getAbstraction().model().rowCount();
-}
-
-std::wstring GridViewImplementation::getRowKey(std::size_t row) const {
-    return getAbstraction().model().key(row);
-}
-
-std::size_t GridViewImplementation::findRow(const std::wstring& key) const {
-    return getAbstraction().model().findRow(key);
-}
-
-std::wstring GridViewImplementation::getCell(std::size_t row, std::size_t column) const {
-    return getAbstraction().model().cell(row, column);
-}
-
-void GridViewImplementation::setCell(std::size_t row, std::size_t column,
-                                     const std::wstring& text) {
-    if (getAbstraction().model().setCell(row, column, text) && mirrors()) {
-        mirrorRow(row);
-    }
-}
-
-std::int32_t GridViewImplementation::getRowBitmap(std::size_t row) const {
-    return getAbstraction().model().bitmap(row);
-}
-
-void GridViewImplementation::setRowBitmap(std::size_t row, std::int32_t bitmap) {
-    if (getAbstraction().model().setBitmap(row, bitmap) && mirrors()) {
-        mirrorRow(row);
-    }
-}
-
-bool GridViewImplementation::getRowChecked(std::size_t row) const {
-    return getAbstraction().model().isChecked(row);
-}
-
-void GridViewImplementation::setRowChecked(std::size_t row, bool checked) {
-    if (getAbstraction().model().setChecked(row, checked) && mirrors()) {
-        mirrorRow(row);
-    }
-}
-
 void GridViewImplementation::selectRow(std::size_t row) {
-    GridModel& model = getAbstraction().model();
-    if (!getAbstraction().isMultiSelect() && !model.isSelected(row)) {
+    if (!getAbstraction().isMultiSelect() && !model().isSelected(row)) {
         deselectAllRows();
     }
-    if (model.setSelected(row, true) && mirrors()) {
+    if (model().setSelected(row, true) && mirrors()) {
         mirrorSelected(row, true);
     }
 }
 
 void GridViewImplementation::deselectRow(std::size_t row) {
-    if (getAbstraction().model().setSelected(row, false) && mirrors()) {
+    if (model().setSelected(row, false) && mirrors()) {
         mirrorSelected(row, false);
     }
 }
 
 void GridViewImplementation::selectAllRows() {
-    if (getAbstraction().isMultiSelect() && getAbstraction().model().setAllSelected(true) &&
-        mirrors()) {
+    if (getAbstraction().isMultiSelect() && model().setAllSelected(true) && mirrors()) {
         mirrorAllSelected(true);
     }
 }
 
 void GridViewImplementation::deselectAllRows() {
-    if (getAbstraction().model().setAllSelected(false) && mirrors()) {
+    if (model().setAllSelected(false) && mirrors()) {
         mirrorAllSelected(false);
     }
-}
-
-std::vector<std::size_t> GridViewImplementation::getSelectedRows() const {
-    return getAbstraction().model().selectedRows();
 }
 
 }  // namespace zustd

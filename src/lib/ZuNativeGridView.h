@@ -106,27 +106,33 @@ public:
     // there is not. Keys are unique and not empty (see GridModel). Changes by
     // the program send no message. Without multiple selection selecting a row
     // deselects the others, and selectAllRows does nothing.
-    std::size_t addRow(const std::wstring& key);
-    void removeRow(std::size_t row);
-    void clear();
-    std::size_t getRowCount() const;
-    std::wstring getRowKey(std::size_t row) const;
+    std::size_t addRow(const std::wstring& key) { return changing().addRow(key); }
+    void removeRow(std::size_t row) { changing(row).removeRow(row); }
+    void clear() { changing().clear(); }
+    std::size_t getRowCount() const { return implementation().getRowCount(); }
+    std::wstring getRowKey(std::size_t row) const { return known(row).getRowKey(row); }
     // kNullSize when no row has the key.
-    std::size_t findRow(const std::wstring& key) const;
-    std::wstring getCell(std::size_t row, std::size_t column) const;
-    void setCell(std::size_t row, std::size_t column, const std::wstring& text);
-    std::int32_t getRowBitmap(std::size_t row) const;
+    std::size_t findRow(const std::wstring& key) const { return implementation().findRow(key); }
+    std::wstring getCell(std::size_t row, std::size_t column) const {
+        return known(row).getCell(row, column);
+    }
+    void setCell(std::size_t row, std::size_t column, const std::wstring& text) {
+        changing(row).setCell(row, column, text);
+    }
+    std::int32_t getRowBitmap(std::size_t row) const { return known(row).getRowBitmap(row); }
     // An index into the bitmap list, or GridModel::kNoBitmap.
-    void setRowBitmap(std::size_t row, std::int32_t bitmap);
-    bool getRowChecked(std::size_t row) const;
-    void setRowChecked(std::size_t row, bool checked);
-    void selectRow(std::size_t row);
-    void deselectRow(std::size_t row);
-    void selectAllRows();
-    void deselectAllRows();
-    std::vector<std::size_t> getSelectedRows() const;
-    void resizeColumns();
-    void synchronizeBitmaps();
+    void setRowBitmap(std::size_t row, std::int32_t bitmap) {
+        changing(row).setRowBitmap(row, bitmap);
+    }
+    bool getRowChecked(std::size_t row) const { return known(row).getRowChecked(row); }
+    void setRowChecked(std::size_t row, bool checked) { changing(row).setRowChecked(row, checked); }
+    void selectRow(std::size_t row) { changing(row).selectRow(row); }
+    void deselectRow(std::size_t row) { changing(row).deselectRow(row); }
+    void selectAllRows() { changing().selectAllRows(); }
+    void deselectAllRows() { changing().deselectAllRows(); }
+    std::vector<std::size_t> getSelectedRows() const { return implementation().getSelectedRows(); }
+    void resizeColumns() { implementation().resizeColumns(); }
+    void synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
 
     IImplementation* backend() const noexcept override { return backendOf(*this); }
 
@@ -146,8 +152,12 @@ public:
     void acceptColumnWidth(std::size_t column, std::int32_t width);
 
 private:
-    void checkRow(std::size_t row) const;
-    void noteChange();
+    // The backend, for a row that there is.
+    INativeGridViewImpl& known(std::size_t row) const;
+    // For a change of rows: what is not mirrored during an update is shown at
+    // its end.
+    INativeGridViewImpl& changing();
+    INativeGridViewImpl& changing(std::size_t row);
 
     std::shared_ptr<FontDescriptor> font_;
     std::shared_ptr<BitmapListDescriptor> bitmaps_;
@@ -168,26 +178,36 @@ public:
     std::size_t addRow(const std::wstring& key) override;
     void removeRow(std::size_t row) override;
     void clear() override;
-    std::size_t getRowCount() const override;
-    std::wstring getRowKey(std::size_t row) const override;
-    std::size_t findRow(const std::wstring& key) const override;
-    std::wstring getCell(std::size_t row, std::size_t column) const override;
-    void setCell(std::size_t row, std::size_t column, const std::wstring& text) override;
-    std::int32_t getRowBitmap(std::size_t row) const override;
-    void setRowBitmap(std::size_t row, std::int32_t bitmap) override;
-    bool getRowChecked(std::size_t row) const override;
-    void setRowChecked(std::size_t row, bool checked) override;
+    std::size_t getRowCount() const override { return model().rowCount(); }
+    std::wstring getRowKey(std::size_t row) const override { return model().key(row); }
+    std::size_t findRow(const std::wstring& key) const override { return model().findRow(key); }
+    std::wstring getCell(std::size_t row, std::size_t column) const override {
+        return model().cell(row, column);
+    }
+    void setCell(std::size_t row, std::size_t column, const std::wstring& text) override {
+        show(row, model().setCell(row, column, text));
+    }
+    std::int32_t getRowBitmap(std::size_t row) const override { return model().bitmap(row); }
+    void setRowBitmap(std::size_t row, std::int32_t bitmap) override {
+        show(row, model().setBitmap(row, bitmap));
+    }
+    bool getRowChecked(std::size_t row) const override { return model().isChecked(row); }
+    void setRowChecked(std::size_t row, bool checked) override {
+        show(row, model().setChecked(row, checked));
+    }
     void selectRow(std::size_t row) override;
     void deselectRow(std::size_t row) override;
     void selectAllRows() override;
     void deselectAllRows() override;
-    std::vector<std::size_t> getSelectedRows() const override;
+    std::vector<std::size_t> getSelectedRows() const override { return model().selectedRows(); }
 
     // Whether the native object may differ from the model because of changes
     // that were not mirrored; the next synchronisation brings all of it.
     bool isStale() const noexcept { return stale_; }
 
 protected:
+    GridModel& model() const { return getAbstraction().model(); }
+
     virtual void mirrorAdded(std::size_t row) = 0;
     virtual void mirrorRemoved(std::size_t row) = 0;
     virtual void mirrorCleared() = 0;
@@ -196,12 +216,15 @@ protected:
     virtual void mirrorSelected(std::size_t row, bool selected) = 0;
     virtual void mirrorAllSelected(bool selected) = 0;
 
-    // Called by the backend when its native object shows the whole model.
+    // Called by the backend when its native object shows the whole model, and
+    // when it is another one.
     void markFresh() noexcept { stale_ = false; }
+    void markStale() noexcept { stale_ = true; }
 
 private:
     // Whether to mirror now; otherwise the change is noted for later.
     bool mirrors();
+    void show(std::size_t row, bool changed);
 
     bool stale_ = true;
 };

@@ -42,165 +42,12 @@ void NativeTreeView::setEnableRedraw(bool enable) {
     implementation().setEnableRedraw(enable);
 }
 
-TreeNode NativeTreeView::addRootNode(const std::wstring& key, const std::wstring& caption) {
-    return noteChange(implementation().addRootNode(key, caption));
-}
-
-TreeNode NativeTreeView::addChildNode(TreeNode parent, const std::wstring& key,
-                                      const std::wstring& caption) {
-    return noteChange(implementation().addChildNode(parent, key, caption));
-}
-
-TreeNode NativeTreeView::addSiblingNode(TreeNode sibling, const std::wstring& key,
-                                        const std::wstring& caption) {
-    return noteChange(implementation().addSiblingNode(sibling, key, caption));
-}
-
-void NativeTreeView::removeNode(TreeNode node) {
-    implementation().removeNode(node);
-    noteChange();
-}
-
-void NativeTreeView::clear() {
-    implementation().clear();
-    noteChange();
-}
-
-std::size_t NativeTreeView::getNodeCount() const { return implementation().getNodeCount(); }
-
-TreeNode NativeTreeView::getNextNode(TreeNode node) const {
-    return implementation().getNextNode(node);
-}
-
-TreeNode NativeTreeView::getPreviousNode(TreeNode node) const {
-    return implementation().getPreviousNode(node);
-}
-
-std::wstring NativeTreeView::getNodeCaption(TreeNode node) const {
-    return implementation().getNodeCaption(node);
-}
-
-void NativeTreeView::setNodeCaption(TreeNode node, const std::wstring& caption) {
-    implementation().setNodeCaption(node, caption);
-    noteChange();
-}
-
-TreeNode NativeTreeView::getFirstRootNode() const { return implementation().getFirstRootNode(); }
-
-TreeNode NativeTreeView::getLastRootNode() const { return implementation().getLastRootNode(); }
-
-TreeNode NativeTreeView::getFirstChildNode(TreeNode node) const {
-    return implementation().getFirstChildNode(node);
-}
-
-TreeNode NativeTreeView::getLastChildNode(TreeNode node) const {
-    return implementation().getLastChildNode(node);
-}
-
-TreeNode NativeTreeView::getNextSiblingNode(TreeNode node) const {
-    return implementation().getNextSiblingNode(node);
-}
-
-TreeNode NativeTreeView::getPreviousSiblingNode(TreeNode node) const {
-    return implementation().getPreviousSiblingNode(node);
-}
-
-TreeNode NativeTreeView::getLastSiblingNode(TreeNode node) const {
-    return implementation().getLastSiblingNode(node);
-}
-
-TreeNode NativeTreeView::getParentNode(TreeNode node) const {
-    return implementation().getParentNode(node);
-}
-
-void NativeTreeView::ensureNodeVisible(TreeNode node) { implementation().ensureNodeVisible(node); }
-
-Rect NativeTreeView::getNodeBoundary(TreeNode node) const {
-    return implementation().getNodeBoundary(node);
-}
-
-bool NativeTreeView::getNodeExpanded(TreeNode node) const {
-    return implementation().getNodeExpanded(node);
-}
-
-void NativeTreeView::setNodeExpanded(TreeNode node, bool expanded) {
-    implementation().setNodeExpanded(node, expanded);
-    noteChange();
-}
-
-void NativeTreeView::expandAllNodes() {
-    implementation().expandAllNodes();
-    noteChange();
-}
-
-void NativeTreeView::expandAllNodes(TreeNode node) {
-    implementation().expandAllNodes(node);
-    noteChange();
-}
-
-void NativeTreeView::collapseAllNodes() {
-    implementation().collapseAllNodes();
-    noteChange();
-}
-
-void NativeTreeView::collapseAllNodes(TreeNode node) {
-    implementation().collapseAllNodes(node);
-    noteChange();
-}
-
-bool NativeTreeView::getNodeChecked(TreeNode node) const {
-    return implementation().getNodeChecked(node);
-}
-
-void NativeTreeView::setNodeChecked(TreeNode node, bool checked) {
-    implementation().setNodeChecked(node, checked);
-    noteChange();
-}
-
-std::int32_t NativeTreeView::getNodeBitmap(TreeNode node) const {
-    return implementation().getNodeBitmap(node);
-}
-
-void NativeTreeView::setNodeBitmap(TreeNode node, std::int32_t bitmap) {
-    implementation().setNodeBitmap(node, bitmap);
-    noteChange();
-}
-
-std::wstring NativeTreeView::getNodeKey(TreeNode node) const {
-    return implementation().getNodeKey(node);
-}
-
-TreeNode NativeTreeView::findNode(const std::wstring& key) const {
-    return implementation().findNode(key);
-}
-
-bool NativeTreeView::getNodeEmphasized(TreeNode node) const {
-    return implementation().getNodeEmphasized(node);
-}
-
-void NativeTreeView::setNodeEmphasized(TreeNode node, bool emphasized) {
-    implementation().setNodeEmphasized(node, emphasized);
-    noteChange();
-}
-
-TreeNode NativeTreeView::getSelectedNode() const { return implementation().getSelectedNode(); }
-
-void NativeTreeView::selectNode(TreeNode node) {
-    implementation().selectNode(node);
-    noteChange();
-}
-
-void NativeTreeView::clearNodeSelection() {
-    implementation().clearNodeSelection();
-    noteChange();
-}
-
-// What was not mirrored during an update is shown at its end.
-TreeNode NativeTreeView::noteChange(TreeNode node) {
+INativeTreeViewImpl& NativeTreeView::changing() {
+    INativeTreeViewImpl& impl = implementation();
     if (isUpdating()) {
         stateChanged();
     }
-    return node;
+    return impl;
 }
 
 // --- What the user did ----------------------------------------------------------------------
@@ -237,9 +84,9 @@ bool TreeViewImplementation::mirrors() {
         return false;
     }
     if (redrawOff_ != 0 || getAbstraction().isUpdating()) {
-        stale_ = true;
+        markStale();
     }
-    return !stale_;
+    return !isStale();
 }
 
 TreeNode TreeViewImplementation::added(TreeNode node) {
@@ -247,6 +94,12 @@ TreeNode TreeViewImplementation::added(TreeNode node) {
         mirrorAdded(node);
     }
     return node;
+}
+
+void TreeViewImplementation::show(TreeNode node, bool changed) {
+    if (changed && mirrors()) {
+        mirrorNode(node);
+    }
 }
 
 void TreeViewImplementation::setEnableRedraw(bool enable) {
@@ -257,106 +110,46 @@ void TreeViewImplementation::setEnableRedraw(bool enable) {
     if (redrawOff_ == 0 || --redrawOff_ != 0) {
         return;
     }
-    if (stale_ && hasNativeObject()) {
+    if (isStale() && hasNativeObject()) {
         synchronizeWithAbstraction();
     }
 }
 
 TreeNode TreeViewImplementation::addRootNode(const std::wstring& key, const std::wstring& caption) {
-    return added(getAbstraction().model().addChild(kNoNode, key, caption));
+    return added(model().addChild(kNoNode, key, caption));
 }
 
 TreeNode TreeViewImplementation::addChildNode(TreeNode parent, const std::wstring& key,
                                               const std::wstring& caption) {
-    TreeModel& model = getAbstraction().model();
-    ZU_ASSERT_AS(model.contains(parent), L"contains(node)", ZU_HERE);
-    return added(model.addChild(parent, key, caption));
+    ZU_ASSERT_AS(model().contains(parent), L"contains(node)", ZU_HERE);
+    return added(model().addChild(parent, key, caption));
 }
 
 TreeNode TreeViewImplementation::addSiblingNode(TreeNode sibling, const std::wstring& key,
                                                 const std::wstring& caption) {
-    return added(getAbstraction().model().addSibling(sibling, key, caption));
+    return added(model().addSibling(sibling, key, caption));
 }
 
 void TreeViewImplementation::removeNode(TreeNode node) {
-    TreeModel& model = getAbstraction().model();
-    ZU_ASSERT_AS(model.contains(node), L"contains(node)", ZU_HERE);
+    ZU_ASSERT_AS(model().contains(node), L"contains(node)", ZU_HERE);
     if (mirrors()) {
         mirrorRemoving(node);
     }
-    model.remove(node);
+    model().remove(node);
     if (mirrors()) {
         mirrorSelection();
     }
 }
 
 void TreeViewImplementation::clear() {
-    getAbstraction().model().clear();
+    model().clear();
     if (mirrors()) {
         mirrorCleared();
     }
 }
 
-std::size_t TreeViewImplementation::getNodeCount() const {
-    return getAbstraction().model().nodeCount();
-}
-
-TreeNode TreeViewImplementation::getNextNode(TreeNode node) const {
-    return getAbstraction().model().next(node);
-}
-
-TreeNode TreeViewImplementation::getPreviousNode(TreeNode node) const {
-    return getAbstraction().model().previous(node);
-}
-
-std::wstring TreeViewImplementation::getNodeCaption(TreeNode node) const {
-    return getAbstraction().model().caption(node);
-}
-
-void TreeViewImplementation::setNodeCaption(TreeNode node, const std::wstring& caption) {
-    if (getAbstraction().model().setCaption(node, caption) && mirrors()) {
-        mirrorNode(node);
-    }
-}
-
-TreeNode TreeViewImplementation::getFirstRootNode() const {
-    return getAbstraction().model().firstRoot();
-}
-
-TreeNode TreeViewImplementation::getLastRootNode() const {
-    return getAbstraction().model().lastRoot();
-}
-
-TreeNode TreeViewImplementation::getFirstChildNode(TreeNode node) const {
-    return getAbstraction().model().firstChild(node);
-}
-
-TreeNode TreeViewImplementation::getLastChildNode(TreeNode node) const {
-    return getAbstraction().model().lastChild(node);
-}
-
-TreeNode TreeViewImplementation::getNextSiblingNode(TreeNode node) const {
-    return getAbstraction().model().nextSibling(node);
-}
-
-TreeNode TreeViewImplementation::getPreviousSiblingNode(TreeNode node) const {
-    return getAbstraction().model().previousSibling(node);
-}
-
-TreeNode TreeViewImplementation::getLastSiblingNode(TreeNode node) const {
-    return getAbstraction().model().lastSibling(node);
-}
-
-TreeNode TreeViewImplementation::getParentNode(TreeNode node) const {
-    return getAbstraction().model().parent(node);
-}
-
-bool TreeViewImplementation::getNodeExpanded(TreeNode node) const {
-    return getAbstraction().model().isExpanded(node);
-}
-
 void TreeViewImplementation::setNodeExpanded(TreeNode node, bool expanded) {
-    if (getAbstraction().model().setExpanded(node, expanded)) {
+    if (model().setExpanded(node, expanded)) {
         liftSelection();
         if (mirrors()) {
             mirrorExpanded(node);
@@ -364,21 +157,12 @@ void TreeViewImplementation::setNodeExpanded(TreeNode node, bool expanded) {
     }
 }
 
-void TreeViewImplementation::expandAllNodes() { expandSubtree(kNoNode, true); }
-
-void TreeViewImplementation::expandAllNodes(TreeNode node) { expandSubtree(node, true); }
-
-void TreeViewImplementation::collapseAllNodes() { expandSubtree(kNoNode, false); }
-
-void TreeViewImplementation::collapseAllNodes(TreeNode node) { expandSubtree(node, false); }
-
 void TreeViewImplementation::expandSubtree(TreeNode top, bool expanded) {
-    TreeModel& model = getAbstraction().model();
-    const TreeNode end = top == kNoNode ? kNoNode : model.nextBeyond(top);
+    const TreeNode end = top == kNoNode ? kNoNode : model().nextBeyond(top);
     bool changed = false;
-    for (TreeNode node = top == kNoNode ? model.firstRoot() : top; node != end;
-         node = model.next(node)) {
-        changed = model.setExpanded(node, expanded) || changed;
+    for (TreeNode node = top == kNoNode ? model().firstRoot() : top; node != end;
+         node = model().next(node)) {
+        changed = model().setExpanded(node, expanded) || changed;
     }
     if (changed) {
         liftSelection();
@@ -390,62 +174,18 @@ void TreeViewImplementation::expandSubtree(TreeNode top, bool expanded) {
 
 // The outermost collapsed node above the selected one takes over from it.
 void TreeViewImplementation::liftSelection() {
-    TreeModel& model = getAbstraction().model();
-    if (model.select(model.standInFor(model.selected())) && mirrors()) {
+    if (model().select(model().standInFor(model().selected())) && mirrors()) {
         mirrorSelection();
     }
 }
 
-bool TreeViewImplementation::getNodeChecked(TreeNode node) const {
-    return getAbstraction().model().isChecked(node);
-}
-
-void TreeViewImplementation::setNodeChecked(TreeNode node, bool checked) {
-    if (getAbstraction().model().setChecked(node, checked) && mirrors()) {
-        mirrorNode(node);
-    }
-}
-
-std::int32_t TreeViewImplementation::getNodeBitmap(TreeNode node) const {
-    return getAbstraction().model().bitmap(node);
-}
-
-void TreeViewImplementation::setNodeBitmap(TreeNode node, std::int32_t bitmap) {
-    if (getAbstraction().model().setBitmap(node, bitmap) && mirrors()) {
-        mirrorNode(node);
-    }
-}
-
-std::wstring TreeViewImplementation::getNodeKey(TreeNode node) const {
-    return getAbstraction().model().key(node);
-}
-
-TreeNode TreeViewImplementation::findNode(const std::wstring& key) const {
-    return getAbstraction().model().find(key);
-}
-
-bool TreeViewImplementation::getNodeEmphasized(TreeNode node) const {
-    return getAbstraction().model().isEmphasized(node);
-}
-
-void TreeViewImplementation::setNodeEmphasized(TreeNode node, bool emphasized) {
-    if (getAbstraction().model().setEmphasized(node, emphasized) && mirrors()) {
-        mirrorNode(node);
-    }
-}
-
-TreeNode TreeViewImplementation::getSelectedNode() const {
-    return getAbstraction().model().selected();
-}
-
 void TreeViewImplementation::selectNode(TreeNode node) {
-    TreeModel& model = getAbstraction().model();
-    if (!model.select(node)) {
+    if (!model().select(node)) {
         return;
     }
-    for (TreeNode above = node != kNoNode ? model.parent(node) : kNoNode; above != kNoNode;
-         above = model.parent(above)) {
-        if (model.setExpanded(above, true) && mirrors()) {
+    for (TreeNode above = node != kNoNode ? model().parent(node) : kNoNode; above != kNoNode;
+         above = model().parent(above)) {
+        if (model().setExpanded(above, true) && mirrors()) {
             mirrorExpanded(above);
         }
     }
@@ -453,7 +193,5 @@ void TreeViewImplementation::selectNode(TreeNode node) {
         mirrorSelection();
     }
 }
-
-void TreeViewImplementation::clearNodeSelection() { selectNode(kNoNode); }
 
 }  // namespace zustd

@@ -20,7 +20,7 @@
 #include <string>
 
 #include "ZuControl.h"
-#include "ZuTreeModel.h"
+#include "ZuTreeFiller.h"
 
 namespace zustd {
 
@@ -121,43 +121,70 @@ public:
     // what is on the screen may be asked for at any time. Changes by the program
     // send no message.
     void setEnableRedraw(bool enable);
-    TreeNode addRootNode(const std::wstring& key, const std::wstring& caption);
-    TreeNode addChildNode(TreeNode parent, const std::wstring& key, const std::wstring& caption);
-    TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key, const std::wstring& caption);
-    void removeNode(TreeNode node);
-    void clear();
-    std::size_t getNodeCount() const;
-    TreeNode getNextNode(TreeNode node) const;
-    TreeNode getPreviousNode(TreeNode node) const;
-    std::wstring getNodeCaption(TreeNode node) const;
-    void setNodeCaption(TreeNode node, const std::wstring& caption);
-    TreeNode getFirstRootNode() const;
-    TreeNode getLastRootNode() const;
-    TreeNode getFirstChildNode(TreeNode node) const;
-    TreeNode getLastChildNode(TreeNode node) const;
-    TreeNode getParentNode(TreeNode node) const;
-    TreeNode getLastSiblingNode(TreeNode node) const;
-    TreeNode getNextSiblingNode(TreeNode node) const;
-    TreeNode getPreviousSiblingNode(TreeNode node) const;
-    Rect getNodeBoundary(TreeNode node) const;
-    bool getNodeExpanded(TreeNode node) const;
-    void setNodeExpanded(TreeNode node, bool expanded);
-    void expandAllNodes();
-    void expandAllNodes(TreeNode node);
-    void collapseAllNodes();
-    void collapseAllNodes(TreeNode node);
-    bool getNodeChecked(TreeNode node) const;
-    void setNodeChecked(TreeNode node, bool checked);
-    std::int32_t getNodeBitmap(TreeNode node) const;
-    void setNodeBitmap(TreeNode node, std::int32_t bitmap);
-    std::wstring getNodeKey(TreeNode node) const;
-    TreeNode findNode(const std::wstring& key) const;
-    bool getNodeEmphasized(TreeNode node) const;
-    void setNodeEmphasized(TreeNode node, bool emphasized);
-    TreeNode getSelectedNode() const;
-    void selectNode(TreeNode node);
-    void clearNodeSelection();
-    void ensureNodeVisible(TreeNode node);
+    TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) {
+        return changing().addRootNode(key, caption);
+    }
+    TreeNode addChildNode(TreeNode parent, const std::wstring& key, const std::wstring& caption) {
+        return changing().addChildNode(parent, key, caption);
+    }
+    TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key,
+                            const std::wstring& caption) {
+        return changing().addSiblingNode(sibling, key, caption);
+    }
+    void removeNode(TreeNode node) { changing().removeNode(node); }
+    void clear() { changing().clear(); }
+    std::size_t getNodeCount() const { return implementation().getNodeCount(); }
+    TreeNode getNextNode(TreeNode node) const { return implementation().getNextNode(node); }
+    TreeNode getPreviousNode(TreeNode node) const { return implementation().getPreviousNode(node); }
+    std::wstring getNodeCaption(TreeNode node) const {
+        return implementation().getNodeCaption(node);
+    }
+    void setNodeCaption(TreeNode node, const std::wstring& caption) {
+        changing().setNodeCaption(node, caption);
+    }
+    TreeNode getFirstRootNode() const { return implementation().getFirstRootNode(); }
+    TreeNode getLastRootNode() const { return implementation().getLastRootNode(); }
+    TreeNode getFirstChildNode(TreeNode node) const {
+        return implementation().getFirstChildNode(node);
+    }
+    TreeNode getLastChildNode(TreeNode node) const {
+        return implementation().getLastChildNode(node);
+    }
+    TreeNode getNextSiblingNode(TreeNode node) const {
+        return implementation().getNextSiblingNode(node);
+    }
+    TreeNode getPreviousSiblingNode(TreeNode node) const {
+        return implementation().getPreviousSiblingNode(node);
+    }
+    TreeNode getLastSiblingNode(TreeNode node) const {
+        return implementation().getLastSiblingNode(node);
+    }
+    TreeNode getParentNode(TreeNode node) const { return implementation().getParentNode(node); }
+    void ensureNodeVisible(TreeNode node) { implementation().ensureNodeVisible(node); }
+    Rect getNodeBoundary(TreeNode node) const { return implementation().getNodeBoundary(node); }
+    bool getNodeExpanded(TreeNode node) const { return implementation().getNodeExpanded(node); }
+    void setNodeExpanded(TreeNode node, bool expanded) {
+        changing().setNodeExpanded(node, expanded);
+    }
+    void expandAllNodes() { changing().expandAllNodes(); }
+    void expandAllNodes(TreeNode node) { changing().expandAllNodes(node); }
+    void collapseAllNodes() { changing().collapseAllNodes(); }
+    void collapseAllNodes(TreeNode node) { changing().collapseAllNodes(node); }
+    bool getNodeChecked(TreeNode node) const { return implementation().getNodeChecked(node); }
+    void setNodeChecked(TreeNode node, bool checked) { changing().setNodeChecked(node, checked); }
+    std::int32_t getNodeBitmap(TreeNode node) const { return implementation().getNodeBitmap(node); }
+    void setNodeBitmap(TreeNode node, std::int32_t bitmap) {
+        changing().setNodeBitmap(node, bitmap);
+    }
+    std::wstring getNodeKey(TreeNode node) const { return implementation().getNodeKey(node); }
+    TreeNode findNode(const std::wstring& key) const { return implementation().findNode(key); }
+    bool getNodeEmphasized(TreeNode node) const { return implementation().getNodeEmphasized(node); }
+    void setNodeEmphasized(TreeNode node, bool emphasized) {
+        changing().setNodeEmphasized(node, emphasized);
+    }
+    TreeNode getSelectedNode() const { return implementation().getSelectedNode(); }
+    void selectNode(TreeNode node) { changing().selectNode(node); }
+    void clearNodeSelection() { changing().clearNodeSelection(); }
 
     // While kNodeExpanding or kNodeCollapsing is being sent: it does not happen.
     void refuseExpanding() noexcept { expandingRefused_ = true; }
@@ -177,7 +204,9 @@ public:
     void acceptRightClick(TreeNode node);
 
 private:
-    TreeNode noteChange(TreeNode node = kNoNode);
+    // For a change of nodes: what is not mirrored during an update is shown at
+    // its end.
+    INativeTreeViewImpl& changing();
 
     std::shared_ptr<FontDescriptor> font_;
     std::shared_ptr<BitmapListDescriptor> bitmaps_;
@@ -199,43 +228,55 @@ public:
                             const std::wstring& caption) override;
     void removeNode(TreeNode node) override;
     void clear() override;
-    std::size_t getNodeCount() const override;
-    TreeNode getNextNode(TreeNode node) const override;
-    TreeNode getPreviousNode(TreeNode node) const override;
-    std::wstring getNodeCaption(TreeNode node) const override;
-    void setNodeCaption(TreeNode node, const std::wstring& caption) override;
-    TreeNode getFirstRootNode() const override;
-    TreeNode getLastRootNode() const override;
-    TreeNode getFirstChildNode(TreeNode node) const override;
-    TreeNode getLastChildNode(TreeNode node) const override;
-    TreeNode getParentNode(TreeNode node) const override;
-    TreeNode getLastSiblingNode(TreeNode node) const override;
-    TreeNode getNextSiblingNode(TreeNode node) const override;
-    TreeNode getPreviousSiblingNode(TreeNode node) const override;
-    bool getNodeExpanded(TreeNode node) const override;
+    std::size_t getNodeCount() const override { return model().nodeCount(); }
+    TreeNode getNextNode(TreeNode node) const override { return model().next(node); }
+    TreeNode getPreviousNode(TreeNode node) const override { return model().previous(node); }
+    std::wstring getNodeCaption(TreeNode node) const override { return model().caption(node); }
+    void setNodeCaption(TreeNode node, const std::wstring& caption) override {
+        show(node, model().setCaption(node, caption));
+    }
+    TreeNode getFirstRootNode() const override { return model().firstRoot(); }
+    TreeNode getLastRootNode() const override { return model().lastRoot(); }
+    TreeNode getFirstChildNode(TreeNode node) const override { return model().firstChild(node); }
+    TreeNode getLastChildNode(TreeNode node) const override { return model().lastChild(node); }
+    TreeNode getNextSiblingNode(TreeNode node) const override { return model().nextSibling(node); }
+    TreeNode getPreviousSiblingNode(TreeNode node) const override {
+        return model().previousSibling(node);
+    }
+    TreeNode getLastSiblingNode(TreeNode node) const override { return model().lastSibling(node); }
+    TreeNode getParentNode(TreeNode node) const override { return model().parent(node); }
+    bool getNodeExpanded(TreeNode node) const override { return model().isExpanded(node); }
     void setNodeExpanded(TreeNode node, bool expanded) override;
-    void expandAllNodes() override;
-    void expandAllNodes(TreeNode node) override;
-    void collapseAllNodes() override;
-    void collapseAllNodes(TreeNode node) override;
-    bool getNodeChecked(TreeNode node) const override;
-    void setNodeChecked(TreeNode node, bool checked) override;
-    std::int32_t getNodeBitmap(TreeNode node) const override;
-    void setNodeBitmap(TreeNode node, std::int32_t bitmap) override;
-    std::wstring getNodeKey(TreeNode node) const override;
-    TreeNode findNode(const std::wstring& key) const override;
-    bool getNodeEmphasized(TreeNode node) const override;
-    void setNodeEmphasized(TreeNode node, bool emphasized) override;
-    TreeNode getSelectedNode() const override;
+    void expandAllNodes() override { expandSubtree(kNoNode, true); }
+    void expandAllNodes(TreeNode node) override { expandSubtree(node, true); }
+    void collapseAllNodes() override { expandSubtree(kNoNode, false); }
+    void collapseAllNodes(TreeNode node) override { expandSubtree(node, false); }
+    bool getNodeChecked(TreeNode node) const override { return model().isChecked(node); }
+    void setNodeChecked(TreeNode node, bool checked) override {
+        show(node, model().setChecked(node, checked));
+    }
+    std::int32_t getNodeBitmap(TreeNode node) const override { return model().bitmap(node); }
+    void setNodeBitmap(TreeNode node, std::int32_t bitmap) override {
+        show(node, model().setBitmap(node, bitmap));
+    }
+    std::wstring getNodeKey(TreeNode node) const override { return model().key(node); }
+    TreeNode findNode(const std::wstring& key) const override { return model().find(key); }
+    bool getNodeEmphasized(TreeNode node) const override { return model().isEmphasized(node); }
+    void setNodeEmphasized(TreeNode node, bool emphasized) override {
+        show(node, model().setEmphasized(node, emphasized));
+    }
+    TreeNode getSelectedNode() const override { return model().selected(); }
     void selectNode(TreeNode node) override;
-    void clearNodeSelection() override;
+    void clearNodeSelection() override { selectNode(kNoNode); }
 
     // Whether the native object may differ from the model because of changes
     // that were not mirrored; the next synchronisation brings all of it.
-    bool isStale() const noexcept { return stale_; }
+    bool isStale() const noexcept { return state_ < TreeState::kBehind; }
     bool isRedrawEnabled() const noexcept { return redrawOff_ == 0; }
 
 protected:
+    TreeModel& model() const { return getAbstraction().model(); }
+
     virtual void mirrorAdded(TreeNode node) = 0;
     // Called before the node leaves the model.
     virtual void mirrorRemoving(TreeNode node) = 0;
@@ -247,20 +288,22 @@ protected:
     virtual void mirrorAllExpanded(TreeNode top) = 0;
     virtual void mirrorSelection() = 0;
 
-    // Called by the backend when its native object shows the whole model, and
-    // when it will bring that up to date as a whole.
-    void markFresh() noexcept { stale_ = false; }
-    void markStale() noexcept { stale_ = true; }
+    // For a native object that shows the whole model.
+    void markFresh() noexcept { state_ = TreeState::kCurrent; }
+    // Of one that has been filled.
+    void markStale() noexcept { state_ = isStale() ? state_ : TreeState::kStale; }
+
+    TreeState state_ = TreeState::kEmpty;
 
 private:
     // Whether to mirror now; otherwise the change is noted for later.
     bool mirrors();
     TreeNode added(TreeNode node);
+    void show(TreeNode node, bool changed);
     void expandSubtree(TreeNode top, bool expanded);
     void liftSelection();
 
     std::uint32_t redrawOff_ = 0;
-    bool stale_ = true;
 };
 
 }  // namespace zustd

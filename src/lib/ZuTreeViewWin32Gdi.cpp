@@ -1,6 +1,6 @@
 #include "ZuTreeViewWin32Gdi.h"
 
-#include <cstring>
+#include <utility>
 
 namespace zustd {
 
@@ -27,11 +27,11 @@ void TreeViewWin32Gdi::synchronize() {
         return;
     }
     pushLook();
-    if (!filled_ || (isStale() && isRedrawEnabled())) {
+    if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
         fill();
     }
-    if (isRedrawEnabled() && !isAnswering()) {
-        if (std::exchange(isBehind_, false)) {
+    if (isReady() && isRedrawEnabled() && !isAnswering()) {
+        if (state_ == TreeState::kBehind) {
             workOn();
         }
         showAwaited();
@@ -51,12 +51,12 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
 TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
     NativeTreeView& tree = getAbstraction();
     initializeCommonControls();
-    const bool anew = std::exchange(hasCheckBoxes_, tree.hasCheckBoxes()) != tree.hasCheckBoxes();
-    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, anew);
+    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE},
+                                              hasCheckBoxes() != tree.hasCheckBoxes());
     if (outcome == Outcome::kMade) {
         forgetPushed();
-        forgetWork();
-        filled_ = false;
+        becomeEmpty();
+        model().clearNativeWords();
         send(TVM_SETUNICODEFORMAT, TRUE);
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     }
@@ -73,194 +73,203 @@ void TreeViewWin32Gdi::pushLook() {
     if (updateImages(tree.bitmaps().get())) {
         send(TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images()));
     }
-    if (updateCheckImages(hasCheckBoxes_, 0)) {
+    if (updateCheckImages(tree.hasCheckBoxes(), 0)) {
         send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
     }
 }
 
 void TreeViewWin32Gdi::releaseNativeObject() {
     releaseItems();
-    filled_ = false;
-    forgetWork();
+    becomeEmpty();
 }
 
-// --- Single changes -------------------------------------------------------------------------
-
-// Whether the change at hand is one of a burst that has become long.
-bool TreeViewWin32Gdi::isInLongBurst() {
-    const std::size_t count = getAbstraction().model().nodeCount();
-    const bool isLong = deferRedraw() > kLongBurst + count / kLongBurstPart;
-    isBehind_ = isBehind_ || isLong;
-    return isLong;
+void TreeViewWin32Gdi::becomeEmpty() noexcept {
+    filler_.forget();
+    state_ = TreeState::kEmpty;
 }
 
-// A change that failed is made up for with the window's next message: the rest
-// would have no place.
-void TreeViewWin32Gdi::orAnew(bool succeeded) noexcept {
-    if (!succeeded) {
-        beginAnew();
-        isBehind_ = true;
-    }
-}
-
-void TreeViewWin32Gdi::catchUp() {
-    // Nor while the window works on items that would be replaced.
-    if (!isBehind_ || isMirroring() || isAnswering() || !isRedrawEnabled() ||
-        getAbstraction().isUpdating()) {
+void TreeViewWin32Gdi::fill() {
+    if (isAnswering() && items_.itemCount() != 0) {
+        // The window may be at work on one of its items.
+        state_ = TreeState::kStale;
         return;
     }
-    isBehind_ = false;
-    if (isStale()) {
+    const Mirroring mirroring(*this);
+    // The node at the upper edge, or what hides it by now.
+    const TreeNode top = model().standInFor(items_.firstSeen());
+    {
+        const BulkMirroring bulk(*this);
+        state_ = TreeState::kEmpty;
+        items_.clear();
+        filler_.restart();
+    }
+    // Where things are is known only with redrawing on again.
+    state_ = TreeState::kCurrent;
+    select(model().selected());
+    if (top != kNoNode) {
+        filler_.need(top);
+        items_.scrollTo(top);
+    }
+}
+
+void TreeViewWin32Gdi::workOn() {
+    state_ = TreeState::kCurrent;
+    if (filler_.hasWork()) {
+        const BulkMirroring bulk(*this);
+        filler_.work();
+    }
+}
+
+// Not while the window works on items that would be replaced.
+void TreeViewWin32Gdi::catchUp() {
+    if (isMirroring() || isAnswering() || !isRedrawEnabled() || getAbstraction().isUpdating()) {
+        return;
+    }
+    if (state_ == TreeState::kStale) {
         synchronizeWithAbstraction();
-    } else {
+    } else if (state_ == TreeState::kBehind) {
         workOn();
     }
 }
 
-void TreeViewWin32Gdi::showButton(TreeNode node, bool hasChildren) {
-    TVITEMW item{};
-    item.mask = TVIF_CHILDREN | TVIF_STATE;
-    item.hItem = itemOf(node);
-    // It has no item below it: some versions would leave it expanded for good.
-    item.stateMask = TVIS_EXPANDED;
-    item.cChildren = hasChildren ? 1 : 0;
-    if (item.hItem != nullptr) {
-        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+// --- Single changes -------------------------------------------------------------------------
+
+// A change that failed is made up for with the window's next message: the rest
+// would have no place.
+template <class Body>
+void TreeViewWin32Gdi::mirror(const wchar_t* operation, Body body) {
+    const Mirroring mirroring(*this);
+    if (!guarded(operation, body)) {
+        filler_.forget();
+        state_ = TreeState::kStale;
     }
 }
 
+// Whether the change at hand is one of a burst that has become long.
+bool TreeViewWin32Gdi::isInLongBurst() {
+    return deferRedraw() > kLongBurst + model().nodeCount() / kLongBurstPart;
+}
+
 void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
-    orAnew(guarded(L"TreeViewWin32Gdi::mirrorAdded", [&] {
-        if (!filled_) {
-            return;
+    mirror(L"TreeViewWin32Gdi::mirrorAdded", [&] {
+        const TreeNode parent = model().parent(node);
+        if (parent != kNoNode && model().childCount(parent) == 1) {
+            items_.showButton(parent, true);
         }
-        const TreeModel& model = getAbstraction().model();
-        const Mirroring mirroring(*this);
-        if (const TreeNode parent = model.parent(node);
-            parent != kNoNode && model.childCount(parent) == 1) {
-            showButton(parent, true);
-        }
-        if (!PendingNodes::isNext(model, node)) {
+        if (!filler_.isNext(node)) {
             return;
         }
         if (isInLongBurst()) {
-            pending_.add(model, node);
+            filler_.add(node);
+            state_ = TreeState::kBehind;
         } else {
-            insert(node);
+            items_.insert(node);
         }
-    }));
+    });
 }
 
 void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
-    orAnew(guarded(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
-        const TreeModel& model = getAbstraction().model();
-        const Mirroring mirroring(*this);
-        pending_.forget(model, node);
-        if (const HTREEITEM item = itemOf(node); item != nullptr) {
+    mirror(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
+        const TreeModel& model = this->model();
+        filler_.drop(node);
+        if (items_.itemOf(node) != nullptr) {
             const bool isUnderWay =
                 model.contains(underWay_) && model.isAncestorOf(node, underWay_);
             if (isInLongBurst() || isUnderWay) {
-                markStale();
-                isBehind_ = true;
+                state_ = TreeState::kStale;
                 return;
             }
             if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
                 select(kNoNode);
             }
-            send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item));
+            items_.remove(node);
         }
-        if (const TreeNode parent = model.parent(node);
-            parent != kNoNode && model.childCount(parent) == 1) {
-            showButton(parent, false);
+        const TreeNode parent = model.parent(node);
+        if (parent != kNoNode && model.childCount(parent) == 1) {
+            items_.showButton(parent, false);
         }
-    }));
+    });
 }
 
 void TreeViewWin32Gdi::mirrorCleared() {
-    guarded(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
+    mirror(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
 }
 
 void TreeViewWin32Gdi::mirrorNode(TreeNode node) {
-    guarded(L"TreeViewWin32Gdi::mirrorNode", [&] {
-        TVITEMW item{};
-        item.hItem = itemOf(node);
-        if (item.hItem == nullptr) {
-            return;
-        }
-        const Mirroring mirroring(*this);
-        // The caption as well: the window repaints the item and measures it anew.
-        item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
-        item.pszText = textOf(node);
-        item.iImage = nativeImage(getAbstraction().model().bitmap(node));
-        item.iSelectedImage = item.iImage;
-        item.state = stateOf(node);
-        item.stateMask = kStates;
-        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
-    });
+    mirror(L"TreeViewWin32Gdi::mirrorNode", [&] { items_.update(node); });
 }
 
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
-    orAnew(guarded(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
-        const Mirroring mirroring(*this);
-        expand(node);
-        workLater();
-    }));
-}
-
-void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
-    orAnew(guarded(L"TreeViewWin32Gdi::mirrorAllExpanded", [&] {
-        if (!mirrorSubtree(top)) {
-            fill();
-        }
-    }));
-}
-
-void TreeViewWin32Gdi::mirrorSelection() {
-    guarded(L"TreeViewWin32Gdi::mirrorSelection", [this] {
-        if (filled_) {
-            const Mirroring mirroring(*this);
-            select(getAbstraction().model().selected());
+    mirror(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
+        filler_.settle(node);
+        if (filler_.hasWork()) {
+            deferRedraw();
+            filler_.workLater();
         }
     });
 }
 
+void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
+    mirror(L"TreeViewWin32Gdi::mirrorAllExpanded", [&] {
+        if (filler_.settleAll(top)) {
+            workOn();
+        } else {
+            fill();
+        }
+    });
+}
+
+void TreeViewWin32Gdi::mirrorSelection() {
+    mirror(L"TreeViewWin32Gdi::mirrorSelection", [this] { select(model().selected()); });
+}
+
 void TreeViewWin32Gdi::select(TreeNode node) {
-    const HTREEITEM selected = TreeView_GetSelection(window());
-    if (node != kNoNode && (selected == nullptr || itemOf(node) != selected)) {
+    const HTREEITEM selected = items_.selectedItem();
+    if (selected == nullptr || items_.itemOf(node) != selected) {
         reveal(node);
     }
-    if (const HTREEITEM item = itemOf(node); item != selected) {
-        if (item != nullptr) {
+    if (items_.itemOf(node) != selected) {
+        if (node != kNoNode) {
             // Where it is to be scrolled to is known only with redrawing on.
             settle();
         }
-        send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+        items_.select(node);
+    }
+}
+
+// Brings a node into the window, with what is above it expanded.
+void TreeViewWin32Gdi::reveal(TreeNode node) {
+    if (node == kNoNode || !isReady()) {
+        return;
+    }
+    if (items_.itemOf(node) == nullptr) {
+        const BulkMirroring bulk(*this);
+        filler_.reveal(node);
+    } else {
+        filler_.reveal(node);
     }
 }
 
 // Does nothing without a node that waits for it.
 void TreeViewWin32Gdi::showAwaited() {
     const TreeNode node = std::exchange(awaitsVisible_, kNoNode);
-    if (!getAbstraction().model().contains(node)) {
-        return;
-    }
-    settle();
-    const Mirroring mirroring(*this);
-    reveal(node);
-    if (const HTREEITEM item = itemOf(node)) {
-        send(TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
+    if (model().contains(node)) {
+        settle();
+        const Mirroring mirroring(*this);
+        reveal(node);
+        items_.makeVisible(node);
     }
 }
 
 void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
     guarded(L"TreeViewWin32Gdi::ensureNodeVisible", [&] {
-        TreeModel& model = getAbstraction().model();
-        if (!model.contains(node)) {
+        if (!model().contains(node)) {
             return;
         }
         bool changed = false;
-        for (TreeNode above = model.parent(node); above != kNoNode; above = model.parent(above)) {
-            changed = model.setExpanded(above, true) || changed;
+        for (TreeNode above = model().parent(node); above != kNoNode;
+             above = model().parent(above)) {
+            changed = model().setExpanded(above, true) || changed;
         }
         awaitsVisible_ = node;
         if (isReady() && isRedrawEnabled()) {
@@ -273,22 +282,160 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
 
 Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
     return guarded(L"TreeViewWin32Gdi::getNodeBoundary", Rect(), [&] {
-        if (isBehind_) {
-            // A message brings the window up to date.
-            send(WM_NULL);
-        }
-        const auto item = reinterpret_cast<std::uintptr_t>(itemOf(node));
-        RECT caption{};
-        RECT client{};
-        RECT seen{};
-        // The message takes the item where it leaves the rectangle.
-        std::memcpy(&caption, &item, sizeof(item));
-        if (item == 0 || send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) == FALSE ||
-            !GetClientRect(window(), &client) || !IntersectRect(&seen, &caption, &client)) {
-            return Rect();
-        }
-        return Rect{seen.left, seen.top, seen.right - 1, seen.bottom - 1};
+        // A message brings the window up to date.
+        send(WM_NULL);
+        return items_.boundaryOf(node);
     });
+}
+
+// --- What the user does ---------------------------------------------------------------------
+
+bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+    if (message.id != WM_NOTIFY || isMirroring()) {
+        return false;
+    }
+    const auto& change = *reinterpret_cast<const NMTREEVIEWW*>(message.extra);
+    switch (change.hdr.code) {
+        case TVN_SELCHANGEDW:
+            selectionChanged_ = true;
+            return true;
+        case TVN_ITEMEXPANDINGW:
+            result = acceptExpanding(change) ? FALSE : TRUE;
+            return true;
+        case TVN_ITEMEXPANDEDW:
+            // Some versions pass the selection of a collapsed node on without a word.
+            selectionChanged_ = true;
+            if (const TreeNode node = items_.nodeOf(change.itemNew.lParam);
+                node != kNoNode && node != refused_) {
+                getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
+            }
+            return true;
+        case NM_RCLICK:
+            rightClicked_ = true;
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Whether the system may go on with it. A receiver that fills the node, or the
+// whole tree, may have replaced the item under way: then it is done here.
+bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
+    NativeTreeView& tree = getAbstraction();
+    const TreeNode node = items_.nodeOf(change.itemNew.lParam);
+    const bool expanding = change.action == TVE_EXPAND;
+    if (node == kNoNode) {
+        return false;
+    }
+    underWay_ = node;
+    const bool isAccepted = tree.acceptExpanding(node, expanding);
+    underWay_ = kNoNode;
+    if (window() == nullptr) {
+        return false;
+    }
+    if (!isAccepted) {
+        refused_ = node;
+        return false;
+    }
+    if (!model().contains(node)) {
+        return false;
+    }
+    const Mirroring mirroring(*this);
+    const HTREEITEM item = items_.itemOf(node);
+    if (item != change.itemNew.hItem || items_.isItemExpanded(node) == expanding) {
+        tree.acceptExpanded(node, expanding);
+        filler_.settle(node);
+        items_.await(filler_.hasWork());
+        // The window may have moved its selection, and says nothing of it here.
+        selectionChanged_ = true;
+        return false;
+    }
+    if (expanding && isReady()) {
+        const BulkMirroring bulk(*this);
+        filler_.open(node);
+    } else if (!expanding) {
+        filler_.drop(node);
+    }
+    return true;
+}
+
+// Some versions ask whether a node may be collapsed and do it all the same.
+void TreeViewWin32Gdi::undoRefused() {
+    const TreeNode node = std::exchange(refused_, kNoNode);
+    const Mirroring mirroring(*this);
+    if (items_.itemOf(node) != nullptr && filler_.settle(node)) {
+        items_.await(filler_.hasWork());
+        select(model().selected());
+    }
+}
+
+void TreeViewWin32Gdi::reportSelection() {
+    if (!std::exchange(selectionChanged_, false) || window() == nullptr) {
+        return;
+    }
+    const TreeNode chosen = items_.selected();
+    // What is above it may be about to be collapsed.
+    const TreeNode seen = model().standInFor(chosen);
+    getAbstraction().acceptSelection(seen);
+    if (seen != chosen && hasNativeObject()) {
+        mirrorSelection();
+    }
+}
+
+void TreeViewWin32Gdi::reportActions() {
+    undoRefused();
+    reportSelection();
+    if (std::exchange(rightClicked_, false)) {
+        getAbstraction().acceptRightClick(items_.nodeAt(rightPoint_, TVHT_ONITEM));
+    }
+}
+
+bool TreeViewWin32Gdi::toggleAt(LPARAM point) {
+    const TreeNode node = items_.nodeAt(point, TVHT_ONITEMSTATEICON);
+    if (node == kNoNode) {
+        return false;
+    }
+    SetFocus(window());
+    return toggle(node);
+}
+
+bool TreeViewWin32Gdi::toggle(TreeNode node) {
+    if (!model().contains(node)) {
+        return false;
+    }
+    getAbstraction().acceptChecked(node, !model().isChecked(node));
+    // The receiver may have removed it, or the window.
+    mirrorNode(node);
+    return true;
+}
+
+bool TreeViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT& result) {
+    switch (message.id) {
+        case WM_DESTROY: {
+            // What the window says about its items then is not the user's doing.
+            const Mirroring mirroring(*this);
+            letWindowAnswer(message, result);
+            becomeEmpty();
+            return true;
+        }
+        case WM_TIMER:
+            if (!items_.isAwaited(message.wide)) {
+                return false;
+            }
+            // Not within another message of the window, which may work on its items;
+            // the timer's next one comes soon enough.
+            if (!isReady() || !filler_.hasWork()) {
+                items_.await(false);
+            } else if (!isMirroring() && !isAnswering()) {
+                workOn();
+            }
+            return true;
+        case WM_RBUTTONDOWN:
+            rightPoint_ = message.extra;
+            return false;
+        default:
+            return false;
+    }
 }
 
 }  // namespace zustd

@@ -58,7 +58,7 @@ set(zustd_toolkit
   ZuControlInput
   ZuControlLayout
   ZuTreeModel
-  ZuPendingNodes
+  ZuTreeFiller
   ZuGridModel
   ZuDrawnText
   ZuCaption
@@ -106,8 +106,7 @@ set(zustd_backend
   ZuSurfaceInputWin32Gdi
   ZuTextBoxWin32Gdi
   ZuTimerWin32Gdi
-  ZuTreeViewInputWin32Gdi
-  ZuTreeViewItemsWin32Gdi
+  ZuTreeItemsWin32Gdi
   ZuTreeViewWin32Gdi
   ZuWidgetFactoryWin32Gdi
   ZuWindowHandlerInputWin32Gdi

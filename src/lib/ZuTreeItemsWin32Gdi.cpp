@@ -1,0 +1,160 @@
+#include "ZuTreeItemsWin32Gdi.h"
+
+#include <windowsx.h>
+
+#include <cstring>
+
+namespace zustd {
+
+void TreeItemsWin32Gdi::clear() {
+    // With a selection every removed item would hand it on to the next one.
+    select(kNoNode);
+    send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    model().clearNativeWords();
+    lastOfLevel_ = kNoNode;
+}
+
+void TreeItemsWin32Gdi::insert(TreeNode node) {
+    const TreeNode parent = model().parent(node);
+    const TreeNode previous = model().previousSibling(node);
+    TVINSERTSTRUCTW item{};
+    item.hParent = parent != kNoNode ? itemOf(parent) : TVI_ROOT;
+    item.hInsertAfter = placeAfter(previous);
+    item.item = shownAs(node);
+    item.item.mask |= TVIF_PARAM | TVIF_CHILDREN;
+    item.item.lParam = static_cast<LPARAM>(node);
+    item.item.state |= model().isExpanded(node) ? UINT{TVIS_EXPANDED} : 0U;
+    item.item.stateMask |= TVIS_EXPANDED;
+    item.item.cChildren = model().childCount(node) != 0 ? 1 : 0;
+    const LRESULT made = send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    if (made == 0) {
+        throwSystemException(L"Could not insert item", ZU_HERE);
+    }
+    model().setNativeWord(node, made);
+    if (item.hInsertAfter == TVI_LAST) {
+        lastOfLevel_ = node;
+    }
+    // The system takes one without children for collapsed.
+    if (previous == kNoNode && parent != kNoNode && model().isExpanded(parent)) {
+        expandItem(parent);
+    }
+}
+
+// Versions differ in how far they walk along the siblings to find a place. Some
+// walk to the place after a given item, and to tell whether that is the last
+// one, but know the end; so the end is named where it is known to be meant.
+HTREEITEM TreeItemsWin32Gdi::placeAfter(TreeNode previous) const {
+    if (previous == kNoNode) {
+        return TVI_FIRST;
+    }
+    const HTREEITEM item = itemOf(previous);
+    ZU_ASSERT(item != nullptr);
+    const bool isLast =
+        previous == lastOfLevel_ || TreeView_GetNextSibling(control_.window(), item) == nullptr;
+    return isLast ? TVI_LAST : item;
+}
+
+// The window copies the caption.
+TVITEMW TreeItemsWin32Gdi::shownAs(TreeNode node) const {
+    const TreeModel& model = this->model();
+    TVITEMW item{};
+    item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
+    item.hItem = itemOf(node);
+    item.pszText = const_cast<wchar_t*>(model.caption(node).c_str());
+    item.iImage = nativeImage(model.bitmap(node));
+    item.iSelectedImage = item.iImage;
+    item.state = model.isEmphasized(node) ? UINT{TVIS_BOLD} : 0U;
+    item.state |= view_.getAbstraction().hasCheckBoxes() ? nativeCheck(model.isChecked(node)) : 0U;
+    item.stateMask = TVIS_BOLD | TVIS_STATEIMAGEMASK;
+    return item;
+}
+
+// The caption as well: the window repaints the item and measures it anew.
+void TreeItemsWin32Gdi::update(TreeNode node) {
+    if (itemOf(node) != nullptr) {
+        TVITEMW item = shownAs(node);
+        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    }
+}
+
+void TreeItemsWin32Gdi::showButton(TreeNode node, bool hasChildren) {
+    TVITEMW item{};
+    item.mask = TVIF_CHILDREN | TVIF_STATE;
+    item.hItem = itemOf(node);
+    // It has no item below it: some versions would leave it expanded for good.
+    item.stateMask = TVIS_EXPANDED;
+    item.cChildren = hasChildren ? 1 : 0;
+    if (item.hItem != nullptr) {
+        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    }
+}
+
+bool TreeItemsWin32Gdi::expandItem(TreeNode node) {
+    const bool expanded = model().isExpanded(node);
+    if (expanded == isItemExpanded(node)) {
+        return false;
+    }
+    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, wordOf(node));
+    if (!expanded && isItemExpanded(node)) {
+        // Some versions do nothing as long as there is no item below it.
+        showButton(node, model().childCount(node) != 0);
+    }
+    return true;
+}
+
+bool TreeItemsWin32Gdi::isItemExpanded(TreeNode node) const {
+    const auto item = static_cast<WPARAM>(wordOf(node));
+    return (send(TVM_GETITEMSTATE, item, TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+}
+
+// The timer's number is one that the control does not use itself.
+bool TreeItemsWin32Gdi::await(bool more) {
+    const auto timer = reinterpret_cast<UINT_PTR>(this);
+    if (more) {
+        return SetTimer(control_.window(), timer, USER_TIMER_MINIMUM, nullptr) != 0;
+    }
+    KillTimer(control_.window(), timer);
+    return true;
+}
+
+HTREEITEM TreeItemsWin32Gdi::itemOf(TreeNode node) const {
+    return control_.window() != nullptr && model().contains(node)
+               ? reinterpret_cast<HTREEITEM>(model().nativeWord(node))
+               : nullptr;
+}
+
+TreeNode TreeItemsWin32Gdi::nodeOf(LPARAM word) const {
+    const auto node = static_cast<TreeNode>(word);
+    return model().contains(node) ? node : kNoNode;
+}
+
+TreeNode TreeItemsWin32Gdi::nodeOf(HTREEITEM item) const {
+    TVITEMW found{};
+    found.mask = TVIF_PARAM;
+    found.hItem = item;
+    return item != nullptr && TreeView_GetItem(control_.window(), &found) ? nodeOf(found.lParam)
+                                                                          : kNoNode;
+}
+
+TreeNode TreeItemsWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
+    TVHITTESTINFO hit{};
+    hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
+    const HTREEITEM item = TreeView_HitTest(control_.window(), &hit);
+    return (hit.flags & parts) != 0 ? nodeOf(item) : kNoNode;
+}
+
+Rect TreeItemsWin32Gdi::boundaryOf(TreeNode node) const {
+    const LPARAM item = wordOf(node);
+    RECT caption{};
+    RECT client{};
+    RECT seen{};
+    // The message takes the item where it leaves the rectangle.
+    std::memcpy(&caption, &item, sizeof(item));
+    if (item == 0 || send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) == FALSE ||
+        !GetClientRect(control_.window(), &client) || !IntersectRect(&seen, &caption, &client)) {
+        return {};
+    }
+    return {seen.left, seen.top, seen.right - 1, seen.bottom - 1};
+}
+
+}  // namespace zustd
