@@ -66,7 +66,9 @@ def sums(contents):
 
 def entry(name):
     """How a file stands in the zip: time, mode and system are the same on every machine."""
-    info = zipfile.ZipInfo(name, commit()[1].timetuple()[:6])
+    time = commit()[1]
+    # A zip has even seconds only.
+    info = zipfile.ZipInfo(name, (*time.timetuple()[:5], time.second & ~1))
     info.compress_type = zipfile.ZIP_DEFLATED
     info.create_system = 3
     info.external_attr = (0o100755 if name.endswith(".exe") else 0o100644) << 16
