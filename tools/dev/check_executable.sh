@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Checks an executable that is to be handed out: what it imports, its size, its
 # flags, and that nothing of the machine that built it is in it.
-# usage: tools/dev/check_executable.sh <executable> [<most bytes>]
+# usage: tools/dev/check_executable.sh <executable>
 set -uo pipefail
 
-executable=$1 most=${2:-}
+executable=$1
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 failed=0
 
@@ -23,8 +23,11 @@ imports=$(sed -n 's/.*DLL Name: //p' <<<"$headers" | sort -f | tr '\n' ' ')
 [ "$imports" = "KERNEL32.dll msvcrt.dll " ] || complain "imports $imports"
 
 flags=(DYNAMIC_BASE NX_COMPAT)
+# How exceptions pass a function takes more room with 32 bits.
+most=1800000
 if grep -q 'file format pei-x86-64' <<<"$headers"; then
     flags+=(HIGH_ENTROPY_VA)
+    most=1600000
 fi
 for flag in "${flags[@]}"; do
     grep -qw "$flag" <<<"$headers" || complain "lacks the flag $flag"
@@ -35,10 +38,8 @@ grep -qi 'Entry 5 [0-9a-f]*[1-9a-f][0-9a-f]* .*Base Relocation' <<<"$headers" ||
 [ "$(sed -n 's/^Time\/Date\t*//p' <<<"$headers" | xargs -I{} date -u -d {} +%s)" = 0 ] ||
     complain "has a time stamp"
 
-if [ -n "$most" ]; then
-    size=$(stat -c %s "$executable")
-    [ "$size" -le "$most" ] || complain "has $size bytes, more than $most"
-fi
+size=$(stat -c %s "$executable")
+[ "$size" -le "$most" ] || complain "has $size bytes, more than $most"
 
 # Texts of one byte and of two bytes to a character.
 texts=$("$tool-strings" -a -n 5 "$executable"; "$tool-strings" -a -n 5 -e l "$executable")
