@@ -58,6 +58,7 @@ set(zustd_toolkit
   ZuTreeModel
   ZuPendingNodes
   ZuGridModel
+  ZuAccessKeys
   ZuDrawnText
   ZuCaption
   ZuIcon
@@ -67,11 +68,14 @@ set(zustd_toolkit
   ZuTooltip
   ZuForkControl
   ZuScrollable
+  ZuMarkup
+  ZuMarkupFonts
   ZuMarkupView
   ZuMessageBox
   ZuNativeButton
   ZuNativeComboBox
   ZuNativeDialog
+  ZuMessageBoxView
   ZuNativeGridView
   ZuNativePopupMenu
   ZuNativeProgressBar

@@ -18,7 +18,8 @@ const MessageKind kUnsaid(L"unsaid.MarkupTest");
 // not the usual, the message of a link, and "/" for a line break.
 std::wstring elementsOf(const MarkupView& view) {
     std::wstring all;
-    const auto add = [&all](const std::wstring& text, const FontStyle& style) {
+    const auto add = [&all](const std::wstring& text, const std::shared_ptr<Font>& font) {
+        const FontStyle& style = font->style();
         all += L"[" + text;
         const std::wstring flags = std::wstring(style.bold ? L"b" : L"") +
                                    (style.italic ? L"i" : L"") + (style.underline ? L"u" : L"") +
@@ -27,11 +28,11 @@ std::wstring elementsOf(const MarkupView& view) {
     };
     for (const std::shared_ptr<Control>& child : view.children()) {
         if (const auto* link = dynamic_cast<const MarkupLink*>(child.get())) {
-            add(link->text(), link->markupStyle());
+            add(link->text(), link->markupFont());
             all += L"->" + link->message();
         } else {
             const auto& text = dynamic_cast<const MarkupText&>(*child);
-            add(text.text(), text.fontStyle());
+            add(text.text(), text.font());
             all += text.breaksLineAfter() ? L"/" : L"";
         }
         all += L"]";
@@ -214,7 +215,7 @@ TEST_F(MarkupTest, markup_setBefore_isParsedOnTheSurface) {
 TEST_F(MarkupTest, font_otherFace_isTakenByTheNextText) {
     view_->setMarkup(L"a<b>b");
     view_->font().setFaceName(L"Courier");
-    EXPECT_EQ(dynamic_cast<MarkupText&>(*view_->children()[1]).fontStyle().faceName, L"Courier");
+    EXPECT_EQ(dynamic_cast<MarkupText&>(*view_->children()[1]).font()->style().faceName, L"Courier");
     EXPECT_EQ(elementsOf(*view_), L"[a][b|b]");
 }
 
