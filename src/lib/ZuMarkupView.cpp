@@ -163,10 +163,7 @@ Size MarkupView::preferredSize() {
     return size;
 }
 
-Size MarkupView::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t maximum = maximumSize().width;
-    return sizeWithin(areaWithin(maximum > 0 ? std::min(width, maximum) : width));
-}
+Size MarkupView::preferredSizeForWidth(std::int32_t width) { return sizeWithin(areaWithin(width)); }
 
 bool MarkupView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
     if (kind == kLeftClicked) {
@@ -253,12 +250,7 @@ void MarkupView::addLineBreak() {
 }
 
 Rect MarkupView::layoutArea() const {
-    const std::int32_t maximum = maximumSize().width;
-    std::int32_t width = givenWidth_ > 0 ? givenWidth_ : kUnlimited;
-    if (maximum > 0) {
-        width = std::min(width, maximum);
-    }
-    return areaWithin(width);
+    return areaWithin(givenWidth_ > 0 ? givenWidth_ : kUnlimited);
 }
 
 bool MarkupView::hasRoom() {
@@ -288,7 +280,9 @@ LayoutOptions MarkupView::layoutOptions() const {
 }
 
 Rect MarkupView::areaWithin(std::int32_t width) const {
-    const std::int32_t room = saturate(width - 2 * std::int64_t{horizontalMargin()});
+    const std::int32_t maximum = maximumSize().width;
+    const std::int64_t limited = maximum > 0 ? std::min(width, maximum) : width;
+    const std::int32_t room = saturate(limited - 2 * std::int64_t{horizontalMargin()});
     return Rect::at({horizontalMargin(), verticalMargin()}, {room, kUnlimited});
 }
 

@@ -56,24 +56,6 @@ MessageBoxView::MessageBoxView(NativeDialog& dialog, const MessageBoxContent& bo
       text_(box.text.size() > kMostLetters ? cutAt(box.text, kMostLetters) : box.text) {}
 
 bool MessageBoxView::build(WindowService& service) {
-    if (!addWidgets(service)) {
-        return false;
-    }
-    // Before the layout: the size of the screen is that of the owner's.
-    dialog_.synchronizeTree();
-    const bool complete = dialog_.hasNativeObject() &&
-                          (!checkBox_ || checkBox_->hasNativeObject()) &&
-                          std::all_of(buttons_.begin(), buttons_.end(),
-                                      [](const auto& button) { return button->hasNativeObject(); });
-    if (complete) {
-        layOut();
-        showText();
-        buttons_.at(box_.defaultButton)->takeFocus();
-    }
-    return complete;
-}
-
-bool MessageBoxView::addWidgets(WindowService& service) {
     paper_->setColors(backend_.paperColors());
     addChild(paper_);
     if (icon_) {
@@ -81,15 +63,24 @@ bool MessageBoxView::addWidgets(WindowService& service) {
     }
     for (const std::wstring& caption : buttonCaptionsOf(box_)) {
         buttons_.push_back(addButton(service, caption, ButtonKind::kPush));
-        if (!buttons_.back()) {
-            return false;
-        }
     }
-    dialog_.setDefaultButton(buttons_.at(box_.defaultButton));
     if (!box_.checkBoxText.empty()) {
         checkBox_ = addButton(service, box_.checkBoxText, ButtonKind::kCheck);
     }
-    return box_.checkBoxText.empty() || checkBox_;
+    dialog_.setDefaultButton(buttons_.at(box_.defaultButton));
+    // Before the layout: the size of the screen is that of the owner's.
+    dialog_.synchronizeTree();
+    const auto isMade = [](const std::shared_ptr<NativeButton>& button) {
+        return button && button->hasNativeObject();
+    };
+    if (!dialog_.hasNativeObject() || !std::all_of(buttons_.begin(), buttons_.end(), isMade) ||
+        !(box_.checkBoxText.empty() || isMade(checkBox_))) {
+        return false;
+    }
+    layOut();
+    showText();
+    buttons_.at(box_.defaultButton)->takeFocus();
+    return true;
 }
 
 std::shared_ptr<NativeButton> MessageBoxView::addButton(WindowService& service,

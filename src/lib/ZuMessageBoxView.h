@@ -66,7 +66,6 @@ public:
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 
 private:
-    bool addWidgets(WindowService& service);
     std::shared_ptr<NativeButton> addButton(WindowService& service, const std::wstring& caption,
                                             ButtonKind kind);
     void layOut();

@@ -77,20 +77,11 @@ public:
 
 private:
     static std::wstring decoded(std::wstring text) {
-        static const std::pair<std::wstring, wchar_t> kEntities[] = {{L"&lt;", L'<'},
-                                                                     {L"&gt;", L'>'},
-                                                                     {L"&apos;", L'\''},
-                                                                     {L"&quot;", L'"'},
-                                                                     {L"&amp;", L'&'}};
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            for (const auto& [entity, character] : kEntities) {
-                if (text.compare(i, entity.size(), entity) == 0) {
-                    text.replace(i, entity.size(), 1, character);
-                    break;
-                }
-            }
+        for (const auto& [entity, character] :
+             {std::pair{L"&lt;", L"<"}, {L"&gt;", L">"}, {L"&apos;", L"'"}, {L"&quot;", L"\""}}) {
+            text = std::regex_replace(text, std::wregex(entity), character);
         }
-        return text;
+        return std::regex_replace(text, std::wregex(L"&amp;"), L"&");
     }
     static std::int32_t number(const std::wstring& text) {
         const long long value = std::wcstoll(text.c_str(), nullptr, 10);
@@ -117,14 +108,14 @@ private:
     void takeTag(const std::wstring& tag) {
         const std::wstring name = tag.substr(0, tag.find(L' '));
         const auto attributes = attributesOf(tag.substr(name.size()));
-        const bool ends = name.starts_with(L"/");
         MarkupSettings now = told.settings();
-        if (name == L"b" || name == L"/b") {
-            told.font.setBold(!ends);
-        } else if (name == L"i" || name == L"/i") {
-            told.font.setItalic(!ends);
-        } else if (name == L"u" || name == L"/u") {
-            told.font.setUnderline(!ends);
+        const std::map<std::wstring, bool (FontDescriptor::*)(bool)> flags = {
+            {L"b", &FontDescriptor::setBold},
+            {L"i", &FontDescriptor::setItalic},
+            {L"u", &FontDescriptor::setUnderline}};
+        if (const auto flag = flags.find(name.substr(name.starts_with(L"/")));
+            flag != flags.end()) {
+            (told.font.*flag->second)(!name.starts_with(L"/"));
         } else if (name == L"/font") {
             told.font.reset();
         } else if (name == L"br/") {
