@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ZuAccessKeys.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -31,17 +32,6 @@ Color drawnColor(const Control& control, ColorRole role) noexcept {
 
 Color inkColor(const Control& control, ColorRole role) noexcept {
     return drawnColor(control, control.isUsable() ? role : ColorRole::kDisabledText);
-}
-
-std::wstring withoutAccessKeys(std::wstring_view caption) {
-    std::wstring shown;
-    for (std::size_t i = 0; i < caption.size(); ++i) {
-        if (caption[i] == L'&' && i + 1 < caption.size()) {
-            ++i;
-        }
-        shown.push_back(caption[i]);
-    }
-    return shown;
 }
 
 bool isPressingKey(const KeyEvent& event) noexcept {

@@ -24,10 +24,6 @@ Color drawnColor(const Control& control, ColorRole role) noexcept;
 // role when the control cannot be used.
 Color inkColor(const Control& control, ColorRole role = ColorRole::kText) noexcept;
 
-// A caption as it is seen: "&" marks the access key and takes no room, "&&" is
-// the character.
-std::wstring withoutAccessKeys(std::wstring_view caption);
-
 // Whether a key presses a drawn button or link: Space or Enter alone.
 bool isPressingKey(const KeyEvent& event) noexcept;
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "ZuGraphicsService.h"
+#include "ZuLayout.h"
 #include "ZuWindowService.h"
-#include "ZuXml.h"
 
 namespace zustd {
 
@@ -18,88 +18,99 @@ constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2
 
 constexpr std::wstring_view kDelimiters = L" -";
 
-// The text of a run: the five entities are characters, every other "&" is one
-// itself.
-std::wstring decoded(std::wstring_view raw) {
-    std::wstring text;
-    text.reserve(raw.size());
-    const wchar_t* at = raw.data();
-    XmlRange in(at, raw.data() + raw.size());
-    while (in.peek() != XmlRange::kEnd) {
-        const wchar_t entity = xml::takeEntity(in);
-        if (entity != 0) {
-            text.push_back(entity);
-        } else {
-            text.push_back(static_cast<wchar_t>(in.peek()));
-            in.skip();
-        }
-        text.append(xml::takePlainText(in));
-    }
-    return text;
-}
-
-// Those before the first fault.
-std::vector<XmlAttribute> attributesOf(std::wstring_view text) {
-    std::vector<XmlAttribute> attributes;
-    Xml::parseAttributes(text, attributes);
-    return attributes;
-}
-
-std::uint32_t keyOf(const FontStyle& style) noexcept {
-    return static_cast<std::uint32_t>(style.size) * 8 + (style.bold ? 4U : 0U) +
-           (style.italic ? 2U : 0U) + (style.underline ? 1U : 0U);
+Size sizeOf(std::wstring_view text, const Font* font, GraphicsService& graphics) {
+    return font != nullptr ? graphics.measureTextSize(text, *font) : Size{};
 }
 
 }  // namespace
 
 // --- Elements -------------------------------------------------------------------------------
 
-MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<const MarkupFont> font, Size size)
-    : text_(text), font_(std::move(font)), size_(size) {
+MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<Font> font,
+                       GraphicsService& graphics)
+    : text_(text), font_(std::move(font)), size_(sizeOf(text, font_.get(), graphics)) {
     setTakesMouse(false);
 }
 
 void MarkupText::drawSelf(GraphicsService& graphics) {
-    if (!font_->font) {
+    if (!font_) {
         return;
     }
     const Color ink = inkColor(*this);
     if (text_.find(L'\n') == std::wstring::npos) {
-        graphics.drawText(text_, Point{0, 0}, *font_->font, ink);
+        graphics.drawText(text_, Point{0, 0}, *font_, ink);
     } else {
-        graphics.drawText(text_, area(), *font_->font, ink, TextFormat());
+        graphics.drawText(text_, area(), *font_, ink, TextFormat());
     }
 }
 
-MarkupLink::MarkupLink(const std::wstring& text, std::wstring message,
-                       std::shared_ptr<const MarkupFont> font, Size size)
-    : Link(text), message_(std::move(message)), font_(std::move(font)), size_(size) {}
+MarkupLink::MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
+                       GraphicsService& graphics)
+    : Link(text),
+      message_(std::move(message)),
+      font_(std::move(font)),
+      size_(sizeOf(text, font_.get(), graphics)) {}
 
 FontStyle MarkupLink::fontStyle() const {
-    FontStyle style = font_->style;
+    FontStyle style = font_ ? font_->style() : FontStyle();
     style.underline = Link::fontStyle().underline || style.underline;
     return style;
 }
 
 // --- The view -------------------------------------------------------------------------------
 
-// Parsing has an end on every way out, and shows what it did once.
-class MarkupView::ParseScope {
+// Builds the elements that the markup tells of. Parsing has an end on every way
+// out, and shows what it did once.
+class MarkupView::Parsing : public IMarkupHandler {
 public:
-    explicit ParseScope(MarkupView& view) : view_(view), update_(view) {
+    explicit Parsing(MarkupView& view) : view_(view), update_(view) {
         view.parsing_ = true;
         view.waiting_ = false;
         view.full_ = false;
-        view.link_ = {};
     }
-    ParseScope(const ParseScope&) = delete;
-    ParseScope& operator=(const ParseScope&) = delete;
-    ~ParseScope() {
+    ~Parsing() override {
         view_.parsing_ = false;
-        view_.link_ = {};
-        view_.currentFont_.reset();
-        view_.graphics_.reset();
-        view_.window_.reset();
+        view_.services_ = {};
+    }
+
+    void onRun(const std::wstring& text) override {
+        if (view_.wordWrap_) {
+            view_.addWords(text);
+        } else {
+            view_.addText(text, false);
+        }
+    }
+    void onLineBreak() override { view_.addLineBreak(); }
+    void onLink(const std::wstring& text, const std::wstring& message) override {
+        view_.addLink(text, message);
+    }
+    MarkupSettings settings() const override {
+        const Arrangement& arranged = view_.arrangement();
+        const Placement& placed = view_.placement();
+        return {{},
+                placed.maximum,
+                arranged.margin,
+                arranged.spacing,
+                placed.autoSized,
+                view_.wordWrap_};
+    }
+    void onSettings(const MarkupSettings& settings) override {
+        const auto [width, height] = settings.size;
+        Rect placed = view_.boundary();
+        placed.setSize({width > 0 ? width : placed.width(), height > 0 ? height : placed.height()});
+        // Whoever lies in the view learns of its size when parsing ends.
+        view_.place(placed);
+        view_.givenWidth_ = width > 0 ? placed.width() : view_.givenWidth_;
+        Arrangement arranged = view_.arrangement();
+        arranged.margin = settings.margins;
+        arranged.spacing = settings.spacing;
+        view_.setArrangement(arranged);
+        Placement kept = view_.placement();
+        kept.maximum = settings.maximumSize;
+        kept.autoSized = settings.autoSized;
+        view_.setPlacement(kept);
+        view_.wordWrap_ = settings.wrapsWords;
+        view_.layoutArea_ = view_.layoutArea();
     }
 
 private:
@@ -127,9 +138,7 @@ bool MarkupView::setMarkup(std::wstring_view markup) {
         return false;
     }
     markup_ = markup;
-    waiting_ = true;
-    parseWhenPossible();
-    return true;
+    return parseAnew();
 }
 
 bool MarkupView::setWordWrap(bool wraps) {
@@ -137,9 +146,7 @@ bool MarkupView::setWordWrap(bool wraps) {
         return false;
     }
     wordWrap_ = wraps;
-    waiting_ = true;
-    parseWhenPossible();
-    return true;
+    return parseAnew();
 }
 
 bool MarkupView::setBoundary(const Rect& boundary) {
@@ -158,10 +165,7 @@ Size MarkupView::preferredSize() {
     return size;
 }
 
-Size MarkupView::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t maximum = placement().maximum.width;
-    return sizeWithin(areaWithin(maximum > 0 ? std::min(width, maximum) : width));
-}
+Size MarkupView::preferredSizeForWidth(std::int32_t width) { return sizeWithin(areaWithin(width)); }
 
 bool MarkupView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
     if (kind == kLeftClicked) {
@@ -183,7 +187,7 @@ void MarkupView::parseMarkup() {
     // Links that go away say so; their receivers may remove the view.
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     {
-        const ParseScope scope(*this);
+        Parsing parsing(*this);
         refresh();
         const bool hadServices = reachesServices();
         removeAllChildren();
@@ -192,28 +196,13 @@ void MarkupView::parseMarkup() {
             return;
         }
         // Whoever hears of the font under way may remove the view.
-        graphics_ = graphicsService();
-        window_ = windowService();
+        services_ = {graphicsService(), windowService()};
         // What they have set meanwhile is what is parsed below.
         waiting_ = false;
         font_->reset();
         layoutArea_ = layoutArea();
-        // A change of the markup under way must not pull it away from here.
-        const std::wstring kept = markup_;
-        std::wstring_view rest = kept;
-        while (!rest.empty()) {
-            const std::size_t open = rest.find(L'<');
-            addRun(rest.substr(0, open));
-            rest.remove_prefix(std::min(open, rest.size()));
-            const std::size_t close = rest.find(L'>');
-            if (close == std::wstring_view::npos) {
-                // A bracket that nothing closes is text like the rest.
-                addRun(rest);
-                break;
-            }
-            applyTag(rest.substr(1, close - 1));
-            rest.remove_prefix(close + 1);
-        }
+        // A change of the markup under way must not pull it away from the reader.
+        readMarkup(std::wstring(markup_), *font_, parsing);
         takeSize();
     }
     if (waiting_) {
@@ -229,16 +218,16 @@ void MarkupView::addText(std::wstring_view text, bool breaksLine) {
     if (!hasRoom()) {
         return;
     }
-    const Size size = measureText(text);
-    const auto element = makeControl<MarkupText>(text, currentFont(), size);
+    const auto [font, graphics] = measures();
+    const auto element = makeControl<MarkupText>(text, font, *graphics);
     element->setPlacement({.breaksLineAfter = breaksLine});
     addChild(element);
 }
 
 void MarkupView::addLink(const std::wstring& text, const std::wstring& message) {
     if (hasRoom()) {
-        const Size size = measureText(text);
-        addChild(makeControl<MarkupLink>(text, message, currentFont(), size));
+        const auto [font, graphics] = measures();
+        addChild(makeControl<MarkupLink>(text, message, font, *graphics));
     }
 }
 
@@ -251,146 +240,22 @@ void MarkupView::addWords(std::wstring_view text) {
     }
 }
 
-void MarkupView::addLineBreak() { addText(L" ", true); }
+void MarkupView::addLineBreak() {
+    const std::shared_ptr<Control> before = children().empty() ? nullptr : children().back();
+    addText(L" ", true);
+    const bool endsLine = before && before != children().back() && !before->placement().breaksLineAfter;
+    if (endsLine) {
+        // Behind a full line the blank would wrap, and leave an empty one.
+        children().back()->setVisible(false);
+        Placement last = before->placement();
+        last.breaksLineAfter = true;
+        before->setPlacement(last);
+    }
+}
 
 Rect MarkupView::layoutArea() const {
-    const std::int32_t maximum = placement().maximum.width;
-    std::int32_t width = givenWidth_ > 0 ? givenWidth_ : kUnlimited;
-    if (maximum > 0) {
-        width = std::min(width, maximum);
-    }
-    return areaWithin(width);
+    return areaWithin(givenWidth_ > 0 ? givenWidth_ : kUnlimited);
 }
-
-// Text between tags, as it stands in the markup.
-void MarkupView::addRun(std::wstring_view raw) {
-    if (raw.empty() || full_) {
-        return;
-    }
-    const std::wstring text = decoded(raw);
-    if (link_.isOpen) {
-        link_.text += text;
-    } else if (wordWrap_) {
-        addWords(text);
-    } else {
-        addText(text, false);
-    }
-}
-
-// --- Tags -----------------------------------------------------------------------------------
-
-void MarkupView::applyTag(std::wstring_view tag) {
-    const std::size_t blank = std::min(tag.find(L' '), tag.size());
-    const std::wstring_view name = tag.substr(0, blank);
-    const std::wstring_view attributes = tag.substr(std::min(blank + 1, tag.size()));
-    if (name == L"br/") {
-        addLineBreak();
-    } else if (name == L"a") {
-        openLink(attributes);
-    } else if (name == L"/a") {
-        closeLink();
-    } else if (name == L"control") {
-        applySettings(attributes);
-    } else if (name == L"font") {
-        for (const XmlAttribute& attribute : attributesOf(attributes)) {
-            if (attribute.name == L"size") {
-                font_->setSize(Xml::toLong(attribute.value));
-            }
-        }
-        currentFont_.reset();
-    } else {
-        applyFontTag(name);
-    }
-}
-
-void MarkupView::applyFontTag(std::wstring_view tag) {
-    if (tag == L"b" || tag == L"/b") {
-        font_->setBold(tag == L"b");
-    } else if (tag == L"i" || tag == L"/i") {
-        font_->setItalic(tag == L"i");
-    } else if (tag == L"u" || tag == L"/u") {
-        font_->setUnderline(tag == L"u");
-    } else if (tag == L"/font") {
-        // All of it: what is still bold, italic or underlined ends here too.
-        font_->reset();
-    } else {
-        return;
-    }
-    currentFont_.reset();
-}
-
-// One that is open still is forgotten with its text.
-void MarkupView::openLink(std::wstring_view attributes) {
-    link_ = {};
-    link_.isOpen = true;
-    for (const XmlAttribute& attribute : attributesOf(attributes)) {
-        if (attribute.name == L"leftclickmessage") {
-            link_.message = decoded(attribute.value);
-        }
-    }
-}
-
-void MarkupView::closeLink() {
-    const OpenLink link = std::exchange(link_, {});
-    if (link.isOpen && !link.text.empty()) {
-        addLink(link.text, link.message);
-    }
-}
-
-void MarkupView::applySettings(std::wstring_view attributes) {
-    for (const XmlAttribute& attribute : attributesOf(attributes)) {
-        applySetting(attribute);
-        layoutArea_ = layoutArea();
-    }
-}
-
-void MarkupView::applySetting(const XmlAttribute& attribute) {
-    const std::wstring& name = attribute.name;
-    if (applyFlag(name, attribute.value == L"true")) {
-        return;
-    }
-    const std::int32_t value = Xml::toLong(attribute.value);
-    Arrangement arranged = arrangement();
-    Placement placed = placement();
-    // Whoever lies in the view learns of its size when parsing ends.
-    if (name == L"width") {
-        place(Rect::at(boundary().position(), {value, boundary().height()}));
-        givenWidth_ = boundary().width();
-    } else if (name == L"height") {
-        place(Rect::at(boundary().position(), {boundary().width(), value}));
-    } else if (name == L"maxwidth") {
-        placed.maximum.width = value;
-    } else if (name == L"maxheight") {
-        placed.maximum.height = value;
-    } else if (name == L"hmargin") {
-        arranged.margin.width = value;
-    } else if (name == L"vmargin") {
-        arranged.margin.height = value;
-    } else if (name == L"hspacing") {
-        arranged.spacing.width = value;
-    } else if (name == L"vspacing") {
-        arranged.spacing.height = value;
-    }
-    setArrangement(arranged);
-    setPlacement(placed);
-}
-
-// Whether there is a flag of this name.
-bool MarkupView::applyFlag(const std::wstring& name, bool value) {
-    if (name == L"autosize") {
-        Placement placed = placement();
-        placed.autoSized = value;
-        setPlacement(placed);
-        return true;
-    }
-    if (name == L"wordwrap") {
-        wordWrap_ = value;
-        return true;
-    }
-    return false;
-}
-
-// --- Adding elements ------------------------------------------------------------------------
 
 bool MarkupView::hasRoom() {
     if (!full_ && children().size() >= kMaxElements) {
@@ -401,50 +266,11 @@ bool MarkupView::hasRoom() {
     return !full_;
 }
 
-// Null until the services are needed: a text without elements needs none.
-const std::shared_ptr<const MarkupFont>& MarkupView::currentFont() {
-    if (currentFont_) {
-        return currentFont_;
-    }
-    if (fontsFace_ != font_->style().faceName) {
-        fonts_.clear();
-        fontsFace_ = font_->style().faceName;
-    }
-    FontStyle style = font_->style();
-    style.size = std::clamp(style.size, kSmallestFont, kLargestFont);
-    std::shared_ptr<const MarkupFont>& known = fonts_[keyOf(style)];
-    if (!known) {
-        const std::shared_ptr<WindowService> ws = parsing_ ? window_ : windowService();
-        ZU_ASSERT_AS(ws, L"ws", ZU_HERE);
-        auto made = std::make_shared<MarkupFont>(MarkupFont{style, ws->getFont(style), 0});
-        if (made->font) {
-            made->lineHeight = graphics_->measureTextSize({}, *made->font).height;
-        }
-        if (!made->font) {
-            // Perhaps it can be had the next time.
-            currentFont_ = std::move(made);
-            fonts_.erase(keyOf(style));
-            return currentFont_;
-        }
-        known = std::move(made);
-    }
-    currentFont_ = known;
-    return currentFont_;
-}
-
-Size MarkupView::measureText(std::wstring_view text) {
-    if (!parsing_) {
-        graphics_ = graphicsService();
-    }
-    ZU_ASSERT_AS(graphics_, L"gs", ZU_HERE);
-    const std::shared_ptr<const MarkupFont> font = currentFont();
-    if (!font->font) {
-        return {};
-    }
-    if (text.find(L'\n') != std::wstring_view::npos) {
-        return graphics_->measureTextSize(text, *font->font);
-    }
-    return {graphics_->measureTextWidth(text, *font->font), font->lineHeight};
+std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> MarkupView::measures() {
+    auto [gs, ws] = parsing_ ? services_ : Services{graphicsService(), windowService()};
+    ZU_ASSERT(gs);
+    ZU_ASSERT(ws);
+    return {fonts_.get(font_->style(), *ws), std::move(gs)};
 }
 
 // --- Size -----------------------------------------------------------------------------------
@@ -458,8 +284,10 @@ Arrangement MarkupView::rows() const {
 }
 
 Rect MarkupView::areaWithin(std::int32_t width) const {
+    const std::int32_t maximum = placement().maximum.width;
     const Size margin = arrangement().margin;
-    return Rect::at({margin.width, margin.height}, {innerWidth(width), kUnlimited});
+    return Rect::at({margin.width, margin.height},
+                    {innerWidth(maximum > 0 ? std::min(width, maximum) : width), kUnlimited});
 }
 
 Size MarkupView::sizeWithin(const Rect& area) {
@@ -491,10 +319,9 @@ void MarkupView::onDescriptorChanged() {
     if (parsing_) {
         return;
     }
-    currentFont_.reset();
-    if (fontsFace_ != font_->style().faceName) {
-        waiting_ = true;
-        parseWhenPossible();
+    if (face_ != font_->style().faceName) {
+        face_ = font_->style().faceName;
+        parseAnew();
     }
     Control::onDescriptorChanged();
 }
@@ -505,6 +332,12 @@ void MarkupView::parseWhenPossible() {
     if (waiting_ && reachesServices()) {
         parseMarkup();
     }
+}
+
+bool MarkupView::parseAnew() {
+    waiting_ = true;
+    parseWhenPossible();
+    return true;
 }
 
 // --- Links ----------------------------------------------------------------------------------

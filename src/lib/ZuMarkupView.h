@@ -1,16 +1,14 @@
 // A view of a short formatted text, written in a small tag language.
 //
-// docs/formats/markup.md is the language's reference. Parsing turns the text
-// into child controls, one for each word, run or link, and the row layout puts
-// them into lines. Elements are light: they share their fonts, one for each
-// state of the font that the text uses, listen to nothing, and are measured
-// once, so that a view that is resized only places them anew.
+// The language is ZuMarkup's. Parsing turns the text into child controls, one
+// for each word, run or link, and the row layout puts them into lines. Elements
+// are light: they share their fonts, listen to nothing, and are measured once,
+// so that a view that is resized only places them anew.
 //
 // The markup may come from outside. Whatever it is, parsing takes time and
-// memory in proportion to its length, and no more than kMaxElements elements;
-// what is no markup is text or is passed over. A link sends the message that
-// it names only when there is such a kind and it says of itself that its words
-// are numbers (MessageWords::kNumbers).
+// memory in proportion to its length, and no more than kMaxElements elements. A
+// link sends the message that it names only when there is such a kind and it
+// says of itself that its words are numbers (MessageWords::kNumbers).
 //
 // The view is as large as its text: parsing makes it so, and tells whoever
 // holds it. A view that is auto-sized keeps the width that it has and takes the
@@ -23,31 +21,24 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
+#include <utility>
 
 #include "ZuControl.h"
 #include "ZuLink.h"
+#include "ZuMarkup.h"
+#include "ZuMarkupFonts.h"
 
 namespace zustd {
 
-struct XmlAttribute;
-
-// A font that elements share.
-struct MarkupFont {
-    FontStyle style;
-    // Null when the backend had none; such text is not seen.
-    std::shared_ptr<Font> font;
-    std::int32_t lineHeight = 0;
-};
 
 // A word, a run, or the blank of a line break.
 class MarkupText : public Control {
 public:
-    MarkupText(std::wstring_view text, std::shared_ptr<const MarkupFont> font, Size size);
+    MarkupText(std::wstring_view text, std::shared_ptr<Font> font, GraphicsService& graphics);
 
     const std::wstring& text() const noexcept { return text_; }
-    const FontStyle& fontStyle() const noexcept { return font_->style; }
+    // Null when the backend had none; the text is not seen then.
+    const std::shared_ptr<Font>& font() const noexcept { return font_; }
     Size preferredSize() override { return size_; }
 
 protected:
@@ -55,7 +46,7 @@ protected:
 
 private:
     std::wstring text_;
-    std::shared_ptr<const MarkupFont> font_;
+    std::shared_ptr<Font> font_;
     Size size_;
 };
 
@@ -63,12 +54,12 @@ private:
 // it is clicked.
 class MarkupLink : public Link {
 public:
-    MarkupLink(const std::wstring& text, std::wstring message,
-               std::shared_ptr<const MarkupFont> font, Size size);
+    MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
+               GraphicsService& graphics);
 
     // The name of the message's kind; may be empty.
     const std::wstring& message() const noexcept { return message_; }
-    const FontStyle& markupStyle() const noexcept { return font_->style; }
+    const std::shared_ptr<Font>& markupFont() const noexcept { return font_; }
     Size preferredSize() override { return size_; }
 
 protected:
@@ -76,7 +67,7 @@ protected:
 
 private:
     std::wstring message_;
-    std::shared_ptr<const MarkupFont> font_;
+    std::shared_ptr<Font> font_;
     Size size_;
 };
 
@@ -84,9 +75,6 @@ class MarkupView : public Control {
 public:
     // Markup that wants more leaves the rest out, with a line of trace.
     static constexpr std::size_t kMaxElements = 200'000;
-    // Sizes of fonts, in points, are taken to the nearest within these.
-    static constexpr std::int32_t kSmallestFont = 1;
-    static constexpr std::int32_t kLargestFont = 144;
 
     MarkupView();
     explicit MarkupView(std::wstring markup);
@@ -121,12 +109,13 @@ public:
     // takes their size. Fails the assertions "gs" and "ws" when there is
     // something to show and no graphics or window service.
     virtual void parseMarkup();
-    // Each adds elements in the font of the moment.
+    // Each adds elements in the font of the moment, failing the same assertions.
     virtual void addText(std::wstring_view text, bool breaksLine);
     virtual void addLink(const std::wstring& text, const std::wstring& message);
     // One element a word. A word ends with its delimiter, " " or "-", or with
     // the text, so that the elements together are the text.
     virtual void addWords(std::wstring_view text);
+    // One blank. On a line that has something already it takes no room.
     virtual void addLineBreak();
     // The area that the view's settings leave to the elements. Parsing asks
     // for it whenever it has changed a setting.
@@ -138,42 +127,28 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    class ParseScope;
-    struct OpenLink {
-        bool isOpen = false;
-        std::wstring message;
-        std::wstring text;
-    };
+    class Parsing;
+    using Services = std::pair<std::shared_ptr<GraphicsService>, std::shared_ptr<WindowService>>;
 
-    void addRun(std::wstring_view raw);
-    void applyTag(std::wstring_view tag);
-    void applyFontTag(std::wstring_view tag);
-    void openLink(std::wstring_view attributes);
-    void closeLink();
-    void applySettings(std::wstring_view attributes);
-    void applySetting(const XmlAttribute& attribute);
-    bool applyFlag(const std::wstring& name, bool value);
-    const std::shared_ptr<const MarkupFont>& currentFont();
     bool hasRoom();
-    Size measureText(std::wstring_view text);
+    // What an element in the font of the moment is measured with.
+    std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> measures();
     Arrangement rows() const;
     Rect areaWithin(std::int32_t width) const;
     Size sizeWithin(const Rect& area);
     void takeSize();
     bool reachesServices() const;
     void parseWhenPossible();
+    bool parseAnew();
     void sendFromLink(const MarkupLink& link);
 
     std::wstring markup_;
     std::shared_ptr<FontDescriptor> font_ = std::make_shared<FontDescriptor>();
-    // By the state of the font; those of one face.
-    std::unordered_map<std::uint32_t, std::shared_ptr<const MarkupFont>> fonts_;
-    std::wstring fontsFace_;
-    std::shared_ptr<const MarkupFont> currentFont_;
-    // Those of the parsing under way; the first also of what was added last.
-    std::shared_ptr<GraphicsService> graphics_;
-    std::shared_ptr<WindowService> window_;
-    OpenLink link_;
+    MarkupFonts fonts_;
+    // The face that all elements have.
+    std::wstring face_;
+    // Those of the parsing under way.
+    Services services_;
     Rect layoutArea_;
     // The width that program or markup gave the view; 0 before.
     std::int32_t givenWidth_ = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "ZuAccessKeys.h"
 #include "ZuNativeDialog.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 
@@ -12,24 +13,6 @@ namespace {
 
 // The innermost session of this thread.
 constinit thread_local ModalSession* innermostSession = nullptr;
-
-wchar_t upperCase(wchar_t letter) noexcept {
-    CharUpperBuffW(&letter, 1);
-    return letter;
-}
-
-// The access key of a caption, in upper case; 0 when it has none.
-wchar_t accessKeyOf(const std::wstring& caption) noexcept {
-    for (std::size_t i = 0; i + 1 < caption.size(); ++i) {
-        if (caption[i] == L'&') {
-            if (caption[i + 1] != L'&') {
-                return upperCase(caption[i + 1]);
-            }
-            ++i;
-        }
-    }
-    return 0;
-}
 
 void collectWithKey(const std::shared_ptr<Control>& control, wchar_t key, Controls& out) {
     if (!control->isVisible() || !control->isEnabled()) {
@@ -103,12 +86,12 @@ bool translateKey(const MSG& message) {
             return false;
         case WM_SYSCHAR:
             return message.wParam != VK_SPACE &&
-                   pressAccessKey(surface, upperCase(static_cast<wchar_t>(message.wParam)));
+                   pressAccessKey(surface, accessKeyOf(static_cast<wchar_t>(message.wParam)));
         case WM_CHAR:
             return message.wParam > VK_SPACE &&
                    dynamic_cast<NativeDialog*>(&outermostOf(surface)) != nullptr &&
                    isButtonWindow(message.hwnd) &&
-                   pressAccessKey(surface, upperCase(static_cast<wchar_t>(message.wParam)));
+                   pressAccessKey(surface, accessKeyOf(static_cast<wchar_t>(message.wParam)));
         default:
             return false;
     }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ZuDrawnText.h"
+#include "ZuAccessKeys.h"
 #include "ZuGraphicsService.h"
 #include "ZuWindowService.h"
 

@@ -60,6 +60,7 @@ set(zustd_toolkit
   ZuTreeModel
   ZuTreeFiller
   ZuGridModel
+  ZuAccessKeys
   ZuDrawnText
   ZuCaption
   ZuIcon
@@ -69,11 +70,14 @@ set(zustd_toolkit
   ZuTooltip
   ZuForkControl
   ZuScrollable
+  ZuMarkup
+  ZuMarkupFonts
   ZuMarkupView
   ZuMessageBox
   ZuNativeButton
   ZuNativeComboBox
   ZuNativeDialog
+  ZuMessageBoxView
   ZuNativeGridView
   ZuNativePopupMenu
   ZuNativeProgressBar

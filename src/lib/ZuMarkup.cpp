@@ -1,0 +1,186 @@
+#include "ZuMarkup.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "ZuXml.h"
+
+namespace zustd {
+
+namespace {
+
+constexpr struct {
+    std::wstring_view on;
+    std::wstring_view off;
+    bool (FontDescriptor::*set)(bool);
+} kFontTags[] = {
+    {L"b", L"/b", &FontDescriptor::setBold},
+    {L"i", L"/i", &FontDescriptor::setItalic},
+    {L"u", L"/u", &FontDescriptor::setUnderline},
+};
+
+constexpr struct {
+    std::wstring_view attribute;
+    Size MarkupSettings::*sizes;
+    std::int32_t Size::*extent;
+    std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+} kNumbers[] = {
+    {L"width", &MarkupSettings::size, &Size::width, 1},
+    {L"height", &MarkupSettings::size, &Size::height, 1},
+    {L"maxwidth", &MarkupSettings::maximumSize, &Size::width},
+    {L"maxheight", &MarkupSettings::maximumSize, &Size::height},
+    {L"hmargin", &MarkupSettings::margins, &Size::width},
+    {L"vmargin", &MarkupSettings::margins, &Size::height},
+    {L"hspacing", &MarkupSettings::spacing, &Size::width},
+    {L"vspacing", &MarkupSettings::spacing, &Size::height},
+};
+
+constexpr struct {
+    std::wstring_view attribute;
+    bool MarkupSettings::*flag;
+} kFlags[] = {
+    {L"autosize", &MarkupSettings::autoSized},
+    {L"wordwrap", &MarkupSettings::wrapsWords},
+};
+
+// The five entities are characters, every other "&" is one itself.
+std::wstring decoded(std::wstring_view raw) {
+    std::wstring text;
+    text.reserve(raw.size());
+    const wchar_t* at = raw.data();
+    XmlRange in(at, raw.data() + raw.size());
+    while (in.peek() != XmlRange::kEnd) {
+        if (const wchar_t entity = xml::takeEntity(in); entity != 0) {
+            text.push_back(entity);
+        } else {
+            text.push_back(static_cast<wchar_t>(in.peek()));
+            in.skip();
+        }
+        text.append(xml::takePlainText(in));
+    }
+    return text;
+}
+
+// Those before the first fault.
+std::vector<XmlAttribute> attributesOf(std::wstring_view text) {
+    std::vector<XmlAttribute> attributes;
+    Xml::parseAttributes(text, attributes);
+    return attributes;
+}
+
+class MarkupReader {
+public:
+    MarkupReader(FontDescriptor& font, IMarkupHandler& handler) noexcept
+        : font_(font), handler_(handler) {}
+
+    // markup = { run | tag } ;
+    void read(std::wstring_view rest) {
+        while (!rest.empty()) {
+            const std::size_t open = std::min(rest.find(L'<'), rest.size());
+            takeRun(rest.substr(0, open));
+            rest.remove_prefix(open);
+            const std::size_t close = rest.find(L'>');
+            if (close == std::wstring_view::npos) {
+                // A bracket that nothing closes is text like the rest.
+                takeRun(rest);
+                return;
+            }
+            takeTag(rest.substr(1, close - 1));
+            rest.remove_prefix(close + 1);
+        }
+    }
+
+private:
+    void takeRun(std::wstring_view raw) {
+        if (raw.empty()) {
+            return;
+        }
+        const std::wstring text = decoded(raw);
+        if (inLink_) {
+            linkText_ += text;
+        } else {
+            handler_.onRun(text);
+        }
+    }
+
+    // tag = name , [ " " , attributes ] ;
+    void takeTag(std::wstring_view tag) {
+        const std::size_t blank = std::min(tag.find(L' '), tag.size());
+        const std::wstring_view name = tag.substr(0, blank);
+        const std::wstring_view attributes = tag.substr(blank);
+        if (name == L"br/") {
+            handler_.onLineBreak();
+        } else if (name == L"a") {
+            openLink(attributes);
+        } else if (name == L"/a") {
+            closeLink();
+        } else if (name == L"control") {
+            applySettings(attributes);
+        } else if (name == L"font") {
+            for (const XmlAttribute& attribute : attributesOf(attributes)) {
+                if (attribute.name == L"size") {
+                    font_.setSize(Xml::toLong(attribute.value));
+                }
+            }
+        } else if (name == L"/font") {
+            // All of it: what is still bold, italic or underlined ends here too.
+            font_.reset();
+        }
+        for (const auto& [on, off, set] : kFontTags) {
+            if (name == on || name == off) {
+                (font_.*set)(name == on);
+            }
+        }
+    }
+
+    // One that is open still is forgotten with its text.
+    void openLink(std::wstring_view attributes) {
+        inLink_ = true;
+        linkText_.clear();
+        linkMessage_.clear();
+        for (const XmlAttribute& attribute : attributesOf(attributes)) {
+            if (attribute.name == L"leftclickmessage") {
+                linkMessage_ = decoded(attribute.value);
+            }
+        }
+    }
+
+    void closeLink() {
+        if (std::exchange(inLink_, false) && !linkText_.empty()) {
+            handler_.onLink(linkText_, linkMessage_);
+        }
+    }
+
+    void applySettings(std::wstring_view attributes) {
+        MarkupSettings settings = handler_.settings();
+        for (const XmlAttribute& attribute : attributesOf(attributes)) {
+            for (const auto& [name, sizes, extent, lowest] : kNumbers) {
+                if (name == attribute.name) {
+                    settings.*sizes.*extent = std::max(Xml::toLong(attribute.value), lowest);
+                }
+            }
+            for (const auto& [name, flag] : kFlags) {
+                if (name == attribute.name) {
+                    settings.*flag = attribute.value == L"true";
+                }
+            }
+        }
+        handler_.onSettings(settings);
+    }
+
+    FontDescriptor& font_;
+    IMarkupHandler& handler_;
+    bool inLink_ = false;
+    std::wstring linkText_;
+    std::wstring linkMessage_;
+};
+
+}  // namespace
+
+void readMarkup(std::wstring_view markup, FontDescriptor& font, IMarkupHandler& handler) {
+    MarkupReader(font, handler).read(markup);
+}
+
+}  // namespace zustd
