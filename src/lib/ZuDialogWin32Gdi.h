@@ -20,9 +20,8 @@ class ModalSession;
 class DialogWin32Gdi : public Implementation<NativeDialog, INativeDialogImpl>,
                        public WindowHandlerWin32Gdi {
 public:
-    DialogWin32Gdi(std::weak_ptr<WindowService> creator,
-                   std::shared_ptr<WindowService> windowService,
-                   std::shared_ptr<GraphicsService> graphicsService) noexcept;
+    explicit DialogWin32Gdi(SurfaceServices services) noexcept
+        : WindowHandlerWin32Gdi(std::move(services), L"DialogWin32Gdi::dialogProcedure") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override;
@@ -43,8 +42,8 @@ public:
 
 protected:
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
-    void onResized(Size size) override;
-    void onCloseRequest() override;
+    void onResized(Size size) override { getAbstraction().acceptSize(size); }
+    void onCloseRequest() override { getAbstraction().acceptClose(); }
     void focusFirst() override;
     void onWindowLost() override;
 

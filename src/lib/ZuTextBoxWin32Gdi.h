@@ -19,7 +19,8 @@ class TextBoxWin32Gdi : public Implementation<NativeTextBox, INativeTextBoxImpl>
                         public NativeControlWin32Gdi {
 public:
     // Outside of a surface the field becomes a child of the host's window.
-    explicit TextBoxWin32Gdi(HWND hostWindow) noexcept;
+    explicit TextBoxWin32Gdi(HWND hostWindow) noexcept
+        : NativeControlWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { destroyWindow(); }
@@ -34,7 +35,6 @@ private:
     Outcome initializeFromDescriptor();
     void setText(const std::wstring& text);
     std::wstring getText() const;
-    std::wstring nativeText() const;
     void takeChange();
     bool takeCharacter(wchar_t character);
     void moveOutOfPair(const WindowMessage& message);

@@ -50,7 +50,7 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
 
 TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
     NativeTreeView& tree = getAbstraction();
-    initializeCommonControls();
+    initializeCommonControl(ICC_TREEVIEW_CLASSES);
     const bool anew = std::exchange(hasCheckBoxes_, tree.hasCheckBoxes()) != tree.hasCheckBoxes();
     const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, anew);
     if (outcome == Outcome::kMade) {

@@ -36,7 +36,7 @@ bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& r
             return true;
         }
     } else {
-        trackLeaving();
+        trackLeaving(window_, tracksLeaving_);
     }
     surface().inputRouter()->routeMouse(*event);
     return true;
@@ -67,15 +67,8 @@ bool WindowHandlerWin32Gdi::setPointer(const WindowMessage& message) {
     if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
         return false;
     }
-    windowService_->setCursor(windowService_->getCursor());
+    services_.window->setCursor(services_.window->getCursor());
     return true;
-}
-
-void WindowHandlerWin32Gdi::trackLeaving() {
-    if (!tracksLeaving_) {
-        TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window_, 0};
-        tracksLeaving_ = TrackMouseEvent(&request) != FALSE;
-    }
 }
 
 bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& result) {

@@ -16,18 +16,17 @@ namespace zustd {
 class WindowWin32Gdi : public Implementation<NativeWindow, INativeWindowImpl>,
                        public WindowHandlerWin32Gdi {
 public:
-    WindowWin32Gdi(std::weak_ptr<WindowService> creator,
-                   std::shared_ptr<WindowService> windowService,
-                   std::shared_ptr<GraphicsService> graphicsService) noexcept;
+    explicit WindowWin32Gdi(SurfaceServices services) noexcept
+        : WindowHandlerWin32Gdi(std::move(services), L"WindowWin32Gdi::windowProcedure") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
+    void releaseNativeObject() override { destroyWindow(); }
     bool hasNativeObject() const override { return window() != nullptr; }
     Control& surface() const override { return getAbstraction(); }
-    void setShown(bool shown) override;
+    void setShown(bool shown) override { getAbstraction().setVisible(shown); }
 
 protected:
-    void onResized(Size size) override;
+    void onResized(Size size) override { getAbstraction().acceptSize(size); }
     void onCloseRequest() override;
 
 private:

@@ -88,8 +88,8 @@ set(zustd_backend
   ZuComboBoxWin32Gdi
   ZuDialogWin32Gdi
   ZuDrawingCacheWin32Gdi
-  ZuDrawingFactoryWin32Gdi
   ZuFontWin32Gdi
+  ZuGeometryWin32Gdi
   ZuGraphicsServiceWin32Gdi
   ZuGridViewWin32Gdi
   ZuIconWin32Gdi
@@ -107,8 +107,8 @@ set(zustd_backend
   ZuTreeViewInputWin32Gdi
   ZuTreeViewItemsWin32Gdi
   ZuTreeViewWin32Gdi
-  ZuWidgetFactoryWin32Gdi
   ZuWindowHandlerInputWin32Gdi
   ZuWindowHandlerWin32Gdi
+  ZuWindowServiceWidgetsWin32Gdi
   ZuWindowServiceWin32Gdi
   ZuWindowWin32Gdi)
