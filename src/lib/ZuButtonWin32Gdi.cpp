@@ -1,6 +1,6 @@
 #include "ZuButtonWin32Gdi.h"
 
-#include "ZuIconWin32Gdi.h"
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuWindowService.h"
 
 namespace zustd {

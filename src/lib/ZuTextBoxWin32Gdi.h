@@ -1,11 +1,9 @@
 // The Windows half of a text box: an EDIT control.
 //
-// The portable text has line feeds alone where the control wants a pair of
-// carriage return and line feed; either way the conversion happens here.
-//
-// What the user does leaves surrogate pairs whole, also where the control counts
-// their halves: a limit takes or refuses both, the caret does not stop between
-// them, and a half whose other one went goes too.
+// The portable text has line feeds alone where the control wants pairs of return
+// and line feed. What the user does leaves surrogate pairs whole, also where the
+// control counts their halves: a limit takes or refuses both, the caret does not
+// stop between them, and a half whose other one went goes too.
 #pragma once
 
 #include <string>

@@ -5,7 +5,6 @@
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuResourceService.h"
 #include "ZuScope.h"
-#include "ZuSurfaceInputWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -212,23 +211,9 @@ void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
 
 void WindowHandlerWin32Gdi::synchronizeEnabled() {
     const bool enabled = surface().isUsable() && takesInput_ && !blocked_;
-    if (enabled != enabled_) {
+    if (window_ != nullptr && enabled != enabled_) {
         enabled_ = enabled;
         EnableWindow(window_, enabled ? TRUE : FALSE);
-    }
-}
-
-void WindowHandlerWin32Gdi::setBlocked(bool blocked) {
-    blocked_ = blocked;
-    if (window_ != nullptr) {
-        synchronizeEnabled();
-    }
-}
-
-void WindowHandlerWin32Gdi::setTakesInput(bool takes) {
-    takesInput_ = takes;
-    if (window_ != nullptr) {
-        synchronizeEnabled();
     }
 }
 

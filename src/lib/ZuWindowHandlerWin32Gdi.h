@@ -57,9 +57,15 @@ public:
 
     // While a modal dialog is open the window is disabled, whatever the
     // surface's own state is.
-    void setBlocked(bool blocked);
+    void setBlocked(bool blocked) {
+        blocked_ = blocked;
+        synchronizeEnabled();
+    }
     // The same for as long as the window service wants it.
-    void setTakesInput(bool takes);
+    void setTakesInput(bool takes) {
+        takesInput_ = takes;
+        synchronizeEnabled();
+    }
 
     // Gives the system's focus to a control of this surface: now, or when the
     // window that the surface is in becomes active.

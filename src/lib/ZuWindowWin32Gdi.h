@@ -1,11 +1,8 @@
 // The Windows half of a native window.
 //
 // On another surface, and when the window service that made it has a window,
-// it is a child window; otherwise a window of its own with caption, buttons and
-// the executable's icon. It is made anew when it moves to another parent.
-//
-// Closing a window of its own hides it, unless a receiver of kClose objects;
-// showing it again is up to whoever owns it.
+// it is a child window; otherwise a window of its own. Closing one of its own
+// hides it, unless a receiver of kClose objects.
 #pragma once
 
 #include "ZuNativeWindow.h"

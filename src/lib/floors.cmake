@@ -92,7 +92,6 @@ set(zustd_backend
   ZuGeometryWin32Gdi
   ZuGraphicsServiceWin32Gdi
   ZuGridViewWin32Gdi
-  ZuIconWin32Gdi
   ZuItemControlWin32Gdi
   ZuMessageBoxWin32Gdi
   ZuMessageDispatchWin32Gdi
@@ -101,7 +100,6 @@ set(zustd_backend
   ZuPopupMenuWin32Gdi
   ZuProgressBarWin32Gdi
   ZuScrollBarWin32Gdi
-  ZuSurfaceInputWin32Gdi
   ZuTextBoxWin32Gdi
   ZuTimerWin32Gdi
   ZuTreeViewInputWin32Gdi
