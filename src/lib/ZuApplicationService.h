@@ -1,10 +1,7 @@
 // The door to the host system for everything that is not drawing.
 //
-// ApplicationService is the portable front: the application's name and
-// directories, the user's identity, documents, windows, preferences, and the
-// record of a critical error. A backend behind IApplicationServiceImpl does
-// the work; the front hands every operation on to it. The front is registered
-// in the service registry and found there by type.
+// A backend behind IApplicationServiceImpl does the work. The front is found in
+// the service registry by its type.
 #pragma once
 
 #include <cstdint>
@@ -99,31 +96,53 @@ public:
     using Service::Service;
     ~ApplicationService() override { releaseImplementation(); }
 
-    // Each fails the assertion "impl_" as long as there is no backend.
-    std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground);
-    std::shared_ptr<WindowService> createMainWindowService();
-    std::shared_ptr<WindowService> createUnboundWindowService();
-    std::shared_ptr<WindowService> createDesktopWindowService();
-    std::wstring getApplicationName() const;
-    void setApplicationName(const std::wstring& name);
-    bool openDocument(const std::wstring& document);
-    std::wstring getComputerName() const;
-    std::wstring getMachineSid() const;
-    std::wstring getApplicationDirectory() const;
-    std::wstring getUserAppDataDirectory() const;
-    std::wstring getUserDocumentsDirectory() const;
-    std::wstring getApplicationDataDirectory(bool create);
-    bool hasCriticalError() const;
-    std::uint32_t getCriticalError() const;
-    void setCriticalError(std::uint32_t code);
-    std::wstring getCriticalErrorText(std::uint32_t code) const;
-    bool installKeyboardHook();
-    void removeKeyboardHook();
-    int runMessageLoop();
-    void quitMessageLoop(int exitCode);
-    std::uint32_t getApplicationState() const;
-    void setApplicationState(std::uint32_t state);
-    std::shared_ptr<PropertyBag> getPreferences() const;
+    // Each hands on to the backend, and fails the assertion "impl_" without one.
+    std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) {
+        return implementation().createActiveWindowService(allowForeground);
+    }
+    std::shared_ptr<WindowService> createMainWindowService() {
+        return implementation().createMainWindowService();
+    }
+    std::shared_ptr<WindowService> createUnboundWindowService() {
+        return implementation().createUnboundWindowService();
+    }
+    std::shared_ptr<WindowService> createDesktopWindowService() {
+        return implementation().createDesktopWindowService();
+    }
+    std::wstring getApplicationName() const { return implementation().getApplicationName(); }
+    void setApplicationName(const std::wstring& name) { implementation().setApplicationName(name); }
+    bool openDocument(const std::wstring& document) {
+        return implementation().openDocument(document);
+    }
+    std::wstring getComputerName() const { return implementation().getComputerName(); }
+    std::wstring getMachineSid() const { return implementation().getMachineSid(); }
+    std::wstring getApplicationDirectory() const {
+        return implementation().getApplicationDirectory();
+    }
+    std::wstring getUserAppDataDirectory() const {
+        return implementation().getUserAppDataDirectory();
+    }
+    std::wstring getUserDocumentsDirectory() const {
+        return implementation().getUserDocumentsDirectory();
+    }
+    std::wstring getApplicationDataDirectory(bool create) {
+        return implementation().getApplicationDataDirectory(create);
+    }
+    bool hasCriticalError() const { return implementation().hasCriticalError(); }
+    std::uint32_t getCriticalError() const { return implementation().getCriticalError(); }
+    void setCriticalError(std::uint32_t code) { implementation().setCriticalError(code); }
+    std::wstring getCriticalErrorText(std::uint32_t code) const {
+        return implementation().getCriticalErrorText(code);
+    }
+    bool installKeyboardHook() { return implementation().installKeyboardHook(); }
+    void removeKeyboardHook() { implementation().removeKeyboardHook(); }
+    int runMessageLoop() { return implementation().runMessageLoop(); }
+    void quitMessageLoop(int exitCode) { implementation().quitMessageLoop(exitCode); }
+    std::uint32_t getApplicationState() const { return implementation().getApplicationState(); }
+    void setApplicationState(std::uint32_t state) { implementation().setApplicationState(state); }
+    std::shared_ptr<PropertyBag> getPreferences() const {
+        return implementation().getPreferences();
+    }
 };
 
 // Shows a message box under the application's name, owned by the active window

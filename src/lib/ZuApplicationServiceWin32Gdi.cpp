@@ -9,6 +9,7 @@
 #include "ZuFile.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageLoopWin32Gdi.h"
+#include "ZuNativeControlWin32Gdi.h"
 #include "ZuPropertyBag.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
@@ -17,7 +18,6 @@ namespace zustd {
 namespace {
 
 constexpr std::size_t kNameBuffer = 512;
-constexpr std::wstring_view kLastResort = L"C:\\";
 
 // The backend whose hook is installed on this thread.
 constinit thread_local ApplicationServiceWin32Gdi* hookedService = nullptr;
@@ -31,9 +31,21 @@ std::wstring specialFolder(int csidl) {
     });
 }
 
-std::shared_ptr<WindowService> tryMakeWindowService(const wchar_t* operation, HWND window) {
+// Empty, and a line in the trace, where there is no such window.
+std::shared_ptr<WindowService> serviceOf(HWND window, const wchar_t* operation,
+                                         const wchar_t* kind) {
+    if (window == nullptr) {
+        ZU_TRACE(L"%ls: no %ls window found", operation, kind);
+        return nullptr;
+    }
     return guarded(operation, std::shared_ptr<WindowService>(),
                    [window] { return makeWindowService(window); });
+}
+
+// Where there is no folder for the user's documents.
+std::wstring lastResort(const wchar_t* operation) {
+    ZU_TRACE(L"%ls: could not get directory CSIDL_PERSONAL - defaulting to C:\\", operation);
+    return L"C:\\";
 }
 
 template <class Body>
@@ -41,13 +53,9 @@ std::wstring guardedText(const wchar_t* operation, Body&& body) {
     return guarded(operation, std::wstring(), std::forward<Body>(body));
 }
 
-bool isKeyDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
-
-std::intptr_t modifierKeys() noexcept {
-    return (isKeyDown(VK_SHIFT) ? ApplicationService::kKeyShift : 0) |
-           (isKeyDown(VK_CONTROL) ? ApplicationService::kKeyControl : 0) |
-           (isKeyDown(VK_MENU) ? ApplicationService::kKeyAlt : 0);
-}
+static_assert(ApplicationService::kKeyShift == kModifierShift &&
+              ApplicationService::kKeyControl == kModifierControl &&
+              ApplicationService::kKeyAlt == kModifierAlt);
 
 LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept {
     constexpr LPARAM kReleased = LPARAM{1} << 31;
@@ -55,7 +63,7 @@ LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept {
         guarded(L"ApplicationServiceWin32Gdi::keyboardHook", [&] {
             hookedService->getAbstraction().sendMessage(
                 ApplicationService::kAppKeysPressed, MessageWord(static_cast<std::intptr_t>(key)),
-                MessageWord(modifierKeys()));
+                MessageWord(static_cast<std::intptr_t>(heldModifiers())));
         });
     }
     return CallNextHookEx(nullptr, code, key, state);
@@ -76,48 +84,35 @@ ApplicationServiceWin32Gdi::~ApplicationServiceWin32Gdi() {
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowService(
     bool allowForeground) {
+    constexpr const wchar_t* kOperation = L"ApplicationServiceWin32Gdi::createActiveWindowService";
     // Whoever asks for a window hears what keeps this machine from having any.
     requireWindowLibraries();
-    if (const HWND window = getActiveWindow()) {
-        return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createActiveWindowService",
-                                    window);
+    if (auto service = serviceOf(getActiveWindow(), kOperation, L"active")) {
+        return service;
     }
-    ZU_TRACE(L"ApplicationServiceWin32Gdi::createActiveWindowService: no active window found");
     if (allowForeground) {
-        ZU_TRACE(
-            L"ApplicationServiceWin32Gdi::createActiveWindowService: trying foreground window");
-        if (const HWND window = GetForegroundWindow()) {
-            return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createActiveWindowService",
-                                        window);
+        ZU_TRACE(L"%ls: trying foreground window", kOperation);
+        if (auto service = serviceOf(GetForegroundWindow(), kOperation, L"foreground")) {
+            return service;
         }
-        ZU_TRACE(
-            L"ApplicationServiceWin32Gdi::createActiveWindowService: no foreground window found");
     }
-    ZU_TRACE(
-        L"ApplicationServiceWin32Gdi::createActiveWindowService: cannot create active window "
-        L"service");
+    ZU_TRACE(L"%ls: cannot create active window service", kOperation);
     return nullptr;
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createMainWindowService() {
-    if (const HWND window = getMainWindow()) {
-        return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createMainWindowService", window);
-    }
-    ZU_TRACE(L"ApplicationServiceWin32Gdi::createMainWindowService: no main window found");
-    return nullptr;
+    return serviceOf(getMainWindow(), L"ApplicationServiceWin32Gdi::createMainWindowService",
+                     L"main");
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createUnboundWindowService() {
-    return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createUnboundWindowService", nullptr);
+    return guarded(L"ApplicationServiceWin32Gdi::createUnboundWindowService",
+                   std::shared_ptr<WindowService>(), [] { return makeWindowService(nullptr); });
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createDesktopWindowService() {
-    if (const HWND window = GetDesktopWindow()) {
-        return tryMakeWindowService(L"ApplicationServiceWin32Gdi::createDesktopWindowService",
-                                    window);
-    }
-    ZU_TRACE(L"ApplicationServiceWin32Gdi::createDesktopWindowService: no desktop window found");
-    return nullptr;
+    return serviceOf(GetDesktopWindow(), L"ApplicationServiceWin32Gdi::createDesktopWindowService",
+                     L"desktop");
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationName() const {
@@ -185,35 +180,22 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDirectory() const {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserAppDataDirectory() const {
-    return guardedText(
-        L"ApplicationServiceWin32Gdi::getUserAppDataDirectory", [&]() -> std::wstring {
-            if (std::wstring directory = specialFolder(CSIDL_APPDATA); !directory.empty()) {
-                return directory;
-            }
-            if (std::wstring directory = specialFolder(CSIDL_PERSONAL); !directory.empty()) {
-                ZU_TRACE(
-                    L"ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
-                    L"CSIDL_APPDATA - trying CSIDL_PERSONAL");
-                return directory;
-            }
-            ZU_TRACE(
-                L"ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
-                L"CSIDL_PERSONAL - defaulting to C:\\");
-            return std::wstring(kLastResort);
-        });
+    constexpr const wchar_t* kOperation = L"ApplicationServiceWin32Gdi::getUserAppDataDirectory";
+    if (std::wstring directory = specialFolder(CSIDL_APPDATA); !directory.empty()) {
+        return directory;
+    }
+    std::wstring directory = specialFolder(CSIDL_PERSONAL);
+    if (directory.empty()) {
+        return lastResort(kOperation);
+    }
+    ZU_TRACE(L"%ls: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL", kOperation);
+    return directory;
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserDocumentsDirectory() const {
-    return guardedText(
-        L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory", [&]() -> std::wstring {
-            if (std::wstring directory = specialFolder(CSIDL_PERSONAL); !directory.empty()) {
-                return directory;
-            }
-            ZU_TRACE(
-                L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory: could not get directory "
-                L"CSIDL_PERSONAL - defaulting to C:\\");
-            return std::wstring(kLastResort);
-        });
+    std::wstring directory = specialFolder(CSIDL_PERSONAL);
+    return directory.empty() ? lastResort(L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory")
+                             : directory;
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create) {
@@ -229,12 +211,6 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create
             return directory;
         });
 }
-
-bool ApplicationServiceWin32Gdi::hasCriticalError() const {
-    return getCriticalError() != kCriticalErrorNone;
-}
-
-std::uint32_t ApplicationServiceWin32Gdi::getCriticalError() const { return criticalError(); }
 
 void ApplicationServiceWin32Gdi::setCriticalError(std::uint32_t code) {
     zustd::setCriticalError(code);
@@ -288,30 +264,6 @@ int ApplicationServiceWin32Gdi::runMessageLoop() {
     }
     return message.message == WM_QUIT ? static_cast<int>(message.wParam) : 0;
 }
-
-void ApplicationServiceWin32Gdi::quitMessageLoop(int exitCode) { PostQuitMessage(exitCode); }
-
-std::uint32_t ApplicationServiceWin32Gdi::getApplicationState() const { return applicationState_; }
-
-void ApplicationServiceWin32Gdi::setApplicationState(std::uint32_t state) {
-    applicationState_ = state;
-}
-
-std::shared_ptr<PropertyBag> ApplicationServiceWin32Gdi::getPreferences() const {
-    return preferences_;
-}
-
-HINSTANCE ApplicationServiceWin32Gdi::getModuleInstance() const { return moduleInstance_; }
-
-void ApplicationServiceWin32Gdi::setModuleInstance(HINSTANCE module) { moduleInstance_ = module; }
-
-HANDLE ApplicationServiceWin32Gdi::getSecondHostHandle() const { return secondHostHandle_; }
-
-void ApplicationServiceWin32Gdi::setSecondHostHandle(HANDLE handle) { secondHostHandle_ = handle; }
-
-HWND ApplicationServiceWin32Gdi::getActiveWindow() const { return GetActiveWindow(); }
-
-HWND ApplicationServiceWin32Gdi::getMainWindow() const { return nullptr; }
 
 void ApplicationServiceWin32Gdi::logMemoryInfo() const {
     if (isTraced(kTraceLevelMemory)) {

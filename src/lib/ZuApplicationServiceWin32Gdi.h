@@ -28,28 +28,28 @@ public:
     std::wstring getUserAppDataDirectory() const override;
     std::wstring getUserDocumentsDirectory() const override;
     std::wstring getApplicationDataDirectory(bool create) override;
-    bool hasCriticalError() const override;
-    std::uint32_t getCriticalError() const override;
+    bool hasCriticalError() const override { return getCriticalError() != kCriticalErrorNone; }
+    std::uint32_t getCriticalError() const override { return criticalError(); }
     void setCriticalError(std::uint32_t code) override;
     std::wstring getCriticalErrorText(std::uint32_t code) const override;
     bool installKeyboardHook() override;
     void removeKeyboardHook() override;
     int runMessageLoop() override;
-    void quitMessageLoop(int exitCode) override;
-    std::uint32_t getApplicationState() const override;
-    void setApplicationState(std::uint32_t state) override;
-    std::shared_ptr<PropertyBag> getPreferences() const override;
+    void quitMessageLoop(int exitCode) override { PostQuitMessage(exitCode); }
+    std::uint32_t getApplicationState() const override { return applicationState_; }
+    void setApplicationState(std::uint32_t state) override { applicationState_ = state; }
+    std::shared_ptr<PropertyBag> getPreferences() const override { return preferences_; }
 
     // The module whose path is the program's; null means the executable.
-    virtual HINSTANCE getModuleInstance() const;
-    virtual void setModuleInstance(HINSTANCE module);
+    virtual HINSTANCE getModuleInstance() const { return moduleInstance_; }
+    virtual void setModuleInstance(HINSTANCE module) { moduleInstance_ = module; }
     // A handle that the host finds useful; stored and given back.
-    virtual HANDLE getSecondHostHandle() const;
-    virtual void setSecondHostHandle(HANDLE handle);
+    virtual HANDLE getSecondHostHandle() const { return secondHostHandle_; }
+    virtual void setSecondHostHandle(HANDLE handle) { secondHostHandle_ = handle; }
     // The calling thread's active window, or null.
-    virtual HWND getActiveWindow() const;
+    virtual HWND getActiveWindow() const { return GetActiveWindow(); }
     // Null: a console program has no main window.
-    virtual HWND getMainWindow() const;
+    virtual HWND getMainWindow() const { return nullptr; }
 
     // Traces the memory report at kTraceLevelMemory.
     void logMemoryInfo() const;

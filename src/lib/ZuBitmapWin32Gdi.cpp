@@ -7,14 +7,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "ZuResourceService.h"
 
 namespace zustd {
 
 namespace {
-
-namespace flat = Gdiplus::DllExports;
 
 // GDI+ for as long as the program runs.
 class GdiPlusSession {
@@ -33,23 +32,14 @@ private:
     ULONG_PTR token_ = 0;
 };
 
-void check(Gdiplus::GpStatus status) {
+void check(Gdiplus::Status status) {
     if (status != Gdiplus::Ok) {
         throwSystemException(L"Could not read image", ZU_HERE);
     }
 }
 
 void closeStream(IStream* stream) noexcept { stream->Release(); }
-void closeImage(Gdiplus::GpBitmap* image) noexcept { flat::GdipDisposeImage(image); }
-void closeGraphics(Gdiplus::GpGraphics* graphics) noexcept { flat::GdipDeleteGraphics(graphics); }
-void closeAttributes(Gdiplus::GpImageAttributes* attributes) noexcept {
-    flat::GdipDisposeImageAttributes(attributes);
-}
-
 using Stream = Handle<NullHandleTraits<IStream*, &closeStream>>;
-using Image = Handle<NullHandleTraits<Gdiplus::GpBitmap*, &closeImage>>;
-using Graphics = Handle<NullHandleTraits<Gdiplus::GpGraphics*, &closeGraphics>>;
-using Attributes = Handle<NullHandleTraits<Gdiplus::GpImageAttributes*, &closeAttributes>>;
 
 std::int64_t pixelCount(Size size) noexcept { return std::int64_t{size.width} * size.height; }
 
@@ -101,31 +91,18 @@ Stream streamOf(std::span<const unsigned char> bytes) {
     return Stream(stream);
 }
 
-Image decode(std::span<const unsigned char> bytes) {
-    const Stream stream = streamOf(bytes);
-    Gdiplus::GpBitmap* image = nullptr;
-    check(flat::GdipCreateBitmapFromStream(stream.get(), &image));
-    return Image(image);
-}
-
 // Draws an image over the whole of a bitmap that is transparent so far.
-void drawScaled(Gdiplus::GpBitmap* image, Size imageSize, Gdiplus::GpBitmap* target, Size size) {
-    Gdiplus::GpGraphics* made = nullptr;
-    check(flat::GdipGetImageGraphicsContext(target, &made));
-    const Graphics graphics(made);
-    Gdiplus::GpImageAttributes* madeAttributes = nullptr;
-    check(flat::GdipCreateImageAttributes(&madeAttributes));
-    const Attributes attributes(madeAttributes);
+void drawScaled(Gdiplus::Bitmap& image, Size imageSize, Gdiplus::Bitmap& target, Size size) {
+    Gdiplus::Graphics graphics(&target);
+    Gdiplus::ImageAttributes attributes;
     // Pixels at the edge have themselves for neighbours, and the middle of a
     // pixel is where its colour lies; otherwise the edges would fade.
-    check(flat::GdipSetImageAttributesWrapMode(madeAttributes, Gdiplus::WrapModeTileFlipXY, 0,
-                                               FALSE));
-    check(flat::GdipSetPixelOffsetMode(made, Gdiplus::PixelOffsetModeHalf));
-    check(flat::GdipSetInterpolationMode(made, Gdiplus::InterpolationModeHighQualityBicubic));
-    check(flat::GdipSetCompositingMode(made, Gdiplus::CompositingModeSourceCopy));
-    check(flat::GdipDrawImageRectRectI(made, image, 0, 0, size.width, size.height, 0, 0,
-                                       imageSize.width, imageSize.height, Gdiplus::UnitPixel,
-                                       madeAttributes, nullptr, nullptr));
+    check(attributes.SetWrapMode(Gdiplus::WrapModeTileFlipXY));
+    check(graphics.SetPixelOffsetMode(Gdiplus::PixelOffsetModeHalf));
+    check(graphics.SetInterpolationMode(Gdiplus::InterpolationModeHighQualityBicubic));
+    check(graphics.SetCompositingMode(Gdiplus::CompositingModeSourceCopy));
+    check(graphics.DrawImage(&image, Gdiplus::Rect(0, 0, size.width, size.height), 0, 0,
+                             imageSize.width, imageSize.height, Gdiplus::UnitPixel, &attributes));
 }
 
 std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
@@ -139,6 +116,21 @@ std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
         result |= std::min<std::uint32_t>(channel, 0xFF) << shift;
     }
     return result;
+}
+
+// What disabled controls paint the outline from: a bit for each pixel that lets
+// everything through, in rows of whole words.
+BitmapHandle makeMask(std::span<const std::uint32_t> pixels, Size size) {
+    const auto width = static_cast<std::size_t>(size.width);
+    const std::size_t stride = (width + 15) / 16 * 2;
+    std::vector<std::uint8_t> bits(stride * static_cast<std::size_t>(size.height));
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        if (pixels[i] >> 24 == 0) {
+            const std::size_t x = i % width;
+            bits[i / width * stride + x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
+        }
+    }
+    return BitmapHandle(CreateBitmap(size.width, size.height, 1, 1, bits.data()));
 }
 
 std::shared_ptr<IResourceService> rootResources() {
@@ -184,6 +176,18 @@ void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi&
     }
 }
 
+IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
+    if (!bitmap.hasNativeObject()) {
+        return {};
+    }
+    const Size size{saturatedSum(bitmap.imageSize().width, space), bitmap.imageSize().height};
+    const PixelBitmap colors(size);
+    copyPlainPixels(colors, size, bitmap);
+    const BitmapHandle mask = makeMask(colors.pixels, size);
+    ICONINFO parts{TRUE, 0, 0, mask.get(), colors.handle.get()};
+    return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();
+}
+
 void BitmapWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {
         if (image_.bitmap) {
@@ -206,8 +210,6 @@ void BitmapWin32Gdi::synchronizeWithAbstraction() {
     });
 }
 
-void BitmapWin32Gdi::releaseNativeObject() { image_ = {}; }
-
 DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
     const Size own = sizeOfPng(bytes);
     const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
@@ -215,14 +217,14 @@ DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double 
         return {};
     }
     startGdiPlus();
-    const Image image = decode(bytes);
+    const Stream stream = streamOf(bytes);
+    Gdiplus::Bitmap image(stream.get());
+    check(image.GetLastStatus());
     PixelBitmap bitmap(target);
-    Gdiplus::GpBitmap* made = nullptr;
-    check(flat::GdipCreateBitmapFromScan0(target.width, target.height, target.width * 4,
-                                          PixelFormat32bppPARGB,
-                                          reinterpret_cast<BYTE*>(bitmap.pixels.data()), &made));
-    const Image view(made);
-    drawScaled(image.get(), own, made, target);
+    Gdiplus::Bitmap view(target.width, target.height, target.width * 4, PixelFormat32bppPARGB,
+                         reinterpret_cast<BYTE*>(bitmap.pixels.data()));
+    check(view.GetLastStatus());
+    drawScaled(image, own, view, target);
     return {std::move(bitmap.handle), target};
 }
 

@@ -49,7 +49,7 @@ public:
         : resources_(resources), scalingFactor_(scalingFactor) {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
+    void releaseNativeObject() override { image_ = {}; }
     bool hasNativeObject() const override { return static_cast<bool>(image_.bitmap); }
 
     // Null for an empty bitmap. Valid as long as this object and until
@@ -66,6 +66,11 @@ private:
 // As much of an image as fits into a slot, from the left top corner; without
 // the premultiplication, which icons and image lists do when they draw.
 void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source);
+
+// What native controls blend with what lies below: an icon of the bitmap's size,
+// with so many empty columns behind it; empty for an empty bitmap and when the
+// system has none to give. Throws SystemException without room for its pixels.
+IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space);
 
 // Decodes a PNG to a size, or to its own size times a factor when that is
 // empty; an empty image when the bytes are no PNG or it is too large. Throws

@@ -1,6 +1,6 @@
 #include "ZuButtonWin32Gdi.h"
 
-#include "ZuIconWin32Gdi.h"
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -26,9 +26,6 @@ bool canBeChecked(ButtonKind kind) noexcept {
 }
 
 }  // namespace
-
-ButtonWin32Gdi::ButtonWin32Gdi(HWND hostWindow) noexcept
-    : NativeControlWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
 
 void ButtonWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ButtonWin32Gdi::synchronizeWithAbstraction", [this] {
@@ -105,9 +102,8 @@ bool ButtonWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
     if (message.id != WM_SETFOCUS) {
         return false;
     }
-    takingFocus_ = true;
+    const ScopedValue taking(takingFocus_, true);
     result = answerByDefault(message);
-    takingFocus_ = false;
     return true;
 }
 

@@ -16,7 +16,8 @@ class ButtonWin32Gdi : public Implementation<NativeButton, INativeButtonImpl>,
                        public NativeControlWin32Gdi {
 public:
     // Outside of a surface the button becomes a child of the host's window.
-    explicit ButtonWin32Gdi(HWND hostWindow) noexcept;
+    explicit ButtonWin32Gdi(HWND hostWindow) noexcept
+        : NativeControlWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ZuDescriptors.h"
-#include "ZuWindows.h"
+#include "ZuHandleWin32Gdi.h"
 
 namespace zustd {
 
@@ -16,5 +16,23 @@ inline Color systemColor(int index) noexcept {
     const COLORREF color = GetSysColor(index);
     return Color::rgb(GetRValue(color), GetGValue(color), GetBValue(color));
 }
+
+// Answers requests for a widget's background; keeps the brush of the last colour.
+class BackgroundBrush {
+public:
+    // Of this object, until another colour is wanted.
+    LRESULT answer(HDC context, Color color) {
+        if (!brush_ || color != color_) {
+            brush_.reset(CreateSolidBrush(nativeColor(color)));
+            color_ = color;
+        }
+        SetBkColor(context, nativeColor(color));
+        return reinterpret_cast<LRESULT>(brush_.get());
+    }
+
+private:
+    BrushHandle brush_;
+    Color color_;
+};
 
 }  // namespace zustd

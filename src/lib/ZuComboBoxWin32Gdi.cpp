@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include "ZuGeometryWin32Gdi.h"
+
 namespace zustd {
 
 namespace {
@@ -9,16 +11,11 @@ namespace {
 // A guess at the usual item, for the room that the control takes at once.
 constexpr std::size_t kBytesPerItem = 40;
 
-WPARAM nativeIndex(std::size_t index) noexcept { return static_cast<WPARAM>(index); }
-
 std::size_t portableIndex(LRESULT index) noexcept {
     return index >= 0 ? static_cast<std::size_t>(index) : kNullSize;
 }
 
 }  // namespace
-
-ComboBoxWin32Gdi::ComboBoxWin32Gdi(HWND hostWindow) noexcept
-    : NativeControlWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
 
 void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ComboBoxWin32Gdi::synchronizeWithAbstraction", [this] {
@@ -67,9 +64,7 @@ void ComboBoxWin32Gdi::fill() {
 void ComboBoxWin32Gdi::fitHeight() {
     constexpr WPARAM kField = static_cast<WPARAM>(-1);
     const auto missing = [this] {
-        RECT present{};
-        GetWindowRect(window(), &present);
-        return getAbstraction().boundary().height() - (present.bottom - present.top);
+        return getAbstraction().boundary().height() - windowRect(window()).height();
     };
     if (missing() == 0) {
         return;
@@ -91,35 +86,20 @@ void ComboBoxWin32Gdi::setCaption() {
     }
 }
 
-std::wstring ComboBoxWin32Gdi::getText() const {
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window())) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(
-        GetWindowTextW(window(), text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
 void ComboBoxWin32Gdi::setText(const std::wstring& text) {
     if (getText() != text) {
-        filling_ = true;
+        const ScopedValue filling(filling_, true);
         SetWindowTextW(window(), text.c_str());
-        filling_ = false;
     }
 }
 
 void ComboBoxWin32Gdi::mirrorAdded(std::size_t index) {
-    guarded(L"ComboBoxWin32Gdi::addItem", [&] {
-        send(CB_INSERTSTRING, nativeIndex(index),
-             reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
-    });
+    send(CB_INSERTSTRING, index, reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
 }
 
-void ComboBoxWin32Gdi::mirrorRemoved(std::size_t index) {
-    guarded(L"ComboBoxWin32Gdi::removeItem", [&] { send(CB_DELETESTRING, nativeIndex(index)); });
-}
+void ComboBoxWin32Gdi::mirrorRemoved(std::size_t index) { send(CB_DELETESTRING, index); }
 
-void ComboBoxWin32Gdi::mirrorCleared() {
-    guarded(L"ComboBoxWin32Gdi::clear", [this] { send(CB_RESETCONTENT); });
-}
+void ComboBoxWin32Gdi::mirrorCleared() { send(CB_RESETCONTENT); }
 
 void ComboBoxWin32Gdi::mirrorSelection() {
     guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
@@ -128,7 +108,7 @@ void ComboBoxWin32Gdi::mirrorSelection() {
 void ComboBoxWin32Gdi::pushSelection() {
     const std::size_t selected = getSelectedItem();
     if (portableIndex(send(CB_GETCURSEL)) != selected) {
-        send(CB_SETCURSEL, nativeIndex(selected));
+        send(CB_SETCURSEL, selected);
     }
     if (getAbstraction().isEditable()) {
         setText(getAbstraction().text());
@@ -143,9 +123,6 @@ bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         return false;
     }
     switch (HIWORD(message.wide)) {
-        case CBN_SELCHANGE:
-            getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
-            break;
         case CBN_EDITCHANGE:
             acceptTyped();
             break;
@@ -154,9 +131,11 @@ bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
             // The list goes back to what it showed before, and says nothing.
             if (getAbstraction().isEditable()) {
                 acceptTyped();
-            } else {
-                getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
+                break;
             }
+            [[fallthrough]];
+        case CBN_SELCHANGE:
+            getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
             break;
         default:
             return false;

@@ -12,7 +12,8 @@ namespace zustd {
 class ComboBoxWin32Gdi : public ComboBoxImplementation, public NativeControlWin32Gdi {
 public:
     // Outside of a surface the box becomes a child of the host's window.
-    explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept;
+    explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept
+        : NativeControlWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { destroyWindow(); }
@@ -34,7 +35,7 @@ private:
     void fitHeight();
     void setCaption();
     // Of the field; a list without one has the text of its selected item.
-    std::wstring getText() const;
+    std::wstring getText() const { return windowText(window()); }
     void setText(const std::wstring& text);
     void pushSelection();
     void acceptTyped();

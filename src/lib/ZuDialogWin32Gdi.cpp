@@ -2,9 +2,7 @@
 
 #include <windowsx.h>
 
-#include <array>
-#include <cstring>
-
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuWindowService.h"
@@ -13,83 +11,21 @@ namespace zustd {
 
 namespace {
 
-// A dialog template: the fixed part, then words without padding. Menu, class
-// and caption are empty; the font is the system's.
-class DialogTemplate {
-public:
-    DialogTemplate(DWORD style, DWORD extendedStyle) {
-        NONCLIENTMETRICSW metrics{};
-        metrics.cbSize = sizeof(metrics);
-        const bool hasFont =
-            SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0) != FALSE;
-        DLGTEMPLATE head{};
-        head.style = style | (hasFont ? DS_SETFONT : 0);
-        head.dwExtendedStyle = extendedStyle;
-        std::memcpy(words_.data(), &head, sizeof(head));
-        used_ = sizeof(head) / sizeof(WORD);
-        append(0);  // no menu
-        append(0);  // the standard class
-        append(0);  // no caption
-        if (hasFont) {
-            append(pointsOf(metrics.lfMessageFont));
-            for (const wchar_t* letter = metrics.lfMessageFont.lfFaceName; *letter != 0; ++letter) {
-                append(*letter);
-            }
-            append(0);
-        }
-    }
-
-    const DLGTEMPLATE* get() const noexcept {
-        return reinterpret_cast<const DLGTEMPLATE*>(words_.data());
-    }
-
-private:
-    static constexpr std::size_t kWords = sizeof(DLGTEMPLATE) / sizeof(WORD) + 4 + LF_FACESIZE;
-
-    void append(WORD word) {
-        ZU_ASSERT(used_ < kWords);
-        words_[used_++] = word;
-    }
-
-    static WORD pointsOf(const LOGFONTW& font) noexcept {
-        const HDC screen = GetDC(nullptr);
-        const int dots = screen != nullptr ? GetDeviceCaps(screen, LOGPIXELSY) : 96;
-        if (screen != nullptr) {
-            ReleaseDC(nullptr, screen);
-        }
-        return static_cast<WORD>(MulDiv(std::abs(font.lfHeight), 72, dots));
-    }
-
-    alignas(DWORD) std::array<WORD, kWords> words_{};
-    std::size_t used_ = 0;
+// A dialog without menu, class, caption and font of its own.
+struct alignas(DWORD) DialogTemplate {
+    DLGTEMPLATE head{};
+    WORD menu = 0;
+    WORD windowClass = 0;
+    WORD caption = 0;
 };
 
-RECT workAreaAround(HWND window) noexcept {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTOPRIMARY), &monitor);
-    return monitor.rcWork;
-}
-
-RECT workAreaAt(POINT place) noexcept {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    GetMonitorInfoW(MonitorFromPoint(place, MONITOR_DEFAULTTONEAREST), &monitor);
-    return monitor.rcWork;
-}
-
 // What is too large for the area begins at its start.
-LONG keptWithin(LONG start, LONG extent, LONG first, LONG end) noexcept {
-    return std::max(std::min(start, end - extent), first);
+std::int32_t keptWithin(std::int32_t start, std::int32_t extent, std::int32_t first,
+                        std::int32_t last) noexcept {
+    return std::max(std::min(start, last + 1 - extent), first);
 }
 
 }  // namespace
-
-DialogWin32Gdi::DialogWin32Gdi(std::weak_ptr<WindowService> creator,
-                               std::shared_ptr<WindowService> windowService,
-                               std::shared_ptr<GraphicsService> graphicsService) noexcept
-    : WindowHandlerWin32Gdi(std::move(creator), std::move(windowService),
-                            std::move(graphicsService), L"DialogWin32Gdi::dialogProcedure") {}
 
 void DialogWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"DialogWin32Gdi::synchronizeWithAbstraction", [this] {
@@ -235,9 +171,11 @@ void DialogWin32Gdi::createWindow(HWND owner) {
         style |= WS_CAPTION | (hasStyle(NativeDialog::kStyleResizable) ? kResizable : kFixed);
         style |= hasStyle(NativeDialog::kStyleNotClosable) ? 0U : DWORD{WS_SYSMENU};
     }
-    const DialogTemplate description(style, extendedStyle);
+    DialogTemplate description;
+    description.head.style = style;
+    description.head.dwExtendedStyle = extendedStyle;
     const HWND made = CreateDialogIndirectParamW(
-        GetModuleHandleW(nullptr), description.get(), owner, &dialogProcedure,
+        GetModuleHandleW(nullptr), &description.head, owner, &dialogProcedure,
         reinterpret_cast<LPARAM>(static_cast<WindowHandlerWin32Gdi*>(this)));
     if (made == nullptr) {
         throwSystemException(L"Could not create dialog", ZU_HERE);
@@ -250,25 +188,20 @@ void DialogWin32Gdi::createWindow(HWND owner) {
 // In the middle of the owner, or of the screen; a popup where it wants to be.
 // No part leaves the screen that it is on.
 void DialogWin32Gdi::place() {
-    RECT area{};
-    GetWindowRect(window(), &area);
-    const SIZE size{area.right - area.left, area.bottom - area.top};
-    RECT screen = workAreaAround(owner_);
-    POINT start{};
+    const Size size = windowRect(window()).size();
+    Rect screen = workAreaAround(owner_);
+    Point start;
     if (hasStyle(NativeDialog::kStylePopup)) {
-        position_ = getAbstraction().boundary().position();
-        start = {position_.x, position_.y};
-        screen = workAreaAt(start);
+        start = position_ = getAbstraction().boundary().position();
+        screen = workAreaOf(MonitorFromPoint({start.x, start.y}, MONITOR_DEFAULTTONEAREST));
     } else {
-        RECT around = screen;
-        if (IsWindowVisible(owner_) && !IsIconic(owner_)) {
-            GetWindowRect(owner_, &around);
-        }
-        start = {around.left + (around.right - around.left - size.cx) / 2,
-                 around.top + (around.bottom - around.top - size.cy) / 2};
+        const bool isOwnerSeen = IsWindowVisible(owner_) && !IsIconic(owner_);
+        const Rect around = isOwnerSeen ? windowRect(owner_) : screen;
+        start = {around.left + (around.width() - size.width) / 2,
+                 around.top + (around.height() - size.height) / 2};
     }
-    SetWindowPos(window(), nullptr, keptWithin(start.x, size.cx, screen.left, screen.right),
-                 keptWithin(start.y, size.cy, screen.top, screen.bottom), 0, 0,
+    SetWindowPos(window(), nullptr, keptWithin(start.x, size.width, screen.left, screen.right),
+                 keptWithin(start.y, size.height, screen.top, screen.bottom), 0, 0,
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
 }
 
@@ -339,10 +272,6 @@ bool DialogWin32Gdi::letsMouseThrough(LPARAM place) const {
     const Control* found = getAbstraction().controlAt({point.x, point.y});
     return found == nullptr || found == &getAbstraction();
 }
-
-void DialogWin32Gdi::onResized(Size size) { getAbstraction().acceptSize(size); }
-
-void DialogWin32Gdi::onCloseRequest() { getAbstraction().acceptClose(); }
 
 void DialogWin32Gdi::focusFirst() {
     InputRouter& router = *getAbstraction().inputRouter();

@@ -1,13 +1,11 @@
 // The Windows half of a native dialog.
 //
-// The window is made from a template in memory by the first synchronisation,
-// hidden, and kept until the dialog is given up; showing and hiding do not make
-// it anew unless its owner has changed. Its owner is the topmost window around
-// that of the service which made it, or the modal dialog that keeps this one
-// disabled at the moment.
-//
-// A modal dialog may be closed, destroyed, or lose its window while it is open:
-// show() then returns as soon as the messages inside of it have been handled.
+// The window is made from a template in memory by the first synchronisation and
+// kept until the dialog is given up, or until it has another owner: the topmost
+// window around that of the service which made it, or the modal dialog that
+// keeps this one disabled. A modal dialog may be closed, destroyed, or lose its
+// window while it is open: show() then returns as soon as the messages inside of
+// it have been handled.
 #pragma once
 
 #include "ZuNativeDialog.h"
@@ -20,9 +18,8 @@ class ModalSession;
 class DialogWin32Gdi : public Implementation<NativeDialog, INativeDialogImpl>,
                        public WindowHandlerWin32Gdi {
 public:
-    DialogWin32Gdi(std::weak_ptr<WindowService> creator,
-                   std::shared_ptr<WindowService> windowService,
-                   std::shared_ptr<GraphicsService> graphicsService) noexcept;
+    explicit DialogWin32Gdi(SurfaceServices services) noexcept
+        : WindowHandlerWin32Gdi(std::move(services), L"DialogWin32Gdi::dialogProcedure") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override;
@@ -43,8 +40,8 @@ public:
 
 protected:
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
-    void onResized(Size size) override;
-    void onCloseRequest() override;
+    void onResized(Size size) override { getAbstraction().acceptSize(size); }
+    void onCloseRequest() override { getAbstraction().acceptClose(); }
     void focusFirst() override;
     void onWindowLost() override;
 

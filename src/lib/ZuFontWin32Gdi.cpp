@@ -13,15 +13,6 @@ constexpr double kPointsPerInch = 72.0;
 // A larger font fills any screen with one character.
 constexpr double kLargestHeight = 4000.0;
 
-// The face of the system's own windows.
-void copySystemFace(LOGFONTW& font) noexcept {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof(metrics);
-    if (SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) {
-        std::copy_n(metrics.lfMessageFont.lfFaceName, LF_FACESIZE, font.lfFaceName);
-    }
-}
-
 bool isBetween(wchar_t character, wchar_t first, wchar_t last) noexcept {
     return character >= first && character <= last;
 }
@@ -55,8 +46,6 @@ void FontWin32Gdi::synchronizeWithAbstraction() {
         }
     });
 }
-
-void FontWin32Gdi::releaseNativeObject() { font_.reset(); }
 
 HFONT FontWin32Gdi::handle() {
     synchronizeWithAbstraction();
@@ -126,11 +115,19 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
     font.lfCharSet = DEFAULT_CHARSET;
     font.lfQuality = CLEARTYPE_QUALITY;
     if (style.faceName.empty()) {
-        copySystemFace(font);
+        std::copy_n(windowMetrics().lfMessageFont.lfFaceName, LF_FACESIZE, font.lfFaceName);
     } else {
         style.faceName.copy(font.lfFaceName, LF_FACESIZE - 1);
     }
     return FontHandle(CreateFontIndirectW(&font));
+}
+
+NONCLIENTMETRICSW windowMetrics() noexcept {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    const bool isKnown =
+        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0) != FALSE;
+    return isKnown ? metrics : NONCLIENTMETRICSW{};
 }
 
 FontWin32Gdi& fontBackend(const Font& font) {

@@ -1,10 +1,9 @@
 // The Windows half of a font: its HFONT and what it measures.
 //
-// The widths of the characters that most texts consist of are asked for once,
-// a block of 256 characters at a time, and kept with the font: a layout
-// measures every word of a document. What they cannot answer (scripts whose
-// characters join or combine, characters that the system takes from another
-// font) is measured by the system each time.
+// Layouts measure every word of a document, so the widths of most characters are
+// asked for once, a block of 256 at a time, and kept with the font. What they
+// cannot answer (scripts whose characters join or combine, characters that the
+// system takes from another font) the system measures each time.
 #pragma once
 
 #include <array>
@@ -24,7 +23,7 @@ public:
     explicit FontWin32Gdi(double scalingFactor) noexcept : scalingFactor_(scalingFactor) {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
+    void releaseNativeObject() override { font_.reset(); }
     bool hasNativeObject() const override { return static_cast<bool>(font_); }
 
     // Makes the font if need be; a font of the system when that fails. Valid as
@@ -53,6 +52,9 @@ private:
 // The system's font for a style; empty when it has none to give. The size is in
 // points at 96 dots an inch, times the factor.
 FontHandle makeFontHandle(const FontStyle& style, double scalingFactor);
+
+// How the system draws its own windows; all zero when it does not say.
+NONCLIENTMETRICSW windowMetrics() noexcept;
 
 // The backend of a font that a window service made. Fails an assertion for a
 // font of another origin.

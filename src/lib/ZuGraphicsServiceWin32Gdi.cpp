@@ -6,6 +6,7 @@
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
+#include "ZuGeometryWin32Gdi.h"
 
 namespace zustd {
 
@@ -29,12 +30,6 @@ Rect cut(const Rect& area) noexcept {
     return {cut(area.left), cut(area.top), cut(area.right), cut(area.bottom)};
 }
 
-// GDI leaves out a rectangle's right and bottom.
-RECT nativeRect(const Rect& area) noexcept {
-    const Rect inRange = cut(area);
-    return {inRange.left, inRange.top, inRange.right + 1, inRange.bottom + 1};
-}
-
 std::uint8_t between(std::uint8_t from, std::uint8_t to, std::int64_t step,
                      std::int64_t last) noexcept {
     return static_cast<std::uint8_t>(from +
@@ -53,8 +48,8 @@ std::wstring_view takeLine(std::wstring_view& text) noexcept {
     return line;
 }
 
-int lengthForSystem(std::wstring_view text) noexcept {
-    return static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+int lengthForSystem(std::wstring_view text, std::size_t most = 0x7FFFFFFF) noexcept {
+    return static_cast<int>(std::min(text.size(), most));
 }
 
 // How much room a text takes that the system lays out.
@@ -66,25 +61,15 @@ Size wrappedSize(HDC context, std::wstring_view text, std::int32_t width, UINT f
 
 std::int32_t aligned(TextAlignment alignment, std::int32_t first, std::int32_t room,
                      std::int32_t extent) noexcept {
-    switch (alignment) {
-        case TextAlignment::kEnd:
-            return first + (room - extent);
-        case TextAlignment::kCentre:
-            return first + (room - extent) / 2;
-        default:
-            return first;
-    }
+    return alignment == TextAlignment::kEnd      ? first + (room - extent)
+           : alignment == TextAlignment::kCentre ? first + (room - extent) / 2
+                                                 : first;
 }
 
 UINT horizontalFlag(TextAlignment alignment) noexcept {
-    switch (alignment) {
-        case TextAlignment::kEnd:
-            return DT_RIGHT;
-        case TextAlignment::kCentre:
-            return DT_CENTER;
-        default:
-            return DT_LEFT;
-    }
+    return alignment == TextAlignment::kEnd      ? DT_RIGHT
+           : alignment == TextAlignment::kCentre ? DT_CENTER
+                                                 : DT_LEFT;
 }
 
 }  // namespace
@@ -109,10 +94,6 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
     SetBkMode(context, TRANSPARENT);
     SetTextAlign(context, TA_LEFT | TA_TOP | TA_NOUPDATECP);
     applyClip();
-}
-
-void GraphicsServiceWin32Gdi::connect(HDC context, const RECT& drawArea) {
-    connect(context, Rect{drawArea.left, drawArea.top, drawArea.right - 1, drawArea.bottom - 1});
 }
 
 void GraphicsServiceWin32Gdi::disconnect() noexcept {
@@ -167,7 +148,7 @@ void GraphicsServiceWin32Gdi::drawFocusFrame(const Rect& area) {
         // The frame is a pattern of these two, laid over what is there.
         SetTextColor(context, RGB(0, 0, 0));
         SetBkColor(context, RGB(255, 255, 255));
-        const RECT native = nativeRect(area);
+        const RECT native = nativeRect(cut(area));
         DrawFocusRect(context, &native);
     }
 }
@@ -212,7 +193,7 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, Point place, cons
     const SelectedObject selected(context, fontBackend(font).handle());
     SetTextColor(context, nativeColor(color));
     ExtTextOutW(context, cut(place.x), cut(place.y), 0, nullptr, text.data(),
-                static_cast<UINT>(std::min(text.size(), kLongestLine)), nullptr);
+                static_cast<UINT>(lengthForSystem(text, kLongestLine)), nullptr);
 }
 
 void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area, const Font& font,
@@ -359,7 +340,7 @@ void GraphicsServiceWin32Gdi::applyClip() {
     const Rect& clip = layer.clips.back();
     SelectClipRgn(layer.context, nullptr);
     // The sides of an empty one may be in any order, which GDI would put right.
-    const RECT native = clip.isEmpty() ? RECT{} : nativeRect(clip);
+    const RECT native = clip.isEmpty() ? RECT{} : nativeRect(cut(clip));
     IntersectClipRect(layer.context, native.left, native.top, native.right, native.bottom);
 }
 
@@ -367,7 +348,7 @@ void GraphicsServiceWin32Gdi::fill(const Rect& area, Color color) {
     const HDC context = top().context;
     if (!area.isEmpty()) {
         SetDCBrushColor(context, nativeColor(color));
-        const RECT native = nativeRect(area);
+        const RECT native = nativeRect(cut(area));
         FillRect(context, &native, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
     }
 }
@@ -411,15 +392,15 @@ void GraphicsServiceWin32Gdi::blend(const Bitmap& bitmap, const Rect& area, doub
 void GraphicsServiceWin32Gdi::drawLines(std::wstring_view text, const Rect& area, UINT flags,
                                         std::int32_t lineHeight) {
     const HDC context = top().context;
-    RECT native = nativeRect(area);
+    RECT native = nativeRect(cut(area));
     if ((flags & DT_WORDBREAK) != 0) {
         DrawTextW(context, text.data(), lengthForSystem(text), &native, flags);
         return;
     }
     for (; !text.empty() && native.top < native.bottom; native.top += lineHeight) {
         const std::wstring_view line = takeLine(text);
-        DrawTextW(context, line.data(), static_cast<int>(std::min(line.size(), kLongestLine)),
-                  &native, flags | DT_SINGLELINE | DT_TOP);
+        DrawTextW(context, line.data(), lengthForSystem(line, kLongestLine), &native,
+                  flags | DT_SINGLELINE | DT_TOP);
     }
 }
 

@@ -1,17 +1,11 @@
 // The Windows half of a graphics service: drawing with GDI.
 //
 // A surface connects the service to a device context, lets its controls draw,
-// and disconnects it:
-//
-//     graphics.connect(context, drawArea);
-//     guarded(operation, [&] { ...paint... });
-//     graphics.disconnect();
-//
-// disconnect() leaves the context as it was found, whatever the paint has left
-// open, so that an exception in between does no harm. While connected there is
-// a stack of layers: the context itself at the bottom and one memory bitmap
-// above it for each buffered paint that is open. A layer has its clipping
-// areas, the last of which counts; those of a buffered paint end with it.
+// and disconnects it. disconnect() leaves the context as it was found, whatever
+// the paint has left open, so that an exception in between does no harm. While
+// connected there is a stack of layers: the context itself at the bottom and one
+// memory bitmap above it for each buffered paint that is open. A layer has its
+// clipping areas, the last of which counts.
 //
 // Coordinates are pixels of the surface. Those far beyond any screen are cut
 // before GDI sees them. Measuring needs no connection.
@@ -32,7 +26,6 @@ public:
     // the surface's, and only within the area. Fails the assertion
     // "!drawBusy_" while connected.
     void connect(HDC context, const Rect& drawArea);
-    void connect(HDC context, const RECT& drawArea);
     // Restores the context; what an open buffered paint holds is given up.
     // Does nothing when not connected.
     void disconnect() noexcept;

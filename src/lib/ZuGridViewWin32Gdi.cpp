@@ -68,7 +68,7 @@ void GridViewWin32Gdi::synchronize() {
 
 GridViewWin32Gdi::Outcome GridViewWin32Gdi::initializeFromDescriptor() {
     NativeGridView& grid = getAbstraction();
-    initializeCommonControls();
+    initializeCommonControl(ICC_LISTVIEW_CLASSES);
     const Outcome outcome =
         synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
     if (outcome == Outcome::kMade) {

@@ -122,7 +122,7 @@ void ItemControlWin32Gdi::settle() noexcept {
 
 bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept {
     {
-        const Answering answering(*this);
+        const auto untilAnswered = answering();
         result = answerByDefault(message);
     }
     return !isAnswering() && !isMirroring();

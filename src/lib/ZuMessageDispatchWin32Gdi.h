@@ -1,15 +1,10 @@
 // Window messages on their way to the backends of native controls.
 //
-// A backend attaches itself to the window of its control and from then on sees
-// that window's messages before the control does. What the control tells its
-// parent (a click, a changed text, a request for colours) goes to the same
-// handler: the parent is watched too, for all its children at once, and asks
-// which handler the sender has. So surfaces and hosts need not know what is on
-// them, and a handler sees messages of several windows.
-//
-// Windows are watched by a procedure of our own in front of theirs, and found
-// in a table of their thread: a tree is filled with 100,000 messages and asks
-// back as often, which must cost next to nothing.
+// A backend attaches itself to the window of its control and sees that window's
+// messages before the control does, and what the control tells its parent (a
+// click, a changed text, a request for colours). So surfaces and hosts need not
+// know what is on them. Windows are watched by a procedure of our own in front
+// of theirs, and found in a table of their thread.
 //
 // A handler must outlive the message that it handles: it keeps itself alive
 // when what it sets off could drop it.

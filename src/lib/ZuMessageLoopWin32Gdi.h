@@ -1,11 +1,9 @@
 // The message loop of the application and those of its modal dialogs.
 //
-// Both take their messages here, so that the keyboard works in the same way in
-// all of them: Alt with a letter presses the button that has the letter
-// underlined, wherever the focus is on the surface, and in a dialog the letter
-// alone does so while a button has the focus. Everything else about keys is
-// done by the windows themselves (see ZuWindowHandlerWin32Gdi) and works below
-// a host's loop too.
+// Both take their messages here, so that the keyboard works alike in all of
+// them: Alt with a letter presses what has the letter underlined, wherever the
+// focus is on the surface, and in a dialog the letter alone does so while a
+// button has the focus. All else about keys works below a host's own loop too.
 //
 // A modal session disables its owner until it ends. Sessions of a thread are
 // nested: a dialog whose owner is disabled by another one belongs to that one,

@@ -6,8 +6,8 @@
 #include <new>
 #include <utility>
 
-#include "ZuColorWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
@@ -27,14 +27,23 @@ bool isKeyMessage(UINT id) noexcept { return id == WM_KEYDOWN || id == WM_SYSKEY
 
 }  // namespace
 
-void initializeCommonControls() noexcept {
-    static const bool isDone = [] {
-        const INITCOMMONCONTROLSEX classes{
-            sizeof(classes), ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS | ICC_TREEVIEW_CLASSES |
-                                 ICC_LISTVIEW_CLASSES};
-        return InitCommonControlsEx(&classes) != FALSE;
-    }();
-    static_cast<void>(isDone);
+void trackLeaving(HWND window, bool& tracks) noexcept {
+    if (!tracks) {
+        TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window, 0};
+        tracks = TrackMouseEvent(&request) != FALSE;
+    }
+}
+
+void initializeCommonControl(DWORD classes) noexcept {
+    const INITCOMMONCONTROLSEX request{sizeof(request), classes};
+    InitCommonControlsEx(&request);
+}
+
+std::wstring windowText(HWND window) {
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
+    text.resize(static_cast<std::size_t>(
+        GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
+    return text;
 }
 
 HWND surfaceWindowOf(const Control& control) {
@@ -44,9 +53,7 @@ HWND surfaceWindowOf(const Control& control) {
     }
     const Control* surface = above != nullptr ? above->surface() : nullptr;
     const auto service = surface != nullptr ? surface->windowService() : nullptr;
-    const auto* backend = service && service->hasImplementation()
-                              ? dynamic_cast<WindowServiceWin32Gdi*>(&service->implementation())
-                              : nullptr;
+    const WindowServiceWin32Gdi* backend = windowServiceBackend(service.get());
     return backend != nullptr ? backend->window() : nullptr;
 }
 
@@ -119,12 +126,7 @@ void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
 // One call for each difference: most synchronisations change none of these.
 void NativeControlWin32Gdi::place() {
     const Rect area = control_->boundaryOnSurface();
-    RECT present{};
-    GetWindowRect(window(), &present);
-    MapWindowPoints(HWND_DESKTOP, parent_, reinterpret_cast<POINT*>(&present), 2);
-    if (present.left != area.left || present.top != area.top ||
-        present.right - present.left != area.width() ||
-        present.bottom - present.top != area.height()) {
+    if (windowRect(window(), parent_) != area) {
         // Where the old place was not painted yet, there is nothing to carry along.
         SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
                      SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_NOCOPYBITS);
@@ -145,8 +147,6 @@ void NativeControlWin32Gdi::place() {
         SetFocus(parent_);
     }
 }
-
-bool NativeControlWin32Gdi::canBeUsed() const { return control_->isUsable(); }
 
 void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
     const std::shared_ptr<WindowService> service = control_->windowService();
@@ -196,16 +196,6 @@ void NativeControlWin32Gdi::destroyDoomed() noexcept {
         DestroyWindow(window);
     }
 }
-
-bool NativeControlWin32Gdi::onNotification(const WindowMessage&, LRESULT&) { return false; }
-
-bool NativeControlWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
-
-bool NativeControlWin32Gdi::usesKey(const KeyEvent& event) const {
-    return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
-}
-
-void NativeControlWin32Gdi::attachPart(HWND part) { part_.attach(part, *this, operation_); }
 
 bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
     return window != nullptr && (window == attachment_.window() || window == part_.window());
@@ -275,12 +265,7 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
         SetTextColor(context, nativeColor(text));
     }
     if (background.isSet) {
-        if (!background_ || background != backgroundColor_) {
-            background_.reset(CreateSolidBrush(nativeColor(background)));
-            backgroundColor_ = background;
-        }
-        SetBkColor(context, nativeColor(background));
-        result = reinterpret_cast<LRESULT>(background_.get());
+        result = background_.answer(context, background);
     }
     return true;
 }
@@ -326,10 +311,7 @@ void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
         POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
         MapWindowPoints(message.window, window(), &inControl, 1);
         event.position = control_->toSurface({inControl.x, inControl.y});
-        if (!tracksLeaving_) {
-            TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, message.window, 0};
-            tracksLeaving_ = TrackMouseEvent(&request) != FALSE;
-        }
+        trackLeaving(message.window, tracksLeaving_);
     }
     router->routeMouse(event);
 }

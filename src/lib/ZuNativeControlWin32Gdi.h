@@ -2,15 +2,13 @@
 // step with its Control.
 //
 // The window is made by the first synchronisation, as a child of the surface
-// that the control is on, and made anew when something changes that a window
-// cannot change: its class, its style, its surface; the focus stays with the
-// control. Place, visibility, enabled state, font, text and colours are
-// compared and pushed. A control that is hidden or disabled leaves the focus to
-// the window of its surface.
-//
-// Focus, hovering and the keys that the control has no use for are reported to
-// the input router of the surface; the rest of what the user does is up to the
-// derived backend.
+// that the control is on, and made anew, with the focus, when something changes
+// that a window cannot change: its class, its style, its surface. Place,
+// visibility, enabled state, font, text and colours are compared and pushed. A
+// control that is hidden or disabled leaves the focus to the window of its
+// surface. Focus, hovering and the keys that the control has no use for are
+// reported to the input router of the surface; the rest of what the user does is
+// up to the derived backend.
 #pragma once
 
 #include <array>
@@ -19,10 +17,12 @@
 #include <string>
 #include <vector>
 
+#include "ZuColorWin32Gdi.h"
 #include "ZuControl.h"
 #include "ZuFont.h"
 #include "ZuHandleWin32Gdi.h"
 #include "ZuMessageDispatchWin32Gdi.h"
+#include "ZuScope.h"
 #include "ZuWindows.h"
 
 namespace zustd {
@@ -34,8 +34,14 @@ HWND surfaceWindowOf(const Control& control);
 // Held modifier keys, as InputRouter wants them.
 std::uint32_t heldModifiers() noexcept;
 
-// Makes the classes of the common controls known to the system, once.
-void initializeCommonControls() noexcept;
+// Asks for WM_MOUSELEAVE, unless that is on its way already.
+void trackLeaving(HWND window, bool& tracks) noexcept;
+
+// Makes a class of the common controls known to the system, by its ICC_ bits.
+void initializeCommonControl(DWORD classes) noexcept;
+
+// The whole of what a window says as its text.
+std::wstring windowText(HWND window);
 
 class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
 public:
@@ -61,35 +67,25 @@ protected:
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
-    // Makes the window if need be and pushes place, visibility and enabled
-    // state. After kMade the derived backend pushes everything that it has;
-    // after kNoSurface there is no window. Throws SystemException when the
-    // system refuses a window.
-    // A window that is to be made anew for another reason than its shape is
-    // replaced like one that has another shape: with the focus.
+    // Makes the window if need be, also when another one is wanted anew, and
+    // pushes place, visibility and enabled state. After kMade the derived backend
+    // pushes everything that it has; after kNoSurface there is no window. Throws
+    // SystemException when the system refuses a window.
     Outcome synchronizeWindow(Control& control, const Shape& shape, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     void synchronizeText(const std::wstring& text);
-    // While one lives, a window that is destroyed only disappears; it goes at the
-    // end of the outermost one. It would not survive its end in the middle of a
-    // message. The control lives longer than the window's message.
-    class Answering {
-    public:
-        explicit Answering(NativeControlWin32Gdi& control) noexcept : control_(control) {
-            ++control_.answering_;
-        }
-        Answering(const Answering&) = delete;
-        Answering& operator=(const Answering&) = delete;
-        ~Answering() {
-            if (--control_.answering_ == 0) {
-                control_.destroyDoomed();
+    // While the result lives, a window that is destroyed only disappears; it goes
+    // at the end of the outermost one. It would not survive its end in the middle
+    // of a message. The control lives longer than the window's message.
+    auto answering() noexcept {
+        ++answering_;
+        return ScopeExit([this]() noexcept {
+            if (--answering_ == 0) {
+                destroyDoomed();
             }
-        }
-
-    private:
-        NativeControlWin32Gdi& control_;
-    };
+        });
+    }
     bool isAnswering() const noexcept { return answering_ != 0; }
     void destroyWindow() noexcept;
 
@@ -101,20 +97,22 @@ protected:
 
     // What the parent hears of the control: WM_COMMAND, WM_NOTIFY, scrolling,
     // colours. See IMultiWindowMessageHandlerWin32Gdi for the result.
-    virtual bool onNotification(const WindowMessage& message, LRESULT& result);
+    virtual bool onNotification(const WindowMessage&, LRESULT&) { return false; }
     // A message of the control's own window, after focus, hovering and unused
     // keys have been dealt with.
-    virtual bool onWindowMessage(const WindowMessage& message, LRESULT& result);
+    virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
     // Whether the control itself needs the key; others go to the surface. The
     // base keeps all but Tab, Enter and Escape.
-    virtual bool usesKey(const KeyEvent& event) const;
+    virtual bool usesKey(const KeyEvent& event) const {
+        return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
+    }
 
     // Whether the window is to be enabled; the base asks the control alone.
-    virtual bool canBeUsed() const;
+    virtual bool canBeUsed() const { return control_->isUsable(); }
 
     // A window inside of the control's, such as the field of a combo box: its
     // focus and keys are the control's from now on, until either window goes.
-    void attachPart(HWND part);
+    void attachPart(HWND part) { part_.attach(part, *this, operation_); }
     // Answers a request for the colours of a field: with those that the control
     // itself sets, since a field on a coloured surface stays as the system
     // paints fields. False when it sets none.
@@ -151,8 +149,7 @@ private:
     std::wstring text_;
     Colors colors_{};
     // Of the control's own background colour.
-    BrushHandle background_;
-    Color backgroundColor_;
+    BackgroundBrush background_;
     // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
     std::vector<HWND> doomed_;

@@ -88,9 +88,7 @@ private:
 };
 
 HWND windowOf(const std::shared_ptr<WindowService>& service) {
-    const auto* backend = service && service->hasImplementation()
-                              ? dynamic_cast<WindowServiceWin32Gdi*>(&service->implementation())
-                              : nullptr;
+    const WindowServiceWin32Gdi* backend = windowServiceBackend(service.get());
     const HWND window = backend != nullptr ? backend->window() : nullptr;
     return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId() ? window : nullptr;
 }

@@ -1,8 +1,7 @@
 // The Windows half of a popup menu.
 //
-// The native menu lives only while it is shown: it is filled from the items of
-// that moment, so there is nothing to synchronise, and a menu that is changed
-// or destroyed while it is open takes nothing away from what the user sees.
+// The native menu lives only while it is shown: it has the items of that moment,
+// whatever becomes of the portable menu meanwhile.
 #pragma once
 
 #include <memory>

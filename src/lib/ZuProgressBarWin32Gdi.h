@@ -10,7 +10,8 @@ class ProgressBarWin32Gdi : public Implementation<NativeProgressBar, INativeProg
                             public NativeControlWin32Gdi {
 public:
     // Outside of a surface the bar becomes a child of the host's window.
-    explicit ProgressBarWin32Gdi(HWND hostWindow) noexcept;
+    explicit ProgressBarWin32Gdi(HWND hostWindow) noexcept
+        : NativeControlWin32Gdi(hostWindow, L"ProgressBarWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { destroyWindow(); }
@@ -22,7 +23,7 @@ public:
     void setEnableMarqueeAnimation(bool enable) override;
     void setMarqueeInterval(std::uint32_t milliseconds) override;
     void setState(ProgressState state) override;
-    std::int32_t getThickness() const override;
+    std::int32_t getThickness() const override { return GetSystemMetrics(SM_CYVSCROLL); }
 
 private:
     Outcome initializeFromDescriptor();

@@ -2,9 +2,6 @@
 
 namespace zustd {
 
-ScrollBarWin32Gdi::ScrollBarWin32Gdi(HWND hostWindow) noexcept
-    : NativeControlWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
-
 void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ScrollBarWin32Gdi::synchronizeWithAbstraction", [this] {
         if (initializeFromDescriptor() == Outcome::kNoSurface) {
@@ -48,52 +45,40 @@ SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
 }
 
 void ScrollBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
-    guarded(L"ScrollBarWin32Gdi::setRange", [&] {
-        push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
-    });
+    push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
 }
 
 void ScrollBarWin32Gdi::setPageSize(std::int32_t size) {
-    guarded(L"ScrollBarWin32Gdi::setPageSize", [&] {
-        push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
-    });
+    push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
 }
 
 void ScrollBarWin32Gdi::setPosition(std::int32_t position) {
-    guarded(L"ScrollBarWin32Gdi::setPosition", [&] {
-        push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
-    });
+    push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
 }
 
 std::int32_t ScrollBarWin32Gdi::getPosition() const {
-    return guarded(L"ScrollBarWin32Gdi::getPosition", std::int32_t{}, [this] {
-        return window() != nullptr ? read(SIF_POS).nPos : getAbstraction().minimum();
-    });
+    return window() != nullptr ? read(SIF_POS).nPos : getAbstraction().minimum();
 }
 
 void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum) {
-    guarded(L"ScrollBarWin32Gdi::setEnableArrows", [&] {
-        if (window() == nullptr) {
-            return;
-        }
-        // A bar without anything to scroll stays where it is, greyed. Pushing a
-        // range may have changed the state behind our back.
-        const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);
-        if (usable != (IsWindowEnabled(window()) != FALSE)) {
-            EnableWindow(window(), usable ? TRUE : FALSE);
-        }
-        if (usable) {
-            EnableScrollBar(window(), SB_CTL,
-                            (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
-                                (towardsMaximum ? 0U : UINT{ESB_DISABLE_RTDN}));
-        }
-    });
+    if (window() == nullptr) {
+        return;
+    }
+    // A bar without anything to scroll stays where it is, greyed. Pushing a
+    // range may have changed the state behind our back.
+    const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);
+    if (usable != (IsWindowEnabled(window()) != FALSE)) {
+        EnableWindow(window(), usable ? TRUE : FALSE);
+    }
+    if (usable) {
+        EnableScrollBar(window(), SB_CTL,
+                        (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
+                            (towardsMaximum ? 0U : UINT{ESB_DISABLE_RTDN}));
+    }
 }
 
 std::int32_t ScrollBarWin32Gdi::getThickness() const {
-    return guarded(L"ScrollBarWin32Gdi::getThickness", std::int32_t{}, [this] {
-        return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
-    });
+    return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
 }
 
 bool ScrollBarWin32Gdi::canBeUsed() const {

@@ -10,7 +10,8 @@ class ScrollBarWin32Gdi : public Implementation<NativeScrollBar, INativeScrollBa
                           public NativeControlWin32Gdi {
 public:
     // Outside of a surface the bar becomes a child of the host's window.
-    explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept;
+    explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept
+        : NativeControlWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { destroyWindow(); }

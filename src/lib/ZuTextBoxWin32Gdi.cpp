@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace zustd {
 
@@ -24,8 +23,6 @@ std::wstring withPairs(const std::wstring& text) {
     }
     return converted;
 }
-
-void eraseReturns(std::wstring& text) { std::erase(text, L'\r'); }
 
 bool isInsidePair(const std::wstring& text, std::size_t place) noexcept {
     return place > 0 && place < text.size() && IS_SURROGATE_PAIR(text[place - 1], text[place]);
@@ -69,9 +66,6 @@ DWORD styleOf(const NativeTextBox& box) noexcept {
 
 }  // namespace
 
-TextBoxWin32Gdi::TextBoxWin32Gdi(HWND hostWindow) noexcept
-    : NativeControlWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage") {}
-
 void TextBoxWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"TextBoxWin32Gdi::synchronizeWithAbstraction", [this] {
         const Outcome outcome = initializeFromDescriptor();
@@ -105,24 +99,15 @@ TextBoxWin32Gdi::Outcome TextBoxWin32Gdi::initializeFromDescriptor() {
 }
 
 void TextBoxWin32Gdi::setText(const std::wstring& text) {
-    if (getText() == text) {
-        return;
+    if (getText() != text) {
+        const ScopedValue filling(filling_, true);
+        SetWindowTextW(window(), withPairs(text).c_str());
     }
-    filling_ = true;
-    SetWindowTextW(window(), withPairs(text).c_str());
-    filling_ = false;
 }
 
 std::wstring TextBoxWin32Gdi::getText() const {
-    std::wstring text = nativeText();
-    eraseReturns(text);
-    return text;
-}
-
-std::wstring TextBoxWin32Gdi::nativeText() const {
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window())) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(
-        GetWindowTextW(window(), text.data(), static_cast<int>(text.size()))));
+    std::wstring text = windowText(window());
+    std::erase(text, L'\r');
     return text;
 }
 
@@ -150,13 +135,12 @@ bool TextBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& resu
 }
 
 void TextBoxWin32Gdi::takeChange() {
-    const std::wstring text = nativeText();
+    const std::wstring text = windowText(window());
     if (const std::wstring whole = withoutHalves(text); whole.size() != text.size()) {
         const std::size_t end = std::min<std::size_t>(selectionOf(window()).end, text.size());
         const std::size_t place = withoutHalves(std::wstring_view(text).substr(0, end)).size();
-        filling_ = true;
+        const ScopedValue filling(filling_, true);
         SetWindowTextW(window(), whole.c_str());
-        filling_ = false;
         send(EM_SETSEL, place, static_cast<LPARAM>(place));
     }
     getAbstraction().acceptText(getText());
@@ -207,7 +191,7 @@ bool TextBoxWin32Gdi::takeCharacter(wchar_t character) {
 }
 
 void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
-    const std::wstring text = nativeText();
+    const std::wstring text = windowText(window());
     const Selection marked = selectionOf(window());
     const bool cutsStart = isInsidePair(text, marked.start);
     const bool cutsEnd = isInsidePair(text, marked.end);

@@ -1,11 +1,9 @@
 // The Windows half of a text box: an EDIT control.
 //
-// The portable text has line feeds alone where the control wants a pair of
-// carriage return and line feed; either way the conversion happens here.
-//
-// What the user does leaves surrogate pairs whole, also where the control counts
-// their halves: a limit takes or refuses both, the caret does not stop between
-// them, and a half whose other one went goes too.
+// The portable text has line feeds alone where the control wants pairs of return
+// and line feed. What the user does leaves surrogate pairs whole, also where the
+// control counts their halves: a limit takes or refuses both, the caret does not
+// stop between them, and a half whose other one went goes too.
 #pragma once
 
 #include <string>
@@ -19,7 +17,8 @@ class TextBoxWin32Gdi : public Implementation<NativeTextBox, INativeTextBoxImpl>
                         public NativeControlWin32Gdi {
 public:
     // Outside of a surface the field becomes a child of the host's window.
-    explicit TextBoxWin32Gdi(HWND hostWindow) noexcept;
+    explicit TextBoxWin32Gdi(HWND hostWindow) noexcept
+        : NativeControlWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { destroyWindow(); }
@@ -34,7 +33,6 @@ private:
     Outcome initializeFromDescriptor();
     void setText(const std::wstring& text);
     std::wstring getText() const;
-    std::wstring nativeText() const;
     void takeChange();
     bool takeCharacter(wchar_t character);
     void moveOutOfPair(const WindowMessage& message);

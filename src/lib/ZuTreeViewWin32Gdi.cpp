@@ -50,7 +50,7 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
 
 TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
     NativeTreeView& tree = getAbstraction();
-    initializeCommonControls();
+    initializeCommonControl(ICC_TREEVIEW_CLASSES);
     const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE},
                                               hasCheckBoxes() != tree.hasCheckBoxes());
     if (outcome == Outcome::kMade) {

@@ -2,11 +2,81 @@
 // focus.
 #include "ZuWindowHandlerWin32Gdi.h"
 
+#include <windowsx.h>
+
+#include <optional>
+
 #include "ZuNativeControlWin32Gdi.h"
-#include "ZuSurfaceInputWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
+
+namespace {
+
+std::optional<MouseAction> actionOf(UINT id) noexcept {
+    switch (id) {
+        case WM_MOUSEMOVE:
+            return MouseAction::kMove;
+        case WM_MOUSELEAVE:
+            return MouseAction::kLeave;
+        case WM_LBUTTONDOWN:
+            return MouseAction::kLeftDown;
+        case WM_LBUTTONUP:
+            return MouseAction::kLeftUp;
+        case WM_LBUTTONDBLCLK:
+            return MouseAction::kLeftDouble;
+        case WM_RBUTTONDOWN:
+        case WM_RBUTTONDBLCLK:
+            return MouseAction::kRightDown;
+        case WM_RBUTTONUP:
+            return MouseAction::kRightUp;
+        case WM_MOUSEWHEEL:
+            return MouseAction::kWheel;
+        case WM_MOUSEHWHEEL:
+            return MouseAction::kHorizontalWheel;
+        default:
+            return {};
+    }
+}
+
+// What the message says; the Alt key it does not know.
+std::uint32_t modifiersOf(WPARAM wide) noexcept {
+    return ((wide & MK_SHIFT) != 0 ? kModifierShift : 0) |
+           ((wide & MK_CONTROL) != 0 ? kModifierControl : 0) | (heldModifiers() & kModifierAlt);
+}
+
+// The event that a mouse message stands for, in pixels of the client area; empty for
+// any other message.
+std::optional<MouseEvent> mouseEventOf(const WindowMessage& message) noexcept {
+    const std::optional<MouseAction> action = actionOf(message.id);
+    if (!action) {
+        return {};
+    }
+    MouseEvent event;
+    event.action = *action;
+    if (*action == MouseAction::kLeave) {
+        event.modifiers = heldModifiers();
+        return event;
+    }
+    POINT place{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
+    if (*action == MouseAction::kWheel || *action == MouseAction::kHorizontalWheel) {
+        event.wheel = GET_WHEEL_DELTA_WPARAM(message.wide);
+        ScreenToClient(message.window, &place);
+    }
+    event.position = {place.x, place.y};
+    event.modifiers = modifiersOf(message.wide);
+    return event;
+}
+
+// The same for a key that is pressed or repeated.
+std::optional<KeyEvent> keyEventOf(const WindowMessage& message) noexcept {
+    if (message.id != WM_KEYDOWN && message.id != WM_SYSKEYDOWN) {
+        return {};
+    }
+    return KeyEvent{static_cast<std::uint32_t>(message.wide), heldModifiers()};
+}
+
+}  // namespace
 
 // --- Mouse and keyboard ---------------------------------------------------------------------
 
@@ -36,7 +106,7 @@ bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& r
             return true;
         }
     } else {
-        trackLeaving();
+        trackLeaving(window_, tracksLeaving_);
     }
     surface().inputRouter()->routeMouse(*event);
     return true;
@@ -67,15 +137,8 @@ bool WindowHandlerWin32Gdi::setPointer(const WindowMessage& message) {
     if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
         return false;
     }
-    windowService_->setCursor(windowService_->getCursor());
+    services_.window->setCursor(services_.window->getCursor());
     return true;
-}
-
-void WindowHandlerWin32Gdi::trackLeaving() {
-    if (!tracksLeaving_) {
-        TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window_, 0};
-        tracksLeaving_ = TrackMouseEvent(&request) != FALSE;
-    }
 }
 
 bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& result) {

@@ -1,10 +1,10 @@
 #include "ZuWindowHandlerWin32Gdi.h"
 
-#include "ZuColorWin32Gdi.h"
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuResourceService.h"
-#include "ZuSurfaceInputWin32Gdi.h"
+#include "ZuScope.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -13,27 +13,9 @@ namespace {
 
 constexpr wchar_t kHandlerProperty[] = L"ZuWindowHandler";
 
-WindowServiceWin32Gdi* backendOfService(const std::shared_ptr<WindowService>& service) {
-    return service && service->hasImplementation()
-               ? dynamic_cast<WindowServiceWin32Gdi*>(&service->implementation())
-               : nullptr;
-}
-
-Size clientSizeOf(HWND window) noexcept {
-    RECT client{};
-    GetClientRect(window, &client);
-    return {client.right, client.bottom};
-}
-
-Size outerSizeOf(HWND window) noexcept {
-    RECT outer{};
-    GetWindowRect(window, &outer);
-    return {outer.right - outer.left, outer.bottom - outer.top};
-}
-
 // What caption and borders add to the client area.
 Size frameSizeOf(HWND window) noexcept {
-    const Size outer = outerSizeOf(window);
+    const Size outer = windowRect(window).size();
     const Size client = clientSizeOf(window);
     return {outer.width - client.width, outer.height - client.height};
 }
@@ -45,58 +27,8 @@ Color backgroundOf(const Control& control) noexcept {
 
 // Which drawn control a native widget lies on, for its colours.
 const Control& holderOf(Control& surface, HWND window, HWND child) noexcept {
-    RECT area{};
-    GetWindowRect(child, &area);
-    MapWindowPoints(HWND_DESKTOP, window, reinterpret_cast<POINT*>(&area), 2);
-    const Control* found = surface.controlAt({area.left, area.top});
+    const Control* found = surface.controlAt(windowRect(child, window).position());
     return found != nullptr ? *found : surface;
-}
-
-// Connects for the time of a paint.
-class PaintConnection {
-public:
-    PaintConnection(GraphicsService& graphics, HDC context, const Rect& area)
-        : backend_(graphicsBackend(graphics)) {
-        backend_.connect(context, area);
-    }
-    PaintConnection(const PaintConnection&) = delete;
-    PaintConnection& operator=(const PaintConnection&) = delete;
-    ~PaintConnection() { backend_.disconnect(); }
-
-private:
-    GraphicsServiceWin32Gdi& backend_;
-};
-
-// Paints into a buffer that is shown on every way out.
-class BufferedPaint {
-public:
-    BufferedPaint(GraphicsService& graphics, const Rect& area) : graphics_(graphics) {
-        graphics.beginBufferedPaint(area);
-    }
-    BufferedPaint(const BufferedPaint&) = delete;
-    BufferedPaint& operator=(const BufferedPaint&) = delete;
-    ~BufferedPaint() {
-        guarded(L"WindowHandlerWin32Gdi::paint", [this] { graphics_.endBufferedPaint(); });
-    }
-
-private:
-    GraphicsService& graphics_;
-};
-
-// Holds an area for the time of a paint.
-class AreaScope {
-public:
-    AreaScope(Rect& held, const Rect& area) noexcept : held_(held) { held = area; }
-    AreaScope(const AreaScope&) = delete;
-    AreaScope& operator=(const AreaScope&) = delete;
-    ~AreaScope() { held_ = {}; }
-
-private:
-    Rect& held_;
-};
-
-Rect portableRect(const RECT& area) noexcept {
-    return {area.left, area.top, area.right - 1, area.bottom - 1};
 }
 
 }  // namespace
@@ -127,15 +59,6 @@ HWND nativeWindowOf(const Control& control) noexcept {
     return handler != nullptr ? handler->window() : nullptr;
 }
 
-WindowHandlerWin32Gdi::WindowHandlerWin32Gdi(std::weak_ptr<WindowService> creator,
-                                             std::shared_ptr<WindowService> windowService,
-                                             std::shared_ptr<GraphicsService> graphicsService,
-                                             const wchar_t* operation) noexcept
-    : creator_(std::move(creator)),
-      windowService_(std::move(windowService)),
-      graphicsService_(std::move(graphicsService)),
-      operation_(operation) {}
-
 WindowHandlerWin32Gdi::~WindowHandlerWin32Gdi() { destroyWindow(); }
 
 // The pointer is only looked at where it was written: in this thread.
@@ -155,7 +78,7 @@ WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::around(HWND window) noexcept {
 }
 
 HWND WindowHandlerWin32Gdi::creatorWindow() const {
-    const WindowServiceWin32Gdi* backend = backendOfService(creator_.lock());
+    const WindowServiceWin32Gdi* backend = windowServiceBackend(services_.creator.lock().get());
     const HWND window = backend != nullptr ? backend->window() : nullptr;
     return window != GetDesktopWindow() && IsWindow(window) ? window : nullptr;
 }
@@ -172,7 +95,7 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
     caption_.clear();
     enabled_ = true;
     SetPropW(window, kHandlerProperty, this);
-    if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
+    if (WindowServiceWin32Gdi* backend = windowServiceBackend(services_.window.get())) {
         backend->connect(window);
     }
     if (const auto resources = surface().getService<ResourceService>()) {
@@ -181,49 +104,53 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
     }
 }
 
-void WindowHandlerWin32Gdi::destroyWindow() noexcept {
-    const HWND window = std::exchange(window_, nullptr);
-    if (window == nullptr) {
-        return;
-    }
-    if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
+// The window itself may go on for a while, or has come to its end.
+void WindowHandlerWin32Gdi::forgetWindow() noexcept {
+    attach(window_, 0);
+    RemovePropW(window_, kHandlerProperty);
+    window_ = nullptr;
+    if (WindowServiceWin32Gdi* backend = windowServiceBackend(services_.window.get())) {
         backend->connect(nullptr);
     }
     languageListener_.reset();
-    attach(window, 0);
-    RemovePropW(window, kHandlerProperty);
     blocked_ = false;
     tracksLeaving_ = false;
     keptFocusWindow_ = nullptr;
-    const LastErrorKeeper keeper;
-    DestroyWindow(window);
+}
+
+void WindowHandlerWin32Gdi::destroyWindow() noexcept {
+    if (const HWND window = window_) {
+        const LastErrorKeeper keeper;
+        forgetWindow();
+        DestroyWindow(window);
+    }
+}
+
+bool WindowHandlerWin32Gdi::deliver(const WindowMessage& message, LRESULT& result) noexcept {
+    auto* handler =
+        reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(message.window, GWLP_USERDATA));
+    return handler != nullptr && handler->handle(message, result);
 }
 
 LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WPARAM wide,
                                                         LPARAM extra) noexcept {
-    auto* handler =
-        reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (id == WM_NCCREATE) {
         const auto& creation = *reinterpret_cast<const CREATESTRUCTW*>(extra);
         attach(window, reinterpret_cast<LPARAM>(creation.lpCreateParams));
     }
     LRESULT result = 0;
-    if (handler != nullptr && handler->handle({window, id, wide, extra}, result)) {
-        return result;
-    }
-    return DefWindowProcW(window, id, wide, extra);
+    return deliver({window, id, wide, extra}, result) ? result
+                                                      : DefWindowProcW(window, id, wide, extra);
 }
 
 INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WPARAM wide,
                                                         LPARAM extra) noexcept {
-    auto* handler =
-        reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (id == WM_INITDIALOG) {
         attach(window, extra);
         return FALSE;
     }
     LRESULT result = 0;
-    if (handler == nullptr || !handler->handle({window, id, wide, extra}, result)) {
+    if (!deliver({window, id, wide, extra}, result)) {
         return FALSE;
     }
     // These are answered by the return value itself.
@@ -243,8 +170,6 @@ bool WindowHandlerWin32Gdi::handle(const WindowMessage& message, LRESULT& result
     const std::shared_ptr<Control> alive = sharedReference<Control>(&surface());
     return guarded(operation_, false, [&] { return dispatch(message, result); });
 }
-
-bool WindowHandlerWin32Gdi::onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
 
 bool WindowHandlerWin32Gdi::dispatch(const WindowMessage& message, LRESULT& result) {
     if (onWindowMessage(message, result)) {
@@ -286,23 +211,9 @@ void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
 
 void WindowHandlerWin32Gdi::synchronizeEnabled() {
     const bool enabled = surface().isUsable() && takesInput_ && !blocked_;
-    if (enabled != enabled_) {
+    if (window_ != nullptr && enabled != enabled_) {
         enabled_ = enabled;
         EnableWindow(window_, enabled ? TRUE : FALSE);
-    }
-}
-
-void WindowHandlerWin32Gdi::setBlocked(bool blocked) {
-    blocked_ = blocked;
-    if (window_ != nullptr) {
-        synchronizeEnabled();
-    }
-}
-
-void WindowHandlerWin32Gdi::setTakesInput(bool takes) {
-    takesInput_ = takes;
-    if (window_ != nullptr) {
-        synchronizeEnabled();
     }
 }
 
@@ -318,9 +229,9 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
             applyLimits(*reinterpret_cast<MINMAXINFO*>(message.extra));
             return true;
         case WM_DPICHANGED: {
-            const RECT& area = *reinterpret_cast<const RECT*>(message.extra);
-            SetWindowPos(window_, nullptr, area.left, area.top, area.right - area.left,
-                         area.bottom - area.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            const Rect area = portableRect(*reinterpret_cast<const RECT*>(message.extra));
+            SetWindowPos(window_, nullptr, area.left, area.top, area.width(), area.height(),
+                         SWP_NOZORDER | SWP_NOACTIVATE);
             return true;
         }
         case WM_SYSCOLORCHANGE:
@@ -340,19 +251,11 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
             }
             result = 0;
             return true;
-        case WM_NCDESTROY: {
+        case WM_NCDESTROY:
             // It went with its parent or owner.
-            RemovePropW(window_, kHandlerProperty);
-            attach(window_, 0);
-            window_ = nullptr;
-            languageListener_.reset();
-            blocked_ = false;
-            if (WindowServiceWin32Gdi* backend = backendOfService(windowService_)) {
-                backend->connect(nullptr);
-            }
+            forgetWindow();
             onWindowLost();
             return false;
-        }
         default:
             return false;
     }
@@ -424,15 +327,20 @@ void WindowHandlerWin32Gdi::paintWindow() {
 }
 
 void WindowHandlerWin32Gdi::paint(HDC context, const Rect& area) {
+    GraphicsService& graphics = *services_.graphics;
     guarded(operation_, [&] {
-        const AreaScope painting(drawArea_, area);
-        const PaintConnection connection(*graphicsService_, context, area);
-        const BufferedPaint buffer(*graphicsService_, area);
-        graphicsService_->drawRectangle(area, backgroundOf(surface()));
-        surface().drawAsRoot(*graphicsService_);
+        const ScopedValue painting(drawArea_, area);
+        graphicsBackend(graphics).connect(context, area);
+        const ScopeExit connected([&]() noexcept { graphicsBackend(graphics).disconnect(); });
+        // Shown on every way out.
+        graphics.beginBufferedPaint(area);
+        const ScopeExit buffered(
+            [&]() noexcept { guarded(operation_, [&] { graphics.endBufferedPaint(); }); });
+        graphics.drawRectangle(area, backgroundOf(surface()));
+        surface().drawAsRoot(graphics);
     });
     if (!missedArea_.isEmpty()) {
-        windowService_->invalidate(std::exchange(missedArea_, {}));
+        services_.window->invalidate(std::exchange(missedArea_, {}));
     }
 }
 
@@ -442,16 +350,11 @@ bool WindowHandlerWin32Gdi::colorControl(const WindowMessage& message, LRESULT& 
     if (!background.isSet) {
         return false;
     }
-    if (!background_ || background != backgroundColor_) {
-        background_.reset(CreateSolidBrush(nativeColor(background)));
-        backgroundColor_ = background;
-    }
     const auto context = reinterpret_cast<HDC>(message.wide);
-    SetBkColor(context, nativeColor(background));
+    result = background_.answer(context, background);
     if (const Color text = holder.color(ColorRole::kText); text.isSet) {
         SetTextColor(context, nativeColor(text));
     }
-    result = reinterpret_cast<LRESULT>(background_.get());
     return true;
 }
 

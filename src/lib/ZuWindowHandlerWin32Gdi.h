@@ -1,17 +1,11 @@
 // What windows and dialogs of the toolkit have in common: the window that a
 // surface is shown in.
 //
-// A handler owns the window, feeds what the user does with it to the surface's
-// input router, paints the surface, and keeps size, caption, enabled state and
-// focus of window and surface in step. The derived backends decide what kind of
-// window it is and what closing and resizing mean.
-//
-// The size of the client area is the surface's, whoever changes it. The focus
-// is kept while the window is not active: it is restored with the activation,
-// and a control that takes the focus meanwhile has it from then on.
-//
-// When the resource service that the surface finds while its window is made gets
-// another language, everything on the surface is shown anew.
+// A handler owns the window, feeds the surface's input router, paints the
+// surface, and keeps size, caption, enabled state and focus of both in step. The
+// client area has the surface's size, whoever changes it. The focus is restored
+// when the window becomes active again; a control that takes it meanwhile has it
+// then. Another language of the resource service shows the surface anew.
 //
 // The window procedure keeps the surface alive for the time of a message. A
 // surface that is destroyed gives its window up first (releaseNativeObject),
@@ -21,8 +15,8 @@
 #include <memory>
 #include <string>
 
+#include "ZuColorWin32Gdi.h"
 #include "ZuControl.h"
-#include "ZuHandleWin32Gdi.h"
 #include "ZuMessageDispatchWin32Gdi.h"
 #include "ZuWindows.h"
 
@@ -31,6 +25,15 @@ namespace zustd {
 // The window of a native widget or of a surface; null for drawn controls and
 // as long as there is none.
 HWND nativeWindowOf(const Control& control) noexcept;
+
+// What a surface's backend works with.
+struct SurfaceServices {
+    // Its window is the owner or parent.
+    std::weak_ptr<WindowService> creator;
+    // The surface's own.
+    std::shared_ptr<WindowService> window;
+    std::shared_ptr<GraphicsService> graphics;
+};
 
 class WindowHandlerWin32Gdi {
 public:
@@ -54,22 +57,24 @@ public:
 
     // While a modal dialog is open the window is disabled, whatever the
     // surface's own state is.
-    void setBlocked(bool blocked);
-
+    void setBlocked(bool blocked) {
+        blocked_ = blocked;
+        synchronizeEnabled();
+    }
     // The same for as long as the window service wants it.
-    void setTakesInput(bool takes);
+    void setTakesInput(bool takes) {
+        takesInput_ = takes;
+        synchronizeEnabled();
+    }
 
     // Gives the system's focus to a control of this surface: now, or when the
     // window that the surface is in becomes active.
     void giveFocus(Control& control);
 
 protected:
-    // The creator's window is the owner or parent. The operation's name is
-    // what failures are reported under; it is not copied.
-    WindowHandlerWin32Gdi(std::weak_ptr<WindowService> creator,
-                          std::shared_ptr<WindowService> windowService,
-                          std::shared_ptr<GraphicsService> graphicsService,
-                          const wchar_t* operation) noexcept;
+    // The operation's name is what failures are reported under; it is not copied.
+    WindowHandlerWin32Gdi(SurfaceServices services, const wchar_t* operation) noexcept
+        : services_(std::move(services)), operation_(operation) {}
 
     // The window of the service that made the surface; null without one. The
     // desktop counts as none.
@@ -97,12 +102,14 @@ protected:
     // The window is gone without this handler's doing.
     virtual void onWindowLost() {}
     // Sees every message first; true when it is done with.
-    virtual bool onWindowMessage(const WindowMessage& message, LRESULT& result);
+    virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
 
 private:
     class LanguageListener;
 
     static void attach(HWND window, LPARAM handler) noexcept;
+    static bool deliver(const WindowMessage& message, LRESULT& result) noexcept;
+    void forgetWindow() noexcept;
     bool handle(const WindowMessage& message, LRESULT& result) noexcept;
     bool dispatch(const WindowMessage& message, LRESULT& result);
     bool handleFrame(const WindowMessage& message, LRESULT& result);
@@ -116,14 +123,11 @@ private:
     void paintWindow();
     void paint(HDC context, const Rect& area);
     bool colorControl(const WindowMessage& message, LRESULT& result);
-    void trackLeaving();
     void rememberFocus();
     void restoreFocus();
     bool canHoldFocus(HWND window) const noexcept;
 
-    std::weak_ptr<WindowService> creator_;
-    std::shared_ptr<WindowService> windowService_;
-    std::shared_ptr<GraphicsService> graphicsService_;
+    SurfaceServices services_;
     const wchar_t* operation_;
     HWND window_ = nullptr;
     // There as long as the window is.
@@ -142,9 +146,8 @@ private:
     // What had the focus when the window was left, or wants it.
     std::weak_ptr<Control> keptFocus_;
     HWND keptFocusWindow_ = nullptr;
-    // For native widgets on a coloured surface; made for the last colour.
-    BrushHandle background_;
-    Color backgroundColor_;
+    // For native widgets on a coloured surface.
+    BackgroundBrush background_;
 };
 
 }  // namespace zustd

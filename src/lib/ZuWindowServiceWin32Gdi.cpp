@@ -6,10 +6,17 @@
 #include <array>
 #include <atomic>
 
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuControl.h"
+#include "ZuDrawingCacheWin32Gdi.h"
+#include "ZuFontWin32Gdi.h"
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageBoxWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
+#include "ZuResourceService.h"
+#include "ZuScope.h"
+#include "ZuTimerWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 
 namespace zustd {
@@ -21,25 +28,6 @@ constexpr double kFactorPerPixel = 0.0625;
 
 // Computed by the first request; 0.0 until then.
 constinit double scalingFactor = 0.0;
-
-RECT nativeRect(const Rect& area) noexcept {
-    return {area.left, area.top, saturatedSum(area.right, 1), saturatedSum(area.bottom, 1)};
-}
-
-RECT windowRect(HWND window) noexcept {
-    RECT area{};
-    if (window != nullptr) {
-        GetWindowRect(window, &area);
-    }
-    return area;
-}
-
-MONITORINFO monitorOf(HWND window) noexcept {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTOPRIMARY), &monitor);
-    return monitor;
-}
 
 HCURSOR nativeCursor(MouseCursor cursor) noexcept {
     static constexpr std::array<int, 8> kIdentifiers = {
@@ -63,19 +51,24 @@ HWND dialogOwnerOf(HWND window) noexcept {
     return ModalSession::ownerFor(isUsable ? GetAncestor(window, GA_ROOT) : nullptr);
 }
 
-// Boxes of one service are nested: the last one is in front.
-class OpenBox {
-public:
-    OpenBox(std::vector<MessageBoxWin32Gdi*>& boxes, MessageBoxWin32Gdi& box) : boxes_(boxes) {
-        boxes_.push_back(&box);
-    }
-    OpenBox(const OpenBox&) = delete;
-    OpenBox& operator=(const OpenBox&) = delete;
-    ~OpenBox() { boxes_.pop_back(); }
+struct BitmapKey {
+    std::uint64_t identifier;
+    Size size;
+    // The same number is another file in another language.
+    const FileResource* file;
 
-private:
-    std::vector<MessageBoxWin32Gdi*>& boxes_;
+    friend bool operator==(const BitmapKey&, const BitmapKey&) = default;
 };
+
+auto& fontCache() {
+    static DrawingCacheWin32Gdi<FontStyle, Font> cache;
+    return cache;
+}
+
+auto& bitmapCache() {
+    static DrawingCacheWin32Gdi<BitmapKey, Bitmap> cache;
+    return cache;
+}
 
 // The dialog wants name and pattern in turn, each terminated, and an empty one
 // at the end.
@@ -116,8 +109,6 @@ void WindowServiceWin32Gdi::updateWindow() {
     }
 }
 
-MouseCursor WindowServiceWin32Gdi::getCursor() const { return cursor_; }
-
 void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
     cursor_ = cursor;
     SetCursor(nativeCursor(cursor));
@@ -135,13 +126,11 @@ Point WindowServiceWin32Gdi::getMousePosition() const {
 }
 
 Point WindowServiceWin32Gdi::getWindowPosition() const {
-    const RECT area = windowRect(window_);
-    return {area.left, area.top};
+    return window_ != nullptr ? windowRect(window_).position() : Point{};
 }
 
 Size WindowServiceWin32Gdi::getWindowSize() const {
-    const RECT area = windowRect(window_);
-    return {area.right - area.left, area.bottom - area.top};
+    return window_ != nullptr ? windowRect(window_).size() : Size{};
 }
 
 void WindowServiceWin32Gdi::captureMouse() {
@@ -156,8 +145,6 @@ void WindowServiceWin32Gdi::releaseMouse() {
     }
 }
 
-bool WindowServiceWin32Gdi::isMessageOpen() const { return !openBoxes_.empty(); }
-
 int WindowServiceWin32Gdi::showMessage(MessageBoxContent& box) {
     return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
 }
@@ -170,10 +157,6 @@ void WindowServiceWin32Gdi::closeMessage(int answer) {
 
 int WindowServiceWin32Gdi::askYesNoCancel(MessageBoxContent& box) {
     return showBox(L"WindowServiceWin32Gdi::askYesNoCancel", L"Could not ask question", box);
-}
-
-void WindowServiceWin32Gdi::playMessageSound(std::uint32_t style) {
-    MessageBeep(style & kMessageIconMask);
 }
 
 int WindowServiceWin32Gdi::askYesNo(MessageBoxContent& box) {
@@ -193,10 +176,7 @@ double WindowServiceWin32Gdi::getScalingFactor() {
     return scalingFactor;
 }
 
-Rect WindowServiceWin32Gdi::getWorkArea() const {
-    const RECT area = monitorOf(window_).rcWork;
-    return {area.left, area.top, area.right - 1, area.bottom - 1};
-}
+Rect WindowServiceWin32Gdi::getWorkArea() const { return workAreaAround(window_); }
 
 Point WindowServiceWin32Gdi::getClientPosition() const {
     POINT place{};
@@ -268,6 +248,15 @@ void WindowServiceWin32Gdi::showWindow() {
     });
 }
 
+void WindowServiceWin32Gdi::setFocus(Control& control) {
+    if (WindowHandlerWin32Gdi* surface = handler()) {
+        surface->giveFocus(control);
+    } else if (window_ != nullptr) {
+        const HWND native = nativeWindowOf(control);
+        SetFocus(native != nullptr ? native : window_);
+    }
+}
+
 std::wstring WindowServiceWin32Gdi::selectFileToOpen(
     const std::wstring& initialFileName, const std::vector<std::wstring>& patterns,
     const std::vector<std::wstring>& patternNames) {
@@ -283,15 +272,14 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         request.nMaxFile = static_cast<DWORD>(name.size());
         // The choice must not change where relative names lead to.
         request.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-        if (GetOpenFileNameW(&request)) {
-            return std::wstring(name.data());
-        }
-        if (CommDlgExtendedError() == FNERR_INVALIDFILENAME) {
+        bool isChosen = GetOpenFileNameW(&request) != FALSE;
+        if (!isChosen && CommDlgExtendedError() == FNERR_INVALIDFILENAME) {
             // No file has the initial name: it is only a suggestion.
             name[0] = L'\0';
-            if (GetOpenFileNameW(&request)) {
-                return std::wstring(name.data());
-            }
+            isChosen = GetOpenFileNameW(&request) != FALSE;
+        }
+        if (isChosen) {
+            return std::wstring(name.data());
         }
         if (CommDlgExtendedError() != 0) {
             throwSystemException(L"Could not select file", ZU_HERE);
@@ -333,9 +321,73 @@ int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* fail
     const std::shared_ptr<WindowService> alive = sharedReference<WindowService>(&getAbstraction());
     return guarded(operation, kAnswerNone, [&] {
         MessageBoxWin32Gdi shown(getAbstraction(), box);
-        const OpenBox open(openBoxes_, shown);
+        // Boxes of one service are nested: the last one is in front.
+        openBoxes_.push_back(&shown);
+        const ScopeExit closed([this]() noexcept { openBoxes_.pop_back(); });
         return shown.show(failure);
     });
+}
+
+// --- Drawing objects ------------------------------------------------------------------------
+
+std::shared_ptr<Font> WindowServiceWin32Gdi::getFont(const FontStyle& style) {
+    return guarded(L"WindowServiceWin32Gdi::getFont", std::shared_ptr<Font>(),
+                   [&] { return getCachedFont(style); });
+}
+
+std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescriptor& resource,
+                                                         Size size) {
+    return guarded(L"WindowServiceWin32Gdi::getBitmap", std::shared_ptr<Bitmap>(),
+                   [&] { return getCachedBitmap(resource, size); });
+}
+
+std::shared_ptr<Font> WindowServiceWin32Gdi::getCachedFont(const FontStyle& style) {
+    return fontCache().find(style, [&] { return createFont(style); });
+}
+
+std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getCachedBitmap(const ResourceDescriptor& resource,
+                                                               Size size) {
+    const auto resources = getAbstraction().getService<IResourceService>();
+    const FileResource* file =
+        resources ? resources->getFileResource(resource.identifier) : nullptr;
+    return bitmapCache().find({resource.identifier, size, file},
+                              [&] { return createBitmap(resource, size); });
+}
+
+std::shared_ptr<Font> WindowServiceWin32Gdi::createFont(const FontStyle& style) {
+    auto font = std::make_shared<Font>(style);
+    joinImplementation(*font, std::make_unique<FontWin32Gdi>(getScalingFactor()));
+    font->synchronize();
+    return font;
+}
+
+std::shared_ptr<Bitmap> WindowServiceWin32Gdi::createBitmap(const ResourceDescriptor& resource,
+                                                            Size size) {
+    auto bitmap = std::make_shared<Bitmap>(resource, size);
+    joinImplementation(
+        *bitmap, std::make_unique<BitmapWin32Gdi>(getAbstraction().getService<IResourceService>(),
+                                                  getScalingFactor()));
+    bitmap->synchronize();
+    return bitmap;
+}
+
+FontHandle WindowServiceWin32Gdi::createFontHandle(const FontStyle& style) {
+    return makeFontHandle(style, getScalingFactor());
+}
+
+std::shared_ptr<TimerWindowWin32Gdi> WindowServiceWin32Gdi::createTimerWindow() {
+    return TimerWindowWin32Gdi::ofThisThread();
+}
+
+void WindowServiceWin32Gdi::clearDrawingCaches() noexcept {
+    fontCache().clear();
+    bitmapCache().clear();
+}
+
+WindowServiceWin32Gdi* windowServiceBackend(const WindowService* service) noexcept {
+    return service != nullptr
+               ? dynamic_cast<WindowServiceWin32Gdi*>(service->untypedImplementation())
+               : nullptr;
 }
 
 std::shared_ptr<WindowService> makeWindowService(HWND window) {

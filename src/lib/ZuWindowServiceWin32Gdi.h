@@ -33,18 +33,18 @@ public:
     void invalidate() override;
     void invalidate(const Rect& area) override;
     void updateWindow() override;
-    MouseCursor getCursor() const override;
+    MouseCursor getCursor() const override { return cursor_; }
     void setCursor(MouseCursor cursor) override;
     Point getMousePosition() const override;
     Point getWindowPosition() const override;
     Size getWindowSize() const override;
     void captureMouse() override;
     void releaseMouse() override;
-    bool isMessageOpen() const override;
+    bool isMessageOpen() const override { return !openBoxes_.empty(); }
     int showMessage(MessageBoxContent& box) override;
     void closeMessage(int answer) override;
     int askYesNoCancel(MessageBoxContent& box) override;
-    void playMessageSound(std::uint32_t style) override;
+    void playMessageSound(std::uint32_t style) override { MessageBeep(style & kMessageIconMask); }
     int askYesNo(MessageBoxContent& box) override;
     int askOKCancel(MessageBoxContent& box) override;
     double getScalingFactor() override;
@@ -108,6 +108,9 @@ private:
     // Those that wait for their answers, the innermost last.
     std::vector<MessageBoxWin32Gdi*> openBoxes_;
 };
+
+// The backend of a window service; null for null and for one of another origin.
+WindowServiceWin32Gdi* windowServiceBackend(const WindowService* service) noexcept;
 
 // A window service with its backend.
 std::shared_ptr<WindowService> makeWindowService(HWND window);

@@ -48,12 +48,6 @@ void registerWindowClass(WNDPROC procedure) {
 
 }  // namespace
 
-WindowWin32Gdi::WindowWin32Gdi(std::weak_ptr<WindowService> creator,
-                               std::shared_ptr<WindowService> windowService,
-                               std::shared_ptr<GraphicsService> graphicsService) noexcept
-    : WindowHandlerWin32Gdi(std::move(creator), std::move(windowService),
-                            std::move(graphicsService), L"WindowWin32Gdi::windowProcedure") {}
-
 void WindowWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"WindowWin32Gdi::synchronizeWithAbstraction", [this] {
         HWND parent = nullptr;
@@ -75,10 +69,6 @@ void WindowWin32Gdi::synchronizeWithAbstraction() {
         synchronizeVisible();
     });
 }
-
-void WindowWin32Gdi::releaseNativeObject() { destroyWindow(); }
-
-void WindowWin32Gdi::setShown(bool shown) { getAbstraction().setVisible(shown); }
 
 // False for a place on a surface that has no window yet. Without parent the
 // window is one of its own.
@@ -138,8 +128,6 @@ void WindowWin32Gdi::synchronizeVisible() {
         ShowWindow(window(), visible ? show : SW_HIDE);
     }
 }
-
-void WindowWin32Gdi::onResized(Size size) { getAbstraction().acceptSize(size); }
 
 void WindowWin32Gdi::onCloseRequest() {
     if (getAbstraction().acceptClose()) {

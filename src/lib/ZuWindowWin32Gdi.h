@@ -1,11 +1,8 @@
 // The Windows half of a native window.
 //
 // On another surface, and when the window service that made it has a window,
-// it is a child window; otherwise a window of its own with caption, buttons and
-// the executable's icon. It is made anew when it moves to another parent.
-//
-// Closing a window of its own hides it, unless a receiver of kClose objects;
-// showing it again is up to whoever owns it.
+// it is a child window; otherwise a window of its own. Closing one of its own
+// hides it, unless a receiver of kClose objects.
 #pragma once
 
 #include "ZuNativeWindow.h"
@@ -16,18 +13,17 @@ namespace zustd {
 class WindowWin32Gdi : public Implementation<NativeWindow, INativeWindowImpl>,
                        public WindowHandlerWin32Gdi {
 public:
-    WindowWin32Gdi(std::weak_ptr<WindowService> creator,
-                   std::shared_ptr<WindowService> windowService,
-                   std::shared_ptr<GraphicsService> graphicsService) noexcept;
+    explicit WindowWin32Gdi(SurfaceServices services) noexcept
+        : WindowHandlerWin32Gdi(std::move(services), L"WindowWin32Gdi::windowProcedure") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
+    void releaseNativeObject() override { destroyWindow(); }
     bool hasNativeObject() const override { return window() != nullptr; }
     Control& surface() const override { return getAbstraction(); }
-    void setShown(bool shown) override;
+    void setShown(bool shown) override { getAbstraction().setVisible(shown); }
 
 protected:
-    void onResized(Size size) override;
+    void onResized(Size size) override { getAbstraction().acceptSize(size); }
     void onCloseRequest() override;
 
 private:

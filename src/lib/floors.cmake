@@ -94,11 +94,10 @@ set(zustd_backend
   ZuComboBoxWin32Gdi
   ZuDialogWin32Gdi
   ZuDrawingCacheWin32Gdi
-  ZuDrawingFactoryWin32Gdi
   ZuFontWin32Gdi
+  ZuGeometryWin32Gdi
   ZuGraphicsServiceWin32Gdi
   ZuGridViewWin32Gdi
-  ZuIconWin32Gdi
   ZuItemControlWin32Gdi
   ZuMessageBoxWin32Gdi
   ZuMessageDispatchWin32Gdi
@@ -107,13 +106,12 @@ set(zustd_backend
   ZuPopupMenuWin32Gdi
   ZuProgressBarWin32Gdi
   ZuScrollBarWin32Gdi
-  ZuSurfaceInputWin32Gdi
   ZuTextBoxWin32Gdi
   ZuTimerWin32Gdi
   ZuTreeItemsWin32Gdi
   ZuTreeViewWin32Gdi
-  ZuWidgetFactoryWin32Gdi
   ZuWindowHandlerInputWin32Gdi
   ZuWindowHandlerWin32Gdi
+  ZuWindowServiceWidgetsWin32Gdi
   ZuWindowServiceWin32Gdi
   ZuWindowWin32Gdi)

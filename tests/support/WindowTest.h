@@ -38,7 +38,7 @@ int liveWindows();
 // on as long as some are not given back.
 unsigned nextUserHandle();
 
-// Runs a round once, and then a thousand times without that more windows, menus,
+// Runs a round once, and then some dozens of times without that more windows, menus,
 // fonts ... are there afterwards.
 void expectNothingLeft(const std::function<void()>& round);
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes docs/units.md: every unit by floor, with the first sentence of its header.
+"""Writes docs/units.md: every unit by floor, with the first sentence of its header or,
+where it has none, of its source.
 
 With --check nothing is written; a list that is not up to date is a finding.
 So is a header that does not open with a sentence about its unit.
@@ -15,7 +16,7 @@ TARGET = "docs/units.md"
 PREAMBLE = """\
 # Units
 
-Generated from the first sentences of the headers by `tools/lint/units.py`. A unit includes only
+Generated from the first sentences of the units by `tools/lint/units.py`. A unit includes only
 units of its own floor or a lower one; within a floor the list is in reading order.
 """
 TITLES = {
@@ -67,8 +68,10 @@ def describe(root, files, findings):
 def generate(root, findings):
     """The whole document and the number of units in it."""
     files = project_files(root)
-    library = describe(root, [path for path in files if path.suffix == ".h" and
-                              path.parent.as_posix() == floors.LIBRARY], findings)
+    here = [path for path in files if path.parent.as_posix() == floors.LIBRARY]
+    headers = {path.stem for path in here if path.suffix == ".h"}
+    library = describe(root, [path for path in here if path.suffix == ".h" or
+                              (path.suffix == ".cpp" and path.stem not in headers)], findings)
     utility = describe(root, [path for path in files if path.parent.as_posix() == floors.UTILITY and
                               (path.suffix == ".h" or path.name == ENTRY + ".cpp")], findings)
     text = PREAMBLE

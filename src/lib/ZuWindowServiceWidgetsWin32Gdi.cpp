@@ -1,3 +1,7 @@
+// The part of a window service that makes what applications show: widgets, surfaces,
+// menus and timers.
+#include "ZuWindowServiceWin32Gdi.h"
+
 #include "ZuButtonWin32Gdi.h"
 #include "ZuComboBoxWin32Gdi.h"
 #include "ZuDialogWin32Gdi.h"
@@ -19,7 +23,6 @@
 #include "ZuTextBoxWin32Gdi.h"
 #include "ZuTimerWin32Gdi.h"
 #include "ZuTreeViewWin32Gdi.h"
-#include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindowWin32Gdi.h"
 
 namespace zustd {
@@ -27,23 +30,25 @@ namespace zustd {
 namespace {
 
 // A surface with services of its own; the creator is the service that makes it.
-template <class Backend, class Surface>
-std::shared_ptr<Surface> furnished(const std::shared_ptr<Surface>& surface,
-                                   WindowService& creator) {
-    const std::shared_ptr<WindowService> windowService = makeWindowService(nullptr);
-    const std::shared_ptr<GraphicsService> graphicsService = makeGraphicsService();
-    joinImplementation(*surface, std::make_unique<Backend>(sharedReference<WindowService>(&creator),
-                                                           windowService, graphicsService));
-    furnishSurface(*surface, windowService, graphicsService);
-    return surface;
+template <class Surface, class Backend, class... Args>
+std::shared_ptr<Surface> madeSurface(const wchar_t* operation, WindowService& creator,
+                                     Args... args) {
+    return guarded(operation, std::shared_ptr<Surface>(), [&] {
+        auto surface = makeControl<Surface>(args...);
+        const SurfaceServices services{sharedReference<WindowService>(&creator),
+                                       makeWindowService(nullptr), makeGraphicsService()};
+        joinImplementation(*surface, std::make_unique<Backend>(services));
+        furnishSurface(*surface, services.window, services.graphics);
+        return surface;
+    });
 }
 
 // A widget joined to its backend; null when that fails.
-template <class Widget, class Backend, class... Args>
-std::shared_ptr<Widget> madeControl(const wchar_t* operation, HWND hostWindow, Args... args) {
+template <class Widget, class Backend, class Host, class... Args>
+std::shared_ptr<Widget> madeControl(const wchar_t* operation, Host host, Args... args) {
     return guarded(operation, std::shared_ptr<Widget>(), [&] {
         auto widget = makeControl<Widget>(args...);
-        joinImplementation(*widget, std::make_unique<Backend>(hostWindow));
+        joinImplementation(*widget, std::make_unique<Backend>(host));
         return widget;
     });
 }
@@ -55,22 +60,14 @@ std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog() {
 }
 
 std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() {
-    return guarded(L"WindowServiceWin32Gdi::createNativePopupMenu",
-                   std::shared_ptr<NativePopupMenu>(), [this] {
-                       auto menu = makeControl<NativePopupMenu>();
-                       joinImplementation(*menu,
-                                          std::make_unique<PopupMenuWin32Gdi>(
-                                              sharedReference<WindowService>(&getAbstraction())));
-                       return menu;
-                   });
+    return madeControl<NativePopupMenu, PopupMenuWin32Gdi>(
+        L"WindowServiceWin32Gdi::createNativePopupMenu",
+        std::weak_ptr(sharedReference<WindowService>(&getAbstraction())));
 }
 
 std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uint32_t style) {
-    return guarded(L"WindowServiceWin32Gdi::createNativeDialog", std::shared_ptr<NativeDialog>(),
-                   [this, style] {
-                       return furnished<DialogWin32Gdi>(makeControl<NativeDialog>(style),
-                                                        getAbstraction());
-                   });
+    return madeSurface<NativeDialog, DialogWin32Gdi>(L"WindowServiceWin32Gdi::createNativeDialog",
+                                                     getAbstraction(), style);
 }
 
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() {
@@ -84,10 +81,8 @@ std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
 }
 
 std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
-    return guarded(
-        L"WindowServiceWin32Gdi::createNativeWindow", std::shared_ptr<NativeWindow>(), [this] {
-            return furnished<WindowWin32Gdi>(makeControl<NativeWindow>(), getAbstraction());
-        });
+    return madeSurface<NativeWindow, WindowWin32Gdi>(L"WindowServiceWin32Gdi::createNativeWindow",
+                                                     getAbstraction());
 }
 
 std::shared_ptr<NativeComboBox> WindowServiceWin32Gdi::createNativeComboBox() {
@@ -121,26 +116,6 @@ std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring& na
         joinImplementation(*timer, std::make_unique<TimerWin32Gdi>(createTimerWindow()));
         return timer;
     });
-}
-
-std::shared_ptr<Font> WindowServiceWin32Gdi::getFont(const FontStyle& style) {
-    return guarded(L"WindowServiceWin32Gdi::getFont", std::shared_ptr<Font>(),
-                   [&] { return getCachedFont(style); });
-}
-
-std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescriptor& resource,
-                                                         Size size) {
-    return guarded(L"WindowServiceWin32Gdi::getBitmap", std::shared_ptr<Bitmap>(),
-                   [&] { return getCachedBitmap(resource, size); });
-}
-
-void WindowServiceWin32Gdi::setFocus(Control& control) {
-    if (WindowHandlerWin32Gdi* surface = handler()) {
-        surface->giveFocus(control);
-    } else if (window_ != nullptr) {
-        const HWND native = nativeWindowOf(control);
-        SetFocus(native != nullptr ? native : window_);
-    }
 }
 
 }  // namespace zustd
