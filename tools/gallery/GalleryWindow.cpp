@@ -90,9 +90,9 @@ void markOnly(const Control& list, std::size_t index) {
     }
 }
 
-std::shared_ptr<Control> addColumn(Control& parent) {
+std::shared_ptr<Control> addColumn(Control& parent, Size margin = {}) {
     const auto column = makeControl<Control>();
-    column->setArrangement(Arrangement::kColumns);
+    column->setArrangement({.flow = Flow::kColumns, .margin = margin});
     parent.addChild(column);
     return column;
 }
@@ -126,7 +126,8 @@ GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
     window_->setSize({scaled(kWindowSize.width), scaled(kWindowSize.height)});
 
     const auto bar = makeControl<Control>();
-    bar->setArrangement({.flow = Flow::kColumns, .margin = {0, scaled(10)}});
+    bar->setArrangement(
+        {.flow = Flow::kColumns, .spacing = {0, scaled(6)}, .margin = {0, scaled(10)}});
     window_->addChild(bar);
     bar->setBoundary(Rect::at({}, {scaled(kBarWidth), scaled(kWindowSize.height)}));
     addChoices(*bar);
@@ -142,13 +143,11 @@ GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
 }
 
 void GalleryWindow::addChoices(Control& bar) {
-    bar.setSpacing(0, bar.scale(6));
     pageList_ = addColumn(bar);
     for (const Page& page : pages()) {
         pageList_->addChild(makeControl<Choice>(page.title, [this, &page]() { showPage(page); }));
     }
-    const auto heading = addColumn(bar);
-    heading->setMargins(bar.scale(10), 0);
+    const auto heading = addColumn(bar, {bar.scale(10), 0});
     heading->addChild(makeControl<Text>(L"Language", true));
     languageList_ = addColumn(bar);
     for (const Language& language : languages()) {
