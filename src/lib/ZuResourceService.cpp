@@ -32,7 +32,8 @@ std::wstring formatsLocale() {
 
 }  // namespace
 
-const MessageKind ResourceService::kLanguageChanged(L"languageChanged.ResourceService");
+const MessageKind ResourceService::kLanguageChanged(L"languageChanged.ResourceService",
+                                                    MessageWords::kText);
 
 std::wstring shownString(const IResourceService& resources, std::uint64_t key) {
     return guarded(L"shownString", std::wstring(), [&] { return resources.getString(key); });
