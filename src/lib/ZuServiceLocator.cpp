@@ -54,12 +54,6 @@ ServiceLocator::~ServiceLocator() {
     }
 }
 
-void ServiceLocator::initialize() {}
-
-void ServiceLocator::announce() {}
-
-std::shared_ptr<ServiceLocator> ServiceLocator::getParent() const { return parent_; }
-
 void ServiceLocator::setParent(const std::shared_ptr<ServiceLocator>& parent) {
     // Let go of last: a parent that goes away may take this registry along.
     const std::shared_ptr<ServiceLocator> former = std::exchange(parent_, parent);

