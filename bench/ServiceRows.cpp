@@ -40,7 +40,8 @@ struct Host {
     Host& operator=(const Host&) = delete;
 };
 
-// The same by hand: the newest in the list that is one.
+// The least of it: the newest in a list that is one, without a name, a registry
+// or its parents.
 template <class T>
 std::shared_ptr<T> findByHand(const std::vector<std::shared_ptr<zustd::Service>>& services) {
     for (auto each = services.rbegin(); each != services.rend(); ++each) {
@@ -159,7 +160,7 @@ void addBagRows(const std::string& count) {
 
 void addServiceRows() {
     addOurs("100 services found", lookUpOurs);
-    addPeer("100 services found", "cast by hand", lookUpByHand);
+    addPeer("100 services found", "cast by hand", lookUpByHand, Kind::kLimit);
     addBagRows(std::to_string(kKeys));
 }
 

@@ -67,7 +67,7 @@ double scaled(double value, bench::Unit unit) {
 }
 
 void printTable(const TimesReporter& reporter) {
-    std::printf("\n%-23s | %-18s | %10s | %10s | %-4s | %6s | %7s\n", "row", "peer or limit",
+    std::printf("\n%-23s | %-20s | %10s | %10s | %-4s | %6s | %7s\n", "row", "peer or limit",
                 "ours", "theirs", "unit", "ratio", "fastest");
     int behind = 0;
     int far = 0;
@@ -81,7 +81,7 @@ void printTable(const TimesReporter& reporter) {
         const bool isLimit = row.kind == bench::Kind::kLimit;
         behind += !isLimit && ratio > 1 ? 1 : 0;
         far += isLimit && ratio > kFarFromLimit ? 1 : 0;
-        std::printf("%-23s | %-18s | %10.3f | %10.3f | %-4s | %6.2f | %7.2f\n", row.work.c_str(),
+        std::printf("%-23s | %-20s | %10.3f | %10.3f | %-4s | %6.2f | %7.2f\n", row.work.c_str(),
                     ((isLimit ? "= " : "") + row.peer).c_str(), scaled(ours.median, row.unit),
                     scaled(theirs.median, row.unit), nameOf(row.unit), ratio,
                     ours.fastest / theirs.fastest);

@@ -1,9 +1,9 @@
 // The bridge between portable objects and the platform's backends.
 //
-// A portable object derives from Abstraction<I> and owns its backend through
-// it; the backend derives from Implementation<A, I> and holds only a way back.
-// I lists what the portable half asks of a backend; everything else a backend
-// learns by reading the portable object when it is told to synchronise.
+// A portable object derives from Abstraction<I> and owns its backend; the backend
+// derives from Implementation<A, I> and holds only a way back. I lists what the
+// portable half asks of a backend, which learns everything else by reading the
+// portable object when it is told to synchronise.
 //
 // Destroying the portable object destroys the backend first: the destructor of
 // every class that derives from Abstraction<I> begins with

@@ -7,11 +7,9 @@ namespace zustd {
 
 // Runs one command line in the command interpreter (the one that COMSPEC
 // names) and waits until it ends; its exit status is not looked at. The text
-// is in the active code page. Quotes in it survive unchanged, those around the
-// program's path and around arguments alike, and so does what stands in them:
-// "a & b" is one argument. Only names between per cents are replaced wherever
-// they stand, as the interpreter does it.
-// A text with a zero in it is no command line: nothing is run.
+// is in the active code page. Quotes and what stands in them survive unchanged,
+// "a & b" is one argument; only names between per cents are replaced. A text
+// with a zero in it is no command line: nothing is run.
 void runCommand(const std::string& command);
 
 // A variable of the process environment in the active code page; empty when it

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cwchar>
 #include <stdexcept>
-#include <vector>
 
 #include "ZuEncoder.h"
 #include "ZuFile.h"
@@ -43,18 +42,17 @@ std::string readAll(std::FILE* file, const std::wstring& fileName) {
     step(L"Loader::load(string): filename=%ls; filesize=%llu", fileName.c_str(),
          static_cast<std::uint64_t>(sslen));
     step(L"Loader::load(string): allocating buf...");
-    std::vector<char> buf(static_cast<std::size_t>(sslen));
+    std::string bufs(static_cast<std::size_t>(sslen), '\0');
     step(L"Loader::load(string): buf allocated");
     step(L"Loader::load(string): reading file into buf...");
-    if (std::fread(buf.data(), 1, buf.size(), file) != buf.size()) {
+    if (std::fread(bufs.data(), 1, bufs.size(), file) != bufs.size()) {
         throwFailure("cannot read file", ZU_HERE);
     }
     step(L"Loader::load(string): file read.");
+    // Readers of the trace know these steps; one buffer does for all.
     step(L"Loader::load(string): copying buf to bufs...");
-    std::string bufs(buf.begin(), buf.end());
     step(L"Loader::load(string): copied buf to bufs.");
     step(L"Loader::load(string): deleting buf...");
-    std::vector<char>().swap(buf);
     step(L"Loader::load(string): deleted buf.");
     return bufs;
 }

@@ -58,16 +58,6 @@ void MessageSink::receiveMessage(const MessageKind& kind, MessageWord a, Message
     }
 }
 
-bool MessageSink::onReceiveMessage(const MessageKind&, MessageWord, MessageWord) { return false; }
-
-std::shared_ptr<SharedObject> MessageSink::sinkOwner() const { return {}; }
-
-bool MessageSink::acceptsMessage(const MessageKind&) const { return true; }
-
-bool MessageSink::isRestricted() const { return restricted_; }
-
-void MessageSink::setRestricted(bool restricted) { restricted_ = restricted; }
-
 bool MessageSink::meetsRestriction(const MessageKind&, MessageWord, MessageWord) const {
     return false;
 }
@@ -75,10 +65,6 @@ bool MessageSink::meetsRestriction(const MessageKind&, MessageWord, MessageWord)
 bool MessageSink::wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const {
     return acceptsMessage(kind) && (!isRestricted() || meetsRestriction(kind, a, b));
 }
-
-bool MessageSink::isForwarding() const { return forwarding_; }
-
-void MessageSink::setForwarding(bool forwarding) { forwarding_ = forwarding; }
 
 // --- MessageSource ------------------------------------------------------------------------
 
@@ -247,22 +233,10 @@ bool MessageSource::sendText(const MessageKind& kind, const std::wstring& text) 
     return sendMessage(kind, MessageWord::ofText(text), MessageWord());
 }
 
-bool MessageSource::maySend(const MessageKind&, MessageWord, MessageWord) const { return true; }
-
-std::shared_ptr<SharedObject> MessageSource::sourceOwner() const { return {}; }
-
-bool MessageSource::isSendingEnabled() const { return sendingEnabled_; }
-
-void MessageSource::setSendingEnabled(bool enabled) { sendingEnabled_ = enabled; }
-
 bool MessageSource::isConnected(const MessageSink* sink) const {
     return findSink(strongSinks_, sink) != strongSinks_.end() ||
            findSink(weakSinks_, sink) != weakSinks_.end();
 }
-
-bool MessageSource::isDeliveryDeferred() const { return deliveryDeferred_; }
-
-void MessageSource::setDeliveryDeferred(bool deferred) { deliveryDeferred_ = deferred; }
 
 void MessageSource::deferDelivery(const MessageKind&, MessageWord, MessageWord,
                                   const std::shared_ptr<MessageSink>&) {

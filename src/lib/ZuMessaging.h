@@ -114,21 +114,21 @@ public:
     // a filter that fails refuses. The caller keeps the sink alive.
     virtual void receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
     // Handles a message; whether it did. The base handles none.
-    virtual bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
+    virtual bool onReceiveMessage(const MessageKind&, MessageWord, MessageWord) { return false; }
     // The object that this sink is a part of; empty here.
-    virtual std::shared_ptr<SharedObject> sinkOwner() const;
+    virtual std::shared_ptr<SharedObject> sinkOwner() const { return {}; }
     // The sink's filter; the base accepts every kind.
-    virtual bool acceptsMessage(const MessageKind& kind) const;
+    virtual bool acceptsMessage(const MessageKind&) const { return true; }
     // A restricted sink also asks meetsRestriction, which the base refuses:
     // restricting a plain sink silences it.
-    virtual bool isRestricted() const;
-    virtual void setRestricted(bool restricted);
+    virtual bool isRestricted() const { return restricted_; }
+    virtual void setRestricted(bool restricted) { restricted_ = restricted; }
     virtual bool meetsRestriction(const MessageKind& kind, MessageWord a, MessageWord b) const;
     // Filter and restriction together.
     virtual bool wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const;
     // Set while a forwarder handles and passes on a message.
-    virtual bool isForwarding() const;
-    virtual void setForwarding(bool forwarding);
+    virtual bool isForwarding() const { return forwarding_; }
+    virtual void setForwarding(bool forwarding) { forwarding_ = forwarding; }
 
 private:
     bool restricted_ = false;
@@ -155,16 +155,16 @@ public:
     // Sends with a text as the first word.
     virtual bool sendText(const MessageKind& kind, const std::wstring& text);
     // The second gate; the base lets all pass.
-    virtual bool maySend(const MessageKind& kind, MessageWord a, MessageWord b) const;
+    virtual bool maySend(const MessageKind&, MessageWord, MessageWord) const { return true; }
     // The object that this source is a part of; empty here.
-    virtual std::shared_ptr<SharedObject> sourceOwner() const;
+    virtual std::shared_ptr<SharedObject> sourceOwner() const { return {}; }
     // The first gate.
-    virtual bool isSendingEnabled() const;
-    virtual void setSendingEnabled(bool enabled);
+    virtual bool isSendingEnabled() const { return sendingEnabled_; }
+    virtual void setSendingEnabled(bool enabled) { sendingEnabled_ = enabled; }
     virtual bool isConnected(const MessageSink* sink) const;
     // While deferred, each sink's message goes to deferDelivery instead.
-    virtual bool isDeliveryDeferred() const;
-    virtual void setDeliveryDeferred(bool deferred);
+    virtual bool isDeliveryDeferred() const { return deliveryDeferred_; }
+    virtual void setDeliveryDeferred(bool deferred) { deliveryDeferred_ = deferred; }
     // Takes a message for later; the base fails an assertion.
     virtual void deferDelivery(const MessageKind& kind, MessageWord a, MessageWord b,
                                const std::shared_ptr<MessageSink>& sink);

@@ -75,9 +75,13 @@ public:
 
     // Sends kLanguageChanged when the namespace is another one then.
     bool selectLocale(std::wstring_view locale) override;
-    std::wstring getNamespaceName() const override;
-    const FileResource* getFileResource(std::uint64_t identifier) const override;
-    std::shared_ptr<const StringTable> getStringTable() const override;
+    std::wstring getNamespaceName() const override { return implementation().getNamespaceName(); }
+    const FileResource* getFileResource(std::uint64_t identifier) const override {
+        return implementation().getFileResource(identifier);
+    }
+    std::shared_ptr<const StringTable> getStringTable() const override {
+        return implementation().getStringTable();
+    }
     std::wstring getString(std::uint64_t key) const override;
 
     // selectLocale() with the user's display language; where the system names

@@ -3,12 +3,8 @@
 // A library of resources has roots, a root has namespaces, a namespace has
 // files. The name of a namespace is language-region, such as "de-xx", where
 // "xx" stands for any: "xx-xx" holds the English texts and all images, the
-// others hold what differs in their language. Every namespace bears its string
-// table under the same number, and so does every image that a language
-// replaces.
-//
-// The records are plain aggregates without owners. Whoever defines a library
-// keeps its records and bytes alive as long as anybody looks things up in it.
+// others what differs in their language, under the same numbers. Records and
+// bytes live as long as anybody looks things up in them.
 #pragma once
 
 #include <cstdint>

@@ -54,12 +54,6 @@ ServiceLocator::~ServiceLocator() {
     }
 }
 
-void ServiceLocator::initialize() {}
-
-void ServiceLocator::announce() {}
-
-std::shared_ptr<ServiceLocator> ServiceLocator::getParent() const { return parent_; }
-
 void ServiceLocator::setParent(const std::shared_ptr<ServiceLocator>& parent) {
     // Let go of last: a parent that goes away may take this registry along.
     const std::shared_ptr<ServiceLocator> former = std::exchange(parent_, parent);
@@ -144,10 +138,10 @@ void ServiceLocator::detach(Service& service) {
 
 std::shared_ptr<ServiceLocator> ServiceLocator::instance() noexcept { return rootSlot.root; }
 
-std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring_view name,
-                                                   bool localOnly) const {
-    std::shared_ptr<Service> found = findHere(isType, name);
-    if (found || localOnly) {
+ServiceLocator::Found ServiceLocator::findOwned(Cast cast, std::wstring_view name,
+                                                bool localOnly) const {
+    Found found = findHere(cast, name);
+    if (found.object != nullptr || localOnly) {
         return found;
     }
     // Parents may form a ring: a mark that moves on ever more rarely meets it.
@@ -156,8 +150,8 @@ std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring
     std::size_t left = steps;
     for (std::shared_ptr<ServiceLocator> climbing = getParent(); climbing && climbing.get() != mark;
          climbing = climbing->getParent()) {
-        found = climbing->findHere(isType, name);
-        if (found) {
+        found = climbing->findHere(cast, name);
+        if (found.object != nullptr) {
             return found;
         }
         if (--left == 0) {
@@ -165,27 +159,27 @@ std::shared_ptr<Service> ServiceLocator::findOwned(TypeTest isType, std::wstring
             left = steps *= 2;
         }
     }
-    const std::shared_ptr<ServiceLocator> root = instance();
-    return root ? root->findHere(isType, name) : nullptr;
+    return rootSlot.root ? rootSlot.root->findHere(cast, name) : Found();
 }
 
-std::shared_ptr<Service> ServiceLocator::findHere(TypeTest isType, std::wstring_view name) const {
+ServiceLocator::Found ServiceLocator::findHere(Cast cast, std::wstring_view name) const {
     for (auto entry = ownedServices_.rbegin(); entry != ownedServices_.rend(); ++entry) {
-        if (isType(entry->get()) && bearsName(**entry, name)) {
-            return *entry;
+        if (void* object = cast(entry->get()); object != nullptr && bearsName(**entry, name)) {
+            return {*entry, object};
         }
     }
-    return nullptr;
+    return {};
 }
 
-std::shared_ptr<Service> ServiceLocator::findWeak(TypeTest isType, std::wstring_view name) const {
+ServiceLocator::Found ServiceLocator::findWeak(Cast cast, std::wstring_view name) const {
     for (auto entry = weakServices_.rbegin(); entry != weakServices_.rend(); ++entry) {
-        std::shared_ptr<Service> service = entry->lock();
-        if (service && isType(service.get()) && bearsName(*service, name)) {
-            return service;
+        const std::shared_ptr<Service> service = entry->lock();
+        void* object = service ? cast(service.get()) : nullptr;
+        if (object != nullptr && bearsName(*service, name)) {
+            return {service, object};
         }
     }
-    return nullptr;
+    return {};
 }
 
 }  // namespace zustd

@@ -2,21 +2,20 @@
 //
 // Registries form a tree below one process-wide root. A look-up searches the
 // services that a registry owns, the newest first, then climbs the parents,
-// and at last tries the root; a service registered later hides an older one of
-// the same type and name. Missing services are empty references, never
+// and at last tries the root. Missing services are empty references, never
 // exceptions.
 //
-// A registry owns its services by strong references, and an attached service
-// holds its registry as its parent. That circle is opened by unregisterService
-// for one service and by unregisterAll for all services here and below; the
-// root does it when the process ends. Services that own one another some thousand
-// deep must go by unregisterAll; their destructors would run inside of each
-// other. Reference counts are atomic, the lists are not locked: register and
-// look up on the main thread. Each looks at every service of a registry.
+// An attached service holds the registry that owns it as its parent. That circle
+// is opened by unregisterService, and by unregisterAll for all services here and
+// below; the root does it when the process ends. Services that own one another
+// some thousand deep must go by unregisterAll, or their destructors would run
+// inside of each other. The lists are not locked: register and look up on the
+// main thread. Each looks at every service of a registry.
 #pragma once
 
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ZuSharedObject.h"
@@ -27,18 +26,16 @@ class Service;
 
 class ServiceLocator : public SharedObject {
 public:
-    // Slot order is fixed. A registry lets go of its services, the newest first,
-    // and then of its parent; a parent that only this one holds has lost its own
-    // by then.
+    // Slot order is fixed. Lets go of the services, the newest first, and then of
+    // the parent.
     ~ServiceLocator() override;
-    // Life-cycle hooks that do nothing here; nobody in the framework calls the
-    // second.
-    virtual void initialize();
-    virtual void announce();
+    // Life-cycle hooks that do nothing here.
+    virtual void initialize() {}
+    virtual void announce() {}
 
     // Empty for the root and for what was never attached. Parents that form a
     // ring keep each other alive; a look-up in it ends all the same.
-    virtual std::shared_ptr<ServiceLocator> getParent() const;
+    virtual std::shared_ptr<ServiceLocator> getParent() const { return parent_; }
     virtual void setParent(const std::shared_ptr<ServiceLocator>& parent);
 
     // Adds a service unless it is null or registered already; owned (strong)
@@ -63,28 +60,36 @@ public:
     // here with localOnly.
     template <class T>
     std::shared_ptr<T> getService(std::wstring_view name = {}, bool localOnly = false) const {
-        return std::dynamic_pointer_cast<T>(findOwned(isA<T>, name, localOnly));
+        return findOwned(&castTo<T>, name, localOnly).template as<T>();
     }
 
     // The same among the weakly held services of this registry alone; for
     // hosts, the framework looks for owned ones.
     template <class T>
     std::shared_ptr<T> getWeakService(std::wstring_view name = {}) const {
-        return std::dynamic_pointer_cast<T>(findWeak(isA<T>, name));
+        return findWeak(&castTo<T>, name).template as<T>();
     }
 
 private:
-    using TypeTest = bool (*)(Service* service);
-
+    // A service as the type that was looked for, or null.
+    using Cast = void* (*)(Service* service);
     template <class T>
-    static bool isA(Service* service) {
-        return dynamic_cast<T*>(service) != nullptr;
+    static void* castTo(Service* service) {
+        return dynamic_cast<T*>(service);
     }
+    struct Found {
+        std::shared_ptr<Service> service;
+        void* object = nullptr;
 
-    std::shared_ptr<Service> findOwned(TypeTest isType, std::wstring_view name,
-                                       bool localOnly) const;
-    std::shared_ptr<Service> findHere(TypeTest isType, std::wstring_view name) const;
-    std::shared_ptr<Service> findWeak(TypeTest isType, std::wstring_view name) const;
+        template <class T>
+        std::shared_ptr<T> as() && {
+            return {std::move(service), static_cast<T*>(object)};
+        }
+    };
+
+    Found findOwned(Cast cast, std::wstring_view name, bool localOnly) const;
+    Found findHere(Cast cast, std::wstring_view name) const;
+    Found findWeak(Cast cast, std::wstring_view name) const;
     // Whether the service was registered.
     bool remove(const std::shared_ptr<Service>& service);
     void detach(Service& service);

@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <map>
-#include <set>
-#include <vector>
-
 #include "ZuResourceServiceGeneric.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
@@ -35,16 +30,6 @@ std::shared_ptr<const StringTable> tableOf(const std::string& bytes) {
     return makeInstalled({L"one", L"root", L"en-us", 1, &root})->getStringTable();
 }
 
-// The languages that are compiled in, all but the neutral one.
-std::vector<std::wstring> languages() {
-    const ResourceRoot& root = compiledInResources().roots[0];
-    std::vector<std::wstring> names;
-    for (std::uint64_t i = 0; i + 1 < root.namespaceCount; ++i) {
-        names.push_back(std::wstring(root.namespaces[i].name).substr(0, 2));
-    }
-    return names;
-}
-
 // Tells the system which language its user reads.
 void setDisplayLanguage(LANGID language) {
     using Setter = LONG(WINAPI*)(LANGID);
@@ -55,14 +40,10 @@ void setDisplayLanguage(LANGID language) {
 TEST(ResourceService, localeName_choosesNamespaceByLanguage) {
     const auto service = makeInstalled();
     EXPECT_EQ(service->libraryName(), L"libzueta");
-    std::vector<std::pair<std::wstring, std::wstring>> cases{
-        {L"de_AT", L"de-xx"}, {L"DE", L"de-xx"},     {L"fr-CA", L"fr-xx"},    {L"NL-be", L"nl-xx"},
-        {L"en-us", L"xx-xx"}, {L"", L"xx-xx"},       {L"d", L"xx-xx"},        {L"-de", L"xx-xx"},
-        {L"x", L"xx-xx"},     {L"den-DE", L"xx-xx"}, {L"%n\xD800;", L"xx-xx"}};
-    for (const std::wstring& language : languages()) {
-        cases.emplace_back(language, language + L"-xx");
-    }
-    for (const auto& [locale, expected] : cases) {
+    const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
+        {L"de_AT", L"de-xx"}, {L"FR", L"fr-xx"}, {L"NL-be", L"nl-xx"}, {L"en-us", L"xx-xx"},
+        {L"", L"xx-xx"},      {L"d", L"xx-xx"},  {L"-de", L"xx-xx"},   {L"den-DE", L"xx-xx"}};
+    for (const auto& [locale, expected] : kCases) {
         EXPECT_TRUE(service->selectLocale(locale));
         EXPECT_EQ(service->getNamespaceName(), expected) << locale;
     }
@@ -79,15 +60,7 @@ TEST(ResourceService, installation_takesTheLanguageThatTheUserReadsAndNotHisForm
     setDisplayLanguage(former);
 }
 
-TEST(ResourceService, language_changed_isAnnouncedOnce) {
-    class Listener : public MessageSink {
-    public:
-        bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) override {
-            heard += kind == ResourceService::kLanguageChanged ? a.text() + L" " : L"? ";
-            return true;
-        }
-        std::wstring heard;
-    };
+TEST(ResourceService, languageChanged_isAnnouncedOnce) {
     const auto service = makeInstalled();
     service->selectLocale(L"nl");
     const auto listener = std::make_shared<Listener>();
@@ -95,73 +68,49 @@ TEST(ResourceService, language_changed_isAnnouncedOnce) {
     for (const wchar_t* locale : {L"nl-BE", L"de", L"de-AT", L"en", L"qq"}) {
         service->selectLocale(locale);
     }
-    EXPECT_EQ(listener->heard, L"de-xx xx-xx ");
+    EXPECT_EQ(listener->log, (Texts{L"languageChanged.ResourceService de-xx",
+                                    L"languageChanged.ResourceService xx-xx"}));
 }
 
-TEST(ResourceService, everyKey_hasTextInTheLanguageChosenLast) {
+TEST(ResourceService, keys_haveTextInTheLanguageChosenLast) {
     const auto service = makeInstalled();
-    const std::tuple<const wchar_t*, std::uint64_t, const wchar_t*> kSamples[] = {
-        {L"en", 9014, L"Next >"},
-        {L"de", 9013, L"< Zur\u00FCck"},
-        {L"de", 11277, L"M\u00F6chten Sie %1 E-Mails in '%2' ablegen?"},
-        {L"fr", 11013, L"Afficher d'autres dossiers..."},
-        {L"nl", 10053, L"Suggesties vernieuwen"}};
     service->selectLocale(L"en");
     const auto english = service->getStringTable();
+    const std::tuple<const wchar_t*, std::uint64_t, const wchar_t*> kSamples[] = {
+        {L"en", 9014, L"Next >"},
+        {L"de", 11277, L"M\u00F6chten Sie %1 E-Mails in '%2' ablegen?"},
+        {L"fr", 11013, L"Afficher d'autres dossiers..."},
+        {L"nl", 10053, L"Suggesties vernieuwen"},
+        {L"nl", 11345, L""}};
     for (const auto& [locale, number, expected] : kSamples) {
         service->selectLocale(locale);
         EXPECT_EQ(service->getString(number), expected);
-    }
-    for (const std::wstring& locale : languages()) {
-        service->selectLocale(locale);
         const auto table = service->getStringTable();
         EXPECT_EQ(table->size(), 380U) << locale;
-        for (const auto& entry : *english) {
-            EXPECT_NE(service->getString(entry.key), L"") << locale << L" " << entry.key;
-        }
+        service->selectLocale(std::wstring(locale) + L"-AA");
+        EXPECT_EQ(service->getStringTable(), table) << "parsed once";
     }
     EXPECT_EQ(*english->find(9002), L"Cancel") << "a table from before stays as it was";
-    const auto last = service->getStringTable();
-    EXPECT_TRUE(service->selectLocale(languages().back() + L"-BE"));
-    EXPECT_EQ(service->getStringTable(), last) << "parsed once";
-    for (const std::uint64_t key : {0ULL, 8000ULL, 11088ULL, 11345ULL, ~0ULL}) {
-        EXPECT_EQ(service->getString(key), L"") << key;
-    }
 }
 
 TEST(ResourceService, images_comeFromNeutralNamespaceUnlessLanguageReplacesThem) {
-    constexpr std::pair<std::uint64_t, std::uint64_t> kRuns[] = {
-        {100, 116}, {120, 141}, {150, 165}, {170, 183}, {190, 219}, {230, 240},
-        {250, 257}, {260, 262}, {270, 277}, {300, 303}, {321, 321}, {330, 332}};
     const auto service = makeInstalled();
-    std::map<std::uint64_t, std::set<std::string>> found;
-    std::set<const FileResource*> labels;
-    std::vector<std::wstring> locales = languages();
-    locales.emplace_back(L"xx");
-    for (const std::wstring& locale : locales) {
+    const auto neutral = makeInstalled();
+    neutral->selectLocale(L"xx");
+    for (const std::wstring& locale : {L"de", L"fr", L"nl"}) {
         service->selectLocale(locale);
-        // English and Dutch have the same word on it, each in its own file.
-        labels.insert(service->getFileResource(321));
-        for (const auto& [first, last] : kRuns) {
-            for (std::uint64_t identifier = first; identifier <= last; ++identifier) {
-                const FileResource* file = service->getFileResource(identifier);
-                ASSERT_TRUE(file != nullptr && file->identifier == identifier) << identifier;
-                const std::string bytes = bytesOf(*file);
-                EXPECT_TRUE(bytes.starts_with("\x89PNG\r\n\x1A\n") &&
-                            bytes.ends_with("IEND\xAE\x42\x60\x82"));
-                found[identifier].insert(bytes);
+        int images = 0;
+        for (std::uint64_t identifier = 2; identifier < 400; ++identifier) {
+            const FileResource* file = service->getFileResource(identifier);
+            EXPECT_EQ(file == neutral->getFileResource(identifier), identifier != 321);
+            if (file != nullptr) {
+                ++images;
+                EXPECT_EQ(file->identifier, identifier);
+                EXPECT_TRUE(bytesOf(*file).starts_with("\x89PNG\r\n\x1A\n"));
+                EXPECT_TRUE(bytesOf(*file).ends_with("IEND\xAE\x42\x60\x82"));
             }
         }
-    }
-    EXPECT_EQ(found.size(), 137U);
-    EXPECT_EQ(labels.size(), locales.size());
-    EXPECT_GE(found[321].size(), 3U);
-    found.erase(321);
-    for (const auto& [identifier, files] : found) {
-        EXPECT_EQ(files.size(), 1U) << identifier;
-    }
-    for (const std::uint64_t identifier : {0ULL, 2ULL, 99ULL, 117ULL, 400ULL, ~0ULL}) {
-        EXPECT_EQ(service->getFileResource(identifier), nullptr) << identifier;
+        EXPECT_EQ(images, 137);
     }
 }
 
@@ -172,11 +121,11 @@ TEST(ResourceService, lookUpBeforeSelection_failsAssertion) {
     backend->setLibrary(compiledInResources());
     joinImplementation(*service, std::move(backend));
     const std::wstring expected = L"namespaceResource_ != 0";
-    EXPECT_EQ(thrownText([&] { service->getFileResource(100); }), expected);
     EXPECT_EQ(thrownText([&] { service->getString(9001); }), expected);
     EXPECT_EQ(thrownText([&] { service->getNamespaceName(); }), expected);
+    EXPECT_EQ(shownString(*service, 9001), L"");
     EXPECT_TRUE(service->selectLocale(L"de"));
-    EXPECT_EQ(service->getString(9007), L"Ja");
+    EXPECT_EQ(shownString(*service, 9007), L"Ja");
 }
 
 TEST(ResourceService, noNamespaceForLocale_keepsTheChosenOne) {
@@ -223,24 +172,6 @@ TEST(ResourceService, table_readsEntitiesOnceOrIsEmptyAsAWhole) {
           "<table>" + good + end}) {
         EXPECT_TRUE(tableOf(bytes)->empty()) << bytes;
     }
-}
-
-TEST(ResourceService, longTable_ofAnyConstruct_isReadInTimeInLineWithItsLength) {
-    static const char* const kConstructs[][3] = {
-        {"<stringtable ", "a='1'", ">"},
-        {"<stringtable>", "<s><k>1</k><v>x</v></s>", "</stringtable>"},
-        {"<stringtable><s><k>1</k><v>", "&amp;&", "</v></s></stringtable>"},
-        {"", "<?x?>", "<stringtable></stringtable>"}};
-    const auto start = std::chrono::steady_clock::now();
-    for (const auto& [before, repeated, after] : kConstructs) {
-        std::string bytes = before;
-        while (bytes.size() < 1000000) {
-            bytes += repeated;
-        }
-        tableOf(bytes + after);
-    }
-    // Milliseconds; what is not linear takes minutes.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 }  // namespace
