@@ -11,9 +11,11 @@ own=$(realpath "$1")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 packages=()
+commit=$(git -C "$root" rev-parse HEAD)
 
 for clone in "$folder/a" "$folder/a folder with blanks/and-one-below-it"; do
-    git clone --quiet "$root" "$clone"
+    git clone --quiet --no-checkout "$root" "$clone"
+    git -C "$clone" checkout --quiet --detach "$commit"
     # The source of Crypto++ as it was fetched, but in the clone's own folder.
     mkdir "$clone/.cache"
     cp -a "$root/.cache/cryptopp" "$clone/.cache"
