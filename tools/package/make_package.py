@@ -51,6 +51,8 @@ def main():
 
     archive = package.zipped(contents)
     Path("dist").mkdir(exist_ok=True)
+    for former in Path("dist").glob("zuplutil-*.zip"):
+        former.unlink()
     path = Path("dist") / package.archive_name()
     path.write_bytes(archive)
     for name in sorted(contents):
