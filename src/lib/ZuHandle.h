@@ -27,7 +27,9 @@ public:
 
     explicit operator bool() const noexcept { return handle_ != Traits::invalid(); }
     Type get() const noexcept { return handle_; }
+    // Gives the handle away, and closes nothing.
     Type release() noexcept { return std::exchange(handle_, Traits::invalid()); }
+    // Takes another handle and closes the former one.
     void reset(Type handle = Traits::invalid()) noexcept {
         const Type old = std::exchange(handle_, handle);
         if (old != Traits::invalid()) {

@@ -18,6 +18,7 @@ namespace zustd {
 
 class TimerWin32Gdi;
 
+// The hidden window that a thread's timers share.
 class TimerWindowWin32Gdi {
 public:
     // Throws SystemException when there is no window to be had.

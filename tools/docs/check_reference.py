@@ -20,7 +20,7 @@ UNDOCUMENTED = re.compile(r"(?P<element>Member|Compound) (?P<name>.*?) (\((?P<ki
                           r"is not documented\.")
 SPECIAL = re.compile(r"friend\b|.*= (default|delete)\b|.*\boverride\b|.*\bfinal\b|"
                      r".*\boperator ?([=!<>*+-]|bool|new|delete)|~")
-CLASS = re.compile(r"(?:template <.*> )?(?:class|struct) (\w+)")
+CLASS = re.compile(r"(?:template <.*> )?(?:class|struct) (?:\[\[\w+\]\] )?(\w+)")
 GETTER = re.compile(r"[^(]*?(?:get|is|has)?(\w+)\(\) const\b", re.IGNORECASE)
 SETTER = re.compile(r"[^(]*?\bset(\w+)\([^,]*\)")
 

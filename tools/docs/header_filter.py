@@ -49,7 +49,7 @@ class Reader:
         """All declarations by the number of their first line."""
         macro = False
         for number, line in enumerate(lines):
-            code = LITERAL_OR_COMMENT.sub('""', line) if not COMMENT.match(line) else ""
+            code = LITERAL_OR_COMMENT.sub(lambda m: "" if m[0][0] == "/" else '""', line)
             if not macro and not code.lstrip().startswith("#") and not ACCESS.match(code):
                 for sign in code:
                     self.take(sign, number)
@@ -86,7 +86,7 @@ class Reader:
 
 def comment_text(line):
     """A comment's text, of which nothing is a command."""
-    text = re.sub(r"^\s*// ?", "", line)
+    text = re.sub(r"^\s*///? ?", "", line)
     for sign, entity in (("&", "&amp;"), ("<", "&lt;"), (">", "&gt;")):
         text = text.replace(sign, entity)
     return re.sub(r"([@\\#%\"])", r"\\\1", text)

@@ -136,6 +136,16 @@ def check_text(name, content):
         yield f"{name} has no byte order mark, or lines of another system"
 
 
+def collected_files(source):
+    """The files that commands write their output into; a name in braces stands for each of its
+    values."""
+    values = re.findall(r'\{"(\w+)", "([^"]*)"\}', source)
+    for file in set(re.findall(r"[\w{}-]+\.(?:log|xml)(?!\w)", source)):
+        name = re.search(r"\{(\w+)\}", file)
+        yield from (file.replace(name[0], value) for key, value in values if key == name[1]) \
+            if name else [file]
+
+
 def check_guides(contents):
     """Each guide names what the program shows; the one for support every file and switch."""
     sources = {path.name: path.read_text(encoding="utf-8")
@@ -153,12 +163,9 @@ def check_guides(contents):
                 if words not in text or words not in everything:
                     yield f"'{words}' is not both in the program and in {name}"
     support = contents[package.SUPPORT_GUIDE].decode("utf-8-sig")
-    # Commands write their output into these.
-    files = set(re.findall(r"[\w{}-]+\.(?:log|xml)(?!\w)", sources["DiagnosticsCommands.cpp"] +
-                           sources["Diagnostics.cpp"]))
-    for file in sorted(files):
-        pattern = re.sub(r"\\{\w+\\}", r"\\w+", re.escape(file))
-        if not re.search(rf"(?<![\w-]){pattern}", support):
+    for file in sorted(collected_files(sources["DiagnosticsCommands.cpp"] +
+                                       sources["Diagnostics.cpp"])):
+        if not re.search(rf"(?<![\w-]){re.escape(file)}", support):
             yield f"{package.SUPPORT_GUIDE} does not tell about {file}"
     for switch in sorted(set(re.findall(r'L"(-\w+)"', sources["Switches.cpp"]))):
         if switch not in support:
@@ -171,7 +178,7 @@ def check_notices(contents, bill):
     for part in re.findall(r'"licenseDeclared": "([^"]+)"', bill):
         for license_name in re.split(r" (?:AND|WITH) ", part):
             if license_name != bill_of_materials.UNKNOWN and \
-                    LICENSE_SIGNS[license_name] not in text:
+                    LICENSE_SIGNS.get(license_name, license_name) not in text:
                 yield f"{package.NOTICES} has no text of {license_name}"
 
 
@@ -181,7 +188,10 @@ def findings_of(archive):
     if damaged:
         yield f"{damaged} is damaged"
         return
-    yield from check_archive(archive)
+    findings = list(check_archive(archive))
+    yield from findings
+    if any("the package has" in finding for finding in findings):
+        return
     contents = {name: archive.read(name) for name in archive.namelist()}
     yield from check_sums(contents)
     for name in package.EXECUTABLES:

@@ -40,6 +40,8 @@ def main():
     parts = {name: part for found in linked.values() for name, part in found.items()}
     contents = {name: path.read_bytes() for name, path in package.EXECUTABLES.items()}
     for name, path in package.guides().items():
+        if not path.is_file():
+            sys.exit(f"{path} is missing: every language has a guide")
         contents[name] = package.as_text(path.read_text(encoding="utf-8"))
     contents[package.NOTICES] = package.as_text(notices([parts[name] for name in sorted(parts)]))
     contents[bill_of_materials.NAME] = bill_of_materials.make(
@@ -49,6 +51,8 @@ def main():
 
     archive = package.zipped(contents)
     Path("dist").mkdir(exist_ok=True)
+    for former in Path("dist").glob("zuplutil-*.zip"):
+        former.unlink()
     path = Path("dist") / package.archive_name()
     path.write_bytes(archive)
     for name in sorted(contents):
