@@ -1,7 +1,9 @@
 #include "GalleryWindow.h"
 
+#include <algorithm>
 #include <functional>
 
+#include "ZuDrawnText.h"
 #include "ZuGraphicsService.h"
 #include "ZuResources.h"
 
@@ -13,25 +15,55 @@ namespace {
 constexpr Size kWindowSize{620, 460};
 constexpr std::int32_t kBarWidth = 136;
 
-// A line of the list at the left.
+// What parts the pages from the languages.
+class Rule : public Control {
+public:
+    Size preferredSize() override { return {scale(kBarWidth), scale(16)}; }
+
+protected:
+    void drawSelf(GraphicsService& graphics) override {
+        const Rect line = area().shrunkBy(scale(10), scale(8));
+        graphics.setPen(Color::rgb(0xC4, 0xCC, 0xD8), 1);
+        graphics.drawLine(line.position(), {line.right, line.top});
+    }
+};
+
+}  // namespace
+
+// A line of the list at the left: pressed by the mouse, by Space or by Enter.
 class Choice : public Control {
 public:
     Choice(std::wstring text, std::function<void()> chosen)
         : text_(std::move(text)), chosen_(std::move(chosen)) {
         setCursor(MouseCursor::kHand);
+        setFocusable(true);
     }
 
+    // Marks the one choice that is shown.
+    static void mark(const std::vector<std::shared_ptr<Choice>>& choices, std::size_t index) {
+        for (std::size_t i = 0; i < choices.size(); ++i) {
+            choices[i]->change(choices[i]->marked_, i == index);
+        }
+    }
     Size preferredSize() override { return {scale(kBarWidth), scale(26)}; }
+    bool onKey(const KeyEvent& event) override {
+        return isPressingKey(event) && (notify(kLeftClicked), true);
+    }
 
 protected:
     void drawSelf(GraphicsService& graphics) override {
-        if (isHovered()) {
-            graphics.drawRectangle(area(), Color::rgb(0xD8, 0xE6, 0xF8));
+        if (marked_ || isHovered()) {
+            graphics.drawRectangle(
+                area(), marked_ ? Color::rgb(0xC6, 0xDC, 0xF6) : Color::rgb(0xE2, 0xEC, 0xF9));
         }
-        if (const auto font = windowService()->getFont(FontStyle{})) {
+        const FontStyle style{.bold = marked_};
+        if (const auto font = windowService()->getFont(style)) {
             graphics.drawText(text_, area().shrunkBy(scale(10), 0), *font,
                               Color::rgb(0x20, 0x20, 0x20),
                               {.vertical = TextAlignment::kCentre, .ellipsis = true});
+        }
+        if (hasFocus()) {
+            graphics.drawFocusFrame(area().shrunkBy(scale(2), scale(2)));
         }
     }
     void onInputStateChanged() override { refresh(); }
@@ -46,9 +78,8 @@ protected:
 private:
     std::wstring text_;
     std::function<void()> chosen_;
+    bool marked_ = false;
 };
-
-}  // namespace
 
 std::vector<Language> languages() {
     const ResourceLibrary& library = compiledInResources();
@@ -93,23 +124,30 @@ GalleryWindow::GalleryWindow(WindowService& windows, ResourceService& resources)
 }
 
 void GalleryWindow::addChoices(Control& bar) {
+    const auto add = [&bar](auto& choices, const std::wstring& text, std::function<void()> chosen) {
+        choices.push_back(makeControl<Choice>(text, std::move(chosen)));
+        bar.addChild(choices.back());
+    };
     for (const Page& page : pages()) {
-        bar.addChild(makeControl<Choice>(page.title, [this, &page] { showPage(page); }));
+        add(pageChoices_, page.title, [this, &page] { showPage(page); });
     }
+    bar.addChild(makeControl<Rule>());
     for (const Language& language : languages()) {
-        bar.addChild(
-            makeControl<Choice>(language.locale, [this, language] { chooseLanguage(language); }));
+        add(languageChoices_, language.locale, [this, language] { chooseLanguage(language); });
     }
+    Choice::mark(languageChoices_, 0);
 }
 
 // A page that cannot be built says so in its place.
 void GalleryWindow::showPage(const Page& page) {
     content_->removeAllChildren();
     shown_ = &page;
+    Choice::mark(pageChoices_, static_cast<std::size_t>(&page - pages().data()));
     page_ = makeControl<Control>();
     content_->addChild(page_);
     builder_ = std::make_unique<PageBuilder>(*window_->windowService(), *page_);
     if (!guarded(L"GalleryWindow::showPage", [&] { page.build(*builder_); })) {
+        failed_ = true;
         builder_->section(L"This page could not be built");
     }
     page_->setBoundary(content_->area());
@@ -120,6 +158,11 @@ void GalleryWindow::showPage(const Page& page) {
 
 void GalleryWindow::chooseLanguage(const Language& language) {
     resources_.selectLocale(language.locale);
+    const std::vector<Language> known = languages();
+    const auto chosen = std::find_if(known.begin(), known.end(), [&](const Language& one) {
+        return one.locale == language.locale;
+    });
+    Choice::mark(languageChoices_, static_cast<std::size_t>(chosen - known.begin()));
     showPage(*shown_);
 }
 

@@ -20,6 +20,8 @@ struct Language {
 // Those that the compiled-in resources have texts in, the default one first.
 std::vector<Language> languages();
 
+class Choice;
+
 class GalleryWindow {
 public:
     // Makes the window and shows the first page. The services outlive it.
@@ -30,6 +32,9 @@ public:
     NativeWindow& window() const noexcept { return *window_; }
     // Of the page shown.
     const std::vector<Scene>& scenes() const noexcept { return builder_->scenes(); }
+    const Page& page() const noexcept { return *shown_; }
+    // Whether a page so far could not be built.
+    bool hasFailed() const noexcept { return failed_; }
 
 private:
     void addChoices(Control& bar);
@@ -40,6 +45,10 @@ private:
     std::shared_ptr<Control> page_;
     std::unique_ptr<PageBuilder> builder_;
     const Page* shown_ = nullptr;
+    bool failed_ = false;
+    // In the order of the pages, and of the languages.
+    std::vector<std::shared_ptr<Choice>> pageChoices_;
+    std::vector<std::shared_ptr<Choice>> languageChoices_;
 };
 
 }  // namespace zustd::gallery

@@ -1,5 +1,7 @@
 #include "Page.h"
 
+#include <algorithm>
+
 #include "ZuFont.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeButton.h"
@@ -9,7 +11,8 @@ namespace zustd::gallery {
 namespace {
 
 constexpr std::int32_t kHeadingSize = 12;
-constexpr std::int32_t kTextSize = 9;
+// Of fields; the text of a label stands beside their first line.
+constexpr std::int32_t kFieldHeight = 24;
 
 class Handler : public MessageSink {
 public:
@@ -44,15 +47,17 @@ Size Text::preferredSize() {
 void Text::drawSelf(GraphicsService& graphics) {
     if (const auto font = this->font()) {
         const Color own = color(ColorRole::kText);
-        graphics.drawText(text_, area(), *font, own.isSet ? own : Color::rgb(0, 0, 0),
-                          {.ellipsis = true});
+        Rect line = area();
+        line.bottom = std::min(line.bottom, scale(kFieldHeight) - 1);
+        graphics.drawText(text_, line, *font, own.isSet ? own : Color::rgb(0, 0, 0),
+                          {.vertical = TextAlignment::kCentre, .ellipsis = true});
     }
 }
 
 std::shared_ptr<Font> Text::font() const {
     FontStyle style;
     style.bold = isHeading_;
-    style.size = isHeading_ ? kHeadingSize : kTextSize;
+    style.size = isHeading_ ? kHeadingSize : style.size;
     const auto windows = windowService();
     return windows ? windows->getFont(style) : nullptr;
 }

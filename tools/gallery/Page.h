@@ -20,7 +20,8 @@
 
 namespace zustd::gallery {
 
-// A line of text on the page.
+// A line of text on the page, in the font that fields have. One that is as high
+// as the field beside it stands on the base line of the field's first line.
 class Text : public Control {
 public:
     Text(std::wstring text, bool isHeading);

@@ -6,11 +6,11 @@ namespace zustd::gallery {
 
 namespace {
 
-constexpr Size kBar{380, 18};
+constexpr Size kBar{372, 18};
 
 std::shared_ptr<NativeProgressBar> addProgress(PageBuilder& builder, const wchar_t* label,
                                                std::int32_t position) {
-    builder.add(makeControl<Text>(label, false), {56, 16});
+    builder.add(makeControl<Text>(label, false), {64, kBar.height});
     auto bar = builder.add(builder.windows().createNativeProgressBar(), kBar);
     bar->setPosition(position);
     builder.breakLine();

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <vector>
 
 namespace zustd::gallery {
 
@@ -121,6 +122,26 @@ void writeScene(GalleryWindow& gallery, const Scene& scene, const std::wstring& 
 }
 
 }  // namespace
+
+int checkPages(GalleryWindow& gallery) {
+    InputRouter& router = *gallery.window().inputRouter();
+    std::vector<BYTE> before;
+    for (const Page& page : pages()) {
+        router.moveFocus(false);
+        router.routeKey({kKeySpace, 0});
+        settle();
+        const BitmapHandle shown = picture(nativeWindowOf(gallery.window()));
+        BITMAP form{};
+        GetObjectW(shown.get(), sizeof(form), &form);
+        std::vector<BYTE> bytes(static_cast<std::size_t>(form.bmWidthBytes * form.bmHeight));
+        GetBitmapBits(shown.get(), static_cast<LONG>(bytes.size()), bytes.data());
+        if (gallery.hasFailed() || gallery.page().name != page.name || bytes == before) {
+            throw SystemException(std::wstring(L"Something is wrong with the page ") + page.name);
+        }
+        before = std::move(bytes);
+    }
+    return static_cast<int>(pages().size());
+}
 
 int writeScreenshots(GalleryWindow& gallery, const std::wstring& folder) {
     std::filesystem::create_directories(folder);

@@ -13,4 +13,10 @@ namespace zustd::gallery {
 // when one cannot be.
 int writeScreenshots(GalleryWindow& gallery, const std::wstring& folder);
 
+// Shows every page and takes its picture, which is kept nowhere, with the
+// keyboard alone: Tab to the next choice and Space. Returns how many pages there
+// are; throws SystemException when one could not be built, is not reached, or
+// looks like the one before.
+int checkPages(GalleryWindow& gallery);
+
 }  // namespace zustd::gallery

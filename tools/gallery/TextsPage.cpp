@@ -6,18 +6,19 @@ namespace zustd::gallery {
 
 namespace {
 
-constexpr Size kField{150, 24};
+constexpr std::int32_t kLabelWidth = 72;
+constexpr Size kField{142, 24};
 
 std::shared_ptr<NativeTextBox> addField(PageBuilder& builder, const wchar_t* label,
                                         TextBoxKind kind, Size size = kField) {
-    builder.add(makeControl<Text>(label, false), {62, 16});
+    builder.add(makeControl<Text>(label, false), {kLabelWidth, size.height});
     auto field = builder.add(builder.windows().createNativeTextBox(), size);
     field->setKind(kind);
     return field;
 }
 
 std::shared_ptr<NativeComboBox> addList(PageBuilder& builder, const wchar_t* label, bool editable) {
-    builder.add(makeControl<Text>(label, false), {62, 16});
+    builder.add(makeControl<Text>(label, false), {kLabelWidth, kField.height});
     auto list = builder.add(builder.windows().createNativeComboBox(), kField);
     list->setEditable(editable);
     for (const wchar_t* item :
@@ -44,7 +45,7 @@ void buildTexts(PageBuilder& builder) {
     disabled->setText(L"Cannot be used");
     disabled->setEnabled(false);
     builder.breakLine();
-    addField(builder, L"Lines", TextBoxKind::kMultiLine, {380, 84})
+    addField(builder, L"Lines", TextBoxKind::kMultiLine, {372, 84})
         ->setText(
             L"First line\nA second line that is so long that it has to be wrapped at the "
             L"right edge of the field\n\nFourth\nFifth\nSixth\nSeventh");

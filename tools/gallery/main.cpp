@@ -1,11 +1,13 @@
 // Shows every widget of the toolkit, or writes pictures of them.
 //
 //     gallery [--screenshot FOLDER] [--scale FACTOR] [--rows COUNT]
+//     gallery --check
 //
 // With --screenshot a PNG of each page and of what opens from it, in each
 // language, is written into the folder and the program ends. A scaling factor
 // takes the place of the screen's. With --rows the program prints what so many
-// rows of grids and nodes of trees cost, and ends.
+// rows of grids and nodes of trees cost, and ends. With --check it walks all pages
+// by the keyboard, looks at each, and ends with exit code 0 when all is well.
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,9 +30,11 @@ struct Options {
     std::wstring folder;
     double scalingFactor = 0.0;
     std::size_t rows = 0;
+    bool checks = false;
 };
 
 bool readOptions(int argc, wchar_t** argv, Options& options) {
+    options.checks = argc == 2 && argv[1] == std::wstring(L"--check");
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::wstring name = argv[i];
         if (name == L"--screenshot") {
@@ -49,7 +53,7 @@ bool readOptions(int argc, wchar_t** argv, Options& options) {
             return false;
         }
     }
-    return argc % 2 == 1;
+    return options.checks || argc % 2 == 1;
 }
 
 std::shared_ptr<ResourceService> registerResources() {
@@ -94,9 +98,13 @@ int run(const Options& options) {
         return 0;
     }
     GalleryWindow gallery(*windows, *resources);
+    if (options.checks) {
+        std::printf("%d pages are well\n", checkPages(gallery));
+        return 0;
+    }
     if (!options.folder.empty()) {
         std::printf("%d screenshots\n", writeScreenshots(gallery, options.folder));
-        return 0;
+        return gallery.hasFailed() ? 1 : 0;
     }
     gallery.window().connect(std::make_shared<CloseWatch>(*application), false);
     return application->runMessageLoop();
@@ -111,7 +119,8 @@ int wmain(int argc, wchar_t** argv) {
     gallery::Options options;
     if (!gallery::readOptions(argc, argv, options)) {
         std::fputs(
-            "usage: gallery [--screenshot FOLDER] [--scale 0.5 to 4] [--rows 1 to 10000000]\n",
+            "usage: gallery [--screenshot FOLDER] [--scale 0.5 to 4] [--rows 1 to 10000000]\n"
+            "       gallery --check\n",
             stderr);
         return 2;
     }
