@@ -56,7 +56,8 @@ protected:
             graphics.drawRectangle(
                 area(), marked_ ? Color::rgb(0xC6, 0xDC, 0xF6) : Color::rgb(0xE2, 0xEC, 0xF9));
         }
-        const FontStyle style{.bold = marked_};
+        FontStyle style;
+        style.bold = marked_;
         if (const auto font = windowService()->getFont(style)) {
             graphics.drawText(text_, area().shrunkBy(scale(10), 0), *font,
                               Color::rgb(0x20, 0x20, 0x20),
