@@ -230,6 +230,7 @@ void MarkupView::addLink(const std::wstring& text, const std::wstring& message) 
 }
 
 void MarkupView::addWords(std::wstring_view text) {
+    const ControlUpdate update(*this);
     while (!text.empty() && !full_) {
         const std::size_t delimiter = text.find_first_of(kDelimiters);
         const std::size_t size = delimiter == std::wstring_view::npos ? text.size() : delimiter + 1;
@@ -239,12 +240,15 @@ void MarkupView::addWords(std::wstring_view text) {
 }
 
 void MarkupView::addLineBreak() {
-    const std::shared_ptr<Control> before = children().empty() ? nullptr : children().back();
+    // Whoever hears of an element may remove it again, and the view.
+    const ControlUpdate update(*this);
+    const auto last = [this] { return children().empty() ? nullptr : children().back(); };
+    const std::shared_ptr<Control> before = last();
     addText(L" ", true);
-    const bool endsLine = before && before != children().back() && !before->breaksLineAfter();
-    if (endsLine) {
+    const std::shared_ptr<Control> blank = last();
+    if (before && blank && blank != before && !before->breaksLineAfter()) {
         // Behind a full line the blank would wrap, and leave an empty one.
-        children().back()->setVisible(false);
+        blank->setVisible(false);
         before->setBreaksLineAfter(true);
     }
 }
