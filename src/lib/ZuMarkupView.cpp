@@ -291,9 +291,16 @@ Rect MarkupView::areaWithin(std::int32_t width) const {
 }
 
 Size MarkupView::sizeWithin(const Rect& area) {
-    const Size content = measureRows(*this, area, children(), layoutOptions());
-    return withinLimits({withMargins(content.width, horizontalMargin()),
-                         withMargins(content.height, verticalMargin())});
+    const auto measured = [this](const Rect& within) {
+        const Size content = measureRows(*this, within, children(), layoutOptions());
+        return withinLimits({withMargins(content.width, horizontalMargin()),
+                             withMargins(content.height, verticalMargin())});
+    };
+    const Size size = measured(area);
+    // A word that is longer than the lines makes all of them longer.
+    const std::int32_t room = saturate(size.width - 2 * std::int64_t{horizontalMargin()});
+    const bool widens = room > area.width() && !isAutoSized();
+    return widens ? measured(Rect::at(area.position(), {room, area.height()})) : size;
 }
 
 void MarkupView::takeSize() {

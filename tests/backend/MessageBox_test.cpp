@@ -235,6 +235,8 @@ TEST_F(BoxTest, paint_textAndIcon_areThere) {
     const int text = ink(L"Text of the box", kMessageOk);
     EXPECT_GT(text, 50);
     EXPECT_GT(ink(L"Text of the box", kMessageOk | kMessageIconError), text + 300);
+    EXPECT_GT(ink(L" ", kMessageOk | kMessageIconInformation), 300);
+    EXPECT_EQ(ink(L" ", kMessageOk | (kMessageIconInformation + kMessageIconError)), 0);
 }
 
 TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {

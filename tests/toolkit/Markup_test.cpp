@@ -287,6 +287,10 @@ TEST_F(MarkupTest, wrap_givenWidth_breaksAndKeepsIt) {
     EXPECT_EQ(size(), (Size{56, 2 * 16}));
     view_->setMarkup(L"<control hspacing=\"4\" width=\"60\">aaa bbb <br/><br/>ccc");
     EXPECT_EQ(size(), (Size{60, 3 * 16}));
+    // A word that is longer than the lines makes all of them longer.
+    view_->setMarkup(L"<control hspacing=\"0\" width=\"30\">a b aaaaaaaa b c d");
+    EXPECT_EQ(size(), (Size{60, 3 * 16}));
+    EXPECT_EQ(view_->preferredSize(), size());
     // A text that does not wrap goes past the width.
     view_->setMarkup(L"<control wordwrap=\"false\" maxwidth=\"0\">aaa bbb ccc");
     EXPECT_EQ(size(), (Size{77, 16}));
