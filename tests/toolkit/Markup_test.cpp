@@ -38,11 +38,10 @@ public:
     MarkupSettings settings() const override { return settings_; }
     void onSettings(const MarkupSettings& now) override {
         settings_ = now;
-        add(L"set");
-        for (const Size& size : {now.size, now.maximumSize, now.margins, now.spacing}) {
-            lines.back() += formatWide(L" %d,%d", size.width, size.height);
-        }
-        lines.back() += formatWide(L" %d %d", now.autoSized, now.wrapsWords);
+        add(formatWide(L"set %d,%d %d,%d %d,%d %d,%d %d %d", now.size.width, now.size.height,
+                       now.maximumSize.width, now.maximumSize.height, now.margins.width,
+                       now.margins.height, now.spacing.width, now.spacing.height, now.autoSized,
+                       now.wrapsWords));
     }
 
 private:
@@ -52,10 +51,8 @@ private:
 };
 
 // The language once more, plainly.
-class NaiveReader {
+class NaiveReader : public Told {
 public:
-    Told told;
-
     void read(const std::wstring& markup) {
         std::wstring run;
         for (std::size_t i = 0; i < markup.size(); ++i) {
@@ -102,26 +99,26 @@ private:
         if (inLink_) {
             linkText_ += decoded(run);
         } else if (!run.empty()) {
-            told.onRun(decoded(run));
+            onRun(decoded(run));
         }
     }
     void takeTag(const std::wstring& tag) {
         const std::wstring name = tag.substr(0, tag.find(L' '));
         const auto attributes = attributesOf(tag.substr(name.size()));
-        MarkupSettings now = told.settings();
+        MarkupSettings now = settings();
         const std::map<std::wstring, bool (FontDescriptor::*)(bool)> flags = {
             {L"b", &FontDescriptor::setBold},
             {L"i", &FontDescriptor::setItalic},
             {L"u", &FontDescriptor::setUnderline}};
         if (const auto flag = flags.find(name.substr(name.starts_with(L"/")));
             flag != flags.end()) {
-            (told.font.*flag->second)(!name.starts_with(L"/"));
+            (font.*flag->second)(!name.starts_with(L"/"));
         } else if (name == L"/font") {
-            told.font.reset();
+            font.reset();
         } else if (name == L"br/") {
-            told.onLineBreak();
+            onLineBreak();
         } else if (name == L"/a" && std::exchange(inLink_, false) && !linkText_.empty()) {
-            told.onLink(linkText_, message_);
+            onLink(linkText_, message_);
         } else if (name == L"a") {
             inLink_ = true;
             linkText_ = message_ = L"";
@@ -134,7 +131,7 @@ private:
         for (const auto& [attribute, value] : attributes) {
             const auto known = numbers.find(attribute);
             if (name == L"font" && attribute == L"size") {
-                told.font.setSize(number(value));
+                font.setSize(number(value));
             } else if (name == L"a" && attribute == L"leftclickmessage") {
                 message_ = decoded(value);
             } else if (known != numbers.end()) {
@@ -147,7 +144,7 @@ private:
             }
         }
         if (name == L"control") {
-            told.onSettings(now);
+            onSettings(now);
         }
     }
 
@@ -185,7 +182,7 @@ TEST(Markup, read_randomText_isAsANaiveReaderReadsIt) {
         expected.read(markup);
         Told told;
         readMarkup(markup, told.font, told);
-        ASSERT_EQ(told.lines, expected.told.lines) << random.label() << ": " << narrow(markup);
+        ASSERT_EQ(told.lines, expected.lines) << random.label() << ": " << narrow(markup);
     }
 }
 
