@@ -405,10 +405,13 @@ TEST_F(MarkupTest, link_clickedOrByKey_sendsItsMessageFromTheView) {
     EXPECT_EQ(log_->entries.back().b.number(), 0);
     log_->take();
     click({10, 5});
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get()) << "words take no mouse";
     EXPECT_EQ(log_->take(), L"enterLeftClicking leaveLeftClicking leftClicked");
     EXPECT_TRUE(view_->children()[1]->hasFocus());
     const Journal journal = drawn(*view_);
-    EXPECT_NE(std::find(journal.begin(), journal.end(), L"focus 35,0,62,15"), journal.end());
+    for (const wchar_t* entry : {L"focus 35,0,62,15", L"clip 0,0,90,15", L"text 0,0 text "}) {
+        EXPECT_NE(std::find(journal.begin(), journal.end(), entry), journal.end()) << entry;
+    }
     EXPECT_TRUE(key(kKeyEnter));
     EXPECT_EQ(log_->take(), L"showHelp");
     EXPECT_TRUE(key(kKeyTab));
