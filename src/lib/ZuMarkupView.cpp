@@ -78,11 +78,7 @@ public:
     }
 
     void onRun(const std::wstring& text) override {
-        if (view_.wordWrap_) {
-            view_.addWords(text);
-        } else {
-            view_.addText(text, false);
-        }
+        view_.wordWrap_ ? view_.addWords(text) : view_.addText(text, false);
     }
     void onLineBreak() override { view_.addLineBreak(); }
     void onLink(const std::wstring& text, const std::wstring& message) override {
@@ -276,11 +272,7 @@ std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> MarkupView::m
 // --- Size -----------------------------------------------------------------------------------
 
 LayoutOptions MarkupView::layoutOptions() const {
-    LayoutOptions options;
-    options.alignment = horizontalAlignment();
-    options.measure = true;
-    options.wrap = wordWrap_;
-    return options;
+    return {.alignment = horizontalAlignment(), .measure = true, .wrap = wordWrap_};
 }
 
 Rect MarkupView::areaWithin(std::int32_t width) const {
