@@ -74,11 +74,7 @@ public:
     }
 
     void onRun(const std::wstring& text) override {
-        if (view_.wordWrap_) {
-            view_.addWords(text);
-        } else {
-            view_.addText(text, false);
-        }
+        view_.wordWrap_ ? view_.addWords(text) : view_.addText(text, false);
     }
     void onLineBreak() override { view_.addLineBreak(); }
     void onLink(const std::wstring& text, const std::wstring& message) override {
@@ -232,6 +228,7 @@ void MarkupView::addLink(const std::wstring& text, const std::wstring& message) 
 }
 
 void MarkupView::addWords(std::wstring_view text) {
+    const ControlUpdate update(*this);
     while (!text.empty() && !full_) {
         const std::size_t delimiter = text.find_first_of(kDelimiters);
         const std::size_t size = delimiter == std::wstring_view::npos ? text.size() : delimiter + 1;
@@ -241,15 +238,18 @@ void MarkupView::addWords(std::wstring_view text) {
 }
 
 void MarkupView::addLineBreak() {
-    const std::shared_ptr<Control> before = children().empty() ? nullptr : children().back();
+    // Whoever hears of an element may remove it again, and the view.
+    const ControlUpdate update(*this);
+    const auto last = [this] { return children().empty() ? nullptr : children().back(); };
+    const std::shared_ptr<Control> before = last();
     addText(L" ", true);
-    const bool endsLine = before && before != children().back() && !before->placement().breaksLineAfter;
-    if (endsLine) {
+    const std::shared_ptr<Control> blank = last();
+    if (before && blank && blank != before && !before->placement().breaksLineAfter) {
         // Behind a full line the blank would wrap, and leave an empty one.
-        children().back()->setVisible(false);
-        Placement last = before->placement();
-        last.breaksLineAfter = true;
-        before->setPlacement(last);
+        blank->setVisible(false);
+        Placement placed = before->placement();
+        placed.breaksLineAfter = true;
+        before->setPlacement(placed);
     }
 }
 
@@ -291,7 +291,14 @@ Rect MarkupView::areaWithin(std::int32_t width) const {
 }
 
 Size MarkupView::sizeWithin(const Rect& area) {
-    return sizeAround(measureLayout(rows(), area, children()));
+    const auto measured = [this](const Rect& within) {
+        return sizeAround(measureLayout(rows(), within, children()));
+    };
+    const Size size = measured(area);
+    // A word that is longer than the lines makes all of them longer.
+    const std::int32_t room = innerWidth(size.width);
+    const bool widens = room > area.width() && !placement().autoSized;
+    return widens ? measured(Rect::at(area.position(), {room, area.height()})) : size;
 }
 
 void MarkupView::takeSize() {

@@ -5,10 +5,9 @@
 // are light: they share their fonts, listen to nothing, and are measured once,
 // so that a view that is resized only places them anew.
 //
-// The markup may come from outside. Whatever it is, parsing takes time and
-// memory in proportion to its length, and no more than kMaxElements elements. A
-// link sends the message that it names only when there is such a kind and it
-// says of itself that its words are numbers (MessageWords::kNumbers).
+// The markup may come from outside: parsing makes no more than kMaxElements
+// elements, and a link sends the message that it names only when there is such a
+// kind and it says of itself that its words are numbers (MessageWords::kNumbers).
 //
 // The view is as large as its text: parsing makes it so, and tells whoever
 // holds it. A view that is auto-sized keeps the width that it has and takes the
@@ -50,14 +49,12 @@ private:
     Size size_;
 };
 
-// A link of the markup: keeps the name of the message that the view sends when
-// it is clicked.
 class MarkupLink : public Link {
 public:
     MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
                GraphicsService& graphics);
 
-    // The name of the message's kind; may be empty.
+    // The name of the message that the view sends for a click; may be empty.
     const std::wstring& message() const noexcept { return message_; }
     const std::shared_ptr<Font>& markupFont() const noexcept { return font_; }
     Size preferredSize() override { return size_; }

@@ -181,22 +181,15 @@ void MessageBoxView::close(int answer) {
 }
 
 bool MessageBoxView::onKey(const KeyEvent& event) {
-    switch (event.key) {
-        case kKeyLeft:
-        case kKeyUp:
-            return moveAmongButtons(true);
-        case kKeyRight:
-        case kKeyDown:
-            return moveAmongButtons(false);
-        case 'C':
-            if (!event.has(kModifierControl)) {
-                return false;
-            }
-            backend_.copyText(clipboardTextOf(box_));
-            return true;
-        default:
-            return false;
+    const bool backwards = event.key == kKeyLeft || event.key == kKeyUp;
+    if (backwards || event.key == kKeyRight || event.key == kKeyDown) {
+        return moveAmongButtons(backwards);
     }
+    const bool copies = event.key == 'C' && event.has(kModifierControl);
+    if (copies) {
+        backend_.copyText(clipboardTextOf(box_));
+    }
+    return copies;
 }
 
 bool MessageBoxView::moveAmongButtons(bool backwards) {

@@ -153,7 +153,7 @@ TEST_F(BoxViewTest, captions_accessKeys_areUniqueAndOnlyWhereNobodyChoseThem) {
 }
 
 TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
-    MessageBoxView& view = open(kMessageYesNoCancel | kMessageDefaultSecond);
+    MessageBoxView& view = open(kMessageYesNoCancel | kMessageDefaultSecond, L"Title", L"key");
     const auto focused = [&](std::size_t button) { return view.buttons()[button]->hasFocus(); };
     EXPECT_TRUE(focused(1));
     EXPECT_EQ(dialog_->defaultButton(), view.buttons()[1]);
@@ -162,6 +162,9 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         EXPECT_TRUE(press(key));
         EXPECT_TRUE(focused(static_cast<std::size_t>(button))) << key << " to " << button;
     }
+    EXPECT_TRUE(view.children().back()->takeFocus());
+    EXPECT_FALSE(press(kKeyLeft)) << "the check box is none of them";
+    view.buttons()[0]->takeFocus();
     EXPECT_FALSE(press('C'));
     EXPECT_TRUE(press('C', kModifierControl));
     const std::wstring rule = L"---------------------------\r\n";
