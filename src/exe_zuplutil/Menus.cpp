@@ -84,6 +84,9 @@ void removeSettingsIfSure() {
     if (askYesNo("Your current Pellory settings will be removed from this machine.\n"
                  "You will need to reconfigure and retrain Pellory after this!")) {
         removeSettings(true);
+        if (hasSettingsFiles()) {
+            printAndRecord("Could not remove all Pellory settings.\n");
+        }
     }
 }
 

@@ -48,7 +48,7 @@ void registerApplicationService() {
     auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
     backend->setModuleInstance(nullptr);
     backend->setSecondHostHandle(nullptr);
-    backend->setApplicationName(L"Pellory For Outlook");
+    backend->setApplicationName(kApplicationName);
     zustd::joinImplementation(*service, std::move(backend));
     zustd::ServiceLocator::instance()->registerService(service, true, true);
 }

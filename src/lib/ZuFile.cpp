@@ -53,8 +53,11 @@ bool ReplacedFile::write(std::string_view bytes) noexcept {
         cutAt(file_, former);
         return false;
     }
-    return former == 0 || (moveTo(file_, 0) && put(file_, bytes.substr(0, kept)) &&
-                           (size >= former || cutAt(file_, size)));
+    if (former != 0 && (!moveTo(file_, 0) || !put(file_, bytes.substr(0, kept)))) {
+        cutAt(file_, former);
+        return false;
+    }
+    return size >= former || cutAt(file_, size);
 }
 
 bool ReplacedFile::close() noexcept {
