@@ -84,7 +84,7 @@ UtilityProcess& UtilityTest::start(const std::vector<std::wstring>& arguments,
     if (!before_) {
         before_ = filesBelow(folders_.root());
     }
-    const bool isQuick = program.empty() && environment_.contains(L"PELLORY_RECORD_ONLY");
+    const bool isQuick = program.empty() && !environment_[L"PELLORY_RECORD_ONLY"].empty();
     processes_.push_back(
         std::make_unique<UtilityProcess>(isQuick ? builtProgram("tests/support/collect_driver.exe")
                                          : program.empty() ? shippedProgram()

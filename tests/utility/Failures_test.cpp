@@ -14,8 +14,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <numeric>
 
+#include "Actions.h"
 #include "AddinProbe.h"
 #include "Console.h"
 #include "ImportSlots.h"
@@ -226,69 +226,34 @@ WRAPPED(__cdecl)
 WRAPPED(__stdcall)
 #endif
 
-constexpr bool kChanges = true;
-constexpr bool kDone = true;
-constexpr std::size_t kFirst = __COUNTER__ + 1;
-
-#define CALL_AS(NAME, TYPE, FAILURE, CHANGES, IS_DONE, PLAYED)                                     \
-    {                                                                                              \
-#NAME, FAILURE, CHANGES, IS_DONE,                                                          \
-            reinterpret_cast < void*>(&Wrapped <__COUNTER__ - kFirst, TYPE>::call), PLAYED         \
-    }
-#define CALL(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, false, false, nullptr)
-#define CHANGE(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, kChanges, false, nullptr)
-#define PLAYED(NAME, FAILURE, PLAY)                                                                \
-    CALL_AS(NAME, decltype(&NAME), FAILURE, false, false, reinterpret_cast<void*>(&PLAY))
-
 using OpenFunction = int(__cdecl*)(const wchar_t*, int, int);
 
+// clang-format off
+constexpr std::size_t kFirst = __COUNTER__ + 1;
+#define CALL_AS(NAME, TYPE, FAILURE, CHANGES, IS_DONE, PLAYED) \
+    {#NAME, FAILURE, CHANGES, IS_DONE, reinterpret_cast<void*>(&Wrapped<__COUNTER__ - kFirst, TYPE>::call), PLAYED}
+#define CALL(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, false, false, nullptr)
+#define CHANGE(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, true, false, nullptr)
+#define CLOSE(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, false, true, nullptr)
+#define PLAY(NAME, FAILURE, INSTEAD) CALL_AS(NAME, decltype(&NAME), FAILURE, false, false, reinterpret_cast<void*>(&INSTEAD))
+
 Call calls[] = {
-    CALL(GetFileAttributesW, -1),
-    CALL(GetFileAttributesExW, 0),
-    CALL(FindFirstFileW, -1),
-    CALL(FindNextFileW, 0),
-    CHANGE(CreateFileW, -1),
-    CALL(GetFileSizeEx, 0),
-    CALL(ReadFile, 0),
-    CHANGE(WriteFile, 0),
-    CHANGE(FlushFileBuffers, 0),
-    CHANGE(SetFileInformationByHandle, 0),
-    CHANGE(DeleteFileW, 0),
-    CHANGE(RemoveDirectoryW, 0),
-    CHANGE(_wremove, -1),
-    CHANGE(_wmkdir, -1),
-    CHANGE(_wrename, -1),
-    CALL(_wchdir, -1),
-    CALL(_wgetcwd, 0),
-    CHANGE(fopen, 0),
-    CALL(_wfopen, 0),
-    CALL(fread, 0),
-    CALL_AS(fclose, decltype(&fclose), EOF, false, kDone, nullptr),
-    CALL_AS(_wopen, OpenFunction, -1, kChanges, false, nullptr),
-    CALL(_lseeki64, -1),
-    CHANGE(_write, -1),
-    CALL_AS(_close, decltype(&_close), -1, false, kDone, nullptr),
-    CALL(CreateFileMappingW, 0),
-    CALL(MapViewOfFile, 0),
-    PLAYED(CreateProcessW, 0, playProcess),
-    CALL_AS(system, decltype(&system), -1, kChanges, false, reinterpret_cast<void*>(&playSystem)),
-    PLAYED(CreateToolhelp32Snapshot, -1, playSnapshot),
-    PLAYED(Process32FirstW, 0, playFirst),
-    PLAYED(Process32NextW, 0, playNext),
-    PLAYED(CoInitialize, E_OUTOFMEMORY, playInitialize),
-    PLAYED(CoUninitialize, 0, playUninitialize),
-    PLAYED(CLSIDFromProgID, E_OUTOFMEMORY, playClassId),
-    PLAYED(CoCreateInstance, E_OUTOFMEMORY, playInstance),
-    CALL(SHGetSpecialFolderPathW, 0),
-    CALL(GetConsoleOutputCP, 0),
-    CALL(SetConsoleOutputCP, 0),
-    CALL(SetConsoleCtrlHandler, 0),
-    CALL_AS(fputs, decltype(&fputs), EOF, false, kDone, reinterpret_cast<void*>(&playPuts)),
-    PLAYED(fflush, EOF, playFlush),
-    PLAYED(fgetc, EOF, playGetc),
-    PLAYED(fgets, 0, playGets),
-    PLAYED(Sleep, 0, playSleep),
+    CALL(GetFileAttributesW, -1), CALL(GetFileAttributesExW, 0), CALL(FindFirstFileW, -1), CALL(FindNextFileW, 0),
+    CHANGE(CreateFileW, -1), CALL(GetFileSizeEx, 0), CALL(ReadFile, 0), CHANGE(WriteFile, 0), CHANGE(FlushFileBuffers, 0),
+    CHANGE(SetFileInformationByHandle, 0), CHANGE(DeleteFileW, 0), CHANGE(RemoveDirectoryW, 0), CHANGE(_wremove, -1),
+    CHANGE(_wmkdir, -1), CHANGE(_wrename, -1), CALL(_wchdir, -1), CALL(_wgetcwd, 0), CHANGE(fopen, 0), CALL(_wfopen, 0),
+    CALL(fread, 0), CLOSE(fclose, EOF), CALL_AS(_wopen, OpenFunction, -1, true, false, nullptr), CALL(_lseeki64, -1),
+    CHANGE(_write, -1), CLOSE(_close, -1), CALL(CreateFileMappingW, 0), CALL(MapViewOfFile, 0),
+    CALL(SHGetSpecialFolderPathW, 0), CALL(GetConsoleOutputCP, 0), CALL(SetConsoleOutputCP, 0), CALL(SetConsoleCtrlHandler, 0),
+    PLAY(CreateProcessW, 0, playProcess), PLAY(CreateToolhelp32Snapshot, -1, playSnapshot),
+    PLAY(Process32FirstW, 0, playFirst), PLAY(Process32NextW, 0, playNext),
+    PLAY(CoInitialize, E_OUTOFMEMORY, playInitialize), PLAY(CoUninitialize, 0, playUninitialize),
+    PLAY(CLSIDFromProgID, E_OUTOFMEMORY, playClassId), PLAY(CoCreateInstance, E_OUTOFMEMORY, playInstance),
+    CALL_AS(system, decltype(&system), -1, true, false, reinterpret_cast<void*>(&playSystem)),
+    CALL_AS(fputs, decltype(&fputs), EOF, false, true, reinterpret_cast<void*>(&playPuts)),
+    PLAY(fflush, EOF, playFlush), PLAY(fgetc, EOF, playGetc), PLAY(fgets, 0, playGets), PLAY(Sleep, 0, playSleep),
 };
+// clang-format on
 
 // --- What is done, and what may come of it ------------------------------------
 
@@ -303,7 +268,8 @@ const Action kActions[] = {{"collection", {L"-logdiagnostics"}, ""},
                            {"guided", {}, "11"},
                            {"switch", {L"-enableDebugging"}, ""},
                            {"settings", {}, "5"},
-                           {"clean-up", {}, "7"}};
+                           {"clean-up", {}, "7"},
+                           {"probe", {L"probe"}, ""}};
 const Action kMend = {"mend", {L"foo"}, ""};
 
 const std::string kMine = debugConfig("n", "$(auto)", "7", "3");
@@ -329,7 +295,8 @@ protected:
         SetEnvironmentVariableW(L"TESTROOT", nullptr);
     }
 
-    void prepare() {
+    // A collection makes its folders.
+    void prepare(const Action& action) {
         for (const fs::directory_entry& entry : fs::directory_iterator(folders_.addinData())) {
             if (entry.path().filename() != "training.dat") {
                 fs::remove(entry);
@@ -341,6 +308,9 @@ protected:
         write(folders_.addinData() / "debug.config", kMine);
         for (const char* name : {"debug.log", "dump.log", "debug.log-1.bak", "settings_1.config"}) {
             write(folders_.addinData() / name, name);
+        }
+        if (!action.arguments.empty()) {
+            return;
         }
         write(folders_.diagnostics() / "README.txt", "the last one");
         write(folders_.logs() / "stale.log", "the last one");
@@ -364,9 +334,19 @@ protected:
         clearTranscript();
         untilDue = n;
         mode = how;
-        const int exitCode = runUtility(static_cast<int>(arguments.size()), arguments.data());
+        const int exitCode = action.name == std::string("probe")
+                                 ? probe()
+                                 : runUtility(static_cast<int>(arguments.size()), arguments.data());
         mode = Mode::kPass;
         return exitCode;
+    }
+
+    // What the add-in's process does.
+    static int probe() {
+        runAction([] {
+            connectToAddin([](const std::string& line) { printAndRecord("%s\n", line.c_str()); });
+        });
+        return play.apartments;
     }
 
     static bool said(const char* text) { return play.output.find(text) != std::string::npos; }
@@ -390,6 +370,8 @@ protected:
             EXPECT_TRUE(!said("could not be packed") || left.contains(place + "PelloryLogs/"));
         } else if (action == "switch") {
             EXPECT_TRUE(!said("currently enabled") || left.at(kData + "debug.config") == kOn);
+        } else if (action == "probe") {
+            EXPECT_TRUE(said("Extensibility2 is null\n") || said("could not ") || saidWhatFailed());
         } else if (action == "settings") {
             EXPECT_TRUE(!left.contains(kData + "settings_1.config") || saidWhatFailed());
         } else if (said("Completed cleaning up")) {
@@ -442,7 +424,7 @@ TEST_F(FailuresTest, everyCall_failsOnce_isToldAndLeavesTheUsersFiles) {
         const int before = injected;
         bool isOver = false;
         for (int n = 1; !isOver; ++n) {
-            prepare();
+            prepare(action);
             const int exitCode = perform(action, Mode::kFail, n);
             const bool isInjected = untilDue <= 0;
             injected += isInjected;
@@ -476,24 +458,25 @@ TEST_F(FailuresTest, killBeforeEveryChange_nextRun_putsTheUsersFilesRight) {
         return;
     }
     const Environment environment = {{L"TESTROOT", folders_.root().wstring()}};
-    for (const int action : {2, 0, 1}) {
+    for (const int number : {0, 1, 2}) {
+        const Action& action = kActions[number];
         int kills = 0;
         for (DWORD exitCode = kKilled; exitCode == kKilled; ++kills) {
-            prepare();
+            prepare(action);
             Environment own = environment;
-            own[L"PELLORY_KILL"] = std::to_wstring(action) + std::to_wstring(kills + 1);
+            own[L"PELLORY_KILL"] = std::to_wstring(number) + std::to_wstring(kills + 1);
             UtilityProcess process(builtProgram("bin/utility_collection_tests.exe"),
                                    {L"--gtest_filter=*killBeforeEveryChange*"}, folders_.start(),
                                    own);
             exitCode = static_cast<DWORD>(process.exitCode());
             perform(kMend, Mode::kFail, 0);
-            expectKept(kActions[action].name);
+            expectKept(action.name);
             if (HasFailure()) {
-                FAIL() << kActions[action].name << " " << kills << process.output();
+                FAIL() << action.name << " " << kills << process.output();
             }
         }
         EXPECT_GT(kills, 5);
-        std::printf("%s: %d kills, %d outcomes\n", kActions[action].name, kills - 1, kills - 1);
+        std::printf("%s: %d kills, %d outcomes\n", action.name, kills - 1, kills - 1);
     }
 }
 
