@@ -89,13 +89,13 @@ void switchTo(bool enabled) {
 }
 
 void showDetails(const DebugSettings& settings) {
-    printAndRecord("\nDetailed debug settings:\n");
-    printAndRecord("-----------------------\n");
-    printAndRecord("  logEnabled=%s\n", settings.logEnabled ? "yes" : "no");
-    printAndRecord("  logFile=%s\n", zustd::narrow(settings.logFile).c_str());
-    printAndRecord("  logLevel=%ld\n", static_cast<long>(settings.logLevel));
-    printAndRecord("  logOptions=%ld\n\n", static_cast<long>(settings.logOptions));
-    printAndRecord("  outlook is running=%ls\n\n", isOutlookRunning() ? L"yes" : L"no");
+    printAndRecord(
+        "\nDetailed debug settings:\n-----------------------\n"
+        "  logEnabled=%s\n  logFile=%s\n  logLevel=%ld\n  logOptions=%ld\n\n"
+        "  outlook is running=%ls\n\n",
+        settings.logEnabled ? "yes" : "no", zustd::narrow(settings.logFile).c_str(),
+        static_cast<long>(settings.logLevel), static_cast<long>(settings.logOptions),
+        isOutlookRunning() ? L"yes" : L"no");
 }
 
 }  // namespace
