@@ -1,6 +1,7 @@
 #include "CleanUp.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -27,21 +28,6 @@ constexpr const wchar_t* kRemoveSettingsQuestion =
     L" and you would like to keep your existing settings)";
 
 const std::string kRule(106, '-');
-
-// What became of what was to go; the disk is asked.
-struct Outcome {
-    bool removed = false;
-    std::vector<std::wstring> left;
-
-    // Whether the path is gone.
-    bool note(const std::wstring& path) {
-        if (zustd::isDirectory(path) || zustd::isFile(path)) {
-            left.push_back(path);
-            return false;
-        }
-        return removed = true;
-    }
-};
 
 // The removal line carries its path without quotes, so the interpreter takes a
 // path with a blank, or another of its separators, for several. That line then
@@ -71,7 +57,7 @@ std::string toUnquotedText(const std::wstring& path) {
     return zustd::narrow(text);
 }
 
-void removeLogDirectory(const std::wstring& directory, Outcome& outcome) {
+void removeLogDirectory(const std::wstring& directory) {
     if (!zustd::isDirectory(directory)) {
         return;
     }
@@ -79,33 +65,87 @@ void removeLogDirectory(const std::wstring& directory, Outcome& outcome) {
     if (!wouldRemoveAnotherFolder(directory)) {
         runCommand("rmdir /s /q " + toUnquotedText(directory));
     }
-    if (!outcome.note(directory)) {
+    if (zustd::isDirectory(directory)) {
         printAndRecord("Could not remove this directory; please delete it yourself.\n");
     }
 }
 
-void removeDataFile(const std::wstring& name, const char* message, Outcome& outcome) {
-    const std::wstring path = getAddinDataDirectory() + name;
-    if (zustd::isFile(path)) {
-        printAndRecord("%s", message);
-        removeFile(path);
-        outcome.note(path);
+struct DataFile {
+    const wchar_t* name;
+    const char* message;
+};
+constexpr DataFile kDataFiles[] = {{L"\\debug.config", "Removing Pellory debug settings...\n"},
+                                   {L"\\debug.log", "Removing Pellory debug log...\n"},
+                                   {L"\\dump.log", "Removing Pellory dump log file...\n"}};
+
+struct Backups {
+    const wchar_t* pattern;
+    const char* kind;
+};
+constexpr Backups kBackups[] = {{L"debug.log-*.bak", "log file"}, {L"dump.log-*.bak", "dump file"}};
+
+std::vector<std::wstring> findBackups(const std::wstring& data, const Backups& backups) {
+    std::vector<std::wstring> paths;
+    if (zustd::isDirectory(data)) {
+        for (const std::wstring& name : listFiles(data, backups.pattern)) {
+            paths.push_back(data + L'\\' + name);
+        }
+    }
+    return paths;
+}
+
+void removeData(const std::wstring& data) {
+    for (const DataFile& file : kDataFiles) {
+        if (zustd::isFile(data + file.name)) {
+            printAndRecord("%s", file.message);
+            removeFile(data + file.name);
+        }
+    }
+    for (const Backups& backups : kBackups) {
+        const std::vector<std::wstring> paths = findBackups(data, backups);
+        if (!paths.empty()) {
+            printAndRecord("Removing %lu Pellory %s backups...\n",
+                           static_cast<unsigned long>(paths.size()), backups.kind);
+        }
+        std::for_each(paths.begin(), paths.end(), &removeFile);
     }
 }
 
-void removeBackups(const std::wstring& pattern, const char* kind, Outcome& outcome) {
-    const std::wstring directory = getAddinDataDirectory();
-    const std::vector<std::wstring> names =
-        zustd::isDirectory(directory) ? listFiles(directory, pattern) : std::vector<std::wstring>();
-    if (names.empty()) {
-        return;
+// Where there may be something to remove.
+struct Places {
+    std::vector<std::wstring> folders;
+    // Empty without an application service.
+    std::wstring data;
+};
+
+Places findPlaces() {
+    Places places{{getDiagnosticsDirectory()}, {}};
+    if (std::wstring work = getWorkDirectory(places.folders[0]); work != places.folders[0]) {
+        places.folders.push_back(std::move(work));
     }
-    printAndRecord("Removing %lu Pellory %s backups...\n", static_cast<unsigned long>(names.size()),
-                   kind);
-    for (const std::wstring& name : names) {
-        removeFile(directory + L'\\' + name);
-        outcome.note(directory + L'\\' + name);
+    if (zustd::ServiceLocator::instance()->getService<zustd::ApplicationService>()) {
+        places.data = getAddinDataDirectory();
     }
+    return places;
+}
+
+std::vector<std::wstring> findLeftovers(const Places& places) {
+    std::vector<std::wstring> found;
+    std::copy_if(places.folders.begin(), places.folders.end(), std::back_inserter(found),
+                 &zustd::isDirectory);
+    if (places.data.empty()) {
+        return found;
+    }
+    for (const DataFile& file : kDataFiles) {
+        if (zustd::isFile(places.data + file.name)) {
+            found.push_back(places.data + file.name);
+        }
+    }
+    for (const Backups& backups : kBackups) {
+        const std::vector<std::wstring> paths = findBackups(places.data, backups);
+        found.insert(found.end(), paths.begin(), paths.end());
+    }
+    return found;
 }
 
 bool isRemovalWanted() {
@@ -142,25 +182,21 @@ void removeSettings(bool interactive) {
 void removeDiagnosticsLogs() {
     printAndRecord("\n\n%s\n", kRule.c_str());
     printAndRecord("Cleaning up Pellory diagnostics logs...\n\n");
-    Outcome outcome;
-    removeLogDirectory(getDiagnosticsDirectory(), outcome);
-    if (getWorkDirectory() != getDiagnosticsDirectory()) {
-        removeLogDirectory(getWorkDirectory(), outcome);
+    const Places places = findPlaces();
+    const bool isAnything = !findLeftovers(places).empty();
+    std::for_each(places.folders.begin(), places.folders.end(), &removeLogDirectory);
+    if (!places.data.empty()) {
+        removeData(places.data);
     }
-    if (zustd::ServiceLocator::instance()->getService<zustd::ApplicationService>()) {
-        removeDataFile(L"\\debug.config", "Removing Pellory debug settings...\n", outcome);
-        removeDataFile(L"\\debug.log", "Removing Pellory debug log...\n", outcome);
-        removeDataFile(L"\\dump.log", "Removing Pellory dump log file...\n", outcome);
-        removeBackups(L"debug.log-*.bak", "log file", outcome);
-        removeBackups(L"dump.log-*.bak", "dump file", outcome);
-    }
-    for (const std::wstring& path : outcome.left) {
+    // All of it is asked for anew: what was not seen before was not removed.
+    const std::vector<std::wstring> left = findLeftovers(findPlaces());
+    for (const std::wstring& path : left) {
         printAndRecord("Not everything could be removed: %s is still there.\n\n",
                        zustd::narrow(path).c_str());
     }
-    if (outcome.left.empty()) {
-        printAndRecord("%s", outcome.removed ? "Completed cleaning up diagnostics logs.\n\n"
-                                             : "There was nothing to clean up.\n\n");
+    if (left.empty()) {
+        printAndRecord("%s", isAnything ? "Completed cleaning up diagnostics logs.\n\n"
+                                        : "There was nothing to clean up.\n\n");
     }
     printAndRecord("%s\n\n", kRule.c_str());
 }

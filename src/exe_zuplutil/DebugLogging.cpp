@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <new>
 #include <utility>
 
 #include "Actions.h"
@@ -54,6 +55,17 @@ void fill(zustd::PropertyBag& bag, const DebugSettings& settings) {
     bag.setLong(L"logLevel", settings.logLevel);
 }
 
+// Whether the settings could be read from the file.
+bool readFrom(const std::wstring& path, DebugSettings& settings) {
+    zustd::PropertyBag bag;
+    if (!zustd::Loader::loadSerializedString(path, bag)) {
+        return false;
+    }
+    settings = {bag.getBool(L"logEnabled", false), bag.getString(L"logFile", std::wstring()),
+                bag.getLong(L"logLevel", -1), bag.getLong(L"logOptions", -1)};
+    return true;
+}
+
 // The bytes that the file has once the settings are saved.
 std::string toFileContent(const DebugSettings& settings) {
     zustd::PropertyBag bag;
@@ -65,14 +77,25 @@ std::string toFileContent(const DebugSettings& settings) {
     return bytes;
 }
 
+// What there was is kept for the time of writing: the next run undoes a switch
+// that was killed half-way.
+void switchTo(bool enabled) {
+    const DebugSettings settings{enabled, kAutomaticLogFile, 10, 1};
+    auto kept = KeptFile::keep(getDebugConfigPath(), {toFileContent(settings)});
+    const bool saved = saveDebugSettings(settings, true);
+    if (kept) {
+        saved ? kept->forget() : kept->putBack();
+    }
+}
+
 void showDetails(const DebugSettings& settings) {
-    printAndRecord("\nDetailed debug settings:\n");
-    printAndRecord("-----------------------\n");
-    printAndRecord("  logEnabled=%s\n", settings.logEnabled ? "yes" : "no");
-    printAndRecord("  logFile=%s\n", zustd::narrow(settings.logFile).c_str());
-    printAndRecord("  logLevel=%ld\n", static_cast<long>(settings.logLevel));
-    printAndRecord("  logOptions=%ld\n\n", static_cast<long>(settings.logOptions));
-    printAndRecord("  outlook is running=%ls\n\n", isOutlookRunning() ? L"yes" : L"no");
+    printAndRecord(
+        "\nDetailed debug settings:\n-----------------------\n"
+        "  logEnabled=%s\n  logFile=%s\n  logLevel=%ld\n  logOptions=%ld\n\n"
+        "  outlook is running=%ls\n\n",
+        settings.logEnabled ? "yes" : "no", zustd::narrow(settings.logFile).c_str(),
+        static_cast<long>(settings.logLevel), static_cast<long>(settings.logOptions),
+        isOutlookRunning() ? L"yes" : L"no");
 }
 
 }  // namespace
@@ -81,7 +104,12 @@ std::wstring getAddinDataDirectory(zustd::SourcePlace place) {
     const auto root = zustd::ServiceLocator::instance();
     const auto as = root ? root->getService<zustd::ApplicationService>() : nullptr;
     ZU_ASSERT_AS(as, L"as", place);
-    return as->getApplicationDataDirectory(false);
+    std::wstring directory = as->getApplicationDataDirectory(false);
+    // Without memory the service leaves parts out: that would be another folder.
+    if (!directory.ends_with(std::wstring(L"\\") + kApplicationName)) {
+        throw std::bad_alloc();
+    }
+    return directory;
 }
 
 std::wstring getDebugConfigPath() { return getAddinDataDirectory() + L"\\debug.config"; }
@@ -95,18 +123,14 @@ DebugSettings loadDebugSettings(bool quiet) {
         }
         return {};
     }
-    zustd::PropertyBag bag;
-    if (!zustd::Loader::loadSerializedString(path, bag)) {
-        if (!quiet) {
-            // The wide path as it is, of which only the first letter shows: the
-            // line has always looked like this in the logs that support reads.
-            printAndRecord("  Could not load debug.config file %s\n",
-                           reinterpret_cast<const char*>(path.c_str()));
-        }
-        return {};
+    DebugSettings settings;
+    if (!readFrom(path, settings) && !quiet) {
+        // The wide path as it is, of which only the first letter shows: the
+        // line has always looked like this in the logs that support reads.
+        printAndRecord("  Could not load debug.config file %s\n",
+                       reinterpret_cast<const char*>(path.c_str()));
     }
-    return {bag.getBool(L"logEnabled", false), bag.getString(L"logFile", std::wstring()),
-            bag.getLong(L"logLevel", -1), bag.getLong(L"logOptions", -1)};
+    return settings;
 }
 
 bool isDebugLoggingEnabled() { return loadDebugSettings(true).logEnabled; }
@@ -121,9 +145,9 @@ bool saveDebugSettings(const DebugSettings& settings, bool rotateLogs) {
     return saved;
 }
 
-void enableDebugLogging() { saveDebugSettings({true, kAutomaticLogFile, 10, 1}, true); }
+void enableDebugLogging() { switchTo(true); }
 
-void disableDebugLogging() { saveDebugSettings({false, kAutomaticLogFile, 10, 1}, true); }
+void disableDebugLogging() { switchTo(false); }
 
 void showDebugLoggingSettings(bool detailed) {
     printAndRecord("\n%s\n", kRule);
@@ -181,9 +205,13 @@ void TemporaryDebugSettings::replace(const DebugSettings& settings, bool rotateL
                                      WhenMissing whenMissing) {
     mendDebugSettings();
     const std::wstring path = getDebugConfigPath();
-    removeFile_ = whenMissing == WhenMissing::kRemoveFile && !zustd::isFile(path);
-    saved_ = loadDebugSettings(true);
+    // Once more: without memory a good file cannot be read either, and defaults
+    // would take its place in the end.
+    if (!readFrom(path, saved_)) {
+        readFrom(path, saved_);
+    }
     kept_ = KeptFile::keep(path, {toFileContent(settings), toFileContent(saved_)});
+    removeFile_ = whenMissing == WhenMissing::kRemoveFile && kept_ && !kept_->hadFile();
     if (!kept_) {
         printAndRecord("Could not keep the debug settings; they stay as they are (%s)\n",
                        zustd::narrow(path).c_str());

@@ -15,6 +15,8 @@
 
 namespace zuplutil {
 
+inline constexpr wchar_t kApplicationName[] = L"Pellory For Outlook";
+
 // Stands for debug.log in the add-in's data directory.
 inline constexpr wchar_t kAutomaticLogFile[] = L"$(auto)";
 
@@ -27,7 +29,7 @@ struct DebugSettings {
 };
 
 // The add-in's data directory; not created. Fails the assertion "as" at that
-// place without an application service.
+// place without an application service, and throws without memory.
 std::wstring getAddinDataDirectory(zustd::SourcePlace place = ZU_LINE(148));
 std::wstring getDebugConfigPath();
 

@@ -92,21 +92,19 @@ Machine inspectMachine() {
 // Makes the folders that archive and logs go to; all is gathered where the work
 // folder is when a share refuses the other one.
 Folders makeFolders() {
-    Folders folders{getDiagnosticsDirectory(), getWorkDirectory(), {}};
-    const std::wstring& work = folders.work;
-    folders.logs = work + L"\\PelloryLogs";
+    std::wstring diagnostics = getDiagnosticsDirectory();
+    const std::wstring work = getWorkDirectory(diagnostics);
     if (!zustd::isDirectory(work)) {
         makeDirectory(work);
     }
-    if (work != folders.diagnostics) {
+    if (work != diagnostics) {
         printAndRecord("The desktop is on a network share; collecting in %s\n",
                        zustd::narrow(work).c_str());
-        if (!zustd::isDirectory(folders.diagnostics) &&
-            !runAction([&] { makeDirectory(folders.diagnostics); })) {
-            folders.diagnostics = work;
+        if (!zustd::isDirectory(diagnostics) && !runAction([&] { makeDirectory(diagnostics); })) {
+            diagnostics = work;
         }
     }
-    return folders;
+    return {diagnostics, work, work + L"\\PelloryLogs"};
 }
 
 // Makes the log folder, or empties that of a former run, and enters it; false
@@ -303,10 +301,13 @@ void finish(const Folders& folders, bool packed) {
 void collectDiagnostics(bool light, bool includeOcat) {
     announce(light, includeOcat);
     const Machine machine = inspectMachine();
-    // The log folder could not be removed while the process is in it.
-    const auto goBack = [&] { setCurrentDirectory(machine.startDirectory); };
-    const zustd::ScopeExit goBackAtTheLatest(goBack);
     const Folders folders = makeFolders();
+    // The log folder could not be removed while the process is in it.
+    const auto goBack = [&] {
+        return setCurrentDirectory(machine.startDirectory) ||
+               setCurrentDirectory(folders.diagnostics);
+    };
+    const zustd::ScopeExit goBackAtTheLatest(goBack);
     if (!enterLogs(folders.logs)) {
         return;
     }

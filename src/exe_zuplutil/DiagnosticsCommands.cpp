@@ -145,6 +145,7 @@ std::string expand(std::string_view text, const Values& values, const Values& mo
     std::string result;
     for (std::size_t open; (open = text.find('{')) != text.npos;) {
         const std::size_t close = text.find('}', open);
+        ZU_ASSERT(close != text.npos);
         const std::string_view name = text.substr(open + 1, close - open - 1);
         const auto hasName = [name](const NamedValue& value) { return value.name == name; };
         auto value = std::find_if(values.begin(), values.end(), hasName);

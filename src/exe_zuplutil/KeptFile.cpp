@@ -85,12 +85,15 @@ HANDLE create(const std::wstring& name) {
 template <class File>
 bool readFile(const std::wstring& name, std::optional<std::string>& content) {
     content.reset();
-    if (!zustd::isFile(name)) {
-        return true;
-    }
     const File file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                 nullptr, OPEN_EXISTING, 0, nullptr));
-    return file && readAll(file.get(), content.emplace());
+    if (!file) {
+        // A folder of that name counts as none.
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+               zustd::isDirectory(name);
+    }
+    return readAll(file.get(), content.emplace());
 }
 
 }  // namespace
@@ -183,13 +186,26 @@ bool KeptFile::decode(const std::string& bytes) {
     return told;
 }
 
-// A content of ours, or what there was, as far as a process got with writing it.
+// A content of ours, or what there was, as far as a process got with writing it:
+// a beginning, or a whole one behind which the end of a longer one still stands
+// or stands already (see zustd::ReplacedFile).
 bool KeptFile::isOurs(const Content& content) const {
-    const auto isBeginningOf = [&](const std::string& whole) {
-        return whole.starts_with(*content);
-    };
-    return content && ((former_ && isBeginningOf(*former_)) ||
-                       std::any_of(ours_.begin(), ours_.end(), isBeginningOf));
+    if (!content) {
+        return false;
+    }
+    const std::string_view now = *content;
+    std::vector<std::string_view> known(ours_.begin(), ours_.end());
+    if (former_) {
+        known.push_back(*former_);
+    }
+    return std::any_of(known.begin(), known.end(), [&](std::string_view whole) {
+        return whole.starts_with(now) ||
+               (now.starts_with(whole) &&
+                std::any_of(known.begin(), known.end(), [&](std::string_view longer) {
+                    return longer.size() >= now.size() &&
+                           longer.substr(whole.size()).starts_with(now.substr(whole.size()));
+                }));
+    });
 }
 
 KeptFile::Left KeptFile::putBackContent() const {

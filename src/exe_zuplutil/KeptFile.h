@@ -38,6 +38,8 @@ public:
     static std::optional<KeptFile> keep(const std::wstring& file,
                                         const std::vector<std::string>& ours);
 
+    bool hadFile() const { return former_.has_value(); }
+
     // Puts back what a former process left.
     static Left mend(const std::wstring& file);
 

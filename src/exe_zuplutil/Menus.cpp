@@ -84,6 +84,9 @@ void removeSettingsIfSure() {
     if (askYesNo("Your current Pellory settings will be removed from this machine.\n"
                  "You will need to reconfigure and retrain Pellory after this!")) {
         removeSettings(true);
+        if (hasSettingsFiles()) {
+            printAndRecord("Could not remove all Pellory settings.\n");
+        }
     }
 }
 
@@ -124,24 +127,21 @@ Menu diagnosticsMenuEntries() {
 }
 
 void tellWhatToTry() {
-    printAndRecord("%s\n", kRule128.c_str());
     printAndRecord(
+        "%s\n"
         "Now please go to Outlook again and click (not double-click) once on an email in your "
-        "inbox (opening it is not necessary).\n");
-    printAndRecord(
+        "inbox (opening it is not necessary).\n"
         "Wait until Pellory makes a suggestion for this email in the Pellory task pane or "
-        "toolbar.\n");
-    printAndRecord(
+        "toolbar.\n"
         "If you did not train any folders in Outlook yet, you can do so now with the Pellory "
-        "Folder Wizard and repeat the above steps.\n");
-    printAndRecord(
+        "Folder Wizard and repeat the above steps.\n"
         "In addition to the above, in case you reported a specific issue with Pellory, it's a "
-        "good idea to try to reproduce this issue now.\n");
-    printAndRecord("When done, shut down Outlook again and press any key here to continue...\n");
-    printAndRecord(
+        "good idea to try to reproduce this issue now.\n"
+        "When done, shut down Outlook again and press any key here to continue...\n"
         "\nPlease note:\nOutlook might appear run a little slower than usual while collection of "
-        "diagnostics is active.  This is normal.\n");
-    printAndRecord("%s\n", kRule128.c_str());
+        "diagnostics is active.  This is normal.\n"
+        "%s\n",
+        kRule128.c_str(), kRule128.c_str());
 }
 
 }  // namespace

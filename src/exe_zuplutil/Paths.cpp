@@ -71,8 +71,7 @@ std::wstring getDiagnosticsDirectory() {
     return base + kDiagnosticsFolder;
 }
 
-std::wstring getWorkDirectory() {
-    std::wstring diagnostics = getDiagnosticsDirectory();
+std::wstring getWorkDirectory(const std::wstring& diagnostics) {
     if (isOnNetworkShare(diagnostics)) {
         for (const std::wstring& base :
              {getUserFolder(CSIDL_LOCAL_APPDATA), getTemporaryFolder()}) {

@@ -9,11 +9,11 @@ namespace zuplutil {
 // it lies in the user's documents when there is no desktop. Not created.
 std::wstring getDiagnosticsDirectory();
 
-// The folder in which a collection gathers: the diagnostics folder, unless that
+// The folder in which a collection gathers: the given diagnostics folder, unless that
 // lies on a network share, where the command interpreter has no current
 // directory; then one of the same name in the user's local application data or,
 // where that too is on a share, in the temporary folder. Not created.
-std::wstring getWorkDirectory();
+std::wstring getWorkDirectory(const std::wstring& diagnostics);
 
 // The process's current directory; empty when the system cannot tell it.
 std::wstring getCurrentDirectory();

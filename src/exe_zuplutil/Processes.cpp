@@ -21,10 +21,10 @@ bool hasName(const PROCESSENTRY32W& entry, const std::wstring& exeName) {
 
 void showWarning(const char* state, const char* request) {
     constexpr const char* kRule = "=============================================================";
-    printAndRecord("\n\n%s\n", kRule);
-    printAndRecord("Attention: It looks like Microsoft Outlook is %s running.\n", state);
-    printAndRecord("           Please %s Outlook first before continuing...\n", request);
-    printAndRecord("%s\n\n", kRule);
+    printAndRecord(
+        "\n\n%s\nAttention: It looks like Microsoft Outlook is %s running.\n"
+        "           Please %s Outlook first before continuing...\n%s\n\n",
+        kRule, state, request, kRule);
 }
 
 }  // namespace

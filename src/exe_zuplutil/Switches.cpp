@@ -61,6 +61,9 @@ int runSwitches(const std::vector<std::wstring>& switches) {
         std::fputs("invalid arguments\n", stderr);
         return 1;
     }
+    // Where the settings are is the shell's to say, which a call without an
+    // action need not load.
+    runAction(&mendDebugSettings);
     runAction([&] { action->run(switches); });
     if (isPresent(switches, L"-pause")) {
         waitForKey();

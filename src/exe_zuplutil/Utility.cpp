@@ -48,7 +48,7 @@ void registerApplicationService() {
     auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
     backend->setModuleInstance(nullptr);
     backend->setSecondHostHandle(nullptr);
-    backend->setApplicationName(L"Pellory For Outlook");
+    backend->setApplicationName(kApplicationName);
     zustd::joinImplementation(*service, std::move(backend));
     zustd::ServiceLocator::instance()->registerService(service, true, true);
 }
@@ -58,6 +58,7 @@ int run(int argc, wchar_t** argv) {
     std::vector<std::wstring> others;
     splitArguments(argc, argv, switches, others);
     if (switches.empty() && others.empty()) {
+        runAction(&mendDebugSettings);
         mainMenu();
         return 0;
     }
@@ -76,7 +77,6 @@ int runUtility(int argc, wchar_t** argv) {
         showBanner();
         registerResourceService();
         registerApplicationService();
-        runAction(&mendDebugSettings);
         exitCode = run(argc, argv);
     });
     return exitCode;

@@ -49,12 +49,13 @@ bool ReplacedFile::write(std::string_view bytes) noexcept {
     const std::int64_t former = std::max<std::int64_t>(_filelengthi64(file), 0);
     const auto size = static_cast<std::int64_t>(bytes.size());
     const auto kept = static_cast<std::size_t>(std::min(former, size));
-    if ((former != 0 && !moveTo(file, former)) || !put(file, bytes.substr(kept))) {
+    const bool isWritten = (former == 0 || moveTo(file, former)) && put(file, bytes.substr(kept)) &&
+                           (former == 0 || (moveTo(file, 0) && put(file, bytes.substr(0, kept))));
+    if (!isWritten) {
         cutAt(file, former);
         return false;
     }
-    return former == 0 || (moveTo(file, 0) && put(file, bytes.substr(0, kept)) &&
-                           (size >= former || cutAt(file, size)));
+    return size >= former || cutAt(file, size);
 }
 
 bool ReplacedFile::close() noexcept { return _close(file_.release()) == 0; }

@@ -84,7 +84,7 @@ UtilityProcess& UtilityTest::start(const std::vector<std::wstring>& arguments,
     if (!before_) {
         before_ = filesBelow(folders_.root());
     }
-    const bool isQuick = program.empty() && environment_.contains(L"PELLORY_RECORD_ONLY");
+    const bool isQuick = program.empty() && !environment_[L"PELLORY_RECORD_ONLY"].empty();
     processes_.push_back(
         std::make_unique<UtilityProcess>(isQuick ? builtProgram("tests/support/collect_driver.exe")
                                          : program.empty() ? shippedProgram()
@@ -134,18 +134,16 @@ LockedFile::LockedFile(const fs::path& file)
     EXPECT_NE(handle_, INVALID_HANDLE_VALUE);
 }
 
-RunningProgram::RunningProgram(const TestFolders& folders, const std::wstring& name)
-    : lifeline_(folders.bench() / "lifeline") {
+RunningProgram::RunningProgram(const TestFolders& folders, const std::wstring& name) {
     const fs::path program = folders.bench() / name;
     fs::copy_file(builtProgram("tests/support/sleeper.exe"), program,
                   fs::copy_options::overwrite_existing);
-    write(lifeline_, "");
-    process_ = std::make_unique<UtilityProcess>(program, std::vector{lifeline_.wstring()},
+    process_ = std::make_unique<UtilityProcess>(program, std::vector<std::wstring>(),
                                                 folders.bench(), Environment());
 }
 
 RunningProgram::~RunningProgram() {
-    fs::remove(lifeline_);
+    process_->closeInput();
     process_->exitCode();
 }
 

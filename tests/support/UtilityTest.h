@@ -130,7 +130,6 @@ public:
     ~RunningProgram();
 
 private:
-    fs::path lifeline_;
     std::unique_ptr<UtilityProcess> process_;
 };
 

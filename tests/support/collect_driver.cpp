@@ -66,7 +66,7 @@ int wmain(int argc, wchar_t** argv) {
         --argc;
     }
     if (!standin::environmentVariable(L"PELLORY_RECORD_ONLY").empty()) {
-        *standin::importSlot("system") = reinterpret_cast<void*>(&noteCommand);
+        standin::replaceImport("system", reinterpret_cast<void*>(&noteCommand));
     }
     const std::wstring what = argc > 1 ? argv[1] : L"";
     if (what == L"steps") {

@@ -71,7 +71,7 @@ protected:
     const fs::path library_ = builtProgram("tests/support/test_addin.dll");
 };
 
-TEST_F(AddinProbeTest, WhateverTheAddinDoesIsOneLineAndTheCollectionGoesOn) {
+TEST_F(AddinProbeTest, addin_misbehaving_isOneLineAndTheCollectionGoesOn) {
     const RegisteredAddin addin(library_);
     const std::string mine = debugConfig("y", "$(auto)", "7", "3");
     write(config(), mine);
@@ -113,7 +113,7 @@ TEST_F(AddinProbeTest, WhateverTheAddinDoesIsOneLineAndTheCollectionGoesOn) {
     EXPECT_TRUE(read(folders_.start() / "probe.log").ends_with("seconds and was ended\r\n"));
 }
 
-TEST_F(AddinProbeTest, AUtilityKilledWhileItProbesTakesTheAddinAlongAndTheNextRunMends) {
+TEST_F(AddinProbeTest, utility_killedWhileProbing_takesTheAddinAlongAndTheNextRunMends) {
     const RegisteredAddin addin(library_);
     environment_[L"PELLORY_ADDIN"] = L"hangs";
     recordOnly();
@@ -141,7 +141,7 @@ TEST_F(AddinProbeTest, AUtilityKilledWhileItProbesTakesTheAddinAlongAndTheNextRu
     }
 }
 
-TEST_F(AddinProbeTest, SettingsThatCannotBePutBackAreLeftToTheNextRun) {
+TEST_F(AddinProbeTest, settings_notPutBack_areLeftToTheNextRun) {
     const RegisteredAddin addin(library_);
     environment_[L"PELLORY_ADDIN"] = L"waits";
     recordOnly();
@@ -162,7 +162,7 @@ TEST_F(AddinProbeTest, SettingsThatCannotBePutBackAreLeftToTheNextRun) {
 
 BOOL WINAPI ignoreConsoleEvent(DWORD) { return TRUE; }
 
-TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep) {
+TEST_F(AddinProbeTest, ctrlC_whileProbing_putsTheSettingsBackWithoutAnotherStep) {
     const RegisteredAddin addin(library_);
     environment_[L"PELLORY_ADDIN"] = L"hangs";
     write(config(), debugConfig("n", "$(auto)", "7", "3"));
@@ -189,7 +189,7 @@ TEST_F(AddinProbeTest, CtrlCEndsTheAddinAndPutsTheSettingsBackWithoutAnotherStep
     EXPECT_EQ(joined(changes()).find(kData), std::string::npos) << joined(changes());
 }
 
-TEST_F(AddinProbeTest, WithoutSettingsThereAreNoneAfterwardsAndLogsStay) {
+TEST_F(AddinProbeTest, settings_missing_areMissingAfterwardsAndLogsStay) {
     write(folders_.addinData() / "debug.log", "a line\r\n");
     {
         const RegisteredAddin addin(library_);

@@ -42,7 +42,7 @@ protected:
     const fs::path folder_ = folders_.logs();
 };
 
-TEST_F(ArchiveCheckTest, TakesTheFormsThatArchiversWrite) {
+TEST_F(ArchiveCheckTest, wholeArchive_inAnyForm_holdsTheFolder) {
     const std::string end = number(0x06054B50, 4);
     for (const bool is64 : {false, true}) {
         const ZipWriter plain = whole(is64);
@@ -60,7 +60,7 @@ TEST_F(ArchiveCheckTest, TakesTheFormsThatArchiversWrite) {
     EXPECT_TRUE(holds(other.bytes()));
 }
 
-TEST_F(ArchiveCheckTest, MissesEveryFileThatIsNotThereAsItIs) {
+TEST_F(ArchiveCheckTest, archive_lackingAFile_doesNotHoldTheFolder) {
     for (const auto& [missing, its] : kFiles) {
         for (const bool withOtherSize : {false, true}) {
             ZipWriter archive;
@@ -102,7 +102,7 @@ std::string marks(bool is64) {
                  : std::string(22, 'X'));
 }
 
-TEST_F(ArchiveCheckTest, SeesEveryCutAndEveryChangeOfAStructure) {
+TEST_F(ArchiveCheckTest, archive_cutOrChanged_doesNotHoldTheFolder) {
     for (const bool is64 : {false, true}) {
         const std::string bytes = whole(is64).bytes();
         const std::string matters = marks(is64);

@@ -47,7 +47,7 @@ protected:
     UtilityProcess& utility_ = startWithLeftovers();
 };
 
-TEST_F(CleanUpTest, RemovesLogsOnceAfterAYesAndNothingElse) {
+TEST_F(CleanUpTest, logs_afterAYes_areRemovedOnceAndNothingElse) {
     EXPECT_EQ(answerEntry("7", {"", "x", "0", "no"}), "");
     EXPECT_EQ(changes(), Lines());
     const fs::path log = folders_.addinData() / "dump.log-1.bak";
@@ -80,7 +80,7 @@ TEST_F(CleanUpTest, RemovesLogsOnceAfterAYesAndNothingElse) {
     leave();
 }
 
-TEST_F(CleanUpTest, RemovesSettingsAfterAYes) {
+TEST_F(CleanUpTest, settings_afterAYes_areRemoved) {
     EXPECT_EQ(answerEntry("5", {"n"}), "");
     EXPECT_EQ(changes(), Lines());
     {
@@ -98,7 +98,7 @@ protected:
     CleanUpWithBlanksTest() : CleanUpTest(L"two & words") {}
 };
 
-TEST_F(CleanUpWithBlanksTest, RunsTheLineUnlessItReachesAnotherFolder) {
+TEST_F(CleanUpWithBlanksTest, pathWithBlanks_cleanedUp_isLeftAndNoOtherFolderReached) {
     const std::string folder = backslashed(folders_.diagnostics());
     const std::string stays = "Could not remove this directory; please delete it yourself.\n";
     const std::string end =
@@ -126,7 +126,7 @@ protected:
     CleanUpWithSignsTest() : CleanUpTest(L"R&D^2(%TEMP%)") {}
 };
 
-TEST_F(CleanUpWithSignsTest, RemovesTheFolderAndNoneThatIsNamedAsAPart) {
+TEST_F(CleanUpWithSignsTest, pathWithSigns_cleanedUp_isRemovedAndNoPartOfIt) {
     write(folders_.bench() / "R/Desktop/PelloryDiagnostics/keep.txt", "text");
     write(folders_.bench() / "R&D2(%TEMP%)/Desktop/PelloryDiagnostics/keep.txt", "text");
     EXPECT_TRUE(answerEntry("7", {"y"})
@@ -175,7 +175,7 @@ std::string actInMessageBox(UtilityProcess& utility, Deed deed) {
 
 using AskRemoveSettingsTest = UtilityTest;
 
-TEST_F(AskRemoveSettingsTest, RemovesThemAfterAYesAlone) {
+TEST_F(AskRemoveSettingsTest, messageBox_answered_removesAfterAYesAlone) {
     for (const Deed deed : {Deed::kEnter, Deed::kEnd, Deed::kYes}) {
         write(folders_.addinData() / "settings_1.config", "settings");
         UtilityProcess& utility = start({L"-askremovesettings", L"-logdiagnostics"});

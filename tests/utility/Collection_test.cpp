@@ -79,7 +79,7 @@ protected:
     }
 };
 
-TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
+TEST_P(CollectionTest, nameWithSigns_collected_leavesArchiveAndReadmeAlone) {
     const wchar_t* const key = L"Software\\Microsoft\\Office\\Outlook";
     RegSetKeyValueW(HKEY_CURRENT_USER, key, L"PelloryTest", REG_SZ, L"mark", 10);
     const std::string config = debugConfig("n", "$(auto)", "3", "5");
@@ -137,14 +137,12 @@ TEST_P(CollectionTest, PacksTheLogsAndLeavesArchiveAndReadme) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, CollectionTest,
-                         ::testing::Values(L"it's (2) o'clock", L"B\u00fcro=a;b,c! \u00c4\u00df",
-                                           L"\u30c7\u30b9\u30af \u0420\u0430 \U0001F600",
-                                           L"Tom & Ann^2", L"%TEMP%TMP% user",
-                                           L"100% R&D (%TEMP%)"));
+                         ::testing::Values(L"B\u00fcro=a;b,c! it's \u30c7 \u0420\U0001F600",
+                                           L"100% R&D^2 (%TEMP%TMP%)"));
 
 using CollectionTwiceTest = UtilityTest;
 
-TEST_F(CollectionTwiceTest, KeepsTheLogsUnlessTheNewArchiveHasThemAll) {
+TEST_F(CollectionTwiceTest, packing_failed_keepsAndNamesTheLogs) {
     const std::string logs = backslashed(folders_.logs());
     const std::string zip = backslashed(folders_.zip());
     const fs::path script = folders_.diagnostics() / "plutil_zip.vbs";
@@ -162,7 +160,7 @@ TEST_F(CollectionTwiceTest, KeepsTheLogsUnlessTheNewArchiveHasThemAll) {
         write(folders_.zip(), "the last archive, which would be taken for the new one");
         write(folders_.logs() / "stale.log", "the last log");
         environment_[L"PELLORY_ZIP_GATE"] = L"never";
-        environment_[L"PELLORY_RECORD_ONLY"] = *failure == 'r' ? L"1" : L"";
+        environment_[L"PELLORY_RECORD_ONLY"] = *failure == 'f' ? L"" : L"1";
         fs::create_directories(*failure == 'w' ? script : folders_.diagnostics());
         std::optional<LockedFile> lock;
         if (*failure == 'd') {
@@ -196,7 +194,7 @@ TEST_F(CollectionTwiceTest, KeepsTheLogsUnlessTheNewArchiveHasThemAll) {
     }
 }
 
-TEST_F(CollectionTwiceTest, WaitsForAShellThatStillPacks) {
+TEST_F(CollectionTwiceTest, shell_stillPacking_isWaitedFor) {
     const fs::path gate = folders_.bench() / "gate";
     environment_[L"PELLORY_ZIP_GATE"] = gate.wstring();
     UtilityProcess& utility = start(kStandard);
@@ -210,7 +208,7 @@ TEST_F(CollectionTwiceTest, WaitsForAShellThatStillPacks) {
     }
 }
 
-TEST_F(CollectionTwiceTest, EndsWhereAFolderOrAnOldLogIsInTheWay) {
+TEST_F(CollectionTwiceTest, folderOrOldLog_inTheWay_endsTheCollection) {
     const fs::path old = folders_.logs() / "old.log";
     write(old, "still open");
     {
@@ -231,7 +229,7 @@ TEST_F(CollectionTwiceTest, EndsWhereAFolderOrAnOldLogIsInTheWay) {
     EXPECT_EQ(commands(), Lines());
 }
 
-TEST_F(CollectionTwiceTest, GathersInALocalFolderWhenTheDesktopIsOnAShare) {
+TEST_F(CollectionTwiceTest, desktop_onAShare_gathersInALocalFolder) {
     // Not a drive's path either: what the interpreter refuses begins like this.
     environment_[L"TESTROOT"] = L"\\\\?\\" + folders_.root().wstring();
     write(folders_.addinData() / "debug.log", "a line");
@@ -249,7 +247,7 @@ TEST_F(CollectionTwiceTest, GathersInALocalFolderWhenTheDesktopIsOnAShare) {
     EXPECT_EQ(fs::remove_all(local), 0u) << "nothing is left there";
 }
 
-TEST_F(CollectionTwiceTest, GoesToTheDocumentsWithoutADesktop) {
+TEST_F(CollectionTwiceTest, desktop_missing_goesToTheDocuments) {
     recordOnly();
     allow("Documents/PelloryDiagnostics/");
     fs::remove_all(folders_.desktop());

@@ -18,7 +18,7 @@ protected:
     }
 };
 
-TEST_F(DebugLoggingTest, TheReportTellsWhatTheFileHoldsOrWhyItTellsNothing) {
+TEST_F(DebugLoggingTest, report_anyFile_tellsWhatItHoldsOrWhyItDoesNot) {
     const std::string off = "Pellory Debug Logging is currently disabled.\n";
     const std::string on =
         "Pellory Debug Logging is currently enabled.\n\nPlease note:\n"
@@ -63,7 +63,7 @@ TEST_F(DebugLoggingTest, TheReportTellsWhatTheFileHoldsOrWhyItTellsNothing) {
     EXPECT_EQ(utility.exitCode(), 0);
 }
 
-TEST_F(DebugLoggingTest, MovesTheLogsAsideAtEverySwitch) {
+TEST_F(DebugLoggingTest, logs_switched_areMovedAside) {
     EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kEnabled);
     EXPECT_PRED2(hasForm, joined(changes()),
                  "new " + kData + "debug.config\ngone " + kData + "debug.log\nnew " + kData +
@@ -76,7 +76,7 @@ TEST_F(DebugLoggingTest, MovesTheLogsAsideAtEverySwitch) {
     EXPECT_EQ(changes().size(), 6u);
 }
 
-TEST_F(DebugLoggingTest, MovesACustomLogAsideInItsOwnFolderAndNoneWithoutAName) {
+TEST_F(DebugLoggingTest, customLog_switched_isMovedAsideInItsOwnFolder) {
     recordOnly();
     allow("Documents/");
     write(config(), debugConfig("n", "", "1", "2"));
@@ -91,7 +91,7 @@ TEST_F(DebugLoggingTest, MovesACustomLogAsideInItsOwnFolderAndNoneWithoutAName) 
     EXPECT_PRED2(hasForm, changes().back() + "\n", "new Documents/own.log" + kStamp);
 }
 
-TEST_F(DebugLoggingTest, NamesALogThatCannotBeMovedAndSwitchesAllTheSame) {
+TEST_F(DebugLoggingTest, log_locked_isNamedAndLoggingSwitched) {
     const fs::path log = folders_.addinData() / "debug.log";
     const LockedFile lock(log);
     const std::string output = run({L"-enableDebugging"});
@@ -104,7 +104,7 @@ TEST_F(DebugLoggingTest, NamesALogThatCannotBeMovedAndSwitchesAllTheSame) {
     EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
 }
 
-TEST_F(DebugLoggingTest, AFileThatCannotBeWrittenStaysAsItIsAndNoFolderIsMade) {
+TEST_F(DebugLoggingTest, settings_notWritable_stayAndNoFolderIsMade) {
     fs::remove_all(folders_.addinData());
     EXPECT_EQ(run({L"-enableDebugging"}), std::string(kBanner) + kDisabled);
     EXPECT_EQ(changes(), Lines());
@@ -114,7 +114,7 @@ TEST_F(DebugLoggingTest, AFileThatCannotBeWrittenStaysAsItIsAndNoFolderIsMade) {
     EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "3", "4"));
 }
 
-TEST_F(DebugLoggingTest, WhatAKilledRunLeftIsPutBackUnlessItHasChanged) {
+TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
     recordOnly();
     const std::string mine = debugConfig("n", "$(auto)", "7", "3") + "<!-- to the byte -->";
     const std::string ours = debugConfig("y", "$(auto)", "10", "1");

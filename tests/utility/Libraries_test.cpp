@@ -37,7 +37,7 @@ protected:
     fs::path planted() const { return folders_.bench() / "planted.txt"; }
 };
 
-TEST_F(LibrariesTest, AreNeverTakenFromTheProgramsFolderOrTheCurrentOne) {
+TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoaded) {
     recordOnly();
     plantLibraries();
     write(folders_.addinData() / "settings_1.config", "settings");
@@ -61,7 +61,7 @@ TEST_F(LibrariesTest, AreNeverTakenFromTheProgramsFolderOrTheCurrentOne) {
 }
 
 // The tests' prefix has no common controls and no GDI+ for this name.
-TEST_F(LibrariesTest, ThatOnlyWindowsNeedAreMissedByTheMessageBoxAlone) {
+TEST_F(LibrariesTest, windowLibraries_missing_failTheMessageBoxAlone) {
     const fs::path bare = copied(shippedProgram(), "zuplutil_bare.exe");
     write(folders_.addinData() / "settings_1.config", "settings");
     const std::pair<const wchar_t*, std::string> runs[] = {

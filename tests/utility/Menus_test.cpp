@@ -53,7 +53,7 @@ const std::string kDiagnosticsMenu =
 
 using MenusTest = UtilityTest;
 
-TEST_F(MenusTest, WhatIsNotAnEntryOrNotOneDigitIsRefusedOrAskedForAgain) {
+TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgain) {
     Lines lines = {"3", "5", "6", "8", "9", "1", "5", "6", "7", "8", "9", "0"};
     std::string expected = kBanner + kUsualMenu;
     for (std::size_t i = 0; i < 11; ++i) {
@@ -72,7 +72,7 @@ TEST_F(MenusTest, WhatIsNotAnEntryOrNotOneDigitIsRefusedOrAskedForAgain) {
     EXPECT_EQ(commands(), Lines());
 }
 
-TEST_F(MenusTest, TheMarksFollowTheFiles) {
+TEST_F(MenusTest, marks_filesChanged_follow) {
     write(folders_.addinData() / "settings_home.config", "");
     const std::string off = mainMenu("", kNone, "");
     const std::string on = mainMenu(kNone, "", "");
@@ -80,7 +80,7 @@ TEST_F(MenusTest, TheMarksFollowTheFiles) {
               kBanner + off + kEnabled + on + kSorry + on + kDisabled + off + kSorry + off);
 }
 
-TEST_F(MenusTest, TheDiagnosticsMenuCollectsAsItSaysAndRecordsTheAnswers) {
+TEST_F(MenusTest, diagnosticsMenu_chosen_collectsAsItSaysAndRecordsTheAnswer) {
     recordOnly();
     UtilityProcess& utility = start();
     utility.answer(kMenuPrompt, "1");
@@ -105,7 +105,7 @@ TEST_F(MenusTest, TheDiagnosticsMenuCollectsAsItSaysAndRecordsTheAnswers) {
     EXPECT_EQ(utility.output().find("\n>"), std::string::npos) << "the answers are not shown";
 }
 
-TEST_F(MenusTest, AProgramCountsAsOutlookByTheBeginningOfItsName) {
+TEST_F(MenusTest, program_running_countsAsOutlookByTheBeginningOfItsName) {
     const std::pair<const wchar_t*, bool> programs[] = {{L"OUTLOOK.EXE", true},
                                                         {L"outlook.exe.tmp", true},
                                                         {L"xoutlook.exe", false},
@@ -121,7 +121,7 @@ TEST_F(MenusTest, AProgramCountsAsOutlookByTheBeginningOfItsName) {
     }
 }
 
-TEST_F(MenusTest, TheEndOfInputRepeatsThePrompt) {
+TEST_F(MenusTest, input_ended_repeatsThePrompt) {
     UtilityProcess& utility = start();
     utility.closeInput();
     for (int i = 0; i < 100; ++i) {
@@ -131,7 +131,7 @@ TEST_F(MenusTest, TheEndOfInputRepeatsThePrompt) {
     utility.kill();
 }
 
-TEST_F(MenusTest, TheGuidedCollectionFollowsOutlook) {
+TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
     recordOnly();
     const std::string mine = debugConfig("n", "$(auto)", "2", "4");
     write(config(), mine);

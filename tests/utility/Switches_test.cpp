@@ -7,7 +7,7 @@ namespace {
 
 using SwitchesTest = UtilityTest;
 
-TEST_F(SwitchesTest, ArgumentsWithoutActionAreRefused) {
+TEST_F(SwitchesTest, arguments_withoutAction_areRefused) {
     for (const auto& arguments :
          std::vector<std::vector<std::wstring>>{{L""},
                                                 {L"-pause", L"-noocat", L"-light", L"foo"},
@@ -24,7 +24,7 @@ TEST_F(SwitchesTest, ArgumentsWithoutActionAreRefused) {
     EXPECT_EQ(changes(), Lines());
 }
 
-TEST_F(SwitchesTest, TheEarlierActionWinsWhereverItStands) {
+TEST_F(SwitchesTest, severalActions_given_theEarlierInTheListWins) {
     // There are no settings files: nothing is asked and nothing is done.
     EXPECT_EQ(run({L"-logdiagnostics", L"-enableDebugging", L"-askremovesettings"}), kBanner);
     EXPECT_EQ(changes(), Lines());
@@ -36,7 +36,7 @@ TEST_F(SwitchesTest, TheEarlierActionWinsWhereverItStands) {
     EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
 }
 
-TEST_F(SwitchesTest, PausesAfterTheAction) {
+TEST_F(SwitchesTest, pause_given_waitsAfterTheAction) {
     UtilityProcess& utility = start({L"-Pause", L"-enableDebugging"});
     EXPECT_TRUE(utility.waitFor(kEnabled));
     utility.answer(kKeyPrompt, "x");
