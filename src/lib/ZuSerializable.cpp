@@ -147,7 +147,7 @@ ValueKind kindFromName(std::wstring_view name) noexcept {
 
 // --- SerializableUnion -----------------------------------------------------------------
 
-SerializableUnion::SerializableUnion(const SerializableUnion& other) : ISerializable(other) {
+SerializableUnion::SerializableUnion(const SerializableUnion& other) : ReadsItself(other) {
     SerializableUnion::assign(other);
 }
 
@@ -173,19 +173,6 @@ void SerializableUnion::appendXml(std::wstring& text) const {
     if (held_) {
         held_->appendXml(text);
     }
-}
-
-void SerializableUnion::readXml(std::wistream& stream) {
-    XmlStream in(stream);
-    xml::skipProlog(in);
-    readFrom(in);
-    in.putBack();
-}
-
-void SerializableUnion::parseXml(const wchar_t*& begin, const wchar_t* end) {
-    XmlRange in(begin, end);
-    xml::skipProlog(in);
-    readFrom(in);
 }
 
 void SerializableUnion::setString(std::wstring value) { store(std::move(value)); }
@@ -288,13 +275,6 @@ void SerializableArray::appendXml(std::wstring& text) const {
     for (const SerializableUnion& element : value) {
         element.appendXml(text);
     }
-}
-
-void SerializableArray::readXml(std::wistream& stream) { xml::readStream(*this, stream); }
-
-void SerializableArray::parseXml(const wchar_t*& begin, const wchar_t* end) {
-    XmlRange in(begin, end);
-    readFrom(in);
 }
 
 }  // namespace zustd

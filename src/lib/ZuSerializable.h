@@ -68,10 +68,27 @@ inline constexpr std::wstring_view kCountTag = L"c";
 inline constexpr std::wstring_view kValueStart = L"<v>";
 inline constexpr std::wstring_view kValueEnd = L"</v>";
 
+// A value with one reader, readFrom, for both sources; steps over a prolog.
+template <class Value>
+class ReadsItself : public ISerializable {
+public:
+    void readXml(std::wistream& stream) override {
+        XmlStream in(stream);
+        xml::skipProlog(in);
+        static_cast<Value&>(*this).readFrom(in);
+        in.putBack();
+    }
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override {
+        XmlRange in(begin, end);
+        xml::skipProlog(in);
+        static_cast<Value&>(*this).readFrom(in);
+    }
+};
+
 // A single value of one kind, written as <v>…</v>. Reading leaves the value
 // as it is when there is no such element.
 template <class T>
-class SerializableT final : public ISerializable, public PooledObject {
+class SerializableT final : public ReadsItself<SerializableT<T>>, public PooledObject {
 public:
     SerializableT() = default;
     explicit SerializableT(T initial) : value(std::move(initial)) {}
@@ -81,12 +98,6 @@ public:
         SerializableText<T>::append(text, value);
         text.append(kValueEnd);
     }
-    void readXml(std::wistream& stream) override { xml::readStream(*this, stream); }
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override {
-        XmlRange in(begin, end);
-        readFrom(in);
-    }
-
     template <class Source>
     void readFrom(Source& in) {
         xml::readElement(in, kValueTag, [this](std::wstring_view text) {
@@ -200,7 +211,7 @@ struct KindTypes {
 using ValueKinds = KindTypes<std::wstring, std::int32_t, double, bool, DateTime, std::uint64_t,
                              std::shared_ptr<SharedObject>, std::vector<SerializableUnion>>;
 
-class SerializableUnion : public ISerializable {
+class SerializableUnion : public ReadsItself<SerializableUnion> {
 public:
     SerializableUnion() noexcept = default;
     SerializableUnion(const SerializableUnion& other);
@@ -210,8 +221,6 @@ public:
     ~SerializableUnion() override = default;
 
     void appendXml(std::wstring& text) const override;
-    void readXml(std::wistream& stream) override;
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
 
     // A setter overwrites a value of its own kind in place; otherwise the union
     // is null when there is no memory for the new value. What was there is
@@ -321,7 +330,7 @@ private:
 };
 
 // An ordered sequence of values, written as <c>count</c> and the elements.
-class SerializableArray final : public ISerializable, public PooledObject {
+class SerializableArray final : public ReadsItself<SerializableArray>, public PooledObject {
 public:
     // A file may leave out so many elements of its count at the most; they
     // are null.
@@ -332,8 +341,6 @@ public:
         : value(std::move(initial)) {}
 
     void appendXml(std::wstring& text) const override;
-    void readXml(std::wistream& stream) override;
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
 
     template <class Source>
     void readFrom(Source& in);
