@@ -215,9 +215,9 @@ TEST(CipherMemory, anyAllocationThatFailsOrNone_leavesNoBlockAndNoTextBehind) {
         }
         text += text.empty() ? "" : "..";  // a last sequence is whole
         for (const CipherEncoding encoding : kBothEncodings) {
-            const std::string message = Cipher::encipher(encoding, text);
+            const std::string message = Cipher::encipher(encoding, text, kKey);
             const std::function<bool()> operations[] = {
-                [&] { return !Cipher::encipher(encoding, text).empty(); },
+                [&] { return !Cipher::encipher(encoding, text, kKey).empty(); },
                 [&] {
                     std::wstring out;
                     Encoder::decodeFrom(static_cast<int>(encoding), message, out);
@@ -263,10 +263,10 @@ TEST(CipherInstalledKey, operationsWithoutKey_useTheInstalledOneOrAreRefused) {
     EXPECT_EQ(failure(), kRefused);
     setCipherKey(kKey);
     EXPECT_EQ(failure(), L"nothing");
-    EXPECT_EQ(Cipher::decipher(kEnciphered, Cipher::encipher(kEnciphered, kText), kKey), kText);
     std::wstring out = L"old";
     for (const CipherEncoding encoding : kBothEncodings) {
-        Encoder::decodeFrom(static_cast<int>(encoding), Cipher::encipher(encoding, kText), out);
+        Encoder::decodeFrom(static_cast<int>(encoding), Cipher::encipher(encoding, kText, kKey),
+                            out);
         EXPECT_EQ(out, L"Gr\u00FC\u00DFe, \u043C\u0438\u0440\r\n");
     }
     EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(kEncodingEnciphered, message, out); }),
@@ -274,8 +274,6 @@ TEST(CipherInstalledKey, operationsWithoutKey_useTheInstalledOneOrAreRefused) {
     EXPECT_EQ(out, L"");
     clearCipherKey();
     EXPECT_EQ(failure(), L"Cipher::decipher: no key installed");
-    EXPECT_EQ(thrownText([] { Cipher::encipher(kEnciphered, kText); }),
-              L"Cipher::encipher: no key installed");
 }
 
 // The program that enciphers files, which lies beside this one.

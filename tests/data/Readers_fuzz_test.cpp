@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cwchar>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
@@ -265,10 +267,10 @@ std::wstring contentOf(const PropertyBag& bag) {
     return all;
 }
 
-// Whether a document was read; by either source as the naive reader reads it.
+// What became of a document; by either source the same as by the naive reader.
 template <class Value>
-bool checkDocument(const std::wstring& document) {
-    bool accepted = false;
+std::string checkDocument(const std::wstring& document) {
+    std::string failure;
     for (const bool isStream : {true, false}) {
         Value value;
         NaiveReader naive(document, isStream);
@@ -278,9 +280,9 @@ bool checkDocument(const std::wstring& document) {
         EXPECT_LE(memory.peak(), 16384 + 100 * document.size());
         EXPECT_EQ(reading, expected) << isStream;
         EXPECT_EQ(contentOf(value), naive.content(value)) << isStream;
-        accepted = reading.failure.empty();
+        failure = reading.failure;
     }
-    return accepted;
+    return failure;
 }
 
 // The text of some bag, or what edits have made of it.
@@ -297,13 +299,16 @@ std::wstring randomDocument(Random& random) {
     PropertyBag bag;
     random.fill(bag, 4, 4, 3);
     std::wstring document = xmlOf(bag);
-    if (random.below(20) == 0) {
-        const std::size_t place = std::min(document.find(L"<t>"), document.size());
-        for (std::size_t level = 120 + random.below(10); level > 0; --level) {
-            document.insert(place, L"<t>array</t><c>1</c>");
-        }
+    // Some nest about as deep, or leave out about as much, as is allowed.
+    const std::size_t dice = random.below(16);
+    const std::size_t place = std::min(document.find(L"<t>"), document.size());
+    for (std::size_t level = dice == 0 ? 122 + random.below(12) : 0; level > 0; --level) {
+        document.insert(place, L"<t>array</t><c>1</c>");
     }
-    if (random.below(8) != 0) {
+    if (dice == 1) {
+        document.insert(place, formatWide(L"<t>array</t><c>%d</c>", 60 + random.below(12)));
+    }
+    if (random.below(8) > (dice < 2 ? 5U : 0U)) {
         mutate(document, kTokens, random);
     }
     return (random.below(2) == 0 ? L"" : std::wstring(kXmlHeader)) + document;
@@ -311,7 +316,7 @@ std::wstring randomDocument(Random& random) {
 
 TEST(Readers, randomDocuments_fromRangeAndStream_areReadAsTheDialectSays) {
     Random random(1227);
-    std::size_t accepted = 0;
+    std::map<std::string, std::size_t> counts;
     constexpr std::size_t kDocuments = 8000;
     for (std::size_t count = 0; count < kDocuments && !HasFailure(); ++count) {
         PropertyBag bag;
@@ -322,13 +327,20 @@ TEST(Readers, randomDocuments_fromRangeAndStream_areReadAsTheDialectSays) {
         ASSERT_EQ(xmlOf(back), xmlOf(bag));
         const std::wstring document = randomDocument(random);
         SCOPED_TRACE(random.label() + " " + testing::PrintToString(document));
-        accepted += checkDocument<PropertyBag>(document);
+        ++counts[checkDocument<PropertyBag>(document).substr(0, 12)];
         const std::size_t value = document.find(L"<t>");
         checkDocument<SerializableUnion>(document.substr(value < document.size() ? value : 0));
     }
     // The edits must not be so wild, nor so tame, that one side goes untested.
-    EXPECT_GT(accepted, kDocuments / 50);
-    EXPECT_LT(accepted, kDocuments - kDocuments / 20);
+    std::string covered;
+    for (const auto& [failure, count] : counts) {
+        covered += std::to_string(count) + " '" + failure + "'; ";
+    }
+    std::printf("%s\n", covered.c_str());
+    EXPECT_GT(counts["failed: dept"], kDocuments / 200) << "nested to the limit";
+    EXPECT_GT(counts["failed: impl"], kDocuments / 200) << "claimed more elements than there are";
+    EXPECT_GT(counts[""], kDocuments / 50);
+    EXPECT_LT(counts[""], kDocuments - kDocuments / 20);
 }
 
 template <class Step>

@@ -162,17 +162,6 @@ TEST(UnionXml, appendXml_everyKind_isTheExactText) {
     EXPECT_EQ(readFromRange(speaking, L"<o>").failure, "failed: not implemented");
 }
 
-TEST(UnionXml, arraysTooDeepToBeRead_cannotBeWritten) {
-    SerializableUnion deep;
-    for (int depth = 1; depth <= 129; ++depth) {
-        deep = arrayOf({deep});
-        EXPECT_EQ(
-            thrownText([&] { SerializableUnion::requireReadable(deep.arrayRef()); }) == L"nothing",
-            depth <= 128);
-        EXPECT_EQ(thrownText([&] { xmlOf(deep); }) == L"nothing", depth <= 128);
-    }
-}
-
 // Does something when it goes.
 class Leaving : public SharedObject {
 public:
