@@ -301,9 +301,11 @@ TEST(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
     const std::wstring out = folder.file(L"out");
     const std::wstring back = folder.file(L"back");
     const std::wstring in = file(L"in", std::string(kText));
+    std::set<std::string> nonces;
     for (const wchar_t* encoding : {L"2", L"3"}) {
         ASSERT_EQ(runTool({L"-e", encoding, L"-k", key, in, out}), 0);
         const std::string message = readBytes(out);
+        EXPECT_TRUE(nonces.insert(message.substr(4, 12)).second) << "of two processes";
         EXPECT_EQ(Cipher::decipher(static_cast<CipherEncoding>(*encoding - L'0'), message, kKey),
                   kText);
         EXPECT_EQ(runTool({L"-d", L"-e", encoding, L"-k", otherKey, out, back}), 3);

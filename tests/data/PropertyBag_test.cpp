@@ -46,7 +46,8 @@ Values someValues() {
     Values values(1);
     for (std::uint32_t kind = 0; kind <= 8; ++kind) {
         const std::wstring name(kindName(static_cast<ValueKind>(kind)));
-        for (const wchar_t* text : {L"", L"<v>5</v>", L"<v>-1</v>", L"<v>y</v>", L"<c>2</c>"}) {
+        for (const wchar_t* text : {L"", L"<v>5-1</v>", L"<v>5-2</v>", L"<v>-1</v>", L"<v>y</v>",
+                                    L"<c>2</c>", L"<c>2</c><t>bool</t>"}) {
             values.push_back(valueOf(L"<t>" + name + L"</t>" + text));
         }
     }
@@ -131,6 +132,8 @@ TEST(PropertyBag, randomChanges_besideAListOfValues_areHeldAndAnnouncedAlike) {
         const std::wstring& key = random.pick(kKeys);
         const SerializableUnion& value = random.pick(values);
         const std::size_t dice = random.below(9);
+        std::wstring seen;  // by whoever hears of a change
+        listener->next = [&] { seen = xmlOf(bag.getUnion(key)); };
         SCOPED_TRACE(random.label() + " step " + std::to_string(step));
         if (dice < 8 && (value.isNull() || value.isObject())) {
             bag.setUnion(key, value);
@@ -165,7 +168,9 @@ TEST(PropertyBag, randomChanges_besideAListOfValues_areHeldAndAnnouncedAlike) {
         bag.markSaved();
         const SerializableUnion* held = naive.find(key);
         EXPECT_EQ(bag.has(key), held != nullptr);
-        expectGetters(bag, key, held != nullptr ? *held : SerializableUnion());
+        const SerializableUnion now = held != nullptr ? *held : SerializableUnion();
+        EXPECT_EQ(seen, announced.empty() ? L"" : xmlOf(now));
+        expectGetters(bag, key, now);
     }
 }
 

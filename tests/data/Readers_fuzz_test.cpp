@@ -292,7 +292,7 @@ std::wstring randomDocument(Random& random) {
         L"<", L">", L"</", L"&", L"&amp;", L"&lt;", L"&x;", L" ", L"=", L"'", L"\"", L"-1", L"1e9",
         L"\xFFFF", L"\xD800", L"\n", L"<t>array</t>", L"<c>2</c>", L"<t>array</t><c>64</c>", L"<t>array</t><c>65</c>", L"<c>99999999",
         L"<t>long</t>", L"<t>object</t>", L"<t>datetime</t>", L"<v>", L"</v>", L"<p>", L"<t>x</t>",
-        L"<p><k>k</k>", L"</p>", L"<hmap>", L"</hmap>", L"</bag>", L"<bag>", L"<?x?>", L"<!-- x -->",
+        L"<p><k>k</k>", L"</p>", L"<hmap>", L"</hmap>", L"</hmapx>", L"</bag>", L"<bag>", L"<?x?>", L"<!-- x -->",
         L"<v a='b'>", L"<x y>", L"<hmap a=b>", L"<>", L"a='1'b=\"2\" c=", L"20-1-1",
         // clang-format on
     };
