@@ -179,8 +179,6 @@ TEST(PropertyBag, announceAll_hookThatReadsTheBagAnew_endsTheRound) {
     HookedBag bag;
     readFromStream(bag, document);
     EXPECT_EQ(bag.takeChanged(), Texts()) << "only reading from a range announces";
-    readFromRange(bag, document);
-    EXPECT_EQ(bag.takeChanged(), (Texts{L"z", L"a"}));
     bag.next = [&] { bag.parse(L"<hmap><p><k>n1</k></p><p><k>n2</k></p></hmap>"); };
     bag.announceAll();
     EXPECT_EQ(bag.takeChanged(), (Texts{L"z", L"n1", L"n2"}));

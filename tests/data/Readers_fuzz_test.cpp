@@ -47,7 +47,6 @@ public:
     NaiveReader(std::wstring text, bool isStream) : text_(std::move(text)), isStream_(isStream) {
         text_.resize(isStream ? std::min(text_.find(L'\xFFFF'), text_.size()) : text_.size());
     }
-    std::size_t at() const { return at_; }
     template <class Target>
     Reading read(const Target&) {
         try {
@@ -66,6 +65,7 @@ public:
         return all;
     }
 
+private:
     // Empty at the end, as is a tag without a name.
     std::wstring nextName(bool* found = nullptr) const {
         const std::size_t open = stop(text_, L"<", at_);
@@ -92,11 +92,10 @@ public:
         return false;
     }
     std::wstring readText() {
-        static constexpr std::pair<std::wstring_view, wchar_t> kEntities[] = {{L"&lt;", L'<'},
-                                                                              {L"&gt;", L'>'},
-                                                                              {L"&apos;", L'\''},
-                                                                              {L"&quot;", L'"'},
-                                                                              {L"&amp;", L'&'}};
+        // clang-format off
+        static constexpr std::pair<std::wstring_view, wchar_t> kEntities[] = {
+            {L"&lt;", L'<'}, {L"&gt;", L'>'}, {L"&apos;", L'\''}, {L"&quot;", L'"'}, {L"&amp;", L'&'}};
+        // clang-format on
         std::wstring text;
         const std::size_t end = stop(text_, L"<>", at_);
         while (at_ < end) {
@@ -118,8 +117,6 @@ public:
         }
         return text;
     }
-
-private:
     static bool isDeclaration(const std::wstring& tag) { return tag[0] == L'?' || tag[0] == L'!'; }
     static void require(bool condition, const char* failure) {
         if (!condition) {
