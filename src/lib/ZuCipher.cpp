@@ -165,15 +165,6 @@ unsigned hexDigitValue(char digit) noexcept {
     return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a') + 10 : kNoDigit;
 }
 
-CipherKey keyOfProcess(const wchar_t* textWithoutKey, SourcePlace place) {
-    InstalledKey& installed = installedKey();
-    const std::lock_guard lock(installed.mutex);
-    if (!installed.key) {
-        throwText(textWithoutKey, place);
-    }
-    return *installed.key;
-}
-
 }  // namespace
 
 CipherKey::CipherKey(std::span<const std::uint8_t, kSize> bytes) noexcept {
@@ -252,13 +243,15 @@ std::string Cipher::decipher(CipherEncoding encoding, std::string_view message,
     return encoding == CipherEncoding::kCompressed ? inflate(opened.text()) : opened.handOut();
 }
 
-std::string Cipher::encipher(CipherEncoding encoding, std::string_view utf8) {
-    return encipher(encoding, utf8, keyOfProcess(L"Cipher::encipher: no key installed", ZU_HERE));
-}
-
 std::string Cipher::decipher(CipherEncoding encoding, std::string_view message) {
-    return decipher(encoding, message,
-                    keyOfProcess(L"Cipher::decipher: no key installed", ZU_HERE));
+    InstalledKey& installed = installedKey();
+    std::unique_lock lock(installed.mutex);
+    if (!installed.key) {
+        throwText(L"Cipher::decipher: no key installed", ZU_HERE);
+    }
+    const CipherKey key = *installed.key;
+    lock.unlock();
+    return decipher(encoding, message, key);
 }
 
 namespace detail {

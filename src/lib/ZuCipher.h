@@ -87,7 +87,6 @@ public:
                                 const CipherKey& key);
 
     // The same with the installed key; throws when there is none.
-    static std::string encipher(CipherEncoding encoding, std::string_view utf8);
     static std::string decipher(CipherEncoding encoding, std::string_view message);
 };
 

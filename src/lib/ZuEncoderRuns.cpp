@@ -144,7 +144,7 @@ std::size_t encodeMixedBlock(__m128i units, __m128i isAscii, char* out) noexcept
     putHalf(out + (places & 0xFF), front >> 32);
     putHalf(out + (places >> 16 & 0xFF), back);
     putHalf(out + (places >> 32 & 0xFF), back >> 32);
-    return places >> 48;
+    return static_cast<std::size_t>(places >> 48);
 }
 
 // Encodes the blocks at the front that have no unit of three bytes. Leaves kLeft

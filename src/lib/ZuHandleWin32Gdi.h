@@ -60,7 +60,6 @@ using BrushHandle = Handle<NullHandleTraits<HBRUSH, &DeleteObject>>;
 using PenHandle = Handle<NullHandleTraits<HPEN, &DeleteObject>>;
 using BitmapHandle = Handle<NullHandleTraits<HBITMAP, &DeleteObject>>;
 using IconHandle = Handle<NullHandleTraits<HICON, &DestroyIcon>>;
-using RegionHandle = Handle<NullHandleTraits<HRGN, &DeleteObject>>;
 // What CreateCompatibleDC made. A context that BeginPaint or GetDC handed out
 // is never owned by one of these.
 using MemoryDeviceContext = Handle<NullHandleTraits<HDC, &DeleteDC>>;

@@ -1,10 +1,9 @@
-// Hash containers that keep their entries in the order of insertion.
+// A hash container that keeps its entries in the order of insertion.
 //
 // HashMap owns its entries one by one, at addresses that stay the same until
 // the entry is removed; a table of buckets beside them finds an entry by key.
 // Iteration walks the entries, not the buckets, so what was put in first comes
-// out first, whatever the hash function. HashSet and SizeMap are the same
-// table without values and with numbers for keys.
+// out first, whatever the hash function.
 //
 // Entries are cut from blocks that grow with the table, so that a large table
 // costs a handful of allocations, not one an entry. The hash is keyed anew in
@@ -156,7 +155,7 @@ public:
         // What destructors put in goes as well.
         do {
             clear();
-        } while (blocks_ != nullptr);
+        } while (first_ != nullptr);
     }
 
     std::size_t size() const noexcept { return size_; }
@@ -365,34 +364,6 @@ private:
     std::size_t size_ = 0;
     FreeSlot* free_ = nullptr;
     Block* blocks_ = nullptr;
-};
-
-// A set of keys in the order of insertion.
-template <class K = std::wstring>
-class HashSet {
-    struct Nothing {};
-
-public:
-    using KeyView = typename HashMap<Nothing, K>::KeyView;
-
-    std::size_t size() const noexcept { return keys_.size(); }
-    bool empty() const noexcept { return keys_.empty(); }
-    bool contains(KeyView key) const noexcept { return keys_.contains(key); }
-    // Whether the key was new.
-    bool insert(KeyView key) { return keys_.findOrInsert(key).second; }
-    bool remove(KeyView key) noexcept { return keys_.remove(key); }
-    void clear() { keys_.clear(); }
-
-    // Calls visit(key) for every key.
-    template <class Visit>
-    void forEach(Visit&& visit) const {
-        for (const auto& entry : keys_) {
-            visit(entry.key);
-        }
-    }
-
-private:
-    HashMap<Nothing, K> keys_;
 };
 
 // A table from numbers (identifiers, keys of rows, handles) to values.

@@ -137,8 +137,6 @@ double megabytes(unsigned long long bytes) noexcept {
     return static_cast<double>(bytes) * (1.0 / 1048576.0);
 }
 
-long long wholeMegabytes(DWORDLONG bytes) noexcept { return static_cast<long long>(bytes >> 20); }
-
 }  // namespace
 
 namespace detail {
@@ -239,20 +237,22 @@ std::wstring getMemoryInfo() {
     MEMORYSTATUSEX status{};
     status.dwLength = sizeof(status);
     GlobalMemoryStatusEx(&status);
+    const struct {
+        const wchar_t* format;
+        DWORDLONG total;
+        DWORDLONG free;
+    } lines[] = {{L"\nphysical memory: %*I64dMb / %*I64dMb total/free", status.ullTotalPhys,
+                  status.ullAvailPhys},
+                 {L"\npaging file:     %*I64dMb / %*I64dMb total/free", status.ullTotalPageFile,
+                  status.ullAvailPageFile},
+                 {L"\nvirtual memory:  %*I64dMb / %*I64dMb total/free", status.ullTotalVirtual,
+                  status.ullAvailVirtual}};
     std::wstring report =
         formatWide(L"memory used:   %*ld%%", width, static_cast<long>(status.dwMemoryLoad));
-    report +=
-        formatWide(L"\nphysical memory: %*I64dMb / %*I64dMb total/free", width,
-                   wholeMegabytes(status.ullTotalPhys), width, wholeMegabytes(status.ullAvailPhys));
-    report += formatWide(L"\npaging file:     %*I64dMb / %*I64dMb total/free", width,
-                         wholeMegabytes(status.ullTotalPageFile), width,
-                         wholeMegabytes(status.ullAvailPageFile));
-    report += formatWide(L"\nvirtual memory:  %*I64dMb / %*I64dMb total/free", width,
-                         wholeMegabytes(status.ullTotalVirtual), width,
-                         wholeMegabytes(status.ullAvailVirtual));
-    report += L"\n";
-    report += GetCrtHeapInfo();
-    return report;
+    for (const auto& [format, total, free] : lines) {
+        report += formatWide(format, width, total >> 20, width, free >> 20);
+    }
+    return report + L"\n" + GetCrtHeapInfo();
 }
 
 std::wstring GetCrtHeapInfo() noexcept {

@@ -101,43 +101,6 @@ void PropertyBag::readTable(Source& in) {
 
 // --- Getters and setters -------------------------------------------------------------
 
-template <class IsSame, class Store>
-void PropertyBag::change(std::wstring_view key, IsSame&& isSame, Store&& store) {
-    auto [entry, created] = table_.findOrInsert(key);
-    if (!created && isSame(entry.value)) {
-        return;
-    }
-    store(entry.value);
-    onChanged(entry.key);
-}
-
-template <class T>
-void PropertyBag::set(std::wstring_view key, const T& value) {
-    change(
-        key,
-        [&](const SerializableUnion& stored) {
-            const T* present = stored.peek<T>();
-            return present != nullptr ? *present == value : value == T();
-        },
-        [&](SerializableUnion& stored) { stored.store(value); });
-}
-
-template <class T>
-const T* PropertyBag::peek(std::wstring_view key) const {
-    const SerializableUnion* value = table_.find(key);
-    return value != nullptr ? value->peek<T>() : nullptr;
-}
-
-template <class T>
-T PropertyBag::getOr(std::wstring_view key, const T& defaultValue) const {
-    const T* value = peek<T>(key);
-    return value != nullptr ? *value : defaultValue;
-}
-
-std::wstring PropertyBag::getString(std::wstring_view key, const std::wstring& defaultValue) const {
-    return getOr(key, defaultValue);
-}
-
 bool PropertyBag::getString(std::wstring_view key, std::wstring& out,
                             const std::wstring& defaultValue) const {
     const std::wstring* value = peek<std::wstring>(key);
@@ -146,47 +109,15 @@ bool PropertyBag::getString(std::wstring_view key, std::wstring& out,
     return value != nullptr;
 }
 
-void PropertyBag::setString(std::wstring_view key, const std::wstring& value) { set(key, value); }
-
-std::int32_t PropertyBag::getLong(std::wstring_view key, std::int32_t defaultValue) const {
-    return getOr(key, defaultValue);
-}
-
-void PropertyBag::setLong(std::wstring_view key, std::int32_t value) { set(key, value); }
-
-double PropertyBag::getDouble(std::wstring_view key, double defaultValue) const {
-    return getOr(key, defaultValue);
-}
-
-void PropertyBag::setDouble(std::wstring_view key, double value) { set(key, value); }
-
-bool PropertyBag::getBool(std::wstring_view key, bool defaultValue) const {
-    return getOr(key, defaultValue);
-}
-
-void PropertyBag::setBool(std::wstring_view key, bool value) { set(key, value); }
-
-void PropertyBag::setDateTime(std::wstring_view key, const DateTime& value) { set(key, value); }
-
-DateTime PropertyBag::getDateTime(std::wstring_view key, const DateTime& defaultValue) const {
-    return getOr(key, defaultValue);
-}
-
 std::uint64_t PropertyBag::getSize(std::wstring_view key, std::uint64_t defaultValue,
                                    bool acceptLong) const {
-    const std::int32_t number = acceptLong ? getLong(key, -1) : -1;
+    const std::int32_t number = acceptLong ? getOr(key, std::int32_t{-1}) : -1;
     return getOr(key, number >= 0 ? static_cast<std::uint64_t>(number) : defaultValue);
 }
-
-void PropertyBag::setSize(std::wstring_view key, std::uint64_t value) { set(key, value); }
 
 void PropertyBag::setArray(std::wstring_view key, const std::vector<SerializableUnion>& value) {
     SerializableUnion::requireReadable(value);
     set(key, value);
-}
-
-std::vector<SerializableUnion> PropertyBag::getArray(std::wstring_view key) const {
-    return getOr(key, std::vector<SerializableUnion>());
 }
 
 void PropertyBag::clear(std::wstring_view key) {
@@ -200,12 +131,6 @@ bool PropertyBag::isNull(std::wstring_view key) const {
     const SerializableUnion* value = table_.find(key);
     return value == nullptr || value->isNull();
 }
-
-bool PropertyBag::has(std::wstring_view key) const { return table_.contains(key); }
-
-std::size_t PropertyBag::size() const { return table_.size(); }
-
-void PropertyBag::onChanged(std::wstring_view) {}
 
 SerializableUnion PropertyBag::getUnion(std::wstring_view key) const {
     const SerializableUnion* value = table_.find(key);

@@ -42,41 +42,53 @@ public:
     // parseXml over a whole text.
     virtual void parse(const std::wstring& text);
 
-    virtual std::wstring getString(std::wstring_view key, const std::wstring& defaultValue) const;
+    virtual std::wstring getString(std::wstring_view key, const std::wstring& defaultValue) const {
+        return getOr(key, defaultValue);
+    }
     // out receives the string, or the default; whether there was one.
     virtual bool getString(std::wstring_view key, std::wstring& out,
                            const std::wstring& defaultValue) const;
-    virtual void setString(std::wstring_view key, const std::wstring& value);
-    virtual std::int32_t getLong(std::wstring_view key, std::int32_t defaultValue) const;
-    virtual void setLong(std::wstring_view key, std::int32_t value);
-    virtual double getDouble(std::wstring_view key, double defaultValue) const;
+    virtual void setString(std::wstring_view key, const std::wstring& value) { set(key, value); }
+    virtual std::int32_t getLong(std::wstring_view key, std::int32_t defaultValue) const {
+        return getOr(key, defaultValue);
+    }
+    virtual void setLong(std::wstring_view key, std::int32_t value) { set(key, value); }
+    virtual double getDouble(std::wstring_view key, double defaultValue) const {
+        return getOr(key, defaultValue);
+    }
     // A stored NaN always counts as changed.
-    virtual void setDouble(std::wstring_view key, double value);
-    virtual bool getBool(std::wstring_view key, bool defaultValue) const;
-    virtual void setBool(std::wstring_view key, bool value);
-    virtual void setDateTime(std::wstring_view key, const DateTime& value);
-    virtual DateTime getDateTime(std::wstring_view key, const DateTime& defaultValue) const;
+    virtual void setDouble(std::wstring_view key, double value) { set(key, value); }
+    virtual bool getBool(std::wstring_view key, bool defaultValue) const {
+        return getOr(key, defaultValue);
+    }
+    virtual void setBool(std::wstring_view key, bool value) { set(key, value); }
+    virtual void setDateTime(std::wstring_view key, const DateTime& value) { set(key, value); }
+    virtual DateTime getDateTime(std::wstring_view key, const DateTime& defaultValue) const {
+        return getOr(key, defaultValue);
+    }
     // acceptLong: a long of 0 or more counts too.
     virtual std::uint64_t getSize(std::wstring_view key, std::uint64_t defaultValue,
                                   bool acceptLong) const;
-    virtual void setSize(std::wstring_view key, std::uint64_t value);
+    virtual void setSize(std::wstring_view key, std::uint64_t value) { set(key, value); }
     // What could be written but not read back, an array too deep or with an
     // object in it, fails as SerializableUnion::requireReadable says.
     virtual void setArray(std::wstring_view key, const std::vector<SerializableUnion>& value);
-    virtual std::vector<SerializableUnion> getArray(std::wstring_view key) const;
+    virtual std::vector<SerializableUnion> getArray(std::wstring_view key) const {
+        return getOr(key, std::vector<SerializableUnion>());
+    }
 
     // Makes an existing key's value null and runs the change hook; a missing
     // key stays missing.
     virtual void clear(std::wstring_view key);
     virtual bool isNull(std::wstring_view key) const;
-    virtual bool has(std::wstring_view key) const;
+    virtual bool has(std::wstring_view key) const { return table_.contains(key); }
     // The number of entries, null ones included.
-    virtual std::size_t size() const;
+    virtual std::size_t size() const { return table_.size(); }
 
     // Called after every real change; does nothing here. It may do anything,
     // also destroy the bag. The key may be the bag's own, which is gone when the
     // bag is, or is read anew.
-    virtual void onChanged(std::wstring_view key);
+    virtual void onChanged(std::wstring_view) {}
 
     virtual SerializableUnion getUnion(std::wstring_view key) const;
     // A null value clears the key. An object is refused without a word: a bag
@@ -99,16 +111,37 @@ private:
 
     // The key's value of this type; null when there is none.
     template <class T>
-    const T* peek(std::wstring_view key) const;
+    const T* peek(std::wstring_view key) const {
+        const SerializableUnion* value = table_.find(key);
+        return value != nullptr ? value->peek<T>() : nullptr;
+    }
     template <class T>
-    T getOr(std::wstring_view key, const T& defaultValue) const;
+    T getOr(std::wstring_view key, const T& defaultValue) const {
+        const T* value = peek<T>(key);
+        return value != nullptr ? *value : defaultValue;
+    }
     // The pattern of all setters: announces what store has changed.
     template <class IsSame, class Store>
-    void change(std::wstring_view key, IsSame&& isSame, Store&& store);
+    void change(std::wstring_view key, IsSame&& isSame, Store&& store) {
+        auto [entry, created] = table_.findOrInsert(key);
+        if (!created && isSame(entry.value)) {
+            return;
+        }
+        store(entry.value);
+        onChanged(entry.key);
+    }
     // A key that holds another kind, or null, is compared by the getter's neutral
     // value: setting a text to "" is no change there.
     template <class T>
-    void set(std::wstring_view key, const T& value);
+    void set(std::wstring_view key, const T& value) {
+        change(
+            key,
+            [&](const SerializableUnion& stored) {
+                const T* present = stored.peek<T>();
+                return present != nullptr ? *present == value : value == T();
+            },
+            [&](SerializableUnion& stored) { stored.store(value); });
+    }
 
     Table table_;
     // Held by nobody else: gone when the bag is destroyed or read anew, which

@@ -68,7 +68,7 @@ void detail::throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 
 // --- Single values -------------------------------------------------------------------
 
-void SerializableText<DateTime>::append(std::wstring& out, const DateTime& value) {
+void detail::appendText(std::wstring& out, const DateTime& value) {
     Xml::appendLong(out, value.year(), 4);
     out.push_back(L'-');
     Xml::appendLong(out, value.month(), 2);
@@ -82,7 +82,7 @@ void SerializableText<DateTime>::append(std::wstring& out, const DateTime& value
     Xml::appendLong(out, value.second(), 2);
 }
 
-void SerializableText<DateTime>::assign(DateTime& value, std::wstring_view text) {
+void detail::scanText(std::wstring_view text, DateTime& value) {
     static constexpr std::wstring_view kSeparators = L"-- ::";
     std::array<std::int32_t, 6> fields{};
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -147,7 +147,7 @@ ValueKind kindFromName(std::wstring_view name) noexcept {
 
 // --- SerializableUnion -----------------------------------------------------------------
 
-SerializableUnion::SerializableUnion(const SerializableUnion& other) : ISerializable(other) {
+SerializableUnion::SerializableUnion(const SerializableUnion& other) : ReadsItself(other) {
     SerializableUnion::assign(other);
 }
 
@@ -175,36 +175,10 @@ void SerializableUnion::appendXml(std::wstring& text) const {
     }
 }
 
-void SerializableUnion::readXml(std::wistream& stream) {
-    XmlStream in(stream);
-    xml::skipProlog(in);
-    readFrom(in);
-    in.putBack();
-}
-
-void SerializableUnion::parseXml(const wchar_t*& begin, const wchar_t* end) {
-    XmlRange in(begin, end);
-    xml::skipProlog(in);
-    readFrom(in);
-}
-
-void SerializableUnion::setString(std::wstring value) { store(std::move(value)); }
-void SerializableUnion::setLong(std::int32_t value) { store(value); }
-void SerializableUnion::setDouble(double value) { store(value); }
-void SerializableUnion::setBool(bool value) { store(value); }
-void SerializableUnion::setDateTime(const DateTime& value) { store(value); }
-void SerializableUnion::setSizet(std::uint64_t value) { store(value); }
-void SerializableUnion::setObject(std::shared_ptr<SharedObject> value) { store(std::move(value)); }
-
 void SerializableUnion::setArraySize(std::int64_t count) {
     constexpr std::int64_t kMost = std::numeric_limits<std::ptrdiff_t>::max();
     store(Elements(static_cast<std::size_t>(std::clamp(count, std::int64_t{0}, kMost))));
 }
-
-// The copy is made first: elements may be part of what is replaced.
-void SerializableUnion::setArray(const Elements& elements) { store(elements); }
-
-std::wstring SerializableUnion::getString() const { return heldOrEmpty<std::wstring>(); }
 
 bool SerializableUnion::tryGetString(std::wstring& out) const {
     out = heldOrEmpty<std::wstring>();
@@ -218,38 +192,12 @@ std::wstring& SerializableUnion::stringRef() {
     return held<std::wstring>();
 }
 
-std::int32_t SerializableUnion::getLong() const { return heldOrEmpty<std::int32_t>(); }
-double SerializableUnion::getDouble() const { return heldOrEmpty<double>(); }
-bool SerializableUnion::getBool() const { return heldOrEmpty<bool>(); }
-DateTime SerializableUnion::getDateTime() const { return heldOrEmpty<DateTime>(); }
-std::uint64_t SerializableUnion::getSizet() const { return heldOrEmpty<std::uint64_t>(); }
-std::shared_ptr<SharedObject> SerializableUnion::getObject() const {
-    return heldOrEmpty<std::shared_ptr<SharedObject>>();
-}
-std::vector<SerializableUnion> SerializableUnion::getArray() const {
-    return heldOrEmpty<Elements>();
-}
-
 std::vector<SerializableUnion>& SerializableUnion::arrayRef() {
     if (!isArray()) {
         throwText(L"cannot get reference of null array", ZU_LINE(405));
     }
     return held<Elements>();
 }
-
-bool SerializableUnion::isString() const noexcept { return kind_ == ValueKind::kString; }
-bool SerializableUnion::isLong() const noexcept { return kind_ == ValueKind::kLong; }
-bool SerializableUnion::isDouble() const noexcept { return kind_ == ValueKind::kDouble; }
-bool SerializableUnion::isBool() const noexcept { return kind_ == ValueKind::kBool; }
-bool SerializableUnion::isDateTime() const noexcept { return kind_ == ValueKind::kDateTime; }
-bool SerializableUnion::isSizet() const noexcept { return kind_ == ValueKind::kSizet; }
-bool SerializableUnion::isObject() const noexcept { return kind_ == ValueKind::kObject; }
-bool SerializableUnion::isArray() const noexcept { return kind_ == ValueKind::kArray; }
-bool SerializableUnion::isNull() const noexcept { return kind_ == ValueKind::kNull; }
-
-ValueKind SerializableUnion::kind() const noexcept { return kind_; }
-
-bool SerializableUnion::notEquals(const SerializableUnion& other) const { return !equals(other); }
 
 bool SerializableUnion::equals(const SerializableUnion& other) const {
     bool same = kind_ == other.kind_;
@@ -265,8 +213,6 @@ void SerializableUnion::assign(const SerializableUnion& other) {
         takeHeld();
     }
 }
-
-SerializableUnion& SerializableUnion::elementAt(std::size_t index) { return arrayRef()[index]; }
 
 void SerializableUnion::requireReadable(const Elements& elements) {
     const xml::DepthGuard guard;
@@ -288,13 +234,6 @@ void SerializableArray::appendXml(std::wstring& text) const {
     for (const SerializableUnion& element : value) {
         element.appendXml(text);
     }
-}
-
-void SerializableArray::readXml(std::wistream& stream) { xml::readStream(*this, stream); }
-
-void SerializableArray::parseXml(const wchar_t*& begin, const wchar_t* end) {
-    XmlRange in(begin, end);
-    readFrom(in);
 }
 
 }  // namespace zustd

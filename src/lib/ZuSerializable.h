@@ -57,9 +57,24 @@ public:
     virtual void parseXml(const wchar_t*&, const wchar_t*) { detail::throwNotImplemented(); }
 };
 
-// How a single value stands in element text.
-template <class T>
-struct SerializableText;
+// How single values stand in element text. Milliseconds of a date are not
+// written and come back as 0.
+namespace detail {
+inline void appendText(std::wstring& out, const std::wstring& value) {
+    Xml::appendEscaped(out, value);
+}
+inline void appendText(std::wstring& out, std::int32_t value) { Xml::appendLong(out, value); }
+inline void appendText(std::wstring& out, double value) { Xml::appendDouble(out, value); }
+inline void appendText(std::wstring& out, bool value) { out.push_back(value ? L'y' : L'n'); }
+inline void appendText(std::wstring& out, std::uint64_t value) { Xml::appendSize(out, value); }
+void appendText(std::wstring& out, const DateTime& value);
+inline void scanText(std::wstring_view text, std::wstring& value) { value = text; }
+inline void scanText(std::wstring_view text, std::int32_t& value) { value = Xml::toLong(text); }
+inline void scanText(std::wstring_view text, double& value) { value = Xml::toDouble(text); }
+inline void scanText(std::wstring_view text, bool& value) { value = Xml::toBool(text); }
+inline void scanText(std::wstring_view text, std::uint64_t& value) { value = Xml::toSize(text); }
+void scanText(std::wstring_view text, DateTime& value);
+}  // namespace detail
 
 // The dialect's tags of a value, of its kind and of an array's count.
 inline constexpr std::wstring_view kValueTag = L"v";
@@ -68,72 +83,43 @@ inline constexpr std::wstring_view kCountTag = L"c";
 inline constexpr std::wstring_view kValueStart = L"<v>";
 inline constexpr std::wstring_view kValueEnd = L"</v>";
 
+// A value with one reader, readFrom, for both sources; steps over a prolog.
+template <class Value>
+class ReadsItself : public ISerializable {
+public:
+    void readXml(std::wistream& stream) override {
+        XmlStream in(stream);
+        xml::skipProlog(in);
+        static_cast<Value&>(*this).readFrom(in);
+        in.putBack();
+    }
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override {
+        XmlRange in(begin, end);
+        xml::skipProlog(in);
+        static_cast<Value&>(*this).readFrom(in);
+    }
+};
+
 // A single value of one kind, written as <v>…</v>. Reading leaves the value
 // as it is when there is no such element.
 template <class T>
-class SerializableT final : public ISerializable, public PooledObject {
+class SerializableT final : public ReadsItself<SerializableT<T>>, public PooledObject {
 public:
     SerializableT() = default;
     explicit SerializableT(T initial) : value(std::move(initial)) {}
 
     void appendXml(std::wstring& text) const override {
         text.append(kValueStart);
-        SerializableText<T>::append(text, value);
+        detail::appendText(text, value);
         text.append(kValueEnd);
     }
-    void readXml(std::wistream& stream) override { xml::readStream(*this, stream); }
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override {
-        XmlRange in(begin, end);
-        readFrom(in);
-    }
-
     template <class Source>
     void readFrom(Source& in) {
-        xml::readElement(in, kValueTag, [this](std::wstring_view text) {
-            SerializableText<T>::assign(value, text);
-        });
+        xml::readElement(in, kValueTag,
+                         [this](std::wstring_view text) { detail::scanText(text, value); });
     }
 
     T value{};
-};
-
-template <>
-struct SerializableText<std::wstring> {
-    static void append(std::wstring& out, const std::wstring& value) {
-        Xml::appendEscaped(out, value);
-    }
-    static void assign(std::wstring& value, std::wstring_view text) { value = text; }
-};
-
-template <>
-struct SerializableText<std::int32_t> {
-    static void append(std::wstring& out, std::int32_t value) { Xml::appendLong(out, value); }
-    static void assign(std::int32_t& value, std::wstring_view text) { value = Xml::toLong(text); }
-};
-
-template <>
-struct SerializableText<double> {
-    static void append(std::wstring& out, double value) { Xml::appendDouble(out, value); }
-    static void assign(double& value, std::wstring_view text) { value = Xml::toDouble(text); }
-};
-
-template <>
-struct SerializableText<bool> {
-    static void append(std::wstring& out, bool value) { out.push_back(value ? L'y' : L'n'); }
-    static void assign(bool& value, std::wstring_view text) { value = Xml::toBool(text); }
-};
-
-template <>
-struct SerializableText<std::uint64_t> {
-    static void append(std::wstring& out, std::uint64_t value) { Xml::appendSize(out, value); }
-    static void assign(std::uint64_t& value, std::wstring_view text) { value = Xml::toSize(text); }
-};
-
-// Milliseconds are not written and come back as 0.
-template <>
-struct SerializableText<DateTime> {
-    static void append(std::wstring& out, const DateTime& value);
-    static void assign(DateTime& value, std::wstring_view text);
 };
 
 // The object kind has no element of its own: the held object writes and reads
@@ -184,7 +170,7 @@ struct KindTypes {
     template <class T>
     static constexpr ValueKind kindOf() noexcept {
         std::uint32_t number = 0;
-        ((++number, std::is_same_v<T, Types>) || ...);
+        static_cast<void>(((++number, std::is_same_v<T, Types>) || ...));
         return static_cast<ValueKind>(number);
     }
     // Calls visit<T>() with the type of the kind's values; false, and no call,
@@ -200,7 +186,7 @@ struct KindTypes {
 using ValueKinds = KindTypes<std::wstring, std::int32_t, double, bool, DateTime, std::uint64_t,
                              std::shared_ptr<SharedObject>, std::vector<SerializableUnion>>;
 
-class SerializableUnion : public ISerializable {
+class SerializableUnion : public ReadsItself<SerializableUnion> {
 public:
     SerializableUnion() noexcept = default;
     SerializableUnion(const SerializableUnion& other);
@@ -210,56 +196,57 @@ public:
     ~SerializableUnion() override = default;
 
     void appendXml(std::wstring& text) const override;
-    void readXml(std::wistream& stream) override;
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
 
     // A setter overwrites a value of its own kind in place; otherwise the union
     // is null when there is no memory for the new value. What was there is
     // destroyed last: its destructor may do anything to the union.
-    virtual void setString(std::wstring value);
-    virtual void setLong(std::int32_t value);
-    virtual void setDouble(double value);
-    virtual void setBool(bool value);
-    virtual void setDateTime(const DateTime& value);
-    virtual void setSizet(std::uint64_t value);
-    virtual void setObject(std::shared_ptr<SharedObject> value);
+    virtual void setString(std::wstring value) { store(std::move(value)); }
+    virtual void setLong(std::int32_t value) { store(value); }
+    virtual void setDouble(double value) { store(value); }
+    virtual void setBool(bool value) { store(value); }
+    virtual void setDateTime(const DateTime& value) { store(value); }
+    virtual void setSizet(std::uint64_t value) { store(value); }
+    virtual void setObject(std::shared_ptr<SharedObject> value) { store(std::move(value)); }
     // An array of so many null elements; empty when count is below 1.
     virtual void setArraySize(std::int64_t count);
-    virtual void setArray(const std::vector<SerializableUnion>& elements);
+    // The copy is made first: elements may be part of what is replaced.
+    virtual void setArray(const std::vector<SerializableUnion>& elements) { store(elements); }
 
     // The held value, or the kind's empty value when another kind is held.
-    virtual std::wstring getString() const;
+    virtual std::wstring getString() const { return heldOrEmpty<std::wstring>(); }
     // Whether a string is held; out is emptied or receives it.
     virtual bool tryGetString(std::wstring& out) const;
     // Throws the text "cannot get reference for null string" when no string
     // is held. The reference lives until the kind changes.
     virtual std::wstring& stringRef();
-    virtual std::int32_t getLong() const;
-    virtual double getDouble() const;
-    virtual bool getBool() const;
-    virtual DateTime getDateTime() const;
-    virtual std::uint64_t getSizet() const;
-    virtual std::shared_ptr<SharedObject> getObject() const;
-    virtual std::vector<SerializableUnion> getArray() const;
+    virtual std::int32_t getLong() const { return heldOrEmpty<std::int32_t>(); }
+    virtual double getDouble() const { return heldOrEmpty<double>(); }
+    virtual bool getBool() const { return heldOrEmpty<bool>(); }
+    virtual DateTime getDateTime() const { return heldOrEmpty<DateTime>(); }
+    virtual std::uint64_t getSizet() const { return heldOrEmpty<std::uint64_t>(); }
+    virtual std::shared_ptr<SharedObject> getObject() const {
+        return heldOrEmpty<std::shared_ptr<SharedObject>>();
+    }
+    virtual std::vector<SerializableUnion> getArray() const { return heldOrEmpty<Elements>(); }
     // Throws the text "cannot get reference of null array" when no array is
     // held. The reference lives until the kind changes.
     virtual std::vector<SerializableUnion>& arrayRef();
 
-    virtual bool isString() const noexcept;
-    virtual bool isLong() const noexcept;
-    virtual bool isDouble() const noexcept;
-    virtual bool isBool() const noexcept;
-    virtual bool isDateTime() const noexcept;
-    virtual bool isSizet() const noexcept;
-    virtual bool isObject() const noexcept;
-    virtual bool isArray() const noexcept;
-    virtual bool isNull() const noexcept;
+    virtual bool isString() const noexcept { return kind_ == ValueKind::kString; }
+    virtual bool isLong() const noexcept { return kind_ == ValueKind::kLong; }
+    virtual bool isDouble() const noexcept { return kind_ == ValueKind::kDouble; }
+    virtual bool isBool() const noexcept { return kind_ == ValueKind::kBool; }
+    virtual bool isDateTime() const noexcept { return kind_ == ValueKind::kDateTime; }
+    virtual bool isSizet() const noexcept { return kind_ == ValueKind::kSizet; }
+    virtual bool isObject() const noexcept { return kind_ == ValueKind::kObject; }
+    virtual bool isArray() const noexcept { return kind_ == ValueKind::kArray; }
+    virtual bool isNull() const noexcept { return kind_ == ValueKind::kNull; }
 
-    virtual ValueKind kind() const noexcept;
+    virtual ValueKind kind() const noexcept { return kind_; }
 
     // Equal kinds and equal values; objects by identity, arrays element by
     // element, a NaN is unequal to itself.
-    virtual bool notEquals(const SerializableUnion& other) const;
+    virtual bool notEquals(const SerializableUnion& other) const { return !equals(other); }
     virtual bool equals(const SerializableUnion& other) const;
 
     // Becomes a copy: deep for strings, date-times and arrays, shared for
@@ -268,7 +255,7 @@ public:
 
     // An element of the held array; fails as arrayRef() does, but does not
     // check the index.
-    virtual SerializableUnion& elementAt(std::size_t index);
+    virtual SerializableUnion& elementAt(std::size_t index) { return arrayRef()[index]; }
 
     // Fails the assertion of the readers when arrays nest too deep for them, and
     // "!isObject()" when there is an object in an array: what cannot be read
@@ -321,7 +308,7 @@ private:
 };
 
 // An ordered sequence of values, written as <c>count</c> and the elements.
-class SerializableArray final : public ISerializable, public PooledObject {
+class SerializableArray final : public ReadsItself<SerializableArray>, public PooledObject {
 public:
     // A file may leave out so many elements of its count at the most; they
     // are null.
@@ -332,8 +319,6 @@ public:
         : value(std::move(initial)) {}
 
     void appendXml(std::wstring& text) const override;
-    void readXml(std::wistream& stream) override;
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
 
     template <class Source>
     void readFrom(Source& in);

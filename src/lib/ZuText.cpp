@@ -24,20 +24,6 @@ wchar_t foldAscii(wchar_t c) noexcept {
     return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }
 
-// UTF-8 accepts neither a default character nor a report of its use; a lone
-// surrogate, its only misfit, becomes U+FFFD by itself.
-std::string narrowToUtf8(std::wstring_view wide, bool* lossy) {
-    const int wideLength = lengthOf(wide.size());
-    const int size =
-        WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideLength, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideLength, result.data(), size, nullptr, nullptr);
-    if (lossy != nullptr) {
-        *lossy = widen(result) != wide;
-    }
-    return result;
-}
-
 }  // namespace
 
 std::wstring widen(std::string_view narrow) {
@@ -52,24 +38,22 @@ std::wstring widen(std::string_view narrow) {
 }
 
 std::string narrow(std::wstring_view wide, bool* lossy) {
-    if (lossy != nullptr) {
-        *lossy = false;
-    }
-    if (wide.empty()) {
-        return {};
-    }
-    if (GetACP() == CP_UTF8) {
-        return narrowToUtf8(wide, lossy);
-    }
-    const int wideLength = lengthOf(wide.size());
+    // UTF-8 accepts neither a default character nor a report of its use; a lone
+    // surrogate, its only misfit, becomes U+FFFD by itself.
+    const bool isUtf8 = GetACP() == CP_UTF8;
     BOOL usedDefault = FALSE;
-    const int size = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), wideLength,
-                                         nullptr, 0, "_", &usedDefault);
-    std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), wideLength, result.data(), size,
-                        "_", &usedDefault);
+    const auto convert = [&](char* out, int size) {
+        return WideCharToMultiByte(CP_ACP, isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS, wide.data(),
+                                   lengthOf(wide.size()), out, size, isUtf8 ? nullptr : "_",
+                                   isUtf8 ? nullptr : &usedDefault);
+    };
+    std::string result;
+    if (!wide.empty()) {
+        result.resize(static_cast<std::size_t>(convert(nullptr, 0)));
+        convert(result.data(), static_cast<int>(result.size()));
+    }
     if (lossy != nullptr) {
-        *lossy = usedDefault != FALSE;
+        *lossy = usedDefault != FALSE || (isUtf8 && widen(result) != wide);
     }
     return result;
 }

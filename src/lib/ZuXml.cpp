@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <iterator>
 #include <limits>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -95,57 +94,34 @@ private:
     std::size_t first_ = kNumberBuffer;
 };
 
-// A double of the usual sizes as a number with six places behind the point.
+// A number of the usual sizes, 0 or from 2^-11 up to 2^53, with six places behind
+// the point: exact, ties to the even digit.
 struct SixPlaces {
     std::uint64_t whole;
     std::uint64_t millionths;
-};
 
-// Exact, ties to the even digit; nothing for doubles below 2^-11 (but 0) and
-// from 2^53 on.
-std::optional<SixPlaces> toSixPlaces(double value) noexcept {
-    const auto bits = std::bit_cast<std::uint64_t>(value);
-    const std::uint64_t mantissa = (bits & 0xFFFFFFFFFFFFFULL) | 0x10000000000000ULL;
-    const int shift = 1075 - static_cast<int>((bits >> 52) & 0x7FF);
-    if (value == 0) {
-        return SixPlaces{0, 0};
+    static bool fits(double value) noexcept {
+        return value == 0 || (value >= 0x1p-11 && value < 0x1p53);
     }
-    if (shift < 1 || shift > 63) {
-        return std::nullopt;
+    explicit SixPlaces(double value) noexcept {
+        const double floor = std::floor(value);
+        // Half a fraction's bits times a million is exact, and so is what the sum
+        // of both halves loses.
+        const double fraction = value - floor;
+        const double front = std::floor(fraction * 0x1p26) * 0x1p-26;
+        const double back = (fraction - front) * 1e6;
+        const double sum = front * 1e6 + back;
+        const double lost = back - (sum - front * 1e6);
+        const double beyondHalf = sum - std::floor(sum) - 0.5;
+        millionths = static_cast<std::uint64_t>(sum);
+        if (beyondHalf > 0 ||
+            (beyondHalf == 0 && (lost > 0 || (lost == 0 && millionths % 2 != 0)))) {
+            ++millionths;
+        }
+        whole = static_cast<std::uint64_t>(floor) + millionths / 1'000'000;
+        millionths %= 1'000'000;
     }
-    // The value is mantissa / 2^shift. What is behind the point, times 10^6, is
-    // that times 15625 with the point six bits further right. The product has up
-    // to 67 bits: its lower half word stands by itself.
-    const std::uint64_t fraction = mantissa & ((std::uint64_t{1} << shift) - 1);
-    const std::uint64_t low = (fraction & 0xFFFFFFFFU) * 15625;
-    const std::uint64_t high = (fraction >> 32) * 15625 + (low >> 32);
-    SixPlaces result{mantissa >> shift, 0};
-    std::uint64_t rest = 0;
-    std::uint64_t half = 0;
-    if (shift <= 38) {
-        // So short a fraction fits one word. With less than six bits behind the
-        // point there is nothing to round.
-        const std::uint64_t product = fraction * 15625;
-        const int places = std::max(shift - 6, 0);
-        result.millionths = (product << std::max(6 - shift, 0)) >> places;
-        rest = product & ((std::uint64_t{1} << places) - 1);
-        half = places > 0 ? std::uint64_t{1} << (places - 1) : 1;
-    } else {
-        // At least one bit of the upper part is behind the point; what the lower
-        // half word has only breaks a tie.
-        const int places = shift - 6 - 32;
-        result.millionths = high >> places;
-        rest = ((high & ((std::uint64_t{1} << places) - 1)) << 1) |
-               ((low & 0xFFFFFFFFU) != 0 ? 1U : 0U);
-        half = std::uint64_t{1} << places;
-    }
-    if (rest > half || (rest == half && (result.millionths & 1) != 0)) {
-        ++result.millionths;
-    }
-    result.whole += result.millionths / 1'000'000;
-    result.millionths %= 1'000'000;
-    return result;
-}
+};
 
 std::wstring_view skipSpace(std::wstring_view text) noexcept {
     std::size_t at = 0;
@@ -339,13 +315,10 @@ void Xml::appendSizeHex(std::wstring& out, std::uint64_t value, int width) {
 
 // The library's own writer of doubles would be a tenth of the executable.
 void Xml::appendDouble(std::wstring& out, double value) {
-    if (const std::optional<SixPlaces> places = toSixPlaces(value)) {
-        if (std::signbit(value)) {
-            out.push_back(L'-');
-        }
-        out.append(Digits<10>(places->whole, 1).view());
-        out.push_back(L'.');
-        out.append(Digits<10>(places->millionths, 6).view());
+    if (const double magnitude = std::fabs(value); SixPlaces::fits(magnitude)) {
+        const SixPlaces places(magnitude);
+        out.append(std::signbit(value) ? L"-" : L"").append(Digits<10>(places.whole, 1).view());
+        out.append(L".").append(Digits<10>(places.millionths, 6).view());
         return;
     }
     std::array<char, kDoubleBuffer> digits;

@@ -422,14 +422,6 @@ bool readElement(Source& in, std::wstring_view name, Convert&& convert) {
     return true;
 }
 
-// Has a value read itself from a stream.
-template <class Value>
-void readStream(Value& value, std::wistream& stream) {
-    XmlStream in(stream);
-    value.readFrom(in);
-    in.putBack();
-}
-
 // Counts how deep values nest while they are read or written; fails an assertion beyond
 // kMaxDepth.
 class DepthGuard {

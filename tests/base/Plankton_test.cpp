@@ -12,7 +12,11 @@
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
-extern "C" void* __imp_OutputDebugStringW IMPORT_SLOT("OutputDebugStringW", "@4");
+extern "C" {
+extern void* __imp_OutputDebugStringW IMPORT_SLOT("OutputDebugStringW", "@4");
+extern void* __imp_GetLocalTime IMPORT_SLOT("GetLocalTime", "@4");
+extern void* __imp_GlobalMemoryStatusEx IMPORT_SLOT("GlobalMemoryStatusEx", "@4");
+}
 
 namespace zustd {
 namespace {
@@ -29,6 +33,18 @@ struct DebuggerOutput : ReplacedImport {
     }
 };
 
+void WINAPI giveTime(SYSTEMTIME* time) { *time = {2016, 11, 5, 4, 13, 14, 15, 16}; }
+
+BOOL WINAPI giveMemory(MEMORYSTATUSEX* status) {
+    constexpr DWORDLONG kMegabyte = 1 << 20;
+    *status = {sizeof(*status),    42,
+               1 * kMegabyte,      2 * kMegabyte + 9,
+               123456 * kMegabyte, 4 * kMegabyte,
+               5 * kMegabyte,      6 * kMegabyte - 1,
+               7 * kMegabyte};
+    return TRUE;
+}
+
 bool matches(const std::string& text, const std::string& pattern) {
     return std::regex_match(text, std::regex(pattern));
 }
@@ -36,10 +52,10 @@ bool matches(const std::string& text, const std::string& pattern) {
 TEST(Trace, lineInALogFileOrStandardOutput_hasStampThreadAndUtf8Text) {
     SYSTEMTIME now;
     GetLocalTime(&now);
-    const std::string pattern =
-        formatNarrow("%d-%02d-\\d\\d \\d\\d:\\d\\d:\\d\\d:\\d{3} \\[%lu\\] ", now.wYear, now.wMonth,
-                     GetCurrentThreadId()) +
-        "ZULOG: \xD0\x96\xF0\x9F\x98\x80 7\r?\n";
+    const ReplacedImport clock(__imp_GetLocalTime, reinterpret_cast<void*>(&giveTime));
+    const std::string pattern = formatNarrow("%d-%02d-\\d\\d 13:14:15:016 \\[%lu\\] ", now.wYear,
+                                             now.wMonth, GetCurrentThreadId()) +
+                                "ZULOG: \xD0\x96\xF0\x9F\x98\x80 7\r?\n";
     testing::internal::CaptureStdout();
     {
         const Tracing tracing(kTraceToLog, nullptr);
@@ -124,7 +140,8 @@ TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
 TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
     const TraceCapture trace;
     const auto require = [](const int* pointer) { ZU_ASSERT(pointer != nullptr); };
-    const std::string place = "', in tests/base/Plankton_test, line " + std::to_string(__LINE__ - 1);
+    const std::string place =
+        "', in tests/base/Plankton_test, line " + std::to_string(__LINE__ - 2);
     EXPECT_EQ(thrownText([&] { require(nullptr); }), L"pointer != nullptr");
     const int number = 0;
     require(&number);
@@ -190,11 +207,12 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
 }
 
 TEST(MemoryReport, getMemoryInfo_hasItsFiveLines) {
+    const ReplacedImport memory(__imp_GlobalMemoryStatusEx, reinterpret_cast<void*>(&giveMemory));
     EXPECT_PRED2(matches, narrow(getMemoryInfo()),
-                 "memory used:   [ 0-9]{5}%\n"
-                 "physical memory: [ 0-9]{5,}Mb / [ 0-9]{5,}Mb total/free\n"
-                 "paging file:     [ 0-9]{5,}Mb / [ 0-9]{5,}Mb total/free\n"
-                 "virtual memory:  [ 0-9]{5,}Mb / [ 0-9]{5,}Mb total/free\n"
+                 "memory used:      42%\n"
+                 "physical memory:     1Mb /     2Mb total/free\n"
+                 "paging file:     123456Mb /     4Mb total/free\n"
+                 "virtual memory:      5Mb /     5Mb total/free\n"
                  "heap size: entries=[1-9]\\d*, size=\\d+\\.\\d\\dMb, allocData=\\d+\\.\\d\\dMb, "
                  "freeData=\\d+\\.\\d\\dMb, allocOverh=\\d+\\.\\d\\dMb, freeOverh=\\d+\\.\\d\\dMb");
 }

@@ -215,9 +215,9 @@ TEST(CipherMemory, anyAllocationThatFailsOrNone_leavesNoBlockAndNoTextBehind) {
         }
         text += text.empty() ? "" : "..";  // a last sequence is whole
         for (const CipherEncoding encoding : kBothEncodings) {
-            const std::string message = Cipher::encipher(encoding, text);
+            const std::string message = Cipher::encipher(encoding, text, kKey);
             const std::function<bool()> operations[] = {
-                [&] { return !Cipher::encipher(encoding, text).empty(); },
+                [&] { return !Cipher::encipher(encoding, text, kKey).empty(); },
                 [&] {
                     std::wstring out;
                     Encoder::decodeFrom(static_cast<int>(encoding), message, out);
@@ -263,10 +263,10 @@ TEST(CipherInstalledKey, operationsWithoutKey_useTheInstalledOneOrAreRefused) {
     EXPECT_EQ(failure(), kRefused);
     setCipherKey(kKey);
     EXPECT_EQ(failure(), L"nothing");
-    EXPECT_EQ(Cipher::decipher(kEnciphered, Cipher::encipher(kEnciphered, kText), kKey), kText);
     std::wstring out = L"old";
     for (const CipherEncoding encoding : kBothEncodings) {
-        Encoder::decodeFrom(static_cast<int>(encoding), Cipher::encipher(encoding, kText), out);
+        Encoder::decodeFrom(static_cast<int>(encoding), Cipher::encipher(encoding, kText, kKey),
+                            out);
         EXPECT_EQ(out, L"Gr\u00FC\u00DFe, \u043C\u0438\u0440\r\n");
     }
     EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(kEncodingEnciphered, message, out); }),
@@ -274,68 +274,64 @@ TEST(CipherInstalledKey, operationsWithoutKey_useTheInstalledOneOrAreRefused) {
     EXPECT_EQ(out, L"");
     clearCipherKey();
     EXPECT_EQ(failure(), L"Cipher::decipher: no key installed");
-    EXPECT_EQ(thrownText([] { Cipher::encipher(kEnciphered, kText); }),
-              L"Cipher::encipher: no key installed");
 }
 
-// The program that enciphers files, which lies beside this one.
-class EncipherTool : public testing::Test {
-protected:
-    intptr_t run(std::vector<std::wstring> arguments) const {
-        std::wstring program(MAX_PATH, L'\0');
-        program.resize(GetModuleFileNameW(nullptr, program.data(), MAX_PATH));
-        program.replace(program.rfind(L'\\') + 1, std::wstring::npos, L"encipher.exe");
-        arguments.insert(arguments.begin(), L"encipher");
-        std::vector<const wchar_t*> pointers;
-        for (const std::wstring& argument : arguments) {
-            pointers.push_back(argument.c_str());
-        }
-        pointers.push_back(nullptr);
-        return _wspawnv(_P_WAIT, program.c_str(), pointers.data());
+// The program that enciphers files lies beside this one.
+intptr_t runTool(std::vector<std::wstring> arguments) {
+    std::wstring program(MAX_PATH, L'\0');
+    program.resize(GetModuleFileNameW(nullptr, program.data(), MAX_PATH));
+    program.replace(program.rfind(L'\\') + 1, std::wstring::npos, L"encipher.exe");
+    std::vector<const wchar_t*> pointers = {L"encipher"};
+    for (const std::wstring& argument : arguments) {
+        pointers.push_back(argument.c_str());
     }
-    std::wstring file(const wchar_t* name, const std::string& bytes) const {
-        writeBytes(folder_.file(name), bytes);
-        return folder_.file(name);
-    }
+    pointers.push_back(nullptr);
+    return _wspawnv(_P_WAIT, program.c_str(), pointers.data());
+}
 
-    TempFolder folder_;
-    const std::wstring key_ = file(L"key", " " + kKeyStart + "1F\r\n");
-    const std::wstring otherKey_ = file(L"other", kKeyStart + "1e");
-    const std::wstring out_ = folder_.file(L"out");
-    const std::wstring back_ = folder_.file(L"back");
-};
-
-TEST_F(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
+TEST(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
+    const TempFolder folder;
+    const auto file = [&](const wchar_t* name, const std::string& bytes) {
+        writeBytes(folder.file(name), bytes);
+        return folder.file(name);
+    };
+    const std::string digits = " " + kKeyStart + "1F\r\n";
+    const std::wstring key = file(L"key", digits);
+    const std::wstring otherKey = file(L"other", kKeyStart + "1e");
+    const std::wstring out = folder.file(L"out");
+    const std::wstring back = folder.file(L"back");
     const std::wstring in = file(L"in", std::string(kText));
+    std::set<std::string> nonces;
     for (const wchar_t* encoding : {L"2", L"3"}) {
-        ASSERT_EQ(run({L"-e", encoding, L"-k", key_, in, out_}), 0);
-        const std::string message = readBytes(out_);
+        ASSERT_EQ(runTool({L"-e", encoding, L"-k", key, in, out}), 0);
+        const std::string message = readBytes(out);
+        EXPECT_TRUE(nonces.insert(message.substr(4, 12)).second) << "of two processes";
         EXPECT_EQ(Cipher::decipher(static_cast<CipherEncoding>(*encoding - L'0'), message, kKey),
                   kText);
-        EXPECT_EQ(run({L"-d", L"-e", encoding, L"-k", otherKey_, out_, back_}), 3);
-        EXPECT_FALSE(fileExists(back_));
-        ASSERT_EQ(run({L"-d", L"-e", encoding, L"-k", key_, out_, back_}), 0);
-        EXPECT_EQ(readBytes(back_), kText);
-        EXPECT_TRUE(deleteFile(back_) && deleteFile(out_));
+        EXPECT_EQ(runTool({L"-d", L"-e", encoding, L"-k", otherKey, out, back}), 3);
+        EXPECT_FALSE(fileExists(back));
+        ASSERT_EQ(runTool({L"-d", L"-e", encoding, L"-k", key, out, back}), 0);
+        EXPECT_EQ(readBytes(back), kText);
+        EXPECT_TRUE(deleteFile(back) && deleteFile(out));
     }
     const std::pair<intptr_t, std::vector<std::wstring>> cases[] = {
-        {1, {L"-k", key_, in, out_}},
-        {1, {L"-e", L"4", L"-k", key_, in, out_}},
-        {2, {L"-e", L"2", L"-k", file(L"short", kKeyStart + "1"), in, out_}},
-        {2, {L"-e", L"2", L"-k", key_, folder_.file(L"missing"), out_}},
-        {3, {L"-e", L"2", L"-k", key_, file(L"smile", "\xF0\x9F\x98\x80"), out_}}};
+        {1, {L"-k", key, in, out}},
+        {1, {L"-e", L"4", L"-k", key, in, out}},
+        {2, {L"-e", L"2", L"-k", file(L"short", kKeyStart + "1"), in, out}},
+        {2, {L"-e", L"2", L"-k", key, folder.file(L"missing"), out}},
+        {3, {L"-e", L"2", L"-k", key, file(L"smile", "\xF0\x9F\x98\x80"), out}}};
     for (const auto& [expected, arguments] : cases) {
-        EXPECT_EQ(run(arguments), expected);
-        EXPECT_FALSE(fileExists(out_));
+        EXPECT_EQ(runTool(arguments), expected);
+        EXPECT_FALSE(fileExists(out));
     }
     // Nothing takes the place of what is read, nor of a device.
-    const std::wstring link = folder_.file(L"link");
+    const std::wstring link = folder.file(L"link");
     ASSERT_TRUE(CreateHardLinkW(link.c_str(), in.c_str(), nullptr));
-    for (const std::wstring& out : {in, folder_.file(L".\\IN"), link, key_, kFullDevice}) {
-        EXPECT_EQ(run({L"-e", L"2", L"-k", key_, in, out}), 2);
+    for (const std::wstring& other : {in, folder.file(L".\\IN"), link, key, kFullDevice}) {
+        EXPECT_EQ(runTool({L"-e", L"2", L"-k", key, in, other}), 2);
     }
     EXPECT_EQ(readBytes(in), kText);
-    EXPECT_EQ(readBytes(key_), " " + kKeyStart + "1F\r\n");
+    EXPECT_EQ(readBytes(key), digits);
     EXPECT_TRUE(isFullDevice());
 }
 

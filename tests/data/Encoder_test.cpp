@@ -84,32 +84,31 @@ std::string encodeNaively(const std::wstring& text) {
     return bytes;
 }
 
-// A copy of a text that ends where the memory does: a look behind it is a crash.
-template <class Text>
-class AtTheEnd : NotCopied {
+// Memory behind whose end nobody may look or write.
+class GuardedMemory : NotCopied {
 public:
-    using Unit = typename Text::value_type;
-    explicit AtTheEnd(std::size_t most) : size_((most * sizeof(Unit) / 4096 + 1) * 4096) {
-        memory_ =
-            static_cast<char*>(VirtualAlloc(nullptr, size_ + 4096, MEM_RESERVE, PAGE_NOACCESS));
-        VirtualAlloc(memory_, size_, MEM_COMMIT, PAGE_READWRITE);
+    GuardedMemory()
+        : memory_(
+              static_cast<char*>(VirtualAlloc(nullptr, kSize + 4096, MEM_RESERVE, PAGE_NOACCESS))) {
+        VirtualAlloc(memory_, kSize, MEM_COMMIT, PAGE_READWRITE);
     }
-    ~AtTheEnd() { VirtualFree(memory_, 0, MEM_RELEASE); }
-    std::basic_string_view<Unit> put(const Text& text) {
-        Unit* const at = room(text.size());
+    ~GuardedMemory() { VirtualFree(memory_, 0, MEM_RELEASE); }
+    // So many units up to the end.
+    template <class Unit>
+    Unit* room(std::size_t count) {
+        return reinterpret_cast<Unit*>(memory_ + kSize) - count;
+    }
+    template <class Unit>
+    std::basic_string_view<Unit> put(const std::basic_string<Unit>& text) {
+        Unit* const at = room<Unit>(text.size());
         text.copy(at, text.size());
         return {at, text.size()};
     }
-    Unit* room(std::size_t count) {
-        return reinterpret_cast<Unit*>(memory_ + size_ - count * sizeof(Unit));
-    }
 
 private:
-    std::size_t size_;
+    static constexpr std::size_t kSize = 0x10000;
     char* memory_;
 };
-
-constexpr std::size_t kMost = 20'000;
 
 TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeByTheDialectsRules) {
     // Long stretches of one kind with hostile bytes between: the fast runs must
@@ -117,8 +116,7 @@ TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeByTheDialectsRules) {
     static constexpr std::string_view kHostile =
         "\x80\xBF\xC0\xC3\xDF\xE0\xE2\xED\xEE\xEF\xEF\xBB\xBF\xF0\xF4\xFF";
     Random random(846);
-    AtTheEnd<std::string> input(kMost);
-    AtTheEnd<std::wstring> output(kMost);
+    GuardedMemory input, output;
     std::size_t whole = 0;
     for (int round = 0; round < 50'000; ++round) {
         std::string bytes = random.below(4) == 0 ? kMark : "";
@@ -141,11 +139,11 @@ TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeByTheDialectsRules) {
         // A run alone keeps to its room.
         const auto* const at = reinterpret_cast<const unsigned char*>(input.put(bytes).data());
         const bool isBomDone = random.below(2) == 0;
-        const auto run =
-            detail::decodeRun({at, output.room(bytes.size())}, at + bytes.size(), isBomDone);
+        const auto run = detail::decodeRun({at, output.room<wchar_t>(bytes.size())},
+                                           at + bytes.size(), isBomDone);
         const std::string taken =
             (isBomDone ? kMark : "") + bytes.substr(0, static_cast<std::size_t>(run.at - at));
-        ASSERT_EQ(std::wstring(output.room(bytes.size()), run.out),
+        ASSERT_EQ(std::wstring(output.room<wchar_t>(bytes.size()), run.out),
                   decodeNaively(taken, false).first);
         whole += expected.second == L"nothing";
     }
@@ -178,8 +176,7 @@ TEST(Utf8Encoder, randomTexts_ofStretchesAndNeighbours_areEncodedUnitByUnit) {
     static constexpr std::wstring_view kUnits =
         L"aZ\x7F\x80\xE9\x7FF\x800\x4E2D\xD83D\xDE00\x7FFF\x8000\xEFFF\xF000\xFEFF\xFFFF";
     Random random(1);
-    AtTheEnd<std::wstring> input(kMost);
-    AtTheEnd<std::string> output(3 * kMost);
+    GuardedMemory input, output;
     std::string bytes = "old";
     std::wstring back;
     for (unsigned round = 0; round < 0x18000; ++round) {
@@ -193,9 +190,9 @@ TEST(Utf8Encoder, randomTexts_ofStretchesAndNeighbours_areEncodedUnitByUnit) {
                                          : random.text(12);
             text.push_back(random.pick(kUnits.substr(random.below(3), 8)));
         }
-        // So long that counts of one size or the next overflow.
+        // So long that a block's counts are added up more than once.
         if (round % 0x4000 == 0) {
-            text += std::wstring(kMost - text.size(), random.pick(kUnits));
+            text += std::wstring(20'000, random.pick(kUnits));
         }
         SCOPED_TRACE(random.label() + testing::PrintToString(text));
         const bool needsMark =
@@ -206,7 +203,7 @@ TEST(Utf8Encoder, randomTexts_ofStretchesAndNeighbours_areEncodedUnitByUnit) {
         ASSERT_EQ(back, text);
         // A run alone keeps to its room.
         const std::wstring_view at = input.put(text);
-        char* const out = output.room(detail::measureEncoded(text).bytes);
+        char* const out = output.room<char>(detail::measureEncoded(text).bytes);
         const auto run = detail::encodeRun({at.data(), out}, at.data() + at.size());
         ASSERT_TRUE(bytes.ends_with(std::string(out, run.out) +
                                     encodeNaively({run.at, at.data() + at.size()})));

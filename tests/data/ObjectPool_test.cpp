@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <thread>
 #include <vector>
 
@@ -12,10 +13,12 @@ namespace {
 
 using test::MemoryWatch;
 
-// Takes many pieces, fills each with this thread's byte and gives back those
-// that nobody else has written to; how many were not.
+constexpr std::size_t kPieces = 2000;
+
+// Fills many pieces with this thread's byte and gives those back that nobody
+// else has written to; how many were.
 std::size_t useMany(ObjectPool& pool, unsigned char mark) {
-    std::vector<unsigned char*> pieces(2000);
+    std::vector<unsigned char*> pieces(kPieces);
     std::size_t spoilt = 0;
     for (int round = 0; round < 5; ++round) {
         for (unsigned char*& piece : pieces) {
@@ -23,8 +26,8 @@ std::size_t useMany(ObjectPool& pool, unsigned char mark) {
             std::fill_n(piece, ObjectPool::kPieceSize, mark);
         }
         for (unsigned char* piece : pieces) {
-            spoilt += std::count(piece, piece + ObjectPool::kPieceSize, mark) !=
-                      static_cast<std::ptrdiff_t>(ObjectPool::kPieceSize);
+            spoilt += !std::all_of(piece, piece + ObjectPool::kPieceSize,
+                                   [=](unsigned char byte) { return byte == mark; });
             pool.giveBack(piece);
         }
     }
@@ -33,20 +36,19 @@ std::size_t useMany(ObjectPool& pool, unsigned char mark) {
 
 TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
     ObjectPool pool;
-    std::vector<std::size_t> spoilt(4);
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < spoilt.size(); ++i) {
-        threads.emplace_back(
-            [&pool, &spoilt, i] { spoilt[i] = useMany(pool, static_cast<unsigned char>(i + 1)); });
+    std::array<std::size_t, 4> spoilt{};
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t& count : spoilt) {
+            threads.emplace_back(
+                [&] { count = useMany(pool, static_cast<unsigned char>(&count - spoilt.data())); });
+        }
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(spoilt, std::vector<std::size_t>(4));
+    EXPECT_EQ(spoilt, decltype(spoilt){});
     // Four threads' worth lies ready for one.
     const MemoryWatch watch;
     EXPECT_EQ(useMany(pool, 9), 0U);
-    EXPECT_LT(watch.peak(), 2000 * ObjectPool::kPieceSize);
+    EXPECT_LT(watch.peak(), kPieces * ObjectPool::kPieceSize);
 }
 
 }  // namespace

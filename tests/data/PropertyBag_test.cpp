@@ -1,7 +1,8 @@
-#include "ZuPropertyBag.h"
+#include "ZuTrackingPropertyBag.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <sstream>
@@ -34,99 +35,143 @@ Texts keysOf(const PropertyBag& bag) {
     return keys;
 }
 
-SerializableUnion longOf(std::int32_t number) {
+SerializableUnion valueOf(const std::wstring& document) {
     SerializableUnion value;
-    value.setLong(number);
+    readFromRange(value, document);
     return value;
 }
 
-TEST(PropertyBag, setter_perKind_storesRealChangesOnly) {
-    // Each sets the kind's neutral value or another one.
-    const std::function<void(PropertyBag&, bool)> kSetters[] = {
+// Of each kind the neutral value and others.
+Values someValues() {
+    Values values(1);
+    for (std::uint32_t kind = 0; kind <= 8; ++kind) {
+        const std::wstring name(kindName(static_cast<ValueKind>(kind)));
+        for (const wchar_t* text : {L"", L"<v>5-1</v>", L"<v>5-2</v>", L"<v>-1</v>", L"<v>y</v>",
+                                    L"<c>2</c>", L"<c>2</c><t>bool</t>"}) {
+            values.push_back(valueOf(L"<t>" + name + L"</t>" + text));
+        }
+    }
+    values.emplace_back().setDouble(std::nan(""));
+    return values;
+}
+
+// What a bag holds and announces, as a list of values.
+struct NaiveBag {
+    std::vector<std::pair<std::wstring, SerializableUnion>> entries;
+    Texts announced;
+
+    SerializableUnion* find(const std::wstring& key) {
+        const auto place = std::find_if(entries.begin(), entries.end(),
+                                        [&](const auto& entry) { return entry.first == key; });
+        return place != entries.end() ? &place->second : nullptr;
+    }
+    void set(const std::wstring& key, const SerializableUnion& value, bool byKind) {
+        SerializableUnion* held = find(key);
+        if (held == nullptr) {
+            held = &entries.emplace_back(key, SerializableUnion()).second;
+        } else {
+            // Of another kind, a value is compared as the neutral one.
+            const std::wstring neutral = L"<t>" + std::wstring(kindName(value.kind())) + L"</t>";
+            if ((byKind && held->kind() != value.kind() ? valueOf(neutral) : *held) == value) {
+                return;
+            }
+        }
+        *held = value;
+        announced.push_back(key);
+    }
+};
+
+void setByKind(PropertyBag& bag, const std::wstring& key, const SerializableUnion& value) {
+    switch (value.kind()) {
         // clang-format off
-        [](auto& bag, bool other) { bag.setString(L"k", other ? L"x" : L""); },
-        [](auto& bag, bool other) { bag.setLong(L"k", other); },
-        [](auto& bag, bool other) { bag.setDouble(L"k", other); },
-        [](auto& bag, bool other) { bag.setBool(L"k", other); },
-        [](auto& bag, bool other) { bag.setDateTime(L"k", {other ? 2016 : 0, 0, 0}); },
-        [](auto& bag, bool other) { bag.setSize(L"k", other); },
-        [](auto& bag, bool other) { bag.setArray(L"k", Values(other, longOf(1))); },
+        case ValueKind::kString: return bag.setString(key, value.getString());
+        case ValueKind::kLong: return bag.setLong(key, value.getLong());
+        case ValueKind::kDouble: return bag.setDouble(key, value.getDouble());
+        case ValueKind::kBool: return bag.setBool(key, value.getBool());
+        case ValueKind::kDateTime: return bag.setDateTime(key, value.getDateTime());
+        case ValueKind::kSizet: return bag.setSize(key, value.getSizet());
         // clang-format on
-    };
-    for (const auto& set : kSetters) {
-        SCOPED_TRACE(&set - kSetters);
-        HookedBag bag;
-        const auto changes = [&](bool other) {
-            set(bag, other);
-            return bag.takeChanged().size();
-        };
-        EXPECT_EQ(changes(false), 1U) << "a new key is a change, whatever its value";
-        EXPECT_EQ(changes(false), 0U);
-        EXPECT_EQ(changes(true), 1U);
-        EXPECT_EQ(changes(true), 0U);
-        bag.clear(L"k");
-        bag.takeChanged();
-        EXPECT_EQ(changes(false), 0U) << "a null value reads as the neutral one";
-        EXPECT_TRUE(bag.isNull(L"k"));
-        EXPECT_EQ(changes(true), 1U);
+        default:
+            bag.setArray(key, value.getArray());
     }
-    HookedBag bag;
-    bag.setDouble(L"k", std::nan(""));
-    bag.setDouble(L"k", std::nan(""));
-    EXPECT_EQ(bag.takeChanged(), (Texts{L"k", L"k"})) << "no number equals another";
 }
 
-TEST(PropertyBag, getters_missingNullAndOtherKind_giveTheDefault) {
-    PropertyBag bag;
-    bag.setLong(L"null", 1);
-    bag.clear(L"null");
-    bag.setArray(L"array", {longOf(1)});
-    for (const wchar_t* key : {L"missing", L"null", L"array", L"ARRAY"}) {
-        SCOPED_TRACE(key);
-        EXPECT_EQ(bag.getString(key, L"d"), L"d");
-        EXPECT_EQ(bag.getLong(key, -7), -7);
-        EXPECT_EQ(bag.getDouble(key, 0.5), 0.5);
-        EXPECT_TRUE(bag.getBool(key, true));
-        EXPECT_EQ(bag.getDateTime(key, {2016, 1, 1}), DateTime(2016, 1, 1));
-        EXPECT_EQ(bag.getSize(key, 9, true), 9U);
-        std::wstring out = L"same";
-        EXPECT_FALSE(bag.getString(key, out, out)) << "the default may be the result itself";
-        EXPECT_EQ(out, L"same");
+// Every getter, with a default that no value is.
+void expectGetters(const PropertyBag& bag, const std::wstring& key, const SerializableUnion& v) {
+    const DateTime day(2016, 1, 1);
+    std::wstring out = L"d";
+    EXPECT_EQ(bag.getString(key, L"d"), v.isString() ? v.getString() : L"d");
+    EXPECT_EQ(bag.getString(key, out, out), v.isString()) << "the default may be the result";
+    EXPECT_EQ(out, v.isString() ? v.getString() : L"d");
+    EXPECT_EQ(bag.getLong(key, 9), v.isLong() ? v.getLong() : 9);
+    EXPECT_TRUE(std::isnan(v.getDouble()) ||
+                bag.getDouble(key, 9) == (v.isDouble() ? v.getDouble() : 9));
+    for (const bool any : {true, false}) {
+        EXPECT_EQ(bag.getBool(key, any), v.isBool() ? v.getBool() : any);
+        EXPECT_EQ(bag.getSize(key, 9, any), v.isSizet() ? v.getSizet()
+                                            : any && v.isLong() && v.getLong() >= 0
+                                                ? static_cast<std::uint64_t>(v.getLong())
+                                                : 9);
     }
-    EXPECT_EQ(bag.getArray(L"array"), Values{longOf(1)});
-    EXPECT_TRUE(bag.getArray(L"missing").empty() && bag.getUnion(L"missing").isNull());
-    EXPECT_FALSE(bag.has(L"missing"));
-    // A size may also be taken from a long that is not negative.
-    bag.setLong(L"plus", 5);
-    bag.setLong(L"minus", -1);
-    for (const auto& [key, acceptLong, size] :
-         {std::tuple{L"plus", true, 5U}, {L"plus", false, 9U}, {L"minus", true, 9U}}) {
-        EXPECT_EQ(bag.getSize(key, 9, acceptLong), size) << key;
-    }
-    bag.setSize(L"plus", 0);
-    EXPECT_EQ(bag.getSize(L"plus", 9, true), 5U) << "a long reads as the neutral size";
-    bag.setSize(L"plus", 1ULL << 40);
-    EXPECT_EQ(bag.getSize(L"plus", 9, false), 1ULL << 40);
+    EXPECT_EQ(bag.getDateTime(key, day), v.isDateTime() ? v.getDateTime() : day);
+    EXPECT_EQ(bag.getArray(key), v.getArray());
+    EXPECT_EQ(xmlOf(bag.getUnion(key)), xmlOf(v));
+    EXPECT_EQ(bag.isNull(key), v.isNull());
 }
 
-TEST(PropertyBag, setUnionAndClear_storeRefuseObjectsAndKeepTheEntry) {
-    HookedBag bag;
-    SerializableUnion object;
-    object.setObject(std::make_shared<SharedObject>());
-    bag.setUnion(L"a", longOf(1));
-    bag.setUnion(L"a", longOf(1));
-    bag.setUnion(L"a", object);
-    bag.setUnion(L"b", object);
-    bag.clear(L"b");
-    EXPECT_EQ(bag.takeChanged(), Texts{L"a"});
-    EXPECT_EQ(bag.getLong(L"a", 0), 1);
-    bag.clear(L"a");
-    bag.setUnion(L"c", longOf(1));
-    bag.setUnion(L"c", SerializableUnion());
-    EXPECT_EQ(bag.takeChanged(), (Texts{L"a", L"c", L"c"}));
-    EXPECT_TRUE(bag.has(L"a") && bag.isNull(L"a") && bag.isNull(L"c"));
-    EXPECT_EQ(bag.size(), 2U);
-    EXPECT_EQ(keysOf(bag), (Texts{L"a", L"c"}));
+TEST(PropertyBag, randomChanges_besideAListOfValues_areHeldAndAnnouncedAlike) {
+    static const std::wstring kKeys[] = {L"", L"a", L"A", std::wstring(32, L'k'),
+                                         std::wstring(33, L'k')};
+    const Values values = someValues();
+    Random random(7);
+    NaiveBag naive;
+    const auto listener = std::make_shared<Listener>();
+    TrackingPropertyBag bag;
+    bag.connect(listener, false);
+    for (int step = 0; step < 20'000 && !testing::Test::HasFailure(); ++step) {
+        const std::wstring& key = random.pick(kKeys);
+        const SerializableUnion& value = random.pick(values);
+        const std::size_t dice = random.below(9);
+        std::wstring seen;  // by whoever hears of a change
+        listener->next = [&] { seen = xmlOf(bag.getUnion(key)); };
+        SCOPED_TRACE(random.label() + " step " + std::to_string(step));
+        if (dice < 8 && (value.isNull() || value.isObject())) {
+            bag.setUnion(key, value);
+            if (SerializableUnion* held = naive.find(key); held != nullptr && value.isNull()) {
+                *held = value;
+                naive.announced.push_back(key);
+            }
+        } else if (dice < 8) {
+            dice < 4 ? bag.setUnion(key, value) : setByKind(bag, key, value);
+            naive.set(key, value, dice >= 4);
+        } else if (random.below(20) == 0) {
+            naive.entries.clear();
+            bag.parse(L"");
+        } else {
+            bag.announceAll();
+            for (const auto& entry : naive.entries) {
+                naive.announced.push_back(entry.first);
+            }
+        }
+        Texts keys;
+        for (const auto& entry : naive.entries) {
+            keys.push_back(entry.first);
+        }
+        ASSERT_EQ(keysOf(bag), keys);
+        ASSERT_EQ(bag.size(), keys.size());
+        Texts announced;
+        for (const std::wstring& each : std::exchange(naive.announced, {})) {
+            announced.push_back(L"propertyChanged.ChangeTracker " + each);
+        }
+        ASSERT_EQ(std::exchange(listener->log, {}), announced);
+        ASSERT_EQ(bag.isChanged(), !announced.empty());
+        bag.markSaved();
+        const SerializableUnion* held = naive.find(key);
+        EXPECT_EQ(bag.has(key), held != nullptr);
+        const SerializableUnion now = held != nullptr ? *held : SerializableUnion();
+        EXPECT_EQ(seen, announced.empty() ? L"" : xmlOf(now));
+        expectGetters(bag, key, now);
+    }
 }
 
 TEST(PropertyBag, announceAll_hookThatReadsTheBagAnew_endsTheRound) {
@@ -134,8 +179,6 @@ TEST(PropertyBag, announceAll_hookThatReadsTheBagAnew_endsTheRound) {
     HookedBag bag;
     readFromStream(bag, document);
     EXPECT_EQ(bag.takeChanged(), Texts()) << "only reading from a range announces";
-    readFromRange(bag, document);
-    EXPECT_EQ(bag.takeChanged(), (Texts{L"z", L"a"}));
     bag.next = [&] { bag.parse(L"<hmap><p><k>n1</k></p><p><k>n2</k></p></hmap>"); };
     bag.announceAll();
     EXPECT_EQ(bag.takeChanged(), (Texts{L"z", L"n1", L"n2"}));
@@ -156,32 +199,32 @@ TEST(PropertyBag, announceAll_hookThatReadsTheBagAnew_endsTheRound) {
 
 TEST(PropertyBag, arraysThatCouldNotBeReadBack_areRefused) {
     SerializableUnion object;
-    object.setObject(std::make_shared<SharedObject>());
+    object.setObject(nullptr);
     const auto arrayOf = [](const Values& elements) {
         SerializableUnion array;
         array.setArray(elements);
         return array;
     };
-    Values deep;
-    for (int depth = 0; depth < 127; ++depth) {
-        deep = {arrayOf(deep)};
+    SerializableUnion deep;
+    for (int depth = 0; depth < 128; ++depth) {
+        deep = arrayOf({deep});
     }
     HookedBag bag;
-    bag.setArray(L"deep", deep);
-    EXPECT_EQ(bag.takeChanged(), Texts{L"deep"});
+    bag.setUnion(L"deep", deep);
+    PropertyBag back;
+    back.parse(xmlOf(bag));
+    EXPECT_EQ(back.getUnion(L"deep"), deep);
+    const SerializableUnion deeper = arrayOf({deep});
+    EXPECT_EQ(thrownText([&] { xmlOf(deeper); }), L"depth <= kMaxDepth");
     const std::tuple<SerializableUnion, const wchar_t*> kRefused[] = {
-        {arrayOf({arrayOf(deep)}), L"depth <= kMaxDepth"},
-        {arrayOf({longOf(1), object}), L"!isObject()"},
+        {deeper, L"depth <= kMaxDepth"},
+        {arrayOf({SerializableUnion(), object}), L"!isObject()"},
         {arrayOf({arrayOf({object})}), L"!isObject()"}};
     for (const auto& [value, failure] : kRefused) {
         EXPECT_EQ(thrownText([&] { bag.setUnion(L"k", value); }), failure);
         EXPECT_EQ(thrownText([&] { bag.setArray(L"k", value.getArray()); }), failure);
     }
-    EXPECT_EQ(bag.takeChanged(), Texts());
     EXPECT_EQ(keysOf(bag), Texts{L"deep"});
-    PropertyBag back;
-    back.parse(xmlOf(bag));
-    EXPECT_EQ(back.getArray(L"deep"), deep);
 }
 
 TEST(PropertyBagXml, appendXml_anyBag_isTheExactText) {
