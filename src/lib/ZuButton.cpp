@@ -38,12 +38,6 @@ Button::Button(const std::wstring& text) : DrawnText(text) {
     setFocusable(true);
 }
 
-bool Button::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
-    return changeDescriptor(bitmap_, bitmap);
-}
-
-bool Button::setChecked(bool checked) { return change(checked_, checked); }
-
 void Button::click() {
     if (isUsable()) {
         notify(kLeftClicked, wordOfPoint({0, 0}));

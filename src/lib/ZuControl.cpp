@@ -10,8 +10,6 @@
 
 namespace zustd {
 
-Control::Control() = default;
-
 Control::~Control() {
     for (const std::shared_ptr<Control>& child : children_) {
         child->parent_ = nullptr;
@@ -29,8 +27,6 @@ Control& Control::requireParent() const {
     ZU_ASSERT_AS(parent_ != nullptr, L"getParent()", ZU_HERE);
     return *parent_;
 }
-
-void Control::addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
 
 void Control::insertChild(std::size_t index, const std::shared_ptr<Control>& child) {
     checkChild(child.get());
@@ -156,8 +152,6 @@ bool Control::changeShown(bool& member, bool value) {
     return true;
 }
 
-bool Control::setVisible(bool visible) { return changeShown(visible_, visible); }
-
 bool Control::isShown() const noexcept {
     const Control* climbing = this;
     while (climbing != nullptr && climbing->visible_) {
@@ -165,8 +159,6 @@ bool Control::isShown() const noexcept {
     }
     return climbing == nullptr;
 }
-
-bool Control::setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
 
 bool Control::isUsable() const noexcept {
     const Control* climbing = this;
@@ -196,7 +188,7 @@ bool Control::setCursor(MouseCursor cursor) {
 
 // --- Descriptors ----------------------------------------------------------------------------
 
-bool Control::setColors(const std::shared_ptr<ColorsDescriptor>& colors) {
+bool Control::setColors(const ColorsRef& colors) {
     const std::shared_ptr<Control> self = sharedReference(this);
     if (!changeDescriptor(colors_, colors)) {
         return false;
@@ -248,7 +240,9 @@ void Control::onDescriptorChanged() {
 
 void Control::draw(GraphicsService& graphics) {
     if (backend() == nullptr && overlapsDrawArea(graphics)) {
-        const OriginScope origin(graphics, boundary_.position());
+        const Point outer = graphics.origin();
+        const ScopeExit back([&graphics, outer] { graphics.setOrigin(outer); });
+        graphics.setOrigin(outer.movedBy(boundary_.position()));
         drawAsRoot(graphics);
     }
 }
@@ -404,6 +398,7 @@ void Control::endUpdate() {
     }
 }
 
+// Native widgets synchronise, drawn ones refresh.
 void Control::showState() {
     const std::shared_ptr<Control> self = sharedReference(this);
     if (inputRouter() != nullptr && hasNativeObject()) {

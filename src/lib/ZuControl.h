@@ -89,7 +89,6 @@ public:
     // sets it keeps the surface open.
     static const MessageKind kClose;
 
-    Control();
     ~Control() override;
 
     // --- Tree ---
@@ -104,7 +103,7 @@ public:
     // puts the child elsewhere has its way. During a ControlUpdate a drawn child
     // is shown at its end. Null, the control itself and its ancestors are
     // refused by the assertion "child && !child->isAncestorOf(*this)".
-    void addChild(const std::shared_ptr<Control>& child);
+    void addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
     // An index past the end appends.
     void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
     // Gives up the native objects of the child and of all below it; false when
@@ -135,7 +134,7 @@ public:
     Point toSurface(Point point) const noexcept;
     Point fromSurface(Point point) const noexcept;
     // Its own area from 0, 0.
-    Rect area() const noexcept;
+    Rect area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
     // The area inside of the margins, where children are arranged.
     Rect innerArea() const noexcept;
 
@@ -180,11 +179,11 @@ public:
     // --- State ---
 
     bool isVisible() const noexcept { return visible_; }
-    bool setVisible(bool visible);
+    bool setVisible(bool visible) { return changeShown(visible_, visible); }
     // Of the control and all its ancestors.
     bool isShown() const noexcept;
     bool isEnabled() const noexcept { return enabled_; }
-    bool setEnabled(bool enabled);
+    bool setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
     // Of the control and all its ancestors.
     bool isUsable() const noexcept;
     bool isHovered() const noexcept { return hovered_; }
@@ -221,8 +220,8 @@ public:
         tooltipOptions_ = std::move(options);
     }
     // Null for the colours of the nearest ancestor that has some.
-    const std::shared_ptr<ColorsDescriptor>& colors() const noexcept { return colors_; }
-    bool setColors(const std::shared_ptr<ColorsDescriptor>& colors);
+    const ColorsRef& colors() const noexcept { return colors_; }
+    bool setColors(const ColorsRef& colors);
     // From the control's colours or those of its ancestors; unset when none of
     // them sets this one.
     Color color(ColorRole role) const noexcept;
@@ -275,13 +274,15 @@ public:
 
     // An event with its position in this control; whether it was used. Called
     // before the messages are sent. The base uses none.
-    virtual bool onMouse(const MouseEvent& event);
-    virtual bool onKey(const KeyEvent& event);
+    virtual bool onMouse(const MouseEvent&) { return false; }
+    virtual bool onKey(const KeyEvent&) { return false; }
     // The text in which "&" stands before the control's access key; empty when
     // it has none. The key does what activate() does.
     virtual std::wstring accessText() const { return {}; }
     // As if the user pressed the control.
     virtual void activate() {}
+    // The window of this surface has another client area.
+    void acceptSize(Size size);
     // Sends a message of this control; the first word is added. Returns false
     // when a gate refused.
     bool notify(const MessageKind& kind, MessageWord b = {});
@@ -313,9 +314,6 @@ protected:
     // Puts the children into place without showing it; the base applies the
     // arrangement. Sends nothing, and is not called again from inside.
     virtual void arrangeChildren();
-    // Something was changed that shows: native widgets synchronise, drawn ones
-    // refresh. Called once at the end of a ControlUpdate.
-    virtual void showState();
     // The control has come onto a surface, by itself or with an ancestor, and
     // can reach its services now. The base hands it on to the children and then
     // arranges them: what they prefer may be known only by now.
@@ -324,7 +322,7 @@ protected:
     virtual void onDescriptorChanged();
     // Hover, press or focus has changed. The base does nothing; controls that
     // show such states refresh.
-    virtual void onInputStateChanged();
+    virtual void onInputStateChanged() {}
 
     // Shows a change now, or at the end of the running update.
     void stateChanged();
@@ -352,12 +350,8 @@ protected:
         return true;
     }
     void watch(ChangeTracker* descriptor);
-    void unwatch(ChangeTracker* descriptor);
     // Sends kClose; false when a receiver wants the surface to stay.
     bool requestClose();
-    // To be called by the destructor of every native widget, so that the
-    // native object goes while the widget is still whole.
-    void releaseNative() noexcept;
 
 private:
     friend class ControlUpdate;
@@ -367,6 +361,9 @@ private:
     void checkChild(const Control* child) const;
     void leaveParent();
     void forgetInput();
+    void unwatch(ChangeTracker* descriptor);
+    void releaseNative() noexcept;
+    void showState();
     void synchronizeBelow();
     bool changeShown(bool& member, bool value);
     void acceptState(bool& member, bool value, const MessageKind& entered, const MessageKind& left);
@@ -396,7 +393,7 @@ private:
     std::uint32_t updateDepth_ = 0;
     TextDescriptor tooltip_;
     std::shared_ptr<TooltipOptions> tooltipOptions_;
-    std::shared_ptr<ColorsDescriptor> colors_;
+    ColorsRef colors_;
 };
 
 // Shows the changes made while it lives once, at its end. Nests.
@@ -421,13 +418,6 @@ std::shared_ptr<T> makeControl(Args&&... args) {
     auto control = std::make_shared<T>(std::forward<Args>(args)...);
     control->initialize();
     return control;
-}
-
-// What a native widget's backend() answers: the untyped backend of its
-// abstraction.
-template <class I>
-IImplementation* backendOf(const Abstraction<I>& abstraction) noexcept {
-    return abstraction.untypedImplementation();
 }
 
 }  // namespace zustd

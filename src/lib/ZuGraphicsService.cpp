@@ -23,10 +23,6 @@ void GraphicsService::drawLine(Point from, Point to) {
     implementation().drawLine(from.movedBy(origin_), to.movedBy(origin_));
 }
 
-void GraphicsService::drawRectangle(const Rect& area) {
-    implementation().drawRectangle(area.movedBy(origin_));
-}
-
 void GraphicsService::drawRectangle(const Rect& area, Color fill) {
     implementation().drawRectangle(area.movedBy(origin_), fill);
 }
@@ -58,26 +54,8 @@ void GraphicsService::beginBufferedPaint(const Rect& area) {
     implementation().beginBufferedPaint(area.movedBy(origin_));
 }
 
-void GraphicsService::endBufferedPaint() { implementation().endBufferedPaint(); }
-
-void GraphicsService::beginClipping(const Rect& area) {
-    implementation().beginClipping(area.movedBy(origin_));
-}
-
-void GraphicsService::endClipping() { implementation().endClipping(); }
-
 void GraphicsService::setClippingArea(const Rect& area) {
     implementation().setClippingArea(area.movedBy(origin_));
-}
-
-void GraphicsService::clearClippingArea() { implementation().clearClippingArea(); }
-
-void GraphicsService::setPen(Color color, std::int32_t width) {
-    implementation().setPen(color, width);
-}
-
-Rect GraphicsService::getDrawArea() const {
-    return implementation().getDrawArea().movedBy(origin_.negated());
 }
 
 }  // namespace zustd

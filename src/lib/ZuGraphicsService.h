@@ -41,13 +41,8 @@ struct TextFormat {
 
 // What a backend does. Slot order is fixed. Colours are always set. A failure
 // may leave these operations; painting as a whole is what the surface guards.
-class IGraphicsServiceImpl {
+class IGraphicsServiceImpl : public IBackend {
 public:
-    IGraphicsServiceImpl() = default;
-    IGraphicsServiceImpl(const IGraphicsServiceImpl&) = delete;
-    IGraphicsServiceImpl& operator=(const IGraphicsServiceImpl&) = delete;
-    virtual ~IGraphicsServiceImpl() = default;
-
     // From one colour at the top to another at the bottom. Fails the assertion
     // "gradientType == zuGradientVertical" for any other kind.
     virtual void drawGradient(const Rect& area, Color from, Color to,
@@ -107,7 +102,7 @@ public:
     void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha = 1.0);
     void drawFocusFrame(const Rect& area);
     void drawLine(Point from, Point to);
-    void drawRectangle(const Rect& area);
+    void drawRectangle(const Rect& area) { implementation().drawRectangle(area.movedBy(origin_)); }
     void drawRectangle(const Rect& area, Color fill);
     void drawText(std::wstring_view text, Point place, const Font& font, Color color);
     void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
@@ -117,32 +112,16 @@ public:
     std::int32_t measureTextHeight(std::wstring_view text, const Font& font,
                                    std::int32_t width = 0);
     void beginBufferedPaint(const Rect& area);
-    void endBufferedPaint();
-    void beginClipping(const Rect& area);
-    void endClipping();
+    void endBufferedPaint() { implementation().endBufferedPaint(); }
+    void beginClipping(const Rect& area) { implementation().beginClipping(area.movedBy(origin_)); }
+    void endClipping() { implementation().endClipping(); }
     void setClippingArea(const Rect& area);
-    void clearClippingArea();
-    void setPen(Color color, std::int32_t width);
-    Rect getDrawArea() const;
+    void clearClippingArea() { implementation().clearClippingArea(); }
+    void setPen(Color color, std::int32_t width) { implementation().setPen(color, width); }
+    Rect getDrawArea() const { return implementation().getDrawArea().movedBy(origin_.negated()); }
 
 private:
     Point origin_;
-};
-
-// Moves the origin for the time that a control draws.
-class OriginScope {
-public:
-    OriginScope(GraphicsService& graphics, Point offset) noexcept
-        : graphics_(graphics), outer_(graphics.origin()) {
-        graphics.setOrigin(outer_.movedBy(offset));
-    }
-    OriginScope(const OriginScope&) = delete;
-    OriginScope& operator=(const OriginScope&) = delete;
-    ~OriginScope() { graphics_.setOrigin(outer_); }
-
-private:
-    GraphicsService& graphics_;
-    Point outer_;
 };
 
 }  // namespace zustd

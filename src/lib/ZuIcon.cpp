@@ -48,12 +48,6 @@ Icon::Icon(const std::shared_ptr<BitmapDescriptor>& bitmap) : bitmap_(bitmap) {
     setTakesMouse(false);
 }
 
-bool Icon::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
-    return changeDescriptor(bitmap_, bitmap);
-}
-
-bool Icon::setBitmapVisible(bool visible) { return change(bitmapVisible_, visible); }
-
 bool Icon::setOpacity(double opacity) {
     return change(opacity_, std::isnan(opacity) ? 1.0 : std::clamp(opacity, 0.0, 1.0));
 }

@@ -44,6 +44,20 @@ void collectFocusable(Control& control, std::vector<Control*>& out) {
     }
 }
 
+// Asks a control and then those above it, up to the last, until one uses the
+// event; null for the last asks them all.
+template <class Use>
+bool offerUpwards(const std::shared_ptr<Control>& first, const Control* last, Use&& use) {
+    for (std::shared_ptr<Control> climbing = first; climbing;) {
+        if (climbing->isUsable() && use(*climbing)) {
+            return true;
+        }
+        Control* parent = climbing.get() == last ? nullptr : climbing->parentControl();
+        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    }
+    return false;
+}
+
 // Surfaces on a surface take turns with it in one focus order.
 Control& outermost(Control& surface) noexcept {
     Control* top = &surface;
@@ -200,13 +214,9 @@ bool InputRouter::scroll(const std::shared_ptr<Control>& target, const MouseEven
         return false;
     }
     target->hideTooltip();
-    for (std::shared_ptr<Control> climbing = target; climbing;) {
-        if (climbing->isUsable() && climbing->onMouse(eventFor(*climbing, event))) {
-            return true;
-        }
-        Control* parent =
-            climbing == sharedReference(&surface_) ? nullptr : climbing->parentControl();
-        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    if (offerUpwards(target, &surface_,
+                     [&](Control& control) { return control.onMouse(eventFor(control, event)); })) {
+        return true;
     }
     target->notify(wheelMessage(event.modifiers), MessageWord(std::intptr_t{event.wheel}));
     return false;
@@ -237,12 +247,8 @@ bool InputRouter::routeKey(const KeyEvent& event) {
 bool InputRouter::routeKeyFrom(Control& control, const KeyEvent& event) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
     const std::shared_ptr<Control> first = sharedReference(&control);
-    for (std::shared_ptr<Control> climbing = first; climbing;) {
-        if (climbing->isUsable() && climbing->onKey(event)) {
-            return true;
-        }
-        Control* parent = climbing->parentControl();
-        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    if (offerUpwards(first, nullptr, [&](Control& above) { return above.onKey(event); })) {
+        return true;
     }
     if (first) {
         first->notify(Control::kKeyPressed, MessageWord(std::int64_t{event.key}));

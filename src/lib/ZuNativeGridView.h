@@ -128,7 +128,7 @@ public:
     void resizeColumns();
     void synchronizeBitmaps();
 
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the rows; what the user did. The messages are sent
     // without synchronising.

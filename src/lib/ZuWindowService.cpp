@@ -78,51 +78,9 @@ std::shared_ptr<Timer> WindowService::createTimer(const std::wstring& name) {
 
 // --- The window -----------------------------------------------------------------------------
 
-void WindowService::invalidate() { implementation().invalidate(); }
-
-void WindowService::invalidate(const Rect& area) { implementation().invalidate(area); }
-
-void WindowService::updateWindow() { implementation().updateWindow(); }
-
-MouseCursor WindowService::getCursor() const { return implementation().getCursor(); }
-
-void WindowService::setCursor(MouseCursor cursor) { implementation().setCursor(cursor); }
-
-Point WindowService::getMousePosition() const { return implementation().getMousePosition(); }
-
-Point WindowService::getWindowPosition() const { return implementation().getWindowPosition(); }
-
-Size WindowService::getWindowSize() const { return implementation().getWindowSize(); }
-
-void WindowService::captureMouse() { implementation().captureMouse(); }
-
-void WindowService::releaseMouse() { implementation().releaseMouse(); }
-
-double WindowService::getScalingFactor() { return implementation().getScalingFactor(); }
-
-Rect WindowService::getWorkArea() const { return implementation().getWorkArea(); }
-
-Point WindowService::getClientPosition() const { return implementation().getClientPosition(); }
-
-void WindowService::closeWindow() { implementation().closeWindow(); }
-
-void WindowService::enableWindow(bool enable) { implementation().enableWindow(enable); }
-
-void WindowService::hideWindow() { implementation().hideWindow(); }
-
-void WindowService::invalidateWindow() { implementation().invalidateWindow(); }
-
 bool WindowService::isWindowVisibleAtPos(Point place) const {
     return implementation().isWindowVisibleAtPos(place);
 }
-
-void WindowService::makeWindowVisibleAtPos(Point place) {
-    implementation().makeWindowVisibleAtPos(place);
-}
-
-void WindowService::showWindow() { implementation().showWindow(); }
-
-void WindowService::setFocus(Control& control) { implementation().setFocus(control); }
 
 // --- Messages and questions -----------------------------------------------------------------
 
@@ -182,14 +140,6 @@ int WindowService::ask(MessageBoxContent& box, Question question) {
     return answer;
 }
 
-bool WindowService::isMessageOpen() const { return implementation().isMessageOpen(); }
-
-void WindowService::closeMessage(int answer) { implementation().closeMessage(answer); }
-
-void WindowService::playMessageSound(std::uint32_t style) {
-    implementation().playMessageSound(style);
-}
-
 // --- Resources ------------------------------------------------------------------------------
 
 std::shared_ptr<Font> WindowService::getFont(const FontStyle& style) {
@@ -197,7 +147,7 @@ std::shared_ptr<Font> WindowService::getFont(const FontStyle& style) {
 }
 
 std::shared_ptr<Font> WindowService::getFont(const std::shared_ptr<FontDescriptor>& descriptor) {
-    return getFont(descriptor ? descriptor->style() : FontStyle());
+    return getFont(styleOf(descriptor));
 }
 
 std::shared_ptr<Bitmap> WindowService::getBitmap(const BitmapDescriptor& descriptor) {
