@@ -10,6 +10,19 @@
 
 namespace zustd {
 
+namespace {
+
+// The first control from here upwards that is the one; null when none is.
+template <class Is>
+const Control* climb(const Control* from, Is&& is) noexcept {
+    while (from != nullptr && !is(*from)) {
+        from = from->parentControl();
+    }
+    return from;
+}
+
+}  // namespace
+
 Control::~Control() {
     for (const std::shared_ptr<Control>& child : children_) {
         child->parent_ = nullptr;
@@ -95,11 +108,7 @@ void Control::removeAllChildren() {
 }
 
 bool Control::isAncestorOf(const Control& control) const noexcept {
-    const Control* climbing = &control;
-    while (climbing != nullptr && climbing != this) {
-        climbing = climbing->parent_;
-    }
-    return climbing != nullptr;
+    return climb(&control, [this](const Control& at) { return &at == this; }) != nullptr;
 }
 
 Control* Control::surface() noexcept {
@@ -153,19 +162,11 @@ bool Control::changeShown(bool& member, bool value) {
 }
 
 bool Control::isShown() const noexcept {
-    const Control* climbing = this;
-    while (climbing != nullptr && climbing->visible_) {
-        climbing = climbing->parent_;
-    }
-    return climbing == nullptr;
+    return climb(this, [](const Control& at) { return !at.visible_; }) == nullptr;
 }
 
 bool Control::isUsable() const noexcept {
-    const Control* climbing = this;
-    while (climbing != nullptr && climbing->enabled_) {
-        climbing = climbing->parent_;
-    }
-    return climbing == nullptr;
+    return climb(this, [](const Control& at) { return !at.enabled_; }) == nullptr;
 }
 
 bool Control::takeFocus() {

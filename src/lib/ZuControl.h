@@ -4,13 +4,8 @@
 // tree hangs below a surface, a native window or dialog, whose backend paints
 // the drawn controls, keeps the native widgets in place, and feeds the input
 // router. A control outside of a surface has all its state but nothing to show
-// it on.
-//
-// Every control is a message forwarder: what it sends reaches its own sinks
-// first and then its parent, which handles it or sends it on. It is also a
-// registry: services are looked for in the control itself, then in its
-// ancestors, at last in the root. A surface brings its own window service and
-// graphics service along.
+// it on. What a control sends reaches its own sinks first and then its parent,
+// which handles it or sends it on; services are looked for upwards too.
 //
 // Setters change the state, return whether it did change, and then show it:
 // drawn controls ask for a repaint, native widgets synchronise their native
@@ -93,7 +88,7 @@ public:
 
     // --- Tree ---
 
-    // The parent control; for a control without one what setParent() gave.
+    // For a control without parent control what setParent() gave.
     std::shared_ptr<ServiceLocator> getParent() const override;
     Control* parentControl() const noexcept { return parent_; }
     // Fails the assertion "getParent()" when there is no parent control.
@@ -135,7 +130,7 @@ public:
     Point fromSurface(Point point) const noexcept;
     // Its own area from 0, 0.
     Rect area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
-    // The area inside of the margins, where children are arranged.
+    // Inside of the margins, where children are arranged.
     Rect innerArea() const noexcept;
 
     // --- Layout ---
@@ -163,17 +158,13 @@ public:
     // The same for a width that is given: what wraps keeps to it where it can
     // and says how high it gets then. The others answer as above.
     virtual Size preferredSizeForWidth(std::int32_t width);
-    // Puts the children into place according to the arrangement. Done by
-    // itself when the size changes, and when a child asks for another size
-    // (kChangePreferredWidth, kChangePreferredHeight); to be called after
-    // children or their layout properties have changed. One that is asked for
-    // while the control arranges its children is left out.
+    // Puts the children into place. Done by itself when the size changes, and
+    // when a child asks for another size (kChangePreferredWidth,
+    // kChangePreferredHeight); left out while the control is at it already.
     void arrange();
     // Sets the boundary without showing it: for layouts, which show the parent
-    // once when all its children are in place.
+    // and what is native below it once when all its children are in place.
     bool place(const Rect& boundary);
-    // Shows this control and the native widgets below it after children were
-    // placed.
     void showChildren();
 
     // --- State ---
@@ -261,13 +252,12 @@ public:
     bool hasNativeObject() const noexcept;
     // While a ControlUpdate is running for this very control.
     bool isUpdating() const noexcept { return updateDepth_ != 0; }
-    // Synchronises the native widgets of this control and of all below it,
-    // making their native objects where there are none yet.
+    // Of this control and of all below it: synchronises the native widgets,
+    // which makes their native objects; measures, arranges and shows after
+    // something changed that no descriptor tells of, such as the language of
+    // the texts; gives up the native objects.
     void synchronizeTree();
-    // Measures, arranges and shows this control and all below it, after something
-    // changed that no descriptor tells of, such as the language of the texts.
     void showAnew();
-    // Gives up the native objects of this control and of all below it.
     void releaseTree() noexcept;
 
     // --- Input, for the router and for native backends ---
@@ -302,8 +292,7 @@ public:
 
     // Own sinks first, then the parent control.
     bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
-    // Descriptors' changes are handled here; derived classes hand on what they
-    // do not know.
+    // Derived classes hand on what they do not know.
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
     std::shared_ptr<SharedObject> sinkOwner() const override;
     std::shared_ptr<SharedObject> sourceOwner() const override;
@@ -314,14 +303,12 @@ protected:
     // Puts the children into place without showing it; the base applies the
     // arrangement. Sends nothing, and is not called again from inside.
     virtual void arrangeChildren();
-    // The control has come onto a surface, by itself or with an ancestor, and
-    // can reach its services now. The base hands it on to the children and then
-    // arranges them: what they prefer may be known only by now.
+    // The control, by itself or with an ancestor, can reach the services of a
+    // surface now. The base hands it on to the children and arranges them.
     virtual void onJoinedSurface();
     // A descriptor of this control has changed. The base shows the state.
     virtual void onDescriptorChanged();
-    // Hover, press or focus has changed. The base does nothing; controls that
-    // show such states refresh.
+    // Hover, press or focus has changed; controls that show it refresh.
     virtual void onInputStateChanged() {}
 
     // Shows a change now, or at the end of the running update.

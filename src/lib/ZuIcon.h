@@ -11,9 +11,9 @@ namespace zustd {
 // How opaque an image is on a control that cannot be used.
 inline constexpr double kDisabledOpacity = 0.4;
 
-// The size of a descriptor's image on the control's screen; empty when there
-// is no image or no window service. An image of its own size is scaled too.
-Size drawnBitmapSize(const Control& control, const BitmapDescriptor& descriptor);
+// The size of a descriptor's image on the control's screen; empty without a
+// descriptor, image or window service. An image of its own size is scaled too.
+Size drawnBitmapSize(const Control& control, const BitmapRef& descriptor);
 // Draws it there, stretched to that size where the image has another one;
 // whether there was an image.
 bool drawBitmapAt(GraphicsService& graphics, const Control& control,

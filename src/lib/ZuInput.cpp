@@ -72,6 +72,13 @@ Control& outermost(Control& surface) noexcept {
 
 }  // namespace
 
+template <class Tell>
+void InputRouter::tellWindow(Tell&& tell) const {
+    if (const auto window = surface_.windowService()) {
+        tell(*window);
+    }
+}
+
 // --- Mouse ----------------------------------------------------------------------------------
 
 bool InputRouter::routeMouse(const MouseEvent& event) {
@@ -140,9 +147,7 @@ void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point positi
     if (!target || hovered_.lock() != target) {
         return;
     }
-    if (const auto window = surface_.windowService()) {
-        window->setCursor(target->cursor());
-    }
+    tellWindow([&](WindowService& window) { window.setCursor(target->cursor()); });
     if (button_ == Button::kNone) {
         target->showTooltip(position);
     }
@@ -158,9 +163,7 @@ void InputRouter::press(const std::shared_ptr<Control>& target, const MouseEvent
     pressed_ = target;
     pressPosition_ = event.position;
     dragging_ = false;
-    if (const auto window = surface_.windowService()) {
-        window->captureMouse();
-    }
+    tellWindow([&](WindowService& window) { window.captureMouse(); });
     target->hideTooltip();
     if (target->isFocusable()) {
         setFocus(target.get());
@@ -180,9 +183,7 @@ void InputRouter::release(const MouseEvent& event, Button button) {
     button_ = Button::kNone;
     pressed_.reset();
     dragging_ = false;
-    if (const auto window = surface_.windowService()) {
-        window->releaseMouse();
-    }
+    tellWindow([&](WindowService& window) { window.releaseMouse(); });
     if (!held) {
         return;
     }
@@ -288,9 +289,7 @@ bool InputRouter::setFocus(Control* control) {
     if (focused_.lock() != kept) {
         return false;
     }
-    if (const auto window = surface_.windowService()) {
-        window->setFocus(*control);
-    }
+    tellWindow([&](WindowService& window) { window.setFocus(*control); });
     return true;
 }
 
@@ -354,9 +353,7 @@ template <class Leaves>
 void InputRouter::forgetThose(Leaves&& leaves) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
     if (const auto held = pressed_.lock(); held && leaves(*held)) {
-        if (const auto window = surface_.windowService()) {
-            window->releaseMouse();
-        }
+        tellWindow([&](WindowService& window) { window.releaseMouse(); });
         cancelPress();
     }
     if (const auto hovered = hovered_.lock(); hovered && leaves(*hovered)) {

@@ -152,6 +152,8 @@ public:
 private:
     enum class Button : std::uint32_t { kNone, kLeft, kRight };
 
+    template <class Tell>
+    void tellWindow(Tell&& tell) const;
     std::shared_ptr<Control> targetAt(Point position) const;
     void moveHover(const std::shared_ptr<Control>& target, Point position);
     void press(const std::shared_ptr<Control>& target, const MouseEvent& event);

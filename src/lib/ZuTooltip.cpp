@@ -126,10 +126,8 @@ void Tooltip::drawSelf(GraphicsService& graphics) {
     const std::shared_ptr<WindowService> window = windowService();
     ZU_ASSERT_AS(window, L"ws", ZU_HERE);
     if (const auto font = window->getFont(font_)) {
-        TextFormat format;
-        format.wordWrap = true;
         graphics.drawText(text_, innerArea(), *font, colorOr(color(ColorRole::kText), kInk),
-                          format);
+                          {.wordWrap = true});
     }
 }
 

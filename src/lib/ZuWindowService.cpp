@@ -26,62 +26,6 @@ Size scaled(Size size, double factor) noexcept {
 
 }  // namespace
 
-// --- Widgets --------------------------------------------------------------------------------
-
-std::shared_ptr<NativeDialog> WindowService::createNativeDialog() {
-    return implementation().createNativeDialog();
-}
-
-std::shared_ptr<NativeDialog> WindowService::createNativeDialog(std::uint32_t style) {
-    return implementation().createNativeDialog(style);
-}
-
-std::shared_ptr<NativePopupMenu> WindowService::createNativePopupMenu() {
-    return implementation().createNativePopupMenu();
-}
-
-std::shared_ptr<NativeGridView> WindowService::createNativeGridView() {
-    return implementation().createNativeGridView();
-}
-
-std::shared_ptr<NativeTreeView> WindowService::createNativeTreeView() {
-    return implementation().createNativeTreeView();
-}
-
-std::shared_ptr<NativeWindow> WindowService::createNativeWindow() {
-    return implementation().createNativeWindow();
-}
-
-std::shared_ptr<NativeComboBox> WindowService::createNativeComboBox() {
-    return implementation().createNativeComboBox();
-}
-
-std::shared_ptr<NativeButton> WindowService::createNativeButton() {
-    return implementation().createNativeButton();
-}
-
-std::shared_ptr<NativeProgressBar> WindowService::createNativeProgressBar() {
-    return implementation().createNativeProgressBar();
-}
-
-std::shared_ptr<NativeTextBox> WindowService::createNativeTextBox() {
-    return implementation().createNativeTextBox();
-}
-
-std::shared_ptr<NativeScrollBar> WindowService::createNativeScrollBar(bool vertical) {
-    return implementation().createNativeScrollBar(vertical);
-}
-
-std::shared_ptr<Timer> WindowService::createTimer(const std::wstring& name) {
-    return implementation().createTimer(name);
-}
-
-// --- The window -----------------------------------------------------------------------------
-
-bool WindowService::isWindowVisibleAtPos(Point place) const {
-    return implementation().isWindowVisibleAtPos(place);
-}
-
 // --- Messages and questions -----------------------------------------------------------------
 
 int WindowService::showMessage(const std::wstring& text, const std::wstring& caption,
@@ -141,14 +85,6 @@ int WindowService::ask(MessageBoxContent& box, Question question) {
 }
 
 // --- Resources ------------------------------------------------------------------------------
-
-std::shared_ptr<Font> WindowService::getFont(const FontStyle& style) {
-    return implementation().getFont(style);
-}
-
-std::shared_ptr<Font> WindowService::getFont(const std::shared_ptr<FontDescriptor>& descriptor) {
-    return getFont(styleOf(descriptor));
-}
 
 std::shared_ptr<Bitmap> WindowService::getBitmap(const BitmapDescriptor& descriptor) {
     if (descriptor.resource().identifier == 0) {

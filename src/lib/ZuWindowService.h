@@ -151,18 +151,22 @@ public:
 
     // --- Widgets: see IWindowServiceImpl. Each fails the assertion "impl_"
     // when there is no backend.
-    std::shared_ptr<NativeDialog> createNativeDialog();
-    std::shared_ptr<NativeDialog> createNativeDialog(std::uint32_t style);
-    std::shared_ptr<NativePopupMenu> createNativePopupMenu();
-    std::shared_ptr<NativeGridView> createNativeGridView();
-    std::shared_ptr<NativeTreeView> createNativeTreeView();
-    std::shared_ptr<NativeWindow> createNativeWindow();
-    std::shared_ptr<NativeComboBox> createNativeComboBox();
-    std::shared_ptr<NativeButton> createNativeButton();
-    std::shared_ptr<NativeProgressBar> createNativeProgressBar();
-    std::shared_ptr<NativeTextBox> createNativeTextBox();
-    std::shared_ptr<NativeScrollBar> createNativeScrollBar(bool vertical);
-    std::shared_ptr<Timer> createTimer(const std::wstring& name);
+    auto createNativeDialog() { return implementation().createNativeDialog(); }
+    auto createNativeDialog(std::uint32_t style) {
+        return implementation().createNativeDialog(style);
+    }
+    auto createNativePopupMenu() { return implementation().createNativePopupMenu(); }
+    auto createNativeGridView() { return implementation().createNativeGridView(); }
+    auto createNativeTreeView() { return implementation().createNativeTreeView(); }
+    auto createNativeWindow() { return implementation().createNativeWindow(); }
+    auto createNativeComboBox() { return implementation().createNativeComboBox(); }
+    auto createNativeButton() { return implementation().createNativeButton(); }
+    auto createNativeProgressBar() { return implementation().createNativeProgressBar(); }
+    auto createNativeTextBox() { return implementation().createNativeTextBox(); }
+    auto createNativeScrollBar(bool vertical) {
+        return implementation().createNativeScrollBar(vertical);
+    }
+    auto createTimer(const std::wstring& name) { return implementation().createTimer(name); }
 
     // --- The window: as in IWindowServiceImpl, where each is described. Each
     // fails the assertion "impl_" when there is no backend; without a window
@@ -185,7 +189,9 @@ public:
     void enableWindow(bool enable) { implementation().enableWindow(enable); }
     void hideWindow() { implementation().hideWindow(); }
     void invalidateWindow() { implementation().invalidateWindow(); }
-    bool isWindowVisibleAtPos(Point place) const;
+    bool isWindowVisibleAtPos(Point place) const {
+        return implementation().isWindowVisibleAtPos(place);
+    }
     void makeWindowVisibleAtPos(Point place) { implementation().makeWindowVisibleAtPos(place); }
     void showWindow() { implementation().showWindow(); }
     void setFocus(Control& control) { implementation().setFocus(control); }
@@ -216,9 +222,9 @@ public:
 
     // --- Resources
 
-    std::shared_ptr<Font> getFont(const FontStyle& style);
+    auto getFont(const FontStyle& style) { return implementation().getFont(style); }
     // Null stands for the style that a new descriptor has.
-    std::shared_ptr<Font> getFont(const std::shared_ptr<FontDescriptor>& descriptor);
+    auto getFont(const FontRef& descriptor) { return getFont(styleOf(descriptor)); }
     // Null for a descriptor that names nothing. The descriptor's size times the
     // scaling factor.
     std::shared_ptr<Bitmap> getBitmap(const BitmapDescriptor& descriptor);
