@@ -38,6 +38,16 @@ public:
     virtual bool hasNativeObject() const { return false; }
 };
 
+// The base of every interface that lists what a portable class asks of its
+// backend.
+class IBackend {
+public:
+    IBackend() = default;
+    IBackend(const IBackend&) = delete;
+    IBackend& operator=(const IBackend&) = delete;
+    virtual ~IBackend() = default;
+};
+
 template <class A, class I>
 class Implementation;
 

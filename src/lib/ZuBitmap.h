@@ -16,13 +16,7 @@
 namespace zustd {
 
 // Marker: a backend has no operations of its own.
-class IBitmapImpl {
-public:
-    IBitmapImpl() = default;
-    IBitmapImpl(const IBitmapImpl&) = delete;
-    IBitmapImpl& operator=(const IBitmapImpl&) = delete;
-    virtual ~IBitmapImpl() = default;
-};
+class IBitmapImpl : public IBackend {};
 
 class Bitmap : public Abstraction<IBitmapImpl>, public SharedObject {
 public:

@@ -30,19 +30,9 @@ constexpr Color kDark = Color::rgb(0x00, 0x00, 0x00);
 }  // namespace
 
 Button::Button(const std::wstring& text) : DrawnText(text) {
-    TextFormat format;
-    format.vertical = TextAlignment::kCentre;
-    format.ellipsis = true;
-    format.accelerators = true;
-    changeFormat(format);
+    changeFormat({.vertical = TextAlignment::kCentre, .ellipsis = true, .accelerators = true});
     setFocusable(true);
 }
-
-bool Button::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
-    return changeDescriptor(bitmap_, bitmap);
-}
-
-bool Button::setChecked(bool checked) { return change(checked_, checked); }
 
 void Button::click() {
     if (isUsable()) {
@@ -51,7 +41,7 @@ void Button::click() {
 }
 
 Size Button::preferredSize() {
-    const Size image = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
+    const Size image = drawnBitmapSize(*this, bitmap_);
     const Size content = contentSize(image, textSize(0));
     return withinLimits(content.grownBy({scale(kPadding.width), scale(kPadding.height)}));
 }
@@ -76,7 +66,7 @@ bool Button::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) 
 
 void Button::drawSelf(GraphicsService& graphics) {
     drawFace(graphics);
-    const Size image = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
+    const Size image = drawnBitmapSize(*this, bitmap_);
     const Size text = textSize(0);
     const Size content = contentSize(image, text);
     const std::int32_t padding = std::min(scale(kPadding.width), boundary().width() / 4);

@@ -18,12 +18,12 @@ public:
     explicit Button(const std::wstring& text = {});
 
     // Before the text; may be null.
-    const std::shared_ptr<BitmapDescriptor>& bitmap() const noexcept { return bitmap_; }
-    bool setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap);
+    const BitmapRef& bitmap() const noexcept { return bitmap_; }
+    bool setBitmap(const BitmapRef& bitmap) { return changeDescriptor(bitmap_, bitmap); }
     bool toggles() const noexcept { return toggles_; }
     void setToggles(bool toggles) noexcept { toggles_ = toggles; }
     bool isChecked() const noexcept { return checked_; }
-    bool setChecked(bool checked);
+    bool setChecked(bool checked) { return change(checked_, checked); }
 
     // As if the user clicked it. Nothing happens when it cannot be used.
     void click();
@@ -42,7 +42,7 @@ private:
     // Of image and text side by side.
     Size contentSize(Size image, Size text) const;
 
-    std::shared_ptr<BitmapDescriptor> bitmap_;
+    BitmapRef bitmap_;
     bool toggles_ = false;
     bool checked_ = false;
 };

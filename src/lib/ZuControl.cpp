@@ -10,7 +10,18 @@
 
 namespace zustd {
 
-Control::Control() = default;
+namespace {
+
+// The first control from here upwards that is the one; null when none is.
+template <class Is>
+const Control* climb(const Control* from, Is&& is) noexcept {
+    while (from != nullptr && !is(*from)) {
+        from = from->parentControl();
+    }
+    return from;
+}
+
+}  // namespace
 
 Control::~Control() {
     for (const std::shared_ptr<Control>& child : children_) {
@@ -29,8 +40,6 @@ Control& Control::requireParent() const {
     ZU_ASSERT_AS(parent_ != nullptr, L"getParent()", ZU_HERE);
     return *parent_;
 }
-
-void Control::addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
 
 void Control::insertChild(std::size_t index, const std::shared_ptr<Control>& child) {
     checkChild(child.get());
@@ -99,11 +108,7 @@ void Control::removeAllChildren() {
 }
 
 bool Control::isAncestorOf(const Control& control) const noexcept {
-    const Control* climbing = &control;
-    while (climbing != nullptr && climbing != this) {
-        climbing = climbing->parent_;
-    }
-    return climbing != nullptr;
+    return climb(&control, [this](const Control& at) { return &at == this; }) != nullptr;
 }
 
 Control* Control::surface() noexcept {
@@ -156,24 +161,12 @@ bool Control::changeShown(bool& member, bool value) {
     return true;
 }
 
-bool Control::setVisible(bool visible) { return changeShown(visible_, visible); }
-
 bool Control::isShown() const noexcept {
-    const Control* climbing = this;
-    while (climbing != nullptr && climbing->visible_) {
-        climbing = climbing->parent_;
-    }
-    return climbing == nullptr;
+    return climb(this, [](const Control& at) { return !at.visible_; }) == nullptr;
 }
 
-bool Control::setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
-
 bool Control::isUsable() const noexcept {
-    const Control* climbing = this;
-    while (climbing != nullptr && climbing->enabled_) {
-        climbing = climbing->parent_;
-    }
-    return climbing == nullptr;
+    return climb(this, [](const Control& at) { return !at.enabled_; }) == nullptr;
 }
 
 bool Control::takeFocus() {
@@ -196,7 +189,7 @@ bool Control::setCursor(MouseCursor cursor) {
 
 // --- Descriptors ----------------------------------------------------------------------------
 
-bool Control::setColors(const std::shared_ptr<ColorsDescriptor>& colors) {
+bool Control::setColors(const ColorsRef& colors) {
     const std::shared_ptr<Control> self = sharedReference(this);
     if (!changeDescriptor(colors_, colors)) {
         return false;
@@ -248,7 +241,9 @@ void Control::onDescriptorChanged() {
 
 void Control::draw(GraphicsService& graphics) {
     if (backend() == nullptr && overlapsDrawArea(graphics)) {
-        const OriginScope origin(graphics, boundary_.position());
+        const Point outer = graphics.origin();
+        const ScopeExit back([&graphics, outer] { graphics.setOrigin(outer); });
+        graphics.setOrigin(outer.movedBy(boundary_.position()));
         drawAsRoot(graphics);
     }
 }
@@ -404,6 +399,7 @@ void Control::endUpdate() {
     }
 }
 
+// Native widgets synchronise, drawn ones refresh.
 void Control::showState() {
     const std::shared_ptr<Control> self = sharedReference(this);
     if (inputRouter() != nullptr && hasNativeObject()) {

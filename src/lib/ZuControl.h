@@ -4,13 +4,8 @@
 // tree hangs below a surface, a native window or dialog, whose backend paints
 // the drawn controls, keeps the native widgets in place, and feeds the input
 // router. A control outside of a surface has all its state but nothing to show
-// it on.
-//
-// Every control is a message forwarder: what it sends reaches its own sinks
-// first and then its parent, which handles it or sends it on. It is also a
-// registry: services are looked for in the control itself, then in its
-// ancestors, at last in the root. A surface brings its own window service and
-// graphics service along.
+// it on. What a control sends reaches its own sinks first and then its parent,
+// which handles it or sends it on; services are looked for upwards too.
 //
 // Setters change the state, return whether it did change, and then show it:
 // drawn controls ask for a repaint, native widgets synchronise their native
@@ -89,12 +84,11 @@ public:
     // sets it keeps the surface open.
     static const MessageKind kClose;
 
-    Control();
     ~Control() override;
 
     // --- Tree ---
 
-    // The parent control; for a control without one what setParent() gave.
+    // For a control without parent control what setParent() gave.
     std::shared_ptr<ServiceLocator> getParent() const override;
     Control* parentControl() const noexcept { return parent_; }
     // Fails the assertion "getParent()" when there is no parent control.
@@ -104,7 +98,7 @@ public:
     // puts the child elsewhere has its way. During a ControlUpdate a drawn child
     // is shown at its end. Null, the control itself and its ancestors are
     // refused by the assertion "child && !child->isAncestorOf(*this)".
-    void addChild(const std::shared_ptr<Control>& child);
+    void addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
     // An index past the end appends.
     void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
     // Gives up the native objects of the child and of all below it; false when
@@ -135,8 +129,8 @@ public:
     Point toSurface(Point point) const noexcept;
     Point fromSurface(Point point) const noexcept;
     // Its own area from 0, 0.
-    Rect area() const noexcept;
-    // The area inside of the margins, where children are arranged.
+    Rect area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
+    // Inside of the margins, where children are arranged.
     Rect innerArea() const noexcept;
 
     // --- Layout ---
@@ -164,27 +158,23 @@ public:
     // The same for a width that is given: what wraps keeps to it where it can
     // and says how high it gets then. The others answer as above.
     virtual Size preferredSizeForWidth(std::int32_t width);
-    // Puts the children into place according to the arrangement. Done by
-    // itself when the size changes, and when a child asks for another size
-    // (kChangePreferredWidth, kChangePreferredHeight); to be called after
-    // children or their layout properties have changed. One that is asked for
-    // while the control arranges its children is left out.
+    // Puts the children into place. Done by itself when the size changes, and
+    // when a child asks for another size (kChangePreferredWidth,
+    // kChangePreferredHeight); left out while the control is at it already.
     void arrange();
     // Sets the boundary without showing it: for layouts, which show the parent
-    // once when all its children are in place.
+    // and what is native below it once when all its children are in place.
     bool place(const Rect& boundary);
-    // Shows this control and the native widgets below it after children were
-    // placed.
     void showChildren();
 
     // --- State ---
 
     bool isVisible() const noexcept { return visible_; }
-    bool setVisible(bool visible);
+    bool setVisible(bool visible) { return changeShown(visible_, visible); }
     // Of the control and all its ancestors.
     bool isShown() const noexcept;
     bool isEnabled() const noexcept { return enabled_; }
-    bool setEnabled(bool enabled);
+    bool setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
     // Of the control and all its ancestors.
     bool isUsable() const noexcept;
     bool isHovered() const noexcept { return hovered_; }
@@ -221,8 +211,8 @@ public:
         tooltipOptions_ = std::move(options);
     }
     // Null for the colours of the nearest ancestor that has some.
-    const std::shared_ptr<ColorsDescriptor>& colors() const noexcept { return colors_; }
-    bool setColors(const std::shared_ptr<ColorsDescriptor>& colors);
+    const ColorsRef& colors() const noexcept { return colors_; }
+    bool setColors(const ColorsRef& colors);
     // From the control's colours or those of its ancestors; unset when none of
     // them sets this one.
     Color color(ColorRole role) const noexcept;
@@ -262,26 +252,27 @@ public:
     bool hasNativeObject() const noexcept;
     // While a ControlUpdate is running for this very control.
     bool isUpdating() const noexcept { return updateDepth_ != 0; }
-    // Synchronises the native widgets of this control and of all below it,
-    // making their native objects where there are none yet.
+    // Of this control and of all below it: synchronises the native widgets,
+    // which makes their native objects; measures, arranges and shows after
+    // something changed that no descriptor tells of, such as the language of
+    // the texts; gives up the native objects.
     void synchronizeTree();
-    // Measures, arranges and shows this control and all below it, after something
-    // changed that no descriptor tells of, such as the language of the texts.
     void showAnew();
-    // Gives up the native objects of this control and of all below it.
     void releaseTree() noexcept;
 
     // --- Input, for the router and for native backends ---
 
     // An event with its position in this control; whether it was used. Called
     // before the messages are sent. The base uses none.
-    virtual bool onMouse(const MouseEvent& event);
-    virtual bool onKey(const KeyEvent& event);
+    virtual bool onMouse(const MouseEvent&) { return false; }
+    virtual bool onKey(const KeyEvent&) { return false; }
     // The text in which "&" stands before the control's access key; empty when
     // it has none. The key does what activate() does.
     virtual std::wstring accessText() const { return {}; }
     // As if the user pressed the control.
     virtual void activate() {}
+    // The window of this surface has another client area.
+    void acceptSize(Size size);
     // Sends a message of this control; the first word is added. Returns false
     // when a gate refused.
     bool notify(const MessageKind& kind, MessageWord b = {});
@@ -301,8 +292,7 @@ public:
 
     // Own sinks first, then the parent control.
     bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
-    // Descriptors' changes are handled here; derived classes hand on what they
-    // do not know.
+    // Derived classes hand on what they do not know.
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
     std::shared_ptr<SharedObject> sinkOwner() const override;
     std::shared_ptr<SharedObject> sourceOwner() const override;
@@ -313,18 +303,13 @@ protected:
     // Puts the children into place without showing it; the base applies the
     // arrangement. Sends nothing, and is not called again from inside.
     virtual void arrangeChildren();
-    // Something was changed that shows: native widgets synchronise, drawn ones
-    // refresh. Called once at the end of a ControlUpdate.
-    virtual void showState();
-    // The control has come onto a surface, by itself or with an ancestor, and
-    // can reach its services now. The base hands it on to the children and then
-    // arranges them: what they prefer may be known only by now.
+    // The control, by itself or with an ancestor, can reach the services of a
+    // surface now. The base hands it on to the children and arranges them.
     virtual void onJoinedSurface();
     // A descriptor of this control has changed. The base shows the state.
     virtual void onDescriptorChanged();
-    // Hover, press or focus has changed. The base does nothing; controls that
-    // show such states refresh.
-    virtual void onInputStateChanged();
+    // Hover, press or focus has changed; controls that show it refresh.
+    virtual void onInputStateChanged() {}
 
     // Shows a change now, or at the end of the running update.
     void stateChanged();
@@ -352,12 +337,8 @@ protected:
         return true;
     }
     void watch(ChangeTracker* descriptor);
-    void unwatch(ChangeTracker* descriptor);
     // Sends kClose; false when a receiver wants the surface to stay.
     bool requestClose();
-    // To be called by the destructor of every native widget, so that the
-    // native object goes while the widget is still whole.
-    void releaseNative() noexcept;
 
 private:
     friend class ControlUpdate;
@@ -367,6 +348,9 @@ private:
     void checkChild(const Control* child) const;
     void leaveParent();
     void forgetInput();
+    void unwatch(ChangeTracker* descriptor);
+    void releaseNative() noexcept;
+    void showState();
     void synchronizeBelow();
     bool changeShown(bool& member, bool value);
     void acceptState(bool& member, bool value, const MessageKind& entered, const MessageKind& left);
@@ -396,7 +380,7 @@ private:
     std::uint32_t updateDepth_ = 0;
     TextDescriptor tooltip_;
     std::shared_ptr<TooltipOptions> tooltipOptions_;
-    std::shared_ptr<ColorsDescriptor> colors_;
+    ColorsRef colors_;
 };
 
 // Shows the changes made while it lives once, at its end. Nests.
@@ -421,13 +405,6 @@ std::shared_ptr<T> makeControl(Args&&... args) {
     auto control = std::make_shared<T>(std::forward<Args>(args)...);
     control->initialize();
     return control;
-}
-
-// What a native widget's backend() answers: the untyped backend of its
-// abstraction.
-template <class I>
-IImplementation* backendOf(const Abstraction<I>& abstraction) noexcept {
-    return abstraction.untypedImplementation();
 }
 
 }  // namespace zustd

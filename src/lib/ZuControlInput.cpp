@@ -62,10 +62,6 @@ Point pointOfWord(MessageWord word) noexcept {
 
 // --- Input ----------------------------------------------------------------------------------
 
-bool Control::onMouse(const MouseEvent&) { return false; }
-
-bool Control::onKey(const KeyEvent&) { return false; }
-
 bool Control::notify(const MessageKind& kind, MessageWord b) {
     return sendMessage(kind, MessageWord::ofObject(this), b);
 }
@@ -112,8 +108,6 @@ void Control::acceptPress(bool left, bool pressed) {
 void Control::acceptFocus(bool focused) {
     acceptState(focused_, focused, kEnterFocus, kLeaveFocus);
 }
-
-void Control::onInputStateChanged() {}
 
 // --- Messages -------------------------------------------------------------------------------
 

@@ -66,8 +66,6 @@ Point Control::fromSurface(Point point) const noexcept {
     return point.movedBy(toSurface({0, 0}).negated());
 }
 
-Rect Control::area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
-
 Rect Control::innerArea() const noexcept {
     return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
 }
@@ -141,6 +139,12 @@ void Control::showChildren() {
         refresh();
     }
     synchronizeBelow();
+}
+
+void Control::acceptSize(Size size) {
+    if (place(Rect::at(boundary_.position(), size))) {
+        showChildren();
+    }
 }
 
 void Control::arrangeChildren() {

@@ -34,6 +34,21 @@ struct ResourceDescriptor {
     friend bool operator==(const ResourceDescriptor&, const ResourceDescriptor&) = default;
 };
 
+// The base of descriptors.
+class Descriptor : public ChangeTracker {
+protected:
+    // Assigns and announces; whether there was a change.
+    template <class T>
+    bool assign(T& field, const T& value, const wchar_t* name) {
+        if (field == value) {
+            return false;
+        }
+        field = value;
+        announcePropertyChanged(name, false);
+        return true;
+    }
+};
+
 // --- Fonts -------------------------------------------------------------------
 
 // The properties of a font, as a value to compare and to cache by.
@@ -51,7 +66,7 @@ struct FontStyle {
     friend bool operator==(const FontStyle&, const FontStyle&) = default;
 };
 
-class FontDescriptor : public ChangeTracker {
+class FontDescriptor : public Descriptor {
 public:
     FontDescriptor() = default;
     explicit FontDescriptor(FontStyle style) : style_(std::move(style)) {}
@@ -59,12 +74,14 @@ public:
     const FontStyle& style() const noexcept { return style_; }
 
     // Each returns whether anything changed.
-    bool setStyle(const FontStyle& style);
-    bool setUnderline(bool underline);
-    bool setBold(bool bold);
-    bool setItalic(bool italic);
-    bool setSize(std::int32_t points);
-    bool setFaceName(const std::wstring& faceName);
+    bool setStyle(const FontStyle& style) { return assign(style_, style, L"style"); }
+    bool setUnderline(bool underline) { return assign(style_.underline, underline, L"underline"); }
+    bool setBold(bool bold) { return assign(style_.bold, bold, L"bold"); }
+    bool setItalic(bool italic) { return assign(style_.italic, italic, L"italic"); }
+    bool setSize(std::int32_t points) { return assign(style_.size, points, L"size"); }
+    bool setFaceName(const std::wstring& name) {
+        return assign(style_.faceName, name, L"faceName");
+    }
     // Flags off and the default size; the face stays.
     bool reset();
 
@@ -75,7 +92,7 @@ private:
 // --- Texts -------------------------------------------------------------------
 
 // A text as it stands, or the number of a text in the string tables.
-class TextDescriptor : public ChangeTracker {
+class TextDescriptor : public Descriptor {
 public:
     TextDescriptor() = default;
     explicit TextDescriptor(std::wstring literal) : literal_(std::move(literal)) {}
@@ -90,10 +107,14 @@ public:
     const ResourceDescriptor& resource() const noexcept { return resource_; }
 
     // Each takes the other's place. Returns whether anything changed.
-    bool setLiteral(const std::wstring& text);
-    bool setIdentifier(std::uint64_t identifier);
+    bool setLiteral(const std::wstring& text) { return show({}, text); }
+    bool setIdentifier(std::uint64_t identifier) {
+        return show({identifier, ResourceKind::kString}, {});
+    }
 
 private:
+    bool show(const ResourceDescriptor& resource, const std::wstring& literal);
+
     std::wstring literal_;
     ResourceDescriptor resource_;
 };
@@ -129,11 +150,13 @@ enum class ColorRole : std::size_t {
 };
 inline constexpr std::size_t kColorRoleCount = 10;
 
-class ColorsDescriptor : public ChangeTracker {
+class ColorsDescriptor : public Descriptor {
 public:
-    Color color(ColorRole role) const noexcept;
+    Color color(ColorRole role) const noexcept { return colors_[static_cast<std::size_t>(role)]; }
     // Returns whether anything changed.
-    bool setColor(ColorRole role, Color color);
+    bool setColor(ColorRole role, Color color) {
+        return assign(colors_[static_cast<std::size_t>(role)], color, L"color");
+    }
 
 private:
     Color colors_[kColorRoleCount];
@@ -142,7 +165,7 @@ private:
 // --- Images ------------------------------------------------------------------
 
 // One image at one size.
-class BitmapDescriptor : public ChangeTracker {
+class BitmapDescriptor : public Descriptor {
 public:
     BitmapDescriptor() = default;
     explicit BitmapDescriptor(std::uint64_t identifier, Size size = {})
@@ -153,8 +176,10 @@ public:
     Size size() const noexcept { return size_; }
 
     // Each returns whether anything changed.
-    bool setIdentifier(std::uint64_t identifier);
-    bool setSize(Size size);
+    bool setIdentifier(std::uint64_t identifier) {
+        return assign(resource_, {identifier, ResourceKind::kBitmap}, L"identifier");
+    }
+    bool setSize(Size size) { return assign(size_, size, L"size"); }
 
 private:
     ResourceDescriptor resource_;
@@ -162,7 +187,7 @@ private:
 };
 
 // The images of a tree or grid, all at one size; rows name them by index.
-class BitmapListDescriptor : public ChangeTracker {
+class BitmapListDescriptor : public Descriptor {
 public:
     BitmapListDescriptor() = default;
     BitmapListDescriptor(std::vector<std::uint64_t> identifiers, Size size)
@@ -172,11 +197,28 @@ public:
     // In pixels at a scaling factor of 1.
     Size size() const noexcept { return size_; }
 
-    bool setSize(Size size);
+    bool setSize(Size size) { return assign(size_, size, L"size"); }
 
 private:
     std::vector<std::uint64_t> identifiers_;
     Size size_{16, 16};
 };
+
+// As controls hold them: shared with others, and null where there is none.
+using FontRef = std::shared_ptr<FontDescriptor>;
+using TextRef = std::shared_ptr<TextDescriptor>;
+using ColorsRef = std::shared_ptr<ColorsDescriptor>;
+using BitmapRef = std::shared_ptr<BitmapDescriptor>;
+
+// That of a new descriptor where there is none.
+inline FontStyle styleOf(const FontRef& font) { return font ? font->style() : FontStyle(); }
+
+// What a getter without a choice gives; null fails the assertion that has the
+// member's name as its text.
+template <class D>
+D& required(const std::shared_ptr<D>& descriptor, const wchar_t* member, const SourcePlace& place) {
+    ZU_ASSERT_AS(descriptor, member, place);
+    return *descriptor;
+}
 
 }  // namespace zustd

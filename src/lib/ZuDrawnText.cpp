@@ -39,6 +39,14 @@ bool isPressingKey(const KeyEvent& event) noexcept {
            !event.has(kModifierControl | kModifierAlt);
 }
 
+Size measuredText(const Control& control, std::wstring_view text, const FontStyle& style,
+                  std::int32_t width) {
+    const std::shared_ptr<WindowService> window = control.windowService();
+    const std::shared_ptr<GraphicsService> graphics = control.graphicsService();
+    const std::shared_ptr<Font> font = window && graphics ? window->getFont(style) : nullptr;
+    return font ? graphics->measureTextSize(text, *font, width) : Size();
+}
+
 DrawnText::DrawnText(const std::wstring& text) : text_(std::make_shared<TextDescriptor>(text)) {}
 
 std::wstring DrawnText::text() const { return text_ ? text_->text(*this) : std::wstring(); }
@@ -48,14 +56,6 @@ bool DrawnText::setText(const std::wstring& text) {
         return false;
     }
     return setTextDescriptor(std::make_shared<TextDescriptor>(text));
-}
-
-bool DrawnText::setTextDescriptor(const std::shared_ptr<TextDescriptor>& text) {
-    return changeDescriptor(text_, text);
-}
-
-bool DrawnText::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
 }
 
 bool DrawnText::setTextAlignment(TextAlignment horizontal, TextAlignment vertical) {
@@ -80,21 +80,14 @@ void DrawnText::drawSelf(GraphicsService& graphics) {
     drawTextIn(graphics, innerArea(), inkColor(*this));
 }
 
-FontStyle DrawnText::fontStyle() const { return font_ ? font_->style() : FontStyle(); }
-
 std::shared_ptr<Font> DrawnText::font() const {
     const std::shared_ptr<WindowService> window = windowService();
     return window ? window->getFont(fontStyle()) : nullptr;
 }
 
 Size DrawnText::textSize(std::int32_t width) const {
-    const std::shared_ptr<GraphicsService> graphics = graphicsService();
-    const std::shared_ptr<Font> drawnFont = font();
-    if (!graphics || !drawnFont) {
-        return {};
-    }
     const std::wstring shown = format_.accelerators ? withoutAccessKeys(text()) : text();
-    return graphics->measureTextSize(shown, *drawnFont, format_.wordWrap ? width : 0);
+    return measuredText(*this, shown, fontStyle(), format_.wordWrap ? width : 0);
 }
 
 void DrawnText::drawTextIn(GraphicsService& graphics, const Rect& area, Color color) const {
@@ -112,7 +105,5 @@ void DrawnText::drawBackground(GraphicsService& graphics) const {
         graphics.drawRectangle(area(), background);
     }
 }
-
-bool DrawnText::changeFormat(const TextFormat& format) { return change(format_, format); }
 
 }  // namespace zustd

@@ -27,6 +27,11 @@ Color inkColor(const Control& control, ColorRole role = ColorRole::kText) noexce
 // Whether a key presses a drawn button or link: Space or Enter alone.
 bool isPressingKey(const KeyEvent& event) noexcept;
 
+// A text's size in a font, wrapped to a width when that is not 0; empty where
+// the control lacks a service or the font.
+Size measuredText(const Control& control, std::wstring_view text, const FontStyle& style,
+                  std::int32_t width = 0);
+
 class DrawnText : public Control {
 public:
     DrawnText() = default;
@@ -37,11 +42,11 @@ public:
     // Gives the control a descriptor of its own with this text.
     bool setText(const std::wstring& text);
     // May be null: no text.
-    const std::shared_ptr<TextDescriptor>& textDescriptor() const noexcept { return text_; }
-    bool setTextDescriptor(const std::shared_ptr<TextDescriptor>& text);
+    const TextRef& textDescriptor() const noexcept { return text_; }
+    bool setTextDescriptor(const TextRef& text) { return changeDescriptor(text_, text); }
     // May be null: the widget's usual font.
-    const std::shared_ptr<FontDescriptor>& fontDescriptor() const noexcept { return font_; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+    const FontRef& fontDescriptor() const noexcept { return font_; }
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
     // Of the text in the area inside of the margins.
     const TextFormat& textFormat() const noexcept { return format_; }
     bool setTextAlignment(TextAlignment horizontal, TextAlignment vertical);
@@ -57,7 +62,7 @@ protected:
     void onInputStateChanged() override { refresh(); }
 
     // What the text is drawn in.
-    virtual FontStyle fontStyle() const;
+    virtual FontStyle fontStyle() const { return styleOf(font_); }
     std::shared_ptr<Font> font() const;
     // Of the text alone, wrapped to a width when that is not 0 and the text
     // wraps. Without services it is empty.
@@ -65,11 +70,11 @@ protected:
     void drawTextIn(GraphicsService& graphics, const Rect& area, Color color) const;
     // A background when one is set.
     void drawBackground(GraphicsService& graphics) const;
-    bool changeFormat(const TextFormat& format);
+    bool changeFormat(const TextFormat& format) { return change(format_, format); }
 
 private:
-    std::shared_ptr<TextDescriptor> text_;
-    std::shared_ptr<FontDescriptor> font_;
+    TextRef text_;
+    FontRef font_;
     TextFormat format_;
 };
 

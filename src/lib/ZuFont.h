@@ -13,13 +13,7 @@
 namespace zustd {
 
 // Marker: a backend has no operations of its own.
-class IFontImpl {
-public:
-    IFontImpl() = default;
-    IFontImpl(const IFontImpl&) = delete;
-    IFontImpl& operator=(const IFontImpl&) = delete;
-    virtual ~IFontImpl() = default;
-};
+class IFontImpl : public IBackend {};
 
 class Font : public Abstraction<IFontImpl>, public SharedObject {
 public:

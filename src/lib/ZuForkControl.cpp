@@ -15,10 +15,7 @@ constexpr std::int32_t kHeaderPadding = 3;
 }  // namespace
 
 ForkControl::ForkControl(const std::wstring& caption) : DrawnText(caption) {
-    TextFormat format;
-    format.vertical = TextAlignment::kCentre;
-    format.ellipsis = true;
-    changeFormat(format);
+    changeFormat({.vertical = TextAlignment::kCentre, .ellipsis = true});
     setFocusable(true);
 }
 

@@ -41,13 +41,8 @@ struct TextFormat {
 
 // What a backend does. Slot order is fixed. Colours are always set. A failure
 // may leave these operations; painting as a whole is what the surface guards.
-class IGraphicsServiceImpl {
+class IGraphicsServiceImpl : public IBackend {
 public:
-    IGraphicsServiceImpl() = default;
-    IGraphicsServiceImpl(const IGraphicsServiceImpl&) = delete;
-    IGraphicsServiceImpl& operator=(const IGraphicsServiceImpl&) = delete;
-    virtual ~IGraphicsServiceImpl() = default;
-
     // From one colour at the top to another at the bottom. Fails the assertion
     // "gradientType == zuGradientVertical" for any other kind.
     virtual void drawGradient(const Rect& area, Color from, Color to,
@@ -102,47 +97,57 @@ public:
 
     // As in IGraphicsServiceImpl, in coordinates relative to the origin. Each
     // fails the assertion "impl_" as long as there is no backend.
-    void drawGradient(const Rect& area, Color from, Color to, GradientType gradientType);
-    void drawBitmap(const Bitmap& bitmap, Point place, double alpha = 1.0);
-    void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha = 1.0);
-    void drawFocusFrame(const Rect& area);
-    void drawLine(Point from, Point to);
-    void drawRectangle(const Rect& area);
-    void drawRectangle(const Rect& area, Color fill);
-    void drawText(std::wstring_view text, Point place, const Font& font, Color color);
+    void drawGradient(const Rect& area, Color from, Color to, GradientType gradientType) {
+        implementation().drawGradient(area.movedBy(origin_), from, to, gradientType);
+    }
+    void drawBitmap(const Bitmap& bitmap, Point place, double alpha = 1.0) {
+        implementation().drawBitmap(bitmap, place.movedBy(origin_), alpha);
+    }
+    void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha = 1.0) {
+        implementation().drawStretchedBitmap(bitmap, area.movedBy(origin_), alpha);
+    }
+    void drawFocusFrame(const Rect& area) {
+        implementation().drawFocusFrame(area.movedBy(origin_));
+    }
+    void drawLine(Point from, Point to) {
+        implementation().drawLine(from.movedBy(origin_), to.movedBy(origin_));
+    }
+    void drawRectangle(const Rect& area) { implementation().drawRectangle(area.movedBy(origin_)); }
+    void drawRectangle(const Rect& area, Color fill) {
+        implementation().drawRectangle(area.movedBy(origin_), fill);
+    }
+    void drawText(std::wstring_view text, Point place, const Font& font, Color color) {
+        implementation().drawText(text, place.movedBy(origin_), font, color);
+    }
     void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
-                  const TextFormat& format);
-    Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width = 0);
-    std::int32_t measureTextWidth(std::wstring_view text, const Font& font);
+                  const TextFormat& format) {
+        implementation().drawText(text, area.movedBy(origin_), font, color, format);
+    }
+    Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width = 0) {
+        return implementation().measureTextSize(text, font, width);
+    }
+    std::int32_t measureTextWidth(std::wstring_view text, const Font& font) {
+        return implementation().measureTextWidth(text, font);
+    }
     std::int32_t measureTextHeight(std::wstring_view text, const Font& font,
-                                   std::int32_t width = 0);
-    void beginBufferedPaint(const Rect& area);
-    void endBufferedPaint();
-    void beginClipping(const Rect& area);
-    void endClipping();
-    void setClippingArea(const Rect& area);
-    void clearClippingArea();
-    void setPen(Color color, std::int32_t width);
-    Rect getDrawArea() const;
+                                   std::int32_t width = 0) {
+        return implementation().measureTextSize(text, font, width).height;
+    }
+    void beginBufferedPaint(const Rect& area) {
+        implementation().beginBufferedPaint(area.movedBy(origin_));
+    }
+    void endBufferedPaint() { implementation().endBufferedPaint(); }
+    void beginClipping(const Rect& area) { implementation().beginClipping(area.movedBy(origin_)); }
+    void endClipping() { implementation().endClipping(); }
+    void setClippingArea(const Rect& area) {
+        implementation().setClippingArea(area.movedBy(origin_));
+    }
+    void clearClippingArea() { implementation().clearClippingArea(); }
+    void setPen(Color color, std::int32_t width) { implementation().setPen(color, width); }
+    Rect getDrawArea() const { return implementation().getDrawArea().movedBy(origin_.negated()); }
 
 private:
     Point origin_;
-};
-
-// Moves the origin for the time that a control draws.
-class OriginScope {
-public:
-    OriginScope(GraphicsService& graphics, Point offset) noexcept
-        : graphics_(graphics), outer_(graphics.origin()) {
-        graphics.setOrigin(outer_.movedBy(offset));
-    }
-    OriginScope(const OriginScope&) = delete;
-    OriginScope& operator=(const OriginScope&) = delete;
-    ~OriginScope() { graphics_.setOrigin(outer_); }
-
-private:
-    GraphicsService& graphics_;
-    Point outer_;
 };
 
 }  // namespace zustd

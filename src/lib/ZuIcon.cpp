@@ -23,9 +23,9 @@ Size sizeOf(const Control& control, const BitmapDescriptor& descriptor, const Bi
 
 }  // namespace
 
-Size drawnBitmapSize(const Control& control, const BitmapDescriptor& descriptor) {
-    const std::shared_ptr<Bitmap> bitmap = bitmapOf(control, descriptor);
-    return bitmap ? sizeOf(control, descriptor, *bitmap) : Size();
+Size drawnBitmapSize(const Control& control, const BitmapRef& descriptor) {
+    const auto bitmap = descriptor ? bitmapOf(control, *descriptor) : nullptr;
+    return bitmap ? sizeOf(control, *descriptor, *bitmap) : Size();
 }
 
 bool drawBitmapAt(GraphicsService& graphics, const Control& control,
@@ -48,26 +48,18 @@ Icon::Icon(const std::shared_ptr<BitmapDescriptor>& bitmap) : bitmap_(bitmap) {
     setTakesMouse(false);
 }
 
-bool Icon::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
-    return changeDescriptor(bitmap_, bitmap);
-}
-
-bool Icon::setBitmapVisible(bool visible) { return change(bitmapVisible_, visible); }
-
 bool Icon::setOpacity(double opacity) {
     return change(opacity_, std::isnan(opacity) ? 1.0 : std::clamp(opacity, 0.0, 1.0));
 }
 
-Size Icon::preferredSize() {
-    return sizeAround(bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size());
-}
+Size Icon::preferredSize() { return sizeAround(drawnBitmapSize(*this, bitmap_)); }
 
 void Icon::drawSelf(GraphicsService& graphics) {
     Control::drawSelf(graphics);
     if (!bitmapVisible_) {
         return;
     }
-    const Size size = bitmap_ ? drawnBitmapSize(*this, *bitmap_) : Size();
+    const Size size = drawnBitmapSize(*this, bitmap_);
     const Point place{(boundary().width() - size.width) / 2,
                       (boundary().height() - size.height) / 2};
     if (!bitmap_ || !drawBitmapAt(graphics, *this, *bitmap_, place, opacity_)) {

@@ -11,9 +11,9 @@ namespace zustd {
 // How opaque an image is on a control that cannot be used.
 inline constexpr double kDisabledOpacity = 0.4;
 
-// The size of a descriptor's image on the control's screen; empty when there
-// is no image or no window service. An image of its own size is scaled too.
-Size drawnBitmapSize(const Control& control, const BitmapDescriptor& descriptor);
+// The size of a descriptor's image on the control's screen; empty without a
+// descriptor, image or window service. An image of its own size is scaled too.
+Size drawnBitmapSize(const Control& control, const BitmapRef& descriptor);
 // Draws it there, stretched to that size where the image has another one;
 // whether there was an image.
 bool drawBitmapAt(GraphicsService& graphics, const Control& control,
@@ -21,12 +21,12 @@ bool drawBitmapAt(GraphicsService& graphics, const Control& control,
 
 class Icon : public Control {
 public:
-    explicit Icon(const std::shared_ptr<BitmapDescriptor>& bitmap = nullptr);
+    explicit Icon(const BitmapRef& bitmap = nullptr);
 
-    const std::shared_ptr<BitmapDescriptor>& bitmap() const noexcept { return bitmap_; }
-    bool setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap);
+    const BitmapRef& bitmap() const noexcept { return bitmap_; }
+    bool setBitmap(const BitmapRef& bitmap) { return changeDescriptor(bitmap_, bitmap); }
     // An icon whose bitmap is not visible keeps its size and draws nothing.
-    bool setBitmapVisible(bool visible);
+    bool setBitmapVisible(bool visible) { return change(bitmapVisible_, visible); }
     // From 0, invisible, to 1, opaque; taken to the nearest of these.
     double opacity() const noexcept { return opacity_; }
     bool setOpacity(double opacity);
@@ -38,7 +38,7 @@ protected:
     void drawSelf(GraphicsService& graphics) override;
 
 private:
-    std::shared_ptr<BitmapDescriptor> bitmap_;
+    BitmapRef bitmap_;
     double opacity_ = 1.0;
     bool bitmapVisible_ = true;
 };

@@ -44,6 +44,20 @@ void collectFocusable(Control& control, std::vector<Control*>& out) {
     }
 }
 
+// Asks a control and then those above it, up to the last, until one uses the
+// event; null for the last asks them all.
+template <class Use>
+bool offerUpwards(const std::shared_ptr<Control>& first, const Control* last, Use&& use) {
+    for (std::shared_ptr<Control> climbing = first; climbing;) {
+        if (climbing->isUsable() && use(*climbing)) {
+            return true;
+        }
+        Control* parent = climbing.get() == last ? nullptr : climbing->parentControl();
+        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    }
+    return false;
+}
+
 // Surfaces on a surface take turns with it in one focus order.
 Control& outermost(Control& surface) noexcept {
     Control* top = &surface;
@@ -57,6 +71,13 @@ Control& outermost(Control& surface) noexcept {
 }
 
 }  // namespace
+
+template <class Tell>
+void InputRouter::tellWindow(Tell&& tell) const {
+    if (const auto window = surface_.windowService()) {
+        tell(*window);
+    }
+}
 
 // --- Mouse ----------------------------------------------------------------------------------
 
@@ -126,9 +147,7 @@ void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point positi
     if (!target || hovered_.lock() != target) {
         return;
     }
-    if (const auto window = surface_.windowService()) {
-        window->setCursor(target->cursor());
-    }
+    tellWindow([&](WindowService& window) { window.setCursor(target->cursor()); });
     if (button_ == Button::kNone) {
         target->showTooltip(position);
     }
@@ -144,9 +163,7 @@ void InputRouter::press(const std::shared_ptr<Control>& target, const MouseEvent
     pressed_ = target;
     pressPosition_ = event.position;
     dragging_ = false;
-    if (const auto window = surface_.windowService()) {
-        window->captureMouse();
-    }
+    tellWindow([&](WindowService& window) { window.captureMouse(); });
     target->hideTooltip();
     if (target->isFocusable()) {
         setFocus(target.get());
@@ -166,9 +183,7 @@ void InputRouter::release(const MouseEvent& event, Button button) {
     button_ = Button::kNone;
     pressed_.reset();
     dragging_ = false;
-    if (const auto window = surface_.windowService()) {
-        window->releaseMouse();
-    }
+    tellWindow([&](WindowService& window) { window.releaseMouse(); });
     if (!held) {
         return;
     }
@@ -200,13 +215,9 @@ bool InputRouter::scroll(const std::shared_ptr<Control>& target, const MouseEven
         return false;
     }
     target->hideTooltip();
-    for (std::shared_ptr<Control> climbing = target; climbing;) {
-        if (climbing->isUsable() && climbing->onMouse(eventFor(*climbing, event))) {
-            return true;
-        }
-        Control* parent =
-            climbing == sharedReference(&surface_) ? nullptr : climbing->parentControl();
-        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    if (offerUpwards(target, &surface_,
+                     [&](Control& control) { return control.onMouse(eventFor(control, event)); })) {
+        return true;
     }
     target->notify(wheelMessage(event.modifiers), MessageWord(std::intptr_t{event.wheel}));
     return false;
@@ -237,12 +248,8 @@ bool InputRouter::routeKey(const KeyEvent& event) {
 bool InputRouter::routeKeyFrom(Control& control, const KeyEvent& event) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
     const std::shared_ptr<Control> first = sharedReference(&control);
-    for (std::shared_ptr<Control> climbing = first; climbing;) {
-        if (climbing->isUsable() && climbing->onKey(event)) {
-            return true;
-        }
-        Control* parent = climbing->parentControl();
-        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+    if (offerUpwards(first, nullptr, [&](Control& above) { return above.onKey(event); })) {
+        return true;
     }
     if (first) {
         first->notify(Control::kKeyPressed, MessageWord(std::int64_t{event.key}));
@@ -282,9 +289,7 @@ bool InputRouter::setFocus(Control* control) {
     if (focused_.lock() != kept) {
         return false;
     }
-    if (const auto window = surface_.windowService()) {
-        window->setFocus(*control);
-    }
+    tellWindow([&](WindowService& window) { window.setFocus(*control); });
     return true;
 }
 
@@ -348,9 +353,7 @@ template <class Leaves>
 void InputRouter::forgetThose(Leaves&& leaves) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
     if (const auto held = pressed_.lock(); held && leaves(*held)) {
-        if (const auto window = surface_.windowService()) {
-            window->releaseMouse();
-        }
+        tellWindow([&](WindowService& window) { window.releaseMouse(); });
         cancelPress();
     }
     if (const auto hovered = hovered_.lock(); hovered && leaves(*hovered)) {

@@ -86,6 +86,24 @@ struct KeyEvent {
     bool has(std::uint32_t modifier) const noexcept { return (modifiers & modifier) != 0; }
 };
 
+// Turns of a wheel in whole steps of what it scrolls; the rest of a turn counts
+// for the next one.
+class WheelCounter {
+public:
+    // Steps for a turn when a line has that many.
+    std::int64_t turn(std::int32_t wheel, std::int32_t lineSize) noexcept {
+        const std::int64_t turned = std::int64_t{wheel} * kLinesPerNotch * lineSize + rest_;
+        rest_ = turned % MouseEvent::kWheelStep;
+        return turned / MouseEvent::kWheelStep;
+    }
+    bool hasRest() const noexcept { return rest_ != 0; }
+
+private:
+    static constexpr std::int64_t kLinesPerNotch = 3;
+
+    std::int64_t rest_ = 0;
+};
+
 // Any receiver of what it sends may change the tree, down to dropping the
 // surface: that lives to the end of the operation.
 class InputRouter {
@@ -134,6 +152,8 @@ public:
 private:
     enum class Button : std::uint32_t { kNone, kLeft, kRight };
 
+    template <class Tell>
+    void tellWindow(Tell&& tell) const;
     std::shared_ptr<Control> targetAt(Point position) const;
     void moveHover(const std::shared_ptr<Control>& target, Point position);
     void press(const std::shared_ptr<Control>& target, const MouseEvent& event);

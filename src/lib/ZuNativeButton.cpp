@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ZuAccessKeys.h"
-#include "ZuGraphicsService.h"
+#include "ZuDrawnText.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -19,30 +19,6 @@ constexpr Size kSmallestPush{75, 23};
 }  // namespace
 
 NativeButton::NativeButton() { setFocusable(true); }
-
-NativeButton::~NativeButton() { releaseImplementation(); }
-
-TextDescriptor& NativeButton::caption() const {
-    ZU_ASSERT(caption_);
-    return *caption_;
-}
-
-FontDescriptor& NativeButton::font() const {
-    ZU_ASSERT(font_);
-    return *font_;
-}
-
-bool NativeButton::setCaption(const std::shared_ptr<TextDescriptor>& caption) {
-    return changeDescriptor(caption_, caption);
-}
-
-bool NativeButton::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
-}
-
-bool NativeButton::setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap) {
-    return changeDescriptor(bitmap_, bitmap);
-}
 
 bool NativeButton::setKind(ButtonKind kind) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
@@ -63,16 +39,12 @@ bool NativeButton::setChecked(bool checked) {
 }
 
 Size NativeButton::preferredSize() {
-    const std::shared_ptr<WindowService> window = windowService();
-    const std::shared_ptr<GraphicsService> graphics = graphicsService();
-    if (!window || !graphics) {
+    if (!windowService()) {
         return boundary().size();
     }
     Size content;
     if (caption_) {
-        if (const auto font = window->getFont(font_)) {
-            content = graphics->measureTextSize(withoutAccessKeys(caption_->text(*this)), *font);
-        }
+        content = measuredText(*this, withoutAccessKeys(caption_->text(*this)), styleOf(font_));
     }
     if (bitmap_) {
         const Size image = bitmap_->size();

@@ -14,13 +14,7 @@
 namespace zustd {
 
 // Marker: a backend has no operations of its own.
-class INativeButtonImpl {
-public:
-    INativeButtonImpl() = default;
-    INativeButtonImpl(const INativeButtonImpl&) = delete;
-    INativeButtonImpl& operator=(const INativeButtonImpl&) = delete;
-    virtual ~INativeButtonImpl() = default;
-};
+class INativeButtonImpl : public IBackend {};
 
 enum class ButtonKind : std::uint32_t { kPush, kDefaultPush, kCheck, kRadio };
 
@@ -30,19 +24,19 @@ public:
     static constexpr std::int32_t kBitmapGap = 4;
 
     NativeButton();
-    ~NativeButton() override;
+    ~NativeButton() override { releaseImplementation(); }
 
     // Fail the assertions "caption_" and "font_" when there is none.
-    TextDescriptor& caption() const;
-    FontDescriptor& font() const;
+    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     // Without one the font is that of a new descriptor.
     bool hasFont() const noexcept { return font_ != nullptr; }
-    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+    bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
     // Left of the caption; may be null.
-    const std::shared_ptr<BitmapDescriptor>& bitmap() const noexcept { return bitmap_; }
-    bool setBitmap(const std::shared_ptr<BitmapDescriptor>& bitmap);
+    const BitmapRef& bitmap() const noexcept { return bitmap_; }
+    bool setBitmap(const BitmapRef& bitmap) { return changeDescriptor(bitmap_, bitmap); }
 
     ButtonKind kind() const noexcept { return kind_; }
     bool isPush() const noexcept {
@@ -59,7 +53,7 @@ public:
     // Nothing happens when the button cannot be used.
     void click();
 
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     bool onKey(const KeyEvent& event) override;
     std::wstring accessText() const override;
     void activate() override { click(); }
@@ -69,9 +63,9 @@ private:
     void uncheckSiblings();
     bool chooseNext(bool backwards);
 
-    std::shared_ptr<TextDescriptor> caption_;
-    std::shared_ptr<FontDescriptor> font_;
-    std::shared_ptr<BitmapDescriptor> bitmap_;
+    TextRef caption_;
+    FontRef font_;
+    BitmapRef bitmap_;
     ButtonKind kind_ = ButtonKind::kPush;
     bool checked_ = false;
 };

@@ -22,21 +22,6 @@ constexpr std::int32_t kSmallestWidth = 100;
 
 NativeComboBox::NativeComboBox() { setFocusable(true); }
 
-NativeComboBox::~NativeComboBox() { releaseImplementation(); }
-
-TextDescriptor& NativeComboBox::caption() const {
-    ZU_ASSERT(caption_);
-    return *caption_;
-}
-
-bool NativeComboBox::setCaption(const std::shared_ptr<TextDescriptor>& caption) {
-    return changeDescriptor(caption_, caption);
-}
-
-bool NativeComboBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
-}
-
 bool NativeComboBox::setEditable(bool editable) {
     const ControlUpdate update(*this);
     if (!change(editable_, editable)) {
@@ -62,23 +47,9 @@ bool NativeComboBox::canShow(const std::wstring& text) const {
     return editable_ || text.empty() || findItem(text) != kNullSize;
 }
 
-std::size_t NativeComboBox::addItem(const std::wstring& text) {
-    return implementation().addItem(text);
-}
-
-void NativeComboBox::removeItem(std::size_t index) { implementation().removeItem(index); }
-
-void NativeComboBox::clear() { implementation().clear(); }
-
-void NativeComboBox::selectItem(std::size_t index) { implementation().selectItem(index); }
-
-std::size_t NativeComboBox::getSelectedItem() const { return implementation().getSelectedItem(); }
-
 std::wstring NativeComboBox::getItemText(std::size_t index) const {
     return implementation().getItemText(index);
 }
-
-std::size_t NativeComboBox::getItemCount() const { return implementation().getItemCount(); }
 
 std::size_t NativeComboBox::findItem(const std::wstring& text) const {
     const auto found = std::find(items_.begin(), items_.end(), text);

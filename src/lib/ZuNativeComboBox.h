@@ -18,13 +18,8 @@ namespace zustd {
 
 // What a backend does for a combo box. Slot order is fixed. An index past the
 // end names nothing: nothing is done, the empty text is returned.
-class INativeComboBoxImpl {
+class INativeComboBoxImpl : public IBackend {
 public:
-    INativeComboBoxImpl() = default;
-    INativeComboBoxImpl(const INativeComboBoxImpl&) = delete;
-    INativeComboBoxImpl& operator=(const INativeComboBoxImpl&) = delete;
-    virtual ~INativeComboBoxImpl() = default;
-
     // The new item's index.
     virtual std::size_t addItem(const std::wstring& text) = 0;
     virtual void removeItem(std::size_t index) = 0;
@@ -44,16 +39,16 @@ public:
     static const MessageKind kTextChanged;
 
     NativeComboBox();
-    ~NativeComboBox() override;
+    ~NativeComboBox() override { releaseImplementation(); }
 
     // What stands in the field while nothing is selected or typed. Fails the
     // assertion "caption_" when there is none.
-    TextDescriptor& caption() const;
+    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
-    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
+    bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
     // May be null.
-    const std::shared_ptr<FontDescriptor>& font() const noexcept { return font_; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+    const FontRef& font() const noexcept { return font_; }
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
     bool isEditable() const noexcept { return editable_; }
     // A combo box that has a native object gets a new one. A text that is no
     // item goes with the field.
@@ -66,18 +61,18 @@ public:
 
     // The seven operations; each fails the assertion "impl_" without backend.
     // A selection by the program sends no message.
-    std::size_t addItem(const std::wstring& text);
-    void removeItem(std::size_t index);
-    void clear();
-    void selectItem(std::size_t index);
-    std::size_t getSelectedItem() const;
+    std::size_t addItem(const std::wstring& text) { return implementation().addItem(text); }
+    void removeItem(std::size_t index) { implementation().removeItem(index); }
+    void clear() { implementation().clear(); }
+    void selectItem(std::size_t index) { implementation().selectItem(index); }
+    std::size_t getSelectedItem() const { return implementation().getSelectedItem(); }
     std::wstring getItemText(std::size_t index) const;
-    std::size_t getItemCount() const;
+    std::size_t getItemCount() const { return implementation().getItemCount(); }
     // The first item with exactly this text, or kNullSize.
     std::size_t findItem(const std::wstring& text) const;
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: all items; what the user did. The messages are sent
     // without synchronising.
@@ -90,8 +85,8 @@ private:
 
     bool canShow(const std::wstring& text) const;
 
-    std::shared_ptr<TextDescriptor> caption_;
-    std::shared_ptr<FontDescriptor> font_;
+    TextRef caption_;
+    FontRef font_;
     std::vector<std::wstring> items_;
     std::wstring text_;
     std::size_t selected_ = kNullSize;

@@ -4,19 +4,6 @@
 
 namespace zustd {
 
-NativeDialog::NativeDialog(std::uint32_t style) : router_(*this), style_(style) {}
-
-NativeDialog::~NativeDialog() { releaseImplementation(); }
-
-TextDescriptor& NativeDialog::caption() const {
-    ZU_ASSERT(caption_);
-    return *caption_;
-}
-
-bool NativeDialog::setCaption(const std::shared_ptr<TextDescriptor>& caption) {
-    return changeDescriptor(caption_, caption);
-}
-
 bool NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button) {
     if (defaultButton_.lock() == button) {
         return false;
@@ -59,14 +46,6 @@ bool NativeDialog::onReceiveMessage(const MessageKind& kind, MessageWord a, Mess
         synchronize();
     }
     return Control::onReceiveMessage(kind, a, b);
-}
-
-void NativeDialog::acceptSize(Size size) {
-    Rect resized = boundary();
-    resized.setSize(size);
-    if (place(resized)) {
-        showChildren();
-    }
 }
 
 void NativeDialog::acceptOpen() {

@@ -20,13 +20,8 @@ namespace zustd {
 class NativeButton;
 
 // What a backend does for a dialog. Slot order is fixed.
-class INativeDialogImpl {
+class INativeDialogImpl : public IBackend {
 public:
-    INativeDialogImpl() = default;
-    INativeDialogImpl(const INativeDialogImpl&) = delete;
-    INativeDialogImpl& operator=(const INativeDialogImpl&) = delete;
-    virtual ~INativeDialogImpl() = default;
-
     // The dialog's result, or kAnswerNone for one that does not block or that
     // could not be shown.
     virtual int show(bool modal) = 0;
@@ -44,14 +39,14 @@ public:
     // Escape, Alt+F4, WindowService::closeWindow(). No kClose is sent.
     static constexpr std::uint32_t kStyleNotClosable = 0x04;
 
-    explicit NativeDialog(std::uint32_t style = 0);
-    ~NativeDialog() override;
+    explicit NativeDialog(std::uint32_t style = 0) : router_(*this), style_(style) {}
+    ~NativeDialog() override { releaseImplementation(); }
 
     std::uint32_t style() const noexcept { return style_; }
     // Fails the assertion "caption_" when there is none.
-    TextDescriptor& caption() const;
+    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
-    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
+    bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
     // Pressed by Enter where the focused widget does not use it and is no push
     // button itself; may be null. Held weakly.
     std::shared_ptr<NativeButton> defaultButton() const { return defaultButton_.lock(); }
@@ -67,12 +62,11 @@ public:
     int result() const noexcept { return result_; }
 
     InputRouter* inputRouter() noexcept override { return &router_; }
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     bool onKey(const KeyEvent& event) override;
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 
     // For the backend.
-    void acceptSize(Size size);
     void acceptOpen();
     void acceptClosed(int result);
     // The user wants to close the dialog; false when its style or a receiver
@@ -80,7 +74,7 @@ public:
     bool acceptClose();
 
 private:
-    std::shared_ptr<TextDescriptor> caption_;
+    TextRef caption_;
     std::weak_ptr<NativeButton> defaultButton_;
     InputRouter router_;
     std::uint32_t style_;

@@ -134,7 +134,7 @@ public:
     void resizeColumns() { implementation().resizeColumns(); }
     void synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
 
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the rows; what the user did. The messages are sent
     // without synchronising.

@@ -18,8 +18,6 @@ PopupMenuItem* findIn(std::vector<PopupMenuItem>& items, std::uint32_t identifie
 
 }  // namespace
 
-NativePopupMenu::~NativePopupMenu() { releaseImplementation(); }
-
 void NativePopupMenu::setItems(std::vector<PopupMenuItem> items) {
     items_ = std::move(items);
     stateChanged();

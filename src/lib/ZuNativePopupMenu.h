@@ -27,13 +27,8 @@ struct PopupMenuItem {
 };
 
 // What a backend does for a popup menu.
-class INativePopupMenuImpl {
+class INativePopupMenuImpl : public IBackend {
 public:
-    INativePopupMenuImpl() = default;
-    INativePopupMenuImpl(const INativePopupMenuImpl&) = delete;
-    INativePopupMenuImpl& operator=(const INativePopupMenuImpl&) = delete;
-    virtual ~INativePopupMenuImpl() = default;
-
     // Shows the menu of the abstraction's items with its corner at a point of
     // the screen; the chosen identifier, 0 when none was.
     virtual std::uint32_t show(Point place) = 0;
@@ -42,7 +37,7 @@ public:
 class NativePopupMenu : public Abstraction<INativePopupMenuImpl>, public Control {
 public:
     NativePopupMenu() = default;
-    ~NativePopupMenu() override;
+    ~NativePopupMenu() override { releaseImplementation(); }
 
     const std::vector<PopupMenuItem>& items() const noexcept { return items_; }
     void setItems(std::vector<PopupMenuItem> items);
@@ -56,7 +51,7 @@ public:
     // word, unless it is 0. Fails the assertion "impl_" without a backend.
     std::uint32_t show(Point placeOnScreen);
 
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
 private:
     std::vector<PopupMenuItem> items_;

@@ -12,8 +12,6 @@ constexpr std::int32_t kUsualLength = 160;
 
 }  // namespace
 
-NativeProgressBar::~NativeProgressBar() { releaseImplementation(); }
-
 bool NativeProgressBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     maximum = std::max(minimum, maximum);
     if (minimum_ == minimum && maximum_ == maximum) {
@@ -29,49 +27,21 @@ bool NativeProgressBar::setRange(std::int32_t minimum, std::int32_t maximum) {
 }
 
 bool NativeProgressBar::setPosition(std::int32_t position) {
-    position = std::clamp(position, minimum_, maximum_);
-    if (position_ == position) {
-        return false;
-    }
-    position_ = position;
-    if (hasImplementation()) {
-        implementation().setPosition(position_);
-    }
-    return true;
+    return push(position_, std::clamp(position, minimum_, maximum_),
+                &INativeProgressBarImpl::setPosition);
 }
 
 bool NativeProgressBar::setEnableMarqueeAnimation(bool enable) {
-    if (marquee_ == enable) {
-        return false;
-    }
-    marquee_ = enable;
-    if (hasImplementation()) {
-        implementation().setEnableMarqueeAnimation(enable);
-    }
-    return true;
+    return push(marquee_, enable, &INativeProgressBarImpl::setEnableMarqueeAnimation);
 }
 
 bool NativeProgressBar::setMarqueeInterval(std::uint32_t milliseconds) {
-    milliseconds = std::max(milliseconds, std::uint32_t{1});
-    if (marqueeInterval_ == milliseconds) {
-        return false;
-    }
-    marqueeInterval_ = milliseconds;
-    if (hasImplementation()) {
-        implementation().setMarqueeInterval(milliseconds);
-    }
-    return true;
+    return push(marqueeInterval_, std::max(milliseconds, std::uint32_t{1}),
+                &INativeProgressBarImpl::setMarqueeInterval);
 }
 
 bool NativeProgressBar::setState(ProgressState state) {
-    if (state_ == state) {
-        return false;
-    }
-    state_ = state;
-    if (hasImplementation()) {
-        implementation().setState(state);
-    }
-    return true;
+    return push(state_, state, &INativeProgressBarImpl::setState);
 }
 
 Size NativeProgressBar::preferredSize() {

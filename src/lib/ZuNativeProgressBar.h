@@ -11,13 +11,8 @@ enum class ProgressState : std::uint32_t { kNormal, kError, kPaused };
 
 // What a backend does for a progress bar. Slot order is fixed. Setters do
 // nothing without a native object; synchronisation brings the state then.
-class INativeProgressBarImpl {
+class INativeProgressBarImpl : public IBackend {
 public:
-    INativeProgressBarImpl() = default;
-    INativeProgressBarImpl(const INativeProgressBarImpl&) = delete;
-    INativeProgressBarImpl& operator=(const INativeProgressBarImpl&) = delete;
-    virtual ~INativeProgressBarImpl() = default;
-
     virtual void setRange(std::int32_t minimum, std::int32_t maximum) = 0;
     virtual void setPosition(std::int32_t position) = 0;
     // As the native object has it; the minimum without one.
@@ -33,7 +28,7 @@ public:
 class NativeProgressBar : public Abstraction<INativeProgressBarImpl>, public Control {
 public:
     NativeProgressBar() = default;
-    ~NativeProgressBar() override;
+    ~NativeProgressBar() override { releaseImplementation(); }
 
     std::int32_t minimum() const noexcept { return minimum_; }
     // Never below the minimum.
@@ -51,9 +46,22 @@ public:
     bool setState(ProgressState state);
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
 private:
+    // Assigns and tells the backend; whether there was a change.
+    template <class T>
+    bool push(T& member, T value, void (INativeProgressBarImpl::*slot)(T)) {
+        if (member == value) {
+            return false;
+        }
+        member = value;
+        if (hasImplementation()) {
+            (implementation().*slot)(value);
+        }
+        return true;
+    }
+
     std::int32_t minimum_ = 0;
     std::int32_t maximum_ = 100;
     std::int32_t position_ = 0;

@@ -6,17 +6,12 @@ namespace zustd {
 
 namespace {
 
-// Lines that one notch of the wheel moves by.
-constexpr std::int32_t kLinesPerNotch = 3;
-
 // Where there is no backend to ask.
 constexpr std::int32_t kUsualThickness = 17;
 
 }  // namespace
 
 NativeScrollBar::NativeScrollBar(bool vertical) : vertical_(vertical) {}
-
-NativeScrollBar::~NativeScrollBar() { releaseImplementation(); }
 
 bool NativeScrollBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     maximum = std::max(minimum, maximum);
@@ -80,12 +75,10 @@ bool NativeScrollBar::onMouse(const MouseEvent& event) {
     if (event.action != wheel) {
         return false;
     }
-    const std::int64_t turned = std::int64_t{event.wheel} * kLinesPerNotch * lineSize_ + wheelRest_;
-    const std::int64_t distance = turned / MouseEvent::kWheelStep;
-    wheelRest_ = turned % MouseEvent::kWheelStep;
+    const std::int64_t distance = wheel_.turn(event.wheel, lineSize_);
     if (distance == 0) {
         // What is kept for later is used, unless it never leads anywhere.
-        return wheelRest_ != 0 && minimum_ < highestPosition();
+        return wheel_.hasRest() && minimum_ < highestPosition();
     }
     // Away from the user is up, to the right is on.
     return setPosition(saturate(vertical_ ? position_ - distance : position_ + distance));

@@ -13,13 +13,8 @@ namespace zustd {
 
 // What a backend does for a scroll bar. Slot order is fixed. Setters do nothing
 // without a native object; synchronisation brings the state then.
-class INativeScrollBarImpl {
+class INativeScrollBarImpl : public IBackend {
 public:
-    INativeScrollBarImpl() = default;
-    INativeScrollBarImpl(const INativeScrollBarImpl&) = delete;
-    INativeScrollBarImpl& operator=(const INativeScrollBarImpl&) = delete;
-    virtual ~INativeScrollBarImpl() = default;
-
     virtual void setRange(std::int32_t minimum, std::int32_t maximum) = 0;
     virtual void setPageSize(std::int32_t size) = 0;
     virtual void setPosition(std::int32_t position) = 0;
@@ -36,7 +31,7 @@ public:
 class NativeScrollBar : public Abstraction<INativeScrollBarImpl>, public Control {
 public:
     explicit NativeScrollBar(bool vertical = true);
-    ~NativeScrollBar() override;
+    ~NativeScrollBar() override { releaseImplementation(); }
 
     bool isVertical() const noexcept { return vertical_; }
     std::int32_t minimum() const noexcept { return minimum_; }
@@ -55,7 +50,7 @@ public:
 
     bool isTracking() const;
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     // The wheel and the arrow keys move the bar.
     bool onMouse(const MouseEvent& event) override;
     bool onKey(const KeyEvent& event) override;
@@ -73,8 +68,7 @@ private:
     std::int32_t pageSize_ = 1;
     std::int32_t lineSize_ = 1;
     std::int32_t position_ = 0;
-    // What turns of the wheel have left over, in 120ths of a position.
-    std::int64_t wheelRest_ = 0;
+    WheelCounter wheel_;
     const bool vertical_;
 };
 

@@ -1,7 +1,6 @@
 #include "ZuNativeTextBox.h"
 
-#include "ZuGraphicsService.h"
-#include "ZuWindowService.h"
+#include "ZuDrawnText.h"
 
 namespace zustd {
 
@@ -29,26 +28,6 @@ std::wstring normalized(std::wstring text, std::size_t maximumLength) {
 
 NativeTextBox::NativeTextBox() { setFocusable(true); }
 
-NativeTextBox::~NativeTextBox() { releaseImplementation(); }
-
-TextDescriptor& NativeTextBox::watermark() const {
-    ZU_ASSERT(watermark_);
-    return *watermark_;
-}
-
-bool NativeTextBox::setWatermark(const std::shared_ptr<TextDescriptor>& watermark) {
-    return changeDescriptor(watermark_, watermark);
-}
-
-FontDescriptor& NativeTextBox::font() const {
-    ZU_ASSERT(font_);
-    return *font_;
-}
-
-bool NativeTextBox::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
-}
-
 bool NativeTextBox::setText(const std::wstring& text) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (!change(text_, normalized(text, maximumLength_))) {
@@ -57,10 +36,6 @@ bool NativeTextBox::setText(const std::wstring& text) {
     notify(kTextChanged);
     return true;
 }
-
-bool NativeTextBox::setKind(TextBoxKind kind) { return change(kind_, kind); }
-
-bool NativeTextBox::setReadOnly(bool readOnly) { return change(readOnly_, readOnly); }
 
 bool NativeTextBox::setMaximumLength(std::size_t length) {
     const ControlUpdate update(*this);
@@ -72,13 +47,10 @@ bool NativeTextBox::setMaximumLength(std::size_t length) {
 }
 
 Size NativeTextBox::preferredSize() {
-    const std::shared_ptr<WindowService> window = windowService();
-    const std::shared_ptr<GraphicsService> graphics = graphicsService();
-    if (!window || !graphics) {
+    const std::int32_t line = measuredText(*this, L"X", styleOf(font_)).height;
+    if (line == 0) {
         return boundary().size();
     }
-    const auto font = window->getFont(font_);
-    const std::int32_t line = font ? graphics->measureTextHeight(L"X", *font) : 0;
     const std::int32_t lines = kind_ == TextBoxKind::kMultiLine ? kUsualLines : 1;
     return {scale(kUsualWidth), saturate(std::int64_t{line} * lines + scale(kPadding))};
 }

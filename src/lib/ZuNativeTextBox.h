@@ -10,13 +10,7 @@
 namespace zustd {
 
 // Marker: a backend has no operations of its own.
-class INativeTextBoxImpl {
-public:
-    INativeTextBoxImpl() = default;
-    INativeTextBoxImpl(const INativeTextBoxImpl&) = delete;
-    INativeTextBoxImpl& operator=(const INativeTextBoxImpl&) = delete;
-    virtual ~INativeTextBoxImpl() = default;
-};
+class INativeTextBoxImpl : public IBackend {};
 
 enum class TextBoxKind : std::uint32_t { kSingleLine, kMultiLine, kPassword };
 
@@ -26,18 +20,18 @@ public:
     static const MessageKind kTextChanged;
 
     NativeTextBox();
-    ~NativeTextBox() override;
+    ~NativeTextBox() override { releaseImplementation(); }
 
     // The hint that an empty field shows; one of several lines shows none.
     // Fails the assertion "watermark_" when there is none.
-    TextDescriptor& watermark() const;
+    TextDescriptor& watermark() const { return required(watermark_, L"watermark_", ZU_HERE); }
     bool hasWatermark() const noexcept { return watermark_ != nullptr; }
-    bool setWatermark(const std::shared_ptr<TextDescriptor>& watermark);
+    bool setWatermark(const TextRef& watermark) { return changeDescriptor(watermark_, watermark); }
     // Fails the assertion "font_" when there is none; the font is that of a new
     // descriptor then.
-    FontDescriptor& font() const;
+    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
     bool hasFont() const noexcept { return font_ != nullptr; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 
     // Lines end in a line feed alone: carriage returns are left out. Cut to the
     // maximum length.
@@ -45,23 +39,23 @@ public:
     bool setText(const std::wstring& text);
     TextBoxKind kind() const noexcept { return kind_; }
     // A text box that has a native object gets a new one.
-    bool setKind(TextBoxKind kind);
+    bool setKind(TextBoxKind kind) { return change(kind_, kind); }
     bool isReadOnly() const noexcept { return readOnly_; }
-    bool setReadOnly(bool readOnly);
+    bool setReadOnly(bool readOnly) { return change(readOnly_, readOnly); }
     // In UTF-16 units; 0 means no limit.
     std::size_t maximumLength() const noexcept { return maximumLength_; }
     bool setMaximumLength(std::size_t length);
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the user has changed the text. Sends the message
     // without synchronising.
     void acceptText(const std::wstring& text);
 
 private:
-    std::shared_ptr<TextDescriptor> watermark_;
-    std::shared_ptr<FontDescriptor> font_;
+    TextRef watermark_;
+    FontRef font_;
     std::wstring text_;
     TextBoxKind kind_ = TextBoxKind::kSingleLine;
     std::size_t maximumLength_ = 0;

@@ -189,7 +189,7 @@ public:
     // While kNodeExpanding or kNodeCollapsing is being sent: it does not happen.
     void refuseExpanding() noexcept { expandingRefused_ = true; }
 
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the nodes; what the user did. The messages are sent
     // without synchronising.

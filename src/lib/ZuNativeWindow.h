@@ -16,35 +16,27 @@
 namespace zustd {
 
 // Marker: a backend has no operations of its own.
-class INativeWindowImpl {
-public:
-    INativeWindowImpl() = default;
-    INativeWindowImpl(const INativeWindowImpl&) = delete;
-    INativeWindowImpl& operator=(const INativeWindowImpl&) = delete;
-    virtual ~INativeWindowImpl() = default;
-};
+class INativeWindowImpl : public IBackend {};
 
 class NativeWindow : public Abstraction<INativeWindowImpl>, public Control {
 public:
-    NativeWindow();
-    ~NativeWindow() override;
+    NativeWindow() : router_(*this) {}
+    ~NativeWindow() override { releaseImplementation(); }
 
     // Fails the assertion "caption_" when there is none.
-    TextDescriptor& caption() const;
+    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
-    bool setCaption(const std::shared_ptr<TextDescriptor>& caption);
+    bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
 
     InputRouter* inputRouter() noexcept override { return &router_; }
-    IImplementation* backend() const noexcept override { return backendOf(*this); }
+    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
-    // For the backend: the user has resized the window's client area.
-    void acceptSize(Size size);
-    // The user wants to close the window; false when a receiver of kClose
-    // keeps it open.
-    bool acceptClose();
+    // For the backend: the user wants to close the window; false when a
+    // receiver of kClose keeps it open.
+    bool acceptClose() { return requestClose(); }
 
 private:
-    std::shared_ptr<TextDescriptor> caption_;
+    TextRef caption_;
     InputRouter router_;
 };
 

@@ -4,6 +4,7 @@
 
 #include "ZuGraphicsService.h"
 #include "ZuNativeScrollBar.h"
+#include "ZuScope.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -12,7 +13,6 @@ namespace {
 
 // What an arrow key scrolls by, at a scaling factor of 1.
 constexpr std::int32_t kLine = 16;
-constexpr std::int32_t kLinesPerNotch = 3;
 
 // The nearest place for a window of this extent from which it shows first to
 // last; the first when it cannot show all.
@@ -24,19 +24,12 @@ std::int32_t nearestView(std::int32_t position, std::int32_t extent, std::int32_
 
 // What the view does to its bars it announces itself, and what a layout does
 // nobody.
-class Silence {
-public:
-    explicit Silence(NativeScrollBar& bar) : bar_(bar), wasSending_(bar.isSendingEnabled()) {
-        bar.setSendingEnabled(false);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence() { bar_.setSendingEnabled(wasSending_); }
-
-private:
-    NativeScrollBar& bar_;
-    bool wasSending_;
-};
+template <class Change>
+void silently(NativeScrollBar& bar, Change&& change) {
+    const ScopeExit back([&bar, sends = bar.isSendingEnabled()] { bar.setSendingEnabled(sends); });
+    bar.setSendingEnabled(false);
+    change();
+}
 
 }  // namespace
 
@@ -195,10 +188,7 @@ bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
 bool ScrollView::scrollByWheel(const MouseEvent& event) {
     const bool sideways =
         event.action == MouseAction::kHorizontalWheel || (event.modifiers & kModifierShift) != 0;
-    const std::int64_t distance =
-        std::int64_t{event.wheel} * kLinesPerNotch * lineSize() + wheelRest_;
-    const std::int64_t pixels = distance / MouseEvent::kWheelStep;
-    wheelRest_ = distance % MouseEvent::kWheelStep;
+    const std::int64_t pixels = wheel_.turn(event.wheel, lineSize());
     if (event.action == MouseAction::kHorizontalWheel) {
         return scrollBy(saturate(pixels), 0);
     }
@@ -304,14 +294,15 @@ void ScrollView::placeBars(Size room, Size thickness) {
             return;
         }
         const ControlUpdate update(*bar);
-        const Silence silence(*bar);
-        if (needed) {
-            bar->setBoundary(place);
-            bar->setRange(0, std::max(extent - 1, 0));
-            bar->setPageSize(page);
-            bar->setLineSize(lineSize());
-        }
-        bar->setVisible(needed);
+        silently(*bar, [&] {
+            if (needed) {
+                bar->setBoundary(place);
+                bar->setRange(0, std::max(extent - 1, 0));
+                bar->setPageSize(page);
+                bar->setLineSize(lineSize());
+            }
+            bar->setVisible(needed);
+        });
     };
     show(
         verticalBar_.get(), thickness.width > 0,
@@ -327,8 +318,8 @@ void ScrollView::placeBars(Size room, Size thickness) {
 void ScrollView::showPosition() {
     for (NativeScrollBar* bar : {verticalBar_.get(), horizontalBar_.get()}) {
         if (bar != nullptr) {
-            const Silence silence(*bar);
-            bar->setPosition(bar->isVertical() ? position_.y : position_.x);
+            silently(*bar,
+                     [&] { bar->setPosition(bar->isVertical() ? position_.y : position_.x); });
         }
     }
 }

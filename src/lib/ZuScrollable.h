@@ -81,8 +81,7 @@ private:
     std::shared_ptr<NativeScrollBar> horizontalBar_;
     std::shared_ptr<NativeScrollBar> verticalBar_;
     Point position_;
-    // What turns of the wheel have left over, in 120ths of a pixel.
-    std::int64_t wheelRest_ = 0;
+    WheelCounter wheel_;
 };
 
 // A scroll view of a T, which it makes.

@@ -12,13 +12,8 @@
 namespace zustd {
 
 // What a backend does for a timer. Slot order is fixed.
-class ITimerImpl {
+class ITimerImpl : public IBackend {
 public:
-    ITimerImpl() = default;
-    ITimerImpl(const ITimerImpl&) = delete;
-    ITimerImpl& operator=(const ITimerImpl&) = delete;
-    virtual ~ITimerImpl() = default;
-
     // Starts anew with the interval of the moment; whether the system had a
     // timer to give.
     virtual bool start() = 0;
@@ -45,14 +40,14 @@ public:
     const std::wstring& name() const noexcept { return name_; }
 
     // Each fails the assertion "impl_" as long as there is no backend.
-    bool start();
+    bool start() { return implementation().start(); }
     bool start(std::uint32_t milliseconds, bool repeating);
-    void stop();
-    bool isRunning() const;
+    void stop() { implementation().stop(); }
+    bool isRunning() const { return implementation().isRunning(); }
     void setInterval(std::uint32_t milliseconds);
-    std::uint32_t getInterval() const;
-    void setRepeating(bool repeating);
-    bool isRepeating() const;
+    std::uint32_t getInterval() const { return implementation().getInterval(); }
+    void setRepeating(bool repeating) { implementation().setRepeating(repeating); }
+    bool isRepeating() const { return implementation().isRepeating(); }
 
     // For the backend: an interval has passed. The timer may be destroyed by
     // whoever hears of it.

@@ -1,8 +1,7 @@
 #include "ZuTooltip.h"
 
-#include <algorithm>
-
 #include "ZuApplicationService.h"
+#include "ZuDrawnText.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeDialog.h"
 #include "ZuPropertyBag.h"
@@ -112,23 +111,13 @@ Tooltip::Tooltip() {
 }
 
 Size Tooltip::preferredSize() {
-    const Size margin = arrangement().margin;
-    const std::shared_ptr<WindowService> window = windowService();
-    const std::shared_ptr<GraphicsService> graphics = graphicsService();
-    const std::shared_ptr<Font> font = window ? window->getFont(font_) : nullptr;
-    if (!font || !graphics) {
-        return Size().grownBy(margin);
-    }
-    Size text = graphics->measureTextSize(text_, *font);
+    const Size text = measuredText(*this, text_, styleOf(font_));
     const Size maximum = placement().maximum;
     if (maximum.isEmpty()) {
-        return text.grownBy(margin);
+        return text.grownBy(arrangement().margin);
     }
-    if (const std::int32_t room = innerWidth(maximum.width); text.width > room) {
-        text = graphics->measureTextSize(text_, *font, room);
-    }
-    const Size size = text.grownBy(margin);
-    return {std::min(size.width, maximum.width), std::min(size.height, maximum.height)};
+    const std::int32_t room = innerWidth(maximum.width);
+    return sizeAround(text.width > room ? measuredText(*this, text_, styleOf(font_), room) : text);
 }
 
 void Tooltip::drawSelf(GraphicsService& graphics) {
@@ -138,10 +127,8 @@ void Tooltip::drawSelf(GraphicsService& graphics) {
     const std::shared_ptr<WindowService> window = windowService();
     ZU_ASSERT_AS(window, L"ws", ZU_HERE);
     if (const auto font = window->getFont(font_)) {
-        TextFormat format;
-        format.wordWrap = true;
         graphics.drawText(text_, innerArea(), *font, colorOr(color(ColorRole::kText), kInk),
-                          format);
+                          {.wordWrap = true});
     }
 }
 

@@ -23,8 +23,8 @@ struct TooltipOptions {
     // In pixels; without an area there is no limit.
     Size maximumSize{400, 300};
     // Null for the defaults.
-    std::shared_ptr<FontDescriptor> font;
-    std::shared_ptr<ColorsDescriptor> colors;
+    FontRef font;
+    ColorsRef colors;
 };
 
 // The keys of a control's timer and dialog.
@@ -38,9 +38,7 @@ public:
 
     const std::wstring& text() const noexcept { return text_; }
     bool setText(const std::wstring& text) { return change(text_, text); }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font) {
-        return changeDescriptor(font_, font);
-    }
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 
     // Of the text plus the margins, not larger than the maximum size; a text
     // that is too wide is wrapped. A maximum without an area is no limit.
@@ -53,7 +51,7 @@ protected:
     void onJoinedSurface() override;
 
 private:
-    std::shared_ptr<FontDescriptor> font_;
+    FontRef font_;
     std::wstring text_;
 };
 

@@ -26,104 +26,6 @@ Size scaled(Size size, double factor) noexcept {
 
 }  // namespace
 
-// --- Widgets --------------------------------------------------------------------------------
-
-std::shared_ptr<NativeDialog> WindowService::createNativeDialog() {
-    return implementation().createNativeDialog();
-}
-
-std::shared_ptr<NativeDialog> WindowService::createNativeDialog(std::uint32_t style) {
-    return implementation().createNativeDialog(style);
-}
-
-std::shared_ptr<NativePopupMenu> WindowService::createNativePopupMenu() {
-    return implementation().createNativePopupMenu();
-}
-
-std::shared_ptr<NativeGridView> WindowService::createNativeGridView() {
-    return implementation().createNativeGridView();
-}
-
-std::shared_ptr<NativeTreeView> WindowService::createNativeTreeView() {
-    return implementation().createNativeTreeView();
-}
-
-std::shared_ptr<NativeWindow> WindowService::createNativeWindow() {
-    return implementation().createNativeWindow();
-}
-
-std::shared_ptr<NativeComboBox> WindowService::createNativeComboBox() {
-    return implementation().createNativeComboBox();
-}
-
-std::shared_ptr<NativeButton> WindowService::createNativeButton() {
-    return implementation().createNativeButton();
-}
-
-std::shared_ptr<NativeProgressBar> WindowService::createNativeProgressBar() {
-    return implementation().createNativeProgressBar();
-}
-
-std::shared_ptr<NativeTextBox> WindowService::createNativeTextBox() {
-    return implementation().createNativeTextBox();
-}
-
-std::shared_ptr<NativeScrollBar> WindowService::createNativeScrollBar(bool vertical) {
-    return implementation().createNativeScrollBar(vertical);
-}
-
-std::shared_ptr<Timer> WindowService::createTimer(const std::wstring& name) {
-    return implementation().createTimer(name);
-}
-
-// --- The window -----------------------------------------------------------------------------
-
-void WindowService::invalidate() { implementation().invalidate(); }
-
-void WindowService::invalidate(const Rect& area) { implementation().invalidate(area); }
-
-void WindowService::updateWindow() { implementation().updateWindow(); }
-
-MouseCursor WindowService::getCursor() const { return implementation().getCursor(); }
-
-void WindowService::setCursor(MouseCursor cursor) { implementation().setCursor(cursor); }
-
-Point WindowService::getMousePosition() const { return implementation().getMousePosition(); }
-
-Point WindowService::getWindowPosition() const { return implementation().getWindowPosition(); }
-
-Size WindowService::getWindowSize() const { return implementation().getWindowSize(); }
-
-void WindowService::captureMouse() { implementation().captureMouse(); }
-
-void WindowService::releaseMouse() { implementation().releaseMouse(); }
-
-double WindowService::getScalingFactor() { return implementation().getScalingFactor(); }
-
-Rect WindowService::getWorkArea() const { return implementation().getWorkArea(); }
-
-Point WindowService::getClientPosition() const { return implementation().getClientPosition(); }
-
-void WindowService::closeWindow() { implementation().closeWindow(); }
-
-void WindowService::enableWindow(bool enable) { implementation().enableWindow(enable); }
-
-void WindowService::hideWindow() { implementation().hideWindow(); }
-
-void WindowService::invalidateWindow() { implementation().invalidateWindow(); }
-
-bool WindowService::isWindowVisibleAtPos(Point place) const {
-    return implementation().isWindowVisibleAtPos(place);
-}
-
-void WindowService::makeWindowVisibleAtPos(Point place) {
-    implementation().makeWindowVisibleAtPos(place);
-}
-
-void WindowService::showWindow() { implementation().showWindow(); }
-
-void WindowService::setFocus(Control& control) { implementation().setFocus(control); }
-
 // --- Messages and questions -----------------------------------------------------------------
 
 int WindowService::showMessage(const std::wstring& text, const std::wstring& caption,
@@ -182,23 +84,7 @@ int WindowService::ask(MessageBoxContent& box, Question question) {
     return answer;
 }
 
-bool WindowService::isMessageOpen() const { return implementation().isMessageOpen(); }
-
-void WindowService::closeMessage(int answer) { implementation().closeMessage(answer); }
-
-void WindowService::playMessageSound(std::uint32_t style) {
-    implementation().playMessageSound(style);
-}
-
 // --- Resources ------------------------------------------------------------------------------
-
-std::shared_ptr<Font> WindowService::getFont(const FontStyle& style) {
-    return implementation().getFont(style);
-}
-
-std::shared_ptr<Font> WindowService::getFont(const std::shared_ptr<FontDescriptor>& descriptor) {
-    return getFont(descriptor ? descriptor->style() : FontStyle());
-}
 
 std::shared_ptr<Bitmap> WindowService::getBitmap(const BitmapDescriptor& descriptor) {
     if (descriptor.resource().identifier == 0) {

@@ -50,13 +50,8 @@ inline constexpr std::size_t kFileNameBufferSize = 4096;
 // The create operations return the portable object joined to its backend; the
 // native object is made by the first synchronisation. They return null when
 // the backend fails. The others let no failure out either.
-class IWindowServiceImpl {
+class IWindowServiceImpl : public IBackend {
 public:
-    IWindowServiceImpl() = default;
-    IWindowServiceImpl(const IWindowServiceImpl&) = delete;
-    IWindowServiceImpl& operator=(const IWindowServiceImpl&) = delete;
-    virtual ~IWindowServiceImpl() = default;
-
     // 1: a dialog owned by this service's window.
     virtual std::shared_ptr<NativeDialog> createNativeDialog() = 0;
     // 2
@@ -156,44 +151,50 @@ public:
 
     // --- Widgets: see IWindowServiceImpl. Each fails the assertion "impl_"
     // when there is no backend.
-    std::shared_ptr<NativeDialog> createNativeDialog();
-    std::shared_ptr<NativeDialog> createNativeDialog(std::uint32_t style);
-    std::shared_ptr<NativePopupMenu> createNativePopupMenu();
-    std::shared_ptr<NativeGridView> createNativeGridView();
-    std::shared_ptr<NativeTreeView> createNativeTreeView();
-    std::shared_ptr<NativeWindow> createNativeWindow();
-    std::shared_ptr<NativeComboBox> createNativeComboBox();
-    std::shared_ptr<NativeButton> createNativeButton();
-    std::shared_ptr<NativeProgressBar> createNativeProgressBar();
-    std::shared_ptr<NativeTextBox> createNativeTextBox();
-    std::shared_ptr<NativeScrollBar> createNativeScrollBar(bool vertical);
-    std::shared_ptr<Timer> createTimer(const std::wstring& name);
+    auto createNativeDialog() { return implementation().createNativeDialog(); }
+    auto createNativeDialog(std::uint32_t style) {
+        return implementation().createNativeDialog(style);
+    }
+    auto createNativePopupMenu() { return implementation().createNativePopupMenu(); }
+    auto createNativeGridView() { return implementation().createNativeGridView(); }
+    auto createNativeTreeView() { return implementation().createNativeTreeView(); }
+    auto createNativeWindow() { return implementation().createNativeWindow(); }
+    auto createNativeComboBox() { return implementation().createNativeComboBox(); }
+    auto createNativeButton() { return implementation().createNativeButton(); }
+    auto createNativeProgressBar() { return implementation().createNativeProgressBar(); }
+    auto createNativeTextBox() { return implementation().createNativeTextBox(); }
+    auto createNativeScrollBar(bool vertical) {
+        return implementation().createNativeScrollBar(vertical);
+    }
+    auto createTimer(const std::wstring& name) { return implementation().createTimer(name); }
 
     // --- The window: as in IWindowServiceImpl, where each is described. Each
     // fails the assertion "impl_" when there is no backend; without a window
     // nothing is done, and the answers are 0, empty or false. Messages may be
     // sent from inside of those that show, hide, enable and focus.
-    void invalidate();
-    void invalidate(const Rect& area);
-    void updateWindow();
-    MouseCursor getCursor() const;
-    void setCursor(MouseCursor cursor);
-    Point getMousePosition() const;
-    Point getWindowPosition() const;
-    Size getWindowSize() const;
-    void captureMouse();
-    void releaseMouse();
-    double getScalingFactor();
-    Rect getWorkArea() const;
-    Point getClientPosition() const;
-    void closeWindow();
-    void enableWindow(bool enable);
-    void hideWindow();
-    void invalidateWindow();
-    bool isWindowVisibleAtPos(Point place) const;
-    void makeWindowVisibleAtPos(Point place);
-    void showWindow();
-    void setFocus(Control& control);
+    void invalidate() { implementation().invalidate(); }
+    void invalidate(const Rect& area) { implementation().invalidate(area); }
+    void updateWindow() { implementation().updateWindow(); }
+    MouseCursor getCursor() const { return implementation().getCursor(); }
+    void setCursor(MouseCursor cursor) { implementation().setCursor(cursor); }
+    Point getMousePosition() const { return implementation().getMousePosition(); }
+    Point getWindowPosition() const { return implementation().getWindowPosition(); }
+    Size getWindowSize() const { return implementation().getWindowSize(); }
+    void captureMouse() { implementation().captureMouse(); }
+    void releaseMouse() { implementation().releaseMouse(); }
+    double getScalingFactor() { return implementation().getScalingFactor(); }
+    Rect getWorkArea() const { return implementation().getWorkArea(); }
+    Point getClientPosition() const { return implementation().getClientPosition(); }
+    void closeWindow() { implementation().closeWindow(); }
+    void enableWindow(bool enable) { implementation().enableWindow(enable); }
+    void hideWindow() { implementation().hideWindow(); }
+    void invalidateWindow() { implementation().invalidateWindow(); }
+    bool isWindowVisibleAtPos(Point place) const {
+        return implementation().isWindowVisibleAtPos(place);
+    }
+    void makeWindowVisibleAtPos(Point place) { implementation().makeWindowVisibleAtPos(place); }
+    void showWindow() { implementation().showWindow(); }
+    void setFocus(Control& control) { implementation().setFocus(control); }
 
     // --- Messages and questions
 
@@ -212,18 +213,18 @@ public:
                     const std::wstring& rememberKey = {});
     // Whether one of them waits for its answer; only those of this service
     // count.
-    bool isMessageOpen() const;
+    bool isMessageOpen() const { return implementation().isMessageOpen(); }
     // Gives the answer in the user's place, to the innermost that waits, whether
     // or not it has a button for it. Does nothing when none waits.
-    void closeMessage(int answer);
+    void closeMessage(int answer) { implementation().closeMessage(answer); }
     // The sound of the style's icon; returns before it has ended.
-    void playMessageSound(std::uint32_t style);
+    void playMessageSound(std::uint32_t style) { implementation().playMessageSound(style); }
 
     // --- Resources
 
-    std::shared_ptr<Font> getFont(const FontStyle& style);
+    auto getFont(const FontStyle& style) { return implementation().getFont(style); }
     // Null stands for the style that a new descriptor has.
-    std::shared_ptr<Font> getFont(const std::shared_ptr<FontDescriptor>& descriptor);
+    auto getFont(const FontRef& descriptor) { return getFont(styleOf(descriptor)); }
     // Null for a descriptor that names nothing. The descriptor's size times the
     // scaling factor.
     std::shared_ptr<Bitmap> getBitmap(const BitmapDescriptor& descriptor);

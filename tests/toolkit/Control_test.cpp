@@ -237,6 +237,41 @@ TEST_F(ControlTest, arrangement_sizeChanges_arrangesTheChildrenAgain) {
     EXPECT_EQ(box_->preferredSize(), (Size{4 + 10 + 4 + 1, 6 + 10}));
 }
 
+TEST_F(ControlTest, preferredSize_ofAnArrangement_keepsToWidthMarginsAndLimits) {
+    for (int i = 0; i < 3; ++i) {
+        box_->addChild(makeControl<Painted>(Rect{0, 0, 29, 9}));
+    }
+    const Size spacing{4, 4};
+    const Size margin{2, 3};
+    const Arrangement rows{.flow = Flow::kRows, .spacing = spacing, .margin = margin};
+    const Arrangement columns{.flow = Flow::kColumns, .spacing = spacing, .margin = margin};
+    Arrangement wrapped = rows;
+    Arrangement wrappedColumns = columns;
+    wrapped.wrap = wrappedColumns.wrap = true;
+    // 0 asks without a width.
+    const std::tuple<Arrangement, Placement, std::int32_t, Size> cases[] = {
+        {{}, {.maximum = {9, 9}}, 0, {50, 50}},
+        {rows, {}, 0, {102, 16}},
+        {rows, {}, 70, {102, 16}},
+        {rows, {.minimum = {200, 18}, .maximum = {0, 17}}, 0, {200, 17}},
+        {columns, {}, 70, {34, 44}},
+        {wrapped, {}, 0, {102, 16}},
+        {wrapped, {}, 68, {68, 30}},
+        {wrapped, {}, 67, {34, 44}},
+        {wrapped, {}, -9, {34, 44}},
+        {wrapped, {.maximum = {68, 0}}, 0, {68, 30}},
+        {wrapped, {.maximum = {68, 0}}, 500, {68, 30}},
+        {wrappedColumns, {.maximum = {0, 30}}, 0, {68, 30}},
+        {wrappedColumns, {.maximum = {0, 29}}, 9, {102, 16}}};
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        const auto& [arrangement, placement, width, expected] = cases[i];
+        box_->setArrangement(arrangement);
+        box_->setPlacement(placement);
+        EXPECT_EQ(width != 0 ? box_->preferredSizeForWidth(width) : box_->preferredSize(), expected)
+            << i;
+    }
+}
+
 // Wants to be higher whenever it is placed.
 class Restless : public Control {
 public:

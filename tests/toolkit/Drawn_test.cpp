@@ -74,6 +74,11 @@ TEST_F(DrawnTest, joinedSurface_arrangedBefore_isArrangedAgain) {
     EXPECT_EQ(label->boundary().size(), (Size{1, 1}));
     window_->addChild(page);
     EXPECT_EQ(label->boundary().size(), (Size{28, 16}));
+    const auto icon = makeControl<Icon>(std::make_shared<BitmapDescriptor>(7, Size{16, 16}));
+    page->addChild(icon);
+    native().scalingFactor = 2.0;
+    window_->showAnew();
+    EXPECT_EQ(icon->boundary().size(), (Size{32, 32}));
 }
 
 TEST_F(DrawnTest, link_states_showAndSend) {

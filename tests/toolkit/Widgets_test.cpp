@@ -119,6 +119,28 @@ TEST_F(WidgetTest, preferredSize_button_countsNoAccessKeyAndScales) {
     EXPECT_EQ(button->preferredSize(), (Size{0x7FFFFFFF, 46}));
 }
 
+TEST_F(WidgetTest, preferredSize_ofTheOthers_followsTextKindAndSystem) {
+    const auto text = shown(host_->createNativeTextBox());
+    EXPECT_EQ(text->preferredSize(), (Size{160, 16 + 8}));
+    text->setKind(TextBoxKind::kMultiLine);
+    EXPECT_EQ(text->preferredSize(), (Size{160, 4 * 16 + 8}));
+    const auto box = shown(host_->createNativeComboBox());
+    box->addItem(L"short");
+    EXPECT_EQ(box->preferredSize(), (Size{100, 16 + 8}));
+    box->addItem(L"fourteen chars");
+    EXPECT_EQ(box->preferredSize(), (Size{14 * 7 + 32, 16 + 8}));
+    EXPECT_EQ(shown(host_->createNativeProgressBar())->preferredSize(), (Size{160, 12}));
+    EXPECT_EQ(shown(host_->createNativeScrollBar(false), {0, 0, 49, 5})->preferredSize(),
+              (Size{50, 16}));
+    // Outside of a surface they keep what they have.
+    const std::shared_ptr<Control> alone[] = {
+        makeControl<NativeButton>(), makeControl<NativeTextBox>(), makeControl<NativeComboBox>()};
+    for (const auto& widget : alone) {
+        widget->setSize({30, 40});
+        EXPECT_EQ(widget->preferredSize(), (Size{30, 40}));
+    }
+}
+
 // --- Text box, combo box ---
 
 TEST_F(WidgetTest, text_fromUserAndProgram_sendsOnceAndDoesNotEcho) {
