@@ -1,4 +1,4 @@
-// Trees and grids: the models, and what backends are told of their changes.
+// Trees and grids and what they hold, compared with plain lists.
 #include <algorithm>
 #include <map>
 
@@ -13,80 +13,13 @@ constexpr std::size_t kMany = 100'000;
 
 std::wstring numbered(std::size_t number) { return L"k" + std::to_wstring(number); }
 
-// What a backend was told since the last call.
-Journal told(Journaling& native) { return std::exchange(native.journal, {}); }
-
-// Something that changes with true and with false, and what a backend is told.
-using Changes = std::vector<std::pair<std::function<void(bool)>, Journal>>;
-
 class ItemsTest : public ToolkitTest {
 protected:
-    void addRows(std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            grid_->addRow(numbered(i));
-        }
-    }
-    // A change is told at once, during an update all of them at its end.
-    static void expectTold(Control& view, Journaling& native, const Changes& changes) {
-        told(native);
-        for (const auto& [change, expected] : changes) {
-            change(true);
-            EXPECT_EQ(told(native), expected);
-            {
-                const ControlUpdate update(view);
-                change(false);
-                EXPECT_EQ(told(native), Journal()) << testing::PrintToString(expected);
-            }
-            EXPECT_EQ(told(native), Journal{L"fill"}) << testing::PrintToString(expected);
-        }
-    }
-
     std::shared_ptr<NativeTreeView> tree_ = shown(host_->createNativeTreeView());
     std::shared_ptr<NativeGridView> grid_ = shown(host_->createNativeGridView());
-    RecordingTreeView& nativeTree_ = recordingOf<RecordingTreeView>(*tree_);
-    RecordingGridView& nativeGrid_ = recordingOf<RecordingGridView>(*grid_);
 };
 
 // --- Tree ---
-
-TEST_F(ItemsTest, tree_changes_areToldOneByOneOrAllTogetherAfterwards) {
-    const TreeNode a = tree_->addRootNode(L"a", L"");
-    const TreeNode b = tree_->addChildNode(a, L"b", L"");
-    const auto next = [this] { return numbered(tree_->getNodeCount()); };
-    const Changes changes{
-        {[&](bool on) { tree_->setNodeCaption(a, on ? L"A" : L"B"); }, {L"node a"}},
-        {[&](bool on) { tree_->setNodeChecked(a, on); }, {L"node a"}},
-        {[&](bool on) { tree_->setNodeEmphasized(b, on); }, {L"node b"}},
-        {[&](bool on) { tree_->setNodeBitmap(b, on ? 1 : -1); }, {L"node b"}},
-        {[&](bool on) { tree_->setNodeExpanded(a, on); }, {L"expanded a"}},
-        {[&](bool on) { on ? tree_->expandAllNodes(b) : tree_->collapseAllNodes(b); },
-         {L"allExpanded b"}},
-        {[&](bool on) { on ? tree_->expandAllNodes() : tree_->collapseAllNodes(); },
-         {L"allExpanded none"}},
-        {[&](bool on) { on ? tree_->selectNode(b) : tree_->clearNodeSelection(); },
-         {L"expanded a", L"selection b"}},
-        {[&](bool) { tree_->addRootNode(next(), L""); }, {L"added k2"}},
-        {[&](bool) { tree_->addChildNode(a, next(), L""); }, {L"added k4"}},
-        {[&](bool) { tree_->addSiblingNode(a, next(), L""); }, {L"added k6"}},
-        {[&](bool) { tree_->removeNode(tree_->getLastRootNode()); },
-         {L"removing k3", L"selection none"}},
-        {[&](bool) { tree_->clear(); }, {L"cleared"}},
-    };
-    expectTold(*tree_, nativeTree_, changes);
-    tree_->selectNode(tree_->addChildNode(tree_->addRootNode(L"c", L""), L"d", L""));
-    told(nativeTree_);
-    tree_->setNodeExpanded(tree_->findNode(L"c"), false);
-    EXPECT_EQ(told(nativeTree_), (Journal{L"selection c", L"expanded c"}));
-    tree_->setEnableRedraw(false);
-    tree_->setEnableRedraw(false);
-    tree_->addRootNode(L"a", L"");
-    tree_->setEnableRedraw(true);
-    EXPECT_EQ(told(nativeTree_), Journal());
-    tree_->setEnableRedraw(true);
-    tree_->setEnableRedraw(true);  // one more than off is no harm
-    tree_->addRootNode(L"b", L"");
-    EXPECT_EQ(told(nativeTree_), (Journal{L"fill", L"added b"}));
-}
 
 // A tree as lists of children; those of kNoNode are the roots.
 struct PlainNode {
@@ -99,8 +32,7 @@ struct PlainNode {
     bool emphasized = false;
 };
 
-class PlainTree {
-public:
+struct PlainTree {
     TreeNode any(Random& random) {
         const std::vector<TreeNode>* level = &lists[kNoNode];
         TreeNode node = kNoNode;
@@ -342,28 +274,6 @@ TEST_F(ItemsTest, grid_randomChanges_isWhatAPlainListSays) {
     EXPECT_EQ(log_->take(), L"");
 }
 
-TEST_F(ItemsTest, grid_changes_areToldOneByOneOrAllTogetherAfterwards) {
-    addRows(4);
-    const Changes changes{
-        {[&](bool on) { grid_->setCell(1, 0, on ? L"A" : L"B"); }, {L"row 1"}},
-        {[&](bool on) { grid_->setRowChecked(1, on); }, {L"row 1"}},
-        {[&](bool on) { grid_->setRowBitmap(2, on ? 1 : -1); }, {L"row 2"}},
-        {[&](bool on) { on ? grid_->selectRow(2) : grid_->deselectRow(2); }, {L"selected 2 1"}},
-        {[&](bool on) { on ? grid_->selectAllRows() : grid_->deselectAllRows(); },
-         {L"allSelected 1"}},
-        {[&](bool) { grid_->addRow(numbered(grid_->getRowCount())); }, {L"added 4 k4"}},
-        {[&](bool) { grid_->removeRow(0); }, {L"removed 0"}},
-        {[&](bool) { grid_->clear(); }, {L"cleared"}},
-    };
-    expectTold(*grid_, nativeGrid_, changes);
-    grid_->setMultiSelect(false);
-    addRows(2);
-    grid_->selectRow(0);
-    told(nativeGrid_);
-    grid_->selectRow(1);
-    EXPECT_EQ(told(nativeGrid_), (Journal{L"allSelected 0", L"selected 1 1"}));
-}
-
 TEST_F(ItemsTest, grid_rowOutOfRangeOrKeyInUse_failsItsAssertion) {
     grid_->addRow(L"a");
     const wchar_t* text = L"row != NullSize && row < getRowCount()";
@@ -373,45 +283,6 @@ TEST_F(ItemsTest, grid_rowOutOfRangeOrKeyInUse_failsItsAssertion) {
     EXPECT_EQ(thrownText([&] { grid_->removeRow(kNullSize); }), text);
     EXPECT_EQ(thrownText([&] { grid_->addRow(L"a"); }),
               L"!key.empty() && !rowsByKey_.contains(key)");
-}
-
-// --- Both ---
-
-TEST_F(ItemsTest, userActions_areSentOnceNotToldBackAndMayBeAnswered) {
-    const TreeNode node = tree_->addRootNode(L"a", L"A");
-    addRows(5);
-    told(nativeTree_);
-    told(nativeGrid_);
-    const auto answers = [&](const MessageKind& kind, auto, MessageWord b) {
-        if (kind == NativeTreeView::kNodeCollapsing) {
-            tree_->refuseExpanding();
-        } else if (kind == NativeGridView::kBeforeDisplayRowTooltip) {
-            grid_->setRowTooltip(L"row " + std::to_wstring(b.number()));
-        }
-    };
-    for (int i = 0; i < 2; ++i) {
-        tree_->acceptSelection(node);
-        tree_->acceptChecked(node, true);
-        grid_->acceptSelected(1, 99, true);
-        grid_->acceptSelectionDone();
-        grid_->acceptChecked(2, true);
-    }
-    ASSERT_EQ(log_->entries.size(), 4U);
-    EXPECT_EQ(NativeTreeView::nodeOfWord(log_->entries[0].b), node);
-    EXPECT_EQ(log_->entries[2].b.number(), 1);
-    EXPECT_EQ(log_->take(),
-              L"selectionChanged checkStateChanged selectionChanged checkStateChanged");
-    EXPECT_EQ(grid_->getSelectedRows(), (std::vector<std::size_t>{1, 2, 3, 4}));
-    EXPECT_TRUE(grid_->getRowChecked(2) && tree_->getNodeChecked(node));
-    EXPECT_EQ(grid_->acceptTooltipRequest(0), L"");
-    const auto answering = std::make_shared<FunctionSink>(answers);
-    tree_->connect(answering, false);
-    grid_->connect(answering, false);
-    EXPECT_EQ(grid_->acceptTooltipRequest(0), L"row 0");
-    EXPECT_FALSE(tree_->acceptExpanding(node, false));
-    EXPECT_TRUE(tree_->acceptExpanding(node, true));
-    EXPECT_EQ(told(nativeTree_), Journal());
-    EXPECT_EQ(told(nativeGrid_), Journal());
 }
 
 }  // namespace
