@@ -28,9 +28,6 @@ namespace zustd {
 // model's assertions fail; kNoNode comes back where there is none.
 class INativeTreeViewImpl {
 public:
-    INativeTreeViewImpl() = default;
-    INativeTreeViewImpl(const INativeTreeViewImpl&) = delete;
-    INativeTreeViewImpl& operator=(const INativeTreeViewImpl&) = delete;
     virtual ~INativeTreeViewImpl() = default;
 
     // 1: nothing is shown while off; counts, as many on as off.

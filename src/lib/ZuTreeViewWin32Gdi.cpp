@@ -26,7 +26,9 @@ void TreeViewWin32Gdi::synchronize() {
     if (initializeFromDescriptor() == Outcome::kNoSurface) {
         return;
     }
-    pushLook();
+    const NativeTreeView& tree = getAbstraction();
+    pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
+             tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
     if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
         fill();
     }
@@ -61,21 +63,6 @@ TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     }
     return outcome;
-}
-
-void TreeViewWin32Gdi::pushLook() {
-    NativeTreeView& tree = getAbstraction();
-    synchronizeFont(tree.font());
-    if (const auto colors = changedColors()) {
-        send(TVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(colors->text));
-        send(TVM_SETBKCOLOR, 0, static_cast<LPARAM>(colors->background));
-    }
-    if (updateImages(tree.bitmaps().get())) {
-        send(TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images()));
-    }
-    if (updateCheckImages(tree.hasCheckBoxes(), 0)) {
-        send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
-    }
 }
 
 void TreeViewWin32Gdi::releaseNativeObject() {
