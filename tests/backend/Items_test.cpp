@@ -45,6 +45,14 @@ TEST_F(BackendItemsTest, grid_mouseAndKeys_sendExactlyWhatTheUserDid) {
          },
          L"selectionChanged:beta"},
         {[&] { pressKeys({VK_APPS}); }, L"rightClicked:bravo"},
+        {[&] {
+             pressKeys({VK_CONTROL, VK_SPACE});
+         },
+         L"selectionChanged:beta"},
+        {[&] {
+             pressKeys({VK_CONTROL, VK_SPACE});
+         },
+         L"selectionChanged:beta"},
     });
     EXPECT_EQ(shownGrid(), (Texts{L"alpha -1|", L"beta -1cs|", L"bravo -1cs|", L"delta -1|"}));
     expectSent({
@@ -336,14 +344,37 @@ TEST_F(BackendItemsTest, aBurstOfRowsAndCells_putsOneMessageIntoTheQueue) {
 
 // --- How it looks ---------------------------------------------------------------------------
 
-TEST_F(BackendItemsTest, columns_growWhenTheyAreResizedAndFollowTheDescription) {
-    grid_->setColumns({{L"Name", 0}});
+TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
+    const auto expectShown = [this](const std::vector<GridColumn>& columns) {
+        const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
+        const int formats[]{LVCFMT_LEFT, LVCFMT_CENTER, LVCFMT_RIGHT};
+        grid_->setColumns(columns);
+        EXPECT_EQ(Header_GetItemCount(header), static_cast<int>(columns.size()));
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            wchar_t text[16] = L"";
+            LVCOLUMNW column{};
+            column.mask = LVCF_TEXT | LVCF_FMT;
+            column.pszText = text;
+            column.cchTextMax = 16;
+            EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
+            EXPECT_EQ(text, columns[i].caption);
+            EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
+        }
+    };
+    const std::vector<GridColumn> three{
+        {L"Name", 0}, {L"Kind", 50, Alignment::kCentre}, {L"Size", 60, Alignment::kEnd}};
+    expectShown({{L"Other", 90}});
+    expectShown(three);
     const LRESULT empty = send(*grid_, LVM_GETCOLUMNWIDTH, 0);
-    EXPECT_GT(empty, 0);
+    EXPECT_GT(empty, 20 + 16 + 12);
     addRows({L"a row whose caption takes more room than others"});
     EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), empty);
     grid_->resizeColumns();
     EXPECT_GT(send(*grid_, LVM_GETCOLUMNWIDTH, 0), empty + 100);
+    expectShown({three[0]});
+    const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
+    grid_->synchronizeBitmaps();
+    EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
 }
 
 TEST_F(BackendItemsTest, checkBoxes_lookAsTheThemeHasThem) {
@@ -377,6 +408,8 @@ TEST_F(BackendItemsTest, fontsColoursAndScaling_reachBothWindows) {
     colors->setColor(ColorRole::kText, Color::rgb(0x10, 0x20, 0x30));
     colors->setColor(ColorRole::kBackground, Color::rgb(0x40, 0x50, 0x60));
     const LRESULT before = send(*tree_, WM_GETFONT);
+    EXPECT_EQ(static_cast<COLORREF>(send(*tree_, TVM_GETBKCOLOR)), GetSysColor(COLOR_WINDOW));
+    EXPECT_EQ(static_cast<COLORREF>(send(*grid_, LVM_GETTEXTCOLOR)), GetSysColor(COLOR_WINDOWTEXT));
     tree_->setFont(large);
     grid_->setFont(large);
     tree_->setColors(colors);

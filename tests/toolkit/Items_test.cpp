@@ -163,23 +163,6 @@ TEST_F(ItemsTest, tree_randomChanges_isWhatPlainListsSay) {
     EXPECT_EQ(log_->take().find(L"Changed"), std::wstring::npos);
 }
 
-TEST_F(ItemsTest, tree_unknownNodeOrKeyInUse_failsItsAssertion) {
-    const TreeNode a = tree_->addRootNode(L"a", L"A");
-    EXPECT_EQ(thrownText([&] { tree_->addChildNode(a, L"a", L"again"); }),
-              L"key.empty() || !nodesByKey_.contains(key)");
-    tree_->removeNode(a);
-    tree_->addRootNode(L"a", L"B");
-    const std::function<void(TreeNode)> uses[]{
-        [&](TreeNode gone) { tree_->getNodeCaption(gone); },
-        [&](TreeNode gone) { tree_->removeNode(gone); },
-        [&](TreeNode gone) { tree_->addChildNode(gone, L"", L""); }};
-    for (const auto& use : uses) {
-        EXPECT_EQ(thrownText([&] { use(a); }), L"contains(node)");
-        EXPECT_EQ(thrownText([&] { use(kNoNode); }), L"contains(node)");
-    }
-    EXPECT_EQ(tree_->getNodeCount(), 1U);
-}
-
 TEST_F(ItemsTest, tree_deepChain_isRemovedWithoutRecursion) {
     TreeModel model;
     const TreeNode top = model.addChild(kNoNode, L"top", L"");
@@ -274,15 +257,27 @@ TEST_F(ItemsTest, grid_randomChanges_isWhatAPlainListSays) {
     EXPECT_EQ(log_->take(), L"");
 }
 
-TEST_F(ItemsTest, grid_rowOutOfRangeOrKeyInUse_failsItsAssertion) {
+TEST_F(ItemsTest, unknownItemOrKeyInUse_failsItsAssertion) {
+    const TreeNode gone = tree_->addRootNode(L"a", L"A");
+    tree_->removeNode(gone);
+    const TreeNode a = tree_->addRootNode(L"a", L"B");
     grid_->addRow(L"a");
-    const wchar_t* text = L"row != NullSize && row < getRowCount()";
-    EXPECT_EQ(thrownText([&] { grid_->getRowKey(1); }), text);
-    EXPECT_EQ(thrownText([&] { grid_->setCell(kNullSize, 0, L""); }), text);
-    EXPECT_EQ(thrownText([&] { grid_->selectRow(1); }), text);
-    EXPECT_EQ(thrownText([&] { grid_->removeRow(kNullSize); }), text);
-    EXPECT_EQ(thrownText([&] { grid_->addRow(L"a"); }),
-              L"!key.empty() && !rowsByKey_.contains(key)");
+    const wchar_t* unknown = L"contains(node)";
+    const wchar_t* outOfRange = L"row != NullSize && row < getRowCount()";
+    const std::pair<std::function<void()>, const wchar_t*> uses[]{
+        {[&] { tree_->getNodeCaption(gone); }, unknown},
+        {[&] { tree_->removeNode(kNoNode); }, unknown},
+        {[&] { tree_->addChildNode(kNoNode, L"", L""); }, unknown},
+        {[&] { tree_->addChildNode(a, L"a", L""); }, L"key.empty() || !nodesByKey_.contains(key)"},
+        {[&] { grid_->getRowKey(1); }, outOfRange},
+        {[&] { grid_->setCell(kNullSize, 0, L""); }, outOfRange},
+        {[&] { grid_->selectRow(1); }, outOfRange},
+        {[&] { grid_->addRow(L"a"); }, L"!key.empty() && !rowsByKey_.contains(key)"},
+    };
+    for (const auto& [use, text] : uses) {
+        EXPECT_EQ(thrownText(use), text);
+    }
+    EXPECT_EQ(tree_->getNodeCount(), 1U);
 }
 
 }  // namespace
