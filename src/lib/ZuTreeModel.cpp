@@ -23,6 +23,11 @@ bool TreeModel::contains(TreeNode node) const noexcept {
     return index < nodes_.size() && (generation & 1) != 0 && nodes_[index].generation == generation;
 }
 
+TreeNode TreeModel::nodeAt(std::uint32_t place) const noexcept {
+    const TreeNode node = place < nodes_.size() ? handleOf(place) : kNoNode;
+    return contains(node) ? node : kNoNode;
+}
+
 TreeModel::Index TreeModel::indexOf(TreeNode node) const {
     ZU_ASSERT(contains(node));
     return static_cast<Index>(static_cast<std::uint64_t>(node));

@@ -29,6 +29,12 @@ public:
 
     std::size_t nodeCount() const noexcept { return nodeCount_; }
     bool contains(TreeNode node) const noexcept;
+    // A node's place, in 32 bits; a later node may have it. The node that has it now,
+    // or kNoNode.
+    static std::uint32_t placeOf(TreeNode node) noexcept {
+        return static_cast<std::uint32_t>(node);
+    }
+    TreeNode nodeAt(std::uint32_t place) const noexcept;
 
     // A new node as the last child of a parent, or as the last root for
     // kNoNode; directly after a sibling. The key may be empty; one that is in

@@ -292,7 +292,7 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         case TVN_ITEMEXPANDEDW:
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
-            if (const TreeNode node = items_.nodeOf(change.itemNew.lParam);
+            if (const TreeNode node = items_.nodeOf(change.itemNew);
                 node != kNoNode && node != refused_) {
                 getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
             }
@@ -309,7 +309,7 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
 // whole tree, may have replaced the item under way: then it is done here.
 bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     NativeTreeView& tree = getAbstraction();
-    const TreeNode node = items_.nodeOf(change.itemNew.lParam);
+    const TreeNode node = items_.nodeOf(change.itemNew);
     const bool expanding = change.action == TVE_EXPAND;
     if (node == kNoNode) {
         return false;
