@@ -58,7 +58,7 @@ void GridViewWin32Gdi::synchronize() {
     if (initializeFromDescriptor() == Outcome::kNoSurface) {
         return;
     }
-    pushLook();
+    push();
     if (isStale()) {
         fill();
     }
@@ -81,36 +81,13 @@ GridViewWin32Gdi::Outcome GridViewWin32Gdi::initializeFromDescriptor() {
     return outcome;
 }
 
-void GridViewWin32Gdi::pushLook() {
-    NativeGridView& grid = getAbstraction();
-    const auto fontOf = [&grid] {
-        return grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr;
-    };
-    synchronizeFont(fontOf());
-    if (const auto colors = changedColors()) {
-        send(LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(colors->text));
-        send(LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(colors->background));
-        send(LVM_SETBKCOLOR, 0, static_cast<LPARAM>(colors->background));
-        InvalidateRect(window(), nullptr, TRUE);
-    }
-    pushImages(false);
-    pushCheckBoxes();
-}
-
-void GridViewWin32Gdi::pushImages(bool always) {
+void GridViewWin32Gdi::push() {
     const NativeGridView& grid = getAbstraction();
-    if (updateImages(grid.hasBitmaps() ? &grid.bitmaps() : nullptr, always)) {
-        send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images()));
-        InvalidateRect(window(), nullptr, TRUE);
-    }
-}
-
-void GridViewWin32Gdi::pushCheckBoxes() {
-    if (updateCheckImages(getAbstraction().hasCheckBoxes(), 1)) {
-        send(LVM_SETIMAGELIST, LVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
-        send(LVM_SETCALLBACKMASK, hasCheckBoxes() ? LVIS_STATEIMAGEMASK : 0U);
-        InvalidateRect(window(), nullptr, TRUE);
-    }
+    pushLook({LVM_SETTEXTCOLOR, LVM_SETBKCOLOR, LVM_SETIMAGELIST, LVSIL_SMALL, LVSIL_STATE, 1},
+             grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr,
+             grid.hasBitmaps() ? &grid.bitmaps() : nullptr, grid.hasCheckBoxes());
+    send(LVM_SETTEXTBKCOLOR, 0, send(LVM_GETBKCOLOR));
+    send(LVM_SETCALLBACKMASK, grid.hasCheckBoxes() ? LVIS_STATEIMAGEMASK : 0U);
 }
 
 void GridViewWin32Gdi::fill() {
@@ -236,7 +213,8 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
     guarded(L"GridViewWin32Gdi::synchronizeBitmaps", [this] {
         if (window() != nullptr) {
             const Mirroring mirroring(*this);
-            pushImages(true);
+            forgetImages();
+            push();
         }
     });
 }
@@ -361,16 +339,12 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
             return true;
         case LVN_ITEMCHANGED: {
             const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
-            acceptSelection(change.iItem, change.uOldState, change.uNewState);
+            acceptSelection(change.iItem, change.iItem, change.uOldState, change.uNewState);
             return true;
         }
         case LVN_ODSTATECHANGED: {
             const auto& change = *reinterpret_cast<const NMLVODSTATECHANGE*>(header);
-            if (!isMirroring() && isRow(change.iFrom) && change.iTo >= change.iFrom) {
-                getAbstraction().acceptSelected(static_cast<std::size_t>(change.iFrom),
-                                                static_cast<std::size_t>(change.iTo),
-                                                (change.uNewState & LVIS_SELECTED) != 0);
-            }
+            acceptSelection(change.iFrom, change.iTo, change.uOldState, change.uNewState);
             return true;
         }
         case NM_CLICK:
@@ -383,16 +357,16 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
     }
 }
 
-void GridViewWin32Gdi::acceptSelection(int row, UINT oldState, UINT newState) {
+void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT newState) {
     if (isMirroring() || ((oldState ^ newState) & LVIS_SELECTED) == 0) {
         return;
     }
     const bool selected = (newState & LVIS_SELECTED) != 0;
-    if (row == kAllRows) {
+    if (from == kAllRows) {
         getAbstraction().acceptSelected(0, kNullSize, selected);
-    } else if (isRow(row)) {
-        getAbstraction().acceptSelected(static_cast<std::size_t>(row),
-                                        static_cast<std::size_t>(row), selected);
+    } else if (isRow(from) && to >= from) {
+        getAbstraction().acceptSelected(static_cast<std::size_t>(from),
+                                        static_cast<std::size_t>(to), selected);
     }
 }
 

@@ -48,9 +48,7 @@ protected:
 private:
     Outcome initializeFromDescriptor();
     void synchronize();
-    void pushLook();
-    void pushImages(bool always);
-    void pushCheckBoxes();
+    void push();
     void pushColumns();
     void pushColumn(std::size_t column, bool isNew);
     void pushWidth(std::size_t column);
@@ -65,7 +63,7 @@ private:
     void answerDisplay(LVITEMW& item) const;
     LRESULT find(const NMLVFINDITEMW& request) const;
     void showTooltip(NMLVGETINFOTIPW& request);
-    void acceptSelection(int row, UINT oldState, UINT newState);
+    void acceptSelection(int from, int to, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
     void noteClick(const NMITEMACTIVATE& click);
     void reportClick();

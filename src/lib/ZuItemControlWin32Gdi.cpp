@@ -166,24 +166,38 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
     }
 }
 
-std::optional<ItemControlWin32Gdi::Colors> ItemControlWin32Gdi::changedColors() {
-    const Colors wanted{
-        colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
-        colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
-    };
-    if (colors_ == wanted) {
-        return std::nullopt;
+void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
+                                   const BitmapListDescriptor* bitmaps, bool checkBoxes) {
+    synchronizeFont(font);
+    const Colors colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
+                        colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
+    bool changed = colors_ != colors;
+    if (changed) {
+        send(look.setTextColor, 0, static_cast<LPARAM>(colors.text));
+        send(look.setBackground, 0, static_cast<LPARAM>(colors.background));
+        colors_ = colors;
     }
-    colors_ = wanted;
-    return wanted;
+    if (updateImages(bitmaps)) {
+        send(look.setImageList, look.images, reinterpret_cast<LPARAM>(images_.get()));
+        changed = true;
+    }
+    if (updateCheckImages(checkBoxes, look.firstState)) {
+        send(look.setImageList, look.checkImages, reinterpret_cast<LPARAM>(checkImages_.get()));
+        changed = true;
+    }
+    if (changed) {
+        InvalidateRect(window(), nullptr, TRUE);
+    }
 }
 
-bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor, bool always) {
+// Makes the list anew when the descriptor says something else than last time;
+// whether the window has to be given it, which has lost the former one.
+bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor) {
     ImageRequest wanted;
     if (descriptor != nullptr) {
         wanted = {descriptor->identifiers(), descriptor->size(), control().scale(1.0)};
     }
-    if (always || request_ != wanted) {
+    if (request_ != wanted) {
         images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
         request_ = std::move(wanted);
         imagesPushed_ = false;

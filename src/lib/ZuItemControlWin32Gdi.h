@@ -74,26 +74,25 @@ protected:
     // True when it is to be reported.
     bool letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
 
-    // Text and background by the control's own colours; the system's where these
-    // are unset, for a list lies on a page like a field and not like a label.
-    struct Colors {
-        COLORREF text;
-        COLORREF background;
-
-        friend bool operator==(const Colors&, const Colors&) = default;
+    // The window's messages for what follows, the kinds of its two lists of images,
+    // and the state that it takes for the first of a check box: a tree counts from
+    // 0, which shows nothing, a list from 1.
+    struct Look {
+        UINT setTextColor;
+        UINT setBackground;
+        UINT setImageList;
+        WPARAM images;
+        WPARAM checkImages;
+        UINT firstState;
     };
-    // The colours that the window has not got yet; empty when it has them.
-    std::optional<Colors> changedColors();
-
-    // Makes the list anew when the descriptor says something else than last
-    // time, or when that is demanded; whether the window has to be given the
-    // list, which has lost the former one. Null stands for no images.
-    bool updateImages(const BitmapListDescriptor* descriptor, bool always = false);
-    HIMAGELIST images() const noexcept { return images_.get(); }
-    // As updateImages, for the states of a check box, of which the control takes
-    // one for the first: a tree counts from 0, which shows nothing, a list from 1.
-    bool updateCheckImages(bool show, UINT firstState);
-    HIMAGELIST checkImages() const noexcept { return checkImages_.get(); }
+    // Font, text and background by the control's own colours (the system's where
+    // these are unset, for a list lies on a page like a field and not like a
+    // label), images and check boxes, as far as the window has not got them yet.
+    // Null stands for the default font, and for no images.
+    void pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
+                  const BitmapListDescriptor* bitmaps, bool checkBoxes);
+    // The next look has them made anew.
+    void forgetImages() noexcept { request_.reset(); }
     bool hasCheckBoxes() const noexcept { return hasCheckBoxes_; }
 
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
@@ -104,6 +103,13 @@ protected:
     void releaseItems() noexcept;
 
 private:
+    struct Colors {
+        COLORREF text;
+        COLORREF background;
+
+        friend bool operator==(const Colors&, const Colors&) = default;
+    };
+
     struct ImageRequest {
         std::vector<std::uint64_t> identifiers;
         Size size;
@@ -124,7 +130,9 @@ private:
 
     void resumeRedraw() noexcept;
     bool answers(const WindowMessage& message);
+    bool updateImages(const BitmapListDescriptor* descriptor);
     ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
+    bool updateCheckImages(bool show, UINT firstState);
 
     bool mirroring_ = false;
     // Changes since redrawing was put off; 0 while it is not.

@@ -26,9 +26,6 @@ namespace zustd {
 // half has checked them.
 class INativeGridViewImpl {
 public:
-    INativeGridViewImpl() = default;
-    INativeGridViewImpl(const INativeGridViewImpl&) = delete;
-    INativeGridViewImpl& operator=(const INativeGridViewImpl&) = delete;
     virtual ~INativeGridViewImpl() = default;
 
     virtual std::size_t addRow(const std::wstring& key) = 0;

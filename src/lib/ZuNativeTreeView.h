@@ -28,9 +28,6 @@ namespace zustd {
 // model's assertions fail; kNoNode comes back where there is none.
 class INativeTreeViewImpl {
 public:
-    INativeTreeViewImpl() = default;
-    INativeTreeViewImpl(const INativeTreeViewImpl&) = delete;
-    INativeTreeViewImpl& operator=(const INativeTreeViewImpl&) = delete;
     virtual ~INativeTreeViewImpl() = default;
 
     // 1: nothing is shown while off; counts, as many on as off.
@@ -133,36 +130,26 @@ public:
     }
     void removeNode(TreeNode node) { changing().removeNode(node); }
     void clear() { changing().clear(); }
-    std::size_t getNodeCount() const { return implementation().getNodeCount(); }
-    TreeNode getNextNode(TreeNode node) const { return implementation().getNextNode(node); }
-    TreeNode getPreviousNode(TreeNode node) const { return implementation().getPreviousNode(node); }
-    std::wstring getNodeCaption(TreeNode node) const {
-        return implementation().getNodeCaption(node);
-    }
+    std::size_t getNodeCount() const { return nodes().getNodeCount(); }
+    TreeNode getNextNode(TreeNode node) const { return nodes().getNextNode(node); }
+    TreeNode getPreviousNode(TreeNode node) const { return nodes().getPreviousNode(node); }
+    std::wstring getNodeCaption(TreeNode node) const { return nodes().getNodeCaption(node); }
     void setNodeCaption(TreeNode node, const std::wstring& caption) {
         changing().setNodeCaption(node, caption);
     }
-    TreeNode getFirstRootNode() const { return implementation().getFirstRootNode(); }
-    TreeNode getLastRootNode() const { return implementation().getLastRootNode(); }
-    TreeNode getFirstChildNode(TreeNode node) const {
-        return implementation().getFirstChildNode(node);
-    }
-    TreeNode getLastChildNode(TreeNode node) const {
-        return implementation().getLastChildNode(node);
-    }
-    TreeNode getNextSiblingNode(TreeNode node) const {
-        return implementation().getNextSiblingNode(node);
-    }
+    TreeNode getFirstRootNode() const { return nodes().getFirstRootNode(); }
+    TreeNode getLastRootNode() const { return nodes().getLastRootNode(); }
+    TreeNode getFirstChildNode(TreeNode node) const { return nodes().getFirstChildNode(node); }
+    TreeNode getLastChildNode(TreeNode node) const { return nodes().getLastChildNode(node); }
+    TreeNode getNextSiblingNode(TreeNode node) const { return nodes().getNextSiblingNode(node); }
     TreeNode getPreviousSiblingNode(TreeNode node) const {
-        return implementation().getPreviousSiblingNode(node);
+        return nodes().getPreviousSiblingNode(node);
     }
-    TreeNode getLastSiblingNode(TreeNode node) const {
-        return implementation().getLastSiblingNode(node);
-    }
-    TreeNode getParentNode(TreeNode node) const { return implementation().getParentNode(node); }
+    TreeNode getLastSiblingNode(TreeNode node) const { return nodes().getLastSiblingNode(node); }
+    TreeNode getParentNode(TreeNode node) const { return nodes().getParentNode(node); }
     void ensureNodeVisible(TreeNode node) { implementation().ensureNodeVisible(node); }
-    Rect getNodeBoundary(TreeNode node) const { return implementation().getNodeBoundary(node); }
-    bool getNodeExpanded(TreeNode node) const { return implementation().getNodeExpanded(node); }
+    Rect getNodeBoundary(TreeNode node) const { return nodes().getNodeBoundary(node); }
+    bool getNodeExpanded(TreeNode node) const { return nodes().getNodeExpanded(node); }
     void setNodeExpanded(TreeNode node, bool expanded) {
         changing().setNodeExpanded(node, expanded);
     }
@@ -170,19 +157,19 @@ public:
     void expandAllNodes(TreeNode node) { changing().expandAllNodes(node); }
     void collapseAllNodes() { changing().collapseAllNodes(); }
     void collapseAllNodes(TreeNode node) { changing().collapseAllNodes(node); }
-    bool getNodeChecked(TreeNode node) const { return implementation().getNodeChecked(node); }
+    bool getNodeChecked(TreeNode node) const { return nodes().getNodeChecked(node); }
     void setNodeChecked(TreeNode node, bool checked) { changing().setNodeChecked(node, checked); }
-    std::int32_t getNodeBitmap(TreeNode node) const { return implementation().getNodeBitmap(node); }
+    std::int32_t getNodeBitmap(TreeNode node) const { return nodes().getNodeBitmap(node); }
     void setNodeBitmap(TreeNode node, std::int32_t bitmap) {
         changing().setNodeBitmap(node, bitmap);
     }
-    std::wstring getNodeKey(TreeNode node) const { return implementation().getNodeKey(node); }
-    TreeNode findNode(const std::wstring& key) const { return implementation().findNode(key); }
-    bool getNodeEmphasized(TreeNode node) const { return implementation().getNodeEmphasized(node); }
+    std::wstring getNodeKey(TreeNode node) const { return nodes().getNodeKey(node); }
+    TreeNode findNode(const std::wstring& key) const { return nodes().findNode(key); }
+    bool getNodeEmphasized(TreeNode node) const { return nodes().getNodeEmphasized(node); }
     void setNodeEmphasized(TreeNode node, bool emphasized) {
         changing().setNodeEmphasized(node, emphasized);
     }
-    TreeNode getSelectedNode() const { return implementation().getSelectedNode(); }
+    TreeNode getSelectedNode() const { return nodes().getSelectedNode(); }
     void selectNode(TreeNode node) { changing().selectNode(node); }
     void clearNodeSelection() { changing().clearNodeSelection(); }
 
@@ -204,6 +191,7 @@ public:
     void acceptRightClick(TreeNode node);
 
 private:
+    INativeTreeViewImpl& nodes() const { return implementation(); }
     // For a change of nodes: what is not mirrored during an update is shown at
     // its end.
     INativeTreeViewImpl& changing();

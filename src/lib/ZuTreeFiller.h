@@ -33,9 +33,6 @@ enum class TreeState {
 // What a filler does with the items of a native tree.
 class ITreeItems {
 public:
-    ITreeItems() = default;
-    ITreeItems(const ITreeItems&) = delete;
-    ITreeItems& operator=(const ITreeItems&) = delete;
     virtual ~ITreeItems() = default;
 
     virtual TreeModel& model() const = 0;

@@ -22,7 +22,7 @@ void TreeItemsWin32Gdi::insert(TreeNode node) {
     item.hInsertAfter = placeAfter(previous);
     item.item = shownAs(node);
     item.item.mask |= TVIF_PARAM | TVIF_CHILDREN;
-    item.item.lParam = static_cast<LPARAM>(node);
+    item.item.lParam = static_cast<LPARAM>(TreeModel::placeOf(node));
     item.item.state |= model().isExpanded(node) ? UINT{TVIS_EXPANDED} : 0U;
     item.item.stateMask |= TVIS_EXPANDED;
     item.item.cChildren = model().childCount(node) != 0 ? 1 : 0;
@@ -123,17 +123,16 @@ HTREEITEM TreeItemsWin32Gdi::itemOf(TreeNode node) const {
                : nullptr;
 }
 
-TreeNode TreeItemsWin32Gdi::nodeOf(LPARAM word) const {
-    const auto node = static_cast<TreeNode>(word);
-    return model().contains(node) ? node : kNoNode;
+TreeNode TreeItemsWin32Gdi::nodeOf(const TVITEMW& item) const {
+    const TreeNode node = model().nodeAt(static_cast<std::uint32_t>(item.lParam));
+    return itemOf(node) == item.hItem ? node : kNoNode;
 }
 
 TreeNode TreeItemsWin32Gdi::nodeOf(HTREEITEM item) const {
     TVITEMW found{};
     found.mask = TVIF_PARAM;
     found.hItem = item;
-    return item != nullptr && TreeView_GetItem(control_.window(), &found) ? nodeOf(found.lParam)
-                                                                          : kNoNode;
+    return item != nullptr && TreeView_GetItem(control_.window(), &found) ? nodeOf(found) : kNoNode;
 }
 
 TreeNode TreeItemsWin32Gdi::nodeAt(LPARAM point, UINT parts) const {

@@ -1,6 +1,7 @@
 // The items of a SysTreeView32: one for each node that the window has been given.
 //
-// An item carries its node, and a node its item as native word. What is asked for
+// An item carries its node's place, a word of the system being too narrow for a
+// node where it has 32 bits; a node has its item as native word. What is asked for
 // is done at once; when that is, and for which nodes, is up to the caller.
 #pragma once
 
@@ -42,7 +43,7 @@ public:
     // Null as long as the window does not have the node.
     HTREEITEM itemOf(TreeNode node) const;
     // The window may still have items of nodes that are gone: kNoNode for these.
-    TreeNode nodeOf(LPARAM word) const;
+    TreeNode nodeOf(const TVITEMW& item) const;
     // The node under a point of the client area, if that is one of these parts.
     TreeNode nodeAt(LPARAM point, UINT parts) const;
     HTREEITEM selectedItem() const { return TreeView_GetSelection(control_.window()); }

@@ -6,15 +6,6 @@ namespace {
 
 const std::wstring kNoKey;
 
-template <class T>
-bool assign(T& member, const T& value) {
-    if (member == value) {
-        return false;
-    }
-    member = value;
-    return true;
-}
-
 }  // namespace
 
 // A handle is the node's place with its generation above it. A generation is
@@ -30,6 +21,11 @@ bool TreeModel::contains(TreeNode node) const noexcept {
     const auto index = static_cast<std::size_t>(bits & 0xFFFFFFFF);
     const auto generation = static_cast<std::uint32_t>(bits >> 32);
     return index < nodes_.size() && (generation & 1) != 0 && nodes_[index].generation == generation;
+}
+
+TreeNode TreeModel::nodeAt(std::uint32_t place) const noexcept {
+    const TreeNode node = place < nodes_.size() ? handleOf(place) : kNoNode;
+    return contains(node) ? node : kNoNode;
 }
 
 TreeModel::Index TreeModel::indexOf(TreeNode node) const {
@@ -154,16 +150,6 @@ void TreeModel::clear() noexcept {
 
 // --- Steps ----------------------------------------------------------------------------------
 
-TreeNode TreeModel::firstChild(TreeNode node) const { return handleOf(at(node).firstChild); }
-
-TreeNode TreeModel::lastChild(TreeNode node) const { return handleOf(at(node).lastChild); }
-
-TreeNode TreeModel::parent(TreeNode node) const { return handleOf(at(node).parent); }
-
-TreeNode TreeModel::nextSibling(TreeNode node) const { return handleOf(at(node).next); }
-
-TreeNode TreeModel::previousSibling(TreeNode node) const { return handleOf(at(node).previous); }
-
 TreeNode TreeModel::lastSibling(TreeNode node) const {
     const Index parent = at(node).parent;
     return handleOf(parent == kNone ? lastRoot_ : nodes_[parent].lastChild);
@@ -174,8 +160,6 @@ TreeNode TreeModel::next(TreeNode node) const {
     const Index child = nodes_[index].firstChild;
     return handleOf(child != kNone ? child : beyond(index));
 }
-
-TreeNode TreeModel::nextBeyond(TreeNode node) const { return handleOf(beyond(indexOf(node))); }
 
 TreeNode TreeModel::previous(TreeNode node) const {
     const Node& here = at(node);
@@ -195,8 +179,6 @@ TreeModel::Index TreeModel::beyond(Index index) const noexcept {
     }
     return index == kNone ? kNone : nodes_[index].next;
 }
-
-std::size_t TreeModel::childCount(TreeNode node) const { return at(node).childCount; }
 
 bool TreeModel::isAncestorOf(TreeNode ancestor, TreeNode node) const {
     const Index wanted = indexOf(ancestor);
@@ -227,46 +209,12 @@ const std::wstring& TreeModel::key(TreeNode node) const {
     return key != nullptr ? *key : kNoKey;
 }
 
-const std::wstring& TreeModel::caption(TreeNode node) const { return at(node).caption; }
-
-bool TreeModel::setCaption(TreeNode node, const std::wstring& caption) {
-    return assign(at(node).caption, caption);
-}
-
-std::int32_t TreeModel::bitmap(TreeNode node) const { return at(node).bitmap; }
-
-bool TreeModel::setBitmap(TreeNode node, std::int32_t bitmap) {
-    return assign(at(node).bitmap, bitmap);
-}
-
-bool TreeModel::isExpanded(TreeNode node) const { return at(node).expanded; }
-
-bool TreeModel::setExpanded(TreeNode node, bool expanded) {
-    return assign(at(node).expanded, expanded);
-}
-
-bool TreeModel::isChecked(TreeNode node) const { return at(node).checked; }
-
-bool TreeModel::setChecked(TreeNode node, bool checked) {
-    return assign(at(node).checked, checked);
-}
-
-bool TreeModel::isEmphasized(TreeNode node) const { return at(node).emphasized; }
-
-bool TreeModel::setEmphasized(TreeNode node, bool emphasized) {
-    return assign(at(node).emphasized, emphasized);
-}
-
 bool TreeModel::select(TreeNode node) {
     if (node != kNoNode) {
         indexOf(node);
     }
     return assign(selected_, node);
 }
-
-std::intptr_t TreeModel::nativeWord(TreeNode node) const { return at(node).nativeWord; }
-
-void TreeModel::setNativeWord(TreeNode node, std::intptr_t word) { at(node).nativeWord = word; }
 
 void TreeModel::clearNativeWords() noexcept {
     for (Node& node : nodes_) {

@@ -29,6 +29,12 @@ public:
 
     std::size_t nodeCount() const noexcept { return nodeCount_; }
     bool contains(TreeNode node) const noexcept;
+    // A node's place, in 32 bits; a later node may have it. The node that has it now,
+    // or kNoNode.
+    static std::uint32_t placeOf(TreeNode node) noexcept {
+        return static_cast<std::uint32_t>(node);
+    }
+    TreeNode nodeAt(std::uint32_t place) const noexcept;
 
     // A new node as the last child of a parent, or as the last root for
     // kNoNode; directly after a sibling. The key may be empty; one that is in
@@ -44,18 +50,18 @@ public:
     // kNoNode where there is none.
     TreeNode firstRoot() const noexcept { return handleOf(firstRoot_); }
     TreeNode lastRoot() const noexcept { return handleOf(lastRoot_); }
-    TreeNode firstChild(TreeNode node) const;
-    TreeNode lastChild(TreeNode node) const;
-    TreeNode parent(TreeNode node) const;
-    TreeNode nextSibling(TreeNode node) const;
-    TreeNode previousSibling(TreeNode node) const;
+    TreeNode firstChild(TreeNode node) const { return handleOf(at(node).firstChild); }
+    TreeNode lastChild(TreeNode node) const { return handleOf(at(node).lastChild); }
+    TreeNode parent(TreeNode node) const { return handleOf(at(node).parent); }
+    TreeNode nextSibling(TreeNode node) const { return handleOf(at(node).next); }
+    TreeNode previousSibling(TreeNode node) const { return handleOf(at(node).previous); }
     TreeNode lastSibling(TreeNode node) const;
     // In the order of the fully expanded tree.
     TreeNode next(TreeNode node) const;
     TreeNode previous(TreeNode node) const;
     // The first node in that order which is not below this one.
-    TreeNode nextBeyond(TreeNode node) const;
-    std::size_t childCount(TreeNode node) const;
+    TreeNode nextBeyond(TreeNode node) const { return handleOf(beyond(indexOf(node))); }
+    std::size_t childCount(TreeNode node) const { return at(node).childCount; }
     // True for the node itself, too.
     bool isAncestorOf(TreeNode ancestor, TreeNode node) const;
     // The outermost collapsed node above this one, or the node itself where all
@@ -64,17 +70,21 @@ public:
 
     TreeNode find(std::wstring_view key) const noexcept;
     const std::wstring& key(TreeNode node) const;
-    const std::wstring& caption(TreeNode node) const;
+    const std::wstring& caption(TreeNode node) const { return at(node).caption; }
     // Each returns whether anything changed.
-    bool setCaption(TreeNode node, const std::wstring& caption);
-    std::int32_t bitmap(TreeNode node) const;
-    bool setBitmap(TreeNode node, std::int32_t bitmap);
-    bool isExpanded(TreeNode node) const;
-    bool setExpanded(TreeNode node, bool expanded);
-    bool isChecked(TreeNode node) const;
-    bool setChecked(TreeNode node, bool checked);
-    bool isEmphasized(TreeNode node) const;
-    bool setEmphasized(TreeNode node, bool emphasized);
+    bool setCaption(TreeNode node, const std::wstring& caption) {
+        return assign(at(node).caption, caption);
+    }
+    std::int32_t bitmap(TreeNode node) const { return at(node).bitmap; }
+    bool setBitmap(TreeNode node, std::int32_t bitmap) { return assign(at(node).bitmap, bitmap); }
+    bool isExpanded(TreeNode node) const { return at(node).expanded; }
+    bool setExpanded(TreeNode node, bool expanded) { return assign(at(node).expanded, expanded); }
+    bool isChecked(TreeNode node) const { return at(node).checked; }
+    bool setChecked(TreeNode node, bool checked) { return assign(at(node).checked, checked); }
+    bool isEmphasized(TreeNode node) const { return at(node).emphasized; }
+    bool setEmphasized(TreeNode node, bool emphasized) {
+        return assign(at(node).emphasized, emphasized);
+    }
 
     // kNoNode when nothing is selected; removing the node selects nothing.
     TreeNode selected() const noexcept { return selected_; }
@@ -82,8 +92,8 @@ public:
     bool select(TreeNode node);
 
     // A word that the backend keeps with a node, 0 at first.
-    std::intptr_t nativeWord(TreeNode node) const;
-    void setNativeWord(TreeNode node, std::intptr_t word);
+    std::intptr_t nativeWord(TreeNode node) const { return at(node).nativeWord; }
+    void setNativeWord(TreeNode node, std::intptr_t word) { at(node).nativeWord = word; }
     void clearNativeWords() noexcept;
 
 private:
@@ -108,6 +118,15 @@ private:
         bool checked = false;
         bool emphasized = false;
     };
+
+    template <class T>
+    static bool assign(T& member, const T& value) {
+        if (member == value) {
+            return false;
+        }
+        member = value;
+        return true;
+    }
 
     TreeNode handleOf(Index index) const noexcept;
     Index indexOf(TreeNode node) const;

@@ -26,7 +26,9 @@ void TreeViewWin32Gdi::synchronize() {
     if (initializeFromDescriptor() == Outcome::kNoSurface) {
         return;
     }
-    pushLook();
+    const NativeTreeView& tree = getAbstraction();
+    pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
+             tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
     if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
         fill();
     }
@@ -61,21 +63,6 @@ TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     }
     return outcome;
-}
-
-void TreeViewWin32Gdi::pushLook() {
-    NativeTreeView& tree = getAbstraction();
-    synchronizeFont(tree.font());
-    if (const auto colors = changedColors()) {
-        send(TVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(colors->text));
-        send(TVM_SETBKCOLOR, 0, static_cast<LPARAM>(colors->background));
-    }
-    if (updateImages(tree.bitmaps().get())) {
-        send(TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images()));
-    }
-    if (updateCheckImages(tree.hasCheckBoxes(), 0)) {
-        send(TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(checkImages()));
-    }
 }
 
 void TreeViewWin32Gdi::releaseNativeObject() {
@@ -305,7 +292,7 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         case TVN_ITEMEXPANDEDW:
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
-            if (const TreeNode node = items_.nodeOf(change.itemNew.lParam);
+            if (const TreeNode node = items_.nodeOf(change.itemNew);
                 node != kNoNode && node != refused_) {
                 getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
             }
@@ -322,7 +309,7 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
 // whole tree, may have replaced the item under way: then it is done here.
 bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     NativeTreeView& tree = getAbstraction();
-    const TreeNode node = items_.nodeOf(change.itemNew.lParam);
+    const TreeNode node = items_.nodeOf(change.itemNew);
     const bool expanding = change.action == TVE_EXPAND;
     if (node == kNoNode) {
         return false;

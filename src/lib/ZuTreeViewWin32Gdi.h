@@ -53,7 +53,6 @@ private:
     bool isReady() const noexcept { return window() != nullptr && !isStale(); }
     Outcome initializeFromDescriptor();
     void synchronize();
-    void pushLook();
     void becomeEmpty() noexcept;
     void fill();
     void workOn();
