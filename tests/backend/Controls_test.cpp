@@ -3,15 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <sstream>
 
 #include "ZuControl.h"
 #include "ZuGeometryWin32Gdi.h"
+#include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuHandleWin32Gdi.h"
 #include "ZuLabel.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeComboBox.h"
+#include "ZuNativeDialog.h"
 #include "ZuNativeProgressBar.h"
 #include "ZuNativeScrollBar.h"
 #include "ZuNativeTextBox.h"
@@ -508,19 +511,44 @@ TEST_F(NativeControlTest, scalingFactor_anyOf_growsFontAndRoom) {
     WindowServiceWin32Gdi::setScalingFactor(0.0);
 }
 
-TEST_F(NativeControlTest, synchronize_windowRefused_isReportedAndTriedAgain) {
-    const auto button = service().createNativeButton();
+TEST_F(NativeControlTest, anyFailure_isReportedUnderItsNameAndTriedAgain) {
+    struct Thrower : Control {
+        bool onKey(const KeyEvent&) override { throw std::wstring(L"torn"); }
+    };
+    const std::pair<std::string, std::shared_ptr<Control>> kWidgets[] = {
+        {"ButtonWin32Gdi", service().createNativeButton()},
+        {"TextBoxWin32Gdi", service().createNativeTextBox()},
+        {"ComboBoxWin32Gdi", service().createNativeComboBox()},
+        {"ScrollBarWin32Gdi", service().createNativeScrollBar(true)},
+        {"ProgressBarWin32Gdi", service().createNativeProgressBar()},
+        {"WindowWin32Gdi", service().createNativeWindow()}};
+    const auto holder = makeControl<Thrower>();
+    holder->setBoundary(Rect::at({}, {200, 200}));
+    holder->setFocusable(true);
+    window_->addChild(holder);
     const TraceCapture trace;
-    {
-        const RefusedWindows refused;
-        EXPECT_EQ(show(button), nullptr);
+    const auto expectReport = [&](const std::string& operation) {
+        ASSERT_FALSE(trace.messages().empty()) << operation;
+        EXPECT_TRUE(trace.messages().back().starts_with(operation + ": catched "))
+            << operation << ": " << trace.messages().back();
+    };
+    for (const auto& [name, widget] : kWidgets) {
+        {
+            const RefusedWindows refused;
+            holder->addChild(widget);
+            EXPECT_FALSE(widget->backend()->hasNativeObject());
+            expectReport(name + "::synchronizeWithAbstraction");
+        }
+        widget->backend()->synchronizeWithAbstraction();
+        ASSERT_NE(nativeWindowOf(*widget), nullptr) << name;
+        if (widget->inputRouter() == nullptr) {
+            send(nativeWindowOf(*widget), WM_KEYDOWN, VK_TAB, 1);
+            expectReport(name + "::handleMultiWindowMessage");
+        }
     }
-    ASSERT_FALSE(trace.messages().empty());
-    EXPECT_TRUE(
-        trace.messages().back().starts_with("ButtonWin32Gdi::synchronizeWithAbstraction: catched "))
-        << trace.messages().back();
-    button->synchronize();
-    EXPECT_NE(nativeWindowOf(*button), nullptr);
+    holder->takeFocus();
+    send(nativeWindowOf(*window_), WM_KEYDOWN, L'A', 1);
+    expectReport("WindowWin32Gdi::windowProcedure");
 }
 
 TEST_F(NativeControlTest, button_droppedByItsOwnPress_isGoneAfterwards) {
@@ -576,9 +604,13 @@ TEST_F(NativeControlTest, textBox_surrogatePairs_areNeverCut) {
     box->setText(L"a\U0001F600b");
     EXPECT_EQ(selection({VK_HOME, VK_RIGHT, VK_RIGHT}), DWORD{MAKELONG(3, 3)});
     EXPECT_EQ(selection({VK_LEFT}), DWORD{MAKELONG(1, 1)});
-    send(native, EM_SETSEL, 2, 4);
-    send(native, WM_LBUTTONUP);
-    EXPECT_EQ(selection({}), DWORD{MAKELONG(1, 4)});
+    const std::array<std::array<WORD, 4>, 5> kMarked{
+        {{2, 4, 1, 4}, {0, 2, 0, 3}, {2, 2, 1, 1}, {1, 3, 1, 3}, {2, 3, 1, 3}}};
+    for (const auto& [start, end, first, last] : kMarked) {
+        send(native, EM_SETSEL, start, end);
+        send(native, WM_LBUTTONUP);
+        EXPECT_EQ(selection({}), static_cast<DWORD>(MAKELONG(first, last))) << start << end;
+    }
     send(native, EM_SETSEL, 3, 3);
     type(native, L"\b");
     EXPECT_EQ(box->text(), L"ab");
@@ -641,94 +673,126 @@ TEST_F(NativeControlTest, keys_thatAControlDoesNotUse_moveTheFocus) {
     EXPECT_EQ(second->text(), L"q");
 }
 
-TEST_F(NativeControlTest, comboBox_itemsAndChoice_areMirroredBothWays) {
+TEST_F(NativeControlTest, comboBox_userChoosesAndTypes_isWhatTheWindowShows) {
     const auto box = service().createNativeComboBox();
-    for (const wchar_t* item : {L"one", L"two", L"three"}) {
+    for (const wchar_t* item : {L"one", L"two", L"three", L"TWO"}) {
         box->addItem(item);
     }
     box->selectItem(1);
-    const HWND native = show(box, Rect::at({}, {120, 31}));
-    EXPECT_EQ(classOf(native), L"ComboBox");
-    EXPECT_EQ(send(native, CB_GETCOUNT), 3);
-    EXPECT_EQ(send(native, CB_GETCURSEL), 1);
-    RECT area{};
-    GetWindowRect(native, &area);
-    EXPECT_EQ(area.bottom - area.top, 31);
-    box->removeItem(0);
-    box->addItem(L"four");
-    EXPECT_EQ(send(native, CB_GETCURSEL), 0);
-    EXPECT_EQ(log_->take(), L"");
+    HWND native = show(box);
     send(native, WM_KEYDOWN, VK_DOWN, 1);
-    EXPECT_EQ(box->getSelectedItem(), 1U);
     EXPECT_EQ(box->text(), L"three");
     EXPECT_NE(log_->take().find(L"selectionChanged textChanged"), std::wstring::npos);
     // The list is opened, looked through and left.
     send(native, CB_SHOWDROPDOWN, TRUE);
     send(native, WM_KEYDOWN, VK_DOWN, 1);
     send(native, WM_KEYDOWN, VK_ESCAPE, 1);
+    EXPECT_EQ(send(native, CB_GETDROPPEDSTATE), 0);
     EXPECT_EQ(static_cast<LRESULT>(box->getSelectedItem()), send(native, CB_GETCURSEL));
-    send(native, CB_SETCURSEL, 0);
-    send(nativeWindowOf(*window_), WM_COMMAND, MAKEWPARAM(0, CBN_SELENDCANCEL),
-         reinterpret_cast<LPARAM>(native));
-    EXPECT_EQ(box->text(), L"two");
+    for (const int left : {CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_SELCHANGE}) {
+        send(native, CB_SETCURSEL, static_cast<WPARAM>(left % 3));
+        send(nativeWindowOf(*window_), WM_COMMAND, MAKEWPARAM(0, left),
+             reinterpret_cast<LPARAM>(native));
+        EXPECT_EQ(box->getSelectedItem(), static_cast<std::size_t>(left % 3));
+    }
     SetForegroundWindow(nativeWindowOf(*window_));
     box->takeFocus();
-    box->addItem(L"TWO");
     box->setEditable(true);
-    const HWND field = FindWindowExW(nativeWindowOf(*box), nullptr, L"Edit", nullptr);
+    native = nativeWindowOf(*box);
+    const HWND field = FindWindowExW(native, nullptr, L"Edit", nullptr);
     EXPECT_EQ(GetFocus(), field);
-    send(field, EM_SETSEL, 0, -1);
-    type(field, L"TWO");
-    EXPECT_EQ(box->getSelectedItem(), 3U);
+    for (const std::pair<const wchar_t*, std::size_t>& typed :
+         {std::pair{L"TWO", std::size_t{3}}, {L"what", kNullSize}, {L"one", 0}}) {
+        send(field, EM_SETSEL, 0, -1);
+        type(field, typed.first);
+        EXPECT_EQ(box->getSelectedItem(), typed.second) << typed.first;
+        EXPECT_EQ(box->text(), typed.first);
+    }
+    log_->take();
     box->setText(L"typed");
-    EXPECT_EQ(textOf(nativeWindowOf(*box)), L"typed");
-    EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCOUNT), 4);
-    EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCURSEL), CB_ERR);
+    EXPECT_EQ(textOf(native), L"typed");
+    EXPECT_EQ(log_->take(), L"textChanged") << "only the program's own";
     // Without the field its window is nobody's any more.
     box->setEditable(false);
     EXPECT_FALSE(IsWindow(field));
-    EXPECT_EQ(box->text(), L"");
-    box->clear();
-    EXPECT_EQ(send(nativeWindowOf(*box), CB_GETCOUNT), 0);
 }
 
-TEST_F(NativeControlTest, scrollBar_stepsAndThumb_moveBeyondSixteenBits) {
-    const auto bar = service().createNativeScrollBar(true);
-    bar->setRange(0, 1000000);
-    bar->setPageSize(1000);
-    bar->setPosition(300000);
-    const HWND native = show(bar, Rect::at({}, {17, 200}));
+TEST_F(NativeControlTest, scrollBar_anyRequest_movesBeyondSixteenBits) {
     const HWND surface = nativeWindowOf(*window_);
-    const auto scroll = [&](int request) {
-        send(surface, WM_VSCROLL, static_cast<WPARAM>(request), reinterpret_cast<LPARAM>(native));
-        SCROLLINFO info{sizeof(SCROLLINFO), SIF_ALL, 0, 0, 0, 0, 0};
-        GetScrollInfo(native, SB_CTL, &info);
-        EXPECT_EQ(info.nPos, bar->position());
-        return bar->position();
+    for (const bool isVertical : {true, false}) {
+        const auto bar = service().createNativeScrollBar(isVertical);
+        bar->setRange(-5, 1000000);
+        bar->setPageSize(1000);
+        bar->setLineSize(3);
+        bar->setPosition(300000);
+        const HWND native = show(bar, Rect::at({}, {200, 200}));
+        const std::pair<int, int> kRequests[] = {
+            {SB_LINEDOWN, 300003}, {SB_PAGEUP, 299003},   {SB_LINEUP, 299000},
+            {SB_PAGEDOWN, 300000}, {SB_BOTTOM, 999001},   {SB_LINEDOWN, 999001},
+            {SB_TOP, -5},          {SB_LINEUP, -5},       {SB_THUMBTRACK, -5},
+            {SB_ENDSCROLL, -5},    {SB_THUMBPOSITION, -5}};
+        for (const auto& [request, position] : kRequests) {
+            send(surface, isVertical ? WM_VSCROLL : WM_HSCROLL, static_cast<WPARAM>(request),
+                 reinterpret_cast<LPARAM>(native));
+            EXPECT_EQ(bar->position(), position) << request;
+            EXPECT_EQ(GetScrollPos(native, SB_CTL), position) << request;
+            EXPECT_EQ(bar->isTracking(), request == SB_THUMBTRACK);
+            SCROLLBARINFO parts{};
+            parts.cbSize = sizeof(parts);
+            GetScrollBarInfo(native, OBJID_CLIENT, &parts);
+            EXPECT_EQ(parts.rgstate[1] != 0, position == -5) << request;
+            EXPECT_EQ(parts.rgstate[5] != 0, position == 999001) << request;
+        }
+        EXPECT_EQ(log_->take().find(isVertical ? L"scrolled scrolledvertically"
+                                               : L"scrolled scrolledhorizontally"),
+                  0U);
+    }
+}
+
+// What was made of each kind is given back by the end of a round; windows that were
+// never seen are made ten times as fast.
+TEST_F(MirrorTest, anyMaker_manyRounds_leavesNothingBehind) {
+    const auto hidden = makeWindowService(nullptr)->createNativeWindow();
+    hidden->setVisible(false);
+    hidden->synchronizeTree();
+    const auto popUp = [this] {
+        const auto dialog = service().createNativeDialog(NativeDialog::kStylePopup);
+        dialog->addChild(makeControl<Label>(L"Text"));
+        dialog->show(false);
+        UpdateWindow(nativeWindowOf(*dialog));
     };
-    EXPECT_EQ(scroll(SB_LINEDOWN), 300001);
-    EXPECT_EQ(log_->take(), L"scrolled scrolledvertically");
-    EXPECT_EQ(scroll(SB_PAGEUP), 299001);
-    EXPECT_EQ(scroll(SB_BOTTOM), 999001);
-    EXPECT_EQ(scroll(SB_LINEDOWN), 999001);
-    EXPECT_EQ(scroll(SB_TOP), 0);
-    EXPECT_FALSE(bar->isTracking());
-    scroll(SB_THUMBTRACK);
-    EXPECT_TRUE(bar->isTracking());
-    scroll(SB_ENDSCROLL);
-    EXPECT_FALSE(bar->isTracking());
-    // Nothing to scroll.
-    bar->setRange(0, 10);
-    EXPECT_FALSE(IsWindowEnabled(native));
-    bar->synchronize();
-    EXPECT_FALSE(IsWindowEnabled(native));
-    bar->setRange(0, 2000);
-    EXPECT_TRUE(IsWindowEnabled(native));
-    const auto flat = service().createNativeScrollBar(false);
-    const HWND below = show(flat, Rect::at({}, {200, 17}));
-    send(surface, WM_HSCROLL, SB_LINEDOWN, reinterpret_cast<LPARAM>(below));
-    EXPECT_EQ(flat->position(), 1);
-    EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally");
+    const auto draw = [this] {
+        WindowServiceWin32Gdi::clearDrawingCaches();
+        const Canvas canvas({40, 30});
+        const auto graphics = makeGraphicsService();
+        graphicsBackend(*graphics).connect(canvas.context(), canvas.area());
+        graphics->beginBufferedPaint(canvas.area());
+        graphics->setPen(Color::rgb(255, 0, 0), 2);
+        graphics->drawLine({1, 1}, {20, 10});
+        graphics->drawBitmap(*service().getBitmap(BitmapDescriptor(120, {8, 8})), {3, 3}, 0.5);
+        graphics->drawText(L"Text", {}, *service().getFont(FontStyle{}), Color::rgb(0, 0, 0));
+        graphicsBackend(*graphics).disconnect();
+    };
+    int round = 0;
+    const auto widgets = [&] {
+        NativeWindow& surface = round++ % 10 == 0 ? *window_ : *hidden;
+        for (const Subject& subject :
+             {button(), textBox(), comboBox(), scrollBar(false), progressBar()}) {
+            subject.control->setBoundary(Rect::at({}, {90, 25}));
+            surface.addChild(subject.control);
+            for (const auto& change : subject.changes) {
+                change();
+            }
+            ASSERT_NE(nativeWindowOf(*subject.control), nullptr);
+        }
+        surface.addChild(service().createNativeWindow());
+        UpdateWindow(nativeWindowOf(surface));
+        surface.removeAllChildren();
+        WindowServiceWin32Gdi::clearDrawingCaches();
+    };
+    for (const auto& maker : std::initializer_list<std::function<void()>>{popUp, draw, widgets}) {
+        expectNothingLeft(maker);
+    }
 }
 
 }  // namespace

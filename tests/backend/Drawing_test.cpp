@@ -446,32 +446,5 @@ TEST_F(DrawingTest, cache_manyStyles_keepsABoundedNumberAndWhatIsInUse) {
     EXPECT_LE(drawingObjectCount(), objects);
 }
 
-TEST_F(DrawingTest, anyObject_thousandRounds_leavesNoObjectBehind) {
-    Canvas canvas({40, 30});
-    const auto draw = [&](int round) {
-        WindowServiceWin32Gdi::clearDrawingCaches();
-        const auto graphics = makeGraphicsService();
-        const auto font = windows_->getFont(FontStyle{});
-        const auto picture = image(100, {8, 8});
-        graphicsBackend(*graphics).connect(canvas.context(), canvas.area());
-        graphics->beginBufferedPaint(canvas.area());
-        graphics->beginClipping({1, 1, 30, 20});
-        graphics->setPen(kRed, 1 + round % 3);
-        graphics->drawLine({1, 1}, {20, 10});
-        graphics->drawBitmap(*picture, {3, 3}, 0.5);
-        graphics->drawText(L"Text &x", canvas.area(), *font, kInk, {.ellipsis = true});
-        graphics->endClipping();
-        graphics->endBufferedPaint();
-        graphicsBackend(*graphics).disconnect();
-    };
-    draw(0);
-    const int objects = drawingObjectCount();
-    ASSERT_GT(objects, 3);
-    for (int round = 0; round < 1000; ++round) {
-        draw(round);
-    }
-    EXPECT_EQ(drawingObjectCount(), objects);
-}
-
 }  // namespace
 }  // namespace zustd

@@ -90,7 +90,7 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
 }
 
 TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
-    const auto window = makeWindow({100, 100});
+    auto window = makeWindow({100, 100});
     const HWND native = nativeWindowOf(*window);
     const auto objector = std::make_shared<Objector>();
     window->connect(objector, false);
@@ -102,6 +102,10 @@ TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
     EXPECT_EQ(objector->asked, 2);
     EXPECT_FALSE(IsWindowVisible(native));
     EXPECT_FALSE(window->isVisible());
+    // Whoever is asked may drop it.
+    window->connect(std::make_shared<FunctionSink>([&](auto&&...) { window.reset(); }), false);
+    SendMessageW(native, WM_CLOSE, 0, 0);
+    EXPECT_FALSE(window || IsWindow(native));
 }
 
 TEST_F(SurfaceTest, service_showsAndHides_theSurfaceKnows) {
@@ -459,21 +463,6 @@ TEST_F(MenuTest, show_droppedWhileOpen_stillAnswers) {
                       [] { pressKeys({VK_RETURN}); }};
     EXPECT_EQ(shown.show({200, 200}), 7U);
     EXPECT_TRUE(watched.expired());
-}
-
-// --- Bookkeeping ----------------------------------------------------------------------------
-
-TEST_F(SurfaceTest, thousandRounds_leaveNoObjectsBehind) {
-    const auto window = makeWindow({300, 200});
-    expectNothingLeft([&] {
-        const auto child = window->windowService()->createNativeWindow();
-        window->addChild(child);
-        const auto dialog = makeDialog(window, NativeDialog::kStylePopup);
-        addProbe(*dialog, Rect::at({}, {20, 20}));
-        dialog->show(false);
-        UpdateWindow(nativeWindowOf(*dialog));
-        window->removeChild(child.get());
-    });
 }
 
 }  // namespace
