@@ -1,6 +1,4 @@
 // Mouse, keyboard and focus as the system has them.
-#include "ZuButton.h"
-#include "ZuMarkupView.h"
 #include "ZuNativeButton.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "support/SurfaceTest.h"
@@ -51,50 +49,6 @@ TEST_F(SurfaceTest, mouse_realPointer_entersClicksAndLeaves) {
     movePointer({1279, 1023});
     runMessages(2000, [&] { return !probe->log->entries.empty(); });
     EXPECT_EQ(probe->log->take(), L"leaveHovering");
-}
-
-const MessageKind kShowHelp(L"showHelp.SurfaceTest", MessageWords::kNumbers);
-
-TEST_F(SurfaceTest, markupLink_realPointer_showsTheHandAndSendsItsMessage) {
-    const auto window = makeWindow({300, 100});
-    auto view = makeControl<MarkupView>(
-        L"text<br/><a leftclickmessage=\"showHelp.SurfaceTest\">a link</a>");
-    const auto log = std::make_shared<MessageLog>();
-    view->connect(log, false);
-    window->addChild(view);
-    view->moveTo({20, 30});
-    const auto& links = view->children();
-    const auto link = std::find_if(links.begin(), links.end(), [](const auto& child) {
-        return std::dynamic_pointer_cast<MarkupLink>(child) != nullptr;
-    });
-    ASSERT_NE(link, links.end());
-    runMessages(20);
-    const HWND native = nativeWindowOf(*window);
-    const Point place = (*link)->toSurface({5, 5});
-    const auto underline = [&] {
-        const Rect seen = (*link)->boundaryOnSurface();
-        int inked = 0;
-        for (std::int32_t x = seen.left + 2; x < seen.right - 2; ++x) {
-            const std::uint32_t paper = pixelOf(native, {seen.left, 1});
-            bool found = false;
-            for (std::int32_t y = seen.bottom - 5; y <= seen.bottom; ++y) {
-                found |= pixelOf(native, {x, y}) != paper;
-            }
-            inked += found ? 1 : 0;
-        }
-        return inked * 100 / (seen.width() - 4);
-    };
-    const int without = underline();
-    movePointer(onScreen(native, place));
-    runMessages(2000, [&] { return (*link)->isHovered(); });
-    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
-    runMessages(50);
-    EXPECT_LT(without, 90);
-    EXPECT_GT(underline(), 95);
-    log->take();
-    click(onScreen(native, place));
-    runMessages(2000, [&] { return log->entries.size() >= 3; });
-    EXPECT_NE((L" " + log->take() + L" ").find(L" showHelp "), std::wstring::npos);
 }
 
 TEST_F(SurfaceTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
@@ -249,20 +203,6 @@ TEST_F(SurfaceTest, focus_ofASurfaceInside_leavesTheOneAround) {
         EXPECT_TRUE(inner->hasFocus());
         EXPECT_FALSE(first->hasFocus());
     }
-}
-
-TEST_F(SurfaceTest, drawnButton_accessKey_pressesIt) {
-    const auto window = makeWindow({300, 200});
-    const auto dialog = makeDialog(window);
-    addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
-    const auto button = makeControl<Button>(L"&Drawn");
-    button->setBoundary(Rect::at({20, 0}, {80, 25}));
-    dialog->addChild(button);
-    const auto log = std::make_shared<MessageLog>();
-    button->connect(log, false);
-    const Steps steps{[] { pressKeys({VK_MENU, 'D'}); }, [&] { dialog->hide(1); }};
-    EXPECT_EQ(dialog->show(true), 1);
-    EXPECT_EQ(log->take(), L"enterFocus leftClicked leaveFocus");
 }
 
 TEST_F(SurfaceTest, tooltip_pointerRests_popsUpWithoutTakingPartInAnything) {
