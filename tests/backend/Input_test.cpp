@@ -205,31 +205,5 @@ TEST_F(SurfaceTest, focus_ofASurfaceInside_leavesTheOneAround) {
     }
 }
 
-TEST_F(SurfaceTest, tooltip_pointerRests_popsUpWithoutTakingPartInAnything) {
-    const auto window = makeWindow({300, 200});
-    const auto probe = addProbe(*window, Rect::at({10, 10}, {100, 100}));
-    probe->tooltip().setLiteral(L"Hint");
-    auto options = std::make_shared<TooltipOptions>();
-    options->delay = 1;
-    probe->setTooltipOptions(options);
-    const auto findTip = [] {
-        HWND tip = nullptr;
-        while ((tip = FindWindowExW(nullptr, tip, L"#32770", nullptr)) != nullptr &&
-               !(GetWindowThreadProcessId(tip, nullptr) == GetCurrentThreadId() &&
-                 IsWindowVisible(tip))) {
-        }
-        return tip;
-    };
-    movePointer(onScreen(nativeWindowOf(*window), {50, 50}));
-    runMessages(2000, [&] { return findTip() != nullptr; });
-    ASSERT_NE(findTip(), nullptr);
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
-    EXPECT_TRUE(probe->isHovered());
-    EXPECT_NE(pixelOf(findTip(), {3, 3}), 0U);
-    movePointer({1279, 1023});
-    runMessages(2000, [&] { return findTip() == nullptr; });
-    EXPECT_EQ(findTip(), nullptr);
-}
-
 }  // namespace
 }  // namespace zustd

@@ -22,7 +22,7 @@ TEST_F(SurfaceTest, window_synchronised_hasClientAreaCaptionAndState) {
     const auto window = makeWindow({300, 200});
     const HWND native = nativeWindowOf(*window);
     ASSERT_NE(native, nullptr);
-    EXPECT_EQ(clientSize(native), (Size{300, 200}));
+    EXPECT_EQ(clientSizeOf(native), (Size{300, 200}));
     EXPECT_EQ(textOf(native), L"Window");
     EXPECT_TRUE(IsWindowVisible(native));
     window->caption().setLiteral(L"Другое");
@@ -47,11 +47,7 @@ TEST_F(SurfaceTest, childWindow_onAMovedContainer_followsItAndItsNewSurface) {
     ASSERT_NE(native, nullptr);
     EXPECT_EQ(GetParent(native), nativeWindowOf(*window));
     container->moveTo({60, 70});
-    POINT place{};
-    MapWindowPoints(native, GetParent(native), &place, 1);
-    EXPECT_EQ(place.x, 65);
-    EXPECT_EQ(place.y, 76);
-    EXPECT_EQ(clientSize(native), (Size{40, 50}));
+    EXPECT_EQ(windowRect(native, GetParent(native)), Rect::at({65, 76}, {40, 50}));
     const auto other = makeWindow({100, 100});
     other->addChild(child);
     EXPECT_FALSE(IsWindow(native));
@@ -72,21 +68,19 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
         SetWindowPos(native, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
     };
     drag(500, 400);
-    EXPECT_EQ(window->boundary().size(), clientSize(native));
-    EXPECT_EQ(probe->boundary().width(), clientSize(native).width);
+    EXPECT_EQ(window->boundary().size(), clientSizeOf(native));
+    EXPECT_EQ(probe->boundary().width(), clientSizeOf(native).width);
     drag(10, 10);
     EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     EXPECT_EQ(probe->boundary().width(), 250);
-    EXPECT_EQ(clientSize(native), (Size{250, 150}));
+    EXPECT_EQ(clientSizeOf(native), (Size{250, 150}));
     window->setSize({20, 20});
     EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
     // Another screen asks for another size.
-    RECT area{100, 110, 700, 610};
+    const RECT area{100, 110, 700, 610};
     SendMessageW(native, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
-    GetWindowRect(native, &area);
-    EXPECT_EQ(area.right, 700);
-    EXPECT_EQ(area.top, 110);
-    EXPECT_EQ(window->boundary().size(), clientSize(native));
+    EXPECT_EQ(windowRect(native), (Rect{100, 110, 699, 609}));
+    EXPECT_EQ(window->boundary().size(), clientSizeOf(native));
 }
 
 TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
@@ -211,7 +205,7 @@ TEST_F(SurfaceTest, paint_drawnChildren_coverTheBackgroundAndOnlyTheInvalidPart)
 TEST_F(SurfaceTest, paint_failingOrNested_showsWhatThereIsAndTheRestLater) {
     const auto window = makeWindow({200, 100});
     const HWND native = nativeWindowOf(*window);
-    auto& service = dynamic_cast<WindowServiceWin32Gdi&>(window->windowService()->implementation());
+    auto& service = *windowServiceBackend(window->windowService().get());
     const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
     probe->whileDrawing = [] { throw std::wstring(L"torn"); };
     EXPECT_EQ(pixelOf(native, {10, 10}), 0xC01020U);
@@ -288,7 +282,7 @@ TEST_F(SurfaceTest, modalDialog_escape_endsTheLoopAndGivesBackTheOwner) {
                               const HWND native = nativeWindowOf(*dialog);
                               EXPECT_FALSE(IsWindowEnabled(owner));
                               EXPECT_EQ(GetForegroundWindow(), native);
-                              EXPECT_EQ(clientSize(native), (Size{120, 90}));
+                              EXPECT_EQ(clientSizeOf(native), (Size{120, 90}));
                               EXPECT_LE(std::abs(middleOf(native).x - middleOf(owner).x), 1);
                               EXPECT_LE(std::abs(middleOf(native).y - middleOf(owner).y), 1);
                               EXPECT_TRUE(field->hasFocus());
@@ -403,14 +397,9 @@ TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
     EXPECT_TRUE(popup->isOpen());
     EXPECT_TRUE(IsWindowVisible(native));
     EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
-    RECT area{};
-    GetWindowRect(native, &area);
-    EXPECT_EQ(area.right, 1280);
-    EXPECT_EQ(area.top, 100);
-    EXPECT_EQ(clientSize(native), (Size{120, 90}));
+    EXPECT_EQ(windowRect(native), Rect::at({1160, 100}, {120, 90}));
     popup->moveTo({40, 50});
-    GetWindowRect(native, &area);
-    EXPECT_EQ(area.left, 40);
+    EXPECT_EQ(windowRect(native).position(), (Point{40, 50}));
     EXPECT_EQ(SendMessageW(native, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
     popup->hide(kAnswerNone);
     EXPECT_FALSE(IsWindowVisible(native));
