@@ -3,6 +3,7 @@
 #include "ZuNativeButton.h"
 #include "ZuNativePopupMenu.h"
 #include "ZuNativeTreeView.h"
+#include "ZuResourceServiceGeneric.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "support/FrameworkTest.h"
 #include "support/SurfaceTest.h"
@@ -55,6 +56,7 @@ TEST_F(SurfaceTest, childWindow_onAMovedContainer_followsItAndItsNewSurface) {
     DestroyWindow(nativeWindowOf(*other));
     EXPECT_EQ(nativeWindowOf(*child), nullptr);
     EXPECT_FALSE(other->hasNativeObject());
+    EXPECT_EQ(windowServiceBackend(other->windowService().get())->window(), nullptr);
 }
 
 TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
@@ -133,6 +135,42 @@ TEST_F(SurfaceTest, service_showsAndHides_theSurfaceKnows) {
     EXPECT_TRUE(IsWindowEnabled(native));
     dialog->windowService()->showWindow();
     EXPECT_TRUE(dialog->isOpen());
+}
+
+TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
+    const auto window = makeWindow({200, 100});
+    const HWND native = nativeWindowOf(*window);
+    WindowService& service = *window->windowService();
+    EXPECT_EQ(service.getWindowSize(), windowRect(native).size());
+    EXPECT_EQ(service_->getWindowSize(), Size{});
+    const POINT place = onScreen(native, {7, 9});
+    EXPECT_EQ(service.getClientPosition(), (Point{place.x - 7, place.y - 9}));
+    movePointer(place);
+    EXPECT_EQ(service.getMousePosition(), (Point{7, 9}));
+    EXPECT_EQ(service_->getMousePosition(), (Point{place.x, place.y}));
+    EXPECT_TRUE(service.isWindowVisibleAtPos({place.x, place.y}));
+    EXPECT_FALSE(service.isWindowVisibleAtPos({1279, 1023}));
+    RECT area{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+    EXPECT_EQ(service.getWorkArea(), portableRect(area));
+    service.captureMouse();
+    service_->releaseMouse();
+    EXPECT_EQ(GetCapture(), native);
+    service.releaseMouse();
+    EXPECT_EQ(GetCapture(), nullptr);
+    service.updateWindow();
+    EXPECT_FALSE(GetUpdateRect(native, nullptr, FALSE));
+    service.invalidate({5, 6, 20, 30});
+    EXPECT_TRUE(GetUpdateRect(native, &area, FALSE));
+    EXPECT_EQ(portableRect(area), (Rect{5, 6, 20, 30}));
+    service.invalidate();
+    GetUpdateRect(native, &area, FALSE);
+    EXPECT_EQ(portableRect(area), (Rect{0, 0, 199, 99}));
+    int cursor = 0;
+    for (const int identifier : {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648}) {
+        service.setCursor(static_cast<MouseCursor>(cursor++));
+        EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(identifier))) << cursor;
+    }
 }
 
 TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
@@ -263,6 +301,8 @@ TEST_F(SurfaceTest, paint_backgroundColour_reachesChildWindowsAndNativeChildren)
                                            native, nullptr, nullptr, nullptr));
     EXPECT_EQ(pixelOf(label.get(), {5, 5}), 0x123456U);
     const Canvas canvas({10, 10});
+    EXPECT_EQ(SendMessageW(native, WM_ERASEBKGND, reinterpret_cast<WPARAM>(canvas.context()), 0),
+              1);
     SendMessageW(native, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(canvas.context()),
                  reinterpret_cast<LPARAM>(label.get()));
     EXPECT_EQ(GetTextColor(canvas.context()), RGB(0xFE, 0xDC, 0xBA));
@@ -442,6 +482,33 @@ TEST_F(MenuTest, show_choiceByKeys_skipsWhatCannotBeChosen) {
     EXPECT_EQ(choose({VK_UP, VK_RIGHT, VK_RETURN}), 300000U);
     EXPECT_EQ(choose({VK_ESCAPE, VK_ESCAPE}), 0U);
     EXPECT_EQ(log->take(), L"selected selected selected");
+}
+
+TEST_F(MenuTest, show_anyItem_hasItsStateAndImage) {
+    const auto resources = makeService<ResourceService>();
+    ResourceServiceGeneric::install(*resources, compiledInResources());
+    window_->windowService()->registerService(resources, true, true);
+    menu_->setItems({{1, L"Off", 120, false, true, {}}, {2, L"On", 0, true, false, {}}, {}});
+    std::vector<MENUITEMINFOW> items(3);
+    const Steps steps{[] {},
+                      [&] {
+                          const HWND seen = FindWindowW(L"#32768", nullptr);
+                          const auto menu = reinterpret_cast<HMENU>(
+                              SendMessageW(seen, 0x01E1 /* MN_GETHMENU */, 0, 0));
+                          EXPECT_EQ(GetMenuItemCount(menu), 3);
+                          for (UINT i = 0; i < 3; ++i) {
+                              items[i].cbSize = sizeof(MENUITEMINFOW);
+                              items[i].fMask = MIIM_FTYPE | MIIM_STATE | MIIM_BITMAP;
+                              GetMenuItemInfoW(menu, i, TRUE, &items[i]);
+                          }
+                          pressKeys({VK_ESCAPE});
+                      }};
+    menu_->show({200, 200});
+    EXPECT_EQ(items[0].fState & (MFS_CHECKED | MFS_DISABLED), UINT{MFS_CHECKED | MFS_DISABLED});
+    EXPECT_NE(items[0].hbmpItem, nullptr);
+    EXPECT_EQ(items[1].fState & (MFS_CHECKED | MFS_DISABLED), 0U);
+    EXPECT_EQ(items[1].hbmpItem, nullptr);
+    EXPECT_EQ(items[2].fType, UINT{MFT_SEPARATOR});
 }
 
 TEST_F(MenuTest, show_droppedWhileOpen_stillAnswers) {
