@@ -407,27 +407,21 @@ TEST_F(DrawingTest, drawText_alignment_putsShortTextAtItsSideAndLongOnesNowhereE
 }
 
 TEST_F(DrawingTest, drawText_ellipsis_endsEachLongLineInDots) {
-    const Rect area{0, 0, 59, 59};
     const std::int32_t line = graphics_->measureTextHeight(L"x", *font_);
-    const std::int32_t dots = graphics_->measureTextWidth(L"...", *font_);
     for (const bool wrap : {false, true}) {
         Canvas canvas({60, 60});
-        const Rect used = wrap ? Rect{0, 0, 59, line - 1} : area;
         paint(canvas, [&] {
-            graphics_->drawText(L"HHHHH HHHHHHHHHH\nHHHHHHHHHHHHHHHH", used, *font_, kInk,
+            graphics_->drawText(L"HHHHH HHHHHHHHHH\nHHHHHHHHHHHHHHHH",
+                                {0, 0, 59, wrap ? line - 1 : 59}, *font_, kInk,
                                 {.wordWrap = wrap, .ellipsis = true});
         });
         for (std::int32_t y = 0; y < (wrap ? line : 2 * line); y += line) {
-            Rect ink;
-            for (std::int32_t x = 0; x < 60; ++x) {
-                if (canvas.inkCount({x, y, x, y + line - 1}) > 0) {
-                    ink = {x, y, x, y};
-                }
+            std::int32_t last = 59;
+            while (canvas.inkCount({last, y, last, y + line - 1}) == 0 && last > 0) {
+                --last;
             }
             // Behind the last letter there are only dots, low down.
-            const Rect end{ink.left - dots / 2, y, ink.left, y + line - 1};
-            EXPECT_GT(canvas.inkCount(end), 0);
-            EXPECT_EQ(canvas.inkCount({end.left, y, end.right, y + line / 2}), 0) << wrap << y;
+            EXPECT_EQ(canvas.inkCount({last - 5, y, last, y + line / 2}), 0) << wrap << y;
         }
     }
 }
