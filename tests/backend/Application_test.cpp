@@ -138,6 +138,8 @@ TEST_F(ApplicationTest, windowServices_noneOrSome_areBoundAndTraced) {
                       prefix + "ActiveWindowService: no active window found",
                       prefix + "ActiveWindowService: cannot create active window service",
                       prefix + "MainWindowService: no main window found"}));
+        application_->createActiveWindowService(true);
+        EXPECT_EQ(trace.messages()[4], prefix + "ActiveWindowService: trying foreground window");
     }
     EXPECT_EQ(windowOf(application_->createUnboundWindowService()), nullptr);
     EXPECT_EQ(windowOf(application_->createDesktopWindowService()), GetDesktopWindow());

@@ -447,6 +447,25 @@ TEST_F(NativeControlTest, focus_controlDisabledOrHidden_goesToTheSurface) {
     }
 }
 
+TEST_F(NativeControlTest, realPointer_fromSurfaceToControlAndAway_isOverOneOfThem) {
+    window_->moveTo({50, 50});
+    const auto button = service().createNativeButton();
+    const HWND native = show(button, Rect::at({100, 100}, {90, 25}));
+    SetForegroundWindow(nativeWindowOf(*window_));
+    for (const Point place : {Point{20, 20}, Point{120, 110}, Point{20, 20}}) {
+        movePointer(onScreen(nativeWindowOf(*window_), place));
+        const bool isOver = place.x > 100;
+        runMessages(2000, [&] { return button->isHovered() == isOver; });
+        runMessages(30);
+        EXPECT_EQ(button->isHovered(), isOver);
+    }
+    movePointer(middleOf(native));
+    runMessages(2000, [&] { return button->isHovered(); });
+    movePointer({1279, 1023});
+    runMessages(2000, [&] { return !button->isHovered(); });
+    EXPECT_FALSE(button->isHovered());
+}
+
 TEST_F(NativeControlTest, colours_changed_areShownByWhatIsThereAlready) {
     const auto check = service().createNativeButton();
     check->setKind(ButtonKind::kCheck);

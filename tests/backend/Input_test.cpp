@@ -160,11 +160,15 @@ TEST_F(SurfaceTest, dialog_nativeButtons_followTabEnterAndAccessKeys) {
                       },
                       [&] {
                           expect(field, L"leftClicked");
+                          SendMessageW(nativeWindowOf(*dialog), WM_CHANGEUISTATE,
+                                       MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
                           pressKeys({VK_TAB});
                           pressKeys({VK_RETURN});
                       },
                       [&] {
                           expect(other, L"enterFocus leftClicked");
+                          EXPECT_EQ(SendMessageW(nativeWindowOf(*dialog), WM_QUERYUISTATE, 0, 0),
+                                    0);
                           pressKeys({VK_MENU, 'C'});
                       },
                       [&] {

@@ -164,6 +164,12 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     service.invalidate();
     GetUpdateRect(native, &area, FALSE);
     EXPECT_EQ(portableRect(area), (Rect{0, 0, 199, 99}));
+    const TraceCapture trace(kTraceLevelInfo);
+    WindowServiceWin32Gdi::setScalingFactor(0.0);
+    EXPECT_EQ(service.getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
+    EXPECT_EQ(trace.messages(),
+              (Lines{"WindowServiceWin32Gdi::getScalingFactor: setting scalingFactor to " +
+                     std::to_string(service.getScalingFactor())}));
     int cursor = 0;
     for (const int identifier : {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648}) {
         service.setCursor(static_cast<MouseCursor>(cursor++));
@@ -385,6 +391,31 @@ TEST_F(SurfaceTest, modalDialog_quit_endsItAndIsLeftForTheApplication) {
         ApplicationServiceWin32Gdi application;
         EXPECT_EQ(application.runMessageLoop(), 42);
     }
+}
+
+// A window of somebody else is disabled and shown as it is.
+TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
+    const WindowHandle host(CreateWindowW(L"STATIC", L"Host", WS_POPUP | WS_VISIBLE, 100, 100, 300,
+                                          200, nullptr, nullptr, nullptr, nullptr));
+    const auto service = makeWindowService(host.get());
+    for (const bool isEnabled : {true, false}) {
+        service->enableWindow(isEnabled);
+        EXPECT_EQ(IsWindowEnabled(host.get()) != FALSE, isEnabled);
+        const auto dialog = service->createNativeDialog();
+        dialog->setSize({120, 90});
+        const Steps steps{[&] {
+            EXPECT_FALSE(IsWindowEnabled(host.get()));
+            EXPECT_EQ(GetWindow(nativeWindowOf(*dialog), GW_OWNER), host.get());
+            dialog->hide(3);
+        }};
+        EXPECT_EQ(dialog->show(true), 3);
+        EXPECT_EQ(IsWindowEnabled(host.get()) != FALSE, isEnabled);
+        isEnabled ? service->hideWindow() : service->showWindow();
+        EXPECT_EQ(IsWindowVisible(host.get()) != FALSE, !isEnabled);
+    }
+    service->closeWindow();
+    runMessages(1000, [&] { return !IsWindow(host.get()); });
+    EXPECT_FALSE(IsWindow(host.get()));
 }
 
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
