@@ -363,6 +363,10 @@ TEST_F(NativeControlTest, progressBar_stateAndAnimation_areToldToTheWindow) {
     for (const auto& [state, native] : kStates) {
         EXPECT_EQ(sentBy([&] { bar->setState(state); }), (Messages{{PBM_SETSTATE, native, 0}}));
     }
+    bar->releaseTree();
+    const Messages anew = sentBy([&] { bar->synchronizeTree(); });
+    EXPECT_NE(std::find(anew.begin(), anew.end(), Sent::Message{PBM_SETSTATE, PBST_PAUSED, 0}),
+              anew.end());
     bar->setState(ProgressState::kNormal);
     bar->setMarqueeInterval(70);
     EXPECT_EQ(sentBy([&] { bar->setEnableMarqueeAnimation(true); }).back(),

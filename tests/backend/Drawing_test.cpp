@@ -208,13 +208,17 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
 }
 
 TEST_F(DrawingTest, drawLine_slanted_includesBothEnds) {
-    for (const auto& [from, to] : {std::pair<Point, Point>{{3, 3}, {12, 8}}, {{12, 8}, {3, 3}}}) {
-        Canvas canvas({20, 20});
-        paint(canvas, [&] {
-            graphics_->setPen(kRed, 1);
-            graphics_->drawLine(from, to);
-        });
-        EXPECT_EQ(canvas.ink(), (Rect{3, 3, 12, 8}));
+    for (const Color color : {kRed, kInk}) {
+        for (const auto& [from, to] :
+             {std::pair<Point, Point>{{3, 3}, {12, 8}}, {{12, 8}, {3, 3}}}) {
+            Canvas canvas({20, 20});
+            paint(canvas, [&] {
+                graphics_->setPen(color, 1);
+                graphics_->drawLine(from, to);
+            });
+            EXPECT_EQ(canvas.ink(), (Rect{3, 3, 12, 8}));
+            EXPECT_EQ(canvas.pixel(from.x, from.y), color == kRed ? 0xFF0000U : kBlack);
+        }
     }
     EXPECT_EQ(thrownText([&] { graphics_->setPen(kRed, 0); }), L"width > 0");
     EXPECT_EQ(thrownText([&] { graphics_->drawGradient({}, kRed, kInk, zuGradientHorizontal); }),

@@ -152,41 +152,49 @@ TEST_F(SurfaceTest, dialog_nativeButtons_followTabEnterAndAccessKeys) {
         EXPECT_EQ(GetFocus(), native != nullptr ? native : nativeWindowOf(*dialog));
         EXPECT_EQ(log->take(), messages);
     };
-    const Steps steps{[&] {
-                          const HWND native = nativeWindowOf(*standard);
-                          EXPECT_EQ(GetWindowLongW(native, GWL_STYLE) & 0x0F, BS_DEFPUSHBUTTON);
-                          expect(field, L"");
-                          pressKeys({VK_RETURN});
-                      },
-                      [&] {
-                          expect(field, L"leftClicked");
-                          SendMessageW(nativeWindowOf(*dialog), WM_CHANGEUISTATE,
-                                       MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
-                          pressKeys({VK_TAB});
-                          pressKeys({VK_RETURN});
-                      },
-                      [&] {
-                          expect(other, L"enterFocus leftClicked");
-                          EXPECT_EQ(SendMessageW(nativeWindowOf(*dialog), WM_QUERYUISTATE, 0, 0),
-                                    0);
-                          pressKeys({VK_MENU, 'C'});
-                      },
-                      [&] {
-                          expect(check, L"keyPressed keyPressed leaveFocus enterFocus leftClicked");
-                          EXPECT_TRUE(check->isChecked());
-                          pressKeys({VK_RETURN});
-                      },
-                      [&] {
-                          expect(check, L"leftClicked");
-                          pressKeys({VK_SHIFT, VK_TAB});
-                          pressKeys({VK_SHIFT, VK_TAB});
-                      },
-                      [&] {
-                          expect(field,
-                                 L"keyPressed keyPressed leaveFocus enterFocus "
-                                 L"keyPressed keyPressed leaveFocus");
-                          dialog->hide(1);
-                      }};
+    const Steps steps{
+        [&] {
+            const HWND native = nativeWindowOf(*standard);
+            EXPECT_EQ(GetWindowLongW(native, GWL_STYLE) & 0x0F, BS_DEFPUSHBUTTON);
+            expect(field, L"");
+            pressKeys({VK_RETURN});
+        },
+        [&] {
+            expect(field, L"leftClicked");
+            // Commands that come from no control.
+            const HWND item = nativeWindowOf(*other);
+            for (const int identifier : {IDOK, GetDlgCtrlID(item)}) {
+                SendMessageW(GetParent(item), WM_COMMAND, static_cast<WPARAM>(identifier), 0);
+                EXPECT_EQ(log->entries.back().a.object<Control>(),
+                          identifier == IDOK ? standard.get() : other.get());
+                EXPECT_EQ(log->take(), L"leftClicked");
+            }
+            SendMessageW(nativeWindowOf(*dialog), WM_CHANGEUISTATE,
+                         MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
+            pressKeys({VK_TAB});
+            pressKeys({VK_RETURN});
+        },
+        [&] {
+            expect(other, L"enterFocus leftClicked");
+            EXPECT_EQ(SendMessageW(nativeWindowOf(*dialog), WM_QUERYUISTATE, 0, 0), 0);
+            pressKeys({VK_MENU, 'C'});
+        },
+        [&] {
+            expect(check, L"keyPressed keyPressed leaveFocus enterFocus leftClicked");
+            EXPECT_TRUE(check->isChecked());
+            pressKeys({VK_RETURN});
+        },
+        [&] {
+            expect(check, L"leftClicked");
+            pressKeys({VK_SHIFT, VK_TAB});
+            pressKeys({VK_SHIFT, VK_TAB});
+        },
+        [&] {
+            expect(field,
+                   L"keyPressed keyPressed leaveFocus enterFocus "
+                   L"keyPressed keyPressed leaveFocus");
+            dialog->hide(1);
+        }};
     EXPECT_EQ(dialog->show(true), 1);
 }
 
