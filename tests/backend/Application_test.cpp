@@ -170,5 +170,38 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     EXPECT_EQ(log->take() + otherLog->take(), L"");
 }
 
+TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
+    WindowService& service = *service_;
+    const std::wstring timer = L"timer";
+    const std::pair<std::string, std::function<bool()>> kMakers[] = {
+        {"createNativeDialog", [&] { return service.createNativeDialog() != nullptr; }},
+        {"createNativeWindow", [&] { return service.createNativeWindow() != nullptr; }},
+        {"createNativePopupMenu", [&] { return service.createNativePopupMenu() != nullptr; }},
+        {"createNativeGridView", [&] { return service.createNativeGridView() != nullptr; }},
+        {"createNativeTreeView", [&] { return service.createNativeTreeView() != nullptr; }},
+        {"createNativeComboBox", [&] { return service.createNativeComboBox() != nullptr; }},
+        {"createNativeButton", [&] { return service.createNativeButton() != nullptr; }},
+        {"createNativeProgressBar", [&] { return service.createNativeProgressBar() != nullptr; }},
+        {"createNativeTextBox", [&] { return service.createNativeTextBox() != nullptr; }},
+        {"createNativeScrollBar", [&] { return service.createNativeScrollBar(true) != nullptr; }},
+        {"createTimer", [&] { return service.createTimer(timer) != nullptr; }},
+        {"getFont", [&] {
+             return service.getFont(FontStyle{true, true, true, 77, {}}) != nullptr;
+         }}};
+    for (const auto& [name, maker] : kMakers) {
+        const TraceCapture trace;
+        bool isMade = true;
+        {
+            const AllocationLimit none(0);
+            isMade = maker();
+        }
+        EXPECT_FALSE(isMade) << name;
+        ASSERT_FALSE(trace.messages().empty()) << name;
+        EXPECT_TRUE(trace.messages().back().starts_with("WindowServiceWin32Gdi::" + name +
+                                                        ": catched std::bad_alloc: "))
+            << trace.messages().back();
+    }
+}
+
 }  // namespace
 }  // namespace zustd
