@@ -188,6 +188,30 @@ IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
     return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();
 }
 
+namespace {
+
+// Decodes a PNG to a size, or to its own size times a factor when that is empty; an
+// empty image when the bytes are no PNG or it is too large.
+DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
+    const Size own = sizeOfPng(bytes);
+    const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
+    if (!isDrawable(own) || !isDrawable(target)) {
+        return {};
+    }
+    startGdiPlus();
+    const Stream stream = streamOf(bytes);
+    Gdiplus::Bitmap image(stream.get());
+    check(image.GetLastStatus());
+    PixelBitmap bitmap(target);
+    Gdiplus::Bitmap view(target.width, target.height, target.width * 4, PixelFormat32bppPARGB,
+                         reinterpret_cast<BYTE*>(bitmap.pixels.data()));
+    check(view.GetLastStatus());
+    drawScaled(image, own, view, target);
+    return {std::move(bitmap.handle), target};
+}
+
+}  // namespace
+
 void BitmapWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {
         if (image_.bitmap) {
@@ -208,24 +232,6 @@ void BitmapWin32Gdi::synchronizeWithAbstraction() {
             getAbstraction().acceptSize(image_.size);
         }
     });
-}
-
-DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
-    const Size own = sizeOfPng(bytes);
-    const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
-    if (!isDrawable(own) || !isDrawable(target)) {
-        return {};
-    }
-    startGdiPlus();
-    const Stream stream = streamOf(bytes);
-    Gdiplus::Bitmap image(stream.get());
-    check(image.GetLastStatus());
-    PixelBitmap bitmap(target);
-    Gdiplus::Bitmap view(target.width, target.height, target.width * 4, PixelFormat32bppPARGB,
-                         reinterpret_cast<BYTE*>(bitmap.pixels.data()));
-    check(view.GetLastStatus());
-    drawScaled(image, own, view, target);
-    return {std::move(bitmap.handle), target};
 }
 
 BitmapWin32Gdi& bitmapBackend(const Bitmap& bitmap) {

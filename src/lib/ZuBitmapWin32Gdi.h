@@ -72,11 +72,6 @@ void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi&
 // system has none to give. Throws SystemException without room for its pixels.
 IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space);
 
-// Decodes a PNG to a size, or to its own size times a factor when that is
-// empty; an empty image when the bytes are no PNG or it is too large. Throws
-// SystemException when the system fails.
-DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor);
-
 // The backend of a bitmap that a window service made. Fails an assertion for a
 // bitmap of another origin.
 BitmapWin32Gdi& bitmapBackend(const Bitmap& bitmap);

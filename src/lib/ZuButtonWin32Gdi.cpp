@@ -78,12 +78,6 @@ void ButtonWin32Gdi::setImage() {
     space_ = space;
 }
 
-void ButtonWin32Gdi::releaseNativeObject() {
-    destroyWindow();
-    icon_.reset();
-    bitmap_.reset();
-}
-
 bool ButtonWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
     // Radio buttons tell a second quick press from the first.
     const bool isPress = message.id == WM_COMMAND && (HIWORD(message.wide) == BN_CLICKED ||

@@ -20,7 +20,7 @@ public:
         : NativeControlWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
+    void releaseNativeObject() override { destroyWindow(); }
     bool hasNativeObject() const override { return window() != nullptr; }
 
 protected:

@@ -20,18 +20,20 @@ ScrollBarWin32Gdi::Outcome ScrollBarWin32Gdi::initializeFromDescriptor() {
     return synchronizeWindow(getAbstraction(), {L"ScrollBar", direction, 0});
 }
 
-// Compared first: every push paints the bar.
-void ScrollBarWin32Gdi::push(const SCROLLINFO& info) {
+// Compared first: every push paints the bar. The system cuts a page to the range.
+void ScrollBarWin32Gdi::push(SCROLLINFO info) {
     if (window() == nullptr) {
         return;
     }
+    const NativeScrollBar& bar = getAbstraction();
+    const std::int64_t range = std::int64_t{bar.maximum()} - bar.minimum() + 1;
+    info.nPage = static_cast<UINT>(std::min<std::int64_t>(info.nPage, range));
     const SCROLLINFO present = read(info.fMask);
     if (present.nMin != info.nMin || present.nMax != info.nMax || present.nPage != info.nPage ||
         present.nPos != info.nPos) {
-        SCROLLINFO pushed = info;
         // Otherwise the system may hide a bar without anything to scroll.
-        pushed.fMask |= SIF_DISABLENOSCROLL;
-        SetScrollInfo(window(), SB_CTL, &pushed, TRUE);
+        info.fMask |= SIF_DISABLENOSCROLL;
+        SetScrollInfo(window(), SB_CTL, &info, TRUE);
     }
 }
 

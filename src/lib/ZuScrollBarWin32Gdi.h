@@ -31,7 +31,7 @@ protected:
 
 private:
     Outcome initializeFromDescriptor();
-    void push(const SCROLLINFO& info);
+    void push(SCROLLINFO info);
     SCROLLINFO read(UINT mask) const noexcept;
     std::int32_t positionFor(int request) const;
 

@@ -193,13 +193,11 @@ void WindowServiceWin32Gdi::closeWindow() {
 }
 
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
-    guarded(L"WindowServiceWin32Gdi::enableWindow", [&] {
-        if (WindowHandlerWin32Gdi* surface = handler()) {
-            surface->setTakesInput(enable);
-        } else if (window_ != nullptr) {
-            EnableWindow(window_, enable ? TRUE : FALSE);
-        }
-    });
+    if (WindowHandlerWin32Gdi* surface = handler()) {
+        surface->setTakesInput(enable);
+    } else if (window_ != nullptr) {
+        EnableWindow(window_, enable ? TRUE : FALSE);
+    }
 }
 
 void WindowServiceWin32Gdi::hideWindow() {

@@ -1,6 +1,4 @@
 // Mouse, keyboard and focus as the system has them.
-#include "ZuButton.h"
-#include "ZuMarkupView.h"
 #include "ZuNativeButton.h"
 #include "ZuTooltip.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -52,50 +50,6 @@ TEST_F(SurfaceTest, mouse_realPointer_entersClicksAndLeaves) {
     movePointer({1279, 1023});
     runMessages(2000, [&] { return !probe->log->entries.empty(); });
     EXPECT_EQ(probe->log->take(), L"leaveHovering");
-}
-
-const MessageKind kShowHelp(L"showHelp.SurfaceTest", MessageWords::kNumbers);
-
-TEST_F(SurfaceTest, markupLink_realPointer_showsTheHandAndSendsItsMessage) {
-    const auto window = makeWindow({300, 100});
-    auto view = makeControl<MarkupView>(
-        L"text<br/><a leftclickmessage=\"showHelp.SurfaceTest\">a link</a>");
-    const auto log = std::make_shared<MessageLog>();
-    view->connect(log, false);
-    window->addChild(view);
-    view->moveTo({20, 30});
-    const auto& links = view->children();
-    const auto link = std::find_if(links.begin(), links.end(), [](const auto& child) {
-        return std::dynamic_pointer_cast<MarkupLink>(child) != nullptr;
-    });
-    ASSERT_NE(link, links.end());
-    runMessages(20);
-    const HWND native = nativeWindowOf(*window);
-    const Point place = (*link)->toSurface({5, 5});
-    const auto underline = [&] {
-        const Rect seen = (*link)->boundaryOnSurface();
-        int inked = 0;
-        for (std::int32_t x = seen.left + 2; x < seen.right - 2; ++x) {
-            const std::uint32_t paper = pixelOf(native, {seen.left, 1});
-            bool found = false;
-            for (std::int32_t y = seen.bottom - 5; y <= seen.bottom; ++y) {
-                found |= pixelOf(native, {x, y}) != paper;
-            }
-            inked += found ? 1 : 0;
-        }
-        return inked * 100 / (seen.width() - 4);
-    };
-    const int without = underline();
-    movePointer(onScreen(native, place));
-    runMessages(2000, [&] { return (*link)->isHovered(); });
-    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
-    runMessages(50);
-    EXPECT_LT(without, 90);
-    EXPECT_GT(underline(), 95);
-    log->take();
-    click(onScreen(native, place));
-    runMessages(2000, [&] { return log->entries.size() >= 3; });
-    EXPECT_NE((L" " + log->take() + L" ").find(L" showHelp "), std::wstring::npos);
 }
 
 TEST_F(SurfaceTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
@@ -199,37 +153,49 @@ TEST_F(SurfaceTest, dialog_nativeButtons_followTabEnterAndAccessKeys) {
         EXPECT_EQ(GetFocus(), native != nullptr ? native : nativeWindowOf(*dialog));
         EXPECT_EQ(log->take(), messages);
     };
-    const Steps steps{[&] {
-                          const HWND native = nativeWindowOf(*standard);
-                          EXPECT_EQ(GetWindowLongW(native, GWL_STYLE) & 0x0F, BS_DEFPUSHBUTTON);
-                          expect(field, L"");
-                          pressKeys({VK_RETURN});
-                      },
-                      [&] {
-                          expect(field, L"leftClicked");
-                          pressKeys({VK_TAB});
-                          pressKeys({VK_RETURN});
-                      },
-                      [&] {
-                          expect(other, L"enterFocus leftClicked");
-                          pressKeys({VK_MENU, 'C'});
-                      },
-                      [&] {
-                          expect(check, L"keyPressed keyPressed leaveFocus enterFocus leftClicked");
-                          EXPECT_TRUE(check->isChecked());
-                          pressKeys({VK_RETURN});
-                      },
-                      [&] {
-                          expect(check, L"leftClicked");
-                          pressKeys({VK_SHIFT, VK_TAB});
-                          pressKeys({VK_SHIFT, VK_TAB});
-                      },
-                      [&] {
-                          expect(field,
-                                 L"keyPressed keyPressed leaveFocus enterFocus "
-                                 L"keyPressed keyPressed leaveFocus");
-                          dialog->hide(1);
-                      }};
+    const Steps steps{
+        [&] {
+            const HWND native = nativeWindowOf(*standard);
+            EXPECT_EQ(GetWindowLongW(native, GWL_STYLE) & 0x0F, BS_DEFPUSHBUTTON);
+            expect(field, L"");
+            pressKeys({VK_RETURN});
+        },
+        [&] {
+            expect(field, L"leftClicked");
+            // Commands that come from no control.
+            const HWND item = nativeWindowOf(*other);
+            for (const int identifier : {IDOK, GetDlgCtrlID(item)}) {
+                SendMessageW(GetParent(item), WM_COMMAND, static_cast<WPARAM>(identifier), 0);
+                EXPECT_EQ(log->entries.back().a.object<Control>(),
+                          identifier == IDOK ? standard.get() : other.get());
+                EXPECT_EQ(log->take(), L"leftClicked");
+            }
+            SendMessageW(nativeWindowOf(*dialog), WM_CHANGEUISTATE,
+                         MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
+            pressKeys({VK_TAB});
+            pressKeys({VK_RETURN});
+        },
+        [&] {
+            expect(other, L"enterFocus leftClicked");
+            EXPECT_EQ(SendMessageW(nativeWindowOf(*dialog), WM_QUERYUISTATE, 0, 0), 0);
+            pressKeys({VK_MENU, 'C'});
+        },
+        [&] {
+            expect(check, L"keyPressed keyPressed leaveFocus enterFocus leftClicked");
+            EXPECT_TRUE(check->isChecked());
+            pressKeys({VK_RETURN});
+        },
+        [&] {
+            expect(check, L"leftClicked");
+            pressKeys({VK_SHIFT, VK_TAB});
+            pressKeys({VK_SHIFT, VK_TAB});
+        },
+        [&] {
+            expect(field,
+                   L"keyPressed keyPressed leaveFocus enterFocus "
+                   L"keyPressed keyPressed leaveFocus");
+            dialog->hide(1);
+        }};
     EXPECT_EQ(dialog->show(true), 1);
 }
 
@@ -250,46 +216,6 @@ TEST_F(SurfaceTest, focus_ofASurfaceInside_leavesTheOneAround) {
         EXPECT_TRUE(inner->hasFocus());
         EXPECT_FALSE(first->hasFocus());
     }
-}
-
-TEST_F(SurfaceTest, drawnButton_accessKey_pressesIt) {
-    const auto window = makeWindow({300, 200});
-    const auto dialog = makeDialog(window);
-    addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
-    const auto button = makeControl<Button>(L"&Drawn");
-    button->setBoundary(Rect::at({20, 0}, {80, 25}));
-    dialog->addChild(button);
-    const auto log = std::make_shared<MessageLog>();
-    button->connect(log, false);
-    const Steps steps{[] { pressKeys({VK_MENU, 'D'}); }, [&] { dialog->hide(1); }};
-    EXPECT_EQ(dialog->show(true), 1);
-    EXPECT_EQ(log->take(), L"enterFocus leftClicked leaveFocus");
-}
-
-TEST_F(SurfaceTest, tooltip_pointerRests_popsUpWithoutTakingPartInAnything) {
-    const auto window = makeWindow({300, 200});
-    const auto probe = addProbe(*window, Rect::at({10, 10}, {100, 100}));
-    probe->tooltip().setLiteral(L"Hint");
-    auto options = std::make_shared<TooltipOptions>();
-    options->delay = 1;
-    probe->setTooltipOptions(options);
-    const auto findTip = [] {
-        HWND tip = nullptr;
-        while ((tip = FindWindowExW(nullptr, tip, L"#32770", nullptr)) != nullptr &&
-               !(GetWindowThreadProcessId(tip, nullptr) == GetCurrentThreadId() &&
-                 IsWindowVisible(tip))) {
-        }
-        return tip;
-    };
-    movePointer(onScreen(nativeWindowOf(*window), {50, 50}));
-    runMessages(2000, [&] { return findTip() != nullptr; });
-    ASSERT_NE(findTip(), nullptr);
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
-    EXPECT_TRUE(probe->isHovered());
-    EXPECT_NE(pixelOf(findTip(), {3, 3}), 0U);
-    movePointer({1279, 1023});
-    runMessages(2000, [&] { return findTip() == nullptr; });
-    EXPECT_EQ(findTip(), nullptr);
 }
 
 }  // namespace

@@ -35,6 +35,7 @@ protected:
 
 TEST_F(TimerTest, start_repeating_ticksUntilStopped) {
     EXPECT_FALSE(timer_->isRunning());
+    EXPECT_EQ(timer_->getInterval(), 1000U);
     EXPECT_TRUE(timer_->start(10, true));
     waitForTicks(3);
     EXPECT_GE(counter_->ticks, 3);

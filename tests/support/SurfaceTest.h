@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeDialog.h"
 #include "ZuNativeWindow.h"
@@ -63,12 +64,6 @@ public:
     bool objects = true;
     int asked = 0;
 };
-
-inline Size clientSize(HWND window) {
-    RECT client{};
-    GetClientRect(window, &client);
-    return {client.right, client.bottom};
-}
 
 class SurfaceTest : public ::testing::Test {
 protected:
