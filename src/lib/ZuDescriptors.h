@@ -20,6 +20,7 @@
 
 #include "ZuChangeTracker.h"
 #include "ZuGeometry.h"
+#include "ZuPlankton.h"
 #include "ZuServiceLocator.h"
 
 namespace zustd {
