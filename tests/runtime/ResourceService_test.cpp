@@ -97,7 +97,7 @@ TEST(ResourceService, images_comeFromNeutralNamespaceUnlessLanguageReplacesThem)
     const auto service = makeInstalled();
     const auto neutral = makeInstalled();
     neutral->selectLocale(L"xx");
-    for (const std::wstring& locale : {L"de", L"fr", L"nl"}) {
+    for (const wchar_t* locale : {L"de", L"fr", L"nl"}) {
         service->selectLocale(locale);
         int images = 0;
         for (std::uint64_t identifier = 2; identifier < 400; ++identifier) {

@@ -282,5 +282,18 @@ TEST_F(ItemsTest, unknownItemOrKeyInUse_failsItsAssertion) {
     EXPECT_EQ(tree_->getNodeCount(), 1U);
 }
 
+TEST_F(ItemsTest, changesWithoutNativeObject_areNotMirrored) {
+    tree_->releaseTree();
+    grid_->releaseTree();
+    Journal& ofTree = recordingOf<RecordingTreeView>(*tree_).journal;
+    Journal& ofGrid = recordingOf<RecordingGridView>(*grid_).journal;
+    ofTree.clear();
+    ofGrid.clear();
+    tree_->addRootNode(L"a", L"");
+    grid_->addRow(L"a");
+    EXPECT_EQ(ofTree, Journal());
+    EXPECT_EQ(ofGrid, Journal());
+}
+
 }  // namespace
 }  // namespace zustd
