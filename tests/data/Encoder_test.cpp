@@ -106,7 +106,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kSize = 0x10000;
+    static constexpr std::size_t kSize = 0x200000;
     char* memory_;
 };
 
@@ -192,7 +192,7 @@ TEST(Utf8Encoder, randomTexts_ofStretchesAndNeighbours_areEncodedUnitByUnit) {
         }
         // So long that a block's counts are added up more than once.
         if (round % 0x4000 == 0) {
-            text += std::wstring(20'000, random.pick(kUnits));
+            text += std::wstring(600'000, random.pick(kUnits));
         }
         SCOPED_TRACE(random.label() + testing::PrintToString(text));
         const bool needsMark =
