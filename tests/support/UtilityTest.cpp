@@ -110,6 +110,11 @@ std::string UtilityTest::runMenu(const std::vector<std::string>& choices) {
     return process.output();
 }
 
+std::string UtilityTest::saidAtStart() {
+    const std::string all = runMenu({});
+    return all.substr(0, all.find("------"));
+}
+
 Lines UtilityTest::commands() const {
     Lines lines = linesOf(folders_.bench() / "commands.txt");
     for (std::string& line : lines) {

@@ -80,6 +80,8 @@ protected:
     std::string run(const std::vector<std::wstring>& arguments, int exitCode = 0);
     // Starts the utility and gives these answers at the menus; then leaves.
     std::string runMenu(const std::vector<std::string>& choices);
+    // Shows the menu and leaves it: what was said before it, the banner included.
+    std::string saidAtStart();
 
     // The commands that were run, in order; each "cmd /S /C "…"" is given as
     // what stands between its outer quotes.

@@ -129,13 +129,11 @@ TEST_F(AddinProbeTest, utility_killedWhileProbing_takesTheAddinAlongAndTheNextRu
         utility.killAlone();
         if (!mine.empty()) {
             const LockedFile lock(config());
-            EXPECT_TRUE(
-                run({L"foo"}, 1)
-                    .starts_with(
-                        std::string(kBanner) +
-                        "Could not put back the debug settings that an interrupted run changed ("));
+            EXPECT_TRUE(saidAtStart().starts_with(
+                std::string(kBanner) +
+                "Could not put back the debug settings that an interrupted run changed ("));
         }
-        EXPECT_EQ(run({L"foo"}, 1), kBanner + mended());
+        EXPECT_EQ(saidAtStart(), kBanner + mended());
         EXPECT_EQ(read(config()), mine);
         EXPECT_EQ(fs::exists(config()), !mine.empty());
     }
@@ -156,7 +154,7 @@ TEST_F(AddinProbeTest, settings_notPutBack_areLeftToTheNextRun) {
                                     backslashed(config()) + "\nLogging outlook registry"));
         EXPECT_EQ(utility.exitCode(), 0);
     }
-    EXPECT_EQ(run({L"foo"}, 1), kBanner + mended());
+    EXPECT_EQ(saidAtStart(), kBanner + mended());
     EXPECT_EQ(read(config()), mine);
 }
 

@@ -270,7 +270,7 @@ const Action kActions[] = {{"collection", {L"-logdiagnostics"}, ""},
                            {"settings", {}, "5"},
                            {"clean-up", {}, "7"},
                            {"probe", {L"probe"}, ""}};
-const Action kMend = {"mend", {L"foo"}, ""};
+const Action kMend = {"mend", {}, ""};
 
 const std::string kMine = debugConfig("n", "$(auto)", "7", "3");
 const std::string kOn = debugConfig("y", "$(auto)", "10", "1");
