@@ -164,7 +164,7 @@ Facts gatherFacts(const Machine& machine, bool light, bool includeOcat) {
     // The interpreter knows the user's name, but takes one with signs of its own
     // for more than a name.
     const std::string user = zustd::getEnvironmentVariable("USERNAME");
-    const bool isPlainName = user.find_first_of("&^%") == user.npos;
+    const bool isPlainName = user.find_first_of("&^%") == std::string::npos;
     const auto either = [](bool holds, When yes, When no) -> unsigned { return holds ? yes : no; };
     return {either(machine.isVistaOrLater, kVista, kBeforeVista) |
                 either(machine.is64, k64Bit, k32Bit) | either(!light, kExtended, kAlways) |

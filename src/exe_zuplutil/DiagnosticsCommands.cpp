@@ -143,9 +143,9 @@ bool applies(unsigned when, unsigned present) { return (when & ~present) == 0; }
 
 std::string expand(std::string_view text, const Values& values, const Values& more) {
     std::string result;
-    for (std::size_t open; (open = text.find('{')) != text.npos;) {
+    for (std::size_t open; (open = text.find('{')) != std::string_view::npos;) {
         const std::size_t close = text.find('}', open);
-        ZU_ASSERT(close != text.npos);
+        ZU_ASSERT(close != std::string_view::npos);
         const std::string_view name = text.substr(open + 1, close - open - 1);
         const auto hasName = [name](const NamedValue& value) { return value.name == name; };
         auto value = std::find_if(values.begin(), values.end(), hasName);

@@ -29,7 +29,6 @@
 
 namespace zustd {
 
-
 // A word, a run, or the blank of a line break.
 class MarkupText : public Control {
 public:
