@@ -43,7 +43,9 @@ public:
 
     // What stands in the field while nothing is selected or typed. Fails the
     // assertion "caption_" when there is none.
-    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    TextDescriptor& caption() const {
+        return required(caption_, L"caption_", {L"src/lib/ZuNativeComboBox", __LINE__});
+    }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
     // May be null.

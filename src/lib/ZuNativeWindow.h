@@ -24,7 +24,9 @@ public:
     ~NativeWindow() override { releaseImplementation(); }
 
     // Fails the assertion "caption_" when there is none.
-    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    TextDescriptor& caption() const {
+        return required(caption_, L"caption_", {L"src/lib/ZuNativeWindow", __LINE__});
+    }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
 
