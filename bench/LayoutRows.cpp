@@ -187,7 +187,7 @@ std::shared_ptr<zustd::Control> makeParent() {
         child->setBoundary(zustd::Rect::at({0, 0}, {10 + i % 30, 10 + i % 7}));
         parent->addChild(child);
     }
-    parent->setArrangement({.lines = zustd::Flow::kRows, .wrap = true, .measure = false});
+    parent->setArrangement({.flow = zustd::Flow::kRows, .wrap = true, .measure = false});
     return parent;
 }
 

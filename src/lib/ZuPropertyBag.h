@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "ZuDateTime.h"
@@ -140,7 +141,16 @@ private:
                 const T* present = stored.peek<T>();
                 return present != nullptr ? *present == value : value == T();
             },
-            [&](SerializableUnion& stored) { stored.store(value); });
+            [&](SerializableUnion& stored) {
+                if constexpr (std::is_same_v<T, std::wstring>) {
+                    if (stored.isString()) {
+                        // The room of the former text is used again.
+                        stored.stringRef() = value;
+                        return;
+                    }
+                }
+                stored.store(value);
+            });
     }
 
     Table table_;
