@@ -8,13 +8,16 @@ first and gives each worker a Wine prefix of its own.
 
 The sample is drawn from all lines that can take a plant: first the line, each
 as likely as any other, then one of its plants. A plant that does not compile
-is drawn anew. indistinguishable.txt lists plants that nobody can tell from the
+is drawn anew. A header's plant that survives in its own unit is tried once
+more in the sources that use the line, and drawn anew where those are too many.
+indistinguishable.txt lists plants that nobody can tell from the
 original from outside, each with its reason; they are not drawn.
 """
 
 import argparse
 import queue
 import random
+import re
 import sys
 import threading
 import time
@@ -30,6 +33,8 @@ from support import floors  # noqa: E402
 ROOT = Path(__file__).resolve().parents[2]
 EXCUSED = Path(__file__).with_name("indistinguishable.txt")
 OUTCOMES = ("killed", "hung", "survived")
+WIDEST = 12
+SURVIVED = re.compile(r"survived (\S+):(\d+) .*\n +- (.*)\n +\+ (.*)")
 
 
 def floor_of(path):
@@ -49,6 +54,33 @@ def family(path):
              or f'#include "lib/{unit}.h"' in file.read_text(encoding="utf-8")]
     found = [file for file in (ROOT / "src").rglob("*.cpp") if file.stem == unit] + tests
     return [str(file.relative_to(ROOT)) for file in sorted(found)]
+
+
+def including(header):
+    """Sources of src that see a header, itself or by way of others."""
+    files = {file.name: file.read_text(encoding="utf-8") for file in (ROOT / "src").rglob("*.*")
+             if file.suffix in (".cpp", ".h")}
+    seen, waiting = {header}, [header]
+    while waiting:
+        include = re.compile(r'#include "(?:lib/)?' + re.escape(waiting.pop()) + '"')
+        found = {name for name, text in files.items() if include.search(text)} - seen
+        seen |= found
+        waiting += [name for name in found if name.endswith(".h")]
+    return {name: files[name] for name in seen if name.endswith(".cpp")}
+
+
+def wide_family(path, line):
+    """What a header's line is compiled into elsewhere: a default argument, an initial value, an
+    operation that the compiler put in place of its call. None when that is too much to compile."""
+    lines = (ROOT / path).read_text(encoding="utf-8").split("\n")[:line]
+    names = [found[-1] for pattern in (r"(\w+)\(", r"\b(?:class|struct) (\w+)")
+             for found in [re.findall(pattern, "\n".join(lines))] if found]
+    mentions = re.compile(r"\b(?:" + "|".join(names) + r")\b")
+    users = {name for name, text in including(Path(path).name).items() if mentions.search(text)}
+    sources = [str(file.relative_to(ROOT)) for file in (ROOT / "src").rglob("*.cpp")
+               if file.name in users]
+    wide = sorted({*family(path), *sources})
+    return wide if len(wide) <= WIDEST else None
 
 
 def excused():
@@ -83,6 +115,15 @@ def candidates(units, build):
                 of_line[plant.line].append((plant, line))
         found += of_line.values()
     return found
+
+
+def again(found, log):
+    """The plants that survived in a former run's output."""
+    survived = {(path, int(number), after.strip()) for path, number, _, after
+                in SURVIVED.findall(Path(log).read_text(encoding="utf-8"))}
+    for plant, line in (each for of_line in found for each in of_line):
+        if (plant.path, plant.line, plant.applied(line).strip()) in survived:
+            yield plant, line
 
 
 def draw(found, seed):
@@ -131,8 +172,12 @@ def work_off(work, own):
     """One worker's round."""
     while (taken := work.take()) is not None:
         plant, line = taken
-        outcome, program = own.try_plant(plant, family(plant.path), floor_of(plant.path),
-                                         Path(plant.path).stem)
+        place = floor_of(plant.path), Path(plant.path).stem
+        outcome, program = own.try_plant(plant, family(plant.path), *place)
+        if outcome == "survived" and plant.path.endswith(".h"):
+            wide = wide_family(plant.path, plant.line)
+            outcome, program = (own.try_plant(plant, wide, *place) if wide
+                                else ("in too many sources", ""))
         work.put(plant, line, outcome, program)
 
 
@@ -153,6 +198,7 @@ def main():
     parser.add_argument("units", nargs="*", help="units to plant in (default: all)")
     parser.add_argument("--sample", type=int, default=400, help="how many plants (default: 400)")
     parser.add_argument("--seed", type=int, default=int(time.time()), help="of the sample")
+    parser.add_argument("--again", metavar="LOG", help="try what survived in a former output")
     parser.add_argument("--prefix", action="append", required=True, help="one Wine prefix a worker")
     given = parser.parse_args()
 
@@ -168,7 +214,8 @@ def main():
         reached = {floor_of(line[0][0].path) for line in found}
         programs = {name for floor in reached for name in bench.PROGRAMS[floor]}
         benches[0].measure(sorted(programs))
-        work = Work(draw(found, given.seed), given.sample)
+        drawn = again(found, given.again) if given.again else draw(found, given.seed)
+        work = Work(drawn, given.sample)
 
         def guarded(own):
             try:

@@ -36,6 +36,8 @@ GUARD = re.compile(r"^\s*(?:const |\[\[maybe_unused\]\] )*(?:auto|[A-Z][\w:]*|st
 # A parameter with its type, as in a declaration.
 PARAMETER = re.compile(r"[\w>&*] [&*]*\w+(?: = .*)?$|[&*]$")
 NO_CALL = ("return", "if", "for", "while", "switch", "sizeof", "static_assert", "throw", "catch")
+# Their arguments may come in either order.
+COMMUTATIVE = re.compile(r"std::(?:min|max|swap|gcd)(?:<\w+>)?\($")
 # Lines that state facts to the compiler or to the reader of a report, and run nothing of their own.
 PASSED_OVER = re.compile(r"^\s*(?:#|static_assert|template|using |namespace|extern )"
                          r"|= (?:delete|default|0);$")
@@ -126,7 +128,7 @@ def exchanges(line):
     for match in NAME_BEFORE_CALL.finditer(line):
         opening = match.end() - 1
         end = closing(line, opening)
-        if end < 0:
+        if end < 0 or COMMUTATIVE.search(line[:opening + 1]):
             continue
         spans = list(split_arguments(line, opening, end))
         for (begin, middle), (_, last) in zip(spans, spans[1:]):
