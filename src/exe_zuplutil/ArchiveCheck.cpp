@@ -77,7 +77,7 @@ public:
     }
 
 private:
-    zustd::Handle<zustd::FileHandleTraits<&CloseHandle>> file_;
+    zustd::FileHandle file_;
     std::uint64_t size_ = 0;
 };
 

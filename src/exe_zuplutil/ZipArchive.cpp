@@ -34,8 +34,8 @@ constexpr std::int64_t kInUse = -1;
 
 // kInUse while somebody has the file open for writing; 0 when it cannot be read.
 std::int64_t sizeOf(const std::wstring& path) {
-    const zustd::Handle<zustd::FileHandleTraits<&CloseHandle>> file(CreateFileW(
-        path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    const zustd::FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                             OPEN_EXISTING, 0, nullptr));
     if (!file) {
         return GetLastError() == ERROR_SHARING_VIOLATION ? kInUse : 0;
     }

@@ -48,7 +48,8 @@ struct FileHandleTraits {
 };
 
 using FindHandle = Handle<FileHandleTraits<&FindClose>>;
-using SnapshotHandle = Handle<FileHandleTraits<&CloseHandle>>;
+using FileHandle = Handle<FileHandleTraits<&CloseHandle>>;
+using SnapshotHandle = FileHandle;
 using LocalMemory = Handle<NullHandleTraits<HLOCAL, &LocalFree>>;
 using HookHandle = Handle<NullHandleTraits<HHOOK, &UnhookWindowsHookEx>>;
 using WindowHandle = Handle<NullHandleTraits<HWND, &DestroyWindow>>;

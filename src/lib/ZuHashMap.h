@@ -38,7 +38,34 @@ std::uint64_t hashBytes(const HashSecret& secret, const void* bytes, std::size_t
 std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept;
 std::uint64_t hashNumber(std::uint64_t number) noexcept;
 
-// How a key type is looked up: View is what find() takes, hash() is its hash.
+namespace detail {
+
+// Whether two texts are the same, eight bytes at a time: keys are short, and a
+// call of the C library costs more than they do.
+inline bool isSameKey(std::wstring_view left, std::wstring_view right) noexcept {
+    constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(wchar_t);
+    const auto differ = [&](std::size_t at) {
+        std::uint64_t words[2];
+        std::memcpy(&words[0], left.data() + at, sizeof(words[0]));
+        std::memcpy(&words[1], right.data() + at, sizeof(words[1]));
+        return words[0] != words[1];
+    };
+    if (left.size() != right.size() || left.size() < kStep) {
+        return left == right;
+    }
+    const std::size_t last = left.size() - kStep;
+    for (std::size_t at = 0; at < last; at += kStep) {
+        if (differ(at)) {
+            return false;
+        }
+    }
+    return !differ(last);
+}
+
+}  // namespace detail
+
+// How a key type is looked up: View is what find() takes, hash() is its hash,
+// isSame() compares.
 template <class K>
 struct HashKey {
     static_assert(std::is_integral_v<K> || std::is_enum_v<K> || std::is_pointer_v<K>);
@@ -50,6 +77,7 @@ struct HashKey {
             return hashNumber(static_cast<std::uint64_t>(key));
         }
     }
+    static bool isSame(View left, View right) noexcept { return left == right; }
 };
 
 template <>
@@ -58,6 +86,7 @@ struct HashKey<std::wstring> {
     static std::uint64_t hash(View key) noexcept {
         return hashBytes(key.data(), key.size() * sizeof(wchar_t));
     }
+    static bool isSame(View left, View right) noexcept { return detail::isSameKey(left, right); }
 };
 
 // A key that holds a text of usual length in itself: a table of such keys takes
@@ -275,7 +304,8 @@ private:
         const auto shortHash = static_cast<std::uint32_t>(hash);
         std::size_t index = shortHash & mask;
         while (buckets_[index].entry != nullptr &&
-               (buckets_[index].hash != shortHash || KeyView(buckets_[index].entry->key) != key)) {
+               (buckets_[index].hash != shortHash ||
+                !HashKey<K>::isSame(buckets_[index].entry->key, key))) {
             index = (index + 1) & mask;
         }
         return buckets_[index];

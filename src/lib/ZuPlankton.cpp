@@ -1,7 +1,6 @@
 #include "ZuPlankton.h"
 
 #include <malloc.h>
-#include <share.h>
 
 #include <algorithm>
 #include <array>
@@ -13,7 +12,6 @@
 #include <new>
 #include <stdexcept>
 
-#include "ZuFile.h"
 #include "ZuHandleWin32Gdi.h"
 #include "ZuText.h"
 
@@ -22,6 +20,7 @@ namespace zustd {
 namespace {
 
 constexpr std::size_t kMessageLength = 2027;
+// With what stands around the message.
 constexpr std::size_t kLineLength = 2048;
 constexpr std::size_t kStampLength = 128;
 
@@ -38,6 +37,21 @@ public:
     void writeTo(std::FILE* stream) const noexcept {
         std::fwrite(bytes_.data(), 1, size_, stream);
         std::fflush(stream);
+    }
+    // With a carriage return before each line feed. One call: what threads write
+    // at a time stands behind each other in the file.
+    void appendTo(HANDLE file) noexcept {
+        const auto end = bytes_.begin() + static_cast<std::ptrdiff_t>(size_);
+        auto to = end + std::count(bytes_.begin(), end, '\n');
+        const auto size = static_cast<DWORD>(to - bytes_.begin());
+        for (auto from = end; from != to;) {
+            *--to = *--from;
+            if (*from == '\n') {
+                *--to = '\r';
+            }
+        }
+        DWORD written = 0;
+        WriteFile(file, bytes_.data(), size, &written, nullptr);
     }
 
 private:
@@ -74,15 +88,16 @@ void formatStamp(wchar_t (&stamp)[kStampLength]) noexcept {
                   static_cast<long>(GetCurrentThreadId()));
 }
 
-void writeToLogFile(const wchar_t* path, const Utf8Line& line) noexcept {
-    const File file(_wfsopen(path, L"a", _SH_DENYNO));
+void writeToLogFile(const wchar_t* path, Utf8Line& line) noexcept {
+    const FileHandle file(CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         OutputDebugStringW(L"ZUPRETRACE: cannot open log file\n");
         OutputDebugStringW(path);
         OutputDebugStringW(L"\n");
         return;
     }
-    line.writeTo(file.get());
+    line.appendTo(file.get());
 }
 
 // Backend units leave out the quotes around a failed expression; log readers
@@ -143,16 +158,16 @@ namespace detail {
 
 void traceFormatted(const wchar_t* format, ...) noexcept {
     const LastErrorKeeper keeper;
-    wchar_t message[kMessageLength + 1];
+    constexpr std::wstring_view prefix = L"ZULOG: ";
+    wchar_t line[kLineLength];
+    wchar_t* const message = line + prefix.copy(line, prefix.size());
     message[0] = L'\0';
     std::va_list arguments;
     va_start(arguments, format);
     std::vswprintf(message, kMessageLength + 1, format, arguments);
     va_end(arguments);
     message[kMessageLength] = L'\0';
-
-    wchar_t line[kLineLength];
-    std::swprintf(line, kLineLength, L"ZULOG: %ls\n", message);
+    std::wcscpy(message + std::wcslen(message), L"\n");
     writeTraceLine(line);
 }
 
@@ -203,7 +218,7 @@ void writeTraceLine(const wchar_t* line) noexcept {
     }
     wchar_t stamp[kStampLength];
     formatStamp(stamp);
-    const Utf8Line utf8(stamp, line);
+    Utf8Line utf8(stamp, line);
     if (settings->logFilePath == nullptr) {
         utf8.writeTo(stdout);
     } else {
