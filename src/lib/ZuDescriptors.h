@@ -67,6 +67,7 @@ struct FontStyle {
     friend bool operator==(const FontStyle&, const FontStyle&) = default;
 };
 
+// A font by its style, shared by whatever is written in it.
 class FontDescriptor : public Descriptor {
 public:
     FontDescriptor() = default;
@@ -130,6 +131,7 @@ struct Color {
     std::uint8_t blue = 0;
     bool isSet = false;
 
+    // A colour that is set.
     static constexpr Color rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue) noexcept {
         return {red, green, blue, true};
     }
@@ -151,8 +153,10 @@ enum class ColorRole : std::size_t {
 };
 inline constexpr std::size_t kColorRoleCount = 10;
 
+// A control's colours by their roles.
 class ColorsDescriptor : public Descriptor {
 public:
+    // None for a role that was not given one.
     Color color(ColorRole role) const noexcept { return colors_[static_cast<std::size_t>(role)]; }
     // Returns whether anything changed.
     bool setColor(ColorRole role, Color color) {

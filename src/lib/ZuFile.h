@@ -20,6 +20,7 @@ bool isWholeName(const Text& name) noexcept {
 
 struct FileTraits {
     using Type = std::FILE*;
+    // What Handle asks of a kind.
     static Type invalid() noexcept { return nullptr; }
     static void close(Type file) noexcept { std::fclose(file); }
 };

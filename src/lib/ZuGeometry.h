@@ -26,6 +26,7 @@ constexpr std::int32_t saturate(std::int64_t number) noexcept {
                                  std::numeric_limits<std::int32_t>::max()));
 }
 
+// The sum, saturated.
 constexpr std::int32_t saturatedSum(std::int32_t left, std::int32_t right) noexcept {
     return saturate(std::int64_t{left} + right);
 }
@@ -34,6 +35,7 @@ struct Point {
     std::int32_t x = 0;
     std::int32_t y = 0;
 
+    // Each coordinate saturates by itself.
     constexpr Point movedBy(Point offset) const noexcept {
         return {saturatedSum(x, offset.x), saturatedSum(y, offset.y)};
     }
@@ -44,6 +46,7 @@ struct Point {
     friend constexpr bool operator==(const Point&, const Point&) = default;
 };
 
+// Width and height.
 struct Size {
     std::int32_t width = 0;
     std::int32_t height = 0;
@@ -65,6 +68,7 @@ struct Size {
     friend constexpr bool operator==(const Size&, const Size&) = default;
 };
 
+// The pixels from left top to right bottom, all four inclusive.
 struct Rect {
     std::int32_t left = 0;
     std::int32_t top = 0;
@@ -89,6 +93,7 @@ struct Rect {
         *this = at({std::max(place.x, 0), std::max(place.y, 0)}, size());
     }
 
+    // Each edge saturates by itself.
     constexpr Rect movedBy(Point offset) const noexcept {
         return {saturatedSum(left, offset.x), saturatedSum(top, offset.y),
                 saturatedSum(right, offset.x), saturatedSum(bottom, offset.y)};
@@ -100,6 +105,7 @@ struct Rect {
                 saturate(std::int64_t{bottom} - vertical)};
     }
 
+    // Never for an empty rectangle.
     constexpr bool contains(Point point) const noexcept {
         return point.x >= left && point.x <= right && point.y >= top && point.y <= bottom;
     }

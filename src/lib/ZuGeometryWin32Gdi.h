@@ -23,6 +23,7 @@ inline Rect windowRect(HWND window, HWND within = HWND_DESKTOP) noexcept {
     return portableRect(area);
 }
 
+// What a window shows of itself; empty when there is no such window.
 inline Size clientSizeOf(HWND window) noexcept {
     RECT client{};
     GetClientRect(window, &client);

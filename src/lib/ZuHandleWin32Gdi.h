@@ -29,6 +29,7 @@ private:
 template <class T, auto Close>
 struct NullHandleTraits {
     using Type = T;
+    // What Handle asks of a kind.
     static Type invalid() noexcept { return nullptr; }
     static void close(Type handle) noexcept {
         const LastErrorKeeper keeper;
@@ -40,6 +41,7 @@ struct NullHandleTraits {
 template <auto Close>
 struct FileHandleTraits {
     using Type = HANDLE;
+    // What Handle asks of a kind.
     static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
     static void close(Type handle) noexcept {
         const LastErrorKeeper keeper;

@@ -28,6 +28,7 @@
 
 namespace zustd {
 
+// The key of a hash: who does not know it cannot make texts of one hash.
 struct HashSecret {
     std::uint64_t low = 0;
     std::uint64_t high = 0;
@@ -70,6 +71,7 @@ template <class K>
 struct HashKey {
     static_assert(std::is_integral_v<K> || std::is_enum_v<K> || std::is_pointer_v<K>);
     using View = K;
+    // What a table asks of a key type.
     static std::uint64_t hash(View key) noexcept {
         if constexpr (std::is_pointer_v<K>) {
             return hashNumber(reinterpret_cast<std::uintptr_t>(key));
@@ -80,9 +82,11 @@ struct HashKey {
     static bool isSame(View left, View right) noexcept { return left == right; }
 };
 
+// Texts are looked up without a copy.
 template <>
 struct HashKey<std::wstring> {
     using View = std::wstring_view;
+    // What a table asks of a key type.
     static std::uint64_t hash(View key) noexcept {
         return hashBytes(key.data(), key.size() * sizeof(wchar_t));
     }
@@ -128,6 +132,7 @@ class HashMap {
 public:
     using KeyView = typename HashKey<K>::View;
 
+    // A key and its value; the map's own.
     struct Entry {
         template <class... Args>
         explicit Entry(KeyView entryKey, Args&&... args)
@@ -142,6 +147,7 @@ public:
         Entry* next_ = nullptr;
     };
 
+    // From entry to entry in the order of insertion.
     template <class E>
     class Iterator {
     public:
@@ -191,6 +197,7 @@ public:
     bool empty() const noexcept { return size_ == 0; }
     std::size_t bucketCount() const noexcept { return buckets_.size(); }
 
+    // The entries in the order of insertion.
     Iterator<Entry> begin() noexcept { return Iterator<Entry>(first_); }
     Iterator<Entry> end() noexcept { return {}; }
     Iterator<const Entry> begin() const noexcept { return Iterator<const Entry>(first_); }

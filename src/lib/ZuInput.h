@@ -79,10 +79,12 @@ struct MouseEvent {
     std::uint32_t modifiers = 0;
 };
 
+// A key that went down, with the modifiers that were held.
 struct KeyEvent {
     std::uint32_t key = 0;
     std::uint32_t modifiers = 0;
 
+    // Whether this modifier was held.
     bool has(std::uint32_t modifier) const noexcept { return (modifiers & modifier) != 0; }
 };
 

@@ -12,6 +12,7 @@ public:
     explicit Label(const std::wstring& text = {});
 
     bool wrapsWords() const noexcept { return textFormat().wordWrap; }
+    // Returns whether it was otherwise before.
     bool setWordWrap(bool wraps);
     // Whether "&" underlines the next character; it is an ordinary one at
     // first.

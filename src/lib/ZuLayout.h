@@ -63,6 +63,7 @@ struct Placement {
     friend bool operator==(const Placement&, const Placement&) = default;
 };
 
+// What came of arranging children in an area.
 struct LayoutResult {
     // How far the children reach from the area's left top corner.
     Size contentSize;

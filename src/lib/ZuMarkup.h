@@ -26,6 +26,7 @@ struct MarkupSettings {
     bool wrapsWords = false;
 };
 
+// Who hears what a markup text says, piece by piece.
 class IMarkupHandler {
 public:
     IMarkupHandler() = default;

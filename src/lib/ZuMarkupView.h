@@ -48,6 +48,7 @@ private:
     Size size_;
 };
 
+// A link within a markup view.
 class MarkupLink : public Link {
 public:
     MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,

@@ -56,6 +56,7 @@ struct MessageBoxButton {
     friend bool operator==(const MessageBoxButton&, const MessageBoxButton&) = default;
 };
 
+// What a message box asks, and with which buttons.
 struct MessageBoxContent {
     // Filled in by the caller.
     std::wstring text;

@@ -21,6 +21,7 @@ struct WindowMessage {
     LPARAM extra;
 };
 
+// Who handles the messages of windows that are not its own class's.
 class IMultiWindowMessageHandlerWin32Gdi {
 public:
     IMultiWindowMessageHandlerWin32Gdi() = default;

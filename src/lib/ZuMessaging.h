@@ -81,6 +81,7 @@ class MessageWord {
 public:
     constexpr MessageWord() noexcept = default;
     constexpr explicit MessageWord(std::int64_t number) noexcept : bits_(number) {}
+    // The address of what the receivers are shown; it outlives the delivery.
     static MessageWord ofText(const std::wstring& text) noexcept {
         return MessageWord(reinterpret_cast<std::intptr_t>(&text));
     }

@@ -27,12 +27,8 @@ public:
     ~NativeButton() override { releaseImplementation(); }
 
     // Fail the assertions "caption_" and "font_" when there is none.
-    TextDescriptor& caption() const {
-        return required(caption_, L"caption_", {L"src/lib/ZuNativeButton", __LINE__});
-    }
-    FontDescriptor& font() const {
-        return required(font_, L"font_", {L"src/lib/ZuNativeButton", __LINE__});
-    }
+    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     // Without one the font is that of a new descriptor.
     bool hasFont() const noexcept { return font_ != nullptr; }

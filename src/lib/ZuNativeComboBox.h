@@ -43,9 +43,7 @@ public:
 
     // What stands in the field while nothing is selected or typed. Fails the
     // assertion "caption_" when there is none.
-    TextDescriptor& caption() const {
-        return required(caption_, L"caption_", {L"src/lib/ZuNativeComboBox", __LINE__});
-    }
+    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
     // May be null.
@@ -109,6 +107,7 @@ public:
     std::size_t getItemCount() const override;
 
 protected:
+    // The list has changed so; the index is the new or the former one.
     virtual void mirrorAdded(std::size_t index) = 0;
     virtual void mirrorRemoved(std::size_t index) = 0;
     virtual void mirrorCleared() = 0;

@@ -51,6 +51,7 @@ public:
     HWND window() const noexcept { return attachment_.window(); }
 
 protected:
+    // What a window is made of; another one needs a new window.
     struct Shape {
         const wchar_t* windowClass;
         // Without WS_CHILD, WS_VISIBLE and WS_DISABLED.

@@ -28,6 +28,7 @@ class INativeGridViewImpl {
 public:
     virtual ~INativeGridViewImpl() = default;
 
+    // The operations of NativeGridView by the same names.
     virtual std::size_t addRow(const std::wstring& key) = 0;
     virtual void removeRow(std::size_t row) = 0;
     virtual void clear() = 0;
@@ -52,6 +53,7 @@ public:
     virtual void synchronizeBitmaps() = 0;
 };
 
+// How a column is headed and laid out.
 struct GridColumn {
     std::wstring caption;
     // In pixels at a scaling factor of 1; 0 for what caption and content need
@@ -205,6 +207,7 @@ public:
 protected:
     GridModel& model() const { return getAbstraction().model(); }
 
+    // The model has changed so; the row is the new or the former one.
     virtual void mirrorAdded(std::size_t row) = 0;
     virtual void mirrorRemoved(std::size_t row) = 0;
     virtual void mirrorCleared() = 0;

@@ -13,6 +13,7 @@
 
 namespace zustd {
 
+// An item of a menu, a separator or the heading of a menu below.
 struct PopupMenuItem {
     // What show() returns; 1 or more. 0 stands for a separator.
     std::uint32_t identifier = 0;
@@ -41,6 +42,7 @@ public:
 
     const std::vector<PopupMenuItem>& items() const noexcept { return items_; }
     void setItems(std::vector<PopupMenuItem> items);
+    // Each goes to the menu's end.
     void addItem(std::uint32_t identifier, std::wstring caption);
     void addSeparator();
     // The item with this identifier at any depth, or null. Valid until items

@@ -13,6 +13,7 @@ enum class ProgressState : std::uint32_t { kNormal, kError, kPaused };
 // nothing without a native object; synchronisation brings the state then.
 class INativeProgressBarImpl : public IBackend {
 public:
+    // Both inclusive.
     virtual void setRange(std::int32_t minimum, std::int32_t maximum) = 0;
     virtual void setPosition(std::int32_t position) = 0;
     // As the native object has it; the minimum without one.

@@ -15,6 +15,7 @@ namespace zustd {
 // without a native object; synchronisation brings the state then.
 class INativeScrollBarImpl : public IBackend {
 public:
+    // Both inclusive.
     virtual void setRange(std::int32_t minimum, std::int32_t maximum) = 0;
     virtual void setPageSize(std::int32_t size) = 0;
     virtual void setPosition(std::int32_t position) = 0;

@@ -24,16 +24,12 @@ public:
 
     // The hint that an empty field shows; one of several lines shows none.
     // Fails the assertion "watermark_" when there is none.
-    TextDescriptor& watermark() const {
-        return required(watermark_, L"watermark_", {L"src/lib/ZuNativeTextBox", __LINE__});
-    }
+    TextDescriptor& watermark() const { return required(watermark_, L"watermark_", ZU_HERE); }
     bool hasWatermark() const noexcept { return watermark_ != nullptr; }
     bool setWatermark(const TextRef& watermark) { return changeDescriptor(watermark_, watermark); }
     // Fails the assertion "font_" when there is none; the font is that of a new
     // descriptor then.
-    FontDescriptor& font() const {
-        return required(font_, L"font_", {L"src/lib/ZuNativeTextBox", __LINE__});
-    }
+    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 

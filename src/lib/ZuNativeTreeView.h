@@ -96,6 +96,7 @@ public:
     static const MessageKind kRightClicked;
     static const MessageKind kSelectionChanged;
 
+    // The node that a message's second word is about.
     static TreeNode nodeOfWord(MessageWord word) noexcept {
         return static_cast<TreeNode>(word.number());
     }
@@ -265,6 +266,7 @@ public:
 protected:
     TreeModel& model() const { return getAbstraction().model(); }
 
+    // Called when the model has the node.
     virtual void mirrorAdded(TreeNode node) = 0;
     // Called before the node leaves the model.
     virtual void mirrorRemoving(TreeNode node) = 0;

@@ -152,6 +152,10 @@ struct UnitName {
     }
 };
 
+// One copy of a name in the program, also from inline functions of a header.
+template <UnitName Unit>
+inline constexpr const wchar_t* kUnitText = Unit.text;
+
 // Traces the two lines of a failed assertion and throws the expression text.
 [[noreturn]] void failAssertion(const wchar_t* expression, SourcePlace place);
 
@@ -161,11 +165,7 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 }  // namespace detail
 
 // The unit that this source belongs to, as a wide string with static lifetime.
-#define ZU_UNIT                                                                                    \
-    ([]() noexcept -> const wchar_t* {                                                             \
-        static constexpr ::zustd::detail::UnitName unit{L"" __FILE__};                             \
-        return unit.text;                                                                          \
-    }())
+#define ZU_UNIT (::zustd::detail::kUnitText<::zustd::detail::UnitName{L"" __FILE__}>)
 
 // This place in the source.
 #define ZU_HERE (::zustd::SourcePlace{ZU_UNIT, __LINE__})

@@ -43,6 +43,7 @@ public:
     // parseXml over a whole text.
     virtual void parse(const std::wstring& text);
 
+    // The default where there is no value of the kind.
     virtual std::wstring getString(std::wstring_view key, const std::wstring& defaultValue) const {
         return getOr(key, defaultValue);
     }
@@ -91,6 +92,7 @@ public:
     // bag is, or is read anew.
     virtual void onChanged(std::wstring_view) {}
 
+    // Null for a missing key.
     virtual SerializableUnion getUnion(std::wstring_view key) const;
     // A null value clears the key. An object is refused without a word: a bag
     // holds only values that have a text form. Arrays as in setArray.

@@ -40,6 +40,7 @@ struct ResourceRoot {
     const ResourceNamespace* namespaces;
 };
 
+// A library: its name and its roots, of which one is used.
 struct ResourceLibrary {
     const wchar_t* name;
     // Which of the roots is used.

@@ -21,6 +21,7 @@ namespace zustd {
 
 class NativeScrollBar;
 
+// Shows one control in a viewport, with scroll bars where they are needed.
 class ScrollView : public Control {
 public:
     ScrollView();

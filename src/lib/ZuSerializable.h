@@ -113,6 +113,7 @@ public:
         detail::appendText(text, value);
         text.append(kValueEnd);
     }
+    // Reads the XML form from either character source.
     template <class Source>
     void readFrom(Source& in) {
         xml::readElement(in, kValueTag,
@@ -167,6 +168,7 @@ class SerializableArray;
 // The types of the kinds' values, from kind 1 on: the one list of them.
 template <class... Types>
 struct KindTypes {
+    // The kind of a type's values.
     template <class T>
     static constexpr ValueKind kindOf() noexcept {
         std::uint32_t number = 0;
@@ -186,6 +188,7 @@ struct KindTypes {
 using ValueKinds = KindTypes<std::wstring, std::int32_t, double, bool, DateTime, std::uint64_t,
                              std::shared_ptr<SharedObject>, std::vector<SerializableUnion>>;
 
+// Nothing, or one value of eight kinds.
 class SerializableUnion : public ReadsItself<SerializableUnion> {
 public:
     SerializableUnion() noexcept = default;
@@ -320,6 +323,7 @@ public:
 
     void appendXml(std::wstring& text) const override;
 
+    // Reads the XML form from either character source.
     template <class Source>
     void readFrom(Source& in);
 

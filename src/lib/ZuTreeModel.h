@@ -28,6 +28,7 @@ public:
     static constexpr std::int32_t kNoBitmap = -1;
 
     std::size_t nodeCount() const noexcept { return nodeCount_; }
+    // False for kNoNode and for a node that was removed.
     bool contains(TreeNode node) const noexcept;
     // A node's place, in 32 bits; a later node may have it. The node that has it now,
     // or kNoNode.
@@ -68,6 +69,7 @@ public:
     // above it are expanded; kNoNode for kNoNode.
     TreeNode standInFor(TreeNode node) const;
 
+    // kNoNode when no node has the key.
     TreeNode find(std::wstring_view key) const noexcept;
     const std::wstring& key(TreeNode node) const;
     const std::wstring& caption(TreeNode node) const { return at(node).caption; }

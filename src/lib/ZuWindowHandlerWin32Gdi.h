@@ -89,6 +89,7 @@ protected:
     void synchronizeCaption(const std::wstring& caption);
     void synchronizeEnabled();
 
+    // What the system calls for each message.
     static LRESULT CALLBACK windowProcedure(HWND window, UINT id, WPARAM wide,
                                             LPARAM extra) noexcept;
     static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,

@@ -222,6 +222,7 @@ public:
 
     // --- Resources
 
+    // From the backend's cache; null when it cannot be made.
     auto getFont(const FontStyle& style) { return implementation().getFont(style); }
     // Null stands for the style that a new descriptor has.
     auto getFont(const FontRef& descriptor) { return getFont(styleOf(descriptor)); }

@@ -80,6 +80,7 @@ public:
     // --- Drawing objects. The caches are the UI thread's and serve all window
     // services; they hold a bounded number of objects that nobody else uses.
 
+    // Made when there is none yet; null when that fails.
     std::shared_ptr<Font> getCachedFont(const FontStyle& style);
     std::shared_ptr<Bitmap> getCachedBitmap(const ResourceDescriptor& resource, Size size);
     // New ones, joined to their backends and synchronised.

@@ -63,6 +63,8 @@ public:
 
     // --- Values from text: what does not scan is 0 ---------------------------
 
+    // Decimal, with a sign; beyond the range of the type its nearest end. A size
+    // below 0 wraps around.
     static std::int32_t toLong(std::wstring_view text) noexcept;
     static std::uint64_t toSize(std::wstring_view text) noexcept;
     // An infinity beyond the range of the type.
@@ -112,6 +114,7 @@ public:
 // steps over the text given if it comes next, skipPlain() over everything up
 // to the next "<", ">" or "&"; a range does both by the block.
 
+// The characters between two pointers.
 class XmlRange {
 public:
     using Mark = const wchar_t*;
@@ -126,6 +129,7 @@ public:
     XmlRange& operator=(const XmlRange&) = delete;
     ~XmlRange() { begin_ = at_; }
 
+    // What the grammar asks of a source.
     int peek() const noexcept { return at_ != end_ ? static_cast<int>(*at_) : kEnd; }
     void skip() noexcept { ++at_; }
     bool takeLiteral(std::wstring_view literal) noexcept {
@@ -171,6 +175,7 @@ public:
     XmlStream(const XmlStream&) = delete;
     XmlStream& operator=(const XmlStream&) = delete;
 
+    // What the grammar asks of a source.
     int peek() { return at_ != seen_.size() || see() ? static_cast<int>(seen_[at_]) : kEnd; }
     void skip() noexcept { ++at_; }
     bool takeLiteral(std::wstring_view literal);
@@ -216,6 +221,7 @@ inline constexpr std::wstring_view kTagOpen = L"<";
 inline constexpr std::wstring_view kClosingTagOpen = L"</";
 inline constexpr std::wstring_view kTagClose = L">";
 
+// What may stand before a tag.
 inline constexpr bool isSpace(int c) noexcept {
     return c <= L' ' && (c == L' ' || c == L'\n' || c == L'\r' || c == L'\t');
 }
@@ -269,6 +275,7 @@ bool takeAnyTag(Source& in, std::wstring_view& text) {
 // that do not parse fail the assertion "attributesOK" whatever the name.
 bool matchesTag(std::wstring_view text, std::wstring_view name, bool closing);
 
+// Throws std::invalid_argument that names both tags.
 [[noreturn]] void throwTagMismatch(std::wstring_view name, bool closing, std::wstring_view found);
 
 // otherTag = anyTag
