@@ -258,8 +258,12 @@ void Control::drawAsRoot(GraphicsService& graphics) {
     const ScopedValue drawing(drawing_, true);
     drawSelf(graphics);
     const auto drawChildren = [this, &graphics] {
+        // Asked for once: of thousands of words few are on the screen.
+        const Rect shown = graphics.getDrawArea();
         for (std::size_t i = 0; i < children_.size(); ++i) {
-            children_[i]->draw(graphics);
+            if (children_[i]->boundary_.intersects(shown)) {
+                children_[i]->draw(graphics);
+            }
         }
     };
     if (!clipsChildren_ || children_.empty()) {
