@@ -21,13 +21,8 @@ inline constexpr std::uint32_t kApplicationStateCriticalError = 4;
 
 // What a backend does for the front. Slot order is fixed; what the framework
 // itself does not call is there for hosts.
-class IApplicationServiceImpl {
+class IApplicationServiceImpl : public IBackend {
 public:
-    IApplicationServiceImpl() = default;
-    IApplicationServiceImpl(const IApplicationServiceImpl&) = delete;
-    IApplicationServiceImpl& operator=(const IApplicationServiceImpl&) = delete;
-    virtual ~IApplicationServiceImpl() = default;
-
     // Window services for the active window (with allowForeground also for
     // another program's), the main window, no window, the desktop. Empty when
     // there is no such window.

@@ -24,10 +24,8 @@ namespace zustd {
 
 // What a backend does for a grid. Slot order is fixed. Rows exist; the portable
 // half has checked them.
-class INativeGridViewImpl {
+class INativeGridViewImpl : public IBackend {
 public:
-    virtual ~INativeGridViewImpl() = default;
-
     // The operations of NativeGridView by the same names.
     virtual std::size_t addRow(const std::wstring& key) = 0;
     virtual void removeRow(std::size_t row) = 0;

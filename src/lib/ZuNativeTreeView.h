@@ -26,10 +26,8 @@ namespace zustd {
 
 // What a backend does for a tree view. Slot order is fixed. Nodes exist, or the
 // model's assertions fail; kNoNode comes back where there is none.
-class INativeTreeViewImpl {
+class INativeTreeViewImpl : public IBackend {
 public:
-    virtual ~INativeTreeViewImpl() = default;
-
     // 1: nothing is shown while off; counts, as many on as off.
     virtual void setEnableRedraw(bool enable) = 0;
     // 2 to 6

@@ -30,13 +30,8 @@ namespace zustd {
 using StringTable = SizeMap<std::wstring>;
 
 // What a backend does.
-class IResourceServiceImpl {
+class IResourceServiceImpl : public IBackend {
 public:
-    IResourceServiceImpl() = default;
-    IResourceServiceImpl(const IResourceServiceImpl&) = delete;
-    IResourceServiceImpl& operator=(const IResourceServiceImpl&) = delete;
-    virtual ~IResourceServiceImpl() = default;
-
     // Chooses the namespace for a locale name; an empty name stands for the
     // library's default locale. False, and nothing changed, when the library
     // has no namespace for it. Whatever was looked up before stays valid.
