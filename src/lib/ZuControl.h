@@ -186,6 +186,8 @@ public:
     // Whether a press on the control may become a drag, with its messages.
     bool isDraggable() const noexcept { return draggable_; }
     void setDraggable(bool draggable) noexcept { draggable_ = draggable; }
+    // Whether keys can come here, as at first to buttons, links, fields, lists,
+    // forks and views that scroll.
     bool isFocusable() const noexcept { return focusable_; }
     void setFocusable(bool focusable) noexcept { focusable_ = focusable; }
     // Tab visits lower numbers first and, among equal ones, tree order.
@@ -298,7 +300,9 @@ public:
     std::shared_ptr<SharedObject> sourceOwner() const override;
 
 protected:
-    // Paints the control itself, its left top corner being 0, 0.
+    // Paints the control itself, its left top corner being 0, 0; nothing cuts
+    // what goes beyond its edges. This one paints the background where a colour
+    // is set for it, and a derived class that wants one calls it.
     virtual void drawSelf(GraphicsService& graphics);
     // Puts the children into place without showing it; the base applies the
     // arrangement. Sends nothing, and is not called again from inside.

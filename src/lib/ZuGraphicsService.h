@@ -80,7 +80,9 @@ public:
     // The restriction as a whole: replaced; taken away.
     virtual void setClippingArea(const Rect& area) = 0;
     virtual void clearClippingArea() = 0;
-    // Fails the assertion "width > 0".
+    // For lines and outlines, until it is set anew: who draws with a pen sets it
+    // first. An outline grows inwards, a line to both sides. Fails the assertion
+    // "width > 0".
     virtual void setPen(Color color, std::int32_t width) = 0;
     // The part of the surface that is being painted; empty between paints.
     virtual Rect getDrawArea() const = 0;

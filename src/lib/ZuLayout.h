@@ -30,7 +30,8 @@ enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustif
 // put.
 enum class Flow : std::uint32_t { kManual, kRows, kColumns };
 
-// How a control arranges its children.
+// How a control arranges its children. Sizes are in pixels of the screen, as
+// Control::scale gives them.
 struct Arrangement {
     Flow flow = Flow::kManual;
     // In rows the horizontal one spreads the children along the row and the
@@ -51,7 +52,7 @@ struct Arrangement {
     friend bool operator==(const Arrangement&, const Arrangement&) = default;
 };
 
-// How a control is placed among the children of another one.
+// How a control is placed among the children of another one; sizes as above.
 struct Placement {
     Size minimum{};
     // 0 means no limit on that axis.

@@ -5,7 +5,7 @@
 namespace zustd::gallery {
 
 std::span<const Page> pages() noexcept {
-    static constexpr std::array<Page, 10> kPages = {{
+    static constexpr auto kPages = std::to_array<Page>({
         {L"buttons", L"Buttons", &buildButtons},
         {L"texts", L"Texts and lists", &buildTexts},
         {L"ranges", L"Ranges", &buildRanges},
@@ -16,7 +16,8 @@ std::span<const Page> pages() noexcept {
         {L"widgets", L"Drawn widgets", &buildWidgets},
         {L"layouts", L"Layouts", &buildLayouts},
         {L"markup", L"Markup", &buildMarkup},
-    }};
+    });
+    static_assert(kPages.size() == GALLERY_PAGES, "each page's source has its line here");
     return kPages;
 }
 
