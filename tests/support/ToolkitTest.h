@@ -17,7 +17,10 @@ protected:
     ToolkitTest() {
         window_->setBoundary({0, 0, 199, 99});
         window_->synchronizeTree();
+        told();
     }
+    // Puts a result behind what was told under way.
+    static void say(auto result) { tell(textOf(result)); }
     // A widget on the window, listened to.
     template <class Widget>
     std::shared_ptr<Widget> shown(std::shared_ptr<Widget> widget, const Rect& boundary = {}) {
