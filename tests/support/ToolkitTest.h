@@ -21,6 +21,9 @@ protected:
     }
     // Puts a result behind what was told under way.
     static void say(auto result) { tell(textOf(result)); }
+    static void expectTold(const std::wstring& expected, int line = __builtin_LINE()) {
+        EXPECT_EQ(told(), expected) << "at line " << line;
+    }
     // A widget on the window, listened to.
     template <class Widget>
     std::shared_ptr<Widget> shown(std::shared_ptr<Widget> widget, const Rect& boundary = {}) {

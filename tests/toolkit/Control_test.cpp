@@ -80,7 +80,7 @@ TEST_F(ControlTest, notify_nested_reachesOwnSinksThenAncestorsUpToTheOneThatHand
     inner_->setSendingEnabled(true);
     // The handler drops the sender; above it comes only what it has to say itself.
     say(inner_->notify(Control::kSelected));
-    EXPECT_EQ(told(), L"unselected 7,0; unselected 7,0; 1; 0; selected; shouldRefresh; 1");
+    expectTold(L"unselected 7,0; unselected 7,0; 1; 0; selected; shouldRefresh; 1");
     const TraceCapture trace(kTraceLevelInfo);
     EXPECT_EQ(inner_->scale(10.0), 10.0);
     EXPECT_EQ(trace.messages(),
@@ -96,16 +96,15 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
     say(inner_->setBoundary({5, 5, 2, 1}));
     say(inner_->setBoundary({5, 5, 5, 5}));
     say(button_->setSize({7, 8}));
-    EXPECT_EQ(told(),
-              L"made 18,19,67,38; invalidate 10,10,59,59; invalidate 10,10,59,59; invalidate "
-              L"20,0,69,49; sync 28,9,77,28; 1; invalidate 23,4,32,13; invalidate 25,5,25,5; sync "
-              L"30,10,79,29; 1; 0; sync 30,10,36,17; 1");
+    expectTold(
+        L"made 18,19,67,38; invalidate 10,10,59,59; invalidate 10,10,59,59; invalidate 20,0,69,49; "
+        L"sync 28,9,77,28; 1; invalidate 23,4,32,13; invalidate 25,5,25,5; sync 30,10,79,29; 1; 0; "
+        L"sync 30,10,36,17; 1");
     say(box_->setVisible(false));
     say(box_->setEnabled(false));
     say(box_->setEnabled(false));
     say(box_->setVisible(true));
-    EXPECT_EQ(
-        told(),
+    expectTold(
         L"invalidate 20,0,69,49; sync 30,10,36,17 hidden; 1; invalidate 20,0,69,49; sync "
         L"30,10,36,17 hidden disabled; 1; 0; invalidate 20,0,69,49; sync 30,10,36,17 disabled; 1");
     say(box_->setColors(colors));
@@ -113,17 +112,17 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
     say(button_->setColors(colors));
     say(box_->setColors(nullptr));
     say(colors->setColor(ColorRole::kText, Color::rgb(1, 2, 4)));
-    EXPECT_EQ(told(),
-              L"invalidate 20,0,69,49; sync 30,10,36,17 disabled; 1; invalidate 20,0,69,49; sync "
-              L"30,10,36,17 disabled; 1; sync 30,10,36,17 disabled; 1; invalidate 20,0,69,49; sync "
-              L"30,10,36,17 disabled; 1; sync 30,10,36,17 disabled; 1");
+    expectTold(
+        L"invalidate 20,0,69,49; sync 30,10,36,17 disabled; 1; invalidate 20,0,69,49; sync "
+        L"30,10,36,17 disabled; 1; sync 30,10,36,17 disabled; 1; invalidate 20,0,69,49; sync "
+        L"30,10,36,17 disabled; 1; sync 30,10,36,17 disabled; 1");
     window_->acceptSize({300, 80});
     window_->showAnew();
     inner_->removeAllChildren();
     inner_->addChild(button_);
-    EXPECT_EQ(told(),
-              L"invalidate; sync 30,10,36,17 disabled; sync 0,0,299,79; sync 30,10,36,17 disabled; "
-              L"invalidate; released; invalidate 25,5,25,5; made 30,10,36,17 disabled");
+    expectTold(
+        L"invalidate; sync 30,10,36,17 disabled; sync 0,0,299,79; sync 30,10,36,17 disabled; "
+        L"invalidate; released; invalidate 25,5,25,5; made 30,10,36,17 disabled");
     {
         const ControlUpdate outer(*button_);
         const ControlUpdate inner(*button_);
@@ -132,11 +131,10 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         button_->setChecked(true);
         button_->setBoundary({1, 1, 50, 20});
         box_->addChild(makeControl<Control>());
-        EXPECT_EQ(told(), L"");
+        expectTold(L"");
     }
     say(window_->removeChild(box_.get()));
-    EXPECT_EQ(
-        told(),
+    expectTold(
         L"invalidate 20,0,69,49; sync 26,6,75,25 disabled; released; invalidate 20,0,69,49; 1");
 }
 
@@ -156,13 +154,13 @@ TEST_F(ControlTest, draw_nested_movesTheOriginClipsAndSkipsWhatIsNotPainted) {
     EXPECT_EQ(inner_->color(ColorRole::kText), Color::rgb(7, 8, 9));
     told();
     drawn(*window_);
-    EXPECT_EQ(told(),
-              L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 13,14,22,23; "
-              L"frame 40,40,109,49; unclip");
+    expectTold(
+        L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 13,14,22,23; frame "
+        L"40,40,109,49; unclip");
     drawn(*window_, {40, 40, 199, 99});
-    EXPECT_EQ(told(),
-              L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 40,40,109,49; "
-              L"unclip");
+    expectTold(
+        L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 40,40,109,49; "
+        L"unclip");
     EXPECT_EQ(drawn(*window_, {60, 60, 199, 99}).size(), 1U);
     last->failsToDraw = true;
     EXPECT_EQ(thrownText([&] { drawn(*window_); }), L"!failsToDraw");

@@ -64,7 +64,7 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     say(text->setLiteral(L"newer"));
     say(label->setText(L"newer"));
     say(label->setText(L""));
-    EXPECT_EQ(told(), L"invalidate 10,10,59,29; 1; 0; invalidate 10,10,59,29; 1");
+    expectTold(L"invalidate 10,10,59,29; 1; 0; invalidate 10,10,59,29; 1");
     EXPECT_EQ(seen(*label), L"fill 0,0,49,19 #010101");
     // Labels let the mouse through.
     EXPECT_EQ(window_->controlAt({20, 20}), window_.get());
@@ -91,19 +91,19 @@ TEST_F(DrawnTest, link_states_showAndSend) {
     EXPECT_EQ(seen(*link), L"text 0,0,27,15 more 11  #005fb8 0 0 000");
     mouse(MouseAction::kMove, {12, 12});
     click({12, 12});
-    EXPECT_EQ(told(),
-              L"invalidate 10,10,37,25; enterHovering; cursor 1; invalidate 10,10,37,25; "
-              L"enterFocus; invalidate 10,10,37,25; enterLeftClicking; invalidate 10,10,37,25; "
-              L"leaveLeftClicking; leftClicked 2,2");
+    expectTold(
+        L"invalidate 10,10,37,25; enterHovering; cursor 1; invalidate 10,10,37,25; enterFocus; "
+        L"invalidate 10,10,37,25; enterLeftClicking; invalidate 10,10,37,25; leaveLeftClicking; "
+        L"leftClicked 2,2");
     EXPECT_EQ(seen(*link), L"text 0,0,27,15 more 11 u #008ae6 0 0 000; focus 0,0,27,15");
     key(kKeyEnter);
     key(kKeySpace);
     key(kKeyEnter, kModifierAlt);
     link->setEnabled(false);
     link->click();
-    EXPECT_EQ(told(),
-              L"leftClicked; leftClicked; keyPressed 13,0; invalidate 10,10,37,25; invalidate "
-              L"10,10,37,25; leaveHovering; invalidate 10,10,37,25; leaveFocus");
+    expectTold(
+        L"leftClicked; leftClicked; keyPressed 13,0; invalidate 10,10,37,25; invalidate "
+        L"10,10,37,25; leaveHovering; invalidate 10,10,37,25; leaveFocus");
     EXPECT_EQ(seen(*link), L"text 0,0,27,15 more 11  #6d6d6d 0 0 000");
 }
 
@@ -195,8 +195,7 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
               L"pen #000000 1; line 6,7 10,11; line 10,11 6,15; text 16,0,43,21 More 11  #000000 0 "
               L"2 010");
     click({30, 5});
-    EXPECT_EQ(
-        told(),
+    expectTold(
         L"invalidate 0,0,43,21; enterFocus; invalidate 0,0,43,21; enterLeftClicking; invalidate "
         L"0,0,43,21; leaveLeftClicking; invalidate 0,0,43,21; sync 16,44,90,66 hidden; invalidate "
         L"16,22,43,66; sync 16,44,90,66; invalidate 0,0,43,66; toggleExpandCollapse; invalidate "
@@ -294,10 +293,10 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     told();
     say(mouse(MouseAction::kWheel, {5, 5}, -120));
     say(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierShift));
-    EXPECT_EQ(told(),
-              L"invalidate 0,0,83,183; position 48; arrows 1 1; scrolled 48,0; scrolledvertically "
-              L"48,0; 1; invalidate 0,0,83,183; position 48; arrows 1 1; scrolled 48,0; "
-              L"scrolledhorizontally 48,0; 1");
+    expectTold(
+        L"invalidate 0,0,83,183; position 48; arrows 1 1; scrolled 48,0; scrolledvertically 48,0; "
+        L"1; invalidate 0,0,83,183; position 48; arrows 1 1; scrolled 48,0; scrolledhorizontally "
+        L"48,0; 1");
     EXPECT_TRUE(mouse(MouseAction::kHorizontalWheel, {5, 5}, -60));
     EXPECT_EQ(view_->scrollPosition(), (Point{24, 48}));
     EXPECT_FALSE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierControl));
@@ -308,8 +307,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_EQ(view_->scrollPosition(), (Point{24, 50}));
     told();
     view_->scrollBar(true)->acceptPosition(7);
-    EXPECT_EQ(
-        told(),
+    expectTold(
         L"position 7; arrows 1 1; invalidate 0,0,83,183; scrolled 7,0; scrolledvertically 7,0");
     view_->scrollTo(Point{INT32_MAX, INT32_MIN});
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));

@@ -139,7 +139,7 @@ TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
         right_->addChild(inner_);
         after({{kMove, {65, 15}}, {kLeftDown, {65, 15}}});
         change();
-        EXPECT_EQ(told(), expected);
+        expectTold(expected);
         EXPECT_FALSE(native().captured || router().focused() || router().hovered());
     }
     // By its own handler.
@@ -174,7 +174,7 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
     left_->setFocusOrder(1);
     inner_->setFocusOrder(1);
     say(key('X'));
-    EXPECT_EQ(told(), L"0");
+    expectTold(L"0");
     for (const auto& [modifiers, focused] : {std::pair{0U, right_},
                                              {0U, left_},
                                              {0U, inner_},
@@ -191,13 +191,13 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
         key(kKeyUp, modifiers);
         key(kKeyDown, modifiers);
     }
-    EXPECT_EQ(told(),
-              L"key 38; key 38; keyPressed 38,0; selectPreviousItem; key 40; key 40; keyPressed "
-              L"40,0; selectNextItem; key 38; key 38; keyPressed 38,0; moveUp; key 40; key 40; "
-              L"keyPressed 40,0; moveDown");
+    expectTold(
+        L"key 38; key 38; keyPressed 38,0; selectPreviousItem; key 40; key 40; keyPressed 40,0; "
+        L"selectNextItem; key 38; key 38; keyPressed 38,0; moveUp; key 40; key 40; keyPressed "
+        L"40,0; moveDown");
     right_->uses = true;
     say(key(kKeyTab));
-    EXPECT_EQ(told(), L"key 9; key 9; 1");
+    expectTold(L"key 9; key 9; 1");
     // From nowhere backwards to the last that can have it; then to the only one.
     inner_->setVisible(false);
     EXPECT_EQ(router().focused(), nullptr);
@@ -214,7 +214,7 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
                  left_->takeFocus() || key(kKeyTab));
     told();
     router().acceptFocus(nullptr);
-    EXPECT_EQ(told(), L"leaveFocus");
+    expectTold(L"leaveFocus");
 }
 
 TEST_F(InputTest, tab_acrossSurfaces_movesOnInsideTheInnerOne) {
@@ -248,8 +248,7 @@ TEST_F(InputTest, dialog_escapeEnterAndObjections_closeOrKeepItOpen) {
     say(dialog->inputRouter()->routeKey({kKeyEnter, 0}));
     dialog->setDefaultButton(nullptr);
     say(button->takeFocus());
-    EXPECT_EQ(
-        told(),
+    expectTold(
         L"leftClicked; 1; sync 0,0,0,0; invalidate; sync 0,0,0,0; enterFocus; sync 0,0,0,0; 1");
     EXPECT_EQ(dialog->buttonForEnter(), button);
     // One that has to be answered does not even ask.
@@ -258,7 +257,7 @@ TEST_F(InputTest, dialog_escapeEnterAndObjections_closeOrKeepItOpen) {
     stubborn->show(false);
     told();
     say(stubborn->onKey({kKeyEscape, 0}));
-    EXPECT_EQ(told(), L"1");
+    expectTold(L"1");
     EXPECT_TRUE(stubborn->isOpen());
     EXPECT_TRUE(dialog->onKey({kKeyEscape, 0}));
     EXPECT_EQ(dialog->result(), kAnswerCancel);
@@ -318,9 +317,9 @@ TEST_F(TooltipTest, pointerRests_showsAfterTheDelayUntilItMovesOn) {
     EXPECT_TRUE(waiting->isRunning());
     told();
     waiting->acceptTick();
-    EXPECT_EQ(told(),
-              L"beforeDisplayTooltip; invalidate 0,0,0,0; invalidate 0,0,0,0; invalidate 0,0,0,0; "
-              L"invalidate 0,0,81,21; invalidate; invalidate; made 0,0,81,21");
+    expectTold(
+        L"beforeDisplayTooltip; invalidate 0,0,0,0; invalidate 0,0,0,0; invalidate 0,0,0,0; "
+        L"invalidate 0,0,81,21; invalidate; invalidate; made 0,0,81,21");
     EXPECT_FALSE(waiting->isRunning());
     // Whoever leaves while it waits is shown nothing.
     mouse(kMove, {60, 20});
