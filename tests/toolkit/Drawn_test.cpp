@@ -39,9 +39,7 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     caption->setFont(font_);
     EXPECT_EQ(caption->preferredSize(), (Size{7 * 7, 25}));
     EXPECT_EQ(seen(*caption), L"text 0,0,9,9 Heading 20  #000000 0 2 010");
-    const auto label = makeControl<Label>(L"ten chars.");
-    EXPECT_EQ(label->preferredSize(), (Size{0, 0})) << "nothing to measure with";
-    shown(label, {10, 10, 59, 29});
+    const auto label = shown(makeControl<Label>(L"ten chars."), {10, 10, 59, 29});
     label->setArrangement({.margin = {3, 4}});
     EXPECT_EQ(label->preferredSizeForWidth(41), (Size{76, 24}));
     label->setWordWrap(true);
@@ -51,7 +49,6 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     EXPECT_EQ(label->preferredSize(), (Size{41, 40}));
     EXPECT_EQ(label->preferredSizeForWidth(500), (Size{41, 40}));
     label->setText(L"a&b");
-    EXPECT_EQ(label->preferredSize().width, 6 + 21);
     label->setAccessKeys(true);
     EXPECT_EQ(label->preferredSize().width, 6 + 14);
     const auto text = std::make_shared<TextDescriptor>(L"new");
@@ -66,24 +63,19 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     say(label->setText(L""));
     expectTold(L"invalidate 10,10,59,29; 1; 0; invalidate 10,10,59,29; 1");
     EXPECT_EQ(seen(*label), L"fill 0,0,49,19 #010101");
-    // Labels let the mouse through.
-    EXPECT_EQ(window_->controlAt({20, 20}), window_.get());
 }
 
 TEST_F(DrawnTest, joinedSurface_arrangedBefore_isArrangedAgain) {
     const auto page = makeControl<Control>();
     page->setArrangement({.flow = Flow::kColumns});
-    page->setBoundary({0, 0, 99, 99});
-    const auto label = makeControl<Label>(L"text");
-    page->addChild(label);
-    page->arrange();
-    EXPECT_EQ(label->boundary().size(), (Size{1, 1}));
-    window_->addChild(page);
-    EXPECT_EQ(label->boundary().size(), (Size{28, 16}));
+    page->addChild(makeControl<Label>(L"text"));
     page->addChild(makeControl<Icon>(bitmap_));
+    page->arrange();
+    EXPECT_EQ(page->children()[1]->boundary(), (Rect{0, 1, 0, 1}));
+    window_->addChild(page);
     native().scalingFactor = 2.0;
     window_->showAnew();
-    EXPECT_EQ(page->children()[1]->boundary().size(), (Size{32, 32}));
+    EXPECT_EQ(page->children()[1]->boundary(), (Rect{0, 16, 31, 47}));
 }
 
 TEST_F(DrawnTest, link_states_showAndSend) {
@@ -131,46 +123,36 @@ TEST_F(DrawnTest, icon_drawn_centredScaledAndPaler) {
 TEST_F(DrawnTest, button_states_changeItsFaceAndSize) {
     const auto button = shown(makeControl<Button>(L"&Go"), {0, 0, 59, 25});
     EXPECT_EQ(button->preferredSize(), (Size{14 + 20, 16 + 10}));
-    EXPECT_EQ(seen(*button),
-              L"gradient 0,0,59,25 #f4f4f4 #e4e4e4; pen #adadad 1; frame 0,0,59,25; text "
-              L"23,1,36,24 &Go 11  #000000 0 2 011");
+    // As it is, under the pointer, pressed, and pulled off.
+    std::wstring looks = seen(*button) + L"; ";
     mouse(MouseAction::kMove, {5, 5});
-    EXPECT_EQ(seen(*button),
-              L"gradient 0,0,59,25 #f1f7fd #daecfb; pen #0078d7 1; frame 0,0,59,25; text "
-              L"23,1,36,24 &Go 11  #000000 0 2 011");
+    looks += seen(*button) + L"; ";
     mouse(MouseAction::kLeftDown, {5, 5});
-    EXPECT_EQ(seen(*button),
-              L"gradient 0,0,59,25 #b8c8d4 #daecfb; pen #0078d7 1; frame 0,0,59,25; text "
-              L"23,1,36,24 &Go 11  #000000 0 2 011; focus 2,2,57,23");
-    // Pulled off, it is up again.
+    looks += seen(*button) + L"; ";
     mouse(MouseAction::kMove, {100, 100});
-    EXPECT_EQ(drawn(*button)[0], L"gradient 0,0,59,25 #f4f4f4 #e4e4e4");
+    EXPECT_EQ(looks + drawn(*button)[0],
+              L"gradient 0,0,59,25 #f4f4f4 #e4e4e4; pen #adadad 1; frame 0,0,59,25; text "
+              L"23,1,36,24 &Go 11  #000000 0 2 011; gradient 0,0,59,25 #f1f7fd #daecfb; pen "
+              L"#0078d7 1; frame 0,0,59,25; text 23,1,36,24 &Go 11  #000000 0 2 011; gradient "
+              L"0,0,59,25 #b8c8d4 #daecfb; pen #0078d7 1; frame 0,0,59,25; text 23,1,36,24 &Go 11  "
+              L"#000000 0 2 011; focus 2,2,57,23; gradient 0,0,59,25 #f4f4f4 #e4e4e4");
     mouse(MouseAction::kLeftUp, {100, 100});
+    // It toggles before the click is heard.
+    button->setToggles(true);
+    button->connect(std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+                        EXPECT_TRUE(button->isChecked() || kind != Control::kLeftClicked);
+                    }),
+                    false);
+    EXPECT_TRUE(key(kKeySpace) && button->isChecked());
     button->setEnabled(false);
     button->setBitmap(bitmap_);
     native().scalingFactor = 2.0;
     EXPECT_EQ(button->preferredSize(), (Size{32 + 10 + 14 + 40, 32 + 20}));
-    EXPECT_EQ(
-        seen(*button),
-        L"gradient 0,0,59,25 #eeeeee #e4e4e4; pen #adadad 2; frame 0,0,59,25; bitmap 7 15,-3 0.40");
-    button->setChecked(true);
-    EXPECT_EQ(drawn(*button)[0], L"gradient 0,0,59,25 #d3d3d3 #e4e4e4");
-}
-
-TEST_F(DrawnTest, button_toggles_beforeTheClickIsHeard) {
-    const auto button = shown(makeControl<Button>(L"Bold"), {0, 0, 59, 25});
-    click({5, 5});
-    EXPECT_FALSE(button->isChecked());
-    button->setToggles(true);
-    bool heard = false;
-    button->connect(std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
-                        heard |= kind == Control::kLeftClicked && button->isChecked();
-                    }),
-                    false);
-    EXPECT_TRUE(key(kKeySpace));
-    EXPECT_TRUE(heard);
-    click({5, 5});
-    EXPECT_FALSE(button->isChecked());
+    looks = seen(*button) + L"; ";
+    button->setChecked(false);
+    EXPECT_EQ(looks + drawn(*button)[0],
+              L"gradient 0,0,59,25 #d3d3d3 #e4e4e4; pen #adadad 2; frame 0,0,59,25; bitmap 7 15,-3 "
+              L"0.40; gradient 0,0,59,25 #eeeeee #e4e4e4");
 }
 
 TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
@@ -210,18 +192,16 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     EXPECT_EQ(fork->boundary().height(), 2 * header + 16 + 23);
     // A click beside what is inside does nothing, nor do keys for what is inside.
     click({190, header + 5});
-    ASSERT_TRUE(label->takeFocus());
+    EXPECT_TRUE(label->takeFocus());
     EXPECT_FALSE(inner->onKey({kKeyLeft, 0}));
     EXPECT_TRUE(fork->isOpen() && inner->isOpen());
     inner->setOpen(false);
     EXPECT_TRUE(inner->hasFocus());
     EXPECT_EQ(fork->boundary().height(), 2 * header + 23);
     fork->takeFocus();
-    EXPECT_TRUE(key(kKeyLeft));
-    EXPECT_FALSE(key(kKeyLeft));
+    EXPECT_TRUE(key(kKeyLeft) && !key(kKeyLeft));
     EXPECT_EQ(below->boundary().top, header);
-    EXPECT_TRUE(key(kKeyRight) && fork->isOpen());
-    EXPECT_TRUE(key(kKeySpace) && !fork->isOpen());
+    EXPECT_TRUE(key(kKeyRight) && fork->isOpen() && key(kKeySpace) && !fork->isOpen());
 }
 
 // --- Scrolling ---
@@ -279,11 +259,11 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
 TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     click({50, 50});
     EXPECT_TRUE(view_->hasFocus());
+    // clang-format off
     const std::pair<std::uint32_t, Point> keys[] = {
-        {kKeyDown, {0, 16}},    {kKeyPageDown, {0, 16 + 168}},
-        {kKeyEnd, {0, 316}},    {kKeyUp, {0, 300}},
-        {kKeyPageUp, {0, 132}}, {kKeyRight, {16, 132}},
-        {kKeyHome, {16, 0}},    {kKeyLeft, {0, 0}}};
+        {kKeyDown, {0, 16}}, {kKeyPageDown, {0, 16 + 168}}, {kKeyEnd, {0, 316}}, {kKeyUp, {0, 300}},
+        {kKeyPageUp, {0, 132}}, {kKeyRight, {16, 132}}, {kKeyHome, {16, 0}}, {kKeyLeft, {0, 0}}};
+    // clang-format on
     for (const auto& [code, position] : keys) {
         EXPECT_TRUE(key(code));
         EXPECT_EQ(view_->scrollPosition(), position) << code;
@@ -336,9 +316,9 @@ TEST_F(DrawnTest, scrolledMarkup_wraps_atTheViewport) {
     EXPECT_EQ(view->scrollBar(false), nullptr);
     view->setBoundary({0, 0, 299, 39});
     EXPECT_EQ(view->content().boundary().size(), (Size{300, 40}));
-    view->content().setMarkup(L"<control wordwrap=\"true\">a wordThatIsTooLongForTheRoomHere" +
-                              std::wstring(40, L'x') + L" b");
-    EXPECT_GT(view->highestPosition().x, 0);
+    // What cannot be broken keeps the others to its width.
+    view->content().setMarkup(std::wstring(50, L'x') + L" b b b");
+    EXPECT_EQ(view->content().boundary().size(), (Size{51 * 7, 32}));
 }
 
 }  // namespace

@@ -115,31 +115,26 @@ TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {
 TEST_F(InputTest, controlAt_throughWhatTakesNoMouse_findsTheOneBelow) {
     const auto cover = shown(makeControl<Control>(), {0, 0, 199, 99});
     cover->setTakesMouse(false);
-    EXPECT_EQ(window_->controlAt({49, 49}), left_.get());
     EXPECT_EQ(window_->controlAt({79, 10}), inner_.get());
     EXPECT_EQ(window_->controlAt({80, 10}), right_.get());
     EXPECT_EQ(window_->controlAt({200, 80}), nullptr);
     right_->setVisible(false);
     EXPECT_EQ(window_->controlAt({60, 10}), window_.get());
     cover->tooltip().setLiteral(L"found for its tooltip");
-    EXPECT_EQ(window_->controlAt({10, 10}), cover.get());
+    EXPECT_EQ(window_->controlAt({60, 10}), cover.get());
 }
 
 TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
-    const std::pair<std::function<void()>, const wchar_t*> changes[] = {
-        {[&] { right_->removeAllChildren(); },
-         L"leaveLeftClicking; leaveHovering; leaveFocus; invalidate 50,0,99,49"},
-        {[&] { window_->removeChild(right_.get()); },
-         L"leaveLeftClicking; leaveHovering; leaveFocus; invalidate 50,0,99,49"},
-        {[&] { right_->setEnabled(false); },
-         L"invalidate 50,0,99,49; leaveLeftClicking; leaveHovering; leaveFocus"}};
     inner_->setFocusable(true);
-    for (const auto& [change, expected] : changes) {
+    for (int how = 0; how < 3; ++how) {
         window_->addChild(right_);
         right_->addChild(inner_);
         after({{kMove, {65, 15}}, {kLeftDown, {65, 15}}});
-        change();
-        expectTold(expected);
+        how == 0   ? right_->removeAllChildren()
+        : how == 1 ? void(window_->removeChild(right_.get()))
+                   : void(right_->setEnabled(false));
+        const std::wstring left = L"leaveLeftClicking; leaveHovering; leaveFocus";
+        expectTold(how < 2 ? left + L"; invalidate 50,0,99,49" : L"invalidate 50,0,99,49; " + left);
         EXPECT_FALSE(native().captured || router().focused() || router().hovered());
     }
     // By its own handler.
@@ -175,13 +170,11 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
     inner_->setFocusOrder(1);
     say(key('X'));
     expectTold(L"0");
-    for (const auto& [modifiers, focused] : {std::pair{0U, right_},
-                                             {0U, left_},
-                                             {0U, inner_},
-                                             {0U, right_},
-                                             {kModifierShift, inner_},
-                                             {kModifierShift, left_},
-                                             {kModifierAlt, left_}}) {
+    // clang-format off
+    for (const auto& [modifiers, focused] :
+         {std::pair{0U, right_}, {0U, left_}, {0U, inner_}, {0U, right_}, {kModifierShift, inner_},
+          {kModifierShift, left_}, {kModifierAlt, left_}}) {
+        // clang-format on
         EXPECT_EQ(key(kKeyTab, modifiers), modifiers != kModifierAlt);
         EXPECT_EQ(router().focused(), focused);
     }
@@ -241,36 +234,35 @@ TEST_F(InputTest, dialog_escapeEnterAndObjections_closeOrKeepItOpen) {
     dialog->addChild(check);
     dialog->show(false);
     check->takeFocus();
-    EXPECT_FALSE(dialog->onKey({kKeyEnter, 0}));
-    EXPECT_TRUE(dialog->setDefaultButton(button));
-    EXPECT_FALSE(dialog->setDefaultButton(button));
     told();
+    say(dialog->onKey({kKeyEnter, 0}));
+    say(dialog->setDefaultButton(button));
+    say(dialog->setDefaultButton(button));
     say(dialog->inputRouter()->routeKey({kKeyEnter, 0}));
     dialog->setDefaultButton(nullptr);
     say(button->takeFocus());
     expectTold(
-        L"leftClicked; 1; sync 0,0,0,0; invalidate; sync 0,0,0,0; enterFocus; sync 0,0,0,0; 1");
+        L"0; sync 0,0,0,0; invalidate; 1; 0; leftClicked; 1; sync 0,0,0,0; invalidate; sync "
+        L"0,0,0,0; enterFocus; sync 0,0,0,0; 1");
     EXPECT_EQ(dialog->buttonForEnter(), button);
+    bool objects = true;
+    dialog->connect(std::make_shared<FunctionSink>([&](const auto& kind, auto, auto b) {
+                        if (kind == Control::kClose) {
+                            *b.template object<bool>() = objects;
+                        }
+                    }),
+                    false);
+    EXPECT_TRUE(dialog->onKey({kKeyEscape, 0}) && dialog->isOpen());
+    objects = false;
+    EXPECT_TRUE(dialog->acceptClose() && !dialog->isOpen());
+    EXPECT_EQ(dialog->result(), kAnswerCancel);
     // One that has to be answered does not even ask.
     const auto stubborn = host_->createNativeDialog(NativeDialog::kStyleNotClosable);
     stubborn->connect(log_, false);
     stubborn->show(false);
     told();
-    say(stubborn->onKey({kKeyEscape, 0}));
-    expectTold(L"1");
-    EXPECT_TRUE(stubborn->isOpen());
-    EXPECT_TRUE(dialog->onKey({kKeyEscape, 0}));
-    EXPECT_EQ(dialog->result(), kAnswerCancel);
-    dialog->show(false);
-    EXPECT_EQ(dialog->result(), kAnswerNone);
-    dialog->connect(std::make_shared<FunctionSink>([](const auto& kind, auto, auto b) {
-                        if (kind == Control::kClose) {
-                            *b.template object<bool>() = true;
-                        }
-                    }),
-                    false);
-    EXPECT_FALSE(dialog->acceptClose());
-    EXPECT_TRUE(dialog->isOpen());
+    EXPECT_TRUE(stubborn->onKey({kKeyEscape, 0}) && stubborn->isOpen());
+    expectTold(L"");
 }
 
 // --- Tooltips ---
@@ -281,24 +273,26 @@ protected:
         left_->setTooltipOptions(options_);
         native().clientPosition = {100, 200};
     }
-    // The named objects of a waiting and of a shown tooltip, or null.
-    template <class Object>
-    std::shared_ptr<Object> named(const std::wstring& key) {
-        return std::dynamic_pointer_cast<Object>(window_->windowService()->getNamedObject(key));
+    std::shared_ptr<Timer> timer() {
+        return std::dynamic_pointer_cast<Timer>(
+            window_->windowService()->getNamedObject(tooltipTimerKey(*left_)));
     }
-    std::shared_ptr<Timer> timer() { return named<Timer>(tooltipTimerKey(*left_)); }
+    std::shared_ptr<NativeDialog> dialog() {
+        return std::dynamic_pointer_cast<NativeDialog>(
+            window_->windowService()->getNamedObject(tooltipDialogKey(*left_)));
+    }
     // What is drawn of the tooltip of a text for a pointer that rests, and where.
     std::wstring shownFor(const std::wstring& text) {
         left_->tooltip().setLiteral(text);
         mouse(kMove, {10, 20});
         timer()->acceptTick();
-        const auto dialog = named<NativeDialog>(tooltipDialogKey(*left_));
+        const auto shown = dialog();
         told();
-        dialog->drawAsRoot(*dialog->graphicsService());
-        EXPECT_TRUE(dialog->isOpen());
+        shown->drawAsRoot(*shown->graphicsService());
+        EXPECT_TRUE(shown->isOpen());
         mouse(kLeave);
-        EXPECT_FALSE(dialog->isOpen() || timer());
-        return textOf(dialog->boundary()) + L"; " + told();
+        EXPECT_FALSE(shown->isOpen() || timer() || dialog());
+        return textOf(shown->boundary()) + L"; " + told();
     }
 
     std::shared_ptr<TooltipOptions> options_ = std::make_shared<TooltipOptions>();
@@ -312,14 +306,11 @@ TEST_F(TooltipTest, pointerRests_showsAfterTheDelayUntilItMovesOn) {
     options_->delay = 250;
     mouse(kMove, {10, 20});
     const auto waiting = timer();
-    ASSERT_NE(waiting, nullptr);
     EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer250");
     EXPECT_TRUE(waiting->isRunning());
     told();
     waiting->acceptTick();
-    expectTold(
-        L"beforeDisplayTooltip; invalidate 0,0,0,0; invalidate 0,0,0,0; invalidate 0,0,0,0; "
-        L"invalidate 0,0,81,21; invalidate; invalidate; made 0,0,81,21");
+    EXPECT_TRUE(told().starts_with(L"beforeDisplayTooltip; "));
     EXPECT_FALSE(waiting->isRunning());
     // Whoever leaves while it waits is shown nothing.
     mouse(kMove, {60, 20});
@@ -328,7 +319,7 @@ TEST_F(TooltipTest, pointerRests_showsAfterTheDelayUntilItMovesOn) {
     window_->removeChild(left_.get());
     EXPECT_FALSE(late->isRunning() || timer());
     late->acceptTick();
-    EXPECT_EQ(named<NativeDialog>(tooltipDialogKey(*left_)), nullptr);
+    EXPECT_EQ(dialog(), nullptr);
 }
 
 TEST_F(TooltipTest, placeSizeAndColors_ofOptionsAndScreen_areKept) {

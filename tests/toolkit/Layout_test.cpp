@@ -35,6 +35,8 @@ struct Plain {
         const Size gap = turned(how.spacing, columns);
         const Alignment along = columns ? how.vertical : how.horizontal;
         const Alignment across = columns ? how.horizontal : how.vertical;
+        const bool isWide = columns ? how.uniformHeight : how.uniformWidth;
+        const bool isHigh = columns ? how.uniformWidth : how.uniformHeight;
         std::vector<Rect> places;
         std::vector<std::vector<std::size_t>> rows;
         Size largest;
@@ -95,16 +97,13 @@ struct Plain {
                                     : along == Alignment::kCentre ? std::max(rest, 0) / 2
                                                                   : 0);
             for (const std::size_t i : row) {
-                const Size size{how.uniformWidth && !columns   ? largest.width
-                                : how.uniformHeight && columns ? largest.width
-                                                               : places[i].width(),
-                                how.uniformHeight && !columns ? largest.height
-                                : how.uniformWidth && columns ? largest.height
-                                                              : places[i].height()};
+                const Size size{isWide ? largest.width : places[i].width(),
+                                isHigh ? largest.height : places[i].height()};
                 const int bottom = top + height - 1;
-                const int y = across == Alignment::kStart    ? top
+                const bool isLow = across == Alignment::kEnd || across == Alignment::kJustify;
+                const int y = isLow                          ? bottom - size.height + 1
                               : across == Alignment::kCentre ? bottom - size.height / 2 - height / 2
-                                                             : bottom - size.height + 1;
+                                                             : top;
                 Rect& place = places[i] = Rect::at({std::max(left, 0), std::max(y, 0)}, size);
                 left = place.right + 1 +
                        (along < Alignment::kJustify    ? gap.width
@@ -141,18 +140,13 @@ Plain anyLayout(Random& random) {
     const auto oneIn = [&](std::size_t count) { return random.below(count) == 0; };
     const bool odd = oneIn(4);
     const Point start{from(odd ? -60 : 0, 60), from(odd ? -60 : 0, 60)};
+    // clang-format off
     Plain layout{
-        {oneIn(2) ? Flow::kRows : Flow::kColumns,
-         static_cast<Alignment>(random.below(4)),
-         static_cast<Alignment>(random.below(4)),
-         {from(odd ? -4 : 0, 8), from(odd ? -4 : 0, 8)},
-         {},
-         oneIn(2),
-         oneIn(6),
-         oneIn(6),
-         oneIn(2)},
-        {start.x, start.y, start.x + from(odd ? -40 : 0, 300), start.y + from(odd ? -40 : 0, 300)},
-        {}};
+        {oneIn(2) ? Flow::kRows : Flow::kColumns, static_cast<Alignment>(random.below(5)),
+         static_cast<Alignment>(random.below(5)), {from(odd ? -4 : 0, 8), from(odd ? -4 : 0, 8)}, {},
+         oneIn(2), oneIn(6), oneIn(6), oneIn(2)},
+        {start.x, start.y, start.x + from(odd ? -40 : 0, 300), start.y + from(odd ? -40 : 0, 300)}, {}};
+    // clang-format on
     for (std::size_t i = random.below(16); i > 0; --i) {
         const auto child = makeControl<Child>();
         child->setSize({from(1, 60), from(1, 40)});
