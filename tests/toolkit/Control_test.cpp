@@ -180,19 +180,16 @@ TEST_F(ControlTest, preferredSize_ofAnArrangement_keepsToWidthMarginsAndLimits) 
     Arrangement wrappedColumns = columns;
     wrapped.wrap = wrappedColumns.wrap = true;
     // 0 asks without a width.
+    // clang-format off
     const std::tuple<Arrangement, Placement, std::int32_t, Size> cases[] = {
-        {{}, {.maximum = {9, 9}}, 0, {50, 50}},
-        {rows, {}, 70, {102, 16}},
-        {rows, {.minimum = {200, 18}, .maximum = {0, 17}}, 0, {200, 17}},
-        {columns, {}, 70, {34, 44}},
-        {wrapped, {}, 0, {102, 16}},
-        {wrapped, {}, 68, {68, 30}},
-        {wrapped, {}, 67, {34, 44}},
-        {wrapped, {}, -9, {34, 44}},
-        {wrapped, {.maximum = {68, 0}}, 0, {68, 30}},
-        {wrapped, {.maximum = {68, 0}}, 500, {68, 30}},
+        {{}, {.maximum = {9, 9}}, 0, {50, 50}}, {rows, {}, 70, {102, 16}},
+        {rows, {.minimum = {200, 18}, .maximum = {0, 17}}, 0, {200, 17}}, {columns, {}, 70, {34, 44}},
+        {wrapped, {}, 0, {102, 16}}, {wrapped, {}, 68, {68, 30}},
+        {wrapped, {}, 67, {34, 44}}, {wrapped, {}, -9, {34, 44}},
+        {wrapped, {.maximum = {68, 0}}, 0, {68, 30}}, {wrapped, {.maximum = {68, 0}}, 500, {68, 30}},
         {wrappedColumns, {.maximum = {0, 30}}, 0, {68, 30}},
         {wrappedColumns, {.maximum = {0, 29}}, 9, {102, 16}}};
+    // clang-format on
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         const auto& [arrangement, placement, width, expected] = cases[i];
         box_->setArrangement(arrangement);

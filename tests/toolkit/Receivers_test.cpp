@@ -172,7 +172,9 @@ TEST_F(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
     using Combo = NativeComboBox;
     using Dialog = NativeDialog;
     using Fork = ForkControl;
+    using Grid = NativeGridView;
     using Scroll = ScrollView;
+    using Tree = NativeTreeView;
     survives<Fork>([] {
         auto control = makeControl<ForkControl>(L"More");
         control->body().addChild(makeRecordingWindowService()->createNativeButton());
@@ -216,6 +218,21 @@ TEST_F(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         [](Dialog& c) { c.show(false); }, [](Dialog& c) { c.acceptSize({70, 70}); },
         [](Dialog& c) { c.acceptClose(); }, [](Dialog& c) { c.hide(0); },
         [](Dialog& c) { c.notify(Control::kEnterFocus); }});
+    survives<Grid>([] {
+        auto grid = makeRecordingWindowService()->createNativeGridView();
+        grid->addRow(L"a");
+        grid->selectAllRows();
+        return grid;
+    }, {[](Grid& c) { c.setMultiSelect(false); }, [](Grid& c) { c.acceptChecked(0, true); },
+        [](Grid& c) { c.acceptLeftClick(0); }, [](Grid& c) { c.acceptTooltipRequest(0); },
+        [](Grid& c) { c.acceptSelected(0, 0, false); c.acceptSelectionDone(); }});
+    survives<Tree>([] {
+        auto tree = makeRecordingWindowService()->createNativeTreeView();
+        tree->addRootNode(L"a", L"");
+        return tree;
+    }, {[](Tree& c) { c.acceptSelection(c.getFirstRootNode()); },
+        [](Tree& c) { c.acceptChecked(c.getFirstRootNode(), true); },
+        [](Tree& c) { c.acceptExpanding(c.getFirstRootNode(), true); }});
 }
 // clang-format on
 

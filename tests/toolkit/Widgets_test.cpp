@@ -40,8 +40,10 @@ TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {
         {[&] { makeService<WindowService>()->showMessage(L"", L"", kMessageOk); }, L"impl_"},
         {[&] { box->addItem(L"a backend for something else"); }, L"impl_"},
         {[&] { RecordingButton().getAbstraction(); }, L"abstraction_ != 0"},
-        {[&] { host_->selectFileToOpen(L"", {}, {L""}, false); }, L"patterns.size() == patternNames.size()"},
-        {[&] { host_->selectFileToOpen(std::wstring(kFileNameBufferSize, L'x'), {}, {}, false); }, L"initialFileName.size() < bufSize"},
+        {[&] { host_->selectFileToOpen(L"", {}, {L""}, false); },
+         L"patterns.size() == patternNames.size()"},
+        {[&] { host_->selectFileToOpen(std::wstring(kFileNameBufferSize, L'x'), {}, {}, false); },
+         L"initialFileName.size() < bufSize"},
         {[&] { host_->selectFileToOpen(L"", {}, {}, true); }, L"allowMultiSelect not implemented"}};
     // clang-format on
     const TraceCapture trace;
@@ -207,26 +209,18 @@ TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
     shown(box);
     told();
     // After each of these the selected item and the field's text.
-    const std::function<void()> steps[] = {[&] { box->addItem(L"three"); },
-                                           [&] { box->selectItem(2); },
-                                           [&] { box->removeItem(0); },
-                                           [&] { box->removeItem(99); },
-                                           [&] { box->removeItem(1); },
-                                           [&] { box->acceptSelection(0); },
-                                           [&] { box->acceptSelection(0); },
-                                           [&] { box->acceptSelection(55); },
-                                           [&] { say(box->setText(L"three")); },
-                                           [&] { say(box->setText(L"two")); },
-                                           [&] { say(box->setEditable(true)); },
-                                           [&] { say(box->setText(L"free")); },
-                                           [&] { box->acceptText(L"freed"); },
-                                           [&] { box->acceptText(L"freed"); },
-                                           [&] { say(box->setEditable(false)); },
-                                           [&] { say(box->setText(L"two")); },
-                                           [&] { box->addItem(L"one"); },
-                                           [&] { box->removeItem(1); },
-                                           [&] { tell(box->getItemText(0) + box->getItemText(7)); },
-                                           [&] { box->clear(); }};
+    // clang-format off
+    const std::function<void()> steps[] = {
+        [&] { box->addItem(L"three"); }, [&] { box->selectItem(2); }, [&] { box->removeItem(0); },
+        [&] { box->removeItem(99); }, [&] { box->removeItem(1); }, [&] { box->acceptSelection(0); },
+        [&] { box->acceptSelection(0); }, [&] { box->acceptSelection(55); },
+        [&] { say(box->setText(L"three")); }, [&] { say(box->setText(L"two")); },
+        [&] { say(box->setEditable(true)); }, [&] { say(box->setText(L"free")); },
+        [&] { box->acceptText(L"freed"); }, [&] { box->acceptText(L"freed"); },
+        [&] { say(box->setEditable(false)); }, [&] { say(box->setText(L"two")); },
+        [&] { box->addItem(L"one"); }, [&] { box->removeItem(1); },
+        [&] { tell(box->getItemText(0) + box->getItemText(7)); }, [&] { box->clear(); }};
+    // clang-format on
     for (const auto& step : steps) {
         step();
         tell(textOf(box->getSelectedItem()) + box->text());
