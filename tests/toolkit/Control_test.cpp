@@ -92,6 +92,8 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
     window_->addChild(box_);
     EXPECT_EQ(inner_->windowService(), window_->windowService());
     EXPECT_EQ(button_->fromSurface({18, 20}), (Point{0, 1}));
+    native().scalingFactor = 1.5;
+    EXPECT_EQ(inner_->scale(std::int32_t{3}), 5);
     say(box_->moveTo({20, -3}));
     say(inner_->setBoundary({5, 5, 2, 1}));
     say(inner_->setBoundary({5, 5, 5, 5}));

@@ -254,6 +254,11 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
     sheet().wanted = {10, 20};
     sheet().notify(Control::kChangePreferredHeight);
     EXPECT_EQ(sheet().boundary().size(), (Size{100, 200}));
+    EXPECT_EQ(view_->preferredSize(), (Size{10, 20}));
+    sheet().wanted = {300, 500};
+    view_->arrange();
+    view_->setContent(nullptr);
+    EXPECT_FALSE(view_->scrollBar(true)->isVisible() || view_->scrollBar(false)->isVisible());
 }
 
 TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
@@ -270,6 +275,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
         EXPECT_EQ(sheet().boundary().position(), position.negated());
     }
     EXPECT_FALSE(key(kKeyPageUp) || key(kKeyDown, kModifierControl));
+    EXPECT_EQ(seen(*view_), L"focus 0,0,99,199; clip 0,0,83,183; unclip");
     told();
     say(mouse(MouseAction::kWheel, {5, 5}, -120));
     say(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierShift));

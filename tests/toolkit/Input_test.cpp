@@ -301,8 +301,14 @@ protected:
 TEST_F(TooltipTest, pointerRests_showsAfterTheDelayUntilItMovesOn) {
     mouse(kMove, {10, 20});
     EXPECT_EQ(timer(), nullptr) << "there is no text";
-    mouse(kLeave);
     left_->tooltip().setLiteral(L"What it is");
+    const auto application = makeRecordingApplicationService();
+    window_->registerService(application, true, true);
+    application->getPreferences()->setBool(L"showTooltips", false);
+    left_->showTooltip({});
+    EXPECT_EQ(timer(), nullptr) << "nobody wants them";
+    application->getPreferences()->setBool(L"showTooltips", true);
+    mouse(kLeave);
     options_->delay = 250;
     mouse(kMove, {10, 20});
     const auto waiting = timer();

@@ -174,6 +174,8 @@ TEST_F(WidgetTest, preferredSize_followsTextKindAndScaling) {
     button->setKind(ButtonKind::kCheck);
     button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{0x7FFFFFFF, 1}));
     EXPECT_EQ(button->preferredSize(), (Size{0x7FFFFFFF, 16 + 8}));
+    EXPECT_EQ(makeControl<NativeProgressBar>()->preferredSize(), (Size{160, 15}));
+    EXPECT_EQ(makeControl<NativeScrollBar>(true)->preferredSize(), (Size{17, 1}));
     // Outside of a surface they keep what they have.
     for (const auto& widget : Controls{button, box, combo}) {
         window_->removeChild(widget.get());
