@@ -29,17 +29,11 @@ struct Plain {
     Controls children;
     bool shares = true;
 
-    std::vector<Rect> expected() const {
+    // The sizes that the children begin with, and the children of each row.
+    std::vector<std::vector<std::size_t>> cut(std::vector<Rect>& places, Size& largest) const {
         const bool columns = how.flow == Flow::kColumns;
         const Rect room = turned(area, columns);
-        const Size gap = turned(how.spacing, columns);
-        const Alignment along = columns ? how.vertical : how.horizontal;
-        const Alignment across = columns ? how.horizontal : how.vertical;
-        const bool isWide = columns ? how.uniformHeight : how.uniformWidth;
-        const bool isHigh = columns ? how.uniformWidth : how.uniformHeight;
-        std::vector<Rect> places;
         std::vector<std::vector<std::size_t>> rows;
-        Size largest;
         int x = 0;
         bool breaks = true;
         for (std::size_t i = 0; i < children.size(); ++i) {
@@ -60,9 +54,22 @@ struct Plain {
                 x = room.left;
             }
             rows.back().push_back(i);
-            x += gap.width + size.width;
+            x += turned(how.spacing, columns).width + size.width;
             breaks = asked.breaksLineAfter;
         }
+        return rows;
+    }
+    std::vector<Rect> expected() const {
+        const bool columns = how.flow == Flow::kColumns;
+        const Rect room = turned(area, columns);
+        const Size gap = turned(how.spacing, columns);
+        const Alignment along = columns ? how.vertical : how.horizontal;
+        const Alignment across = columns ? how.horizontal : how.vertical;
+        const bool isWide = columns ? how.uniformHeight : how.uniformWidth;
+        const bool isHigh = columns ? how.uniformWidth : how.uniformHeight;
+        std::vector<Rect> places;
+        Size largest;
+        const std::vector<std::vector<std::size_t>> rows = cut(places, largest);
         int top = room.top;
         int fitting = 0;
         Size content;
