@@ -1,22 +1,13 @@
 // A second backend of the toolkit, without a screen: it makes every portable
-// object and records what is asked of it.
-//
-// Tests reach a widget's backend with recordingOf<T>(*widget) and play the user
-// through the portable accept operations and the surface's input router, which
-// is all that a real backend does. What native objects then show is the matter
-// of the tests of the real backend.
+// object and records what is asked of it. Tests play the user through the
+// portable accept operations and the surface's input router, which is all that
+// a real backend does.
 #pragma once
 
-#include <concepts>
 #include <functional>
-#include <memory>
-#include <string>
-#include <type_traits>
-#include <utility>
 #include <vector>
 
-#include "ZuApplicationService.h"
-#include "ZuControl.h"
+#include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeComboBox.h"
@@ -28,6 +19,7 @@
 #include "ZuNativeTextBox.h"
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
+#include "ZuText.h"
 #include "ZuTimer.h"
 #include "ZuWindowService.h"
 
@@ -39,17 +31,25 @@ using Shared = std::shared_ptr<T>;
 // What happened, in order, as "operation argument argument".
 using Journal = std::vector<std::wstring>;
 
-std::wstring textOf(std::wstring_view text);
-std::wstring textOf(double number);
+// All that backends note and logs hear, in order, since it was last taken.
+inline std::wstring transcript;
+inline std::wstring told() { return std::exchange(transcript, {}); }
+inline void tell(const std::wstring& entry) {
+    transcript += (transcript.empty() ? L"" : L"; ") + entry;
+}
+
+inline std::wstring textOf(std::wstring_view text) { return std::wstring(text); }
 // An index of nothing is -1.
 std::wstring textOf(std::integral auto number) {
     return std::to_wstring(static_cast<std::int64_t>(number));
 }
-std::wstring textOf(Point point);
-std::wstring textOf(const Rect& rect);
-std::wstring textOf(Color color);
-// The identifier of its resource.
-std::wstring textOf(const Bitmap& bitmap);
+inline std::wstring textOf(Point point) { return formatWide(L"%d,%d", point.x, point.y); }
+inline std::wstring textOf(const Rect& rect) {
+    return textOf(rect.position()) + L"," + textOf(Point{rect.right, rect.bottom});
+}
+inline std::wstring textOf(Color color) {
+    return formatWide(L"#%02x%02x%02x", int{color.red}, int{color.green}, int{color.blue});
+}
 
 class Journaling {
 public:
@@ -59,50 +59,35 @@ protected:
     template <class... Args>
     void note(std::wstring entry, const Args&... args) {
         ((entry += L' ' + textOf(args)), ...);
+        tell(entry);
         journal.push_back(std::move(entry));
     }
-};
-
-// What a native object would show of any widget.
-struct ShownState {
-    Rect boundary;
-    bool visible = false;
-    bool enabled = false;
-
-    friend bool operator==(const ShownState&, const ShownState&) = default;
 };
 
 // Called whenever a native object is made, brought up to date or given up:
 // windows tell all sorts of things meanwhile.
 inline std::function<void(Control&)> whileNativeChanges = [](Control&) {};
 
-// A widget's backend. The life of the native object is counted: it is made by
-// the first synchronisation.
+// A widget's backend. The first synchronisation makes the native object.
 template <class Base>
 class Recording : public Base, public Journaling {
 public:
     void synchronizeWithAbstraction() override {
-        created += native_ ? 0U : 1U;
-        native_ = true;
-        ++synchronized;
         const Control& control = this->getAbstraction();
-        shown = {control.boundaryOnSurface(), control.isShown(), control.isUsable()};
+        note((native_ ? L"sync " : L"made ") + textOf(control.boundaryOnSurface()) +
+             (control.isShown() ? L"" : L" hidden") + (control.isUsable() ? L"" : L" disabled"));
+        native_ = true;
         whileNativeChanges(this->getAbstraction());
         fill();
     }
     void releaseNativeObject() override {
         if (native_) {
             native_ = false;
+            note(L"released");
             whileNativeChanges(this->getAbstraction());
-            ++released;
         }
     }
     bool hasNativeObject() const override { return native_; }
-
-    unsigned created = 0;
-    unsigned released = 0;
-    unsigned synchronized = 0;
-    ShownState shown;
 
 private:
     // Brings the items of those that have some.
@@ -121,8 +106,18 @@ using RecordingWindow = RecordingWidget<NativeWindow, INativeWindowImpl>;
 // Never modal: a modal dialog needs a message loop.
 class RecordingDialog : public RecordingWidget<NativeDialog, INativeDialogImpl> {
 public:
-    int show(bool modal) override;
-    void hide(int result) override;
+    int show(bool) override {
+        const Shared<NativeDialog> self = sharedReference(&getAbstraction());
+        synchronizeWithAbstraction();
+        getAbstraction().acceptOpen();
+        return kAnswerNone;
+    }
+    void hide(int result) override {
+        whileNativeChanges(getAbstraction());
+        if (getAbstraction().isOpen()) {
+            getAbstraction().acceptClosed(result);
+        }
+    }
 };
 
 // What is chosen is always 1.
@@ -151,9 +146,7 @@ public:
     void setPosition(std::int32_t position) override { note(L"position", position); }
     std::int32_t getPosition() const override { return getAbstraction().position(); }
     void setEnableMarqueeAnimation(bool enable) override { note(L"marquee", enable); }
-    void setMarqueeInterval(std::uint32_t milliseconds) override {
-        note(L"interval", milliseconds);
-    }
+    void setMarqueeInterval(std::uint32_t time) override { note(L"interval", time); }
     void setState(ProgressState state) override { note(L"state", static_cast<int>(state)); }
     std::int32_t getThickness() const override { return 12; }
 };
@@ -172,8 +165,8 @@ public:
     void synchronizeBitmaps() override { note(L"synchronizeBitmaps"); }
 
 private:
-    void fill() override;
-    void mirrorAdded(std::size_t row) override { note(L"added", row, getRowKey(row)); }
+    void fill() override { markFresh(); }
+    void mirrorAdded(std::size_t row) override { note(L"added", row); }
     void mirrorRemoved(std::size_t row) override { note(L"removed", row); }
     void mirrorCleared() override { note(L"cleared"); }
     void mirrorRow(std::size_t row) override { note(L"row", row); }
@@ -181,22 +174,20 @@ private:
     void mirrorAllSelected(bool on) override { note(L"allSelected", on); }
 };
 
-// Writes down the nodes' keys.
 class RecordingTreeView : public Recording<TreeViewImplementation> {
 public:
-    void ensureNodeVisible(TreeNode node) override { noteNode(L"visible", node); }
+    void ensureNodeVisible(TreeNode) override { note(L"visible"); }
     Rect getNodeBoundary(TreeNode) const override { return {}; }
 
 private:
-    void fill() override;
-    void mirrorAdded(TreeNode node) override { noteNode(L"added", node); }
-    void mirrorRemoving(TreeNode node) override { noteNode(L"removing", node); }
+    void fill() override { markFresh(); }
+    void mirrorAdded(TreeNode) override { note(L"added"); }
+    void mirrorRemoving(TreeNode) override { note(L"removing"); }
     void mirrorCleared() override { note(L"cleared"); }
-    void mirrorNode(TreeNode node) override { noteNode(L"node", node); }
-    void mirrorExpanded(TreeNode node) override { noteNode(L"expanded", node); }
-    void mirrorAllExpanded(TreeNode top) override { noteNode(L"allExpanded", top); }
-    void mirrorSelection() override { noteNode(L"selection", getSelectedNode()); }
-    void noteNode(const wchar_t* operation, TreeNode node);
+    void mirrorNode(TreeNode) override { note(L"node"); }
+    void mirrorExpanded(TreeNode) override { note(L"expanded"); }
+    void mirrorAllExpanded(TreeNode) override { note(L"allExpanded"); }
+    void mirrorSelection() override { note(L"selection"); }
 };
 
 using RecordingFont = Implementation<Font, IFontImpl>;
@@ -227,10 +218,10 @@ public:
         note(L"gradient", area, from, to);
     }
     void drawBitmap(const Bitmap& bitmap, Point place, double alpha) override {
-        note(L"bitmap", bitmap, place, alpha);
+        note(L"bitmap", bitmap.resource().identifier, place, formatWide(L"%.2f", alpha));
     }
     void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha) override {
-        note(L"stretched", bitmap, area, alpha);
+        note(L"stretched", bitmap.resource().identifier, area, formatWide(L"%.2f", alpha));
     }
     void drawFocusFrame(const Rect& area) override { note(L"focus", area); }
     void drawLine(Point from, Point to) override { note(L"line", from, to); }
@@ -239,12 +230,22 @@ public:
     void drawText(std::wstring_view text, Point place, const Font&, Color) override {
         note(L"text", place, text);
     }
-    void drawText(std::wstring_view text, const Rect& area, const Font&, Color,
-                  const TextFormat&) override {
-        note(L"text", area, text);
+    // The format's fields in their order.
+    void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
+                  const TextFormat& how) override {
+        note(L"text", area, text, font.style().size, font.style().underline ? L"u" : L"", color,
+             static_cast<int>(how.horizontal), static_cast<int>(how.vertical),
+             formatWide(L"%d%d%d", how.wordWrap, how.ellipsis, how.accelerators));
     }
-    Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override;
-    std::int32_t measureTextWidth(std::wstring_view text, const Font& font) override;
+    Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override {
+        const std::int32_t whole = measureTextWidth(text, font);
+        const std::int32_t line = font.style().size + 5;
+        const bool wraps = width > 0 && whole > width;
+        return wraps ? Size{width, (whole + width - 1) / width * line} : Size{whole, line};
+    }
+    std::int32_t measureTextWidth(std::wstring_view text, const Font& font) override {
+        return static_cast<std::int32_t>(text.size()) * (font.style().bold ? 8 : 7);
+    }
     void beginBufferedPaint(const Rect& area) override { note(L"begin", area); }
     void endBufferedPaint() override { note(L"end"); }
     void beginClipping(const Rect& area) override { note(L"clip", area); }
@@ -269,11 +270,12 @@ auto made(Args&&... args) {
     return abstraction;
 }
 
-// A window service with a recording backend.
 Shared<WindowService> makeRecordingWindowService();
 
 // The application service as it ships, for its preferences.
-Shared<ApplicationService> makeRecordingApplicationService();
+inline Shared<ApplicationService> makeRecordingApplicationService() {
+    return made<ApplicationServiceWin32Gdi>();
+}
 
 // A window service on a screen of 1024 by 768 pixels.
 class RecordingWindowService : public Implementation<WindowService, IWindowServiceImpl>,
@@ -297,9 +299,9 @@ public:
     Shared<NativeTextBox> createNativeTextBox() override { return made<RecordingTextBox>(); }
     void invalidate() override { note(L"invalidate"); }
     void invalidate(const Rect& area) override { note(L"invalidate", area); }
-    void updateWindow() override { note(L"update"); }
-    MouseCursor getCursor() const override { return cursor; }
-    void setCursor(MouseCursor newCursor) override { cursor = newCursor; }
+    void updateWindow() override {}
+    MouseCursor getCursor() const override { return {}; }
+    void setCursor(MouseCursor cursor) override { note(L"cursor", static_cast<int>(cursor)); }
     Point getMousePosition() const override { return {}; }
     Point getWindowPosition() const override { return clientPosition; }
     Size getWindowSize() const override { return {800, 600}; }
@@ -307,9 +309,9 @@ public:
     void releaseMouse() override { captured = false; }
     bool isMessageOpen() const override { return false; }
     int showMessage(MessageBoxContent& box) override { return answerTo(L"showMessage", box); }
-    void closeMessage(int closing) override { note(L"closeMessage", closing); }
+    void closeMessage(int) override {}
     int askYesNoCancel(MessageBoxContent& box) override { return answerTo(L"askYesNoCancel", box); }
-    void playMessageSound(std::uint32_t style) override { note(L"playMessageSound", style); }
+    void playMessageSound(std::uint32_t) override {}
     int askYesNo(MessageBoxContent& box) override { return answerTo(L"askYesNo", box); }
     int askOKCancel(MessageBoxContent& box) override { return answerTo(L"askOKCancel", box); }
     double getScalingFactor() override { return scalingFactor; }
@@ -318,20 +320,22 @@ public:
     Shared<Timer> createTimer(const std::wstring& name) override {
         return made<RecordingTimer>(name);
     }
-    void closeWindow() override { note(L"close"); }
-    void enableWindow(bool enable) override { note(L"enable", enable); }
-    void hideWindow() override { note(L"hide"); }
-    void invalidateWindow() override { note(L"invalidateWindow"); }
+    void closeWindow() override {}
+    void enableWindow(bool) override {}
+    void hideWindow() override {}
+    void invalidateWindow() override {}
     bool isWindowVisibleAtPos(Point) const override { return true; }
-    void makeWindowVisibleAtPos(Point place) override { note(L"showAt", place); }
-    void showWindow() override { note(L"show"); }
+    void makeWindowVisibleAtPos(Point) override {}
+    void showWindow() override {}
     Shared<Font> getFont(const FontStyle& style) override { return made<RecordingFont>(style); }
     Shared<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) override {
         return made<RecordingBitmap>(resource, size);
     }
-    std::wstring selectFileToOpen(const std::wstring& initialFileName,
-                                  const std::vector<std::wstring>& patterns,
-                                  const std::vector<std::wstring>& patternNames) override;
+    std::wstring selectFileToOpen(const std::wstring& file, const Journal& patterns,
+                                  const Journal& names) override {
+        note(L"selectFileToOpen", file, patterns.size(), names.size());
+        return L"chosen.txt";
+    }
     Shared<NativeScrollBar> createNativeScrollBar(bool vertical) override {
         return made<RecordingScrollBar>(vertical);
     }
@@ -342,7 +346,6 @@ public:
     bool checksBox = false;
     std::vector<MessageBoxContent> boxes;
     double scalingFactor = 1.0;
-    MouseCursor cursor = MouseCursor::kArrow;
     Point clientPosition;
     Control* systemFocus = nullptr;
     bool captured = false;
@@ -354,8 +357,15 @@ private:
         furnishSurface(*surface, makeRecordingWindowService(), made<RecordingGraphics>());
         return surface;
     }
-    int answerTo(const wchar_t* operation, MessageBoxContent& box);
+    int answerTo(const wchar_t* operation, MessageBoxContent& box) {
+        note(operation);
+        box.doNotShowAgain = checksBox && !box.checkBoxText.empty();
+        boxes.push_back(box);
+        return answer;
+    }
 };
+
+inline Shared<WindowService> makeRecordingWindowService() { return made<RecordingWindowService>(); }
 
 template <class T, class A>
 T& recordingOf(const A& abstraction) {
@@ -371,12 +381,24 @@ public:
         MessageWord b;
     };
 
-    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
-
+    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
+        entries.push_back({std::wstring(kind.name()), a, b});
+        const std::wstring name = entries.back().name.substr(0, kind.name().find(L'.'));
+        names_ += (names_.empty() ? L"" : L" ") + name;
+        const bool isNumber = b.number() != 0 && kind != Control::kClose;
+        tell(name + (isNumber ? L" " + textOf(pointOfWord(b)) : L""));
+        return true;
+    }
     // The names since the last call, separated by blanks, without the class.
-    std::wstring take();
+    std::wstring take() {
+        entries.clear();
+        return std::exchange(names_, {});
+    }
 
     std::vector<Entry> entries;
+
+private:
+    std::wstring names_;
 };
 
 }  // namespace zustd::test

@@ -17,6 +17,12 @@ protected:
     ToolkitTest() {
         window_->setBoundary({0, 0, 199, 99});
         window_->synchronizeTree();
+        told();
+    }
+    // Puts a result behind what was told under way.
+    static void say(auto result) { tell(textOf(result)); }
+    static void expectTold(const std::wstring& expected, int line = __builtin_LINE()) {
+        EXPECT_EQ(told(), expected) << "at line " << line;
     }
     // A widget on the window, listened to.
     template <class Widget>

@@ -8,194 +8,206 @@ namespace {
 using namespace test;
 using enum MouseAction;
 
-// Two drawn controls side by side.
+// Tells what reaches it; may remove itself when it is pressed.
+class Probe : public Control {
+public:
+    bool onMouse(const MouseEvent& event) override {
+        tell(L"mouse " + textOf(event.position));
+        if (vanishes && event.action == kLeftDown) {
+            requireParent().removeChild(this);
+        }
+        return uses;
+    }
+    bool onKey(const KeyEvent& event) override {
+        tell(L"key " + textOf(event.key));
+        return uses;
+    }
+
+    bool uses = false;
+    bool vanishes = false;
+};
+
+// Two drawn controls side by side, and one in the second.
 class InputTest : public ToolkitTest {
 protected:
     InputTest() {
         left_->setFocusable(true);
         right_->setFocusable(true);
+        right_->addChild(inner_);
+        inner_->setBoundary({10, 10, 29, 29});
+        told();
     }
-    // Lets a function hear what a control says.
-    static std::shared_ptr<FunctionSink> listen(Control& control, FunctionSink::Function function) {
-        auto sink = std::make_shared<FunctionSink>(std::move(function));
-        control.connect(sink, false);
-        return sink;
+    // Does something when a control says this.
+    static void when(Control& control, const MessageKind& said, std::function<void()> action) {
+        control.connect(
+            std::make_shared<FunctionSink>([action, &said](const MessageKind& kind, auto...) {
+                kind == said ? action() : void();
+            }),
+            false);
     }
-    // What is sent while the mouse does this.
-    std::wstring sent(MouseAction action, Point position = {}) {
-        mouse(action, position);
-        return log_->take();
+    // What the mouse comes to.
+    std::wstring after(std::initializer_list<MouseEvent> events) {
+        for (const MouseEvent& event : events) {
+            say(router().routeMouse(event));
+            EXPECT_EQ(native().captured, router().pressed() != nullptr);
+        }
+        return told();
     }
 
-    std::shared_ptr<Control> left_ = shown(makeControl<Control>(), {0, 0, 49, 49});
-    std::shared_ptr<Control> right_ = shown(makeControl<Control>(), {50, 0, 99, 49});
+    std::shared_ptr<Probe> left_ = shown(makeControl<Probe>(), {0, 0, 49, 49});
+    std::shared_ptr<Probe> right_ = shown(makeControl<Probe>(), {50, 0, 99, 49});
+    std::shared_ptr<Probe> inner_ = makeControl<Probe>();
 };
 
-// --- Mouse ---
-
 TEST_F(InputTest, mouse_movesPressesAndReleases_sendsInOrder) {
-    const std::tuple<MouseAction, std::int32_t, const wchar_t*> steps[] = {
-        // clang-format off
-        {kMove, 10, L"enterHovering"},
-        {kMove, 20, L""},
-        {kMove, 60, L"leaveHovering enterHovering"},
-        {kLeave, 0, L"leaveHovering"},
-        // Released elsewhere, it is no click, and nothing else hovers meanwhile.
-        {kLeftDown, 60, L"enterFocus enterLeftClicking"},
-        {kMove, 10, L""},
-        {kLeftUp, 10, L"leaveLeftClicking"},
-        // The other button belongs to the running press.
-        {kRightDown, 10, L"leaveFocus enterFocus enterRightClicking"},
-        {kLeftDown, 60, L""},
-        {kRightUp, 10, L"leaveRightClicking rightClicked"},
-        // Moved by more than four pixels, it is a drag.
-        {kLeftDown, 10, L"enterLeftClicking"},
-        {kMove, 14, L"enterHovering"},
-        {kMove, 15, L"dragging"},
-        {kMove, 80, L"leaveHovering dragging"},
-        {kLeftUp, 80, L"leaveLeftClicking dropped"}};
-    // clang-format on
     right_->setCursor(MouseCursor::kHand);
-    left_->setDraggable(true);
-    for (const auto& [action, x, expected] : steps) {
-        const bool used = mouse(action, {x, 10});
-        EXPECT_EQ(log_->take(), expected);
-        EXPECT_TRUE(used || (action != kLeftUp && action != kRightUp));
-        EXPECT_EQ(native().captured, router().pressed() != nullptr);
-    }
-    EXPECT_EQ(native().systemFocus, left_.get());
-    mouse(kMove, {60, 10});
-    EXPECT_EQ(native().cursor, MouseCursor::kHand);
+    EXPECT_EQ(after({{kMove, {10, 5}}, {kMove, {60, 5}}}),
+              L"enterHovering; cursor 0; mouse 10,5; 0; leaveHovering; enterHovering; cursor 1; "
+              L"mouse 10,5; 0");
+    EXPECT_EQ(router().hovered(), right_);
     right_->setCursor(MouseCursor::kText);
-    EXPECT_EQ(native().cursor, MouseCursor::kText);
-    mouse(kLeftDown, {10, 10});
-    EXPECT_TRUE(sent(kMove, {10, 5}).ends_with(L"dragging"));
-    mouse(kLeftUp, {10, 5});
-    mouse(kMove, {60, 10});
-    click({60, 12});
-    EXPECT_EQ(pointOfWord(log_->entries.back().b), (Point{10, 12}));
+    left_->setCursor(MouseCursor::kWait);
+    // Released elsewhere, it is no click, and nothing else hovers meanwhile.
+    EXPECT_EQ(after({{kLeave, {}}, {kLeftDown, {60, 5}}, {kMove, {10, 5}}, {kLeftUp, {10, 5}}}),
+              L"cursor 2; leaveHovering; 0; mouse 10,5; enterFocus; enterLeftClicking; 1; mouse "
+              L"-40,5; 0; mouse -40,5; leaveLeftClicking; 1");
+    EXPECT_EQ(native().systemFocus, right_.get());
+    // The other button belongs to the running press.
+    EXPECT_EQ(after({{kRightDown, {10, 5}}, {kLeftDown, {60, 5}}, {kLeftUp, {10, 5}}}),
+              L"mouse 10,5; leaveFocus; enterFocus; enterRightClicking; 1; mouse 60,5; 0; 1");
+    EXPECT_EQ(after({{kRightUp, {10, 5}}, {kRightUp, {10, 5}}}),
+              L"mouse 10,5; leaveRightClicking; rightClicked 10,5; 1; 0");
+    // What belongs to a child is no matter of those above it but by message.
+    EXPECT_EQ(after({{kLeftDouble, {62, 12}}, {kLeftUp, {62, 13}}}),
+              L"mouse 2,2; enterLeftClicking; 1; mouse 2,3; leaveLeftClicking; leftClicked 2,3; 1");
+    // Moved by more than four pixels, it is a drag.
+    left_->setDraggable(true);
+    EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {14, 1}}, {kMove, {15, 5}}, {kMove, {10, 5}}}),
+              L"mouse 10,5; enterLeftClicking; 1; enterHovering; cursor 3; mouse 14,1; 0; dragging "
+              L"15,5; mouse 15,5; 0; dragging 10,5; mouse 10,5; 0");
+    EXPECT_EQ(after({{kLeftUp, {10, 5}}, {kLeftDown, {10, 5}}, {kMove, {10, 10}}}),
+              L"mouse 10,5; leaveLeftClicking; dropped 10,5; 1; mouse 10,5; enterLeftClicking; 1; "
+              L"dragging 10,10; mouse 10,10; 0");
+    native().captured = false;
+    router().cancelPress();
+    EXPECT_EQ(after({{kRightDown, {10, 5}}, {kMove, {30, 5}}, {kRightUp, {30, 5}}}),
+              L"leaveLeftClicking; mouse 10,5; enterRightClicking; 1; mouse 30,5; 0; mouse 30,5; "
+              L"leaveRightClicking; rightClicked 30,5; 1");
+    // One that is disabled takes no press, and lets none through.
     left_->setEnabled(false);
-    log_->take();
-    EXPECT_EQ(sent(kLeftDown, {10, 10}), L"");
-    EXPECT_EQ(sent(kMove, {10, 10}), L"leaveHovering enterHovering");
-    EXPECT_EQ(sent(kLeftUp, {10, 10}), L"");
+    EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {11, 5}}, {kLeftUp, {10, 5}}}),
+              L"invalidate 0,0,49,49; leaveHovering; leaveFocus; 0; enterHovering; cursor 3; 0; 0");
+}
+
+TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {
+    EXPECT_EQ(after({{kWheel, {10, 5}, -120},
+                     {kWheel, {10, 5}, 7, kModifierControl | kModifierShift},
+                     {kHorizontalWheel, {10, 5}, 7, kModifierShift}}),
+              L"mouse 10,5; scrolledmousewheel -120,-1; 0; mouse 10,5; ctrlScrolledmousewheel 7,0; "
+              L"0; mouse 10,5; shiftScrolledmousewheel 7,0; 0");
+    right_->uses = true;
+    EXPECT_EQ(after({{kWheel, {62, 13}, 7}}), L"mouse 2,3; mouse 12,13; 1");
+    right_->setEnabled(false);
+    EXPECT_EQ(after({{kWheel, {62, 13}, 7}, {kWheel, {262, 13}, 7}}),
+              L"invalidate 50,0,99,49; scrolledmousewheel 7,0; 0; 0");
 }
 
 TEST_F(InputTest, controlAt_throughWhatTakesNoMouse_findsTheOneBelow) {
     const auto cover = shown(makeControl<Control>(), {0, 0, 199, 99});
-    EXPECT_EQ(window_->controlAt({10, 10}), cover.get());
     cover->setTakesMouse(false);
-    EXPECT_EQ(window_->controlAt({10, 10}), left_.get());
-    cover->tooltip().setLiteral(L"found for its tooltip");
-    EXPECT_EQ(window_->controlAt({10, 10}), cover.get());
-    cover->tooltip().setLiteral({});
-    EXPECT_EQ(window_->controlAt({150, 80}), window_.get());
+    EXPECT_EQ(window_->controlAt({79, 10}), inner_.get());
+    EXPECT_EQ(window_->controlAt({80, 10}), right_.get());
     EXPECT_EQ(window_->controlAt({200, 80}), nullptr);
-    left_->setVisible(false);
-    EXPECT_EQ(window_->controlAt({10, 10}), window_.get());
+    right_->setVisible(false);
+    EXPECT_EQ(window_->controlAt({60, 10}), window_.get());
+    cover->tooltip().setLiteral(L"found for its tooltip");
+    EXPECT_EQ(window_->controlAt({60, 10}), cover.get());
 }
-
-// Removes itself when it is pressed; uses the wheel.
-class Vanishing : public Control {
-public:
-    bool onMouse(const MouseEvent& event) override {
-        position = event.position;
-        if (event.action == kLeftDown && parentControl() != nullptr) {
-            requireParent().removeChild(this);
-        }
-        return true;
-    }
-    Point position;
-};
 
 TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
-    mouse(kMove, {10, 10});
-    mouse(kLeftDown, {10, 10});
-    log_->take();
-    window_->removeChild(left_.get());
-    EXPECT_EQ(log_->take(), L"leaveLeftClicking leaveHovering leaveFocus");
-    EXPECT_FALSE(native().captured);
-    EXPECT_EQ(router().focused(), nullptr);
-    EXPECT_FALSE(mouse(kLeftUp, {10, 10}));
+    inner_->setFocusable(true);
+    for (int how = 0; how < 3; ++how) {
+        window_->addChild(right_);
+        right_->addChild(inner_);
+        after({{kMove, {65, 15}}, {kLeftDown, {65, 15}}});
+        how == 0   ? right_->removeAllChildren()
+        : how == 1 ? void(window_->removeChild(right_.get()))
+                   : void(right_->setEnabled(false));
+        const std::wstring left = L"leaveLeftClicking; leaveHovering; leaveFocus";
+        expectTold(how < 2 ? left + L"; invalidate 50,0,99,49" : L"invalidate 50,0,99,49; " + left);
+        EXPECT_FALSE(native().captured || router().focused() || router().hovered());
+    }
     // By its own handler.
-    const auto vanishing = shown(makeControl<Vanishing>(), {100, 0, 149, 49});
-    click({110, 10});
-    EXPECT_EQ(vanishing->parentControl(), nullptr);
-    EXPECT_FALSE(native().captured);
-    log_->take();
-    EXPECT_EQ(sent(kLeftDown, {60, 10}), L"enterFocus enterLeftClicking");
+    left_->vanishes = true;
+    EXPECT_EQ(after({{kLeftDown, {10, 5}}}), L"mouse 10,5; invalidate 0,0,49,49; 1");
 }
 
-TEST_F(InputTest, receiverOfAnInsertion_putsTheChildElsewhere_hasItsWayButMakesNoCircle) {
+TEST_F(InputTest, receivers_moveTheChildFocusOrPress_areObeyed) {
     const auto third = shown(makeControl<Control>());
-    const std::pair<std::function<void()>, const wchar_t*> changes[] = {
-        {[&] { third->addChild(left_); }, L"nothing"},
-        {[&] { left_->addChild(right_); }, L"child && !child->isAncestorOf(*this)"}};
-    for (const auto& [change, failure] : changes) {
-        left_->takeFocus();
-        const auto hears = listen(*left_, [&, change = change](const MessageKind& kind, auto...) {
-            if (&kind == &Control::kLeaveFocus) {
-                change();
-            }
-        });
-        EXPECT_EQ(thrownText([&] { right_->addChild(left_); }), failure);
-        EXPECT_TRUE(right_->children().empty());
-        left_->disconnect(hears.get());
-        EXPECT_EQ(left_->parentControl() == third.get(), failure == changes[0].second);
-    }
-}
-
-TEST_F(InputTest, receivers_redirectFocusOrEndThePress_areObeyed) {
+    const auto fourth = shown(makeControl<Control>());
+    fourth->setFocusable(true);
     left_->takeFocus();
-    const auto redirect = listen(*right_, [&](const MessageKind& kind, auto...) {
-        if (&kind == &Control::kEnterFocus) {
-            left_->takeFocus();
-        }
-    });
-    EXPECT_FALSE(right_->takeFocus());
-    EXPECT_EQ(router().focused(), left_);
-    right_->disconnect(redirect.get());
-    listen(*left_, [&](const MessageKind& kind, auto...) {
-        if (&kind == &Control::kLeaveFocus) {
-            right_->setEnabled(false);
-        }
-    });
-    log_->take();
-    EXPECT_EQ(sent(kLeftDown, {60, 10}).find(L"LeftClicking"), std::wstring::npos);
-    EXPECT_EQ(router().pressed(), nullptr);
-    EXPECT_FALSE(native().captured);
+    when(*left_, Control::kLeaveFocus, [&] { third->addChild(left_); });
+    EXPECT_EQ(thrownText([&] { right_->addChild(left_); }), L"nothing");
+    EXPECT_EQ(left_->parentControl(), third.get());
+    fourth->takeFocus();
+    when(*fourth, Control::kLeaveFocus, [&] { fourth->addChild(third); });
+    EXPECT_EQ(thrownText([&] { third->addChild(fourth); }),
+              L"child && !child->isAncestorOf(*this)");
+    when(*inner_, Control::kEnterFocus, [&] { right_->takeFocus(); });
+    inner_->setFocusable(true);
+    EXPECT_FALSE(inner_->takeFocus());
+    EXPECT_EQ(router().focused(), right_);
+    when(*right_, Control::kLeaveFocus, [&] { left_->setEnabled(false); });
+    window_->addChild(left_);
+    told();
+    EXPECT_EQ(after({{kLeftDown, {10, 5}}}), L"mouse 10,5; leaveFocus; invalidate 0,0,49,49; 1");
 }
 
-TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {
-    mouse(kWheel, {10, 10}, -120);
-    EXPECT_EQ(log_->entries[0].b.number(), -120);
-    mouse(kWheel, {10, 10}, 120, kModifierControl);
-    mouse(kWheel, {10, 10}, 120, kModifierShift);
-    EXPECT_EQ(log_->take(), L"scrolledmousewheel ctrlScrolledmousewheel shiftScrolledmousewheel");
-    const auto user = shown(makeControl<Vanishing>(), {100, 50, 199, 99});
-    user->addChild(left_);
-    EXPECT_TRUE(mouse(kWheel, {112, 63}, 120));
-    EXPECT_EQ(user->position, (Point{12, 13}));
-    EXPECT_EQ(log_->take().find(L"wheel"), std::wstring::npos);
-}
-
-// --- Focus and keys ---
-
-TEST_F(InputTest, tab_focusOrder_wrapsAroundAndSkipsTheUnusable) {
-    const auto third = shown(makeControl<Control>());
-    third->setFocusable(true);
-    third->setFocusOrder(-1);
-    const std::tuple<std::uint32_t, bool, std::shared_ptr<Control>> presses[] = {
-        {0, true, third},
-        {0, true, left_},
-        {0, true, third},
-        {kModifierShift, true, left_},
-        {kModifierControl, false, left_}};
-    for (const auto& [modifiers, isUsed, focused] : presses) {
-        EXPECT_EQ(key(kKeyTab, modifiers), isUsed);
+TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
+    inner_->setFocusable(true);
+    left_->setFocusOrder(1);
+    inner_->setFocusOrder(1);
+    say(key('X'));
+    expectTold(L"0");
+    // clang-format off
+    for (const auto& [modifiers, focused] :
+         {std::pair{0U, right_}, {0U, left_}, {0U, inner_}, {0U, right_}, {kModifierShift, inner_},
+          {kModifierShift, left_}, {kModifierAlt, left_}}) {
+        // clang-format on
+        EXPECT_EQ(key(kKeyTab, modifiers), modifiers != kModifierAlt);
         EXPECT_EQ(router().focused(), focused);
-        right_->setEnabled(false);
     }
+    inner_->takeFocus();
+    told();
+    for (const std::uint32_t modifiers : {0U, kModifierControl}) {
+        key(kKeyUp, modifiers);
+        key(kKeyDown, modifiers);
+    }
+    expectTold(
+        L"key 38; key 38; keyPressed 38,0; selectPreviousItem; key 40; key 40; keyPressed 40,0; "
+        L"selectNextItem; key 38; key 38; keyPressed 38,0; moveUp; key 40; key 40; keyPressed "
+        L"40,0; moveDown");
+    right_->uses = true;
+    say(key(kKeyTab));
+    expectTold(L"key 9; key 9; 1");
+    // From nowhere backwards to the last that can have it; then to the only one.
+    inner_->setVisible(false);
+    EXPECT_EQ(router().focused(), nullptr);
+    EXPECT_FALSE(inner_->takeFocus());
+    key(kKeyTab, kModifierShift);
+    EXPECT_EQ(router().focused(), left_);
+    right_->setEnabled(false);
+    EXPECT_TRUE(key(kKeyTab));
+    EXPECT_EQ(router().focused(), left_);
+    left_->setFocusable(false);
+    const auto foreign = makeControl<Control>();
+    foreign->setFocusable(true);
+    EXPECT_FALSE(router().setFocus(foreign.get()) || foreign->takeFocus() || right_->takeFocus() ||
+                 left_->takeFocus() || key(kKeyTab));
+    told();
+    router().acceptFocus(nullptr);
+    expectTold(L"leaveFocus");
 }
 
 TEST_F(InputTest, tab_acrossSurfaces_movesOnInsideTheInnerOne) {
@@ -212,74 +224,75 @@ TEST_F(InputTest, tab_acrossSurfaces_movesOnInsideTheInnerOne) {
     EXPECT_EQ(inner->inputRouter()->focused(), nullptr);
 }
 
-TEST_F(InputTest, focusAndKeys_ofWhatCanHaveThem_areAnnouncedAndNavigate) {
-    const auto foreign = makeControl<Control>();
-    foreign->setFocusable(true);
-    EXPECT_FALSE(router().setFocus(foreign.get()));
-    EXPECT_FALSE(foreign->takeFocus());
-    right_->setVisible(false);
-    EXPECT_FALSE(right_->takeFocus());
-    left_->setFocusable(false);
-    EXPECT_FALSE(left_->takeFocus());
-    EXPECT_EQ(router().focused(), nullptr);
-    left_->setFocusable(true);
-    EXPECT_TRUE(left_->takeFocus());
-    log_->take();
-    EXPECT_FALSE(key('X'));
-    EXPECT_EQ(log_->entries[0].b.number(), 'X');
-    EXPECT_FALSE(key(kKeyDown) || key(kKeyUp) || key(kKeyUp, kModifierControl));
-    EXPECT_EQ(log_->take(),
-              L"keyPressed keyPressed selectNextItem keyPressed selectPreviousItem keyPressed "
-              L"moveUp");
-}
-
-TEST_F(InputTest, dialog_escapeAndObjections_closeOrKeepItOpen) {
+TEST_F(InputTest, dialog_escapeEnterAndObjections_closeOrKeepItOpen) {
     const auto dialog = host_->createNativeDialog();
+    const auto button = host_->createNativeButton();
+    const auto check = host_->createNativeButton();
+    check->setKind(ButtonKind::kCheck);
+    button->connect(log_, false);
+    dialog->addChild(button);
+    dialog->addChild(check);
     dialog->show(false);
-    const auto objector = listen(*dialog, [](const auto& kind, auto, auto b) {
-        if (kind == Control::kClose) {
-            *b.template object<bool>() = true;
-        }
-    });
-    EXPECT_FALSE(dialog->acceptClose());
-    EXPECT_TRUE(dialog->isOpen());
-    dialog->disconnect(objector.get());
-    EXPECT_TRUE(dialog->inputRouter()->routeKey({kKeyEscape, 0}));
-    EXPECT_FALSE(dialog->isOpen());
+    check->takeFocus();
+    told();
+    say(dialog->onKey({kKeyEnter, 0}));
+    say(dialog->setDefaultButton(button));
+    say(dialog->setDefaultButton(button));
+    say(dialog->inputRouter()->routeKey({kKeyEnter, 0}));
+    dialog->setDefaultButton(nullptr);
+    say(button->takeFocus());
+    expectTold(
+        L"0; sync 0,0,0,0; invalidate; 1; 0; leftClicked; 1; sync 0,0,0,0; invalidate; sync "
+        L"0,0,0,0; enterFocus; sync 0,0,0,0; 1");
+    EXPECT_EQ(dialog->buttonForEnter(), button);
+    bool objects = true;
+    dialog->connect(std::make_shared<FunctionSink>([&](const auto& kind, auto, auto b) {
+                        if (kind == Control::kClose) {
+                            *b.template object<bool>() = objects;
+                        }
+                    }),
+                    false);
+    EXPECT_TRUE(dialog->onKey({kKeyEscape, 0}) && dialog->isOpen());
+    objects = false;
+    EXPECT_TRUE(dialog->acceptClose() && !dialog->isOpen());
     EXPECT_EQ(dialog->result(), kAnswerCancel);
     // One that has to be answered does not even ask.
     const auto stubborn = host_->createNativeDialog(NativeDialog::kStyleNotClosable);
     stubborn->connect(log_, false);
     stubborn->show(false);
-    log_->take();
-    EXPECT_TRUE(stubborn->inputRouter()->routeKey({kKeyEscape, 0}));
-    EXPECT_TRUE(stubborn->isOpen());
-    EXPECT_EQ(log_->take().find(L"close"), std::wstring::npos);
+    told();
+    EXPECT_TRUE(stubborn->onKey({kKeyEscape, 0}) && stubborn->isOpen());
+    expectTold(L"");
 }
 
 // --- Tooltips ---
 
 class TooltipTest : public InputTest {
 protected:
-    TooltipTest() { left_->setTooltipOptions(options_); }
-
-    // The named objects of a waiting and of a shown tooltip, or null.
-    template <class Object>
-    std::shared_ptr<Object> named(const wchar_t* prefix) {
-        return std::dynamic_pointer_cast<Object>(
-            window_->windowService()->getNamedObject(prefix + left_->idText()));
+    TooltipTest() {
+        left_->setTooltipOptions(options_);
+        native().clientPosition = {100, 200};
     }
-    std::shared_ptr<Timer> timer() { return named<Timer>(L"TTTIMER:"); }
-    std::shared_ptr<NativeDialog> dialog() { return named<NativeDialog>(L"TTDIALOG:"); }
-
-    // Where the tooltip of a text appears for a pointer that rests.
-    Rect placeOf(const std::wstring& text) {
+    std::shared_ptr<Timer> timer() {
+        return std::dynamic_pointer_cast<Timer>(
+            window_->windowService()->getNamedObject(tooltipTimerKey(*left_)));
+    }
+    std::shared_ptr<NativeDialog> dialog() {
+        return std::dynamic_pointer_cast<NativeDialog>(
+            window_->windowService()->getNamedObject(tooltipDialogKey(*left_)));
+    }
+    // What is drawn of the tooltip of a text for a pointer that rests, and where.
+    std::wstring shownFor(const std::wstring& text) {
         left_->tooltip().setLiteral(text);
         mouse(kMove, {10, 20});
         timer()->acceptTick();
         const auto shown = dialog();
+        told();
+        shown->drawAsRoot(*shown->graphicsService());
+        EXPECT_TRUE(shown->isOpen());
         mouse(kLeave);
-        return shown->boundary();
+        EXPECT_FALSE(shown->isOpen() || timer() || dialog());
+        return textOf(shown->boundary()) + L"; " + told();
     }
 
     std::shared_ptr<TooltipOptions> options_ = std::make_shared<TooltipOptions>();
@@ -288,25 +301,25 @@ protected:
 TEST_F(TooltipTest, pointerRests_showsAfterTheDelayUntilItMovesOn) {
     mouse(kMove, {10, 20});
     EXPECT_EQ(timer(), nullptr) << "there is no text";
-    mouse(kLeave);
     left_->tooltip().setLiteral(L"What it is");
+    const auto application = makeRecordingApplicationService();
+    window_->registerService(application, true, true);
+    application->getPreferences()->setBool(L"showTooltips", false);
+    left_->showTooltip({});
+    EXPECT_EQ(timer(), nullptr) << "nobody wants them";
+    application->getPreferences()->setBool(L"showTooltips", true);
+    mouse(kLeave);
     options_->delay = 250;
     mouse(kMove, {10, 20});
     const auto waiting = timer();
-    ASSERT_NE(waiting, nullptr);
-    EXPECT_EQ(waiting->name(), L"ttTimer");
-    EXPECT_EQ(waiting->getInterval(), 250U);
+    EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer250");
     EXPECT_TRUE(waiting->isRunning());
-    log_->take();
+    told();
     waiting->acceptTick();
-    EXPECT_EQ(log_->take(), L"beforeDisplayTooltip");
+    EXPECT_TRUE(told().starts_with(L"beforeDisplayTooltip; "));
     EXPECT_FALSE(waiting->isRunning());
-    const auto shown = dialog();
-    ASSERT_NE(shown, nullptr);
-    EXPECT_TRUE(shown->isOpen());
-    mouse(kMove, {60, 20});
-    EXPECT_FALSE(shown->isOpen() || timer() || dialog());
     // Whoever leaves while it waits is shown nothing.
+    mouse(kMove, {60, 20});
     mouse(kMove, {10, 20});
     const auto late = timer();
     window_->removeChild(left_.get());
@@ -315,17 +328,26 @@ TEST_F(TooltipTest, pointerRests_showsAfterTheDelayUntilItMovesOn) {
     EXPECT_EQ(dialog(), nullptr);
 }
 
-TEST_F(TooltipTest, placeAndSize_offsetScreenAndLimits_areKept) {
-    native().clientPosition = {100, 200};
+TEST_F(TooltipTest, placeSizeAndColors_ofOptionsAndScreen_areKept) {
     options_->offset = {3, 4};
     // 10 characters of 7 pixels, a line of 16, margins of 6 and 3.
-    EXPECT_EQ(placeOf(L"What it is"), Rect::at({113, 224}, {82, 22}));
-    options_->maximumSize = {82, 60};
-    EXPECT_EQ(placeOf(std::wstring(100, L'x')).size(), (Size{82, 60}));
+    EXPECT_EQ(shownFor(L"What it is"),
+              L"113,224,194,245; fill 0,0,81,21 #ffffe1; pen #767676 1; frame 0,0,81,21; text "
+              L"6,3,75,18 What it is 11  #000000 0 0 100; leaveHovering");
+    options_->maximumSize = {40, 60};
+    options_->font = std::make_shared<FontDescriptor>(FontStyle{false, false, false, 20, {}});
+    options_->colors = std::make_shared<ColorsDescriptor>();
+    options_->colors->setColor(ColorRole::kText, Color::rgb(1, 2, 3));
+    options_->colors->setColor(ColorRole::kBorder, Color::rgb(4, 5, 6));
+    options_->colors->setColor(ColorRole::kBackground, Color::rgb(7, 8, 9));
+    EXPECT_EQ(shownFor(L"What it is"),
+              L"113,224,152,283; fill 0,0,39,59 #070809; pen #040506 1; frame 0,0,39,59; text "
+              L"6,3,33,56 What it is 20  #010203 0 0 100; leaveHovering");
     options_->maximumSize = {82, 0};
-    EXPECT_EQ(placeOf(std::wstring(100, L'x')).size(), (Size{712, 22})) << "zero is no limit";
     native().clientPosition = {-500, -500};
-    EXPECT_EQ(placeOf(L"x").position(), (Point{0, 0}));
+    EXPECT_EQ(shownFor(L"What it is and what it is not"),
+              L"0,0,214,30; fill 0,0,214,30 #070809; pen #040506 1; frame 0,0,214,30; text "
+              L"6,3,208,27 What it is and what it is not 20  #010203 0 0 100; leaveHovering");
 }
 
 }  // namespace

@@ -1,29 +1,13 @@
-#include <gtest/gtest.h>
-
+// Rectangles, descriptors, and where a layout puts its children.
 #include <algorithm>
 #include <stdexcept>
-#include <vector>
 
-#include "ZuControl.h"
-#include "ZuLayout.h"
-#include "support/FrameworkTest.h"
+#include "support/ToolkitTest.h"
 
 namespace zustd {
 namespace {
 
-using test::Random;
-using test::thrownText;
-
-// A child of a layout: what it asks for.
-struct Item {
-    Size size;
-    Size preferred;
-    bool autoSized = false;
-    Size minimum;
-    Size maximum;
-    bool breaks = false;
-    bool visible = true;
-};
+using namespace test;
 
 class Child : public Control {
 public:
@@ -31,172 +15,156 @@ public:
     Size preferred;
 };
 
-Rect mirrored(const Rect& rect) { return {rect.top, rect.left, rect.bottom, rect.right}; }
-Size mirrored(Size size) { return {size.height, size.width}; }
+Rect turned(const Rect& rect, bool columns) {
+    return columns ? Rect{rect.top, rect.left, rect.bottom, rect.right} : rect;
+}
+Size turned(Size size, bool columns) { return columns ? Size{size.height, size.width} : size; }
 
-// What a layout makes of its children, written down for rows.
-struct Outcome {
-    std::vector<Rect> places;
-    std::size_t lines = 0;
-    std::size_t fitting = 0;
-    Size content;
-
-    friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-// One layout, written down for rows; the same mirrored is the one for columns.
-struct Case {
-    Rect area;
+// One layout, worked out step by step as plainly as can be, for rows; columns
+// are the same with everything turned. The last of the places are the counts of
+// lines and of fitting children, and the content's size.
+struct Plain {
     Arrangement how;
-    std::vector<Item> items;
+    Rect area;
+    Controls children;
+    bool shares = true;
 
-    Outcome run(bool asColumns, Size* measured = nullptr) const {
-        const auto turn = [=](auto what) { return asColumns ? mirrored(what) : what; };
-        Controls children;
-        for (const Item& item : items) {
-            const auto child = makeControl<Child>();
-            child->setSize(turn(item.size));
-            child->preferred = turn(item.preferred);
-            child->setPlacement(
-                {turn(item.minimum), turn(item.maximum), item.autoSized, item.breaks});
-            child->setVisible(item.visible);
-            children.push_back(child);
+    // The sizes that the children begin with, and the children of each row.
+    std::vector<std::vector<std::size_t>> cut(std::vector<Rect>& places, Size& largest) const {
+        const bool columns = how.flow == Flow::kColumns;
+        const Rect room = turned(area, columns);
+        std::vector<std::vector<std::size_t>> rows;
+        int x = 0;
+        bool breaks = true;
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            auto& child = dynamic_cast<Child&>(*children[i]);
+            const Placement& asked = child.placement();
+            const Size given = how.measure ? child.preferred : child.boundary().size();
+            Size size = turned(given, columns);
+            size.width = asked.autoSized ? turned(asked.minimum, columns).width : size.width;
+            places.push_back(Rect::at({0, 0}, size));
+            if (!child.isVisible()) {
+                places.back() = turned(child.boundary(), columns);
+                continue;
+            }
+            size = places.back().size();
+            largest = {std::max(largest.width, size.width), std::max(largest.height, size.height)};
+            if (breaks || (how.wrap && std::max(x, 0) + size.width - 1 > room.right)) {
+                rows.emplace_back();
+                x = room.left;
+            }
+            rows.back().push_back(i);
+            x += turned(how.spacing, columns).width + size.width;
+            breaks = asked.breaksLineAfter;
         }
-        children.push_back(nullptr);
-        Arrangement turned = how;
-        turned.flow = asColumns ? Flow::kColumns : Flow::kRows;
-        turned.spacing = turn(how.spacing);
-        if (asColumns) {
-            std::swap(turned.uniformWidth, turned.uniformHeight);
-            std::swap(turned.horizontal, turned.vertical);
-        }
-        LayoutResult result;
-        if (measured != nullptr) {
-            *measured = turn(measureLayout(turned, turn(area), children));
-        } else {
-            result = layOut(turned, turn(area), children);
-        }
-        Outcome outcome{{}, result.lineCount, result.fittingCount, turn(result.contentSize)};
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            outcome.places.push_back(turn(children[i]->boundary()));
-        }
-        return outcome;
+        return rows;
     }
-
-    // The same worked out step by step, as plainly as can be.
-    Outcome expected() const;
+    std::vector<Rect> expected() const {
+        const bool columns = how.flow == Flow::kColumns;
+        const Rect room = turned(area, columns);
+        const Size gap = turned(how.spacing, columns);
+        const Alignment along = columns ? how.vertical : how.horizontal;
+        const Alignment across = columns ? how.horizontal : how.vertical;
+        const bool isWide = columns ? how.uniformHeight : how.uniformWidth;
+        const bool isHigh = columns ? how.uniformWidth : how.uniformHeight;
+        std::vector<Rect> places;
+        Size largest;
+        const std::vector<std::vector<std::size_t>> rows = cut(places, largest);
+        int top = room.top;
+        int fitting = 0;
+        Size content;
+        for (const std::vector<std::size_t>& row : rows) {
+            const int count = static_cast<int>(row.size());
+            int used = gap.width * (count - 1);
+            int height = 0;
+            int sharing = 0;
+            for (const std::size_t i : row) {
+                used += places[i].width();
+                height = std::max(height, places[i].height());
+                sharing += shares && children[i]->placement().autoSized ? 1 : 0;
+            }
+            const int all = room.right - room.left + 1;
+            const int leftover = all - used;
+            for (int left = sharing; const std::size_t i : row) {
+                const Placement& asked = children[i]->placement();
+                if (sharing != 0 && asked.autoSized) {
+                    const int share = leftover / sharing;
+                    const int extra = --left != 0 ? share : leftover - share * (sharing - 1);
+                    const int maximum = turned(asked.maximum, columns).width;
+                    const int width = places[i].width() + extra;
+                    used -= places[i].width();
+                    places[i].setSize(
+                        {maximum != 0 ? std::min(width, maximum) : width, places[i].height()});
+                    used += places[i].width();
+                }
+            }
+            const int rest = all - used;
+            const int spread = count > 1 ? rest / (count - 1) : 0;
+            int left = room.left + (along == Alignment::kEnd      ? std::max(rest, 0)
+                                    : along == Alignment::kCentre ? std::max(rest, 0) / 2
+                                                                  : 0);
+            for (const std::size_t i : row) {
+                const Size size{isWide ? largest.width : places[i].width(),
+                                isHigh ? largest.height : places[i].height()};
+                const int bottom = top + height - 1;
+                const bool isLow = across == Alignment::kEnd || across == Alignment::kJustify;
+                const int y = isLow                          ? bottom - size.height + 1
+                              : across == Alignment::kCentre ? bottom - size.height / 2 - height / 2
+                                                             : top;
+                Rect& place = places[i] = Rect::at({std::max(left, 0), std::max(y, 0)}, size);
+                left = place.right + 1 +
+                       (along < Alignment::kJustify    ? gap.width
+                        : along == Alignment::kJustify ? spread
+                                                       : 0);
+                fitting += place.top >= room.top && place.bottom <= room.bottom ? 1 : 0;
+                content = {std::max(content.width, place.right - room.left + 1),
+                           std::max(content.height, place.bottom - room.top + 1)};
+            }
+            top += height + gap.height;
+        }
+        places.push_back({static_cast<int>(rows.size()), fitting, content.width, content.height});
+        return places;
+    }
+    std::vector<Rect> run() const {
+        const bool columns = how.flow == Flow::kColumns;
+        const LayoutResult result = layOut(how, area, children);
+        const Size content = turned(result.contentSize, columns);
+        std::vector<Rect> places;
+        for (const auto& child : children) {
+            places.push_back(turned(child->boundary(), columns));
+        }
+        places.push_back({static_cast<int>(result.lineCount), static_cast<int>(result.fittingCount),
+                          content.width, content.height});
+        return places;
+    }
 };
-
-Outcome Case::expected() const {
-    struct Row {
-        std::vector<std::size_t> children;
-        int width = 0;
-        int height = 0;
-    };
-    std::vector<Row> rows;
-    Outcome outcome;
-    int x = area.left;
-    Size largest;
-    bool breaksBefore = false;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        const Item& item = items[i];
-        outcome.places.push_back(Rect::at({0, 0}, item.size));
-        if (!item.visible) {
-            continue;
-        }
-        Size size = how.measure ? item.preferred : item.size;
-        size.width = std::max(item.autoSized ? item.minimum.width : size.width, 1);
-        size.height = std::max(size.height, 1);
-        largest = {std::max(largest.width, size.width), std::max(largest.height, size.height)};
-        const bool reachesOut = how.wrap && std::max(x, 0) + size.width - 1 > area.right;
-        if (rows.empty() || breaksBefore || reachesOut) {
-            rows.push_back({{}, -how.spacing.width, 0});
-            x = area.left;
-        }
-        Row& row = rows.back();
-        row.children.push_back(i);
-        row.width += how.spacing.width + size.width;
-        row.height = std::max(row.height, size.height);
-        x += how.spacing.width + size.width;
-        breaksBefore = item.breaks;
-        outcome.places[i].setSize(size);
-    }
-    int top = area.top;
-    for (Row& row : rows) {
-        const int all = area.right - area.left + 1;
-        const int count = static_cast<int>(row.children.size());
-        std::vector<std::size_t> sharing;
-        std::copy_if(row.children.begin(), row.children.end(), std::back_inserter(sharing),
-                     [&](std::size_t i) { return items[i].autoSized; });
-        const int shares = static_cast<int>(sharing.size());
-        const int leftover = all - row.width;
-        for (int k = 0; k < shares; ++k) {
-            Rect& place = outcome.places[sharing[static_cast<std::size_t>(k)]];
-            const int maximum = items[sharing[static_cast<std::size_t>(k)]].maximum.width;
-            const int share = leftover / shares;
-            int width = place.width() + (k + 1 < shares ? share : leftover - share * (shares - 1));
-            width = std::max(maximum != 0 ? std::min(width, maximum) : width, 1);
-            row.width += width - place.width();
-            place.setSize({width, place.height()});
-        }
-        const int room = std::max(all - row.width, 0);
-        const int kind = static_cast<int>(how.horizontal);
-        const int offset = kind == 1 ? room : kind == 2 ? room / 2 : 0;
-        const int spread = kind == 3 && count > 1 ? (all - row.width) / (count - 1) : 0;
-        int left = area.left + offset;
-        for (const std::size_t i : row.children) {
-            Rect& place = outcome.places[i];
-            const int width = how.uniformWidth ? largest.width : place.width();
-            const int height = how.uniformHeight ? largest.height : place.height();
-            const int bottom = top + row.height - 1;
-            const int y = how.vertical == Alignment::kStart ? top
-                          : how.vertical == Alignment::kCentre
-                              ? bottom - height / 2 - row.height / 2
-                              : bottom - height + 1;
-            place = Rect::at({std::max(left, 0), std::max(y, 0)}, {width, height});
-            left = place.right + 1 + (kind < 3 ? how.spacing.width : spread);
-            outcome.fitting += place.top >= area.top && place.bottom <= area.bottom ? 1 : 0;
-            outcome.content = {std::max(outcome.content.width, place.right - area.left + 1),
-                               std::max(outcome.content.height, place.bottom - area.top + 1)};
-        }
-        top += row.height + how.spacing.height;
-    }
-    outcome.lines = rows.size();
-    return outcome;
-}
-
-std::int32_t from(Random& random, std::int32_t lowest, std::size_t count) {
-    return lowest + static_cast<std::int32_t>(random.below(count));
-}
-
-bool oneIn(Random& random, std::size_t count) { return random.below(count) == 0; }
 
 // Also areas before 0 and turned inside out, and limits below 0.
-Case anyCase(Random& random) {
-    Case layout;
-    const bool odd = oneIn(random, 4);
-    const auto start = [&] { return odd ? from(random, -60, 120) : from(random, 0, 50); };
-    layout.area.left = start();
-    layout.area.top = start();
-    layout.area.right = layout.area.left + from(random, odd ? -40 : 0, 300);
-    layout.area.bottom = layout.area.top + from(random, odd ? -40 : 0, 200);
-    layout.how.spacing = {from(random, odd ? -4 : 0, 8), from(random, odd ? -4 : 0, 8)};
-    layout.how.vertical = static_cast<Alignment>(random.below(4));
-    layout.how.horizontal = static_cast<Alignment>(random.below(5));
-    layout.how.uniformWidth = oneIn(random, 6);
-    layout.how.uniformHeight = oneIn(random, 6);
-    layout.how.measure = oneIn(random, 2);
-    layout.how.wrap = oneIn(random, 2);
+Plain anyLayout(Random& random) {
+    const auto from = [&](std::int32_t lowest, std::size_t count) {
+        return lowest + static_cast<std::int32_t>(random.below(count));
+    };
+    const auto oneIn = [&](std::size_t count) { return random.below(count) == 0; };
+    const bool odd = oneIn(4);
+    const Point start{from(odd ? -60 : 0, 60), from(odd ? -60 : 0, 60)};
+    // clang-format off
+    Plain layout{
+        {oneIn(2) ? Flow::kRows : Flow::kColumns, static_cast<Alignment>(random.below(5)),
+         static_cast<Alignment>(random.below(5)), {from(odd ? -4 : 0, 8), from(odd ? -4 : 0, 8)}, {},
+         oneIn(2), oneIn(6), oneIn(6), oneIn(2)},
+        {start.x, start.y, start.x + from(odd ? -40 : 0, 300), start.y + from(odd ? -40 : 0, 300)}, {}};
+    // clang-format on
     for (std::size_t i = random.below(16); i > 0; --i) {
-        Item item;
-        item.size = {from(random, 1, 60), from(random, 1, 40)};
-        item.preferred = {from(random, -2, 60), from(random, -2, 40)};
-        item.autoSized = oneIn(random, 4);
-        item.minimum = {from(random, -5, 30), from(random, 0, 50)};
-        item.maximum = {oneIn(random, 2) ? from(random, odd ? -9 : 0, 60) : 0, from(random, 0, 9)};
-        item.breaks = oneIn(random, 6);
-        item.visible = !oneIn(random, 8);
-        layout.items.push_back(item);
+        const auto child = makeControl<Child>();
+        child->setSize({from(1, 60), from(1, 40)});
+        child->preferred = {from(-2, 60), from(-2, 40)};
+        const int lowest = odd ? -9 : 0;
+        child->setPlacement({{from(-5, 30), from(-5, 30)},
+                             {oneIn(2) ? from(lowest, 60) : 0, oneIn(2) ? from(lowest, 60) : 0},
+                             oneIn(4),
+                             oneIn(6)});
+        child->setVisible(!oneIn(8));
+        layout.children.push_back(child);
     }
     return layout;
 }
@@ -205,61 +173,86 @@ TEST(Layout, randomChildren_inRowsAndColumns_areWhereThePlainReckoningHasThem) {
     for (std::uint64_t seed = 0; seed < 5000; ++seed) {
         Random random(seed);
         SCOPED_TRACE(random.label());
-        Case layout = anyCase(random);
-        const Outcome expected = layout.expected();
-        const Outcome rows = layout.run(false);
-        ASSERT_EQ(rows.places, expected.places);
-        ASSERT_TRUE(rows == expected);
-        ASSERT_TRUE(layout.run(true) == expected) << "columns";
+        Plain layout = anyLayout(random);
+        const std::vector<Rect> expected = layout.expected();
+        ASSERT_EQ(layout.run(), expected);
         // Measured is what nobody shares and nothing spreads.
+        layout.shares = false;
         layout.area = Rect::at({0, 0}, layout.area.size());
         layout.how.spacing = {std::abs(layout.how.spacing.width),
                               std::abs(layout.how.spacing.height)};
         layout.how.vertical = layout.how.horizontal = Alignment::kStart;
-        Size measured[2];
-        for (const bool asColumns : {false, true}) {
-            const Outcome untouched = layout.run(asColumns, &measured[asColumns ? 1 : 0]);
-            for (std::size_t i = 0; i < layout.items.size(); ++i) {
-                ASSERT_EQ(untouched.places[i], Rect::at({0, 0}, layout.items[i].size));
-            }
-        }
-        for (Item& item : layout.items) {
-            item.size.width = item.autoSized ? item.minimum.width : item.size.width;
-            item.preferred.width = item.autoSized ? item.minimum.width : item.preferred.width;
-            item.autoSized = false;
-        }
-        ASSERT_EQ(measured[0], layout.expected().content);
-        ASSERT_EQ(measured[1], layout.expected().content) << "columns";
+        const Rect last = layout.expected().back();
+        ASSERT_EQ(turned(measureLayout(layout.how, layout.area, layout.children),
+                         layout.how.flow == Flow::kColumns),
+                  (Size{last.right, last.bottom}));
     }
 }
 
-TEST(Layout, counts_beyond32Bits_failTheirAssertionForTheControl) {
-    const test::TraceCapture trace;
-    checkLayoutCount(0x7FFFFFFF, L"(childrenInRow)<=LONG_MAX");
-    EXPECT_EQ(thrownText([] { checkLayoutCount(0x80000000, L"(childrenInRow)<=LONG_MAX"); }),
-              L"(childrenInRow)<=LONG_MAX");
-    ASSERT_EQ(trace.messages().size(), 2U);
-    EXPECT_TRUE(trace.messages()[0].starts_with(
-        "asserted: '(childrenInRow)<=LONG_MAX', in src/lib/ZuControl,"));
-}
-
-TEST(Layout, childThatFailsToMeasure_movesNoneOfTheOthers) {
+TEST(Layout, countsAndFailures_areCheckedBeforeAnyChildMoves) {
     class Failing : public Control {
     public:
         Size preferredSize() override { throw std::runtime_error("no size"); }
     };
+    const test::TraceCapture trace;
+    checkLayoutCount(0x7FFFFFFF, L"(childrenInRow)<=LONG_MAX");
+    EXPECT_EQ(thrownText([] { checkLayoutCount(0x80000000, L"(childrenInRow)<=LONG_MAX"); }),
+              L"(childrenInRow)<=LONG_MAX");
+    EXPECT_TRUE(trace.messages().at(0).starts_with(
+        "asserted: '(childrenInRow)<=LONG_MAX', in src/lib/ZuControl,"));
     const Controls children{makeControl<Child>(), makeControl<Failing>()};
     children[0]->setBoundary({7, 8, 9, 10});
     EXPECT_THROW(layOut({.spacing = {4, 4}}, {20, 20, 99, 99}, children), std::runtime_error);
     EXPECT_EQ(children[0]->boundary(), (Rect{7, 8, 9, 10}));
+    Controls many(10'000);
+    std::generate(many.begin(), many.end(), [] { return makeControl<Control>(); });
+    const MemoryWatch memory;
+    many[7].reset();
+    layOut({}, {0, 0, 999, 999}, many);
+    EXPECT_LT(memory.peak(), many.size() * (sizeof(Size) + 1));
 }
 
-TEST(Layout, manyChildren_takeTheirSizeEach) {
-    Controls children(10'000);
-    std::generate(children.begin(), children.end(), [] { return makeControl<Control>(); });
-    const test::MemoryWatch memory;
-    layOut({}, {0, 0, 999, 999}, children);
-    EXPECT_LT(memory.peak(), children.size() * (sizeof(Size) + 1));
+// --- Rectangles and descriptors ---
+
+TEST(Rect, edges_inclusive_meetAndSaturate) {
+    constexpr Rect rect{0, 0, 9, 4};
+    EXPECT_TRUE(rect.intersects({9, 4, 20, 20}) && rect.contains({9, 0}));
+    EXPECT_FALSE(rect.intersects({10, 0, 20, 9}) || rect.intersects(Rect()) ||
+                 rect.contains({10, 0}) || rect.contains({0, 5}) || rect.contains({0, -1}));
+    EXPECT_EQ(rect.intersection({5, 3, 20, 7}), (Rect{5, 3, 9, 4}));
+    EXPECT_EQ(rect.unionWith({2, -6, 15, 3}).unionWith(Rect()), (Rect{0, -6, 15, 4}));
+    EXPECT_EQ(Rect().unionWith(rect), rect);
+    constexpr Rect whole{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+    EXPECT_EQ(whole.width(), INT32_MAX);
+    EXPECT_EQ(Rect::at({INT32_MAX, 0}, {INT32_MAX, 1}).right, INT32_MAX);
+    EXPECT_EQ(whole.movedBy({INT32_MAX, INT32_MIN}), (Rect{-1, INT32_MIN, INT32_MAX, -1}));
+    EXPECT_EQ(whole.shrunkBy(INT32_MIN, INT32_MAX), (Rect{INT32_MIN, -1, INT32_MAX, 0}));
+    EXPECT_EQ((Point{INT32_MIN, 0}).negated().x, INT32_MAX);
+}
+
+TEST(Descriptors, setters_realChangesOnly_areReportedAndAnnouncedOnce) {
+    const auto font = std::make_shared<FontDescriptor>();
+    const auto log = std::make_shared<MessageLog>();
+    font->connect(log, false);
+    EXPECT_TRUE(font->setBold(true) && font->setFaceName(L"Some Sans") && font->setSize(20));
+    EXPECT_FALSE(font->setBold(true));
+    EXPECT_TRUE(font->reset());
+    EXPECT_FALSE(font->reset());
+    EXPECT_EQ(log->take(), L"propertyChanged propertyChanged propertyChanged propertyChanged");
+    EXPECT_EQ(font->style(), (FontStyle{false, false, false, 11, L"Some Sans"}));
+    ColorsDescriptor colors;
+    EXPECT_TRUE(colors.setColor(ColorRole::kText, Color::rgb(0, 0, 0))) << "black is a colour";
+    EXPECT_FALSE(colors.setColor(ColorRole::kText, Color::rgb(0, 0, 0)));
+    // A number is looked up where it is asked for.
+    const auto locator = std::make_shared<ServiceLocator>();
+    TextDescriptor text(L"as it stands");
+    EXPECT_EQ(text.text(*locator), L"as it stands");
+    EXPECT_TRUE(text.setIdentifier(9001));
+    EXPECT_FALSE(text.setIdentifier(9001) || text.isEmpty());
+    EXPECT_EQ(text.text(*locator), L"");
+    locator->registerService(makeService<NumberedTexts>(), true, true);
+    EXPECT_EQ(text.text(*locator), L"text 9001");
+    EXPECT_TRUE(text.setLiteral(L"") && text.isEmpty());
 }
 
 }  // namespace
