@@ -31,24 +31,18 @@ class ItemLog : public MessageSink {
 public:
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
         const std::wstring name(kind.name());
-        const auto number = static_cast<std::size_t>(b.number());
-        std::wstring key = L":none";
-        if (auto* tree = dynamic_cast<NativeTreeView*>(a.object<Control>()); tree && number != 0) {
-            key = L":" + tree->getNodeKey(NativeTreeView::nodeOfWord(b));
-        } else if (auto* grid = dynamic_cast<NativeGridView*>(a.object<Control>());
-                   grid && number != kNullSize) {
-            key = L":" + grid->getRowKey(number);
-        }
-        if (name.find(L".Native") != std::wstring::npos) {
-            text += (text.empty() ? L"" : L" ") + name.substr(0, name.find(L'.')) + key;
+        const bool isTree = name.ends_with(L".NativeTreeView");
+        if (isTree || name.ends_with(L".NativeGridView")) {
+            Control* control = a.object<Control>();
+            const std::wstring key = b.number() == (isTree ? 0 : -1) ? L"none"
+                                     : isTree ? static_cast<NativeTreeView*>(control)->getNodeKey(
+                                                    NativeTreeView::nodeOfWord(b))
+                                              : static_cast<NativeGridView*>(control)->getRowKey(
+                                                    static_cast<std::size_t>(b.number()));
+            text += (text.empty() ? L"" : L" ") + name.substr(0, name.find(L'.')) + L":" + key;
             onMessage(kind);
         }
         return true;
-    }
-    // What has come when nothing more comes.
-    std::wstring take() {
-        runMessages(60);
-        return std::exchange(text, {});
     }
 
     std::wstring text;
@@ -62,6 +56,24 @@ inline LRESULT send(const Control& control, UINT id, WPARAM wide = 0, LPARAM ext
 template <class Item>
 LRESULT ask(const Control& control, UINT id, Item& item, WPARAM wide = 0) {
     return send(control, id, wide, reinterpret_cast<LPARAM>(&item));
+}
+
+// The user's click, handled at once: the control waits for the button to come up.
+inline void clickAt(const Control& control, Point place, bool right = false) {
+    const HWND window = nativeWindowOf(control);
+    PostMessageW(window, right ? WM_RBUTTONUP : WM_LBUTTONUP, 0, MAKELPARAM(place.x, place.y));
+    sendMouse(window, right ? WM_RBUTTONDOWN : WM_LBUTTONDOWN, place, MK_LBUTTON);
+    runMessages(0);
+}
+
+// Leftmost point in a line of the control that it takes for such a part.
+template <class Hit>
+Point partAt(const Control& control, UINT message, UINT part, std::int32_t y) {
+    Hit hit{};
+    for (hit.pt = {0, y}; hit.pt.x < 300 && (hit.flags & part) == 0; ++hit.pt.x) {
+        ask(control, message, hit);
+    }
+    return {hit.pt.x - 1, y};
 }
 
 // A line as a person sees it; a check box is 1 or, checked, 2.
@@ -114,7 +126,7 @@ protected:
             shown.pszText = text;
             shown.cchTextMax = 64;
             EXPECT_TRUE(ask(*tree_, TVM_GETITEMW, shown));
-            std::size_t depth = 0;
+            std::size_t depth = 1;
             for (HTREEITEM above = TreeView_GetParent(window, item); above != nullptr; ++depth) {
                 above = TreeView_GetParent(window, above);
             }
@@ -149,10 +161,9 @@ protected:
     }
 
     TreeNode node(const std::wstring& key) const { return tree_->findNode(key); }
-    void addNodes(std::initializer_list<const wchar_t*> keys, const wchar_t* parent = nullptr) {
+    void addNodes(std::initializer_list<const wchar_t*> keys) {
         for (const wchar_t* key : keys) {
-            parent != nullptr ? tree_->addChildNode(node(parent), key, key)
-                              : tree_->addRootNode(key, key);
+            tree_->addRootNode(key, key);
         }
     }
     void addRows(std::initializer_list<const wchar_t*> keys) {
