@@ -66,14 +66,14 @@ inline void clickAt(const Control& control, Point place, bool right = false) {
     runMessages(0);
 }
 
-// Leftmost point in a line of the control that it takes for such a part.
+// In a line of the control; beside it for none.
 template <class Hit>
-Point partAt(const Control& control, UINT message, UINT part, std::int32_t y) {
+Point checkBoxAt(const Control& control, UINT message, UINT flag, std::int32_t y) {
     Hit hit{};
-    for (hit.pt = {0, y}; hit.pt.x < 300 && (hit.flags & part) == 0; ++hit.pt.x) {
+    for (hit.pt = {60, y}; hit.pt.x >= 0 && (hit.flags & flag) == 0; --hit.pt.x) {
         ask(control, message, hit);
     }
-    return {hit.pt.x - 1, y};
+    return {hit.pt.x, y};
 }
 
 // A line as a person sees it; a check box is 1 or, checked, 2.
