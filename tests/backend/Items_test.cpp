@@ -54,6 +54,9 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
     EXPECT_EQ(grid_->columns()[0].width, 100);
     grid_->synchronizeTree();
     EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
+    sendMouse(header, WM_LBUTTONDBLCLK, {100, 5}, MK_LBUTTON);
+    EXPECT_EQ(grid_->columns()[0].width, 0);
+    EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
 }
 
 TEST_F(GridUserTest, receiversWhoClearAndDropTheGrid_areSurvived) {
@@ -157,17 +160,19 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
             EXPECT_EQ(text, columns[i].caption);
             EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
         }
-        return send(*grid_, LVM_GETCOLUMNWIDTH, 0);
     };
-    const std::vector<GridColumn> three{
-        {L"Name", 0}, {L"Kind", 50, Alignment::kCentre}, {L"Size", 60, Alignment::kEnd}};
-    EXPECT_EQ(expectShown({{L"Other", 90}}), 90);
-    const LRESULT empty = expectShown(three);
-    EXPECT_GT(empty, 20 + 16 + 12);
+    const auto width = [this](WPARAM column) { return send(*grid_, LVM_GETCOLUMNWIDTH, column); };
+    expectShown({{L"Other", 90}});
+    expectShown({{L"Name", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}});
+    EXPECT_EQ(width(2), 12);
+    const LRESULT empty = width(0);
     addRows({L"a row whose caption takes more room than others"});
-    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), empty);
+    grid_->setCell(0, 1, grid_->getCell(0, 0));
+    EXPECT_EQ(width(0), empty);
     grid_->resizeColumns();
-    EXPECT_GT(expectShown({three[0]}), empty + 100);
+    EXPECT_GT(width(1), empty + 100);
+    EXPECT_EQ(width(0), width(1) + 20 + 16);
+    expectShown({{L"Name", 0}});
     const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
     grid_->synchronizeBitmaps();
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
