@@ -198,14 +198,14 @@ protected:
         std::wstring wanted;
         if (what < 2 && boxes_) {
             nodes_[i].checked = !nodes_[i].checked;
-            wanted = L"checkStateChanged:" + nodes_[i].key;
+            wanted = named(L" checkStateChanged:", node);
         } else if (isAsked) {
-            wanted = (opens ? L"nodeExpanding:" : L"nodeCollapsing:") + nodes_[i].key;
+            wanted = named(opens ? L" nodeExpanding:" : L" nodeCollapsing:", node);
         } else if (what == 3 && next < nodes_.size()) {
             selected_ = at(next);
-            wanted = L"selectionChanged:" + nodes_[next].key;
+            wanted = named(L" selectionChanged:", selected_);
         } else if (what == 4) {
-            wanted = L"rightClicked:" + nodes_[i].key;
+            wanted = named(L" rightClicked:", node);
         }
         std::size_t reaction = random_.below(16);
         const bool refuses = reaction < 3;
@@ -237,8 +237,7 @@ protected:
             const TreeNode former = selected_;
             // Without children that does not count any more.
             expand(i, i + 1, endOf(i) == i + 1 ? tree_->getNodeExpanded(node) : opens);
-            wanted +=
-                selected_ == former ? L"" : L" selectionChanged:" + tree_->getNodeKey(selected_);
+            wanted += selected_ == former ? L"" : named(L" selectionChanged:", selected_);
         }
         EXPECT_EQ(std::exchange(log_->text, {}), wanted) << what;
     }

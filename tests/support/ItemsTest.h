@@ -26,20 +26,14 @@ namespace zustd::test {
 
 inline std::wstring numbered(std::size_t number) { return L"item " + std::to_wstring(number); }
 
-// The messages of trees and grids, as "kind:key", and what to do about them.
+// The messages of trees and grids, as "kind:node" and "kind:row", and what to do
+// about them.
 class ItemLog : public MessageSink {
 public:
-    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord b) override {
         const std::wstring name(kind.name());
-        const bool isTree = name.ends_with(L".NativeTreeView");
-        if (isTree || name.ends_with(L".NativeGridView")) {
-            Control* control = a.object<Control>();
-            const std::wstring key = b.number() == (isTree ? 0 : -1) ? L"none"
-                                     : isTree ? static_cast<NativeTreeView*>(control)->getNodeKey(
-                                                    NativeTreeView::nodeOfWord(b))
-                                              : static_cast<NativeGridView*>(control)->getRowKey(
-                                                    static_cast<std::size_t>(b.number()));
-            text += (text.empty() ? L"" : L" ") + name.substr(0, name.find(L'.')) + L":" + key;
+        if (name.find(L".Native") != std::wstring::npos) {
+            text += L" " + name.substr(0, name.find(L'.')) + L":" + std::to_wstring(b.number());
             onMessage(kind);
         }
         return true;
@@ -48,6 +42,10 @@ public:
     std::wstring text;
     std::function<void(const MessageKind&)> onMessage = [](const MessageKind&) {};
 };
+
+inline std::wstring named(const wchar_t* kind, TreeNode node) {
+    return kind + std::to_wstring(static_cast<std::uint64_t>(node));
+}
 
 inline LRESULT send(const Control& control, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
     return SendMessageW(nativeWindowOf(control), id, wide, extra);
@@ -119,12 +117,8 @@ protected:
         for (HTREEITEM item = TreeView_GetRoot(window); item != nullptr;
              item = TreeView_GetNextVisible(window, item)) {
             wchar_t text[64] = L"";
-            TVITEMW shown{};
-            shown.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_STATE | TVIF_CHILDREN;
-            shown.hItem = item;
-            shown.stateMask = 0xFFFF;
-            shown.pszText = text;
-            shown.cchTextMax = 64;
+            constexpr UINT kMask = TVIF_TEXT | TVIF_IMAGE | TVIF_STATE | TVIF_CHILDREN;
+            TVITEMW shown{kMask, item, 0, 0xFFFF, text, 64, 0, 0, 0, 0};
             EXPECT_TRUE(ask(*tree_, TVM_GETITEMW, shown));
             std::size_t depth = 1;
             for (HTREEITEM above = TreeView_GetParent(window, item); above != nullptr; ++depth) {
