@@ -7,6 +7,8 @@
 #include <uxtheme.h>
 #include <vssym32.h>
 
+extern "C" void* __imp_OpenThemeData IMPORT_SLOT("OpenThemeData", "@8");
+
 namespace zustd {
 namespace {
 
@@ -170,19 +172,13 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
 }
 
-TEST_F(BackendItemsTest, checkBoxes_lookAsTheThemeHasThem) {
-    const HTHEME theme = OpenThemeData(nullptr, L"BUTTON");
-    ASSERT_NE(theme, nullptr);
-    const Canvas wanted({16, 16});
-    SIZE size{};
-    GetThemePartSize(theme, wanted.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, nullptr, TS_DRAW,
-                     &size);
-    const RECT box{(16 - size.cx) / 2, (16 - size.cy) / 2, (16 + size.cx) / 2, (16 + size.cy) / 2};
-    DrawThemeBackground(theme, wanted.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, &box, nullptr);
-    CloseThemeData(theme);
-    EXPECT_GT(wanted.inkCount(wanted.area()), 30);
-    const auto check = [&](const Control& control, UINT id, WPARAM kind, int checked) {
-        const auto list = [&] { return reinterpret_cast<HIMAGELIST>(send(control, id, kind)); };
+HTHEME WINAPI openNoTheme(HWND, LPCWSTR) { return nullptr; }
+
+TEST_F(BackendItemsTest, checkBoxes_lookAsTheThemeHasThemOrPlain) {
+    const auto check = [](const Canvas& wanted, const Control& control, UINT id, int checked) {
+        const auto list = [&] {
+            return reinterpret_cast<HIMAGELIST>(send(control, id, LVSIL_STATE));
+        };
         const HIMAGELIST former = list();
         send(control, WM_THEMECHANGED);
         EXPECT_NE(list(), former);
@@ -190,8 +186,24 @@ TEST_F(BackendItemsTest, checkBoxes_lookAsTheThemeHasThem) {
         ImageList_Draw(list(), checked, shown.context(), 0, 0, ILD_NORMAL);
         EXPECT_TRUE(shown.isLike(wanted));
     };
-    check(*tree_, TVM_GETIMAGELIST, TVSIL_STATE, 2);
-    check(*grid_, LVM_GETIMAGELIST, LVSIL_STATE, 1);
+    const HTHEME theme = OpenThemeData(nullptr, L"BUTTON");
+    ASSERT_NE(theme, nullptr);
+    const Canvas themed({16, 16});
+    SIZE size{};
+    GetThemePartSize(theme, themed.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, nullptr, TS_DRAW,
+                     &size);
+    const RECT box{(16 - size.cx) / 2, (16 - size.cy) / 2, (16 + size.cx) / 2, (16 + size.cy) / 2};
+    DrawThemeBackground(theme, themed.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, &box, nullptr);
+    CloseThemeData(theme);
+    check(themed, *tree_, TVM_GETIMAGELIST, 2);
+    check(themed, *grid_, LVM_GETIMAGELIST, 1);
+    const ReplacedImport noTheme(__imp_OpenThemeData, reinterpret_cast<void*>(&openNoTheme));
+    const Canvas plain({16, 16});
+    RECT whole{1, 1, 15, 15};
+    DrawFrameControl(plain.context(), &whole, DFC_BUTTON,
+                     DFCS_BUTTONCHECK | DFCS_FLAT | DFCS_CHECKED);
+    EXPECT_FALSE(plain.isLike(themed));
+    check(plain, *tree_, TVM_GETIMAGELIST, 2);
 }
 
 TEST_F(BackendItemsTest, fontsColoursAndScaling_reachBothWindows) {
