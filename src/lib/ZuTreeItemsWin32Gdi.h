@@ -33,6 +33,9 @@ public:
     void remove(TreeNode node) { send(TVM_DELETEITEM, 0, wordOf(node)); }
     // Caption, image and state.
     void update(TreeNode node);
+    bool hasItems(TreeNode node) const {
+        return TreeView_GetChild(control_.window(), itemOf(node)) != nullptr;
+    }
     // Of a node without items below it.
     void showButton(TreeNode node, bool hasChildren);
     // For kNoNode, or without item, none.

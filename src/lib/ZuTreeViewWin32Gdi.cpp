@@ -81,7 +81,6 @@ void TreeViewWin32Gdi::fill() {
         state_ = TreeState::kStale;
         return;
     }
-    const Mirroring mirroring(*this);
     // The node at the upper edge, or what hides it by now.
     const TreeNode top = model().standInFor(items_.firstSeen());
     {
@@ -172,8 +171,10 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
             items_.remove(node);
         }
         const TreeNode parent = model.parent(node);
-        if (parent != kNoNode && model.childCount(parent) == 1) {
-            items_.showButton(parent, false);
+        if (parent != kNoNode && !items_.hasItems(parent)) {
+            // The system takes one without items for one without children, of which
+            // some may wait until it is expanded.
+            items_.showButton(parent, model.childCount(parent) > 1);
         }
     });
 }

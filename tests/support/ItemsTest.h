@@ -1,13 +1,11 @@
-// What the tests of trees and grids with the system's own controls share: a
-// window with one of each, what they show, and a log of what they say about the
-// user.
+// What the tests of trees and grids share: a window with one of each, what they
+// show, and a log of what they say about the user.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,7 +13,6 @@
 #include "ZuNativeGridView.h"
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
-#include "ZuText.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "ZuWindows.h"
@@ -29,44 +26,25 @@ namespace zustd::test {
 
 inline std::wstring numbered(std::size_t number) { return L"item " + std::to_wstring(number); }
 
-// The messages of the items, as "kind:key", and what to do about them.
+// The messages of trees and grids, as "kind:node" and "kind:row", and what to do
+// about them.
 class ItemLog : public MessageSink {
 public:
-    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord b) override {
         const std::wstring name(kind.name());
-        std::wstring key = L"none";
-        if (auto* tree = dynamic_cast<NativeTreeView*>(a.object<Control>())) {
-            const TreeNode node = NativeTreeView::nodeOfWord(b);
-            key = node != kNoNode ? tree->getNodeKey(node) : key;
-        } else if (auto* grid = dynamic_cast<NativeGridView*>(a.object<Control>())) {
-            const auto row = static_cast<std::size_t>(b.number());
-            key = row != kNullSize ? grid->getRowKey(row) : key;
-        }
         if (name.find(L".Native") != std::wstring::npos) {
-            text_ += (text_.empty() ? L"" : L" ") + name.substr(0, name.find(L'.')) + L":" + key;
+            text += L" " + name.substr(0, name.find(L'.')) + L":" + std::to_wstring(b.number());
             onMessage(kind);
         }
         return true;
     }
-    // What has come when nothing more comes.
-    std::wstring take() {
-        runMessages(60);
-        return std::exchange(text_, {});
-    }
-    std::function<void(const MessageKind&)> onMessage = [](const MessageKind&) {};
 
-private:
-    std::wstring text_;
+    std::wstring text;
+    std::function<void(const MessageKind&)> onMessage = [](const MessageKind&) {};
 };
 
-inline void rightClick(POINT place) {
-    movePointer(place);
-    INPUT inputs[2]{};
-    for (INPUT& input : inputs) {
-        input.type = INPUT_MOUSE;
-        input.mi.dwFlags = &input == inputs ? MOUSEEVENTF_RIGHTDOWN : MOUSEEVENTF_RIGHTUP;
-    }
-    SendInput(2, inputs, sizeof(INPUT));
+inline std::wstring named(const wchar_t* kind, TreeNode node) {
+    return kind + std::to_wstring(static_cast<std::uint64_t>(node));
 }
 
 inline LRESULT send(const Control& control, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
@@ -78,31 +56,36 @@ LRESULT ask(const Control& control, UINT id, Item& item, WPARAM wide = 0) {
     return send(control, id, wide, reinterpret_cast<LPARAM>(&item));
 }
 
-// Leftmost point in a line of the control that it takes for such a part.
+// The user's click, handled at once: the control waits for the button to come up.
+inline void clickAt(const Control& control, Point place, bool right = false) {
+    const HWND window = nativeWindowOf(control);
+    PostMessageW(window, right ? WM_RBUTTONUP : WM_LBUTTONUP, 0, MAKELPARAM(place.x, place.y));
+    sendMouse(window, right ? WM_RBUTTONDOWN : WM_LBUTTONDOWN, place, MK_LBUTTON);
+    runMessages(0);
+}
+
+// In a line of the control; beside it for none.
 template <class Hit>
-POINT partAt(const Control& control, UINT message, UINT part, std::int32_t y) {
+Point checkBoxAt(const Control& control, UINT message, UINT flag, std::int32_t y) {
     Hit hit{};
-    for (hit.pt = {0, y}; hit.pt.x < 300 && (hit.flags & part) == 0; ++hit.pt.x) {
+    for (hit.pt = {60, y}; hit.pt.x >= 0 && (hit.flags & flag) == 0; --hit.pt.x) {
         ask(control, message, hit);
     }
-    EXPECT_NE(hit.flags & part, 0U);
-    return onScreen(nativeWindowOf(control), {hit.pt.x + 2, y});
+    return {hit.pt.x, y};
 }
 
-inline std::wstring lineOf(std::size_t depth, const std::wstring& text, int image, bool checked,
-                           bool bold, const wchar_t* button, bool selected) {
-    return std::wstring(depth, L' ') + text + L' ' + std::to_wstring(image) +
-           (checked ? L"c" : L"") + (bold ? L"b" : L"") + button + (selected ? L"s" : L"");
+// A line as a person sees it; a check box is 1 or, checked, 2.
+inline std::wstring lineOf(std::size_t depth, const std::wstring& text, int image, UINT check,
+                           const std::wstring& flags, bool selected) {
+    return std::wstring(depth, L' ') + text + L' ' + std::to_wstring(image) + L' ' +
+           std::to_wstring(check) + flags + (selected ? L"s" : L"");
 }
-
-inline const wchar_t* buttonOf(bool hasChildren, bool expanded) {
-    return !hasChildren ? L"" : expanded ? L"-" : L"+";
+inline std::wstring flagsOf(bool bold, bool hasChildren, bool expanded) {
+    return std::wstring(bold ? L"b" : L"") + (!hasChildren ? L"" : expanded ? L"-" : L"+");
 }
 
 class BackendItemsTest : public ::testing::Test {
 protected:
-    using Actions = std::vector<std::pair<std::function<void()>, const wchar_t*>>;
-
     BackendItemsTest() {
         movePointer({1279, 1023});
         window_->setSize({400, 300});
@@ -126,85 +109,29 @@ protected:
         widget->connect(log_, false);
         return widget;
     }
-    // Each is sent exactly what the user did.
-    void expectSent(const Actions& actions) {
-        log_->take();
-        for (std::size_t i = 0; i < actions.size(); ++i) {
-            actions[i].first();
-            EXPECT_EQ(log_->take(), actions[i].second) << i;
-        }
-    }
 
-    // What can be seen when the whole tree is scrolled through.
-    void readBelow(HTREEITEM first, std::size_t depth, Texts& lines) const {
-        const HWND window = nativeWindowOf(*tree_);
-        for (HTREEITEM item = first; item != nullptr;
-             item = TreeView_GetNextSibling(window, item)) {
-            wchar_t text[64] = L"";
-            TVITEMW shown{};
-            shown.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_STATE | TVIF_CHILDREN;
-            shown.hItem = item;
-            shown.stateMask = 0xFFFF;
-            shown.pszText = text;
-            shown.cchTextMax = 64;
-            EXPECT_TRUE(ask(*tree_, TVM_GETITEMW, shown));
-            const bool expanded = (shown.state & TVIS_EXPANDED) != 0;
-            const UINT check = (shown.state & TVIS_STATEIMAGEMASK) >> 12;
-            EXPECT_TRUE(tree_->hasCheckBoxes() ? check == 1 || check == 2 : check == 0);
-            lines.push_back(lineOf(depth, text, shown.iImage == I_IMAGENONE ? -1 : shown.iImage,
-                                   check == 2, (shown.state & TVIS_BOLD) != 0,
-                                   buttonOf(shown.cChildren != 0, expanded),
-                                   item == TreeView_GetSelection(window)));
-            if (shown.cChildren != 0 && expanded) {
-                readBelow(TreeView_GetChild(window, item), depth + 1, lines);
-            }
-        }
-    }
+    // What can be seen when all of it is scrolled through.
     Texts shownTree() const {
         Texts lines;
-        readBelow(TreeView_GetRoot(nativeWindowOf(*tree_)), 0, lines);
-        return lines;
-    }
-    // Until it shows what it should: slices take as long as they take.
-    bool followsTree() const {
-        const Texts wanted = wantedTree();
-        runMessages(20'000, [&] { return shownTree() == wanted; });
-        return shownTree() == wanted;
-    }
-    Texts wantedTree() const {
-        const TreeModel& model = tree_->model();
-        Texts lines;
-        for (TreeNode node = model.firstRoot(); node != kNoNode;
-             node = model.isExpanded(node) ? model.next(node) : model.nextBeyond(node)) {
-            std::size_t depth = 0;
-            for (TreeNode above = node; model.parent(above) != kNoNode; ++depth) {
-                above = model.parent(above);
+        const HWND window = nativeWindowOf(*tree_);
+        for (HTREEITEM item = TreeView_GetRoot(window); item != nullptr;
+             item = TreeView_GetNextVisible(window, item)) {
+            wchar_t text[64] = L"";
+            constexpr UINT kMask = TVIF_TEXT | TVIF_IMAGE | TVIF_STATE | TVIF_CHILDREN;
+            TVITEMW shown{kMask, item, 0, 0xFFFF, text, 64, 0, 0, 0, 0};
+            EXPECT_TRUE(ask(*tree_, TVM_GETITEMW, shown));
+            std::size_t depth = 1;
+            for (HTREEITEM above = TreeView_GetParent(window, item); above != nullptr; ++depth) {
+                above = TreeView_GetParent(window, above);
             }
-            lines.push_back(lineOf(depth, model.caption(node), model.bitmap(node),
-                                   tree_->hasCheckBoxes() && model.isChecked(node),
-                                   model.isEmphasized(node),
-                                   buttonOf(model.childCount(node) != 0, model.isExpanded(node)),
-                                   model.selected() == node));
+            lines.push_back(lineOf(depth, text, shown.iImage == I_IMAGENONE ? -1 : shown.iImage,
+                                   (shown.state & TVIS_STATEIMAGEMASK) >> 12,
+                                   flagsOf((shown.state & TVIS_BOLD) != 0, shown.cChildren != 0,
+                                           (shown.state & TVIS_EXPANDED) != 0),
+                                   item == TreeView_GetSelection(window)));
         }
         return lines;
     }
-    TreeNode node(const wchar_t* key) const { return tree_->findNode(key); }
-    void addNodes(std::initializer_list<const wchar_t*> keys, const wchar_t* parent = nullptr) {
-        for (const wchar_t* key : keys) {
-            parent != nullptr ? tree_->addChildNode(node(parent), key, key)
-                              : tree_->addRootNode(key, key);
-        }
-    }
-    POINT placeOf(const wchar_t* key) const {
-        const Rect caption = tree_->getNodeBoundary(node(key));
-        EXPECT_FALSE(caption.isEmpty()) << narrow(key);
-        return onScreen(nativeWindowOf(*tree_), {caption.left + 4, caption.top + 4});
-    }
-    POINT partOf(const wchar_t* key, UINT part) const {
-        return partAt<TVHITTESTINFO>(*tree_, TVM_HITTEST, part,
-                                     tree_->getNodeBoundary(node(key)).top + 7);
-    }
-
     Texts shownGrid() const {
         Texts lines;
         for (int row = 0; row < send(*grid_, LVM_GETITEMCOUNT); ++row) {
@@ -216,38 +143,27 @@ protected:
             item.pszText = text;
             item.cchTextMax = 64;
             EXPECT_TRUE(ask(*grid_, LVM_GETITEMW, item));
-            const std::wstring line = lineOf(0, text, item.iImage == I_IMAGENONE ? -1 : item.iImage,
-                                             (item.state & LVIS_STATEIMAGEMASK) >> 12 == 2, false,
-                                             L"", (item.state & LVIS_SELECTED) != 0);
+            lines.push_back(lineOf(0, text, item.iImage == I_IMAGENONE ? -1 : item.iImage,
+                                   (item.state & LVIS_STATEIMAGEMASK) >> 12, L"",
+                                   (item.state & LVIS_SELECTED) != 0));
             item.iSubItem = 1;
             item.pszText = text;
             ask(*grid_, LVM_GETITEMTEXTW, item, static_cast<WPARAM>(row));
-            lines.push_back(line + L'|' + text);
+            lines.back() += L'|' + std::wstring(text);
         }
         return lines;
     }
-    Texts wantedGrid() const {
-        const GridModel& model = grid_->model();
-        Texts lines;
-        for (std::size_t row = 0; row < model.rowCount(); ++row) {
-            lines.push_back(lineOf(0, model.cell(row, 0), model.bitmap(row),
-                                   grid_->hasCheckBoxes() && model.isChecked(row), false, L"",
-                                   model.isSelected(row)) +
-                            L'|' + model.cell(row, 1));
+
+    TreeNode node(const std::wstring& key) const { return tree_->findNode(key); }
+    void addNodes(std::initializer_list<const wchar_t*> keys) {
+        for (const wchar_t* key : keys) {
+            tree_->addRootNode(key, key);
         }
-        return lines;
     }
     void addRows(std::initializer_list<const wchar_t*> keys) {
         for (const wchar_t* key : keys) {
             grid_->setCell(grid_->addRow(key), 0, key);
         }
-    }
-    POINT placeOfRow(std::size_t row, bool onCheckBox = false) const {
-        RECT area{LVIR_LABEL, 0, 0, 0};
-        EXPECT_TRUE(ask(*grid_, LVM_GETITEMRECT, area, row));
-        const std::int32_t y = (area.top + area.bottom) / 2;
-        return onCheckBox ? partAt<LVHITTESTINFO>(*grid_, LVM_HITTEST, LVHT_ONITEMSTATEICON, y)
-                          : onScreen(nativeWindowOf(*grid_), {area.left + 5, y});
     }
 
     std::shared_ptr<ItemLog> log_ = std::make_shared<ItemLog>();

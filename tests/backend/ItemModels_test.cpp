@@ -1,0 +1,480 @@
+// Trees and grids against plain lists: whatever the program, the user and the
+// system do, the portable half says and the control shows what the lists say.
+#include <algorithm>
+#include <optional>
+
+#include "support/ItemsTest.h"
+
+extern "C" {
+extern void* __imp_QueryPerformanceCounter IMPORT_SLOT("QueryPerformanceCounter", "@4");
+extern void* __imp_SetTimer IMPORT_SLOT("SetTimer", "@16");
+extern void* __imp_KillTimer IMPORT_SLOT("KillTimer", "@8");
+extern void* __imp_SendMessageW IMPORT_SLOT("SendMessageW", "@16");
+}
+
+namespace zustd {
+namespace {
+
+using namespace test;
+
+// Each look at the clock takes a millisecond, so that a slice has 15 steps.
+LONGLONG lookTakes, ticks;
+BOOL WINAPI look(LARGE_INTEGER* time) {
+    time->QuadPart = ticks += lookTakes;
+    return TRUE;
+}
+
+bool hasTimers;
+UINT_PTR awaited;
+UINT_PTR WINAPI startTimer(HWND, UINT_PTR number, UINT, TIMERPROC) {
+    return awaited = hasTimers ? number : 0;
+}
+BOOL WINAPI stopTimer(HWND, UINT_PTR) {
+    awaited = 0;
+    return TRUE;
+}
+
+// The n-th item from here is refused.
+std::size_t failsIn, failures;
+const auto plainSend = reinterpret_cast<decltype(&SendMessageW)>(__imp_SendMessageW);
+LRESULT WINAPI sendOrRefuse(HWND window, UINT id, WPARAM wide, LPARAM extra) {
+    if (id == TVM_INSERTITEMW && failsIn != 0 && --failsIn == 0) {
+        ++failures;
+        return 0;
+    }
+    return plainSend(window, id, wide, extra);
+}
+
+class ItemModelsTest : public BackendItemsTest {
+protected:
+    ItemModelsTest() {
+        lookTakes = 10'000;
+        hasTimers = true;
+        awaited = failsIn = failures = 0;
+    }
+
+    void toggleUpdate(Control& control) {
+        update_ ? update_.reset() : static_cast<void>(update_.emplace(control));
+    }
+    UINT checkOf(bool checked) const { return !boxes_ ? 0 : checked ? 2 : 1; }
+
+    Random random_{1};
+    std::size_t number_ = 0;
+    bool boxes_ = true;
+    std::optional<ControlUpdate> update_;
+    const ReplacedImport clock_{__imp_QueryPerformanceCounter, reinterpret_cast<void*>(&look)};
+    const ReplacedImport timer_{__imp_SetTimer, reinterpret_cast<void*>(&startTimer)};
+    const ReplacedImport noTimer_{__imp_KillTimer, reinterpret_cast<void*>(&stopTimer)};
+    const ReplacedImport send_{__imp_SendMessageW, reinterpret_cast<void*>(&sendOrRefuse)};
+};
+
+// --- Tree -------------------------------------------------------------------------------------
+
+struct PlainNode {
+    TreeNode node;
+    std::size_t depth;
+    std::wstring key;
+    std::wstring caption;
+    std::int32_t bitmap = -1;
+    bool expanded = false;
+    bool checked = false;
+    bool emphasized = false;
+};
+
+// The nodes are listed in the order of the screen, roots with a depth of 1.
+class TreeTest : public ItemModelsTest {
+protected:
+    TreeNode at(std::size_t i) const { return i < nodes_.size() ? nodes_[i].node : kNoNode; }
+    std::size_t indexOf(TreeNode node) const {
+        std::size_t i = 0;
+        while (i < nodes_.size() && at(i) != node) {
+            ++i;
+        }
+        return i;
+    }
+    // The nearest nodes before and behind one that are so deep at the most.
+    std::size_t before(std::size_t i, std::size_t depth) const {
+        while (--i < nodes_.size() && nodes_[i].depth > depth) {
+        }
+        return i;
+    }
+    std::size_t endOf(std::size_t i) const {
+        const std::size_t depth = nodes_[i].depth;
+        while (++i < nodes_.size() && nodes_[i].depth > depth) {
+        }
+        return i;
+    }
+    std::size_t above(std::size_t i) const { return before(i, nodes_[i].depth - 1); }
+    void insert(std::size_t i, std::size_t depth, TreeNode node) {
+        nodes_.insert(nodes_.begin() + static_cast<std::ptrdiff_t>(i),
+                      {node, depth, tree_->getNodeKey(node), tree_->getNodeCaption(node)});
+    }
+    void erase(std::size_t i, std::size_t end) {
+        for (; end > i; --end) {
+            selected_ = at(i) == selected_ ? kNoNode : selected_;
+            nodes_.erase(nodes_.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+    // What is above a selection and collapsed takes it over.
+    void expand(std::size_t i, std::size_t end, bool expanded) {
+        for (; i < end; ++i) {
+            nodes_[i].expanded = expanded;
+        }
+        for (i = indexOf(selected_); i < nodes_.size(); i = above(i)) {
+            selected_ = nodes_[i].expanded ? selected_ : at(i);
+        }
+    }
+    void show(std::size_t i) {
+        while ((i = above(i)) < nodes_.size()) {
+            nodes_[i].expanded = true;
+        }
+    }
+
+    // Of the program.
+    void change() {
+        const std::wstring text = numbered(++number_);
+        const std::wstring key = number_ % 5 == 0 ? L"" : text;
+        const std::size_t count = nodes_.size();
+        if (count == 0) {
+            return insert(0, 1, tree_->addRootNode(key, text));
+        }
+        const std::size_t i = random_.below(count);
+        const bool on = random_.below(2) == 0;
+        PlainNode& said = nodes_[i];
+        const TreeNode node = said.node;
+        switch (random_.below(18)) {
+            // clang-format off
+            case 0: case 1: insert(count, 1, tree_->addRootNode(key, text)); break;
+            case 2: case 3: case 4: insert(endOf(i), said.depth + 1, tree_->addChildNode(node, key, text)); break;
+            case 5: case 6: insert(endOf(i), said.depth, tree_->addSiblingNode(node, key, text)); break;
+            case 7: tree_->removeNode(node); erase(i, endOf(i)); break;
+            case 8: tree_->setNodeCaption(node, said.caption = L"caption " + key); break;
+            case 9: tree_->setNodeBitmap(node, said.bitmap = on ? 1 : -1); break;
+            case 10: tree_->setNodeChecked(node, said.checked = on); break;
+            case 11: tree_->setNodeEmphasized(node, said.emphasized = on); break;
+            case 12: case 13: tree_->setNodeExpanded(node, on); expand(i, i + 1, on); break;
+            case 14: on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node); expand(i, endOf(i), on); break;
+            case 15: tree_->selectNode(selected_ = node); show(i); break;
+            case 16: tree_->ensureNodeVisible(node); show(i); break;
+            default:
+                if (number_ % 4 != 0) { tree_->clearNodeSelection(); selected_ = kNoNode; }
+                else if (number_ % 32 == 0) { tree_->clear(); erase(0, count); }
+                else { on ? tree_->expandAllNodes() : tree_->collapseAllNodes(); expand(0, count, on); }
+                break;
+                // clang-format on
+        }
+    }
+    // What keeps changes from being shown one by one.
+    void disturb() {
+        switch (random_.below(10)) {
+            // clang-format off
+            case 0: case 1: case 2: toggleUpdate(*tree_); break;
+            case 3: case 4: case 5: tree_->setEnableRedraw(isDrawn_ = !isDrawn_); break;
+            case 6: tree_->setCheckBoxes(boxes_ = !boxes_); break;
+            case 7: tree_->releaseTree(); awaited = 0; break;
+            default: failsIn = 1 + random_.below(9); break;
+                // clang-format on
+        }
+    }
+    // What the user does with the selected node; a receiver may refuse it, change the
+    // tree meanwhile, or clear it and end its window.
+    void act() {
+        settle();
+        // With the focus the control may select its first node.
+        SetFocus(nativeWindowOf(*tree_));
+        const TreeNode node = selected_ = tree_->getSelectedNode();
+        log_->text = {};
+        const std::size_t what = random_.below(5);
+        const Rect caption = tree_->getNodeBoundary(node);
+        const Point box =
+            checkBoxAt<TVHITTESTINFO>(*tree_, TVM_HITTEST, TVHT_ONITEMSTATEICON, caption.top);
+        if (node == kNoNode || (what == 0 && (caption.isEmpty() || box.x < 0))) {
+            return;
+        }
+        std::size_t i = indexOf(node);
+        const bool opens = !nodes_[i].expanded;
+        const std::size_t next = opens ? endOf(i) : i + 1;
+        const bool isAsked = what == 2 && endOf(i) > i + 1;
+        std::wstring wanted;
+        if (what < 2 && boxes_) {
+            nodes_[i].checked = !nodes_[i].checked;
+            wanted = named(L" checkStateChanged:", node);
+        } else if (isAsked) {
+            wanted = named(opens ? L" nodeExpanding:" : L" nodeCollapsing:", node);
+        } else if (what == 3 && next < nodes_.size()) {
+            selected_ = at(next);
+            wanted = named(L" selectionChanged:", selected_);
+        } else if (what == 4) {
+            wanted = named(L" rightClicked:", node);
+        }
+        std::size_t reaction = random_.below(16);
+        const bool refuses = reaction < 3;
+        log_->onMessage = [&](const MessageKind&) {
+            switch (std::exchange(reaction, 16)) {
+                // clang-format off
+                case 0: case 1: case 2: tree_->refuseExpanding(); break;
+                case 3: case 4: case 5: change(); break;
+                case 6: tree_->clear(); erase(0, nodes_.size()); window_->removeChild(tree_.get()); break;
+                default: break;
+                    // clang-format on
+            }
+        };
+        const int keys[]{0, VK_SPACE, opens ? VK_ADD : VK_SUBTRACT, VK_DOWN};
+        if (what == 0) {
+            sendMouse(nativeWindowOf(*tree_), WM_LBUTTONDOWN, box);
+        } else if (what == 4) {
+            send(*tree_, WM_CONTEXTMENU, 0, -1);
+        } else {
+            send(*tree_, WM_KEYDOWN, static_cast<WPARAM>(keys[what]), 1);
+        }
+        log_->onMessage = [](const MessageKind&) {};
+        if (nativeWindowOf(*tree_) == nullptr) {
+            awaited = 0;
+            window_->addChild(tree_);
+        }
+        i = indexOf(node);
+        if (isAsked && !refuses && i < nodes_.size()) {
+            const TreeNode former = selected_;
+            // Without children that does not count any more.
+            expand(i, i + 1, endOf(i) == i + 1 ? tree_->getNodeExpanded(node) : opens);
+            wanted += selected_ == former ? L"" : named(L" selectionChanged:", selected_);
+        }
+        EXPECT_EQ(std::exchange(log_->text, {}), wanted) << what;
+    }
+    // One slice a message, until there are no more.
+    void settle() {
+        send(*tree_, WM_NULL);
+        failsIn = 0;
+        if (failures != 0) {
+            failed_ += std::exchange(failures, 0);
+            window_->synchronizeTree();
+        }
+        for (int slices = 0; awaited != 0 && slices < 200; ++slices) {
+            const LRESULT before = send(*tree_, TVM_GETCOUNT);
+            send(*tree_, WM_TIMER, awaited);
+            EXPECT_LE(send(*tree_, TVM_GETCOUNT) - before, 15);
+        }
+        EXPECT_EQ(awaited, 0U);
+    }
+    void compare() {
+        settle();
+        Texts lines;
+        for (std::size_t i = 0; i < nodes_.size(); i = nodes_[i].expanded ? i + 1 : endOf(i)) {
+            const PlainNode& said = nodes_[i];
+            lines.push_back(lineOf(said.depth, said.caption, said.bitmap, checkOf(said.checked),
+                                   flagsOf(said.emphasized, endOf(i) > i + 1, said.expanded),
+                                   at(i) == selected_));
+        }
+        EXPECT_EQ(shownTree(), lines);
+        EXPECT_EQ(tree_->getNodeCount(), nodes_.size());
+        EXPECT_EQ(tree_->getSelectedNode(), selected_);
+        EXPECT_EQ(tree_->getFirstRootNode(), at(0));
+        EXPECT_EQ(tree_->getLastRootNode(), at(before(nodes_.size(), 1)));
+        for (std::size_t i = 0; i < nodes_.size(); ++i) {
+            compareNode(nodes_[i], at(i), i);
+        }
+    }
+    void compareNode(const PlainNode& said, TreeNode node, std::size_t i) {
+        const std::size_t end = endOf(i);
+        const std::size_t previous = before(i, said.depth);
+        const bool isFirst = previous == above(i);
+        const bool isLast = end == nodes_.size() || nodes_[end].depth < said.depth;
+        const TreeNode next = isLast ? kNoNode : at(end);
+        const TreeNode lastChild = tree_->getLastChildNode(node);
+        EXPECT_EQ(tree_->getNextNode(node), at(i + 1));
+        EXPECT_EQ(tree_->getPreviousNode(node), at(i - 1));
+        EXPECT_EQ(tree_->getParentNode(node), at(above(i)));
+        EXPECT_EQ(tree_->getPreviousSiblingNode(node), isFirst ? kNoNode : at(previous));
+        EXPECT_EQ(tree_->getNextSiblingNode(node), next);
+        EXPECT_EQ(tree_->getLastSiblingNode(node), isLast ? node : tree_->getLastSiblingNode(next));
+        EXPECT_EQ(tree_->getFirstChildNode(node), end == i + 1 ? kNoNode : at(i + 1));
+        EXPECT_EQ(lastChild, end == i + 1 ? kNoNode : at(before(end, said.depth + 1)));
+        EXPECT_EQ(tree_->findNode(said.key), said.key.empty() ? kNoNode : node);
+        EXPECT_EQ(tree_->getNodeKey(node), said.key);
+        EXPECT_EQ(tree_->getNodeCaption(node), said.caption);
+        EXPECT_EQ(tree_->getNodeBitmap(node), said.bitmap);
+        EXPECT_EQ(tree_->getNodeExpanded(node), said.expanded);
+        EXPECT_EQ(tree_->getNodeChecked(node), said.checked);
+        EXPECT_EQ(tree_->getNodeEmphasized(node), said.emphasized);
+    }
+
+    std::vector<PlainNode> nodes_;
+    TreeNode selected_ = kNoNode;
+    bool isDrawn_ = true;
+    std::size_t failed_ = 0;
+};
+
+TEST_F(TreeTest, randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
+    constexpr std::size_t kBetweenLooks[] = {1, 4, 100};
+    const TraceCapture trace;
+    for (std::uint64_t seed = 1; seed <= 200 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        random_ = Random(seed);
+        const std::size_t betweenLooks = random_.pick(kBetweenLooks);
+        for (std::size_t changes = 10 + random_.below(100); changes > 0; --changes) {
+            change();
+            random_.below(20) == 0 ? disturb() : void();
+            if (isDrawn_ && !update_ && nativeWindowOf(*tree_) != nullptr &&
+                random_.below(betweenLooks) == 0) {
+                random_.below(2) == 0 ? compare() : act();
+            }
+        }
+        update_.reset();
+        tree_->setEnableRedraw(isDrawn_ = true);
+        window_->synchronizeTree();
+        compare();
+        runMessages(0);
+        tree_->clear();
+        erase(0, nodes_.size());
+    }
+    // Each refused item was thrown and caught.
+    const Lines messages = trace.messages();
+    EXPECT_EQ(messages.size(), 2 * failed_);
+    for (std::size_t i = 1; i < messages.size(); i += 2) {
+        EXPECT_EQ(messages[i].find("TreeViewWin32Gdi::"), 0U) << messages[i];
+    }
+    EXPECT_EQ(log_->text, L"");
+}
+
+TEST_F(TreeTest, manyNodes_comeInSlicesUpToOneThatIsNeededOrWithoutATimerAtOnce) {
+    const auto countAnew = [this] {
+        tree_->releaseTree();
+        window_->synchronizeTree();
+        return send(*tree_, TVM_GETCOUNT);
+    };
+    for (int i = 0; i < 2500; ++i) {
+        addNodes({L""});
+    }
+    EXPECT_EQ(countAnew(), 15);
+    tree_->selectNode(tree_->getPreviousNode(tree_->getLastRootNode()));
+    EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 2499);
+    lookTakes = 0;
+    tree_->clearNodeSelection();
+    EXPECT_EQ(countAnew(), 2000);
+    hasTimers = false;
+    EXPECT_EQ(countAnew(), 2500);
+}
+
+// --- Grid -------------------------------------------------------------------------------------
+
+struct PlainRow {
+    std::wstring key;
+    std::wstring cells[2];
+    std::int32_t bitmap = -1;
+    bool checked = false;
+    bool selected = false;
+};
+
+TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
+    const TraceCapture trace;
+    std::vector<PlainRow> rows;
+    const auto select = [&rows](std::size_t from, std::size_t end, bool on) {
+        for (std::size_t row = from; row < std::min(end, rows.size()); ++row) {
+            rows[row].selected = on;
+        }
+    };
+    for (std::size_t number = 0; number < 2000; ++number) {
+        SCOPED_TRACE(number);
+        const std::size_t row = rows.empty() ? 0 : random_.below(rows.size());
+        const std::size_t column = random_.below(2);
+        const bool on = random_.below(2) == 0;
+        const bool multiple = grid_->isMultiSelect();
+        std::size_t count = 3;
+        switch (rows.empty() ? 0 : random_.below(15)) {
+            // clang-format off
+            case 0: case 1: case 2:
+                // Now and then so many that they fill a block of rows.
+                for (count = number % 40 == 0 ? 700 : count; count > 0; --count) {
+                    rows.push_back({numbered(++number_), {}});
+                    ASSERT_EQ(grid_->addRow(rows.back().key), rows.size() - 1);
+                }
+                break;
+            case 3:
+                for (count = number % 10 == 0 ? rows.size() : count; count > 0 && rows.size() > row; --count) {
+                    grid_->removeRow(row);
+                    ASSERT_EQ(grid_->findRow(rows[row].key), kNullSize);
+                    rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(row));
+                }
+                break;
+            case 4: case 5: case 6: grid_->setCell(row, column, rows[row].cells[column] = numbered(number)); break;
+            case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 1 : -1); break;
+            case 8: grid_->setRowChecked(row, rows[row].checked = on); break;
+            case 9:
+                if (grid_->setMultiSelect(on) && !on && !grid_->getSelectedRows().empty()) {
+                    select(grid_->getSelectedRows().front() + 1, kNullSize, false);
+                }
+                break;
+            case 10: grid_->selectAllRows(); select(0, multiple ? kNullSize : 0, true); break;
+            case 11: grid_->deselectAllRows(); select(0, kNullSize, false); break;
+            case 12:
+                if (number % 10 == 0) { grid_->clear(); rows.clear(); }
+                else if (on) { grid_->setCheckBoxes(boxes_ = !boxes_); }
+                else { toggleUpdate(*grid_); }
+                break;
+            default:
+                on ? grid_->selectRow(row) : grid_->deselectRow(row);
+                select(0, on && !multiple ? kNullSize : 0, false);
+                select(row, row + 1, on);
+                break;
+                // clang-format on
+        }
+        ASSERT_EQ(grid_->getRowCount(), rows.size());
+        std::vector<std::size_t> selected;
+        Texts lines;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const PlainRow& said = rows[i];
+            if (said.selected) {
+                selected.push_back(i);
+            }
+            if (i % 7 == row % 7) {
+                ASSERT_EQ(grid_->getRowKey(i), said.key);
+                ASSERT_EQ(grid_->findRow(said.key), i);
+                ASSERT_EQ(grid_->getCell(i, column), said.cells[column]);
+                ASSERT_EQ(grid_->getRowBitmap(i), said.bitmap);
+                ASSERT_EQ(grid_->getRowChecked(i), said.checked);
+            }
+            lines.push_back(
+                lineOf(0, said.cells[0], said.bitmap, checkOf(said.checked), L"", said.selected) +
+                L'|' + said.cells[1]);
+        }
+        ASSERT_EQ(grid_->getSelectedRows(), selected);
+        if (number % 32 == 0 && !update_) {
+            ASSERT_EQ(shownGrid(), lines);
+        }
+    }
+    EXPECT_EQ(trace.messages(), Lines());
+    EXPECT_EQ(log_->text, L"");
+}
+
+// --- Both -------------------------------------------------------------------------------------
+
+TEST(TreeModel, deepChain_isRemovedWithoutRecursion) {
+    TreeModel model;
+    const TreeNode top = model.addChild(kNoNode, L"top", L"");
+    for (TreeNode node = top; model.nodeCount() < 100'000;) {
+        node = model.addChild(node, L"", L"");
+    }
+    model.remove(top);
+    EXPECT_EQ(model.nodeCount(), 0U);
+}
+
+TEST_F(ItemModelsTest, unknownItemOrKeyInUse_failsItsAssertion) {
+    addNodes({L"gone", L"a"});
+    addRows({L"a"});
+    const TreeNode gone = node(L"gone");
+    tree_->removeNode(gone);
+    // Another one has its place.
+    addNodes({L"b"});
+    const std::wstring unknown = L"contains(node)";
+    const std::wstring outOfRange = L"row != NullSize && row < getRowCount()";
+    EXPECT_EQ(thrownText([&] { tree_->getNodeCaption(gone); }), unknown);
+    EXPECT_EQ(thrownText([&] { tree_->removeNode(kNoNode); }), unknown);
+    EXPECT_EQ(thrownText([&] { tree_->addChildNode(kNoNode, L"", L""); }), unknown);
+    EXPECT_EQ(thrownText([&] { addNodes({L"a"}); }), L"key.empty() || !nodesByKey_.contains(key)");
+    EXPECT_EQ(thrownText([&] { grid_->getRowKey(1); }), outOfRange);
+    EXPECT_EQ(thrownText([&] { grid_->setCell(kNullSize, 0, L""); }), outOfRange);
+    EXPECT_EQ(thrownText([&] { addRows({L"a"}); }), L"!key.empty() && !rowsByKey_.contains(key)");
+}
+
+}  // namespace
+}  // namespace zustd
