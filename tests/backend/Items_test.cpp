@@ -366,7 +366,7 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     expectShown({{L"Other", 90}});
     expectShown(three);
     const LRESULT empty = send(*grid_, LVM_GETCOLUMNWIDTH, 0);
-    EXPECT_GT(empty, 20 + 16 + 12);
+    EXPECT_GE(empty, 20 + 16 + 12);
     addRows({L"a row whose caption takes more room than others"});
     EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), empty);
     grid_->resizeColumns();

@@ -57,7 +57,7 @@ void RecordingTreeView::noteNode(const wchar_t* operation, TreeNode node) {
 Size RecordingGraphics::measureTextSize(std::wstring_view text, const Font& font,
                                         std::int32_t width) {
     const std::int32_t whole = measureTextWidth(text, font);
-    const std::int32_t line = font.style().size + 5;
+    const std::int32_t line = (font.style().size != 0 ? font.style().size : 11) + 5;
     if (width <= 0 || whole <= width) {
         return {whole, line};
     }
