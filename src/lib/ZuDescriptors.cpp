@@ -5,9 +5,7 @@
 namespace zustd {
 
 bool FontDescriptor::reset() {
-    FontStyle plain;
-    plain.faceName = style_.faceName;
-    return setStyle(plain);
+    return setStyle({.size = kDefaultSize, .faceName = style_.faceName});
 }
 
 std::wstring TextDescriptor::text(const ServiceLocator& locator) const {

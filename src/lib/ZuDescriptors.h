@@ -54,14 +54,12 @@ protected:
 
 // The properties of a font, as a value to compare and to cache by.
 struct FontStyle {
-    static constexpr std::int32_t kDefaultSize = 11;
-
     bool underline = false;
     bool bold = false;
     bool italic = false;
-    // In points of 1/72 inch.
-    std::int32_t size = kDefaultSize;
-    // Empty for the face that the system uses in its own windows.
+    // In points of 1/72 inch; 0 for the size of the text in the system's own windows.
+    std::int32_t size = 0;
+    // Empty for the face of that text.
     std::wstring faceName;
 
     friend bool operator==(const FontStyle&, const FontStyle&) = default;
@@ -70,6 +68,8 @@ struct FontStyle {
 // A font by its style, shared by whatever is written in it.
 class FontDescriptor : public Descriptor {
 public:
+    static constexpr std::int32_t kDefaultSize = 11;
+
     FontDescriptor() = default;
     explicit FontDescriptor(FontStyle style) : style_(std::move(style)) {}
 
@@ -88,7 +88,7 @@ public:
     bool reset();
 
 private:
-    FontStyle style_;
+    FontStyle style_{.size = kDefaultSize, .faceName = {}};
 };
 
 // --- Texts -------------------------------------------------------------------
@@ -215,7 +215,7 @@ using TextRef = std::shared_ptr<TextDescriptor>;
 using ColorsRef = std::shared_ptr<ColorsDescriptor>;
 using BitmapRef = std::shared_ptr<BitmapDescriptor>;
 
-// That of a new descriptor where there is none.
+// The system's own where there is none.
 inline FontStyle styleOf(const FontRef& font) { return font ? font->style() : FontStyle(); }
 
 // What a getter without a choice gives; null fails the assertion that has the

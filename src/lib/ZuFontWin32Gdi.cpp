@@ -12,6 +12,8 @@ constexpr double kDotsPerInch = 96.0;
 constexpr double kPointsPerInch = 72.0;
 // A larger font fills any screen with one character.
 constexpr double kLargestHeight = 4000.0;
+// Of the system's text, in pixels, where the system does not say.
+constexpr double kUnknownHeight = 12.0;
 
 bool isBetween(wchar_t character, wchar_t first, wchar_t last) noexcept {
     return character >= first && character <= last;
@@ -105,17 +107,25 @@ const FontWin32Gdi::Block& FontWin32Gdi::block(std::size_t index) {
 }
 
 FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
+    const LOGFONTW systemFont = windowMetrics().lfMessageFont;
+    double height = style.size * kDotsPerInch / kPointsPerInch;
+    if (style.size == 0) {
+        // The system tells its font's in pixels of the main screen.
+        const double dots = GetDeviceCaps(measuringContext(), LOGPIXELSY);
+        height = systemFont.lfHeight != 0 ? std::abs(systemFont.lfHeight) * kDotsPerInch / dots
+                                          : kUnknownHeight;
+    }
     LOGFONTW font{};
-    const double height = std::round(style.size * kDotsPerInch * scalingFactor / kPointsPerInch);
     // Negative: the height of the characters, not of their cells.
-    font.lfHeight = -static_cast<LONG>(std::clamp(height, 1.0, kLargestHeight));
+    font.lfHeight =
+        -static_cast<LONG>(std::clamp(std::round(height * scalingFactor), 1.0, kLargestHeight));
     font.lfWeight = style.bold ? FW_BOLD : FW_NORMAL;
     font.lfItalic = style.italic ? TRUE : FALSE;
     font.lfUnderline = style.underline ? TRUE : FALSE;
     font.lfCharSet = DEFAULT_CHARSET;
     font.lfQuality = CLEARTYPE_QUALITY;
     if (style.faceName.empty()) {
-        std::copy_n(windowMetrics().lfMessageFont.lfFaceName, LF_FACESIZE, font.lfFaceName);
+        std::copy_n(systemFont.lfFaceName, LF_FACESIZE, font.lfFaceName);
     } else {
         style.faceName.copy(font.lfFaceName, LF_FACESIZE - 1);
     }

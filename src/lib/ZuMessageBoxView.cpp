@@ -51,7 +51,7 @@ MessageBoxView::MessageBoxView(NativeDialog& dialog, const MessageBoxContent& bo
     : dialog_(dialog),
       box_(box),
       backend_(backend),
-      font_(std::make_shared<FontDescriptor>(backend.messageFont())),
+      font_(std::make_shared<FontDescriptor>(FontStyle())),
       icon_(backend.makeIcon(box.style)),
       text_(box.text.size() > kMostLetters ? cutAt(box.text, kMostLetters) : box.text) {}
 

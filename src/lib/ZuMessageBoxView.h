@@ -33,7 +33,6 @@ public:
     IMessageBoxBackend& operator=(const IMessageBoxBackend&) = delete;
     virtual ~IMessageBoxBackend() = default;
 
-    virtual FontStyle messageFont() const = 0;
     // Of what lies behind icon and text.
     virtual std::shared_ptr<ColorsDescriptor> paperColors() const = 0;
     // A control that draws the style's icon; null for a style without.

@@ -19,13 +19,6 @@ constexpr UINT_PTR kTextIdentifier = 0xFFFF;
 // More than any screen shows of a title.
 constexpr std::size_t kMostLetters = 20000;
 
-NONCLIENTMETRICSW frameMetrics() noexcept {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof(metrics);
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-    return metrics;
-}
-
 class MessageIcon : public Control {
 public:
     // Shared by all.
@@ -86,15 +79,6 @@ bool MessageBoxWin32Gdi::build() {
     return true;
 }
 
-// The system's message font has its size in pixels.
-FontStyle MessageBoxWin32Gdi::messageFont() const {
-    FontStyle style;
-    const int pixels = std::abs(frameMetrics().lfMessageFont.lfHeight);
-    const int points = MulDiv(pixels, 72, GetDeviceCaps(measuringContext(), LOGPIXELSY));
-    style.size = points > 0 ? points : style.size;
-    return style;
-}
-
 std::shared_ptr<ColorsDescriptor> MessageBoxWin32Gdi::paperColors() const {
     auto colors = std::make_shared<ColorsDescriptor>();
     colors->setColor(ColorRole::kBackground, systemColor(COLOR_WINDOW));
@@ -111,7 +95,7 @@ std::shared_ptr<Control> MessageBoxWin32Gdi::makeIcon(std::uint32_t style) const
 }
 
 std::int32_t MessageBoxWin32Gdi::titleWidth(const std::wstring& title) const {
-    const NONCLIENTMETRICSW metrics = frameMetrics();
+    const NONCLIENTMETRICSW metrics = windowMetrics();
     const FontHandle font(CreateFontIndirectW(&metrics.lfCaptionFont));
     const HDC context = measuringContext();
     const SelectedObject selected(context, font.get());

@@ -27,7 +27,6 @@ public:
     void close(int answer);
 
 private:
-    FontStyle messageFont() const override;
     std::shared_ptr<ColorsDescriptor> paperColors() const override;
     std::shared_ptr<Control> makeIcon(std::uint32_t style) const override;
     std::int32_t titleWidth(const std::wstring& title) const override;

@@ -224,7 +224,7 @@ public:
 
     // From the backend's cache; null when it cannot be made.
     auto getFont(const FontStyle& style) { return implementation().getFont(style); }
-    // Null stands for the style that a new descriptor has.
+    // Null stands for the system's own.
     auto getFont(const FontRef& descriptor) { return getFont(styleOf(descriptor)); }
     // Null for a descriptor that names nothing. The descriptor's size times the
     // scaling factor.

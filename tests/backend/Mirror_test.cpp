@@ -50,7 +50,10 @@ protected:
         return -font.lfHeight;
     }
     static int heightOf(const FontDescriptor* font) {
-        return ((font != nullptr ? font->style().size : FontStyle::kDefaultSize) * 4 + 1) / 3;
+        NONCLIENTMETRICSW own{};
+        own.cbSize = sizeof(own);
+        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(own), &own, 0);
+        return font != nullptr ? (font->style().size * 4 + 1) / 3 : -own.lfMessageFont.lfHeight;
     }
     static std::wstring hintOf(HWND native, UINT message) {
         wchar_t hint[32] = L"";

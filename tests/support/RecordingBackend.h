@@ -239,7 +239,7 @@ public:
     }
     Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override {
         const std::int32_t whole = measureTextWidth(text, font);
-        const std::int32_t line = font.style().size + 5;
+        const std::int32_t line = (font.style().size != 0 ? font.style().size : 11) + 5;
         const bool wraps = width > 0 && whole > width;
         return wraps ? Size{width, (whole + width - 1) / width * line} : Size{whole, line};
     }

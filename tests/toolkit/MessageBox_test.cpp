@@ -14,7 +14,6 @@ using namespace test;
 // Writes down what it is to show.
 class BoxBackend : public IMessageBoxBackend, public Journaling {
 public:
-    FontStyle messageFont() const override { return {false, false, false, 9, {}}; }
     std::shared_ptr<ColorsDescriptor> paperColors() const override { return nullptr; }
     std::shared_ptr<Control> makeIcon(std::uint32_t style) const override {
         return (style & kMessageIconMask) != 0 ? makeControl<Control>() : nullptr;
@@ -82,23 +81,23 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
         std::wstring shown;
     } kRows[] = {
         {L"Text", kMessageOk, L"", L"", 1.0, L"0,0,110,85 0,0,110,37 12,50,98,73",
-         L"12,12,98,25 9 Text"},
+         L"12,12,98,25 0 Text"},
         {L"Text", kMessageOk | kMessageIconError, L"A title that is quite long", L"", 1.0,
-         L"0,0,259,103 0,0,259,55 (12,12,43,43) 161,68,247,91", L"54,21,247,43 9 Text"},
+         L"0,0,259,103 0,0,259,55 (12,12,43,43) 161,68,247,91", L"54,21,247,43 0 Text"},
         {L"Text", kMessageYesNoCancel | kMessageIconQuestion, L"Title", L"key", 1.0,
          L"0,0,300,129 0,0,300,55 (12,12,43,43) 12,94,98,117 107,94,193,117 202,94,288,117 "
          L"12,68,94,85",
-         L"54,21,288,43 9 Text"},
+         L"54,21,288,43 0 Text"},
         {L"Text", kMessageYesNo | kMessageIconQuestion, L"", L"key", 1.5,
          L"0,0,273,186 0,0,273,83 (18,18,65,65) 18,134,130,168 143,134,255,168 18,102,110,121",
-         L"81,35,255,65 9 Text"},
+         L"81,35,255,65 0 Text"},
         {kLong, kMessageOk, L"", L"key", 1.0, L"0,0,443,125 0,0,443,51 345,90,431,113 12,64,94,81",
-         L"12,12,431,39 9 " + kLong},
+         L"12,12,431,39 0 " + kLong},
         // Tabs are laid out again; a title takes no more of the screen than a text.
         {L"a\tb", kMessageOk, L"", L"", 1.0, L"0,0,443,85 0,0,443,37 345,50,431,73",
-         L"12,12,431,25 9 a\tb"},
+         L"12,12,431,25 0 a\tb"},
         {L"Text", kMessageOk, kLong, L"", 1.0, L"0,0,639,85 0,0,639,37 541,50,627,73",
-         L"12,12,627,25 9 Text"},
+         L"12,12,627,25 0 Text"},
     };
     for (const auto& row : kRows) {
         box_.text = row.text;

@@ -11,7 +11,6 @@ namespace zustd::gallery {
 namespace {
 
 constexpr std::int32_t kHeadingSize = 12;
-constexpr std::int32_t kTextSize = 9;
 constexpr std::int32_t kFieldInset = 5;
 constexpr std::int32_t kLowestField = 20;
 
@@ -58,7 +57,7 @@ void Text::drawSelf(GraphicsService& graphics) {
 std::shared_ptr<Font> Text::font() const {
     FontStyle style;
     style.bold = isHeading_;
-    style.size = isHeading_ ? kHeadingSize : kTextSize;
+    style.size = isHeading_ ? kHeadingSize : 0;
     const auto windows = windowService();
     return windows ? windows->getFont(style) : nullptr;
 }
