@@ -18,58 +18,6 @@ namespace {
 
 using namespace test;
 
-// The box that is in front, as the user sees it.
-class SeenBox {
-public:
-    SeenBox() : window_(GetActiveWindow()) {
-        EnumChildWindows(
-            window_,
-            [](HWND child, LPARAM out) -> BOOL {
-                auto& seen = *reinterpret_cast<SeenBox*>(out);
-                if (GetDlgCtrlID(child) != 0xFFFF) {
-                    seen.buttons_.push_back(child);
-                }
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(this));
-    }
-
-    HWND window() const { return window_; }
-    std::wstring title() const { return textOf(window_); }
-    HWND button(std::size_t index) const { return buttons_.at(index); }
-    // Whether the label has room for its text as labels draw it.
-    bool showsWholeLabel() const {
-        const HWND label = GetDlgItem(window_, 0xFFFF);
-        const std::wstring text = textOf(label);
-        const auto font = reinterpret_cast<HGDIOBJ>(SendMessageW(label, WM_GETFONT, 0, 0));
-        const Canvas canvas({1, 1});
-        const SelectedObject selected(canvas.context(), font);
-        RECT room{};
-        GetClientRect(label, &room);
-        RECT needed{0, 0, room.right, 0};
-        DrawTextW(canvas.context(), text.c_str(), -1, &needed,
-                  DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
-        return needed.bottom <= room.bottom;
-    }
-    int width() const {
-        RECT client{};
-        GetClientRect(window_, &client);
-        return client.right;
-    }
-    bool isOnScreen() const {
-        RECT outer{};
-        RECT screen{};
-        RECT both{};
-        GetWindowRect(window_, &outer);
-        SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
-        return IntersectRect(&both, &outer, &screen) && EqualRect(&both, &outer);
-    }
-
-private:
-    HWND window_;
-    std::vector<HWND> buttons_;
-};
-
 class BoxTest : public ::testing::Test {
 protected:
     BoxTest() {
@@ -82,35 +30,49 @@ protected:
         service().registerService(resources, true, true);
     }
 
+    // Of the box that is in front.
+    static HWND label() { return GetDlgItem(GetActiveWindow(), 0xFFFF); }
+    static RECT client(HWND window) {
+        RECT area{};
+        GetClientRect(window, &area);
+        return area;
+    }
+    static HFONT labelFont() {
+        return reinterpret_cast<HFONT>(SendMessageW(label(), WM_GETFONT, 0, 0));
+    }
+    static void expectOnScreen() {
+        RECT outer{};
+        RECT screen{};
+        RECT both{};
+        GetWindowRect(GetActiveWindow(), &outer);
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+        EXPECT_TRUE(IntersectRect(&both, &outer, &screen) && EqualRect(&both, &outer));
+    }
+    static void pressEnter() { pressKeys({VK_RETURN}); }
+
     WindowService& service() { return *owner_->windowService(); }
     std::shared_ptr<NativeWindow> owner_ = makeWindowService(nullptr)->createNativeWindow();
 };
 
-TEST_F(BoxTest, answers_keys_pressTheButtonThatTheyMean) {
-    {
-        const Steps steps{[] {},
-                          [] {
-                              pressKeys({VK_LEFT});
-                              pressKeys({VK_RETURN});
-                          }};
-        EXPECT_EQ(service().askYesNoCancel(L"Text", L"Title"), kAnswerCancel);
-    }
+TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
+    const Steps keys{[] {},
+                     [] {
+                         pressKeys({VK_LEFT});
+                         pressEnter();
+                     }};
+    EXPECT_EQ(service().askYesNoCancel(L"Text", L"Title"), kAnswerCancel);
     // A question without a way out has to be answered.
-    const Steps steps{[] { PostMessageW(SeenBox().window(), WM_SYSCOMMAND, SC_CLOSE, 0); },
+    const Steps steps{[] { PostMessageW(GetActiveWindow(), WM_SYSCOMMAND, SC_CLOSE, 0); },
                       [] {
                           pressKeys({VK_MENU, 'N'});
                       }};
     EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNo);
-}
-
-TEST_F(BoxTest, answers_programs_findTextAndButtonsAsInTheSystemsBoxes) {
-    const Steps steps{[] {
-                          const HWND box = SeenBox().window();
-                          EXPECT_EQ(textOf(GetDlgItem(box, 0xFFFF)), L"Text\n\n&more");
-                          EXPECT_EQ(textOf(GetDlgItem(box, IDNO)), L"&No");
-                          PostMessageW(box, WM_COMMAND, IDCANCEL, 0);
-                      },
-                      [] { PostMessageW(SeenBox().window(), WM_COMMAND, IDNO, 0); }};
+    const Steps programs{[] {
+                             EXPECT_EQ(textOf(label()), L"Text\n\n&more");
+                             EXPECT_EQ(textOf(GetDlgItem(GetActiveWindow(), IDNO)), L"&No");
+                             PostMessageW(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0);
+                         },
+                         [] { PostMessageW(GetActiveWindow(), WM_COMMAND, IDNO, 0); }};
     EXPECT_EQ(service().askYesNo(L"Text\n\n&more", L"Title"), kAnswerNo);
 }
 
@@ -121,11 +83,10 @@ TEST_F(BoxTest, checkBox_checked_isRemembered) {
                           pressKeys({VK_TAB});
                           pressKeys({VK_SPACE});
                       },
-                      [] { pressKeys({VK_RETURN}); }};
+                      pressEnter};
     EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
     // Nobody is asked any more.
     EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
-    EXPECT_FALSE(service().isMessageOpen());
 }
 
 TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
@@ -144,7 +105,7 @@ TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
     EXPECT_TRUE(copied.ends_with(L"-\r\n"));
 }
 
-TEST_F(BoxTest, text_ofAnyLength_staysOnTheScreen) {
+TEST_F(BoxTest, text_ofAnyLength_isShownAsFarAsTheScreenGoes) {
     std::wstring words;
     while (words.size() < 1U << 20) {
         words += L"word word \U0001F600 ";
@@ -155,26 +116,47 @@ TEST_F(BoxTest, text_ofAnyLength_staysOnTheScreen) {
     for (const std::wstring& text : {std::wstring(), words, lines, letters, tabs}) {
         const DWORD start = GetTickCount();
         const Steps steps{[&] {
-                              const SeenBox box;
-                              EXPECT_TRUE(box.isOnScreen());
                               EXPECT_LT(GetTickCount() - start, 5000U);
-                              EXPECT_EQ(GetFocus(), box.button(0));
-                              EXPECT_TRUE(box.showsWholeLabel());
+                              EXPECT_EQ(GetFocus(), GetDlgItem(GetActiveWindow(), IDOK));
+                              expectOnScreen();
+                              // The label has room for its text as labels draw it.
+                              const Canvas canvas({1, 1});
+                              const SelectedObject selected(canvas.context(), labelFont());
+                              RECT needed{0, 0, client(label()).right, 0};
+                              DrawTextW(canvas.context(), textOf(label()).c_str(), -1, &needed,
+                                        DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
+                              EXPECT_LE(needed.bottom, client(label()).bottom);
                           },
-                          [] { pressKeys({VK_RETURN}); }};
+                          pressEnter};
         EXPECT_EQ(service().showMessage(text, L"Title", kMessageOk | kMessageIconError), kAnswerOk);
     }
 }
 
-TEST_F(BoxTest, title_ofAnyLength_isShownAsFarAsTheScreenGoes) {
-    for (const auto& [length, width] : {std::pair{5, 60}, {30, 300}, {100'000, 700}}) {
-        const Steps steps{[&, expected = width] {
-                              EXPECT_TRUE(SeenBox().isOnScreen());
-                              EXPECT_GT(SeenBox().width(), expected);
+TEST_F(BoxTest, fontAndTitle_areMeasuredAsTheSystemShowsThem) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
+    const FontHandle titleFont(CreateFontIndirectW(&metrics.lfCaptionFont));
+    const Canvas canvas({1, 1});
+    const SelectedObject selected(canvas.context(), titleFont.get());
+    RECT screen{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+    for (const std::size_t length : {30U, 100'000U}) {
+        const std::wstring title(length, L'M');
+        SIZE size{};
+        GetTextExtentPoint32W(canvas.context(), title.c_str(), length > 30 ? 999 : 30, &size);
+        const int room = size.cx + 2 * (metrics.iCaptionWidth + metrics.iCaptionHeight);
+        const Steps steps{[&] {
+                              LOGFONTW font{};
+                              GetObjectW(labelFont(), sizeof(font), &font);
+                              EXPECT_EQ(font.lfHeight, metrics.lfMessageFont.lfHeight);
+                              expectOnScreen();
+                              EXPECT_EQ(textOf(GetActiveWindow()), title);
+                              EXPECT_EQ(client(GetActiveWindow()).right,
+                                        std::min<int>(room, (screen.right - screen.left) * 5 / 8));
                           },
-                          [] { pressKeys({VK_RETURN}); }};
-        service().showMessage(L"Text", std::wstring(static_cast<std::size_t>(length), L'M'),
-                              kMessageOk);
+                          pressEnter};
+        service().showMessage(L"Text", title, kMessageOk);
     }
 }
 
@@ -182,19 +164,19 @@ TEST_F(BoxTest, paint_textAndIcon_areThere) {
     // What is seen above the buttons' strip, which begins a margin above them.
     const auto ink = [&](const wchar_t* text, std::uint32_t style) {
         int count = 0;
-        const Steps steps{
-            [&] {
-                const SeenBox box;
-                POINT corner{};
-                MapWindowPoints(box.button(0), box.window(), &corner, 1);
-                const Canvas canvas({500, 300});
-                RedrawWindow(box.window(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-                const HDC source = GetDC(box.window());
-                BitBlt(canvas.context(), 0, 0, box.width(), 300, source, 0, 0, SRCCOPY);
-                ReleaseDC(box.window(), source);
-                count = canvas.inkCount({0, 0, 499, corner.y - 15});
-            },
-            [] { pressKeys({VK_RETURN}); }};
+        const Steps steps{[&] {
+                              const HWND box = GetActiveWindow();
+                              POINT corner{};
+                              MapWindowPoints(GetDlgItem(box, IDOK), box, &corner, 1);
+                              const Canvas canvas({500, 300});
+                              RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+                              const HDC source = GetDC(box);
+                              BitBlt(canvas.context(), 0, 0, client(box).right, 300, source, 0, 0,
+                                     SRCCOPY);
+                              ReleaseDC(box, source);
+                              count = canvas.inkCount({0, 0, 499, corner.y - 15});
+                          },
+                          pressEnter};
         service().showMessage(text, L"Title", style);
         return count;
     };
@@ -211,48 +193,40 @@ TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {
     const Steps steps{[&] {
                           inner = service().showMessage(L"Inner", L"Inner", kMessageOk);
                           EXPECT_TRUE(service().isMessageOpen());
+                          EXPECT_EQ(textOf(GetActiveWindow()), L"Outer");
                       },
                       [&] {
-                          EXPECT_EQ(SeenBox().title(), L"Inner");
+                          EXPECT_EQ(textOf(GetActiveWindow()), L"Inner");
                           EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*owner_)));
                           service().closeMessage(kAnswerYes);
                       },
-                      [&] { EXPECT_EQ(SeenBox().title(), L"Outer"); },
                       [&] { service().closeMessage(kAnswerNo); }};
     EXPECT_EQ(service().askYesNoCancel(L"Outer", L"Outer"), kAnswerNo);
     EXPECT_EQ(inner, kAnswerYes);
     EXPECT_FALSE(service().isMessageOpen());
-    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*owner_)));
     EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*owner_));
 }
 
-TEST_F(BoxTest, dialogs_windowRefused_areReportedAndNotAnswered) {
-    const TraceCapture trace;
-    const RefusedWindows refused;
-    const auto reportOf = [&](const char* operation, const char* text) {
-        const std::string last = trace.messages().empty() ? "" : trace.messages().back();
-        EXPECT_NE(last.find(operation), std::string::npos) << last;
-        EXPECT_NE(last.find(text), std::string::npos) << last;
-    };
-    EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
-    reportOf("WindowServiceWin32Gdi::showMessage", "Could not show message");
-    EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
-    reportOf("WindowServiceWin32Gdi::askYesNo", "Could not ask question");
-    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*owner_)));
-}
-
-TEST_F(BoxTest, service_droppedWhileItsBoxIsOpen_stillAnswers) {
-    const Steps steps{[&] { owner_.reset(); }};
-    EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
-}
-
-TEST_F(BoxTest, thousandBoxes_ofNoWindow_leaveNothingBehind) {
+TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesNothingBehind) {
+    {
+        const TraceCapture trace;
+        const RefusedWindows refused;
+        EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
+        EXPECT_NE(trace.bytes().find("WindowServiceWin32Gdi::showMessage"), std::string::npos);
+        EXPECT_NE(trace.bytes().find("Could not show message"), std::string::npos);
+        EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
+        EXPECT_NE(trace.bytes().find("WindowServiceWin32Gdi::askYesNo"), std::string::npos);
+        EXPECT_NE(trace.bytes().find("Could not ask question"), std::string::npos);
+        EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*owner_)));
+    }
     const auto unbound = makeWindowService(nullptr);
     expectNothingLeft([&] {
         const Steps steps{[&] { unbound->closeMessage(kAnswerCancel); }};
         EXPECT_EQ(unbound->showMessage(L"", L"", kMessageOk | kMessageIconInformation),
                   kAnswerCancel);
     });
+    const Steps steps{[&] { owner_.reset(); }};
+    EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
 }
 
 }  // namespace
