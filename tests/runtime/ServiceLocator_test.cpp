@@ -187,30 +187,26 @@ TEST(ServiceLocator, registeringAttachingAndLettingGoAtRandom_isFoundAsTheModelS
 
 TEST(ServiceLocator, registrationThatFails_leavesTheServiceAsItWas) {
     struct Refusing : Service {
-        bool refuses = true;
-        void setParent(const std::shared_ptr<ServiceLocator>& parent) override {
-            refuses ? throw std::wstring(L"refused") : Service::setParent(parent);
+        void setParent(const std::shared_ptr<ServiceLocator>&) override {
+            throw std::wstring(L"refused");
         }
     };
     const auto locator = std::make_shared<ServiceLocator>();
-    const auto service = makeService<Refusing>();
     for (const bool own : {false, true}) {
         locator->registerService(nullptr, true, own);
         locator->unregisterService(nullptr);
-        EXPECT_EQ(thrownText([&] { locator->registerService(service, true, own); }), L"refused");
+        EXPECT_EQ(thrownText([&] { locator->registerService(makeService<Refusing>(), true, own); }),
+                  L"refused");
         EXPECT_EQ(locator->getService<Service>(), nullptr);
         EXPECT_EQ(locator->getWeakService<Service>(), nullptr);
     }
-    service->refuses = false;
-    locator->registerService(service, true, false);
     ServiceLocator unowned;
-    EXPECT_EQ(thrownText([&] { unowned.registerService(service, true, true); }),
+    EXPECT_EQ(thrownText([&] { unowned.registerService(makeService<Plain>(), true, true); }),
               L"!attach || self");
     EXPECT_EQ(unowned.getService<Service>(), nullptr);
-    EXPECT_EQ(service->getParent(), locator);
 }
 
-TEST(ServiceTest, propertiesAndAnnouncements_reachTheServicesSinks) {
+TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
     auto service = std::make_shared<Plain>();
     EXPECT_EQ(thrownText([&] { service->properties(); }), L"properties_");
     service->initialize();
@@ -220,23 +216,36 @@ TEST(ServiceTest, propertiesAndAnnouncements_reachTheServicesSinks) {
     service->announce();
     EXPECT_EQ(listener->log,
               (Texts{L"propertyChanged.ChangeTracker level", L"logicalLockChanged.Service 0"}));
+    const auto object = std::make_shared<SharedObject>();
+    service->setNamedObject(L"a", service);
+    service->setNamedObject(L"a", object);
+    EXPECT_EQ(service->getNamedObject(L"a"), object);
+    EXPECT_EQ(service->getNamedObject(L"A"), nullptr);
+    service->removeNamedObject(L"missing");
+    service->removeNamedObject(L"a");
+    EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
+    EXPECT_EQ(service.use_count() + object.use_count(), 2);
     // Settings may outlive their service; they then speak to nobody.
     const auto properties = service->properties();
-    const std::weak_ptr<Service> weak = std::exchange(service, nullptr);
-    EXPECT_TRUE(weak.expired());
+    service.reset();
     properties->setLong(L"level", 4);
     EXPECT_EQ(listener->log.size(), 2U);
+    const auto messaging = makeService<MessagingService>();
+    EXPECT_EQ(messaging->findKind(L"logicalLockChanged.Service"), &Service::kLogicalLockChanged);
 }
 
 // Does something when it goes.
 struct Leaving : Service {
-    explicit Leaving(std::function<void()> runs) : last(std::move(runs)) {}
     ~Leaving() override { last(); }
     std::function<void()> last;
 };
 
 TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
-    const auto leaving = [](auto&& last) { return std::make_shared<Leaving>(last); };
+    const auto leaving = [](auto&& last) {
+        const auto made = std::make_shared<Leaving>();
+        made->last = last;
+        return made;
+    };
     const auto other = makeService<Plain>();
     auto service = makeService<Plain>();
     Plain& bare = *service;
@@ -271,20 +280,6 @@ TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
         const auto parent = std::exchange(registry, std::make_shared<ServiceLocator>());
         registry->setParent(parent);
     }
-}
-
-TEST(ServiceTest, namedObjectsAndKinds_areFoundByExactName) {
-    const auto service = makeService<MessagingService>();
-    const auto object = std::make_shared<SharedObject>();
-    service->setNamedObject(L"a", service);
-    service->setNamedObject(L"a", object);
-    EXPECT_EQ(service->getNamedObject(L"a"), object);
-    EXPECT_EQ(service->getNamedObject(L"A"), nullptr);
-    service->removeNamedObject(L"missing");
-    service->removeNamedObject(L"a");
-    EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
-    EXPECT_EQ(service.use_count() + object.use_count(), 2);
-    EXPECT_EQ(service->findKind(L"logicalLockChanged.Service"), &Service::kLogicalLockChanged);
 }
 
 }  // namespace
