@@ -234,17 +234,10 @@ TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
     EXPECT_EQ(messaging->findKind(L"logicalLockChanged.Service"), &Service::kLogicalLockChanged);
 }
 
-// Does something when it goes.
-struct Leaving : Service {
-    ~Leaving() override { last(); }
-    std::function<void()> last;
-};
-
 TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
     const auto leaving = [](auto&& last) {
-        const auto made = std::make_shared<Leaving>();
-        made->last = last;
-        return made;
+        const auto kept = makeService<Plain>();
+        return std::shared_ptr<Service>(kept.get(), [kept, last](Service*) { last(); });
     };
     const auto other = makeService<Plain>();
     auto service = makeService<Plain>();
