@@ -152,19 +152,22 @@ TEST_F(BoxTest, fontAndTitle_areMeasuredAsTheSystemShowsThem) {
 
 TEST_F(BoxTest, icons_standOnWhitePaperBeforeTheText) {
     for (std::uint32_t style = 0; style <= 0x50; style += 0x10) {
-        std::uint32_t seen[3] = {};
+        const bool hasIcon = style % 0x50 != 0;
         const Steps steps{[&] {
                               const HWND box = GetActiveWindow();
                               RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-                              seen[0] = pixelOf(box, {2, 2});
-                              seen[1] = pixelOf(box, {18, 28});
-                              seen[2] = pixelOf(label(), {0, 0});
+                              EXPECT_EQ(pixelOf(box, {2, 2}), kWhite);
+                              EXPECT_EQ(pixelOf(box, {18, 28}) != kWhite, hasIcon) << style;
+                              EXPECT_EQ(pixelOf(label(), {0, 0}), kWhite);
+                              POINT corner{};
+                              MapWindowPoints(label(), box, &corner, 1);
+                              EXPECT_EQ(corner.x, hasIcon ? 54 : 12);
+                              EXPECT_EQ(corner.y > 12, hasIcon);
+                              EXPECT_EQ(GetWindowLongW(label(), GWL_STYLE),
+                                        WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX);
                           },
                           press<VK_RETURN>};
         service().showMessage(L" ", L"Title", style);
-        EXPECT_EQ(seen[0], kWhite);
-        EXPECT_EQ(seen[1] != kWhite, style % 0x50 != 0) << style;
-        EXPECT_EQ(seen[2], kWhite);
     }
 }
 

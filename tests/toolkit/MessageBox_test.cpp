@@ -56,8 +56,8 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
     const auto letters = [](std::size_t count) { return std::wstring(count, L'x'); };
     const std::wstring pair = L"\xD83D\xDE00";
     const std::wstring dots = L"\x2026";
-    const wchar_t* const kFull = L"0,0,443,659 0,0,443,611 345,624,431,647";
-    const wchar_t* const kWhole = L"12,12,431,599";
+    const wchar_t* const kFull = L"0,0,443,671 0,0,443,597 345,636,431,659 12,610,94,627";
+    const wchar_t* const kWhole = L"12,12,431,585";
     const struct {
         std::wstring text;
         std::uint32_t style;
@@ -91,10 +91,10 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
         {L"Text", kMessageOk, L"", letters(200), 1.0,
          L"0,0,1023,111 0,0,1023,37 925,76,1011,99 12,50,1011,67", L"12,12,1011,25", L"Text"},
         // As much as the screen holds, one more, and a pair that is not cut in two.
-        {letters(2520), kMessageOk, L"", L"", 1.0, kFull, kWhole, letters(2520)},
-        {letters(2521), kMessageOk, L"", L"", 1.0, kFull, kWhole, letters(2519) + dots},
-        {letters(2518) + pair + L"y", kMessageOk, L"", L"", 1.0, kFull, kWhole,
-         letters(2518) + dots},
+        {letters(2460), kMessageOk, L"", L"k", 1.0, kFull, kWhole, letters(2460)},
+        {letters(2461), kMessageOk, L"", L"k", 1.0, kFull, kWhole, letters(2459) + dots},
+        {letters(2458) + pair + L"y", kMessageOk, L"", L"k", 1.0, kFull, kWhole,
+         letters(2458) + dots},
         {letters(30'000), kMessageOk | kMessageIconError, L"", L"", 2.0,
          L"0,0,639,659 0,0,639,565 (24,24,87,87) 466,590,615,635", L"108,24,615,541",
          letters(2684) + dots},
