@@ -28,15 +28,20 @@ protected:
         SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen_, 0);
     }
 
-    // Of the box that is in front.
+    // What somebody does who looks at the box that is in front, then confirms it.
+    int confirmed(const std::wstring& text, const std::wstring& title, std::uint32_t style,
+                  const Steps::Step& look) {
+        const Steps steps{look, press<VK_RETURN>};
+        return service().showMessage(text, title, style);
+    }
     static HWND label() { return GetDlgItem(GetActiveWindow(), 0xFFFF); }
+    static HFONT labelFont() {
+        return reinterpret_cast<HFONT>(SendMessageW(label(), WM_GETFONT, 0, 0));
+    }
     static RECT client(HWND window) {
         RECT area{};
         GetClientRect(window, &area);
         return area;
-    }
-    static HFONT labelFont() {
-        return reinterpret_cast<HFONT>(SendMessageW(label(), WM_GETFONT, 0, 0));
     }
     void expectOnScreen() {
         RECT outer{};
@@ -44,7 +49,7 @@ protected:
         GetWindowRect(GetActiveWindow(), &outer);
         EXPECT_TRUE(IntersectRect(&both, &outer, &screen_) && EqualRect(&both, &outer));
     }
-    static void look() {}
+    static void wait() {}
     template <WORD... keys>
     static void press() {
         pressKeys({keys...});
@@ -56,7 +61,7 @@ protected:
 };
 
 TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
-    const Steps keys{look, press<VK_LEFT>, press<VK_RETURN>};
+    const Steps keys{wait, press<VK_LEFT>, press<VK_RETURN>};
     EXPECT_EQ(service().askYesNoCancel(L"Text", L"Title"), kAnswerCancel);
     // A question without a way out has to be answered.
     const Steps steps{[] { PostMessageW(GetActiveWindow(), WM_SYSCOMMAND, SC_CLOSE, 0); },
@@ -82,7 +87,7 @@ TEST_F(BoxTest, checkBox_checked_isRemembered) {
 TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
     const std::wstring text = L"Строка\r\n" + std::wstring(30000, L'x');
     std::wstring copied;
-    const Steps steps{look, press<VK_CONTROL, 'C'>,
+    const Steps steps{wait, press<VK_CONTROL, 'C'>,
                       [&] {
                           ASSERT_TRUE(OpenClipboard(nullptr));
                           if (const HANDLE memory = GetClipboardData(CF_UNICODETEXT)) {
@@ -106,20 +111,19 @@ TEST_F(BoxTest, text_ofAnyLength_isShownAsFarAsTheScreenGoes) {
                                    L"\tone\ttwo three\tfour five\tsix\nlast"};
     for (const std::wstring& text : kTexts) {
         const DWORD start = GetTickCount();
-        const Steps steps{[&] {
-                              EXPECT_LT(GetTickCount() - start, 5000U);
-                              EXPECT_EQ(GetFocus(), GetDlgItem(GetActiveWindow(), IDOK));
-                              expectOnScreen();
-                              // The label has room for its text as labels draw it.
-                              const Canvas canvas({1, 1});
-                              const SelectedObject selected(canvas.context(), labelFont());
-                              RECT needed{0, 0, client(label()).right, 0};
-                              DrawTextW(canvas.context(), textOf(label()).c_str(), -1, &needed,
-                                        DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
-                              EXPECT_LE(needed.bottom, client(label()).bottom);
-                          },
-                          press<VK_RETURN>};
-        EXPECT_EQ(service().showMessage(text, L"Title", kMessageOk | kMessageIconError), kAnswerOk);
+        const auto look = [&] {
+            EXPECT_LT(GetTickCount() - start, 5000U);
+            EXPECT_EQ(GetFocus(), GetDlgItem(GetActiveWindow(), IDOK));
+            expectOnScreen();
+            // The label has room for its text as labels draw it.
+            const Canvas canvas({1, 1});
+            const SelectedObject selected(canvas.context(), labelFont());
+            RECT needed{0, 0, client(label()).right, 0};
+            DrawTextW(canvas.context(), textOf(label()).c_str(), -1, &needed,
+                      DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
+            EXPECT_LE(needed.bottom, client(label()).bottom);
+        };
+        EXPECT_EQ(confirmed(text, L"Title", kMessageIconError, look), kAnswerOk);
     }
 }
 
@@ -135,39 +139,34 @@ TEST_F(BoxTest, fontAndTitle_areMeasuredAsTheSystemShowsThem) {
         SIZE size{};
         GetTextExtentPoint32W(canvas.context(), title.c_str(), length > 30 ? 999 : 30, &size);
         const int room = size.cx + 2 * (metrics.iCaptionWidth + metrics.iCaptionHeight);
-        const Steps steps{[&] {
-                              LOGFONTW font{};
-                              GetObjectW(labelFont(), sizeof(font), &font);
-                              EXPECT_EQ(font.lfHeight, metrics.lfMessageFont.lfHeight);
-                              expectOnScreen();
-                              EXPECT_EQ(textOf(GetActiveWindow()), title);
-                              EXPECT_EQ(
-                                  client(GetActiveWindow()).right,
-                                  std::min<int>(room, (screen_.right - screen_.left) * 5 / 8));
-                          },
-                          press<VK_RETURN>};
-        service().showMessage(L"Text", title, kMessageOk);
+        confirmed(L"Text", title, kMessageOk, [&] {
+            LOGFONTW font{};
+            GetObjectW(labelFont(), sizeof(font), &font);
+            EXPECT_EQ(font.lfHeight, metrics.lfMessageFont.lfHeight);
+            expectOnScreen();
+            EXPECT_EQ(textOf(GetActiveWindow()), title);
+            EXPECT_EQ(client(GetActiveWindow()).right,
+                      std::min<int>(room, (screen_.right - screen_.left) * 5 / 8));
+        });
     }
 }
 
 TEST_F(BoxTest, icons_standOnWhitePaperBeforeTheText) {
     for (std::uint32_t style = 0; style <= 0x50; style += 0x10) {
         const bool hasIcon = style % 0x50 != 0;
-        const Steps steps{[&] {
-                              const HWND box = GetActiveWindow();
-                              RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-                              EXPECT_EQ(pixelOf(box, {2, 2}), kWhite);
-                              EXPECT_EQ(pixelOf(box, {18, 28}) != kWhite, hasIcon) << style;
-                              EXPECT_EQ(pixelOf(label(), {0, 0}), kWhite);
-                              POINT corner{};
-                              MapWindowPoints(label(), box, &corner, 1);
-                              EXPECT_EQ(corner.x, hasIcon ? 54 : 12);
-                              EXPECT_EQ(corner.y > 12, hasIcon);
-                              EXPECT_EQ(GetWindowLongW(label(), GWL_STYLE),
-                                        WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX);
-                          },
-                          press<VK_RETURN>};
-        service().showMessage(L" ", L"Title", style);
+        confirmed(L" ", L"Title", style, [&] {
+            const HWND box = GetActiveWindow();
+            RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+            EXPECT_EQ(pixelOf(box, {2, 2}), kWhite);
+            EXPECT_EQ(pixelOf(box, {18, 28}) != kWhite, hasIcon) << style;
+            EXPECT_EQ(pixelOf(label(), {0, 0}), kWhite);
+            POINT corner{};
+            MapWindowPoints(label(), box, &corner, 1);
+            EXPECT_EQ(corner.x, hasIcon ? 54 : 12);
+            EXPECT_EQ(corner.y > 12, hasIcon);
+            EXPECT_EQ(GetWindowLongW(label(), GWL_STYLE),
+                      WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX);
+        });
     }
 }
 
