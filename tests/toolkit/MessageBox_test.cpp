@@ -58,17 +58,11 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
     const std::wstring dots = L"\x2026";
     const wchar_t* const kFull = L"0,0,443,671 0,0,443,597 345,636,431,659 12,610,94,627";
     const wchar_t* const kWhole = L"12,12,431,585";
-    const struct {
-        std::wstring text;
-        std::uint32_t style;
-        std::wstring title;
-        std::wstring key;
-        double scaling;
-        // Of dialog, paper and icon, buttons and check box.
-        std::wstring places;
-        std::wstring shownAt;
-        std::wstring shown;
-    } kRows[] = {
+    // Text, style, title, key, scaling; places of dialog, paper, icon, buttons and check
+    // box; place of the text, and what is shown of it.
+    using Row = std::tuple<std::wstring, std::uint32_t, std::wstring, std::wstring, double,
+                           std::wstring, std::wstring, std::wstring>;
+    const Row kRows[] = {
         {L"Text", kMessageOk, L"", L"", 1.0, L"0,0,110,85 0,0,110,37 12,50,98,73", L"12,12,98,25",
          L"Text"},
         {L"Text", kMessageOk | kMessageIconError, L"A title that is quite long", L"", 1.0,
@@ -99,10 +93,10 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
          L"0,0,639,659 0,0,639,565 (24,24,87,87) 466,590,615,635", L"108,24,615,541",
          letters(2684) + dots},
     };
-    for (const auto& row : kRows) {
-        box_.text = row.text;
-        box_.caption = row.title;
-        open(row.style, row.key, row.scaling);
+    for (const auto& [text, style, title, key, scaling, expected, shownAt, shown] : kRows) {
+        box_.text = text;
+        box_.caption = title;
+        open(style, key, scaling);
         std::wstring places = textOf(dialog_->boundary());
         for (const std::shared_ptr<Control>& child : view_->children()) {
             places += L" " + textOf(child->boundary());
@@ -110,8 +104,8 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
                 places += L" (" + textOf(icon->boundary()) + L")";
             }
         }
-        EXPECT_EQ(places, row.places);
-        EXPECT_EQ(journal, (Journal{L"text " + row.shownAt + L" 9 " + row.shown}));
+        EXPECT_EQ(places, expected);
+        EXPECT_EQ(journal, (Journal{L"text " + shownAt + L" 9 " + shown}));
         EXPECT_EQ(view_->boundary(), dialog_->boundary());
         EXPECT_EQ(view_->children()[0]->colors(), paper_);
     }
