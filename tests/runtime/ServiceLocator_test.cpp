@@ -27,8 +27,6 @@ struct Clock : Service, IClock { using Service::Service; };
 
 // --- The registry, against a model -----------------------------------------------------------
 
-// What is looked for: any service, plain ones, clocks.
-constexpr std::size_t kWanted = 3;
 const std::wstring kNames[] = {L"", L"", L"a", L"A"};
 
 // A registry in plain words.
@@ -71,28 +69,28 @@ struct Model : std::enable_shared_from_this<Model> {
             owned ? owned->unregisterAll() : void();
         }
     }
-    Reference findHere(std::size_t wanted, const std::wstring& wantedName, bool weak) const {
+    Reference findHere(bool clocks, const std::wstring& wantedName, bool weak) const {
         Reference found;
         for (const auto& [entry, owned] : entries) {
             const Reference service = entry.lock();
-            if (service && weak == !owned && (wanted == 0 || (wanted == 2) == service->isClock) &&
+            if (service && weak == !owned && (!clocks || service->isClock) &&
                 (wantedName.empty() || service->name == wantedName)) {
                 found = service;
             }
         }
         return found;
     }
-    static Reference find(const Model& from, std::size_t wanted, const std::wstring& name,
-                          bool weak, bool local) {
+    static Reference find(const Model& from, bool clocks, const std::wstring& name, bool weak,
+                          bool local) {
         std::set<const Model*> seen;
         for (const Model* at = &from; at != nullptr && seen.insert(at).second;
              at = at->parent.get()) {
-            Reference found = at->findHere(wanted, name, weak);
+            Reference found = at->findHere(clocks, name, weak);
             if (found || weak || local) {
                 return found;
             }
         }
-        return root()->findHere(wanted, name, false);
+        return root()->findHere(clocks, name, false);
     }
 };
 
@@ -110,11 +108,10 @@ struct Real {
         return std::dynamic_pointer_cast<Service>(weak ? at.getWeakService<T>(name)
                                                        : at.getService<T>(name, local));
     }
-    static std::shared_ptr<Service> find(const ServiceLocator& at, std::size_t wanted,
+    static std::shared_ptr<Service> find(const ServiceLocator& at, bool clocks,
                                          const std::wstring& name, bool weak, bool local) {
-        return wanted == 0   ? findA<Service>(at, name, weak, local)
-               : wanted == 1 ? findA<Plain>(at, name, weak, local)
-                             : findA<IClock>(at, name, weak, local);
+        return clocks ? findA<IClock>(at, name, weak, local)
+                      : findA<Service>(at, name, weak, local);
     }
 };
 
@@ -151,9 +148,8 @@ std::string play(Random random) {
         } else if (choice == 9) {
             node = nullptr;
         } else {
-            const std::size_t wanted = random.below(kWanted);
-            const auto found =
-                World::find(at, wanted, random.pick(kNames), first && second, second);
+            const auto& name = random.pick(kNames);
+            const auto found = World::find(at, i % 2 == 0, name, first && second, second);
             const auto number = std::find_if(all.begin(), all.end(), [&](const auto& each) {
                 return found && each.lock() == found;
             });
