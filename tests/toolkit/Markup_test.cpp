@@ -309,7 +309,7 @@ TEST_F(MarkupTest, services_missing_failTheirAssertions) {
     const auto view = makeControl<MarkupView>(L"text");
     EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"gs");
     view->registerService(makeService<GraphicsService>(), true, true);
-    const TraceCapture trace;
+    const TraceCapture trace(kTraceLevelInfo);
     EXPECT_EQ(thrownText([&] { view->addLineBreak(); }), L"ws");
     EXPECT_NE(trace.bytes().find("src/lib/ZuMarkupView"), std::string::npos);
     // Nothing to show, nothing to measure.
@@ -346,12 +346,15 @@ TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
         {kUnsaid.name().data(), L""},
         {Control::kScrolled.name().data(), L"scrolled"},
         {kShowHelp.name().data(), L"showHelp"}};
+    const TraceCapture trace(kTraceLevelInfo);
     for (const auto& [name, sent] : kLinks) {
         view_->setMarkup(L"<a leftclickmessage=\"" + name + L"\">link</a> text");
         log_->take();
         clickLink();
         EXPECT_EQ(log_->take(), sent) << narrow(name);
     }
+    EXPECT_EQ(trace.messages().at(1),
+              "MarkupView::sendFromLink: no message 'nobody.Knows' to send");
     clickLink();
     EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
     EXPECT_EQ(log_->entries.back().b.number(), 0);
@@ -380,11 +383,14 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
         {repeated(L"<a>x</a><font size='9'>y</font>", 50'000), 100'000},
         {L"<control wordwrap=\"true\">" + repeated(L"- ", 400'000), MarkupView::kMaxElements},
         {repeated(L"<br/>", 300'000), MarkupView::kMaxElements}};
+    const TraceCapture trace(kTraceLevelInfo);
     const auto start = std::chrono::steady_clock::now();
     for (const auto& [markup, count] : kRows) {
         view_->setMarkup(markup);
         EXPECT_EQ(view_->children().size(), count) << narrow(markup.substr(0, 40));
     }
+    EXPECT_EQ(trace.messages(),
+              Lines(2, "MarkupView::parseMarkup: more than 200000 elements; the rest is left out"));
     // What is not linear takes minutes.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
