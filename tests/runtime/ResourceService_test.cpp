@@ -93,35 +93,27 @@ TEST(ResourceService, images_comeFromNeutralNamespaceUnlessLanguageReplacesThem)
     }
 }
 
-TEST(ResourceService, lookUpBeforeSelection_failsAssertion) {
+TEST(ResourceService, noBackendOrNamespace_failsAssertionOrKeepsTheChosenOne) {
     auto service = makeService<ResourceService>();
     EXPECT_EQ(thrownText([&] { service->getString(9001); }), L"impl_");
+    ResourceRoot root = compiledInResources().roots[0];
+    root.namespaceCount = 2;  // German and French, no neutral one
+    ResourceLibrary library{L"two", L"default", L"fr", 1, &root};
     auto backend = std::make_unique<ResourceServiceGeneric>();
-    backend->setLibrary(compiledInResources());
+    backend->setLibrary(library);
     joinImplementation(*service, std::move(backend));
     const std::wstring expected = L"namespaceResource_ != 0";
     EXPECT_EQ(thrownText([&] { service->getString(9001); }), expected);
     EXPECT_EQ(thrownText([&] { service->getNamespaceName(); }), expected);
-    EXPECT_EQ(shownString(*service, 9001), L"");
-    EXPECT_TRUE(service->selectLocale(L"de"));
-    EXPECT_EQ(shownString(*service, 9007), L"Ja");
-}
-
-TEST(ResourceService, noNamespaceForLocale_keepsTheChosenOne) {
-    ResourceRoot root = compiledInResources().roots[0];
-    root.namespaceCount = 2;  // German and French, no neutral one
-    ResourceLibrary library{L"two", L"default", L"fr", 1, &root};
-    const auto service = makeInstalled(library);
+    EXPECT_EQ(shownString(*service, 9007), L"");
     EXPECT_TRUE(service->selectLocale(L""));
     EXPECT_FALSE(service->selectLocale(L"nl"));
     EXPECT_EQ(service->getNamespaceName(), L"fr-xx") << "the library's default locale";
+    EXPECT_EQ(shownString(*service, 9007), L"Oui");
     EXPECT_EQ(service->getFileResource(100), nullptr);
     library.rootName = L"other";
     EXPECT_FALSE(makeInstalled(library)->selectLocale(L"de"));
-}
-
-TEST(ResourceService, memoryRunsOut_emptyTableOrTextForThisCallOnly) {
-    const auto service = makeInstalled();
+    // What memory did not suffice for is there again with the next call.
     const auto load = [&] { return !service->getStringTable()->empty(); };
     const auto check = [&](bool) {
         EXPECT_EQ(service->getStringTable()->size(), 380U);
