@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <set>
 
 #include "ZuMessagingService.h"
 #include "ZuService.h"
@@ -33,16 +32,14 @@ const std::wstring kNames[] = {L"", L"", L"a", L"A"};
 struct Model : std::enable_shared_from_this<Model> {
     using Node = Model;
     using Reference = std::shared_ptr<Model>;
-    bool isClock = false;
-    std::wstring name{};
+    bool isClock;
+    std::wstring name;
     Reference parent{};
     std::vector<std::pair<std::weak_ptr<Model>, Reference>> entries{};  // second when owned
 
+    Model(bool clock, const std::wstring& wanted) : isClock(clock), name(wanted) {}
     static Reference make(bool isClock, const std::wstring& name) {
-        const auto made = std::make_shared<Model>();
-        made->isClock = isClock;
-        made->name = name;
-        return made;
+        return std::make_shared<Model>(isClock, name);
     }
     static Reference root() {
         static const Reference root = make(false, {});
@@ -82,9 +79,9 @@ struct Model : std::enable_shared_from_this<Model> {
     }
     static Reference find(const Model& from, bool clocks, const std::wstring& name, bool weak,
                           bool local) {
-        std::set<const Model*> seen;
-        for (const Model* at = &from; at != nullptr && seen.insert(at).second;
-             at = at->parent.get()) {
+        // Farther than any chain goes without a ring.
+        const Model* at = &from;
+        for (int steps = 0; at != nullptr && steps < 300; ++steps, at = at->parent.get()) {
             Reference found = at->findHere(clocks, name, weak);
             if (found || weak || local) {
                 return found;
