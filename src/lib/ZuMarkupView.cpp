@@ -65,7 +65,6 @@ class MarkupView::Parsing : public IMarkupHandler {
 public:
     explicit Parsing(MarkupView& view) : view_(view), update_(view) {
         view.parsing_ = true;
-        view.waiting_ = false;
         view.full_ = false;
     }
     ~Parsing() override {

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "ZuApplicationService.h"
 #include "ZuMessageBoxWin32Gdi.h"
-#include "ZuNativeButton.h"
-#include "ZuNativeDialog.h"
 #include "ZuNativeWindow.h"
 #include "ZuResourceServiceGeneric.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -31,23 +28,23 @@ protected:
         SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen_, 0);
     }
 
-    // Of the box that is in front.
+    // What somebody does who looks at the box that is in front, then confirms it.
+    int confirmed(const std::wstring& text, const std::wstring& title, std::uint32_t style,
+                  const Steps::Step& look) {
+        const Steps steps{look, press<VK_RETURN>};
+        return service().showMessage(text, title, style);
+    }
     static HWND label() { return GetDlgItem(GetActiveWindow(), 0xFFFF); }
     static RECT client(HWND window) {
         RECT area{};
         GetClientRect(window, &area);
         return area;
     }
-    static HFONT labelFont() {
-        return reinterpret_cast<HFONT>(SendMessageW(label(), WM_GETFONT, 0, 0));
+    static void wait() {}
+    template <WORD... keys>
+    static void press() {
+        pressKeys({keys...});
     }
-    void expectOnScreen() {
-        RECT outer{};
-        RECT both{};
-        GetWindowRect(GetActiveWindow(), &outer);
-        EXPECT_TRUE(IntersectRect(&both, &outer, &screen_) && EqualRect(&both, &outer));
-    }
-    static void pressEnter() { pressKeys({VK_RETURN}); }
 
     RECT screen_{};
     WindowService& service() { return *owner_->windowService(); }
@@ -55,15 +52,11 @@ protected:
 };
 
 TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
-    const Steps keys{[] {},
-                     [] {
-                         pressKeys({VK_LEFT});
-                         pressEnter();
-                     }};
+    const Steps keys{wait, press<VK_LEFT>, press<VK_RETURN>};
     EXPECT_EQ(service().askYesNoCancel(L"Text", L"Title"), kAnswerCancel);
     // A question without a way out has to be answered.
     const Steps steps{[] { PostMessageW(GetActiveWindow(), WM_SYSCOMMAND, SC_CLOSE, 0); },
-                      [] { pressKeys({VK_MENU, 'N'}); }};
+                      press<VK_MENU, 'N'>};
     EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNo);
     const Steps programs{[] {
                              EXPECT_EQ(textOf(label()), L"Text\n\n&more");
@@ -76,12 +69,7 @@ TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
 
 TEST_F(BoxTest, checkBox_checked_isRemembered) {
     service().registerService(makeRecordingApplicationService(), true, true);
-    const Steps steps{[] { pressKeys({VK_TAB}); },
-                      [] {
-                          pressKeys({VK_TAB});
-                          pressKeys({VK_SPACE});
-                      },
-                      pressEnter};
+    const Steps steps{press<VK_TAB>, press<VK_TAB>, press<VK_SPACE>, press<VK_RETURN>};
     EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
     // Nobody is asked any more.
     EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
@@ -89,87 +77,80 @@ TEST_F(BoxTest, checkBox_checked_isRemembered) {
 
 TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
     const std::wstring text = L"Строка\r\n" + std::wstring(30000, L'x');
-    const Steps steps{[] {},
-                      [] { pressKeys({VK_CONTROL, 'C'}); },
-                      [] {},
-                      [] { pressKeys({VK_ESCAPE}); }};
+    std::wstring copied;
+    const Steps steps{wait, press<VK_CONTROL, 'C'>,
+                      [&] {
+                          ASSERT_TRUE(OpenClipboard(nullptr));
+                          if (const HANDLE memory = GetClipboardData(CF_UNICODETEXT)) {
+                              copied = static_cast<const wchar_t*>(GlobalLock(memory));
+                          }
+                          CloseClipboard();
+                      },
+                      press<VK_ESCAPE>};
     service().askOKCancel(text, L"Title");
-    ASSERT_TRUE(OpenClipboard(nullptr));
-    const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
-    const std::wstring copied = memory ? static_cast<const wchar_t*>(GlobalLock(memory)) : L"";
-    CloseClipboard();
     EXPECT_NE(copied.find(text + L"\r\n"), std::wstring::npos);
     EXPECT_TRUE(copied.ends_with(L"-\r\n"));
 }
 
-TEST_F(BoxTest, text_ofAnyLength_isShownAsFarAsTheScreenGoes) {
+TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
     std::wstring words;
     while (words.size() < 1U << 20) {
         words += L"word word \U0001F600 ";
     }
-    const std::wstring kTexts[] = {L"", words, std::wstring(1U << 20, L'\n'),
-                                   std::wstring(1U << 20, L'W'),
-                                   L"\tone\ttwo three\tfour five\tsix\nlast"};
-    for (const std::wstring& text : kTexts) {
+    const std::pair<std::wstring, std::wstring> kRows[] = {
+        {L"", std::wstring(30, L'M')},
+        {L"", std::wstring(100'000, L'M')},
+        {words, L"Title"},
+        {std::wstring(1U << 20, L'\n'), L""},
+        {std::wstring(1U << 20, L'W'), L"Title"},
+        {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"}};
+    for (const auto& [text, title] : kRows) {
         const DWORD start = GetTickCount();
-        const Steps steps{[&] {
-                              EXPECT_LT(GetTickCount() - start, 5000U);
-                              EXPECT_EQ(GetFocus(), GetDlgItem(GetActiveWindow(), IDOK));
-                              expectOnScreen();
-                              // The label has room for its text as labels draw it.
-                              const Canvas canvas({1, 1});
-                              const SelectedObject selected(canvas.context(), labelFont());
-                              RECT needed{0, 0, client(label()).right, 0};
-                              DrawTextW(canvas.context(), textOf(label()).c_str(), -1, &needed,
-                                        DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
-                              EXPECT_LE(needed.bottom, client(label()).bottom);
-                          },
-                          pressEnter};
-        EXPECT_EQ(service().showMessage(text, L"Title", kMessageOk | kMessageIconError), kAnswerOk);
-    }
-}
-
-TEST_F(BoxTest, fontAndTitle_areMeasuredAsTheSystemShowsThem) {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof(metrics);
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-    const FontHandle titleFont(CreateFontIndirectW(&metrics.lfCaptionFont));
-    const Canvas canvas({1, 1});
-    const SelectedObject selected(canvas.context(), titleFont.get());
-    for (const std::size_t length : {30U, 100'000U}) {
-        const std::wstring title(length, L'M');
-        SIZE size{};
-        GetTextExtentPoint32W(canvas.context(), title.c_str(), length > 30 ? 999 : 30, &size);
-        const int room = size.cx + 2 * (metrics.iCaptionWidth + metrics.iCaptionHeight);
-        const Steps steps{[&] {
-                              LOGFONTW font{};
-                              GetObjectW(labelFont(), sizeof(font), &font);
-                              EXPECT_EQ(font.lfHeight, metrics.lfMessageFont.lfHeight);
-                              expectOnScreen();
-                              EXPECT_EQ(textOf(GetActiveWindow()), title);
-                              EXPECT_EQ(client(GetActiveWindow()).right,
-                                        std::min<int>(room, (screen_.right - screen_.left) * 5 / 8));
-                          },
-                          pressEnter};
-        service().showMessage(L"Text", title, kMessageOk);
+        const auto look = [&, &shown = text, &caption = title] {
+            EXPECT_LT(GetTickCount() - start, 5000U);
+            const HWND box = GetActiveWindow();
+            EXPECT_EQ(textOf(box), caption);
+            EXPECT_EQ(GetFocus(), GetDlgItem(box, IDOK));
+            RECT outer{};
+            RECT both{};
+            GetWindowRect(box, &outer);
+            EXPECT_TRUE(IntersectRect(&both, &outer, &screen_) && EqualRect(&both, &outer));
+            EXPECT_GT(client(box).right, std::min(static_cast<int>(caption.size()) * 10, 700));
+            // The label has room for its text as labels draw it.
+            const auto font = reinterpret_cast<HFONT>(SendMessageW(label(), WM_GETFONT, 0, 0));
+            LOGFONTW logical{};
+            GetObjectW(font, sizeof(logical), &logical);
+            EXPECT_EQ(logical.lfHeight, metrics.lfMessageFont.lfHeight);
+            const Canvas canvas({1, 1});
+            const SelectedObject selected(canvas.context(), font);
+            RECT needed{0, 0, client(label()).right, 0};
+            DrawTextW(canvas.context(), textOf(label()).c_str(), -1, &needed,
+                      DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
+            EXPECT_LE(needed.bottom, client(label()).bottom);
+        };
+        EXPECT_EQ(confirmed(text, title, kMessageOk, look), kAnswerOk);
     }
 }
 
 TEST_F(BoxTest, icons_standOnWhitePaperBeforeTheText) {
     for (std::uint32_t style = 0; style <= 0x50; style += 0x10) {
-        std::uint32_t seen[3] = {};
-        const Steps steps{[&] {
-                              const HWND box = GetActiveWindow();
-                              RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-                              seen[0] = pixelOf(box, {2, 2});
-                              seen[1] = pixelOf(box, {18, 28});
-                              seen[2] = pixelOf(label(), {0, 0});
-                          },
-                          pressEnter};
-        service().showMessage(L" ", L"Title", style);
-        EXPECT_EQ(seen[0], kWhite);
-        EXPECT_EQ(seen[1] != kWhite, style % 0x50 != 0) << style;
-        EXPECT_EQ(seen[2], kWhite);
+        const bool hasIcon = style % 0x50 != 0;
+        confirmed(L" ", L"Title", style, [&] {
+            const HWND box = GetActiveWindow();
+            RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+            EXPECT_EQ(pixelOf(box, {2, 2}), kWhite);
+            EXPECT_EQ(pixelOf(box, {18, 28}) != kWhite, hasIcon) << style;
+            EXPECT_EQ(pixelOf(label(), {0, 0}), kWhite);
+            POINT corner{};
+            MapWindowPoints(label(), box, &corner, 1);
+            EXPECT_EQ(corner.x, hasIcon ? 54 : 12);
+            EXPECT_EQ(corner.y > 12, hasIcon);
+            EXPECT_EQ(GetWindowLongW(label(), GWL_STYLE),
+                      WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX);
+        });
     }
 }
 
