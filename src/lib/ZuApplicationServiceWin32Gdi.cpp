@@ -4,8 +4,6 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
-#include <array>
-
 #include "ZuFile.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageLoopWin32Gdi.h"

@@ -3,7 +3,6 @@
 
 #include "ZuApplicationService.h"
 #include "ZuHandleWin32Gdi.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 

@@ -4,10 +4,7 @@
 // GDI+ needs what is above.
 #include <gdiplus/gdiplus.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <vector>
 
 #include "ZuResourceService.h"
 
@@ -133,6 +130,26 @@ BitmapHandle makeMask(std::span<const std::uint32_t> pixels, Size size) {
     return BitmapHandle(CreateBitmap(size.width, size.height, 1, 1, bits.data()));
 }
 
+// Decodes a PNG to a size, or to its own size times a factor when that is empty; an
+// empty image when the bytes are no PNG or it is too large.
+DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
+    const Size own = sizeOfPng(bytes);
+    const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
+    if (!isDrawable(own) || !isDrawable(target)) {
+        return {};
+    }
+    startGdiPlus();
+    const Stream stream = streamOf(bytes);
+    Gdiplus::Bitmap image(stream.get());
+    check(image.GetLastStatus());
+    PixelBitmap bitmap(target);
+    Gdiplus::Bitmap view(target.width, target.height, target.width * 4, PixelFormat32bppPARGB,
+                         reinterpret_cast<BYTE*>(bitmap.pixels.data()));
+    check(view.GetLastStatus());
+    drawScaled(image, own, view, target);
+    return {std::move(bitmap.handle), target};
+}
+
 std::shared_ptr<IResourceService> rootResources() {
     const auto root = ServiceLocator::instance();
     return root ? root->getService<IResourceService>() : nullptr;
@@ -187,30 +204,6 @@ IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
     ICONINFO parts{TRUE, 0, 0, mask.get(), colors.handle.get()};
     return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();
 }
-
-namespace {
-
-// Decodes a PNG to a size, or to its own size times a factor when that is empty; an
-// empty image when the bytes are no PNG or it is too large.
-DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
-    const Size own = sizeOfPng(bytes);
-    const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
-    if (!isDrawable(own) || !isDrawable(target)) {
-        return {};
-    }
-    startGdiPlus();
-    const Stream stream = streamOf(bytes);
-    Gdiplus::Bitmap image(stream.get());
-    check(image.GetLastStatus());
-    PixelBitmap bitmap(target);
-    Gdiplus::Bitmap view(target.width, target.height, target.width * 4, PixelFormat32bppPARGB,
-                         reinterpret_cast<BYTE*>(bitmap.pixels.data()));
-    check(view.GetLastStatus());
-    drawScaled(image, own, view, target);
-    return {std::move(bitmap.handle), target};
-}
-
-}  // namespace
 
 void BitmapWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {

@@ -6,8 +6,6 @@
 // it draws nothing and keeps the size that was asked for.
 #pragma once
 
-#include <cstdint>
-#include <memory>
 #include <span>
 
 #include "ZuBitmap.h"

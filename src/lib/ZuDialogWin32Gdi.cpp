@@ -174,9 +174,8 @@ void DialogWin32Gdi::createWindow(HWND owner) {
     DialogTemplate description;
     description.head.style = style;
     description.head.dwExtendedStyle = extendedStyle;
-    const HWND made = CreateDialogIndirectParamW(
-        GetModuleHandleW(nullptr), &description.head, owner, &dialogProcedure,
-        reinterpret_cast<LPARAM>(static_cast<WindowHandlerWin32Gdi*>(this)));
+    const HWND made = CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &description.head,
+                                                 owner, &dialogProcedure, 0);
     if (made == nullptr) {
         throwSystemException(L"Could not create dialog", ZU_HERE);
     }

@@ -1,6 +1,5 @@
 #include "ZuFontWin32Gdi.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cwchar>
 

@@ -7,9 +7,6 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <string_view>
 
 #include "ZuFont.h"
 #include "ZuHandleWin32Gdi.h"

@@ -11,10 +11,6 @@
 // before GDI sees them. Measuring needs no connection.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <vector>
-
 #include "ZuGraphicsService.h"
 #include "ZuHandleWin32Gdi.h"
 
@@ -72,15 +68,11 @@ private:
 
     Layer& top();
     void applyClip();
-    void fill(const Rect& area, Color color);
     void drawSlantedLine(Point from, Point to);
-    void blend(const Bitmap& bitmap, const Rect& area, double alpha);
     void drawLines(std::wstring_view text, const Rect& area, UINT flags, std::int32_t lineHeight);
 
     std::vector<Layer> layers_;
-    bool drawBusy_ = false;
     int savedContext_ = 0;
-    PenHandle pen_;  // made when a slanted line needs it
     Color penColor_ = Color::rgb(0, 0, 0);
     std::int32_t penWidth_ = 1;
 };

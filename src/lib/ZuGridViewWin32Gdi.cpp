@@ -2,7 +2,6 @@
 
 #include <windowsx.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "ZuFontWin32Gdi.h"
@@ -25,16 +24,8 @@ DWORD styleOf(const NativeGridView& grid) noexcept {
            (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
 }
 
-int formatOf(Alignment alignment) noexcept {
-    switch (alignment) {
-        case Alignment::kEnd:
-            return LVCFMT_RIGHT;
-        case Alignment::kCentre:
-            return LVCFMT_CENTER;
-        default:
-            return LVCFMT_LEFT;
-    }
-}
+// In the order of Alignment.
+constexpr std::array<int, 4> kFormats = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
 
 bool startsWith(const std::wstring& text, const std::wstring& start, bool whole) noexcept {
     if (text.size() < start.size() || (whole && text.size() != start.size())) {
@@ -49,36 +40,31 @@ bool startsWith(const std::wstring& text, const std::wstring& start, bool whole)
 // --- State to window ------------------------------------------------------------------------
 
 void GridViewWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] { synchronize(); });
+    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] {
+        settle();
+        const Mirroring mirroring(*this);
+        if (!initializeFromDescriptor()) {
+            return;
+        }
+        push();
+        if (isStale()) {
+            fill();
+        }
+        // Their widths depend on the rows.
+        pushColumns();
+    });
 }
 
-void GridViewWin32Gdi::synchronize() {
-    settle();
-    const Mirroring mirroring(*this);
-    if (initializeFromDescriptor() == Outcome::kNoSurface) {
-        return;
-    }
-    push();
-    if (isStale()) {
-        fill();
-    }
-    // Their widths depend on the rows.
-    pushColumns();
-}
-
-GridViewWin32Gdi::Outcome GridViewWin32Gdi::initializeFromDescriptor() {
+bool GridViewWin32Gdi::initializeFromDescriptor() {
     NativeGridView& grid = getAbstraction();
     initializeCommonControl(ICC_LISTVIEW_CLASSES);
-    const Outcome outcome =
-        synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
-    if (outcome == Outcome::kMade) {
+    return synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE}, [this] {
         forgetPushed();
         columns_.clear();
         markStale();
         send(LVM_SETUNICODEFORMAT, TRUE);
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
-    }
-    return outcome;
+    });
 }
 
 void GridViewWin32Gdi::push() {
@@ -110,11 +96,13 @@ void GridViewWin32Gdi::fill() {
 }
 
 void GridViewWin32Gdi::setRowCount() {
+    const Mirroring mirroring(*this);
     send(LVM_SETITEMCOUNT, getAbstraction().model().rowCount(),
          LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
+    const Mirroring mirroring(*this);
     LVITEMW item{};
     item.state = selected ? LVIS_SELECTED : 0;
     item.stateMask = LVIS_SELECTED;
@@ -149,7 +137,7 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     std::wstring caption = wanted.caption;
     LVCOLUMNW native{};
     native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | (isNew ? LVCF_SUBITEM : 0U);
-    native.fmt = formatOf(wanted.alignment);
+    native.fmt = kFormats[static_cast<std::size_t>(wanted.alignment)];
     native.cx = widthOf(column);
     native.pszText = caption.data();
     native.iSubItem = static_cast<int>(column);
@@ -221,27 +209,21 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 
 // --- Single changes -------------------------------------------------------------------------
 
-// Shown with others that come until the window's next message.
-template <class Body>
-void GridViewWin32Gdi::mirror(const wchar_t* operation, Body body) {
-    guarded(operation, [&] {
-        deferRedraw();
-        const Mirroring mirroring(*this);
-        body();
-    });
-}
+// All but mirrorRow() show what changed with others that come until the window's
+// next message.
 
-void GridViewWin32Gdi::mirrorAdded(std::size_t) {
-    mirror(L"GridViewWin32Gdi::mirrorAdded", [this] { setRowCount(); });
-}
+void GridViewWin32Gdi::mirrorAdded(std::size_t) { mirrorCleared(); }
 
 // The window moves the selection of the later rows along.
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
-    mirror(L"GridViewWin32Gdi::mirrorRemoved", [&] { send(LVM_DELETEITEM, row); });
+    deferRedraw();
+    const Mirroring mirroring(*this);
+    send(LVM_DELETEITEM, row);
 }
 
 void GridViewWin32Gdi::mirrorCleared() {
-    mirror(L"GridViewWin32Gdi::mirrorCleared", [this] { setRowCount(); });
+    deferRedraw();
+    setRowCount();
 }
 
 void GridViewWin32Gdi::mirrorRow(std::size_t row) {
@@ -250,7 +232,8 @@ void GridViewWin32Gdi::mirrorRow(std::size_t row) {
 }
 
 void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
-    mirror(L"GridViewWin32Gdi::mirrorSelected", [&] { setSelected(row, selected); });
+    deferRedraw();
+    setSelected(row, selected);
 }
 
 void GridViewWin32Gdi::mirrorAllSelected(bool selected) {
@@ -427,17 +410,11 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     }
 }
 
-int GridViewWin32Gdi::rowAt(LPARAM point, UINT parts) const {
-    LVHITTESTINFO hit{};
-    hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
-    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
-    return (hit.flags & parts) != 0 ? row : -1;
-}
-
 bool GridViewWin32Gdi::toggle(int row) {
     if (!isRow(row)) {
         return false;
     }
+    SetFocus(window());
     NativeGridView& grid = getAbstraction();
     const auto index = static_cast<std::size_t>(row);
     grid.acceptChecked(index, !grid.model().isChecked(index));
@@ -449,12 +426,10 @@ bool GridViewWin32Gdi::toggle(int row) {
 }
 
 bool GridViewWin32Gdi::toggleAt(LPARAM point) {
-    const int row = rowAt(point, LVHT_ONITEMSTATEICON);
-    if (!isRow(row)) {
-        return false;
-    }
-    SetFocus(window());
-    return toggle(row);
+    LVHITTESTINFO hit{};
+    hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
+    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
 }
 
 // With Control it is the window's, which selects the row then.

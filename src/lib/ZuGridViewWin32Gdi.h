@@ -8,25 +8,19 @@
 // done with, and reported once; then comes the click.
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "ZuItemControlWin32Gdi.h"
 #include "ZuNativeGridView.h"
 
 namespace zustd {
 
-class GridViewWin32Gdi : public GridViewImplementation, public ItemControlWin32Gdi {
+class GridViewWin32Gdi
+    : public ControlBackendWin32Gdi<GridViewImplementation, ItemControlWin32Gdi> {
 public:
-    // The window, which may be null, is the parent of a grid outside of any
-    // surface.
     explicit GridViewWin32Gdi(HWND hostWindow) noexcept
-        : ItemControlWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override;
-    bool hasNativeObject() const override { return window() != nullptr; }
     void resizeColumns() override;
     void synchronizeBitmaps() override;
 
@@ -46,20 +40,16 @@ protected:
     void reportMenuKey() override;
 
 private:
-    Outcome initializeFromDescriptor();
-    void synchronize();
+    bool initializeFromDescriptor();
     void push();
     void pushColumns();
     void pushColumn(std::size_t column, bool isNew);
     void pushWidth(std::size_t column);
     void fill();
-    template <class Body>
-    void mirror(const wchar_t* operation, Body body);
     void setRowCount();
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
     bool isRow(int index) const noexcept;
-    int rowAt(LPARAM point, UINT parts) const;
     void answerDisplay(LVITEMW& item) const;
     LRESULT find(const NMLVFINDITEMW& request) const;
     void showTooltip(NMLVGETINFOTIPW& request);

@@ -1,9 +1,6 @@
 #include "ZuItemControlWin32Gdi.h"
 
-#include <algorithm>
-
 #include "ZuBitmapWin32Gdi.h"
-#include "ZuColorWin32Gdi.h"
 #include "ZuWindowService.h"
 // Behind the wrapper.
 #include <uxtheme.h>
@@ -173,8 +170,8 @@ void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontD
                         colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
     bool changed = colors_ != colors;
     if (changed) {
-        send(look.setTextColor, 0, static_cast<LPARAM>(colors.text));
-        send(look.setBackground, 0, static_cast<LPARAM>(colors.background));
+        send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));
+        send(look.setBackground, 0, static_cast<LPARAM>(colors[1]));
         colors_ = colors;
     }
     if (updateImages(bitmaps)) {
@@ -197,12 +194,12 @@ bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor) {
     if (descriptor != nullptr) {
         wanted = {descriptor->identifiers(), descriptor->size(), control().scale(1.0)};
     }
-    if (request_ != wanted) {
-        images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
-        request_ = std::move(wanted);
-        imagesPushed_ = false;
+    if (request_ == wanted) {
+        return false;
     }
-    return !std::exchange(imagesPushed_, true);
+    images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
+    request_ = std::move(wanted);
+    return true;
 }
 
 ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& descriptor) const {
@@ -225,7 +222,7 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
 bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
     CheckRequest wanted;
     if (show) {
-        wanted = {true, std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
+        wanted = {std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
                   colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
                   GetSysColor(COLOR_WINDOWTEXT)};
     }
@@ -255,7 +252,7 @@ bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
 
 void ItemControlWin32Gdi::forgetPushed() noexcept {
     colors_.reset();
-    imagesPushed_ = false;
+    request_.reset();
     checkRequest_.reset();
     burst_ = 0;
 }
@@ -263,7 +260,6 @@ void ItemControlWin32Gdi::forgetPushed() noexcept {
 void ItemControlWin32Gdi::releaseItems() noexcept {
     destroyWindow();
     forgetPushed();
-    request_.reset();
     images_.reset();
     checkImages_.reset();
 }

@@ -8,14 +8,9 @@
 // theme, which the control shows as an item's state.
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <vector>
 
-#include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
-#include "ZuScope.h"
-#include "ZuWindows.h"
 
 // Needs windows.h before it.
 #include <commctrl.h>
@@ -103,12 +98,8 @@ protected:
     void releaseItems() noexcept;
 
 private:
-    struct Colors {
-        COLORREF text;
-        COLORREF background;
-
-        friend bool operator==(const Colors&, const Colors&) = default;
-    };
+    // Text and background.
+    using Colors = std::array<COLORREF, 2>;
 
     struct ImageRequest {
         std::vector<std::uint64_t> identifiers;
@@ -118,9 +109,8 @@ private:
         friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
     };
 
-    // What the pictures of a check box depend on.
+    // What the pictures of a check box depend on; no extent where none are wanted.
     struct CheckRequest {
-        bool wanted = false;
         std::int32_t extent = 0;
         COLORREF background = 0;
         COLORREF mark = 0;
@@ -139,7 +129,6 @@ private:
     std::size_t burst_ = 0;
     std::optional<Colors> colors_;
     std::optional<ImageRequest> request_;
-    bool imagesPushed_ = false;
     ImageListHandle images_;
     bool hasCheckBoxes_ = false;
     std::optional<CheckRequest> checkRequest_;

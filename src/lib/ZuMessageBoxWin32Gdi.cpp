@@ -1,14 +1,8 @@
 #include "ZuMessageBoxWin32Gdi.h"
 
-#include <algorithm>
-#include <cstring>
-
-#include "ZuColorWin32Gdi.h"
 #include "ZuDialogWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
-#include "ZuNativeDialog.h"
-#include "ZuWindowHandlerWin32Gdi.h"
 
 namespace zustd {
 
@@ -18,13 +12,6 @@ namespace {
 constexpr UINT_PTR kTextIdentifier = 0xFFFF;
 // More than any screen shows of a title.
 constexpr std::size_t kMostLetters = 20000;
-
-NONCLIENTMETRICSW frameMetrics() noexcept {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof(metrics);
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-    return metrics;
-}
 
 class MessageIcon : public Control {
 public:
@@ -89,7 +76,7 @@ bool MessageBoxWin32Gdi::build() {
 // The system's message font has its size in pixels.
 FontStyle MessageBoxWin32Gdi::messageFont() const {
     FontStyle style;
-    const int pixels = std::abs(frameMetrics().lfMessageFont.lfHeight);
+    const int pixels = std::abs(windowMetrics().lfMessageFont.lfHeight);
     const int points = MulDiv(pixels, 72, GetDeviceCaps(measuringContext(), LOGPIXELSY));
     style.size = points > 0 ? points : style.size;
     return style;
@@ -111,7 +98,7 @@ std::shared_ptr<Control> MessageBoxWin32Gdi::makeIcon(std::uint32_t style) const
 }
 
 std::int32_t MessageBoxWin32Gdi::titleWidth(const std::wstring& title) const {
-    const NONCLIENTMETRICSW metrics = frameMetrics();
+    const NONCLIENTMETRICSW metrics = windowMetrics();
     const FontHandle font(CreateFontIndirectW(&metrics.lfCaptionFont));
     const HDC context = measuringContext();
     const SelectedObject selected(context, font.get());

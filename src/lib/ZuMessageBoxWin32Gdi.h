@@ -6,9 +6,6 @@
 // whose buttons bear their answers as identifiers.
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "ZuMessageBoxView.h"
 #include "ZuWindowService.h"
 

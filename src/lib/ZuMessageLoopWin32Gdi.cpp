@@ -1,8 +1,5 @@
 #include "ZuMessageLoopWin32Gdi.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "ZuAccessKeys.h"
 #include "ZuNativeDialog.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -112,8 +109,7 @@ bool handleNextMessage(MSG& message) {
     return true;
 }
 
-ModalSession::ModalSession(HWND owner)
-    : outer_(innermostSession), owner_(owner), thread_(GetCurrentThreadId()) {
+ModalSession::ModalSession(HWND owner) : outer_(innermostSession), owner_(owner) {
     innermostSession = this;
     if (owner_ == nullptr) {
         return;
@@ -160,7 +156,7 @@ void ModalSession::end(int result) noexcept {
         EnableWindow(owner_, TRUE);
     }
     // The loop may be waiting.
-    PostThreadMessageW(thread_, WM_NULL, 0, 0);
+    PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
 }
 
 // Not const: what it handles ends the session.

@@ -46,7 +46,6 @@ private:
     ModalSession* outer_;
     HWND owner_;
     HWND dialog_ = nullptr;
-    DWORD thread_;
     bool disabledOwner_ = false;
     bool ended_ = false;
     int result_ = 0;

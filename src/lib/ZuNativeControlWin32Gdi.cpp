@@ -3,9 +3,6 @@
 #include <commctrl.h>
 #include <windowsx.h>
 
-#include <new>
-#include <utility>
-
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -22,8 +19,6 @@ InputRouter* routerOf(Control& control) noexcept {
     Control* surface = control.surface();
     return surface != nullptr ? surface->inputRouter() : nullptr;
 }
-
-bool isKeyMessage(UINT id) noexcept { return id == WM_KEYDOWN || id == WM_SYSKEYDOWN; }
 
 }  // namespace
 
@@ -64,9 +59,8 @@ std::uint32_t heldModifiers() noexcept {
 
 NativeControlWin32Gdi::~NativeControlWin32Gdi() { destroyWindow(); }
 
-NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control& control,
-                                                                        const Shape& shape,
-                                                                        bool anew) {
+bool NativeControlWin32Gdi::synchronizeWindow(Control& control, const Shape& shape,
+                                              const std::function<void()>& onMade, bool anew) {
     control_ = &control;
     const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
@@ -74,7 +68,7 @@ NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control&
         destroyWindow();
     }
     if (parent == nullptr) {
-        return Outcome::kNoSurface;
+        return false;
     }
     const bool isNew = window() == nullptr;
     if (isNew) {
@@ -85,7 +79,10 @@ NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control&
     if (isNew && hadFocus && IsWindowVisible(window()) && IsWindowEnabled(window())) {
         SetFocus(window());
     }
-    return isNew ? Outcome::kMade : Outcome::kKept;
+    if (isNew && onMade) {
+        onMade();
+    }
+    return true;
 }
 
 bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
@@ -157,13 +154,6 @@ void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor
     }
 }
 
-void NativeControlWin32Gdi::synchronizeText(const std::wstring& text) {
-    if (text != text_) {
-        SetWindowTextW(window(), text.c_str());
-        text_ = text;
-    }
-}
-
 void NativeControlWin32Gdi::destroyWindow() noexcept {
     part_.detach();
     if (const HWND window = attachment_.window()) {
@@ -214,12 +204,17 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
     switch (message.id) {
         case WM_NCDESTROY:
             return false;
-        case WM_GETDLGCODE:
-            if (fitsDialogCode(message)) {
+        case WM_GETDLGCODE: {
+            // In a dialog's message loop: the keys that the surface gets come here
+            // first, since the input router knows drawn controls and the dialog does not.
+            const auto* asked = reinterpret_cast<const MSG*>(message.extra);
+            if (asked != nullptr &&
+                (asked->message == WM_KEYDOWN || asked->message == WM_SYSKEYDOWN)) {
                 result = answerByDefault(message) | DLGC_WANTMESSAGE;
                 return true;
             }
             break;
+        }
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
             reportFocus(message);
@@ -268,13 +263,6 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
         result = background_.answer(context, background);
     }
     return true;
-}
-
-// In a dialog's message loop: the keys that the surface gets come here first,
-// since the input router knows drawn controls and the dialog does not.
-bool NativeControlWin32Gdi::fitsDialogCode(const WindowMessage& message) const {
-    const auto* asked = reinterpret_cast<const MSG*>(message.extra);
-    return asked != nullptr && isKeyMessage(asked->message);
 }
 
 void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {

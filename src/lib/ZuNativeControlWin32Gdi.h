@@ -12,18 +12,12 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "ZuColorWin32Gdi.h"
 #include "ZuControl.h"
 #include "ZuFont.h"
-#include "ZuHandleWin32Gdi.h"
 #include "ZuMessageDispatchWin32Gdi.h"
 #include "ZuScope.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -60,22 +54,22 @@ protected:
 
         friend bool operator==(const Shape&, const Shape&) = default;
     };
-    enum class Outcome { kNoSurface, kKept, kMade };
 
-    // Outside of a surface the control becomes a child of the host's window,
-    // which may be null. The name is that of handleMultiWindowMessage in the
-    // derived class; it is not copied.
+    // The name is that of handleMultiWindowMessage in the derived class; it is not
+    // copied.
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
     // Makes the window if need be, also when another one is wanted anew, and
-    // pushes place, visibility and enabled state. After kMade the derived backend
-    // pushes everything that it has; after kNoSurface there is no window. Throws
-    // SystemException when the system refuses a window.
-    Outcome synchronizeWindow(Control& control, const Shape& shape, bool anew = false);
+    // pushes place, visibility and enabled state. A window that was made is told
+    // of, for it has nothing of what the derived backend has pushed. False where
+    // there is none; throws SystemException when the system refuses it.
+    bool synchronizeWindow(Control& control, const Shape& shape,
+                           const std::function<void()>& onMade = {}, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
-    void synchronizeText(const std::wstring& text);
+    // Whether the window has not been given this text, which it gets now.
+    bool isNewText(const std::wstring& text) { return std::exchange(text_, text) != text; }
     // While the result lives, a window that is destroyed only disappears; it goes
     // at the end of the outermost one. It would not survive its end in the middle
     // of a message. The control lives longer than the window's message.
@@ -136,7 +130,6 @@ private:
     void reportHover(const WindowMessage& message);
     void reportFocus(const WindowMessage& message);
     bool routeUnusedKey(const WindowMessage& message);
-    bool fitsDialogCode(const WindowMessage& message) const;
 
     WindowAttachment attachment_;
     WindowAttachment part_;
@@ -157,6 +150,18 @@ private:
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;
+};
+
+// The backend of a kind of native control from its portable part. Outside of a
+// surface the control becomes a child of the host's window, which may be null.
+template <class Portable, class Native = NativeControlWin32Gdi>
+class ControlBackendWin32Gdi : public Portable, public Native {
+public:
+    void releaseNativeObject() override { Native::destroyWindow(); }
+    bool hasNativeObject() const override { return Native::window() != nullptr; }
+
+protected:
+    using Native::Native;
 };
 
 }  // namespace zustd

@@ -7,9 +7,7 @@
 // nobody and is dropped.
 #pragma once
 
-#include <cstdint>
 #include <map>
-#include <memory>
 
 #include "ZuHandleWin32Gdi.h"
 #include "ZuTimer.h"
@@ -47,7 +45,7 @@ class TimerWin32Gdi : public Implementation<Timer, ITimerImpl> {
 public:
     explicit TimerWin32Gdi(std::shared_ptr<TimerWindowWin32Gdi> window) noexcept
         : window_(std::move(window)) {}
-    ~TimerWin32Gdi() override { end(); }
+    ~TimerWin32Gdi() override { TimerWin32Gdi::stop(); }
 
     bool start() override;
     void stop() override;
@@ -58,8 +56,6 @@ public:
     bool isRepeating() const override { return repeating_; }
 
 private:
-    void end() noexcept;
-
     static constexpr std::uint32_t kDefaultInterval = 1000;
 
     std::shared_ptr<TimerWindowWin32Gdi> window_;

@@ -4,7 +4,6 @@
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuResourceService.h"
-#include "ZuScope.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -18,17 +17,6 @@ Size frameSizeOf(HWND window) noexcept {
     const Size outer = windowRect(window).size();
     const Size client = clientSizeOf(window);
     return {outer.width - client.width, outer.height - client.height};
-}
-
-Color backgroundOf(const Control& control) noexcept {
-    const Color color = control.color(ColorRole::kBackground);
-    return color.isSet ? color : systemColor(COLOR_BTNFACE);
-}
-
-// Which drawn control a native widget lies on, for its colours.
-const Control& holderOf(Control& surface, HWND window, HWND child) noexcept {
-    const Control* found = surface.controlAt(windowRect(child, window).position());
-    return found != nullptr ? *found : surface;
 }
 
 }  // namespace
@@ -85,19 +73,14 @@ HWND WindowHandlerWin32Gdi::creatorWindow() const {
 
 // --- The window's life ----------------------------------------------------------------------
 
-void WindowHandlerWin32Gdi::attach(HWND window, LPARAM handler) noexcept {
-    SetWindowLongPtrW(window, GWLP_USERDATA, handler);
-}
-
 void WindowHandlerWin32Gdi::adopt(HWND window) {
     window_ = window;
     size_ = clientSizeOf(window);
     caption_.clear();
     enabled_ = true;
     SetPropW(window, kHandlerProperty, this);
-    if (WindowServiceWin32Gdi* backend = windowServiceBackend(services_.window.get())) {
-        backend->connect(window);
-    }
+    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    windowServiceBackend(services_.window.get())->connect(window);
     if (const auto resources = surface().getService<ResourceService>()) {
         languageListener_ = std::make_shared<LanguageListener>(surface());
         resources->connect(languageListener_, true);
@@ -106,12 +89,10 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
 
 // The window itself may go on for a while, or has come to its end.
 void WindowHandlerWin32Gdi::forgetWindow() noexcept {
-    attach(window_, 0);
+    SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
     RemovePropW(window_, kHandlerProperty);
     window_ = nullptr;
-    if (WindowServiceWin32Gdi* backend = windowServiceBackend(services_.window.get())) {
-        backend->connect(nullptr);
-    }
+    windowServiceBackend(services_.window.get())->connect(nullptr);
     languageListener_.reset();
     blocked_ = false;
     tracksLeaving_ = false;
@@ -134,10 +115,6 @@ bool WindowHandlerWin32Gdi::deliver(const WindowMessage& message, LRESULT& resul
 
 LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WPARAM wide,
                                                         LPARAM extra) noexcept {
-    if (id == WM_NCCREATE) {
-        const auto& creation = *reinterpret_cast<const CREATESTRUCTW*>(extra);
-        attach(window, reinterpret_cast<LPARAM>(creation.lpCreateParams));
-    }
     LRESULT result = 0;
     return deliver({window, id, wide, extra}, result) ? result
                                                       : DefWindowProcW(window, id, wide, extra);
@@ -145,10 +122,6 @@ LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WP
 
 INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WPARAM wide,
                                                         LPARAM extra) noexcept {
-    if (id == WM_INITDIALOG) {
-        attach(window, extra);
-        return FALSE;
-    }
     LRESULT result = 0;
     if (!deliver({window, id, wide, extra}, result)) {
         return FALSE;
@@ -162,10 +135,6 @@ INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WP
 }
 
 bool WindowHandlerWin32Gdi::handle(const WindowMessage& message, LRESULT& result) noexcept {
-    // Messages of the window's making come before it is adopted.
-    if (message.window != window_) {
-        return false;
-    }
     // Whoever hears of it may drop the surface.
     const std::shared_ptr<Control> alive = sharedReference<Control>(&surface());
     return guarded(operation_, false, [&] { return dispatch(message, result); });
@@ -336,7 +305,8 @@ void WindowHandlerWin32Gdi::paint(HDC context, const Rect& area) {
         graphics.beginBufferedPaint(area);
         const ScopeExit buffered(
             [&]() noexcept { guarded(operation_, [&] { graphics.endBufferedPaint(); }); });
-        graphics.drawRectangle(area, backgroundOf(surface()));
+        const Color background = surface().color(ColorRole::kBackground);
+        graphics.drawRectangle(area, background.isSet ? background : systemColor(COLOR_BTNFACE));
         surface().drawAsRoot(graphics);
     });
     if (!missedArea_.isEmpty()) {
@@ -345,7 +315,10 @@ void WindowHandlerWin32Gdi::paint(HDC context, const Rect& area) {
 }
 
 bool WindowHandlerWin32Gdi::colorControl(const WindowMessage& message, LRESULT& result) {
-    const Control& holder = holderOf(surface(), window_, reinterpret_cast<HWND>(message.extra));
+    // The drawn control that the native widget lies on.
+    const auto child = reinterpret_cast<HWND>(message.extra);
+    const Control* found = surface().controlAt(windowRect(child, window_).position());
+    const Control& holder = found != nullptr ? *found : surface();
     const Color background = holder.color(ColorRole::kBackground);
     if (!background.isSet) {
         return false;

@@ -12,13 +12,9 @@
 // and a window that goes on its own, with its parent, is forgotten.
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "ZuColorWin32Gdi.h"
 #include "ZuControl.h"
 #include "ZuMessageDispatchWin32Gdi.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -81,7 +77,7 @@ protected:
     HWND creatorWindow() const;
 
     // Takes over a window that was just made; its procedure is already the one
-    // below, with this handler as its parameter.
+    // below, to which the messages of its making mean nothing.
     void adopt(HWND window);
     void destroyWindow() noexcept;
     // Pushes what differs from what was pushed last.
@@ -108,7 +104,6 @@ protected:
 private:
     class LanguageListener;
 
-    static void attach(HWND window, LPARAM handler) noexcept;
     static bool deliver(const WindowMessage& message, LRESULT& result) noexcept;
     void forgetWindow() noexcept;
     bool handle(const WindowMessage& message, LRESULT& result) noexcept;
@@ -119,7 +114,6 @@ private:
     bool handleWheel(const MouseEvent& event) const;
     bool handleKey(const WindowMessage& message, LRESULT& result);
     bool handleFocus(const WindowMessage& message);
-    bool setPointer(const WindowMessage& message);
     void applyLimits(MINMAXINFO& limits) const;
     void paintWindow();
     void paint(HDC context, const Rect& area);

@@ -3,12 +3,9 @@
 #include <cderr.h>
 #include <commdlg.h>
 
-#include <array>
 #include <atomic>
 
 #include "ZuBitmapWin32Gdi.h"
-#include "ZuControl.h"
-#include "ZuDrawingCacheWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuLateLoading.h"
@@ -60,13 +57,72 @@ struct BitmapKey {
     friend bool operator==(const BitmapKey&, const BitmapKey&) = default;
 };
 
+// A cache of fonts or bitmaps that lets go of what nobody uses.
+//
+// The entries stand in the order of their last use. The first kMostHeld hold
+// their objects; behind them an object is only known as long as somebody else
+// holds it. So an object that is in use is never made twice, and the number of
+// those that are kept for nobody is bounded.
+template <class Key, class T>
+class DrawingCache {
+public:
+    static constexpr std::size_t kMostHeld = 64;
+
+    // The object for a key, made by make() when there is none. A null that
+    // make() returns is not kept.
+    template <class Make>
+    std::shared_ptr<T> find(const Key& key, Make&& make) {
+        const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                        [&key](const Entry& entry) { return entry.key == key; });
+        std::shared_ptr<T> object;
+        if (found != entries_.end()) {
+            object = found->known.lock();
+        }
+        if (object) {
+            std::rotate(entries_.begin(), found, found + 1);
+        } else {
+            object = make();
+            if (!object) {
+                return object;
+            }
+            // make() may have asked this cache for something else.
+            std::erase_if(entries_, [&key](const Entry& entry) { return entry.key == key; });
+            entries_.insert(entries_.begin(), Entry{key, nullptr, object});
+        }
+        entries_.front().held = object;
+        trim();
+        return object;
+    }
+
+    // Those in use live on with their users, and are made anew for others.
+    void clear() noexcept { entries_.clear(); }
+
+private:
+    struct Entry {
+        Key key;
+        std::shared_ptr<T> held;
+        std::weak_ptr<T> known;
+    };
+
+    void trim() {
+        for (std::size_t i = kMostHeld; i < entries_.size(); ++i) {
+            entries_[i].held.reset();
+        }
+        if (entries_.size() > kMostHeld) {
+            std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
+        }
+    }
+
+    std::vector<Entry> entries_;
+};
+
 auto& fontCache() {
-    static DrawingCacheWin32Gdi<FontStyle, Font> cache;
+    static DrawingCache<FontStyle, Font> cache;
     return cache;
 }
 
 auto& bitmapCache() {
-    static DrawingCacheWin32Gdi<BitmapKey, Bitmap> cache;
+    static DrawingCache<BitmapKey, Bitmap> cache;
     return cache;
 }
 
@@ -103,11 +159,7 @@ void WindowServiceWin32Gdi::invalidate(const Rect& area) {
     }
 }
 
-void WindowServiceWin32Gdi::updateWindow() {
-    if (window_ != nullptr) {
-        UpdateWindow(window_);
-    }
-}
+void WindowServiceWin32Gdi::updateWindow() { UpdateWindow(window_); }
 
 void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
     cursor_ = cursor;
@@ -119,9 +171,7 @@ Point WindowServiceWin32Gdi::getMousePosition() const {
     if (!GetCursorPos(&place)) {
         return {};
     }
-    if (window_ != nullptr) {
-        ScreenToClient(window_, &place);
-    }
+    ScreenToClient(window_, &place);
     return {place.x, place.y};
 }
 
@@ -180,9 +230,7 @@ Rect WindowServiceWin32Gdi::getWorkArea() const { return workAreaAround(window_)
 
 Point WindowServiceWin32Gdi::getClientPosition() const {
     POINT place{};
-    if (window_ != nullptr) {
-        ClientToScreen(window_, &place);
-    }
+    ClientToScreen(window_, &place);
     return {place.x, place.y};
 }
 
@@ -195,7 +243,7 @@ void WindowServiceWin32Gdi::closeWindow() {
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
     if (WindowHandlerWin32Gdi* surface = handler()) {
         surface->setTakesInput(enable);
-    } else if (window_ != nullptr) {
+    } else {
         EnableWindow(window_, enable ? TRUE : FALSE);
     }
 }
@@ -204,7 +252,7 @@ void WindowServiceWin32Gdi::hideWindow() {
     guarded(L"WindowServiceWin32Gdi::hideWindow", [this] {
         if (WindowHandlerWin32Gdi* surface = handler()) {
             surface->setShown(false);
-        } else if (window_ != nullptr) {
+        } else {
             ShowWindow(window_, SW_HIDE);
         }
     });
@@ -240,9 +288,7 @@ void WindowServiceWin32Gdi::showWindow() {
         if (WindowHandlerWin32Gdi* surface = handler()) {
             surface->setShown(true);
         }
-        if (window_ != nullptr) {
-            ShowWindow(window_, SW_SHOW);
-        }
+        ShowWindow(window_, SW_SHOW);
     });
 }
 

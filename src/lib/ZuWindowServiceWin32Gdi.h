@@ -1,13 +1,8 @@
 // The Windows half of a window service.
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "ZuHandleWin32Gdi.h"
 #include "ZuWindowService.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
