@@ -74,12 +74,6 @@ ApplicationServiceWin32Gdi::ApplicationServiceWin32Gdi()
     ZU_ASSERT_AS(preferences_, L"preferences_", ZU_LINE(322));
 }
 
-ApplicationServiceWin32Gdi::~ApplicationServiceWin32Gdi() {
-    if (hookedService == this) {
-        hookedService = nullptr;
-    }
-}
-
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowService(
     bool allowForeground) {
     constexpr const wchar_t* kOperation = L"ApplicationServiceWin32Gdi::createActiveWindowService";
@@ -153,12 +147,10 @@ std::wstring ApplicationServiceWin32Gdi::getMachineSid() const {
         DWORD sidSize = kNameBuffer;
         DWORD domainSize = kNameBuffer;
         SID_NAME_USE use{};
-        if (!LookupAccountNameW(nullptr, computer.c_str(), sid.data(), &sidSize, domain.data(),
-                                &domainSize, &use)) {
-            return {};
-        }
         wchar_t* text = nullptr;
-        if (!ConvertSidToStringSidW(sid.data(), &text)) {
+        if (!LookupAccountNameW(nullptr, computer.c_str(), sid.data(), &sidSize, domain.data(),
+                                &domainSize, &use) ||
+            !ConvertSidToStringSidW(sid.data(), &text)) {
             return {};
         }
         const LocalMemory owner(text);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "ZuBitmap.h"
+#include "ZuHandleWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeControlWin32Gdi.h"
 

@@ -1,7 +1,6 @@
 #include "ZuFontWin32Gdi.h"
 
 #include <cmath>
-#include <cwchar>
 
 namespace zustd {
 

@@ -65,11 +65,8 @@ std::int32_t aligned(TextAlignment alignment, std::int32_t first, std::int32_t r
                                                  : first;
 }
 
-UINT horizontalFlag(TextAlignment alignment) noexcept {
-    return alignment == TextAlignment::kEnd      ? DT_RIGHT
-           : alignment == TextAlignment::kCentre ? DT_CENTER
-                                                 : DT_LEFT;
-}
+// In the order of TextAlignment.
+constexpr std::array<UINT, 3> kHorizontalFlags = {DT_LEFT, DT_RIGHT, DT_CENTER};
 
 }  // namespace
 
@@ -132,7 +129,7 @@ void GraphicsServiceWin32Gdi::drawGradient(const Rect& area, Color from, Color t
 }
 
 void GraphicsServiceWin32Gdi::drawBitmap(const Bitmap& bitmap, Point place, double alpha) {
-    drawStretchedBitmap(bitmap, Rect::at(place, bitmapBackend(bitmap).imageSize()), alpha);
+    drawStretchedBitmap(bitmap, Rect::at(place, bitmapBackend(bitmap).image().size), alpha);
 }
 
 void GraphicsServiceWin32Gdi::drawStretchedBitmap(const Bitmap& bitmap, const Rect& area,
@@ -143,7 +140,7 @@ void GraphicsServiceWin32Gdi::drawStretchedBitmap(const Bitmap& bitmap, const Re
     if (backend.handle() == nullptr || area.isEmpty()) {
         return;
     }
-    const Size image = backend.imageSize();
+    const Size image = backend.image().size;
     const Rect target = cut(area);
     const MemoryDeviceContext source(CreateCompatibleDC(context));
     const SelectedObject selected(source.get(), backend.handle());
@@ -224,10 +221,9 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area,
     const SelectedObject selected(context, backend.handle());
     SetTextColor(context, nativeColor(color));
     const std::int32_t lineHeight = backend.lineHeight();
-    UINT flags = horizontalFlag(format.horizontal) | (format.accelerators ? 0 : DT_NOPREFIX);
-    if (format.wordWrap) {
-        flags |= kWrapped;
-    }
+    UINT flags = kHorizontalFlags[static_cast<std::size_t>(format.horizontal)] |
+                 (format.accelerators ? 0 : DT_NOPREFIX);
+    flags |= format.wordWrap ? kWrapped : 0;
     Rect used = area;
     if (format.vertical != TextAlignment::kStart) {
         const std::int32_t height =
@@ -328,20 +324,10 @@ void GraphicsServiceWin32Gdi::setClippingArea(const Rect& area) {
     applyClip();
 }
 
-void GraphicsServiceWin32Gdi::clearClippingArea() {
-    Layer& layer = top();
-    layer.clips.back() = layer.area;
-    applyClip();
-}
-
 void GraphicsServiceWin32Gdi::setPen(Color color, std::int32_t width) {
     ZU_ASSERT(width > 0);
     penColor_ = color;
     penWidth_ = std::min(width, kWidestPen);
-}
-
-Rect GraphicsServiceWin32Gdi::getDrawArea() const {
-    return layers_.empty() ? Rect{} : layers_.front().area;
 }
 
 GraphicsServiceWin32Gdi::Layer& GraphicsServiceWin32Gdi::top() {

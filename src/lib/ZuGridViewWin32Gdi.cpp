@@ -17,7 +17,7 @@ constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LV
 // Left and right of a text, at a scaling factor of 1.
 constexpr std::int32_t kCellPadding = 12;
 constexpr std::int32_t kCheckBoxSpace = 20;
-constexpr int kAllRows = -1;
+constexpr auto kAllRows = static_cast<std::size_t>(-1);
 
 DWORD styleOf(const NativeGridView& grid) noexcept {
     return kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
@@ -81,11 +81,10 @@ void GridViewWin32Gdi::fill() {
     const GridModel& model = getAbstraction().model();
     setRowCount();
     if (ListView_GetSelectedCount(window()) != 0) {
-        setSelected(static_cast<std::size_t>(kAllRows), false);
+        setSelected(kAllRows, false);
     }
     if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
-        setSelected(getAbstraction().isMultiSelect() ? static_cast<std::size_t>(kAllRows) : 0,
-                    true);
+        setSelected(getAbstraction().isMultiSelect() ? kAllRows : 0, true);
     } else {
         // Ascending, so that the window appends to what it has.
         for (const std::size_t row : model.selectedRows()) {
@@ -146,11 +145,8 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     if (isNew ? done < 0 : done == FALSE) {
         throwSystemException(L"Could not set column", ZU_HERE);
     }
-    if (isNew) {
-        columns_.push_back(wanted);
-    } else {
-        columns_[column] = wanted;
-    }
+    columns_.resize(std::max(columns_.size(), column + 1));
+    columns_[column] = wanted;
 }
 
 void GridViewWin32Gdi::pushWidth(std::size_t column) {
@@ -212,8 +208,6 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 // All but mirrorRow() show what changed with others that come until the window's
 // next message.
 
-void GridViewWin32Gdi::mirrorAdded(std::size_t) { mirrorCleared(); }
-
 // The window moves the selection of the later rows along.
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
     deferRedraw();
@@ -236,9 +230,7 @@ void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
     setSelected(row, selected);
 }
 
-void GridViewWin32Gdi::mirrorAllSelected(bool selected) {
-    mirrorSelected(static_cast<std::size_t>(kAllRows), selected);
-}
+void GridViewWin32Gdi::mirrorAllSelected(bool selected) { mirrorSelected(kAllRows, selected); }
 
 // --- What the window asks -------------------------------------------------------------------
 
@@ -332,9 +324,13 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         }
         case NM_CLICK:
         case NM_DBLCLK:
-        case NM_RCLICK:
-            noteClick(*reinterpret_cast<const NMITEMACTIVATE*>(header));
+        case NM_RCLICK: {
+            const int row = reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem;
+            const std::wstring key =
+                isRow(row) ? getAbstraction().model().key(static_cast<std::size_t>(row)) : L"";
+            click_ = Click{header->code == NM_RCLICK, key};
             return true;
+        }
         default:
             return false;
     }
@@ -345,31 +341,11 @@ void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT new
         return;
     }
     const bool selected = (newState & LVIS_SELECTED) != 0;
-    if (from == kAllRows) {
+    if (from == -1) {
         getAbstraction().acceptSelected(0, kNullSize, selected);
     } else if (isRow(from) && to >= from) {
         getAbstraction().acceptSelected(static_cast<std::size_t>(from),
                                         static_cast<std::size_t>(to), selected);
-    }
-}
-
-void GridViewWin32Gdi::noteClick(const NMITEMACTIVATE& click) {
-    const bool right = click.hdr.code == NM_RCLICK;
-    const auto row = static_cast<std::size_t>(click.iItem);
-    click_ = Click{right, isRow(click.iItem) ? getAbstraction().model().key(row) : L""};
-}
-
-// The button selected the row before, and who heard of that may have moved or
-// removed it.
-void GridViewWin32Gdi::reportClick() {
-    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
-        NativeGridView& grid = getAbstraction();
-        const std::size_t row = grid.model().findRow(click->key);
-        if (click->right) {
-            grid.acceptRightClick(row);
-        } else {
-            grid.acceptLeftClick(row);
-        }
     }
 }
 
@@ -439,7 +415,7 @@ bool GridViewWin32Gdi::toggleFocused() {
 
 // -1 for none.
 int GridViewWin32Gdi::focusedRow() const noexcept {
-    return static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(kAllRows), LVNI_FOCUSED));
+    return static_cast<int>(send(LVM_GETNEXTITEM, kAllRows, LVNI_FOCUSED));
 }
 
 void GridViewWin32Gdi::reportMenuKey() {
@@ -453,8 +429,18 @@ bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {
 }
 
 void GridViewWin32Gdi::reportActions() {
-    getAbstraction().acceptSelectionDone();
-    reportClick();
+    NativeGridView& grid = getAbstraction();
+    grid.acceptSelectionDone();
+    // The button selected the row before, and who heard of that may have moved or
+    // removed it.
+    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
+        const std::size_t row = grid.model().findRow(click->key);
+        if (click->right) {
+            grid.acceptRightClick(row);
+        } else {
+            grid.acceptLeftClick(row);
+        }
+    }
 }
 
 }  // namespace zustd

@@ -1,11 +1,10 @@
 // The Windows half of a grid: a SysListView32 in report mode that asks the
 // model for what it shows.
 //
-// The window knows the number of rows and which of them are selected, nothing
-// else; texts, images and check boxes are read from the model when they are
-// shown, so that filling costs the same for any number of rows. The user's
-// changes of the selection are collected until the message that caused them is
-// done with, and reported once; then comes the click.
+// The window knows the number of rows and which of them are selected, nothing else,
+// so that filling costs the same for any number of rows. The user's changes of the
+// selection are collected until the message that caused them is done with, and
+// reported once; then comes the click.
 #pragma once
 
 #include "ZuItemControlWin32Gdi.h"
@@ -25,7 +24,7 @@ public:
     void synchronizeBitmaps() override;
 
 protected:
-    void mirrorAdded(std::size_t row) override;
+    void mirrorAdded(std::size_t) override { mirrorCleared(); }
     void mirrorRemoved(std::size_t row) override;
     void mirrorCleared() override;
     void mirrorRow(std::size_t row) override;
@@ -55,8 +54,6 @@ private:
     void showTooltip(NMLVGETINFOTIPW& request);
     void acceptSelection(int from, int to, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
-    void noteClick(const NMITEMACTIVATE& click);
-    void reportClick();
     bool toggle(int row);
     int focusedRow() const noexcept;
 

@@ -53,7 +53,6 @@ using WindowHandle = Handle<NullHandleTraits<HWND, &DestroyWindow>>;
 // --- Drawing ------------------------------------------------------------------
 
 using FontHandle = Handle<NullHandleTraits<HFONT, &DeleteObject>>;
-using BrushHandle = Handle<NullHandleTraits<HBRUSH, &DeleteObject>>;
 using PenHandle = Handle<NullHandleTraits<HPEN, &DeleteObject>>;
 using BitmapHandle = Handle<NullHandleTraits<HBITMAP, &DeleteObject>>;
 using IconHandle = Handle<NullHandleTraits<HICON, &DestroyIcon>>;

@@ -41,21 +41,17 @@ void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF backgr
     const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
     const SelectedObject selected(context.get(), image.handle.get());
     const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
-    SIZE size{extent - 2 * kCheckMargin, extent - 2 * kCheckMargin};
-    if (theme != nullptr) {
-        SIZE own = size;
-        GetThemePartSize(theme, context.get(), BP_CHECKBOX, state, nullptr, TS_DRAW, &own);
-        size = {std::min(own.cx, size.cx), std::min(own.cy, size.cy)};
-    }
+    const LONG room = extent - 2 * kCheckMargin;
+    SIZE size{room, room};
+    // Without a theme nothing is said, and nothing drawn.
+    GetThemePartSize(theme, context.get(), BP_CHECKBOX, state, nullptr, TS_DRAW, &size);
+    size = {std::min(size.cx, room), std::min(size.cy, room)};
     const POINT corner{(extent - size.cx) / 2, (extent - size.cy) / 2};
-    const RECT box{corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
-    if (theme != nullptr) {
-        SetDCBrushColor(context.get(), background);
-        FillRect(context.get(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        DrawThemeBackground(theme, context.get(), BP_CHECKBOX, state, &box, nullptr);
-    } else {
-        RECT plain = box;
-        DrawFrameControl(context.get(), &plain, DFC_BUTTON,
+    RECT box{corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
+    SetDCBrushColor(context.get(), background);
+    FillRect(context.get(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    if (FAILED(DrawThemeBackground(theme, context.get(), BP_CHECKBOX, state, &box, nullptr))) {
+        DrawFrameControl(context.get(), &box, DFC_BUTTON,
                          DFCS_BUTTONCHECK | DFCS_FLAT | (checked ? UINT{DFCS_CHECKED} : 0U));
     }
     GdiFlush();
@@ -73,18 +69,6 @@ COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexce
 }
 
 }  // namespace
-
-ItemControlWin32Gdi::~ItemControlWin32Gdi() { releaseItems(); }
-
-ItemControlWin32Gdi::BulkMirroring::BulkMirroring(ItemControlWin32Gdi& control) noexcept
-    : control_(control), mirroring_(control) {
-    control_.send(WM_SETREDRAW, FALSE);
-}
-
-ItemControlWin32Gdi::BulkMirroring::~BulkMirroring() {
-    control_.burst_ = 0;
-    control_.resumeRedraw();
-}
 
 void ItemControlWin32Gdi::resumeRedraw() noexcept {
     if (window() == nullptr) {
@@ -117,14 +101,6 @@ void ItemControlWin32Gdi::settle() noexcept {
     }
 }
 
-bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept {
-    {
-        const auto untilAnswered = answering();
-        result = answerByDefault(message);
-    }
-    return !isAnswering() && !isMirroring();
-}
-
 bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     if (!isMirroring()) {
         settle();
@@ -134,7 +110,11 @@ bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT&
         }
     }
     catchUp();
-    if (!answers(message) && !onItemMessage(message, result) && letWindowAnswer(message, result)) {
+    if (answers(message) || onItemMessage(message, result)) {
+        return true;
+    }
+    letWindowAnswer(message, result);
+    if (!isAnswering() && !isMirroring()) {
         catchUp();
         reportActions();
     }
@@ -211,8 +191,8 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
         const PixelBitmap image(size);
         const auto bitmap =
             service ? service->getBitmap(BitmapDescriptor(identifier, descriptor.size())) : nullptr;
-        if (bitmap && bitmapBackend(*bitmap).hasNativeObject()) {
-            copyPlainPixels(image, size, bitmapBackend(*bitmap));
+        if (bitmap) {
+            copyPlainPixels(image, bitmapBackend(*bitmap).image());
         }
         append(list, image);
     }

@@ -1,15 +1,15 @@
 // What the backends of trees and grids have in common: native controls with
 // items that mirror a portable model.
 //
-// Everything that the backend itself changes in its window is done within a
-// Mirroring; the notifications that come meanwhile say nothing about the user
-// and are ignored. Images come in two lists, both owned here: the items' own,
-// made from a descriptor, and the two pictures of a check box in the look of the
-// theme, which the control shows as an item's state.
+// What the backend itself changes in its window is done within a Mirroring. Images
+// come in two lists, both owned here: the items' own, made from a descriptor, and the
+// two pictures of a check box in the look of the theme, which the control shows as an
+// item's state.
 #pragma once
 
 #include <optional>
 
+#include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 
 // Needs windows.h before it.
@@ -21,12 +21,13 @@ using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>
 
 class ItemControlWin32Gdi : public NativeControlWin32Gdi {
 public:
-    ~ItemControlWin32Gdi() override;
+    ~ItemControlWin32Gdi() override { releaseItems(); }
 
 protected:
     using NativeControlWin32Gdi::NativeControlWin32Gdi;
 
-    // While one lives, notifications come from the backend's own doing.
+    // While one lives, notifications come from the backend's own doing and say
+    // nothing about the user.
     class Mirroring : ScopedValue<bool> {
     public:
         explicit Mirroring(ItemControlWin32Gdi& control) : ScopedValue(control.mirroring_, true) {}
@@ -35,8 +36,14 @@ protected:
     // A Mirroring of many items, shown at its end.
     class BulkMirroring {
     public:
-        explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept;
-        ~BulkMirroring();
+        explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept
+            : control_(control), mirroring_(control) {
+            control_.send(WM_SETREDRAW, FALSE);
+        }
+        ~BulkMirroring() {
+            control_.burst_ = 0;
+            control_.resumeRedraw();
+        }
 
     private:
         ItemControlWin32Gdi& control_;
@@ -66,8 +73,6 @@ protected:
     virtual bool toggleAt(LPARAM point) = 0;
     virtual bool toggleFocused() = 0;
     virtual void reportMenuKey() = 0;
-    // True when it is to be reported.
-    bool letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
 
     // The window's messages for what follows, the kinds of its two lists of images,
     // and the state that it takes for the first of a check box: a tree counts from
@@ -80,10 +85,9 @@ protected:
         WPARAM checkImages;
         UINT firstState;
     };
-    // Font, text and background by the control's own colours (the system's where
-    // these are unset, for a list lies on a page like a field and not like a
-    // label), images and check boxes, as far as the window has not got them yet.
-    // Null stands for the default font, and for no images.
+    // Font, colours (the control's own, or the system's for a field), images and check
+    // boxes, as far as the window has not got them yet. Null stands for the default
+    // font, and for no images.
     void pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                   const BitmapListDescriptor* bitmaps, bool checkBoxes);
     // The next look has them made anew.

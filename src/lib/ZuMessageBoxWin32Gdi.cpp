@@ -31,9 +31,6 @@ private:
 
 }  // namespace
 
-MessageBoxWin32Gdi::MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box)
-    : service_(service), box_(box) {}
-
 int MessageBoxWin32Gdi::show(const wchar_t* failure) {
     if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {
         throwSystemException(failure, ZU_HERE);

@@ -14,7 +14,8 @@ namespace zustd {
 class MessageBoxWin32Gdi : public IMessageBoxBackend {
 public:
     // The service's window is the owner. Both outlive this object.
-    MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box);
+    MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box)
+        : service_(service), box_(box) {}
 
     // Waits for the answer and writes the check box's state into the box;
     // kAnswerNone when the application ends meanwhile. Throws SystemException

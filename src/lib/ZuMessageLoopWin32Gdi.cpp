@@ -111,9 +111,6 @@ bool handleNextMessage(MSG& message) {
 
 ModalSession::ModalSession(HWND owner) : outer_(innermostSession), owner_(owner) {
     innermostSession = this;
-    if (owner_ == nullptr) {
-        return;
-    }
     if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(owner_)) {
         handler->setBlocked(true);
     } else if (IsWindowEnabled(owner_)) {
@@ -128,7 +125,8 @@ ModalSession::~ModalSession() {
 }
 
 HWND ModalSession::ownerFor(HWND wanted) noexcept {
-    HWND owner = wanted;
+    const bool isUsable = wanted != GetDesktopWindow() && IsWindow(wanted);
+    HWND owner = isUsable ? GetAncestor(wanted, GA_ROOT) : nullptr;
     while (const HWND blocker = dialogOver(owner)) {
         owner = blocker;
     }
@@ -149,8 +147,7 @@ void ModalSession::end(int result) noexcept {
     }
     ended_ = true;
     result_ = result;
-    if (WindowHandlerWin32Gdi* handler =
-            owner_ != nullptr ? WindowHandlerWin32Gdi::of(owner_) : nullptr) {
+    if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(owner_)) {
         handler->setBlocked(false);
     } else if (disabledOwner_) {
         EnableWindow(owner_, TRUE);

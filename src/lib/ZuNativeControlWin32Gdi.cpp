@@ -42,10 +42,7 @@ std::wstring windowText(HWND window) {
 }
 
 HWND surfaceWindowOf(const Control& control) {
-    const Control* above = &control;
-    if (control.surface() == &control) {
-        above = control.parentControl();
-    }
+    const Control* above = control.surface() == &control ? control.parentControl() : &control;
     const Control* surface = above != nullptr ? above->surface() : nullptr;
     const auto service = surface != nullptr ? surface->windowService() : nullptr;
     const WindowServiceWin32Gdi* backend = windowServiceBackend(service.get());
@@ -56,8 +53,6 @@ std::uint32_t heldModifiers() noexcept {
     return (isDown(VK_SHIFT) ? kModifierShift : 0) | (isDown(VK_CONTROL) ? kModifierControl : 0) |
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
-
-NativeControlWin32Gdi::~NativeControlWin32Gdi() { destroyWindow(); }
 
 bool NativeControlWin32Gdi::synchronizeWindow(Control& control, const Shape& shape,
                                               const std::function<void()>& onMade, bool anew) {
@@ -158,7 +153,9 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
     part_.detach();
     if (const HWND window = attachment_.window()) {
         attachment_.detach();
-        if (!dooms(window)) {
+        if (isAnswering() && guarded(operation_, [&] { doomed_.push_back(window); })) {
+            ShowWindow(window, SW_HIDE);
+        } else {
             DestroyWindow(window);
         }
     }
@@ -167,23 +164,14 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
     swallowsCharacter_ = false;
 }
 
-// Whether the window disappears now and goes later.
-bool NativeControlWin32Gdi::dooms(HWND window) noexcept {
-    if (!isAnswering()) {
-        return false;
-    }
-    try {
-        doomed_.push_back(window);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    ShowWindow(window, SW_HIDE);
-    return true;
-}
-
-void NativeControlWin32Gdi::destroyDoomed() noexcept {
-    for (const HWND window : std::exchange(doomed_, {})) {
-        DestroyWindow(window);
+void NativeControlWin32Gdi::letWindowAnswer(const WindowMessage& message,
+                                            LRESULT& result) noexcept {
+    ++answering_;
+    result = answerByDefault(message);
+    if (--answering_ == 0) {
+        for (const HWND window : std::exchange(doomed_, {})) {
+            DestroyWindow(window);
+        }
     }
 }
 
@@ -260,7 +248,7 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
         SetTextColor(context, nativeColor(text));
     }
     if (background.isSet) {
-        result = background_.answer(context, background);
+        result = answerBackground(context, background);
     }
     return true;
 }

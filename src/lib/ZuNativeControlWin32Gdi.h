@@ -1,14 +1,12 @@
 // What the backends of all native controls have in common: a child window in
 // step with its Control.
 //
-// The window is made by the first synchronisation, as a child of the surface
-// that the control is on, and made anew, with the focus, when something changes
-// that a window cannot change: its class, its style, its surface. Place,
-// visibility, enabled state, font, text and colours are compared and pushed. A
-// control that is hidden or disabled leaves the focus to the window of its
-// surface. Focus, hovering and the keys that the control has no use for are
-// reported to the input router of the surface; the rest of what the user does is
-// up to the derived backend.
+// The window is made by the first synchronisation, as a child of the surface that the
+// control is on, and made anew, with the focus, when something changes that a window
+// cannot change: its class, its style, its surface. A control that is hidden or
+// disabled leaves the focus to the window of its surface. Focus, hovering and the keys
+// that the control has no use for are reported to the input router of the surface; the
+// rest of what the user does is up to the derived backend.
 #pragma once
 
 #include <array>
@@ -39,7 +37,7 @@ std::wstring windowText(HWND window);
 
 class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
 public:
-    ~NativeControlWin32Gdi() override;
+    ~NativeControlWin32Gdi() override { destroyWindow(); }
 
     // Null as long as there is none.
     HWND window() const noexcept { return attachment_.window(); }
@@ -70,17 +68,9 @@ protected:
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     // Whether the window has not been given this text, which it gets now.
     bool isNewText(const std::wstring& text) { return std::exchange(text_, text) != text; }
-    // While the result lives, a window that is destroyed only disappears; it goes
-    // at the end of the outermost one. It would not survive its end in the middle
-    // of a message. The control lives longer than the window's message.
-    auto answering() noexcept {
-        ++answering_;
-        return ScopeExit([this]() noexcept {
-            if (--answering_ == 0) {
-                destroyDoomed();
-            }
-        });
-    }
+    // A window that is destroyed while it answers only disappears; it goes at the end of
+    // the outermost answer, for it would not survive its end amid a message.
+    void letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
     bool isAnswering() const noexcept { return answering_ != 0; }
     void destroyWindow() noexcept;
 
@@ -105,8 +95,8 @@ protected:
     // Whether the window is to be enabled; the base asks the control alone.
     virtual bool canBeUsed() const { return control_->isUsable(); }
 
-    // A window inside of the control's, such as the field of a combo box: its
-    // focus and keys are the control's from now on, until either window goes.
+    // A window inside of the control's, such as the field of a combo box: its focus
+    // and keys are the control's until either window goes.
     void attachPart(HWND part) { part_.attach(part, *this, operation_); }
     // Answers a request for the colours of a field: with those that the control
     // itself sets, since a field on a coloured surface stays as the system
@@ -125,8 +115,6 @@ private:
     void place();
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
-    bool dooms(HWND window) noexcept;
-    void destroyDoomed() noexcept;
     void reportHover(const WindowMessage& message);
     void reportFocus(const WindowMessage& message);
     bool routeUnusedKey(const WindowMessage& message);
@@ -142,8 +130,6 @@ private:
     std::shared_ptr<Font> font_;
     std::wstring text_;
     Colors colors_{};
-    // Of the control's own background colour.
-    BackgroundBrush background_;
     // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
     std::vector<HWND> doomed_;

@@ -42,7 +42,6 @@ SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
     info.cbSize = sizeof(info);
     info.fMask = mask;
     GetScrollInfo(window(), SB_CTL, &info);
-    info.fMask = mask;
     return info;
 }
 

@@ -28,8 +28,7 @@ public:
     bool restart(UINT_PTR number, std::uint32_t milliseconds) noexcept;
     void stop(UINT_PTR number) noexcept;
 
-    // This thread's window, made by the first who asks and shared by all who
-    // hold it.
+    // This thread's window, made by the first who asks.
     static std::shared_ptr<TimerWindowWin32Gdi> ofThisThread();
 
 private:
@@ -56,11 +55,9 @@ public:
     bool isRepeating() const override { return repeating_; }
 
 private:
-    static constexpr std::uint32_t kDefaultInterval = 1000;
-
     std::shared_ptr<TimerWindowWin32Gdi> window_;
     UINT_PTR number_ = 0;
-    std::uint32_t interval_ = kDefaultInterval;
+    std::uint32_t interval_ = 1000;
     bool repeating_ = true;
 };
 

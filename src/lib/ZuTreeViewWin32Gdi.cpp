@@ -40,9 +40,7 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
     TreeViewImplementation::setEnableRedraw(enable);
     guarded(L"TreeViewWin32Gdi::setEnableRedraw", [this] {
         catchUp();
-        if (isReady() && isRedrawEnabled()) {
-            showAwaited();
-        }
+        showAwaited();
     });
 }
 
@@ -224,16 +222,18 @@ void TreeViewWin32Gdi::reveal(TreeNode node) {
     if (node == kNoNode || !isReady()) {
         return;
     }
+    std::optional<BulkMirroring> bulk;
     if (items_.itemOf(node) == nullptr) {
-        const BulkMirroring bulk(*this);
-        filler_.reveal(node);
-    } else {
-        filler_.reveal(node);
+        bulk.emplace(*this);
     }
+    filler_.reveal(node);
 }
 
-// Does nothing without a node that waits for it.
+// Does nothing without a node that waits for it, and as long as it would not be seen.
 void TreeViewWin32Gdi::showAwaited() {
+    if (!isReady() || !isRedrawEnabled()) {
+        return;
+    }
     const TreeNode node = std::exchange(awaitsVisible_, kNoNode);
     if (model().contains(node)) {
         settle();

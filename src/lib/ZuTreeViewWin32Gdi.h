@@ -1,11 +1,9 @@
 // The Windows half of a tree view: a SysTreeView32 that mirrors the model.
 //
-// TreeFiller says which items the window gets and when, TreeItemsWin32Gdi makes
-// them. Check boxes are pictures of an item's state that this backend switches
-// by itself. After changes that were not mirrored one by one the window is filled
-// anew as a whole, with the scroll position kept. That goes for the removal of
-// many nodes in one go, too: for each one that is removed alone the system may
-// look at all of its items.
+// TreeFiller says which items the window gets and when, TreeItemsWin32Gdi makes them.
+// After changes that were not mirrored one by one the window is filled anew as a whole,
+// with the scroll position kept. That goes for the removal of many nodes in one go, too:
+// for each one that is removed alone the system may look at all of its items.
 #pragma once
 
 #include "ZuTreeItemsWin32Gdi.h"

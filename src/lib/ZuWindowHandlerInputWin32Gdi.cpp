@@ -139,8 +139,7 @@ bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& res
 // --- Focus ----------------------------------------------------------------------------------
 
 bool WindowHandlerWin32Gdi::canHoldFocus(HWND window) const noexcept {
-    return window != nullptr && IsChild(window_, window) && IsWindowVisible(window) &&
-           IsWindowEnabled(window);
+    return IsChild(window_, window) && IsWindowVisible(window) && IsWindowEnabled(window);
 }
 
 bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {

@@ -47,14 +47,11 @@ HWND nativeWindowOf(const Control& control) noexcept {
     return handler != nullptr ? handler->window() : nullptr;
 }
 
-WindowHandlerWin32Gdi::~WindowHandlerWin32Gdi() { destroyWindow(); }
-
 // The pointer is only looked at where it was written: in this thread.
 WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::of(HWND window) noexcept {
-    if (window == nullptr || GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) {
-        return nullptr;
-    }
-    return static_cast<WindowHandlerWin32Gdi*>(GetPropW(window, kHandlerProperty));
+    const bool isHere = GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
+    return isHere ? static_cast<WindowHandlerWin32Gdi*>(GetPropW(window, kHandlerProperty))
+                  : nullptr;
 }
 
 WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::around(HWND window) noexcept {
@@ -110,7 +107,12 @@ void WindowHandlerWin32Gdi::destroyWindow() noexcept {
 bool WindowHandlerWin32Gdi::deliver(const WindowMessage& message, LRESULT& result) noexcept {
     auto* handler =
         reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(message.window, GWLP_USERDATA));
-    return handler != nullptr && handler->handle(message, result);
+    if (handler == nullptr) {
+        return false;
+    }
+    // Whoever hears of it may drop the surface.
+    const std::shared_ptr<Control> alive = sharedReference<Control>(&handler->surface());
+    return guarded(handler->operation_, false, [&] { return handler->dispatch(message, result); });
 }
 
 LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WPARAM wide,
@@ -134,21 +136,11 @@ INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WP
     return TRUE;
 }
 
-bool WindowHandlerWin32Gdi::handle(const WindowMessage& message, LRESULT& result) noexcept {
-    // Whoever hears of it may drop the surface.
-    const std::shared_ptr<Control> alive = sharedReference<Control>(&surface());
-    return guarded(operation_, false, [&] { return dispatch(message, result); });
-}
-
 bool WindowHandlerWin32Gdi::dispatch(const WindowMessage& message, LRESULT& result) {
-    if (onWindowMessage(message, result)) {
-        return true;
-    }
-    if (message.window != window_) {
-        return false;
-    }
-    return handleFrame(message, result) || handlePainting(message, result) ||
-           handleMouse(message, result) || handleKey(message, result) || handleFocus(message);
+    return onWindowMessage(message, result) ||
+           (message.window == window_ &&
+            (handleFrame(message, result) || handlePainting(message, result) ||
+             handleMouse(message, result) || handleKey(message, result) || handleFocus(message)));
 }
 
 // --- State ----------------------------------------------------------------------------------
@@ -167,7 +159,7 @@ void WindowHandlerWin32Gdi::synchronizeSize() {
     const Size got = window_ != nullptr ? clientSizeOf(window_) : wanted;
     if (got != wanted) {
         size_ = got;
-        onResized(got);
+        surface().acceptSize(got);
     }
 }
 
@@ -191,7 +183,7 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
         case WM_SIZE:
             if (message.wide != SIZE_MINIMIZED) {
                 size_ = {LOWORD(message.extra), HIWORD(message.extra)};
-                onResized(size_);
+                surface().acceptSize(size_);
             }
             return false;
         case WM_GETMINMAXINFO:
@@ -261,12 +253,12 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             // Also what native widgets that let their background through ask
             // for; one of them may do so while it is painted as part of this.
             const auto context = reinterpret_cast<HDC>(message.wide);
-            RECT client{};
-            RECT area{};
-            GetClientRect(window_, &client);
-            if (drawArea_.isEmpty() && GetClipBox(context, &area) > NULLREGION &&
-                IntersectRect(&area, &area, &client)) {
-                paint(context, portableRect(area));
+            RECT clip{};
+            GetClipBox(context, &clip);
+            const Rect client = Rect::at({0, 0}, clientSizeOf(window_));
+            const Rect area = portableRect(clip).intersection(client);
+            if (drawArea_.isEmpty() && !area.isEmpty()) {
+                paint(context, area);
             }
             result = 0;
             return true;
@@ -324,7 +316,7 @@ bool WindowHandlerWin32Gdi::colorControl(const WindowMessage& message, LRESULT& 
         return false;
     }
     const auto context = reinterpret_cast<HDC>(message.wide);
-    result = background_.answer(context, background);
+    result = answerBackground(context, background);
     if (const Color text = holder.color(ColorRole::kText); text.isSet) {
         SetTextColor(context, nativeColor(text));
     }

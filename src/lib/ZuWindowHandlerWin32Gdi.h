@@ -1,15 +1,13 @@
 // What windows and dialogs of the toolkit have in common: the window that a
 // surface is shown in.
 //
-// A handler owns the window, feeds the surface's input router, paints the
-// surface, and keeps size, caption, enabled state and focus of both in step. The
-// client area has the surface's size, whoever changes it. The focus is restored
-// when the window becomes active again; a control that takes it meanwhile has it
-// then. Another language of the resource service shows the surface anew.
+// The client area has the surface's size, whoever changes it. The focus is restored
+// when the window becomes active again; a control that takes it meanwhile has it then.
+// Another language of the resource service shows the surface anew.
 //
-// The window procedure keeps the surface alive for the time of a message. A
-// surface that is destroyed gives its window up first (releaseNativeObject),
-// and a window that goes on its own, with its parent, is forgotten.
+// The window procedure keeps the surface alive for the time of a message. A surface that
+// is destroyed gives its window up first (releaseNativeObject), and a window that goes on
+// its own, with its parent, is forgotten.
 #pragma once
 
 #include "ZuColorWin32Gdi.h"
@@ -35,7 +33,7 @@ class WindowHandlerWin32Gdi {
 public:
     WindowHandlerWin32Gdi(const WindowHandlerWin32Gdi&) = delete;
     WindowHandlerWin32Gdi& operator=(const WindowHandlerWin32Gdi&) = delete;
-    virtual ~WindowHandlerWin32Gdi();
+    virtual ~WindowHandlerWin32Gdi() { destroyWindow(); }
 
     // Whose window this is; null for a window of somebody else or of another
     // thread. around() asks the window's parents too.
@@ -51,13 +49,12 @@ public:
     // What is being painted now; empty outside of a paint.
     Rect drawArea() const noexcept { return drawArea_; }
 
-    // While a modal dialog is open the window is disabled, whatever the
-    // surface's own state is.
+    // The window is disabled while a modal dialog is open, or the window service wants
+    // it, whatever the surface's own state is.
     void setBlocked(bool blocked) {
         blocked_ = blocked;
         synchronizeEnabled();
     }
-    // The same for as long as the window service wants it.
     void setTakesInput(bool takes) {
         takesInput_ = takes;
         synchronizeEnabled();
@@ -91,8 +88,6 @@ protected:
     static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,
                                             LPARAM extra) noexcept;
 
-    // The user has resized the client area.
-    virtual void onResized(Size size) = 0;
     virtual void onCloseRequest() = 0;
     // The window becomes active and no control of it has had the focus yet.
     virtual void focusFirst() {}
@@ -106,7 +101,6 @@ private:
 
     static bool deliver(const WindowMessage& message, LRESULT& result) noexcept;
     void forgetWindow() noexcept;
-    bool handle(const WindowMessage& message, LRESULT& result) noexcept;
     bool dispatch(const WindowMessage& message, LRESULT& result);
     bool handleFrame(const WindowMessage& message, LRESULT& result);
     bool handlePainting(const WindowMessage& message, LRESULT& result);
@@ -141,8 +135,6 @@ private:
     // What had the focus when the window was left, or wants it.
     std::weak_ptr<Control> keptFocus_;
     HWND keptFocusWindow_ = nullptr;
-    // For native widgets on a coloured surface.
-    BackgroundBrush background_;
 };
 
 }  // namespace zustd

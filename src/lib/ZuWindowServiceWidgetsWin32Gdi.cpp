@@ -50,10 +50,6 @@ auto made(const wchar_t* operation, Host host, Args... args) {
 
 }  // namespace
 
-std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog() {
-    return createNativeDialog(0);
-}
-
 std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() {
     return made<PopupMenuWin32Gdi>(
         L"WindowServiceWin32Gdi::createNativePopupMenu",

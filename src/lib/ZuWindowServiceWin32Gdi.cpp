@@ -41,13 +41,6 @@ HCURSOR nativeCursor(MouseCursor cursor) noexcept {
     return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
 }
 
-// Whom a dialog of the system disables: the window that the user sees and may
-// use, or none.
-HWND dialogOwnerOf(HWND window) noexcept {
-    const bool isUsable = window != GetDesktopWindow() && IsWindow(window);
-    return ModalSession::ownerFor(isUsable ? GetAncestor(window, GA_ROOT) : nullptr);
-}
-
 struct BitmapKey {
     std::uint64_t identifier;
     Size size;
@@ -57,12 +50,9 @@ struct BitmapKey {
     friend bool operator==(const BitmapKey&, const BitmapKey&) = default;
 };
 
-// A cache of fonts or bitmaps that lets go of what nobody uses.
-//
-// The entries stand in the order of their last use. The first kMostHeld hold
-// their objects; behind them an object is only known as long as somebody else
-// holds it. So an object that is in use is never made twice, and the number of
-// those that are kept for nobody is bounded.
+// A cache of fonts or bitmaps, in the order of their last use. The first kMostHeld are
+// held; behind them an object is only known as long as somebody else holds it. So one
+// that is in use is never made twice, and the number kept for nobody is bounded.
 template <class Key, class T>
 class DrawingCache {
 public:
@@ -94,7 +84,6 @@ public:
         return object;
     }
 
-    // Those in use live on with their users, and are made anew for others.
     void clear() noexcept { entries_.clear(); }
 
 private:
@@ -159,8 +148,6 @@ void WindowServiceWin32Gdi::invalidate(const Rect& area) {
     }
 }
 
-void WindowServiceWin32Gdi::updateWindow() { UpdateWindow(window_); }
-
 void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
     cursor_ = cursor;
     SetCursor(nativeCursor(cursor));
@@ -175,13 +162,9 @@ Point WindowServiceWin32Gdi::getMousePosition() const {
     return {place.x, place.y};
 }
 
-Point WindowServiceWin32Gdi::getWindowPosition() const {
-    return window_ != nullptr ? windowRect(window_).position() : Point{};
-}
+Point WindowServiceWin32Gdi::getWindowPosition() const { return windowRect(window_).position(); }
 
-Size WindowServiceWin32Gdi::getWindowSize() const {
-    return window_ != nullptr ? windowRect(window_).size() : Size{};
-}
+Size WindowServiceWin32Gdi::getWindowSize() const { return windowRect(window_).size(); }
 
 void WindowServiceWin32Gdi::captureMouse() {
     if (window_ != nullptr) {
@@ -310,7 +293,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         const std::wstring filter = filterOf(patterns, patternNames);
         OPENFILENAMEW request{};
         request.lStructSize = sizeof(request);
-        request.hwndOwner = dialogOwnerOf(window_);
+        request.hwndOwner = ModalSession::ownerFor(window_);
         request.lpstrFilter = filter.c_str();
         request.lpstrFile = name.data();
         request.nMaxFile = static_cast<DWORD>(name.size());
@@ -341,13 +324,10 @@ void WindowServiceWin32Gdi::setScalingFactor(double factor) {
 int WindowServiceWin32Gdi::getNewId() noexcept {
     // Below lie the identifiers that dialogs have a meaning for; notifications
     // have room for 16 bits.
-    constexpr int kFirst = 0x100;
-    constexpr int kLast = 0x7FFF;
-    static constinit std::atomic<int> next = kFirst;
-    int taken = next.load();
-    while (!next.compare_exchange_weak(taken, taken == kLast ? kFirst : taken + 1)) {
-    }
-    return taken;
+    constexpr unsigned kFirst = 0x100;
+    constexpr unsigned kLast = 0x7FFF;
+    static constinit std::atomic<unsigned> taken = 0;
+    return static_cast<int>(kFirst + taken++ % (kLast - kFirst + 1));
 }
 
 Rect WindowServiceWin32Gdi::getDrawArea() const noexcept {
