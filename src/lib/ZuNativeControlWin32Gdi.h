@@ -59,8 +59,8 @@ protected:
         : hostWindow_(hostWindow), operation_(operation) {}
 
     // Makes the window if need be, also when another one is wanted anew, and
-    // pushes place, visibility and enabled state. A window that was made is told
-    // of, for it has nothing of what the derived backend has pushed. False where
+    // pushes place, visibility and enabled state. onMade follows for a window that
+    // was made: it has nothing of what the derived backend has pushed. False where
     // there is none; throws SystemException when the system refuses it.
     bool synchronizeWindow(Control& control, const Shape& shape,
                            const std::function<void()>& onMade = {}, bool anew = false);
