@@ -4,8 +4,6 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
-#include <array>
-
 #include "ZuFile.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageLoopWin32Gdi.h"
@@ -74,12 +72,6 @@ LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept {
 ApplicationServiceWin32Gdi::ApplicationServiceWin32Gdi()
     : preferences_(makeSharedOrNull<PropertyBag>()) {
     ZU_ASSERT_AS(preferences_, L"preferences_", ZU_LINE(322));
-}
-
-ApplicationServiceWin32Gdi::~ApplicationServiceWin32Gdi() {
-    if (hookedService == this) {
-        hookedService = nullptr;
-    }
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowService(
@@ -155,12 +147,10 @@ std::wstring ApplicationServiceWin32Gdi::getMachineSid() const {
         DWORD sidSize = kNameBuffer;
         DWORD domainSize = kNameBuffer;
         SID_NAME_USE use{};
-        if (!LookupAccountNameW(nullptr, computer.c_str(), sid.data(), &sidSize, domain.data(),
-                                &domainSize, &use)) {
-            return {};
-        }
         wchar_t* text = nullptr;
-        if (!ConvertSidToStringSidW(sid.data(), &text)) {
+        if (!LookupAccountNameW(nullptr, computer.c_str(), sid.data(), &sidSize, domain.data(),
+                                &domainSize, &use) ||
+            !ConvertSidToStringSidW(sid.data(), &text)) {
             return {};
         }
         const LocalMemory owner(text);

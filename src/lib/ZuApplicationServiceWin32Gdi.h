@@ -3,7 +3,6 @@
 
 #include "ZuApplicationService.h"
 #include "ZuHandleWin32Gdi.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -13,7 +12,7 @@ class ApplicationServiceWin32Gdi
     : public Implementation<ApplicationService, IApplicationServiceImpl> {
 public:
     ApplicationServiceWin32Gdi();
-    ~ApplicationServiceWin32Gdi() override;
+    ~ApplicationServiceWin32Gdi() override { ApplicationServiceWin32Gdi::removeKeyboardHook(); }
 
     std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) override;
     std::shared_ptr<WindowService> createMainWindowService() override;

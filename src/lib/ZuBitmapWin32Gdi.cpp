@@ -4,10 +4,7 @@
 // GDI+ needs what is above.
 #include <gdiplus/gdiplus.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <vector>
 
 #include "ZuResourceService.h"
 
@@ -120,79 +117,22 @@ std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
 
 // What disabled controls paint the outline from: a bit for each pixel that lets
 // everything through, in rows of whole words.
-BitmapHandle makeMask(std::span<const std::uint32_t> pixels, Size size) {
-    const auto width = static_cast<std::size_t>(size.width);
+BitmapHandle makeMask(const PixelBitmap& image) {
+    const auto width = static_cast<std::size_t>(image.size.width);
     const std::size_t stride = (width + 15) / 16 * 2;
-    std::vector<std::uint8_t> bits(stride * static_cast<std::size_t>(size.height));
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-        if (pixels[i] >> 24 == 0) {
+    std::vector<std::uint8_t> bits(stride * static_cast<std::size_t>(image.size.height));
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) {
+        if (image.pixels[i] >> 24 == 0) {
             const std::size_t x = i % width;
             bits[i / width * stride + x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
         }
     }
-    return BitmapHandle(CreateBitmap(size.width, size.height, 1, 1, bits.data()));
+    return BitmapHandle(CreateBitmap(image.size.width, image.size.height, 1, 1, bits.data()));
 }
-
-std::shared_ptr<IResourceService> rootResources() {
-    const auto root = ServiceLocator::instance();
-    return root ? root->getService<IResourceService>() : nullptr;
-}
-
-}  // namespace
-
-void startGdiPlus() { static const GdiPlusSession session; }
-
-PixelBitmap::PixelBitmap(Size size) {
-    BITMAPINFO description{};
-    description.bmiHeader.biSize = sizeof(description.bmiHeader);
-    description.bmiHeader.biWidth = size.width;
-    description.bmiHeader.biHeight = -size.height;
-    description.bmiHeader.biPlanes = 1;
-    description.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
-    if (!handle) {
-        throwSystemException(L"Could not create bitmap", ZU_HERE);
-    }
-    pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
-}
-
-void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source) {
-    DIBSECTION section{};
-    if (GetObjectW(source.handle(), sizeof(section), &section) != sizeof(section)) {
-        return;
-    }
-    GdiFlush();
-    const Size size = source.imageSize();
-    const auto* from = static_cast<const std::uint32_t*>(section.dsBm.bmBits);
-    const auto width = static_cast<std::size_t>(std::min(size.width, slot.width));
-    const auto height = static_cast<std::size_t>(std::min(size.height, slot.height));
-    for (std::size_t row = 0; row < height; ++row) {
-        const auto* begin = from + row * static_cast<std::size_t>(size.width);
-        std::transform(begin, begin + width,
-                       target.pixels.begin() +
-                           static_cast<std::ptrdiff_t>(row * static_cast<std::size_t>(slot.width)),
-                       &withoutPremultiplication);
-    }
-}
-
-IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
-    if (!bitmap.hasNativeObject()) {
-        return {};
-    }
-    const Size size{saturatedSum(bitmap.imageSize().width, space), bitmap.imageSize().height};
-    const PixelBitmap colors(size);
-    copyPlainPixels(colors, size, bitmap);
-    const BitmapHandle mask = makeMask(colors.pixels, size);
-    ICONINFO parts{TRUE, 0, 0, mask.get(), colors.handle.get()};
-    return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();
-}
-
-namespace {
 
 // Decodes a PNG to a size, or to its own size times a factor when that is empty; an
 // empty image when the bytes are no PNG or it is too large.
-DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
+PixelBitmap decodePng(std::span<const unsigned char> bytes, Size size, double scalingFactor) {
     const Size own = sizeOfPng(bytes);
     const Size target = size.isEmpty() ? scaledSize(own, scalingFactor) : size;
     if (!isDrawable(own) || !isDrawable(target)) {
@@ -207,19 +147,61 @@ DrawableImage decodePng(std::span<const unsigned char> bytes, Size size, double 
                          reinterpret_cast<BYTE*>(bitmap.pixels.data()));
     check(view.GetLastStatus());
     drawScaled(image, own, view, target);
-    return {std::move(bitmap.handle), target};
+    return bitmap;
 }
 
 }  // namespace
 
+void startGdiPlus() { static const GdiPlusSession session; }
+
+PixelBitmap::PixelBitmap(Size extents) : size(extents) {
+    BITMAPINFO description{};
+    description.bmiHeader.biSize = sizeof(description.bmiHeader);
+    description.bmiHeader.biWidth = size.width;
+    description.bmiHeader.biHeight = -size.height;
+    description.bmiHeader.biPlanes = 1;
+    description.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!handle) {
+        throwSystemException(L"Could not create bitmap", ZU_HERE);
+    }
+    pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
+}
+
+void copyPlainPixels(const PixelBitmap& target, const PixelBitmap& source) noexcept {
+    GdiFlush();
+    const auto sourceWidth = static_cast<std::size_t>(source.size.width);
+    const auto targetWidth = static_cast<std::size_t>(target.size.width);
+    const auto height = static_cast<std::size_t>(std::min(source.size.height, target.size.height));
+    for (std::size_t row = 0; row < height; ++row) {
+        const auto from =
+            source.pixels.subspan(row * sourceWidth, std::min(sourceWidth, targetWidth));
+        std::transform(from.begin(), from.end(), target.pixels.subspan(row * targetWidth).begin(),
+                       &withoutPremultiplication);
+    }
+}
+
+IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
+    if (!bitmap.hasNativeObject()) {
+        return {};
+    }
+    const Size size = bitmap.image().size;
+    const PixelBitmap colors({saturatedSum(size.width, space), size.height});
+    copyPlainPixels(colors, bitmap.image());
+    const BitmapHandle mask = makeMask(colors);
+    ICONINFO parts{TRUE, 0, 0, mask.get(), colors.handle.get()};
+    return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();
+}
+
 void BitmapWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (image_.bitmap) {
+        if (image_.handle) {
             return;
         }
         std::shared_ptr<IResourceService> resources = resources_.lock();
-        if (!resources) {
-            resources = rootResources();
+        if (const auto root = ServiceLocator::instance(); !resources && root) {
+            resources = root->getService<IResourceService>();
         }
         const FileResource* file =
             resources ? resources->getFileResource(getAbstraction().resource().identifier)
@@ -228,7 +210,7 @@ void BitmapWin32Gdi::synchronizeWithAbstraction() {
             image_ = decodePng({file->bytes, static_cast<std::size_t>(file->size)},
                                getAbstraction().size(), scalingFactor_);
         }
-        if (image_.bitmap) {
+        if (image_.handle) {
             getAbstraction().acceptSize(image_.size);
         }
     });

@@ -6,8 +6,6 @@
 // it draws nothing and keeps the size that was asked for.
 #pragma once
 
-#include <cstdint>
-#include <memory>
 #include <span>
 
 #include "ZuBitmap.h"
@@ -20,22 +18,17 @@ class IResourceService;
 // The largest image that is taken, before scaling and after it: 64 MB.
 inline constexpr std::int64_t kMostPixels = std::int64_t{16} << 20;
 
-// A PixelBitmap's handle, colours premultiplied with alpha.
-struct DrawableImage {
-    BitmapHandle bitmap;
-    Size size;
-};
-
-// For whoever uses GDI+ by itself; images start it when they need it. Once is
-// enough for the process. Throws SystemException, and may be tried again then.
+// For whoever uses GDI+ by itself, as often as he likes; images start it when they
+// need it. Throws SystemException, and may be tried again then.
 void startGdiPlus();
 
 // A top-down bitmap of 32 bits a pixel, transparent black at first.
 struct PixelBitmap {
-    // Neither extent is below 1. Throws SystemException when the system has no
-    // room for it.
-    explicit PixelBitmap(Size size);
+    PixelBitmap() = default;
+    // Neither extent is below 1. Throws SystemException without room for it.
+    explicit PixelBitmap(Size extents);
 
+    Size size;
     BitmapHandle handle;
     // In memory as long as the bitmap is; GDI's drawing arrives by GdiFlush().
     std::span<std::uint32_t> pixels;
@@ -50,30 +43,29 @@ public:
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { image_ = {}; }
-    bool hasNativeObject() const override { return static_cast<bool>(image_.bitmap); }
+    bool hasNativeObject() const override { return static_cast<bool>(image_.handle); }
 
-    // Null for an empty bitmap. Valid as long as this object and until
-    // releaseNativeObject().
-    HBITMAP handle() const noexcept { return image_.bitmap.get(); }
-    Size imageSize() const noexcept { return image_.size; }
+    // Null for an empty bitmap; valid until releaseNativeObject().
+    HBITMAP handle() const noexcept { return image_.handle.get(); }
+    // Its colours are premultiplied with alpha.
+    const PixelBitmap& image() const noexcept { return image_; }
 
 private:
     std::weak_ptr<IResourceService> resources_;
     double scalingFactor_;
-    DrawableImage image_;
+    PixelBitmap image_;
 };
 
-// As much of an image as fits into a slot, from the left top corner; without
-// the premultiplication, which icons and image lists do when they draw.
-void copyPlainPixels(const PixelBitmap& target, Size slot, const BitmapWin32Gdi& source);
+// As much of an image as fits, from the left top corner; without the
+// premultiplication, which icons and image lists do when they draw.
+void copyPlainPixels(const PixelBitmap& target, const PixelBitmap& source) noexcept;
 
 // What native controls blend with what lies below: an icon of the bitmap's size,
 // with so many empty columns behind it; empty for an empty bitmap and when the
 // system has none to give. Throws SystemException without room for its pixels.
 IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space);
 
-// The backend of a bitmap that a window service made. Fails an assertion for a
-// bitmap of another origin.
+// The backend of a bitmap; fails an assertion unless a window service made that.
 BitmapWin32Gdi& bitmapBackend(const Bitmap& bitmap);
 
 }  // namespace zustd

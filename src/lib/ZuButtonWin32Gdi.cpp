@@ -7,36 +7,22 @@ namespace zustd {
 
 namespace {
 
-DWORD styleOf(ButtonKind kind) noexcept {
-    switch (kind) {
-        case ButtonKind::kDefaultPush:
-            return BS_DEFPUSHBUTTON;
-        case ButtonKind::kCheck:
-            return BS_CHECKBOX;
-        case ButtonKind::kRadio:
-            return BS_RADIOBUTTON;
-        case ButtonKind::kPush:
-            break;
-    }
-    return BS_PUSHBUTTON;
-}
-
-bool canBeChecked(ButtonKind kind) noexcept {
-    return kind == ButtonKind::kCheck || kind == ButtonKind::kRadio;
-}
+// In the order of ButtonKind.
+constexpr std::array<DWORD, 4> kStyles = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
+                                          BS_RADIOBUTTON};
 
 }  // namespace
 
 void ButtonWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ButtonWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (initializeFromDescriptor() == Outcome::kNoSurface) {
+        if (!initializeFromDescriptor()) {
             return;
         }
         const NativeButton& button = getAbstraction();
         synchronizeFont(button.hasFont() ? sharedReference(&button.font()) : nullptr);
         setText();
         setImage();
-        if (canBeChecked(button.kind())) {
+        if (button.kind() == ButtonKind::kCheck || button.kind() == ButtonKind::kRadio) {
             const WPARAM wanted = button.isChecked() ? BST_CHECKED : BST_UNCHECKED;
             if (static_cast<WPARAM>(send(BM_GETCHECK)) != wanted) {
                 send(BM_SETCHECK, wanted);
@@ -45,19 +31,20 @@ void ButtonWin32Gdi::synchronizeWithAbstraction() {
     });
 }
 
-ButtonWin32Gdi::Outcome ButtonWin32Gdi::initializeFromDescriptor() {
-    const Outcome outcome =
-        synchronizeWindow(getAbstraction(), {L"BUTTON", styleOf(getAbstraction().kind()), 0});
-    if (outcome == Outcome::kMade) {
+bool ButtonWin32Gdi::initializeFromDescriptor() {
+    const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
+    return synchronizeWindow(getAbstraction(), {L"BUTTON", style, 0}, [this] {
         bitmap_.reset();
         icon_.reset();
-    }
-    return outcome;
+    });
 }
 
 void ButtonWin32Gdi::setText() {
     const NativeButton& button = getAbstraction();
-    synchronizeText(button.hasCaption() ? button.caption().text(button) : std::wstring());
+    const std::wstring text = button.hasCaption() ? button.caption().text(button) : L"";
+    if (isNewText(text)) {
+        SetWindowTextW(window(), text.c_str());
+    }
 }
 
 // An icon, since buttons blend only these with what is below. They set the text

@@ -12,16 +12,13 @@
 
 namespace zustd {
 
-class ButtonWin32Gdi : public Implementation<NativeButton, INativeButtonImpl>,
-                       public NativeControlWin32Gdi {
+class ButtonWin32Gdi
+    : public ControlBackendWin32Gdi<Implementation<NativeButton, INativeButtonImpl>> {
 public:
-    // Outside of a surface the button becomes a child of the host's window.
     explicit ButtonWin32Gdi(HWND hostWindow) noexcept
-        : NativeControlWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override { destroyWindow(); }
-    bool hasNativeObject() const override { return window() != nullptr; }
 
 protected:
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
@@ -30,7 +27,7 @@ protected:
     bool usesKey(const KeyEvent& event) const override { return event.key == kKeySpace; }
 
 private:
-    Outcome initializeFromDescriptor();
+    bool initializeFromDescriptor();
     void setText();
     void setImage();
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ZuDescriptors.h"
-#include "ZuHandleWin32Gdi.h"
+#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -17,22 +17,11 @@ inline Color systemColor(int index) noexcept {
     return Color::rgb(GetRValue(color), GetGValue(color), GetBValue(color));
 }
 
-// Answers requests for a widget's background; keeps the brush of the last colour.
-class BackgroundBrush {
-public:
-    // Of this object, until another colour is wanted.
-    LRESULT answer(HDC context, Color color) {
-        if (!brush_ || color != color_) {
-            brush_.reset(CreateSolidBrush(nativeColor(color)));
-            color_ = color;
-        }
-        SetBkColor(context, nativeColor(color));
-        return reinterpret_cast<LRESULT>(brush_.get());
-    }
-
-private:
-    BrushHandle brush_;
-    Color color_;
-};
+// Answers a request for a widget's background.
+inline LRESULT answerBackground(HDC context, Color color) noexcept {
+    SetBkColor(context, nativeColor(color));
+    SetDCBrushColor(context, nativeColor(color));
+    return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+}
 
 }  // namespace zustd

@@ -19,34 +19,27 @@ std::size_t portableIndex(LRESULT index) noexcept {
 
 void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ComboBoxWin32Gdi::synchronizeWithAbstraction", [this] {
-        const Outcome outcome = initializeFromDescriptor();
-        if (outcome == Outcome::kNoSurface) {
+        if (!initializeFromDescriptor()) {
             return;
         }
         synchronizeFont(getAbstraction().font());
-        if (outcome == Outcome::kMade) {
-            fill();
-        }
         fitHeight();
         setCaption();
         pushSelection();
     });
 }
 
-ComboBoxWin32Gdi::Outcome ComboBoxWin32Gdi::initializeFromDescriptor() {
+bool ComboBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
-    const Outcome outcome = synchronizeWindow(
-        getAbstraction(), {L"COMBOBOX", kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL, 0});
-    if (outcome != Outcome::kMade) {
-        return outcome;
-    }
-    caption_.clear();
-    COMBOBOXINFO parts{};
-    parts.cbSize = sizeof(parts);
-    if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
-        attachPart(parts.hwndItem);
-    }
-    return outcome;
+    const DWORD style = kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL;
+    return synchronizeWindow(getAbstraction(), {L"COMBOBOX", style, 0}, [this] {
+        COMBOBOXINFO parts{};
+        parts.cbSize = sizeof(parts);
+        if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
+            attachPart(parts.hwndItem);
+        }
+        fill();
+    });
 }
 
 void ComboBoxWin32Gdi::fill() {
@@ -79,10 +72,9 @@ void ComboBoxWin32Gdi::fitHeight() {
 
 void ComboBoxWin32Gdi::setCaption() {
     const NativeComboBox& box = getAbstraction();
-    std::wstring caption = box.hasCaption() ? box.caption().text(box) : std::wstring();
-    if (caption != caption_) {
+    const std::wstring caption = box.hasCaption() ? box.caption().text(box) : std::wstring();
+    if (isNewText(caption)) {
         send(CB_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(caption.c_str()));
-        caption_ = std::move(caption);
     }
 }
 
@@ -96,10 +88,6 @@ void ComboBoxWin32Gdi::setText(const std::wstring& text) {
 void ComboBoxWin32Gdi::mirrorAdded(std::size_t index) {
     send(CB_INSERTSTRING, index, reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
 }
-
-void ComboBoxWin32Gdi::mirrorRemoved(std::size_t index) { send(CB_DELETESTRING, index); }
-
-void ComboBoxWin32Gdi::mirrorCleared() { send(CB_RESETCONTENT); }
 
 void ComboBoxWin32Gdi::mirrorSelection() {
     guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });

@@ -2,27 +2,22 @@
 // field to type into.
 #pragma once
 
-#include <string>
-
 #include "ZuNativeComboBox.h"
 #include "ZuNativeControlWin32Gdi.h"
 
 namespace zustd {
 
-class ComboBoxWin32Gdi : public ComboBoxImplementation, public NativeControlWin32Gdi {
+class ComboBoxWin32Gdi : public ControlBackendWin32Gdi<ComboBoxImplementation> {
 public:
-    // Outside of a surface the box becomes a child of the host's window.
     explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept
-        : NativeControlWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override { destroyWindow(); }
-    bool hasNativeObject() const override { return window() != nullptr; }
 
 protected:
     void mirrorAdded(std::size_t index) override;
-    void mirrorRemoved(std::size_t index) override;
-    void mirrorCleared() override;
+    void mirrorRemoved(std::size_t index) override { send(CB_DELETESTRING, index); }
+    void mirrorCleared() override { send(CB_RESETCONTENT); }
     void mirrorSelection() override;
 
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
@@ -30,7 +25,7 @@ protected:
     bool usesKey(const KeyEvent& event) const override;
 
 private:
-    Outcome initializeFromDescriptor();
+    bool initializeFromDescriptor();
     void fill();
     void fitHeight();
     void setCaption();
@@ -40,7 +35,6 @@ private:
     void pushSelection();
     void acceptTyped();
 
-    std::wstring caption_;
     // The control's own notifications while it is filled are no news.
     bool filling_ = false;
 };

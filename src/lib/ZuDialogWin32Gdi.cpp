@@ -5,7 +5,6 @@
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuNativeButton.h"
-#include "ZuWindowService.h"
 
 namespace zustd {
 
@@ -14,9 +13,7 @@ namespace {
 // A dialog without menu, class, caption and font of its own.
 struct alignas(DWORD) DialogTemplate {
     DLGTEMPLATE head{};
-    WORD menu = 0;
-    WORD windowClass = 0;
-    WORD caption = 0;
+    std::array<WORD, 3> menuClassAndCaption{};
 };
 
 // What is too large for the area begins at its start.
@@ -47,7 +44,6 @@ void DialogWin32Gdi::synchronizeWithAbstraction() {
 void DialogWin32Gdi::releaseNativeObject() {
     internalHide(kAnswerNone);
     destroyWindow();
-    defaultButton_ = nullptr;
 }
 
 int DialogWin32Gdi::show(bool modal) {
@@ -151,14 +147,7 @@ void DialogWin32Gdi::internalHide(int result) {
     ShowWindow(window(), SW_HIDE);
 }
 
-bool DialogWin32Gdi::hasStyle(std::uint32_t style) const {
-    return (getAbstraction().style() & style) != 0;
-}
-
-HWND DialogWin32Gdi::findOwner() const {
-    const HWND window = creatorWindow();
-    return ModalSession::ownerFor(window != nullptr ? GetAncestor(window, GA_ROOT) : nullptr);
-}
+HWND DialogWin32Gdi::findOwner() const { return ModalSession::ownerFor(creatorWindow()); }
 
 void DialogWin32Gdi::createWindow(HWND owner) {
     DWORD style = WS_POPUP | WS_CLIPCHILDREN;
@@ -174,9 +163,8 @@ void DialogWin32Gdi::createWindow(HWND owner) {
     DialogTemplate description;
     description.head.style = style;
     description.head.dwExtendedStyle = extendedStyle;
-    const HWND made = CreateDialogIndirectParamW(
-        GetModuleHandleW(nullptr), &description.head, owner, &dialogProcedure,
-        reinterpret_cast<LPARAM>(static_cast<WindowHandlerWin32Gdi*>(this)));
+    const HWND made = CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &description.head,
+                                                 owner, &dialogProcedure, 0);
     if (made == nullptr) {
         throwSystemException(L"Could not create dialog", ZU_HERE);
     }
@@ -278,11 +266,6 @@ void DialogWin32Gdi::focusFirst() {
     if (!hasStyle(NativeDialog::kStylePopup) && !router.focused()) {
         router.moveFocus(false);
     }
-}
-
-void DialogWin32Gdi::onWindowLost() {
-    defaultButton_ = nullptr;
-    internalHide(kAnswerNone);
 }
 
 }  // namespace zustd

@@ -32,21 +32,20 @@ public:
     // Gives the dialog its window, with everything on it and the owner of the
     // moment; false when that is not possible.
     bool makeReady();
-    // What show() and hide() do. The first two need a window; the first lets go
-    // of the dialog when nothing but its messages is to come.
+    // What show() and hide() do. The first two need a window; the first lets go of the
+    // dialog when nothing but its messages is to come.
     int showModal(std::shared_ptr<Control> alive);
     void showNonModal();
     void internalHide(int result);
 
 protected:
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
-    void onResized(Size size) override { getAbstraction().acceptSize(size); }
     void onCloseRequest() override { getAbstraction().acceptClose(); }
     void focusFirst() override;
-    void onWindowLost() override;
+    void onWindowLost() override { internalHide(kAnswerNone); }
 
 private:
-    bool hasStyle(std::uint32_t style) const;
+    bool hasStyle(std::uint32_t style) const { return (getAbstraction().style() & style) != 0; }
     HWND findOwner() const;
     void createWindow(HWND owner);
     void place();

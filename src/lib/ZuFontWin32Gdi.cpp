@@ -1,8 +1,6 @@
 #include "ZuFontWin32Gdi.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cwchar>
 
 namespace zustd {
 

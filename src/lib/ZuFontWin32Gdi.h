@@ -7,9 +7,6 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <string_view>
 
 #include "ZuFont.h"
 #include "ZuHandleWin32Gdi.h"
@@ -26,8 +23,8 @@ public:
     void releaseNativeObject() override { font_.reset(); }
     bool hasNativeObject() const override { return static_cast<bool>(font_); }
 
-    // Makes the font if need be; a font of the system when that fails. Valid as
-    // long as this object and until releaseNativeObject().
+    // Makes the font if need be; a font of the system when that fails. Valid until
+    // releaseNativeObject().
     HFONT handle();
     // Pixels from one line to the next.
     std::int32_t lineHeight();
@@ -56,12 +53,10 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor);
 // How the system draws its own windows; all zero when it does not say.
 NONCLIENTMETRICSW windowMetrics() noexcept;
 
-// The backend of a font that a window service made. Fails an assertion for a
-// font of another origin.
+// The backend of a font; fails an assertion unless a window service made that.
 FontWin32Gdi& fontBackend(const Font& font);
 
-// A device context that texts can be measured in at any time; this thread's,
-// kept until the thread ends.
+// A device context to measure texts in: this thread's, kept until the thread ends.
 HDC measuringContext();
 
 }  // namespace zustd

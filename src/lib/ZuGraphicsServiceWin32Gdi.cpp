@@ -1,6 +1,5 @@
 #include "ZuGraphicsServiceWin32Gdi.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "ZuBitmapWin32Gdi.h"
@@ -66,16 +65,13 @@ std::int32_t aligned(TextAlignment alignment, std::int32_t first, std::int32_t r
                                                  : first;
 }
 
-UINT horizontalFlag(TextAlignment alignment) noexcept {
-    return alignment == TextAlignment::kEnd      ? DT_RIGHT
-           : alignment == TextAlignment::kCentre ? DT_CENTER
-                                                 : DT_LEFT;
-}
+// In the order of TextAlignment.
+constexpr std::array<UINT, 3> kHorizontalFlags = {DT_LEFT, DT_RIGHT, DT_CENTER};
 
 }  // namespace
 
 void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
-    ZU_ASSERT(!drawBusy_);
+    ZU_ASSERT_AS(layers_.empty(), L"!drawBusy_", ZU_HERE);
     Layer layer;
     layer.context = context;
     layer.area = drawArea;
@@ -87,7 +83,6 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
         throwSystemException(L"Could not connect to device context", ZU_HERE);
     }
     layers_.push_back(std::move(layer));
-    drawBusy_ = true;
     // What the caller has clipped away stays away: clipping from here on is a
     // further restriction.
     SetMetaRgn(context);
@@ -97,7 +92,7 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
 }
 
 void GraphicsServiceWin32Gdi::disconnect() noexcept {
-    if (!drawBusy_) {
+    if (layers_.empty()) {
         return;
     }
     while (layers_.size() > 1) {
@@ -105,7 +100,6 @@ void GraphicsServiceWin32Gdi::disconnect() noexcept {
     }
     RestoreDC(layers_.front().context, savedContext_);
     layers_.clear();
-    drawBusy_ = false;
 }
 
 void GraphicsServiceWin32Gdi::drawVerticalGradient(const Rect& area, Color from, Color to) {
@@ -113,9 +107,10 @@ void GraphicsServiceWin32Gdi::drawVerticalGradient(const Rect& area, Color from,
     const std::int64_t last = std::max<std::int64_t>(std::int64_t{area.bottom} - area.top, 1);
     for (std::int32_t y = seen.top; y <= seen.bottom; ++y) {
         const std::int64_t step = std::int64_t{y} - area.top;
-        fill({seen.left, y, seen.right, y}, Color::rgb(between(from.red, to.red, step, last),
-                                                       between(from.green, to.green, step, last),
-                                                       between(from.blue, to.blue, step, last)));
+        drawRectangle({seen.left, y, seen.right, y},
+                      Color::rgb(between(from.red, to.red, step, last),
+                                 between(from.green, to.green, step, last),
+                                 between(from.blue, to.blue, step, last)));
     }
 }
 
@@ -134,12 +129,25 @@ void GraphicsServiceWin32Gdi::drawGradient(const Rect& area, Color from, Color t
 }
 
 void GraphicsServiceWin32Gdi::drawBitmap(const Bitmap& bitmap, Point place, double alpha) {
-    blend(bitmap, Rect::at(place, bitmapBackend(bitmap).imageSize()), alpha);
+    drawStretchedBitmap(bitmap, Rect::at(place, bitmapBackend(bitmap).image().size), alpha);
 }
 
 void GraphicsServiceWin32Gdi::drawStretchedBitmap(const Bitmap& bitmap, const Rect& area,
                                                   double alpha) {
-    blend(bitmap, area, alpha);
+    ZU_ASSERT(alpha >= 0 && alpha <= 1.0);
+    const HDC context = top().context;
+    const BitmapWin32Gdi& backend = bitmapBackend(bitmap);
+    if (backend.handle() == nullptr || area.isEmpty()) {
+        return;
+    }
+    const Size image = backend.image().size;
+    const Rect target = cut(area);
+    const MemoryDeviceContext source(CreateCompatibleDC(context));
+    const SelectedObject selected(source.get(), backend.handle());
+    const BLENDFUNCTION function{AC_SRC_OVER, 0, static_cast<BYTE>(std::lround(alpha * 255)),
+                                 AC_SRC_ALPHA};
+    AlphaBlend(context, target.left, target.top, target.width(), target.height(), source.get(), 0,
+               0, image.width, image.height, function);
 }
 
 void GraphicsServiceWin32Gdi::drawFocusFrame(const Rect& area) {
@@ -161,13 +169,13 @@ void GraphicsServiceWin32Gdi::drawLine(Point from, Point to) {
     const std::int32_t before = penWidth_ / 2;
     const std::int32_t behind = penWidth_ - before - 1;
     if (from.y == to.y) {
-        fill({line.left, saturatedSum(line.top, -before), line.right,
-              saturatedSum(line.bottom, behind)},
-             penColor_);
+        drawRectangle({line.left, saturatedSum(line.top, -before), line.right,
+                       saturatedSum(line.bottom, behind)},
+                      penColor_);
     } else if (from.x == to.x) {
-        fill({saturatedSum(line.left, -before), line.top, saturatedSum(line.right, behind),
-              line.bottom},
-             penColor_);
+        drawRectangle({saturatedSum(line.left, -before), line.top, saturatedSum(line.right, behind),
+                       line.bottom},
+                      penColor_);
     } else {
         drawSlantedLine(from, to);
     }
@@ -176,16 +184,23 @@ void GraphicsServiceWin32Gdi::drawLine(Point from, Point to) {
 void GraphicsServiceWin32Gdi::drawRectangle(const Rect& area) {
     const Rect inside = area.shrunkBy(penWidth_, penWidth_);
     if (inside.isEmpty()) {
-        fill(area, penColor_);
+        drawRectangle(area, penColor_);
         return;
     }
-    fill({area.left, area.top, area.right, inside.top - 1}, penColor_);
-    fill({area.left, inside.bottom + 1, area.right, area.bottom}, penColor_);
-    fill({area.left, inside.top, inside.left - 1, inside.bottom}, penColor_);
-    fill({inside.right + 1, inside.top, area.right, inside.bottom}, penColor_);
+    drawRectangle({area.left, area.top, area.right, inside.top - 1}, penColor_);
+    drawRectangle({area.left, inside.bottom + 1, area.right, area.bottom}, penColor_);
+    drawRectangle({area.left, inside.top, inside.left - 1, inside.bottom}, penColor_);
+    drawRectangle({inside.right + 1, inside.top, area.right, inside.bottom}, penColor_);
 }
 
-void GraphicsServiceWin32Gdi::drawRectangle(const Rect& area, Color color) { fill(area, color); }
+void GraphicsServiceWin32Gdi::drawRectangle(const Rect& area, Color color) {
+    const HDC context = top().context;
+    if (!area.isEmpty()) {
+        SetDCBrushColor(context, nativeColor(color));
+        const RECT native = nativeRect(cut(area));
+        FillRect(context, &native, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    }
+}
 
 void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, Point place, const Font& font,
                                        Color color) {
@@ -206,10 +221,9 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area,
     const SelectedObject selected(context, backend.handle());
     SetTextColor(context, nativeColor(color));
     const std::int32_t lineHeight = backend.lineHeight();
-    UINT flags = horizontalFlag(format.horizontal) | (format.accelerators ? 0 : DT_NOPREFIX);
-    if (format.wordWrap) {
-        flags |= kWrapped;
-    }
+    UINT flags = kHorizontalFlags[static_cast<std::size_t>(format.horizontal)] |
+                 (format.accelerators ? 0 : DT_NOPREFIX);
+    flags |= format.wordWrap ? kWrapped : 0;
     Rect used = area;
     if (format.vertical != TextAlignment::kStart) {
         const std::int32_t height =
@@ -310,28 +324,14 @@ void GraphicsServiceWin32Gdi::setClippingArea(const Rect& area) {
     applyClip();
 }
 
-void GraphicsServiceWin32Gdi::clearClippingArea() {
-    Layer& layer = top();
-    layer.clips.back() = layer.area;
-    applyClip();
-}
-
 void GraphicsServiceWin32Gdi::setPen(Color color, std::int32_t width) {
     ZU_ASSERT(width > 0);
-    width = std::min(width, kWidestPen);
-    if (color != penColor_ || width != penWidth_) {
-        penColor_ = color;
-        penWidth_ = width;
-        pen_.reset();
-    }
-}
-
-Rect GraphicsServiceWin32Gdi::getDrawArea() const {
-    return layers_.empty() ? Rect{} : layers_.front().area;
+    penColor_ = color;
+    penWidth_ = std::min(width, kWidestPen);
 }
 
 GraphicsServiceWin32Gdi::Layer& GraphicsServiceWin32Gdi::top() {
-    ZU_ASSERT(drawBusy_);
+    ZU_ASSERT_AS(!layers_.empty(), L"drawBusy_", ZU_HERE);
     return layers_.back();
 }
 
@@ -344,15 +344,6 @@ void GraphicsServiceWin32Gdi::applyClip() {
     IntersectClipRect(layer.context, native.left, native.top, native.right, native.bottom);
 }
 
-void GraphicsServiceWin32Gdi::fill(const Rect& area, Color color) {
-    const HDC context = top().context;
-    if (!area.isEmpty()) {
-        SetDCBrushColor(context, nativeColor(color));
-        const RECT native = nativeRect(cut(area));
-        FillRect(context, &native, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-    }
-}
-
 void GraphicsServiceWin32Gdi::drawSlantedLine(Point from, Point to) {
     const HDC context = top().context;
     const auto cutEnd = [](Point end) {
@@ -360,31 +351,12 @@ void GraphicsServiceWin32Gdi::drawSlantedLine(Point from, Point to) {
     };
     from = cutEnd(from);
     to = cutEnd(to);
-    if (!pen_) {
-        pen_.reset(CreatePen(PS_SOLID, penWidth_, nativeColor(penColor_)));
-    }
-    const SelectedObject selected(context, pen_.get());
+    const PenHandle pen(CreatePen(PS_SOLID, penWidth_, nativeColor(penColor_)));
+    const SelectedObject selected(context, pen.get());
     MoveToEx(context, from.x, from.y, nullptr);
     LineTo(context, to.x, to.y);
     // GDI leaves out the last pixel of thin lines.
     SetPixelV(context, to.x, to.y, nativeColor(penColor_));
-}
-
-void GraphicsServiceWin32Gdi::blend(const Bitmap& bitmap, const Rect& area, double alpha) {
-    ZU_ASSERT(alpha >= 0 && alpha <= 1.0);
-    const HDC context = top().context;
-    const BitmapWin32Gdi& backend = bitmapBackend(bitmap);
-    if (backend.handle() == nullptr || area.isEmpty()) {
-        return;
-    }
-    const Size image = backend.imageSize();
-    const Rect target = cut(area);
-    const MemoryDeviceContext source(CreateCompatibleDC(context));
-    const SelectedObject selected(source.get(), backend.handle());
-    const BLENDFUNCTION function{AC_SRC_OVER, 0, static_cast<BYTE>(std::lround(alpha * 255)),
-                                 AC_SRC_ALPHA};
-    AlphaBlend(context, target.left, target.top, target.width(), target.height(), source.get(), 0,
-               0, image.width, image.height, function);
 }
 
 // Wrapped text is laid out by the system as a whole. Other text is drawn line

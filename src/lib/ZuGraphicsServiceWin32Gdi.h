@@ -1,19 +1,13 @@
 // The Windows half of a graphics service: drawing with GDI.
 //
-// A surface connects the service to a device context, lets its controls draw,
-// and disconnects it. disconnect() leaves the context as it was found, whatever
-// the paint has left open, so that an exception in between does no harm. While
-// connected there is a stack of layers: the context itself at the bottom and one
-// memory bitmap above it for each buffered paint that is open. A layer has its
-// clipping areas, the last of which counts.
+// A surface connects the service to a device context, lets its controls draw, and
+// disconnects it. While connected there is a stack of layers: the context itself at
+// the bottom and one memory bitmap above it for each buffered paint that is open. A
+// layer has its clipping areas, the last of which counts.
 //
 // Coordinates are pixels of the surface. Those far beyond any screen are cut
 // before GDI sees them. Measuring needs no connection.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <vector>
 
 #include "ZuGraphicsService.h"
 #include "ZuHandleWin32Gdi.h"
@@ -26,8 +20,8 @@ public:
     // the surface's, and only within the area. Fails the assertion
     // "!drawBusy_" while connected.
     void connect(HDC context, const Rect& drawArea);
-    // Restores the context; what an open buffered paint holds is given up.
-    // Does nothing when not connected.
+    // Leaves the context as it was found, whatever the paint has left open; what an
+    // open buffered paint holds is given up. Does nothing when not connected.
     void disconnect() noexcept;
 
     // What is drawn on at the moment, for backends that draw by themselves;
@@ -55,9 +49,9 @@ public:
     void beginClipping(const Rect& area) override;
     void endClipping() override;
     void setClippingArea(const Rect& area) override;
-    void clearClippingArea() override;
+    void clearClippingArea() override { setClippingArea(top().area); }
     void setPen(Color color, std::int32_t width) override;
-    Rect getDrawArea() const override;
+    Rect getDrawArea() const override { return layers_.empty() ? Rect{} : layers_.front().area; }
 
 private:
     // Members end in the opposite order: the bitmap leaves its context first.
@@ -72,15 +66,11 @@ private:
 
     Layer& top();
     void applyClip();
-    void fill(const Rect& area, Color color);
     void drawSlantedLine(Point from, Point to);
-    void blend(const Bitmap& bitmap, const Rect& area, double alpha);
     void drawLines(std::wstring_view text, const Rect& area, UINT flags, std::int32_t lineHeight);
 
     std::vector<Layer> layers_;
-    bool drawBusy_ = false;
     int savedContext_ = 0;
-    PenHandle pen_;  // made when a slanted line needs it
     Color penColor_ = Color::rgb(0, 0, 0);
     std::int32_t penWidth_ = 1;
 };
@@ -88,8 +78,7 @@ private:
 // A graphics service with its backend.
 std::shared_ptr<GraphicsService> makeGraphicsService();
 
-// The backend of a service that makeGraphicsService made. Fails an assertion
-// for a service of another origin.
+// The backend of a service; fails an assertion unless makeGraphicsService made that.
 GraphicsServiceWin32Gdi& graphicsBackend(GraphicsService& graphics);
 
 }  // namespace zustd

@@ -2,7 +2,6 @@
 
 #include <windowsx.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "ZuFontWin32Gdi.h"
@@ -18,23 +17,15 @@ constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LV
 // Left and right of a text, at a scaling factor of 1.
 constexpr std::int32_t kCellPadding = 12;
 constexpr std::int32_t kCheckBoxSpace = 20;
-constexpr int kAllRows = -1;
+constexpr auto kAllRows = static_cast<std::size_t>(-1);
 
 DWORD styleOf(const NativeGridView& grid) noexcept {
     return kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
            (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
 }
 
-int formatOf(Alignment alignment) noexcept {
-    switch (alignment) {
-        case Alignment::kEnd:
-            return LVCFMT_RIGHT;
-        case Alignment::kCentre:
-            return LVCFMT_CENTER;
-        default:
-            return LVCFMT_LEFT;
-    }
-}
+// In the order of Alignment.
+constexpr std::array<int, 4> kFormats = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
 
 bool startsWith(const std::wstring& text, const std::wstring& start, bool whole) noexcept {
     if (text.size() < start.size() || (whole && text.size() != start.size())) {
@@ -49,36 +40,31 @@ bool startsWith(const std::wstring& text, const std::wstring& start, bool whole)
 // --- State to window ------------------------------------------------------------------------
 
 void GridViewWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] { synchronize(); });
+    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] {
+        settle();
+        const Mirroring mirroring(*this);
+        if (!initializeFromDescriptor()) {
+            return;
+        }
+        push();
+        if (isStale()) {
+            fill();
+        }
+        // Their widths depend on the rows.
+        pushColumns();
+    });
 }
 
-void GridViewWin32Gdi::synchronize() {
-    settle();
-    const Mirroring mirroring(*this);
-    if (initializeFromDescriptor() == Outcome::kNoSurface) {
-        return;
-    }
-    push();
-    if (isStale()) {
-        fill();
-    }
-    // Their widths depend on the rows.
-    pushColumns();
-}
-
-GridViewWin32Gdi::Outcome GridViewWin32Gdi::initializeFromDescriptor() {
+bool GridViewWin32Gdi::initializeFromDescriptor() {
     NativeGridView& grid = getAbstraction();
     initializeCommonControl(ICC_LISTVIEW_CLASSES);
-    const Outcome outcome =
-        synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE});
-    if (outcome == Outcome::kMade) {
+    return synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE}, [this] {
         forgetPushed();
         columns_.clear();
         markStale();
         send(LVM_SETUNICODEFORMAT, TRUE);
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
-    }
-    return outcome;
+    });
 }
 
 void GridViewWin32Gdi::push() {
@@ -95,11 +81,10 @@ void GridViewWin32Gdi::fill() {
     const GridModel& model = getAbstraction().model();
     setRowCount();
     if (ListView_GetSelectedCount(window()) != 0) {
-        setSelected(static_cast<std::size_t>(kAllRows), false);
+        setSelected(kAllRows, false);
     }
     if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
-        setSelected(getAbstraction().isMultiSelect() ? static_cast<std::size_t>(kAllRows) : 0,
-                    true);
+        setSelected(getAbstraction().isMultiSelect() ? kAllRows : 0, true);
     } else {
         // Ascending, so that the window appends to what it has.
         for (const std::size_t row : model.selectedRows()) {
@@ -110,11 +95,13 @@ void GridViewWin32Gdi::fill() {
 }
 
 void GridViewWin32Gdi::setRowCount() {
+    const Mirroring mirroring(*this);
     send(LVM_SETITEMCOUNT, getAbstraction().model().rowCount(),
          LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
+    const Mirroring mirroring(*this);
     LVITEMW item{};
     item.state = selected ? LVIS_SELECTED : 0;
     item.stateMask = LVIS_SELECTED;
@@ -149,7 +136,7 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     std::wstring caption = wanted.caption;
     LVCOLUMNW native{};
     native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | (isNew ? LVCF_SUBITEM : 0U);
-    native.fmt = formatOf(wanted.alignment);
+    native.fmt = kFormats[static_cast<std::size_t>(wanted.alignment)];
     native.cx = widthOf(column);
     native.pszText = caption.data();
     native.iSubItem = static_cast<int>(column);
@@ -158,11 +145,8 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     if (isNew ? done < 0 : done == FALSE) {
         throwSystemException(L"Could not set column", ZU_HERE);
     }
-    if (isNew) {
-        columns_.push_back(wanted);
-    } else {
-        columns_[column] = wanted;
-    }
+    columns_.resize(std::max(columns_.size(), column + 1));
+    columns_[column] = wanted;
 }
 
 void GridViewWin32Gdi::pushWidth(std::size_t column) {
@@ -221,27 +205,19 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 
 // --- Single changes -------------------------------------------------------------------------
 
-// Shown with others that come until the window's next message.
-template <class Body>
-void GridViewWin32Gdi::mirror(const wchar_t* operation, Body body) {
-    guarded(operation, [&] {
-        deferRedraw();
-        const Mirroring mirroring(*this);
-        body();
-    });
-}
-
-void GridViewWin32Gdi::mirrorAdded(std::size_t) {
-    mirror(L"GridViewWin32Gdi::mirrorAdded", [this] { setRowCount(); });
-}
+// All but mirrorRow() show what changed with others that come until the window's
+// next message.
 
 // The window moves the selection of the later rows along.
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
-    mirror(L"GridViewWin32Gdi::mirrorRemoved", [&] { send(LVM_DELETEITEM, row); });
+    deferRedraw();
+    const Mirroring mirroring(*this);
+    send(LVM_DELETEITEM, row);
 }
 
 void GridViewWin32Gdi::mirrorCleared() {
-    mirror(L"GridViewWin32Gdi::mirrorCleared", [this] { setRowCount(); });
+    deferRedraw();
+    setRowCount();
 }
 
 void GridViewWin32Gdi::mirrorRow(std::size_t row) {
@@ -250,12 +226,11 @@ void GridViewWin32Gdi::mirrorRow(std::size_t row) {
 }
 
 void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
-    mirror(L"GridViewWin32Gdi::mirrorSelected", [&] { setSelected(row, selected); });
+    deferRedraw();
+    setSelected(row, selected);
 }
 
-void GridViewWin32Gdi::mirrorAllSelected(bool selected) {
-    mirrorSelected(static_cast<std::size_t>(kAllRows), selected);
-}
+void GridViewWin32Gdi::mirrorAllSelected(bool selected) { mirrorSelected(kAllRows, selected); }
 
 // --- What the window asks -------------------------------------------------------------------
 
@@ -349,9 +324,13 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         }
         case NM_CLICK:
         case NM_DBLCLK:
-        case NM_RCLICK:
-            noteClick(*reinterpret_cast<const NMITEMACTIVATE*>(header));
+        case NM_RCLICK: {
+            const int row = reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem;
+            const std::wstring key =
+                isRow(row) ? getAbstraction().model().key(static_cast<std::size_t>(row)) : L"";
+            click_ = Click{header->code == NM_RCLICK, key};
             return true;
+        }
         default:
             return false;
     }
@@ -362,31 +341,11 @@ void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT new
         return;
     }
     const bool selected = (newState & LVIS_SELECTED) != 0;
-    if (from == kAllRows) {
+    if (from == -1) {
         getAbstraction().acceptSelected(0, kNullSize, selected);
     } else if (isRow(from) && to >= from) {
         getAbstraction().acceptSelected(static_cast<std::size_t>(from),
                                         static_cast<std::size_t>(to), selected);
-    }
-}
-
-void GridViewWin32Gdi::noteClick(const NMITEMACTIVATE& click) {
-    const bool right = click.hdr.code == NM_RCLICK;
-    const auto row = static_cast<std::size_t>(click.iItem);
-    click_ = Click{right, isRow(click.iItem) ? getAbstraction().model().key(row) : L""};
-}
-
-// The button selected the row before, and who heard of that may have moved or
-// removed it.
-void GridViewWin32Gdi::reportClick() {
-    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
-        NativeGridView& grid = getAbstraction();
-        const std::size_t row = grid.model().findRow(click->key);
-        if (click->right) {
-            grid.acceptRightClick(row);
-        } else {
-            grid.acceptLeftClick(row);
-        }
     }
 }
 
@@ -427,17 +386,11 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     }
 }
 
-int GridViewWin32Gdi::rowAt(LPARAM point, UINT parts) const {
-    LVHITTESTINFO hit{};
-    hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
-    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
-    return (hit.flags & parts) != 0 ? row : -1;
-}
-
 bool GridViewWin32Gdi::toggle(int row) {
     if (!isRow(row)) {
         return false;
     }
+    SetFocus(window());
     NativeGridView& grid = getAbstraction();
     const auto index = static_cast<std::size_t>(row);
     grid.acceptChecked(index, !grid.model().isChecked(index));
@@ -449,12 +402,10 @@ bool GridViewWin32Gdi::toggle(int row) {
 }
 
 bool GridViewWin32Gdi::toggleAt(LPARAM point) {
-    const int row = rowAt(point, LVHT_ONITEMSTATEICON);
-    if (!isRow(row)) {
-        return false;
-    }
-    SetFocus(window());
-    return toggle(row);
+    LVHITTESTINFO hit{};
+    hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
+    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
 }
 
 // With Control it is the window's, which selects the row then.
@@ -464,7 +415,7 @@ bool GridViewWin32Gdi::toggleFocused() {
 
 // -1 for none.
 int GridViewWin32Gdi::focusedRow() const noexcept {
-    return static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(kAllRows), LVNI_FOCUSED));
+    return static_cast<int>(send(LVM_GETNEXTITEM, kAllRows, LVNI_FOCUSED));
 }
 
 void GridViewWin32Gdi::reportMenuKey() {
@@ -478,8 +429,18 @@ bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {
 }
 
 void GridViewWin32Gdi::reportActions() {
-    getAbstraction().acceptSelectionDone();
-    reportClick();
+    NativeGridView& grid = getAbstraction();
+    grid.acceptSelectionDone();
+    // The button selected the row before, and who heard of that may have moved or
+    // removed it.
+    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
+        const std::size_t row = grid.model().findRow(click->key);
+        if (click->right) {
+            grid.acceptRightClick(row);
+        } else {
+            grid.acceptLeftClick(row);
+        }
+    }
 }
 
 }  // namespace zustd

@@ -1,37 +1,30 @@
 // The Windows half of a grid: a SysListView32 in report mode that asks the
 // model for what it shows.
 //
-// The window knows the number of rows and which of them are selected, nothing
-// else; texts, images and check boxes are read from the model when they are
-// shown, so that filling costs the same for any number of rows. The user's
-// changes of the selection are collected until the message that caused them is
-// done with, and reported once; then comes the click.
+// The window knows the number of rows and which of them are selected, nothing else,
+// so that filling costs the same for any number of rows. The user's changes of the
+// selection are collected until the message that caused them is done with, and
+// reported once; then comes the click.
 #pragma once
-
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "ZuItemControlWin32Gdi.h"
 #include "ZuNativeGridView.h"
 
 namespace zustd {
 
-class GridViewWin32Gdi : public GridViewImplementation, public ItemControlWin32Gdi {
+class GridViewWin32Gdi
+    : public ControlBackendWin32Gdi<GridViewImplementation, ItemControlWin32Gdi> {
 public:
-    // The window, which may be null, is the parent of a grid outside of any
-    // surface.
     explicit GridViewWin32Gdi(HWND hostWindow) noexcept
-        : ItemControlWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override;
-    bool hasNativeObject() const override { return window() != nullptr; }
     void resizeColumns() override;
     void synchronizeBitmaps() override;
 
 protected:
-    void mirrorAdded(std::size_t row) override;
+    void mirrorAdded(std::size_t) override { mirrorCleared(); }
     void mirrorRemoved(std::size_t row) override;
     void mirrorCleared() override;
     void mirrorRow(std::size_t row) override;
@@ -46,27 +39,21 @@ protected:
     void reportMenuKey() override;
 
 private:
-    Outcome initializeFromDescriptor();
-    void synchronize();
+    bool initializeFromDescriptor();
     void push();
     void pushColumns();
     void pushColumn(std::size_t column, bool isNew);
     void pushWidth(std::size_t column);
     void fill();
-    template <class Body>
-    void mirror(const wchar_t* operation, Body body);
     void setRowCount();
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
     bool isRow(int index) const noexcept;
-    int rowAt(LPARAM point, UINT parts) const;
     void answerDisplay(LVITEMW& item) const;
     LRESULT find(const NMLVFINDITEMW& request) const;
     void showTooltip(NMLVGETINFOTIPW& request);
     void acceptSelection(int from, int to, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
-    void noteClick(const NMITEMACTIVATE& click);
-    void reportClick();
     bool toggle(int row);
     int focusedRow() const noexcept;
 

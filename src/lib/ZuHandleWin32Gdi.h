@@ -39,14 +39,8 @@ struct NullHandleTraits {
 
 // The kinds whose invalid value is INVALID_HANDLE_VALUE.
 template <auto Close>
-struct FileHandleTraits {
-    using Type = HANDLE;
-    // What Handle asks of a kind.
-    static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
-    static void close(Type handle) noexcept {
-        const LastErrorKeeper keeper;
-        Close(handle);
-    }
+struct FileHandleTraits : NullHandleTraits<HANDLE, Close> {
+    static HANDLE invalid() noexcept { return INVALID_HANDLE_VALUE; }
 };
 
 using FindHandle = Handle<FileHandleTraits<&FindClose>>;
@@ -59,7 +53,6 @@ using WindowHandle = Handle<NullHandleTraits<HWND, &DestroyWindow>>;
 // --- Drawing ------------------------------------------------------------------
 
 using FontHandle = Handle<NullHandleTraits<HFONT, &DeleteObject>>;
-using BrushHandle = Handle<NullHandleTraits<HBRUSH, &DeleteObject>>;
 using PenHandle = Handle<NullHandleTraits<HPEN, &DeleteObject>>;
 using BitmapHandle = Handle<NullHandleTraits<HBITMAP, &DeleteObject>>;
 using IconHandle = Handle<NullHandleTraits<HICON, &DestroyIcon>>;

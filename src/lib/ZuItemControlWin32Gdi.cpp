@@ -1,9 +1,6 @@
 #include "ZuItemControlWin32Gdi.h"
 
-#include <algorithm>
-
 #include "ZuBitmapWin32Gdi.h"
-#include "ZuColorWin32Gdi.h"
 #include "ZuWindowService.h"
 // Behind the wrapper.
 #include <uxtheme.h>
@@ -44,21 +41,17 @@ void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF backgr
     const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
     const SelectedObject selected(context.get(), image.handle.get());
     const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
-    SIZE size{extent - 2 * kCheckMargin, extent - 2 * kCheckMargin};
-    if (theme != nullptr) {
-        SIZE own = size;
-        GetThemePartSize(theme, context.get(), BP_CHECKBOX, state, nullptr, TS_DRAW, &own);
-        size = {std::min(own.cx, size.cx), std::min(own.cy, size.cy)};
-    }
+    const LONG room = extent - 2 * kCheckMargin;
+    SIZE size{room, room};
+    // Without a theme nothing is said, and nothing drawn.
+    GetThemePartSize(theme, context.get(), BP_CHECKBOX, state, nullptr, TS_DRAW, &size);
+    size = {std::min(size.cx, room), std::min(size.cy, room)};
     const POINT corner{(extent - size.cx) / 2, (extent - size.cy) / 2};
-    const RECT box{corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
-    if (theme != nullptr) {
-        SetDCBrushColor(context.get(), background);
-        FillRect(context.get(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        DrawThemeBackground(theme, context.get(), BP_CHECKBOX, state, &box, nullptr);
-    } else {
-        RECT plain = box;
-        DrawFrameControl(context.get(), &plain, DFC_BUTTON,
+    RECT box{corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
+    SetDCBrushColor(context.get(), background);
+    FillRect(context.get(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    if (FAILED(DrawThemeBackground(theme, context.get(), BP_CHECKBOX, state, &box, nullptr))) {
+        DrawFrameControl(context.get(), &box, DFC_BUTTON,
                          DFCS_BUTTONCHECK | DFCS_FLAT | (checked ? UINT{DFCS_CHECKED} : 0U));
     }
     GdiFlush();
@@ -76,18 +69,6 @@ COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexce
 }
 
 }  // namespace
-
-ItemControlWin32Gdi::~ItemControlWin32Gdi() { releaseItems(); }
-
-ItemControlWin32Gdi::BulkMirroring::BulkMirroring(ItemControlWin32Gdi& control) noexcept
-    : control_(control), mirroring_(control) {
-    control_.send(WM_SETREDRAW, FALSE);
-}
-
-ItemControlWin32Gdi::BulkMirroring::~BulkMirroring() {
-    control_.burst_ = 0;
-    control_.resumeRedraw();
-}
 
 void ItemControlWin32Gdi::resumeRedraw() noexcept {
     if (window() == nullptr) {
@@ -120,14 +101,6 @@ void ItemControlWin32Gdi::settle() noexcept {
     }
 }
 
-bool ItemControlWin32Gdi::letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept {
-    {
-        const auto untilAnswered = answering();
-        result = answerByDefault(message);
-    }
-    return !isAnswering() && !isMirroring();
-}
-
 bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     if (!isMirroring()) {
         settle();
@@ -137,7 +110,11 @@ bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT&
         }
     }
     catchUp();
-    if (!answers(message) && !onItemMessage(message, result) && letWindowAnswer(message, result)) {
+    if (answers(message) || onItemMessage(message, result)) {
+        return true;
+    }
+    letWindowAnswer(message, result);
+    if (!isAnswering() && !isMirroring()) {
         catchUp();
         reportActions();
     }
@@ -173,8 +150,8 @@ void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontD
                         colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
     bool changed = colors_ != colors;
     if (changed) {
-        send(look.setTextColor, 0, static_cast<LPARAM>(colors.text));
-        send(look.setBackground, 0, static_cast<LPARAM>(colors.background));
+        send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));
+        send(look.setBackground, 0, static_cast<LPARAM>(colors[1]));
         colors_ = colors;
     }
     if (updateImages(bitmaps)) {
@@ -197,12 +174,12 @@ bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor) {
     if (descriptor != nullptr) {
         wanted = {descriptor->identifiers(), descriptor->size(), control().scale(1.0)};
     }
-    if (request_ != wanted) {
-        images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
-        request_ = std::move(wanted);
-        imagesPushed_ = false;
+    if (request_ == wanted) {
+        return false;
     }
-    return !std::exchange(imagesPushed_, true);
+    images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
+    request_ = std::move(wanted);
+    return true;
 }
 
 ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& descriptor) const {
@@ -214,8 +191,8 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
         const PixelBitmap image(size);
         const auto bitmap =
             service ? service->getBitmap(BitmapDescriptor(identifier, descriptor.size())) : nullptr;
-        if (bitmap && bitmapBackend(*bitmap).hasNativeObject()) {
-            copyPlainPixels(image, size, bitmapBackend(*bitmap));
+        if (bitmap) {
+            copyPlainPixels(image, bitmapBackend(*bitmap).image());
         }
         append(list, image);
     }
@@ -225,7 +202,7 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
 bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
     CheckRequest wanted;
     if (show) {
-        wanted = {true, std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
+        wanted = {std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
                   colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
                   GetSysColor(COLOR_WINDOWTEXT)};
     }
@@ -255,7 +232,7 @@ bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
 
 void ItemControlWin32Gdi::forgetPushed() noexcept {
     colors_.reset();
-    imagesPushed_ = false;
+    request_.reset();
     checkRequest_.reset();
     burst_ = 0;
 }
@@ -263,7 +240,6 @@ void ItemControlWin32Gdi::forgetPushed() noexcept {
 void ItemControlWin32Gdi::releaseItems() noexcept {
     destroyWindow();
     forgetPushed();
-    request_.reset();
     images_.reset();
     checkImages_.reset();
 }

@@ -1,21 +1,16 @@
 // What the backends of trees and grids have in common: native controls with
 // items that mirror a portable model.
 //
-// Everything that the backend itself changes in its window is done within a
-// Mirroring; the notifications that come meanwhile say nothing about the user
-// and are ignored. Images come in two lists, both owned here: the items' own,
-// made from a descriptor, and the two pictures of a check box in the look of the
-// theme, which the control shows as an item's state.
+// What the backend itself changes in its window is done within a Mirroring. Images
+// come in two lists, both owned here: the items' own, made from a descriptor, and the
+// two pictures of a check box in the look of the theme, which the control shows as an
+// item's state.
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
-#include "ZuScope.h"
-#include "ZuWindows.h"
 
 // Needs windows.h before it.
 #include <commctrl.h>
@@ -26,12 +21,13 @@ using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>
 
 class ItemControlWin32Gdi : public NativeControlWin32Gdi {
 public:
-    ~ItemControlWin32Gdi() override;
+    ~ItemControlWin32Gdi() override { releaseItems(); }
 
 protected:
     using NativeControlWin32Gdi::NativeControlWin32Gdi;
 
-    // While one lives, notifications come from the backend's own doing.
+    // While one lives, notifications come from the backend's own doing and say
+    // nothing about the user.
     class Mirroring : ScopedValue<bool> {
     public:
         explicit Mirroring(ItemControlWin32Gdi& control) : ScopedValue(control.mirroring_, true) {}
@@ -40,8 +36,14 @@ protected:
     // A Mirroring of many items, shown at its end.
     class BulkMirroring {
     public:
-        explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept;
-        ~BulkMirroring();
+        explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept
+            : control_(control), mirroring_(control) {
+            control_.send(WM_SETREDRAW, FALSE);
+        }
+        ~BulkMirroring() {
+            control_.burst_ = 0;
+            control_.resumeRedraw();
+        }
 
     private:
         ItemControlWin32Gdi& control_;
@@ -71,8 +73,6 @@ protected:
     virtual bool toggleAt(LPARAM point) = 0;
     virtual bool toggleFocused() = 0;
     virtual void reportMenuKey() = 0;
-    // True when it is to be reported.
-    bool letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
 
     // The window's messages for what follows, the kinds of its two lists of images,
     // and the state that it takes for the first of a check box: a tree counts from
@@ -85,10 +85,9 @@ protected:
         WPARAM checkImages;
         UINT firstState;
     };
-    // Font, text and background by the control's own colours (the system's where
-    // these are unset, for a list lies on a page like a field and not like a
-    // label), images and check boxes, as far as the window has not got them yet.
-    // Null stands for the default font, and for no images.
+    // Font, colours (the control's own, or the system's for a field), images and check
+    // boxes, as far as the window has not got them yet. Null stands for the default
+    // font, and for no images.
     void pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                   const BitmapListDescriptor* bitmaps, bool checkBoxes);
     // The next look has them made anew.
@@ -103,12 +102,8 @@ protected:
     void releaseItems() noexcept;
 
 private:
-    struct Colors {
-        COLORREF text;
-        COLORREF background;
-
-        friend bool operator==(const Colors&, const Colors&) = default;
-    };
+    // Text and background.
+    using Colors = std::array<COLORREF, 2>;
 
     struct ImageRequest {
         std::vector<std::uint64_t> identifiers;
@@ -118,9 +113,8 @@ private:
         friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
     };
 
-    // What the pictures of a check box depend on.
+    // What the pictures of a check box depend on; no extent where none are wanted.
     struct CheckRequest {
-        bool wanted = false;
         std::int32_t extent = 0;
         COLORREF background = 0;
         COLORREF mark = 0;
@@ -139,7 +133,6 @@ private:
     std::size_t burst_ = 0;
     std::optional<Colors> colors_;
     std::optional<ImageRequest> request_;
-    bool imagesPushed_ = false;
     ImageListHandle images_;
     bool hasCheckBoxes_ = false;
     std::optional<CheckRequest> checkRequest_;

@@ -1,14 +1,8 @@
 #include "ZuMessageBoxWin32Gdi.h"
 
-#include <algorithm>
-#include <cstring>
-
-#include "ZuColorWin32Gdi.h"
 #include "ZuDialogWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
-#include "ZuNativeDialog.h"
-#include "ZuWindowHandlerWin32Gdi.h"
 
 namespace zustd {
 
@@ -36,9 +30,6 @@ private:
 };
 
 }  // namespace
-
-MessageBoxWin32Gdi::MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box)
-    : service_(service), box_(box) {}
 
 int MessageBoxWin32Gdi::show(const wchar_t* failure) {
     if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {

@@ -6,9 +6,6 @@
 // whose buttons bear their answers as identifiers.
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "ZuMessageBoxView.h"
 #include "ZuWindowService.h"
 
@@ -17,7 +14,8 @@ namespace zustd {
 class MessageBoxWin32Gdi : public IMessageBoxBackend {
 public:
     // The service's window is the owner. Both outlive this object.
-    MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box);
+    MessageBoxWin32Gdi(WindowService& service, MessageBoxContent& box)
+        : service_(service), box_(box) {}
 
     // Waits for the answer and writes the check box's state into the box;
     // kAnswerNone when the application ends meanwhile. Throws SystemException

@@ -1,13 +1,11 @@
 // Window messages on their way to the backends of native controls.
 //
 // A backend attaches itself to the window of its control and sees that window's
-// messages before the control does, and what the control tells its parent (a
-// click, a changed text, a request for colours). So surfaces and hosts need not
-// know what is on them. Windows are watched by a procedure of our own in front
-// of theirs, and found in a table of their thread.
+// messages before the control does, and what the control tells its parent. So
+// surfaces and hosts need not know what is on them. Windows are watched by a
+// procedure of our own in front of theirs, and found in a table of their thread.
 //
-// A handler must outlive the message that it handles: it keeps itself alive
-// when what it sets off could drop it.
+// A handler keeps itself alive when what a message sets off could drop it.
 #pragma once
 
 #include "ZuWindows.h"
@@ -45,9 +43,8 @@ public:
     WindowAttachment& operator=(const WindowAttachment&) = delete;
     ~WindowAttachment() { detach(); }
 
-    // Watches the window and what its parent hears of it. The operation's name
-    // is what failures are reported under; it is not copied. False when the
-    // system refuses.
+    // Watches the window and what its parent hears of it; false when the system
+    // refuses. Failures are reported under the operation's name, which is not copied.
     bool attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler, const wchar_t* operation);
     void detach() noexcept;
 

@@ -1,8 +1,5 @@
 #include "ZuMessageLoopWin32Gdi.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "ZuAccessKeys.h"
 #include "ZuNativeDialog.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -112,12 +109,8 @@ bool handleNextMessage(MSG& message) {
     return true;
 }
 
-ModalSession::ModalSession(HWND owner)
-    : outer_(innermostSession), owner_(owner), thread_(GetCurrentThreadId()) {
+ModalSession::ModalSession(HWND owner) : outer_(innermostSession), owner_(owner) {
     innermostSession = this;
-    if (owner_ == nullptr) {
-        return;
-    }
     if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(owner_)) {
         handler->setBlocked(true);
     } else if (IsWindowEnabled(owner_)) {
@@ -132,7 +125,8 @@ ModalSession::~ModalSession() {
 }
 
 HWND ModalSession::ownerFor(HWND wanted) noexcept {
-    HWND owner = wanted;
+    const bool isUsable = wanted != GetDesktopWindow() && IsWindow(wanted);
+    HWND owner = isUsable ? GetAncestor(wanted, GA_ROOT) : nullptr;
     while (const HWND blocker = dialogOver(owner)) {
         owner = blocker;
     }
@@ -153,14 +147,13 @@ void ModalSession::end(int result) noexcept {
     }
     ended_ = true;
     result_ = result;
-    if (WindowHandlerWin32Gdi* handler =
-            owner_ != nullptr ? WindowHandlerWin32Gdi::of(owner_) : nullptr) {
+    if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(owner_)) {
         handler->setBlocked(false);
     } else if (disabledOwner_) {
         EnableWindow(owner_, TRUE);
     }
     // The loop may be waiting.
-    PostThreadMessageW(thread_, WM_NULL, 0, 0);
+    PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
 }
 
 // Not const: what it handles ends the session.

@@ -1,13 +1,11 @@
 // The message loop of the application and those of its modal dialogs.
 //
-// Both take their messages here, so that the keyboard works alike in all of
-// them: Alt with a letter presses what has the letter underlined, wherever the
-// focus is on the surface, and in a dialog the letter alone does so while a
-// button has the focus. All else about keys works below a host's own loop too.
+// Alt with a letter presses what has the letter underlined, wherever the focus is on
+// the surface, and in a dialog the letter alone does so while a button has the focus.
+// All else about keys works below a host's own loop too.
 //
-// A modal session disables its owner until it ends. Sessions of a thread are
-// nested: a dialog whose owner is disabled by another one belongs to that one,
-// and a dialog that ends takes those that it owns along.
+// Sessions of a thread are nested: a dialog whose owner is disabled by another one
+// belongs to that one, and a dialog that ends takes those that it owns along.
 #pragma once
 
 #include "ZuWindows.h"
@@ -26,8 +24,9 @@ public:
     ModalSession& operator=(const ModalSession&) = delete;
     ~ModalSession();
 
-    // Whom a dialog that wants this owner has to have: the innermost dialog
-    // that keeps the owner, or the one before it, disabled.
+    // Whom a dialog has to have for owner that wants the window around this one: the
+    // innermost dialog that keeps that one, or the one before it, disabled. The desktop
+    // and a window that has gone count as none.
     static HWND ownerFor(HWND wanted) noexcept;
     // The dialog that keeps the owner disabled; null when there is none.
     static HWND dialogOver(HWND owner) noexcept;
@@ -46,7 +45,6 @@ private:
     ModalSession* outer_;
     HWND owner_;
     HWND dialog_ = nullptr;
-    DWORD thread_;
     bool disabledOwner_ = false;
     bool ended_ = false;
     int result_ = 0;

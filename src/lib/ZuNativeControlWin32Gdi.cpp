@@ -3,9 +3,6 @@
 #include <commctrl.h>
 #include <windowsx.h>
 
-#include <new>
-#include <utility>
-
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -22,8 +19,6 @@ InputRouter* routerOf(Control& control) noexcept {
     Control* surface = control.surface();
     return surface != nullptr ? surface->inputRouter() : nullptr;
 }
-
-bool isKeyMessage(UINT id) noexcept { return id == WM_KEYDOWN || id == WM_SYSKEYDOWN; }
 
 }  // namespace
 
@@ -47,10 +42,7 @@ std::wstring windowText(HWND window) {
 }
 
 HWND surfaceWindowOf(const Control& control) {
-    const Control* above = &control;
-    if (control.surface() == &control) {
-        above = control.parentControl();
-    }
+    const Control* above = control.surface() == &control ? control.parentControl() : &control;
     const Control* surface = above != nullptr ? above->surface() : nullptr;
     const auto service = surface != nullptr ? surface->windowService() : nullptr;
     const WindowServiceWin32Gdi* backend = windowServiceBackend(service.get());
@@ -62,11 +54,8 @@ std::uint32_t heldModifiers() noexcept {
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
 
-NativeControlWin32Gdi::~NativeControlWin32Gdi() { destroyWindow(); }
-
-NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control& control,
-                                                                        const Shape& shape,
-                                                                        bool anew) {
+bool NativeControlWin32Gdi::synchronizeWindow(Control& control, const Shape& shape,
+                                              const std::function<void()>& onMade, bool anew) {
     control_ = &control;
     const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
@@ -74,7 +63,7 @@ NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control&
         destroyWindow();
     }
     if (parent == nullptr) {
-        return Outcome::kNoSurface;
+        return false;
     }
     const bool isNew = window() == nullptr;
     if (isNew) {
@@ -85,7 +74,10 @@ NativeControlWin32Gdi::Outcome NativeControlWin32Gdi::synchronizeWindow(Control&
     if (isNew && hadFocus && IsWindowVisible(window()) && IsWindowEnabled(window())) {
         SetFocus(window());
     }
-    return isNew ? Outcome::kMade : Outcome::kKept;
+    if (isNew && onMade) {
+        onMade();
+    }
+    return true;
 }
 
 bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
@@ -157,18 +149,13 @@ void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor
     }
 }
 
-void NativeControlWin32Gdi::synchronizeText(const std::wstring& text) {
-    if (text != text_) {
-        SetWindowTextW(window(), text.c_str());
-        text_ = text;
-    }
-}
-
 void NativeControlWin32Gdi::destroyWindow() noexcept {
     part_.detach();
     if (const HWND window = attachment_.window()) {
         attachment_.detach();
-        if (!dooms(window)) {
+        if (isAnswering() && guarded(operation_, [&] { doomed_.push_back(window); })) {
+            ShowWindow(window, SW_HIDE);
+        } else {
             DestroyWindow(window);
         }
     }
@@ -177,23 +164,14 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
     swallowsCharacter_ = false;
 }
 
-// Whether the window disappears now and goes later.
-bool NativeControlWin32Gdi::dooms(HWND window) noexcept {
-    if (!isAnswering()) {
-        return false;
-    }
-    try {
-        doomed_.push_back(window);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    ShowWindow(window, SW_HIDE);
-    return true;
-}
-
-void NativeControlWin32Gdi::destroyDoomed() noexcept {
-    for (const HWND window : std::exchange(doomed_, {})) {
-        DestroyWindow(window);
+void NativeControlWin32Gdi::letWindowAnswer(const WindowMessage& message,
+                                            LRESULT& result) noexcept {
+    ++answering_;
+    result = answerByDefault(message);
+    if (--answering_ == 0) {
+        for (const HWND window : std::exchange(doomed_, {})) {
+            DestroyWindow(window);
+        }
     }
 }
 
@@ -214,12 +192,17 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
     switch (message.id) {
         case WM_NCDESTROY:
             return false;
-        case WM_GETDLGCODE:
-            if (fitsDialogCode(message)) {
+        case WM_GETDLGCODE: {
+            // In a dialog's message loop: the keys that the surface gets come here
+            // first, since the input router knows drawn controls and the dialog does not.
+            const auto* asked = reinterpret_cast<const MSG*>(message.extra);
+            if (asked != nullptr &&
+                (asked->message == WM_KEYDOWN || asked->message == WM_SYSKEYDOWN)) {
                 result = answerByDefault(message) | DLGC_WANTMESSAGE;
                 return true;
             }
             break;
+        }
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
             reportFocus(message);
@@ -265,16 +248,9 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
         SetTextColor(context, nativeColor(text));
     }
     if (background.isSet) {
-        result = background_.answer(context, background);
+        result = answerBackground(context, background);
     }
     return true;
-}
-
-// In a dialog's message loop: the keys that the surface gets come here first,
-// since the input router knows drawn controls and the dialog does not.
-bool NativeControlWin32Gdi::fitsDialogCode(const WindowMessage& message) const {
-    const auto* asked = reinterpret_cast<const MSG*>(message.extra);
-    return asked != nullptr && isKeyMessage(asked->message);
 }
 
 void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {

@@ -1,29 +1,21 @@
 // What the backends of all native controls have in common: a child window in
 // step with its Control.
 //
-// The window is made by the first synchronisation, as a child of the surface
-// that the control is on, and made anew, with the focus, when something changes
-// that a window cannot change: its class, its style, its surface. Place,
-// visibility, enabled state, font, text and colours are compared and pushed. A
-// control that is hidden or disabled leaves the focus to the window of its
-// surface. Focus, hovering and the keys that the control has no use for are
-// reported to the input router of the surface; the rest of what the user does is
-// up to the derived backend.
+// The window is made by the first synchronisation, as a child of the surface that the
+// control is on, and made anew, with the focus, when something changes that a window
+// cannot change: its class, its style, its surface. A control that is hidden or
+// disabled leaves the focus to the window of its surface. Focus, hovering and the keys
+// that the control has no use for are reported to the input router of the surface; the
+// rest of what the user does is up to the derived backend.
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "ZuColorWin32Gdi.h"
 #include "ZuControl.h"
 #include "ZuFont.h"
-#include "ZuHandleWin32Gdi.h"
 #include "ZuMessageDispatchWin32Gdi.h"
 #include "ZuScope.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -45,7 +37,7 @@ std::wstring windowText(HWND window);
 
 class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
 public:
-    ~NativeControlWin32Gdi() override;
+    ~NativeControlWin32Gdi() override { destroyWindow(); }
 
     // Null as long as there is none.
     HWND window() const noexcept { return attachment_.window(); }
@@ -60,33 +52,25 @@ protected:
 
         friend bool operator==(const Shape&, const Shape&) = default;
     };
-    enum class Outcome { kNoSurface, kKept, kMade };
 
-    // Outside of a surface the control becomes a child of the host's window,
-    // which may be null. The name is that of handleMultiWindowMessage in the
-    // derived class; it is not copied.
+    // The name is that of handleMultiWindowMessage in the derived class; it is not
+    // copied.
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
     // Makes the window if need be, also when another one is wanted anew, and
-    // pushes place, visibility and enabled state. After kMade the derived backend
-    // pushes everything that it has; after kNoSurface there is no window. Throws
-    // SystemException when the system refuses a window.
-    Outcome synchronizeWindow(Control& control, const Shape& shape, bool anew = false);
+    // pushes place, visibility and enabled state. onMade follows for a window that
+    // was made: it has nothing of what the derived backend has pushed. False where
+    // there is none; throws SystemException when the system refuses it.
+    bool synchronizeWindow(Control& control, const Shape& shape,
+                           const std::function<void()>& onMade = {}, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
-    void synchronizeText(const std::wstring& text);
-    // While the result lives, a window that is destroyed only disappears; it goes
-    // at the end of the outermost one. It would not survive its end in the middle
-    // of a message. The control lives longer than the window's message.
-    auto answering() noexcept {
-        ++answering_;
-        return ScopeExit([this]() noexcept {
-            if (--answering_ == 0) {
-                destroyDoomed();
-            }
-        });
-    }
+    // Whether the window has not been given this text, which it gets now.
+    bool isNewText(const std::wstring& text) { return std::exchange(text_, text) != text; }
+    // A window that is destroyed while it answers only disappears; it goes at the end of
+    // the outermost answer, for it would not survive its end amid a message.
+    void letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
     bool isAnswering() const noexcept { return answering_ != 0; }
     void destroyWindow() noexcept;
 
@@ -111,8 +95,8 @@ protected:
     // Whether the window is to be enabled; the base asks the control alone.
     virtual bool canBeUsed() const { return control_->isUsable(); }
 
-    // A window inside of the control's, such as the field of a combo box: its
-    // focus and keys are the control's from now on, until either window goes.
+    // A window inside of the control's, such as the field of a combo box: its focus
+    // and keys are the control's until either window goes.
     void attachPart(HWND part) { part_.attach(part, *this, operation_); }
     // Answers a request for the colours of a field: with those that the control
     // itself sets, since a field on a coloured surface stays as the system
@@ -131,12 +115,9 @@ private:
     void place();
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
-    bool dooms(HWND window) noexcept;
-    void destroyDoomed() noexcept;
     void reportHover(const WindowMessage& message);
     void reportFocus(const WindowMessage& message);
     bool routeUnusedKey(const WindowMessage& message);
-    bool fitsDialogCode(const WindowMessage& message) const;
 
     WindowAttachment attachment_;
     WindowAttachment part_;
@@ -149,14 +130,24 @@ private:
     std::shared_ptr<Font> font_;
     std::wstring text_;
     Colors colors_{};
-    // Of the control's own background colour.
-    BackgroundBrush background_;
     // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
     std::vector<HWND> doomed_;
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;
+};
+
+// The backend of a kind of native control from its portable part. Outside of a
+// surface the control becomes a child of the host's window, which may be null.
+template <class Portable, class Native = NativeControlWin32Gdi>
+class ControlBackendWin32Gdi : public Portable, public Native {
+public:
+    void releaseNativeObject() override { Native::destroyWindow(); }
+    bool hasNativeObject() const override { return Native::window() != nullptr; }
+
+protected:
+    using Native::Native;
 };
 
 }  // namespace zustd

@@ -1,9 +1,6 @@
 #include "ZuPopupMenuWin32Gdi.h"
 
-#include <vector>
-
 #include "ZuBitmapWin32Gdi.h"
-#include "ZuHandleWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -19,9 +16,9 @@ constexpr std::int32_t kImageSize = 16;
 // their making: the menu's own numbers have 16 bits only.
 class NativeMenu {
 public:
-    explicit NativeMenu(WindowService* service) : service_(service) {}
+    NativeMenu(WindowService* service, const std::vector<PopupMenuItem>& items)
+        : service_(service), menu_(make(items)) {}
 
-    void fill(const std::vector<PopupMenuItem>& items) { menu_ = make(items); }
     HMENU handle() const noexcept { return menu_.get(); }
     std::uint32_t identifierOf(std::size_t number) const noexcept {
         return number >= 1 && number <= identifiers_.size() ? identifiers_[number - 1] : 0;
@@ -105,8 +102,7 @@ WindowHandle makeStandIn() {
 std::uint32_t PopupMenuWin32Gdi::show(Point place) {
     return guarded(L"PopupMenuWin32Gdi::show", std::uint32_t{0}, [&] {
         const std::shared_ptr<WindowService> service = creator_.lock();
-        NativeMenu menu(service.get());
-        menu.fill(getAbstraction().items());
+        const NativeMenu menu(service.get(), getAbstraction().items());
         WindowHandle standIn;
         HWND owner = windowOf(service);
         if (owner == nullptr) {

@@ -4,8 +4,6 @@
 // whatever becomes of the portable menu meanwhile.
 #pragma once
 
-#include <memory>
-
 #include "ZuNativePopupMenu.h"
 #include "ZuWindowService.h"
 

@@ -6,29 +6,19 @@ namespace zustd {
 
 namespace {
 
-WPARAM nativeState(ProgressState state) noexcept {
-    switch (state) {
-        case ProgressState::kError:
-            return PBST_ERROR;
-        case ProgressState::kPaused:
-            return PBST_PAUSED;
-        case ProgressState::kNormal:
-            break;
-    }
-    return PBST_NORMAL;
-}
+// In the order of ProgressState.
+constexpr std::array<WPARAM, 3> kStates = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
 
 }  // namespace
 
 void ProgressBarWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ProgressBarWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (initializeFromDescriptor() == Outcome::kNoSurface) {
+        if (!initializeFromDescriptor()) {
             return;
         }
         const NativeProgressBar& bar = getAbstraction();
         setRange(bar.minimum(), bar.maximum());
         setState(bar.state());
-        setEnableMarqueeAnimation(bar.isMarquee());
         setMarqueeInterval(bar.marqueeInterval());
         if (!bar.isMarquee()) {
             setPosition(bar.position());
@@ -36,15 +26,11 @@ void ProgressBarWin32Gdi::synchronizeWithAbstraction() {
     });
 }
 
-ProgressBarWin32Gdi::Outcome ProgressBarWin32Gdi::initializeFromDescriptor() {
+bool ProgressBarWin32Gdi::initializeFromDescriptor() {
     initializeCommonControl(ICC_PROGRESS_CLASS);
     const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
-    const Outcome outcome = synchronizeWindow(getAbstraction(), {PROGRESS_CLASSW, style, 0});
-    if (outcome == Outcome::kMade) {
-        marquee_ = false;
-        interval_ = 0;
-    }
-    return outcome;
+    return synchronizeWindow(getAbstraction(), {PROGRESS_CLASSW, style, 0},
+                             [this] { interval_ = 0; });
 }
 
 void ProgressBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
@@ -68,28 +54,25 @@ std::int32_t ProgressBarWin32Gdi::getPosition() const {
 
 // The style is part of the window's shape: a bar that changes is made anew.
 void ProgressBarWin32Gdi::setEnableMarqueeAnimation(bool enable) {
-    if (window() == nullptr) {
-        return;
-    }
-    const bool hasStyle = (GetWindowLongW(window(), GWL_STYLE) & PBS_MARQUEE) != 0;
-    if (hasStyle != enable) {
+    if (window() != nullptr && hasMarqueeStyle() != enable) {
         synchronizeWithAbstraction();
-    } else if (enable != marquee_) {
-        marquee_ = enable;
-        interval_ = 0;
-        setMarqueeInterval(getAbstraction().marqueeInterval());
     }
 }
 
+bool ProgressBarWin32Gdi::hasMarqueeStyle() const noexcept {
+    return (GetWindowLongW(window(), GWL_STYLE) & PBS_MARQUEE) != 0;
+}
+
 void ProgressBarWin32Gdi::setMarqueeInterval(std::uint32_t milliseconds) {
-    if (marquee_ && std::exchange(interval_, milliseconds) != milliseconds) {
+    if (hasMarqueeStyle() && std::exchange(interval_, milliseconds) != milliseconds) {
         send(PBM_SETMARQUEE, TRUE, static_cast<LPARAM>(milliseconds));
     }
 }
 
 void ProgressBarWin32Gdi::setState(ProgressState state) {
-    if (static_cast<WPARAM>(send(PBM_GETSTATE)) != nativeState(state)) {
-        send(PBM_SETSTATE, nativeState(state));
+    const WPARAM wanted = kStates[static_cast<std::size_t>(state)];
+    if (static_cast<WPARAM>(send(PBM_GETSTATE)) != wanted) {
+        send(PBM_SETSTATE, wanted);
     }
 }
 

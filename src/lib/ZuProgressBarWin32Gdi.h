@@ -6,16 +6,13 @@
 
 namespace zustd {
 
-class ProgressBarWin32Gdi : public Implementation<NativeProgressBar, INativeProgressBarImpl>,
-                            public NativeControlWin32Gdi {
+class ProgressBarWin32Gdi
+    : public ControlBackendWin32Gdi<Implementation<NativeProgressBar, INativeProgressBarImpl>> {
 public:
-    // Outside of a surface the bar becomes a child of the host's window.
     explicit ProgressBarWin32Gdi(HWND hostWindow) noexcept
-        : NativeControlWin32Gdi(hostWindow, L"ProgressBarWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"ProgressBarWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override { destroyWindow(); }
-    bool hasNativeObject() const override { return window() != nullptr; }
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override;
     void setPosition(std::int32_t position) override;
@@ -26,9 +23,10 @@ public:
     std::int32_t getThickness() const override { return GetSystemMetrics(SM_CYVSCROLL); }
 
 private:
-    Outcome initializeFromDescriptor();
+    bool initializeFromDescriptor();
+    bool hasMarqueeStyle() const noexcept;
 
-    bool marquee_ = false;
+    // Of the animation that was started; 0 for none.
     std::uint32_t interval_ = 0;
 };
 

@@ -4,7 +4,7 @@ namespace zustd {
 
 void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"ScrollBarWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (initializeFromDescriptor() == Outcome::kNoSurface) {
+        if (!initializeFromDescriptor()) {
             return;
         }
         const NativeScrollBar& bar = getAbstraction();
@@ -15,7 +15,7 @@ void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
     });
 }
 
-ScrollBarWin32Gdi::Outcome ScrollBarWin32Gdi::initializeFromDescriptor() {
+bool ScrollBarWin32Gdi::initializeFromDescriptor() {
     const DWORD direction = getAbstraction().isVertical() ? SBS_VERT : SBS_HORZ;
     return synchronizeWindow(getAbstraction(), {L"ScrollBar", direction, 0});
 }
@@ -42,7 +42,6 @@ SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
     info.cbSize = sizeof(info);
     info.fMask = mask;
     GetScrollInfo(window(), SB_CTL, &info);
-    info.fMask = mask;
     return info;
 }
 

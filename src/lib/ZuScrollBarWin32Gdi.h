@@ -6,16 +6,13 @@
 
 namespace zustd {
 
-class ScrollBarWin32Gdi : public Implementation<NativeScrollBar, INativeScrollBarImpl>,
-                          public NativeControlWin32Gdi {
+class ScrollBarWin32Gdi
+    : public ControlBackendWin32Gdi<Implementation<NativeScrollBar, INativeScrollBarImpl>> {
 public:
-    // Outside of a surface the bar becomes a child of the host's window.
     explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept
-        : NativeControlWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override { destroyWindow(); }
-    bool hasNativeObject() const override { return window() != nullptr; }
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override;
     void setPageSize(std::int32_t size) override;
@@ -30,7 +27,7 @@ protected:
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
 
 private:
-    Outcome initializeFromDescriptor();
+    bool initializeFromDescriptor();
     void push(SCROLLINFO info);
     SCROLLINFO read(UINT mask) const noexcept;
     std::int32_t positionFor(int request) const;

@@ -2,9 +2,6 @@
 
 #include <commctrl.h>
 
-#include <algorithm>
-#include <array>
-
 namespace zustd {
 
 namespace {
@@ -52,24 +49,16 @@ Selection selectionOf(HWND window) noexcept {
     return selection;
 }
 
-DWORD styleOf(const NativeTextBox& box) noexcept {
-    switch (box.kind()) {
-        case TextBoxKind::kMultiLine:
-            return ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL;
-        case TextBoxKind::kPassword:
-            return ES_PASSWORD | ES_AUTOHSCROLL;
-        case TextBoxKind::kSingleLine:
-            break;
-    }
-    return ES_AUTOHSCROLL;
-}
+// In the order of TextBoxKind.
+constexpr std::array<DWORD, 3> kStyles = {
+    ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
+    ES_PASSWORD | ES_AUTOHSCROLL};
 
 }  // namespace
 
 void TextBoxWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"TextBoxWin32Gdi::synchronizeWithAbstraction", [this] {
-        const Outcome outcome = initializeFromDescriptor();
-        if (outcome == Outcome::kNoSurface) {
+        if (!initializeFromDescriptor()) {
             return;
         }
         const NativeTextBox& box = getAbstraction();
@@ -88,14 +77,10 @@ void TextBoxWin32Gdi::synchronizeWithAbstraction() {
     });
 }
 
-TextBoxWin32Gdi::Outcome TextBoxWin32Gdi::initializeFromDescriptor() {
-    const Outcome outcome =
-        synchronizeWindow(getAbstraction(), {L"EDIT", styleOf(getAbstraction()), WS_EX_CLIENTEDGE});
-    if (outcome == Outcome::kMade) {
-        watermark_.clear();
-        limit_ = 0;
-    }
-    return outcome;
+bool TextBoxWin32Gdi::initializeFromDescriptor() {
+    const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
+    return synchronizeWindow(getAbstraction(), {L"EDIT", style, WS_EX_CLIENTEDGE},
+                             [this] { limit_ = 0; });
 }
 
 void TextBoxWin32Gdi::setText(const std::wstring& text) {
@@ -113,10 +98,9 @@ std::wstring TextBoxWin32Gdi::getText() const {
 
 void TextBoxWin32Gdi::setWatermark() {
     const NativeTextBox& box = getAbstraction();
-    std::wstring watermark = box.hasWatermark() ? box.watermark().text(box) : std::wstring();
-    if (watermark != watermark_ && box.kind() != TextBoxKind::kMultiLine) {
+    const std::wstring watermark = box.hasWatermark() ? box.watermark().text(box) : std::wstring();
+    if (box.kind() != TextBoxKind::kMultiLine && isNewText(watermark)) {
         send(EM_SETCUEBANNER, FALSE, reinterpret_cast<LPARAM>(watermark.c_str()));
-        watermark_ = std::move(watermark);
     }
 }
 

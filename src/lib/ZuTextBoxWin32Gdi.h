@@ -6,23 +6,18 @@
 // stop between them, and a half whose other one went goes too.
 #pragma once
 
-#include <string>
-
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuNativeTextBox.h"
 
 namespace zustd {
 
-class TextBoxWin32Gdi : public Implementation<NativeTextBox, INativeTextBoxImpl>,
-                        public NativeControlWin32Gdi {
+class TextBoxWin32Gdi
+    : public ControlBackendWin32Gdi<Implementation<NativeTextBox, INativeTextBoxImpl>> {
 public:
-    // Outside of a surface the field becomes a child of the host's window.
     explicit TextBoxWin32Gdi(HWND hostWindow) noexcept
-        : NativeControlWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override { destroyWindow(); }
-    bool hasNativeObject() const override { return window() != nullptr; }
 
 protected:
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
@@ -30,7 +25,7 @@ protected:
     bool usesKey(const KeyEvent& event) const override;
 
 private:
-    Outcome initializeFromDescriptor();
+    bool initializeFromDescriptor();
     void setText(const std::wstring& text);
     std::wstring getText() const;
     void takeChange();
@@ -38,7 +33,6 @@ private:
     void moveOutOfPair(const WindowMessage& message);
     void setWatermark();
 
-    std::wstring watermark_;
     std::size_t limit_ = 0;
     // The first half of a pair that is being typed; 0 for none.
     wchar_t typedHigh_ = 0;

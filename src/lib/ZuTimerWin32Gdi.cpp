@@ -93,15 +93,13 @@ ATOM TimerWindowWin32Gdi::registeredClass() {
 
 bool TimerWin32Gdi::start() {
     return guarded(L"TimerWin32Gdi::start", false, [this] {
-        end();
+        stop();
         number_ = window_->start(*this, interval_);
         return number_ != 0;
     });
 }
 
-void TimerWin32Gdi::stop() { end(); }
-
-void TimerWin32Gdi::end() noexcept {
+void TimerWin32Gdi::stop() {
     if (number_ != 0) {
         window_->stop(std::exchange(number_, 0));
     }
@@ -111,7 +109,7 @@ void TimerWin32Gdi::setInterval(std::uint32_t milliseconds) {
     guarded(L"TimerWin32Gdi::setInterval", [&] {
         interval_ = milliseconds;
         if (number_ != 0 && !window_->restart(number_, interval_)) {
-            end();
+            stop();
         }
     });
 }

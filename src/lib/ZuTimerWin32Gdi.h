@@ -7,9 +7,7 @@
 // nobody and is dropped.
 #pragma once
 
-#include <cstdint>
 #include <map>
-#include <memory>
 
 #include "ZuHandleWin32Gdi.h"
 #include "ZuTimer.h"
@@ -30,8 +28,7 @@ public:
     bool restart(UINT_PTR number, std::uint32_t milliseconds) noexcept;
     void stop(UINT_PTR number) noexcept;
 
-    // This thread's window, made by the first who asks and shared by all who
-    // hold it.
+    // This thread's window, made by the first who asks.
     static std::shared_ptr<TimerWindowWin32Gdi> ofThisThread();
 
 private:
@@ -47,7 +44,7 @@ class TimerWin32Gdi : public Implementation<Timer, ITimerImpl> {
 public:
     explicit TimerWin32Gdi(std::shared_ptr<TimerWindowWin32Gdi> window) noexcept
         : window_(std::move(window)) {}
-    ~TimerWin32Gdi() override { end(); }
+    ~TimerWin32Gdi() override { TimerWin32Gdi::stop(); }
 
     bool start() override;
     void stop() override;
@@ -58,13 +55,9 @@ public:
     bool isRepeating() const override { return repeating_; }
 
 private:
-    void end() noexcept;
-
-    static constexpr std::uint32_t kDefaultInterval = 1000;
-
     std::shared_ptr<TimerWindowWin32Gdi> window_;
     UINT_PTR number_ = 0;
-    std::uint32_t interval_ = kDefaultInterval;
+    std::uint32_t interval_ = 1000;
     bool repeating_ = true;
 };
 

@@ -2,8 +2,6 @@
 
 #include <windowsx.h>
 
-#include <cstring>
-
 namespace zustd {
 
 void TreeItemsWin32Gdi::clear() {

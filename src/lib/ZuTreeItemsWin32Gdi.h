@@ -7,7 +7,6 @@
 
 #include "ZuItemControlWin32Gdi.h"
 #include "ZuNativeTreeView.h"
-#include "ZuTreeFiller.h"
 
 namespace zustd {
 

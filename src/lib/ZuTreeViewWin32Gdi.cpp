@@ -1,7 +1,5 @@
 #include "ZuTreeViewWin32Gdi.h"
 
-#include <utility>
-
 namespace zustd {
 
 namespace {
@@ -17,52 +15,47 @@ constexpr std::size_t kLongBurstPart = 16;
 // --- State to window ------------------------------------------------------------------------
 
 void TreeViewWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"TreeViewWin32Gdi::synchronizeWithAbstraction", [this] { synchronize(); });
-}
-
-void TreeViewWin32Gdi::synchronize() {
-    settle();
-    const Mirroring mirroring(*this);
-    if (initializeFromDescriptor() == Outcome::kNoSurface) {
-        return;
-    }
-    const NativeTreeView& tree = getAbstraction();
-    pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
-             tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
-    if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
-        fill();
-    }
-    if (isReady() && isRedrawEnabled() && !isAnswering()) {
-        if (state_ == TreeState::kBehind) {
-            workOn();
+    guarded(L"TreeViewWin32Gdi::synchronizeWithAbstraction", [this] {
+        settle();
+        const Mirroring mirroring(*this);
+        if (!initializeFromDescriptor()) {
+            return;
         }
-        showAwaited();
-    }
+        const NativeTreeView& tree = getAbstraction();
+        pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
+                 tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
+        if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
+            fill();
+        }
+        if (isReady() && isRedrawEnabled() && !isAnswering()) {
+            if (state_ == TreeState::kBehind) {
+                workOn();
+            }
+            showAwaited();
+        }
+    });
 }
 
 void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
     TreeViewImplementation::setEnableRedraw(enable);
     guarded(L"TreeViewWin32Gdi::setEnableRedraw", [this] {
         catchUp();
-        if (isReady() && isRedrawEnabled()) {
-            showAwaited();
-        }
+        showAwaited();
     });
 }
 
-TreeViewWin32Gdi::Outcome TreeViewWin32Gdi::initializeFromDescriptor() {
+bool TreeViewWin32Gdi::initializeFromDescriptor() {
     NativeTreeView& tree = getAbstraction();
     initializeCommonControl(ICC_TREEVIEW_CLASSES);
-    const Outcome outcome = synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE},
-                                              hasCheckBoxes() != tree.hasCheckBoxes());
-    if (outcome == Outcome::kMade) {
+    const auto onMade = [this] {
         forgetPushed();
         becomeEmpty();
         model().clearNativeWords();
         send(TVM_SETUNICODEFORMAT, TRUE);
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
-    }
-    return outcome;
+    };
+    return synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
+                             hasCheckBoxes() != tree.hasCheckBoxes());
 }
 
 void TreeViewWin32Gdi::releaseNativeObject() {
@@ -230,16 +223,18 @@ void TreeViewWin32Gdi::reveal(TreeNode node) {
     if (node == kNoNode || !isReady()) {
         return;
     }
+    std::optional<BulkMirroring> bulk;
     if (items_.itemOf(node) == nullptr) {
-        const BulkMirroring bulk(*this);
-        filler_.reveal(node);
-    } else {
-        filler_.reveal(node);
+        bulk.emplace(*this);
     }
+    filler_.reveal(node);
 }
 
-// Does nothing without a node that waits for it.
+// Does nothing without a node that waits for it, and as long as it would not be seen.
 void TreeViewWin32Gdi::showAwaited() {
+    if (!isReady() || !isRedrawEnabled()) {
+        return;
+    }
     const TreeNode node = std::exchange(awaitsVisible_, kNoNode);
     if (model().contains(node)) {
         settle();
@@ -378,19 +373,11 @@ void TreeViewWin32Gdi::reportActions() {
     }
 }
 
-bool TreeViewWin32Gdi::toggleAt(LPARAM point) {
-    const TreeNode node = items_.nodeAt(point, TVHT_ONITEMSTATEICON);
-    if (node == kNoNode) {
-        return false;
-    }
-    SetFocus(window());
-    return toggle(node);
-}
-
 bool TreeViewWin32Gdi::toggle(TreeNode node) {
     if (!model().contains(node)) {
         return false;
     }
+    SetFocus(window());
     getAbstraction().acceptChecked(node, !model().isChecked(node));
     // The receiver may have removed it, or the window.
     mirrorNode(node);

@@ -1,31 +1,24 @@
 // The Windows half of a tree view: a SysTreeView32 that mirrors the model.
 //
-// TreeFiller says which items the window gets and when, TreeItemsWin32Gdi makes
-// them. Check boxes are pictures of an item's state that this backend switches
-// by itself. After changes that were not mirrored one by one the window is filled
-// anew as a whole, with the scroll position kept. That goes for the removal of
-// many nodes in one go, too: for each one that is removed alone the system may
-// look at all of its items.
+// TreeFiller says which items the window gets and when, TreeItemsWin32Gdi makes them.
+// After changes that were not mirrored one by one the window is filled anew as a whole,
+// with the scroll position kept. That goes for the removal of many nodes in one go, too:
+// for each one that is removed alone the system may look at all of its items.
 #pragma once
 
-#include "ZuItemControlWin32Gdi.h"
-#include "ZuNativeTreeView.h"
-#include "ZuTreeFiller.h"
 #include "ZuTreeItemsWin32Gdi.h"
 
 namespace zustd {
 
-class TreeViewWin32Gdi : public TreeViewImplementation, public ItemControlWin32Gdi {
+class TreeViewWin32Gdi
+    : public ControlBackendWin32Gdi<TreeViewImplementation, ItemControlWin32Gdi> {
 public:
-    // The window, which may be null, is the parent of a tree view outside of
-    // any surface.
     explicit TreeViewWin32Gdi(HWND hostWindow) noexcept
-        : ItemControlWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage") {}
 
     void synchronizeWithAbstraction() override;
     void setEnableRedraw(bool enable) override;
     void releaseNativeObject() override;
-    bool hasNativeObject() const override { return window() != nullptr; }
     // Without native object, or with redrawing off, when there is one again.
     void ensureNodeVisible(TreeNode node) override;
     // Of the node's caption, as far as the window shows it by now.
@@ -44,15 +37,16 @@ protected:
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
-    bool toggleAt(LPARAM point) override;
+    bool toggleAt(LPARAM point) override {
+        return toggle(items_.nodeAt(point, TVHT_ONITEMSTATEICON));
+    }
     bool toggleFocused() override { return toggle(model().selected()); }
     void reportMenuKey() override { getAbstraction().acceptRightClick(model().selected()); }
 
 private:
     // Whether single changes can be brought into the window.
     bool isReady() const noexcept { return window() != nullptr && !isStale(); }
-    Outcome initializeFromDescriptor();
-    void synchronize();
+    bool initializeFromDescriptor();
     void becomeEmpty() noexcept;
     void fill();
     void workOn();

@@ -13,30 +13,16 @@ namespace zustd {
 
 namespace {
 
-std::optional<MouseAction> actionOf(UINT id) noexcept {
-    switch (id) {
-        case WM_MOUSEMOVE:
-            return MouseAction::kMove;
-        case WM_MOUSELEAVE:
-            return MouseAction::kLeave;
-        case WM_LBUTTONDOWN:
-            return MouseAction::kLeftDown;
-        case WM_LBUTTONUP:
-            return MouseAction::kLeftUp;
-        case WM_LBUTTONDBLCLK:
-            return MouseAction::kLeftDouble;
-        case WM_RBUTTONDOWN:
-        case WM_RBUTTONDBLCLK:
-            return MouseAction::kRightDown;
-        case WM_RBUTTONUP:
-            return MouseAction::kRightUp;
-        case WM_MOUSEWHEEL:
-            return MouseAction::kWheel;
-        case WM_MOUSEHWHEEL:
-            return MouseAction::kHorizontalWheel;
-        default:
-            return {};
-    }
+constexpr std::pair<UINT, MouseAction> kActions[] = {
+    {WM_MOUSEMOVE, MouseAction::kMove},           {WM_MOUSELEAVE, MouseAction::kLeave},
+    {WM_LBUTTONDOWN, MouseAction::kLeftDown},     {WM_LBUTTONUP, MouseAction::kLeftUp},
+    {WM_LBUTTONDBLCLK, MouseAction::kLeftDouble}, {WM_RBUTTONDOWN, MouseAction::kRightDown},
+    {WM_RBUTTONDBLCLK, MouseAction::kRightDown},  {WM_RBUTTONUP, MouseAction::kRightUp},
+    {WM_MOUSEWHEEL, MouseAction::kWheel},         {WM_MOUSEHWHEEL, MouseAction::kHorizontalWheel},
+};
+
+bool isWheel(const MouseEvent& event) noexcept {
+    return event.action == MouseAction::kWheel || event.action == MouseAction::kHorizontalWheel;
 }
 
 // What the message says; the Alt key it does not know.
@@ -48,18 +34,19 @@ std::uint32_t modifiersOf(WPARAM wide) noexcept {
 // The event that a mouse message stands for, in pixels of the client area; empty for
 // any other message.
 std::optional<MouseEvent> mouseEventOf(const WindowMessage& message) noexcept {
-    const std::optional<MouseAction> action = actionOf(message.id);
-    if (!action) {
+    const auto* found = std::find_if(std::begin(kActions), std::end(kActions),
+                                     [&](const auto& known) { return known.first == message.id; });
+    if (found == std::end(kActions)) {
         return {};
     }
     MouseEvent event;
-    event.action = *action;
-    if (*action == MouseAction::kLeave) {
+    event.action = found->second;
+    if (event.action == MouseAction::kLeave) {
         event.modifiers = heldModifiers();
         return event;
     }
     POINT place{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
-    if (*action == MouseAction::kWheel || *action == MouseAction::kHorizontalWheel) {
+    if (isWheel(event)) {
         event.wheel = GET_WHEEL_DELTA_WPARAM(message.wide);
         ScreenToClient(message.window, &place);
     }
@@ -68,22 +55,18 @@ std::optional<MouseEvent> mouseEventOf(const WindowMessage& message) noexcept {
     return event;
 }
 
-// The same for a key that is pressed or repeated.
-std::optional<KeyEvent> keyEventOf(const WindowMessage& message) noexcept {
-    if (message.id != WM_KEYDOWN && message.id != WM_SYSKEYDOWN) {
-        return {};
-    }
-    return KeyEvent{static_cast<std::uint32_t>(message.wide), heldModifiers()};
-}
-
 }  // namespace
 
 // --- Mouse and keyboard ---------------------------------------------------------------------
 
 bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& result) {
     if (message.id == WM_SETCURSOR) {
+        if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
+            return false;
+        }
+        services_.window->setCursor(services_.window->getCursor());
         result = TRUE;
-        return setPointer(message);
+        return true;
     }
     if (message.id == WM_CAPTURECHANGED) {
         if (reinterpret_cast<HWND>(message.extra) != window_) {
@@ -95,7 +78,7 @@ bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& r
     if (!event) {
         return false;
     }
-    if (event->action == MouseAction::kWheel || event->action == MouseAction::kHorizontalWheel) {
+    if (isWheel(*event)) {
         return handleWheel(*event);
     }
     if (event->action == MouseAction::kLeave) {
@@ -133,14 +116,6 @@ bool WindowHandlerWin32Gdi::handleWheel(const MouseEvent& event) const {
     return climbing != &inner;
 }
 
-bool WindowHandlerWin32Gdi::setPointer(const WindowMessage& message) {
-    if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
-        return false;
-    }
-    services_.window->setCursor(services_.window->getCursor());
-    return true;
-}
-
 bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& result) {
     if (message.id == WM_GETDLGCODE) {
         // In a host's dialog: keys go to the router first.
@@ -151,23 +126,20 @@ bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& res
         // That of an unused key may open the window's menu.
         return std::exchange(swallowsCharacter_, false);
     }
-    const std::optional<KeyEvent> event = keyEventOf(message);
-    if (!event) {
+    if (message.id != WM_KEYDOWN && message.id != WM_SYSKEYDOWN) {
         return false;
     }
     swallowsCharacter_ = false;
-    if (!surface().inputRouter()->routeKey(*event)) {
-        return false;
-    }
-    swallowsCharacter_ = message.id == WM_SYSKEYDOWN;
-    return true;
+    const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
+    const bool used = surface().inputRouter()->routeKey(event);
+    swallowsCharacter_ = used && message.id == WM_SYSKEYDOWN;
+    return used;
 }
 
 // --- Focus ----------------------------------------------------------------------------------
 
 bool WindowHandlerWin32Gdi::canHoldFocus(HWND window) const noexcept {
-    return window != nullptr && IsChild(window_, window) && IsWindowVisible(window) &&
-           IsWindowEnabled(window);
+    return IsChild(window_, window) && IsWindowVisible(window) && IsWindowEnabled(window);
 }
 
 bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {

@@ -4,7 +4,6 @@
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 #include "ZuResourceService.h"
-#include "ZuScope.h"
 #include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd {
@@ -18,17 +17,6 @@ Size frameSizeOf(HWND window) noexcept {
     const Size outer = windowRect(window).size();
     const Size client = clientSizeOf(window);
     return {outer.width - client.width, outer.height - client.height};
-}
-
-Color backgroundOf(const Control& control) noexcept {
-    const Color color = control.color(ColorRole::kBackground);
-    return color.isSet ? color : systemColor(COLOR_BTNFACE);
-}
-
-// Which drawn control a native widget lies on, for its colours.
-const Control& holderOf(Control& surface, HWND window, HWND child) noexcept {
-    const Control* found = surface.controlAt(windowRect(child, window).position());
-    return found != nullptr ? *found : surface;
 }
 
 }  // namespace
@@ -59,14 +47,11 @@ HWND nativeWindowOf(const Control& control) noexcept {
     return handler != nullptr ? handler->window() : nullptr;
 }
 
-WindowHandlerWin32Gdi::~WindowHandlerWin32Gdi() { destroyWindow(); }
-
 // The pointer is only looked at where it was written: in this thread.
 WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::of(HWND window) noexcept {
-    if (window == nullptr || GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) {
-        return nullptr;
-    }
-    return static_cast<WindowHandlerWin32Gdi*>(GetPropW(window, kHandlerProperty));
+    const bool isHere = GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
+    return isHere ? static_cast<WindowHandlerWin32Gdi*>(GetPropW(window, kHandlerProperty))
+                  : nullptr;
 }
 
 WindowHandlerWin32Gdi* WindowHandlerWin32Gdi::around(HWND window) noexcept {
@@ -85,19 +70,14 @@ HWND WindowHandlerWin32Gdi::creatorWindow() const {
 
 // --- The window's life ----------------------------------------------------------------------
 
-void WindowHandlerWin32Gdi::attach(HWND window, LPARAM handler) noexcept {
-    SetWindowLongPtrW(window, GWLP_USERDATA, handler);
-}
-
 void WindowHandlerWin32Gdi::adopt(HWND window) {
     window_ = window;
     size_ = clientSizeOf(window);
     caption_.clear();
     enabled_ = true;
     SetPropW(window, kHandlerProperty, this);
-    if (WindowServiceWin32Gdi* backend = windowServiceBackend(services_.window.get())) {
-        backend->connect(window);
-    }
+    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    windowServiceBackend(services_.window.get())->connect(window);
     if (const auto resources = surface().getService<ResourceService>()) {
         languageListener_ = std::make_shared<LanguageListener>(surface());
         resources->connect(languageListener_, true);
@@ -106,12 +86,10 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
 
 // The window itself may go on for a while, or has come to its end.
 void WindowHandlerWin32Gdi::forgetWindow() noexcept {
-    attach(window_, 0);
+    SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
     RemovePropW(window_, kHandlerProperty);
     window_ = nullptr;
-    if (WindowServiceWin32Gdi* backend = windowServiceBackend(services_.window.get())) {
-        backend->connect(nullptr);
-    }
+    windowServiceBackend(services_.window.get())->connect(nullptr);
     languageListener_.reset();
     blocked_ = false;
     tracksLeaving_ = false;
@@ -129,15 +107,16 @@ void WindowHandlerWin32Gdi::destroyWindow() noexcept {
 bool WindowHandlerWin32Gdi::deliver(const WindowMessage& message, LRESULT& result) noexcept {
     auto* handler =
         reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(message.window, GWLP_USERDATA));
-    return handler != nullptr && handler->handle(message, result);
+    if (handler == nullptr) {
+        return false;
+    }
+    // Whoever hears of it may drop the surface.
+    const std::shared_ptr<Control> alive = sharedReference<Control>(&handler->surface());
+    return guarded(handler->operation_, false, [&] { return handler->dispatch(message, result); });
 }
 
 LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WPARAM wide,
                                                         LPARAM extra) noexcept {
-    if (id == WM_NCCREATE) {
-        const auto& creation = *reinterpret_cast<const CREATESTRUCTW*>(extra);
-        attach(window, reinterpret_cast<LPARAM>(creation.lpCreateParams));
-    }
     LRESULT result = 0;
     return deliver({window, id, wide, extra}, result) ? result
                                                       : DefWindowProcW(window, id, wide, extra);
@@ -145,10 +124,6 @@ LRESULT CALLBACK WindowHandlerWin32Gdi::windowProcedure(HWND window, UINT id, WP
 
 INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WPARAM wide,
                                                         LPARAM extra) noexcept {
-    if (id == WM_INITDIALOG) {
-        attach(window, extra);
-        return FALSE;
-    }
     LRESULT result = 0;
     if (!deliver({window, id, wide, extra}, result)) {
         return FALSE;
@@ -161,25 +136,11 @@ INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WP
     return TRUE;
 }
 
-bool WindowHandlerWin32Gdi::handle(const WindowMessage& message, LRESULT& result) noexcept {
-    // Messages of the window's making come before it is adopted.
-    if (message.window != window_) {
-        return false;
-    }
-    // Whoever hears of it may drop the surface.
-    const std::shared_ptr<Control> alive = sharedReference<Control>(&surface());
-    return guarded(operation_, false, [&] { return dispatch(message, result); });
-}
-
 bool WindowHandlerWin32Gdi::dispatch(const WindowMessage& message, LRESULT& result) {
-    if (onWindowMessage(message, result)) {
-        return true;
-    }
-    if (message.window != window_) {
-        return false;
-    }
-    return handleFrame(message, result) || handlePainting(message, result) ||
-           handleMouse(message, result) || handleKey(message, result) || handleFocus(message);
+    return onWindowMessage(message, result) ||
+           (message.window == window_ &&
+            (handleFrame(message, result) || handlePainting(message, result) ||
+             handleMouse(message, result) || handleKey(message, result) || handleFocus(message)));
 }
 
 // --- State ----------------------------------------------------------------------------------
@@ -198,7 +159,7 @@ void WindowHandlerWin32Gdi::synchronizeSize() {
     const Size got = window_ != nullptr ? clientSizeOf(window_) : wanted;
     if (got != wanted) {
         size_ = got;
-        onResized(got);
+        surface().acceptSize(got);
     }
 }
 
@@ -222,7 +183,7 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
         case WM_SIZE:
             if (message.wide != SIZE_MINIMIZED) {
                 size_ = {LOWORD(message.extra), HIWORD(message.extra)};
-                onResized(size_);
+                surface().acceptSize(size_);
             }
             return false;
         case WM_GETMINMAXINFO:
@@ -292,12 +253,12 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             // Also what native widgets that let their background through ask
             // for; one of them may do so while it is painted as part of this.
             const auto context = reinterpret_cast<HDC>(message.wide);
-            RECT client{};
-            RECT area{};
-            GetClientRect(window_, &client);
-            if (drawArea_.isEmpty() && GetClipBox(context, &area) > NULLREGION &&
-                IntersectRect(&area, &area, &client)) {
-                paint(context, portableRect(area));
+            RECT clip{};
+            GetClipBox(context, &clip);
+            const Rect client = Rect::at({0, 0}, clientSizeOf(window_));
+            const Rect area = portableRect(clip).intersection(client);
+            if (drawArea_.isEmpty() && !area.isEmpty()) {
+                paint(context, area);
             }
             result = 0;
             return true;
@@ -336,7 +297,8 @@ void WindowHandlerWin32Gdi::paint(HDC context, const Rect& area) {
         graphics.beginBufferedPaint(area);
         const ScopeExit buffered(
             [&]() noexcept { guarded(operation_, [&] { graphics.endBufferedPaint(); }); });
-        graphics.drawRectangle(area, backgroundOf(surface()));
+        const Color background = surface().color(ColorRole::kBackground);
+        graphics.drawRectangle(area, background.isSet ? background : systemColor(COLOR_BTNFACE));
         surface().drawAsRoot(graphics);
     });
     if (!missedArea_.isEmpty()) {
@@ -345,13 +307,16 @@ void WindowHandlerWin32Gdi::paint(HDC context, const Rect& area) {
 }
 
 bool WindowHandlerWin32Gdi::colorControl(const WindowMessage& message, LRESULT& result) {
-    const Control& holder = holderOf(surface(), window_, reinterpret_cast<HWND>(message.extra));
+    // The drawn control that the native widget lies on.
+    const auto child = reinterpret_cast<HWND>(message.extra);
+    const Control* found = surface().controlAt(windowRect(child, window_).position());
+    const Control& holder = found != nullptr ? *found : surface();
     const Color background = holder.color(ColorRole::kBackground);
     if (!background.isSet) {
         return false;
     }
     const auto context = reinterpret_cast<HDC>(message.wide);
-    result = background_.answer(context, background);
+    result = answerBackground(context, background);
     if (const Color text = holder.color(ColorRole::kText); text.isSet) {
         SetTextColor(context, nativeColor(text));
     }

@@ -1,24 +1,18 @@
 // What windows and dialogs of the toolkit have in common: the window that a
 // surface is shown in.
 //
-// A handler owns the window, feeds the surface's input router, paints the
-// surface, and keeps size, caption, enabled state and focus of both in step. The
-// client area has the surface's size, whoever changes it. The focus is restored
-// when the window becomes active again; a control that takes it meanwhile has it
-// then. Another language of the resource service shows the surface anew.
+// The client area has the surface's size, whoever changes it. The focus is restored
+// when the window becomes active again; a control that takes it meanwhile has it then.
+// Another language of the resource service shows the surface anew.
 //
-// The window procedure keeps the surface alive for the time of a message. A
-// surface that is destroyed gives its window up first (releaseNativeObject),
-// and a window that goes on its own, with its parent, is forgotten.
+// The window procedure keeps the surface alive for the time of a message. A surface that
+// is destroyed gives its window up first (releaseNativeObject), and a window that goes on
+// its own, with its parent, is forgotten.
 #pragma once
-
-#include <memory>
-#include <string>
 
 #include "ZuColorWin32Gdi.h"
 #include "ZuControl.h"
 #include "ZuMessageDispatchWin32Gdi.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -39,7 +33,7 @@ class WindowHandlerWin32Gdi {
 public:
     WindowHandlerWin32Gdi(const WindowHandlerWin32Gdi&) = delete;
     WindowHandlerWin32Gdi& operator=(const WindowHandlerWin32Gdi&) = delete;
-    virtual ~WindowHandlerWin32Gdi();
+    virtual ~WindowHandlerWin32Gdi() { destroyWindow(); }
 
     // Whose window this is; null for a window of somebody else or of another
     // thread. around() asks the window's parents too.
@@ -55,13 +49,12 @@ public:
     // What is being painted now; empty outside of a paint.
     Rect drawArea() const noexcept { return drawArea_; }
 
-    // While a modal dialog is open the window is disabled, whatever the
-    // surface's own state is.
+    // The window is disabled while a modal dialog is open, or the window service wants
+    // it, whatever the surface's own state is.
     void setBlocked(bool blocked) {
         blocked_ = blocked;
         synchronizeEnabled();
     }
-    // The same for as long as the window service wants it.
     void setTakesInput(bool takes) {
         takesInput_ = takes;
         synchronizeEnabled();
@@ -81,7 +74,7 @@ protected:
     HWND creatorWindow() const;
 
     // Takes over a window that was just made; its procedure is already the one
-    // below, with this handler as its parameter.
+    // below, to which the messages of its making mean nothing.
     void adopt(HWND window);
     void destroyWindow() noexcept;
     // Pushes what differs from what was pushed last.
@@ -95,8 +88,6 @@ protected:
     static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,
                                             LPARAM extra) noexcept;
 
-    // The user has resized the client area.
-    virtual void onResized(Size size) = 0;
     virtual void onCloseRequest() = 0;
     // The window becomes active and no control of it has had the focus yet.
     virtual void focusFirst() {}
@@ -108,10 +99,8 @@ protected:
 private:
     class LanguageListener;
 
-    static void attach(HWND window, LPARAM handler) noexcept;
     static bool deliver(const WindowMessage& message, LRESULT& result) noexcept;
     void forgetWindow() noexcept;
-    bool handle(const WindowMessage& message, LRESULT& result) noexcept;
     bool dispatch(const WindowMessage& message, LRESULT& result);
     bool handleFrame(const WindowMessage& message, LRESULT& result);
     bool handlePainting(const WindowMessage& message, LRESULT& result);
@@ -119,7 +108,6 @@ private:
     bool handleWheel(const MouseEvent& event) const;
     bool handleKey(const WindowMessage& message, LRESULT& result);
     bool handleFocus(const WindowMessage& message);
-    bool setPointer(const WindowMessage& message);
     void applyLimits(MINMAXINFO& limits) const;
     void paintWindow();
     void paint(HDC context, const Rect& area);
@@ -147,8 +135,6 @@ private:
     // What had the focus when the window was left, or wants it.
     std::weak_ptr<Control> keptFocus_;
     HWND keptFocusWindow_ = nullptr;
-    // For native widgets on a coloured surface.
-    BackgroundBrush background_;
 };
 
 }  // namespace zustd

@@ -7,16 +7,6 @@
 #include "ZuDialogWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuGridViewWin32Gdi.h"
-#include "ZuNativeButton.h"
-#include "ZuNativeComboBox.h"
-#include "ZuNativeDialog.h"
-#include "ZuNativeGridView.h"
-#include "ZuNativePopupMenu.h"
-#include "ZuNativeProgressBar.h"
-#include "ZuNativeScrollBar.h"
-#include "ZuNativeTextBox.h"
-#include "ZuNativeTreeView.h"
-#include "ZuNativeWindow.h"
 #include "ZuPopupMenuWin32Gdi.h"
 #include "ZuProgressBarWin32Gdi.h"
 #include "ZuScrollBarWin32Gdi.h"
@@ -29,10 +19,14 @@ namespace zustd {
 
 namespace {
 
+// What a backend is the native half of.
+template <class Backend>
+using PortableHalf = std::remove_reference_t<decltype(std::declval<Backend>().getAbstraction())>;
+
 // A surface with services of its own; the creator is the service that makes it.
-template <class Surface, class Backend, class... Args>
-std::shared_ptr<Surface> madeSurface(const wchar_t* operation, WindowService& creator,
-                                     Args... args) {
+template <class Backend, class... Args>
+auto madeSurface(const wchar_t* operation, WindowService& creator, Args... args) {
+    using Surface = PortableHalf<Backend>;
     return guarded(operation, std::shared_ptr<Surface>(), [&] {
         auto surface = makeControl<Surface>(args...);
         const SurfaceServices services{sharedReference<WindowService>(&creator),
@@ -44,8 +38,9 @@ std::shared_ptr<Surface> madeSurface(const wchar_t* operation, WindowService& cr
 }
 
 // A widget joined to its backend; null when that fails.
-template <class Widget, class Backend, class Host, class... Args>
-std::shared_ptr<Widget> madeControl(const wchar_t* operation, Host host, Args... args) {
+template <class Backend, class Host, class... Args>
+auto made(const wchar_t* operation, Host host, Args... args) {
+    using Widget = PortableHalf<Backend>;
     return guarded(operation, std::shared_ptr<Widget>(), [&] {
         auto widget = makeControl<Widget>(args...);
         joinImplementation(*widget, std::make_unique<Backend>(host));
@@ -55,59 +50,49 @@ std::shared_ptr<Widget> madeControl(const wchar_t* operation, Host host, Args...
 
 }  // namespace
 
-std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog() {
-    return createNativeDialog(0);
-}
-
 std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() {
-    return madeControl<NativePopupMenu, PopupMenuWin32Gdi>(
+    return made<PopupMenuWin32Gdi>(
         L"WindowServiceWin32Gdi::createNativePopupMenu",
         std::weak_ptr(sharedReference<WindowService>(&getAbstraction())));
 }
 
 std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uint32_t style) {
-    return madeSurface<NativeDialog, DialogWin32Gdi>(L"WindowServiceWin32Gdi::createNativeDialog",
-                                                     getAbstraction(), style);
+    return madeSurface<DialogWin32Gdi>(L"WindowServiceWin32Gdi::createNativeDialog",
+                                       getAbstraction(), style);
 }
 
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() {
-    return madeControl<NativeGridView, GridViewWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativeGridView", window_);
+    return made<GridViewWin32Gdi>(L"WindowServiceWin32Gdi::createNativeGridView", window_);
 }
 
 std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
-    return madeControl<NativeTreeView, TreeViewWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativeTreeView", window_);
+    return made<TreeViewWin32Gdi>(L"WindowServiceWin32Gdi::createNativeTreeView", window_);
 }
 
 std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
-    return madeSurface<NativeWindow, WindowWin32Gdi>(L"WindowServiceWin32Gdi::createNativeWindow",
-                                                     getAbstraction());
+    return madeSurface<WindowWin32Gdi>(L"WindowServiceWin32Gdi::createNativeWindow",
+                                       getAbstraction());
 }
 
 std::shared_ptr<NativeComboBox> WindowServiceWin32Gdi::createNativeComboBox() {
-    return madeControl<NativeComboBox, ComboBoxWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativeComboBox", window_);
+    return made<ComboBoxWin32Gdi>(L"WindowServiceWin32Gdi::createNativeComboBox", window_);
 }
 
 std::shared_ptr<NativeButton> WindowServiceWin32Gdi::createNativeButton() {
-    return madeControl<NativeButton, ButtonWin32Gdi>(L"WindowServiceWin32Gdi::createNativeButton",
-                                                     window_);
+    return made<ButtonWin32Gdi>(L"WindowServiceWin32Gdi::createNativeButton", window_);
 }
 
 std::shared_ptr<NativeProgressBar> WindowServiceWin32Gdi::createNativeProgressBar() {
-    return madeControl<NativeProgressBar, ProgressBarWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativeProgressBar", window_);
+    return made<ProgressBarWin32Gdi>(L"WindowServiceWin32Gdi::createNativeProgressBar", window_);
 }
 
 std::shared_ptr<NativeTextBox> WindowServiceWin32Gdi::createNativeTextBox() {
-    return madeControl<NativeTextBox, TextBoxWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativeTextBox", window_);
+    return made<TextBoxWin32Gdi>(L"WindowServiceWin32Gdi::createNativeTextBox", window_);
 }
 
 std::shared_ptr<NativeScrollBar> WindowServiceWin32Gdi::createNativeScrollBar(bool vertical) {
-    return madeControl<NativeScrollBar, ScrollBarWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativeScrollBar", window_, vertical);
+    return made<ScrollBarWin32Gdi>(L"WindowServiceWin32Gdi::createNativeScrollBar", window_,
+                                   vertical);
 }
 
 std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring& name) {

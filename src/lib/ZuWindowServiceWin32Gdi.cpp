@@ -3,12 +3,9 @@
 #include <cderr.h>
 #include <commdlg.h>
 
-#include <array>
 #include <atomic>
 
 #include "ZuBitmapWin32Gdi.h"
-#include "ZuControl.h"
-#include "ZuDrawingCacheWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuLateLoading.h"
@@ -44,13 +41,6 @@ HCURSOR nativeCursor(MouseCursor cursor) noexcept {
     return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
 }
 
-// Whom a dialog of the system disables: the window that the user sees and may
-// use, or none.
-HWND dialogOwnerOf(HWND window) noexcept {
-    const bool isUsable = window != GetDesktopWindow() && IsWindow(window);
-    return ModalSession::ownerFor(isUsable ? GetAncestor(window, GA_ROOT) : nullptr);
-}
-
 struct BitmapKey {
     std::uint64_t identifier;
     Size size;
@@ -60,13 +50,68 @@ struct BitmapKey {
     friend bool operator==(const BitmapKey&, const BitmapKey&) = default;
 };
 
+// A cache of fonts or bitmaps, in the order of their last use. The first kMostHeld are
+// held; behind them an object is only known as long as somebody else holds it. So one
+// that is in use is never made twice, and the number kept for nobody is bounded.
+template <class Key, class T>
+class DrawingCache {
+public:
+    static constexpr std::size_t kMostHeld = 64;
+
+    // The object for a key, made by make() when there is none. A null that
+    // make() returns is not kept.
+    template <class Make>
+    std::shared_ptr<T> find(const Key& key, Make&& make) {
+        const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                        [&key](const Entry& entry) { return entry.key == key; });
+        std::shared_ptr<T> object;
+        if (found != entries_.end()) {
+            object = found->known.lock();
+        }
+        if (object) {
+            std::rotate(entries_.begin(), found, found + 1);
+        } else {
+            object = make();
+            if (!object) {
+                return object;
+            }
+            // make() may have asked this cache for something else.
+            std::erase_if(entries_, [&key](const Entry& entry) { return entry.key == key; });
+            entries_.insert(entries_.begin(), Entry{key, nullptr, object});
+        }
+        entries_.front().held = object;
+        trim();
+        return object;
+    }
+
+    void clear() noexcept { entries_.clear(); }
+
+private:
+    struct Entry {
+        Key key;
+        std::shared_ptr<T> held;
+        std::weak_ptr<T> known;
+    };
+
+    void trim() {
+        for (std::size_t i = kMostHeld; i < entries_.size(); ++i) {
+            entries_[i].held.reset();
+        }
+        if (entries_.size() > kMostHeld) {
+            std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
+        }
+    }
+
+    std::vector<Entry> entries_;
+};
+
 auto& fontCache() {
-    static DrawingCacheWin32Gdi<FontStyle, Font> cache;
+    static DrawingCache<FontStyle, Font> cache;
     return cache;
 }
 
 auto& bitmapCache() {
-    static DrawingCacheWin32Gdi<BitmapKey, Bitmap> cache;
+    static DrawingCache<BitmapKey, Bitmap> cache;
     return cache;
 }
 
@@ -103,12 +148,6 @@ void WindowServiceWin32Gdi::invalidate(const Rect& area) {
     }
 }
 
-void WindowServiceWin32Gdi::updateWindow() {
-    if (window_ != nullptr) {
-        UpdateWindow(window_);
-    }
-}
-
 void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
     cursor_ = cursor;
     SetCursor(nativeCursor(cursor));
@@ -119,19 +158,13 @@ Point WindowServiceWin32Gdi::getMousePosition() const {
     if (!GetCursorPos(&place)) {
         return {};
     }
-    if (window_ != nullptr) {
-        ScreenToClient(window_, &place);
-    }
+    ScreenToClient(window_, &place);
     return {place.x, place.y};
 }
 
-Point WindowServiceWin32Gdi::getWindowPosition() const {
-    return window_ != nullptr ? windowRect(window_).position() : Point{};
-}
+Point WindowServiceWin32Gdi::getWindowPosition() const { return windowRect(window_).position(); }
 
-Size WindowServiceWin32Gdi::getWindowSize() const {
-    return window_ != nullptr ? windowRect(window_).size() : Size{};
-}
+Size WindowServiceWin32Gdi::getWindowSize() const { return windowRect(window_).size(); }
 
 void WindowServiceWin32Gdi::captureMouse() {
     if (window_ != nullptr) {
@@ -180,9 +213,7 @@ Rect WindowServiceWin32Gdi::getWorkArea() const { return workAreaAround(window_)
 
 Point WindowServiceWin32Gdi::getClientPosition() const {
     POINT place{};
-    if (window_ != nullptr) {
-        ClientToScreen(window_, &place);
-    }
+    ClientToScreen(window_, &place);
     return {place.x, place.y};
 }
 
@@ -195,7 +226,7 @@ void WindowServiceWin32Gdi::closeWindow() {
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
     if (WindowHandlerWin32Gdi* surface = handler()) {
         surface->setTakesInput(enable);
-    } else if (window_ != nullptr) {
+    } else {
         EnableWindow(window_, enable ? TRUE : FALSE);
     }
 }
@@ -204,7 +235,7 @@ void WindowServiceWin32Gdi::hideWindow() {
     guarded(L"WindowServiceWin32Gdi::hideWindow", [this] {
         if (WindowHandlerWin32Gdi* surface = handler()) {
             surface->setShown(false);
-        } else if (window_ != nullptr) {
+        } else {
             ShowWindow(window_, SW_HIDE);
         }
     });
@@ -240,9 +271,7 @@ void WindowServiceWin32Gdi::showWindow() {
         if (WindowHandlerWin32Gdi* surface = handler()) {
             surface->setShown(true);
         }
-        if (window_ != nullptr) {
-            ShowWindow(window_, SW_SHOW);
-        }
+        ShowWindow(window_, SW_SHOW);
     });
 }
 
@@ -264,7 +293,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         const std::wstring filter = filterOf(patterns, patternNames);
         OPENFILENAMEW request{};
         request.lStructSize = sizeof(request);
-        request.hwndOwner = dialogOwnerOf(window_);
+        request.hwndOwner = ModalSession::ownerFor(window_);
         request.lpstrFilter = filter.c_str();
         request.lpstrFile = name.data();
         request.nMaxFile = static_cast<DWORD>(name.size());
@@ -295,13 +324,10 @@ void WindowServiceWin32Gdi::setScalingFactor(double factor) {
 int WindowServiceWin32Gdi::getNewId() noexcept {
     // Below lie the identifiers that dialogs have a meaning for; notifications
     // have room for 16 bits.
-    constexpr int kFirst = 0x100;
-    constexpr int kLast = 0x7FFF;
-    static constinit std::atomic<int> next = kFirst;
-    int taken = next.load();
-    while (!next.compare_exchange_weak(taken, taken == kLast ? kFirst : taken + 1)) {
-    }
-    return taken;
+    constexpr unsigned kFirst = 0x100;
+    constexpr unsigned kLast = 0x7FFF;
+    static constinit std::atomic<unsigned> taken = 0;
+    return static_cast<int>(kFirst + taken++ % (kLast - kFirst + 1));
 }
 
 Rect WindowServiceWin32Gdi::getDrawArea() const noexcept {

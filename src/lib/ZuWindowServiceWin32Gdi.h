@@ -1,13 +1,8 @@
 // The Windows half of a window service.
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "ZuHandleWin32Gdi.h"
 #include "ZuWindowService.h"
-#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -20,7 +15,7 @@ public:
     // The window is not owned; null binds the service to no window.
     explicit WindowServiceWin32Gdi(HWND window) noexcept : window_(window) {}
 
-    std::shared_ptr<NativeDialog> createNativeDialog() override;
+    std::shared_ptr<NativeDialog> createNativeDialog() override { return createNativeDialog(0); }
     std::shared_ptr<NativePopupMenu> createNativePopupMenu() override;
     std::shared_ptr<NativeDialog> createNativeDialog(std::uint32_t style) override;
     std::shared_ptr<NativeGridView> createNativeGridView() override;
@@ -32,7 +27,7 @@ public:
     std::shared_ptr<NativeTextBox> createNativeTextBox() override;
     void invalidate() override;
     void invalidate(const Rect& area) override;
-    void updateWindow() override;
+    void updateWindow() override { UpdateWindow(window_); }
     MouseCursor getCursor() const override { return cursor_; }
     void setCursor(MouseCursor cursor) override;
     Point getMousePosition() const override;
@@ -70,17 +65,15 @@ public:
     // Binds the service to the window that a surface's backend has made; null
     // when it loses it.
     void connect(HWND window) noexcept { window_ = window; }
-    // The area of the surface that is being painted, in pixels of its client
-    // area; empty outside of a paint and for a window of somebody else.
+    // The area that is being painted, in pixels of the surface's client area; empty
+    // outside of a paint and for a window of somebody else.
     Rect getDrawArea() const noexcept;
     // An identifier for a native control, a menu item or a timer that no other
     // one has had for long.
     static int getNewId() noexcept;
 
-    // --- Drawing objects. The caches are the UI thread's and serve all window
-    // services; they hold a bounded number of objects that nobody else uses.
-
-    // Made when there is none yet; null when that fails.
+    // From caches that are the UI thread's and serve all window services; made when
+    // there is none yet, null when that fails.
     std::shared_ptr<Font> getCachedFont(const FontStyle& style);
     std::shared_ptr<Bitmap> getCachedBitmap(const ResourceDescriptor& resource, Size size);
     // New ones, joined to their backends and synchronised.
@@ -91,16 +84,14 @@ public:
     // The hidden window that this thread's timers share.
     static std::shared_ptr<TimerWindowWin32Gdi> createTimerWindow();
 
-    // Takes the place of the system's scaling factor for all window services,
-    // from the next font and image on; 0.0 goes back to the system's. For hosts
-    // that zoom, and for tests.
+    // Takes the place of the system's scaling factor for all window services, from the
+    // next font and image on, for hosts that zoom; 0.0 goes back to the system's.
     static void setScalingFactor(double factor);
     // Lets go of what the caches hold.
     static void clearDrawingCaches() noexcept;
 
 private:
-    // What keeps the window in step with its surface; null for a window of
-    // somebody else.
+    // Null for a window of somebody else.
     WindowHandlerWin32Gdi* handler() const noexcept;
     int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 

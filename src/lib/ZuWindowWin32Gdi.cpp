@@ -88,10 +88,10 @@ void WindowWin32Gdi::createWindow(HWND parent) {
     const DWORD style =
         WS_CLIPCHILDREN | (isChild ? WS_CHILD | WS_CLIPSIBLINGS : WS_OVERLAPPEDWINDOW);
     const Size size = getAbstraction().boundary().size();
-    const HWND made = CreateWindowExW(
-        WS_EX_CONTROLPARENT, kWindowClass, L"", style, isChild ? 0 : CW_USEDEFAULT, 0,
-        isChild ? size.width : CW_USEDEFAULT, isChild ? size.height : 0, parent, nullptr,
-        GetModuleHandleW(nullptr), static_cast<WindowHandlerWin32Gdi*>(this));
+    const HWND made =
+        CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, L"", style, isChild ? 0 : CW_USEDEFAULT,
+                        0, isChild ? size.width : CW_USEDEFAULT, isChild ? size.height : 0, parent,
+                        nullptr, GetModuleHandleW(nullptr), nullptr);
     if (made == nullptr) {
         throwSystemException(L"Could not create window", ZU_HERE);
     }

@@ -23,7 +23,6 @@ public:
     void setShown(bool shown) override { getAbstraction().setVisible(shown); }
 
 protected:
-    void onResized(Size size) override { getAbstraction().acceptSize(size); }
     void onCloseRequest() override;
 
 private:

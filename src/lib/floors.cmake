@@ -93,7 +93,6 @@ set(zustd_backend
   ZuColorWin32Gdi
   ZuComboBoxWin32Gdi
   ZuDialogWin32Gdi
-  ZuDrawingCacheWin32Gdi
   ZuFontWin32Gdi
   ZuGeometryWin32Gdi
   ZuGraphicsServiceWin32Gdi
