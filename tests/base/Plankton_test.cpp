@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <functional>
 #include <regex>
 #include <stdexcept>
 
+#include "ZuDateTime.h"
 #include "ZuDirectory.h"
 #include "ZuText.h"
 #include "ZuWindows.h"
@@ -53,8 +56,9 @@ TEST(Trace, lineInALogFileOrStandardOutput_hasStampThreadAndUtf8Text) {
     SYSTEMTIME now;
     GetLocalTime(&now);
     const ReplacedImport clock(__imp_GetLocalTime, reinterpret_cast<void*>(&giveTime));
-    const std::string pattern = formatNarrow("%d-%02d-\\d\\d 13:14:15:016 \\[%lu\\] ", now.wYear,
-                                             now.wMonth, GetCurrentThreadId()) +
+    EXPECT_EQ(DateTime::now(), DateTime(2016, 11, 4, 13, 14, 15, 16));
+    const std::string pattern = formatNarrow("%d-%02d-%02d 13:14:15:016 \\[%lu\\] ", now.wYear,
+                                             now.wMonth, now.wDay, GetCurrentThreadId()) +
                                 "ZULOG: \xD0\x96\xF0\x9F\x98\x80 7\r?\n";
     testing::internal::CaptureStdout();
     {
@@ -98,25 +102,18 @@ TEST(Trace, logFile_betweenLines_isNotHeldOpen) {
 TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
     const TempFolder folder;
     const std::wstring missing = folder.file(L"missing\\a.log");
-    const std::wstring unused = folder.file(L"a.log");
-    {
-        const Tracing tracing(kTraceToLog, missing.c_str());
+    const Texts lost = {L"ZUPRETRACE: cannot open log file\n", missing, L"\n"};
+    for (const std::uint32_t mode : {0U, kTraceToLog, 2U, ~0U}) {
+        const Tracing tracing(mode, missing.c_str());
         const DebuggerOutput debugger;
         SetLastError(12345);
         errno = 123;
-        trace(L"lost");
+        trace(L"%ls", L"raw");
         // Whoever traces a failure asks for its reason afterwards.
         EXPECT_EQ(GetLastError(), 12345U);
         EXPECT_EQ(errno, 123);
-        EXPECT_EQ(debugger.texts, (Texts{L"ZUPRETRACE: cannot open log file\n", missing, L"\n"}));
+        EXPECT_EQ(debugger.texts, mode == kTraceToLog ? lost : Texts{L"ZULOG: raw\n"});
     }
-    for (const std::uint32_t mode : {0U, 2U, ~0U}) {
-        const Tracing tracing(mode, unused.c_str());
-        const DebuggerOutput debugger;
-        trace(L"%ls", L"raw");
-        EXPECT_EQ(debugger.texts, Texts{L"ZULOG: raw\n"});
-    }
-    EXPECT_FALSE(fileExists(folder.file(L"missing")) || fileExists(unused));
 }
 
 TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
@@ -133,6 +130,7 @@ TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
     const DebuggerOutput debugger;
     ZU_TRACE(L"%d", ++evaluated);
     trace(kTraceLevelMemory, L"%ls", L"nobody listens");
+    writeTraceLine(L"nor here");
     EXPECT_EQ(evaluated, 0);
     EXPECT_TRUE(debugger.texts.empty());
 }
@@ -153,25 +151,25 @@ TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
                                        "asserted: x_" + backend, "throwing: 'x_'" + backend}));
 }
 
-TEST(Failure, ofAnyKind_isTracedBeforeItIsThrownAndTouchesNothing) {
+// To the system each of these names ends at its zero.
+TEST(Directory, namesThatGoOnBehindAZero_areTracedAndRefusedAndTouchNothing) {
     const TempFolder folder;
     const std::wstring file = folder.file(L"a");
     writeBytes(file, "a");
-    // To the system each of these names ends at its zero.
     const std::wstring longer = file + L'\0' + L"b";
     const std::wstring made = folder.file(L"made") + L'\0';
-    const auto list = [](const auto& path) { listDirectory(path, L"*", nullptr, nullptr, false); };
     EXPECT_TRUE(isFile(file) && !isFile(longer) && !isDirectory(folder.file({}) + L'\0'));
+    const auto list = [](const auto& path) { listDirectory(path, L"*", nullptr, nullptr, false); };
     const std::pair<std::function<void()>, std::string> kCases[] = {
-        {[&] { zustd::deleteFile(longer); }, "Directory:deleteFile() failed"},
-        {[&] { createDirectory(made); }, "Directory:createDirectory() failed"},
-        {[&] { list(made); }, "Directory:listDirectory() failed"},
-        {[&] { list(folder.file(L"missing")); }, "Directory:listDirectory() failed"},
-        {[&] { throwSystemException(L"system", ZU_HERE); }, "system"}};
-    for (const auto& [fail, text] : kCases) {
+        {[&] { zustd::deleteFile(longer); }, "deleteFile"},
+        {[&] { createDirectory(made); }, "createDirectory"},
+        {[&] { list(made); }, "listDirectory"},
+        {[&] { list(folder.file(L"missing")); }, "listDirectory"}};
+    for (const auto& [fail, name] : kCases) {
         const TraceCapture trace;
         EXPECT_ANY_THROW(fail());
-        EXPECT_TRUE(trace.messages().at(0).starts_with("throwing: '" + text + "', in ")) << text;
+        EXPECT_TRUE(trace.messages().at(0).starts_with("throwing: 'Directory:" + name +
+                                                       "() failed', in "));
     }
     EXPECT_TRUE(fileExists(file) && !fileExists(folder.file(L"made")));
 }
@@ -206,15 +204,30 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
     EXPECT_TRUE(guarded(L"Class::operation", [] {}));
 }
 
-TEST(MemoryReport, getMemoryInfo_hasItsFiveLines) {
+TEST(MemoryReport, getMemoryInfo_hasItsFiveLinesAndCountsTheHeap) {
     const ReplacedImport memory(__imp_GlobalMemoryStatusEx, reinterpret_cast<void*>(&giveMemory));
-    EXPECT_PRED2(matches, narrow(getMemoryInfo()),
-                 "memory used:      42%\n"
-                 "physical memory:     1Mb /     2Mb total/free\n"
-                 "paging file:     123456Mb /     4Mb total/free\n"
-                 "virtual memory:      5Mb /     5Mb total/free\n"
-                 "heap size: entries=[1-9]\\d*, size=\\d+\\.\\d\\dMb, allocData=\\d+\\.\\d\\dMb, "
-                 "freeData=\\d+\\.\\d\\dMb, allocOverh=\\d+\\.\\d\\dMb, freeOverh=\\d+\\.\\d\\dMb");
+    const std::string mb = "(\\d+\\.\\d\\d)Mb";
+    const std::regex pattern("memory used:      42%\n"
+                             "physical memory:     1Mb /     2Mb total/free\n"
+                             "paging file:     123456Mb /     4Mb total/free\n"
+                             "virtual memory:      5Mb /     5Mb total/free\n"
+                             "heap size: entries=(\\d+), size=" +
+                             mb + ", allocData=" + mb + ", freeData=" + mb + ", allocOverh=" + mb +
+                             ", freeOverh=" + mb);
+    std::vector<std::array<double, 6>> seen;
+    for (const std::size_t size : {0U, 10'000U, 0U}) {
+        const std::vector<std::string> blocks(400, std::string(size, 'x'));
+        const std::string text = narrow(getMemoryInfo());
+        std::smatch fields;
+        ASSERT_TRUE(std::regex_match(text, fields, pattern)) << text;
+        std::array<double, 6>& numbers = seen.emplace_back();
+        std::transform(fields.begin() + 1, fields.end(), numbers.begin(),
+                       [](const auto& field) { return std::stod(field); });
+        EXPECT_NEAR(numbers[1], numbers[2] + numbers[3] + numbers[4] + numbers[5], 0.03);
+    }
+    EXPECT_GT(seen[1][0], seen[0][0] + 300) << "entries";
+    EXPECT_NEAR(seen[1][2], seen[0][2] + 400 * 10'001 / 1048576.0, 0.1);
+    EXPECT_NEAR(seen[2][2], seen[0][2], 0.1);
 }
 
 }  // namespace

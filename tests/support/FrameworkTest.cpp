@@ -4,12 +4,14 @@
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 
@@ -30,10 +32,6 @@ constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
-bool isSearched(std::string_view block) noexcept {
-    return !searchedBytes.empty() && block.find(searchedBytes) != std::string_view::npos;
-}
-
 void* allocate(std::size_t size) noexcept {
     if (!zustd::test::AllocationLimit::take()) {
         return nullptr;
@@ -51,13 +49,10 @@ unsigned char poisonAt(std::size_t i) noexcept {
 }
 
 bool isPoisoned(void* memory) noexcept {
-    const auto* bytes = static_cast<const unsigned char*>(memory);
-    const std::size_t size = _msize(memory);
+    const std::span bytes(static_cast<unsigned char*>(memory), _msize(memory));
     std::size_t i = 0;
-    while (i < size && bytes[i] == poisonAt(i)) {
-        ++i;
-    }
-    return i == size;
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [&](unsigned char byte) { return byte == poisonAt(i++); });
 }
 
 }  // namespace
@@ -71,7 +66,10 @@ void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
         liveBytes -= static_cast<std::int64_t>(size);
-        bytesWereFound = bytesWereFound || isSearched({static_cast<char*>(memory), size});
+        if (!searchedBytes.empty() && std::string_view(static_cast<char*>(memory), size)
+                                              .find(searchedBytes) != std::string_view::npos) {
+            bytesWereFound = true;
+        }
         // Whoever still looks at it shall notice: a word and the next ones are not
         // the same, and none is an address. The barrier keeps the stores.
         for (std::size_t i = 0; i < size; ++i) {
@@ -219,10 +217,6 @@ Reading readFromStream(ISerializable& target, const std::wstring& document) {
     });
 }
 
-std::ostream& operator<<(std::ostream& out, const Reading& reading) {
-    return out << '"' << reading.failure << "\" after " << reading.taken;
-}
-
 std::wstring xmlOf(const ISerializable& value) {
     std::wstring text;
     value.appendXml(text);
@@ -256,35 +250,6 @@ std::wstring Random::text(std::size_t longest) {
                            : static_cast<wchar_t>(L'a' + below(26));
     }
     return text;
-}
-
-SerializableUnion Random::value(int depth) {
-    const auto field = [this](std::size_t count) { return static_cast<int>(below(count)); };
-    SerializableUnion value;
-    switch (below(depth > 0 ? 8 : 7)) {
-        // clang-format off
-        case 0: break;
-        case 1: value.setString(text(40)); break;
-        case 2: value.setLong(static_cast<std::int32_t>(engine_())); break;
-        case 3: value.setDouble(static_cast<std::int32_t>(engine_()) / 64.0); break;  // 6 decimals
-        case 4: value.setBool(below(2) == 0); break;
-        case 5: value.setDateTime({field(10000), field(100), field(100),
-                                   field(24), field(60), field(60)}); break;
-        case 6: value.setSizet(engine_()); break;
-        // clang-format on
-        default:
-            value.setArraySize(field(5));
-            for (SerializableUnion& element : value.arrayRef()) {
-                element = this->value(depth - 1);
-            }
-    }
-    return value;
-}
-
-void Random::fill(PropertyBag& bag, std::size_t mostEntries, std::size_t longestKey, int depth) {
-    for (std::size_t i = below(mostEntries + 1); i > 0; --i) {
-        bag.setUnion(text(longestKey), value(depth));
-    }
 }
 
 }  // namespace zustd::test

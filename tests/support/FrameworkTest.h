@@ -46,7 +46,6 @@ void writeBytes(const std::wstring& file, const std::string& bytes);
 inline const std::wstring kFullDevice = L"Z:\\dev\\full";
 bool isFullDevice();
 
-// Installs trace settings for as long as it lives.
 class Tracing : NotCopied {
 public:
     Tracing(std::uint32_t mode, const wchar_t* path, std::int32_t threshold = 0)
@@ -59,7 +58,6 @@ private:
     TraceSettings settings_;
 };
 
-// Tracing into a file for as long as it lives.
 class TraceCapture {
 public:
     explicit TraceCapture(std::int32_t threshold = kTraceLevelReport)
@@ -82,8 +80,7 @@ private:
 #define IMPORT_SLOT(name, size) __asm__("__imp__" name size)
 #endif
 
-// Puts a function in the place of one that the executable imports. The slot is
-// the import table's entry, __imp_NAME.
+// Puts a function in the place of one that the executable imports.
 class ReplacedImport : NotCopied {
 public:
     ReplacedImport(void*& slot, void* replacement);
@@ -106,10 +103,9 @@ public:
 };
 
 // Runs an operation with no allocation allowed, with one, and so on up to all that
-// it makes, and check after each run; gives their number. The operation says by
-// its result or by std::bad_alloc whether it was done, which it must be whenever
-// memory sufficed, and then only. All that twice: every later allocation fails as
-// well, or only the next.
+// it makes, and check after each run; gives their number. Its result, or
+// std::bad_alloc, says whether it was done, which it must be whenever memory
+// sufficed, and then only. Once every later allocation fails, once only the next.
 long failEachAllocation(
     const std::function<bool()>& operation,
     const std::function<void(bool done)>& check = [](bool) {});
@@ -131,15 +127,9 @@ private:
 // How a reader took a document: "" or what it threw ("invalid: …" for
 // std::invalid_argument, "failed: …" for a text), and how many characters it
 // moved on. Any other exception passes through.
-struct Reading {
-    std::string failure;
-    std::size_t taken = 0;
-    friend bool operator==(const Reading&, const Reading&) = default;
-};
+using Reading = std::pair<std::string, std::size_t>;
 Reading readFromRange(ISerializable& target, const std::wstring& document);
 Reading readFromStream(ISerializable& target, const std::wstring& document);
-std::ostream& operator<<(std::ostream& out, const Reading& reading);
-inline constexpr auto kBothReaders = {&readFromRange, &readFromStream};
 
 // The text that body throws as a std::wstring, or "nothing".
 template <class Body>
@@ -173,11 +163,8 @@ public:
         return items[below(std::size(items))];
     }
     std::string bytes(std::size_t size);
-    // A text that the XML form gives back: no control characters, no FFFF.
+    // No control characters, no FFFF.
     std::wstring text(std::size_t longest);
-    // A value that the XML form gives back, arrays nested so deep at the most.
-    SerializableUnion value(int depth);
-    void fill(PropertyBag& bag, std::size_t mostEntries, std::size_t longestKey, int depth);
 
 private:
     std::uint64_t seed_;

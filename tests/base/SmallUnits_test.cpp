@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include "ZuDateTime.h"
+#include "ZuId.h"
+#include "ZuText.h"
+#include "ZuVersion.h"
+#include "ZuWindows.h"
+
+namespace zustd {
+namespace {
+
+TEST(TextFormat, formats_resultOfAnyLength_areWhole) {
+    for (const std::size_t length : {0U, 1U, 126U, 127U, 128U, 129U, 5000U}) {
+        const std::wstring text(length, L'\u0416');
+        EXPECT_EQ(formatWide(L"<%ls>", text.c_str()), L"<" + text + L">") << length;
+        const std::string narrowText(length, 'x');
+        EXPECT_EQ(formatNarrow("<%s>", narrowText.c_str()), "<" + narrowText + ">") << length;
+    }
+    EXPECT_EQ(formatWide(L"%ls|%hs|%04d|%ld|%llu|%I64d|%X|%0.2lf", L"wide", "narrow", 7, -5L,
+                         18446744073709551615ULL, -9LL, 255, 0.125),
+              L"wide|narrow|0007|-5|18446744073709551615|-9|FF|0.12");
+}
+
+TEST(TextConversion, narrow_plainTextComesBack_anyOtherIsLossyAndNoWildcard) {
+    bool lossy = true;
+    EXPECT_EQ(narrow(L"C:\\a b.txt", &lossy), "C:\\a b.txt");
+    EXPECT_FALSE(lossy);
+    EXPECT_EQ(widen(narrow(L"")), L"");
+    EXPECT_EQ(widen(narrow(std::wstring(L"a\0b", 3))), std::wstring(L"a\0b", 3));
+    // A lone surrogate is in no code page at all.
+    EXPECT_EQ(narrow(L"a\xD800z", &lossy), GetACP() == CP_UTF8 ? "a\xEF\xBF\xBDz" : "a_z");
+    EXPECT_TRUE(lossy);
+}
+
+TEST(TextEquality, equalsIgnoringAsciiCase_anyUnit_foldsTheTwentySixLettersOnly) {
+    for (wchar_t unit = 0; unit < 0xFF00; ++unit) {
+        const std::wstring texts[] = {{L'x', unit}, {L'X', static_cast<wchar_t>(unit + 32)}};
+        const bool isLetter = unit >= L'A' && unit <= L'Z';
+        ASSERT_EQ(equalsIgnoringAsciiCase(texts[0], texts[1]), isLetter) << texts[0];
+        ASSERT_FALSE(equalsIgnoringAsciiCase(texts[0], texts[0] + unit));
+    }
+}
+
+TEST(Version, buildKinds_areSaidBehindTheNumbers) {
+    EXPECT_EQ((Version{1, 8}).toDisplayText(), L"1.8.852");
+    EXPECT_EQ((Version{1, 8, -3, BuildKind::Beta}).toDisplayText(), L"1.8.-3 BETA");
+    EXPECT_EQ((Version{1, 8, 4, BuildKind::Debug}).toDisplayText(), L"1.8.4 DEBUG");
+}
+
+TEST(DateTime, fields_orderByTimeAlsoAsFileStamps) {
+    const DateTime times[] = {{2016, 9, 30, 23, 59, 59, 999}, {2016, 10, 1},
+                              {2016, 10, 1, 0, 0, 0, 9},      {2016, 10, 1, 0, 0, 0, 10},
+                              {2016, 10, 1, 0, 0, 2},         {2016, 10, 1, 0, 1}};
+    for (std::size_t i = 1; i < std::size(times); ++i) {
+        EXPECT_LT(times[i - 1], times[i]) << i;
+        EXPECT_LT(times[i - 1].toFileStamp(), times[i].toFileStamp()) << i;
+    }
+    EXPECT_EQ(times[3].toFileStamp(), L"2016-10-01-00;00;00;010");
+    EXPECT_EQ(times[1], DateTime(2016, 10, 1, 0, 0, 0, 0));
+    EXPECT_EQ(DateTime(), DateTime(0, 0, 0));
+}
+
+TEST(Id, ofAnyObject_isNewAndSixteenDigits) {
+    const Id first;
+    const Id second;
+    EXPECT_GT(first.id(), 0U);
+    EXPECT_NE(first.id(), second.id());
+    EXPECT_EQ(second.idText(), formatWide(L"%016llX", second.id()));
+}
+
+}  // namespace
+}  // namespace zustd
