@@ -1,13 +1,24 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstring>
+#include <span>
+#include <thread>
+
 #include "ZuDateTime.h"
 #include "ZuId.h"
+#include "ZuLateLoading.h"
+#include "ZuObjectPool.h"
+#include "ZuScope.h"
 #include "ZuText.h"
 #include "ZuVersion.h"
 #include "ZuWindows.h"
+#include "support/FrameworkTest.h"
 
 namespace zustd {
 namespace {
+
+using namespace test;
 
 TEST(TextFormat, formats_resultOfAnyLength_areWhole) {
     for (const std::size_t length : {0U, 1U, 126U, 127U, 128U, 129U, 5000U}) {
@@ -66,6 +77,86 @@ TEST(Id, ofAnyObject_isNewAndSixteenDigits) {
     EXPECT_GT(first.id(), 0U);
     EXPECT_NE(first.id(), second.id());
     EXPECT_EQ(second.idText(), formatWide(L"%016llX", second.id()));
+}
+
+TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
+    constexpr std::size_t kPieces = 2000;
+    ObjectPool pool;
+    // Fills many pieces with a byte and counts those that somebody else has written to.
+    const auto useMany = [&](char mark, std::size_t& spoilt) {
+        std::vector<void*> pieces(kPieces);
+        for (int round = 0; round < 5; ++round) {
+            for (void*& piece : pieces) {
+                piece = std::memset(pool.take(), mark, ObjectPool::kPieceSize);
+            }
+            for (void* piece : pieces) {
+                spoilt += std::string(ObjectPool::kPieceSize, mark)
+                              .compare(0, ObjectPool::kPieceSize, static_cast<char*>(piece),
+                                       ObjectPool::kPieceSize) != 0;
+                pool.giveBack(piece);
+            }
+        }
+    };
+    std::array<std::size_t, 5> spoilt{};
+    {
+        std::vector<std::jthread> threads;
+        for (char i = 0; i < 4; ++i) {
+            threads.emplace_back([&, i] { useMany(i, spoilt[static_cast<std::size_t>(i)]); });
+        }
+    }
+    // Four threads' worth lies ready for one.
+    const MemoryWatch watch;
+    useMany(9, spoilt[4]);
+    EXPECT_LT(watch.peak(), kPieces * ObjectPool::kPieceSize);
+    EXPECT_EQ(spoilt, decltype(spoilt){});
+}
+
+// One of the generated entries, where it can be written to.
+LateFunction& writableEntry() {
+    for (const LateFunction& entry : std::span(zustdLateFunctions, zustdLateFunctionCount)) {
+        if (entry.name == std::string("CommDlgExtendedError")) {
+            auto& found = const_cast<LateFunction&>(entry);
+            DWORD before = 0;
+            VirtualProtect(&found, sizeof(found), PAGE_READWRITE, &before);
+            return found;
+        }
+    }
+    throw std::logic_error("the program is linked without the entry");
+}
+
+TEST(LateLoading, firstCall_passesItsArgumentsOrThrowsTraced) {
+    LateFunction& entry = writableEntry();
+    void* const first = *entry.slot;
+    const ScopeExit restore([&, before = entry] {
+        entry = before;
+        *entry.slot = first;
+    });
+    const std::string refusals[][3] = {
+        {"pellory-none.dll", "pow", "Could not load pellory-none.dll (system error 126)"},
+        {"msvcrt.dll", "noSuchName", "Could not find noSuchName in msvcrt.dll (system error 127)"}};
+    for (const auto& [library, name, message] : refusals) {
+        entry = {entry.slot, library.c_str(), name.c_str()};
+        const std::function<void()> calls[] = {
+            [&] { reinterpret_cast<DWORD(WINAPI*)()> (*entry.slot)(); },
+            [&] {
+                requireLibraries({"other.dll", library.c_str()});
+            }};
+        for (const auto& call : calls) {
+            const TraceCapture trace;
+            EXPECT_THROW(call(), SystemException);
+            ASSERT_EQ(trace.messages().size(), 1U);
+            EXPECT_TRUE(trace.messages()[0].starts_with("throwing: '" + message + "', in "));
+        }
+    }
+    entry = {entry.slot, "msvcrt.dll", "pow"};
+    requireLibraries({"other.dll"});
+    EXPECT_EQ(*entry.slot, first);
+    using Power = double(__cdecl*)(double, double);
+    SetLastError(ERROR_ARENA_TRASHED);
+    EXPECT_EQ(reinterpret_cast<Power>(first)(3, 5), 243);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_ARENA_TRASHED});
+    EXPECT_NE(*entry.slot, first);
+    EXPECT_EQ(reinterpret_cast<Power>(*entry.slot)(2, 10), 1024);
 }
 
 }  // namespace

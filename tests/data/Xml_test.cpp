@@ -53,48 +53,45 @@ TEST(XmlWriter, randomNumbersOfAnyWidth_besideTheRuntime_areTheSame) {
                                   static_cast<unsigned long>(half), padded, number, padded, number))
             << width;
     }
-    // The largest has no padding to speak of, and no width either.
     wstring out;
-    Xml::appendDouble(out, -std::numeric_limits<double>::max());
-    EXPECT_EQ(Xml::toDouble(out), -std::numeric_limits<double>::max());
-    out.clear();
     Xml::appendSizeHex(out, 0);
     Xml::appendLongHex(out, 0);
     EXPECT_EQ(out, L"00");
 }
 
-TEST(XmlReader, failures_whileTracing_leaveTheirReportLines) {
-    const TraceCapture trace;
-    PropertyBag bag;
-    readFromRange(bag, L"<v");
-    readFromRange(bag, L"<hmap><p></v>");
-    const wstring text = L"x<v>foreign";
-    const wchar_t* begin = text.data() + 1;
-    thrownText([&] { Xml::readTag(begin, text.data(), L"v", false, false); });
-    EXPECT_EQ(begin, text.data() + 1) << "a position past the end stays";
-    const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 5U);
-    EXPECT_EQ(lines[1], "throwing: 'sourcePos <= sourceEnd', in src/lib/ZuXml, line 1227");
-    EXPECT_TRUE(
-        lines[2].starts_with("throwing: '<k> expected, but found </v>', in src/lib/ZuXml, line "));
-    EXPECT_EQ(lines[4], lines[1]);
+TEST(XmlNumbers, doubles_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const wstring zeros(600, L'0');
+    const std::pair<wstring, double> kDoubles[] = {
+        {L"0x10", 0.0},
+        {L"1e9223372036854775807", kInfinity},
+        {L"-inf", -kInfinity},
+        {L"1" + zeros + L"e-600", 1.0},
+        {L"." + zeros + L"1e601", 1.0},
+        {L"-1.7976931348623157e308", -std::numeric_limits<double>::max()}};
+    for (const auto& [text, expected] : kDoubles) {
+        EXPECT_EQ(Xml::toDouble(text), expected) << text;
+        wstring out;
+        Xml::appendDouble(out, expected);
+        EXPECT_EQ(Xml::toDouble(out), expected) << out;
+    }
 }
 
-TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOne) {
+TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
     const wstring document = L" <p a='1'>a&amp;b</p>c&x;<q>";
     std::wistringstream stream(document);
     const wchar_t* at = document.data();
+    const TraceCapture trace;
     for (const bool isStream : {true, false}) {
-        const auto read = [&](const auto& step) {
-            return isStream ? step(stream) : step(at, document.data() + document.size());
-        };
         const auto tag = [&](const wchar_t* name, bool closing, bool must) {
-            return read(
-                [&](auto&&... source) { return Xml::readTag(source..., name, closing, must); });
+            return isStream
+                       ? Xml::readTag(stream, name, closing, must)
+                       : Xml::readTag(at, document.data() + document.size(), name, closing, must);
         };
         const auto text = [&] {
             wstring out = L"old";
-            read([&](auto&&... source) { Xml::readText(source..., out); });
+            isStream ? Xml::readText(stream, out)
+                     : Xml::readText(at, document.data() + document.size(), out);
             return out;
         };
         EXPECT_FALSE(tag(L"v", false, false) || tag(L"p", true, false));
@@ -104,71 +101,86 @@ TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOne) {
         EXPECT_EQ(text(), isStream ? L"c" : L"cx;");
         EXPECT_THROW(tag(L"q", true, true), std::invalid_argument);
     }
-    std::vector<XmlAttribute> attributes;
-    EXPECT_TRUE(Xml::parseAttributes(L" a=\"1 2\" b='\"'c= x'y", attributes));
-    EXPECT_FALSE(Xml::parseAttributes(L"d=1 e", attributes));
-    wstring found;
-    for (const XmlAttribute& attribute : attributes) {
-        found += attribute.name + L":" + attribute.value + L";";
-    }
-    EXPECT_EQ(found, L"a:1 2;b:\";c:x'y;d:1;");
+    const wchar_t* const start = at;
+    EXPECT_EQ(thrownText([&] { Xml::readTag(at, at - 1, L"v", false, false); }),
+              L"sourcePos <= sourceEnd");
+    EXPECT_EQ(at, start) << "a position past the end stays";
+    PropertyBag bag;
+    readFromRange(bag, L"<v");
+    const std::string place = "', in src/lib/ZuXml, line ";
+    const Lines lines = trace.messages();
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_EQ(lines[0].find("throwing: '</q> expected, but found <q>" + place), 0U);
+    EXPECT_EQ(lines[3], "throwing: 'sourcePos <= sourceEnd" + place + "1227");
+    EXPECT_EQ(lines[5], lines[3]);
 }
 
-// Gives one character at a time and remembers only so many.
+TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
+    const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
+        // clang-format off
+        {L" \n\r\ta=\"1 2\" b='\"' c=x'y ", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
+        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"},
+        {L"a='1\"", L"refused"}, {L"a=\"", L"refused"}, {L"a=\"\"", L"a:;ok"}, {L"a= \n\r\t", L"a:;ok"}, {L"", L"ok"},
+        // clang-format on
+    };
+    for (const auto& [text, expected] : kCases) {
+        std::vector<XmlAttribute> attributes;
+        const bool accepted = Xml::parseAttributes(text, attributes);
+        wstring found;
+        for (const XmlAttribute& attribute : attributes) {
+            found += attribute.name + L":" + attribute.value + L";";
+        }
+        EXPECT_EQ(found + (accepted ? L"ok" : L"refused"), expected) << text;
+    }
+}
+
+// Gives one character at a time and takes none back.
 class ForgetfulBuffer : public std::wstreambuf {
 public:
-    ForgetfulBuffer(wstring text, std::size_t memory) : text_(std::move(text)), memory_(memory) {}
+    explicit ForgetfulBuffer(wstring text) : text_(std::move(text)) {}
 
 private:
     int_type underflow() override {
         wchar_t* const at = gptr() != nullptr ? gptr() : text_.data();
-        const auto taken = static_cast<std::size_t>(at - text_.data());
-        if (taken == text_.size()) {
+        if (at == text_.data() + text_.size()) {
             return traits_type::eof();
         }
-        setg(at - std::min(memory_, taken), at, at + 1);
+        setg(at, at, at + 1);
         return traits_type::to_int_type(*at);
     }
 
     wstring text_;
-    std::size_t memory_;
 };
 
-TEST(XmlPeek, streamThatCannotGoBack_failsInsteadOfLosingText) {
+TEST(XmlReader, streamThatCannotGoBack_failsInsteadOfLosingText) {
     // Thirty blanks, "<", eight letters and the stop: forty characters.
     const wstring text = wstring(30, L' ') + L"<property>";
+    const TraceCapture trace(kTraceLevelInfo);
+    ForgetfulBuffer forTag(text);
+    std::wistream in(&forTag);
+    EXPECT_EQ(thrownText([&] { Xml::readTag(in, L"v", false, false); }),
+              L"Xml: insufficient putback space in streambuf");
+    ForgetfulBuffer forPeek(text);
+    in.rdbuf(&forPeek);
+    wstring name;
+    EXPECT_FALSE(Xml::peekTag(in, name));
+    EXPECT_EQ(name, L"property");
     const std::string complaint =
         "Xml::peekTag: insufficient putback space in streambuf; need at least 40 putbackchars";
-    for (const std::size_t memory : {0U, 38U, 39U}) {
-        const bool isEnough = memory == 39;
-        const TraceCapture trace(kTraceLevelInfo);
-        ForgetfulBuffer buffers[] = {{text, memory}, {text, memory}};
-        std::wistream in(&buffers[0]);
-        wstring name;
-        EXPECT_EQ(Xml::peekTag(in, name), isEnough) << memory;
-        EXPECT_TRUE(!isEnough || name == L"property");
-        in.rdbuf(&buffers[1]);
-        EXPECT_EQ(thrownText([&] { Xml::readTag(in, L"v", false, false); }),
-                  isEnough ? L"nothing" : L"Xml: insufficient putback space in streambuf");
-        Lines lines = trace.messages();
-        lines.resize(isEnough ? lines.size() : 2);
-        EXPECT_EQ(lines, Lines(isEnough ? 0 : 2, complaint));
-    }
+    const Lines lines = trace.messages();
+    EXPECT_TRUE(lines.size() == 3 && lines[0] == complaint && lines[2] == complaint);
+    std::wistringstream whole(text);
+    EXPECT_TRUE(Xml::peekTag(whole, name) && Xml::readTag(whole, L"property", false, false));
+    EXPECT_FALSE(Xml::peekTag(whole, name));
     // Where all is there nothing goes back, and one character behind a text.
     PropertyBag bag;
-    bag.setString(L"a&b", L"c&d");
-    bag.setArray(L"array", std::vector<SerializableUnion>(3));
-    ForgetfulBuffer whole(wstring(kXmlHeader) + xmlOf(bag), 0);
-    std::wistream wholeIn(&whole);
+    bag.setArray(L"a&b", std::vector<SerializableUnion>(3));
+    ForgetfulBuffer forBag(wstring(kXmlHeader) + xmlOf(bag) + L"rest");
+    in.rdbuf(&forBag);
     PropertyBag back;
-    back.readXml(wholeIn);
+    back.readXml(in);
     EXPECT_EQ(xmlOf(back), xmlOf(bag));
-    ForgetfulBuffer forText(L"a&lt;&amp;<", 0);
-    std::wistream textIn(&forText);
-    wstring out;
-    Xml::readText(textIn, out);
-    EXPECT_EQ(out, L"a<&");
-    EXPECT_EQ(textIn.get(), L'<');
+    EXPECT_EQ(in.get(), L'\n');
 }
 
 }  // namespace

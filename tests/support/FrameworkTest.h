@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <functional>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "ZuMessaging.h"
 #include "ZuPlankton.h"
 #include "ZuPropertyBag.h"
+#include "ZuText.h"
 
 namespace zustd::test {
 
@@ -41,10 +43,6 @@ bool fileExists(const std::wstring& file);
 bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
-
-// A device that is always full; nothing may ever be made of it but a device.
-inline const std::wstring kFullDevice = L"Z:\\dev\\full";
-bool isFullDevice();
 
 class Tracing : NotCopied {
 public:
@@ -124,24 +122,24 @@ private:
     std::int64_t start_;
 };
 
-// How a reader took a document: "" or what it threw ("invalid: …" for
-// std::invalid_argument, "failed: …" for a text), and how many characters it
-// moved on. Any other exception passes through.
-using Reading = std::pair<std::string, std::size_t>;
-Reading readFromRange(ISerializable& target, const std::wstring& document);
-Reading readFromStream(ISerializable& target, const std::wstring& document);
-
-// The text that body throws as a std::wstring, or "nothing".
+// What body throws: the text, "invalid: …" for std::invalid_argument, or "nothing".
+// Any other exception passes through.
 template <class Body>
 std::wstring thrownText(Body&& body) {
     try {
         body();
     } catch (const std::wstring& text) {
         return text;
+    } catch (const std::invalid_argument& failure) {
+        return L"invalid: " + widen(failure.what());
     }
     return L"nothing";
 }
 
+// How a reader took a document: what it threw, or how many characters it moved on.
+using Reading = std::pair<std::wstring, std::size_t>;
+Reading readFromRange(ISerializable& target, const std::wstring& document);
+Reading readFromStream(ISerializable& target, const std::wstring& document);
 std::wstring xmlOf(const ISerializable& value);
 
 // Writes down each message: the kind's name and the key or number sent along.
