@@ -68,14 +68,12 @@ TEST(Trace, lineInALogFileOrStandardOutput_hasStampThreadAndUtf8Text) {
 
 TEST(Trace, messageOf3000Characters_isCutTo2027) {
     const TraceCapture trace;
-    zustd::trace(kTraceLevelReport, L"%ls", std::wstring(3000, L'x').c_str());
-    zustd::trace(kTraceLevelReport, L"%ls", std::wstring(2027, L'\u4E00').c_str());
+    zustd::trace(kTraceLevelReport, L"%ls", std::wstring(3000, L'\u4E00').c_str());
     writeTraceLine((std::wstring(5000, L'y') + L"\n").c_str());
     const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines[0], std::string(2027, 'x'));
-    EXPECT_EQ(lines[1].size(), 3U * 2027);
-    EXPECT_EQ(lines[2].substr(lines[2].find('y')), std::string(2048, 'y'));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0].size(), 3U * 2027);
+    EXPECT_EQ(lines[1].substr(lines[1].find('y')), std::string(2048, 'y'));
 }
 
 TEST(Trace, logFile_betweenLines_isNotHeldOpen) {
@@ -90,9 +88,10 @@ TEST(Trace, logFile_betweenLines_isNotHeldOpen) {
                     nullptr, CREATE_ALWAYS, 0, nullptr);
     trace(L"second");
     CloseHandle(other);
+    const std::string second = readBytes(path);
+    EXPECT_TRUE(second.ends_with(" ZULOG: second\r\n"));
     trace(L"third");
-    EXPECT_TRUE(
-        std::regex_match(readBytes(path), std::regex(".* ZULOG: second\r\n.* ZULOG: third\r\n")));
+    EXPECT_EQ(readBytes(path).substr(0, second.size()), second);
 }
 
 TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
