@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -16,28 +15,24 @@
 
 #include "ZuWindows.h"
 
+using zustd::test::AllocationLimit;
+using zustd::test::MemoryWatch;
+
 namespace {
 
-std::atomic<long> allowedAllocations{-1};
-std::atomic<bool> allocationFailed{false};
-std::atomic<bool> failsOnce{false};
-std::string_view searchedBytes;
-std::atomic<bool> bytesWereFound{false};
-std::atomic<std::int64_t> liveBytes{0};
-std::atomic<std::int64_t> peakBytes{0};
 // What was released last.
 constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
 void* allocate(std::size_t size) noexcept {
-    if (!zustd::test::AllocationLimit::take()) {
+    if (!AllocationLimit::take()) {
         return nullptr;
     }
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory != nullptr) {
-        liveBytes += static_cast<std::int64_t>(_msize(memory));
-        peakBytes = std::max(peakBytes.load(), liveBytes.load());
+        MemoryWatch::live += static_cast<std::int64_t>(_msize(memory));
+        MemoryWatch::most = std::max(MemoryWatch::most.load(), MemoryWatch::live.load());
     }
     return memory;
 }
@@ -63,12 +58,11 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return al
 void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
-        liveBytes -= static_cast<std::int64_t>(size);
-        if (!searchedBytes.empty() &&
-            std::string_view(static_cast<char*>(memory), size).find(searchedBytes) !=
-                std::string_view::npos) {
-            bytesWereFound = true;
-        }
+        MemoryWatch::live -= static_cast<std::int64_t>(size);
+        const std::string_view block(static_cast<char*>(memory), size);
+        MemoryWatch::wasFound =
+            MemoryWatch::wasFound ||
+            (!MemoryWatch::sought.empty() && block.find(MemoryWatch::sought) != block.npos);
         // Whoever still looks at it shall notice: a word and the next ones are not
         // the same, and none is an address. The barrier keeps the stores.
         for (std::size_t i = 0; i < size; ++i) {
@@ -129,22 +123,6 @@ ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), or
     slot_ = replacement;
 }
 
-AllocationLimit::AllocationLimit(long allowed, bool once) {
-    allocationFailed = false;
-    failsOnce = once;
-    allowedAllocations = allowed;
-}
-AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
-bool AllocationLimit::take() {
-    if (allowedAllocations < 0 || allowedAllocations-- != 0) {
-        return true;
-    }
-    allowedAllocations = failsOnce ? -1 : 0;
-    allocationFailed = true;
-    return false;
-}
-bool AllocationLimit::wasReached() const { return allocationFailed; }
-
 long failEachAllocation(const std::function<bool()>& operation,
                         const std::function<void(bool done)>& check) {
     long allowed = 0;
@@ -167,16 +145,6 @@ long failEachAllocation(const std::function<bool()>& operation,
     return allowed;
 }
 
-MemoryWatch::MemoryWatch(std::string_view searched) : start_(liveBytes) {
-    peakBytes = start_;
-    searchedBytes = searched;
-    bytesWereFound = false;
-}
-MemoryWatch::~MemoryWatch() { searchedBytes = {}; }
-bool MemoryWatch::foundInFreed() const { return bytesWereFound; }
-std::int64_t MemoryWatch::held() const { return liveBytes - start_; }
-std::size_t MemoryWatch::peak() const { return static_cast<std::size_t>(peakBytes - start_); }
-
 Reading readFromRange(ISerializable& target, const std::wstring& document) {
     const wchar_t* at = document.data();
     std::wstring thrown = thrownText([&] { target.parseXml(at, at + document.size()); });
@@ -189,12 +157,6 @@ Reading readFromStream(ISerializable& target, const std::wstring& document) {
     std::wstring thrown = thrownText([&] { target.readXml(stream); });
     const std::streamoff taken = stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
     return {thrown, thrown == L"nothing" ? static_cast<std::size_t>(taken) : 0};
-}
-
-std::wstring xmlOf(const ISerializable& value) {
-    std::wstring text;
-    value.appendXml(text);
-    return text;
 }
 
 bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) {

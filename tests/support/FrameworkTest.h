@@ -2,6 +2,7 @@
 // obstacles to put in the way, and random values that can be had again.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -92,12 +93,28 @@ private:
 // Lets so many allocations succeed and fails every later one, or only the next.
 class AllocationLimit : NotCopied {
 public:
-    explicit AllocationLimit(long allowed, bool once = false);
-    ~AllocationLimit();
+    explicit AllocationLimit(long allowed, bool once = false) {
+        failed_ = false;
+        isOnce_ = once;
+        allowed_ = allowed;
+    }
+    ~AllocationLimit() { allowed_ = -1; }
     // Whether an allocation has failed.
-    bool wasReached() const;
+    bool wasReached() const { return failed_; }
     // Counts an allocation that does not come by operator new: may it succeed?
-    static bool take();
+    static bool take() {
+        if (allowed_ < 0 || allowed_-- != 0) {
+            return true;
+        }
+        allowed_ = isOnce_ ? -1 : 0;
+        failed_ = true;
+        return false;
+    }
+
+private:
+    static inline std::atomic<long> allowed_{-1};
+    static inline std::atomic<bool> isOnce_{false};
+    static inline std::atomic<bool> failed_{false};
 };
 
 // Runs an operation with no allocation allowed, with one, and so on up to all that
@@ -112,11 +129,21 @@ long failEachAllocation(
 // a block that was given back since held what is searched for.
 class MemoryWatch : NotCopied {
 public:
-    explicit MemoryWatch(std::string_view searched = {});
-    ~MemoryWatch();
-    std::size_t peak() const;
-    std::int64_t held() const;
-    bool foundInFreed() const;
+    explicit MemoryWatch(std::string_view searched = {}) : start_(live) {
+        most = live.load();
+        sought = searched;
+        wasFound = false;
+    }
+    ~MemoryWatch() { sought = {}; }
+    std::size_t peak() const { return static_cast<std::size_t>(most - start_); }
+    std::int64_t held() const { return live - start_; }
+    bool foundInFreed() const { return wasFound; }
+
+    // Kept by operator new and delete.
+    static inline std::atomic<std::int64_t> live{0};
+    static inline std::atomic<std::int64_t> most{0};
+    static inline std::string_view sought;
+    static inline std::atomic<bool> wasFound{false};
 
 private:
     std::int64_t start_;
@@ -140,7 +167,11 @@ std::wstring thrownText(Body&& body) {
 using Reading = std::pair<std::wstring, std::size_t>;
 Reading readFromRange(ISerializable& target, const std::wstring& document);
 Reading readFromStream(ISerializable& target, const std::wstring& document);
-std::wstring xmlOf(const ISerializable& value);
+inline std::wstring xmlOf(const ISerializable& value) {
+    std::wstring text;
+    value.appendXml(text);
+    return text;
+}
 
 // Writes down each message: the kind's name and the key or number sent along.
 class Listener : public MessageSink {
