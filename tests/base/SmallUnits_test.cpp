@@ -6,15 +6,12 @@
 #include <memory>
 #include <numeric>
 #include <optional>
-#include <span>
 #include <thread>
 
 #include "ZuDateTime.h"
 #include "ZuHashMap.h"
 #include "ZuId.h"
-#include "ZuLateLoading.h"
 #include "ZuObjectPool.h"
-#include "ZuScope.h"
 #include "ZuSerializable.h"
 #include "ZuText.h"
 #include "ZuVersion.h"
@@ -104,41 +101,6 @@ TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
     useMany(9);
     EXPECT_LT(watch.peak(), 2000 * (sizeof(SerializableUnion) + ObjectPool::kPieceSize / 2));
     EXPECT_EQ(spoilt, 0);
-}
-
-TEST(LateLoading, firstCall_passesItsArgumentsOrThrowsTraced) {
-    const std::span all(zustdLateFunctions, zustdLateFunctionCount);
-    const auto found = std::find_if(all.begin(), all.end(), [](const LateFunction& function) {
-        return function.name == std::string("CommDlgExtendedError");
-    });
-    ASSERT_NE(found, all.end()) << "the program is linked without the entry";
-    auto& entry = const_cast<LateFunction&>(*found);
-    DWORD protection = 0;
-    VirtualProtect(&entry, sizeof(entry), PAGE_READWRITE, &protection);
-    void* const first = *entry.slot;
-    const ScopeExit restore([&, before = entry] {
-        entry = before;
-        *entry.slot = first;
-    });
-    const TraceCapture trace;
-    entry = {entry.slot, "pellory-none.dll", "pow"};
-    EXPECT_THROW(reinterpret_cast<DWORD(WINAPI*)()>(first)(), SystemException);
-    entry = {entry.slot, "msvcrt.dll", "noSuchName"};
-    EXPECT_THROW(requireLibraries({"other.dll", "msvcrt.dll"}), SystemException);
-    const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(lines[0].find("throwing: 'Could not load pellory-none.dll (system error 126)'"), 0U);
-    EXPECT_EQ(lines[1].find("throwing: 'Could not find noSuchName in msvcrt.dll (system error "
-                            "127)'"),
-              0U);
-    entry = {entry.slot, "msvcrt.dll", "pow"};
-    requireLibraries({"other.dll"});
-    EXPECT_EQ(*entry.slot, first);
-    using Power = double(__cdecl*)(double, double);
-    SetLastError(ERROR_ARENA_TRASHED);
-    EXPECT_EQ(reinterpret_cast<Power>(first)(3, 5), 243);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ARENA_TRASHED});
-    EXPECT_EQ(reinterpret_cast<Power>(*entry.slot)(2, 10), 1024);
 }
 
 TEST(HashMap, anyOperations_againstAList_haveTheSameEntriesInTheSameOrder) {

@@ -225,36 +225,30 @@ TEST(CipherKey, operationsWithoutKey_useTheInstalledOneOrAreRefused) {
     EXPECT_EQ(failure(kEncodingEnciphered), L"Cipher::decipher: no key installed");
 }
 
-// The program that enciphers files lies beside this one.
-template <class... Arguments>
-intptr_t runTool(const Arguments&... arguments) {
+TEST(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
+    const TempFolder folder;
+    const auto file = [&](const wchar_t* name) { return folder.file(name); };
+    // It lies beside this program.
     std::wstring program(MAX_PATH, L'\0');
     program.resize(GetModuleFileNameW(nullptr, program.data(), MAX_PATH));
     program.replace(program.rfind(L'\\') + 1, std::wstring::npos, L"encipher.exe");
-    return _wspawnl(_P_WAIT, program.c_str(), L"encipher", std::wstring(arguments).c_str()...,
-                    nullptr);
-}
-
-TEST(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
-    const TempFolder folder;
-    const std::wstring key = folder.file(L"key");
-    const std::wstring in = folder.file(L"in");
-    const std::wstring out = folder.file(L"out");
-    const std::wstring made = folder.file(L"made");
-    writeBytes(key, " " + kKeyStart + "1F\r\n");
-    writeBytes(in, kText);
+    const auto run = [&](auto encoding, auto in, auto out, auto... mode) {
+        return _wspawnl(_P_WAIT, program.c_str(), L"encipher", mode..., L"-k", file(L"key").c_str(),
+                        L"-e", encoding, file(in).c_str(), file(out).c_str(), nullptr);
+    };
+    writeBytes(file(L"key"), " " + kKeyStart + "1F\r\n");
+    writeBytes(file(L"in"), kText);
     for (const wchar_t* encoding : {L"2", L"3"}) {
-        ASSERT_EQ(runTool(L"-e", encoding, L"-k", key, in, made), 0);
-        ASSERT_EQ(runTool(L"-d", L"-e", encoding, L"-k", key, made, made + encoding), 0);
-        EXPECT_EQ(readBytes(made + encoding), kText);
+        ASSERT_EQ(run(encoding, L"in", L"made"), 0);
+        ASSERT_EQ(run(encoding, L"made", encoding, L"-d"), 0);
+        EXPECT_EQ(readBytes(file(encoding)), kText);
     }
-    EXPECT_EQ(runTool(L"-e", L"4", L"-k", key, in, out), 1);
-    EXPECT_EQ(runTool(L"-e", L"2", L"-k", in, in, out), 2) << "no key";
-    EXPECT_EQ(runTool(L"-e", L"2", L"-k", key, in, folder.file(L".\\IN")), 2);
-    EXPECT_EQ(runTool(L"-d", L"-e", L"2", L"-k", key, made, out), 3);
-    EXPECT_EQ(runTool(L"-e", L"2", L"-k", key, made, out), 3) << "no text";
-    EXPECT_FALSE(fileExists(out));
-    EXPECT_EQ(readBytes(in), kText);
+    EXPECT_EQ(run(L"4", L"in", L"out"), 1);
+    EXPECT_EQ(run(L"2", L"missing", L"out"), 2);
+    EXPECT_EQ(run(L"2", L"in", L".\\KEY"), 2);
+    EXPECT_EQ(run(L"2", L"made", L"out", L"-d"), 3);
+    EXPECT_EQ(run(L"2", L"made", L"out"), 3) << "no text";
+    EXPECT_FALSE(fileExists(file(L"out")));
 }
 
 }  // namespace

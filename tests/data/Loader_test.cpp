@@ -194,24 +194,6 @@ TEST(Utf8Encoder, randomTexts_ofStretchesAndNeighbours_areEncodedUnitByUnit) {
 
 const std::string kHeader = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n";
 
-std::size_t transferNothing(const void*, std::size_t, std::size_t, std::FILE*) { return 0; }
-
-// Closes as ever, but reports that the last bytes did not reach the disk.
-decltype(&_close) realClose = nullptr;
-int closeAndFail(int file) {
-    realClose(file);
-    return -1;
-}
-
-// Writes as long as the disk has room, a few bytes at a time.
-decltype(&_write) realWrite = nullptr;
-unsigned roomOnDisk = 0;
-int writeWhileThereIsRoom(int file, const void* bytes, unsigned size) {
-    const unsigned taken = std::min({size, roomOnDisk, 3U});
-    roomOnDisk -= taken;
-    return taken == 0 ? -1 : realWrite(file, bytes, taken);
-}
-
 class LoaderTest : public testing::Test {
 protected:
     TempFolder folder_;
@@ -257,30 +239,41 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
 }
 
 TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
-    realClose = reinterpret_cast<decltype(realClose)>(__imp__close);
-    realWrite = reinterpret_cast<decltype(realWrite)>(__imp__write);
-    const auto isReported = [this](void*& slot, void* replacement, auto&& operation,
+    const auto isReported = [this](void*& slot, auto* replacement, auto&& operation,
                                    const std::string& report) {
         writeBytes(file_, "bytes");
         text_ = L"longer bytes";
         const TraceCapture trace;
         {
-            const ReplacedImport broken(slot, replacement);
+            const ReplacedImport broken(slot, reinterpret_cast<void*>(replacement));
             EXPECT_EQ(operation(file_, text_), report.empty());
         }
         const std::string line = ": catched std::exception: " + report + "\r\n";
         EXPECT_EQ(trace.bytes().find(line) == std::string::npos, report.empty());
     };
-    isReported(__imp__close, reinterpret_cast<void*>(&closeAndFail), Loader::save,
-               "cannot close file");
-    isReported(__imp_fread, reinterpret_cast<void*>(&transferNothing), Loader::load,
-               "cannot read file");
+    static const auto handleOf = [](int file) {
+        return reinterpret_cast<HANDLE>(_get_osfhandle(file));
+    };
+    // The last bytes do not reach the disk, a file ends before its size, and a disk
+    // has room for so many bytes, of which it takes a few at a time.
+    const auto closeAndFail = +[](int file) { return CloseHandle(handleOf(file)) - 2; };
+    const auto readNothing =
+        +[](void*, std::size_t, std::size_t, std::FILE*) { return std::size_t{}; };
+    static DWORD room = 0;
+    const auto writeIfThereIsRoom = +[](int file, const void* bytes, unsigned size) {
+        DWORD taken = std::min({DWORD{size}, room, DWORD{3}});
+        room -= taken;
+        WriteFile(handleOf(file), bytes, taken, &taken, nullptr);
+        return taken == 0 ? -1 : static_cast<int>(taken);
+    };
+    isReported(__imp__close, closeAndFail, Loader::save, "cannot close file");
+    isReported(__imp_fread, readNothing, Loader::load, "cannot read file");
     // What the file held stays when the disk has no room for more.
-    for (const unsigned room : {0U, 1U, 6U, 12U}) {
-        roomOnDisk = room;
-        isReported(__imp__write, reinterpret_cast<void*>(&writeWhileThereIsRoom), Loader::save,
-                   room < 12 ? "cannot write to file" : "");
-        EXPECT_EQ(readBytes(file_), room < 12 ? "bytes" : "longer bytes") << room;
+    for (const unsigned free : {0U, 1U, 6U, 12U}) {
+        room = free;
+        isReported(__imp__write, writeIfThereIsRoom, Loader::save,
+                   free < 12 ? "cannot write to file" : "");
+        EXPECT_EQ(readBytes(file_), free < 12 ? "bytes" : "longer bytes") << free;
     }
     EXPECT_TRUE(Loader::save(L"NUL", L"a")) << "a device has no length";
     EXPECT_TRUE(deleteFile(file_)) << "the file must be closed";

@@ -93,21 +93,6 @@ TEST(Union, assignment_fromAPartOfItself_copiesBeforeItDestroys) {
     EXPECT_EQ(moved.getString(), L"5");
 }
 
-TEST(Union, setter_withoutMemory_leavesNullUnlessTheKindIsItsOwn) {
-    // Enough of them to use up what freed values have left behind.
-    Values values(100000);
-    std::size_t set = 1;
-    values[0].setLong(7);
-    {
-        const AllocationLimit limit(0);
-        values[0].setLong(8);
-        EXPECT_THROW(
-            for (; set < values.size(); ++set) { values[set].setDouble(1.0); }, std::bad_alloc);
-    }
-    EXPECT_EQ(values[0].getLong(), 8);
-    EXPECT_TRUE(values.at(set).isNull());
-}
-
 TEST(Union, equals_valuesThatLookAlike_areToldApart) {
     const Values values = oneOfEachKind();
     SerializableUnion value;
