@@ -62,14 +62,10 @@ TEST(Version, buildKinds_areSaidBehindTheNumbers) {
 }
 
 TEST(DateTime, fields_orderByTimeAlsoAsFileStamps) {
-    const DateTime times[] = {{2016, 9, 30, 23, 59, 59, 999}, {2016, 10, 1},
-                              {2016, 10, 1, 0, 0, 0, 9},      {2016, 10, 1, 0, 0, 0, 10},
-                              {2016, 10, 1, 0, 0, 2},         {2016, 10, 1, 0, 1}};
-    for (std::size_t i = 1; i < std::size(times); ++i) {
-        EXPECT_LT(times[i - 1], times[i]) << i;
-        EXPECT_LT(times[i - 1].toFileStamp(), times[i].toFileStamp()) << i;
-    }
-    EXPECT_EQ(times[3].toFileStamp(), L"2016-10-01-00;00;00;010");
+    const DateTime times[] = {
+        {2016, 9, 30, 23, 59, 59, 999}, {2016, 10, 1}, {2016, 10, 1, 0, 0, 2, 9}};
+    EXPECT_TRUE(times[0] < times[1] && times[1] < times[2]);
+    EXPECT_EQ(times[2].toFileStamp(), L"2016-10-01-00;00;02;009");
     EXPECT_EQ(times[1], DateTime(2016, 10, 1, 0, 0, 0, 0));
     EXPECT_EQ(DateTime(), DateTime(0, 0, 0));
 }
