@@ -444,7 +444,7 @@ TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
         // clang-format off
         {L" \n\r\ta=\"1 2\" b='\"' c=x'y ", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
         {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"},
-        {L"a='1\"", L"refused"}, {L"a=\"", L"refused"}, {L"a=\"\"", L"a:;ok"}, {L"a= \n\r\t", L"a:;ok"}, {L"", L"ok"},
+        {L"a=1\rb=2\nc=3\td=4", L"a:1;b:2;c:3;d:4;ok"}, {L"a='1\"", L"refused"}, {L"a=\"\"", L"a:;ok"}, {L"a= \n\r\t", L"a:;ok"}, {L"", L"ok"},
         // clang-format on
     };
     for (const auto& [text, expected] : kCases) {
