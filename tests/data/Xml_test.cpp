@@ -116,11 +116,13 @@ private:
         wstring text;
         const std::size_t end = find(L"<>", at_);
         while (at_ < end) {
-            const wstring entity = text_.substr(at_, find(L";", at_) + 1 - at_);
-            const std::size_t known = kEntities.find(entity);
             if (text_[at_] != L'&') {
                 text += text_[at_++];
-            } else if (known != wstring::npos && entity.back() == L';') {
+                continue;
+            }
+            const wstring entity = text_.substr(at_, find(L";", at_) + 1 - at_);
+            const std::size_t known = kEntities.find(entity);
+            if (known != wstring::npos && entity.back() == L';') {
                 text += kEntities[known + entity.size()];
                 at_ += entity.size();
             } else if (isStream_) {
