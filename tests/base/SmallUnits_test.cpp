@@ -82,7 +82,7 @@ TEST(Id, ofAnyObject_isNewAndSixteenDigits) {
 TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
     std::atomic<std::ptrdiff_t> spoilt = 0;
     const auto useMany = [&](double mark) {
-        for (int round = 0; round < 5; ++round) {
+        for (int round = 0; round < 1000; ++round) {
             std::vector<SerializableUnion> values(2000);
             std::for_each(values.begin(), values.end(), [=](auto& each) { each.setDouble(mark); });
             spoilt += std::count_if(values.begin(), values.end(),
