@@ -4,44 +4,35 @@
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <span>
 #include <sstream>
-#include <stdexcept>
 
-#include "ZuText.h"
 #include "ZuWindows.h"
+
+using zustd::test::AllocationLimit;
+using zustd::test::MemoryWatch;
 
 namespace {
 
-std::atomic<long> allowedAllocations{-1};
-std::atomic<bool> allocationFailed{false};
-std::atomic<bool> failsOnce{false};
-std::string_view searchedBytes;
-std::atomic<bool> bytesWereFound{false};
-std::atomic<std::int64_t> liveBytes{0};
-std::atomic<std::int64_t> peakBytes{0};
 // What was released last.
 constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
-bool isSearched(std::string_view block) noexcept {
-    return !searchedBytes.empty() && block.find(searchedBytes) != std::string_view::npos;
-}
-
 void* allocate(std::size_t size) noexcept {
-    if (!zustd::test::AllocationLimit::take()) {
+    if (!AllocationLimit::take()) {
         return nullptr;
     }
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory != nullptr) {
-        liveBytes += static_cast<std::int64_t>(_msize(memory));
-        peakBytes = std::max(peakBytes.load(), liveBytes.load());
+        MemoryWatch::live += static_cast<std::int64_t>(_msize(memory));
+        MemoryWatch::most = std::max(MemoryWatch::most.load(), MemoryWatch::live.load());
     }
     return memory;
 }
@@ -51,13 +42,10 @@ unsigned char poisonAt(std::size_t i) noexcept {
 }
 
 bool isPoisoned(void* memory) noexcept {
-    const auto* bytes = static_cast<const unsigned char*>(memory);
-    const std::size_t size = _msize(memory);
+    const std::span bytes(static_cast<unsigned char*>(memory), _msize(memory));
     std::size_t i = 0;
-    while (i < size && bytes[i] == poisonAt(i)) {
-        ++i;
-    }
-    return i == size;
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [&](unsigned char byte) { return byte == poisonAt(i++); });
 }
 
 }  // namespace
@@ -70,8 +58,11 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return al
 void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
-        liveBytes -= static_cast<std::int64_t>(size);
-        bytesWereFound = bytesWereFound || isSearched({static_cast<char*>(memory), size});
+        MemoryWatch::live -= static_cast<std::int64_t>(size);
+        const std::string_view block(static_cast<char*>(memory), size);
+        MemoryWatch::wasFound =
+            MemoryWatch::wasFound ||
+            (!MemoryWatch::sought.empty() && block.find(MemoryWatch::sought) != block.npos);
         // Whoever still looks at it shall notice: a word and the next ones are not
         // the same, and none is an address. The barrier keeps the stores.
         for (std::size_t i = 0; i < size; ++i) {
@@ -89,21 +80,6 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace zustd::test {
-
-namespace {
-
-template <class Read>
-Reading take(Read&& read) {
-    try {
-        return {"", read()};
-    } catch (const std::invalid_argument& failure) {
-        return {std::string("invalid: ") + failure.what(), 0};
-    } catch (const std::wstring& failure) {
-        return {"failed: " + narrow(failure), 0};
-    }
-}
-
-}  // namespace
 
 TempFolder::TempFolder() {
     static int number = 0;
@@ -129,13 +105,6 @@ void writeBytes(const std::wstring& file, const std::string& bytes) {
     std::ofstream(std::filesystem::path(file), std::ios::binary) << bytes;
 }
 
-bool isFullDevice() {
-    // Gives zeros without end; a file would end.
-    std::string zeros(3, 'x');
-    std::ifstream(std::filesystem::path(kFullDevice), std::ios::binary).read(zeros.data(), 3);
-    return zeros == std::string(3, '\0');
-}
-
 Lines TraceCapture::messages() const {
     constexpr std::string_view kMark = "ZULOG: ";
     Lines lines;
@@ -153,22 +122,6 @@ ReplacedImport::ReplacedImport(void*& slot, void* replacement) : slot_(slot), or
     VirtualProtect(&slot_, sizeof(slot_), PAGE_READWRITE, &protection);
     slot_ = replacement;
 }
-
-AllocationLimit::AllocationLimit(long allowed, bool once) {
-    allocationFailed = false;
-    failsOnce = once;
-    allowedAllocations = allowed;
-}
-AllocationLimit::~AllocationLimit() { allowedAllocations = -1; }
-bool AllocationLimit::take() {
-    if (allowedAllocations < 0 || allowedAllocations-- != 0) {
-        return true;
-    }
-    allowedAllocations = failsOnce ? -1 : 0;
-    allocationFailed = true;
-    return false;
-}
-bool AllocationLimit::wasReached() const { return allocationFailed; }
 
 long failEachAllocation(const std::function<bool()>& operation,
                         const std::function<void(bool done)>& check) {
@@ -192,41 +145,18 @@ long failEachAllocation(const std::function<bool()>& operation,
     return allowed;
 }
 
-MemoryWatch::MemoryWatch(std::string_view searched) : start_(liveBytes) {
-    peakBytes = start_;
-    searchedBytes = searched;
-    bytesWereFound = false;
-}
-MemoryWatch::~MemoryWatch() { searchedBytes = {}; }
-bool MemoryWatch::foundInFreed() const { return bytesWereFound; }
-std::int64_t MemoryWatch::held() const { return liveBytes - start_; }
-std::size_t MemoryWatch::peak() const { return static_cast<std::size_t>(peakBytes - start_); }
-
 Reading readFromRange(ISerializable& target, const std::wstring& document) {
-    return take([&] {
-        const wchar_t* begin = document.data();
-        target.parseXml(begin, document.data() + document.size());
-        return static_cast<std::size_t>(begin - document.data());
-    });
+    const wchar_t* at = document.data();
+    std::wstring thrown = thrownText([&] { target.parseXml(at, at + document.size()); });
+    const auto taken = static_cast<std::size_t>(at - document.data());
+    return {thrown, thrown == L"nothing" ? taken : 0};
 }
 
 Reading readFromStream(ISerializable& target, const std::wstring& document) {
-    return take([&] {
-        std::wistringstream stream(document);
-        target.readXml(stream);
-        return static_cast<std::size_t>(
-            std::streamoff(stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in)));
-    });
-}
-
-std::ostream& operator<<(std::ostream& out, const Reading& reading) {
-    return out << '"' << reading.failure << "\" after " << reading.taken;
-}
-
-std::wstring xmlOf(const ISerializable& value) {
-    std::wstring text;
-    value.appendXml(text);
-    return text;
+    std::wistringstream stream(document);
+    std::wstring thrown = thrownText([&] { target.readXml(stream); });
+    const std::streamoff taken = stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
+    return {thrown, thrown == L"nothing" ? static_cast<std::size_t>(taken) : 0};
 }
 
 bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) {
@@ -256,35 +186,6 @@ std::wstring Random::text(std::size_t longest) {
                            : static_cast<wchar_t>(L'a' + below(26));
     }
     return text;
-}
-
-SerializableUnion Random::value(int depth) {
-    const auto field = [this](std::size_t count) { return static_cast<int>(below(count)); };
-    SerializableUnion value;
-    switch (below(depth > 0 ? 8 : 7)) {
-        // clang-format off
-        case 0: break;
-        case 1: value.setString(text(40)); break;
-        case 2: value.setLong(static_cast<std::int32_t>(engine_())); break;
-        case 3: value.setDouble(static_cast<std::int32_t>(engine_()) / 64.0); break;  // 6 decimals
-        case 4: value.setBool(below(2) == 0); break;
-        case 5: value.setDateTime({field(10000), field(100), field(100),
-                                   field(24), field(60), field(60)}); break;
-        case 6: value.setSizet(engine_()); break;
-        // clang-format on
-        default:
-            value.setArraySize(field(5));
-            for (SerializableUnion& element : value.arrayRef()) {
-                element = this->value(depth - 1);
-            }
-    }
-    return value;
-}
-
-void Random::fill(PropertyBag& bag, std::size_t mostEntries, std::size_t longestKey, int depth) {
-    for (std::size_t i = below(mostEntries + 1); i > 0; --i) {
-        bag.setUnion(text(longestKey), value(depth));
-    }
 }
 
 }  // namespace zustd::test

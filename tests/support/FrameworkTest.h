@@ -2,16 +2,19 @@
 // obstacles to put in the way, and random values that can be had again.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "ZuMessaging.h"
 #include "ZuPlankton.h"
 #include "ZuPropertyBag.h"
+#include "ZuText.h"
 
 namespace zustd::test {
 
@@ -42,11 +45,6 @@ bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
-// A device that is always full; nothing may ever be made of it but a device.
-inline const std::wstring kFullDevice = L"Z:\\dev\\full";
-bool isFullDevice();
-
-// Installs trace settings for as long as it lives.
 class Tracing : NotCopied {
 public:
     Tracing(std::uint32_t mode, const wchar_t* path, std::int32_t threshold = 0)
@@ -59,7 +57,6 @@ private:
     TraceSettings settings_;
 };
 
-// Tracing into a file for as long as it lives.
 class TraceCapture {
 public:
     explicit TraceCapture(std::int32_t threshold = kTraceLevelReport)
@@ -82,8 +79,7 @@ private:
 #define IMPORT_SLOT(name, size) __asm__("__imp__" name size)
 #endif
 
-// Puts a function in the place of one that the executable imports. The slot is
-// the import table's entry, __imp_NAME.
+// Puts a function in the place of one that the executable imports.
 class ReplacedImport : NotCopied {
 public:
     ReplacedImport(void*& slot, void* replacement);
@@ -97,19 +93,34 @@ private:
 // Lets so many allocations succeed and fails every later one, or only the next.
 class AllocationLimit : NotCopied {
 public:
-    explicit AllocationLimit(long allowed, bool once = false);
-    ~AllocationLimit();
+    explicit AllocationLimit(long allowed, bool once = false) {
+        failed_ = false;
+        isOnce_ = once;
+        allowed_ = allowed;
+    }
+    ~AllocationLimit() { allowed_ = -1; }
     // Whether an allocation has failed.
-    bool wasReached() const;
+    bool wasReached() const { return failed_; }
     // Counts an allocation that does not come by operator new: may it succeed?
-    static bool take();
+    static bool take() {
+        if (allowed_ < 0 || allowed_-- != 0) {
+            return true;
+        }
+        allowed_ = isOnce_ ? -1 : 0;
+        failed_ = true;
+        return false;
+    }
+
+private:
+    static inline std::atomic<long> allowed_{-1};
+    static inline std::atomic<bool> isOnce_{false};
+    static inline std::atomic<bool> failed_{false};
 };
 
 // Runs an operation with no allocation allowed, with one, and so on up to all that
-// it makes, and check after each run; gives their number. The operation says by
-// its result or by std::bad_alloc whether it was done, which it must be whenever
-// memory sufficed, and then only. All that twice: every later allocation fails as
-// well, or only the next.
+// it makes, and check after each run; gives their number. Its result, or
+// std::bad_alloc, says whether it was done, which it must be whenever memory
+// sufficed, and then only. Once every later allocation fails, once only the next.
 long failEachAllocation(
     const std::function<bool()>& operation,
     const std::function<void(bool done)>& check = [](bool) {});
@@ -118,41 +129,49 @@ long failEachAllocation(
 // a block that was given back since held what is searched for.
 class MemoryWatch : NotCopied {
 public:
-    explicit MemoryWatch(std::string_view searched = {});
-    ~MemoryWatch();
-    std::size_t peak() const;
-    std::int64_t held() const;
-    bool foundInFreed() const;
+    explicit MemoryWatch(std::string_view searched = {}) : start_(live) {
+        most = live.load();
+        sought = searched;
+        wasFound = false;
+    }
+    ~MemoryWatch() { sought = {}; }
+    std::size_t peak() const { return static_cast<std::size_t>(most - start_); }
+    std::int64_t held() const { return live - start_; }
+    bool foundInFreed() const { return wasFound; }
+
+    // Kept by operator new and delete.
+    static inline std::atomic<std::int64_t> live{0};
+    static inline std::atomic<std::int64_t> most{0};
+    static inline std::string_view sought;
+    static inline std::atomic<bool> wasFound{false};
 
 private:
     std::int64_t start_;
 };
 
-// How a reader took a document: "" or what it threw ("invalid: …" for
-// std::invalid_argument, "failed: …" for a text), and how many characters it
-// moved on. Any other exception passes through.
-struct Reading {
-    std::string failure;
-    std::size_t taken = 0;
-    friend bool operator==(const Reading&, const Reading&) = default;
-};
-Reading readFromRange(ISerializable& target, const std::wstring& document);
-Reading readFromStream(ISerializable& target, const std::wstring& document);
-std::ostream& operator<<(std::ostream& out, const Reading& reading);
-inline constexpr auto kBothReaders = {&readFromRange, &readFromStream};
-
-// The text that body throws as a std::wstring, or "nothing".
+// What body throws: the text, "invalid: …" for std::invalid_argument, or "nothing".
+// Any other exception passes through.
 template <class Body>
 std::wstring thrownText(Body&& body) {
     try {
         body();
     } catch (const std::wstring& text) {
         return text;
+    } catch (const std::invalid_argument& failure) {
+        return L"invalid: " + widen(failure.what());
     }
     return L"nothing";
 }
 
-std::wstring xmlOf(const ISerializable& value);
+// How a reader took a document: what it threw, or how many characters it moved on.
+using Reading = std::pair<std::wstring, std::size_t>;
+Reading readFromRange(ISerializable& target, const std::wstring& document);
+Reading readFromStream(ISerializable& target, const std::wstring& document);
+inline std::wstring xmlOf(const ISerializable& value) {
+    std::wstring text;
+    value.appendXml(text);
+    return text;
+}
 
 // Writes down each message: the kind's name and the key or number sent along.
 class Listener : public MessageSink {
@@ -173,11 +192,8 @@ public:
         return items[below(std::size(items))];
     }
     std::string bytes(std::size_t size);
-    // A text that the XML form gives back: no control characters, no FFFF.
+    // No control characters, no FFFF.
     std::wstring text(std::size_t longest);
-    // A value that the XML form gives back, arrays nested so deep at the most.
-    SerializableUnion value(int depth);
-    void fill(PropertyBag& bag, std::size_t mostEntries, std::size_t longestKey, int depth);
 
 private:
     std::uint64_t seed_;

@@ -1,0 +1,320 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <iomanip>
+#include <sstream>
+
+#include "ZuPropertyBag.h"
+#include "ZuSerializable.h"
+#include "support/FrameworkTest.h"
+
+namespace zustd {
+namespace {
+
+using namespace test;
+using Values = std::vector<SerializableUnion>;
+
+// An object with a text form of its own, written by the stream writer alone.
+class Speaking : public SharedObject, public ISerializable {
+public:
+    void writeXml(std::wostream& stream) const override { stream << L"<o>said</o>"; }
+};
+
+const DateTime kDate(2016, 11, 4, 6, 39, 59, 123);
+
+// One value of each kind, by number.
+Values oneOfEachKind() {
+    Values values(9);
+    values[1].setString(L"5");
+    values[2].setLong(5);
+    values[3].setDouble(5.0);
+    values[4].setBool(true);
+    values[5].setDateTime(kDate);
+    values[6].setSizet(5);
+    values[7].setObject(std::make_shared<Speaking>());
+    values[8].setArray({values[1], SerializableUnion()});
+    return values;
+}
+
+SerializableUnion arrayOf(const Values& elements) {
+    SerializableUnion value;
+    value.setArray(elements);
+    return value;
+}
+
+SerializableUnion valueOf(ValueKind kind, const wchar_t* text = L"") {
+    SerializableUnion value;
+    readFromRange(value, L"<t>" + std::wstring(kindName(kind)) + L"</t>" + text);
+    return value;
+}
+
+TEST(Union, getters_onEveryKind_neverConvert) {
+    const std::string place = "', in src/lib/ZuSerializable, line ";
+    const std::string noText = "throwing: 'cannot get reference for null string" + place + "321";
+    const std::string noArray = "throwing: 'cannot get reference of null array" + place + "405";
+    for (int kind = 0; kind < 9; ++kind) {
+        SCOPED_TRACE(kind);
+        SerializableUnion value = oneOfEachKind()[static_cast<std::size_t>(kind)];
+        std::wstring text = L"old";
+        EXPECT_EQ(value.tryGetString(text), kind == 1);
+        EXPECT_EQ(text, kind == 1 ? L"5" : L"");
+        EXPECT_EQ(value.getString(), text);
+        EXPECT_EQ(value.getLong(), kind == 2 ? 5 : 0);
+        EXPECT_EQ(value.getDouble(), kind == 3 ? 5.0 : 0.0);
+        EXPECT_EQ(value.getBool(), kind == 4);
+        EXPECT_EQ(value.getDateTime(), kind == 5 ? kDate : DateTime());
+        EXPECT_EQ(value.getSizet(), kind == 6 ? 5U : 0U);
+        EXPECT_EQ(value.getObject() != nullptr, kind == 7);
+        EXPECT_EQ(value.getArray().size(), kind == 8 ? 2U : 0U);
+        const TraceCapture trace;
+        thrownText([&] { value.stringRef() += L"0"; });
+        thrownText([&] { value.elementAt(0); });
+        EXPECT_EQ(trace.messages(), kind == 1   ? Lines{noArray}
+                                    : kind == 8 ? Lines{noText}
+                                                : (Lines{noText, noArray}));
+        EXPECT_EQ(value.getString(), kind == 1 ? L"50" : L"");
+    }
+}
+
+TEST(Union, assignment_fromAPartOfItself_copiesBeforeItDestroys) {
+    const SerializableUnion inner = arrayOf(oneOfEachKind());
+    SerializableUnion value = arrayOf({inner, inner});
+    value = value.elementAt(1);
+    EXPECT_EQ(value, inner);
+    value.setArray(value.elementAt(8).arrayRef());
+    EXPECT_EQ(value.getArray().size(), 2U);
+    value = std::move(value.elementAt(0));
+    value.setString(value.stringRef());
+    value.assign(value);
+    const SerializableUnion moved = std::move(value);
+    EXPECT_TRUE(value.isNull());
+    EXPECT_EQ(moved.getString(), L"5");
+}
+
+TEST(Union, equals_valuesThatLookAlike_areToldApart) {
+    const Values values = oneOfEachKind();
+    SerializableUnion value;
+    for (const SerializableUnion& each : oneOfEachKind()) {
+        // Objects are told apart by identity.
+        EXPECT_EQ(std::count(values.begin(), values.end(), each), each.isObject() ? 0 : 1);
+        EXPECT_EQ(valueOf(each.kind()).kind(), each.kind());
+        EXPECT_EQ(valueOf(each.kind()) == each, each.isNull());
+        value.assign(each);
+        EXPECT_EQ(value, each);
+    }
+    for (const auto& [count, size] : {std::pair{70, 70U}, {-3, 0U}, {1, 1U}}) {
+        value.setArraySize(count);
+        EXPECT_EQ(value, arrayOf(Values(size)));
+    }
+    value.setDouble(std::nan(""));
+    EXPECT_TRUE(value.notEquals(value) && arrayOf({value}).notEquals(arrayOf({value})));
+    value.setString({L'5', L'\0'});
+    EXPECT_TRUE(value.notEquals(values[1]));
+    EXPECT_EQ(kindName(static_cast<ValueKind>(9)), L"null");
+}
+
+TEST(Union, objectsAndStreams_areWrittenInTheirOwnWay) {
+    const SerializableUnion all = arrayOf(oneOfEachKind());
+    std::wostringstream stream;
+    stream << std::setw(200) << std::setfill(L'*') << std::hex << std::showbase;
+    all.writeXml(stream);
+    EXPECT_TRUE(stream.good() && stream.str() == xmlOf(all));
+    EXPECT_NE(stream.str().find(L"<t>object</t><o>said</o><t>array</t>"), std::wstring::npos);
+    stream.setstate(std::ios_base::failbit);
+    all.writeXml(stream);
+    EXPECT_TRUE(stream.bad() && stream.str() == xmlOf(all));
+    SerializableUnion value;
+    value.setObject(std::make_shared<SharedObject>());
+    EXPECT_EQ(thrownText([&] { xmlOf(value); }), L"not implemented");
+    SerializableT<std::shared_ptr<SharedObject>> holder(std::make_shared<Speaking>());
+    EXPECT_EQ(readFromStream(holder, L"<o>").first, L"not implemented");
+    EXPECT_EQ(readFromRange(holder, L"<o>").first, L"not implemented");
+}
+
+TEST(Union, change_destructorThatUsesOrDestroysTheUnion_findsItWhole) {
+    using Change = void (*)(SerializableUnion&);
+    const Change kChanges[] = {
+        [](SerializableUnion& value) { value.setLong(1); },
+        [](SerializableUnion& value) { value.setObject(nullptr); },
+        [](SerializableUnion& value) { value.setArraySize(3); },
+        [](SerializableUnion& value) { value.assign({}); },
+        [](SerializableUnion& value) { value = SerializableUnion(); },
+        [](SerializableUnion& value) { readFromStream(value, L"<t>long</t><v>1</v>"); },
+    };
+    SharedObject object;
+    for (std::size_t dice = 0; dice < 4 * std::size(kChanges); ++dice) {
+        auto value = std::make_unique<SerializableUnion>();
+        std::wstring seen;
+        const auto last = [&](SharedObject*) {
+            seen = xmlOf(SerializableUnion(*value));
+            if (dice % 2 == 0) {
+                value.reset();
+            }
+        };
+        value->setObject(std::shared_ptr<SharedObject>(&object, last));
+        if (dice % 4 < 2) {
+            SerializableUnion array = arrayOf({*value});
+            *value = std::move(array);
+        }
+        kChanges[dice / 4](*value);
+        EXPECT_NE(seen, L"");
+        EXPECT_TRUE(!value || xmlOf(*value) == seen);
+    }
+}
+
+// Writes down what the hook ran for, with the value that it found.
+class HookedBag : public PropertyBag {
+public:
+    Texts changed;
+    std::function<void()> next = [] {};  // runs once
+
+    void onChanged(std::wstring_view key) override {
+        changed.push_back(std::wstring(key) + xmlOf(getUnion(key)));
+        std::exchange(next, [] {})();
+    }
+};
+
+void setByKind(PropertyBag& bag, const std::wstring& key, const SerializableUnion& value) {
+    switch (value.kind()) {
+        // clang-format off
+        case ValueKind::kNull: return bag.clear(key);
+        case ValueKind::kString: return bag.setString(key, value.getString());
+        case ValueKind::kLong: return bag.setLong(key, value.getLong());
+        case ValueKind::kDouble: return bag.setDouble(key, value.getDouble());
+        case ValueKind::kBool: return bag.setBool(key, value.getBool());
+        case ValueKind::kDateTime: return bag.setDateTime(key, value.getDateTime());
+        case ValueKind::kSizet: return bag.setSize(key, value.getSizet());
+        default: return bag.setArray(key, value.getArray());
+            // clang-format on
+    }
+}
+
+// Every getter, with a default that no value is.
+void expectGetters(const PropertyBag& bag, const std::wstring& key, const SerializableUnion& v) {
+    std::wstring out = L"d";
+    EXPECT_EQ(bag.getString(key, L"d"), v.isString() ? v.getString() : L"d");
+    EXPECT_EQ(bag.getString(key, out, out), v.isString()) << "the default may be the result";
+    EXPECT_EQ(out, v.isString() ? v.getString() : L"d");
+    EXPECT_EQ(bag.getLong(key, 9), v.isLong() ? v.getLong() : 9);
+    EXPECT_TRUE(std::isnan(v.getDouble()) ||
+                bag.getDouble(key, 9) == (v.isDouble() ? v.getDouble() : 9));
+    for (const bool any : {true, false}) {
+        const bool isSize = v.isSizet() || (any && v.isLong() && v.getLong() >= 0);
+        const auto size = v.getSizet() + static_cast<std::uint64_t>(v.getLong());
+        EXPECT_EQ(bag.getBool(key, any), v.isBool() ? v.getBool() : any);
+        EXPECT_EQ(bag.getSize(key, 9, any), isSize ? size : 9);
+    }
+    EXPECT_EQ(bag.getDateTime(key, kDate), v.isDateTime() ? v.getDateTime() : kDate);
+    EXPECT_EQ(bag.getArray(key), v.getArray());
+    EXPECT_EQ(xmlOf(bag.getUnion(key)), xmlOf(v));
+    EXPECT_EQ(bag.isNull(key), v.isNull());
+}
+
+TEST(PropertyBag, randomChanges_besideAListOfValues_areHeldAndAnnouncedAlike) {
+    Values values;
+    for (std::uint32_t kind = 0; kind <= 8; ++kind) {
+        for (const wchar_t* text : {L"", L"<v>5-1</v>", L"<v>5-2</v>", L"<v>-1</v>", L"<v>y</v>",
+                                    L"<v>nan</v>", L"<c>2</c>", L"<c>2</c><t>bool</t>"}) {
+            values.push_back(valueOf(static_cast<ValueKind>(kind), text));
+        }
+    }
+    const std::wstring kKeys[] = {L"", L"a", L"A", std::wstring(32, L'k'), std::wstring(33, L'k')};
+    Random random(7);
+    std::vector<std::pair<std::wstring, SerializableUnion>> model;
+    HookedBag bag;
+    for (int step = 0; step < 20'000 && !HasFailure(); ++step) {
+        SCOPED_TRACE(random.label() + " step " + std::to_string(step));
+        const std::wstring& key = random.pick(kKeys);
+        const SerializableUnion& value = random.pick(values);
+        const bool byKind = random.below(2) == 0 && !value.isObject();
+        auto held = std::find_if(model.begin(), model.end(),
+                                 [&](const auto& entry) { return entry.first == key; });
+        Texts announced;
+        if (random.below(9) > 0) {
+            byKind ? setByKind(bag, key, value) : bag.setUnion(key, value);
+            const bool isNew = held == model.end();
+            // Set by its kind, a value of another one is compared as the neutral one.
+            const bool isSame = isNew            ? value.isNull()
+                                : value.isNull() ? false
+                                : byKind && held->second.kind() != value.kind()
+                                    ? valueOf(value.kind()) == value
+                                    : held->second == value;
+            if (!value.isObject() && !isSame) {
+                held = isNew ? model.insert(held, {key, {}}) : held;
+                held->second = value;
+                announced.push_back(key + xmlOf(value));
+            }
+        } else {
+            if (random.below(20) == 0) {
+                model.clear();
+                bag.parse(L"");
+                held = model.end();
+            }
+            bag.announceAll();
+            for (const auto& [each, present] : model) {
+                announced.push_back(each + xmlOf(present));
+            }
+        }
+        ASSERT_EQ(std::exchange(bag.changed, {}), announced);
+        Texts keys = {L"old"};
+        bag.keys(keys);
+        ASSERT_TRUE(
+            std::equal(keys.begin(), keys.end(), model.begin(), model.end(),
+                       [](const auto& each, const auto& entry) { return each == entry.first; }));
+        ASSERT_EQ(bag.size(), model.size());
+        ASSERT_EQ(bag.has(key), held != model.end());
+        expectGetters(bag, key, held != model.end() ? held->second : SerializableUnion());
+    }
+}
+
+TEST(PropertyBag, announceAll_hookThatReadsTheBagAnew_endsTheRound) {
+    const std::wstring document = L"<bag><hmap><p><k>z</k></p><p><k>a</k></p></hmap></bag>";
+    const std::wstring null = L"<t>null</t>";
+    auto bag = std::make_unique<HookedBag>();
+    readFromStream(*bag, document);
+    EXPECT_EQ(bag->changed, Texts()) << "only reading from a range announces";
+    bag->next = [&] { bag->parse(L"<hmap><p><k>n1</k></p><p><k>n2</k></p></hmap>"); };
+    bag->announceAll();
+    // Keys that a hook adds are announced by their setters alone.
+    bag->next = [&] { bag->setBool(L"n3", true); };
+    bag->announceAll();
+    Texts changed;
+    bag->next = [&] {
+        changed = bag->changed;
+        bag.reset();
+    };
+    bag->announceAll();
+    EXPECT_EQ(changed, (Texts{L"z" + null, L"n1" + null, L"n2" + null, L"n1" + null,
+                              L"n3<t>bool</t><v>y</v>", L"n2" + null, L"n1" + null}));
+}
+
+TEST(PropertyBag, whatCouldNotBeReadBackOrKept_isRefused) {
+    SerializableUnion deep;
+    for (int depth = 0; depth < 128; ++depth) {
+        deep = arrayOf({deep});
+    }
+    PropertyBag bag;
+    bag.setUnion(L"deep", deep);
+    EXPECT_EQ(bag.getUnion(L"deep"), deep);
+    EXPECT_EQ(thrownText([&] { xmlOf(arrayOf({deep})); }), L"depth <= kMaxDepth");
+    const SerializableUnion object = valueOf(ValueKind::kObject);
+    const std::pair<SerializableUnion, const wchar_t*> kRefused[] = {
+        {arrayOf({deep}), L"depth <= kMaxDepth"},
+        {arrayOf({SerializableUnion(), object}), L"!isObject()"},
+        {arrayOf({arrayOf({object})}), L"!isObject()"}};
+    for (const auto& [value, failure] : kRefused) {
+        EXPECT_EQ(thrownText([&] { bag.setUnion(L"k", value); }), failure);
+        EXPECT_EQ(thrownText([&] { bag.setArray(L"k", value.getArray()); }), failure);
+    }
+    EXPECT_EQ(bag.size(), 1U);
+    PropertyBag unfilled(nullptr);
+    EXPECT_EQ(thrownText([&] { unfilled.setLong(L"a", 1); }), L"valueAllocator_");
+    std::wostringstream stream;
+    unfilled.writeXml(stream);
+    EXPECT_EQ(stream.str(), L"<bag>\n<hmap>\n</hmap>\n</bag>\n");
+}
+
+}  // namespace
+}  // namespace zustd
