@@ -1,11 +1,9 @@
-// The door to the host system.
+// The door to the host system, and its timers.
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuScope.h"
 #include "ZuText.h"
-#include "ZuWindowHandlerWin32Gdi.h"
-#include "support/FrameworkTest.h"
+#include "ZuTimer.h"
 #include "support/SurfaceTest.h"
-#include "support/ToolkitTest.h"
 
 namespace zustd {
 namespace {
@@ -47,6 +45,8 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
 TEST_F(ApplicationTest, userFolders_missing_areReplacedAndTraced) {
     const TempFolder folder;
     const std::wstring root = folder.file(L"root");
+    const std::wstring documents = root + L"\\Documents";
+    const std::wstring roaming = root + L"\\AppData\\Roaming";
     wchar_t former[MAX_PATH] = L"";
     GetEnvironmentVariableW(L"TESTROOT", former, MAX_PATH);
     const ScopeExit restored([&]() noexcept { SetEnvironmentVariableW(L"TESTROOT", former); });
@@ -54,72 +54,58 @@ TEST_F(ApplicationTest, userFolders_missing_areReplacedAndTraced) {
     if (application_->getUserAppDataDirectory() != L"C:\\") {
         GTEST_SKIP() << "the user's folders lie elsewhere";
     }
-    application_->setApplicationName(L"Tests");
-    const std::string prefix = "ApplicationServiceWin32Gdi::getUser";
-    const struct {
-        const wchar_t* parent;
-        const wchar_t* made;
-        std::wstring appData;
-        std::wstring documents;
-        std::vector<std::string> traced;
-    } kSteps[] = {
-        {L"",
-         L"",
-         L"C:\\",
-         L"C:\\",
-         {prefix + "AppDataDirectory: could not get directory CSIDL_PERSONAL - defaulting to C:\\",
-          prefix +
-              "DocumentsDirectory: could not get directory CSIDL_PERSONAL - defaulting to C:\\"}},
-        {L"",
-         L"\\Documents",
-         root + L"\\Documents",
-         root + L"\\Documents",
-         {prefix +
-          "AppDataDirectory: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL"}},
-        {L"\\AppData",
-         L"\\AppData\\Roaming",
-         root + L"\\AppData\\Roaming",
-         root + L"\\Documents",
-         {}}};
-    for (const auto& step : kSteps) {
-        CreateDirectoryW((root + step.parent).c_str(), nullptr);
-        CreateDirectoryW((root + step.made).c_str(), nullptr);
+    const auto expectFolders = [&](const std::wstring& data, const std::wstring& texts,
+                                   const Lines& lines) {
         const TraceCapture trace(kTraceLevelInfo);
-        EXPECT_EQ(application_->getUserAppDataDirectory(), step.appData);
-        EXPECT_EQ(application_->getUserDocumentsDirectory(), step.documents);
-        EXPECT_EQ(trace.messages(), step.traced);
-    }
-    const std::wstring data = root + L"\\AppData\\Roaming\\Tests";
+        EXPECT_EQ(application_->getUserAppDataDirectory(), data);
+        EXPECT_EQ(application_->getUserDocumentsDirectory(), texts);
+        EXPECT_EQ(trace.messages(), lines);
+    };
+    const std::string prefix = "ApplicationServiceWin32Gdi::getUser";
+    const std::string suffix =
+        "Directory: could not get directory CSIDL_PERSONAL - defaulting to C:\\";
+    expectFolders(L"C:\\", L"C:\\", {prefix + "AppData" + suffix, prefix + "Documents" + suffix});
+    CreateDirectoryW(root.c_str(), nullptr);
+    CreateDirectoryW(documents.c_str(), nullptr);
+    expectFolders(
+        documents, documents,
+        {prefix +
+         "AppDataDirectory: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL"});
+    CreateDirectoryW((root + L"\\AppData").c_str(), nullptr);
+    CreateDirectoryW(roaming.c_str(), nullptr);
+    expectFolders(roaming, documents, {});
+    application_->setApplicationName(L"Tests");
     for (const bool create : {false, true, true}) {
-        EXPECT_EQ(application_->getApplicationDataDirectory(create), data);
-        EXPECT_EQ(GetFileAttributesW(data.c_str()) != INVALID_FILE_ATTRIBUTES, create);
+        EXPECT_EQ(application_->getApplicationDataDirectory(create), roaming + L"\\Tests");
+        EXPECT_EQ(GetFileAttributesW((roaming + L"\\Tests").c_str()) != INVALID_FILE_ATTRIBUTES,
+                  create);
     }
     for (const std::wstring& made :
-         {data, root + L"\\AppData\\Roaming", root + L"\\AppData", root + L"\\Documents", root}) {
+         {roaming + L"\\Tests", roaming, root + L"\\AppData", documents, root}) {
         EXPECT_TRUE(RemoveDirectoryW(made.c_str()));
     }
 }
 
 TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
-    const std::pair<std::uint32_t, const wchar_t*> kTexts[] = {
-        {1, L"Unknown critical error"},
-        {2, L"Critical error: insufficient memory available"},
-        {3, L"Critical error: pure virtual function call detected"},
-        {4, L"Critical error: unhandled exception detected"},
-        {5, L"Critical error: abort detected"},
-        {6, L"Critical error: system exception detected"},
-        {7, L"Unknown error type"}};
+    const wchar_t* const kTexts[] = {L"Unknown critical error",
+                                     L"Critical error: insufficient memory available",
+                                     L"Critical error: pure virtual function call detected",
+                                     L"Critical error: unhandled exception detected",
+                                     L"Critical error: abort detected",
+                                     L"Critical error: system exception detected",
+                                     L"Unknown error type"};
     EXPECT_FALSE(application_->hasCriticalError());
     EXPECT_EQ(application_->getApplicationState(), 0U);
     EXPECT_EQ(application_->getCriticalErrorText(0), L"No critical error");
-    for (const auto& [code, text] : kTexts) {
+    std::uint32_t code = 0;
+    for (const wchar_t* text : kTexts) {
+        application_->setCriticalError(++code);
+        EXPECT_EQ(application_->getCriticalError(), code);
         EXPECT_EQ(application_->getCriticalErrorText(code),
                   std::wstring(text) +
                       L" - please exit the application and contact your support representative");
     }
-    application_->setCriticalError(5);
     EXPECT_TRUE(application_->hasCriticalError());
-    EXPECT_EQ(application_->getCriticalError(), 5U);
     EXPECT_EQ(application_->getApplicationState(), 4U);
 }
 
@@ -128,65 +114,61 @@ TEST_F(ApplicationTest, windowServices_noneOrSome_areBoundAndTraced) {
         return windowServiceBackend(service.get())->window();
     };
     const std::string prefix = "ApplicationServiceWin32Gdi::create";
-    SetActiveWindow(nullptr);
-    {
-        const TraceCapture trace(kTraceLevelInfo);
-        EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
-        EXPECT_EQ(application_->createMainWindowService(), nullptr);
-        EXPECT_EQ(trace.messages(),
-                  (std::vector<std::string>{
-                      prefix + "ActiveWindowService: no active window found",
-                      prefix + "ActiveWindowService: cannot create active window service",
-                      prefix + "MainWindowService: no main window found"}));
-        application_->createActiveWindowService(true);
-        EXPECT_EQ(trace.messages()[4], prefix + "ActiveWindowService: trying foreground window");
-    }
     EXPECT_EQ(windowOf(application_->createUnboundWindowService()), nullptr);
     EXPECT_EQ(windowOf(application_->createDesktopWindowService()), GetDesktopWindow());
-    const auto window = makeWindow({100, 100});
-    SetActiveWindow(nativeWindowOf(*window));
-    EXPECT_EQ(windowOf(application_->createActiveWindowService(false)), nativeWindowOf(*window));
+    SetActiveWindow(native());
+    EXPECT_EQ(windowOf(application_->createActiveWindowService(false)), native());
+    window_.reset();
+    SetActiveWindow(nullptr);
+    const TraceCapture trace(kTraceLevelInfo);
+    EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
+    EXPECT_EQ(application_->createMainWindowService(), nullptr);
+    EXPECT_EQ(trace.messages(),
+              (Lines{prefix + "ActiveWindowService: no active window found",
+                     prefix + "ActiveWindowService: cannot create active window service",
+                     prefix + "MainWindowService: no main window found"}));
+    application_->createActiveWindowService(true);
+    EXPECT_EQ(trace.messages()[4], prefix + "ActiveWindowService: trying foreground window");
 }
 
 TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
-    const auto window = makeWindow({100, 100});
-    SetForegroundWindow(nativeWindowOf(*window));
+    SetForegroundWindow(native());
     const auto other = makeService<ApplicationService>();
     joinImplementation(*other, std::make_unique<ApplicationServiceWin32Gdi>());
-    const auto log = std::make_shared<MessageLog>();
     const auto otherLog = std::make_shared<MessageLog>();
-    application_->connect(log, false);
+    application_->connect(log_, false);
     other->connect(otherLog, false);
     EXPECT_TRUE(other->installKeyboardHook());
     EXPECT_TRUE(application_->installKeyboardHook());
     EXPECT_TRUE(application_->installKeyboardHook());
     pressKeys({VK_CONTROL, 'K'});
-    runMessages(2000, [&] { return log->entries.size() >= 2; });
-    runMessages(20);
-    ASSERT_EQ(log->take(), L"appKeysPressed appKeysPressed");
+    runMessages(2000, [&] { return log_->entries.size() >= 2; });
+    ASSERT_EQ(log_->entries.size(), 2U);
+    EXPECT_EQ(log_->entries[1].a.number(), 'K');
+    EXPECT_EQ(log_->entries[1].b.number(), ApplicationService::kKeyControl);
+    EXPECT_EQ(log_->take(), L"appKeysPressed appKeysPressed");
     application_->removeKeyboardHook();
-    pressKeys({'K'});
-    runMessages(20);
-    EXPECT_EQ(log->take() + otherLog->take(), L"");
+    press({'K'});
+    EXPECT_EQ(log_->take() + otherLog->take(), L"");
 }
 
 TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
-    WindowService& service = *service_;
+    WindowService& s = service();
     const std::wstring timer = L"timer";
     const std::pair<std::string, std::function<bool()>> kMakers[] = {
-        {"createNativeDialog", [&] { return service.createNativeDialog() != nullptr; }},
-        {"createNativeWindow", [&] { return service.createNativeWindow() != nullptr; }},
-        {"createNativePopupMenu", [&] { return service.createNativePopupMenu() != nullptr; }},
-        {"createNativeGridView", [&] { return service.createNativeGridView() != nullptr; }},
-        {"createNativeTreeView", [&] { return service.createNativeTreeView() != nullptr; }},
-        {"createNativeComboBox", [&] { return service.createNativeComboBox() != nullptr; }},
-        {"createNativeButton", [&] { return service.createNativeButton() != nullptr; }},
-        {"createNativeProgressBar", [&] { return service.createNativeProgressBar() != nullptr; }},
-        {"createNativeTextBox", [&] { return service.createNativeTextBox() != nullptr; }},
-        {"createNativeScrollBar", [&] { return service.createNativeScrollBar(true) != nullptr; }},
-        {"createTimer", [&] { return service.createTimer(timer) != nullptr; }},
+        {"createNativeDialog", [&] { return s.createNativeDialog() != nullptr; }},
+        {"createNativeWindow", [&] { return s.createNativeWindow() != nullptr; }},
+        {"createNativePopupMenu", [&] { return s.createNativePopupMenu() != nullptr; }},
+        {"createNativeGridView", [&] { return s.createNativeGridView() != nullptr; }},
+        {"createNativeTreeView", [&] { return s.createNativeTreeView() != nullptr; }},
+        {"createNativeComboBox", [&] { return s.createNativeComboBox() != nullptr; }},
+        {"createNativeButton", [&] { return s.createNativeButton() != nullptr; }},
+        {"createNativeProgressBar", [&] { return s.createNativeProgressBar() != nullptr; }},
+        {"createNativeTextBox", [&] { return s.createNativeTextBox() != nullptr; }},
+        {"createNativeScrollBar", [&] { return s.createNativeScrollBar(true) != nullptr; }},
+        {"createTimer", [&] { return s.createTimer(timer) != nullptr; }},
         {"getFont", [&] {
-             return service.getFont(FontStyle{true, true, true, 77, {}}) != nullptr;
+             return s.getFont(FontStyle{true, true, true, 77, {}}) != nullptr;
          }}};
     for (const auto& [name, maker] : kMakers) {
         const TraceCapture trace;
@@ -201,6 +183,75 @@ TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
                                                         ": catched std::bad_alloc: "))
             << trace.messages().back();
     }
+}
+
+class TimerTest : public SurfaceTest {
+protected:
+    TimerTest() { timer_->connect(counter_, false); }
+    void waitForTicks(int count) {
+        runMessages(5000, [&] { return ticks_ >= count; });
+    }
+
+    std::shared_ptr<Timer> timer_ = service_->createTimer(L"test");
+    int ticks_ = 0;
+    std::function<void()> next_ = [] {};
+    std::shared_ptr<FunctionSink> counter_ =
+        std::make_shared<FunctionSink>([this](const MessageKind& kind, auto...) {
+            ticks_ += kind == Timer::kTimerTick ? 1 : 0;
+            std::exchange(next_, [] {})();
+        });
+};
+
+TEST_F(TimerTest, start_anyWay_ticksUntilStopped) {
+    EXPECT_EQ(timer_->getInterval(), 1000U);
+    EXPECT_TRUE(timer_->start(60000, true));
+    timer_->setInterval(10);
+    EXPECT_EQ(timer_->getInterval(), 10U);
+    next_ = [] { throw 1; };
+    waitForTicks(3);
+    EXPECT_GE(ticks_, 3);
+    timer_->stop();
+    EXPECT_FALSE(timer_->isRunning());
+    ticks_ = 0;
+    timer_->start(10, false);
+    next_ = [&] {
+        EXPECT_FALSE(timer_->isRunning()) << "stopped before its tick";
+        timer_->start();
+    };
+    waitForTicks(2);
+    runMessages(60);
+    EXPECT_EQ(ticks_, 2);
+    EXPECT_FALSE(timer_->isRunning());
+}
+
+// The tick's message is in the queue already when the timer stops.
+TEST_F(TimerTest, stopOrRestart_tickUnderWay_isDropped) {
+    timer_->start(10, true);
+    MSG tick{};
+    ASSERT_TRUE(GetMessageW(&tick, nullptr, WM_TIMER, WM_TIMER));
+    timer_->stop();
+    DispatchMessageW(&tick);
+    timer_->start(60000, true);
+    DispatchMessageW(&tick);
+    timer_.reset();
+    DispatchMessageW(&tick);
+    EXPECT_EQ(ticks_, 0);
+}
+
+TEST_F(TimerTest, destroy_inItsOwnTick_endsQuietly) {
+    const std::weak_ptr<Timer> watched = timer_;
+    next_ = [&] { timer_.reset(); };
+    timer_->start(10, true);
+    waitForTicks(1);
+    runMessages(60);
+    EXPECT_EQ(ticks_, 1);
+    EXPECT_TRUE(watched.expired());
+    // The shared window went with its last timer; the next one gets another.
+    timer_ = service_->createTimer(L"next");
+    timer_->connect(counter_, false);
+    timer_->start(10, false);
+    waitForTicks(2);
+    EXPECT_EQ(ticks_, 2);
 }
 
 }  // namespace

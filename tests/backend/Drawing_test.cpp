@@ -8,6 +8,7 @@
 
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuResourceServiceGeneric.h"
 #include "ZuText.h"
@@ -45,16 +46,17 @@ protected:
 
     GraphicsServiceWin32Gdi& backend() { return graphicsBackend(*graphics_); }
     // Draws on a canvas as a surface does.
-    template <class Paint>
-    void paint(Canvas& canvas, Paint&& body) {
+    void paint(const Canvas& canvas, const std::function<void()>& body) {
         backend().connect(canvas.context(), canvas.area());
         body();
         backend().disconnect();
     }
+    int any(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
     std::shared_ptr<Bitmap> image(std::uint64_t identifier, Size size = {}) {
         return windows_->getBitmap(BitmapDescriptor(identifier, size));
     }
 
+    std::mt19937 random_{20260714};
     std::array<unsigned char, 77> absurd_ = kPng;
     std::array<unsigned char, 77> damaged_ = kPng;
     std::array<FileResource, 4> files_{FileResource{100, kPng.size(), kPng.data()},
@@ -69,8 +71,6 @@ protected:
     std::shared_ptr<GraphicsService> graphics_ = makeGraphicsService();
     std::shared_ptr<Font> font_ = windows_->getFont(FontStyle{false, false, false, 12, L"Tahoma"});
 };
-
-// --- Shapes ---
 
 // What the service promises, pixel by pixel.
 struct NaiveCanvas {
@@ -110,10 +110,6 @@ struct NaiveCanvas {
 };
 
 TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel) {
-    std::mt19937 random(20260714);
-    const auto any = [&](int count) {
-        return static_cast<std::int32_t>(random() % static_cast<unsigned>(count));
-    };
     const auto number = [](Color c) {
         return std::uint32_t{c.red} << 16 | std::uint32_t{c.green} << 8 | c.blue;
     };
@@ -211,13 +207,13 @@ TEST_F(DrawingTest, drawLine_slanted_includesBothEnds) {
     for (const Color color : {kRed, kInk}) {
         for (const auto& [from, to] :
              {std::pair<Point, Point>{{3, 3}, {12, 8}}, {{12, 8}, {3, 3}}}) {
-            Canvas canvas({20, 20});
+            const Canvas canvas({20, 20});
             paint(canvas, [&] {
                 graphics_->setPen(color, 1);
                 graphics_->drawLine(from, to);
             });
             EXPECT_EQ(canvas.ink(), (Rect{3, 3, 12, 8}));
-            EXPECT_EQ(canvas.pixel(from.x, from.y), color == kRed ? 0xFF0000U : kBlack);
+            EXPECT_EQ(canvas.pixel(from.x, from.y), color == kRed ? 0xFF0000U : 0U);
         }
     }
     EXPECT_EQ(thrownText([&] { graphics_->setPen(kRed, 0); }), L"width > 0");
@@ -226,7 +222,7 @@ TEST_F(DrawingTest, drawLine_slanted_includesBothEnds) {
 }
 
 TEST_F(DrawingTest, anyDrawing_absurdCoordinates_fillsWhatIsSeen) {
-    Canvas canvas({30, 20});
+    const Canvas canvas({30, 20});
     const Rect everything{kLeast, kLeast, kMost, kMost};
     paint(canvas, [&] {
         graphics_->drawRectangle(everything, kRed);
@@ -246,10 +242,8 @@ TEST_F(DrawingTest, anyDrawing_absurdCoordinates_fillsWhatIsSeen) {
     EXPECT_EQ(canvas.pixel(29, 19), 0x0000FFu);
 }
 
-// --- Connection and clipping ---
-
 TEST_F(DrawingTest, connect_afterAFailedPaint_leavesTheContextAndTheServiceClean) {
-    Canvas canvas({20, 20});
+    const Canvas canvas({20, 20});
     SetTextColor(canvas.context(), RGB(1, 2, 3));
     IntersectClipRect(canvas.context(), 0, 0, 10, 20);
     paint(canvas, [] {});
@@ -273,91 +267,126 @@ TEST_F(DrawingTest, connect_afterAFailedPaint_leavesTheContextAndTheServiceClean
     EXPECT_EQ(canvas.inkCount(canvas.area()), 0) << "an abandoned paint shows";
     EXPECT_EQ(thrownText([&] { graphics_->drawLine({}, {}); }), L"drawBusy_");
     EXPECT_EQ(GetTextColor(canvas.context()), COLORREF{RGB(1, 2, 3)});
-
     paint(canvas, [&] {
         EXPECT_EQ(graphics_->getDrawArea(), canvas.area());
         graphics_->clearClippingArea();
         graphics_->drawRectangle(canvas.area(), kRed);
+        EXPECT_EQ(thrownText([&] { graphics_->endClipping(); }), L"beginClipping");
+        EXPECT_EQ(thrownText([&] { graphics_->endBufferedPaint(); }), L"beginBufferedPaint");
     });
     EXPECT_EQ(canvas.ink(), (Rect{0, 0, 9, 19})) << "what the owner clipped away";
 }
 
-// --- Images ---
-
-TEST_F(DrawingTest, drawBitmap_transparency_mixesWithWhatIsThere) {
-    Canvas canvas({10, 10});
+TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
+    const Canvas canvas({20, 10});
     const auto picture = image(100);
     EXPECT_EQ(picture->size(), (Size{2, 2}));
+    EXPECT_EQ(image(100, {24, 16})->size(), (Size{24, 16}));
+    WindowServiceWin32Gdi::setScalingFactor(1.5);
+    EXPECT_EQ(image(100)->size(), (Size{3, 3}));
+    WindowServiceWin32Gdi::setScalingFactor(2.0);
+    const auto large = image(100, {4, 4});
+    EXPECT_EQ(large->size(), (Size{8, 8}));
     paint(canvas, [&] {
         graphics_->drawBitmap(*picture, {1, 1});
         graphics_->drawBitmap(*picture, {5, 1}, 0.5);
         graphics_->drawBitmap(*picture, {5, 5}, 0.0);
+        graphics_->drawBitmap(*large, {11, 1});
         for (const double alpha : {-0.01, 1.01, std::numeric_limits<double>::quiet_NaN()}) {
             EXPECT_EQ(thrownText([&] { graphics_->drawBitmap(*picture, {}, alpha); }),
                       L"alpha >= 0 && alpha <= 1.0");
         }
-    });
-    const auto isNear = [&](int x, int y, std::uint32_t expected) {
-        const std::uint32_t found = canvas.pixel(x, y);
-        for (const int shift : {0, 8, 16}) {
-            const int difference = static_cast<int>(found >> shift & 0xFF) -
-                                   static_cast<int>(expected >> shift & 0xFF);
-            if (std::abs(difference) > 2) {
-                ADD_FAILURE() << x << ',' << y << std::hex << ": " << found;
-            }
+        for (const std::uint64_t identifier : {101u, 102u, 103u, 999u}) {
+            const auto broken = image(identifier, {8, 8});
+            EXPECT_FALSE(bitmapBackend(*broken).hasNativeObject()) << identifier;
+            graphics_->drawBitmap(*broken, {});
+            graphics_->drawStretchedBitmap(*broken, canvas.area());
         }
-    };
-    isNear(1, 1, 0xFF0000), isNear(2, 1, 0x7FFF7F), isNear(1, 2, kWhite), isNear(2, 2, 0x0000FF);
-    isNear(5, 1, 0xFF7F7F), isNear(6, 1, 0xBFFFBF), isNear(5, 2, kWhite), isNear(6, 2, 0x7F7FFF);
-    EXPECT_EQ(canvas.inkCount({5, 5, 9, 9}), 0);
-}
-
-TEST_F(DrawingTest, getBitmap_sizeAndScaling_imageHasItsFinalSize) {
-    EXPECT_EQ(image(100, {24, 16})->size(), (Size{24, 16}));
-    WindowServiceWin32Gdi::setScalingFactor(1.5);
-    EXPECT_EQ(image(100)->size(), (Size{3, 3}));
-    EXPECT_EQ(image(100, {16, 10})->size(), (Size{24, 15}));
-    WindowServiceWin32Gdi::setScalingFactor(2.0);
-    const auto picture = image(100, {4, 4});
-    Canvas canvas({10, 10});
-    paint(canvas, [&] { graphics_->drawBitmap(*picture, {1, 1}); });
-    EXPECT_EQ(picture->size(), (Size{8, 8}));
-    EXPECT_EQ(canvas.pixel(1, 1), 0xFF0000u) << "the edges keep their colours";
-    EXPECT_EQ(canvas.pixel(8, 8), 0x0000FFu);
-    EXPECT_EQ(canvas.pixel(1, 8), kWhite);
-}
-
-TEST_F(DrawingTest, getBitmap_missingBrokenOrHuge_drawsNothing) {
-    for (const std::uint64_t identifier : {101u, 102u, 103u, 999u}) {
-        Canvas canvas({10, 10});
-        const auto picture = image(identifier, {8, 8});
-        ASSERT_NE(picture, nullptr) << identifier;
-        EXPECT_FALSE(bitmapBackend(*picture).hasNativeObject()) << identifier;
-        EXPECT_EQ(picture->size(), (Size{8, 8}));
-        paint(canvas, [&] {
-            graphics_->drawBitmap(*picture, {});
-            graphics_->drawStretchedBitmap(*picture, canvas.area());
-        });
-        EXPECT_EQ(canvas.inkCount(canvas.area()), 0) << identifier;
+    });
+    const std::pair<Point, std::uint32_t> kPixels[] = {
+        {{1, 1}, 0xFF0000},  {{2, 1}, 0x7FFF7F},  {{1, 2}, kWhite},  {{2, 2}, 0x0000FF},
+        {{5, 1}, 0xFF7F7F},  {{6, 1}, 0xBFFFBF},  {{5, 2}, kWhite},  {{6, 2}, 0x7F7FFF},
+        {{11, 1}, 0xFF0000}, {{18, 8}, 0x0000FF}, {{11, 8}, kWhite}, {{19, 9}, kWhite}};
+    for (const auto& [place, expected] : kPixels) {
+        const std::uint32_t found = canvas.pixel(place.x, place.y);
+        for (const int shift : {0, 8, 16}) {
+            EXPECT_NEAR(static_cast<int>(found >> shift & 0xFF),
+                        static_cast<int>(expected >> shift & 0xFF), 2)
+                << place.x << ',' << place.y;
+        }
     }
+    EXPECT_EQ(canvas.inkCount({5, 5, 9, 9}), 0);
     EXPECT_FALSE(bitmapBackend(*image(100, {5000, 5000})).hasNativeObject());
     EXPECT_EQ(image(0), nullptr);
 }
 
-// --- Text ---
-
-// One of each way to measure: kept widths, joined scripts, fallback fonts.
-constexpr const wchar_t* kTexts[] = {L"AVATAR To fi", L"Grüße & Ça va", L"Καλημέρα",
-                                     L"Привет",       L"e\u0301tude",   L"\u0645\u0631\u062D\u0628",
-                                     L"\u6F22\u5B57", L"tab\there",     L"\u20AC 5\u2026"};
+TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineByLine) {
+    const int line = graphics_->measureTextHeight(L"x", *font_);
+    static constexpr TextAlignment kSides[] = {TextAlignment::kStart, TextAlignment::kCentre,
+                                               TextAlignment::kEnd};
+    static constexpr const wchar_t* kWords[] = {L"wonderful ", L"&Hill", L"HHHHHHHH", L"g\ti"};
+    static constexpr UINT kFlags[] = {DT_LEFT, DT_CENTER, DT_RIGHT};
+    for (int round = 0; round < 300; ++round) {
+        Texts lines(static_cast<std::size_t>(1 + any(3)));
+        std::wstring text;
+        for (std::wstring& each : lines) {
+            for (int words = 1 + any(3); words > 0; --words) {
+                each += kWords[any(4)];
+            }
+            text += (text.empty() ? L"" : any(2) == 0 ? L"\n" : L"\r\n") + each;
+        }
+        const int across = any(3);
+        const int down = any(3);
+        const bool wraps = any(2) == 0;
+        const bool dots = any(2) == 0;
+        const bool keys = any(2) == 0;
+        const Rect area = Rect::at({10 + any(9), 10 + any(9)}, {20 + any(90), 5 + any(60)});
+        const Canvas shown({140, 100});
+        paint(shown, [&] {
+            graphics_->drawText(text, area, *font_, kInk,
+                                {kSides[across], kSides[down], wraps, dots, keys});
+        });
+        const Canvas wanted({140, 100});
+        const HDC context = wanted.context();
+        const SelectedObject selected(context, fontBackend(*font_).handle());
+        SetBkMode(context, TRANSPARENT);
+        IntersectClipRect(context, area.left, area.top, area.right + 1, area.bottom + 1);
+        RECT room{0, 0, area.width(), 0};
+        int height = static_cast<int>(lines.size()) * line;
+        if (wraps) {
+            constexpr UINT kMeasured = DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX;
+            height = DrawTextW(context, text.c_str(), -1, &room, kMeasured);
+            EXPECT_EQ(graphics_->measureTextSize(text, *font_, area.width()),
+                      (Size{room.right, height}));
+        }
+        EXPECT_EQ(graphics_->measureTextSize(text, *font_).height, int(lines.size()) * line);
+        room = nativeRect(area);
+        room.top += (area.height() - height) * down / 2;
+        UINT flags = kFlags[across] | (keys ? 0U : DT_NOPREFIX) | (dots ? DT_END_ELLIPSIS : 0U);
+        if (wraps) {
+            flags |= DT_WORDBREAK | DT_EXPANDTABS;
+            flags |= dots && area.height() >= line ? DT_EDITCONTROL : 0U;
+            DrawTextW(context, text.c_str(), -1, &room, flags);
+        } else {
+            for (const std::wstring& each : lines) {
+                DrawTextW(context, each.c_str(), -1, &room, flags | DT_SINGLELINE);
+                room.top += line;
+            }
+        }
+        ASSERT_TRUE(shown.isLike(wanted)) << round << ": " << narrow(text);
+    }
+}
 
 TEST_F(DrawingTest, measureTextWidth_anyScript_isWhatTheSystemDraws) {
-    Canvas canvas({400, 40});
+    const Canvas canvas({1, 1});
     for (const auto& style : {FontStyle{}, FontStyle{false, true, false, 9, {}},
                               FontStyle{false, false, true, 20, {}}}) {
         const auto font = windows_->getFont(style);
         const SelectedObject selected(canvas.context(), fontBackend(*font).handle());
-        for (const wchar_t* text : kTexts) {
+        // One of each way to measure: kept widths, joined scripts, fallback fonts.
+        for (const wchar_t* text :
+             {L"AVATAR To fi", L"Grüße & Ça va", L"Καλημέρα", L"Привет", L"e\u0301tude",
+              L"\u0645\u0631\u062D\u0628", L"\u6F22\u5B57", L"tab\there", L"\u20AC 5\u2026"}) {
             SIZE size{};
             GetTextExtentPoint32W(canvas.context(), text, static_cast<int>(wcslen(text)), &size);
             EXPECT_EQ(graphics_->measureTextWidth(text, *font), size.cx) << narrow(text);
@@ -367,117 +396,36 @@ TEST_F(DrawingTest, measureTextWidth_anyScript_isWhatTheSystemDraws) {
     }
 }
 
-TEST_F(DrawingTest, measureTextSize_linesAndWrapping_isTheRoomThatDrawingTakes) {
-    const std::int32_t line = graphics_->measureTextHeight(L"x", *font_);
-    const std::int32_t word = graphics_->measureTextWidth(L"wonderful", *font_);
-    EXPECT_EQ(graphics_->measureTextSize(L"wonderful\r\nx\n", *font_), (Size{word, 2 * line}));
-    const std::wstring text = L"wonderful wonderful wonderful";
-    EXPECT_EQ(graphics_->measureTextSize(text, *font_, word + 3), (Size{word, 3 * line}));
-    Canvas canvas({200, 120});
-    paint(canvas, [&] {
-        const Rect area = Rect::at({10, 10}, {word + 3, 3 * line});
-        graphics_->drawText(text, area, *font_, kInk, {.wordWrap = true});
-        EXPECT_GT(canvas.inkCount(Rect::at({10, 10 + 2 * line}, {word, line})), 0);
-        EXPECT_EQ(canvas.inkCount(canvas.area()), canvas.inkCount(area));
-    });
-}
-
-TEST_F(DrawingTest, drawText_alignment_putsShortTextAtItsSideAndLongOnesNowhereElse) {
-    const Rect area{10, 15, 109, 74};
-    const Size size = graphics_->measureTextSize(L"Hill", *font_);
-    const auto inkOf = [&](const wchar_t* text, const Rect& room, const TextFormat& format) {
-        Canvas canvas({120, 90});
-        paint(canvas, [&] { graphics_->drawText(text, room, *font_, kInk, format); });
-        return canvas.ink();
-    };
-    constexpr TextAlignment kSides[] = {TextAlignment::kStart, TextAlignment::kCentre,
-                                        TextAlignment::kEnd};
-    const Rect start = inkOf(L"Hill", area, {});
-    for (int across = 0; across < 3; ++across) {
-        for (int down = 0; down < 3; ++down) {
-            TextFormat format{kSides[across], kSides[down], false, false, false};
-            const Rect ink = inkOf(L"Hill", area, format);
-            EXPECT_NEAR(ink.left - start.left, (100 - size.width) * across / 2, across % 2);
-            EXPECT_EQ(ink.top - start.top, (60 - size.height) * down / 2);
-            for (const bool flag : {false, true}) {
-                format.wordWrap = format.ellipsis = flag;
-                const Rect room{20, 30, 69, 41};
-                const Rect all = inkOf(L"Long text wider\nand higher than its area", room, format);
-                EXPECT_GT(all.width(), 20);
-                EXPECT_EQ(all.unionWith(room), room) << across << down << flag;
-            }
-        }
-    }
-}
-
-TEST_F(DrawingTest, drawText_ellipsis_endsEachLongLineInDots) {
-    const std::int32_t line = graphics_->measureTextHeight(L"x", *font_);
-    for (const bool wrap : {false, true}) {
-        Canvas canvas({60, 60});
-        paint(canvas, [&] {
-            graphics_->drawText(L"HHHHH HHHHHHHHHH\nHHHHHHHHHHHHHHHH",
-                                {0, 0, 59, wrap ? line - 1 : 59}, *font_, kInk,
-                                {.wordWrap = wrap, .ellipsis = true});
-        });
-        for (std::int32_t y = 0; y < (wrap ? line : 2 * line); y += line) {
-            std::int32_t last = 59;
-            while (canvas.inkCount({last, y, last, y + line - 1}) == 0 && last > 0) {
-                --last;
-            }
-            // Behind the last letter there are only dots, low down.
-            EXPECT_EQ(canvas.inkCount({last - 5, y, last, y + line / 2}), 0) << wrap << y;
-        }
-    }
-}
-
-TEST_F(DrawingTest, drawText_accelerators_underlineOrStayAsTheyAre) {
-    const auto inkOf = [&](const wchar_t* text, bool accelerators) {
-        Canvas canvas({120, 30});
-        paint(canvas, [&] {
-            graphics_->drawText(text, canvas.area(), *font_, kInk, {.accelerators = accelerators});
-        });
-        return canvas.ink();
-    };
-    EXPECT_GT(inkOf(L"&nn", true).bottom, inkOf(L"nn", true).bottom) << "an underline";
-    EXPECT_EQ(inkOf(L"&nn", true).right, inkOf(L"nn", true).right);
-    EXPECT_GT(inkOf(L"&nn", false).right, inkOf(L"nn", false).right) << "the character itself";
-}
-
-TEST_F(DrawingTest, getFont_scaling_heightGrowsWithTheFactor) {
-    const auto heightOf = [&](double factor) {
-        WindowServiceWin32Gdi::setScalingFactor(factor);
+TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
+    const auto madeFrom = [&](const FontStyle& style) {
         LOGFONTW made{};
-        const auto font = windows_->getFont(FontStyle{false, false, false, 9, {}});
-        GetObjectW(fontBackend(*font).handle(), sizeof(made), &made);
-        return made.lfHeight;
+        GetObjectW(fontBackend(*windows_->getFont(style)).handle(), sizeof(made), &made);
+        return made;
     };
-    EXPECT_EQ(heightOf(1.0), -12);
-    EXPECT_EQ(heightOf(1.5), -18);
-    EXPECT_EQ(heightOf(2.0), -24);
-    LOGFONTW made{};
-    const auto font = windows_->getFont(FontStyle{true, true, true, -5, {}});
-    GetObjectW(fontBackend(*font).handle(), sizeof(made), &made);
+    for (const auto& [factor, height] : {std::pair{1.0, -12}, {1.5, -18}, {2.0, -24}}) {
+        WindowServiceWin32Gdi::setScalingFactor(factor);
+        EXPECT_EQ(madeFrom(FontStyle{false, false, false, 9, {}}).lfHeight, height);
+    }
+    const LOGFONTW made = madeFrom(FontStyle{true, true, true, -5, {}});
     EXPECT_EQ(made.lfHeight, -1) << "no size is smaller";
     EXPECT_EQ(made.lfWeight, FW_BOLD);
     EXPECT_TRUE(made.lfItalic && made.lfUnderline);
     EXPECT_NE(made.lfFaceName[0], L'\0');
-}
+    EXPECT_STREQ(madeFrom(font_->style()).lfFaceName, L"Tahoma");
 
-// --- Who owns what ---
-
-TEST_F(DrawingTest, cache_manyStyles_keepsABoundedNumberAndWhatIsInUse) {
-    const auto sameFont = windows_->getFont(font_->style());
-    EXPECT_EQ(sameFont, font_);
-    const int objects = drawingObjectCount();
+    const auto used = windows_->getFont(font_->style());
+    std::vector<std::weak_ptr<Font>> fonts;
     for (std::int32_t size = 100; size < 400; ++size) {
-        windows_->getFont(FontStyle{false, false, false, size, {}});
+        fonts.push_back(windows_->getFont(FontStyle{false, false, false, size, {}}));
     }
-    const int held = drawingObjectCount() - objects;
-    EXPECT_GT(held, 32);
-    EXPECT_LE(held, 64);
-    EXPECT_EQ(windows_->getFont(font_->style()), font_) << "in use, however long ago";
+    const auto held = [&] {
+        return std::count_if(fonts.begin(), fonts.end(),
+                             [](const auto& f) { return !f.expired(); });
+    };
+    EXPECT_EQ(held(), 64);
+    EXPECT_EQ(windows_->getFont(font_->style()), used) << "in use, however long ago";
     WindowServiceWin32Gdi::clearDrawingCaches();
-    EXPECT_LE(drawingObjectCount(), objects);
+    EXPECT_EQ(held(), 0);
 }
 
 }  // namespace

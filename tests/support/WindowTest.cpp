@@ -42,12 +42,12 @@ INPUT mouseInput(DWORD flags) {
 
 }  // namespace
 
-void pressKeys(std::initializer_list<WORD> keys) {
+void pressKeys(const std::vector<WORD>& keys) {
     std::vector<INPUT> inputs;
     for (const WORD key : keys) {
         inputs.push_back(keyInput(key, 0));
     }
-    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
         inputs.push_back(keyInput(*key, KEYEVENTF_KEYUP));
     }
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));

@@ -7,6 +7,7 @@
 #include <functional>
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "ZuGeometry.h"
 #include "ZuWindows.h"
@@ -15,7 +16,7 @@ namespace zustd::test {
 
 // Real input, for the window that has the keyboard or lies at the point of the
 // screen. Keys in a list are held together.
-void pressKeys(std::initializer_list<WORD> keys);
+void pressKeys(const std::vector<WORD>& keys);
 void movePointer(POINT place);
 void click(POINT place);
 
