@@ -118,6 +118,14 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
     NaiveCanvas model;
     Rect area;
     Color color;
+    const auto line = [&](Point to) {
+        graphics_->drawLine(area.position(), to);
+        Rect band{std::min(area.left, to.x), std::min(area.top, to.y), std::max(area.left, to.x),
+                  std::max(area.top, to.y)};
+        (to.y == area.top ? band.top : band.left) -= width / 2;
+        (to.y == area.top ? band.bottom : band.right) += width - width / 2 - 1;
+        model.set(band, [&](auto...) { return number(pen); });
+    };
     const std::function<void()> kSteps[] = {
         [&] {
             graphics_->drawRectangle(area, color);
@@ -131,25 +139,22 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
             });
         },
         [&] {
-            const bool isFlat = any(2) == 0;
-            const Point to = isFlat ? Point{area.right, area.top} : Point{area.left, area.bottom};
-            graphics_->drawLine(area.position(), to);
-            Rect band{std::min(area.left, to.x), std::min(area.top, to.y),
-                      std::max(area.left, to.x), std::max(area.top, to.y)};
-            (to.y == area.top ? band.top : band.left) -= width / 2;
-            (to.y == area.top ? band.bottom : band.right) += width - width / 2 - 1;
-            model.set(band, [&](auto...) { return number(pen); });
+            line({area.right, area.top});
+        },
+        [&] {
+            line({area.left, area.bottom});
         },
         [&] {
             graphics_->drawGradient(area, pen, color, zuGradientVertical);
             model.set(area, [&](int, int y, auto) {
-                const double last = std::max(area.bottom - area.top, 1);
-                const auto mixed = [&](std::uint8_t from, std::uint8_t to) {
-                    return static_cast<std::uint8_t>(
-                        from + std::lround((to - from) * (y - area.top) / last));
-                };
-                return number(Color::rgb(mixed(pen.red, color.red), mixed(pen.green, color.green),
-                                         mixed(pen.blue, color.blue)));
+                const double share = (y - area.top) / double(std::max(area.bottom - area.top, 1));
+                std::uint32_t mixed = 0;
+                for (const auto channel : {&Color::red, &Color::green, &Color::blue}) {
+                    mixed = mixed << 8 | static_cast<std::uint8_t>(
+                                             pen.*channel +
+                                             std::lround((color.*channel - pen.*channel) * share));
+                }
+                return mixed;
             });
         },
         [&] { graphics_->setPen(pen = color, width = 1 + any(4)); },
@@ -182,23 +187,24 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
             }
         }};
     for (int round = 0; round < 100; ++round) {
-        Canvas canvas({40, 30});
+        const Canvas canvas({40, 30});
         model = {};
         paint(canvas, [&] {
             for (int i = 0; i < 30; ++i) {
                 area = {any(50) - 5, any(40) - 5, any(50) - 5, any(40) - 5};
-                const auto shade = [&] { return static_cast<std::uint8_t>(any(256)); };
-                color = Color::rgb(shade(), shade(), shade());
+                color.isSet = true;
+                for (const auto channel : {&Color::red, &Color::green, &Color::blue}) {
+                    color.*channel = static_cast<std::uint8_t>(any(256));
+                }
                 kSteps[any(std::size(kSteps))]();
             }
-            for (; model.layers.size() > 1; model.end()) {
-                graphics_->endBufferedPaint();
+            while (model.layers.size() > 1) {
+                kSteps[std::size(kSteps) - 1]();
             }
         });
-        for (std::int32_t y = 0; y < 30; ++y) {
-            for (std::int32_t x = 0; x < 40; ++x) {
-                ASSERT_EQ(canvas.pixel(x, y), model.at(x, y)) << round << ": " << x << ',' << y;
-            }
+        for (std::int32_t pixel = 0; pixel < 40 * 30; ++pixel) {
+            const Point at{pixel % 40, pixel / 40};
+            ASSERT_EQ(canvas.pixel(at.x, at.y), model.at(at.x, at.y)) << round << ": " << pixel;
         }
     }
 }

@@ -16,17 +16,6 @@ using namespace test;
 // --- Windows --------------------------------------------------------------------------------
 
 TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
-    window_->setCaption(std::make_shared<TextDescriptor>(L"Другое"));
-    for (const bool isMadeAnew : {false, true}) {
-        window_->setVisible(isMadeAnew);
-        window_->setEnabled(isMadeAnew);
-        EXPECT_EQ(textOf(native()), L"Другое");
-        EXPECT_EQ(clientSizeOf(native()), (Size{300, 200}));
-        EXPECT_EQ(IsWindowVisible(native()) != FALSE, isMadeAnew);
-        EXPECT_EQ(IsWindowEnabled(native()) != FALSE, isMadeAnew);
-        window_->releaseTree();
-        window_->synchronizeTree();
-    }
     const HWND shown = native();
     service().hideWindow();
     EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
@@ -242,8 +231,7 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
         EXPECT_EQ(GetTextColor(canvas.context()), color) << message;
     }
     const INT index = COLOR_WINDOW;
-    const COLORREF before = GetSysColor(index);
-    for (const COLORREF color : {COLORREF{RGB(0x11, 0x22, 0x33)}, before}) {
+    for (const COLORREF color : {COLORREF{RGB(0x11, 0x22, 0x33)}, GetSysColor(index)}) {
         SetSysColors(1, &index, &color);
         runMessages(50);
         EXPECT_EQ(static_cast<COLORREF>(send(nativeWindowOf(*tree), TVM_GETBKCOLOR)), color);
@@ -252,34 +240,46 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
 
 // --- Dialogs --------------------------------------------------------------------------------
 
-TEST_F(SurfaceTest, modalDialog_escape_endsTheLoopAndGivesBackTheOwner) {
+TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
     const auto probe = addProbe({0, 0, 49, 49});
-    probe->takeFocus();
-    const auto dialog = makeDialog();
-    const auto field = addProbe({0, 0, 9, 9}, dialog.get());
-    const auto look = [&] {
-        const HWND shown = nativeWindowOf(*dialog);
+    const auto outer = makeDialog();
+    const auto field = addProbe({0, 0, 9, 9}, outer.get());
+    const auto inner = makeDialog();
+    int innerResult = -1;
+    const auto lookAtOuter = [&] {
+        const HWND shown = nativeWindowOf(*outer);
         EXPECT_FALSE(IsWindowEnabled(native()));
         EXPECT_EQ(GetForegroundWindow(), shown);
         EXPECT_EQ(clientSizeOf(shown), (Size{120, 90}));
         EXPECT_LE(std::abs(middleOf(shown).x - middleOf(native()).x), 1);
         EXPECT_LE(std::abs(middleOf(shown).y - middleOf(native()).y), 1);
-        EXPECT_TRUE(field->hasFocus());
-        EXPECT_FALSE(probe->hasFocus());
+        EXPECT_TRUE(field->hasFocus() && !probe->hasFocus());
         // None of these wakes the owner up.
         window_->setEnabled(true);
         send(native(), WM_CLOSE);
         service().enableWindow(true);
         EXPECT_FALSE(IsWindowEnabled(native()));
+        innerResult = inner->show(true);
     };
-    for (int round = 0; round < 2; ++round) {
-        const Steps steps{look, [] { pressKeys({VK_ESCAPE}); }};
-        EXPECT_EQ(dialog->show(true), kAnswerCancel);
-        EXPECT_TRUE(IsWindowEnabled(native()));
-        EXPECT_TRUE(IsWindowVisible(native()));
+    const auto lookAtInner = [&] {
+        EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*outer)) || IsWindowEnabled(native()));
+        EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER), nativeWindowOf(*outer));
+        pressKeys({VK_ESCAPE});
+    };
+    const auto again = [&] {
+        EXPECT_EQ(innerResult, kAnswerCancel);
+        EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*outer));
+        innerResult = inner->show(true);
+    };
+    probe->takeFocus();
+    for (const int result : {5, 6}) {
+        const Steps steps{lookAtOuter, lookAtInner, again, [&] { outer->hide(result); }};
+        EXPECT_EQ(outer->show(true), result);
+        EXPECT_EQ(innerResult, kAnswerNone);
+        EXPECT_FALSE(outer->isOpen() || inner->isOpen());
+        EXPECT_TRUE(IsWindowEnabled(native()) && IsWindowVisible(native()));
         EXPECT_EQ(GetActiveWindow(), native());
         EXPECT_TRUE(probe->hasFocus());
-        EXPECT_FALSE(dialog->isOpen());
     }
 }
 
@@ -375,29 +375,6 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
     EXPECT_FALSE(IsWindow(host.get()));
 }
 
-TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
-    const auto outer = makeDialog();
-    const auto inner = makeDialog();
-    int innerResult = -1;
-    const auto look = [&] {
-        EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*outer)));
-        EXPECT_FALSE(IsWindowEnabled(native()));
-        EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER), nativeWindowOf(*outer));
-        inner->hide(7);
-    };
-    const auto again = [&] {
-        EXPECT_EQ(innerResult, 7);
-        EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*outer));
-        innerResult = inner->show(true);
-    };
-    const Steps steps{[&] { innerResult = inner->show(true); }, look, again,
-                      [&] { outer->hide(5); }};
-    EXPECT_EQ(outer->show(true), 5);
-    EXPECT_EQ(innerResult, kAnswerNone);
-    EXPECT_FALSE(inner->isOpen());
-    EXPECT_TRUE(IsWindowEnabled(native()));
-}
-
 TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
     const auto popup = makeDialog(NativeDialog::kStylePopup);
     addProbe({0, 0, 9, 9}, popup.get());
@@ -426,20 +403,21 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
                     {1, L"More", 0, true, false, {{300000, L"Inner", 0, true, true, {}}}}});
     menu->connect(log_, false);
     Texts states;
+    const auto look = [&] {
+        const auto shown = reinterpret_cast<HMENU>(
+            send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
+        for (UINT i = 0; i < 4; ++i) {
+            MENUITEMINFOW item{};
+            item.cbSize = sizeof(item);
+            item.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_BITMAP;
+            GetMenuItemInfoW(shown, i, TRUE, &item);
+            states.push_back(std::to_wstring(item.fState & 0xF) +
+                             (item.hbmpItem != nullptr ? L"i" : L"") +
+                             (item.fType == MFT_SEPARATOR ? L"-" : L""));
+        }
+    };
     const auto choose = [&](std::initializer_list<WORD> keys) {
-        const Steps steps{[] {},
-                          [&] {
-                              const auto shown = reinterpret_cast<HMENU>(
-                                  send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
-                              for (UINT i = 0; i < 4; ++i) {
-                                  MENUITEMINFOW item{};
-                                  item.cbSize = sizeof(item);
-                                  item.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_BITMAP;
-                                  GetMenuItemInfoW(shown, i, TRUE, &item);
-                                  states.push_back(std::to_wstring(item.fState & 0xF) +
-                                                   (item.hbmpItem != nullptr ? L"i" : L"") +
-                                                   (item.fType == MFT_SEPARATOR ? L"-" : L""));
-                              }
+        const Steps steps{look, [&] {
                               for (const WORD key : keys) {
                                   pressKeys({key});
                               }
@@ -540,28 +518,24 @@ TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
 
 TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
     const auto expectFocus = [&](const std::shared_ptr<Control>& focused) {
-        for (const std::shared_ptr<Control>& control :
-             std::initializer_list<std::shared_ptr<Control>>{probe_, button_, inner_}) {
+        for (const auto& control : Controls{probe_, button_, inner_}) {
             EXPECT_EQ(control->hasFocus(), control == focused);
         }
         EXPECT_EQ(GetFocus(), nativeWindowOf(focused == button_ ? *focused : *focused->surface()));
     };
     EXPECT_TRUE(probe_->takeFocus());
-    pressKeys({'K'});
-    runMessages(2000, [&] { return probe_->log->entries.size() == 2; });
+    press({'K'});
     EXPECT_EQ(probe_->log->entries.back().b.number(), 'K');
     EXPECT_EQ(probe_->log->take(), L"enterFocus keyPressed");
-    for (const bool isBack : {false, true}) {
-        for (const std::shared_ptr<Control>& next : std::initializer_list<std::shared_ptr<Control>>{
-                 isBack ? inner_ : std::shared_ptr<Control>(button_),
-                 isBack ? std::shared_ptr<Control>(button_) : inner_, probe_}) {
-            isBack ? pressKeys({VK_SHIFT, VK_TAB}) : pressKeys({VK_TAB});
-            runMessages(2000, [&] { return next->hasFocus(); });
-            expectFocus(next);
-        }
+    for (const auto& next : Controls{button_, inner_, probe_}) {
+        press({VK_TAB});
+        expectFocus(next);
     }
-    for (const std::shared_ptr<Control>& next :
-         std::initializer_list<std::shared_ptr<Control>>{inner_, button_, inner_, probe_}) {
+    for (const auto& next : Controls{inner_, button_, probe_}) {
+        press({VK_SHIFT, VK_TAB});
+        expectFocus(next);
+    }
+    for (const auto& next : Controls{inner_, button_, inner_, probe_}) {
         EXPECT_TRUE(next->takeFocus());
         expectFocus(next);
     }
@@ -569,8 +543,7 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
     const auto other = makeWindow({100, 100});
     inner_->takeFocus();
     SetActiveWindow(native());
-    for (const std::shared_ptr<Control>& kept :
-         std::initializer_list<std::shared_ptr<Control>>{inner_, button_, probe_}) {
+    for (const auto& kept : Controls{inner_, button_, probe_}) {
         kept->takeFocus();
         SetActiveWindow(nativeWindowOf(*other));
         EXPECT_FALSE(kept->hasFocus());
