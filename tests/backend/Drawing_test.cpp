@@ -72,41 +72,25 @@ protected:
     std::shared_ptr<Font> font_ = windows_->getFont(FontStyle{false, false, false, 12, L"Tahoma"});
 };
 
-// What the service promises, pixel by pixel.
-struct NaiveCanvas {
-    struct Layer {
-        std::vector<std::uint32_t> pixels = std::vector<std::uint32_t>(40 * 30, kWhite);
-        Rect area{0, 0, 39, 29};
-        std::vector<Rect> clips{area};
-    };
+// What the service promises, pixel by pixel: the paper, or a buffer above it.
+struct NaiveLayer {
+    std::vector<std::uint32_t> pixels = std::vector<std::uint32_t>(40 * 30, kWhite);
+    Rect area{0, 0, 39, 29};
+    std::vector<Rect> clips{area};
 
     std::uint32_t& at(std::int32_t x, std::int32_t y) {
-        return layers.back().pixels[static_cast<std::size_t>(y * 40 + x)];
+        return pixels[static_cast<std::size_t>(y * 40 + x)];
     }
-    std::vector<Rect>& clips() { return layers.back().clips; }
     // Sets the pixels of an area, as far as the clipping lets them be seen.
     template <class Value>
-    void set(const Rect& area, Value&& value) {
-        const Rect seen = area.intersection(clips().back());
+    void set(const Rect& drawn, Value&& value) {
+        const Rect seen = drawn.intersection(clips.back());
         for (std::int32_t y = seen.top; y <= seen.bottom; ++y) {
             for (std::int32_t x = seen.left; x <= seen.right; ++x) {
                 at(x, y) = value(x, y, at(x, y));
             }
         }
     }
-    void begin(const Rect& area) {
-        Layer layer = layers.back();
-        layer.area = area.intersection(clips().back());
-        layer.clips = {layer.area};
-        layers.push_back(std::move(layer));
-    }
-    void end() {
-        NaiveCanvas inner = *this;
-        layers.pop_back();
-        set(inner.layers.back().area, [&](int x, int y, auto) { return inner.at(x, y); });
-    }
-
-    std::vector<Layer> layers = std::vector<Layer>(1);
 };
 
 TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel) {
@@ -115,7 +99,8 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
     };
     Color pen = kInk;
     std::int32_t width = 1;
-    NaiveCanvas model;
+    std::vector<NaiveLayer> layers;
+    const auto set = [&](const Rect& drawn, auto&& value) { layers.back().set(drawn, value); };
     Rect area;
     Color color;
     const auto line = [&](Point to) {
@@ -124,17 +109,17 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
                   std::max(area.top, to.y)};
         (to.y == area.top ? band.top : band.left) -= width / 2;
         (to.y == area.top ? band.bottom : band.right) += width - width / 2 - 1;
-        model.set(band, [&](auto...) { return number(pen); });
+        set(band, [&](auto...) { return number(pen); });
     };
     const std::function<void()> kSteps[] = {
         [&] {
             graphics_->drawRectangle(area, color);
-            model.set(area, [&](auto...) { return number(color); });
+            set(area, [&](auto...) { return number(color); });
         },
         [&] {
             graphics_->drawRectangle(area);
             const Rect inside = area.shrunkBy(width, width);
-            model.set(area, [&](int x, int y, std::uint32_t pixel) {
+            set(area, [&](int x, int y, std::uint32_t pixel) {
                 return inside.contains({x, y}) ? pixel : number(pen);
             });
         },
@@ -146,7 +131,7 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
         },
         [&] {
             graphics_->drawGradient(area, pen, color, zuGradientVertical);
-            model.set(area, [&](int, int y, auto) {
+            set(area, [&](int, int y, auto) {
                 const double share = (y - area.top) / double(std::max(area.bottom - area.top, 1));
                 std::uint32_t mixed = 0;
                 for (const auto channel : {&Color::red, &Color::green, &Color::blue}) {
@@ -160,35 +145,40 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
         [&] { graphics_->setPen(pen = color, width = 1 + any(4)); },
         [&] {
             graphics_->beginClipping(area);
-            model.clips().push_back(area.intersection(model.clips().back()));
+            layers.back().clips.push_back(area.intersection(layers.back().clips.back()));
         },
         [&] {
-            if (model.clips().size() > 1) {
+            if (layers.back().clips.size() > 1) {
                 graphics_->endClipping();
-                model.clips().pop_back();
+                layers.back().clips.pop_back();
             }
         },
         [&] {
             graphics_->setClippingArea(area);
-            model.clips().back() = area.intersection(model.layers.back().area);
+            layers.back().clips.back() = area.intersection(layers.back().area);
         },
         [&] {
             graphics_->clearClippingArea();
-            model.clips().back() = model.layers.back().area;
+            layers.back().clips.back() = layers.back().area;
         },
         [&] {
             graphics_->beginBufferedPaint(area);
-            model.begin(area);
+            NaiveLayer layer = layers.back();
+            layer.area = area.intersection(layer.clips.back());
+            layer.clips = {layer.area};
+            layers.push_back(std::move(layer));
         },
         [&] {
-            if (model.layers.size() > 1) {
+            if (layers.size() > 1) {
                 graphics_->endBufferedPaint();
-                model.end();
+                NaiveLayer inner = std::move(layers.back());
+                layers.pop_back();
+                set(inner.area, [&](int x, int y, auto) { return inner.at(x, y); });
             }
         }};
     for (int round = 0; round < 100; ++round) {
         const Canvas canvas({40, 30});
-        model = {};
+        layers = std::vector<NaiveLayer>(1);
         paint(canvas, [&] {
             for (int i = 0; i < 30; ++i) {
                 area = {any(50) - 5, any(40) - 5, any(50) - 5, any(40) - 5};
@@ -198,13 +188,14 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
                 }
                 kSteps[any(std::size(kSteps))]();
             }
-            while (model.layers.size() > 1) {
+            while (layers.size() > 1) {
                 kSteps[std::size(kSteps) - 1]();
             }
         });
         for (std::int32_t pixel = 0; pixel < 40 * 30; ++pixel) {
             const Point at{pixel % 40, pixel / 40};
-            ASSERT_EQ(canvas.pixel(at.x, at.y), model.at(at.x, at.y)) << round << ": " << pixel;
+            ASSERT_EQ(canvas.pixel(at.x, at.y), layers.back().at(at.x, at.y))
+                << round << ": " << pixel;
         }
     }
 }
