@@ -539,6 +539,14 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
         EXPECT_TRUE(next->takeFocus());
         expectFocus(next);
     }
+    // Only in a dialog a letter alone presses.
+    button_->setCaption(std::make_shared<TextDescriptor>(L"&Press"));
+    for (const std::vector<WORD>& keys : {std::vector<WORD>{'P'}, {VK_MENU, 'P'}}) {
+        button_->takeFocus();
+        log_->take();
+        press(keys);
+        EXPECT_EQ(log_->take().find(L"leftClicked") != std::wstring::npos, keys.size() == 2);
+    }
     // A window that is left and activated again gives it back.
     const auto other = makeWindow({100, 100});
     inner_->takeFocus();
@@ -572,6 +580,8 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     const auto first = addButton(L"&Radio", ButtonKind::kRadio);
     const auto second = addButton(L"&Radio", ButtonKind::kRadio);
     const auto standard = addButton(L"Standard", ButtonKind::kPush);
+    const auto box = show(service().createNativeTextBox(), {20, 0, 99, 24}, dialog.get());
+    box->setKind(TextBoxKind::kMultiLine);
     dialog->setDefaultButton(standard);
     dialog->show(false);
     const HWND shown = nativeWindowOf(*dialog);
@@ -587,7 +597,15 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
         {{'R'}, first, L"leaveFocus enterFocus"},
         {{'R'}, second, L"leaveFocus enterFocus"},
         {{'R'}, first, L"leaveFocus enterFocus"},
-        {{VK_SHIFT, VK_TAB}, check, L"leaveFocus enterFocus"}};
+        {{VK_SHIFT, VK_TAB}, check, L"leaveFocus enterFocus"},
+        {{VK_MENU, 'R'}, first, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, check, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, other, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, field, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, box, L"leaveFocus enterFocus"},
+        {{VK_RETURN}, box, L"textChanged"},
+        {{VK_CONTROL, VK_RETURN}, box, L"leftClicked"},
+        {{VK_TAB}, field, L"leaveFocus enterFocus"}};
     for (const auto& [keys, focused, messages] : kRows) {
         press(keys);
         EXPECT_TRUE(focused->hasFocus()) << messages;
@@ -604,6 +622,7 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
         }
     }
     EXPECT_TRUE(check->isChecked());
+    EXPECT_EQ(box->text(), L"\n");
     EXPECT_EQ(send(shown, WM_QUERYUISTATE), 0) << "the keyboard was used";
     // Commands that come from no control.
     for (const int identifier : {IDOK, GetDlgCtrlID(nativeWindowOf(*other))}) {
