@@ -417,19 +417,6 @@ TEST_F(MirrorTest, anyWidget_randomChanges_windowSaysWhatTheControlWants) {
     expectReport("WindowWin32Gdi::windowProcedure");
 }
 
-TEST_F(SurfaceTest, button_droppedByItsFocusOrPress_isGoneAfterwards) {
-    const auto dropper =
-        std::make_shared<FunctionSink>([&](auto&&...) { window_->removeAllChildren(); });
-    for (const UINT id : {UINT{WM_SETFOCUS}, UINT{BM_CLICK}}) {
-        auto button = show(service().createNativeButton(), {0, 0, 89, 24});
-        const HWND shown = nativeWindowOf(*button);
-        button->connect(dropper, false);
-        button.reset();
-        send(shown, id);
-        EXPECT_FALSE(IsWindow(shown)) << id;
-    }
-}
-
 // What takes two units is typed, passed, marked and removed as one.
 TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChangeOnce) {
     constexpr std::size_t kMost = 12;
