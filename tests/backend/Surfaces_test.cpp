@@ -362,6 +362,15 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         EXPECT_EQ(IsWindowEnabled(host) != FALSE, isOn);
         EXPECT_EQ(IsWindowVisible(host) != FALSE, isOn);
     }
+    // A widget outside of a surface lies on it.
+    service->enableWindow(true);
+    service->showWindow();
+    const auto button = service->createNativeButton();
+    button->synchronizeTree();
+    EXPECT_EQ(GetParent(nativeWindowOf(*button)), host);
+    SetActiveWindow(host);
+    service->setFocus(*button);
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*button));
     service->closeWindow();
     runMessages(1000, [&] { return !IsWindow(host); });
     EXPECT_FALSE(IsWindow(host));
