@@ -139,7 +139,8 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
 
 TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
     WindowService& s = service();
-    const std::wstring timer = L"timer";
+    ApplicationService& a = *application_;
+    const std::wstring name = L"a longer name";
     const std::pair<std::string, std::function<bool()>> kMakers[] = {
         {"createNativeDialog", [&] { return s.createNativeDialog() != nullptr; }},
         {"createNativeWindow", [&] { return s.createNativeWindow() != nullptr; }},
@@ -151,20 +152,31 @@ TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
         {"createNativeProgressBar", [&] { return s.createNativeProgressBar() != nullptr; }},
         {"createNativeTextBox", [&] { return s.createNativeTextBox() != nullptr; }},
         {"createNativeScrollBar", [&] { return s.createNativeScrollBar(true) != nullptr; }},
-        {"createTimer", [&] { return s.createTimer(timer) != nullptr; }},
+        {"createTimer", [&] { return s.createTimer(name) != nullptr; }},
+        {"ApplicationServiceWin32Gdi::setApplicationName",
+         [&] { return a.setApplicationName(name), a.getApplicationName() == name; }},
+        {"ApplicationServiceWin32Gdi::getApplicationDirectory",
+         [&] { return !a.getApplicationDirectory().empty(); }},
+        {"ApplicationServiceWin32Gdi::specialFolder",
+         [&] { return a.getUserDocumentsDirectory() != L"C:\\"; }},
+        {"ApplicationServiceWin32Gdi::getCriticalErrorText",
+         [&] { return !a.getCriticalErrorText(1).empty(); }},
+        {"ApplicationServiceWin32Gdi::createUnboundWindowService",
+         [&] { return a.createUnboundWindowService() != nullptr; }},
         {"getFont", [&] {
              return s.getFont(FontStyle{true, true, true, 77, {}}) != nullptr;
          }}};
     const TraceCapture trace;
-    for (const auto& [name, maker] : kMakers) {
+    for (const auto& [operation, maker] : kMakers) {
         bool isMade = true;
         {
             const AllocationLimit none(0);
             isMade = maker();
         }
-        EXPECT_FALSE(isMade) << name;
-        EXPECT_TRUE(trace.messages().back().starts_with("WindowServiceWin32Gdi::" + name +
-                                                        ": catched std::bad_alloc: "))
+        EXPECT_FALSE(isMade) << operation;
+        const std::string owner = operation.starts_with("App") ? "" : "WindowServiceWin32Gdi::";
+        EXPECT_TRUE(
+            trace.messages().back().starts_with(owner + operation + ": catched std::bad_alloc: "))
             << trace.messages().back();
     }
 }
