@@ -1,28 +1,25 @@
-// The door to the host system.
+// The door to the host system, and its timers.
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuScope.h"
 #include "ZuText.h"
-#include "ZuWindowHandlerWin32Gdi.h"
-#include "support/FrameworkTest.h"
+#include "ZuTimer.h"
 #include "support/SurfaceTest.h"
-#include "support/ToolkitTest.h"
 
 namespace zustd {
 namespace {
 
 using namespace test;
 
+std::shared_ptr<ApplicationService> makeApplication() {
+    auto application = makeService<ApplicationService>();
+    joinImplementation(*application, std::make_unique<ApplicationServiceWin32Gdi>());
+    return application;
+}
+
 class ApplicationTest : public SurfaceTest {
 protected:
-    ApplicationTest() {
-        auto backend = std::make_unique<ApplicationServiceWin32Gdi>();
-        backend_ = backend.get();
-        joinImplementation(*application_, std::move(backend));
-    }
     ~ApplicationTest() override { setCriticalError(kCriticalErrorNone); }
-
-    std::shared_ptr<ApplicationService> application_ = makeService<ApplicationService>();
-    ApplicationServiceWin32Gdi* backend_ = nullptr;
+    std::shared_ptr<ApplicationService> application_ = makeApplication();
 };
 
 TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
@@ -35,11 +32,10 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     EXPECT_TRUE(sid.empty() || sid.starts_with(L"S-1-")) << narrow(sid);
     GetModuleFileNameW(nullptr, text, MAX_PATH);
     EXPECT_EQ(application_->getApplicationDirectory() + L"\\backend_tests.exe", text);
-    backend_->setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
+    dynamic_cast<ApplicationServiceWin32Gdi&>(application_->implementation())
+        .setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
-    backend_->setSecondHostHandle(backend_);
-    EXPECT_EQ(backend_->getSecondHostHandle(), backend_);
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
 }
 
@@ -51,75 +47,51 @@ TEST_F(ApplicationTest, userFolders_missing_areReplacedAndTraced) {
     GetEnvironmentVariableW(L"TESTROOT", former, MAX_PATH);
     const ScopeExit restored([&]() noexcept { SetEnvironmentVariableW(L"TESTROOT", former); });
     SetEnvironmentVariableW(L"TESTROOT", root.c_str());
+    const std::string prefix = "ApplicationServiceWin32Gdi::getUser";
+    const std::string missing = "Directory: could not get directory CSIDL_";
+    const TraceCapture trace(kTraceLevelInfo);
     if (application_->getUserAppDataDirectory() != L"C:\\") {
         GTEST_SKIP() << "the user's folders lie elsewhere";
     }
+    EXPECT_EQ(application_->getUserDocumentsDirectory(), L"C:\\");
+    CreateDirectoryW(root.c_str(), nullptr);
+    CreateDirectoryW((root + L"\\Documents").c_str(), nullptr);
+    EXPECT_EQ(application_->getUserDocumentsDirectory(), root + L"\\Documents");
     application_->setApplicationName(L"Tests");
-    const std::string prefix = "ApplicationServiceWin32Gdi::getUser";
-    const struct {
-        const wchar_t* parent;
-        const wchar_t* made;
-        std::wstring appData;
-        std::wstring documents;
-        std::vector<std::string> traced;
-    } kSteps[] = {
-        {L"",
-         L"",
-         L"C:\\",
-         L"C:\\",
-         {prefix + "AppDataDirectory: could not get directory CSIDL_PERSONAL - defaulting to C:\\",
-          prefix +
-              "DocumentsDirectory: could not get directory CSIDL_PERSONAL - defaulting to C:\\"}},
-        {L"",
-         L"\\Documents",
-         root + L"\\Documents",
-         root + L"\\Documents",
-         {prefix +
-          "AppDataDirectory: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL"}},
-        {L"\\AppData",
-         L"\\AppData\\Roaming",
-         root + L"\\AppData\\Roaming",
-         root + L"\\Documents",
-         {}}};
-    for (const auto& step : kSteps) {
-        CreateDirectoryW((root + step.parent).c_str(), nullptr);
-        CreateDirectoryW((root + step.made).c_str(), nullptr);
-        const TraceCapture trace(kTraceLevelInfo);
-        EXPECT_EQ(application_->getUserAppDataDirectory(), step.appData);
-        EXPECT_EQ(application_->getUserDocumentsDirectory(), step.documents);
-        EXPECT_EQ(trace.messages(), step.traced);
-    }
-    const std::wstring data = root + L"\\AppData\\Roaming\\Tests";
     for (const bool create : {false, true, true}) {
+        const std::wstring data = root + L"\\Documents\\Tests";
         EXPECT_EQ(application_->getApplicationDataDirectory(create), data);
         EXPECT_EQ(GetFileAttributesW(data.c_str()) != INVALID_FILE_ATTRIBUTES, create);
     }
-    for (const std::wstring& made :
-         {data, root + L"\\AppData\\Roaming", root + L"\\AppData", root + L"\\Documents", root}) {
-        EXPECT_TRUE(RemoveDirectoryW(made.c_str()));
-    }
+    Lines expected{prefix + "AppData" + missing + "PERSONAL - defaulting to C:\\",
+                   prefix + "Documents" + missing + "PERSONAL - defaulting to C:\\"};
+    expected.resize(5, prefix + "AppData" + missing + "APPDATA - trying CSIDL_PERSONAL");
+    EXPECT_EQ(trace.messages(), expected);
+    CreateDirectoryW((root + L"\\AppData").c_str(), nullptr);
+    CreateDirectoryW((root + L"\\AppData\\Roaming").c_str(), nullptr);
+    EXPECT_EQ(application_->getUserAppDataDirectory(), root + L"\\AppData\\Roaming");
 }
 
 TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
-    const std::pair<std::uint32_t, const wchar_t*> kTexts[] = {
-        {1, L"Unknown critical error"},
-        {2, L"Critical error: insufficient memory available"},
-        {3, L"Critical error: pure virtual function call detected"},
-        {4, L"Critical error: unhandled exception detected"},
-        {5, L"Critical error: abort detected"},
-        {6, L"Critical error: system exception detected"},
-        {7, L"Unknown error type"}};
+    const std::wstring kTexts[] = {L"Unknown critical error",
+                                   L"Critical error: insufficient memory available",
+                                   L"Critical error: pure virtual function call detected",
+                                   L"Critical error: unhandled exception detected",
+                                   L"Critical error: abort detected",
+                                   L"Critical error: system exception detected",
+                                   L"Unknown error type"};
+    const wchar_t* kRequest =
+        L" - please exit the application and contact your support representative";
     EXPECT_FALSE(application_->hasCriticalError());
     EXPECT_EQ(application_->getApplicationState(), 0U);
     EXPECT_EQ(application_->getCriticalErrorText(0), L"No critical error");
-    for (const auto& [code, text] : kTexts) {
-        EXPECT_EQ(application_->getCriticalErrorText(code),
-                  std::wstring(text) +
-                      L" - please exit the application and contact your support representative");
+    std::uint32_t code = 0;
+    for (const std::wstring& text : kTexts) {
+        application_->setCriticalError(++code);
+        EXPECT_EQ(application_->getCriticalError(), code);
+        EXPECT_EQ(application_->getCriticalErrorText(code), text + kRequest);
     }
-    application_->setCriticalError(5);
     EXPECT_TRUE(application_->hasCriticalError());
-    EXPECT_EQ(application_->getCriticalError(), 5U);
     EXPECT_EQ(application_->getApplicationState(), 4U);
 }
 
@@ -128,79 +100,146 @@ TEST_F(ApplicationTest, windowServices_noneOrSome_areBoundAndTraced) {
         return windowServiceBackend(service.get())->window();
     };
     const std::string prefix = "ApplicationServiceWin32Gdi::create";
-    SetActiveWindow(nullptr);
-    {
-        const TraceCapture trace(kTraceLevelInfo);
-        EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
-        EXPECT_EQ(application_->createMainWindowService(), nullptr);
-        EXPECT_EQ(trace.messages(),
-                  (std::vector<std::string>{
-                      prefix + "ActiveWindowService: no active window found",
-                      prefix + "ActiveWindowService: cannot create active window service",
-                      prefix + "MainWindowService: no main window found"}));
-        application_->createActiveWindowService(true);
-        EXPECT_EQ(trace.messages()[4], prefix + "ActiveWindowService: trying foreground window");
-    }
     EXPECT_EQ(windowOf(application_->createUnboundWindowService()), nullptr);
     EXPECT_EQ(windowOf(application_->createDesktopWindowService()), GetDesktopWindow());
-    const auto window = makeWindow({100, 100});
-    SetActiveWindow(nativeWindowOf(*window));
-    EXPECT_EQ(windowOf(application_->createActiveWindowService(false)), nativeWindowOf(*window));
+    SetActiveWindow(native());
+    EXPECT_EQ(windowOf(application_->createActiveWindowService(false)), native());
+    window_.reset();
+    SetActiveWindow(nullptr);
+    const TraceCapture trace(kTraceLevelInfo);
+    EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
+    EXPECT_EQ(application_->createMainWindowService(), nullptr);
+    EXPECT_EQ(trace.messages(),
+              (Lines{prefix + "ActiveWindowService: no active window found",
+                     prefix + "ActiveWindowService: cannot create active window service",
+                     prefix + "MainWindowService: no main window found"}));
+    application_->createActiveWindowService(true);
+    EXPECT_EQ(trace.messages()[4], prefix + "ActiveWindowService: trying foreground window");
 }
 
 TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
-    const auto window = makeWindow({100, 100});
-    SetForegroundWindow(nativeWindowOf(*window));
-    const auto other = makeService<ApplicationService>();
-    joinImplementation(*other, std::make_unique<ApplicationServiceWin32Gdi>());
-    const auto log = std::make_shared<MessageLog>();
+    SetForegroundWindow(native());
+    const auto other = makeApplication();
     const auto otherLog = std::make_shared<MessageLog>();
-    application_->connect(log, false);
+    application_->connect(log_, false);
     other->connect(otherLog, false);
     EXPECT_TRUE(other->installKeyboardHook());
     EXPECT_TRUE(application_->installKeyboardHook());
     EXPECT_TRUE(application_->installKeyboardHook());
     pressKeys({VK_CONTROL, 'K'});
-    runMessages(2000, [&] { return log->entries.size() >= 2; });
-    runMessages(20);
-    ASSERT_EQ(log->take(), L"appKeysPressed appKeysPressed");
+    runMessages(2000, [&] { return log_->entries.size() >= 2; });
+    ASSERT_EQ(log_->entries.size(), 2U);
+    EXPECT_EQ(log_->entries[1].a.number(), 'K');
+    EXPECT_EQ(log_->entries[1].b.number(), ApplicationService::kKeyControl);
+    EXPECT_EQ(log_->take(), L"appKeysPressed appKeysPressed");
     application_->removeKeyboardHook();
-    pressKeys({'K'});
-    runMessages(20);
-    EXPECT_EQ(log->take() + otherLog->take(), L"");
+    press({'K'});
+    EXPECT_EQ(log_->take() + otherLog->take(), L"");
 }
 
 TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
-    WindowService& service = *service_;
-    const std::wstring timer = L"timer";
+    WindowService& s = service();
+    ApplicationService& a = *application_;
+    const std::wstring name = L"a longer name";
     const std::pair<std::string, std::function<bool()>> kMakers[] = {
-        {"createNativeDialog", [&] { return service.createNativeDialog() != nullptr; }},
-        {"createNativeWindow", [&] { return service.createNativeWindow() != nullptr; }},
-        {"createNativePopupMenu", [&] { return service.createNativePopupMenu() != nullptr; }},
-        {"createNativeGridView", [&] { return service.createNativeGridView() != nullptr; }},
-        {"createNativeTreeView", [&] { return service.createNativeTreeView() != nullptr; }},
-        {"createNativeComboBox", [&] { return service.createNativeComboBox() != nullptr; }},
-        {"createNativeButton", [&] { return service.createNativeButton() != nullptr; }},
-        {"createNativeProgressBar", [&] { return service.createNativeProgressBar() != nullptr; }},
-        {"createNativeTextBox", [&] { return service.createNativeTextBox() != nullptr; }},
-        {"createNativeScrollBar", [&] { return service.createNativeScrollBar(true) != nullptr; }},
-        {"createTimer", [&] { return service.createTimer(timer) != nullptr; }},
+        {"createNativeDialog", [&] { return s.createNativeDialog() != nullptr; }},
+        {"createNativeWindow", [&] { return s.createNativeWindow() != nullptr; }},
+        {"createNativePopupMenu", [&] { return s.createNativePopupMenu() != nullptr; }},
+        {"createNativeGridView", [&] { return s.createNativeGridView() != nullptr; }},
+        {"createNativeTreeView", [&] { return s.createNativeTreeView() != nullptr; }},
+        {"createNativeComboBox", [&] { return s.createNativeComboBox() != nullptr; }},
+        {"createNativeButton", [&] { return s.createNativeButton() != nullptr; }},
+        {"createNativeProgressBar", [&] { return s.createNativeProgressBar() != nullptr; }},
+        {"createNativeTextBox", [&] { return s.createNativeTextBox() != nullptr; }},
+        {"createNativeScrollBar", [&] { return s.createNativeScrollBar(true) != nullptr; }},
+        {"createTimer", [&] { return s.createTimer(name) != nullptr; }},
+        {"ApplicationServiceWin32Gdi::setApplicationName",
+         [&] { return a.setApplicationName(name), a.getApplicationName() == name; }},
+        {"ApplicationServiceWin32Gdi::getApplicationDirectory",
+         [&] { return !a.getApplicationDirectory().empty(); }},
+        {"ApplicationServiceWin32Gdi::specialFolder",
+         [&] { return a.getUserDocumentsDirectory() != L"C:\\"; }},
+        {"ApplicationServiceWin32Gdi::getCriticalErrorText",
+         [&] { return !a.getCriticalErrorText(1).empty(); }},
+        {"ApplicationServiceWin32Gdi::createUnboundWindowService",
+         [&] { return a.createUnboundWindowService() != nullptr; }},
         {"getFont", [&] {
-             return service.getFont(FontStyle{true, true, true, 77, {}}) != nullptr;
+             return s.getFont(FontStyle{true, true, true, 77, {}}) != nullptr;
          }}};
-    for (const auto& [name, maker] : kMakers) {
-        const TraceCapture trace;
+    const TraceCapture trace;
+    for (const auto& [operation, maker] : kMakers) {
         bool isMade = true;
         {
             const AllocationLimit none(0);
             isMade = maker();
         }
-        EXPECT_FALSE(isMade) << name;
-        ASSERT_FALSE(trace.messages().empty()) << name;
-        EXPECT_TRUE(trace.messages().back().starts_with("WindowServiceWin32Gdi::" + name +
-                                                        ": catched std::bad_alloc: "))
+        EXPECT_FALSE(isMade) << operation;
+        const std::string owner = operation.starts_with("App") ? "" : "WindowServiceWin32Gdi::";
+        EXPECT_TRUE(
+            trace.messages().back().starts_with(owner + operation + ": catched std::bad_alloc: "))
             << trace.messages().back();
     }
+}
+
+class TimerTest : public SurfaceTest {
+protected:
+    TimerTest() { timer_->connect(counter_, false); }
+    // Waits for ticks, and for some that should not come.
+    int ticksUpTo(int count) {
+        runMessages(5000, [&] { return ticks_ >= count; });
+        runMessages(60);
+        return std::exchange(ticks_, 0);
+    }
+
+    std::shared_ptr<Timer> timer_ = service_->createTimer(L"test");
+    int ticks_ = 0;
+    std::function<void()> next_ = [] {};
+    std::shared_ptr<FunctionSink> counter_ =
+        std::make_shared<FunctionSink>([this](const MessageKind& kind, auto...) {
+            ticks_ += kind == Timer::kTimerTick ? 1 : 0;
+            std::exchange(next_, [] {})();
+        });
+};
+
+TEST_F(TimerTest, start_anyWay_ticksUntilStoppedOrDestroyed) {
+    EXPECT_EQ(timer_->getInterval(), 1000U);
+    EXPECT_TRUE(timer_->start(60000, true));
+    timer_->setInterval(10);
+    EXPECT_EQ(timer_->getInterval(), 10U);
+    next_ = [] { throw 1; };
+    EXPECT_GE(ticksUpTo(3), 3);
+    timer_->stop();
+    EXPECT_FALSE(timer_->isRunning());
+    timer_->start(10, false);
+    next_ = [&] {
+        EXPECT_FALSE(timer_->isRunning()) << "stopped before its tick";
+        timer_->start();
+    };
+    EXPECT_EQ(ticksUpTo(2), 2);
+    EXPECT_FALSE(timer_->isRunning());
+    timer_->start(10, true);
+    next_ = [&] { timer_.reset(); };
+    EXPECT_EQ(ticksUpTo(1), 1);
+    // The shared window went with its last timer; the next one gets another.
+    timer_ = service_->createTimer(L"next");
+    timer_->connect(counter_, false);
+    timer_->start(10, false);
+    EXPECT_EQ(ticksUpTo(1), 1);
+}
+
+// The tick's message is in the queue already when the timer stops.
+TEST_F(TimerTest, stopOrRestart_tickUnderWay_isDropped) {
+    timer_->start(10, true);
+    MSG tick{};
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 5000, QS_TIMER);
+    ASSERT_TRUE(PeekMessageW(&tick, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
+    timer_->stop();
+    DispatchMessageW(&tick);
+    timer_->start(60000, true);
+    DispatchMessageW(&tick);
+    timer_.reset();
+    DispatchMessageW(&tick);
+    EXPECT_EQ(ticks_, 0);
 }
 
 }  // namespace

@@ -1,389 +1,481 @@
-// The native controls, driven as the system and the user drive them.
+// The native controls against a model, and what the user does with them.
 
-#include "support/NativeControlTest.h"
+#include <array>
+#include <map>
+#include <random>
+
+#include "ZuNativeComboBox.h"
+#include "ZuNativeProgressBar.h"
+#include "ZuNativeScrollBar.h"
+#include "ZuNativeTextBox.h"
+#include "ZuScope.h"
+#include "support/SurfaceTest.h"
+// Behind the wrapper.
+#include <commctrl.h>
 
 namespace zustd {
 namespace {
 
 using namespace test;
 
-TEST_F(NativeControlTest, progressBar_stateAndAnimation_areToldToTheWindow) {
-    const auto bar = service().createNativeProgressBar();
-    show(bar);
-    const auto sentBy = [](auto&& change) {
-        const Sent sent;
-        change();
-        return Sent::messages();
-    };
-    using Messages = std::vector<Sent::Message>;
-    const std::pair<ProgressState, WPARAM> kStates[] = {{ProgressState::kError, PBST_ERROR},
-                                                        {ProgressState::kPaused, PBST_PAUSED}};
-    for (const auto& [state, native] : kStates) {
-        EXPECT_EQ(sentBy([&] { bar->setState(state); }), (Messages{{PBM_SETSTATE, native, 0}}));
-    }
-    bar->releaseTree();
-    const Messages anew = sentBy([&] { bar->synchronizeTree(); });
-    EXPECT_NE(std::find(anew.begin(), anew.end(), Sent::Message{PBM_SETSTATE, PBST_PAUSED, 0}),
-              anew.end());
-    bar->setState(ProgressState::kNormal);
-    bar->setMarqueeInterval(70);
-    EXPECT_EQ(sentBy([&] { bar->setEnableMarqueeAnimation(true); }).back(),
-              (Sent::Message{PBM_SETMARQUEE, TRUE, 70}));
-    EXPECT_EQ(sentBy([&] { bar->setMarqueeInterval(80); }), (Messages{{PBM_SETMARQUEE, TRUE, 80}}));
-}
+// What changes the windows of this thread while one lives; of what the test bench
+// has no way to ask for, the last.
+class Sent {
+public:
+    static inline std::vector<UINT> ids;
+    static inline std::map<HWND, std::wstring> hints;
+    static LPARAM last(HWND window, UINT id) { return all[{window, id}]; }
 
-TEST_F(NativeControlTest, button_doubleClick_isTwoClicks) {
-    for (const ButtonKind kind : {ButtonKind::kPush, ButtonKind::kCheck, ButtonKind::kRadio}) {
-        const auto button = service().createNativeButton();
-        button->setKind(kind);
-        const HWND native = show(button);
-        int clicks = 0;
-        for (const UINT down : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONDBLCLK}}) {
+private:
+    static inline std::map<std::pair<HWND, UINT>, LPARAM> all;
+    static LRESULT CALLBACK note(int code, WPARAM own, LPARAM extra) noexcept {
+        static constexpr UINT kChanging[] = {
+            WM_SETTEXT,   WM_SETFONT,       WM_ENABLE,        WM_SHOWWINDOW,   WM_WINDOWPOSCHANGING,
+            BM_SETCHECK,  BM_SETIMAGE,      EM_LIMITTEXT,     EM_SETREADONLY,  EM_SETCUEBANNER,
+            CB_SETCURSEL, CB_SETITEMHEIGHT, CB_ADDSTRING,     CB_SETCUEBANNER, PBM_SETRANGE32,
+            PBM_SETPOS,   PBM_SETMARQUEE,   SBM_SETSCROLLINFO};
+        const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(extra);
+        if (std::count(std::begin(kChanging), std::end(kChanging), sent.message) != 0) {
+            ids.push_back(sent.message);
+        }
+        if (sent.message == CB_SETCUEBANNER) {
+            hints[sent.hwnd] = reinterpret_cast<const wchar_t*>(sent.lParam);
+        }
+        all[{sent.hwnd, sent.message}] =
+            sent.message == PBM_SETSTATE ? static_cast<LPARAM>(sent.wParam) : sent.lParam;
+        return CallNextHookEx(nullptr, code, own, extra);
+    }
+
+    HookHandle hook_{SetWindowsHookExW(WH_CALLWNDPROC, &note, nullptr, GetCurrentThreadId())};
+};
+
+// Widgets at random: what the program and the user do with one, and what its window
+// has to say then.
+class MirrorTest : public SurfaceTest {
+protected:
+    struct Subject {
+        std::string name;
+        std::shared_ptr<Control> control;
+        std::vector<std::function<void()>> changes;
+        std::function<void(HWND)> check;
+    };
+    // What the widgets lie on.
+    struct Holder : Control {
+        bool throws = false;
+        bool onKey(const KeyEvent&) override {
+            if (throws) {
+                throw std::wstring(L"torn");
+            }
+            return false;
+        }
+    };
+
+    int any(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
+    bool flip() { return any(2) == 0; }
+    const wchar_t* word() {
+        static constexpr const wchar_t* kWords[] = {L"", L"&Save", L"one", L"two", L"a\nb"};
+        return kWords[any(5)];
+    }
+    std::shared_ptr<TextDescriptor> anyText() {
+        auto text = std::make_shared<TextDescriptor>(word());
+        if (any(3) == 0) {
+            text->setIdentifier(9012);
+        }
+        return any(4) != 0 ? text : nullptr;
+    }
+    // Announced once: not by the window too.
+    template <class Widget>
+    void setAnyText(Widget& widget) {
+        log_->take();
+        widget.setText(word());
+        EXPECT_LE(log_->entries.size(), 1U);
+    }
+    template <class Widget>
+    static std::wstring captionOf(const Widget& widget) {
+        return widget.hasCaption() ? widget.caption().text(widget) : L"";
+    }
+    std::shared_ptr<FontDescriptor> anyFont() {
+        return std::make_shared<FontDescriptor>(FontStyle{false, false, false, 6 * any(3) + 6, {}});
+    }
+    // 6 points are 8 pixels.
+    static void expectFont(HWND shown, const FontDescriptor* font) {
+        LOGFONTW made{};
+        GetObjectW(reinterpret_cast<HGDIOBJ>(send(shown, WM_GETFONT)), sizeof(made), &made);
+        const int points = font != nullptr ? font->style().size : FontStyle::kDefaultSize;
+        EXPECT_EQ(-made.lfHeight, (points * 4 + 1) / 3);
+    }
+    static void expectLook(HWND shown, const wchar_t* windowClass, DWORD style,
+                           const std::wstring& text, LONG edge = 0) {
+        wchar_t name[64] = L"";
+        GetClassNameW(shown, name, 64);
+        EXPECT_STREQ(name, windowClass);
+        EXPECT_EQ(GetWindowLongW(shown, GWL_STYLE) & (0xFFFF | WS_VSCROLL), LONG(style));
+        EXPECT_EQ(GetWindowLongW(shown, GWL_EXSTYLE) & WS_EX_CLIENTEDGE, edge);
+        EXPECT_EQ(textOf(shown), text);
+    }
+
+    Subject button() {
+        const auto w = service().createNativeButton();
+        const auto press = [=, this] {
+            const HWND shown = nativeWindowOf(*w);
+            const bool expected = w->kind() == ButtonKind::kRadio ||
+                                  (w->kind() == ButtonKind::kCheck) != w->isChecked();
+            w->setEnabled(true);
             log_->take();
-            sendMouse(native, down, {5, 5}, MK_LBUTTON);
-            sendMouse(native, WM_LBUTTONUP, {5, 5});
-            clicks += log_->take().find(L"leftClicked") != std::wstring::npos ? 1 : 0;
+            // A second quick press is a press.
+            send(GetParent(shown), WM_COMMAND,
+                 MAKEWPARAM(0, flip() ? BN_CLICKED : BN_DOUBLECLICKED),
+                 reinterpret_cast<LPARAM>(shown));
+            EXPECT_NE(log_->take().find(L"leftClicked"), std::wstring::npos);
+            EXPECT_EQ(w->isChecked(), expected);
+        };
+        const auto check = [=](HWND shown) {
+            static constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
+                                                BS_RADIOBUTTON};
+            expectLook(shown, L"Button", kStyles[int(w->kind())], captionOf(*w));
+            expectFont(shown, w->hasFont() ? &w->font() : nullptr);
+            EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
+            ICONINFO parts{};
+            BITMAP bitmap{};
+            GetIconInfo(reinterpret_cast<HICON>(send(shown, BM_GETIMAGE, IMAGE_ICON)), &parts);
+            const BitmapHandle colors(parts.hbmColor);
+            const BitmapHandle mask(parts.hbmMask);
+            GetObjectW(colors.get(), sizeof(bitmap), &bitmap);
+            EXPECT_EQ(bitmap.bmWidth, w->bitmap() == nullptr ? 0 : captionOf(*w).empty() ? 16 : 20);
+        };
+        return {"ButtonWin32Gdi",
+                w,
+                {[=, this] { w->setKind(static_cast<ButtonKind>(any(4))); },
+                 [=, this] { w->setCaption(anyText()); }, [=, this] { w->setChecked(flip()); },
+                 [=, this] { w->setFont(anyFont()); },
+                 [=] {
+                     w->setBitmap(std::make_shared<BitmapDescriptor>(120, Size{16, 16}));
+                 },
+                 [=] { w->setBitmap(nullptr); }, press},
+                check};
+    }
+
+    Subject textBox() {
+        const auto w = service().createNativeTextBox();
+        const auto check = [=](HWND shown) {
+            static constexpr DWORD kStyles[] = {
+                ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
+                ES_PASSWORD | ES_AUTOHSCROLL};
+            std::wstring text;
+            for (const wchar_t c : w->text()) {
+                text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
+            }
+            expectLook(shown, L"Edit",
+                       kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0), text,
+                       WS_EX_CLIENTEDGE);
+            expectFont(shown, w->hasFont() ? &w->font() : nullptr);
+            EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
+                      w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
+            wchar_t hint[64] = L"";
+            send(shown, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 64);
+            const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
+            EXPECT_EQ(hint, hasHint ? w->watermark().text(*w) : L"");
+        };
+        return {"TextBoxWin32Gdi",
+                w,
+                {[=, this] { w->setKind(static_cast<TextBoxKind>(any(3))); },
+                 [=, this] { w->setWatermark(anyText()); }, [=, this] { w->setReadOnly(flip()); },
+                 [=, this] { w->setFont(anyFont()); },
+                 [=, this] { w->setMaximumLength(static_cast<std::size_t>(any(6))); },
+                 [=, this] { setAnyText(*w); },
+                 [=, this] { type(nativeWindowOf(*w), flip() ? L"y" : L"\r\U0001F600"); }},
+                check};
+    }
+
+    Subject comboBox() {
+        const auto w = service().createNativeComboBox();
+        const auto anyItem = [=, this] {
+            return w->getItemCount() != 0 ? random_() % w->getItemCount() : kNullSize;
+        };
+        const auto typeOver = [=, this] {
+            const HWND field = FindWindowExW(nativeWindowOf(*w), nullptr, L"Edit", nullptr);
+            send(field, EM_SETSEL, 0, -1);
+            type(field, flip() ? L"one" : L"o");
+            w->backend()->synchronizeWithAbstraction();
+        };
+        const auto leaveList = [=, this] {
+            const HWND shown = nativeWindowOf(*w);
+            send(shown, CB_SHOWDROPDOWN, TRUE);
+            send(shown, WM_KEYDOWN, VK_ESCAPE, 1);
+            EXPECT_EQ(send(shown, CB_GETDROPPEDSTATE), 0);
+            const std::size_t chosen = w->isEditable() ? w->getSelectedItem() : anyItem();
+            send(shown, CB_SETCURSEL, chosen);
+            const int left =
+                std::array{CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_SELCHANGE}[random_() % 3];
+            send(GetParent(shown), WM_COMMAND, MAKEWPARAM(0, left),
+                 reinterpret_cast<LPARAM>(shown));
+            EXPECT_EQ(w->getSelectedItem(), chosen) << "of several alike the chosen one";
+        };
+        const auto check = [=](HWND shown) {
+            expectLook(shown, L"ComboBox",
+                       (w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST) | CBS_HASSTRINGS |
+                           CBS_AUTOHSCROLL,
+                       w->text());
+            expectFont(shown, w->font().get());
+            EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
+            EXPECT_EQ(Sent::hints[shown], captionOf(*w));
+            Texts items;
+            for (WPARAM i = 0; i < static_cast<WPARAM>(send(shown, CB_GETCOUNT)); ++i) {
+                wchar_t item[32] = L"";
+                send(shown, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(item));
+                items.push_back(item);
+            }
+            EXPECT_EQ(items, w->items());
+        };
+        return {"ComboBoxWin32Gdi",
+                w,
+                {[=, this] { w->setEditable(flip()); }, [=, this] { w->setEditable(flip()); },
+                 [=, this] { w->setCaption(anyText()); }, [=, this] { w->setFont(anyFont()); },
+                 [=, this] { setAnyText(*w); }, [=, this] { w->addItem(word()); },
+                 [=, this] { w->addItem(word()); }, [=] { w->selectItem(anyItem()); },
+                 [=] { w->removeItem(anyItem()); }, [=] { w->selectItem(kNullSize); },
+                 [=] { w->getItemCount() > 4 ? w->clear() : w->selectItem(kNullSize); },
+                 [=] { send(nativeWindowOf(*w), WM_KEYDOWN, VK_DOWN, 1); }, typeOver, leaveList},
+                check};
+    }
+
+    Subject scrollBar(bool vertical) {
+        const auto w = service().createNativeScrollBar(vertical);
+        const auto scroll = [=, this] {
+            const int steps[] = {-w->lineSize(), w->lineSize(), -w->pageSize(), w->pageSize()};
+            const int request = any(9);
+            const int wanted = request == SB_TOP      ? w->minimum()
+                               : request == SB_BOTTOM ? w->maximum()
+                               : request < 4          ? w->position() + steps[request]
+                                                      : w->position();
+            const int expected = std::clamp(wanted, w->minimum(), w->highestPosition());
+            const HWND shown = nativeWindowOf(*w);
+            send(GetParent(shown), vertical ? WM_VSCROLL : WM_HSCROLL, static_cast<WPARAM>(request),
+                 reinterpret_cast<LPARAM>(shown));
+            EXPECT_EQ(w->position(), expected) << request;
+            EXPECT_EQ(w->isTracking(), request == SB_THUMBTRACK);
+        };
+        const auto check = [=](HWND shown) {
+            SCROLLINFO info{sizeof(SCROLLINFO), SIF_ALL, 0, 0, 0, 0, 0};
+            SCROLLBARINFO parts{};
+            parts.cbSize = sizeof(parts);
+            GetScrollInfo(shown, SB_CTL, &info);
+            GetScrollBarInfo(shown, OBJID_CLIENT, &parts);
+            expectLook(shown, L"ScrollBar", vertical ? SBS_VERT : SBS_HORZ, L"");
+            EXPECT_EQ(info.nMin, w->minimum());
+            EXPECT_EQ(info.nMax, w->maximum());
+            EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
+            EXPECT_EQ(info.nPos, w->position());
+            if (IsWindowEnabled(shown)) {
+                EXPECT_EQ(parts.rgstate[1] != 0, w->position() == w->minimum());
+                EXPECT_EQ(parts.rgstate[5] != 0, w->position() == w->highestPosition());
+            }
+            EXPECT_EQ(w->preferredSize().*(vertical ? &Size::width : &Size::height),
+                      GetSystemMetrics(vertical ? SM_CXVSCROLL : SM_CYHSCROLL));
+        };
+        return {"ScrollBarWin32Gdi",
+                w,
+                {[=, this] { w->setRange(any(3) - 2, any(9) * 100'000); },
+                 [=, this] { w->setPageSize(any(2) * 90 + 1); },
+                 [=, this] { w->setPosition(any(2) * any(900'000)); },
+                 [=, this] { w->setLineSize(1 + any(9)); }, scroll},
+                check};
+    }
+
+    Subject progressBar() {
+        const auto w = service().createNativeProgressBar();
+        const auto check = [=](HWND shown) {
+            static constexpr LPARAM kStates[] = {0, PBST_ERROR, PBST_PAUSED};
+            expectLook(shown, L"msctls_progress32", w->isMarquee() ? PBS_MARQUEE : 0, L"");
+            EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), w->minimum());
+            EXPECT_EQ(send(shown, PBM_GETRANGE), w->maximum());
+            EXPECT_TRUE(w->isMarquee() || send(shown, PBM_GETPOS) == w->position());
+            EXPECT_EQ(Sent::last(shown, PBM_SETSTATE), kStates[int(w->state())]);
+            EXPECT_EQ(Sent::last(shown, PBM_SETMARQUEE),
+                      w->isMarquee() ? LPARAM(w->marqueeInterval()) : 0);
+        };
+        return {"ProgressBarWin32Gdi",
+                w,
+                {[=, this] { w->setRange(any(100) - 50, any(100) + 50); },
+                 [=, this] { w->setEnableMarqueeAnimation(any(3) == 0); },
+                 [=, this] { w->setMarqueeInterval(static_cast<unsigned>(any(90) + 1)); },
+                 [=, this] { w->setPosition(any(100)); },
+                 [=, this] { w->setState(static_cast<ProgressState>(1 + any(2))); }},
+                check};
+    }
+
+    Subject childWindow() {
+        const auto w = service().createNativeWindow();
+        return {"WindowWin32Gdi", w, {[=, this] { w->setCaption(anyText()); }}, [=](HWND shown) {
+                    expectLook(shown, L"ZuNativeWindow", 0, captionOf(*w));
+                }};
+    }
+
+    static bool holdsFocus(const Control& control) {
+        const HWND shown = nativeWindowOf(control);
+        return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
+    }
+    // Whether a control that has the focus is to keep it.
+    bool changeAnything(Control& control) {
+        switch (any(9)) {
+            case 0:
+                control.setVisible(any(3) != 0);
+                return control.isVisible();
+            case 1:
+                control.setEnabled(any(3) != 0);
+                return control.isEnabled();
+            case 2:
+                control.releaseTree();
+                control.synchronizeTree();
+                return control.hasFocus() && control.takeFocus();
+            case 3:
+                resources_->selectLocale(flip() ? L"en" : L"de");
+                return true;
+            case 4:
+                holder_->moveTo({any(50), any(50)});
+                return true;
+            case 5:
+                control.takeFocus();
+                return true;
+            case 6:
+                (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
+                SetForegroundWindow(nativeWindowOf(*holder_->surface()));
+                return false;
+            default:
+                control.setBoundary(Rect::at({any(50), any(50)}, {90 + any(90), 22 + any(20)}));
+                return true;
         }
-        EXPECT_EQ(clicks, 2) << static_cast<int>(kind);
     }
-}
 
-TEST_F(NativeControlTest, checksAndRadios_pressed_showWhatThePortableHalfDecides) {
-    const auto check = service().createNativeButton();
-    check->setKind(ButtonKind::kCheck);
-    HWND native = show(check);
-    send(native, BM_CLICK);
-    EXPECT_TRUE(check->isChecked());
-    EXPECT_EQ(send(native, BM_GETCHECK), BST_CHECKED);
-    const auto first = service().createNativeButton();
-    const auto second = service().createNativeButton();
-    for (const auto& radio : {first, second}) {
-        radio->setKind(ButtonKind::kRadio);
-        show(radio);
-    }
-    send(nativeWindowOf(*first), BM_CLICK);
-    send(nativeWindowOf(*second), BM_CLICK);
-    EXPECT_EQ(send(nativeWindowOf(*first), BM_GETCHECK), BST_UNCHECKED);
-    EXPECT_EQ(send(nativeWindowOf(*second), BM_GETCHECK), BST_CHECKED);
-    // The focus alone chooses nothing, also where the system's radio buttons
-    // are pressed by it; the arrow keys do.
-    SetForegroundWindow(nativeWindowOf(*window_));
-    static WNDPROC usual = nullptr;
-    usual = reinterpret_cast<WNDPROC>(GetClassLongPtrW(native, GCLP_WNDPROC));
-    const WNDPROC pressed = [](HWND window, UINT id, WPARAM wide, LPARAM extra) -> LRESULT {
-        if (id == WM_SETFOCUS) {
-            send(GetParent(window), WM_COMMAND, MAKEWPARAM(0, BN_CLICKED),
-                 reinterpret_cast<LPARAM>(window));
-        }
-        return CallWindowProcW(usual, window, id, wide, extra);
-    };
-    SetClassLongPtrW(native, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(pressed));
-    first->releaseTree();
-    first->synchronizeTree();
-    SetClassLongPtrW(native, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(usual));
-    EXPECT_TRUE(first->takeFocus());
-    EXPECT_TRUE(second->isChecked());
-    send(GetFocus(), WM_KEYDOWN, VK_UP, 1);
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*second));
-    send(GetFocus(), WM_KEYDOWN, VK_RIGHT, 1);
-    EXPECT_TRUE(first->hasFocus());
-    EXPECT_EQ(send(nativeWindowOf(*first), BM_GETCHECK), BST_CHECKED);
-    // Another kind is another window, with the focus.
-    check->takeFocus();
-    check->setKind(ButtonKind::kRadio);
-    EXPECT_FALSE(IsWindow(native));
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*check));
-    EXPECT_TRUE(check->hasFocus());
-}
+    std::mt19937 random_{20260713};
+    std::shared_ptr<NativeWindow> other_ = makeWindow({300, 200});
+    std::shared_ptr<Holder> holder_ = makeControl<Holder>();
+    Sent sent_;
+};
 
-TEST_F(NativeControlTest, focus_controlDisabledOrHidden_goesToTheSurface) {
-    const auto button = service().createNativeButton();
-    show(button);
-    SetForegroundWindow(nativeWindowOf(*window_));
-    for (const auto change : {&Control::setEnabled, &Control::setVisible}) {
-        ASSERT_TRUE(button->takeFocus());
-        ((*button).*change)(false);
-        EXPECT_EQ(GetFocus(), nativeWindowOf(*window_));
-        EXPECT_FALSE(button->hasFocus());
-        ((*button).*change)(true);
-    }
-}
-
-TEST_F(NativeControlTest, realPointer_fromSurfaceToControlAndAway_isOverOneOfThem) {
-    window_->moveTo({50, 50});
-    const auto button = service().createNativeButton();
-    const HWND native = show(button, Rect::at({100, 100}, {90, 25}));
-    SetForegroundWindow(nativeWindowOf(*window_));
-    for (const Point place : {Point{20, 20}, Point{120, 110}, Point{20, 20}}) {
-        movePointer(onScreen(nativeWindowOf(*window_), place));
-        const bool isOver = place.x > 100;
-        runMessages(2000, [&] { return button->isHovered() == isOver; });
-        runMessages(30);
-        EXPECT_EQ(button->isHovered(), isOver);
-    }
-    movePointer(middleOf(native));
-    runMessages(2000, [&] { return button->isHovered(); });
-    movePointer({1279, 1023});
-    runMessages(2000, [&] { return !button->isHovered(); });
-    EXPECT_FALSE(button->isHovered());
-}
-
-TEST_F(NativeControlTest, colours_changed_areShownByWhatIsThereAlready) {
-    const auto check = service().createNativeButton();
-    check->setKind(ButtonKind::kCheck);
-    const auto field = service().createNativeTextBox();
-    const auto combo = service().createNativeComboBox();
-    combo->setEditable(true);
-    show(check);
-    show(field, Rect::at({0, 40}, {90, 25}));
-    show(combo, Rect::at({0, 80}, {90, 25}));
-    const auto fill = [](Control& control, std::uint8_t red) {
-        auto colors = std::make_shared<ColorsDescriptor>();
-        colors->setColor(ColorRole::kBackground, Color::rgb(red, 0x34, 0x56));
-        control.setColors(colors);
-    };
-    const auto shown = [](const Control& control) {
-        return pixelOf(nativeWindowOf(control), {60, 20});
-    };
-    const std::uint32_t usual = shown(*field);
-    fill(*window_, 0x12);
-    EXPECT_EQ(shown(*check), 0x123456U);
-    EXPECT_EQ(shown(*field), usual);
-    fill(*window_, 0x13);
-    EXPECT_EQ(shown(*check), 0x133456U);
-    fill(*field, 0x14);
-    EXPECT_EQ(shown(*field), 0x143456U);
-    fill(*combo, 0x15);
-    UpdateWindow(FindWindowExW(nativeWindowOf(*combo), nullptr, L"Edit", nullptr));
-    EXPECT_EQ(pixelOf(nativeWindowOf(*combo), {50, 18}), 0x153456U);
-}
-
-TEST_F(NativeControlTest, anyFailure_isReportedUnderItsNameAndTriedAgain) {
-    struct Thrower : Control {
-        bool onKey(const KeyEvent&) override { throw std::wstring(L"torn"); }
-    };
-    const std::pair<std::string, std::shared_ptr<Control>> kWidgets[] = {
-        {"ButtonWin32Gdi", service().createNativeButton()},
-        {"TextBoxWin32Gdi", service().createNativeTextBox()},
-        {"ComboBoxWin32Gdi", service().createNativeComboBox()},
-        {"ScrollBarWin32Gdi", service().createNativeScrollBar(true)},
-        {"ProgressBarWin32Gdi", service().createNativeProgressBar()},
-        {"WindowWin32Gdi", service().createNativeWindow()}};
-    const auto holder = makeControl<Thrower>();
-    holder->setBoundary(Rect::at({}, {200, 200}));
-    holder->setFocusable(true);
-    window_->addChild(holder);
+TEST_F(MirrorTest, anyWidget_randomChanges_windowSaysWhatTheControlWants) {
     const TraceCapture trace;
     const auto expectReport = [&](const std::string& operation) {
-        ASSERT_FALSE(trace.messages().empty()) << operation;
         EXPECT_TRUE(trace.messages().back().starts_with(operation + ": catched "))
             << operation << ": " << trace.messages().back();
     };
-    for (const auto& [name, widget] : kWidgets) {
+    holder_->setBoundary({0, 0, 199, 199});
+    window_->addChild(holder_);
+    SetForegroundWindow(native());
+    holder_->setFocusable(true);
+    for (const Subject& subject : {button(), textBox(), comboBox(), scrollBar(true),
+                                   scrollBar(false), progressBar(), childWindow()}) {
+        Control& control = *subject.control;
         {
             const RefusedWindows refused;
-            holder->addChild(widget);
-            EXPECT_FALSE(widget->backend()->hasNativeObject());
-            expectReport(name + "::synchronizeWithAbstraction");
+            show(subject.control, Rect::at({}, {90, 25}), holder_.get());
+            ASSERT_EQ(nativeWindowOf(control), nullptr);
+            expectReport(subject.name + "::synchronizeWithAbstraction");
         }
-        widget->backend()->synchronizeWithAbstraction();
-        ASSERT_NE(nativeWindowOf(*widget), nullptr) << name;
-        if (widget->inputRouter() == nullptr) {
-            send(nativeWindowOf(*widget), WM_KEYDOWN, VK_TAB, 1);
-            expectReport(name + "::handleMultiWindowMessage");
+        control.synchronizeTree();
+        for (int step = 0; step < 120; ++step) {
+            SCOPED_TRACE(testing::Message() << subject.name << ' ' << step);
+            const bool hadFocus = holdsFocus(control);
+            const HWND before = nativeWindowOf(control);
+            bool keepsFocus = true;
+            if (flip()) {
+                keepsFocus = changeAnything(control);
+            } else {
+                subject.changes[random_() % subject.changes.size()]();
+            }
+            const HWND shown = nativeWindowOf(control);
+            const HWND parent = nativeWindowOf(*holder_->surface());
+            const auto* bar = dynamic_cast<const NativeScrollBar*>(&control);
+            const bool isUsable =
+                control.isUsable() && (bar == nullptr || bar->minimum() < bar->highestPosition());
+            EXPECT_EQ(IsWindow(before) != FALSE, before == shown);
+            EXPECT_EQ(IsWindowVisible(shown) != FALSE, control.isShown());
+            EXPECT_EQ(IsWindowEnabled(shown) != FALSE, isUsable);
+            EXPECT_EQ(GetParent(shown), parent);
+            EXPECT_EQ(windowRect(shown, parent),
+                      Rect::at(holder_->toSurface(control.boundary().position()),
+                               control.boundary().size()));
+            EXPECT_EQ(control.hasFocus(), holdsFocus(control));
+            EXPECT_TRUE(!hadFocus || holdsFocus(control) == (keepsFocus && isUsable));
+            EXPECT_TRUE(!hadFocus || holdsFocus(control) || GetFocus() == parent);
+            subject.check(shown);
+            Sent::ids.clear();
+            control.backend()->synchronizeWithAbstraction();
+            EXPECT_TRUE(Sent::ids.empty()) << "sent again: " << Sent::ids.front();
+            ASSERT_FALSE(HasFailure());
         }
+        if (control.inputRouter() == nullptr) {
+            const ScopedValue throwing(holder_->throws, true);
+            send(nativeWindowOf(control), WM_KEYDOWN, VK_TAB, 1);
+            expectReport(subject.name + "::handleMultiWindowMessage");
+        }
+        holder_->removeAllChildren();
     }
-    holder->takeFocus();
-    send(nativeWindowOf(*window_), WM_KEYDOWN, L'A', 1);
+    holder_->throws = true;
+    holder_->takeFocus();
+    send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
     expectReport("WindowWin32Gdi::windowProcedure");
 }
 
-TEST_F(NativeControlTest, button_droppedByItsOwnPress_isGoneAfterwards) {
-    std::shared_ptr<NativeButton> button = service().createNativeButton();
-    const HWND native = show(button);
-    const auto dropper = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
-        if (kind == Control::kLeftClicked) {
-            window_->removeAllChildren();
-        }
-    });
-    button->connect(dropper, false);
-    button.reset();
-    send(native, BM_CLICK);
-    EXPECT_FALSE(IsWindow(native));
-}
-
-TEST_F(NativeControlTest, textBox_textFromBothSides_staysTheSameAndIsAnnouncedOnce) {
-    const auto box = service().createNativeTextBox();
-    box->setKind(TextBoxKind::kMultiLine);
-    box->setText(L"one\ntwo");
-    const HWND native = show(box, Rect::at({}, {200, 100}));
-    box->setText(L"three");
-    EXPECT_EQ(log_->take(), L"textChanged") << "only the program's own";
-    send(native, EM_SETSEL, 5, 5);
-    type(native, L"\r\u0416\U0001F600");
-    EXPECT_EQ(box->text(), L"three\n\u0416\U0001F600");
-    box->synchronize();
-    EXPECT_EQ(textOf(native), L"three\r\n\u0416\U0001F600");
-    send(native, WM_CHAR, 1);  // Ctrl+A
-    send(native, WM_CHAR, L'x');
-    EXPECT_EQ(box->text(), L"x");
-}
-
-TEST_F(NativeControlTest, textBox_surrogatePairs_areNeverCut) {
-    const auto box = service().createNativeTextBox();
-    const HWND native = show(box);
-    box->setMaximumLength(4);
-    box->setText(L"abc\U0001F600");
-    EXPECT_EQ(box->text(), L"abc");
-    type(native, L"\U0001F600");
-    EXPECT_EQ(box->text(), L"abc") << "no room for both halves";
-    send(native, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"\U0001F600"));
-    EXPECT_EQ(box->text(), L"abc") << "as when it is pasted";
-    box->setMaximumLength(0);
-    const auto selection = [&](std::initializer_list<WPARAM> keys) {
-        for (const WPARAM key : keys) {
-            send(native, WM_KEYDOWN, key, 1);
-        }
-        return static_cast<DWORD>(send(native, EM_GETSEL));
+// What takes two units is typed, passed, marked and removed as one.
+TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChangeOnce) {
+    constexpr std::size_t kMost = 12;
+    const auto box = show(service().createNativeTextBox(), {0, 0, 199, 24});
+    box->setMaximumLength(kMost);
+    const HWND window = nativeWindowOf(*box);
+    std::mt19937 random(20260715);
+    std::wstring text;
+    std::size_t caret = 0;
+    const auto isInside = [&](std::size_t place) { return IS_LOW_SURROGATE(text[place]); };
+    const auto before = [&] { return caret < 2 ? 0 : caret - (isInside(caret - 1) ? 2 : 1); };
+    const auto behind = [&] {
+        return caret == text.size() ? caret : caret + (isInside(caret + 1) ? 2U : 1U);
     };
-    box->setText(L"a\U0001F600b");
-    EXPECT_EQ(selection({VK_HOME, VK_RIGHT, VK_RIGHT}), DWORD{MAKELONG(3, 3)});
-    EXPECT_EQ(selection({VK_LEFT}), DWORD{MAKELONG(1, 1)});
-    const std::array<std::array<WORD, 4>, 5> kMarked{
-        {{2, 4, 1, 4}, {0, 2, 0, 3}, {2, 2, 1, 1}, {1, 3, 1, 3}, {2, 3, 1, 3}}};
-    for (const auto& [start, end, first, last] : kMarked) {
-        send(native, EM_SETSEL, start, end);
-        send(native, WM_LBUTTONUP);
-        EXPECT_EQ(selection({}), static_cast<DWORD>(MAKELONG(first, last))) << start << end;
-    }
-    send(native, EM_SETSEL, 3, 3);
-    type(native, L"\b");
-    EXPECT_EQ(box->text(), L"ab");
-    EXPECT_EQ(selection({}), DWORD{MAKELONG(1, 1)});
-    type(native, L"\U0001F600\U0001F601");
-    EXPECT_EQ(box->text(), L"a\U0001F600\U0001F601b");
-}
-
-TEST_F(NativeControlTest, language_changed_isShownInAllCaptions) {
-    const auto resources = makeService<ResourceService>();
-    ResourceServiceGeneric::install(*resources, compiledInResources());
-    resources->selectLocale(L"en");
-    // The window looks for it while it is made.
-    window_->releaseTree();
-    window_->registerService(resources, true, true);
-    const auto numbered = [](std::uint64_t key) {
-        auto descriptor = std::make_shared<TextDescriptor>();
-        descriptor->setIdentifier(key);
-        return descriptor;
-    };
-    window_->setCaption(numbered(9019));
-    const auto button = service().createNativeButton();
-    button->setCaption(numbered(9012));
-    window_->addChild(button);
-    window_->synchronizeTree();
-    resources->selectLocale(L"de");
-    EXPECT_EQ(textOf(nativeWindowOf(*window_)), L"Fehler");
-    EXPECT_EQ(textOf(nativeWindowOf(*button)), L"Diese Meldung nicht mehr anzeigen");
-    window_.reset();
-    resources->selectLocale(L"fr");
-}
-
-TEST_F(NativeControlTest, keys_thatAControlDoesNotUse_moveTheFocus) {
-    const auto first = service().createNativeTextBox();
-    const auto second = service().createNativeComboBox();
-    second->setEditable(true);
-    const auto third = service().createNativeButton();
-    show(first);
-    show(second, Rect::at({0, 40}, {90, 25}));
-    show(third, Rect::at({0, 80}, {90, 25}));
-    SetForegroundWindow(nativeWindowOf(*window_));
-    ASSERT_TRUE(first->takeFocus());
-    for (const auto& next : std::initializer_list<std::shared_ptr<Control>>{second, third, first}) {
-        send(GetFocus(), WM_KEYDOWN, VK_TAB, 1);
-        EXPECT_TRUE(next->hasFocus());
-        EXPECT_TRUE(GetFocus() == nativeWindowOf(*next) ||
-                    IsChild(nativeWindowOf(*next), GetFocus()));
-    }
-    second->takeFocus();
-    const HWND field = GetFocus();
-    send(field, WM_KEYDOWN, L'Q', 1);
-    send(field, WM_CHAR, L'q');
-    EXPECT_EQ(second->text(), L"q");
-}
-
-TEST_F(NativeControlTest, comboBox_userChoosesAndTypes_isWhatTheWindowShows) {
-    const auto box = service().createNativeComboBox();
-    for (const wchar_t* item : {L"one", L"two", L"three", L"TWO"}) {
-        box->addItem(item);
-    }
-    box->selectItem(1);
-    HWND native = show(box);
-    send(native, WM_KEYDOWN, VK_DOWN, 1);
-    EXPECT_EQ(box->text(), L"three");
-    EXPECT_NE(log_->take().find(L"selectionChanged textChanged"), std::wstring::npos);
-    // The list is opened, looked through and left.
-    send(native, CB_SHOWDROPDOWN, TRUE);
-    send(native, WM_KEYDOWN, VK_DOWN, 1);
-    send(native, WM_KEYDOWN, VK_ESCAPE, 1);
-    EXPECT_EQ(send(native, CB_GETDROPPEDSTATE), 0);
-    EXPECT_EQ(static_cast<LRESULT>(box->getSelectedItem()), send(native, CB_GETCURSEL));
-    for (const int left : {CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_SELCHANGE}) {
-        send(native, CB_SETCURSEL, static_cast<WPARAM>(left % 3));
-        send(nativeWindowOf(*window_), WM_COMMAND, MAKEWPARAM(0, left),
-             reinterpret_cast<LPARAM>(native));
-        EXPECT_EQ(box->getSelectedItem(), static_cast<std::size_t>(left % 3));
-    }
-    SetForegroundWindow(nativeWindowOf(*window_));
-    box->takeFocus();
-    box->setEditable(true);
-    native = nativeWindowOf(*box);
-    const HWND field = FindWindowExW(native, nullptr, L"Edit", nullptr);
-    EXPECT_EQ(GetFocus(), field);
-    for (const std::pair<const wchar_t*, std::size_t>& typed :
-         {std::pair{L"TWO", std::size_t{3}}, {L"what", kNullSize}, {L"one", 0}}) {
-        send(field, EM_SETSEL, 0, -1);
-        type(field, typed.first);
-        EXPECT_EQ(box->getSelectedItem(), typed.second) << typed.first;
-        EXPECT_EQ(box->text(), typed.first);
-    }
-    log_->take();
-    box->setText(L"typed");
-    EXPECT_EQ(textOf(native), L"typed");
-    EXPECT_EQ(log_->take(), L"textChanged") << "only the program's own";
-    // Without the field its window is nobody's any more.
-    box->setEditable(false);
-    EXPECT_FALSE(IsWindow(field));
-}
-
-TEST_F(NativeControlTest, scrollBar_anyRequest_movesBeyondSixteenBits) {
-    const HWND surface = nativeWindowOf(*window_);
-    for (const bool isVertical : {true, false}) {
-        const auto bar = service().createNativeScrollBar(isVertical);
-        bar->setRange(-5, 1000000);
-        bar->setPageSize(1000);
-        bar->setLineSize(3);
-        bar->setPosition(300000);
-        const HWND native = show(bar, Rect::at({}, {200, 200}));
-        const std::pair<int, int> kRequests[] = {
-            {SB_LINEDOWN, 300003}, {SB_PAGEUP, 299003},   {SB_LINEUP, 299000},
-            {SB_PAGEDOWN, 300000}, {SB_BOTTOM, 999001},   {SB_LINEDOWN, 999001},
-            {SB_TOP, -5},          {SB_LINEUP, -5},       {SB_THUMBTRACK, -5},
-            {SB_ENDSCROLL, -5},    {SB_THUMBPOSITION, -5}};
-        for (const auto& [request, position] : kRequests) {
-            send(surface, isVertical ? WM_VSCROLL : WM_HSCROLL, static_cast<WPARAM>(request),
-                 reinterpret_cast<LPARAM>(native));
-            EXPECT_EQ(bar->position(), position) << request;
-            EXPECT_EQ(GetScrollPos(native, SB_CTL), position) << request;
-            EXPECT_EQ(bar->isTracking(), request == SB_THUMBTRACK);
-            SCROLLBARINFO parts{};
-            parts.cbSize = sizeof(parts);
-            GetScrollBarInfo(native, OBJID_CLIENT, &parts);
-            EXPECT_EQ(parts.rgstate[1] != 0, position == -5) << request;
-            EXPECT_EQ(parts.rgstate[5] != 0, position == 999001) << request;
+    for (int step = 0; step < 600; ++step) {
+        const std::wstring letter = std::array{L"a", L"\u0416", L"\U0001F600"}[random() % 3];
+        const std::wstring former = text;
+        const auto kind = random() % 9;
+        if (kind == 0) {
+            send(window, WM_KEYDOWN, VK_LEFT, 1);
+            caret = before();
+        } else if (kind == 1) {
+            send(window, WM_KEYDOWN, VK_RIGHT, 1);
+            caret = behind();
+        } else if (kind == 2) {
+            type(window, L"\b");
+            text.erase(before(), caret - before());
+            caret -= former.size() - text.size();
+        } else if (kind == 3) {
+            send(window, WM_KEYDOWN, VK_DELETE, 1);
+            text.erase(caret, behind() - caret);
+        } else if (kind == 4) {
+            // Marked with the mouse.
+            const std::size_t start = random() % (text.size() + 1);
+            const std::size_t end = start + random() % (text.size() - start + 1);
+            send(window, EM_SETSEL, start, static_cast<LPARAM>(end));
+            send(window, WM_LBUTTONUP);
+            caret = start - (isInside(start) ? 1 : 0);
+            ASSERT_EQ(send(window, EM_GETSEL),
+                      MAKELONG(caret, start == end ? caret : end + (isInside(end) ? 1 : 0)));
+            send(window, EM_SETSEL, caret, static_cast<LPARAM>(caret));
+        } else if (kind == 5) {
+            // Ctrl+A
+            type(window, L'\1' + letter);
+            text = letter;
+            caret = text.size();
+        } else {
+            // Typed or pasted.
+            kind == 6 ? send(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(letter.c_str()))
+                      : (type(window, letter), 0);
+            if (text.size() + letter.size() <= kMost) {
+                text.insert(caret, letter);
+                caret += letter.size();
+            }
         }
-        EXPECT_EQ(log_->take().find(isVertical ? L"scrolled scrolledvertically"
-                                               : L"scrolled scrolledhorizontally"),
-                  0U);
+        ASSERT_EQ(box->text(), text) << step;
+        ASSERT_EQ(textOf(window), text) << step;
+        ASSERT_EQ(send(window, EM_GETSEL), MAKELONG(caret, caret)) << step;
+        ASSERT_EQ(log_->take(), text != former ? L"textChanged" : L"") << step;
     }
 }
 

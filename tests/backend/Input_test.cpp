@@ -1,7 +1,5 @@
 // Mouse, keyboard and focus as the system has them.
-#include "ZuNativeButton.h"
-#include "ZuTooltip.h"
-#include "ZuWindowHandlerWin32Gdi.h"
+#include "ZuNativeTextBox.h"
 #include "support/SurfaceTest.h"
 
 namespace zustd {
@@ -9,212 +7,193 @@ namespace {
 
 using namespace test;
 
-// --- Mouse ----------------------------------------------------------------------------------
+class InputTest : public SurfaceTest {
+protected:
+    std::shared_ptr<Probe> probe_ = addProbe({10, 10, 59, 59});
+    std::shared_ptr<NativeButton> button_ =
+        show(service().createNativeButton(), {100, 10, 189, 34});
+    std::shared_ptr<NativeWindow> child_ =
+        show(service().createNativeWindow(), {100, 60, 199, 159});
+    std::shared_ptr<Probe> inner_ = addProbe({30, 0, 79, 39}, child_.get());
+};
 
-TEST_F(SurfaceTest, mouse_pressAndRelease_clicksTheDrawnControl) {
-    const auto window = makeWindow({200, 100});
-    const HWND native = nativeWindowOf(*window);
-    const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
-    probe->setFocusable(false);
-    sendMouse(native, WM_MOUSEMOVE, {15, 17});
-    sendMouse(native, WM_LBUTTONDOWN, {15, 17}, MK_LBUTTON | MK_SHIFT);
-    EXPECT_EQ(GetCapture(), native);
-    EXPECT_EQ(probe->lastMouse.position, (Point{5, 7}));
-    EXPECT_EQ(probe->lastMouse.modifiers, kModifierShift);
-    sendMouse(native, WM_LBUTTONUP, {20, 20});
+TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
+    probe_->setFocusable(false);
+    const auto take = [&] { return probe_->log->take(); };
+    sendMouse(native(), WM_MOUSEMOVE, {15, 17});
+    sendMouse(native(), WM_LBUTTONDOWN, {15, 17}, MK_LBUTTON | MK_SHIFT);
+    EXPECT_EQ(GetCapture(), native());
+    EXPECT_EQ(probe_->lastMouse.position, (Point{5, 7}));
+    EXPECT_EQ(probe_->lastMouse.modifiers, kModifierShift);
+    sendMouse(native(), WM_LBUTTONUP, {20, 20});
     EXPECT_EQ(GetCapture(), nullptr);
-    EXPECT_EQ(probe->log->take(), L"enterHovering enterLeftClicking leaveLeftClicking leftClicked");
-    sendMouse(native, WM_LBUTTONDOWN, {15, 15}, MK_LBUTTON);
+    EXPECT_EQ(take(), L"enterHovering enterLeftClicking leaveLeftClicking leftClicked");
+    sendMouse(native(), WM_LBUTTONDOWN, {15, 15}, MK_LBUTTON);
     // Somebody else takes the mouse: no click.
     SetCapture(GetDesktopWindow());
     ReleaseCapture();
-    sendMouse(native, WM_LBUTTONUP, {15, 15});
-    EXPECT_EQ(probe->log->take(), L"enterLeftClicking leaveLeftClicking");
-    sendMouse(native, WM_RBUTTONDOWN, {15, 15}, MK_RBUTTON);
-    sendMouse(native, WM_RBUTTONUP, {15, 15});
-    EXPECT_EQ(probe->log->take(), L"enterRightClicking leaveRightClicking rightClicked");
-    SendMessageW(native, WM_MOUSELEAVE, 0, 0);
-    EXPECT_EQ(probe->log->take(), L"leaveHovering");
+    sendMouse(native(), WM_LBUTTONUP, {15, 15});
+    EXPECT_EQ(take(), L"enterLeftClicking leaveLeftClicking");
+    sendMouse(native(), WM_RBUTTONDOWN, {15, 15}, MK_RBUTTON);
+    sendMouse(native(), WM_RBUTTONUP, {15, 15});
+    EXPECT_EQ(take(), L"enterRightClicking leaveRightClicking rightClicked");
+    sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15}, MK_CONTROL);
+    EXPECT_EQ(probe_->lastMouse.action, MouseAction::kLeftDouble);
+    EXPECT_EQ(probe_->lastMouse.modifiers, kModifierControl);
 }
 
-TEST_F(SurfaceTest, mouse_realPointer_entersClicksAndLeaves) {
-    const auto window = makeWindow({200, 100});
-    const HWND native = nativeWindowOf(*window);
-    const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
-    probe->setFocusable(false);
-    probe->setCursor(MouseCursor::kHand);
-    click(onScreen(native, {30, 30}));
-    runMessages(2000, [&] { return probe->log->entries.size() >= 4; });
-    EXPECT_EQ(probe->log->take(), L"enterHovering enterLeftClicking leaveLeftClicking leftClicked");
-    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
-    movePointer({1279, 1023});
-    runMessages(2000, [&] { return !probe->log->entries.empty(); });
-    EXPECT_EQ(probe->log->take(), L"leaveHovering");
+TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
+    const auto holder = addProbe({0, 60, 299, 199});
+    holder->addChild(child_);
+    for (const bool isUsed : {false, true}) {
+        inner_->usesWheel = isUsed;
+        holder->lastMouse = {};
+        log_->take();
+        const POINT place = onScreen(nativeWindowOf(*child_), {33, 4});
+        send(nativeWindowOf(*child_), isUsed ? WM_MOUSEHWHEEL : WM_MOUSEWHEEL,
+             MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA), MAKELPARAM(place.x, place.y));
+        EXPECT_EQ(inner_->lastMouse.position, (Point{3, 4}));
+        EXPECT_EQ(inner_->lastMouse.wheel, 240);
+        EXPECT_EQ(holder->lastMouse.position, isUsed ? Point{} : (Point{133, 64}));
+        EXPECT_EQ(holder->log->take(), isUsed ? L"" : L"ctrlScrolledmousewheel");
+    }
 }
 
-TEST_F(SurfaceTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
-    const auto window = makeWindow({200, 100});
-    const auto holder = addProbe(*window, Rect::at({10, 10}, {150, 80}));
-    const auto child = window->windowService()->createNativeWindow();
-    child->setBoundary(Rect::at({20, 5}, {100, 50}));
-    holder->addChild(child);
-    const auto probe = addProbe(*child, Rect::at({30, 0}, {50, 40}));
-    const HWND native = nativeWindowOf(*child);
-    const auto turn = [&] {
-        const POINT place = onScreen(native, {33, 4});
-        SendMessageW(native, WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
-                     MAKELPARAM(place.x, place.y));
+TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
+    probe_->setCursor(MouseCursor::kHand);
+    for (const Point place :
+         {Point{20, 20}, {120, 20}, {20, 20}, {900, 900}, {120, 20}, {900, 900}}) {
+        movePointer(onScreen(native(), place));
+        const auto isThere = [&] {
+            return probe_->isHovered() == (place.x == 20) &&
+                   button_->isHovered() == (place.x == 120);
+        };
+        runMessages(2000, isThere);
+        runMessages(20);
+        EXPECT_TRUE(isThere()) << place.x;
+        EXPECT_TRUE(place.x != 20 || GetCursor() == LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
+    }
+    probe_->log->take();
+    click(onScreen(native(), {30, 30}));
+    runMessages(2000, [&] { return probe_->log->entries.size() >= 5; });
+    EXPECT_EQ(probe_->log->take(),
+              L"enterHovering enterFocus enterLeftClicking leaveLeftClicking leftClicked");
+}
+
+TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
+    const auto expectFocus = [&](const std::shared_ptr<Control>& focused) {
+        for (const auto& control : Controls{probe_, button_, inner_}) {
+            EXPECT_EQ(control->hasFocus(), control == focused);
+        }
+        EXPECT_EQ(GetFocus(), nativeWindowOf(focused == button_ ? *focused : *focused->surface()));
     };
-    turn();
-    EXPECT_EQ(probe->lastMouse.position, (Point{3, 4}));
-    EXPECT_EQ(probe->lastMouse.wheel, 240);
-    EXPECT_EQ(holder->lastMouse.position, (Point{53, 9}));
-    EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
-    probe->usesWheel = true;
-    holder->lastMouse = {};
-    turn();
-    EXPECT_EQ(holder->lastMouse.wheel, 0);
-    EXPECT_EQ(holder->log->take(), L"");
-}
-
-// --- Keyboard and focus ---------------------------------------------------------------------
-
-TEST_F(SurfaceTest, keys_drawnControls_getThemAndTabMovesOnAcrossSurfaces) {
-    const auto window = makeWindow({300, 200});
-    const auto first = addProbe(*window, Rect::at({0, 0}, {50, 50}));
-    const auto child = window->windowService()->createNativeWindow();
-    child->setBoundary(Rect::at({100, 0}, {100, 100}));
-    window->addChild(child);
-    const auto second = addProbe(*child, Rect::at({0, 0}, {50, 50}));
-    EXPECT_TRUE(first->takeFocus());
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*window));
-    pressKeys({'K'});
-    runMessages(2000, [&] { return first->log->entries.size() == 2; });
-    EXPECT_EQ(first->log->entries.back().b.number(), 'K');
-    EXPECT_EQ(first->log->take(), L"enterFocus keyPressed");
-    pressKeys({VK_TAB});
-    runMessages(2000, [&] { return second->hasFocus(); });
-    EXPECT_FALSE(first->hasFocus());
-    EXPECT_TRUE(second->hasFocus());
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*child));
-    pressKeys({VK_SHIFT, VK_TAB});
-    runMessages(2000, [&] { return first->hasFocus(); });
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*window));
-    EXPECT_FALSE(second->hasFocus());
-}
-
-TEST_F(SurfaceTest, focus_windowLeftAndActivatedAgain_isRestored) {
-    const auto window = makeWindow({300, 200});
+    EXPECT_TRUE(probe_->takeFocus());
+    press({'K'});
+    EXPECT_EQ(probe_->log->entries.back().b.number(), 'K');
+    EXPECT_EQ(probe_->log->take(), L"enterFocus keyPressed");
+    for (const auto& next : Controls{button_, inner_, probe_}) {
+        press({VK_TAB});
+        expectFocus(next);
+    }
+    for (const auto& next : Controls{inner_, button_, probe_}) {
+        press({VK_SHIFT, VK_TAB});
+        expectFocus(next);
+    }
+    for (const auto& next : Controls{inner_, button_, inner_, probe_}) {
+        EXPECT_TRUE(next->takeFocus());
+        expectFocus(next);
+    }
+    // Only in a dialog a letter alone presses.
+    button_->setCaption(std::make_shared<TextDescriptor>(L"&Press"));
+    for (const std::vector<WORD>& keys : {std::vector<WORD>{'P'}, {VK_MENU, 'P'}}) {
+        button_->takeFocus();
+        log_->take();
+        press(keys);
+        EXPECT_EQ(log_->take().find(L"leftClicked") != std::wstring::npos, keys.size() == 2);
+    }
+    // A window that is left and activated again gives it back.
     const auto other = makeWindow({100, 100});
-    const auto child = window->windowService()->createNativeWindow();
-    child->setBoundary(Rect::at({100, 0}, {100, 100}));
-    window->addChild(child);
-    const auto first = addProbe(*window, Rect::at({0, 0}, {50, 50}));
-    const auto second = addProbe(*child, Rect::at({0, 0}, {50, 50}));
-    SetActiveWindow(nativeWindowOf(*window));
-    second->takeFocus();
-    SetActiveWindow(nativeWindowOf(*other));
-    EXPECT_FALSE(second->hasFocus());
-    SetActiveWindow(nativeWindowOf(*window));
-    EXPECT_TRUE(second->hasFocus());
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*child));
+    inner_->takeFocus();
+    SetActiveWindow(native());
+    for (const auto& kept : Controls{inner_, button_, probe_}) {
+        kept->takeFocus();
+        SetActiveWindow(nativeWindowOf(*other));
+        EXPECT_FALSE(kept->hasFocus());
+        SetActiveWindow(native());
+        expectFocus(kept);
+    }
     // What takes the focus meanwhile has it afterwards, and activates nothing.
     SetActiveWindow(nativeWindowOf(*other));
-    EXPECT_TRUE(first->takeFocus());
+    EXPECT_TRUE(inner_->takeFocus());
     EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*other));
-    SetActiveWindow(nativeWindowOf(*window));
-    EXPECT_TRUE(first->hasFocus());
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*window));
+    SetActiveWindow(native());
+    expectFocus(inner_);
 }
 
-TEST_F(SurfaceTest, dialog_nativeButtons_followTabEnterAndAccessKeys) {
-    const auto window = makeWindow({300, 200});
-    const auto dialog = makeDialog(window);
-    const auto field = addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
-    const auto addButton = [&](const wchar_t* caption, std::int32_t top) {
-        auto button = window->windowService()->createNativeButton();
+TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
+    const auto dialog = makeDialog();
+    const auto field = addProbe({0, 0, 9, 9}, dialog.get());
+    const auto addButton = [&](const wchar_t* caption, ButtonKind kind) {
+        auto button = service().createNativeButton();
         button->setCaption(std::make_shared<TextDescriptor>(caption));
-        button->setBoundary(Rect::at({20, top}, {80, 25}));
-        dialog->addChild(button);
-        return button;
+        button->setKind(kind);
+        return show(button, {20, 0, 99, 24}, dialog.get());
     };
-    const auto other = addButton(L"&Other", 0);
-    const auto check = addButton(L"&Check", 30);
-    const auto standard = addButton(L"Standard", 60);
-    check->setKind(ButtonKind::kCheck);
+    const auto other = addButton(L"&Other", ButtonKind::kPush);
+    const auto check = addButton(L"&Check", ButtonKind::kCheck);
+    const auto first = addButton(L"&Radio", ButtonKind::kRadio);
+    const auto second = addButton(L"&Radio", ButtonKind::kRadio);
+    const auto standard = addButton(L"Standard", ButtonKind::kPush);
+    const auto box = show(service().createNativeTextBox(), {20, 0, 99, 24}, dialog.get());
+    box->setKind(TextBoxKind::kMultiLine);
     dialog->setDefaultButton(standard);
-    const auto log = std::make_shared<MessageLog>();
-    for (const auto& button : {other, check, standard}) {
-        button->connect(log, false);
-    }
-    const auto expect = [&](const std::shared_ptr<Control>& focused, const wchar_t* messages) {
+    dialog->show(false);
+    const HWND shown = nativeWindowOf(*dialog);
+    send(shown, WM_CHANGEUISTATE, MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS));
+    const std::tuple<std::vector<WORD>, std::shared_ptr<Control>, const wchar_t*> kRows[] = {
+        {{}, field, L"enterFocus"},
+        {{VK_RETURN}, field, L"leftClicked"},
+        {{VK_TAB}, other, L"leaveFocus enterFocus"},
+        {{VK_RETURN}, other, L"leftClicked"},
+        {{VK_MENU, 'C'}, check, L"leaveFocus enterFocus leftClicked"},
+        {{VK_RETURN}, check, L"leftClicked"},
+        {{'O'}, other, L"leaveFocus enterFocus leftClicked"},
+        {{'R'}, first, L"leaveFocus enterFocus"},
+        {{'R'}, second, L"leaveFocus enterFocus"},
+        {{'R'}, first, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, check, L"leaveFocus enterFocus"},
+        {{VK_MENU, 'R'}, first, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, check, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, other, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, field, L"leaveFocus enterFocus"},
+        {{VK_SHIFT, VK_TAB}, box, L"leaveFocus enterFocus"},
+        {{VK_RETURN}, box, L"textChanged"},
+        {{VK_CONTROL, VK_RETURN}, box, L"leftClicked"},
+        {{VK_TAB}, field, L"leaveFocus enterFocus"}};
+    for (const auto& [keys, focused, messages] : kRows) {
+        press(keys);
         EXPECT_TRUE(focused->hasFocus()) << messages;
-        const HWND native = nativeWindowOf(*focused);
-        EXPECT_EQ(GetFocus(), native != nullptr ? native : nativeWindowOf(*dialog));
-        EXPECT_EQ(log->take(), messages);
-    };
-    const Steps steps{
-        [&] {
-            const HWND native = nativeWindowOf(*standard);
-            EXPECT_EQ(GetWindowLongW(native, GWL_STYLE) & 0x0F, BS_DEFPUSHBUTTON);
-            expect(field, L"");
-            pressKeys({VK_RETURN});
-        },
-        [&] {
-            expect(field, L"leftClicked");
-            // Commands that come from no control.
-            const HWND item = nativeWindowOf(*other);
-            for (const int identifier : {IDOK, GetDlgCtrlID(item)}) {
-                SendMessageW(GetParent(item), WM_COMMAND, static_cast<WPARAM>(identifier), 0);
-                EXPECT_EQ(log->entries.back().a.object<Control>(),
-                          identifier == IDOK ? standard.get() : other.get());
-                EXPECT_EQ(log->take(), L"leftClicked");
-            }
-            SendMessageW(nativeWindowOf(*dialog), WM_CHANGEUISTATE,
-                         MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
-            pressKeys({VK_TAB});
-            pressKeys({VK_RETURN});
-        },
-        [&] {
-            expect(other, L"enterFocus leftClicked");
-            EXPECT_EQ(SendMessageW(nativeWindowOf(*dialog), WM_QUERYUISTATE, 0, 0), 0);
-            pressKeys({VK_MENU, 'C'});
-        },
-        [&] {
-            expect(check, L"keyPressed keyPressed leaveFocus enterFocus leftClicked");
-            EXPECT_TRUE(check->isChecked());
-            pressKeys({VK_RETURN});
-        },
-        [&] {
-            expect(check, L"leftClicked");
-            pressKeys({VK_SHIFT, VK_TAB});
-            pressKeys({VK_SHIFT, VK_TAB});
-        },
-        [&] {
-            expect(field,
-                   L"keyPressed keyPressed leaveFocus enterFocus "
-                   L"keyPressed keyPressed leaveFocus");
-            dialog->hide(1);
-        }};
-    EXPECT_EQ(dialog->show(true), 1);
-}
-
-TEST_F(SurfaceTest, focus_ofASurfaceInside_leavesTheOneAround) {
-    const auto window = makeWindow({300, 200});
-    const auto outer = addProbe(*window, Rect::at({0, 0}, {20, 20}));
-    const auto field = window->windowService()->createNativeButton();
-    field->setBoundary(Rect::at({30, 0}, {50, 20}));
-    window->addChild(field);
-    const auto child = window->windowService()->createNativeWindow();
-    child->setBoundary(Rect::at({0, 50}, {100, 50}));
-    window->addChild(child);
-    const auto inner = addProbe(*child, Rect::at({0, 0}, {20, 20}));
-    for (const std::shared_ptr<Control>& first :
-         {std::shared_ptr<Control>(outer), std::shared_ptr<Control>(field)}) {
-        EXPECT_TRUE(first->takeFocus());
-        EXPECT_TRUE(inner->takeFocus());
-        EXPECT_TRUE(inner->hasFocus());
-        EXPECT_FALSE(first->hasFocus());
+        EXPECT_EQ(GetFocus(), focused == field ? shown : nativeWindowOf(*focused));
+        std::wstring heard = log_->take();
+        for (std::size_t at = 0; (at = heard.find(L"keyPressed ")) != std::wstring::npos;) {
+            heard.erase(at, 11);
+        }
+        EXPECT_EQ(heard, messages) << keys.size();
+        for (const auto& button : {other, standard}) {
+            EXPECT_EQ((GetWindowLongW(nativeWindowOf(*button), GWL_STYLE) & BS_TYPEMASK) ==
+                          BS_DEFPUSHBUTTON,
+                      button == dialog->buttonForEnter());
+        }
+    }
+    EXPECT_TRUE(check->isChecked());
+    EXPECT_EQ(box->text(), L"\n");
+    EXPECT_EQ(send(shown, WM_QUERYUISTATE), 0) << "the keyboard was used";
+    // Commands that come from no control.
+    for (const int identifier : {IDOK, GetDlgCtrlID(nativeWindowOf(*other))}) {
+        send(shown, WM_COMMAND, static_cast<WPARAM>(identifier));
+        EXPECT_EQ(log_->entries.back().a.object<Control>(),
+                  identifier == IDOK ? standard.get() : other.get());
+        EXPECT_EQ(log_->take(), L"leftClicked");
     }
 }
 

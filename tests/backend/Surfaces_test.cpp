@@ -1,12 +1,9 @@
 // Windows, dialogs, menus and what is painted on them.
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativePopupMenu.h"
+#include "ZuNativeTextBox.h"
 #include "ZuNativeTreeView.h"
-#include "ZuResourceServiceGeneric.h"
-#include "ZuWindowHandlerWin32Gdi.h"
-#include "support/FrameworkTest.h"
 #include "support/SurfaceTest.h"
-#include "support/ToolkitTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
 #include <dlgs.h>
@@ -16,163 +13,111 @@ namespace {
 
 using namespace test;
 
-// --- Windows --------------------------------------------------------------------------------
-
-TEST_F(SurfaceTest, window_synchronised_hasClientAreaCaptionAndState) {
-    const auto window = makeWindow({300, 200});
-    HWND native = nativeWindowOf(*window);
-    window->caption().setLiteral(L"Другое");
-    EXPECT_EQ(textOf(native), L"Другое");
-    for (const bool isMadeAnew : {false, true}) {
-        window->setVisible(isMadeAnew);
-        window->setEnabled(isMadeAnew);
-        EXPECT_EQ(clientSizeOf(native), (Size{300, 200}));
-        EXPECT_EQ(IsWindowVisible(native) != FALSE, isMadeAnew);
-        EXPECT_EQ(IsWindowEnabled(native) != FALSE, isMadeAnew);
-        window->releaseTree();
-        EXPECT_FALSE(IsWindow(native));
-        window->synchronizeTree();
-        native = nativeWindowOf(*window);
-    }
-}
-
-TEST_F(SurfaceTest, childWindow_onAMovedContainer_followsItAndItsNewSurface) {
-    const auto window = makeWindow({300, 200});
-    const auto container = addProbe(*window, Rect::at({20, 30}, {200, 150}));
-    const auto child = window->windowService()->createNativeWindow();
-    child->setBoundary(Rect::at({5, 6}, {40, 50}));
-    container->addChild(child);
-    const HWND native = nativeWindowOf(*child);
-    ASSERT_NE(native, nullptr);
-    EXPECT_EQ(GetParent(native), nativeWindowOf(*window));
-    container->moveTo({60, 70});
-    EXPECT_EQ(windowRect(native, GetParent(native)), Rect::at({65, 76}, {40, 50}));
-    const auto other = makeWindow({100, 100});
-    other->addChild(child);
-    EXPECT_FALSE(IsWindow(native));
-    EXPECT_EQ(GetParent(nativeWindowOf(*child)), nativeWindowOf(*other));
-    DestroyWindow(nativeWindowOf(*other));
-    EXPECT_EQ(nativeWindowOf(*child), nullptr);
-    EXPECT_FALSE(other->hasNativeObject());
-    EXPECT_EQ(windowServiceBackend(other->windowService().get())->window(), nullptr);
+TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
+    const HWND shown = native();
+    service().hideWindow();
+    EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
+    window_->setVisible(true);
+    EXPECT_TRUE(IsWindowVisible(shown));
+    service().hideWindow();
+    service().makeWindowVisibleAtPos({30, 40});
+    EXPECT_TRUE(IsWindowVisible(shown) && window_->isVisible());
+    EXPECT_EQ(service().getWindowPosition(), (Point{30, 40}));
+    service().enableWindow(false);
+    window_->setEnabled(false);
+    window_->setEnabled(true);
+    EXPECT_FALSE(IsWindowEnabled(shown));
+    service().enableWindow(true);
+    EXPECT_TRUE(IsWindowEnabled(shown));
+    bool objects = true;
+    int asked = 0;
+    const auto objector = std::make_shared<FunctionSink>(
+        [&](const MessageKind& kind, MessageWord, MessageWord answer) {
+            if (kind == Control::kClose) {
+                ++asked;
+                *answer.object<bool>() = objects;
+            }
+        });
+    window_->connect(objector, false);
+    send(shown, WM_CLOSE);
+    EXPECT_TRUE(IsWindowVisible(shown));
+    objects = false;
+    service().closeWindow();
+    runMessages(1000, [&] { return asked == 2; });
+    EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
+    // Whoever is asked may drop it.
+    window_->connect(std::make_shared<FunctionSink>([&](auto&&...) { window_.reset(); }), false);
+    send(shown, WM_CLOSE);
+    EXPECT_FALSE(window_ || IsWindow(shown));
 }
 
 TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
-    const auto window = makeWindow({300, 200});
-    const HWND native = nativeWindowOf(*window);
-    window->setArrangement({.flow = Flow::kRows});
-    const auto probe = addProbe(*window, Rect::at({}, {50, 20}));
-    probe->setPlacement({.autoSized = true});
-    window->setPlacement({.minimum = {250, 150}});
+    window_->setArrangement({.flow = Flow::kRows});
+    const auto child = show(service().createNativeWindow(), Rect::at({}, {50, 20}));
+    child->setPlacement({.autoSized = true});
+    window_->setPlacement({.minimum = {250, 150}, .maximum = {400, 350}});
     const auto drag = [&](int width, int height) {
-        SetWindowPos(native, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
+        SetWindowPos(native(), nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
     };
-    drag(500, 400);
-    EXPECT_EQ(window->boundary().size(), clientSizeOf(native));
-    EXPECT_EQ(probe->boundary().width(), clientSizeOf(native).width);
-    drag(10, 10);
-    EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
-    EXPECT_EQ(probe->boundary().width(), 250);
-    EXPECT_EQ(clientSizeOf(native), (Size{250, 150}));
-    window->setSize({20, 20});
-    EXPECT_EQ(window->boundary().size(), (Size{250, 150}));
+    const std::pair<Size, Size> kDrags[] = {{{10, 10}, {250, 150}}, {{900, 900}, {400, 350}}};
+    for (const auto& [asked, got] : kDrags) {
+        drag(asked.width, asked.height);
+        EXPECT_EQ(window_->boundary().size(), got);
+        EXPECT_EQ(clientSizeOf(native()), got);
+        EXPECT_EQ(child->boundary().width(), got.width);
+    }
+    window_->setSize({20, 20});
+    EXPECT_EQ(window_->boundary().size(), (Size{250, 150}));
     // Another screen asks for another size.
-    const RECT area{100, 110, 700, 610};
-    SendMessageW(native, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
-    EXPECT_EQ(windowRect(native), (Rect{100, 110, 699, 609}));
-    EXPECT_EQ(window->boundary().size(), clientSizeOf(native));
-}
-
-TEST_F(SurfaceTest, close_receiverObjects_staysOpenOtherwiseHides) {
-    auto window = makeWindow({100, 100});
-    const HWND native = nativeWindowOf(*window);
-    const auto objector = std::make_shared<Objector>();
-    window->connect(objector, false);
-    SendMessageW(native, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(IsWindowVisible(native));
-    objector->objects = false;
-    window->windowService()->closeWindow();
-    runMessages(50);
-    EXPECT_EQ(objector->asked, 2);
-    EXPECT_FALSE(IsWindowVisible(native));
-    EXPECT_FALSE(window->isVisible());
-    // Whoever is asked may drop it.
-    window->connect(std::make_shared<FunctionSink>([&](auto&&...) { window.reset(); }), false);
-    SendMessageW(native, WM_CLOSE, 0, 0);
-    EXPECT_FALSE(window || IsWindow(native));
-}
-
-TEST_F(SurfaceTest, service_showsAndHides_theSurfaceKnows) {
-    const auto window = makeWindow({100, 100});
-    const HWND native = nativeWindowOf(*window);
-    WindowService& service = *window->windowService();
-    service.hideWindow();
-    EXPECT_FALSE(IsWindowVisible(native) || window->isVisible());
-    window->setVisible(true);
-    EXPECT_TRUE(IsWindowVisible(native));
-    service.hideWindow();
-    service.makeWindowVisibleAtPos({30, 40});
-    EXPECT_TRUE(IsWindowVisible(native) && window->isVisible());
-    EXPECT_EQ(service.getWindowPosition(), (Point{30, 40}));
-    service.enableWindow(false);
-    window->setEnabled(false);
-    window->setEnabled(true);
-    EXPECT_FALSE(IsWindowEnabled(native));
-    service.enableWindow(true);
-    EXPECT_TRUE(IsWindowEnabled(native));
-    // A dialog that is hidden has ended, one that is shown is open.
-    const auto dialog = makeDialog(window, NativeDialog::kStyleNotClosable);
-    const Steps steps{[&] { dialog->windowService()->closeWindow(); },
-                      [&] { PostMessageW(nativeWindowOf(*dialog), WM_SYSCOMMAND, SC_CLOSE, 0); },
-                      [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
-                      [&] {
-                          EXPECT_TRUE(dialog->isOpen());
-                          dialog->windowService()->hideWindow();
-                      }};
-    EXPECT_EQ(dialog->show(true), kAnswerNone);
-    EXPECT_TRUE(IsWindowEnabled(native));
-    dialog->windowService()->showWindow();
-    EXPECT_TRUE(dialog->isOpen());
+    const RECT area{100, 110, 500, 410};
+    send(native(), WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
+    EXPECT_EQ(windowRect(native()), (Rect{100, 110, 499, 409}));
+    EXPECT_EQ(window_->boundary().size(), clientSizeOf(native()));
+    DestroyWindow(native());
+    EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject());
+    EXPECT_EQ(windowServiceBackend(&service())->window(), nullptr);
 }
 
 TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
-    const auto window = makeWindow({200, 100});
-    const HWND native = nativeWindowOf(*window);
-    WindowService& service = *window->windowService();
-    EXPECT_EQ(service.getWindowSize(), windowRect(native).size());
+    EXPECT_EQ(service().getWindowSize(), windowRect(native()).size());
     EXPECT_EQ(service_->getWindowSize(), Size{});
-    const POINT place = onScreen(native, {7, 9});
-    EXPECT_EQ(service.getClientPosition(), (Point{place.x - 7, place.y - 9}));
+    const POINT place = onScreen(native(), {7, 9});
+    EXPECT_EQ(service().getClientPosition(), (Point{place.x - 7, place.y - 9}));
     movePointer(place);
-    EXPECT_EQ(service.getMousePosition(), (Point{7, 9}));
+    EXPECT_EQ(service().getMousePosition(), (Point{7, 9}));
     EXPECT_EQ(service_->getMousePosition(), (Point{place.x, place.y}));
-    EXPECT_TRUE(service.isWindowVisibleAtPos({place.x, place.y}));
-    EXPECT_FALSE(service.isWindowVisibleAtPos({1279, 1023}));
+    EXPECT_TRUE(service().isWindowVisibleAtPos({place.x, place.y}));
+    EXPECT_FALSE(service().isWindowVisibleAtPos({1279, 1023}));
     RECT area{};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
-    EXPECT_EQ(service.getWorkArea(), portableRect(area));
-    service.captureMouse();
+    EXPECT_EQ(service().getWorkArea(), portableRect(area));
+    service().captureMouse();
     service_->releaseMouse();
-    EXPECT_EQ(GetCapture(), native);
-    service.releaseMouse();
+    EXPECT_EQ(GetCapture(), native());
+    service().releaseMouse();
     EXPECT_EQ(GetCapture(), nullptr);
-    service.updateWindow();
-    EXPECT_FALSE(GetUpdateRect(native, nullptr, FALSE));
-    service.invalidate({5, 6, 20, 30});
-    EXPECT_TRUE(GetUpdateRect(native, &area, FALSE));
-    EXPECT_EQ(portableRect(area), (Rect{5, 6, 20, 30}));
-    service.invalidate();
-    GetUpdateRect(native, &area, FALSE);
-    EXPECT_EQ(portableRect(area), (Rect{0, 0, 199, 99}));
+    const auto missing = [&] {
+        GetUpdateRect(native(), &area, FALSE);
+        return portableRect(area);
+    };
+    service().updateWindow();
+    EXPECT_TRUE(missing().isEmpty());
+    service().invalidate({5, 6, 20, 30});
+    EXPECT_EQ(missing(), (Rect{5, 6, 20, 30}));
+    service().invalidate();
+    EXPECT_EQ(missing(), (Rect{0, 0, 299, 199}));
+    service().updateWindow();
+    service().invalidateWindow();
+    EXPECT_EQ(missing(), (Rect{0, 0, 299, 199}));
     const TraceCapture trace(kTraceLevelInfo);
     WindowServiceWin32Gdi::setScalingFactor(0.0);
-    EXPECT_EQ(service.getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
+    EXPECT_EQ(service().getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
     EXPECT_EQ(trace.messages(),
               (Lines{"WindowServiceWin32Gdi::getScalingFactor: setting scalingFactor to " +
-                     std::to_string(service.getScalingFactor())}));
+                     std::to_string(service().getScalingFactor())}));
     int cursor = 0;
     for (const int identifier : {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648}) {
-        service.setCursor(static_cast<MouseCursor>(cursor++));
+        service().setCursor(static_cast<MouseCursor>(cursor++));
         EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(identifier))) << cursor;
     }
 }
@@ -181,156 +126,154 @@ TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
     const TempFolder folder;
     const std::wstring file = folder.file(L"chosen.txt");
     writeBytes(file, "x");
-    const auto window = makeWindow({300, 200});
-    std::vector<std::wstring> filters;
+    Texts filters;
+    const auto choose = [&] {
+        EXPECT_FALSE(IsWindowEnabled(native()));
+        // The list of patterns is the combo box that ends like this.
+        const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
+        for (LRESULT i = 0; i < send(list, CB_GETCOUNT); ++i) {
+            wchar_t item[64] = L"";
+            send(list, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(item));
+            filters.emplace_back(item);
+        }
+        const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
+        EXPECT_EQ(textOf(field), L"suggested.txt");
+        SetWindowTextW(field, file.c_str());
+        PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
+    };
     const Steps steps{[] {}, [] { PostMessageW(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0); },
-                      [] {},
-                      [&] {
-                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window)));
-                          // The list of patterns is the combo box that ends like this.
-                          const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
-                          for (LRESULT i = 0; i < SendMessageW(list, CB_GETCOUNT, 0, 0); ++i) {
-                              wchar_t item[64] = L"";
-                              SendMessageW(list, CB_GETLBTEXT, static_cast<WPARAM>(i),
-                                           reinterpret_cast<LPARAM>(item));
-                              filters.emplace_back(item);
-                          }
-                          const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
-                          EXPECT_EQ(textOf(field), L"suggested.txt");
-                          SetWindowTextW(field, file.c_str());
-                          PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
-                      }};
+                      [] {}, choose};
     for (const std::wstring& chosen : {std::wstring(), file}) {
-        EXPECT_EQ(window->windowService()->selectFileToOpen(
-                      L"suggested.txt", {L"*.txt", L"", L"*.log"}, {L"Texts", L"None", L""}, false),
+        EXPECT_EQ(service().selectFileToOpen(L"suggested.txt", {L"*.txt", L"", L"*.log"},
+                                             {L"Texts", L"None", L""}, false),
                   chosen);
     }
     EXPECT_EQ(filters, (Texts{L"Texts", L"*.log", L"All Files"}));
-    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+    EXPECT_TRUE(IsWindowEnabled(native()));
 }
 
-// --- Painting -------------------------------------------------------------------------------
-
-TEST_F(SurfaceTest, paint_drawnChildren_coverTheBackgroundAndOnlyTheInvalidPart) {
-    const auto window = makeWindow({200, 100});
-    const HWND native = nativeWindowOf(*window);
-    const auto left = addProbe(*window, Rect::at({10, 10}, {50, 50}));
-    const auto right = addProbe(*window, Rect::at({100, 10}, {50, 50}));
-    right->red = 0x40;
-    const std::uint32_t background = pixelOf(native, {5, 5});
-    EXPECT_EQ(nativeColor(systemColor(COLOR_BTNFACE)), GetSysColor(COLOR_BTNFACE));
+TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater) {
+    const auto left = addProbe(Rect::at({10, 10}, {50, 50}));
+    const auto right = addProbe(Rect::at({100, 10}, {50, 50}));
+    left->whileDrawing = [] { throw std::wstring(L"torn"); };
+    const std::uint32_t background = pixelOf(native(), {5, 5});
     EXPECT_EQ(RGB(background >> 16, background >> 8, background), GetSysColor(COLOR_BTNFACE));
-    EXPECT_EQ(pixelOf(native, {59, 59}), 0xC01020U);
-    EXPECT_EQ(pixelOf(native, {60, 60}), background);
-    const int leftBefore = left->drawn;
-    right->refresh();
-    EXPECT_EQ(pixelOf(native, {100, 10}), 0x401020U);
-    EXPECT_EQ(left->drawn, leftBefore);
-    left->moveTo({20, 20});
-    EXPECT_EQ(pixelOf(native, {10, 10}), background);
-}
-
-TEST_F(SurfaceTest, paint_failingOrNested_showsWhatThereIsAndTheRestLater) {
-    const auto window = makeWindow({200, 100});
-    const HWND native = nativeWindowOf(*window);
-    auto& service = *windowServiceBackend(window->windowService().get());
-    const auto probe = addProbe(*window, Rect::at({10, 10}, {50, 50}));
-    probe->whileDrawing = [] { throw std::wstring(L"torn"); };
-    EXPECT_EQ(pixelOf(native, {10, 10}), 0xC01020U);
-    EXPECT_TRUE(service.getDrawArea().isEmpty());
+    EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
+    EXPECT_EQ(pixelOf(native(), {60, 60}), background);
+    auto& backend = *windowServiceBackend(&service());
+    EXPECT_TRUE(backend.getDrawArea().isEmpty());
     Rect painted;
-    probe->whileDrawing = [&] {
-        painted = service.getDrawArea();
-        if (probe->drawn == 2) {
-            probe->red = 0x40;
-            RedrawWindow(native, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    left->whileDrawing = [&] {
+        painted = backend.getDrawArea();
+        if (left->drawn == 2) {
+            left->red = 0x40;
+            RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         }
     };
-    probe->refresh();
-    UpdateWindow(native);
-    EXPECT_EQ(probe->drawn, 2);
-    EXPECT_EQ(painted, probe->boundary());
-    EXPECT_EQ(pixelOf(native, {10, 10}), 0x401020U) << "painted again";
-    EXPECT_EQ(probe->drawn, 3);
+    const int drawnRight = right->drawn;
+    left->refresh();
+    UpdateWindow(native());
+    EXPECT_EQ(left->drawn, 2);
+    EXPECT_EQ(right->drawn, drawnRight);
+    EXPECT_EQ(painted, left->boundary());
+    EXPECT_EQ(pixelOf(native(), {10, 10}), 0x401020U) << "painted again";
+    EXPECT_EQ(left->drawn, 3);
+    left->moveTo({20, 20});
+    EXPECT_EQ(pixelOf(native(), {10, 10}), background);
 }
 
-TEST_F(SurfaceTest, systemColours_changed_reachWhatIsOnTheSurface) {
-    const auto window = makeWindow({200, 100});
-    const auto child = window->windowService()->createNativeWindow();
-    child->setSize({100, 100});
-    window->addChild(child);
-    const auto tree = window->windowService()->createNativeTreeView();
-    tree->setBoundary(Rect::at({}, {50, 50}));
-    child->addChild(tree);
-    const INT index = COLOR_WINDOW;
-    const COLORREF before = GetSysColor(index);
-    COLORREF color = RGB(0x11, 0x22, 0x33);
-    SetSysColors(1, &index, &color);
-    runMessages(50);
-    EXPECT_EQ(static_cast<COLORREF>(SendMessageW(nativeWindowOf(*tree), TVM_GETBKCOLOR, 0, 0)),
-              color);
-    SetSysColors(1, &index, &before);
-    runMessages(50);
-    EXPECT_EQ(static_cast<COLORREF>(SendMessageW(nativeWindowOf(*tree), TVM_GETBKCOLOR, 0, 0)),
-              before);
-}
-
-TEST_F(SurfaceTest, paint_backgroundColour_reachesChildWindowsAndNativeChildren) {
-    const auto window = makeWindow({200, 100});
-    const HWND native = nativeWindowOf(*window);
-    const auto child = window->windowService()->createNativeWindow();
-    child->setBoundary(Rect::at({50, 0}, {50, 50}));
-    window->addChild(child);
-    auto colors = std::make_shared<ColorsDescriptor>();
-    colors->setColor(ColorRole::kBackground, Color::rgb(0x12, 0x34, 0x56));
-    colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, 0xBA));
-    window->setColors(colors);
-    EXPECT_EQ(pixelOf(native, {5, 5}), 0x123456U);
-    EXPECT_EQ(pixelOf(nativeWindowOf(*child), {5, 5}), 0x123456U);
+TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
+    const auto child = show(service().createNativeWindow(), {200, 0, 299, 99});
+    const auto tree = show(service().createNativeTreeView(), {20, 20, 49, 49}, child.get());
+    const auto check = show(service().createNativeButton(), {0, 10, 89, 34});
+    check->setKind(ButtonKind::kCheck);
+    const auto field = show(service().createNativeTextBox(), {0, 40, 89, 64});
+    const auto combo = show(service().createNativeComboBox(), {0, 80, 89, 104});
+    combo->setEditable(true);
     const WindowHandle label(CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
-                                           native, nullptr, nullptr, nullptr));
-    EXPECT_EQ(pixelOf(label.get(), {5, 5}), 0x123456U);
+                                           native(), nullptr, nullptr, nullptr));
+    const HWND inside = FindWindowExW(nativeWindowOf(*combo), nullptr, L"Edit", nullptr);
+    const std::uint32_t usual = pixelOf(nativeWindowOf(*field), {60, 20});
+    const auto fill = [](Control& control, std::uint8_t red) {
+        auto colors = std::make_shared<ColorsDescriptor>();
+        colors->setColor(ColorRole::kBackground, Color::rgb(red, 0x34, 0x56));
+        colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, red));
+        control.setColors(colors);
+        return std::uint32_t{red} << 16 | 0x3456U;
+    };
+    for (const auto red : std::initializer_list<std::uint8_t>{0x12, 0x13}) {
+        const std::uint32_t color = fill(*window_, red);
+        EXPECT_EQ(pixelOf(native(), {5, 5}), color);
+        EXPECT_EQ(pixelOf(nativeWindowOf(*check), {60, 20}), color);
+        EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), usual);
+    }
+    for (const HWND inherits : {nativeWindowOf(*child), label.get()}) {
+        InvalidateRect(inherits, nullptr, TRUE);
+        EXPECT_EQ(pixelOf(inherits, {5, 5}), 0x133456U);
+    }
+    const std::uint32_t own[] = {fill(*field, 0x14), fill(*combo, 0x15)};
+    EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), own[0]);
+    UpdateWindow(inside);
+    EXPECT_EQ(pixelOf(nativeWindowOf(*combo), {50, 18}), own[1]);
     const Canvas canvas({10, 10});
-    EXPECT_EQ(SendMessageW(native, WM_ERASEBKGND, reinterpret_cast<WPARAM>(canvas.context()), 0),
-              1);
-    SendMessageW(native, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(canvas.context()),
-                 reinterpret_cast<LPARAM>(label.get()));
-    EXPECT_EQ(GetTextColor(canvas.context()), RGB(0xFE, 0xDC, 0xBA));
+    const auto context = reinterpret_cast<WPARAM>(canvas.context());
+    EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
+    const std::tuple<HWND, UINT, HWND, COLORREF> kTexts[] = {
+        {native(), WM_CTLCOLORSTATIC, label.get(), RGB(0xFE, 0xDC, 0x13)},
+        {native(), WM_CTLCOLOREDIT, nativeWindowOf(*field), RGB(0xFE, 0xDC, 0x14)},
+        {nativeWindowOf(*combo), WM_CTLCOLORLISTBOX, inside, RGB(0xFE, 0xDC, 0x15)}};
+    for (const auto& [asked, message, control, color] : kTexts) {
+        send(asked, message, context, reinterpret_cast<LPARAM>(control));
+        EXPECT_EQ(GetTextColor(canvas.context()), color) << message;
+    }
+    const INT index = COLOR_WINDOW;
+    for (const COLORREF color : {COLORREF{RGB(0x11, 0x22, 0x33)}, GetSysColor(index)}) {
+        SetSysColors(1, &index, &color);
+        runMessages(50);
+        EXPECT_EQ(static_cast<COLORREF>(send(nativeWindowOf(*tree), TVM_GETBKCOLOR)), color);
+    }
 }
 
-// --- Dialogs --------------------------------------------------------------------------------
-
-TEST_F(SurfaceTest, modalDialog_escape_endsTheLoopAndGivesBackTheOwner) {
-    const auto window = makeWindow({300, 200});
-    const HWND owner = nativeWindowOf(*window);
-    const auto probe = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
+    const auto probe = addProbe({0, 0, 49, 49});
+    const auto outer = makeDialog();
+    const auto field = addProbe({0, 0, 9, 9}, outer.get());
+    const auto inner = makeDialog();
+    int innerResult = -1;
+    const auto lookAtOuter = [&] {
+        const HWND shown = nativeWindowOf(*outer);
+        EXPECT_FALSE(IsWindowEnabled(native()));
+        EXPECT_EQ(GetForegroundWindow(), shown);
+        EXPECT_EQ(clientSizeOf(shown), (Size{120, 90}));
+        EXPECT_LE(std::abs(middleOf(shown).x - middleOf(native()).x), 1);
+        EXPECT_LE(std::abs(middleOf(shown).y - middleOf(native()).y), 1);
+        EXPECT_TRUE(field->hasFocus() && !probe->hasFocus());
+        // None of these wakes the owner up.
+        window_->setEnabled(true);
+        send(native(), WM_CLOSE);
+        service().enableWindow(true);
+        EXPECT_FALSE(IsWindowEnabled(native()));
+        innerResult = inner->show(true);
+    };
+    const auto lookAtInner = [&] {
+        EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*outer)) || IsWindowEnabled(native()));
+        EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER), nativeWindowOf(*outer));
+        pressKeys({VK_ESCAPE});
+    };
+    const auto again = [&] {
+        EXPECT_EQ(innerResult, kAnswerCancel);
+        EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*outer));
+        innerResult = inner->show(true);
+    };
     probe->takeFocus();
-    const auto dialog = makeDialog(window);
-    const auto field = addProbe(*dialog, Rect::at({0, 0}, {10, 10}));
-    for (int round = 0; round < 2; ++round) {
-        const Steps steps{[&] {
-                              const HWND native = nativeWindowOf(*dialog);
-                              EXPECT_FALSE(IsWindowEnabled(owner));
-                              EXPECT_EQ(GetForegroundWindow(), native);
-                              EXPECT_EQ(clientSizeOf(native), (Size{120, 90}));
-                              EXPECT_LE(std::abs(middleOf(native).x - middleOf(owner).x), 1);
-                              EXPECT_LE(std::abs(middleOf(native).y - middleOf(owner).y), 1);
-                              EXPECT_TRUE(field->hasFocus());
-                              EXPECT_FALSE(probe->hasFocus());
-                              // Neither wakes the owner up.
-                              window->setEnabled(true);
-                              window->caption().setLiteral(std::to_wstring(round));
-                              SendMessageW(owner, WM_CLOSE, 0, 0);
-                              window->windowService()->enableWindow(true);
-                              EXPECT_FALSE(IsWindowEnabled(owner));
-                          },
-                          [] { pressKeys({VK_ESCAPE}); }};
-        EXPECT_EQ(dialog->show(true), kAnswerCancel);
-        EXPECT_TRUE(IsWindowEnabled(owner));
-        EXPECT_TRUE(IsWindowVisible(owner));
-        EXPECT_EQ(GetActiveWindow(), owner);
+    for (const int result : {5, 6}) {
+        const Steps steps{lookAtOuter, lookAtInner, again, [&] { outer->hide(result); }};
+        EXPECT_EQ(outer->show(true), result);
+        EXPECT_EQ(innerResult, kAnswerNone);
+        EXPECT_FALSE(outer->isOpen() || inner->isOpen());
+        EXPECT_TRUE(IsWindowEnabled(native()) && IsWindowVisible(native()));
+        EXPECT_EQ(GetActiveWindow(), native());
         EXPECT_TRUE(probe->hasFocus());
-        EXPECT_FALSE(dialog->isOpen());
     }
 }
 
@@ -341,16 +284,16 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
         int heard = 0;
         for (int at = 0; at <= heard; ++at) {
             SCOPED_TRACE(testing::Message() << round << " " << at);
-            auto window = makeWindow({300, 200});
-            const auto probe = addProbe(*window, Rect::at({0, 0}, {50, 50}));
+            window_ = makeWindow({300, 200});
+            const auto probe = addProbe({0, 0, 49, 49});
             probe->takeFocus();
-            sendMouse(nativeWindowOf(*window), WM_LBUTTONDOWN, {5, 5});
-            auto dialog = makeDialog(window);
+            sendMouse(native(), WM_LBUTTONDOWN, {5, 5});
+            auto dialog = makeDialog();
             NativeDialog& shown = *dialog;
             const std::function<void()> ends[] = {
                 [&] { dialog.reset(); }, [&] { dialog->hide(kAnswerOk); },
-                [&] { dialog->releaseTree(); }, [&] { DestroyWindow(nativeWindowOf(*window)); },
-                [&] { window.reset(); }};
+                [&] { dialog->releaseTree(); }, [&] { DestroyWindow(native()); },
+                [&] { window_.reset(); }};
             heard = 0;
             const auto ender = std::make_shared<FunctionSink>([&](auto&&...) {
                 if (heard++ == at) {
@@ -358,7 +301,7 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
                 }
             });
             probe->connect(ender, false);
-            addProbe(*dialog, Rect::at({0, 0}, {10, 10}))->connect(ender, false);
+            addProbe({0, 0, 9, 9}, dialog.get())->connect(ender, false);
             bool isLate = false;
             const Steps steps{[&] {
                 isLate = true;
@@ -367,173 +310,130 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
                 }
             }};
             EXPECT_EQ(shown.show(round % 2 == 0), round == 2 ? kAnswerOk : kAnswerNone);
-            while (!isLate) {
-                runMessages(1);
-            }
+            runMessages(5000, [&] { return isLate; });
             EXPECT_FALSE(dialog && (dialog->isOpen() || IsWindowVisible(nativeWindowOf(*dialog))));
             EXPECT_EQ(dialog && dialog->hasNativeObject(), round / 2 == 1);
-            if (window && window->hasNativeObject()) {
-                EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
-                EXPECT_TRUE(at < heard || GetActiveWindow() == nativeWindowOf(*window));
+            if (window_ && window_->hasNativeObject()) {
+                EXPECT_TRUE(IsWindowEnabled(native()));
+                EXPECT_TRUE(at < heard || GetActiveWindow() == native());
             }
         }
         EXPECT_GT(heard, 0);
     }
 }
 
-TEST_F(SurfaceTest, modalDialog_quit_endsItAndIsLeftForTheApplication) {
-    const auto window = makeWindow({300, 200});
-    const auto dialog = makeDialog(window);
+TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
+    const auto dialog = makeDialog(NativeDialog::kStyleNotClosable);
     {
-        const Steps steps{[] { PostQuitMessage(42); }};
+        const Steps steps{
+            [&] { dialog->windowService()->closeWindow(); },
+            [&] { PostMessageW(nativeWindowOf(*dialog), WM_SYSCOMMAND, SC_CLOSE, 0); },
+            [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
+            [&] {
+                EXPECT_TRUE(dialog->isOpen());
+                dialog->windowService()->hideWindow();
+            }};
         EXPECT_EQ(dialog->show(true), kAnswerNone);
-        EXPECT_FALSE(IsWindowVisible(nativeWindowOf(*dialog)));
-        ApplicationServiceWin32Gdi application;
-        EXPECT_EQ(application.runMessageLoop(), 42);
+        dialog->windowService()->showWindow();
+        EXPECT_TRUE(dialog->isOpen());
+        dialog->hide(0);
     }
+    const Steps steps{[] { PostQuitMessage(42); }};
+    EXPECT_EQ(dialog->show(true), kAnswerNone);
+    EXPECT_FALSE(IsWindowVisible(nativeWindowOf(*dialog)));
+    EXPECT_EQ(ApplicationServiceWin32Gdi().runMessageLoop(), 42) << "left for the application";
 }
 
 // A window of somebody else is disabled and shown as it is.
 TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
-    const WindowHandle host(CreateWindowW(L"STATIC", L"Host", WS_POPUP | WS_VISIBLE, 100, 100, 300,
-                                          200, nullptr, nullptr, nullptr, nullptr));
-    const auto service = makeWindowService(host.get());
-    for (const bool isEnabled : {true, false}) {
-        service->enableWindow(isEnabled);
-        EXPECT_EQ(IsWindowEnabled(host.get()) != FALSE, isEnabled);
-        const auto dialog = service->createNativeDialog();
-        dialog->setSize({120, 90});
+    const HWND host = CreateWindowW(L"STATIC", L"Host", WS_POPUP | WS_VISIBLE, 100, 100, 300, 200,
+                                    nullptr, nullptr, nullptr, nullptr);
+    const auto service = makeWindowService(host);
+    const auto dialog = service->createNativeDialog();
+    for (const bool isOn : {true, false}) {
+        service->enableWindow(isOn);
+        isOn ? service->showWindow() : service->hideWindow();
         const Steps steps{[&] {
-            EXPECT_FALSE(IsWindowEnabled(host.get()));
-            EXPECT_EQ(GetWindow(nativeWindowOf(*dialog), GW_OWNER), host.get());
+            EXPECT_FALSE(IsWindowEnabled(host));
+            EXPECT_EQ(GetWindow(nativeWindowOf(*dialog), GW_OWNER), host);
             dialog->hide(3);
         }};
         EXPECT_EQ(dialog->show(true), 3);
-        EXPECT_EQ(IsWindowEnabled(host.get()) != FALSE, isEnabled);
-        isEnabled ? service->hideWindow() : service->showWindow();
-        EXPECT_EQ(IsWindowVisible(host.get()) != FALSE, !isEnabled);
+        EXPECT_EQ(IsWindowEnabled(host) != FALSE, isOn);
+        EXPECT_EQ(IsWindowVisible(host) != FALSE, isOn);
     }
+    // A widget outside of a surface lies on it.
+    service->enableWindow(true);
+    service->showWindow();
+    const auto button = service->createNativeButton();
+    button->synchronizeTree();
+    EXPECT_EQ(GetParent(nativeWindowOf(*button)), host);
+    SetActiveWindow(host);
+    service->setFocus(*button);
+    EXPECT_EQ(GetFocus(), nativeWindowOf(*button));
     service->closeWindow();
-    runMessages(1000, [&] { return !IsWindow(host.get()); });
-    EXPECT_FALSE(IsWindow(host.get()));
-}
-
-TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
-    const auto window = makeWindow({300, 200});
-    const auto outer = makeDialog(window);
-    const auto inner = makeDialog(window);
-    int innerResult = -1;
-    const Steps steps{[&] { innerResult = inner->show(true); },
-                      [&] {
-                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*outer)));
-                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window)));
-                          EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER),
-                                    nativeWindowOf(*outer));
-                          inner->hide(7);
-                      },
-                      [&] {
-                          EXPECT_EQ(innerResult, 7);
-                          EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*outer));
-                          innerResult = inner->show(true);
-                      },
-                      [&] { outer->hide(5); }};
-    EXPECT_EQ(outer->show(true), 5);
-    EXPECT_EQ(innerResult, kAnswerNone);
-    EXPECT_FALSE(inner->isOpen());
-    EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window)));
+    runMessages(1000, [&] { return !IsWindow(host); });
+    EXPECT_FALSE(IsWindow(host));
 }
 
 TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
-    const auto window = makeWindow({300, 200});
-    const auto popup = makeDialog(window, NativeDialog::kStylePopup);
+    const auto popup = makeDialog(NativeDialog::kStylePopup);
+    addProbe({0, 0, 9, 9}, popup.get());
     popup->moveTo({1270, 100});
     EXPECT_EQ(popup->show(false), kAnswerNone);
-    const HWND native = nativeWindowOf(*popup);
-    EXPECT_TRUE(popup->isOpen());
-    EXPECT_TRUE(IsWindowVisible(native));
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window));
-    EXPECT_EQ(windowRect(native), Rect::at({1160, 100}, {120, 90}));
+    const HWND shown = nativeWindowOf(*popup);
+    EXPECT_TRUE(IsWindowVisible(shown));
+    EXPECT_EQ(GetActiveWindow(), native());
+    EXPECT_EQ(windowRect(shown), Rect::at({1160, 100}, {120, 90}));
     popup->moveTo({40, 50});
-    EXPECT_EQ(windowRect(native).position(), (Point{40, 50}));
-    EXPECT_EQ(SendMessageW(native, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
+    EXPECT_EQ(windowRect(shown).position(), (Point{40, 50}));
+    EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
+    EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(49, 59)), HTCLIENT);
+    EXPECT_EQ(send(shown, WM_MOUSEACTIVATE), MA_NOACTIVATE);
     popup->hide(kAnswerNone);
-    EXPECT_FALSE(IsWindowVisible(native));
+    EXPECT_FALSE(IsWindowVisible(shown));
 }
 
-// --- Menus ----------------------------------------------------------------------------------
-
-class MenuTest : public SurfaceTest {
-protected:
-    std::shared_ptr<NativeWindow> window_ = makeWindow({300, 200});
-    std::shared_ptr<NativePopupMenu> menu_ = window_->windowService()->createNativePopupMenu();
-};
-
-TEST_F(MenuTest, show_choiceByKeys_skipsWhatCannotBeChosen) {
-    menu_->addItem(100000, L"&First");
-    menu_->addSeparator();
-    menu_->addItem(200000, L"Second");
-    PopupMenuItem below;
-    below.identifier = 1;
-    below.caption = L"More";
-    below.items.push_back({300000, L"Inner", 0, true, true, {}});
-    auto items = menu_->items();
-    items.push_back(below);
-    menu_->setItems(items);
-    const auto log = std::make_shared<MessageLog>();
-    menu_->connect(log, false);
+TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
+    auto menu = service().createNativePopupMenu();
+    menu->setItems({{100000, L"&First", 120, true, true, {}},
+                    {},
+                    {200000, L"Second", 0, false, false, {}},
+                    {1, L"More", 0, true, false, {{300000, L"Inner", 0, true, true, {}}}}});
+    menu->connect(log_, false);
+    Texts states;
+    const auto look = [&] {
+        const auto shown = reinterpret_cast<HMENU>(
+            send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
+        for (UINT i = 0; i < 4; ++i) {
+            MENUITEMINFOW item{};
+            item.cbSize = sizeof(item);
+            item.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_BITMAP;
+            GetMenuItemInfoW(shown, i, TRUE, &item);
+            states.push_back(std::to_wstring(item.fState & 0xF) +
+                             (item.hbmpItem != nullptr ? L"i" : L"") +
+                             (item.fType == MFT_SEPARATOR ? L"-" : L""));
+        }
+    };
     const auto choose = [&](std::initializer_list<WORD> keys) {
-        const Steps steps{[] {},
-                          [&] {
+        const Steps steps{look, [&] {
                               for (const WORD key : keys) {
                                   pressKeys({key});
                               }
                           }};
-        return menu_->show({200, 200});
+        return menu->show({200, 200});
     };
-    EXPECT_EQ(choose({VK_DOWN, VK_DOWN, VK_RETURN}), 200000U);
-    ASSERT_EQ(log->entries.size(), 1U);
-    EXPECT_EQ(log->entries[0].b.number(), 200000);
+    EXPECT_EQ(choose({VK_DOWN, VK_RETURN}), 100000U);
+    EXPECT_EQ(states, (Texts{L"8i", L"0-", L"3", L"0"})) << "checked, disabled, with an image";
+    EXPECT_EQ(log_->entries.back().b.number(), 100000);
     EXPECT_EQ(choose({'F'}), 100000U);
     EXPECT_EQ(choose({VK_UP, VK_RIGHT, VK_RETURN}), 300000U);
-    EXPECT_EQ(choose({VK_ESCAPE, VK_ESCAPE}), 0U);
-    EXPECT_EQ(log->take(), L"selected selected selected");
-}
-
-TEST_F(MenuTest, show_anyItem_hasItsStateAndImage) {
-    const auto resources = makeService<ResourceService>();
-    ResourceServiceGeneric::install(*resources, compiledInResources());
-    window_->windowService()->registerService(resources, true, true);
-    menu_->setItems({{1, L"Off", 120, false, true, {}}, {2, L"On", 0, true, false, {}}, {}});
-    std::vector<MENUITEMINFOW> items(3);
-    const Steps steps{[] {},
-                      [&] {
-                          const HWND seen = FindWindowW(L"#32768", nullptr);
-                          const auto menu = reinterpret_cast<HMENU>(
-                              SendMessageW(seen, 0x01E1 /* MN_GETHMENU */, 0, 0));
-                          EXPECT_EQ(GetMenuItemCount(menu), 3);
-                          for (UINT i = 0; i < 3; ++i) {
-                              items[i].cbSize = sizeof(MENUITEMINFOW);
-                              items[i].fMask = MIIM_FTYPE | MIIM_STATE | MIIM_BITMAP;
-                              GetMenuItemInfoW(menu, i, TRUE, &items[i]);
-                          }
-                          pressKeys({VK_ESCAPE});
-                      }};
-    menu_->show({200, 200});
-    EXPECT_EQ(items[0].fState & (MFS_CHECKED | MFS_DISABLED), UINT{MFS_CHECKED | MFS_DISABLED});
-    EXPECT_NE(items[0].hbmpItem, nullptr);
-    EXPECT_EQ(items[1].fState & (MFS_CHECKED | MFS_DISABLED), 0U);
-    EXPECT_EQ(items[1].hbmpItem, nullptr);
-    EXPECT_EQ(items[2].fType, UINT{MFT_SEPARATOR});
-}
-
-TEST_F(MenuTest, show_droppedWhileOpen_stillAnswers) {
-    menu_->addItem(7, L"Only");
-    NativePopupMenu& shown = *menu_;
-    const std::weak_ptr<NativePopupMenu> watched = menu_;
-    const Steps steps{[&] { menu_.reset(); }, [] { pressKeys({VK_DOWN}); },
+    EXPECT_EQ(choose({VK_ESCAPE}), 0U);
+    EXPECT_EQ(log_->take(), L"selected selected selected");
+    NativePopupMenu& shown = *menu;
+    const Steps steps{[&] { menu.reset(); }, [] { pressKeys({VK_DOWN}); },
                       [] { pressKeys({VK_RETURN}); }};
-    EXPECT_EQ(shown.show({200, 200}), 7U);
-    EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(shown.show({200, 200}), 100000U) << "dropped while it was open";
 }
 
 }  // namespace

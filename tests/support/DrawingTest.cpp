@@ -2,73 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <winternl.h>
-
 #include <algorithm>
-
-#include "ZuBitmapWin32Gdi.h"
+#include <array>
 
 namespace zustd::test {
 
-namespace {
-
-// An entry of the table that all processes share; GetGuiResources counts these
-// where it works.
-struct ObjectEntry {
-    void* object;
-    WORD process;
-    WORD count;
-    WORD unique;
-    BYTE type;
-    BYTE flags;
-    void* user;
-};
-static_assert(sizeof(ObjectEntry) == 24);
-
-int countTable() {
-    constexpr std::size_t kTableOffset = 0xF8;
-    constexpr int kTableSize = 0x10000;
-    PROCESS_BASIC_INFORMATION process{};
-    const auto query =
-        reinterpret_cast<decltype(&NtQueryInformationProcess)>(reinterpret_cast<void*>(
-            GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess")));
-    if (query(GetCurrentProcess(), ProcessBasicInformation, &process, sizeof(process), nullptr) !=
-        0) {
-        return 0;
-    }
-    const auto* table = *reinterpret_cast<const ObjectEntry* const*>(
-        reinterpret_cast<const char*>(process.PebBaseAddress) + kTableOffset);
-    return table == nullptr
-               ? 0
-               : static_cast<int>(std::count_if(table, table + kTableSize,
-                                                [](const ObjectEntry& e) { return e.type != 0; }));
-}
-
-}  // namespace
-
-Canvas::Canvas(Size size) : context_(CreateCompatibleDC(nullptr)), size_(size) {
-    PixelBitmap bitmap(size);
-    pixels_ = bitmap.pixels.data();
-    bitmap_ = std::move(bitmap.handle);
-    selected_ = SelectedObject(context_.get(), bitmap_.get());
-    PatBlt(context_.get(), 0, 0, size.width, size.height, WHITENESS);
+Canvas::Canvas(Size size) : size_(size) {
+    PatBlt(context(), 0, 0, size.width, size.height, WHITENESS);
 }
 
 std::uint32_t Canvas::pixel(std::int32_t x, std::int32_t y) const {
     GdiFlush();
-    return area().contains({x, y}) ? pixels_[y * size_.width + x] & 0xFFFFFF : kWhite;
-}
-
-Rect Canvas::ink() const {
-    Rect ink;
-    for (std::int32_t y = 0; y < size_.height; ++y) {
-        for (std::int32_t x = 0; x < size_.width; ++x) {
-            if (pixel(x, y) != kWhite) {
-                ink = ink.unionWith({x, y, x, y});
-            }
-        }
-    }
-    return ink;
+    return area().contains({x, y})
+               ? bitmap_.pixels[static_cast<std::size_t>(y * size_.width + x)] & 0xFFFFFF
+               : kWhite;
 }
 
 int Canvas::inkCount(const Rect& area) const {
@@ -83,32 +30,38 @@ int Canvas::inkCount(const Rect& area) const {
 
 bool Canvas::isLike(const Canvas& other) const {
     GdiFlush();
-    const auto count = static_cast<std::size_t>(size_.width * size_.height);
-    return size_ == other.size_ &&
-           std::equal(pixels_, pixels_ + count, other.pixels_,
-                      [](std::uint32_t a, std::uint32_t b) { return ((a ^ b) & 0xFFFFFF) == 0; });
+    return std::equal(bitmap_.pixels.begin(), bitmap_.pixels.end(), other.bitmap_.pixels.begin(),
+                      other.bitmap_.pixels.end(),
+                      [](auto a, auto b) { return ((a ^ b) & 0xFFFFFF) == 0; });
 }
 
+// From the table that all processes share, where GetGuiResources does not work.
 int drawingObjectCount() {
+    constexpr std::size_t kTableOffset = sizeof(void*) == 8 ? 0xF8 : 0x94;
+    constexpr std::size_t kTypeOffset = 14;
+    using Entry = std::array<BYTE, 24>;
     GdiFlush();
-    const auto counted = static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS));
-    const int count = counted != 0 ? counted : countTable();
+    const auto processBlock = reinterpret_cast<const char* (*)()>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
+    const auto* table = *reinterpret_cast<const Entry* const*>(processBlock() + kTableOffset);
+    const auto count =
+        std::count_if(table, table + 0x10000, [](const Entry& e) { return e[kTypeOffset] != 0; });
     EXPECT_GT(count, 0) << "nothing is counted";
-    return count;
+    return static_cast<int>(count);
 }
 
 void runMessages(std::uint32_t milliseconds, const std::function<bool()>& done) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
-    for (;;) {
+    for (ULONGLONG now = 0; !done() && now < end;) {
         MSG message;
         while (!done() && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
             DispatchMessageW(&message);
         }
-        const ULONGLONG now = GetTickCount64();
-        if (done() || now >= end) {
-            return;
+        now = GetTickCount64();
+        if (!done() && now < end) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now),
+                                      QS_ALLINPUT);
         }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now), QS_ALLINPUT);
     }
 }
 

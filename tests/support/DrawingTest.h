@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <functional>
 
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuGeometry.h"
 #include "ZuHandleWin32Gdi.h"
 
 namespace zustd::test {
 
 inline constexpr std::uint32_t kWhite = 0xFFFFFF;
-inline constexpr std::uint32_t kBlack = 0x000000;
 
 // A white bitmap in memory.
 class Canvas {
@@ -22,21 +22,18 @@ public:
     Rect area() const noexcept { return Rect::at({}, size_); }
     // 0xRRGGBB; white outside.
     std::uint32_t pixel(std::int32_t x, std::int32_t y) const;
-    // The smallest area around all pixels that are not white.
-    Rect ink() const;
     // How many pixels inside an area are not white.
     int inkCount(const Rect& area) const;
     bool isLike(const Canvas& other) const;
 
 private:
-    MemoryDeviceContext context_;
-    BitmapHandle bitmap_;
-    SelectedObject selected_;
     Size size_;
-    const std::uint32_t* pixels_ = nullptr;
+    MemoryDeviceContext context_{CreateCompatibleDC(nullptr)};
+    PixelBitmap bitmap_{size_};
+    SelectedObject selected_{context_.get(), bitmap_.handle.get()};
 };
 
-// Fonts, brushes, bitmaps, contexts ... of this process, alive now.
+// Fonts, brushes, bitmaps, contexts ... alive now.
 int drawingObjectCount();
 
 // Runs the message loop for so many milliseconds, or until done() says so.

@@ -1,5 +1,5 @@
-// What the tests of surfaces share: windows and dialogs of the backend, and a
-// control that tells what reaches it.
+// What the tests of the Windows backend share: a window of the toolkit with its
+// services, and a control that tells what reaches it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,38 +9,32 @@
 
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsService.h"
+#include "ZuMessageLoopWin32Gdi.h"
+#include "ZuNativeButton.h"
 #include "ZuNativeDialog.h"
 #include "ZuNativeWindow.h"
+#include "ZuResourceServiceGeneric.h"
+#include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "support/DrawingTest.h"
-#include "support/RecordingBackend.h"
+#include "support/FrameworkTest.h"
+#include "support/ToolkitTest.h"
 #include "support/WindowTest.h"
 
 namespace zustd::test {
 
-// A drawn control of one colour that takes part in everything and logs it.
+// A drawn control of one colour that takes part in everything.
 class Probe : public Control {
 public:
-    explicit Probe(const Rect& boundary) {
-        setBoundary(boundary);
-        setFocusable(true);
-    }
-    void initialize() override {
-        Control::initialize();
-        connect(log, false);
-    }
-
     bool onMouse(const MouseEvent& event) override {
         lastMouse = event;
-        return usesWheel && event.action == MouseAction::kWheel;
+        return usesWheel && event.wheel != 0;
     }
-
     std::shared_ptr<MessageLog> log = std::make_shared<MessageLog>();
     MouseEvent lastMouse;
     bool usesWheel = false;
     int drawn = 0;
     std::uint8_t red = 0xC0;
-    // Called when it has drawn itself.
     std::function<void()> whileDrawing = [] {};
 
 protected:
@@ -51,45 +45,65 @@ protected:
     }
 };
 
-// Keeps a surface open.
-class Objector : public MessageSink {
-public:
-    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord b) override {
-        if (kind == Control::kClose) {
-            ++asked;
-            *b.object<bool>() = objects;
-        }
-        return true;
-    }
-    bool objects = true;
-    int asked = 0;
-};
-
 class SurfaceTest : public ::testing::Test {
 protected:
-    SurfaceTest() { movePointer({1279, 1023}); }
+    SurfaceTest() {
+        movePointer({1279, 1023});
+        ResourceServiceGeneric::install(*resources_, compiledInResources());
+        ServiceLocator::instance()->registerService(resources_, true, true);
+        window_ = makeWindow({300, 200});
+    }
+    ~SurfaceTest() override { ServiceLocator::instance()->unregisterService(resources_); }
 
     std::shared_ptr<NativeWindow> makeWindow(Size size) {
         auto window = service_->createNativeWindow();
-        window->setCaption(std::make_shared<TextDescriptor>(L"Window"));
         window->setSize(size);
         window->synchronizeTree();
         runMessages(10);
         return window;
     }
-    static std::shared_ptr<Probe> addProbe(Control& holder, const Rect& boundary) {
-        auto probe = makeControl<Probe>(boundary);
-        holder.addChild(probe);
+    // Puts a control on the window, or on another one, and listens to it.
+    template <class Widget>
+    std::shared_ptr<Widget> show(std::shared_ptr<Widget> widget, const Rect& boundary,
+                                 Control* holder = nullptr) {
+        widget->setBoundary(boundary);
+        (holder != nullptr ? *holder : *window_).addChild(widget);
+        widget->connect(log_, false);
+        return widget;
+    }
+    std::shared_ptr<Probe> addProbe(const Rect& boundary, Control* holder = nullptr) {
+        const auto probe = show(makeControl<Probe>(), boundary, holder);
+        probe->setFocusable(true);
+        probe->connect(probe->log, false);
         return probe;
     }
-    std::shared_ptr<NativeDialog> makeDialog(const std::shared_ptr<NativeWindow>& owner,
-                                             std::uint32_t style = 0) {
-        auto dialog = owner->windowService()->createNativeDialog(style);
+    std::shared_ptr<NativeDialog> makeDialog(std::uint32_t style = 0) {
+        auto dialog = service().createNativeDialog(style);
         dialog->setSize({120, 90});
         return dialog;
     }
+    HWND native() const { return nativeWindowOf(*window_); }
+    WindowService& service() const { return *window_->windowService(); }
+    static LRESULT send(HWND window, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
+        return SendMessageW(window, id, wide, extra);
+    }
+    // Keys pressed together, and all that follows.
+    static void press(const std::vector<WORD>& keys) {
+        pressKeys(keys);
+        for (MSG next; PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE);) {
+            handleNextMessage(next);
+        }
+    }
+    static void type(HWND window, const std::wstring& text) {
+        for (const wchar_t c : text) {
+            send(window, WM_CHAR, c);
+        }
+    }
 
+    std::shared_ptr<ResourceService> resources_ = makeService<ResourceService>();
     std::shared_ptr<WindowService> service_ = makeWindowService(nullptr);
+    std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
+    std::shared_ptr<NativeWindow> window_;
 };
 
 }  // namespace zustd::test

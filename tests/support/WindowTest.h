@@ -7,15 +7,16 @@
 #include <functional>
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "ZuGeometry.h"
-#include "ZuWindows.h"
+#include "ZuHandleWin32Gdi.h"
 
 namespace zustd::test {
 
 // Real input, for the window that has the keyboard or lies at the point of the
 // screen. Keys in a list are held together.
-void pressKeys(std::initializer_list<WORD> keys);
+void pressKeys(const std::vector<WORD>& keys);
 void movePointer(POINT place);
 void click(POINT place);
 
@@ -26,32 +27,22 @@ POINT onScreen(HWND window, Point point);
 // A mouse message for a point of the client area, handled at once.
 LRESULT sendMouse(HWND window, UINT message, Point point, WPARAM wide = 0);
 
-// A key as the message loop would get it from the keyboard.
-void postKey(HWND window, WPARAM key);
-
 std::wstring textOf(HWND window);
 // What the window shows at a point of its client area, as 0xRRGGBB.
 std::uint32_t pixelOf(HWND window, Point point);
 // Windows of this thread, those inside of others too.
 int liveWindows();
-// The place that a new window or menu gets in the system's table of them: moves
-// on as long as some are not given back.
-unsigned nextUserHandle();
 
-// Runs a round once, and then some dozens of times without that more windows, menus,
-// fonts ... are there afterwards.
+// Runs a round once, and then some dozens of times without that more windows, fonts ...
+// are there afterwards.
 void expectNothingLeft(const std::function<void()>& round);
 
 // The system refuses new windows while one lives.
 class RefusedWindows {
-public:
-    RefusedWindows();
-    RefusedWindows(const RefusedWindows&) = delete;
-    RefusedWindows& operator=(const RefusedWindows&) = delete;
-    ~RefusedWindows() { UnhookWindowsHookEx(hook_); }
-
-private:
-    HHOOK hook_;
+    static LRESULT CALLBACK refuse(int code, WPARAM wide, LPARAM extra) noexcept {
+        return code == HCBT_CREATEWND ? 1 : CallNextHookEx(nullptr, code, wide, extra);
+    }
+    HookHandle hook_{SetWindowsHookExW(WH_CBT, &refuse, nullptr, GetCurrentThreadId())};
 };
 
 // What the user does while somebody waits for him: a step every few
@@ -67,7 +58,6 @@ public:
     ~Steps();
 
 private:
-    static void CALLBACK onTimer(HWND, UINT, UINT_PTR, DWORD) noexcept;
     void next();
 
     std::deque<Step> steps_;
