@@ -101,8 +101,11 @@ protected:
     static void expectFont(HWND shown, const FontDescriptor* font) {
         LOGFONTW made{};
         GetObjectW(reinterpret_cast<HGDIOBJ>(send(shown, WM_GETFONT)), sizeof(made), &made);
-        const int points = font != nullptr ? font->style().size : FontStyle::kDefaultSize;
-        EXPECT_EQ(-made.lfHeight, (points * 4 + 1) / 3);
+        NONCLIENTMETRICSW own{};
+        own.cbSize = sizeof(own);
+        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(own), &own, 0);
+        EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
+                                                 : own.lfMessageFont.lfHeight);
     }
     static void expectLook(HWND shown, const wchar_t* windowClass, DWORD style,
                            const std::wstring& text, LONG edge = 0) {

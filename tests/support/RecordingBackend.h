@@ -209,6 +209,12 @@ private:
     bool running_ = false;
 };
 
+// Of a font that leaves its size to the system.
+inline std::int32_t systemTextSize = 11;
+inline std::int32_t sizeOf(const Font& font) {
+    return font.style().size != 0 ? font.style().size : systemTextSize;
+}
+
 // Every character is 7 pixels wide, 8 in bold; a line is the font's size plus 5
 // pixels high.
 class RecordingGraphics : public Implementation<GraphicsService, IGraphicsServiceImpl>,
@@ -233,13 +239,13 @@ public:
     // The format's fields in their order.
     void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
                   const TextFormat& how) override {
-        note(L"text", area, text, font.style().size, font.style().underline ? L"u" : L"", color,
+        note(L"text", area, text, sizeOf(font), font.style().underline ? L"u" : L"", color,
              static_cast<int>(how.horizontal), static_cast<int>(how.vertical),
              formatWide(L"%d%d%d", how.wordWrap, how.ellipsis, how.accelerators));
     }
     Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override {
         const std::int32_t whole = measureTextWidth(text, font);
-        const std::int32_t line = (font.style().size != 0 ? font.style().size : 11) + 5;
+        const std::int32_t line = sizeOf(font) + 5;
         const bool wraps = width > 0 && whole > width;
         return wraps ? Size{width, (whole + width - 1) / width * line} : Size{whole, line};
     }

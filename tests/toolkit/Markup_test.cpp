@@ -70,7 +70,7 @@ public:
     Model() { setClipsChildren(true); }
     void parse() {
         removeAllChildren();
-        font = {.faceName = font.faceName};
+        font = {.size = 11, .faceName = font.faceName};
         inLink_ = false;
         static const std::wregex kToken(L"<([^>]*)>|[^<]+|<[^]*");
         for (std::wsregex_iterator token(markup.begin(), markup.end(), kToken), end; token != end;
@@ -155,7 +155,7 @@ private:
         font.italic = bare == L"i" ? on : font.italic;
         font.underline = bare == L"u" ? on : font.underline;
         if (name == L"/font") {
-            font = {.faceName = font.faceName};
+            font = {.size = 11, .faceName = font.faceName};
         } else if (name == L"br/") {
             breakLine();
         } else if (name == L"/a" && std::exchange(inLink_, false) && !linkText_.empty()) {

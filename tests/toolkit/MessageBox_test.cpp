@@ -1,6 +1,7 @@
 // What a message box consists of, where it stands, and how it is answered.
 #include "ZuAccessKeys.h"
 #include "ZuMessageBoxView.h"
+#include "ZuScope.h"
 #include "support/ToolkitTest.h"
 
 namespace zustd {
@@ -41,10 +42,11 @@ protected:
     }
     void showText(const std::wstring& text, const Rect& place,
                   const std::shared_ptr<Font>& font) override {
-        note(L"text", place, font->style().size, text);
+        note(L"text", place, sizeOf(*font), text);
     }
     void copyText(const std::wstring& text) override { note(L"copy", text); }
 
+    const ScopedValue<std::int32_t> textSize_{systemTextSize, 9};
     std::shared_ptr<ColorsDescriptor> paper_ = std::make_shared<ColorsDescriptor>();
     MessageBoxContent box_;
     std::shared_ptr<NativeDialog> dialog_;
