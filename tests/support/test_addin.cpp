@@ -11,7 +11,6 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "StandIn.h"
 #include "ZuLoader.h"
 #include "ZuPropertyBag.h"
 
@@ -30,16 +29,20 @@ struct IDTExtensibility2 : IDispatch {
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
 
+std::wstring variable(const wchar_t* name) {
+    const wchar_t* const value = _wgetenv(name);
+    return value != nullptr ? value : L"";
+}
+
 void report(int mode, bool nothingElseGiven) {
     zustd::PropertyBag settings;
     zustd::Loader::loadSerializedString(
-        standin::environmentVariable(L"APPDATA") + L"\\Pellory For Outlook\\debug.config",
-        settings);
+        variable(L"APPDATA") + L"\\Pellory For Outlook\\debug.config", settings);
     std::wstring logFile;
     settings.getString(L"logFile", logFile, L"");
     std::ofstream log(std::filesystem::path(logFile), std::ios::app);
     log << "add-in: logEnabled=" << settings.getBool(L"logEnabled", false)
-        << " logFile=" << standin::toUtf8(logFile)
+        << " logFile=" << std::filesystem::path(logFile).string()
         << " logLevel=" << settings.getLong(L"logLevel", -1)
         << " logOptions=" << settings.getLong(L"logOptions", -1) << " mode=" << mode
         << (nothingElseGiven ? "" : " and more") << "\n";
@@ -79,10 +82,6 @@ HRESULT misbehave(const std::wstring& how) {
         std::abort();
     } else if (is(L"hangs")) {
         Sleep(INFINITE);
-    } else if (is(L"waits")) {
-        while (!std::filesystem::exists("go on")) {
-            Sleep(5);
-        }
     } else if (is(L"wanders")) {
         std::puts("a word to the screen");
         SetCurrentDirectoryW(L"C:\\");
@@ -118,7 +117,7 @@ public:
     HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode, IDispatch* instance,
                                            SAFEARRAY** custom) override {
         report(mode, application == nullptr && instance == nullptr && custom == nullptr);
-        return misbehave(standin::environmentVariable(L"PELLORY_ADDIN"));
+        return misbehave(variable(L"PELLORY_ADDIN"));
     }
 };
 
@@ -126,8 +125,7 @@ class Factory final : public StaticObject<IClassFactory, IID_IClassFactory> {
 public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
         static Addin addin;
-        if (const auto how = standin::environmentVariable(L"PELLORY_ADDIN");
-            how.starts_with(L"create ")) {
+        if (const auto how = variable(L"PELLORY_ADDIN"); how.starts_with(L"create ")) {
             misbehave(how);
         }
         return addin.QueryInterface(iid, object);
