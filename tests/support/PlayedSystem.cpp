@@ -27,7 +27,6 @@ using zuplutil::test::Mode;
 
 Mode mode = Mode::kPass;
 int untilDue = 0;
-int failedAllocations = 0;
 
 // Counts a call; whether it is the one that fails.
 bool isDue(const char* name, bool changes) {
@@ -39,7 +38,7 @@ bool isDue(const char* name, bool changes) {
     }
     injected.isReached = true;
     injected.call = name;
-    injected.afterStartOfCollection =
+    injected.isCollecting =
         std::strstr(zuplutil::test::play.story.c_str(), "Starting collection of") != nullptr;
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     errno = ENOSPC;
@@ -51,7 +50,6 @@ bool isDue(const char* name, bool changes) {
 void* operator new(std::size_t size) {
     const bool fails = mode == Mode::kFail && isDue("operator new", false);
     void* const memory = fails ? nullptr : std::malloc(size);
-    failedAllocations += fails;
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
@@ -65,10 +63,19 @@ namespace zuplutil::test {
 Play play;
 Injected injected;
 
-Pause::Pause() : former_(std::exchange(mode, Mode::kPass)) {}
-Pause::~Pause() { mode = former_; }
-
 namespace {
+
+// As long as it lives, nothing is counted or played.
+class Pause {
+public:
+    Pause() : former_(std::exchange(mode, Mode::kPass)) {}
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+    ~Pause() { mode = former_; }
+
+private:
+    Mode former_;
+};
 
 // --- What is played -----------------------------------------------------------
 
@@ -187,7 +194,6 @@ struct Call {
     void* wrapper;
     void* played;
     void* original = nullptr;
-    int failed = 0;
 };
 extern Call calls[];
 
@@ -219,9 +225,8 @@ struct Wrapped;
             if constexpr (std::is_void_v<Result>) {                                                \
                 return called(arguments...);                                                       \
             } else {                                                                               \
-                Call& call = calls[kIndex];                                                        \
+                const Call& call = calls[kIndex];                                                  \
                 const bool fails = isDue(call.name, call.changes);                                 \
-                call.failed += fails;                                                              \
                 Result result = converted<Result>(call.failure);                                   \
                 if (!fails || call.isDone) {                                                       \
                     result = called(arguments...);                                                 \
@@ -293,20 +298,14 @@ void* replaceImport(const char* name, void* function) {
     return former;
 }
 
-}  // namespace
-
-PlayedSystem::PlayedSystem() {
-    play = {};
+const bool isInstalled = [] {
     for (Call& call : calls) {
         call.original = replaceImport(call.name, call.wrapper);
     }
-}
+    return true;
+}();
 
-PlayedSystem::~PlayedSystem() {
-    for (const Call& call : calls) {
-        replaceImport(call.name, call.original);
-    }
-}
+}  // namespace
 
 int perform(const std::function<int()>& action, int n, Mode how) {
     play.story.clear();
@@ -318,14 +317,6 @@ int perform(const std::function<int()>& action, int n, Mode how) {
     const int result = action();
     mode = Mode::kPass;
     return result;
-}
-
-std::string injectedByCall() {
-    std::string text = "operator new " + std::to_string(failedAllocations);
-    for (const Call& call : calls) {
-        text += std::string(", ") + call.name + " " + std::to_string(call.failed);
-    }
-    return text;
 }
 
 }  // namespace zuplutil::test

@@ -34,41 +34,19 @@ struct Play {
 };
 extern Play play;
 
-// As long as it lives, nothing is counted or played.
-class Pause {
-public:
-    Pause();
-    Pause(const Pause&) = delete;
-    Pause& operator=(const Pause&) = delete;
-    ~Pause();
-
-private:
-    Mode former_;
-};
-
 // Runs something with the n-th call failing, or killing; without n none does. What was typed
 // and played before is forgotten.
 int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
 
-// Whether the call was reached, what it was, and what the story was then.
+// Whether the call was reached, what it was, and whether a collection had begun then.
 struct Injected {
     bool isReached = false;
     const char* call = "";
-    bool afterStartOfCollection = false;
+    bool isCollecting = false;
 };
 extern Injected injected;
-std::string injectedByCall();
 
 // The exit code of a process that was killed.
 constexpr UINT kKilled = 99;
-
-// The layer, as long as it lives.
-class PlayedSystem {
-public:
-    PlayedSystem();
-    PlayedSystem(const PlayedSystem&) = delete;
-    PlayedSystem& operator=(const PlayedSystem&) = delete;
-    ~PlayedSystem();
-};
 
 }  // namespace zuplutil::test

@@ -4,7 +4,7 @@
 //     TEST_F(UtilityTest, …) {
 //         write(data() / "debug.log", "a line\r\n");
 //         EXPECT_EQ(run({L"-enableDebugging"}), kBanner + …);
-//         EXPECT_EQ(changes(), …);
+//         EXPECT_EQ(changed(), …);
 //     }
 //
 // At the end nothing may have changed but the diagnostics folder and the add-in's data.
@@ -12,8 +12,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -29,7 +33,7 @@ using Lines = std::vector<std::string>;
 // Files by their relative path with slashes; a folder's ends in one.
 using FileContents = std::map<std::string, std::string>;
 
-// The add-in's folder and the archive's as changes() names them, and the end of a backup's name.
+// The add-in's folder and the archive's as changed() names them, and the end of a backup's name.
 inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
 inline const std::string kDiagnostics = "Desktop/PelloryDiagnostics/";
 inline const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
@@ -48,10 +52,25 @@ std::string reportOf(bool enabled, const std::string& before = {}, const std::st
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
-std::string utf8(const fs::path& path);
-std::string backslashed(fs::path path);
-std::string read(const fs::path& file);
-void write(const fs::path& file, const std::string& bytes);
+inline std::string utf8(const fs::path& path) {
+    const std::u8string text = path.u8string();
+    return std::string(text.begin(), text.end());
+}
+
+inline fs::path pathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
+
+inline std::string backslashed(fs::path path) { return utf8(path.make_preferred()); }
+
+inline std::string read(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline void write(const fs::path& file, const std::string& bytes) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
 FileContents filesBelow(const fs::path& folder);
 // The files in an archive with stored entries.
 FileContents readZip(const fs::path& archive);
@@ -60,18 +79,29 @@ std::string zipOf(const fs::path& folder);
 // What reaches the program of a command: the line passes one interpreter, which starts another one
 // on what stands between the outer quotes.
 std::string reached(const std::string& line);
-bool hasForm(const std::string& text, const std::string& expression);
+inline bool hasForm(const std::string& text, const std::string& expression) {
+    return std::regex_match(text, std::regex(expression));
+}
+
 // Of this process and those that it starts; an empty value takes a variable away.
-void setVariable(const std::wstring& name, const std::wstring& value);
+inline void setVariable(const std::wstring& name, const std::wstring& value) {
+    _wputenv((name + L"=" + value).c_str());
+}
 
 // A program that was built beside the tests, by its path in the build folder.
-fs::path builtProgram(const std::string& path);
-// The utility that is as wide as these tests.
-fs::path shippedProgram();
+inline fs::path builtProgram(const std::string& path) {
+    std::wstring own(MAX_PATH, L'\0');
+    own.resize(GetModuleFileNameW(nullptr, own.data(), MAX_PATH));
+    return fs::path(own).parent_path().parent_path() / fs::path(path).make_preferred();
+}
+
+inline fs::path shippedProgram() {
+    return builtProgram(sizeof(void*) == 8 ? "bin/zuplutil.exe" : "bin/zuplutil32.exe");
+}
 
 class UtilityTest : public ::testing::Test {
 protected:
-    explicit UtilityTest(const std::wstring& name = L"user") { moveTo(name); }
+    UtilityTest() { moveTo(L"user"); }
     ~UtilityTest() override;
     void TearDown() override;
 
@@ -82,17 +112,16 @@ protected:
     static constexpr char kEndOfInput[] = "^Z";
     // What the utility printed; the answers are typed one after another, then zeros.
     std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
-    static int runHere(const Words& arguments);
+    // The same, to be performed.
+    static std::function<int()> utility(const Words& arguments);
     // What the system does with the commands that pack and remove; without signs of the
     // interpreter's but the blanks that part an argument without quotes. No archive comes of a
     // script that is not there.
     static void obey(std::string command);
 
-    // What has changed since the folders were made, or since it was given.
-    Lines changes() const;
-    void give() { before_ = filesBelow(root_); }
-    // The same, one a line.
+    // What has changed since the folders were made, or since it was given: a line each.
     std::string changed() const;
+    void give() { before_ = filesBelow(root_); }
 
     fs::path root() const { return root_; }
     fs::path data() const { return root_ / "AppData/Roaming/Pellory For Outlook"; }
@@ -119,7 +148,6 @@ private:
     fs::path bench_;
     fs::path root_;
     FileContents before_;
-    PlayedSystem system_;
 };
 
 // A file that others may read, but neither write, rename nor delete.

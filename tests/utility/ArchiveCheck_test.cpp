@@ -17,7 +17,7 @@ class ArchiveCheckTest : public UtilityTest {
 protected:
     ArchiveCheckTest() {
         for (const auto& [name, content] : kFiles) {
-            write(logs() / fs::path(std::u8string(name.begin(), name.end())), content);
+            write(logs() / pathOf(name), content);
         }
         fs::create_directories(logs() / "empty folder");
     }
