@@ -183,6 +183,7 @@ void UtilityTest::obey(std::string command) {
 std::string UtilityTest::run(const Words& arguments, const Lines& answers, int exitCode) {
     std::size_t next = 0;
     play.typed = [&] {
+        EXPECT_EQ(play.codePage, GetACP());
         const std::string answer = next < answers.size() ? answers[next++] : "0";
         return answer == kEndOfInput ? "" : answer + "\n";
     };

@@ -45,6 +45,16 @@ std::string surePrompt(const std::string& message) {
     return "\n" + message + "\n\nARE YOU SURE?\nPress 'y' or 'n' key followed by <Enter>...\n";
 }
 
+// Until the clock shows another time than that of the last backup.
+void letTimePass() {
+    SYSTEMTIME before;
+    SYSTEMTIME now;
+    GetLocalTime(&before);
+    do {
+        GetLocalTime(&now);
+    } while (now.wMilliseconds == before.wMilliseconds);
+}
+
 using MenusTest = UtilityTest;
 
 TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded) {
@@ -126,6 +136,7 @@ TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
             play.processes = {L"outlook.exe"};
         } else if (asked == 7) {
             write(data() / "debug.log", "meanwhile");
+            letTimePass();
         }
         return asked <= 8 ? "\n" : "0\n";
     };
@@ -241,6 +252,7 @@ TEST_F(DebugLoggingTest, logging_switched_movesLogsAsideAndNamesWhatItCannot) {
     }
     EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "10", "1"));
     EXPECT_EQ(read(log), "two");
+    letTimePass();
     {
         const LockedFile lock(config());
         EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(false));
