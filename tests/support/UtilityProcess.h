@@ -1,77 +1,119 @@
-// A console program under test, driven as a person does: wait for the prompt,
-// then answer.
+// A program under test in a process of its own, with this process's environment.
 //
-//     UtilityProcess utility(program, {}, folder, {{L"TESTROOT", root}});
-//     utility.answer("Press 0..9 followed by <Enter>...\n", "0");
+//     UtilityProcess utility(shippedProgram(), L"-logdiagnostics", folder);
+//     utility.waitFor("Starting collection");
 //     utility.exitCode();  // 0
 //
-// Its streams are pipes, marked as a terminal so that nothing is held back. It
-// ends with all its children at the latest with this object; a time-out or too
-// much output ends it before.
+// It and all its children end at the latest with this object, or when time is up.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <filesystem>
-#include <map>
 #include <string>
-#include <vector>
+#include <thread>
 
 namespace zuplutil::test {
 
-// Changes to this process's own environment; an empty value takes a variable
-// away.
-using Environment = std::map<std::wstring, std::wstring>;
-
 class UtilityProcess {
 public:
-    // What exitCode gives for a program that did not end by itself.
-    static constexpr int kDidNotEnd = -1;
-
-    UtilityProcess(const std::filesystem::path& program, const std::vector<std::wstring>& arguments,
-                   const std::filesystem::path& folder, const Environment& environment);
+    UtilityProcess(const std::filesystem::path& program, const std::wstring& arguments,
+                   const std::filesystem::path& folder) {
+        JOBOBJECT_ASSOCIATE_COMPLETION_PORT association{nullptr, port_};
+        SetInformationJobObject(job_, JobObjectAssociateCompletionPortInformation, &association,
+                                sizeof(association));
+        SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        CreatePipe(&reader_, &startup.hStdOutput, &inherited, 1024 * 1024);
+        SetHandleInformation(reader_, HANDLE_FLAG_INHERIT, 0);
+        startup.hStdError = startup.hStdOutput;
+        std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
+        PROCESS_INFORMATION process{};
+        EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
+                                   CREATE_SUSPENDED, nullptr, folder.c_str(), &startup, &process))
+            << "cannot start the program under test: system error " << GetLastError();
+        process_ = process.hProcess;
+        AssignProcessToJobObject(job_, process_);
+        ResumeThread(process.hThread);
+        CloseHandle(process.hThread);
+        CloseHandle(startup.hStdOutput);
+        watch_ = std::thread([this] { watch(); });
+    }
     UtilityProcess(const UtilityProcess&) = delete;
     UtilityProcess& operator=(const UtilityProcess&) = delete;
-    ~UtilityProcess();
+    ~UtilityProcess() {
+        TerminateJobObject(job_, 1);
+        waitForAll();
+        for (const HANDLE handle : {job_, port_, process_, reader_}) {
+            CloseHandle(handle);
+        }
+    }
 
-    // Whether a text comes, behind the one that was last waited for.
-    bool waitFor(const std::string& text);
-    // Waits for a prompt and answers it; a prompt that does not come is a
-    // failure of the test.
-    void answer(const std::string& prompt, const std::string& line);
-    void closeInput();
+    // Reads until a text has come behind the last one; false when the output ends before.
+    bool waitFor(const std::string& text) {
+        for (;;) {
+            const std::size_t found = output_.find(text, waitedFor_);
+            if (found != std::string::npos) {
+                waitedFor_ = found + text.size();
+                return true;
+            }
+            char bytes[4096];
+            DWORD count = 0;
+            if (!ReadFile(reader_, bytes, sizeof(bytes), &count, nullptr)) {
+                return false;
+            }
+            output_.append(bytes, count);
+            std::erase(output_, '\r');
+        }
+    }
 
-    bool isRunning() const;
-    int exitCode();
-    void kill();
-    // Kills the program and waits until its children have ended by themselves.
-    void killAlone();
+    // Waits for the end of the program and of its children.
+    int exitCode() {
+        waitFor("no program says this");
+        waitForAll();
+        DWORD code = 0;
+        GetExitCodeProcess(process_, &code);
+        return static_cast<int>(code);
+    }
 
-    // What was written so far, with plain line feeds.
-    std::string output();
-    std::string errors();
-    // The processes that it started, itself among them, and that still run.
-    unsigned long processesAlive() const;
+    // Kills the program, and waits until its children have ended by themselves.
+    void killAlone() {
+        TerminateProcess(process_, 1);
+        waitForAll();
+    }
+
+    // What was read, errors among it, with plain line feeds.
+    const std::string& output() const { return output_; }
 
 private:
-    struct Pipe {
-        HANDLE ours = nullptr;
-        HANDLE theirs = nullptr;
-    };
-    static Pipe makePipe(bool weWrite);
-    void launch(const std::wstring& program, std::wstring line, const std::wstring& folder);
-    void pump();
-    template <class Condition>
-    bool pumpUntil(Condition condition);
+    // Ends all of them when time is up.
+    void watch() {
+        DWORD message = 0;
+        ULONG_PTR key = 0;
+        OVERLAPPED* which = nullptr;
+        do {
+            isInTime_ = GetQueuedCompletionStatus(port_, &message, &key, &which, 60000);
+        } while (isInTime_ && message != JOB_OBJECT_MSG_ACTIVE_PROCESS_ZERO);
+        TerminateJobObject(job_, 1);
+    }
+    void waitForAll() {
+        if (watch_.joinable()) {
+            watch_.join();
+            EXPECT_TRUE(isInTime_) << "The program or a child did not end. There was: " << output_;
+        }
+    }
 
-    Pipe input_ = makePipe(true);
-    Pipe output_ = makePipe(false);
-    Pipe errors_ = makePipe(false);
-    HANDLE job_ = nullptr;
+    HANDLE job_ = CreateJobObjectW(nullptr, nullptr);
+    HANDLE port_ = CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 1);
     HANDLE process_ = nullptr;
-    std::string outputText_;
-    std::string errorText_;
+    HANDLE reader_ = nullptr;
+    std::string output_;
     std::size_t waitedFor_ = 0;
+    bool isInTime_ = false;
+    std::thread watch_;
 };
 
 }  // namespace zuplutil::test

@@ -1,117 +1,156 @@
-// The fixture of the tests that run the utility as it ships.
-//
-// Every test has its own user's folders and its own command interpreter, which
-// notes what is run. At its end nothing may have changed but the diagnostics
-// folder and the add-in's data, and no process may be left.
+// The fixture of the utility's tests: a user's folders, the utility in this process
+// (PlayedSystem.h) or in one of its own, and what changed.
 //
 //     TEST_F(UtilityTest, …) {
-//         write(folders_.addinData() / "debug.log", "a line\r\n");
-//         run({L"-enableDebugging"});
-//         EXPECT_EQ(changes(), …);
+//         write(data() / "debug.log", "a line\r\n");
+//         EXPECT_EQ(run({L"-enableDebugging"}), kBanner + …);
+//         EXPECT_EQ(changed(), …);
 //     }
+//
+// At the end nothing may have changed but the diagnostics folder and the add-in's data.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <optional>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
-#include "TestFolders.h"
+#include "PlayedSystem.h"
 #include "UtilityProcess.h"
 
 namespace zuplutil::test {
 
 namespace fs = std::filesystem;
 
-// The add-in's folder as changes() names it, and the end of a backup's name.
+using Words = std::vector<std::wstring>;
+using Lines = std::vector<std::string>;
+// Files by their relative path with slashes; a folder's ends in one.
+using FileContents = std::map<std::string, std::string>;
+
+// The add-in's folder and the archive's as changed() names them, and the end of a backup's name.
 inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
+inline const std::string kDiagnostics = "Desktop/PelloryDiagnostics/";
 inline const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
 
-// Arguments for the shortest collection.
-inline const std::vector<std::wstring> kStandard = {L"-logdiagnostics", L"-light", L"-noocat"};
-
-inline constexpr char kBanner[] =
+inline const std::string kBanner =
     "\nPellory Maintenance Utility v1.8.852\n"
     "Diagnostics and maintenance for the Pellory add-in.\n\n";
-
-// The short settings reports.
-inline constexpr char kEnabled[] =
-    "\n------------------------------------------------------------------------------------\n"
-    "Pellory Debug Logging is currently enabled.\n"
-    "\nPlease note:\n"
-    "Outlook might appear to run a little slower than usual while Pellory debug logging is "
-    "enabled.  This is normal.\n"
-    "------------------------------------------------------------------------------------\n\n";
-
-inline constexpr char kDisabled[] =
-    "\n------------------------------------------------------------------------------------\n"
-    "Pellory Debug Logging is currently disabled.\n"
-    "------------------------------------------------------------------------------------\n\n";
-inline constexpr char kMenuPrompt[] = "\nPress 0..9 followed by <Enter>...\n";
-inline constexpr char kKeyPrompt[] =
+inline const std::string kMenuPrompt = "\nPress 0..9 followed by <Enter>...\n";
+inline const std::string kKeyPrompt =
     "\nPress any key to continue...\n\n"
     "(or press CTRL-C to abort Pellory Maintenance Utility)\n";
 
+// The settings report, short or with its details.
+std::string reportOf(bool enabled, const std::string& before = {}, const std::string& details = {});
 // What debug.config holds for these values.
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
+inline std::string utf8(const fs::path& path) {
+    const std::u8string text = path.u8string();
+    return std::string(text.begin(), text.end());
+}
+
+inline fs::path pathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
+
+inline std::string backslashed(fs::path path) { return utf8(path.make_preferred()); }
+
+inline std::string read(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline void write(const fs::path& file, const std::string& bytes) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
+FileContents filesBelow(const fs::path& folder);
+// The files in an archive with stored entries.
+FileContents readZip(const fs::path& archive);
+// An archive of a folder's files, with stored entries.
+std::string zipOf(const fs::path& folder);
+// What reaches the program of a command: the line passes one interpreter, which starts another one
+// on what stands between the outer quotes.
+std::string reached(const std::string& line);
+inline bool hasForm(const std::string& text, const std::string& expression) {
+    return std::regex_match(text, std::regex(expression));
+}
+
+// Of this process and those that it starts; an empty value takes a variable away.
+inline void setVariable(const std::wstring& name, const std::wstring& value) {
+    _wputenv((name + L"=" + value).c_str());
+}
+
 // A program that was built beside the tests, by its path in the build folder.
-fs::path builtProgram(const std::string& path);
+inline fs::path builtProgram(const std::string& path) {
+    std::wstring own(MAX_PATH, L'\0');
+    own.resize(GetModuleFileNameW(nullptr, own.data(), MAX_PATH));
+    return fs::path(own).parent_path().parent_path() / fs::path(path).make_preferred();
+}
 
-// The utility that is as wide as these tests.
-fs::path shippedProgram();
-
-// Whether a text has the form of a regular expression as a whole.
-bool hasForm(const std::string& text, const std::string& expression);
+inline fs::path shippedProgram() {
+    return builtProgram(sizeof(void*) == 8 ? "bin/zuplutil.exe" : "bin/zuplutil32.exe");
+}
 
 class UtilityTest : public ::testing::Test {
 protected:
-    explicit UtilityTest(const std::wstring& name = L"user");
+    UtilityTest() { moveTo(L"user"); }
+    ~UtilityTest() override;
     void TearDown() override;
 
-    // Starts a program; what the test prepared until then counts as given. Without
-    // one, the utility as it ships or, where nothing is run, its quick likeness.
-    UtilityProcess& start(const std::vector<std::wstring>& arguments = {},
-                          const fs::path& program = {});
-    // Runs the utility to its end and returns what it printed.
-    std::string run(const std::vector<std::wstring>& arguments, int exitCode = 0);
-    // Starts the utility and gives these answers at the menus; then leaves.
-    std::string runMenu(const std::vector<std::string>& choices);
-    // Shows the menu and leaves it: what was said before it, the banner included.
-    std::string saidAtStart();
+    // Makes the folders of a user of this name, with neighbours that no action may touch.
+    void moveTo(const std::wstring& name);
 
-    // The commands that were run, in order; each "cmd /S /C "…"" is given as
-    // what stands between its outer quotes.
-    Lines commands() const;
-    // What the Explorer was asked to show.
-    Lines explored() const;
-    Lines changes() const;
-    // Changes of this path, too, are fine at the end of the test.
-    void allow(const std::string& path) { allowed_.push_back(path); }
-    // Nothing is run from now on, only noted.
-    void recordOnly() { environment_[L"PELLORY_RECORD_ONLY"] = L"1"; }
-    void forgetCommands() const;
+    // An answer that is none.
+    static constexpr char kEndOfInput[] = "^Z";
+    // What the utility printed; the answers are typed one after another, then zeros.
+    std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
+    // The same, to be performed.
+    static std::function<int()> utility(const Words& arguments);
+    // What the system does with the commands that pack and remove; without signs of the
+    // interpreter's but the blanks that part an argument without quotes. No archive comes of a
+    // script that is not there.
+    static void obey(std::string command);
+
+    // What has changed since the folders were made, or since it was given: a line each.
+    std::string changed() const;
+    void give() { before_ = filesBelow(root_); }
+
+    fs::path root() const { return root_; }
+    fs::path data() const { return root_ / "AppData/Roaming/Pellory For Outlook"; }
+    fs::path config() const { return data() / "debug.config"; }
+    fs::path diagnostics() const { return root_ / "Desktop" / "PelloryDiagnostics"; }
+    fs::path logs() const { return diagnostics() / "PelloryLogs"; }
+    fs::path zip() const { return diagnostics() / "PelloryDiagnosticsLogs.zip"; }
+    // Where the utility is started, and a place outside of what is compared.
+    fs::path start() const { return root_ / "start"; }
+    fs::path bench() const { return bench_; }
+
     // What the next run says when it has put back the debug settings.
     std::string mended() const {
         return "An interrupted run had changed the debug settings; they are put back (" +
                backslashed(config()) + ")\n";
     }
-    fs::path config() const { return folders_.addinData() / "debug.config"; }
 
-    TestFolders folders_;
-    Environment environment_;
+    // Where the diagnostics may go.
+    std::string allowed_ = kDiagnostics;
 
 private:
-    std::vector<std::string> allowed_;
-    std::vector<std::unique_ptr<UtilityProcess>> processes_;
-    std::optional<FileContents> before_;
+    void discard() const;
+
+    fs::path bench_;
+    fs::path root_;
+    FileContents before_;
 };
 
-// A file that others may read, but neither write, rename nor delete, as long as
-// this object lives.
+// A file that others may read, but neither write, rename nor delete.
 class LockedFile {
 public:
     explicit LockedFile(const fs::path& file);
@@ -121,18 +160,6 @@ public:
 
 private:
     HANDLE handle_;
-};
-
-// A program of a given name that runs as long as this object lives.
-class RunningProgram {
-public:
-    RunningProgram(const TestFolders& folders, const std::wstring& name);
-    RunningProgram(const RunningProgram&) = delete;
-    RunningProgram& operator=(const RunningProgram&) = delete;
-    ~RunningProgram();
-
-private:
-    std::unique_ptr<UtilityProcess> process_;
 };
 
 }  // namespace zuplutil::test

@@ -1,10 +1,14 @@
 // Writes zip archives with stored entries, byte for byte.
 #pragma once
 
+#include <windows.h>
+
 #include <cstdint>
 #include <string>
 
-namespace standin {
+extern "C" DWORD WINAPI RtlComputeCrc32(DWORD seed, const BYTE* data, INT size);
+
+namespace zuplutil::test {
 
 // A little-endian number of so many bytes.
 inline std::string number(std::uint64_t value, int size) {
@@ -13,17 +17,6 @@ inline std::string number(std::uint64_t value, int size) {
         bytes += static_cast<char>(i < 8 ? value >> (8 * i) : 0);
     }
     return bytes;
-}
-
-inline std::uint32_t crc32(const std::string& bytes) {
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (const char byte : bytes) {
-        crc ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ ((crc & 1u) != 0 ? 0xEDB88320u : 0u);
-        }
-    }
-    return ~crc;
 }
 
 class ZipWriter {
@@ -35,13 +28,14 @@ public:
     explicit ZipWriter(bool is64 = false) : is64_(is64) {}
 
     void add(const std::string& name, const std::string& content, unsigned flags = kUtf8) {
-        const std::string sum = number(crc32(content), 4);
+        const std::string sum =
+            number(RtlComputeCrc32(0, reinterpret_cast<const BYTE*>(content.data()),
+                                   static_cast<INT>(content.size())),
+                   4);
         const std::string size = number(content.size(), 8);
         const std::string sizes = sum + size.substr(0, 4) + size.substr(0, 4);
         const bool behind = (flags & kSizesBehindData) != 0;
-        // On the first of January 2020.
-        const std::string start =
-            number(20, 2) + number(flags, 2) + number(0, 4) + number(40u << 9 | 1u << 5 | 1u, 2);
+        const std::string start = number(20, 2) + number(flags, 2) + number(0, 6);
         const std::string begin = number(entries_.size(), 8);
         const std::string extra =
             is64_ ? number(1, 2) + number(24, 2) + size + size + begin : std::string();
@@ -77,4 +71,4 @@ private:
     std::size_t count_ = 0;
 };
 
-}  // namespace standin
+}  // namespace zuplutil::test

@@ -1,11 +1,15 @@
-// An Explorer that notes what it was asked to show, in the file that
-// PELLORY_EXPLORER names, and comes back at once.
+// An Explorer that leaves what it was asked to show in the file that PELLORY_EXPLORER names.
 
-#include "StandIn.h"
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 int wmain(int argc, wchar_t** argv) {
-    for (int i = 1; i < argc; ++i) {
-        standin::note(L"PELLORY_EXPLORER", argv[i]);
+    const wchar_t* const name = _wgetenv(L"PELLORY_EXPLORER");
+    if (argc == 2 && name != nullptr) {
+        const auto shown = std::filesystem::path(argv[1]).u8string();
+        std::ofstream(std::filesystem::path(name), std::ios::app)
+            << std::string(shown.begin(), shown.end());
     }
     return 0;
 }

@@ -30,10 +30,6 @@ REGEDIT4
 [HKEY_CURRENT_USER\Software\Wine\AppDefaults\backend_tests.exe\X11 Driver]
 "Managed"="N"
 
-; One program of the tests runs on a Windows that is older than Vista.
-[HKEY_CURRENT_USER\Software\Wine\AppDefaults\collect_driver_xp.exe]
-"Version"="winxp64"
-
 ; One lacks what only windows need.
 [HKEY_CURRENT_USER\Software\Wine\AppDefaults\zuplutil_bare.exe\DllOverrides]
 "comctl32"=""

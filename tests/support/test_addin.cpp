@@ -1,8 +1,6 @@
-// An add-in for the tests: an in-process COM server that, asked to connect,
-// reads its debug.config as an add-in does and writes what it saw into the log
-// that the settings name. PELLORY_ADDIN tells how it misbehaves then.
+// An add-in for the tests: an in-process COM server that, asked to connect, writes its debug.config
+// into the log that this names. PELLORY_ADDIN tells how it misbehaves then.
 
-#include <oaidl.h>
 #include <objbase.h>
 
 #include <cstdio>
@@ -10,40 +8,12 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
-
-#include "StandIn.h"
-#include "ZuLoader.h"
-#include "ZuPropertyBag.h"
+#include <string>
 
 namespace {
 
-// COM objects are released, never deleted.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
-// Only the first of its operations is called.
-struct IDTExtensibility2 : IDispatch {
-    virtual HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode,
-                                                   IDispatch* instance, SAFEARRAY** custom) = 0;
-};
-
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
-
-void report(int mode, bool nothingElseGiven) {
-    zustd::PropertyBag settings;
-    zustd::Loader::loadSerializedString(
-        standin::environmentVariable(L"APPDATA") + L"\\Pellory For Outlook\\debug.config",
-        settings);
-    std::wstring logFile;
-    settings.getString(L"logFile", logFile, L"");
-    std::ofstream log(std::filesystem::path(logFile), std::ios::app);
-    log << "add-in: logEnabled=" << settings.getBool(L"logEnabled", false)
-        << " logFile=" << standin::toUtf8(logFile)
-        << " logLevel=" << settings.getLong(L"logLevel", -1)
-        << " logOptions=" << settings.getLong(L"logOptions", -1) << " mode=" << mode
-        << (nothingElseGiven ? "" : " and more") << "\n";
-}
 
 // Every call has an array that the next one reads, so that none can be saved.
 int overflow(const volatile char* outer) {
@@ -79,10 +49,6 @@ HRESULT misbehave(const std::wstring& how) {
         std::abort();
     } else if (is(L"hangs")) {
         Sleep(INFINITE);
-    } else if (is(L"waits")) {
-        while (!std::filesystem::exists("go on")) {
-            Sleep(5);
-        }
     } else if (is(L"wanders")) {
         std::puts("a word to the screen");
         SetCurrentDirectoryW(L"C:\\");
@@ -91,48 +57,53 @@ HRESULT misbehave(const std::wstring& how) {
     return is(L"fails") ? E_FAIL : S_OK;
 }
 
-// Add-in and class factory are static objects: their counts do not matter.
-template <class Interface, const IID& kIid>
-class StaticObject : public Interface {
+std::wstring way() {
+    const wchar_t* const value = _wgetenv(L"PELLORY_ADDIN");
+    return value != nullptr ? value : L"";
+}
+
+// COM objects are released, never deleted.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// Class factory and add-in in one static object, whose counts do not matter: their operations lie
+// in different places.
+class Server : public IUnknown {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, kIid);
+        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory) ||
+                           IsEqualIID(iid, kIidExtensibility2);
         *object = known ? this : nullptr;
         return known ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
-};
-
-class Addin final : public StaticObject<IDTExtensibility2, kIidExtensibility2> {
-public:
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int mode, IDispatch* instance,
-                                           SAFEARRAY** custom) override {
-        report(mode, application == nullptr && instance == nullptr && custom == nullptr);
-        return misbehave(standin::environmentVariable(L"PELLORY_ADDIN"));
-    }
-};
-
-class Factory final : public StaticObject<IClassFactory, IID_IClassFactory> {
-public:
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
-        static Addin addin;
-        if (const auto how = standin::environmentVariable(L"PELLORY_ADDIN");
-            how.starts_with(L"create ")) {
-            misbehave(how);
+    virtual HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) {
+        if (way().starts_with(L"create ")) {
+            misbehave(way());
         }
-        return addin.QueryInterface(iid, object);
+        return QueryInterface(iid, object);
     }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+    virtual void STDMETHODCALLTYPE nobodyCalls4() {}
+    virtual void STDMETHODCALLTYPE nobodyCalls5() {}
+    virtual void STDMETHODCALLTYPE nobodyCalls6() {}
+    virtual HRESULT STDMETHODCALLTYPE OnConnection(void* application, int mode, void* instance,
+                                                   void* custom) {
+        const std::filesystem::path data = _wgetenv(L"APPDATA");
+        std::ifstream config(data / "Pellory For Outlook" / "debug.config");
+        std::ofstream log;
+        for (std::string line; std::getline(config, line);) {
+            if (const std::size_t at = line.find("<k>logFile</k><t>string</t><v>");
+                at != line.npos) {
+                log.open(line.substr(at + 30, line.find("</v>") - at - 30), std::ios::app);
+            }
+        }
+        log << "add-in: mode=" << mode
+            << (application == nullptr && instance == nullptr && custom == nullptr ? ""
+                                                                                   : " and more")
+            << std::endl;
+        return misbehave(way());
+    }
 };
 
 #pragma GCC diagnostic pop
@@ -141,8 +112,8 @@ public:
 
 extern "C" __declspec(dllexport) HRESULT STDMETHODCALLTYPE
     DllGetClassObject(REFCLSID, REFIID iid, void** object) {
-    static Factory factory;
-    return factory.QueryInterface(iid, object);
+    static Server server;
+    return server.QueryInterface(iid, object);
 }
 
 extern "C" __declspec(dllexport) HRESULT STDMETHODCALLTYPE DllCanUnloadNow() { return S_FALSE; }

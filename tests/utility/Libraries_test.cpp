@@ -1,5 +1,5 @@
-// Which libraries of the system the utility loads, from where, and what it does
-// without them.
+// Which libraries of the system the utility loads, from where, and what it does without them; and
+// its one window.
 
 #include <sstream>
 
@@ -10,71 +10,124 @@ namespace {
 
 constexpr wchar_t kQuestion[] = L"-askremovesettings";
 
-// A copy of the utility in a folder of its own, as after a download.
+// What a user does with the message box: press Enter, end the session, or press the button.
+enum class Deed { kEnter, kEnd, kYes, kNo };
+Deed deed = Deed::kEnter;
+std::string asked;
+
+// The system tells when a window is made. The box's label answers as soon as the box is there to be
+// used: who made it waits for messages then.
+void CALLBACK onWindow(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWORD) {
+    if (GetDlgCtrlID(window) != 0xFFFF) {
+        return;
+    }
+    std::wstring text(1024, L'\0');
+    text.resize(static_cast<std::size_t>(
+        SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+    asked = utf8(text);
+    const HWND box = FindWindowW(L"#32770", L"Pellory For Outlook");
+    if (deed == Deed::kEnter) {
+        PostMessageW(box, WM_KEYDOWN, VK_RETURN, 0);
+    } else if (deed == Deed::kEnd) {
+        PostThreadMessageW(GetWindowThreadProcessId(box, nullptr), WM_QUIT, 0, 0);
+    } else {
+        PostMessageW(box, WM_COMMAND, deed == Deed::kYes ? IDYES : IDNO, 0);
+    }
+    PostQuitMessage(0);
+}
+
 class LibrariesTest : public UtilityTest {
 protected:
+    // A copy of the utility in a folder of its own, as after a download.
     fs::path copied(const fs::path& program, const std::string& name) const {
-        const fs::path copy = folders_.bench() / "downloads" / name;
+        const fs::path copy = bench() / "downloads" / name;
         fs::create_directories(copy.parent_path());
         fs::copy_file(program, copy, fs::copy_options::overwrite_existing);
         return copy;
     }
 
-    // Every library that is loaded late, and some that the system's own ask for
-    // by name. The tests' prefix lets programs of two names load them.
-    void plantLibraries() {
-        std::istringstream names(PELLORY_LATE_LIBRARIES
-                                 " cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi "
-                                 "usp10 version winmm winspool wintrust");
-        fs::create_directories(folders_.start());
-        for (std::string name; names >> name;) {
-            copied(builtProgram("tests/support/planted.dll"), name + ".dll");
-            fs::copy_file(builtProgram("tests/support/planted.dll"),
-                          folders_.start() / (name + ".dll"));
+    // What the utility says when its question is answered.
+    std::string answer(const fs::path& program, Deed how) const {
+        deed = how;
+        asked.clear();
+        const HWINEVENTHOOK hook =
+            SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_CREATE, nullptr, &onWindow, 0, 0,
+                            WINEVENT_OUTOFCONTEXT | WINEVENT_SKIPOWNPROCESS);
+        UtilityProcess utility(program, kQuestion + std::wstring(L" -logdiagnostics"), start());
+        SetTimer(nullptr, 0, 60000, nullptr);
+        for (MSG message;
+             GetMessageW(&message, nullptr, 0, 0) > 0 && message.message != WM_TIMER;) {
+            DispatchMessageW(&message);
         }
-        environment_[L"PELLORY_PLANTED"] = planted().wstring();
+        UnhookWinEvent(hook);
+        EXPECT_NE(asked, "") << "No message box came up: is there a display for windows? (run the "
+                                "tests with ./dev test, or below xvfb-run)";
+        EXPECT_EQ(utility.exitCode(), 0);
+        return utility.output();
     }
-    fs::path planted() const { return folders_.bench() / "planted.txt"; }
 };
 
+TEST_F(LibrariesTest, messageBox_answered_removesAfterAYesAlone) {
+    for (const Deed how : {Deed::kEnter, Deed::kEnd, Deed::kYes}) {
+        write(data() / "settings_1.config", "settings");
+        give();
+        EXPECT_EQ(
+            answer(shippedProgram(), how),
+            kBanner + (how == Deed::kEnd
+                           ? "Could not ask whether to remove the settings; none were removed.\n"
+                           : ""));
+        EXPECT_EQ(asked,
+                  "Would you like to remove your Pellory settings as well?\n\n"
+                  "(answer 'No' in case you are planning to upgrade to a newer version\n"
+                  " and you would like to keep your existing settings)");
+        EXPECT_EQ(changed(), how == Deed::kYes ? "gone " + kData + "settings_1.config\n" : "");
+    }
+}
+
+// Every library that is loaded late, and some that the system's own ask for by name. The tests'
+// prefix lets programs of two names load them.
 TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoaded) {
-    recordOnly();
-    plantLibraries();
-    write(folders_.addinData() / "settings_1.config", "settings");
+    std::istringstream names(PELLORY_LATE_LIBRARIES
+                             " cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi "
+                             "usp10 version winmm winspool wintrust");
+    for (std::string name; names >> name;) {
+        copied(builtProgram("tests/support/planted.dll"), name + ".dll");
+        fs::copy_file(builtProgram("tests/support/planted.dll"), start() / (name + ".dll"));
+    }
+    give();
+    const fs::path planted = bench() / "planted";
+    setVariable(L"PELLORY_PLANTED", planted.wstring());
+    write(data() / "settings_1.config", "settings");
     const fs::path utility = copied(shippedProgram(), "zuplutil_download.exe");
-    for (const std::vector<std::wstring>& arguments :
-         {std::vector<std::wstring>{L"-logdiagnostics"}, {L"-enableDebugging"}, {kQuestion}}) {
-        UtilityProcess& process = start(arguments, utility);
-        while (arguments[0] == kQuestion && process.isRunning()) {
-            PostMessageW(FindWindowW(L"#32770", L"Pellory For Outlook"), WM_COMMAND, IDNO, 0);
-            Sleep(20);
-        }
+    EXPECT_EQ(answer(utility, Deed::kNo), kBanner);
+    for (const wchar_t* const argument : {L"-logdiagnostics -light -noocat", L"-enableDebugging"}) {
+        UtilityProcess process(utility, argument, start());
         EXPECT_EQ(process.exitCode(), 0);
         EXPECT_EQ(process.output().find("Sorry"), std::string::npos) << process.output();
     }
-    EXPECT_EQ(read(planted()), "");
+    EXPECT_FALSE(fs::exists(planted));
     // A program that imports them as usual is caught.
-    start({L"-logdiagnostics"},
-          copied(builtProgram("tests/support/collect_driver.exe"), "collect_download.exe"))
+    UtilityProcess(copied(builtProgram("bin/utility_console_tests.exe"), "collect_download.exe"),
+                   L"--gtest_list_tests", start())
         .exitCode();
-    EXPECT_NE(read(planted()), "");
+    EXPECT_TRUE(fs::exists(planted));
 }
 
 // The tests' prefix has no common controls and no GDI+ for this name.
 TEST_F(LibrariesTest, windowLibraries_missing_failTheMessageBoxAlone) {
     const fs::path bare = copied(shippedProgram(), "zuplutil_bare.exe");
-    write(folders_.addinData() / "settings_1.config", "settings");
+    write(data() / "settings_1.config", "settings");
     const std::pair<const wchar_t*, std::string> runs[] = {
         {kQuestion,
          "Sorry, this action could not be completed. (Could not load comctl32.dll (system error "
          "126))\n"},
-        {L"-disableDebugging", kDisabled}};
+        {L"-disableDebugging", reportOf(false)}};
     for (const auto& [argument, printed] : runs) {
-        UtilityProcess& process = start({argument}, bare);
+        UtilityProcess process(bare, argument, start());
         EXPECT_EQ(process.exitCode(), 0);
         EXPECT_EQ(process.output(), kBanner + printed);
     }
-    EXPECT_TRUE(fs::exists(folders_.addinData() / "settings_1.config"));
+    EXPECT_TRUE(fs::exists(data() / "settings_1.config"));
 }
 
 }  // namespace

@@ -24,8 +24,7 @@ PROGRAMS = {
 }
 FIRST = {"ZuCipher": "framework_cipher_tests"}
 # What is made from the utility's sources beside the utility itself.
-DRIVERS = ["tests/support/collect_driver.exe", "tests/support/collect_driver_xp.exe",
-           "bin/utility_collection_tests.exe"]
+DRIVERS = ["bin/utility_console_tests.exe", "bin/utility_collection_tests.exe"]
 COMPILE_LIMIT = 180
 
 

@@ -1,0 +1,322 @@
+#include "PlayedSystem.h"
+
+#include <io.h>
+#include <objbase.h>
+#include <shlobj.h>
+#include <tlhelp32.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+// Types of functions are enough here, whatever else is said of them; and memory
+// does come from where it goes.
+#pragma GCC diagnostic ignored "-Wignored-attributes"
+#ifndef __clang__
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+
+namespace {
+
+using zuplutil::test::injected;
+using zuplutil::test::Mode;
+
+Mode mode = Mode::kPass;
+int untilDue = 0;
+
+// Counts a call; whether it is the one that fails.
+bool isDue(const char* name, bool changes) {
+    if (mode == Mode::kPass || (mode == Mode::kKill && !changes) || --untilDue != 0) {
+        return false;
+    }
+    if (mode == Mode::kKill) {
+        TerminateProcess(GetCurrentProcess(), zuplutil::test::kKilled);
+    }
+    injected.isReached = true;
+    injected.call = name;
+    injected.isCollecting =
+        std::strstr(zuplutil::test::play.story.c_str(), "Starting collection of") != nullptr;
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    errno = ENOSPC;
+    return true;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    const bool fails = mode == Mode::kFail && isDue("operator new", false);
+    void* const memory = fails ? nullptr : std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace zuplutil::test {
+
+Play play;
+Injected injected;
+
+namespace {
+
+// As long as it lives, nothing is counted or played.
+class Pause {
+public:
+    Pause() : former_(std::exchange(mode, Mode::kPass)) {}
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+    ~Pause() { mode = former_; }
+
+private:
+    Mode former_;
+};
+
+// --- What is played -----------------------------------------------------------
+
+// What was typed and not read yet.
+std::string waiting;
+std::size_t process = 0;
+
+int playSystem(const char* command) {
+    std::string line = command;
+    // As the interpreter does.
+    if (line.starts_with("cmd /S /C \"") && line.ends_with("\"")) {
+        line = line.substr(11, line.size() - 12);
+    }
+    play.story += "$ " + line + "\n";
+    if (play.onCommand) {
+        play.onCommand(line);
+    }
+    return 0;
+}
+int playPuts(const char* text, FILE* file) {
+    play.story += (file == stderr ? "! " : "") + std::string(text);
+    return 0;
+}
+int playFlush(FILE* file) {
+    waiting.erase(0, file == stdin ? waiting.size() : 0);
+    return file == stdout || file == stdin ? 0 : std::fflush(file);
+}
+bool isTyped() {
+    if (waiting.empty() && play.typed) {
+        waiting = play.typed();
+    }
+    return !waiting.empty();
+}
+int playGetc(FILE*) {
+    if (!isTyped()) {
+        return EOF;
+    }
+    const char first = waiting[0];
+    waiting.erase(0, 1);
+    return first;
+}
+char* playGets(char* line, int size, FILE*) {
+    if (!isTyped()) {
+        return nullptr;
+    }
+    const std::size_t end = std::min(waiting.find('\n') + 1, static_cast<std::size_t>(size) - 1);
+    line[waiting.copy(line, end)] = '\0';
+    waiting.erase(0, end);
+    return line;
+}
+
+// What has happened can be waited for, as a process that has ended.
+HANDLE happened() { return CreateEventW(nullptr, TRUE, TRUE, nullptr); }
+
+HANDLE WINAPI playSnapshot(DWORD, DWORD) {
+    process = 0;
+    return happened();
+}
+BOOL WINAPI playNext(HANDLE, PROCESSENTRY32W* entry) {
+    if (process == play.processes.size() || entry->dwSize != sizeof(*entry)) {
+        return FALSE;
+    }
+    std::wcscpy(entry->szExeFile, play.processes[process++].c_str());
+    return TRUE;
+}
+BOOL WINAPI playFirst(HANDLE, PROCESSENTRY32W* entry) {
+    std::wcscpy(entry->szExeFile, L"outlook.exe");
+    return entry->dwSize == sizeof(*entry);
+}
+BOOL WINAPI playProcess(LPCWSTR name, LPWSTR line, LPSECURITY_ATTRIBUTES forIt,
+                        LPSECURITY_ATTRIBUTES forItsThread, BOOL inherits, DWORD flags,
+                        LPVOID variables, LPCWSTR folder, LPSTARTUPINFOW startup,
+                        LPPROCESS_INFORMATION started) {
+    if (play.onProbe) {
+        play.onProbe();
+    }
+    if (play.isProbeReal) {
+        return CreateProcessW(name, line, forIt, forItsThread, inherits, flags, variables, folder,
+                              startup, started);
+    }
+    started->hProcess = happened();
+    started->hThread = happened();
+    return TRUE;
+}
+void WINAPI playSleep(DWORD) {
+    if (play.onSleep) {
+        play.onSleep();
+    }
+}
+BOOL WINAPI playVersion(LPOSVERSIONINFOW version) {
+    version->dwMajorVersion = play.windowsVersion;
+    return version->dwOSVersionInfoSize == 276;
+}
+UINT WINAPI playCodePage() { return play.codePage; }
+BOOL WINAPI playSetCodePage(UINT codePage) {
+    play.codePage = codePage;
+    return TRUE;
+}
+HRESULT WINAPI playInitialize(LPVOID) {
+    ++play.apartments;
+    return S_FALSE;
+}
+void WINAPI playUninitialize() { --play.apartments; }
+HRESULT WINAPI playClassId(LPCOLESTR, LPCLSID) { return S_OK; }
+HRESULT WINAPI playInstance(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*) { return S_OK; }
+
+// --- The layer ----------------------------------------------------------------
+
+struct Call {
+    const char* name;
+    std::intptr_t failure;
+    // What a kill can come before.
+    bool changes;
+    // Fails after it was done: what is closed is closed.
+    bool isDone;
+    void* wrapper;
+    void* played;
+    void* original = nullptr;
+};
+extern Call calls[];
+
+template <class Result>
+Result converted(std::intptr_t value) {
+    if constexpr (std::is_pointer_v<Result>) {
+        return reinterpret_cast<Result>(value);
+    } else {
+        return static_cast<Result>(value);
+    }
+}
+
+template <std::size_t kIndex, class Function>
+struct Wrapped;
+
+#define WRAPPED(CONVENTION)                                                                        \
+    template <std::size_t kIndex, class Result, class... Arguments>                                \
+    struct Wrapped<kIndex, Result(CONVENTION*)(Arguments...)> {                                    \
+        using Function = Result(CONVENTION*)(Arguments...);                                        \
+        static Result called(Arguments... arguments) {                                             \
+            const Call& call = calls[kIndex];                                                      \
+            if (mode == Mode::kPass || call.played == nullptr) {                                   \
+                return reinterpret_cast<Function>(call.original)(arguments...);                    \
+            }                                                                                      \
+            const Pause pause;                                                                     \
+            return reinterpret_cast<Function>(call.played)(arguments...);                          \
+        }                                                                                          \
+        static Result CONVENTION call(Arguments... arguments) {                                    \
+            if constexpr (std::is_void_v<Result>) {                                                \
+                return called(arguments...);                                                       \
+            } else {                                                                               \
+                const Call& call = calls[kIndex];                                                  \
+                const bool fails = isDue(call.name, call.changes);                                 \
+                Result result = converted<Result>(call.failure);                                   \
+                if (!fails || call.isDone) {                                                       \
+                    result = called(arguments...);                                                 \
+                }                                                                                  \
+                return fails ? converted<Result>(call.failure) : result;                           \
+            }                                                                                      \
+        }                                                                                          \
+    };
+WRAPPED(__cdecl)
+#ifndef _WIN64
+WRAPPED(__stdcall)
+#endif
+
+using OpenFunction = int(__cdecl*)(const wchar_t*, int, int);
+
+// clang-format off
+constexpr std::size_t kFirst = __COUNTER__ + 1;
+#define CALL_AS(NAME, TYPE, FAILURE, CHANGES, IS_DONE, PLAYED) \
+    {#NAME, FAILURE, CHANGES, IS_DONE, reinterpret_cast<void*>(&Wrapped<__COUNTER__ - kFirst, TYPE>::call), PLAYED}
+#define CALL(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, false, false, nullptr)
+#define CHANGE(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, true, false, nullptr)
+#define CLOSE(NAME, FAILURE) CALL_AS(NAME, decltype(&NAME), FAILURE, false, true, nullptr)
+#define PLAY(NAME, FAILURE, INSTEAD) CALL_AS(NAME, decltype(&NAME), FAILURE, false, false, reinterpret_cast<void*>(&INSTEAD))
+
+Call calls[] = {
+    CALL(GetFileAttributesW, -1), CALL(GetFileAttributesExW, 0), CALL(FindFirstFileW, -1), CALL(FindNextFileW, 0),
+    CHANGE(CreateFileW, -1), CALL(GetFileSizeEx, 0), CALL(ReadFile, 0), CHANGE(WriteFile, 0), CHANGE(FlushFileBuffers, 0),
+    CHANGE(SetFileInformationByHandle, 0), CHANGE(DeleteFileW, 0), CHANGE(RemoveDirectoryW, 0), CHANGE(_wremove, -1),
+    CHANGE(_wmkdir, -1), CHANGE(_wrename, -1), CALL(_wchdir, -1), CALL(_wgetcwd, 0), CHANGE(fopen, 0), CALL(_wfopen, 0),
+    CALL(fread, 0), CLOSE(fclose, EOF), CALL_AS(_wopen, OpenFunction, -1, true, false, nullptr), CALL(_lseeki64, -1),
+    CHANGE(_write, -1), CLOSE(_close, -1), CALL(CreateFileMappingW, 0), CALL(MapViewOfFile, 0),
+    CALL(SHGetSpecialFolderPathW, 0), CALL(SetConsoleCtrlHandler, 0),
+    PLAY(GetConsoleOutputCP, 0, playCodePage), PLAY(SetConsoleOutputCP, 0, playSetCodePage),
+    PLAY(CreateProcessW, 0, playProcess), PLAY(CreateToolhelp32Snapshot, -1, playSnapshot),
+    PLAY(Process32FirstW, 0, playFirst), PLAY(Process32NextW, 0, playNext), PLAY(GetVersionExW, 0, playVersion),
+    PLAY(CoInitialize, E_OUTOFMEMORY, playInitialize), PLAY(CoUninitialize, 0, playUninitialize),
+    PLAY(CLSIDFromProgID, E_OUTOFMEMORY, playClassId), PLAY(CoCreateInstance, E_OUTOFMEMORY, playInstance),
+    CALL_AS(system, decltype(&system), -1, true, false, reinterpret_cast<void*>(&playSystem)),
+    CALL_AS(fputs, decltype(&fputs), EOF, false, true, reinterpret_cast<void*>(&playPuts)),
+    PLAY(fflush, EOF, playFlush), PLAY(fgetc, EOF, playGetc), PLAY(fgets, 0, playGets), PLAY(Sleep, 0, playSleep),
+};
+// clang-format on
+
+// Puts a function in the place of one that this executable imports, and gives the former one.
+void* replaceImport(const char* name, void* function) {
+    auto* const base = reinterpret_cast<char*>(GetModuleHandleW(nullptr));
+    const auto& headers = *reinterpret_cast<IMAGE_NT_HEADERS*>(
+        base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    const DWORD table =
+        headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    void* former = nullptr;
+    for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + table);
+         library->Name != 0; ++library) {
+        auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(base + library->OriginalFirstThunk);
+        auto* slot = reinterpret_cast<void**>(base + library->FirstThunk);
+        for (; names->u1.AddressOfData != 0; ++names, ++slot) {
+            const auto* const imported = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(
+                base + static_cast<std::uintptr_t>(names->u1.AddressOfData));
+            // A function may be imported under several names of the compiler's.
+            if (std::strcmp(imported->Name, name) == 0) {
+                former = std::exchange(*slot, function);
+            }
+        }
+    }
+    if (former == nullptr) {
+        std::fprintf(stderr, "%s is not imported\n", name);
+        std::abort();
+    }
+    return former;
+}
+
+const bool isInstalled = [] {
+    for (Call& call : calls) {
+        call.original = replaceImport(call.name, call.wrapper);
+    }
+    return true;
+}();
+
+}  // namespace
+
+int perform(const std::function<int()>& action, int n, Mode how) {
+    play.story.clear();
+    play.story.reserve(std::size_t{1} << 20);
+    waiting.clear();
+    injected = {};
+    untilDue = n;
+    mode = how;
+    const int result = action();
+    mode = Mode::kPass;
+    return result;
+}
+
+}  // namespace zuplutil::test

@@ -1,0 +1,52 @@
+// The utility in the test's own process, above a layer over what it imports.
+//
+// Commands, the console, the list of processes and waiting are played, as `play` says; everything
+// else is the system's own. Each call and each allocation is counted: the one that is due fails,
+// or ends the process before it changes anything.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zuplutil::test {
+
+enum class Mode { kPass, kFail, kKill };
+
+struct Play {
+    // What was printed, and commands as lines with "$ " before them.
+    std::string story;
+    // What the user types when asked; the input ends with an empty text.
+    std::function<std::string()> typed;
+    // A command is run, the add-in's process is started, the utility sleeps.
+    std::function<void(const std::string&)> onCommand;
+    std::function<void()> onProbe;
+    std::function<void()> onSleep;
+    std::vector<std::wstring> processes;
+    // The add-in's process is a real one.
+    bool isProbeReal = false;
+    DWORD windowsVersion = 6;
+    UINT codePage = 437;
+    // Openings of COM that were not closed.
+    int apartments = 0;
+};
+extern Play play;
+
+// Runs something with the n-th call failing, or killing; without n none does. What was typed
+// and played before is forgotten.
+int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
+
+// Whether the call was reached, what it was, and whether a collection had begun then.
+struct Injected {
+    bool isReached = false;
+    const char* call = "";
+    bool isCollecting = false;
+};
+extern Injected injected;
+
+// The exit code of a process that was killed.
+constexpr UINT kKilled = 99;
+
+}  // namespace zuplutil::test
