@@ -260,6 +260,7 @@ protected:
         }
         tree_->setNodeExpanded(at(i), true);
         expand(i, i + 1, true);
+        failsIn = random_.below(4);
         tree_->ensureNodeVisible(node);
         show(indexOf(node));
         settle();
