@@ -40,6 +40,7 @@ struct NullHandleTraits {
 // The kinds whose invalid value is INVALID_HANDLE_VALUE.
 template <auto Close>
 struct FileHandleTraits : NullHandleTraits<HANDLE, Close> {
+    // In place of null.
     static HANDLE invalid() noexcept { return INVALID_HANDLE_VALUE; }
 };
 

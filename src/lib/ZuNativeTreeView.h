@@ -54,7 +54,8 @@ public:
     virtual TreeNode getPreviousSiblingNode(TreeNode node) const = 0;
     virtual TreeNode getLastSiblingNode(TreeNode node) const = 0;
     virtual TreeNode getParentNode(TreeNode node) const = 0;
-    // 20: expands what is above and scrolls.
+    // 20: expands what is above and scrolls. The node stays in sight while the
+    // native object is still being filled, unless the user scrolls it away.
     virtual void ensureNodeVisible(TreeNode node) = 0;
     // 21: on the tree view's client area; empty for a node that is scrolled
     // away or below a collapsed one.
@@ -92,6 +93,8 @@ public:
     static const MessageKind kNodeCollapsing;
     static const MessageKind kNodeExpanding;
     static const MessageKind kRightClicked;
+    // Also when a native object that gets the focus selects a node by itself, which
+    // some do when none is selected.
     static const MessageKind kSelectionChanged;
 
     // The node that a message's second word is about.

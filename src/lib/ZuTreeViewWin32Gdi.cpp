@@ -25,6 +25,9 @@ void TreeViewWin32Gdi::synchronizeWithAbstraction() {
         pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
                  tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
         if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
+            if (awaitsVisible_ == kNoNode) {
+                awaitsVisible_ = std::exchange(held_, kNoNode);
+            }
             fill();
         }
         if (isReady() && isRedrawEnabled() && !isAnswering()) {
@@ -93,10 +96,17 @@ void TreeViewWin32Gdi::fill() {
 
 void TreeViewWin32Gdi::workOn() {
     state_ = TreeState::kCurrent;
-    if (filler_.hasWork()) {
+    if (!filler_.hasWork()) {
+        return;
+    }
+    const Mirroring mirroring(*this);
+    // Not one that has been scrolled away meanwhile.
+    const TreeNode held = items_.boundaryOf(held_).isEmpty() ? kNoNode : held_;
+    {
         const BulkMirroring bulk(*this);
         filler_.work();
     }
+    hold(held);
 }
 
 // Not while the window works on items that would be replaced.
@@ -231,17 +241,26 @@ void TreeViewWin32Gdi::reveal(TreeNode node) {
 }
 
 // Does nothing without a node that waits for it, and as long as it would not be seen.
+// A node that could not be brought into the window goes on waiting.
 void TreeViewWin32Gdi::showAwaited() {
     if (!isReady() || !isRedrawEnabled()) {
         return;
     }
-    const TreeNode node = std::exchange(awaitsVisible_, kNoNode);
+    const TreeNode node = awaitsVisible_;
     if (model().contains(node)) {
         settle();
         const Mirroring mirroring(*this);
         reveal(node);
-        items_.makeVisible(node);
+        hold(node);
     }
+    awaitsVisible_ = kNoNode;
+}
+
+// Scrolls to a node, again after each slice of what waits: that would push it out.
+void TreeViewWin32Gdi::hold(TreeNode node) {
+    // Below a collapsed node it would have the window expand that.
+    items_.makeVisible(model().standInFor(node));
+    held_ = filler_.hasWork() ? node : kNoNode;
 }
 
 void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {

@@ -56,6 +56,7 @@ private:
     void select(TreeNode node);
     void reveal(TreeNode node);
     void showAwaited();
+    void hold(TreeNode node);
 
     bool acceptExpanding(const NMTREEVIEWW& change);
     void undoRefused();
@@ -65,6 +66,8 @@ private:
     TreeItemsWin32Gdi items_{*this, *this};
     TreeFiller filler_{items_, state_};
     TreeNode awaitsVisible_ = kNoNode;
+    // Stays in sight until nothing waits any more, or the user scrolls it away.
+    TreeNode held_ = kNoNode;
     // While its receivers are asked whether it may be expanded or collapsed.
     TreeNode underWay_ = kNoNode;
     // What the user did with the message under way.

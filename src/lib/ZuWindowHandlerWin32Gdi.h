@@ -88,6 +88,7 @@ protected:
     static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,
                                             LPARAM extra) noexcept;
 
+    // The user, or the system, wants the window closed.
     virtual void onCloseRequest() = 0;
     // The window becomes active and no control of it has had the focus yet.
     virtual void focusFirst() {}

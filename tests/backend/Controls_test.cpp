@@ -104,8 +104,8 @@ protected:
         NONCLIENTMETRICSW own{};
         own.cbSize = sizeof(own);
         SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(own), &own, 0);
-        EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
-                                                 : own.lfMessageFont.lfHeight);
+        EXPECT_EQ(made.lfHeight,
+                  font != nullptr ? -(font->style().size * 4 + 1) / 3 : own.lfMessageFont.lfHeight);
     }
     static void expectLook(HWND shown, const wchar_t* windowClass, DWORD style,
                            const std::wstring& text, LONG edge = 0) {

@@ -51,6 +51,7 @@ protected:
         lookTakes = 10'000;
         hasTimers = true;
         awaited = failsIn = failures = 0;
+        tree_->setBoundary({0, 0, 199, 139});
     }
 
     void toggleUpdate(Control& control) {
@@ -86,11 +87,8 @@ class TreeTest : public ItemModelsTest {
 protected:
     TreeNode at(std::size_t i) const { return i < nodes_.size() ? nodes_[i].node : kNoNode; }
     std::size_t indexOf(TreeNode node) const {
-        std::size_t i = 0;
-        while (i < nodes_.size() && at(i) != node) {
-            ++i;
-        }
-        return i;
+        const auto found = std::ranges::find(nodes_, node, &PlainNode::node);
+        return static_cast<std::size_t>(found - nodes_.begin());
     }
     // The nearest nodes before and behind one that are so deep at the most.
     std::size_t before(std::size_t i, std::size_t depth) const {
@@ -180,23 +178,32 @@ protected:
     // tree meanwhile, or clear it and end its window.
     void act() {
         settle();
-        // With the focus the control may select its first node.
-        SetFocus(nativeWindowOf(*tree_));
-        const TreeNode node = selected_ = tree_->getSelectedNode();
-        log_->text = {};
-        const std::size_t what = random_.below(5);
+        std::wstring wanted;
+        const HWND window = nativeWindowOf(*tree_);
+        if (GetFocus() != window && selected_ == kNoNode && !nodes_.empty()) {
+            // Of what can be seen the first is selected.
+            const auto top = reinterpret_cast<INT_PTR>(TreeView_GetFirstVisible(window));
+            std::size_t i = 0;
+            for (; tree_->model().nativeWord(at(i)) != top; ++i) {
+            }
+            selected_ = at(i);
+            wanted = named(L" selectionChanged:", selected_);
+        }
+        SetFocus(window);
+        const TreeNode node = selected_;
+        const std::size_t what = random_.below(6);
         const Rect caption = tree_->getNodeBoundary(node);
-        const Point box =
-            checkBoxAt<TVHITTESTINFO>(*tree_, TVM_HITTEST, TVHT_ONITEMSTATEICON, caption.top);
-        if (node == kNoNode || (what == 0 && (caption.isEmpty() || box.x < 0))) {
+        const UINT parts[]{TVHT_ONITEMSTATEICON, TVHT_ONITEMBUTTON, 0, 0, 0, 0};
+        const Point place = partAt<TVHITTESTINFO>(*tree_, TVM_HITTEST, parts[what], caption.top);
+        EXPECT_EQ(std::exchange(log_->text, {}), std::exchange(wanted, {}));
+        if (node == kNoNode || (what < 2 && (caption.isEmpty() || place.x < 0))) {
             return;
         }
         std::size_t i = indexOf(node);
         const bool opens = !nodes_[i].expanded;
         const std::size_t next = opens ? endOf(i) : i + 1;
-        const bool isAsked = what == 2 && endOf(i) > i + 1;
-        std::wstring wanted;
-        if (what < 2 && boxes_) {
+        const bool isAsked = (what == 1 || what == 2) && endOf(i) > i + 1;
+        if ((what == 0 || what == 5) && boxes_) {
             nodes_[i].checked = !nodes_[i].checked;
             wanted = named(L" checkStateChanged:", node);
         } else if (isAsked) {
@@ -219,9 +226,9 @@ protected:
                     // clang-format on
             }
         };
-        const int keys[]{0, VK_SPACE, opens ? VK_ADD : VK_SUBTRACT, VK_DOWN};
-        if (what == 0) {
-            sendMouse(nativeWindowOf(*tree_), WM_LBUTTONDOWN, box);
+        const int keys[]{0, 0, opens ? VK_ADD : VK_SUBTRACT, VK_DOWN, 0, VK_SPACE};
+        if (what < 2) {
+            sendMouse(window, random_.below(2) == 0 ? WM_LBUTTONDOWN : WM_LBUTTONDBLCLK, place);
         } else if (what == 4) {
             send(*tree_, WM_CONTEXTMENU, 0, -1);
         } else {
@@ -240,6 +247,24 @@ protected:
             wanted += selected_ == former ? L"" : named(L" selectionChanged:", selected_);
         }
         EXPECT_EQ(std::exchange(log_->text, {}), wanted) << what;
+    }
+    // With nodes above that the window has not got yet.
+    void reveal() {
+        const std::size_t seen = random_.below(nodes_.size());
+        const std::size_t i = random_.below(seen + 1);
+        const TreeNode node = at(seen);
+        tree_->setNodeExpanded(at(i), false);
+        expand(i, i + 1, false);
+        for (int count = 0; count < 3; ++count) {
+            insert(endOf(i), nodes_[i].depth + 1, tree_->addChildNode(at(i), L"", L"new"));
+        }
+        tree_->setNodeExpanded(at(i), true);
+        expand(i, i + 1, true);
+        failsIn = random_.below(4);
+        tree_->ensureNodeVisible(node);
+        show(indexOf(node));
+        settle();
+        EXPECT_FALSE(tree_->getNodeBoundary(node).isEmpty());
     }
     // One slice a message, until there are no more.
     void settle() {
@@ -316,7 +341,8 @@ TEST_F(TreeTest, randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
             random_.below(20) == 0 ? disturb() : void();
             if (isDrawn_ && !update_ && nativeWindowOf(*tree_) != nullptr &&
                 random_.below(betweenLooks) == 0) {
-                random_.below(2) == 0 ? compare() : act();
+                const std::size_t what = random_.below(3);
+                what == 0 ? compare() : what == 1 || nodes_.empty() ? act() : reveal();
             }
         }
         update_.reset();
@@ -346,6 +372,12 @@ TEST_F(TreeTest, manyNodes_comeInSlicesUpToOneThatIsNeededOrWithoutATimerAtOnce)
         addNodes({L""});
     }
     EXPECT_EQ(countAnew(), 15);
+    // What the user scrolls away stays away.
+    tree_->ensureNodeVisible(tree_->getFirstRootNode());
+    send(*tree_, WM_VSCROLL, SB_BOTTOM);
+    send(*tree_, WM_TIMER, awaited);
+    window_->synchronizeTree();
+    EXPECT_TRUE(tree_->getNodeBoundary(tree_->getFirstRootNode()).isEmpty());
     tree_->selectNode(tree_->getPreviousNode(tree_->getLastRootNode()));
     EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 2499);
     lookTakes = 0;

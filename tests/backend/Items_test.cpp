@@ -22,7 +22,7 @@ protected:
         return {area.left + 5, area.top + 5};
     }
     Point boxOf(std::size_t row) const {
-        return checkBoxAt<LVHITTESTINFO>(*grid_, LVM_HITTEST, LVHT_ONITEMSTATEICON, placeOf(row).y);
+        return partAt<LVHITTESTINFO>(*grid_, LVM_HITTEST, LVHT_ONITEMSTATEICON, placeOf(row).y);
     }
 };
 

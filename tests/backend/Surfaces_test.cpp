@@ -317,6 +317,8 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
                 EXPECT_TRUE(IsWindowEnabled(native()));
                 EXPECT_TRUE(at < heard || GetActiveWindow() == native());
             }
+            // The probe lives on with the window.
+            probe->disconnect(ender.get());
         }
         EXPECT_GT(heard, 0);
     }

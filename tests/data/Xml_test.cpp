@@ -238,7 +238,8 @@ wstring randomText(Random& random) {
     }
     const auto any = static_cast<std::int64_t>(random.below(~std::size_t{0}));
     // Long and short fractions, ties among them.
-    const double fraction = std::ldexp(any >> (11 + any % 50), -static_cast<int>(random.below(70)));
+    const std::int64_t digits = any >> (11 + random.below(50));
+    const double fraction = std::ldexp(digits, -static_cast<int>(random.below(70)));
     const wstring texts[] = {L"2016-11-04 06:39:59", formatWide(L"%.17g", fraction),
                              std::to_wstring(any)};
     wstring text = random.pick(texts);

@@ -64,11 +64,11 @@ inline void clickAt(const Control& control, Point place, bool right = false) {
     runMessages(0);
 }
 
-// In a line of the control; beside it for none.
+// Within that part of a line of the control; beside it for none.
 template <class Hit>
-Point checkBoxAt(const Control& control, UINT message, UINT flag, std::int32_t y) {
+Point partAt(const Control& control, UINT message, UINT flag, std::int32_t y) {
     Hit hit{};
-    for (hit.pt = {60, y}; hit.pt.x >= 0 && (hit.flags & flag) == 0; --hit.pt.x) {
+    for (hit.pt = {199, y}; hit.pt.x >= 0 && (hit.flags & flag) == 0; --hit.pt.x) {
         ask(control, message, hit);
     }
     return {hit.pt.x, y};

@@ -1,5 +1,8 @@
 // Receivers that end whoever is sending to them.
+#include "ZuButton.h"
 #include "ZuForkControl.h"
+#include "ZuLabel.h"
+#include "ZuLink.h"
 #include "ZuMarkupView.h"
 #include "ZuScrollable.h"
 #include "support/ToolkitTest.h"
@@ -175,6 +178,20 @@ TEST_F(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
     using Grid = NativeGridView;
     using Scroll = ScrollView;
     using Tree = NativeTreeView;
+    survives<Label>([] { return makeControl<Label>(L"old"); },
+        {[](Label& c) { c.setText(L"new"); }, [](Label& c) { c.setWordWrap(true); }});
+    survives<Link>([] { return makeControl<Link>(L"link"); }, {[](Link& c) { c.click(); }});
+    survives<Button>([] {
+        auto button = makeControl<Button>(L"Go");
+        button->setToggles(true);
+        return button;
+    }, {[](Button& c) { c.click(); }});
+    survives<NativeButton>([] {
+        auto button = makeRecordingWindowService()->createNativeButton();
+        button->setKind(ButtonKind::kCheck);
+        return button;
+    }, {[](NativeButton& c) { c.setChecked(true); }, [](NativeButton& c) { c.click(); },
+        [](NativeButton& c) { c.setKind(ButtonKind::kRadio); }});
     survives<Fork>([] {
         auto control = makeControl<ForkControl>(L"More");
         control->body().addChild(makeRecordingWindowService()->createNativeButton());
@@ -223,14 +240,16 @@ TEST_F(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         grid->addRow(L"a");
         grid->selectAllRows();
         return grid;
-    }, {[](Grid& c) { c.setMultiSelect(false); }, [](Grid& c) { c.acceptChecked(0, true); },
+    }, {[](Grid& c) { const ControlUpdate update(c); c.addRow(L"c"); },
+        [](Grid& c) { c.setColumns({{L"Name", 80}}); }, [](Grid& c) { c.setMultiSelect(false); }, [](Grid& c) { c.acceptChecked(0, true); },
         [](Grid& c) { c.acceptLeftClick(0); }, [](Grid& c) { c.acceptTooltipRequest(0); },
         [](Grid& c) { c.acceptSelected(0, 0, false); c.acceptSelectionDone(); }});
     survives<Tree>([] {
         auto tree = makeRecordingWindowService()->createNativeTreeView();
         tree->addRootNode(L"a", L"");
         return tree;
-    }, {[](Tree& c) { c.acceptSelection(c.getFirstRootNode()); },
+    }, {[](Tree& c) { const ControlUpdate update(c); c.clear(); },
+        [](Tree& c) { c.acceptSelection(c.getFirstRootNode()); },
         [](Tree& c) { c.acceptChecked(c.getFirstRootNode(), true); },
         [](Tree& c) { c.acceptExpanding(c.getFirstRootNode(), true); }});
 }
