@@ -145,6 +145,20 @@ TEST(HashMap, anyOperations_againstAList_haveTheSameEntriesInTheSameOrder) {
     EXPECT_EQ(memory.held(), 0);
 }
 
+// Hashes that meet are too rare to wait for in a map.
+TEST(HashKey, textsOfAnyLength_areTheSameUnlessOneUnitDiffers) {
+    for (std::size_t size = 0; size < 20; ++size) {
+        const std::wstring text(size, L'k');
+        EXPECT_TRUE(HashKey<std::wstring>::isSame(text, std::wstring(text))) << size;
+        EXPECT_FALSE(HashKey<std::wstring>::isSame(text, text + L'k')) << size;
+        for (std::size_t at = 0; at < size; ++at) {
+            std::wstring other = text;
+            other[at] = L'x';
+            EXPECT_FALSE(HashKey<std::wstring>::isSame(text, other)) << size << ' ' << at;
+        }
+    }
+}
+
 TEST(HashMap, findOrInsert_memoryRunsOut_leavesTheMapAsItWas) {
     const std::wstring key(100, L'k');
     std::optional<HashMap<std::wstring>> map;
