@@ -65,8 +65,12 @@ std::int32_t aligned(TextAlignment alignment, std::int32_t first, std::int32_t r
                                                  : first;
 }
 
-// In the order of TextAlignment.
-constexpr std::array<UINT, 3> kHorizontalFlags = {DT_LEFT, DT_RIGHT, DT_CENTER};
+// Any other number stands for the start.
+UINT horizontalFlag(TextAlignment alignment) noexcept {
+    return alignment == TextAlignment::kEnd      ? DT_RIGHT
+           : alignment == TextAlignment::kCentre ? DT_CENTER
+                                                 : DT_LEFT;
+}
 
 }  // namespace
 
@@ -221,8 +225,7 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area,
     const SelectedObject selected(context, backend.handle());
     SetTextColor(context, nativeColor(color));
     const std::int32_t lineHeight = backend.lineHeight();
-    UINT flags = kHorizontalFlags[static_cast<std::size_t>(format.horizontal)] |
-                 (format.accelerators ? 0 : DT_NOPREFIX);
+    UINT flags = horizontalFlag(format.horizontal) | (format.accelerators ? 0 : DT_NOPREFIX);
     flags |= format.wordWrap ? kWrapped : 0;
     Rect used = area;
     if (format.vertical != TextAlignment::kStart) {
