@@ -100,6 +100,12 @@ inline fs::path shippedProgram() {
 }
 
 class UtilityTest : public ::testing::Test {
+public:
+    // What the system does with the commands that pack and remove; without signs of the
+    // interpreter's but the blanks that part an argument without quotes. No archive comes of a
+    // script that is not there.
+    static void obey(std::string command);
+
 protected:
     UtilityTest() { moveTo(L"user"); }
     ~UtilityTest() override;
@@ -114,10 +120,6 @@ protected:
     std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
     // The same, to be performed.
     static std::function<int()> utility(const Words& arguments);
-    // What the system does with the commands that pack and remove; without signs of the
-    // interpreter's but the blanks that part an argument without quotes. No archive comes of a
-    // script that is not there.
-    static void obey(std::string command);
 
     // What has changed since the folders were made, or since it was given: a line each.
     std::string changed() const;
