@@ -14,12 +14,42 @@ constexpr bool isPairLead(unsigned char byte) noexcept { return (byte & 0xE0U) =
 
 bool isAsciiWord(std::uint64_t word) noexcept { return (word & 0x8080808080808080ULL) == 0; }
 
+__m128i loadBlock(const void* at) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i*>(at));
+}
+
+void storeBlock(void* at, __m128i block) noexcept {
+    _mm_storeu_si128(static_cast<__m128i*>(at), block);
+}
+
+// Widens the ASCII characters at the front, two blocks of sixteen at a time.
+Decoding decodeAsciiBlocks(Decoding run, const unsigned char* end) noexcept {
+    constexpr std::ptrdiff_t kBytes = 32;
+    while (end - run.at > kBytes) {
+        const __m128i first = loadBlock(run.at);
+        const __m128i second = loadBlock(run.at + kBytes / 2);
+        if (_mm_movemask_epi8(_mm_or_si128(first, second)) != 0) {
+            break;
+        }
+        const __m128i zero = _mm_setzero_si128();
+        storeBlock(run.out, _mm_unpacklo_epi8(first, zero));
+        storeBlock(run.out + 8, _mm_unpackhi_epi8(first, zero));
+        storeBlock(run.out + 16, _mm_unpacklo_epi8(second, zero));
+        storeBlock(run.out + 24, _mm_unpackhi_epi8(second, zero));
+        run.at += kBytes;
+        run.out += kBytes;
+    }
+    return run;
+}
+
 // Widens the ASCII characters at the front, and single sequences of two bytes
-// among them. Whole words go at once; where a word has anything else in it, the
-// processor guesses the branches of single characters, while a count would have
-// to be known before it could look at the next word.
+// among them. Whole words go at once, and blocks from the third word on; where a
+// word has anything else in it, the processor guesses the branches of single
+// characters, while a count would have to be known before it could look at the
+// next word.
 Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
     constexpr std::size_t kWord = sizeof(std::uint64_t);
+    int words = 0;
     while (static_cast<std::size_t>(end - run.at) > kWord) {
         std::uint64_t word;
         std::memcpy(&word, run.at, kWord);
@@ -29,8 +59,12 @@ Decoding decodeAsciiRun(Decoding run, const unsigned char* end) noexcept {
             }
             run.at += kWord;
             run.out += kWord;
+            if (++words == 3) {
+                run = decodeAsciiBlocks(run, end);
+            }
             continue;
         }
+        words = 0;
         const unsigned char* const first = run.at;
         while (*run.at < 0x80) {
             *run.out++ = *run.at++;
@@ -97,10 +131,6 @@ __m128i filledWith(unsigned unit) noexcept {
     return _mm_set1_epi16(static_cast<short>(static_cast<std::uint16_t>(unit)));
 }
 
-__m128i loadBlock(const wchar_t* at) noexcept {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-}
-
 bool isEveryBitSet(__m128i mask) noexcept { return _mm_movemask_epi8(mask) == 0xFFFF; }
 
 __m128i choose(__m128i mask, __m128i yes, __m128i no) noexcept {
@@ -147,9 +177,35 @@ std::size_t encodeMixedBlock(__m128i units, __m128i isAscii, char* out) noexcept
     return static_cast<std::size_t>(places >> 48);
 }
 
+// Four blocks, of which it is asked first whether they have anything but ASCII.
+constexpr std::ptrdiff_t kBlocks = 4 * kBlock;
+
+bool areAsciiBlocks(const wchar_t* at) noexcept {
+    const __m128i all =
+        _mm_or_si128(_mm_or_si128(loadBlock(at), loadBlock(at + kBlock)),
+                     _mm_or_si128(loadBlock(at + 2 * kBlock), loadBlock(at + 3 * kBlock)));
+    return isEveryBitSet(
+        _mm_cmpeq_epi16(_mm_subs_epu16(all, filledWith(kFirstPair - 1)), _mm_setzero_si128()));
+}
+
+// Encodes the ASCII units at the front, four blocks at a time.
+Encoding encodeAsciiBlocks(Encoding run, const wchar_t* end) noexcept {
+    while (end - run.at >= kBlocks && areAsciiBlocks(run.at)) {
+        for (std::ptrdiff_t i = 0; i < kBlocks; i += 2 * kBlock) {
+            storeBlock(run.out + i, _mm_packus_epi16(loadBlock(run.at + i),
+                                                     loadBlock(run.at + i + kBlock)));
+        }
+        run.at += kBlocks;
+        run.out += kBlocks;
+    }
+    return run;
+}
+
 // Encodes the blocks at the front that have no unit of three bytes. Leaves kLeft
 // units, within whose bytes it may write.
 Encoding encodeShortRun(Encoding run, const wchar_t* end) noexcept {
+    run = encodeAsciiBlocks(run, end);
+    int asciiBlocks = 0;
     while (end - run.at >= kBlock + kLeft) {
         const __m128i units = loadBlock(run.at);
         const __m128i beyond = _mm_subs_epu16(units, filledWith(kFirstTriple - 1));
@@ -159,10 +215,15 @@ Encoding encodeShortRun(Encoding run, const wchar_t* end) noexcept {
         const __m128i isAscii = _mm_cmplt_epi16(units, filledWith(kFirstPair));
         if (isEveryBitSet(isAscii)) {
             _mm_storel_epi64(reinterpret_cast<__m128i*>(run.out), _mm_packus_epi16(units, units));
+            run.at += kBlock;
             run.out += kBlock;
-        } else {
-            run.out += encodeMixedBlock(units, isAscii, run.out);
+            if (++asciiBlocks == 3) {
+                run = encodeAsciiBlocks(run, end);
+            }
+            continue;
         }
+        asciiBlocks = 0;
+        run.out += encodeMixedBlock(units, isAscii, run.out);
         run.at += kBlock;
     }
     return run;
@@ -264,6 +325,10 @@ EncodedSize measureEncoded(std::wstring_view text) noexcept {
     EncodedSize size{text.size(), false};
     __m128i special = _mm_setzero_si128();
     while (text.size() >= kBlock) {
+        if (text.size() >= kBlocks && areAsciiBlocks(text.data())) {
+            text.remove_prefix(kBlocks);
+            continue;
+        }
         const std::size_t blocks = std::min(text.size() / kBlock, kMostBlocks);
         __m128i count = _mm_setzero_si128();
         for (std::size_t i = 0; i < blocks; ++i) {
