@@ -41,7 +41,7 @@ std::int32_t columnsOf(int round) { return kColumns - round % 2; }
 
 // --- Peers -----------------------------------------------------------------------------------
 
-// What any layout has to write down, and the loop that does nothing else.
+// What any layout has to write down, and the loop that finds it.
 using Places = std::vector<zustd::Rect>;
 
 std::int32_t placePlainly(Places& places, std::int32_t width) {
@@ -75,6 +75,26 @@ void requireSamePlaces(const zustd::Control& parent, std::int32_t width, const c
     placePlainly(places, width);
     require(places == placesOf(parent), what);
 }
+
+// What is left of a layout when its result is known: every child is given its place.
+class PlacesByHand {
+public:
+    PlacesByHand(zustd::Control& parent, std::int32_t width, std::int32_t otherWidth)
+        : parent_(parent), rounds_{placesOf(parent), placesOf(parent)} {
+        placePlainly(rounds_[0], width);
+        placePlainly(rounds_[1], otherWidth);
+    }
+    void give(int round) {
+        const zustd::Rect* place = rounds_[round % 2].data();
+        for (const auto& child : parent_.children()) {
+            child->setBoundary(*place++);
+        }
+    }
+
+private:
+    zustd::Control& parent_;
+    Places rounds_[2];
+};
 
 // The system's own word wrap, which measures the text each time, in a font of
 // one width.
@@ -122,7 +142,6 @@ public:
         // It keeps what it was asked to show.
         window().journal.clear();
     }
-    const zustd::Control& view() const { return *view_; }
     std::int32_t height() { return view_->children().back()->boundary().bottom + 1; }
 
 private:
@@ -154,14 +173,6 @@ void resizeView(benchmark::State& state) {
     for (auto _ : state) {
         view.resize(++round);
         benchmark::DoNotOptimize(view.height());
-    }
-}
-
-void placeWords(benchmark::State& state) {
-    Places places = placesOf(WordView().view());
-    int round = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(placePlainly(places, columnsOf(++round) * kCharWidth));
     }
 }
 
@@ -203,10 +214,12 @@ void layOutChildren(benchmark::State& state) {
 }
 
 void placeChildren(benchmark::State& state) {
-    Places places = placesOf(*makeParent());
+    const auto parent = makeParent();
+    PlacesByHand places(*parent, kArea, kArea - 1);
     int round = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(placePlainly(places, kArea - ++round % 2));
+        places.give(++round);
+        benchmark::ClobberMemory();
     }
 }
 
@@ -215,9 +228,8 @@ void placeChildren(benchmark::State& state) {
 void addLayoutRows() {
     addOurs("resize 10000 words", resizeView);
     addPeer("resize 10000 words", "DrawText", wrapSystemText);
-    addPeer("resize 10000 words", "plain loop", placeWords, Kind::kLimit);
     addOurs("arrange 100000", layOutChildren);
-    addPeer("arrange 100000", "plain loop", placeChildren, Kind::kLimit);
+    addPeer("arrange 100000", "places by hand", placeChildren);
 }
 
 }  // namespace bench

@@ -192,8 +192,8 @@ bool areAsciiBlocks(const wchar_t* at) noexcept {
 Encoding encodeAsciiBlocks(Encoding run, const wchar_t* end) noexcept {
     while (end - run.at >= kBlocks && areAsciiBlocks(run.at)) {
         for (std::ptrdiff_t i = 0; i < kBlocks; i += 2 * kBlock) {
-            storeBlock(run.out + i, _mm_packus_epi16(loadBlock(run.at + i),
-                                                     loadBlock(run.at + i + kBlock)));
+            storeBlock(run.out + i,
+                       _mm_packus_epi16(loadBlock(run.at + i), loadBlock(run.at + i + kBlock)));
         }
         run.at += kBlocks;
         run.out += kBlocks;
