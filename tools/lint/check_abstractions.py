@@ -1,0 +1,38 @@
+#!/usr/bin/env python3
+"""Checks that every class with a backend lets go of it first of all.
+
+Such a class derives from Abstraction<I>; its destructor begins with
+releaseImplementation(), since the backend may still ask for what goes next.
+Nothing else notices when that call is missing.
+"""
+
+import re
+import sys
+
+from support.project import arguments, project_files, report
+
+CLASS = re.compile(r"^class (\w+)(?: final)?\s*:\s*public Abstraction<", re.MULTILINE)
+
+
+def main():
+    """All headers, each with the source of the same name."""
+    root = arguments(__doc__).root
+    findings = []
+    count = 0
+    for path in project_files(root):
+        if path.parts[0] != "src" or path.suffix != ".h":
+            continue
+        source = (root / path).with_suffix(".cpp")
+        text = (root / path).read_text(encoding="utf-8")
+        classes = CLASS.findall(text)
+        if source.exists():
+            text += source.read_text(encoding="utf-8")
+        count += len(classes)
+        findings += [f"{path}: ~{name}() does not begin with releaseImplementation()"
+                     for name in classes
+                     if not re.search(rf"~{name}\(\)[^;{{]*\{{\s*releaseImplementation\(\);", text)]
+    return report(findings, f"{count} classes let go of their backend first")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
