@@ -34,6 +34,12 @@ InstalledKey& installedKey() {
     return instance;
 }
 
+void installKey(const std::optional<CipherKey>& key) {
+    InstalledKey& installed = installedKey();
+    const std::lock_guard lock(installed.mutex);
+    installed.key = key;
+}
+
 const CryptoPP::byte* bytesOf(std::string_view text) noexcept {
     return reinterpret_cast<const CryptoPP::byte*>(text.data());
 }
@@ -180,17 +186,9 @@ CipherKey CipherKey::fromHex(std::string_view digits) {
 
 CipherKey::~CipherKey() { CryptoPP::SecureWipeBuffer(bytes_.data(), bytes_.size()); }
 
-void setCipherKey(const CipherKey& key) {
-    InstalledKey& installed = installedKey();
-    const std::lock_guard lock(installed.mutex);
-    installed.key = key;
-}
+void setCipherKey(const CipherKey& key) { installKey(key); }
 
-void clearCipherKey() {
-    InstalledKey& installed = installedKey();
-    const std::lock_guard lock(installed.mutex);
-    installed.key.reset();
-}
+void clearCipherKey() { installKey(std::nullopt); }
 
 std::string Cipher::encipher(CipherEncoding encoding, std::string_view utf8, const CipherKey& key) {
     if (!isKnown(encoding)) {

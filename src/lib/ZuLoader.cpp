@@ -1,6 +1,5 @@
 #include "ZuLoader.h"
 
-#include <cwchar>
 #include <stdexcept>
 
 #include "ZuEncoder.h"
