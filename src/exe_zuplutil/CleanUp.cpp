@@ -33,7 +33,8 @@ const std::string kRule(106, '-');
 bool wouldRemoveAnotherFolder(const std::wstring& path) {
     constexpr const wchar_t* kSeparators = L" \t\v\f,;=\u00A0";
     std::size_t end = 0;
-    for (std::size_t begin; (begin = path.find_first_not_of(kSeparators, end)) != path.npos;) {
+    for (std::size_t begin;
+         (begin = path.find_first_not_of(kSeparators, end)) != std::wstring::npos;) {
         end = std::min(path.find_first_of(kSeparators, begin), path.size());
         const std::wstring piece = path.substr(begin, end - begin);
         if (piece != path && zustd::isDirectory(piece)) {

@@ -35,9 +35,7 @@ constexpr std::wstring_view kDateSeparators = L"-- ::";
 // One number of a scanned date: blanks, then a sign and digits, width
 // characters at the most. False when there is no digit; text moves past it.
 bool scanField(std::wstring_view& text, std::size_t width, std::int32_t& field) {
-    while (!text.empty() && xml::isBlank(text.front())) {
-        text.remove_prefix(1);
-    }
+    text = {std::find_if_not(text.begin(), text.end(), xml::isBlank), text.end()};
     std::size_t size = !text.empty() && (text[0] == L'-' || text[0] == L'+') ? 1 : 0;
     const std::size_t firstDigit = size;
     while (size < width && size < text.size() && text[size] >= L'0' && text[size] <= L'9') {

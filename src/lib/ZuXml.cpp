@@ -124,11 +124,7 @@ struct SixPlaces {
 };
 
 std::wstring_view skipSpace(std::wstring_view text) noexcept {
-    std::size_t at = 0;
-    while (at < text.size() && xml::isBlank(text[at])) {
-        ++at;
-    }
-    return text.substr(at);
+    return {std::find_if_not(text.begin(), text.end(), xml::isBlank), text.end()};
 }
 
 // [sign] digits, as far as they go; the magnitude stays at its largest value
