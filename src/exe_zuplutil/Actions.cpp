@@ -1,6 +1,5 @@
 #include "Actions.h"
 
-#include <cstdint>
 #include <exception>
 
 #include "Console.h"
@@ -41,8 +40,11 @@ void makeDirectory(const std::wstring& path) {
 
 std::vector<std::wstring> listFiles(const std::wstring& directory, const std::wstring& pattern) {
     std::vector<std::wstring> files;
+    if (!zustd::isDirectory(directory)) {
+        return files;
+    }
     try {
-        zustd::listDirectory(directory, pattern, nullptr, &files, false);
+        zustd::listDirectory(directory, pattern, nullptr, &files, true);
     } catch (std::uint32_t error) {
         throw ActionFailure{"Could not list directory", directory,
                             "system error " + std::to_string(error)};

@@ -1,6 +1,6 @@
 // What actions are made of: file operations that remember their path, commands,
 // and the frame that turns a failure into one printed line. An interrupted run
-// neither deletes a file nor runs a command any more (see stopIfInterrupted).
+// neither deletes nor runs anything any more (see stopIfInterrupted).
 #pragma once
 
 #include <string>
@@ -8,8 +8,7 @@
 
 namespace zuplutil {
 
-// What failed, on which path, and the reason as the framework gave it. Thrown
-// by the operations below.
+// What failed, on which path, and why. Thrown by the operations below.
 struct ActionFailure {
     const char* what;
     std::wstring path;
@@ -19,7 +18,7 @@ struct ActionFailure {
 // The framework's file operations with the path in the failure.
 void removeFile(const std::wstring& path);
 void makeDirectory(const std::wstring& path);
-// Names of the files that match.
+// The paths of the files that match; none when there is no such directory.
 std::vector<std::wstring> listFiles(const std::wstring& directory, const std::wstring& pattern);
 
 // The framework's command execution.
@@ -28,8 +27,7 @@ void runCommand(const std::string& command);
 // Call inside a catch block: prints one line that says what failed.
 void reportFailure() noexcept;
 
-// Runs an action. When it throws, prints what failed and returns; the caller
-// carries on. Returns whether the action ran to its end.
+// Runs an action, and prints what failed when it throws. Whether it ran to its end.
 template <class Action>
 bool runAction(const Action& action) noexcept {
     try {

@@ -1,7 +1,6 @@
 #include "AddinProbe.h"
 
 #include <array>
-#include <cstdio>
 
 #include "ZuFile.h"
 #include "ZuHandleWin32Gdi.h"
@@ -18,9 +17,9 @@ namespace zuplutil {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-// The interface by which Office loads its add-ins; declared here as far as it
-// is called. Not in an unnamed namespace: a compiler that sees that nobody in
-// this source implements it would take the call for one that cannot happen.
+// The interface by which Office loads its add-ins, as far as it is called. Not in
+// an unnamed namespace: a compiler that sees that nobody here implements it would
+// take the call for one that cannot happen.
 struct IDTExtensibility2 : IDispatch {
     virtual HRESULT STDMETHODCALLTYPE OnConnection(IDispatch* application, int connectMode,
                                                    IDispatch* addInInstance,
@@ -39,12 +38,8 @@ constexpr wchar_t kAddin[] = L"PelloryForOutlook.Connect";
 // ext_cm_CommandLine: loaded from outside Office's own interface.
 constexpr int kConnectFromCommandLine = 3;
 
-struct ComTraits {
-    using Type = IDTExtensibility2*;
-    static Type invalid() noexcept { return nullptr; }
-    static void close(Type object) noexcept { object->Release(); }
-};
-using AddinReference = zustd::Handle<ComTraits>;
+void release(IDTExtensibility2* object) { object->Release(); }
+using AddinReference = zustd::Handle<zustd::NullHandleTraits<IDTExtensibility2*, &release>>;
 
 // Programs of the other width, which see registry and libraries of their own.
 constexpr bool kWeAre64 = sizeof(void*) == 8;
@@ -54,8 +49,7 @@ constexpr WORD kOtherMachine = kWeAre64 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_M
 
 using Key = zustd::Handle<zustd::NullHandleTraits<HKEY, &RegCloseKey>>;
 
-// The text in a key below the classes, the user's before the machine's; empty
-// when there is none.
+// The text in a key below the classes, the user's before the machine's, or empty.
 std::wstring readClasses(const std::wstring& name, REGSAM view) {
     for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
         HKEY opened = nullptr;

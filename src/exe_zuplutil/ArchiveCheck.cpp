@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 #include "ZuDirectory.h"
 #include "ZuHandleWin32Gdi.h"
+#include "ZuPlankton.h"
 
 namespace zuplutil {
 
@@ -205,9 +204,10 @@ std::optional<Entry> readEntry(const ArchiveFile& file, std::uint64_t at, std::u
 // header does not fit the entry, or the data not before the end.
 std::optional<std::uint64_t> roomOf(const ArchiveFile& file, const Entry& entry,
                                     std::uint64_t end) {
-    const auto header = file.read(entry.headerAt, kHeaderSize, end);
+    const auto header = file.read(entry.headerAt, kHeaderSize + entry.name.size(), end);
     if (!header || number(*header, 0, 4) != kHeaderMark || number(*header, 8, 2) != entry.method ||
-        number(*header, 26, 2) != entry.name.size()) {
+        number(*header, 26, 2) != entry.name.size() ||
+        header->compare(kHeaderSize, std::string::npos, entry.name) != 0) {
         return std::nullopt;
     }
     if ((entry.flags & kSizesBehindData) == 0) {
@@ -218,10 +218,8 @@ std::optional<std::uint64_t> roomOf(const ArchiveFile& file, const Entry& entry,
             return std::nullopt;
         }
     }
-    const std::uint64_t nameAt = entry.headerAt + kHeaderSize;
-    const auto name = file.read(nameAt, entry.name.size(), end);
-    const std::uint64_t dataAt = nameAt + entry.name.size() + number(*header, 28, 2);
-    if (name != entry.name || dataAt > end || entry.packedSize > end - dataAt) {
+    const std::uint64_t dataAt = entry.headerAt + header->size() + number(*header, 28, 2);
+    if (dataAt > end || entry.packedSize > end - dataAt) {
         return std::nullopt;
     }
     return dataAt + entry.packedSize - entry.headerAt;
@@ -274,8 +272,7 @@ std::wstring decode(const std::string& name, UINT codePage) {
 }
 
 // Takes an entry's file off the list, under whatever reading of its name it is
-// there: those who pack flag UTF-8 or not, and those who do not flag it use
-// either code page of the system. This process's own may be UTF-8.
+// there: those who pack use UTF-8 or either code page of the system.
 void takeOff(FileSizes& missing, const Entry& entry, const std::array<UINT, 3>& codePages) {
     for (const UINT codePage : codePages) {
         const auto found = missing.find(decode(entry.name, codePage));
@@ -313,12 +310,9 @@ bool isWholeWith(const ArchiveFile& file, FileSizes missing) {
 }  // namespace
 
 bool holdsFolder(const std::wstring& archive, const std::wstring& folder) noexcept {
-    try {
-        return isWholeWith(ArchiveFile(archive), filesBelow(folder));
-    } catch (...) {
-        // A folder that cannot be listed, or no memory: nothing is known.
-        return false;
-    }
+    // Of a folder that cannot be listed, or without memory, nothing is known.
+    return zustd::guarded(L"holdsFolder", false,
+                          [&] { return isWholeWith(ArchiveFile(archive), filesBelow(folder)); });
 }
 
 }  // namespace zuplutil

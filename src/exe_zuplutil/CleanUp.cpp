@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include "Actions.h"
 #include "Console.h"
@@ -34,16 +32,14 @@ const std::string kRule(106, '-');
 // removes nothing, unless one of the pieces happens to be a folder of its own.
 bool wouldRemoveAnotherFolder(const std::wstring& path) {
     constexpr const wchar_t* kSeparators = L" \t\v\f,;=\u00A0";
-    if (path.find_first_of(kSeparators) == std::wstring::npos) {
-        return false;
-    }
-    std::size_t begin = path.find_first_not_of(kSeparators);
-    while (begin != std::wstring::npos) {
-        const std::size_t end = std::min(path.find_first_of(kSeparators, begin), path.size());
-        if (zustd::isDirectory(path.substr(begin, end - begin))) {
+    std::size_t end = 0;
+    for (std::size_t begin;
+         (begin = path.find_first_not_of(kSeparators, end)) != std::wstring::npos;) {
+        end = std::min(path.find_first_of(kSeparators, begin), path.size());
+        const std::wstring piece = path.substr(begin, end - begin);
+        if (piece != path && zustd::isDirectory(piece)) {
             return true;
         }
-        begin = path.find_first_not_of(kSeparators, end);
     }
     return false;
 }
@@ -70,44 +66,27 @@ void removeLogDirectory(const std::wstring& directory) {
     }
 }
 
-struct DataFile {
-    const wchar_t* name;
-    const char* message;
-};
-constexpr DataFile kDataFiles[] = {{L"\\debug.config", "Removing Pellory debug settings...\n"},
-                                   {L"\\debug.log", "Removing Pellory debug log...\n"},
-                                   {L"\\dump.log", "Removing Pellory dump log file...\n"}};
-
-struct Backups {
+// What debug logging leaves in the add-in's data directory.
+struct DataFiles {
     const wchar_t* pattern;
-    const char* kind;
+    const char* name;
+    // Whether their number is told.
+    bool counted;
 };
-constexpr Backups kBackups[] = {{L"debug.log-*.bak", "log file"}, {L"dump.log-*.bak", "dump file"}};
-
-std::vector<std::wstring> findBackups(const std::wstring& data, const Backups& backups) {
-    std::vector<std::wstring> paths;
-    if (zustd::isDirectory(data)) {
-        for (const std::wstring& name : listFiles(data, backups.pattern)) {
-            paths.push_back(data + L'\\' + name);
-        }
-    }
-    return paths;
-}
+constexpr DataFiles kDataFiles[] = {{L"debug.config", "debug settings", false},
+                                    {L"debug.log", "debug log", false},
+                                    {L"dump.log", "dump log file", false},
+                                    {L"debug.log-*.bak", "log file backups", true},
+                                    {L"dump.log-*.bak", "dump file backups", true}};
 
 void removeData(const std::wstring& data) {
-    for (const DataFile& file : kDataFiles) {
-        if (zustd::isFile(data + file.name)) {
-            printAndRecord("%s", file.message);
-            removeFile(data + file.name);
+    for (const DataFiles& each : kDataFiles) {
+        const std::vector<std::wstring> files = listFiles(data, each.pattern);
+        const std::string count = each.counted ? std::to_string(files.size()) + " " : "";
+        if (!files.empty()) {
+            printAndRecord("Removing %sPellory %s...\n", count.c_str(), each.name);
         }
-    }
-    for (const Backups& backups : kBackups) {
-        const std::vector<std::wstring> paths = findBackups(data, backups);
-        if (!paths.empty()) {
-            printAndRecord("Removing %lu Pellory %s backups...\n",
-                           static_cast<unsigned long>(paths.size()), backups.kind);
-        }
-        std::for_each(paths.begin(), paths.end(), &removeFile);
+        std::for_each(files.begin(), files.end(), &removeFile);
     }
 }
 
@@ -133,17 +112,9 @@ std::vector<std::wstring> findLeftovers(const Places& places) {
     std::vector<std::wstring> found;
     std::copy_if(places.folders.begin(), places.folders.end(), std::back_inserter(found),
                  &zustd::isDirectory);
-    if (places.data.empty()) {
-        return found;
-    }
-    for (const DataFile& file : kDataFiles) {
-        if (zustd::isFile(places.data + file.name)) {
-            found.push_back(places.data + file.name);
-        }
-    }
-    for (const Backups& backups : kBackups) {
-        const std::vector<std::wstring> paths = findBackups(places.data, backups);
-        found.insert(found.end(), paths.begin(), paths.end());
+    for (const DataFiles& each : kDataFiles) {
+        const std::vector<std::wstring> files = listFiles(places.data, each.pattern);
+        found.insert(found.end(), files.begin(), files.end());
     }
     return found;
 }
@@ -160,22 +131,12 @@ bool isRemovalWanted() {
 
 }  // namespace
 
-bool hasSettingsFiles() {
-    const std::wstring directory = getAddinDataDirectory();
-    return zustd::isDirectory(directory) && !listFiles(directory, kSettingsPattern).empty();
-}
+bool hasSettingsFiles() { return !listFiles(getAddinDataDirectory(), kSettingsPattern).empty(); }
 
 void removeSettings(bool interactive) {
-    if (!hasSettingsFiles()) {
-        return;
-    }
-    const std::wstring directory = getAddinDataDirectory();
-    const std::vector<std::wstring> names = listFiles(directory, kSettingsPattern);
-    if (!interactive && !isRemovalWanted()) {
-        return;
-    }
-    for (const std::wstring& name : names) {
-        removeFile(directory + L'\\' + name);
+    const std::vector<std::wstring> files = listFiles(getAddinDataDirectory(), kSettingsPattern);
+    if (!files.empty() && (interactive || isRemovalWanted())) {
+        std::for_each(files.begin(), files.end(), &removeFile);
     }
 }
 
@@ -185,9 +146,7 @@ void removeDiagnosticsLogs() {
     const Places places = findPlaces();
     const bool isAnything = !findLeftovers(places).empty();
     std::for_each(places.folders.begin(), places.folders.end(), &removeLogDirectory);
-    if (!places.data.empty()) {
-        removeData(places.data);
-    }
+    removeData(places.data);
     // All of it is asked for anew: what was not seen before was not removed.
     const std::vector<std::wstring> left = findLeftovers(findPlaces());
     for (const std::wstring& path : left) {

@@ -6,10 +6,9 @@ namespace zuplutil {
 // Whether the add-in's data directory holds settings files.
 bool hasSettingsFiles();
 
-// Deletes the settings files. Not interactive: asks in a message box first,
-// whose default is no; any answer but yes removes nothing, and a line says so
-// when the box could not be shown. The first file that cannot be
-// deleted throws ActionFailure and ends the removal.
+// Deletes the settings files; the first that cannot be deleted throws ActionFailure.
+// Not interactive: asks in a message box first, whose default is no; a line says so
+// when the box could not be shown.
 void removeSettings(bool interactive);
 
 // Removes the diagnostics folder, the debug settings, the logs and their

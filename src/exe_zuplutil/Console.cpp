@@ -1,51 +1,42 @@
 #include "Console.h"
 
 #include <array>
+#include <cctype>
 #include <cstdarg>
 #include <cstdio>
-#include <new>
 
 #include "ConsoleSession.h"
+#include "ZuPlankton.h"
 #include "ZuWindows.h"
 
 namespace zuplutil {
 
 namespace {
 
-constexpr std::size_t kTextBuffer = std::size_t{32} * 1024;
 constexpr std::size_t kLargestTranscript = std::size_t{16} * 1024 * 1024;
 
-std::string& transcript() {
-    static std::string text;
-    return text;
-}
+std::string transcript;
 
 // Recording never fails an action: without memory the text is only printed.
 void record(const char* text) noexcept {
-    try {
-        std::string& all = transcript();
-        all += text;
-        if (all.size() > kLargestTranscript) {
-            all.erase(0, kLargestTranscript / 2);
+    zustd::guarded(L"printAndRecord", [text] {
+        transcript += text;
+        if (transcript.size() > kLargestTranscript) {
+            transcript.erase(0, kLargestTranscript / 2);
         }
-    } catch (const std::bad_alloc&) {
-    }
+    });
 }
 
 // A text of at most the buffer's size, formatted from the caller's arguments.
-class FormattedText {
-public:
-    FormattedText(const char* format, std::va_list arguments)
-        __attribute__((format(gnu_printf, 2, 0))) {
-        if (std::vsnprintf(text_.data(), text_.size(), format, arguments) < 0) {
-            text_[0] = '\0';
-        }
+using Text = std::array<char, std::size_t{32} * 1024>;
+__attribute__((format(gnu_printf, 1, 0))) Text formatted(const char* format,
+                                                         std::va_list arguments) {
+    Text text;
+    if (std::vsnprintf(text.data(), text.size(), format, arguments) < 0) {
+        text[0] = '\0';
     }
-    const char* get() const { return text_.data(); }
-
-private:
-    std::array<char, kTextBuffer> text_;
-};
+    return text;
+}
 
 // Reads from standard input. CTRL-C ends a read, too, as the end of input does;
 // the run must not take that for an answer.
@@ -79,23 +70,23 @@ void printOnly(const char* text) {
 void printAndRecord(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const FormattedText text(format, arguments);
+    const Text text = formatted(format, arguments);
     va_end(arguments);
-    printOnly(text.get());
-    record(text.get());
+    printOnly(text.data());
+    record(text.data());
 }
 
 void recordOnly(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const FormattedText text(format, arguments);
+    const Text text = formatted(format, arguments);
     va_end(arguments);
-    record(text.get());
+    record(text.data());
 }
 
-void clearTranscript() { transcript().clear(); }
+void clearTranscript() { transcript.clear(); }
 
-std::string getTranscript() { return transcript(); }
+std::string getTranscript() { return transcript; }
 
 void waitForKey() {
     printAndRecord(
@@ -111,14 +102,10 @@ bool askYesNo(const char* message) {
             printAndRecord("%s\n\n", message);
         }
         printAndRecord("ARE YOU SURE?\nPress 'y' or 'n' key followed by <Enter>...\n");
-        const int answer = readCharacter();
-        if (answer == 'y' || answer == 'Y') {
-            recordOnly("\n>Yes\n");
-            return true;
-        }
-        if (answer == 'n' || answer == 'N') {
-            recordOnly("\n>No\n");
-            return false;
+        const int answer = std::tolower(readCharacter());
+        if (answer == 'y' || answer == 'n') {
+            recordOnly("\n>%s\n", answer == 'y' ? "Yes" : "No");
+            return answer == 'y';
         }
     }
 }

@@ -1,8 +1,7 @@
 // The console: what is printed, what is recorded, and what the user answers.
 //
-// What the utility shows goes through printAndRecord into the transcript, one
-// process-wide text that also receives the echoes of the user's answers. A collection saves it as
-// its log. Narrow text is in the active code page (UTF-8 on today's systems). Single-threaded.
+// The transcript, one process-wide text, has what was shown and the user's answers;
+// a collection saves it as its log. Narrow text is in the active code page.
 #pragma once
 
 #include <string>
@@ -18,15 +17,13 @@ void recordOnly(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)
 void printOnly(const char* text);
 
 void clearTranscript();
-// A copy. Past 16 MiB the older half is dropped: at the end of standard input
-// a menu repeats its prompt without end.
+// A copy. Past 16 MiB the older half is dropped: a menu may repeat its prompt for ever.
 std::string getTranscript();
 
 // Asks for a key and reads one character.
 void waitForKey();
 
-// Shows a message (none when null), asks for y or n until it gets one, and
-// returns whether it was y.
+// Shows a message (none when null) and asks for y or n until it gets one.
 bool askYesNo(const char* message);
 
 // Asks for a line of exactly one digit until it gets one.

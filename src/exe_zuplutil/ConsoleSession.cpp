@@ -2,8 +2,9 @@
 
 #include <atomic>
 #include <mutex>
-#include <utility>
 
+#include "ZuPlankton.h"
+#include "ZuScope.h"
 #include "ZuWindows.h"
 
 namespace zuplutil {
@@ -76,23 +77,13 @@ InterruptGuard::~InterruptGuard() {
 void InterruptGuard::runStep(const std::function<void()>& step) {
     stopIfInterrupted();
     const std::lock_guard lock(state().mutex);
-    state().inStep = true;
-    try {
-        step();
-    } catch (...) {
-        state().inStep = false;
-        throw;
-    }
-    state().inStep = false;
+    const zustd::ScopedValue inStep(state().inStep, true);
+    step();
 }
 
 void InterruptGuard::runActions() const noexcept {
     for (const InterruptGuard* guard = this; guard != nullptr; guard = guard->outer_) {
-        try {
-            guard->action_();
-        } catch (...) {
-            // The process is ending; there is nobody left to tell.
-        }
+        zustd::guarded(L"InterruptGuard::runActions", guard->action_);
     }
 }
 

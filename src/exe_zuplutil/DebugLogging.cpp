@@ -3,7 +3,6 @@
 #include <stdio.h>
 
 #include <new>
-#include <utility>
 
 #include "Actions.h"
 #include "Console.h"
@@ -35,12 +34,6 @@ void moveAside(const std::wstring& log) {
         printAndRecord("could not rename %s to %s\n", zustd::narrow(log).c_str(),
                        zustd::narrow(backup).c_str());
     }
-}
-
-void rotate(const std::wstring& logFile) {
-    const std::wstring dataDirectory = getAddinDataDirectory();
-    moveAside(logFile == kAutomaticLogFile ? dataDirectory + L"\\debug.log" : logFile);
-    moveAside(dataDirectory + L"\\dump.log");
 }
 
 void printNotWritten() {
@@ -88,16 +81,6 @@ void switchTo(bool enabled) {
     }
 }
 
-void showDetails(const DebugSettings& settings) {
-    printAndRecord(
-        "\nDetailed debug settings:\n-----------------------\n"
-        "  logEnabled=%s\n  logFile=%s\n  logLevel=%ld\n  logOptions=%ld\n\n"
-        "  outlook is running=%ls\n\n",
-        settings.logEnabled ? "yes" : "no", zustd::narrow(settings.logFile).c_str(),
-        static_cast<long>(settings.logLevel), static_cast<long>(settings.logOptions),
-        isOutlookRunning() ? L"yes" : L"no");
-}
-
 }  // namespace
 
 std::wstring getAddinDataDirectory(zustd::SourcePlace place) {
@@ -140,7 +123,9 @@ bool saveDebugSettings(const DebugSettings& settings, bool rotateLogs) {
     fill(bag, settings);
     const bool saved = zustd::Loader::saveSerializedString(getDebugConfigPath(), bag);
     if (rotateLogs) {
-        rotate(settings.logFile);
+        const std::wstring data = getAddinDataDirectory();
+        moveAside(settings.logFile == kAutomaticLogFile ? data + L"\\debug.log" : settings.logFile);
+        moveAside(data + L"\\dump.log");
     }
     return saved;
 }
@@ -160,7 +145,13 @@ void showDebugLoggingSettings(bool detailed) {
             "debug logging is enabled.  This is normal.\n");
     }
     if (detailed) {
-        showDetails(settings);
+        printAndRecord(
+            "\nDetailed debug settings:\n-----------------------\n"
+            "  logEnabled=%s\n  logFile=%s\n  logLevel=%ld\n  logOptions=%ld\n\n"
+            "  outlook is running=%s\n\n",
+            settings.logEnabled ? "yes" : "no", zustd::narrow(settings.logFile).c_str(),
+            static_cast<long>(settings.logLevel), static_cast<long>(settings.logOptions),
+            isOutlookRunning() ? "yes" : "no");
     }
     printAndRecord("%s\n\n", kRule);
 }
@@ -179,8 +170,7 @@ void mendDebugSettings() {
             return say("What an interrupted run had kept of the debug settings was not readable");
         case KeptFile::Left::kFailed:
             return say("Could not put back the debug settings that an interrupted run changed");
-        case KeptFile::Left::kNothing:
-        case KeptFile::Left::kInUse:
+        default:
             return;
     }
 }

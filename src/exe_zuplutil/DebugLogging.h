@@ -1,13 +1,8 @@
 // The add-in's debug logging: its settings file, its logs, and the report.
 //
-// The add-in reads debug.config in its data directory. Nothing of it is kept
-// in memory: every question reads the file again, every change writes it
-// whole. Switching logging moves the logs written so far aside as backups.
+// The add-in reads debug.config in its data directory. Every question here reads
+// it again, every change writes it whole.
 #pragma once
-
-#include <cstdint>
-#include <optional>
-#include <string>
 
 #include "ConsoleSession.h"
 #include "KeptFile.h"
@@ -52,28 +47,25 @@ void disableDebugLogging();
 // Prints the settings; detailed with every value.
 void showDebugLoggingSettings(bool detailed);
 
-// Puts back the user's settings that a former run could not, because it was
-// killed while it had settings of its own in the file; a printed line says so.
-// What a run that still lives has replaced is left alone.
+// Puts back the user's settings that a run left replaced when it was killed; a
+// printed line says so. What a run that still lives has replaced is left alone.
 void mendDebugSettings();
 
-// Settings of our own for a while. The user's come back with restore(), at the
-// latest when the object goes, over whatever is in the file then; when the user
-// breaks off, and when this process is killed or could not write with the next
-// run, unless the file has changed (see KeptFile). Where the user's cannot be kept
-// for that, the file stays as it is; this, and settings that cannot be written,
-// is told in a printed line.
+// Settings of our own for a while. The user's come back with restore(), over
+// whatever is in the file then; when the user breaks off, and with the next run
+// after a kill, unless the file has changed (see KeptFile). Where they cannot be
+// kept for that, the file stays as it is; this, and settings that cannot be
+// written, is told in a printed line.
 class TemporaryDebugSettings {
 public:
     // What comes back when there was no file.
     enum class WhenMissing { kWriteDefaults, kRemoveFile };
 
     TemporaryDebugSettings(const DebugSettings& settings, bool rotateLogs, WhenMissing whenMissing);
-    TemporaryDebugSettings(const TemporaryDebugSettings&) = delete;
-    TemporaryDebugSettings& operator=(const TemporaryDebugSettings&) = delete;
+    TemporaryDebugSettings& operator=(TemporaryDebugSettings&&) = delete;
     ~TemporaryDebugSettings();
 
-    // Logs written meanwhile become backups. Does nothing the second time.
+    // Logs written meanwhile become backups. The destructor does it at the latest.
     void restore() noexcept;
 
 private:

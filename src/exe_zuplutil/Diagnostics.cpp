@@ -1,7 +1,6 @@
 #include "Diagnostics.h"
 
 #include <algorithm>
-#include <string>
 
 #include "Actions.h"
 #include "Console.h"
@@ -30,16 +29,13 @@ const std::string kRule106(106, '-');
 
 struct Machine {
     bool is64;
-    bool isVistaOrLater;
-    std::string systemDrive;
     // The program folder, 32-bit where is64, and the 64-bit one where is64.
     std::string programFiles;
     std::string programFiles64;
     std::wstring startDirectory;
 };
 
-// Where archive and README go, and where the logs are gathered: work is the
-// diagnostics folder too, unless commands cannot run there.
+// Where archive and README go, where commands run, and where the logs are gathered.
 struct Folders {
     std::wstring diagnostics;
     std::wstring work;
@@ -72,15 +68,11 @@ void announce(bool light, bool includeOcat) {
     }
 }
 
-// A 64-bit process on a 64-bit system has no PROCESSOR_ARCHITEW6432 and
-// reports the 32-bit case; support reads the logs that way.
+// A 64-bit process reports the 32-bit case; support reads the logs that way.
 Machine inspectMachine() {
     using zustd::getEnvironmentVariable;
     const bool is64 = getEnvironmentVariable("PROCESSOR_ARCHITEW6432") == "AMD64";
-    Machine machine{is64,
-                    isWindowsVistaOrLater(),
-                    getEnvironmentVariable("SYSTEMDRIVE"),
-                    getEnvironmentVariable(is64 ? "PROGRAMFILES(X86)" : "PROGRAMFILES"),
+    Machine machine{is64, getEnvironmentVariable(is64 ? "PROGRAMFILES(X86)" : "PROGRAMFILES"),
                     is64 ? getEnvironmentVariable("ProgramW6432") : std::string(),
                     getCurrentDirectory()};
     printAndRecord(
@@ -89,8 +81,7 @@ Machine inspectMachine() {
     return machine;
 }
 
-// Makes the folders that archive and logs go to; all is gathered where the work
-// folder is when a share refuses the other one.
+// Makes the first two; all goes where commands run when a share refuses the other.
 Folders makeFolders() {
     std::wstring diagnostics = getDiagnosticsDirectory();
     const std::wstring work = getWorkDirectory(diagnostics);
@@ -107,14 +98,13 @@ Folders makeFolders() {
     return {diagnostics, work, work + L"\\PelloryLogs"};
 }
 
-// Makes the log folder, or empties that of a former run, and enters it; false
-// when it cannot be entered.
+// Makes the log folder, or empties it; false when it cannot be entered.
 bool enterLogs(const std::wstring& logs) {
     const std::string logsText = zustd::narrow(logs);
     if (zustd::isDirectory(logs)) {
         printAndRecord("Deleting old log files in %s\n", logsText.c_str());
-        for (const std::wstring& name : listFiles(logs, L"*.*")) {
-            removeFile(logs + L'\\' + name);
+        for (const std::wstring& file : listFiles(logs, L"*.*")) {
+            removeFile(file);
         }
     } else {
         makeDirectory(logs);
@@ -126,8 +116,14 @@ bool enterLogs(const std::wstring& logs) {
     return entered;
 }
 
-// The permission tool's path: in the directory that the utility was started
-// in, else where it is installed.
+// The first of the places that is there; empty when none is.
+std::wstring findFirst(const std::vector<std::wstring>& places,
+                       bool (*isThere)(const std::wstring&)) {
+    const auto found = std::find_if(places.begin(), places.end(), isThere);
+    return found == places.end() ? std::wstring() : *found;
+}
+
+// In the directory that the utility was started in, else where it is installed.
 std::wstring findPermissionTool(const Machine& machine) {
     constexpr const wchar_t* kInstalled = L"\\Windows Resource Kits\\tools\\subinacl.exe";
     std::vector<std::wstring> places = {machine.startDirectory + L"\\subinacl.exe",
@@ -135,19 +131,13 @@ std::wstring findPermissionTool(const Machine& machine) {
     if (!machine.programFiles64.empty()) {
         places.push_back(zustd::widen(machine.programFiles64) + kInstalled);
     }
-    const auto found = std::find_if(places.begin(), places.end(), &zustd::isFile);
-    return found == places.end() ? std::wstring() : *found;
+    return findFirst(places, &zustd::isFile);
 }
 
 std::wstring findOcat(const Machine& machine) {
-    for (const std::wstring& directory :
-         {machine.startDirectory + L"\\ocat",
-          zustd::widen(machine.programFiles) + L"\\Microsoft OCAT"}) {
-        if (zustd::isDirectory(directory)) {
-            return directory;
-        }
-    }
-    return {};
+    return findFirst({machine.startDirectory + L"\\ocat",
+                      zustd::widen(machine.programFiles) + L"\\Microsoft OCAT"},
+                     &zustd::isDirectory);
 }
 
 // What decides which commands run, and what their names stand for.
@@ -166,14 +156,14 @@ Facts gatherFacts(const Machine& machine, bool light, bool includeOcat) {
     const std::string user = zustd::getEnvironmentVariable("USERNAME");
     const bool isPlainName = user.find_first_of("&^%") == std::string::npos;
     const auto either = [](bool holds, When yes, When no) -> unsigned { return holds ? yes : no; };
-    return {either(machine.isVistaOrLater, kVista, kBeforeVista) |
+    return {either(isWindowsVistaOrLater(), kVista, kBeforeVista) |
                 either(machine.is64, k64Bit, k32Bit) | either(!light, kExtended, kAlways) |
                 either(zustd::isFile(data + L"\\debug.config"), kDebugConfig, kAlways) |
                 either(zustd::isFile(data + L"\\debug.log"), kDebugLog, kAlways) |
                 either(zustd::isFile(data + L"\\dump.log"), kDumpLog, kAlways) |
                 either(!tool.empty(), kPermissionTool, kNoPermissionTool) |
                 either(includeOcat, kWithOcat, kAlways) | either(!ocat.empty(), kOcat, kNoOcat),
-            {{"systemDrive", keepPerCents(machine.systemDrive)},
+            {{"systemDrive", keepPerCents(zustd::getEnvironmentVariable("SYSTEMDRIVE"))},
              {"userName", isPlainName ? "%username%" : keepPerCents(user)},
              {"addinDataDir", toCommandText(data)},
              {"programFiles", keepPerCents(machine.programFiles)},
@@ -206,8 +196,8 @@ void testAddinConnection() {
     probeAddin(kProbeLog);
 }
 
-// Nothing that fails here ends the collection: what was gathered is kept and
-// named. A former archive that cannot be deleted must not pass for the new one.
+// Nothing that fails here ends the collection. A former archive that cannot be
+// deleted must not pass for the new one.
 bool packLogs(const Folders& folders) {
     printAndRecord("Zipping log files...\n");
     const std::wstring zip = folders.zip();
@@ -241,14 +231,16 @@ void removeLogs(const Folders& folders, bool packed) {
     }
 }
 
-void tellWhatToSend(const Folders& folders, bool packed) {
-    const std::string zipText = zustd::narrow(folders.zip());
-    if (packed) {
-        printAndRecord("Please locate the file %s\n", zipText.c_str());
-    } else {
-        printAndRecord("The log files could not be packed. Please locate those in %s\n",
-                       zustd::narrow(folders.logs).c_str());
-    }
+// What the user is told at the end, and finds again in README.txt.
+void tellWhatToDo(const Folders& folders, bool packed) {
+    printAndRecord(
+        "Completed collection of diagnostics for Pellory support.\n\n"
+        "What to do next?\n"
+        "----------------\n");
+    const std::string zip = zustd::narrow(folders.zip());
+    printAndRecord(packed ? "Please locate the file %s\n"
+                          : "The log files could not be packed. Please locate those in %s\n",
+                   packed ? zip.c_str() : zustd::narrow(folders.logs).c_str());
     printAndRecord(
         "and send %s to %s along with any support ticket number that you may have received "
         "before.\n\n",
@@ -259,18 +251,8 @@ void tellWhatToSend(const Folders& folders, bool packed) {
             "PC.)\n\n",
             zustd::narrow(folders.diagnostics).c_str());
     } else if (zustd::isFile(folders.zip())) {
-        printAndRecord("(Please do not send %s: these log files are not in it.)\n\n",
-                       zipText.c_str());
+        printAndRecord("(Please do not send %s: these log files are not in it.)\n\n", zip.c_str());
     }
-}
-
-// What the user is told at the end, and finds again in README.txt.
-void tellWhatToDo(const Folders& folders, bool packed) {
-    printAndRecord(
-        "Completed collection of diagnostics for Pellory support.\n\n"
-        "What to do next?\n"
-        "----------------\n");
-    tellWhatToSend(folders, packed);
     printAndRecord(
         "Please note:\n"
         "------------\n"

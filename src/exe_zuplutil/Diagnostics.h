@@ -3,12 +3,11 @@
 
 namespace zuplutil {
 
-// Gathers everything that support needs about the add-in, Outlook and the
-// machine, packs it into one archive on the user's desktop, writes a README
-// beside it and shows the folder. light leaves out the class exports and the
-// permission dumps; includeOcat adds the configuration analyzer. Throws
-// ActionFailure when a folder cannot be made or an old file not be removed;
-// the collection ends there.
+// Packs everything that support needs about the add-in, Outlook and the machine
+// into one archive on the user's desktop, writes a README beside it and shows the
+// folder. light leaves out the class exports and the permission dumps; includeOcat
+// adds the configuration analyzer. Throws ActionFailure, and ends, when a folder
+// cannot be made or an old file not be removed.
 void collectDiagnostics(bool light, bool includeOcat);
 
 }  // namespace zuplutil

@@ -1,7 +1,5 @@
 #include "DiagnosticsCommands.h"
 
-#include <algorithm>
-
 #include "ZuPlankton.h"
 
 namespace zuplutil {
@@ -147,14 +145,12 @@ std::string expand(std::string_view text, const Values& values, const Values& mo
         const std::size_t close = text.find('}', open);
         ZU_ASSERT(close != std::string_view::npos);
         const std::string_view name = text.substr(open + 1, close - open - 1);
-        const auto hasName = [name](const NamedValue& value) { return value.name == name; };
-        auto value = std::find_if(values.begin(), values.end(), hasName);
+        auto value = values.find(name);
         if (value == values.end()) {
-            value = std::find_if(more.begin(), more.end(), hasName);
+            value = more.find(name);
             ZU_ASSERT(value != more.end());
         }
-        result += text.substr(0, open);
-        result += value->value;
+        result.append(text, 0, open).append(value->second);
         text.remove_prefix(close + 1);
     }
     return result += text;

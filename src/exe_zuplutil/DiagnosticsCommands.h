@@ -5,6 +5,7 @@
 // support compares the logs with.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,11 +39,7 @@ struct CommandRow {
 using CommandTable = std::vector<CommandRow>;
 
 // What {name} stands for.
-struct NamedValue {
-    std::string_view name;
-    std::string value;
-};
-using Values = std::vector<NamedValue>;
+using Values = std::map<std::string_view, std::string>;
 
 struct Section {
     unsigned when;

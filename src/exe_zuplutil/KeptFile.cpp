@@ -1,12 +1,12 @@
 #include "KeptFile.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <utility>
 
 #include "ZuDirectory.h"
 #include "ZuHandleWin32Gdi.h"
+#include "ZuPlankton.h"
 
 namespace zuplutil {
 
@@ -15,8 +15,7 @@ namespace {
 // More than any settings file has; a larger one is not kept.
 constexpr DWORD kLargest = 16 * 1024 * 1024;
 
-// A keeping file is a row of items, each with its length and check sum: a
-// process may be killed while it writes them.
+// A keeping file is a row of items. A process may be killed while it writes them.
 enum ItemKind : std::uint32_t { kNoFormer = 0x30554D50, kFormer, kOurs };
 
 struct ItemHeader {
@@ -57,11 +56,6 @@ bool writeAll(HANDLE file, const std::string& bytes) {
     DWORD count = 0;
     return WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) &&
            count == bytes.size() && FlushFileBuffers(file);
-}
-
-void removeOpen(HANDLE file) {
-    FILE_DISPOSITION_INFO information{TRUE};
-    SetFileInformationByHandle(file, FileDispositionInfo, &information, sizeof(information));
 }
 
 HANDLE openFile(const std::wstring& name, DWORD access, DWORD disposition = OPEN_EXISTING) {
@@ -147,22 +141,22 @@ KeptFile::Left KeptFile::mend(const std::wstring& file) {
 }
 
 void KeptFile::putBack() noexcept {
-    try {
+    // Without memory the next process tries.
+    zustd::guarded(L"KeptFile::putBack", [this] {
         if (putBackContent() != Left::kFailed) {
             forget();
         }
-    } catch (...) {
-        // No memory: the next process tries.
-    }
+    });
 }
 
 void KeptFile::forget() noexcept {
-    removeOpen(keeping_.get());
+    FILE_DISPOSITION_INFO information{TRUE};
+    SetFileInformationByHandle(keeping_.get(), FileDispositionInfo, &information,
+                               sizeof(information));
     keeping_.reset();
 }
 
-// Whether what there was can be told; what follows the first damaged item was
-// not yet in use when it was written.
+// Whether what there was can be told; nothing behind a damaged item was in use yet.
 bool KeptFile::decode(const std::string& bytes) {
     bool told = false;
     std::string_view rest = bytes;
@@ -186,9 +180,8 @@ bool KeptFile::decode(const std::string& bytes) {
     return told;
 }
 
-// A content of ours, or what there was, as far as a process got with writing it:
-// a beginning, or a whole one behind which the end of a longer one still stands
-// or stands already (see zustd::ReplacedFile).
+// A content of ours, or what there was, as far as a process got with writing it: a
+// beginning, or a whole one with the end of a longer one (see zustd::ReplacedFile).
 bool KeptFile::isOurs(const Content& content) const {
     if (!content) {
         return false;

@@ -1,15 +1,13 @@
 // A file of the user's, kept beside it while another content stands in its place.
 //
-// Whoever replaces a file for a while keeps it first: a file of ours, of the
-// same name with ".kept" behind it, then has what there was, byte for byte, and
-// every content that will stand there instead. It is on the disk before the
-// first of these is. A process that is killed leaves it behind, and whoever
-// comes next puts back what there was. A file that has become something else
-// meanwhile, or has been removed, is left alone: somebody meant that.
+// A keeping file, of the same name with ".kept" behind it, has what there was and
+// every content that will stand there instead, before the first of these does. A
+// process that is killed leaves it behind, and whoever comes next puts back what
+// there was. A file that has become something else meanwhile, or has been
+// removed, is left alone: somebody meant that.
 //
-// As long as the process that made it lives nobody else can open the keeping
-// file for deletion, so a living run is never mended. All of this is plain file
-// calls, fit for any thread and for a process that is ending.
+// The keeping file is held open: a living run is never mended. All of this is
+// plain file calls, fit for any thread and for a process that is ending.
 #pragma once
 
 #include <optional>

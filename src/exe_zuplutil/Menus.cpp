@@ -1,8 +1,6 @@
 #include "Menus.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "Actions.h"
 #include "CleanUp.h"
@@ -18,23 +16,11 @@ namespace {
 constexpr const char* kMenuRule = "----------------------------------------------";
 const std::string kRule128(128, '-');
 
-void warnWhileOutlookRuns() {
-    if (isOutlookRunning()) {
-        showOutlookRunningWarning();
-    }
-}
-
-void waitUntilOutlookHasEnded() {
-    while (isOutlookRunning()) {
-        warnWhileOutlookRuns();
-        waitForKey();
-    }
-}
-
-void waitUntilOutlookRuns() {
-    while (!isOutlookRunning()) {
-        if (!isOutlookRunning()) {
-            showOutlookNotRunningWarning();
+// The state is asked for once more before the warning.
+void waitWhileOutlookRuns(bool running) {
+    while (isOutlookRunning() == running) {
+        if (isOutlookRunning() == running) {
+            running ? showOutlookRunningWarning() : showOutlookNotRunningWarning();
         }
         waitForKey();
     }
@@ -64,7 +50,9 @@ void show(const char* title, const Menu& menu) {
 void runMenu(const char* title, Menu (*makeEntries)()) {
     for (;;) {
         const Menu menu = makeEntries();
-        warnWhileOutlookRuns();
+        if (isOutlookRunning()) {
+            showOutlookRunningWarning();
+        }
         show(title, menu);
         const int choice = readMenuChoice();
         const auto entry = std::find_if(menu.begin(), menu.end(), [choice](const MenuEntry& each) {
@@ -153,14 +141,14 @@ void diagnosticsMenu() {
 }
 
 void guidedCollection() {
-    waitUntilOutlookHasEnded();
+    waitWhileOutlookRuns(true);
     TemporaryDebugSettings settings({true, kAutomaticLogFile, 10, 1}, true,
                                     TemporaryDebugSettings::WhenMissing::kWriteDefaults);
     showDebugLoggingSettings(false);
-    waitUntilOutlookRuns();
+    waitWhileOutlookRuns(false);
     tellWhatToTry();
     waitForKey();
-    waitUntilOutlookHasEnded();
+    waitWhileOutlookRuns(true);
     settings.restore();
     showDebugLoggingSettings(false);
     collectDiagnostics(true, false);

@@ -3,10 +3,8 @@
 
 namespace zuplutil {
 
-// Shows the main menu and does what is chosen, until the user leaves. The
-// marks behind the entries are read from disk each time.
+// Shows the main menu and does what is chosen, until the user leaves.
 void mainMenu();
-
 // The same for the ways of collecting diagnostics.
 void diagnosticsMenu();
 

@@ -6,12 +6,11 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 
 #include "ZuApplicationService.h"
+#include "ZuHandleWin32Gdi.h"
 #include "ZuServiceLocator.h"
 #include "ZuText.h"
-#include "ZuWindows.h"
 
 namespace zuplutil {
 
@@ -19,18 +18,14 @@ namespace {
 
 constexpr wchar_t kDiagnosticsFolder[] = L"\\PelloryDiagnostics";
 
-struct MemoryFreer {
-    void operator()(wchar_t* memory) const noexcept { free(memory); }
-};
+using AllocatedText = zustd::Handle<zustd::NullHandleTraits<wchar_t*, &free>>;
 
 // The wide form of the call: the narrow one fails for a desktop whose path
 // takes more than 260 bytes.
 std::wstring getUserFolder(int csidl) {
     std::array<wchar_t, MAX_PATH + 1> path{};
-    if (SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE)) {
-        return path.data();
-    }
-    return {};
+    const bool found = SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE);
+    return found ? path.data() : std::wstring();
 }
 
 std::wstring getTemporaryFolder() {
@@ -84,7 +79,7 @@ std::wstring getWorkDirectory(const std::wstring& diagnostics) {
 }
 
 std::wstring getCurrentDirectory() {
-    const std::unique_ptr<wchar_t, MemoryFreer> path(_wgetcwd(nullptr, 0));
+    const AllocatedText path(_wgetcwd(nullptr, 0));
     return path ? path.get() : std::wstring();
 }
 
@@ -94,10 +89,8 @@ std::string toNarrowPath(const std::wstring& path) {
     bool lossy = false;
     std::string result = zustd::narrow(path, &lossy);
     if (lossy) {
-        const std::wstring shortPath = getShortPath(path);
-        bool shortLossy = true;
-        std::string shortResult = zustd::narrow(shortPath, &shortLossy);
-        if (!shortPath.empty() && !shortLossy) {
+        std::string shortResult = zustd::narrow(getShortPath(path), &lossy);
+        if (!shortResult.empty() && !lossy) {
             return shortResult;
         }
     }

@@ -9,19 +9,17 @@ namespace zuplutil {
 // it lies in the user's documents when there is no desktop. Not created.
 std::wstring getDiagnosticsDirectory();
 
-// The folder in which a collection gathers: the given diagnostics folder, unless that
-// lies on a network share, where the command interpreter has no current
-// directory; then one of the same name in the user's local application data or,
-// where that too is on a share, in the temporary folder. Not created.
+// The folder in which a collection gathers, not created: the diagnostics folder or,
+// where that lies on a network share, in which the command interpreter does not
+// run, one in the user's local application data or in the temporary folder.
 std::wstring getWorkDirectory(const std::wstring& diagnostics);
 
 // The process's current directory; empty when the system cannot tell it.
 std::wstring getCurrentDirectory();
 bool setCurrentDirectory(const std::wstring& directory);
 
-// A path in the active code page, for command lines and the C runtime. Where
-// the code page lacks a character of it, the system's short form of the path
-// is used, so that the file is still found.
+// A path in the active code page, for command lines and the C runtime; the
+// system's short form of it where the code page lacks a character.
 std::string toNarrowPath(const std::wstring& path);
 
 // Such a path as the text of a command line, in quotes or without, that keeps

@@ -24,7 +24,6 @@ enum class Progress : std::uint32_t { kRunning, kDone, kThrew };
 // What parent and child share; all zero at first.
 struct Report {
     DWORD parent;
-    // A current directory has at most 260 characters.
     std::array<char, 4096> logFile;
     std::atomic<Progress> progress;
     // How much of the text there is.
@@ -53,8 +52,7 @@ DWORD WINAPI endWithParent(void* parent) {
     return 0;
 }
 
-// Neither the system's box nor a debugger that waits for somebody; and next to
-// no stack, of which there may be none left.
+// Neither the system's box nor a debugger; and next to no stack.
 LONG WINAPI endWithException(EXCEPTION_POINTERS* exception) {
     TerminateProcess(GetCurrentProcess(), exception->ExceptionRecord->ExceptionCode);
     return EXCEPTION_CONTINUE_SEARCH;
@@ -93,15 +91,10 @@ void connect(Report& report) {
 
 // --- The parent -----------------------------------------------------------------
 
-std::wstring ownPath() {
-    std::wstring path(std::size_t{32} * 1024, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
-}
-
 // Without a console, as the add-in has none in Outlook either.
 Process startChild(const std::wstring& id) {
-    const std::wstring program = ownPath();
+    std::wstring program(std::size_t{32} * 1024, L'\0');
+    program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
     std::wstring line = L"\"" + program + L"\" " + kArgument + L" " + id;
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
@@ -114,26 +107,7 @@ Process startChild(const std::wstring& id) {
     return Process(process.hProcess);
 }
 
-// Prints what has come since the last time. The add-in may have written all
-// over the report: nothing in it is believed.
-class ReportPrinter {
-public:
-    explicit ReportPrinter(const Report& report) : report_(report) {}
-    void printNews() {
-        const std::size_t size = std::min<std::size_t>(report_.size, report_.text.size());
-        if (size > printed_) {
-            const std::string news(report_.text.data() + printed_, size - printed_);
-            printAndRecord("%s", news.c_str());
-            printed_ = size;
-        }
-    }
-
-private:
-    const Report& report_;
-    std::size_t printed_ = 0;
-};
-
-// Whether the child ended in time; it has ended afterwards in any case.
+// Whether the child ended in time; it is ended otherwise.
 bool waitForChild(HANDLE child, const Report& report, unsigned seconds) {
     constexpr DWORD kGlance = 50;
     constexpr DWORD kPatienceWithTheSystem = 2000;
@@ -143,16 +117,24 @@ bool waitForChild(HANDLE child, const Report& report, unsigned seconds) {
     };
     // It might hold the add-in's files open.
     const InterruptGuard guard(end);
-    ReportPrinter printer(report);
+    // Prints what has come since the last time. The add-in may have written all
+    // over the report: nothing in it is believed.
+    auto printNews = [&report, printed = std::size_t{0}]() mutable {
+        const std::size_t size = std::min<std::size_t>(report.size, report.text.size());
+        if (size > printed) {
+            printAndRecord("%s", std::string(&report.text[printed], size - printed).c_str());
+            printed = size;
+        }
+    };
     const ULONGLONG begin = GetTickCount64();
     bool ended = false;
     while (!ended && GetTickCount64() - begin < ULONGLONG{1000} * seconds) {
         ended = WaitForSingleObject(child, kGlance) == WAIT_OBJECT_0;
-        printer.printNews();
+        printNews();
     }
     if (!ended) {
         end();
-        printer.printNews();
+        printNews();
     }
     return ended;
 }

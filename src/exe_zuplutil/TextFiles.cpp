@@ -1,7 +1,5 @@
 #include "TextFiles.h"
 
-#include <cstdio>
-
 #include "Console.h"
 #include "ZuFile.h"
 

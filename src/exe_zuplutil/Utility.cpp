@@ -1,16 +1,16 @@
 #include "Utility.h"
 
-#include <memory>
-#include <string>
-#include <vector>
+#include <algorithm>
+#include <cstdio>
 
 #include "Actions.h"
+#include "CleanUp.h"
 #include "Console.h"
 #include "ConsoleSession.h"
 #include "DebugLogging.h"
+#include "Diagnostics.h"
 #include "Menus.h"
 #include "ProbeProcess.h"
-#include "Switches.h"
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuResourceService.h"
 #include "ZuResourceServiceGeneric.h"
@@ -22,6 +22,28 @@
 namespace zuplutil {
 
 namespace {
+
+using Switches = std::vector<std::wstring>;
+
+bool isPresent(const Switches& switches, const wchar_t* name) {
+    return std::any_of(switches.begin(), switches.end(), [name](const std::wstring& given) {
+        return zustd::equalsIgnoringAsciiCase(given, name);
+    });
+}
+
+// The first of these that is present is what is done.
+struct SwitchAction {
+    const wchar_t* name;
+    void (*run)(const Switches& switches);
+};
+// clang-format off
+constexpr SwitchAction kActions[] = {
+    {L"-askremovesettings", [](const Switches&) { removeSettings(false); }},
+    {L"-logdiagnostics", [](const Switches& all) { collectDiagnostics(isPresent(all, L"-light"), !isPresent(all, L"-noocat")); }},
+    {L"-enableDebugging", [](const Switches&) { enableDebugLogging(); showDebugLoggingSettings(false); }},
+    {L"-disableDebugging", [](const Switches&) { disableDebugLogging(); showDebugLoggingSettings(false); }},
+};
+// clang-format on
 
 void showBanner() {
 #ifdef NDEBUG
@@ -54,8 +76,8 @@ void registerApplicationService() {
 }
 
 int run(int argc, wchar_t** argv) {
-    std::vector<std::wstring> switches;
-    std::vector<std::wstring> others;
+    Switches switches;
+    Switches others;
     splitArguments(argc, argv, switches, others);
     if (switches.empty() && others.empty()) {
         runAction(&mendDebugSettings);
@@ -66,6 +88,31 @@ int run(int argc, wchar_t** argv) {
 }
 
 }  // namespace
+
+void splitArguments(int argc, wchar_t** argv, std::vector<std::wstring>& switches,
+                    std::vector<std::wstring>& others) {
+    for (int i = 1; i < argc; ++i) {
+        (argv[i][0] == L'-' ? switches : others).emplace_back(argv[i]);
+    }
+}
+
+int runSwitches(const std::vector<std::wstring>& switches) {
+    const auto action = std::find_if(
+        std::begin(kActions), std::end(kActions),
+        [&](const SwitchAction& candidate) { return isPresent(switches, candidate.name); });
+    if (action == std::end(kActions)) {
+        std::fputs("invalid arguments\n", stderr);
+        return 1;
+    }
+    // Where the settings are is the shell's to say, which a call without an
+    // action need not load.
+    runAction(&mendDebugSettings);
+    runAction([&] { action->run(switches); });
+    if (isPresent(switches, L"-pause")) {
+        waitForKey();
+    }
+    return 0;
+}
 
 int runUtility(int argc, wchar_t** argv) {
     if (runAsProbeProcess(argc, argv)) {

@@ -1,6 +1,5 @@
 #include "ZipArchive.h"
 
-#include <cstdint>
 #include <utility>
 
 #include "Actions.h"

@@ -12,10 +12,9 @@ namespace zuplutil {
 void zipFolder(const std::string& sourceFolder, const std::string& zipPath,
                const std::string& workDir);
 
-// Whether the archive holds the whole folder. The shell may need longer than the
-// script gave it: as long as it still writes it is waited for, five minutes at
-// most, and a line says so. Returns at once when the archive is complete or
-// missing, within a second when nobody works on it.
+// Whether the archive holds the whole folder. As long as the shell still writes it
+// is waited for, five minutes at most, and a line says so. Returns at once when the
+// archive is complete or missing, within a second when nobody works on it.
 bool waitUntilPacked(const std::wstring& zipPath, const std::wstring& folder);
 
 }  // namespace zuplutil

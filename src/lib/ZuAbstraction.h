@@ -13,7 +13,6 @@
 #pragma once
 
 #include <memory>
-#include <utility>
 
 #include "ZuPlankton.h"
 
@@ -22,9 +21,7 @@ namespace zustd {
 // The root of every backend object. Slot order is fixed.
 class IImplementation {
 public:
-    IImplementation() = default;
-    IImplementation(const IImplementation&) = delete;
-    IImplementation& operator=(const IImplementation&) = delete;
+    IImplementation& operator=(IImplementation&&) = delete;
     virtual ~IImplementation() = default;
 
     // Pushes the portable object's state into the native object, making the
@@ -42,9 +39,7 @@ public:
 // backend.
 class IBackend {
 public:
-    IBackend() = default;
-    IBackend(const IBackend&) = delete;
-    IBackend& operator=(const IBackend&) = delete;
+    IBackend& operator=(IBackend&&) = delete;
     virtual ~IBackend() = default;
 };
 
@@ -55,9 +50,7 @@ class Implementation;
 template <class I>
 class Abstraction {
 public:
-    Abstraction() = default;
-    Abstraction(const Abstraction&) = delete;
-    Abstraction& operator=(const Abstraction&) = delete;
+    Abstraction& operator=(Abstraction&&) = delete;
     virtual ~Abstraction() = default;
 
     bool hasImplementation() const noexcept { return impl_ != nullptr; }

@@ -2,10 +2,6 @@
 
 namespace zustd {
 
-namespace {
-constexpr std::uint32_t kLargestHalf = 0x7FFFFFFF;
-}  // namespace
-
 const MessageKind ChangeTracker::kPropertyChanged{L"propertyChanged.ChangeTracker",
                                                   MessageWords::kText};
 const MessageKind ChangeTracker::kCacheCleared{L"cacheCleared.ChangeTracker", MessageWords::kText};
@@ -20,6 +16,7 @@ bool ChangeTracker::isChanged() const {
 }
 
 void ChangeTracker::countChange() {
+    constexpr std::uint32_t kLargestHalf = 0x7FFFFFFF;
     if (changeCountLow_ != kLargestHalf) {
         ++changeCountLow_;
         return;

@@ -1,9 +1,6 @@
 // Counts changes, remembers which were saved, and announces each as a message.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "ZuMessaging.h"
 #include "ZuSharedObject.h"
 

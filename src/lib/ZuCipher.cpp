@@ -8,10 +8,10 @@
 #include <cryptopp/zlib.h>
 
 #include <algorithm>
+#include <charconv>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <utility>
 
 #include "ZuPlankton.h"
 
@@ -32,6 +32,12 @@ struct InstalledKey {
 InstalledKey& installedKey() {
     static InstalledKey instance;
     return instance;
+}
+
+void installKey(const std::optional<CipherKey>& key) {
+    InstalledKey& installed = installedKey();
+    const std::lock_guard lock(installed.mutex);
+    installed.key = key;
 }
 
 const CryptoPP::byte* bytesOf(std::string_view text) noexcept {
@@ -156,15 +162,6 @@ bool isKnown(CipherEncoding encoding) noexcept {
     return encoding == CipherEncoding::kEnciphered || encoding == CipherEncoding::kCompressed;
 }
 
-unsigned hexDigitValue(char digit) noexcept {
-    constexpr unsigned kNoDigit = 16;
-    if (digit >= '0' && digit <= '9') {
-        return static_cast<unsigned>(digit - '0');
-    }
-    const char lower = static_cast<char>(digit | 0x20);
-    return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a') + 10 : kNoDigit;
-}
-
 }  // namespace
 
 CipherKey::CipherKey(std::span<const std::uint8_t, kSize> bytes) noexcept {
@@ -179,29 +176,19 @@ CipherKey CipherKey::fromHex(std::string_view digits) {
         throwText(kText, ZU_HERE);
     }
     for (std::size_t i = 0; i < kSize; ++i) {
-        const unsigned high = hexDigitValue(digits[2 * i]);
-        const unsigned low = hexDigitValue(digits[2 * i + 1]);
-        if (high > 15 || low > 15) {
+        const char* const pair = digits.data() + 2 * i;
+        if (std::from_chars(pair, pair + 2, key.bytes_[i], 16).ptr != pair + 2) {
             throwText(kText, ZU_HERE);
         }
-        key.bytes_[i] = static_cast<std::uint8_t>(high << 4 | low);
     }
     return key;
 }
 
 CipherKey::~CipherKey() { CryptoPP::SecureWipeBuffer(bytes_.data(), bytes_.size()); }
 
-void setCipherKey(const CipherKey& key) {
-    InstalledKey& installed = installedKey();
-    const std::lock_guard lock(installed.mutex);
-    installed.key = key;
-}
+void setCipherKey(const CipherKey& key) { installKey(key); }
 
-void clearCipherKey() {
-    InstalledKey& installed = installedKey();
-    const std::lock_guard lock(installed.mutex);
-    installed.key.reset();
-}
+void clearCipherKey() { installKey(std::nullopt); }
 
 std::string Cipher::encipher(CipherEncoding encoding, std::string_view utf8, const CipherKey& key) {
     if (!isKnown(encoding)) {

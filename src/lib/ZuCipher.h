@@ -11,20 +11,17 @@
 //     16 + n  16     authentication tag
 //
 // The tag covers the first four bytes and the encoding's number as well
-// (associated data, five bytes), so that a message of one encoding is refused
-// under the other's number although the number is not part of it. Every
-// message gets a fresh random nonce from the system's generator; one key is
-// good for some four thousand million messages.
+// (associated data, five bytes): a message of one encoding is refused under the
+// other's number. Every message gets a fresh random nonce from the system's
+// generator; one key is good for some four thousand million messages.
 //
-// The key belongs to the host; none is compiled in. Whoever holds one at hand
-// passes it along. The Encoder has none to pass, so a host that ships
-// enciphered resources installs its key once for the process.
+// The key belongs to the host; none is compiled in. The Encoder has none to pass
+// along: for it a host installs its key once for the process.
 //
-// Deciphering hands out nothing before the tag is verified, inflates nothing
-// before that either, and gives up a stream as soon as it grows beyond
-// kMaxCipherText. All failures are thrown as texts after their throw report
-// and say no more than which step failed; running out of memory stays
-// std::bad_alloc. All operations may be called from any thread.
+// Deciphering hands out and inflates nothing before the tag is verified, and
+// gives up a stream that grows beyond kMaxCipherText. All failures are thrown as
+// texts after their throw report and say no more than which step failed. All
+// operations may be called from any thread.
 //
 // No memory that deciphering gives back holds text: what a caller gets is the
 // only copy, and the caller's to wipe.
@@ -73,7 +70,6 @@ private:
 void setCipherKey(const CipherKey& key);
 void clearCipherKey();
 
-// Enciphers and deciphers whole texts; throws the reports of ZuPlankton.
 class Cipher {
 public:
     // The message that holds utf8; two calls never give the same one. What
@@ -92,9 +88,8 @@ public:
 
 namespace detail {
 
-// A text that is overwritten when it ends, unless it was handed out; whoever
-// is handed one wipes it so in turn. Whoever lets it grow beyond its room takes
-// care of the memory that it leaves.
+// A text that is overwritten when it ends, unless it was handed out. Whoever lets
+// it grow beyond its room takes care of the memory that it leaves.
 class WipedText {
 public:
     explicit WipedText(std::size_t room = 0);

@@ -2,8 +2,6 @@
 
 #include <stdlib.h>
 
-#include <string_view>
-
 #include "ZuFile.h"
 #include "ZuText.h"
 

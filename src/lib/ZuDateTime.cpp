@@ -13,10 +13,10 @@ DateTime DateTime::now() noexcept {
 }
 
 std::wstring DateTime::toFileStamp() const {
-    return formatWide(L"%04ld-%02ld-%02ld-%02ld;%02ld;%02ld;%03ld", static_cast<long>(year_),
-                      static_cast<long>(month_), static_cast<long>(day_), static_cast<long>(hour_),
-                      static_cast<long>(minute_), static_cast<long>(second_),
-                      static_cast<long>(millisecond_));
+    return formatWide(L"%04ld-%02ld-%02ld-%02ld;%02ld;%02ld;%03ld", static_cast<long>(year()),
+                      static_cast<long>(month()), static_cast<long>(day()),
+                      static_cast<long>(hour()), static_cast<long>(minute()),
+                      static_cast<long>(second()), static_cast<long>(millisecond()));
 }
 
 }  // namespace zustd

@@ -1,6 +1,7 @@
 // A local date and time of day, to the millisecond.
 #pragma once
 
+#include <array>
 #include <compare>
 #include <cstdint>
 #include <string>
@@ -14,24 +15,18 @@ public:
     DateTime() = default;
     DateTime(std::int32_t year, std::int32_t month, std::int32_t day, std::int32_t hour = 0,
              std::int32_t minute = 0, std::int32_t second = 0, std::int32_t millisecond = 0)
-        : year_(year),
-          month_(month),
-          day_(day),
-          hour_(hour),
-          minute_(minute),
-          second_(second),
-          millisecond_(millisecond) {}
+        : fields_{year, month, day, hour, minute, second, millisecond} {}
 
     // The system's local time at the moment of the call.
     static DateTime now() noexcept;
 
-    std::int32_t year() const noexcept { return year_; }
-    std::int32_t month() const noexcept { return month_; }
-    std::int32_t day() const noexcept { return day_; }
-    std::int32_t hour() const noexcept { return hour_; }
-    std::int32_t minute() const noexcept { return minute_; }
-    std::int32_t second() const noexcept { return second_; }
-    std::int32_t millisecond() const noexcept { return millisecond_; }
+    std::int32_t year() const noexcept { return fields_[0]; }
+    std::int32_t month() const noexcept { return fields_[1]; }
+    std::int32_t day() const noexcept { return fields_[2]; }
+    std::int32_t hour() const noexcept { return fields_[3]; }
+    std::int32_t minute() const noexcept { return fields_[4]; }
+    std::int32_t second() const noexcept { return fields_[5]; }
+    std::int32_t millisecond() const noexcept { return fields_[6]; }
 
     // "2016-11-14-16;39;59;123": sorts by time and may stand in a file name.
     std::wstring toFileStamp() const;
@@ -40,13 +35,8 @@ public:
     friend auto operator<=>(const DateTime&, const DateTime&) = default;
 
 private:
-    std::int32_t year_ = 0;
-    std::int32_t month_ = 0;
-    std::int32_t day_ = 0;
-    std::int32_t hour_ = 0;
-    std::int32_t minute_ = 0;
-    std::int32_t second_ = 0;
-    std::int32_t millisecond_ = 0;
+    // In the order of the constructor's.
+    std::array<std::int32_t, 7> fields_{};
 };
 
 }  // namespace zustd

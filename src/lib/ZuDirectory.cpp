@@ -15,22 +15,12 @@ std::wstring withBackslash(const std::wstring& directory) {
     return directory.empty() || directory.back() == L'\\' ? directory : directory + L'\\';
 }
 
-bool isDot(const std::wstring& name) { return name == L"." || name == L".."; }
-
 DWORD attributesOf(const std::wstring& path) noexcept {
     return isWholeName(path) ? GetFileAttributesW(path.c_str()) : INVALID_FILE_ATTRIBUTES;
 }
 
 [[noreturn]] void throwReported(const wchar_t* text, SourcePlace place) {
     throwTraced(text, place, text);
-}
-
-HANDLE findFirst(const std::wstring& query, WIN32_FIND_DATAW& found) noexcept {
-    if (isWholeName(query)) {
-        return FindFirstFileW(query.c_str(), &found);
-    }
-    SetLastError(ERROR_INVALID_NAME);
-    return INVALID_HANDLE_VALUE;
 }
 
 }  // namespace
@@ -64,9 +54,10 @@ void listDirectory(const std::wstring& directory, const std::wstring& pattern,
     const std::wstring prefix = withBackslash(directory);
     WIN32_FIND_DATAW found{};
     const std::wstring query = prefix + pattern;
-    const FindHandle search(findFirst(query, found));
+    const bool isWhole = isWholeName(query);
+    const FindHandle search(isWhole ? FindFirstFileW(query.c_str(), &found) : INVALID_HANDLE_VALUE);
     if (!search) {
-        const std::uint32_t error = GetLastError();
+        const std::uint32_t error = isWhole ? GetLastError() : ERROR_INVALID_NAME;
         if (error == ERROR_FILE_NOT_FOUND) {
             return;
         }
@@ -74,7 +65,7 @@ void listDirectory(const std::wstring& directory, const std::wstring& pattern,
     }
     do {
         const std::wstring name = found.cFileName;
-        if (isDot(name)) {
+        if (name == L"." || name == L"..") {
             continue;
         }
         const std::wstring full = prefix + name;

@@ -23,11 +23,10 @@ bool deleteFile(const std::wstring& path);
 // also when the directory exists.
 void createDirectory(const std::wstring& path);
 
-// Appends what matches the pattern in a directory, in the system's order and
-// without "." and "..": directories to directoriesOut, everything else to
-// filesOut; a null list is not filled. Names alone, or whole paths with
-// fullPaths. No match adds nothing; any other failure, a missing directory for
-// one, throws the system's error code as a std::uint32_t.
+// Appends what matches the pattern in a directory, in the system's order: names
+// alone, or whole paths with fullPaths. Directories but "." and ".." go to
+// directoriesOut, everything else to filesOut; a null list is not filled. Any failure
+// but no match throws the system's error code as a std::uint32_t.
 void listDirectory(const std::wstring& directory, const std::wstring& pattern,
                    std::vector<std::wstring>* directoriesOut, std::vector<std::wstring>* filesOut,
                    bool fullPaths);

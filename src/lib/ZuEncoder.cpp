@@ -5,30 +5,9 @@
 #include "ZuCipher.h"
 #include "ZuEncoderRuns.h"
 #include "ZuPlankton.h"
+#include "ZuScope.h"
 
 namespace zustd {
-
-namespace {
-
-// Keeps a string as long as what was really decoded, also when decoding
-// throws.
-class DecodedText {
-public:
-    DecodedText(std::wstring& text, std::size_t room) : text_(text) {
-        text_.resize(room);
-        at = text_.data();
-    }
-    DecodedText(const DecodedText&) = delete;
-    DecodedText& operator=(const DecodedText&) = delete;
-    ~DecodedText() { text_.resize(static_cast<std::size_t>(at - text_.data())); }
-
-    wchar_t* at = nullptr;
-
-private:
-    std::wstring& text_;
-};
-
-}  // namespace
 
 void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out) {
     switch (encoding) {
@@ -56,22 +35,24 @@ void Encoder::decodeFrom(int encoding, std::string_view bytes, std::wstring& out
 
 void Encoder::decodeFromUTF8(std::string_view bytes, std::wstring& out, bool bomRequired) {
     Utf8DecoderStateMachine machine(bomRequired);
-    DecodedText decoded(out, bytes.size());
+    out.resize(bytes.size());
+    wchar_t* to = out.data();
+    // As long as what was really decoded, also when decoding throws.
+    const ScopeExit cut([&] { out.resize(static_cast<std::size_t>(to - out.data())); });
     const auto* at = reinterpret_cast<const unsigned char*>(bytes.data());
     const auto* const end = at + bytes.size();
     while (at != end) {
         if (machine.isIdle() && machine.isTextAllowed()) {
-            const detail::Decoding run =
-                detail::decodeRun({at, decoded.at}, end, machine.isBomDone());
+            const detail::Decoding run = detail::decodeRun({at, to}, end, machine.isBomDone());
             at = run.at;
-            decoded.at = run.out;
+            to = run.out;
             if (at == end) {
                 break;
             }
         }
         machine.feed(static_cast<char>(*at++));
         for (const wchar_t unit : machine.output()) {
-            *decoded.at++ = unit;
+            *to++ = unit;
         }
         machine.output().clear();
     }

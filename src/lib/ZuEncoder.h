@@ -4,12 +4,10 @@
 // continuation bytes are not checked, overlong forms decode to their value,
 // lead bytes from F0 are read as three-byte sequences, a stray continuation
 // byte widens as a signed byte. It is strict about one thing: as long as no
-// byte-order mark was seen, a sequence that begins with EF must be the mark.
-// The encoder therefore writes one code unit at a time, surrogates as three
-// bytes each, and puts a mark in front exactly when the text needs it to be
-// read back: every UTF-16 text, well-formed or not, survives a round trip.
-//
-// Failures are thrown as texts after their throw report.
+// byte-order mark was seen, a sequence that begins with EF must be the mark. The
+// encoder writes surrogates as three bytes each and puts a mark in front exactly
+// when the text needs it: every UTF-16 text survives a round trip. Failures are
+// thrown as texts after their throw report.
 #pragma once
 
 #include <array>
@@ -25,7 +23,6 @@ inline constexpr int kEncodingEnciphered = 2;
 inline constexpr int kEncodingEncipheredCompressed = 3;
 inline constexpr int kEncodingPlain = 4;
 
-// Whole texts between bytes and wide characters; keeps nothing.
 class Encoder {
 public:
     // Replaces out by the decoded bytes. kEncodingPlain makes each byte a code

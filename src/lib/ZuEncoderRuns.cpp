@@ -250,9 +250,8 @@ Encoding encodeLongRun(Encoding run, const wchar_t* end) noexcept {
 
 }  // namespace
 
-// Each length has a branch, and the longest a loop of its
-// own: the processor guesses them and need not wait for one sequence to know
-// where the next begins.
+// Each length has a branch, and the longest a loop of its own: the processor
+// guesses them before it knows where the next sequence begins.
 Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcept {
     constexpr std::ptrdiff_t kLongest = 3;
     while (end - run.at >= kLongest) {

@@ -52,9 +52,8 @@ struct EncodedSize {
 EncodedSize measureEncoded(std::wstring_view text) noexcept;
 
 // Decodes whole sequences until the state machine is needed: at a byte that may
-// begin the byte-order mark, unless that is done, and for the last bytes of the
-// input, which may cut a sequence off. Reads up to end; out has room for a unit
-// for every byte up to end.
+// begin the byte-order mark, unless that is done, and for the last bytes. Reads up
+// to end; out has room for a unit for every byte up to end.
 Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcept;
 
 // Encodes all but the last few units. Reads up to end; out has room for what the

@@ -21,8 +21,6 @@ public:
         }
         return *this;
     }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
     ~Handle() { reset(); }
 
     explicit operator bool() const noexcept { return handle_ != Traits::invalid(); }

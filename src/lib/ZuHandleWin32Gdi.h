@@ -12,8 +12,7 @@ namespace zustd {
 class LastErrorKeeper {
 public:
     LastErrorKeeper() noexcept : error_(GetLastError()), number_(errno) {}
-    LastErrorKeeper(const LastErrorKeeper&) = delete;
-    LastErrorKeeper& operator=(const LastErrorKeeper&) = delete;
+    LastErrorKeeper& operator=(LastErrorKeeper&&) = delete;
     ~LastErrorKeeper() {
         errno = number_;
         SetLastError(error_);
@@ -75,8 +74,6 @@ public:
         std::swap(former_, other.former_);
         return *this;
     }
-    SelectedObject(const SelectedObject&) = delete;
-    SelectedObject& operator=(const SelectedObject&) = delete;
     ~SelectedObject() {
         if (former_ != nullptr) {
             const LastErrorKeeper keeper;

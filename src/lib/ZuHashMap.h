@@ -1,27 +1,17 @@
 // A hash container that keeps its entries in the order of insertion.
 //
-// HashMap owns its entries one by one, at addresses that stay the same until
-// the entry is removed; a table of buckets beside them finds an entry by key.
-// Iteration walks the entries, not the buckets, so what was put in first comes
-// out first, whatever the hash function.
-//
-// Entries are cut from blocks that grow with the table, so that a large table
-// costs a handful of allocations, not one an entry. The hash is keyed anew in
-// every process: a file cannot be made whose keys all fall into one bucket.
+// HashMap owns its entries one by one, at addresses that stay the same until the
+// entry is removed; a table of buckets beside them finds an entry by key. Entries
+// are cut from blocks that grow with the table. The hash is keyed anew in every
+// process: a file cannot be made whose keys all fall into one bucket.
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <memory>
 #include <memory_resource>
 #include <new>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "ZuPlankton.h"
@@ -105,8 +95,7 @@ public:
         }
         text.copy(characters, size_);
     }
-    ShortKey(const ShortKey&) = delete;
-    ShortKey& operator=(const ShortKey&) = delete;
+    ShortKey& operator=(ShortKey&&) = delete;
     ~ShortKey() = default;
 
     operator std::wstring_view() const noexcept { return {far_ ? far_.get() : inPlace_, size_}; }
@@ -184,8 +173,7 @@ public:
     explicit HashMap(std::pmr::memory_resource* valueAllocator = std::pmr::new_delete_resource())
         : valueAllocator_(valueAllocator), buckets_(kSmallestBucketCount) {}
 
-    HashMap(const HashMap&) = delete;
-    HashMap& operator=(const HashMap&) = delete;
+    HashMap& operator=(HashMap&&) = delete;
     ~HashMap() {
         // What destructors put in goes as well.
         do {

@@ -11,8 +11,7 @@ namespace zustd {
 class Id {
 public:
     Id() noexcept;
-    Id(const Id&) = delete;
-    Id& operator=(const Id&) = delete;
+    Id& operator=(Id&&) = delete;
     virtual ~Id() = default;
 
     // 1 or more.

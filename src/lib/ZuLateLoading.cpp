@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstring>
 #include <span>
-#include <string>
 
 #include "ZuHandleWin32Gdi.h"
 #include "ZuPlankton.h"
@@ -20,9 +19,8 @@ namespace zustd {
 namespace {
 
 [[noreturn]] void fail(const std::wstring& what, DWORD error) {
-    const std::wstring message =
-        what + L" (system error " + std::to_wstring(static_cast<unsigned long>(error)) + L")";
-    throwSystemException(message.c_str(), ZU_HERE);
+    throwSystemException((what + L" (system error " + std::to_wstring(error) + L")").c_str(),
+                         ZU_HERE);
 }
 
 // For a Windows that cannot be told where to look. Libraries that the manifest

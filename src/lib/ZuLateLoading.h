@@ -1,13 +1,12 @@
 // Loads the system's libraries when they are first called, from the system's
 // folder only.
 //
-// The programs that ship import nothing but KERNEL32 and the C runtime, so they
-// start at once, and also where a library for windows or pictures is missing.
-// The build finds every function of another library that our code calls and
-// gives it an entry here (cmake/LateImports.cmake); a call goes to the entry's
-// slot, which at first leads to resolveLateFunction() and from then on to the
-// function itself. Programs that are linked without those entries import as
-// usual, and what is here does nothing to them.
+// The programs that ship import nothing but KERNEL32 and the C runtime: they start
+// at once, and also where a library for windows or pictures is missing. The build
+// gives every function of another library that our code calls an entry here
+// (cmake/LateImports.cmake); a call goes to the entry's slot, which leads to
+// resolveLateFunction() at first and then to the function itself. What is linked
+// without those entries imports as usual.
 //
 // A library or function that is not there is a SystemException at the call,
 // traced first. Code that must not throw calls only functions that are loaded
@@ -28,19 +27,16 @@ struct LateFunction {
     const char* name;
 };
 
-// Keeps this process from looking for libraries in the program's folder, the
-// current directory and the search path, whoever asks for one by name; folders
-// that a component adds for itself stay. For the first line of a program. A
-// Windows that lacks the switch drops the current directory only: what our own
-// code calls still comes from the system's folder alone.
+// For the first line of a program: whoever asks for a library by name, it is not
+// looked for in the program's folder, the current directory and the search path. A
+// Windows that lacks the switch drops the current directory only.
 void restrictLibrarySearch() noexcept;
 
 // Loads every function of these libraries ("user32.dll") that our code calls.
 // Throws SystemException when one is missing.
 void requireLibraries(std::initializer_list<const char*> libraries);
 
-// What windows and drawing on them are made of. Whoever is about to make the
-// first window calls it; everything behind it may call without a thought.
+// What windows and drawing are made of; for whoever makes the first window.
 void requireWindowLibraries();
 
 // Finds the function, puts its address into the slot and returns it. Keeps the

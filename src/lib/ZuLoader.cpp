@@ -1,8 +1,5 @@
 #include "ZuLoader.h"
 
-#include <cstdint>
-#include <cstdio>
-#include <cwchar>
 #include <stdexcept>
 
 #include "ZuEncoder.h"

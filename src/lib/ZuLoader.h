@@ -1,23 +1,18 @@
 // Whole files between disk and memory, as text or as serializable values.
 //
-// Files are UTF-8 on disk and are handled whole. A save writes in place, without
-// a temporary file. Without memory, and on a disk without room for what the file
-// would grow by, the file stays as it was; any other failure while writing
-// leaves a partial file. Every step leaves a trace line at report level, so that
-// a failing load in the field can be followed line by line.
+// Files are UTF-8 on disk and are handled whole. A save writes in place. Without
+// memory, and on a disk without room for what the file would grow by, the file
+// stays as it was; any other failure while writing leaves a partial file. Every
+// step leaves a trace line at report level.
 //
-// No operation throws, on hostile input, on a full disk or without memory
-// either: it returns false, and running out of memory is recorded as the
-// critical error. A name with a zero in it names no file.
+// No operation throws, whatever the input and without memory either: it returns
+// false. A name with a zero in it names no file.
 #pragma once
-
-#include <string>
 
 #include "ZuSerializable.h"
 
 namespace zustd {
 
-// Loads and saves whole files; nothing is thrown, each step is traced.
 class Loader {
 public:
     // Reads a file into text. True for an empty file. When the file does not

@@ -1,7 +1,6 @@
 #include "ZuMessaging.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "ZuPlankton.h"
 #include "ZuText.h"
@@ -58,10 +57,6 @@ void MessageSink::receiveMessage(const MessageKind& kind, MessageWord a, Message
     }
 }
 
-bool MessageSink::meetsRestriction(const MessageKind&, MessageWord, MessageWord) const {
-    return false;
-}
-
 bool MessageSink::wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const {
     return acceptsMessage(kind) && (!isRestricted() || meetsRestriction(kind, a, b));
 }
@@ -86,8 +81,7 @@ public:
     explicit Delivery(MessageSource& source) noexcept : source_(&source), outer_(source.delivery_) {
         source.delivery_ = this;
     }
-    Delivery(const Delivery&) = delete;
-    Delivery& operator=(const Delivery&) = delete;
+    Delivery& operator=(Delivery&&) = delete;
     ~Delivery() {
         if (source_ != nullptr) {
             source_->delivery_ = outer_;

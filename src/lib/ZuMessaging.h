@@ -1,9 +1,9 @@
 // Typed messages between framework objects: sources, sinks and forwarders.
 //
-// A MessageSource hands each message to its sinks at once, strong ones first,
-// each group in the order of connection. A MessageForwarder sends on what it
-// does not handle itself. Delivery is depth-first on the sender's thread; an
-// exception in a sink is traced and never reaches the sender.
+// A MessageSource hands each message to its sinks at once, strong ones first, each
+// group in the order of connection, on the sender's thread. A MessageForwarder
+// sends on what it does not handle itself. An exception in a sink is traced and
+// never reaches the sender.
 //
 // Handlers may do anything to the source that is sending to them:
 // - no sink has a message twice in one round, however often it is disconnected
@@ -21,7 +21,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,15 +41,14 @@ enum class MessageWords : std::uint32_t {
 };
 
 // A kind of message: a name of the form event.Class and a compact identifier of
-// four hexadecimal digits in the order of construction, which differs between
-// builds and is never stored. Kinds are told apart by their address.
+// four hexadecimal digits, which differs between builds and is never stored. Kinds
+// are told apart by their address.
 class MessageKind {
 public:
     // The name must outlive the kind. The 32,768th kind fails the assertion
     // "compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000".
     explicit MessageKind(const wchar_t* name, MessageWords words = MessageWords::kUnsaid);
-    MessageKind(const MessageKind&) = delete;
-    MessageKind& operator=(const MessageKind&) = delete;
+    MessageKind& operator=(MessageKind&&) = delete;
     ~MessageKind();
 
     std::wstring_view name() const noexcept { return name_; }
@@ -74,14 +72,13 @@ private:
     MessageKind* older_ = nullptr;
 };
 
-// One of the two argument words of a message; the kind says what it holds. A
-// text or object is borrowed and lives as long as the delivery. It has 64 bits
-// on every machine: a point needs them.
+// One of the two argument words of a message; the kind says what it holds. A text
+// or object is borrowed for the delivery. 64 bits everywhere: a point needs them.
 class MessageWord {
 public:
     constexpr MessageWord() noexcept = default;
     constexpr explicit MessageWord(std::int64_t number) noexcept : bits_(number) {}
-    // The address of what the receivers are shown; it outlives the delivery.
+    // What outlives the delivery.
     static MessageWord ofText(const std::wstring& text) noexcept {
         return MessageWord(reinterpret_cast<std::intptr_t>(&text));
     }
@@ -106,13 +103,11 @@ private:
 // Receives messages. Slot order is fixed.
 class MessageSink {
 public:
-    MessageSink() = default;
-    MessageSink(const MessageSink&) = delete;
-    MessageSink& operator=(const MessageSink&) = delete;
+    MessageSink& operator=(MessageSink&&) = delete;
     virtual ~MessageSink() = default;
 
-    // Hands a wanted message to onReceiveMessage, both under the catch ladder:
-    // a filter that fails refuses. The caller keeps the sink alive.
+    // Hands a wanted message to onReceiveMessage, under the catch ladder: a filter
+    // that fails refuses. The caller keeps the sink alive.
     virtual void receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b);
     // Handles a message; whether it did. The base handles none.
     virtual bool onReceiveMessage(const MessageKind&, MessageWord, MessageWord) { return false; }
@@ -124,7 +119,9 @@ public:
     // restricting a plain sink silences it.
     virtual bool isRestricted() const { return restricted_; }
     virtual void setRestricted(bool restricted) { restricted_ = restricted; }
-    virtual bool meetsRestriction(const MessageKind& kind, MessageWord a, MessageWord b) const;
+    virtual bool meetsRestriction(const MessageKind&, MessageWord, MessageWord) const {
+        return false;
+    }
     // Filter and restriction together.
     virtual bool wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const;
     // Set while a forwarder handles and passes on a message.
@@ -139,9 +136,7 @@ private:
 // Sends messages. Slot order is fixed; deferDelivery stays last.
 class MessageSource {
 public:
-    MessageSource() = default;
-    MessageSource(const MessageSource&) = delete;
-    MessageSource& operator=(const MessageSource&) = delete;
+    MessageSource& operator=(MessageSource&&) = delete;
     virtual ~MessageSource();
 
     // Adds a sink, held strongly or weakly, unless it is null or connected in

@@ -1,8 +1,6 @@
 // The service that stands for process-wide messaging: kinds by name, for hosts.
 #pragma once
 
-#include <string_view>
-
 #include "ZuService.h"
 
 namespace zustd {

@@ -1,10 +1,8 @@
 // Memory for many small objects that come and go together, such as the values
 // of a large settings file.
 //
-// A pool hands out pieces of one size from blocks that it takes from the heap.
-// What is given back waits for the next object; the blocks stay with the
-// process, so a pool never holds more than was in use at its busiest time. Any
-// thread may take and give back.
+// A pool hands out pieces of one size from blocks that it takes from the heap and
+// never gives back. Any thread may take and give back.
 #pragma once
 
 #include <atomic>
@@ -14,9 +12,7 @@ namespace zustd {
 
 class ObjectPool {
 public:
-    constexpr ObjectPool() noexcept = default;
-    ObjectPool(const ObjectPool&) = delete;
-    ObjectPool& operator=(const ObjectPool&) = delete;
+    ObjectPool& operator=(ObjectPool&&) = delete;
 
     // What a piece holds and how it is aligned.
     static constexpr std::size_t kPieceSize = 48;

@@ -70,22 +70,19 @@ private:
 // The date and the time of day come from two clocks; a line written at
 // midnight may carry the date of the one and the time of the other.
 void formatStamp(wchar_t (&stamp)[kStampLength]) noexcept {
-    long year = 1900;
-    long month = 1;
-    long day = 1;
     const std::time_t now = std::time(nullptr);
     std::tm calendar{};
-    if (localtime_s(&calendar, &now) == 0) {
-        year = calendar.tm_year + 1900L;
-        month = calendar.tm_mon + 1L;
-        day = calendar.tm_mday;
+    if (localtime_s(&calendar, &now) != 0) {
+        calendar = {};
+        calendar.tm_mday = 1;
     }
     SYSTEMTIME time;
     GetLocalTime(&time);
-    std::swprintf(stamp, kStampLength, L"%04ld-%02ld-%02ld %02ld:%02ld:%02ld:%03ld [%ld] ", year,
-                  month, day, static_cast<long>(time.wHour), static_cast<long>(time.wMinute),
-                  static_cast<long>(time.wSecond), static_cast<long>(time.wMilliseconds),
-                  static_cast<long>(GetCurrentThreadId()));
+    std::swprintf(stamp, kStampLength, L"%04ld-%02ld-%02ld %02ld:%02ld:%02ld:%03ld [%ld] ",
+                  calendar.tm_year + 1900L, calendar.tm_mon + 1L,
+                  static_cast<long>(calendar.tm_mday), static_cast<long>(time.wHour),
+                  static_cast<long>(time.wMinute), static_cast<long>(time.wSecond),
+                  static_cast<long>(time.wMilliseconds), static_cast<long>(GetCurrentThreadId()));
 }
 
 void writeToLogFile(const wchar_t* path, Utf8Line& line) noexcept {
@@ -121,11 +118,13 @@ void traceCaughtWhat(const wchar_t* format, const wchar_t* operation, const char
 }
 
 struct HeapTotals {
+    struct Part {
+        unsigned long long data = 0;
+        unsigned long long overhead = 0;
+    };
     unsigned long long entries = 0;
-    unsigned long long allocatedData = 0;
-    unsigned long long freeData = 0;
-    unsigned long long allocatedOverhead = 0;
-    unsigned long long freeOverhead = 0;
+    Part allocated;
+    Part free;
 };
 
 // No allocation between lock and unlock: it would wait for itself or change
@@ -136,13 +135,10 @@ HeapTotals walkHeap(HANDLE heap) noexcept {
     HeapLock(heap);
     while (HeapWalk(heap, &entry)) {
         ++totals.entries;
-        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
-            totals.allocatedData += entry.cbData;
-            totals.allocatedOverhead += entry.cbOverhead;
-        } else {
-            totals.freeData += entry.cbData;
-            totals.freeOverhead += entry.cbOverhead;
-        }
+        const bool isAllocated = (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+        HeapTotals::Part& part = isAllocated ? totals.allocated : totals.free;
+        part.data += entry.cbData;
+        part.overhead += entry.cbOverhead;
     }
     HeapUnlock(heap);
     return totals;
@@ -274,15 +270,14 @@ std::wstring GetCrtHeapInfo() noexcept {
     return guarded(L"GetCrtHeapInfo", std::wstring(), [] {
         const auto crt_heap = reinterpret_cast<HANDLE>(_get_heap_handle());
         ZU_ASSERT(crt_heap);
-        const HeapTotals totals = walkHeap(crt_heap);
+        const auto [entries, allocated, free] = walkHeap(crt_heap);
         const unsigned long long size =
-            totals.allocatedData + totals.freeData + totals.allocatedOverhead + totals.freeOverhead;
+            allocated.data + free.data + allocated.overhead + free.overhead;
         return formatWide(
             L"heap size: entries=%llu, size=%0.2lfMb, allocData=%0.2lfMb, freeData=%0.2lfMb, "
             L"allocOverh=%0.2lfMb, freeOverh=%0.2lfMb",
-            totals.entries, megabytes(size), megabytes(totals.allocatedData),
-            megabytes(totals.freeData), megabytes(totals.allocatedOverhead),
-            megabytes(totals.freeOverhead));
+            entries, megabytes(size), megabytes(allocated.data), megabytes(free.data),
+            megabytes(allocated.overhead), megabytes(free.overhead));
     });
 }
 

@@ -1,7 +1,5 @@
 #include "ZuPropertyBag.h"
 
-#include <ostream>
-
 namespace zustd {
 
 namespace {
@@ -23,8 +21,6 @@ constexpr std::size_t kTypicalEntryLength = 96;
 }  // namespace
 
 // --- The XML form ------------------------------------------------------------------
-
-void PropertyBag::writeXml(std::wostream& stream) const { ISerializable::writeXml(stream); }
 
 void PropertyBag::appendXml(std::wstring& text) const {
     text.reserve(text.size() + table_.size() * kTypicalEntryLength);

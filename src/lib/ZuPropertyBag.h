@@ -1,22 +1,12 @@
 // The framework's settings container: keys, values, and a hook for changes.
 //
-// A bag maps wide-string keys (exact, case-sensitive) to SerializableUnion
-// values and keeps them in the order in which the keys first appeared, so that
-// a settings file has its lines in the order that its writer chose. An entry,
-// once made, stays until the bag is read anew; clearing a key makes its value
-// null. Getters give their default for a missing key, a null value and a value
-// of another kind. Setters store real changes only and run the change hook for
-// each.
-//
+// A bag maps wide-string keys (exact, case-sensitive) to SerializableUnion values
+// and keeps them in the order in which the keys first appeared. An entry, once
+// made, stays until the bag is read anew; clearing a key makes its value null.
+// Getters give their default for a missing key, a null value and a value of
+// another kind. Setters store real changes only and run the change hook for each.
 // A bag is used by one thread at a time.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <vector>
 
 #include "ZuDateTime.h"
 #include "ZuHashMap.h"
@@ -32,10 +22,9 @@ public:
         std::pmr::memory_resource* valueAllocator = std::pmr::new_delete_resource())
         : table_(valueAllocator) {}
 
-    // Reading replaces the whole content. Tags before the table that are not the
-    // dialect's are stepped over. Only parseXml announces what it
-    // read: a bag that comes out of a stream belongs to nobody yet.
-    void writeXml(std::wostream& stream) const override;
+    // Reading replaces the whole content; other tags before the table are stepped
+    // over. Only parseXml announces what it read: a bag that comes out of a stream
+    // belongs to nobody yet.
     void appendXml(std::wstring& text) const override;
     void readXml(std::wistream& stream) override;
     void parseXml(const wchar_t*& begin, const wchar_t* end) override;
@@ -79,8 +68,7 @@ public:
         return getOr(key, std::vector<SerializableUnion>());
     }
 
-    // Makes an existing key's value null and runs the change hook; a missing
-    // key stays missing.
+    // Makes an existing key's value null and runs the change hook.
     virtual void clear(std::wstring_view key);
     virtual bool isNull(std::wstring_view key) const;
     virtual bool has(std::wstring_view key) const { return table_.contains(key); }

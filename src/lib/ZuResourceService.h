@@ -1,23 +1,15 @@
 // The service that finds compiled-in files by number and texts by key.
 //
-// ResourceService is what is registered and found; the look-ups are done by a
-// backend that it owns and that a host installs (ResourceServiceGeneric::install).
-// They are made in the current namespace, chosen by a locale's language alone,
-// the part in front of the first "-" or "_" in either case: "de-AT" and "DE_de"
-// choose "de-xx". A language without a namespace gets the neutral one, "xx-xx",
-// and so does a file that the language's namespace lacks.
+// Look-ups are done by a backend that a host installs. They are made in the
+// current namespace, chosen by a locale's language alone, the part in front of the
+// first "-" or "_" in either case: "de-AT" and "DE_de" choose "de-xx". A language
+// without a namespace gets the neutral one, "xx-xx", and so does a file that the
+// language's namespace lacks.
 //
-// What is not there comes out empty and never as an exception. A look-up
-// before a namespace is chosen is a fault of the host: it fails the assertion
-// "namespaceResource_ != 0", or "impl_" when there is no backend either.
-// Not synchronised: for the main thread, as the registry is.
+// What is not there comes out empty. A look-up before a namespace is chosen fails
+// the assertion "namespaceResource_ != 0", or "impl_" without a backend. For the
+// main thread, as the registry is.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
 
 #include "ZuAbstraction.h"
 #include "ZuHashMap.h"
@@ -32,16 +24,15 @@ using StringTable = SizeMap<std::wstring>;
 // What a backend does.
 class IResourceServiceImpl : public IBackend {
 public:
-    // Chooses the namespace for a locale name; an empty name stands for the
-    // library's default locale. False, and nothing changed, when the library
-    // has no namespace for it. Whatever was looked up before stays valid.
+    // Chooses the namespace for a locale; an empty name stands for the library's
+    // default. False, and nothing changed, when the library has none for it.
     virtual bool selectLocale(std::wstring_view locale) = 0;
     // The current namespace's name, such as "de-xx".
     virtual std::wstring getNamespaceName() const = 0;
     // The file with this number, or null. Valid as long as the library.
     virtual const FileResource* getFileResource(std::uint64_t identifier) const = 0;
-    // The texts of the current namespace; never null. Empty when there is no
-    // table or when it cannot be read, which is traced. Parsed once.
+    // The texts of the current namespace, parsed once; never null. Empty when there
+    // is no table or when it cannot be read, which is traced.
     virtual std::shared_ptr<const StringTable> getStringTable() const = 0;
 };
 
@@ -56,7 +47,6 @@ public:
 // traced; nothing is thrown.
 std::wstring shownString(const IResourceService& resources, std::uint64_t key);
 
-// The portable half.
 class ResourceService : public Abstraction<IResourceServiceImpl>,
                         public Service,
                         public IResourceService {

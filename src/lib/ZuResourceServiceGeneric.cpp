@@ -1,8 +1,6 @@
 #include "ZuResourceServiceGeneric.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <utility>
 
 #include "ZuEncoder.h"
 #include "ZuPlankton.h"

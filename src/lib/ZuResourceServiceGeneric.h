@@ -5,11 +5,6 @@
 // caller holds goes away when another namespace is chosen.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-
 #include "ZuAbstraction.h"
 #include "ZuHashMap.h"
 #include "ZuResourceService.h"
@@ -17,13 +12,11 @@
 
 namespace zustd {
 
-// Answers from one library at a time.
 class ResourceServiceGeneric : public Implementation<ResourceService, IResourceServiceImpl> {
 public:
-    // Makes a backend for the library, joins it to the owner in place of a
-    // former one, names the library to the owner and chooses the namespace by
-    // the user's language; false when the library has none for it. The records
-    // outlive the owner's use of them.
+    // Makes a backend for the library, joins it to the owner and chooses the
+    // namespace by the user's language; false when the library has none for it. The
+    // records outlive the owner's use of them.
     static bool install(ResourceService& owner, const ResourceLibrary& library);
 
     // Looks up in the library's root from now on; no namespace is chosen.

@@ -1,10 +1,9 @@
 // The files that are compiled into the program and the records that describe them.
 //
-// A library of resources has roots, a root has namespaces, a namespace has
-// files. The name of a namespace is language-region, such as "de-xx", where
-// "xx" stands for any: "xx-xx" holds the English texts and all images, the
-// others what differs in their language, under the same numbers. Records and
-// bytes live as long as anybody looks things up in them.
+// A library of resources has roots, a root has namespaces, a namespace has files.
+// The name of a namespace is language-region, such as "de-xx", where "xx" stands
+// for any: "xx-xx" holds the English texts and all images, the others what differs
+// in their language, under the same numbers.
 #pragma once
 
 #include <cstdint>

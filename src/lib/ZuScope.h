@@ -14,8 +14,7 @@ class [[nodiscard]] ScopeExit {
 public:
     explicit ScopeExit(Action action) : action_(std::move(action)) {}
     ~ScopeExit() { action_(); }
-    ScopeExit(const ScopeExit&) = delete;
-    ScopeExit& operator=(const ScopeExit&) = delete;
+    ScopeExit& operator=(ScopeExit&&) = delete;
 
 private:
     Action action_;
@@ -32,8 +31,7 @@ public:
     ScopedValue(Value& variable, Other&& value)
         : variable_(variable), former_(std::exchange(variable, std::forward<Other>(value))) {}
     ~ScopedValue() { variable_ = std::move(former_); }
-    ScopedValue(const ScopedValue&) = delete;
-    ScopedValue& operator=(const ScopedValue&) = delete;
+    ScopedValue& operator=(ScopedValue&&) = delete;
 
 private:
     Value& variable_;

@@ -29,12 +29,13 @@ constexpr std::wstring_view nameIn(std::wstring_view kindElement) noexcept {
     return kindElement.substr(3, kindElement.size() - kTags);
 }
 
+// Between the numbers of a date.
+constexpr std::wstring_view kDateSeparators = L"-- ::";
+
 // One number of a scanned date: blanks, then a sign and digits, width
 // characters at the most. False when there is no digit; text moves past it.
 bool scanField(std::wstring_view& text, std::size_t width, std::int32_t& field) {
-    while (!text.empty() && xml::isBlank(text.front())) {
-        text.remove_prefix(1);
-    }
+    text = {std::find_if_not(text.begin(), text.end(), xml::isBlank), text.end()};
     std::size_t size = !text.empty() && (text[0] == L'-' || text[0] == L'+') ? 1 : 0;
     const std::size_t firstDigit = size;
     while (size < width && size < text.size() && text[size] >= L'0' && text[size] <= L'9') {
@@ -69,21 +70,16 @@ void detail::throwNotImplemented() { throwText(L"not implemented", ZU_HERE); }
 // --- Single values -------------------------------------------------------------------
 
 void detail::appendText(std::wstring& out, const DateTime& value) {
-    Xml::appendLong(out, value.year(), 4);
-    out.push_back(L'-');
-    Xml::appendLong(out, value.month(), 2);
-    out.push_back(L'-');
-    Xml::appendLong(out, value.day(), 2);
-    out.push_back(L' ');
-    Xml::appendLong(out, value.hour(), 2);
-    out.push_back(L':');
-    Xml::appendLong(out, value.minute(), 2);
-    out.push_back(L':');
-    Xml::appendLong(out, value.second(), 2);
+    const std::array fields = {value.year(), value.month(),  value.day(),
+                               value.hour(), value.minute(), value.second()};
+    Xml::appendLong(out, fields[0], 4);
+    for (std::size_t i = 1; i < fields.size(); ++i) {
+        out.push_back(kDateSeparators[i - 1]);
+        Xml::appendLong(out, fields[i], 2);
+    }
 }
 
 void detail::scanText(std::wstring_view text, DateTime& value) {
-    static constexpr std::wstring_view kSeparators = L"-- ::";
     std::array<std::int32_t, 6> fields{};
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (!scanField(text, i == 0 ? 4 : 2, fields[i])) {
@@ -91,10 +87,10 @@ void detail::scanText(std::wstring_view text, DateTime& value) {
         }
         // A blank in the format stands for any white space, scanned with the
         // next field.
-        if (i == kSeparators.size() || kSeparators[i] == L' ') {
+        if (i == kDateSeparators.size() || kDateSeparators[i] == L' ') {
             continue;
         }
-        if (!text.starts_with(kSeparators[i])) {
+        if (!text.starts_with(kDateSeparators[i])) {
             break;
         }
         text.remove_prefix(1);

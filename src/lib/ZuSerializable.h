@@ -1,23 +1,14 @@
 // The framework's value model: one tagged value that every setting is made of.
 //
-// A SerializableUnion holds nothing or one value of eight kinds. It owns the
-// object that holds the value; strings, date-times and arrays are copied with
-// it, the "object" kind shares its SharedObject. Kinds are strict: reading a
-// value as another kind never converts, it gives that kind's empty value.
+// A SerializableUnion holds nothing or one value of eight kinds. Kinds are strict:
+// reading a value as another kind never converts, it gives that kind's empty value.
 //
-// Everything here reads and writes the XML dialect of ZuXml through the
-// interface ISerializable. Values are not synchronised; only the counts of
-// shared objects are atomic.
+// Everything here reads and writes the XML dialect of ZuXml through the interface
+// ISerializable. Values are not synchronised.
 #pragma once
 
-#include <cstdint>
 #include <iosfwd>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "ZuDateTime.h"
 #include "ZuObjectPool.h"
@@ -49,16 +40,14 @@ public:
     virtual void writeXml(std::wostream& stream) const { detail::writeAppended(*this, stream); }
     virtual void appendXml(std::wstring& text) const { detail::appendWritten(*this, text); }
 
-    // The readers replace the object's value. Malformed input throws (see
-    // ZuXml); the object then holds what was read before the fault. A class
-    // that does not implement a reader throws the text "not implemented".
+    // The readers replace the object's value. Malformed input throws (see ZuXml);
+    // the object then holds what was read before the fault. These throw a text.
     virtual void readXml(std::wistream&) { detail::throwNotImplemented(); }
     // begin moves past what was read.
     virtual void parseXml(const wchar_t*&, const wchar_t*) { detail::throwNotImplemented(); }
 };
 
-// How single values stand in element text. Milliseconds of a date are not
-// written and come back as 0.
+// How single values stand in element text; a date's milliseconds do not.
 namespace detail {
 inline void appendText(std::wstring& out, const std::wstring& value) {
     Xml::appendEscaped(out, value);
@@ -157,8 +146,7 @@ enum class ValueKind : std::uint32_t {
     kArray = 8,
 };
 
-// The name of a kind as it stands in the XML form, and the kind of a name
-// (case-sensitive; kNull for any other text).
+// The name of a kind in the XML form, and the kind of a name (kNull for any other).
 std::wstring_view kindName(ValueKind kind) noexcept;
 ValueKind kindFromName(std::wstring_view name) noexcept;
 
@@ -168,15 +156,14 @@ class SerializableArray;
 // The types of the kinds' values, from kind 1 on: the one list of them.
 template <class... Types>
 struct KindTypes {
-    // The kind of a type's values.
+    // Of a type's values.
     template <class T>
     static constexpr ValueKind kindOf() noexcept {
         std::uint32_t number = 0;
         static_cast<void>(((++number, std::is_same_v<T, Types>) || ...));
         return static_cast<ValueKind>(number);
     }
-    // Calls visit<T>() with the type of the kind's values; false, and no call,
-    // for null.
+    // Calls visit<T>() with the type of the kind's values; false for null.
     template <class Visit>
     static bool visit(ValueKind kind, Visit&& visit) {
         std::uint32_t number = 0;
@@ -219,8 +206,7 @@ public:
     virtual std::wstring getString() const { return heldOrEmpty<std::wstring>(); }
     // Whether a string is held; out is emptied or receives it.
     virtual bool tryGetString(std::wstring& out) const;
-    // Throws the text "cannot get reference for null string" when no string
-    // is held. The reference lives until the kind changes.
+    // Lives until the kind changes; throws a text when no string is held.
     virtual std::wstring& stringRef();
     virtual std::int32_t getLong() const { return heldOrEmpty<std::int32_t>(); }
     virtual double getDouble() const { return heldOrEmpty<double>(); }
@@ -231,8 +217,7 @@ public:
         return heldOrEmpty<std::shared_ptr<SharedObject>>();
     }
     virtual std::vector<SerializableUnion> getArray() const { return heldOrEmpty<Elements>(); }
-    // Throws the text "cannot get reference of null array" when no array is
-    // held. The reference lives until the kind changes.
+    // The same for an array.
     virtual std::vector<SerializableUnion>& arrayRef();
 
     virtual bool isString() const noexcept { return kind_ == ValueKind::kString; }
@@ -252,12 +237,10 @@ public:
     virtual bool notEquals(const SerializableUnion& other) const { return !equals(other); }
     virtual bool equals(const SerializableUnion& other) const;
 
-    // Becomes a copy: deep for strings, date-times and arrays, shared for
-    // objects.
+    // Becomes a copy: shared for objects, deep for all others.
     virtual void assign(const SerializableUnion& other);
 
-    // An element of the held array; fails as arrayRef() does, but does not
-    // check the index.
+    // As arrayRef(); the index is not checked.
     virtual SerializableUnion& elementAt(std::size_t index) { return arrayRef()[index]; }
 
     // Fails the assertion of the readers when arrays nest too deep for them, and
@@ -265,7 +248,7 @@ public:
     // back must not be kept for a file.
     static void requireReadable(const std::vector<SerializableUnion>& elements);
 
-    // The held value by its type, without a copy; null when another kind is held.
+    // The held value itself; null when another kind is held.
     template <class T>
     const T* peek() const noexcept {
         return holds<T>() ? &held<T>() : nullptr;

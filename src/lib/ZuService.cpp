@@ -1,7 +1,5 @@
 #include "ZuService.h"
 
-#include <utility>
-
 #include "ZuPlankton.h"
 #include "ZuTrackingPropertyBag.h"
 

@@ -6,11 +6,6 @@
 // Make services with makeService, which initialises them.
 #pragma once
 
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
-
 #include "ZuHashMap.h"
 #include "ZuMessaging.h"
 #include "ZuServiceLocator.h"

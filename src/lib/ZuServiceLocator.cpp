@@ -1,7 +1,6 @@
 #include "ZuServiceLocator.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "ZuPlankton.h"
 #include "ZuService.h"

@@ -13,7 +13,6 @@
 // main thread. Each looks at every service of a registry.
 #pragma once
 
-#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -105,8 +104,7 @@ private:
 class ServiceLocatorStaticCtorDtor {
 public:
     ServiceLocatorStaticCtorDtor();
-    ServiceLocatorStaticCtorDtor(const ServiceLocatorStaticCtorDtor&) = delete;
-    ServiceLocatorStaticCtorDtor& operator=(const ServiceLocatorStaticCtorDtor&) = delete;
+    ServiceLocatorStaticCtorDtor& operator=(ServiceLocatorStaticCtorDtor&&) = delete;
     ~ServiceLocatorStaticCtorDtor();
 };
 

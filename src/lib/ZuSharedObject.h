@@ -14,9 +14,7 @@ namespace zustd {
 
 class SharedObject : public std::enable_shared_from_this<SharedObject> {
 public:
-    SharedObject() = default;
-    SharedObject(const SharedObject&) = delete;
-    SharedObject& operator=(const SharedObject&) = delete;
+    SharedObject& operator=(SharedObject&&) = delete;
     virtual ~SharedObject() = default;
 };
 

@@ -1,5 +1,7 @@
 #include "ZuText.h"
 
+#include <algorithm>
+#include <cstdarg>
 #include <cstdio>
 #include <cwchar>
 #include <limits>
@@ -61,21 +63,13 @@ std::string narrow(std::wstring_view wide, bool* lossy) {
 std::string formatNarrow(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    std::string result = formatNarrowV(format, arguments);
-    va_end(arguments);
-    return result;
-}
-
-std::string formatNarrowV(const char* format, std::va_list arguments) {
     std::va_list again;
     va_copy(again, arguments);
-    const int size = std::vsnprintf(nullptr, 0, format, again);
+    const int size = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string result(static_cast<std::size_t>(std::max(size, 0)), '\0');
+    std::vsnprintf(result.data(), result.size() + 1, format, again);
     va_end(again);
-    if (size <= 0) {
-        return {};
-    }
-    std::string result(static_cast<std::size_t>(size), '\0');
-    std::vsnprintf(result.data(), result.size() + 1, format, arguments);
+    va_end(arguments);
     return result;
 }
 
@@ -98,15 +92,8 @@ std::wstring formatWide(const wchar_t* format, ...) {
 }
 
 bool equalsIgnoringAsciiCase(std::wstring_view left, std::wstring_view right) noexcept {
-    if (left.size() != right.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (foldAscii(left[i]) != foldAscii(right[i])) {
-            return false;
-        }
-    }
-    return true;
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](wchar_t a, wchar_t b) { return foldAscii(a) == foldAscii(b); });
 }
 
 }  // namespace zustd

@@ -7,7 +7,6 @@
 // the Encoder, which never depends on a code page.
 #pragma once
 
-#include <cstdarg>
 #include <string>
 #include <string_view>
 
@@ -27,8 +26,6 @@ std::string narrow(std::wstring_view wide, bool* lossy = nullptr);
 // name their strings %ls (wide) or %hs (narrow), never %s. A format that the
 // C runtime refuses gives an empty string.
 std::string formatNarrow(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
-std::string formatNarrowV(const char* format, std::va_list arguments)
-    __attribute__((format(gnu_printf, 1, 0)));
 std::wstring formatWide(const wchar_t* format, ...);
 
 // Equality without regard to the case of the 26 ASCII letters, the rule by

@@ -1,14 +1,11 @@
 // The settings container whose changes are counted and announced.
 #pragma once
 
-#include <string>
-
 #include "ZuChangeTracker.h"
 #include "ZuPropertyBag.h"
 
 namespace zustd {
 
-// A bag whose every real change is counted and announced.
 class TrackingPropertyBag : public PropertyBag, public ChangeTracker {
 public:
     using PropertyBag::PropertyBag;

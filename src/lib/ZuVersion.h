@@ -8,7 +8,6 @@ namespace zustd {
 // What kind of build a version belongs to; it shows in the displayed text.
 enum class BuildKind { Release, Beta, Debug };
 
-// Three numbers that only grow, and what is said beside them.
 struct Version {
     // The framework's own build number, for programs that keep none.
     static constexpr long kDefaultBuild = 852;

@@ -124,11 +124,7 @@ struct SixPlaces {
 };
 
 std::wstring_view skipSpace(std::wstring_view text) noexcept {
-    std::size_t at = 0;
-    while (at < text.size() && xml::isBlank(text[at])) {
-        ++at;
-    }
-    return text.substr(at);
+    return {std::find_if_not(text.begin(), text.end(), xml::isBlank), text.end()};
 }
 
 // [sign] digits, as far as they go; the magnitude stays at its largest value
@@ -181,8 +177,10 @@ bool isBeyondOne(std::string_view number) noexcept {
                        static_cast<std::int64_t>(point);
 }
 
-std::size_t findSpace(std::wstring_view text, std::size_t from) noexcept {
-    return std::min(text.find_first_of(L" \n\r\t", from), text.size());
+constexpr std::wstring_view kSpaces = L" \n\r\t";
+
+std::size_t skipSpaces(std::wstring_view text, std::size_t from) noexcept {
+    return std::min(text.find_first_not_of(kSpaces, from), text.size());
 }
 
 // attributeValue = quoted | unquoted ; moves at past it, false when a quote
@@ -197,7 +195,7 @@ bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring_vi
         at = close + 1;
         return true;
     }
-    const std::size_t end = findSpace(text, at);
+    const std::size_t end = std::min(text.find_first_of(kSpaces, at), text.size());
     value = text.substr(at, end - at);
     at = end;
     return true;
@@ -209,9 +207,7 @@ template <class Take>
 bool eachAttribute(std::wstring_view text, Take&& take) {
     std::size_t at = 0;
     for (;;) {
-        while (at < text.size() && xml::isSpace(text[at])) {
-            ++at;
-        }
+        at = skipSpaces(text, at);
         if (at == text.size()) {
             return true;
         }
@@ -221,10 +217,7 @@ bool eachAttribute(std::wstring_view text, Take&& take) {
         }
         const std::wstring_view name = text.substr(at, equals - at);
         std::wstring_view value;
-        at = equals + 1;
-        while (at < text.size() && xml::isSpace(text[at])) {
-            ++at;
-        }
+        at = skipSpaces(text, equals + 1);
         if (!takeAttributeValue(text, at, value)) {
             return false;
         }
@@ -245,34 +238,17 @@ void Xml::appendTag(std::wstring& out, std::wstring_view name, bool closing) {
 }
 
 void Xml::escapeXmlChar(std::wstring& out, wchar_t c) {
-    if (!needsEscape(c)) {
+    const auto* const entity =
+        std::find_if(std::begin(xml::kEntities), std::end(xml::kEntities),
+                     [c](const xml::Entity& each) { return each.character == c; });
+    if (entity != std::end(xml::kEntities)) {
+        out.append(entity->text);
+    } else if (c == L'\n') {
+        out.append(L"\\n");
+    } else if (c < L' ') {
+        out.append({L'\\', kHexDigits[c / 16], kHexDigits[c % 16]});
+    } else {
         out.push_back(c);
-        return;
-    }
-    switch (c) {
-        case L'<':
-            out.append(L"&lt;");
-            break;
-        case L'>':
-            out.append(L"&gt;");
-            break;
-        case L'\'':
-            out.append(L"&apos;");
-            break;
-        case L'"':
-            out.append(L"&quot;");
-            break;
-        case L'&':
-            out.append(L"&amp;");
-            break;
-        case L'\n':
-            out.append(L"\\n");
-            break;
-        default:
-            out.push_back(L'\\');
-            out.push_back(kHexDigits[c / 16]);
-            out.push_back(kHexDigits[c % 16]);
-            break;
     }
 }
 

@@ -1,10 +1,8 @@
 // The framework's small XML dialect: elements and text, nothing else.
 //
 // Every setting is kept in this dialect; docs/formats/xml-dialect.md gives its
-// grammar. There is one grammar here and two character sources for it: a range
-// of characters in memory (XmlRange) and a wide input stream (XmlStream). A
-// reading function is a template over the source; each value class reads
-// itself with the same few of them.
+// grammar. The functions that read it are templates over two character sources: a
+// range in memory (XmlRange) and a wide input stream (XmlStream).
 //
 // Lenient on purpose: text between elements is passed over, an open tag may be
 // missing (the value then keeps what it had), the header line and comments
@@ -15,17 +13,13 @@
 //
 // Every reader looks at each character a bounded number of times.
 //
-// Escaping is not symmetric: control characters are written as a backslash
-// and their code, and are read back as just these characters. Files written
-// by older releases rely on it.
+// Escaping is not symmetric: control characters are written as a backslash and
+// their code, and read back as just these, on which older files rely.
 #pragma once
 
-#include <cstdint>
 #include <cstring>
 #include <istream>
 #include <streambuf>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "ZuPlankton.h"
@@ -74,31 +68,26 @@ public:
 
     // --- Reading -------------------------------------------------------------
 
-    // Takes the next tag when it is <name> (closing: </name>) and returns
-    // whether it was. On another tag or at the end of the input: with
-    // mustMatch throws std::invalid_argument, without it the position stays
-    // where it was. begin moves past what was taken; one that is past the end
-    // fails an assertion.
+    // Takes the next tag when it is <name> (closing: </name>) and returns whether
+    // it was. On another tag or at the end of the input: with mustMatch throws
+    // std::invalid_argument, without it the position stays. A begin that is past
+    // the end fails an assertion.
     //
-    // A stream must be able to put back the tag and the text before it when it
-    // is another one; when it cannot, the text "Xml: insufficient putback
-    // space in streambuf" is thrown, and what was looked at is lost.
+    // A stream that cannot put back another tag and the text before it throws the
+    // text "Xml: insufficient putback space in streambuf"; both are lost.
     static bool readTag(const wchar_t*& begin, const wchar_t* end, std::wstring_view name,
                         bool closing, bool mustMatch);
     static bool readTag(std::wistream& stream, std::wstring_view name, bool closing,
                         bool mustMatch);
 
-    // Replaces out by the element text up to the next "<" or ">", entities
-    // decoded. An "&" that starts none of the five entities is dropped in a
-    // range; in a stream it ends the text. A stream must be able to put back one
-    // character.
+    // Replaces out by the element text up to the next "<" or ">", entities decoded.
+    // An "&" that starts none of the five entities is dropped in a range; in a
+    // stream, which must be able to put back one character, it ends the text.
     static void readText(const wchar_t*& begin, const wchar_t* end, std::wstring& out);
     static void readText(std::wistream& stream, std::wstring& out);
 
-    // The name of the next tag, without taking anything; false when there is
-    // none. The stream must be able to put back the tag and the text before
-    // it; when it cannot, a trace line says how much it would have needed and
-    // the result is false.
+    // The name of the next tag, without taking anything; false when there is none,
+    // and, with a trace line, when the stream cannot put it back.
     static bool peekTag(std::wistream& stream, std::wstring& name);
 
     // What stands behind a tag's name. False when it is no list of
@@ -109,10 +98,9 @@ public:
 // --- Character sources --------------------------------------------------------
 //
 // A source knows where it is (mark), can go back to the place marked last
-// (rewind), and collects the characters that it steps over into a token.
-// peek() is kEnd at the end; skip() steps over what it gave. takeLiteral()
-// steps over the text given if it comes next, skipPlain() over everything up
-// to the next "<", ">" or "&"; a range does both by the block.
+// (rewind), and collects the characters that it steps over into a token. skip()
+// steps over what peek() gave, takeLiteral() over the text given if it comes next,
+// skipPlain() over everything up to the next "<", ">" or "&".
 
 // The characters between two pointers.
 class XmlRange {
@@ -125,8 +113,7 @@ public:
     XmlRange(const wchar_t*& begin, const wchar_t* end) : begin_(begin), at_(begin), end_(end) {
         ZU_ASSERT_AS(at_ <= end_, L"sourcePos <= sourceEnd", ZU_LINE(1227));
     }
-    XmlRange(const XmlRange&) = delete;
-    XmlRange& operator=(const XmlRange&) = delete;
+    XmlRange& operator=(XmlRange&&) = delete;
     ~XmlRange() { begin_ = at_; }
 
     // What the grammar asks of a source.
@@ -159,21 +146,17 @@ private:
     const wchar_t* token_ = nullptr;
 };
 
-// Keeps what it has looked at and not taken, and puts it back when it is done:
-// the stream is asked for no more than one tag and the text before it, and for
-// one character behind a text.
+// Keeps what it has looked at and not taken, and puts it back when it is done.
 class XmlStream {
 public:
     using Mark = std::size_t;
     static constexpr int kEnd = -1;
     static constexpr bool kUnknownEntityEndsText = true;
 
-    // The stream outlives the source; its buffer is read without locale and
-    // without white-space rules. The code unit FFFF reads as the end: wide
+    // The stream outlives the source. The code unit FFFF reads as the end: wide
     // streams of this platform do not tell it from theirs.
     explicit XmlStream(std::wistream& stream) : buffer_(*stream.rdbuf()) {}
-    XmlStream(const XmlStream&) = delete;
-    XmlStream& operator=(const XmlStream&) = delete;
+    XmlStream& operator=(XmlStream&&) = delete;
 
     // What the grammar asks of a source.
     int peek() { return at_ != seen_.size() || see() ? static_cast<int>(seen_[at_]) : kEnd; }
@@ -212,8 +195,7 @@ private:
 
 namespace xml {
 
-// How deep values may nest in input. Far beyond any real setting, far below
-// what the stack holds.
+// How deep values may nest: beyond any real setting, below what the stack holds.
 inline constexpr int kMaxDepth = 128;
 
 // Named, since a constant knows its length and a literal would count it anew.
@@ -302,15 +284,17 @@ inline bool readTag(Source& in, std::wstring_view name, bool closing, bool mustM
     return takeExactTag(in, name, closing) || readOtherTag(in, name, closing, mustMatch);
 }
 
+// What an entity's text stands for.
+struct Entity {
+    std::wstring_view text;
+    wchar_t character;
+};
+inline constexpr Entity kEntities[] = {
+    {L"&lt;", L'<'}, {L"&gt;", L'>'}, {L"&apos;", L'\''}, {L"&quot;", L'"'}, {L"&amp;", L'&'}};
+
 // entity = "&lt;" | "&gt;" | "&apos;" | "&quot;" | "&amp;" ; 0 when it is none
 template <class Source>
 wchar_t takeEntity(Source& in) {
-    struct Entity {
-        std::wstring_view text;
-        wchar_t character;
-    };
-    static constexpr Entity kEntities[] = {
-        {L"&lt;", L'<'}, {L"&gt;", L'>'}, {L"&apos;", L'\''}, {L"&quot;", L'"'}, {L"&amp;", L'&'}};
     for (const Entity& entity : kEntities) {
         if (in.takeLiteral(entity.text)) {
             return entity.character;
@@ -364,8 +348,7 @@ std::wstring_view readText(Source& in, std::wstring& scratch) {
     return scratch;
 }
 
-// The name of the next tag, valid as a token is; nothing is taken. False, and
-// an empty name, when there is no tag any more.
+// The name of the next tag, valid as a token is; nothing is taken. False without one.
 template <class Source>
 bool peekName(Source& in, std::wstring_view& name) {
     const auto start = in.mark();
@@ -429,13 +412,11 @@ bool readElement(Source& in, std::wstring_view name, Convert&& convert) {
     return true;
 }
 
-// Counts how deep values nest while they are read or written; fails an assertion beyond
-// kMaxDepth.
+// Counts how deep values nest; fails an assertion beyond kMaxDepth.
 class DepthGuard {
 public:
     DepthGuard();
-    DepthGuard(const DepthGuard&) = delete;
-    DepthGuard& operator=(const DepthGuard&) = delete;
+    DepthGuard& operator=(DepthGuard&&) = delete;
     ~DepthGuard();
     // Fails as one more guard would.
     static void check();

@@ -167,7 +167,7 @@ def check_guides(contents):
                                        sources["Diagnostics.cpp"])):
         if not re.search(rf"(?<![\w-]){re.escape(file)}", support):
             yield f"{package.SUPPORT_GUIDE} does not tell about {file}"
-    for switch in sorted(set(re.findall(r'L"(-\w+)"', sources["Switches.cpp"]))):
+    for switch in sorted(set(re.findall(r'L"(-\w+)"', sources["Utility.cpp"]))):
         if switch not in support:
             yield f"{package.SUPPORT_GUIDE} does not tell about {switch}"
 
