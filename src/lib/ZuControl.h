@@ -40,6 +40,7 @@ namespace zustd {
 class GraphicsService;
 class WindowService;
 struct TooltipOptions;
+using TooltipRef = std::shared_ptr<TooltipOptions>;
 
 // A position in one word of a message.
 MessageWord wordOfPoint(Point point) noexcept;
@@ -110,7 +111,7 @@ public:
     // The nearest control upwards, beginning with itself, that is a surface;
     // null outside of one.
     Control* surface() noexcept;
-    const Control* surface() const noexcept;
+    const Control* surface() const noexcept { return const_cast<Control*>(this)->surface(); }
     // Only a surface has one.
     virtual InputRouter* inputRouter() noexcept { return nullptr; }
 
@@ -122,7 +123,7 @@ public:
     virtual bool setBoundary(const Rect& boundary);
     // Keeps the size; negative coordinates are taken for 0.
     bool moveTo(Point place);
-    bool setSize(Size size);
+    bool setSize(Size size) { return setBoundary(Rect::at(boundary_.position(), size)); }
     // The same pixels in the coordinates of the surface, or of the topmost
     // control where there is no surface.
     Rect boundaryOnSurface() const noexcept;
@@ -195,6 +196,8 @@ public:
     void setFocusOrder(std::int32_t order) noexcept { focusOrder_ = order; }
     // Asks the surface for the focus; false when it cannot be had.
     bool takeFocus();
+    // Who has the focus of the control's surface; null when nobody has.
+    std::shared_ptr<Control> focusedOnSurface() noexcept;
     // What the pointer looks like over the control.
     MouseCursor cursor() const noexcept { return cursor_; }
     bool setCursor(MouseCursor cursor);
@@ -206,18 +209,14 @@ public:
     TextDescriptor& tooltip() noexcept { return tooltip_; }
     const TextDescriptor& tooltip() const noexcept { return tooltip_; }
     // May be null: the defaults.
-    const std::shared_ptr<TooltipOptions>& tooltipOptions() const noexcept {
-        return tooltipOptions_;
-    }
-    void setTooltipOptions(std::shared_ptr<TooltipOptions> options) noexcept {
-        tooltipOptions_ = std::move(options);
-    }
+    const TooltipRef& tooltipOptions() const noexcept { return tooltipOptions_; }
+    void setTooltipOptions(const TooltipRef& options) noexcept { tooltipOptions_ = options; }
     // Null for the colours of the nearest ancestor that has some.
     const ColorsRef& colors() const noexcept { return colors_; }
     bool setColors(const ColorsRef& colors);
-    // From the control's colours or those of its ancestors; unset when none of
-    // them sets this one.
-    Color color(ColorRole role) const noexcept;
+    // From the control's colours or those of its ancestors; the other one when
+    // none of them sets this one.
+    Color color(ColorRole role, Color otherwise = {}) const noexcept;
 
     // --- Drawing ---
 
@@ -334,7 +333,9 @@ protected:
         if (member == descriptor) {
             return false;
         }
-        unwatch(member.get());
+        if (member) {
+            member->disconnect(this);
+        }
         member = descriptor;
         watch(member.get());
         stateChanged();
@@ -352,8 +353,6 @@ private:
     void checkChild(const Control* child) const;
     void leaveParent();
     void forgetInput();
-    void unwatch(ChangeTracker* descriptor);
-    void releaseNative() noexcept;
     void showState();
     void synchronizeBelow();
     bool changeShown(bool& member, bool value);
@@ -383,7 +382,7 @@ private:
     std::int32_t focusOrder_ = 0;
     std::uint32_t updateDepth_ = 0;
     TextDescriptor tooltip_;
-    std::shared_ptr<TooltipOptions> tooltipOptions_;
+    TooltipRef tooltipOptions_;
     ColorsRef colors_;
 };
 

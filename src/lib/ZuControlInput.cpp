@@ -5,12 +5,7 @@
 
 namespace zustd {
 
-namespace {
-
-constexpr MessageWords kNumbers = MessageWords::kNumbers;
-constexpr MessageWords kObject = MessageWords::kObject;
-
-}  // namespace
+using enum MessageWords;
 
 const MessageKind Control::kEnterHovering(L"enterHovering.Control", kNumbers);
 const MessageKind Control::kLeaveHovering(L"leaveHovering.Control", kNumbers);

@@ -25,12 +25,9 @@ bool Control::setBoundary(const Rect& boundary) {
     if (!place(boundary)) {
         return false;
     }
-    if (backend() == nullptr && parent_ != nullptr) {
-        const Control* holder = surface();
-        const std::shared_ptr<WindowService> window = holder ? windowService() : nullptr;
-        if (window) {
-            window->invalidate(before);
-        }
+    const bool drawn = backend() == nullptr && parent_ != nullptr && surface() != nullptr;
+    if (const auto window = drawn ? windowService() : nullptr) {
+        window->invalidate(before);
     }
     stateChanged();
     synchronizeBelow();
@@ -41,12 +38,6 @@ bool Control::moveTo(Point place) {
     Rect moved = boundary_;
     moved.moveTo(place);
     return setBoundary(moved);
-}
-
-bool Control::setSize(Size size) {
-    Rect resized = boundary_;
-    resized.setSize(size);
-    return setBoundary(resized);
 }
 
 Rect Control::boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }

@@ -63,19 +63,29 @@ protected:
 
     // What the text is drawn in.
     virtual FontStyle fontStyle() const { return styleOf(font_); }
-    std::shared_ptr<Font> font() const;
     // Of the text alone, wrapped to a width when that is not 0 and the text
     // wraps. Without services it is empty.
     Size textSize(std::int32_t width) const;
     void drawTextIn(GraphicsService& graphics, const Rect& area, Color color) const;
-    // A background when one is set.
-    void drawBackground(GraphicsService& graphics) const;
     bool changeFormat(const TextFormat& format) { return change(format_, format); }
+    // Of one field of the format; whether there was a change.
+    bool changeFormat(bool TextFormat::*field, bool value) { return change(format_.*field, value); }
 
 private:
     TextRef text_;
     FontRef font_;
     TextFormat format_;
+};
+
+// A text that is pressed by mouse or key, and sends kLeftClicked for both: with
+// the focus Space and Enter press it.
+class PressedText : public DrawnText {
+public:
+    explicit PressedText(const std::wstring& text) : DrawnText(text) { setFocusable(true); }
+
+    // As if the user clicked it. Nothing happens when it cannot be used.
+    void click();
+    bool onKey(const KeyEvent& event) override;
 };
 
 }  // namespace zustd

@@ -39,7 +39,6 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    bool holdsFocusInBody();
     Rect header() const;
     std::int32_t indent() const;
     void drawArrow(GraphicsService& graphics) const;

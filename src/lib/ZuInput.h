@@ -143,38 +143,38 @@ public:
 
     // Null when there is none.
     std::shared_ptr<Control> hovered() const { return hovered_.lock(); }
-    std::shared_ptr<Control> pressed() const { return pressed_.lock(); }
+    std::shared_ptr<Control> pressed() const { return press_.control.lock(); }
     std::shared_ptr<Control> focused() const { return focused_.lock(); }
 
-    // A control is about to leave the surface, with everything below it.
-    void forget(const Control& control);
-    // All that is below it is about to leave.
-    void forgetBelow(const Control& control);
+    // All that is below a control is about to leave the surface, and perhaps the
+    // control itself.
+    void forget(const Control& control, bool itself);
 
 private:
     enum class Button : std::uint32_t { kNone, kLeft, kRight };
 
+    struct Press {
+        Button button = Button::kNone;
+        std::weak_ptr<Control> control;
+        Point position;
+        bool dragging = false;
+    };
+
     template <class Tell>
     void tellWindow(Tell&& tell) const;
-    std::shared_ptr<Control> targetAt(Point position) const;
     void moveHover(const std::shared_ptr<Control>& target, Point position);
     void press(const std::shared_ptr<Control>& target, const MouseEvent& event);
-    void release(const MouseEvent& event, Button button);
+    void release(const MouseEvent& event);
     void drag(const MouseEvent& event);
     bool scroll(const std::shared_ptr<Control>& target, const MouseEvent& event);
     bool deliver(const std::shared_ptr<Control>& target, const MouseEvent& event);
     bool navigate(const KeyEvent& event);
     void changeFocus(const std::shared_ptr<Control>& control);
-    template <class Leaves>
-    void forgetThose(Leaves&& leaves);
 
     Control& surface_;
     std::weak_ptr<Control> hovered_;
-    std::weak_ptr<Control> pressed_;
     std::weak_ptr<Control> focused_;
-    Button button_ = Button::kNone;
-    Point pressPosition_;
-    bool dragging_ = false;
+    Press press_;
 };
 
 }  // namespace zustd

@@ -2,25 +2,6 @@
 
 namespace zustd {
 
-Link::Link(const std::wstring& text) : DrawnText(text) {
-    setFocusable(true);
-    setCursor(MouseCursor::kHand);
-}
-
-void Link::click() {
-    if (isUsable()) {
-        notify(kLeftClicked, wordOfPoint({0, 0}));
-    }
-}
-
-bool Link::onKey(const KeyEvent& event) {
-    if (!isPressingKey(event)) {
-        return false;
-    }
-    click();
-    return true;
-}
-
 FontStyle Link::fontStyle() const {
     FontStyle style = DrawnText::fontStyle();
     style.underline = style.underline || (isHovered() && isUsable());
@@ -28,7 +9,7 @@ FontStyle Link::fontStyle() const {
 }
 
 void Link::drawSelf(GraphicsService& graphics) {
-    drawBackground(graphics);
+    Control::drawSelf(graphics);
     const ColorRole role = isHovered() ? ColorRole::kHoverLink : ColorRole::kLink;
     drawTextIn(graphics, innerArea(), inkColor(*this, role));
     if (hasFocus()) {

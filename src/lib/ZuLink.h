@@ -1,7 +1,4 @@
 // A text that can be clicked, drawn as a link.
-//
-// It sends kLeftClicked for the mouse as well as for Enter and Space while it
-// has the focus.
 #pragma once
 
 #include <string>
@@ -10,13 +7,11 @@
 
 namespace zustd {
 
-class Link : public DrawnText {
+class Link : public PressedText {
 public:
-    explicit Link(const std::wstring& text = {});
-
-    // As if the user clicked it. Nothing happens when it cannot be used.
-    void click();
-    bool onKey(const KeyEvent& event) override;
+    explicit Link(const std::wstring& text = {}) : PressedText(text) {
+        setCursor(MouseCursor::kHand);
+    }
 
 protected:
     // Underlined while the pointer is over the link.

@@ -33,9 +33,7 @@ public:
     void setContent(const std::shared_ptr<Control>& content);
     Control& viewport() const noexcept { return *viewport_; }
     // Null as long as it has not been needed.
-    const std::shared_ptr<NativeScrollBar>& scrollBar(bool vertical) const noexcept {
-        return vertical ? verticalBar_ : horizontalBar_;
-    }
+    const auto& scrollBar(bool vertical) const noexcept { return bars_[vertical]; }
 
     // What of the content lies at the viewport's left top corner.
     Point scrollPosition() const noexcept { return position_; }
@@ -67,20 +65,18 @@ protected:
 private:
     bool isInside(const Control* control) const noexcept;
     std::int32_t lineSize() const;
-    std::int32_t thicknessOf(std::shared_ptr<NativeScrollBar>& bar, bool vertical);
+    std::int32_t barThickness(bool vertical);
     Size measureContent(Size room);
     void placeBars(Size room, Size thickness);
     void placeContent(Size size);
     void showPosition();
-    bool scrollByWheel(const MouseEvent& event);
-    std::shared_ptr<Control> focusedInView() const;
-    bool isInView(const Rect& area) const noexcept;
+    std::shared_ptr<Control> focusedInView() noexcept;
     Rect areaOf(const Control& inside) const noexcept;
 
     std::shared_ptr<Control> viewport_;
     std::shared_ptr<Control> content_;
-    std::shared_ptr<NativeScrollBar> horizontalBar_;
-    std::shared_ptr<NativeScrollBar> verticalBar_;
+    // The horizontal one and the vertical one.
+    std::shared_ptr<NativeScrollBar> bars_[2];
     Point position_;
     WheelCounter wheel_;
 };
