@@ -36,7 +36,7 @@ public:
 
     // Opens a document or address with the program that the user has for it;
     // whether the system accepted it.
-    virtual bool openDocument(const std::wstring& document) = 0;
+    virtual bool openDocument(const std::wstring& name) = 0;
 
     virtual std::wstring getComputerName() const = 0;
     // A stable identifier of the machine; empty when it cannot be told.
@@ -92,41 +92,27 @@ public:
     ~ApplicationService() override { releaseImplementation(); }
 
     // Each hands on to the backend, and fails the assertion "impl_" without one.
-    std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) {
+    auto createActiveWindowService(bool allowForeground) {
         return implementation().createActiveWindowService(allowForeground);
     }
-    std::shared_ptr<WindowService> createMainWindowService() {
-        return implementation().createMainWindowService();
-    }
-    std::shared_ptr<WindowService> createUnboundWindowService() {
-        return implementation().createUnboundWindowService();
-    }
-    std::shared_ptr<WindowService> createDesktopWindowService() {
-        return implementation().createDesktopWindowService();
-    }
-    std::wstring getApplicationName() const { return implementation().getApplicationName(); }
+    auto createMainWindowService() { return implementation().createMainWindowService(); }
+    auto createUnboundWindowService() { return implementation().createUnboundWindowService(); }
+    auto createDesktopWindowService() { return implementation().createDesktopWindowService(); }
+    auto getApplicationName() const { return implementation().getApplicationName(); }
     void setApplicationName(const std::wstring& name) { implementation().setApplicationName(name); }
-    bool openDocument(const std::wstring& document) {
-        return implementation().openDocument(document);
-    }
-    std::wstring getComputerName() const { return implementation().getComputerName(); }
-    std::wstring getMachineSid() const { return implementation().getMachineSid(); }
-    std::wstring getApplicationDirectory() const {
-        return implementation().getApplicationDirectory();
-    }
-    std::wstring getUserAppDataDirectory() const {
-        return implementation().getUserAppDataDirectory();
-    }
-    std::wstring getUserDocumentsDirectory() const {
-        return implementation().getUserDocumentsDirectory();
-    }
-    std::wstring getApplicationDataDirectory(bool create) {
+    bool openDocument(const std::wstring& name) { return implementation().openDocument(name); }
+    auto getComputerName() const { return implementation().getComputerName(); }
+    auto getMachineSid() const { return implementation().getMachineSid(); }
+    auto getApplicationDirectory() const { return implementation().getApplicationDirectory(); }
+    auto getUserAppDataDirectory() const { return implementation().getUserAppDataDirectory(); }
+    auto getUserDocumentsDirectory() const { return implementation().getUserDocumentsDirectory(); }
+    auto getApplicationDataDirectory(bool create) {
         return implementation().getApplicationDataDirectory(create);
     }
     bool hasCriticalError() const { return implementation().hasCriticalError(); }
     std::uint32_t getCriticalError() const { return implementation().getCriticalError(); }
     void setCriticalError(std::uint32_t code) { implementation().setCriticalError(code); }
-    std::wstring getCriticalErrorText(std::uint32_t code) const {
+    auto getCriticalErrorText(std::uint32_t code) const {
         return implementation().getCriticalErrorText(code);
     }
     bool installKeyboardHook() { return implementation().installKeyboardHook(); }
@@ -135,9 +121,7 @@ public:
     void quitMessageLoop(int exitCode) { implementation().quitMessageLoop(exitCode); }
     std::uint32_t getApplicationState() const { return implementation().getApplicationState(); }
     void setApplicationState(std::uint32_t state) { implementation().setApplicationState(state); }
-    std::shared_ptr<PropertyBag> getPreferences() const {
-        return implementation().getPreferences();
-    }
+    auto getPreferences() const { return implementation().getPreferences(); }
 };
 
 // Shows a message box under the application's name, owned by the active window

@@ -76,16 +76,17 @@ public:
     const FontStyle& style() const noexcept { return style_; }
 
     // Each returns whether anything changed.
-    bool setStyle(const FontStyle& style) { return assign(style_, style, L"style"); }
     bool setUnderline(bool underline) { return assign(style_.underline, underline, L"underline"); }
     bool setBold(bool bold) { return assign(style_.bold, bold, L"bold"); }
     bool setItalic(bool italic) { return assign(style_.italic, italic, L"italic"); }
     bool setSize(std::int32_t points) { return assign(style_.size, points, L"size"); }
-    bool setFaceName(const std::wstring& name) {
-        return assign(style_.faceName, name, L"faceName");
+    bool setFaceName(const std::wstring& face) {
+        return assign(style_.faceName, face, L"faceName");
     }
     // Flags off and the default size; the face stays.
-    bool reset();
+    bool reset() {
+        return assign(style_, {.size = kDefaultSize, .faceName = style_.faceName}, L"style");
+    }
 
 private:
     FontStyle style_{.size = kDefaultSize, .faceName = {}};

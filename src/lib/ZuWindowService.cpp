@@ -47,21 +47,6 @@ int WindowService::showMessage(const std::wstring& text, const std::wstring& cap
     }
 }
 
-int WindowService::askYesNoCancel(const std::wstring& text, const std::wstring& caption,
-                                  const std::wstring& rememberKey) {
-    return showMessage(text, caption, kMessageYesNoCancel | kMessageIconQuestion, rememberKey);
-}
-
-int WindowService::askYesNo(const std::wstring& text, const std::wstring& caption,
-                            const std::wstring& rememberKey) {
-    return showMessage(text, caption, kMessageYesNo | kMessageIconQuestion, rememberKey);
-}
-
-int WindowService::askOKCancel(const std::wstring& text, const std::wstring& caption,
-                               const std::wstring& rememberKey) {
-    return showMessage(text, caption, kMessageOkCancel | kMessageIconQuestion, rememberKey);
-}
-
 int WindowService::ask(MessageBoxContent& box, Question question) {
     IWindowServiceImpl& backend = implementation();
     int answer = kAnswerNone;

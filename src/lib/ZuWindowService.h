@@ -206,11 +206,17 @@ public:
     int showMessage(const std::wstring& text, const std::wstring& caption, std::uint32_t style,
                     const std::wstring& rememberKey = {});
     int askYesNoCancel(const std::wstring& text, const std::wstring& caption,
-                       const std::wstring& rememberKey = {});
+                       const std::wstring& rememberKey = {}) {
+        return showMessage(text, caption, kMessageYesNoCancel | kMessageIconQuestion, rememberKey);
+    }
     int askYesNo(const std::wstring& text, const std::wstring& caption,
-                 const std::wstring& rememberKey = {});
+                 const std::wstring& rememberKey = {}) {
+        return showMessage(text, caption, kMessageYesNo | kMessageIconQuestion, rememberKey);
+    }
     int askOKCancel(const std::wstring& text, const std::wstring& caption,
-                    const std::wstring& rememberKey = {});
+                    const std::wstring& rememberKey = {}) {
+        return showMessage(text, caption, kMessageOkCancel | kMessageIconQuestion, rememberKey);
+    }
     // Whether one of them waits for its answer; only those of this service
     // count.
     bool isMessageOpen() const { return implementation().isMessageOpen(); }
