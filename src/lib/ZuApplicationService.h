@@ -4,10 +4,6 @@
 // the service registry by its type.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuAbstraction.h"
 #include "ZuService.h"
 
@@ -23,9 +19,8 @@ inline constexpr std::uint32_t kApplicationStateCriticalError = 4;
 // itself does not call is there for hosts.
 class IApplicationServiceImpl : public IBackend {
 public:
-    // Window services for the active window (with allowForeground also for
-    // another program's), the main window, no window, the desktop. Empty when
-    // there is no such window.
+    // Window services for the active window (with allowForeground also for another program's), the
+    // main window, no window, the desktop. Empty when there is no such window.
     virtual std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) = 0;
     virtual std::shared_ptr<WindowService> createMainWindowService() = 0;
     virtual std::shared_ptr<WindowService> createUnboundWindowService() = 0;
@@ -42,11 +37,10 @@ public:
     // A stable identifier of the machine; empty when it cannot be told.
     virtual std::wstring getMachineSid() const = 0;
 
-    // Directories: of the program, of the user's application data, of the
-    // user's documents, and this application's own below the application data.
-    // Folders that the system does not name are replaced by documents, then by
-    // "C:\", the only one with a backslash at its end. With create the last one
-    // is made; that this fails is not reported.
+    // Directories: of the program, of the user's application data, of the user's documents, and
+    // this application's own below the application data. Folders that the system does not name are
+    // replaced by documents, then by "C:\", the only one with a backslash at its end. With create
+    // the last one is made; that this fails is not reported.
     virtual std::wstring getApplicationDirectory() const = 0;
     virtual std::wstring getUserAppDataDirectory() const = 0;
     virtual std::wstring getUserDocumentsDirectory() const = 0;
@@ -59,10 +53,9 @@ public:
     virtual void setCriticalError(std::uint32_t code) = 0;
     virtual std::wstring getCriticalErrorText(std::uint32_t code) const = 0;
 
-    // While the hook is installed, key presses of this thread's windows are
-    // sent as ApplicationService::kAppKeysPressed. A thread has one: whoever
-    // installs it takes it over from another service. False when it cannot be
-    // installed.
+    // While the hook is installed, key presses of this thread's windows are sent as
+    // ApplicationService::kAppKeysPressed. A thread has one: whoever installs it takes it over from
+    // another service. False when it cannot be installed.
     virtual bool installKeyboardHook() = 0;
     virtual void removeKeyboardHook() = 0;
     // Dispatches messages of this thread until it is told to quit; returns the
@@ -124,10 +117,13 @@ public:
     auto getPreferences() const { return implementation().getPreferences(); }
 };
 
-// Shows a message box under the application's name, owned by the active window
-// if there is one, and returns the answer (see ZuWindowService). Style is a
-// sum of message-box styles. Fails the assertion "ws" when no application
-// service can give a window service.
+// The preferences of the application service that is found from a registry;
+// empty where there is none.
+std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator);
+
+// Shows a message box under the application's name, owned by the active window if there is one, and
+// returns the answer (see ZuWindowService). Style is a sum of message-box styles. Fails the
+// assertion "ws" when no application service can give a window service.
 int showMessage(const std::wstring& text, std::uint32_t style);
 
 }  // namespace zustd

@@ -8,8 +8,7 @@ namespace zustd {
 
 namespace {
 
-// Between the border and the content, and between image and text; at a scaling
-// factor of 1.
+// Between the border and the content, and between image and text; at a scaling factor of 1.
 constexpr Size kPadding{10, 5};
 constexpr std::int32_t kGap = 5;
 

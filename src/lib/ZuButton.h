@@ -3,9 +3,6 @@
 // One that toggles changes its check before anybody hears of the click.
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {

@@ -2,8 +2,6 @@
 // by dots where it does not fit.
 #pragma once
 
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {

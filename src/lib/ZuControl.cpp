@@ -5,7 +5,6 @@
 
 #include "ZuGraphicsService.h"
 #include "ZuScope.h"
-#include "ZuTooltip.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -187,10 +186,9 @@ std::shared_ptr<Control> Control::focusedOnSurface() noexcept {
 }
 
 bool Control::setCursor(MouseCursor cursor) {
-    if (cursor_ == cursor) {
+    if (std::exchange(cursor_, cursor) == cursor) {
         return false;
     }
-    cursor_ = cursor;
     if (const auto window = hovered_ ? windowService() : nullptr) {
         window->setCursor(cursor);
     }
@@ -201,11 +199,11 @@ bool Control::setCursor(MouseCursor cursor) {
 
 bool Control::setColors(const ColorsRef& colors) {
     const std::shared_ptr<Control> self = sharedReference(this);
-    if (!changeDescriptor(colors_, colors)) {
-        return false;
+    const bool changed = changeDescriptor(colors_, colors);
+    if (changed) {
+        synchronizeBelow();
     }
-    synchronizeBelow();
-    return true;
+    return changed;
 }
 
 Color Control::color(ColorRole role, Color otherwise) const noexcept {
@@ -360,8 +358,7 @@ bool Control::requestClose() {
     return !staysOpen;
 }
 
-// What lies on a surface below moves along with it. The caller holds a
-// reference.
+// What lies on a surface below moves along with it. The caller holds a reference.
 void Control::synchronizeBelow() {
     forEach(children_, [](Control& child) {
         if (child.hasNativeObject()) {

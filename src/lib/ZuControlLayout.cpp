@@ -17,8 +17,6 @@ constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2
 
 }  // namespace
 
-// --- Geometry -------------------------------------------------------------------------------
-
 bool Control::setBoundary(const Rect& boundary) {
     const std::shared_ptr<Control> self = sharedReference(this);
     const Rect before = boundaryOnSurface();
@@ -60,8 +58,6 @@ Point Control::fromSurface(Point point) const noexcept {
 Rect Control::innerArea() const noexcept {
     return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
 }
-
-// --- Layout ---------------------------------------------------------------------------------
 
 Size Control::withinLimits(Size size) const noexcept {
     const auto within = [](std::int32_t extent, std::int32_t minimum, std::int32_t maximum) {

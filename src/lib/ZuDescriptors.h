@@ -1,22 +1,13 @@
-// What a widget shows, described apart from the widget: fonts, texts, colours
-// and images.
+// What a widget shows, described apart from the widget: fonts, texts, colours and images.
 //
-// A descriptor is a shared object. Many controls may hold the same one, and
-// whoever changes it changes them all: every setter counts the change and
-// announces it as ChangeTracker::kPropertyChanged with the field's name; an
-// unchanged assignment does neither. Controls listen to the descriptors that
-// they are given and show the change at once.
+// A descriptor is a shared object. Many controls may hold the same one, and whoever changes it
+// changes them all: every setter counts the change and announces it as
+// ChangeTracker::kPropertyChanged with the field's name; an unchanged assignment does neither.
+// Controls listen to the descriptors that they are given and show the change at once.
 //
-// A descriptor names a resource, it does not hold one. Texts are looked up in
-// the language of the moment, fonts and images are made and cached by the
-// window service.
+// A descriptor names a resource, it does not hold one. Texts are looked up in the language of the
+// moment, fonts and images are made and cached by the window service.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "ZuChangeTracker.h"
 #include "ZuGeometry.h"

@@ -100,11 +100,11 @@ void PressedText::click() {
 }
 
 bool PressedText::onKey(const KeyEvent& event) {
-    if (!isPressingKey(event)) {
-        return false;
+    const bool presses = isPressingKey(event);
+    if (presses) {
+        click();
     }
-    click();
-    return true;
+    return presses;
 }
 
 }  // namespace zustd

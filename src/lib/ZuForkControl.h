@@ -6,10 +6,6 @@
 // and kChangePreferredHeight. Forks may lie in the bodies of others.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {

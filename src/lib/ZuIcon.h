@@ -1,8 +1,6 @@
 // An image, drawn in the middle of its control.
 #pragma once
 
-#include <memory>
-
 #include "ZuControl.h"
 #include "ZuGraphicsService.h"
 

@@ -87,13 +87,10 @@ bool InputRouter::routeMouse(const MouseEvent& event) {
     const std::shared_ptr<Control> under = sharedReference(surface_.controlAt(event.position));
     switch (event.action) {
         case MouseAction::kMove:
-            if (held) {
-                moveHover(under == held ? held : nullptr, event.position);
-                drag(event);
-                return deliver(held, event);
-            }
-            moveHover(under, event.position);
-            return deliver(under, event);
+            // During a press only its control is hovered.
+            moveHover(held && under != held ? nullptr : under, event.position);
+            drag(event);
+            return deliver(held ? held : under, event);
         case MouseAction::kLeave:
             moveHover(nullptr, event.position);
             return false;
@@ -131,8 +128,7 @@ void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point positi
         before->hideTooltip();
         before->acceptHover(false);
     }
-    // Whoever heard of the leaving may have moved on, and so may who hears of
-    // the entering.
+    // Whoever heard of the leaving may have moved on, and so may who hears of the entering.
     if (target && hovered_.lock() == target) {
         target->acceptHover(true);
     }

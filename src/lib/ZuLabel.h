@@ -1,8 +1,6 @@
 // A text of one or more lines, wrapped at words where that is asked for.
 #pragma once
 
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {
@@ -13,8 +11,7 @@ public:
 
     // Each returns whether it was otherwise before.
     bool setWordWrap(bool wraps) { return changeFormat(&TextFormat::wordWrap, wraps); }
-    // Whether "&" underlines the next character; it is an ordinary one at
-    // first.
+    // Whether "&" underlines the next character; it is an ordinary one at first.
     bool setAccessKeys(bool shows) { return changeFormat(&TextFormat::accelerators, shows); }
 };
 

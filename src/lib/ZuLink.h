@@ -1,8 +1,6 @@
 // A text that can be clicked, drawn as a link.
 #pragma once
 
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {
@@ -15,8 +13,19 @@ public:
 
 protected:
     // Underlined while the pointer is over the link.
-    FontStyle fontStyle() const override;
-    void drawSelf(GraphicsService& graphics) override;
+    FontStyle fontStyle() const override {
+        FontStyle style = DrawnText::fontStyle();
+        style.underline = style.underline || (isHovered() && isUsable());
+        return style;
+    }
+    void drawSelf(GraphicsService& graphics) override {
+        Control::drawSelf(graphics);
+        const ColorRole role = isHovered() ? ColorRole::kHoverLink : ColorRole::kLink;
+        drawTextIn(graphics, innerArea(), inkColor(*this, role));
+        if (hasFocus()) {
+            graphics.drawFocusFrame(area());
+        }
+    }
 };
 
 }  // namespace zustd

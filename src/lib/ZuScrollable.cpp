@@ -22,8 +22,7 @@ std::int32_t nearestView(std::int32_t position, std::int32_t extent, std::int32_
     return std::min(std::max(position, lowest), first);
 }
 
-// What the view does to its bars it announces itself, and what a layout does
-// nobody.
+// What the view does to its bars it announces itself, and what a layout does nobody.
 template <class Change>
 void silently(NativeScrollBar& bar, Change&& change) {
     const ScopeExit back([&bar, sends = bar.isSendingEnabled()] { bar.setSendingEnabled(sends); });
@@ -32,10 +31,6 @@ void silently(NativeScrollBar& bar, Change&& change) {
 }
 
 }  // namespace
-
-ScrollView::ScrollView() { setFocusable(true); }
-
-ScrollView::~ScrollView() = default;
 
 void ScrollView::initialize() {
     Control::initialize();
@@ -207,11 +202,7 @@ void ScrollView::drawSelf(GraphicsService& graphics) {
 // other direction, which may then need its bar as well.
 void ScrollView::arrangeChildren() {
     if (!content_) {
-        for (const std::shared_ptr<NativeScrollBar>& bar : bars_) {
-            if (bar) {
-                bar->setVisible(false);
-            }
-        }
+        placeBars({}, {});
         return;
     }
     const std::shared_ptr<Control> focused = focusedInView();
@@ -286,7 +277,7 @@ void ScrollView::placeContent(Size size) {
 
 void ScrollView::placeBars(Size room, Size thickness) {
     const Point inner = innerArea().position();
-    const Size content = content_->boundary().size();
+    const Size content = content_ ? content_->boundary().size() : Size();
     for (const std::shared_ptr<NativeScrollBar>& bar : bars_) {
         if (!bar) {
             continue;

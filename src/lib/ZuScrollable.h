@@ -1,19 +1,14 @@
 // A view of a control that may be larger than the room for it.
 //
-// The content lies in a viewport that cuts it. Scroll bars, the system's own,
-// appear beside the viewport when the content does not fit and disappear when
-// it does; they scroll in silence when the view does. The content is as wide as the viewport, or
-// wider where it cannot be narrower, and as high as it wants to be for that width, but not lower
-// than the viewport.
+// The content lies in a viewport that cuts it. Scroll bars, the system's own, appear beside the
+// viewport when the content does not fit and disappear when it does; they scroll in silence when
+// the view does. The content is as wide as the viewport, or wider where it cannot be narrower, and
+// as high as it wants to be for that width, but not lower than the viewport.
 //
-// Wheel, arrows, Page Up, Page Down, Home and End scroll. A control inside that
-// gets the focus, or asks for it with kShouldScrollChildIntoView, is scrolled
-// into view. When the content says that it wants another size
-// (kChangePreferredWidth, kChangePreferredHeight), it is measured again.
+// Wheel, arrows, Page Up, Page Down, Home and End scroll. A control inside that gets the focus, or
+// asks for it with kShouldScrollChildIntoView, is scrolled into view. When the content says that it
+// wants another size (kChangePreferredWidth, kChangePreferredHeight), it is measured again.
 #pragma once
-
-#include <cstdint>
-#include <memory>
 
 #include "ZuControl.h"
 
@@ -24,8 +19,7 @@ class NativeScrollBar;
 // Shows one control in a viewport, with scroll bars where they are needed.
 class ScrollView : public Control {
 public:
-    ScrollView();
-    ~ScrollView() override;
+    ScrollView() { setFocusable(true); }
     void initialize() override;
 
     // Null before there is any.

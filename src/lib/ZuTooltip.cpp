@@ -12,7 +12,6 @@ namespace zustd {
 
 namespace {
 
-constexpr wchar_t kTimerName[] = L"ttTimer";
 // At a scaling factor of 1.
 constexpr Size kMargin{6, 3};
 constexpr Color kPaper = Color::rgb(0xFF, 0xFF, 0xE1);
@@ -24,9 +23,8 @@ TooltipOptions optionsOf(const Control& control) {
 }
 
 bool areTooltipsWanted(const Control& control) {
-    const auto application = control.getService<ApplicationService>();
-    return !application || !application->hasImplementation() ||
-           application->getPreferences()->getBool(L"showTooltips", true);
+    const auto preferences = preferencesOf(control);
+    return !preferences || preferences->getBool(L"showTooltips", true);
 }
 
 std::shared_ptr<NativeDialog> dialogFor(const Control& control, WindowService& window) {
@@ -73,8 +71,7 @@ void displayTooltip(Control& control, Point place) {
     dialog->show(false);
 }
 
-// Shows the tooltip when the delay has passed. Held by the timer; holds the
-// control weakly.
+// Shows the tooltip when the delay has passed. Held by the timer; holds the control weakly.
 class TooltipDelay : public MessageSink {
 public:
     TooltipDelay(const std::shared_ptr<Control>& control, Point place)
@@ -140,7 +137,7 @@ void startTooltip(Control& control, Point place) {
     const std::wstring key = tooltipTimerKey(control);
     auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(key));
     if (!timer) {
-        timer = window->createTimer(kTimerName);
+        timer = window->createTimer(L"ttTimer");
         if (!timer) {
             return;
         }
