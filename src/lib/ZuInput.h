@@ -77,6 +77,7 @@ struct KeyEvent {
     std::uint32_t key = 0;
     std::uint32_t modifiers = 0;
 
+    // Whether this modifier was held.
     bool has(std::uint32_t modifier) const noexcept { return (modifiers & modifier) != 0; }
 };
 

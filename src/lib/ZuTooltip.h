@@ -33,6 +33,7 @@ public:
 
     const std::wstring& text() const noexcept { return text_; }
     bool setText(const std::wstring& text) { return change(text_, text); }
+    // Returns whether it was another one before.
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 
     // Of the text plus the margins, not larger than the maximum size; a text that is too wide is
