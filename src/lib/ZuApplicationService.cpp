@@ -8,6 +8,11 @@ namespace zustd {
 const MessageKind ApplicationService::kAppKeysPressed{L"appKeysPressed.ApplicationService"};
 const MessageKind ApplicationService::kPrefShowTooltips{L"prefShowTooltips.ApplicationService"};
 
+std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator) {
+    const auto as = locator.getService<ApplicationService>();
+    return as && as->hasImplementation() ? as->getPreferences() : nullptr;
+}
+
 int showMessage(const std::wstring& text, std::uint32_t style) {
     const auto root = ServiceLocator::instance();
     const auto as = root ? root->getService<ApplicationService>() : nullptr;

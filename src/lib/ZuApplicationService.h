@@ -4,10 +4,6 @@
 // the service registry by its type.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuAbstraction.h"
 #include "ZuService.h"
 
@@ -23,9 +19,8 @@ inline constexpr std::uint32_t kApplicationStateCriticalError = 4;
 // itself does not call is there for hosts.
 class IApplicationServiceImpl : public IBackend {
 public:
-    // Window services for the active window (with allowForeground also for
-    // another program's), the main window, no window, the desktop. Empty when
-    // there is no such window.
+    // Window services for the active window (with allowForeground also for another program's), the
+    // main window, no window, the desktop. Empty when there is no such window.
     virtual std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) = 0;
     virtual std::shared_ptr<WindowService> createMainWindowService() = 0;
     virtual std::shared_ptr<WindowService> createUnboundWindowService() = 0;
@@ -36,17 +31,16 @@ public:
 
     // Opens a document or address with the program that the user has for it;
     // whether the system accepted it.
-    virtual bool openDocument(const std::wstring& document) = 0;
+    virtual bool openDocument(const std::wstring& name) = 0;
 
     virtual std::wstring getComputerName() const = 0;
     // A stable identifier of the machine; empty when it cannot be told.
     virtual std::wstring getMachineSid() const = 0;
 
-    // Directories: of the program, of the user's application data, of the
-    // user's documents, and this application's own below the application data.
-    // Folders that the system does not name are replaced by documents, then by
-    // "C:\", the only one with a backslash at its end. With create the last one
-    // is made; that this fails is not reported.
+    // Directories: of the program, of the user's application data, of the user's documents, and
+    // this application's own below the application data. Folders that the system does not name are
+    // replaced by documents, then by "C:\", the only one with a backslash at its end. With create
+    // the last one is made; that this fails is not reported.
     virtual std::wstring getApplicationDirectory() const = 0;
     virtual std::wstring getUserAppDataDirectory() const = 0;
     virtual std::wstring getUserDocumentsDirectory() const = 0;
@@ -59,10 +53,9 @@ public:
     virtual void setCriticalError(std::uint32_t code) = 0;
     virtual std::wstring getCriticalErrorText(std::uint32_t code) const = 0;
 
-    // While the hook is installed, key presses of this thread's windows are
-    // sent as ApplicationService::kAppKeysPressed. A thread has one: whoever
-    // installs it takes it over from another service. False when it cannot be
-    // installed.
+    // While the hook is installed, key presses of this thread's windows are sent as
+    // ApplicationService::kAppKeysPressed. A thread has one: whoever installs it takes it over from
+    // another service. False when it cannot be installed.
     virtual bool installKeyboardHook() = 0;
     virtual void removeKeyboardHook() = 0;
     // Dispatches messages of this thread until it is told to quit; returns the
@@ -92,41 +85,27 @@ public:
     ~ApplicationService() override { releaseImplementation(); }
 
     // Each hands on to the backend, and fails the assertion "impl_" without one.
-    std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) {
+    auto createActiveWindowService(bool allowForeground) {
         return implementation().createActiveWindowService(allowForeground);
     }
-    std::shared_ptr<WindowService> createMainWindowService() {
-        return implementation().createMainWindowService();
-    }
-    std::shared_ptr<WindowService> createUnboundWindowService() {
-        return implementation().createUnboundWindowService();
-    }
-    std::shared_ptr<WindowService> createDesktopWindowService() {
-        return implementation().createDesktopWindowService();
-    }
-    std::wstring getApplicationName() const { return implementation().getApplicationName(); }
+    auto createMainWindowService() { return implementation().createMainWindowService(); }
+    auto createUnboundWindowService() { return implementation().createUnboundWindowService(); }
+    auto createDesktopWindowService() { return implementation().createDesktopWindowService(); }
+    auto getApplicationName() const { return implementation().getApplicationName(); }
     void setApplicationName(const std::wstring& name) { implementation().setApplicationName(name); }
-    bool openDocument(const std::wstring& document) {
-        return implementation().openDocument(document);
-    }
-    std::wstring getComputerName() const { return implementation().getComputerName(); }
-    std::wstring getMachineSid() const { return implementation().getMachineSid(); }
-    std::wstring getApplicationDirectory() const {
-        return implementation().getApplicationDirectory();
-    }
-    std::wstring getUserAppDataDirectory() const {
-        return implementation().getUserAppDataDirectory();
-    }
-    std::wstring getUserDocumentsDirectory() const {
-        return implementation().getUserDocumentsDirectory();
-    }
-    std::wstring getApplicationDataDirectory(bool create) {
+    bool openDocument(const std::wstring& name) { return implementation().openDocument(name); }
+    auto getComputerName() const { return implementation().getComputerName(); }
+    auto getMachineSid() const { return implementation().getMachineSid(); }
+    auto getApplicationDirectory() const { return implementation().getApplicationDirectory(); }
+    auto getUserAppDataDirectory() const { return implementation().getUserAppDataDirectory(); }
+    auto getUserDocumentsDirectory() const { return implementation().getUserDocumentsDirectory(); }
+    auto getApplicationDataDirectory(bool create) {
         return implementation().getApplicationDataDirectory(create);
     }
     bool hasCriticalError() const { return implementation().hasCriticalError(); }
     std::uint32_t getCriticalError() const { return implementation().getCriticalError(); }
     void setCriticalError(std::uint32_t code) { implementation().setCriticalError(code); }
-    std::wstring getCriticalErrorText(std::uint32_t code) const {
+    auto getCriticalErrorText(std::uint32_t code) const {
         return implementation().getCriticalErrorText(code);
     }
     bool installKeyboardHook() { return implementation().installKeyboardHook(); }
@@ -135,15 +114,16 @@ public:
     void quitMessageLoop(int exitCode) { implementation().quitMessageLoop(exitCode); }
     std::uint32_t getApplicationState() const { return implementation().getApplicationState(); }
     void setApplicationState(std::uint32_t state) { implementation().setApplicationState(state); }
-    std::shared_ptr<PropertyBag> getPreferences() const {
-        return implementation().getPreferences();
-    }
+    auto getPreferences() const { return implementation().getPreferences(); }
 };
 
-// Shows a message box under the application's name, owned by the active window
-// if there is one, and returns the answer (see ZuWindowService). Style is a
-// sum of message-box styles. Fails the assertion "ws" when no application
-// service can give a window service.
+// The preferences of the application service that is found from a registry;
+// empty where there is none.
+std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator);
+
+// Shows a message box under the application's name, owned by the active window if there is one, and
+// returns the answer (see ZuWindowService). Style is a sum of message-box styles. Fails the
+// assertion "ws" when no application service can give a window service.
 int showMessage(const std::wstring& text, std::uint32_t style);
 
 }  // namespace zustd

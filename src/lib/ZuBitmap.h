@@ -1,17 +1,12 @@
 // An image that can be drawn: a resource joined to the platform's bitmap.
 //
-// Bitmaps come from WindowService::getBitmap, which keeps one a resource and
-// size. The image itself is found when the backend synchronises; a resource
-// that is missing or unreadable leaves the bitmap without an image, which
-// draws nothing.
+// Bitmaps come from WindowService::getBitmap, which keeps one a resource and size. The image itself
+// is found when the backend synchronises; a resource that is missing or unreadable leaves the
+// bitmap without an image, which draws nothing.
 #pragma once
-
-#include <cstdint>
 
 #include "ZuAbstraction.h"
 #include "ZuDescriptors.h"
-#include "ZuGeometry.h"
-#include "ZuSharedObject.h"
 
 namespace zustd {
 
@@ -20,8 +15,7 @@ class IBitmapImpl : public IBackend {};
 
 class Bitmap : public Abstraction<IBitmapImpl>, public SharedObject {
 public:
-    // The size is in pixels of the screen; an empty one asks for the image's
-    // own.
+    // The size is in pixels of the screen; an empty one asks for the image's own.
     Bitmap(ResourceDescriptor resource, Size size) : resource_(resource), size_(size) {}
     ~Bitmap() override { releaseImplementation(); }
 

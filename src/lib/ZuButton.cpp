@@ -8,8 +8,7 @@ namespace zustd {
 
 namespace {
 
-// Between the border and the content, and between image and text; at a scaling
-// factor of 1.
+// Between the border and the content, and between image and text; at a scaling factor of 1.
 constexpr Size kPadding{10, 5};
 constexpr std::int32_t kGap = 5;
 
@@ -29,31 +28,13 @@ constexpr Color kDark = Color::rgb(0x00, 0x00, 0x00);
 
 }  // namespace
 
-Button::Button(const std::wstring& text) : DrawnText(text) {
+Button::Button(const std::wstring& text) : PressedText(text) {
     changeFormat({.vertical = TextAlignment::kCentre, .ellipsis = true, .accelerators = true});
-    setFocusable(true);
-}
-
-void Button::click() {
-    if (isUsable()) {
-        notify(kLeftClicked, wordOfPoint({0, 0}));
-    }
 }
 
 Size Button::preferredSize() {
-    const Size image = drawnBitmapSize(*this, bitmap_);
-    const Size content = contentSize(image, textSize(0));
+    const Size content = contentSize(drawnBitmap(*this, bitmap_).size, textSize(0));
     return withinLimits(content.grownBy({scale(kPadding.width), scale(kPadding.height)}));
-}
-
-Size Button::preferredSizeForWidth(std::int32_t) { return preferredSize(); }
-
-bool Button::onKey(const KeyEvent& event) {
-    if (!isPressingKey(event)) {
-        return false;
-    }
-    click();
-    return true;
 }
 
 bool Button::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
@@ -61,21 +42,21 @@ bool Button::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) 
     if (toggles_ && kind == kLeftClicked && a.object<Control>() == this) {
         setChecked(!checked_);
     }
-    return DrawnText::sendMessage(kind, a, b);
+    return PressedText::sendMessage(kind, a, b);
 }
 
 void Button::drawSelf(GraphicsService& graphics) {
     drawFace(graphics);
-    const Size image = drawnBitmapSize(*this, bitmap_);
+    const DrawnBitmap image = drawnBitmap(*this, bitmap_);
     const Size text = textSize(0);
-    const Size content = contentSize(image, text);
+    const Size content = contentSize(image.size, text);
     const std::int32_t padding = std::min(scale(kPadding.width), boundary().width() / 4);
     const Rect room = area().shrunkBy(padding, 1);
     std::int32_t left = std::max(room.left + (room.width() - content.width) / 2, room.left);
-    if (bitmap_) {
-        drawBitmapAt(graphics, *this, *bitmap_,
-                     {left, room.top + (room.height() - image.height) / 2}, 1.0);
-        left = saturate(std::int64_t{left} + image.width + scale(kGap));
+    if (image.bitmap) {
+        drawBitmapAt(graphics, *this, image,
+                     {left, room.top + (room.height() - image.size.height) / 2}, 1.0);
+        left = saturate(std::int64_t{left} + image.size.width + scale(kGap));
     }
     const std::int32_t right = std::min(room.right, saturatedSum(left, text.width - 1));
     drawTextIn(graphics, {left, room.top, right, room.bottom},
@@ -86,8 +67,7 @@ void Button::drawSelf(GraphicsService& graphics) {
 }
 
 void Button::drawFace(GraphicsService& graphics) const {
-    Color face = color(ColorRole::kBackground);
-    face = face.isSet ? face : kFace;
+    Color face = color(ColorRole::kBackground, kFace);
     Color border = drawnColor(*this, ColorRole::kBorder);
     const bool usable = isUsable();
     const bool pressed = usable && isLeftPressed() && isHovered();
@@ -95,14 +75,10 @@ void Button::drawFace(GraphicsService& graphics) const {
         face = drawnColor(*this, ColorRole::kHoverBackground);
         border = drawnColor(*this, ColorRole::kSelectedBackground);
     }
-    if (pressed || checked_) {
-        // Lit from below: it lies deeper than the window.
-        graphics.drawGradient(area(), mixed(face, kDark, pressed ? 40 : 20), face,
-                              zuGradientVertical);
-    } else {
-        graphics.drawGradient(area(), mixed(face, kLight, usable ? 160 : 100), face,
-                              zuGradientVertical);
-    }
+    // Lit from below it lies deeper than the window.
+    const Color top = pressed || checked_ ? mixed(face, kDark, pressed ? 40 : 20)
+                                          : mixed(face, kLight, usable ? 160 : 100);
+    graphics.drawGradient(area(), top, face, zuGradientVertical);
     graphics.setPen(border, std::max(scale(1), 1));
     graphics.drawRectangle(area());
 }

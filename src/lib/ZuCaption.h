@@ -2,18 +2,23 @@
 // by dots where it does not fit.
 #pragma once
 
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {
 
 class Caption : public DrawnText {
 public:
-    explicit Caption(const std::wstring& text = {});
+    explicit Caption(const std::wstring& text = {}) : DrawnText(text) {
+        changeFormat({.vertical = TextAlignment::kCentre, .ellipsis = true});
+        setTakesMouse(false);
+    }
 
 protected:
-    FontStyle fontStyle() const override;
+    FontStyle fontStyle() const override {
+        FontStyle style = DrawnText::fontStyle();
+        style.bold = style.bold || !fontDescriptor();
+        return style;
+    }
 };
 
 }  // namespace zustd

@@ -5,12 +5,20 @@
 
 #include "ZuGraphicsService.h"
 #include "ZuScope.h"
-#include "ZuTooltip.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
 
 namespace {
+
+// Does it to each child; whatever that does to the list, it lives meanwhile.
+template <class Do>
+void forEach(const Controls& children, Do&& act) {
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        const std::shared_ptr<Control> child = children[i];
+        act(*child);
+    }
+}
 
 // The first control from here upwards that is the one; null when none is.
 template <class Is>
@@ -91,7 +99,7 @@ void Control::removeAllChildren() {
     // Whoever hears of it may add and remove children meanwhile.
     const std::shared_ptr<Control> self = sharedReference(this);
     if (Control* holder = surface()) {
-        holder->inputRouter()->forgetBelow(*this);
+        holder->inputRouter()->forget(*this, false);
     }
     const Controls leaving = std::exchange(children_, {});
     for (const std::shared_ptr<Control>& child : leaving) {
@@ -119,8 +127,6 @@ Control* Control::surface() noexcept {
     return climbing;
 }
 
-const Control* Control::surface() const noexcept { return const_cast<Control*>(this)->surface(); }
-
 // The caller holds a reference. Whoever hears that the focus or the pointer is
 // lost may be faster, or put the control elsewhere.
 void Control::leaveParent() {
@@ -143,7 +149,7 @@ void Control::leaveParent() {
 
 void Control::forgetInput() {
     if (Control* holder = parent_ != nullptr ? parent_->surface() : nullptr) {
-        holder->inputRouter()->forget(*this);
+        holder->inputRouter()->forget(*this, true);
     }
 }
 
@@ -174,15 +180,17 @@ bool Control::takeFocus() {
     return holder != nullptr && holder->inputRouter()->setFocus(this);
 }
 
+std::shared_ptr<Control> Control::focusedOnSurface() noexcept {
+    Control* holder = surface();
+    return holder != nullptr ? holder->inputRouter()->focused() : nullptr;
+}
+
 bool Control::setCursor(MouseCursor cursor) {
-    if (cursor_ == cursor) {
+    if (std::exchange(cursor_, cursor) == cursor) {
         return false;
     }
-    cursor_ = cursor;
-    if (hovered_) {
-        if (const std::shared_ptr<WindowService> window = windowService()) {
-            window->setCursor(cursor);
-        }
+    if (const auto window = hovered_ ? windowService() : nullptr) {
+        window->setCursor(cursor);
     }
     return true;
 }
@@ -191,22 +199,17 @@ bool Control::setCursor(MouseCursor cursor) {
 
 bool Control::setColors(const ColorsRef& colors) {
     const std::shared_ptr<Control> self = sharedReference(this);
-    if (!changeDescriptor(colors_, colors)) {
-        return false;
+    const bool changed = changeDescriptor(colors_, colors);
+    if (changed) {
+        synchronizeBelow();
     }
-    synchronizeBelow();
-    return true;
+    return changed;
 }
 
-Color Control::color(ColorRole role) const noexcept {
-    for (const Control* climbing = this; climbing != nullptr; climbing = climbing->parent_) {
-        if (climbing->colors_) {
-            if (const Color color = climbing->colors_->color(role); color.isSet) {
-                return color;
-            }
-        }
-    }
-    return {};
+Color Control::color(ColorRole role, Color otherwise) const noexcept {
+    const Control* setter = climb(
+        this, [role](const Control& at) { return at.colors_ && at.colors_->color(role).isSet; });
+    return setter != nullptr ? setter->colors_->color(role) : otherwise;
 }
 
 void Control::watch(ChangeTracker* descriptor) {
@@ -215,17 +218,8 @@ void Control::watch(ChangeTracker* descriptor) {
     }
 }
 
-void Control::unwatch(ChangeTracker* descriptor) {
-    if (descriptor != nullptr) {
-        descriptor->disconnect(this);
-    }
-}
-
 void Control::onJoinedSurface() {
-    for (std::size_t i = 0; i < children_.size(); ++i) {
-        const std::shared_ptr<Control> child = children_[i];
-        child->onJoinedSurface();
-    }
+    forEach(children_, [](Control& child) { child.onJoinedSurface(); });
     if (arrangement_.flow != Flow::kManual) {
         rearrange();
     }
@@ -257,23 +251,22 @@ void Control::drawAsRoot(GraphicsService& graphics) {
     ZU_ASSERT(!drawing_);
     const ScopedValue drawing(drawing_, true);
     drawSelf(graphics);
-    const auto drawChildren = [this, &graphics] {
-        // Asked for once: of thousands of words few are on the screen.
-        const Rect shown = graphics.getDrawArea();
-        for (std::size_t i = 0; i < children_.size(); ++i) {
-            if (children_[i]->boundary_.intersects(shown)) {
-                children_[i]->draw(graphics);
-            }
-        }
-    };
-    if (!clipsChildren_ || children_.empty()) {
-        drawChildren();
-        return;
+    const bool clips = clipsChildren_ && !children_.empty();
+    if (clips) {
+        graphics.beginClipping(area());
     }
-    graphics.beginClipping(area());
-    const ScopeExit clipping(
-        [&graphics] { guarded(L"Control::draw", [&graphics] { graphics.endClipping(); }); });
-    drawChildren();
+    const ScopeExit clipping([&graphics, clips] {
+        if (clips) {
+            guarded(L"Control::draw", [&graphics] { graphics.endClipping(); });
+        }
+    });
+    // Asked for once: of thousands of words few are on the screen.
+    const Rect shown = graphics.getDrawArea();
+    for (std::size_t i = 0; i < children_.size(); ++i) {
+        if (children_[i]->boundary_.intersects(shown)) {
+            children_[i]->draw(graphics);
+        }
+    }
 }
 
 bool Control::overlapsDrawArea(const GraphicsService& graphics) const {
@@ -312,10 +305,10 @@ std::int32_t Control::scale(std::int32_t value) const {
 }
 
 void Control::drawSelf(GraphicsService& graphics) {
-    if (colors_) {
-        if (const Color background = colors_->color(ColorRole::kBackground); background.isSet) {
-            graphics.drawRectangle(area(), background);
-        }
+    // Inherited colours are those of what lies behind: painted already.
+    const Color background = colors_ ? colors_->color(ColorRole::kBackground) : Color();
+    if (background.isSet) {
+        graphics.drawRectangle(area(), background);
     }
 }
 
@@ -341,9 +334,7 @@ void Control::synchronizeTree() {
     if (IImplementation* native = backend()) {
         native->synchronizeWithAbstraction();
     }
-    for (std::size_t i = 0; i < children_.size(); ++i) {
-        children_[i]->synchronizeTree();
-    }
+    forEach(children_, [](Control& child) { child.synchronizeTree(); });
 }
 
 void Control::showAnew() {
@@ -355,16 +346,7 @@ void Control::showAnew() {
 void Control::releaseTree() noexcept {
     // A window that goes hands the focus on, and somebody may hear of it.
     const std::shared_ptr<Control> self = sharedReference(this);
-    for (std::size_t i = 0; i < children_.size(); ++i) {
-        const std::shared_ptr<Control> kept = children_[i];
-        kept->releaseTree();
-    }
-    releaseNative();
-}
-
-// Not const: the native object is part of what the control is.
-// NOLINTNEXTLINE(readability-make-member-function-const)
-void Control::releaseNative() noexcept {
+    forEach(children_, [](Control& child) { child.releaseTree(); });
     if (IImplementation* native = backend()) {
         guarded(L"Control::releaseNative", [native] { native->releaseNativeObject(); });
     }
@@ -376,16 +358,14 @@ bool Control::requestClose() {
     return !staysOpen;
 }
 
-// What lies on a surface below moves along with it. The caller holds a
-// reference.
+// What lies on a surface below moves along with it. The caller holds a reference.
 void Control::synchronizeBelow() {
-    for (std::size_t i = 0; i < children_.size(); ++i) {
-        const std::shared_ptr<Control> child = children_[i];
-        if (child->hasNativeObject()) {
-            child->backend()->synchronizeWithAbstraction();
+    forEach(children_, [](Control& child) {
+        if (child.hasNativeObject()) {
+            child.backend()->synchronizeWithAbstraction();
         }
-        child->synchronizeBelow();
-    }
+        child.synchronizeBelow();
+    });
 }
 
 void Control::stateChanged() {

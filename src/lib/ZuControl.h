@@ -1,34 +1,23 @@
 // The base of every widget: a node of the control tree.
 //
-// A control owns its children; a child knows its parent without owning it. The
-// tree hangs below a surface, a native window or dialog, whose backend paints
-// the drawn controls, keeps the native widgets in place, and feeds the input
-// router. A control outside of a surface has all its state but nothing to show
-// it on. What a control sends reaches its own sinks first and then its parent,
+// A control owns its children; a child knows its parent without owning it. The tree hangs below a
+// surface, a native window or dialog, whose backend paints the drawn controls, keeps the native
+// widgets in place, and feeds the input router. A control outside of a surface has all its state
+// but nothing to show it on. What a control sends reaches its own sinks first and then its parent,
 // which handles it or sends it on; services are looked for upwards too.
 //
-// Setters change the state, return whether it did change, and then show it:
-// drawn controls ask for a repaint, native widgets synchronise their native
-// object if there is one by now. Several changes in a row are shown once when
-// a ControlUpdate is around them.
+// Setters change the state, return whether it did change, and then show it: drawn controls ask for
+// a repaint, native widgets synchronise their native object if there is one by now. Several changes
+// in a row are shown once when a ControlUpdate is around them.
 //
-// Controls are made with makeControl and live in shared references; those on
-// the stack work, but listen to no descriptor and get no input. Whoever hears a
-// message, also one that an operation sends under way, may change the tree and
-// drop the control, its parent or its surface: they live to the operation's
-// end.
+// Controls are made with makeControl and live in shared references; those on the stack work, but
+// listen to no descriptor and get no input. Whoever hears a message, also one that an operation
+// sends under way, may change the tree and drop the control, its parent or its surface: they live
+// to the operation's end.
 #pragma once
-
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "ZuAbstraction.h"
 #include "ZuDescriptors.h"
-#include "ZuGeometry.h"
 #include "ZuId.h"
 #include "ZuInput.h"
 #include "ZuLayout.h"
@@ -40,6 +29,7 @@ namespace zustd {
 class GraphicsService;
 class WindowService;
 struct TooltipOptions;
+using TooltipRef = std::shared_ptr<TooltipOptions>;
 
 // A position in one word of a message.
 MessageWord wordOfPoint(Point point) noexcept;
@@ -49,39 +39,31 @@ using Controls = std::vector<std::shared_ptr<Control>>;
 
 class Control : public MessageForwarder, public Id, public ServiceLocator {
 public:
-    // The first word of every message is the control that sends it; the second
-    // is 0 unless said otherwise.
+    // The first word of every message is its sender; the second is 0 unless said otherwise.
 
     // State of mouse and focus.
-    static const MessageKind kEnterHovering, kLeaveHovering;
+    static const MessageKind kEnterHovering, kLeaveHovering, kEnterFocus, kLeaveFocus;
     static const MessageKind kEnterLeftClicking, kLeaveLeftClicking;
     static const MessageKind kEnterRightClicking, kLeaveRightClicking;
-    static const MessageKind kEnterFocus, kLeaveFocus;
-    // A press and a release on the same control. Second word: the position in
-    // the control (wordOfPoint).
-    static const MessageKind kLeftClicked, kRightClicked;
-    // Moved with the left button held, and released then; the position too.
-    static const MessageKind kDragging, kDropped;
+    // A press and a release on the same control; moved with the left button held, and released
+    // then. Second word of these: the position in the control (wordOfPoint).
+    static const MessageKind kLeftClicked, kRightClicked, kDragging, kDropped;
     // Second word: the turn of the wheel in steps of MouseEvent::kWheelStep.
-    static const MessageKind kScrolledMousewheel, kCtrlScrolledMousewheel;
-    static const MessageKind kShiftScrolledMousewheel;
+    static const MessageKind kScrolledMousewheel, kCtrlScrolledMousewheel, kShiftScrolledMousewheel;
     // A scroll bar or scrolled content has moved. Second word: the position.
     static const MessageKind kScrolled, kScrolledHorizontally, kScrolledVertically;
     // Second word: the key.
     static const MessageKind kKeyPressed;
     // Keys that lists understand.
     static const MessageKind kSelectNextItem, kSelectPreviousItem, kMoveUp, kMoveDown;
-    static const MessageKind kToggleExpandCollapse;
-    static const MessageKind kSelected, kUnselected;
+    static const MessageKind kToggleExpandCollapse, kSelected, kUnselected;
     // Requests to whoever holds the control; the first two are heard by all
     // that is above, which arranges its children anew. Second word of these: the
     // size in pixels; of kShouldScrollChildIntoView: the Control*.
     static const MessageKind kChangePreferredWidth, kChangePreferredHeight;
-    static const MessageKind kShouldRefresh, kShouldReselectCurrentChild;
-    static const MessageKind kShouldScrollChildIntoView;
-    static const MessageKind kBeforeDisplayTooltip;
-    // The user wants to close a surface. Second word: a bool; a receiver that
-    // sets it keeps the surface open.
+    static const MessageKind kShouldScrollChildIntoView, kShouldReselectCurrentChild;
+    static const MessageKind kShouldRefresh, kBeforeDisplayTooltip;
+    // The user closes a surface. Second word: a bool; a receiver that sets it keeps it open.
     static const MessageKind kClose;
 
     ~Control() override;
@@ -94,37 +76,32 @@ public:
     // Fails the assertion "getParent()" when there is no parent control.
     Control& requireParent() const;
     const Controls& children() const noexcept { return children_; }
-    // A child leaves its former parent first; a receiver that hears of it and
-    // puts the child elsewhere has its way. During a ControlUpdate a drawn child
-    // is shown at its end. Null, the control itself and its ancestors are
-    // refused by the assertion "child && !child->isAncestorOf(*this)".
+    // A child leaves its former parent first; a receiver that hears of it and puts the child
+    // elsewhere has its way. Null, the control itself and its ancestors are refused by the
+    // assertion "child && !child->isAncestorOf(*this)".
     void addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
     // An index past the end appends.
     void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
-    // Gives up the native objects of the child and of all below it; false when
-    // it is no child of this control.
+    // Gives up the native objects of the child and of all below it; false when it is no child.
     bool removeChild(const Control* child);
     void removeAllChildren();
     // True for the control itself.
     bool isAncestorOf(const Control& control) const noexcept;
-    // The nearest control upwards, beginning with itself, that is a surface;
-    // null outside of one.
+    // The nearest control upwards, beginning with itself, that is a surface; null outside of one.
     Control* surface() noexcept;
-    const Control* surface() const noexcept;
+    const Control* surface() const noexcept { return const_cast<Control*>(this)->surface(); }
     // Only a surface has one.
     virtual InputRouter* inputRouter() noexcept { return nullptr; }
 
     // --- Geometry, in pixels of the parent ---
 
     const Rect& boundary() const noexcept { return boundary_; }
-    // Right and bottom never lie before left and top. Rearranges the children
-    // when the size changes.
+    // Right and bottom never lie before left and top. A new size rearranges the children.
     virtual bool setBoundary(const Rect& boundary);
     // Keeps the size; negative coordinates are taken for 0.
     bool moveTo(Point place);
-    bool setSize(Size size);
-    // The same pixels in the coordinates of the surface, or of the topmost
-    // control where there is no surface.
+    bool setSize(Size size) { return setBoundary(Rect::at(boundary_.position(), size)); }
+    // The same pixels in the coordinates of the surface; without one, of the topmost control.
     Rect boundaryOnSurface() const noexcept;
     Point toSurface(Point point) const noexcept;
     Point fromSurface(Point point) const noexcept;
@@ -138,29 +115,24 @@ public:
     // Changes of these two show the control but move nothing: call arrange(),
     // of this control or of the parent, when all are made.
     const Arrangement& arrangement() const noexcept { return arrangement_; }
-    bool setArrangement(const Arrangement& arrangement) {
-        return change(arrangement_, arrangement);
-    }
+    bool setArrangement(const Arrangement& how) { return change(arrangement_, how); }
     const Placement& placement() const noexcept { return placement_; }
     bool setPlacement(const Placement& placement) { return change(placement_, placement); }
 
     // The size with its minimum and, where there is one, its maximum kept to.
     Size withinLimits(Size size) const noexcept;
-    // The size that a content of this size gives the control: with the margins
-    // on all sides, within the limits.
+    // What a content of this size gives the control: the margins around it, within the limits.
     Size sizeAround(Size content) const noexcept;
     // The width inside of the margins; 1 or more.
     std::int32_t innerWidth(std::int32_t width) const noexcept;
-    // The size that the control would like to have; the base answers with its
-    // present one, or with what its arrangement needs, margins included, within
-    // the limits.
+    // The size that the control would like to have; the base answers with its present one, or with
+    // what its arrangement needs, margins included, within the limits.
     virtual Size preferredSize();
     // The same for a width that is given: what wraps keeps to it where it can
     // and says how high it gets then. The others answer as above.
     virtual Size preferredSizeForWidth(std::int32_t width);
-    // Puts the children into place. Done by itself when the size changes, and
-    // when a child asks for another size (kChangePreferredWidth,
-    // kChangePreferredHeight); left out while the control is at it already.
+    // Puts the children into place, unless the control is at it already. Done by itself when the
+    // size changes, and when a child asks for another (kChangePreferredWidth and -Height).
     void arrange();
     // Sets the boundary without showing it: for layouts, which show the parent
     // and what is native below it once when all its children are in place.
@@ -171,11 +143,10 @@ public:
 
     bool isVisible() const noexcept { return visible_; }
     bool setVisible(bool visible) { return changeShown(visible_, visible); }
-    // Of the control and all its ancestors.
-    bool isShown() const noexcept;
     bool isEnabled() const noexcept { return enabled_; }
     bool setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
-    // Of the control and all its ancestors.
+    // Visible, and enabled, together with all ancestors.
+    bool isShown() const noexcept;
     bool isUsable() const noexcept;
     bool isHovered() const noexcept { return hovered_; }
     bool isLeftPressed() const noexcept { return leftPressed_; }
@@ -186,8 +157,7 @@ public:
     // Whether a press on the control may become a drag, with its messages.
     bool isDraggable() const noexcept { return draggable_; }
     void setDraggable(bool draggable) noexcept { draggable_ = draggable; }
-    // Whether keys can come here, as at first to buttons, links, fields, lists,
-    // forks and views that scroll.
+    // Whether keys can come here, as at first to what can be pressed, edited, chosen or scrolled.
     bool isFocusable() const noexcept { return focusable_; }
     void setFocusable(bool focusable) noexcept { focusable_ = focusable; }
     // Tab visits lower numbers first and, among equal ones, tree order.
@@ -195,44 +165,36 @@ public:
     void setFocusOrder(std::int32_t order) noexcept { focusOrder_ = order; }
     // Asks the surface for the focus; false when it cannot be had.
     bool takeFocus();
+    // Who has the focus of the control's surface; null when nobody has.
+    std::shared_ptr<Control> focusedOnSurface() noexcept;
     // What the pointer looks like over the control.
     MouseCursor cursor() const noexcept { return cursor_; }
     bool setCursor(MouseCursor cursor);
 
     // --- Descriptors ---
 
-    // Its own; an empty text means no tooltip. A control that has one is found
-    // by the mouse also where it takes no part in it otherwise.
+    // Its own; empty for no tooltip. The mouse finds a control that has one in any case.
     TextDescriptor& tooltip() noexcept { return tooltip_; }
     const TextDescriptor& tooltip() const noexcept { return tooltip_; }
     // May be null: the defaults.
-    const std::shared_ptr<TooltipOptions>& tooltipOptions() const noexcept {
-        return tooltipOptions_;
-    }
-    void setTooltipOptions(std::shared_ptr<TooltipOptions> options) noexcept {
-        tooltipOptions_ = std::move(options);
-    }
+    const TooltipRef& tooltipOptions() const noexcept { return tooltipOptions_; }
+    void setTooltipOptions(const TooltipRef& options) noexcept { tooltipOptions_ = options; }
     // Null for the colours of the nearest ancestor that has some.
     const ColorsRef& colors() const noexcept { return colors_; }
     bool setColors(const ColorsRef& colors);
-    // From the control's colours or those of its ancestors; unset when none of
-    // them sets this one.
-    Color color(ColorRole role) const noexcept;
+    // The control's own or that of the nearest ancestor that sets it; otherwise when none does.
+    Color color(ColorRole role, Color otherwise = {}) const noexcept;
 
     // --- Drawing ---
 
-    // Paints the control and its drawn children on a parent that is painting:
-    // nothing when it is invisible, native or outside of the area that is being
-    // painted.
+    // Paints the control and its drawn children on a parent that is painting: nothing when it is
+    // invisible, native or outside of the area that is being painted.
     void draw(GraphicsService& graphics);
-    // Paints a control that has no drawn parent, such as a surface; its left
-    // top corner is the origin of the paint.
+    // Paints a control without drawn parent, such as a surface, with its left top as the origin.
     void drawAsRoot(GraphicsService& graphics);
-    // Whether the control, at the place where its parent draws it, meets the
-    // area that is being painted.
+    // Whether the control, where its parent draws it, meets the area that is being painted.
     bool overlapsDrawArea(const GraphicsService& graphics) const;
-    // Lets the control be painted again soon. Where there is no surface
-    // kShouldRefresh is sent instead.
+    // Lets the control be painted again soon; without a surface kShouldRefresh is sent instead.
     virtual void refresh();
     // The value times the window service's scaling factor.
     double scale(double value) const;
@@ -254,45 +216,38 @@ public:
     bool hasNativeObject() const noexcept;
     // While a ControlUpdate is running for this very control.
     bool isUpdating() const noexcept { return updateDepth_ != 0; }
-    // Of this control and of all below it: synchronises the native widgets,
-    // which makes their native objects; measures, arranges and shows after
-    // something changed that no descriptor tells of, such as the language of
-    // the texts; gives up the native objects.
+    // Of this control and of all below it: synchronises the native widgets, which makes their
+    // native objects; measures, arranges and shows after something changed that no descriptor tells
+    // of, such as the language of the texts; gives up the native objects.
     void synchronizeTree();
     void showAnew();
     void releaseTree() noexcept;
 
     // --- Input, for the router and for native backends ---
 
-    // An event with its position in this control; whether it was used. Called
-    // before the messages are sent. The base uses none.
+    // An event, before its messages and with its position in this control; whether it was used.
     virtual bool onMouse(const MouseEvent&) { return false; }
     virtual bool onKey(const KeyEvent&) { return false; }
-    // The text in which "&" stands before the control's access key; empty when
-    // it has none. The key does what activate() does.
+    // The text that marks the control's access key, which does what activate() does; or empty.
     virtual std::wstring accessText() const { return {}; }
     // As if the user pressed the control.
     virtual void activate() {}
     // The window of this surface has another client area.
     void acceptSize(Size size);
-    // Sends a message of this control; the first word is added. Returns false
-    // when a gate refused.
+    // Sends a message of this control; the first word is added. Returns false when a gate refused.
     bool notify(const MessageKind& kind, MessageWord b = {});
-    // The deepest control at a point of this one that takes the mouse and is
-    // visible; null when there is none. Disabled controls are found too.
+    // The deepest visible control at a point of this one that takes the mouse, also a disabled one.
     virtual Control* controlAt(Point point) noexcept;
     // The pointer rests on the control, at a point of the surface; it is gone.
-    // Does nothing without a tooltip text.
     virtual void showTooltip(Point place);
     virtual void hideTooltip();
     // Set by the router. Each sends the message of the change.
-    void acceptHover(bool hovered);
-    void acceptPress(bool left, bool pressed);
-    void acceptFocus(bool focused);
+    void acceptHover(bool on) { acceptState(hovered_, on, kEnterHovering, kLeaveHovering); }
+    void acceptFocus(bool on) { acceptState(focused_, on, kEnterFocus, kLeaveFocus); }
+    void acceptPress(bool left, bool on);
 
     // --- Messages ---
 
-    // Own sinks first, then the parent control.
     bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
     // Derived classes hand on what they do not know.
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
@@ -327,14 +282,15 @@ protected:
         stateChanged();
         return true;
     }
-    // The same for a descriptor, which is listened to from now on. One
-    // descriptor serves one member of a control.
+    // The same for a descriptor, which is listened to from now on; it serves one member.
     template <class D>
     bool changeDescriptor(std::shared_ptr<D>& member, const std::shared_ptr<D>& descriptor) {
         if (member == descriptor) {
             return false;
         }
-        unwatch(member.get());
+        if (member) {
+            member->disconnect(this);
+        }
         member = descriptor;
         watch(member.get());
         stateChanged();
@@ -352,8 +308,6 @@ private:
     void checkChild(const Control* child) const;
     void leaveParent();
     void forgetInput();
-    void unwatch(ChangeTracker* descriptor);
-    void releaseNative() noexcept;
     void showState();
     void synchronizeBelow();
     bool changeShown(bool& member, bool value);
@@ -383,7 +337,7 @@ private:
     std::int32_t focusOrder_ = 0;
     std::uint32_t updateDepth_ = 0;
     TextDescriptor tooltip_;
-    std::shared_ptr<TooltipOptions> tooltipOptions_;
+    TooltipRef tooltipOptions_;
     ColorsRef colors_;
 };
 

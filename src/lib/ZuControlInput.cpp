@@ -5,12 +5,7 @@
 
 namespace zustd {
 
-namespace {
-
-constexpr MessageWords kNumbers = MessageWords::kNumbers;
-constexpr MessageWords kObject = MessageWords::kObject;
-
-}  // namespace
+using enum MessageWords;
 
 const MessageKind Control::kEnterHovering(L"enterHovering.Control", kNumbers);
 const MessageKind Control::kLeaveHovering(L"leaveHovering.Control", kNumbers);
@@ -60,8 +55,6 @@ Point pointOfWord(MessageWord word) noexcept {
             static_cast<std::int32_t>(static_cast<std::uint32_t>(bits >> 32))};
 }
 
-// --- Input ----------------------------------------------------------------------------------
-
 bool Control::notify(const MessageKind& kind, MessageWord b) {
     return sendMessage(kind, MessageWord::ofObject(this), b);
 }
@@ -93,23 +86,11 @@ void Control::acceptState(bool& member, bool value, const MessageKind& entered,
     }
 }
 
-void Control::acceptHover(bool hovered) {
-    acceptState(hovered_, hovered, kEnterHovering, kLeaveHovering);
+void Control::acceptPress(bool left, bool on) {
+    acceptState(left ? leftPressed_ : rightPressed_, on,
+                left ? kEnterLeftClicking : kEnterRightClicking,
+                left ? kLeaveLeftClicking : kLeaveRightClicking);
 }
-
-void Control::acceptPress(bool left, bool pressed) {
-    if (left) {
-        acceptState(leftPressed_, pressed, kEnterLeftClicking, kLeaveLeftClicking);
-    } else {
-        acceptState(rightPressed_, pressed, kEnterRightClicking, kLeaveRightClicking);
-    }
-}
-
-void Control::acceptFocus(bool focused) {
-    acceptState(focused_, focused, kEnterFocus, kLeaveFocus);
-}
-
-// --- Messages -------------------------------------------------------------------------------
 
 bool Control::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
     // A receiver may remove the control, or destroy what holds it.

@@ -17,20 +17,15 @@ constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2
 
 }  // namespace
 
-// --- Geometry -------------------------------------------------------------------------------
-
 bool Control::setBoundary(const Rect& boundary) {
     const std::shared_ptr<Control> self = sharedReference(this);
     const Rect before = boundaryOnSurface();
     if (!place(boundary)) {
         return false;
     }
-    if (backend() == nullptr && parent_ != nullptr) {
-        const Control* holder = surface();
-        const std::shared_ptr<WindowService> window = holder ? windowService() : nullptr;
-        if (window) {
-            window->invalidate(before);
-        }
+    const bool drawn = backend() == nullptr && parent_ != nullptr && surface() != nullptr;
+    if (const auto window = drawn ? windowService() : nullptr) {
+        window->invalidate(before);
     }
     stateChanged();
     synchronizeBelow();
@@ -41,12 +36,6 @@ bool Control::moveTo(Point place) {
     Rect moved = boundary_;
     moved.moveTo(place);
     return setBoundary(moved);
-}
-
-bool Control::setSize(Size size) {
-    Rect resized = boundary_;
-    resized.setSize(size);
-    return setBoundary(resized);
 }
 
 Rect Control::boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
@@ -69,8 +58,6 @@ Point Control::fromSurface(Point point) const noexcept {
 Rect Control::innerArea() const noexcept {
     return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
 }
-
-// --- Layout ---------------------------------------------------------------------------------
 
 Size Control::withinLimits(Size size) const noexcept {
     const auto within = [](std::int32_t extent, std::int32_t minimum, std::int32_t maximum) {

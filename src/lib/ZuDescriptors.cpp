@@ -4,10 +4,6 @@
 
 namespace zustd {
 
-bool FontDescriptor::reset() {
-    return setStyle({.size = kDefaultSize, .faceName = style_.faceName});
-}
-
 std::wstring TextDescriptor::text(const ServiceLocator& locator) const {
     if (resource_.identifier == 0) {
         return literal_;

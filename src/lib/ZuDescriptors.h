@@ -1,22 +1,13 @@
-// What a widget shows, described apart from the widget: fonts, texts, colours
-// and images.
+// What a widget shows, described apart from the widget: fonts, texts, colours and images.
 //
-// A descriptor is a shared object. Many controls may hold the same one, and
-// whoever changes it changes them all: every setter counts the change and
-// announces it as ChangeTracker::kPropertyChanged with the field's name; an
-// unchanged assignment does neither. Controls listen to the descriptors that
-// they are given and show the change at once.
+// A descriptor is a shared object. Many controls may hold the same one, and whoever changes it
+// changes them all: every setter counts the change and announces it as
+// ChangeTracker::kPropertyChanged with the field's name; an unchanged assignment does neither.
+// Controls listen to the descriptors that they are given and show the change at once.
 //
-// A descriptor names a resource, it does not hold one. Texts are looked up in
-// the language of the moment, fonts and images are made and cached by the
-// window service.
+// A descriptor names a resource, it does not hold one. Texts are looked up in the language of the
+// moment, fonts and images are made and cached by the window service.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "ZuChangeTracker.h"
 #include "ZuGeometry.h"
@@ -76,16 +67,17 @@ public:
     const FontStyle& style() const noexcept { return style_; }
 
     // Each returns whether anything changed.
-    bool setStyle(const FontStyle& style) { return assign(style_, style, L"style"); }
     bool setUnderline(bool underline) { return assign(style_.underline, underline, L"underline"); }
     bool setBold(bool bold) { return assign(style_.bold, bold, L"bold"); }
     bool setItalic(bool italic) { return assign(style_.italic, italic, L"italic"); }
     bool setSize(std::int32_t points) { return assign(style_.size, points, L"size"); }
-    bool setFaceName(const std::wstring& name) {
-        return assign(style_.faceName, name, L"faceName");
+    bool setFaceName(const std::wstring& face) {
+        return assign(style_.faceName, face, L"faceName");
     }
     // Flags off and the default size; the face stays.
-    bool reset();
+    bool reset() {
+        return assign(style_, {.size = kDefaultSize, .faceName = style_.faceName}, L"style");
+    }
 
 private:
     FontStyle style_{.size = kDefaultSize, .faceName = {}};

@@ -26,8 +26,7 @@ constexpr Color kUsualColors[kColorRoleCount] = {
 }  // namespace
 
 Color drawnColor(const Control& control, ColorRole role) noexcept {
-    const Color color = control.color(role);
-    return color.isSet ? color : kUsualColors[static_cast<std::size_t>(role)];
+    return control.color(role, kUsualColors[static_cast<std::size_t>(role)]);
 }
 
 Color inkColor(const Control& control, ColorRole role) noexcept {
@@ -76,13 +75,8 @@ Size DrawnText::preferredSizeForWidth(std::int32_t width) {
 }
 
 void DrawnText::drawSelf(GraphicsService& graphics) {
-    drawBackground(graphics);
+    Control::drawSelf(graphics);
     drawTextIn(graphics, innerArea(), inkColor(*this));
-}
-
-std::shared_ptr<Font> DrawnText::font() const {
-    const std::shared_ptr<WindowService> window = windowService();
-    return window ? window->getFont(fontStyle()) : nullptr;
 }
 
 Size DrawnText::textSize(std::int32_t width) const {
@@ -91,19 +85,26 @@ Size DrawnText::textSize(std::int32_t width) const {
 }
 
 void DrawnText::drawTextIn(GraphicsService& graphics, const Rect& area, Color color) const {
-    const std::shared_ptr<Font> drawnFont = font();
+    const std::shared_ptr<WindowService> window = windowService();
+    const auto font = window ? window->getFont(fontStyle()) : nullptr;
     const std::wstring shown = text();
-    if (drawnFont && !shown.empty() && !area.isEmpty()) {
-        graphics.drawText(shown, area, *drawnFont, color, format_);
+    if (font && !shown.empty() && !area.isEmpty()) {
+        graphics.drawText(shown, area, *font, color, format_);
     }
 }
 
-void DrawnText::drawBackground(GraphicsService& graphics) const {
-    // Inherited colours are those of what lies behind: painted already.
-    const Color background = colors() ? colors()->color(ColorRole::kBackground) : Color();
-    if (background.isSet) {
-        graphics.drawRectangle(area(), background);
+void PressedText::click() {
+    if (isUsable()) {
+        notify(kLeftClicked, wordOfPoint({0, 0}));
     }
+}
+
+bool PressedText::onKey(const KeyEvent& event) {
+    const bool presses = isPressingKey(event);
+    if (presses) {
+        click();
+    }
+    return presses;
 }
 
 }  // namespace zustd

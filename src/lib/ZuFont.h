@@ -4,11 +4,8 @@
 // never changes; a descriptor that changes leads to another font.
 #pragma once
 
-#include <utility>
-
 #include "ZuAbstraction.h"
 #include "ZuDescriptors.h"
-#include "ZuSharedObject.h"
 
 namespace zustd {
 

@@ -34,7 +34,8 @@ bool ForkControl::setOpen(bool open) {
     }
     // Its receivers may remove the fork.
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    if (!open && holdsFocusInBody()) {
+    const std::shared_ptr<Control> focused = focusedOnSurface();
+    if (!open && focused && body_->isAncestorOf(*focused)) {
         // What is hidden would lose it to nobody.
         takeFocus();
         if (open_ == open) {
@@ -94,7 +95,7 @@ bool ForkControl::onReceiveMessage(const MessageKind& kind, MessageWord a, Messa
 }
 
 void ForkControl::drawSelf(GraphicsService& graphics) {
-    drawBackground(graphics);
+    Control::drawSelf(graphics);
     drawArrow(graphics);
     Rect caption = header();
     caption.left = std::min(indent(), caption.right);
@@ -107,8 +108,7 @@ void ForkControl::drawSelf(GraphicsService& graphics) {
 
 void ForkControl::arrangeChildren() {
     if (body_ && open_) {
-        const Rect place{indent(), headerHeight(), boundary().width() - 1, boundary().height() - 1};
-        body_->place(place);
+        body_->place({indent(), headerHeight(), area().right, area().bottom});
     }
 }
 
@@ -127,13 +127,6 @@ void ForkControl::onDescriptorChanged() {
         tellHeight();
     }
     DrawnText::onDescriptorChanged();
-}
-
-bool ForkControl::holdsFocusInBody() {
-    Control* holder = surface();
-    const std::shared_ptr<Control> focused =
-        holder != nullptr ? holder->inputRouter()->focused() : nullptr;
-    return focused && body_->isAncestorOf(*focused);
 }
 
 Rect ForkControl::header() const { return Rect::at({0, 0}, {boundary().width(), headerHeight()}); }

@@ -6,10 +6,6 @@
 // and kChangePreferredHeight. Forks may lie in the bodies of others.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {
@@ -39,7 +35,6 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    bool holdsFocusInBody();
     Rect header() const;
     std::int32_t indent() const;
     void drawArrow(GraphicsService& graphics) const;

@@ -1,9 +1,8 @@
 // Points, sizes and rectangles in whole pixels, and the index of nothing.
 //
-// A rectangle's right and bottom are inclusive: its width is right - left + 1,
-// so the smallest boundary of a control, one pixel, has left == right. A
-// rectangle whose right lies left of its left, or whose bottom lies above its
-// top, covers nothing.
+// A rectangle's right and bottom are inclusive: its width is right - left + 1, so the smallest
+// boundary of a control, one pixel, has left == right. A rectangle whose right lies left of its
+// left, or whose bottom lies above its top, covers nothing.
 //
 // All arithmetic saturates at the ends of 32 bits. Sizes come from markup and
 // from callers and may be absurd; they then give an absurd but defined result.
@@ -120,11 +119,8 @@ struct Rect {
     }
     // The smallest rectangle around both; an empty one adds nothing.
     constexpr Rect unionWith(const Rect& other) const noexcept {
-        if (isEmpty()) {
-            return other;
-        }
-        if (other.isEmpty()) {
-            return *this;
+        if (isEmpty() || other.isEmpty()) {
+            return isEmpty() ? other : *this;
         }
         return {std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
                 std::max(bottom, other.bottom)};

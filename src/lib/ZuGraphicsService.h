@@ -4,18 +4,12 @@
 // in it. Measuring works at any time; drawing works while the surface paints,
 // between the backend's connecting it to the paint and disconnecting it.
 //
-// Coordinates are those of the control that draws: the front keeps the origin
-// of the moment and adds it to everything that it hands on, so a backend sees
-// coordinates of the surface alone.
+// Coordinates are those of the control that draws: the front keeps the origin of the moment and
+// adds it to everything that it hands on, so a backend sees coordinates of the surface alone.
 #pragma once
 
-#include <cstdint>
-#include <string_view>
-
-#include "ZuAbstraction.h"
 #include "ZuBitmap.h"
 #include "ZuFont.h"
-#include "ZuGeometry.h"
 #include "ZuService.h"
 
 namespace zustd {
@@ -47,9 +41,8 @@ public:
     // "gradientType == zuGradientVertical" for any other kind.
     virtual void drawGradient(const Rect& area, Color from, Color to,
                               GradientType gradientType) = 0;
-    // The image at its own size. Fails the assertion "alpha >= 0 && alpha <=
-    // 1.0"; 0 is invisible, 1 opaque, and the image's own transparency counts
-    // besides.
+    // The image at its own size. Fails the assertion "alpha >= 0 && alpha <= 1.0"; 0 is invisible,
+    // 1 opaque, and the image's own transparency counts besides.
     virtual void drawBitmap(const Bitmap& bitmap, Point place, double alpha) = 0;
     // The image stretched to an area.
     virtual void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha) = 0;
@@ -60,14 +53,12 @@ public:
     // The outline with the pen of the moment; a filled area.
     virtual void drawRectangle(const Rect& area) = 0;
     virtual void drawRectangle(const Rect& area, Color fill) = 0;
-    // A line of text from a left top corner; a text in an area, cut at its
-    // edges.
+    // A line of text from a left top corner; a text in an area, cut at its edges.
     virtual void drawText(std::wstring_view text, Point place, const Font& font, Color color) = 0;
     virtual void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
                           const TextFormat& format) = 0;
-    // The size that a text takes: of its lines as they are, or wrapped at
-    // words to a width when that is not 0. An empty text has no width and the
-    // height of a line.
+    // The size that a text takes: of its lines as they are, or wrapped at words to a width when
+    // that is not 0. An empty text has no width and the height of a line.
     virtual Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) = 0;
     // The width of one line; what a layout calls for every word.
     virtual std::int32_t measureTextWidth(std::wstring_view text, const Font& font) = 0;
@@ -80,9 +71,8 @@ public:
     // The restriction as a whole: replaced; taken away.
     virtual void setClippingArea(const Rect& area) = 0;
     virtual void clearClippingArea() = 0;
-    // For lines and outlines, until it is set anew: who draws with a pen sets it
-    // first. An outline grows inwards, a line to both sides. Fails the assertion
-    // "width > 0".
+    // For lines and outlines, until it is set anew: who draws with a pen sets it first. An outline
+    // grows inwards, a line to both sides. Fails the assertion "width > 0".
     virtual void setPen(Color color, std::int32_t width) = 0;
     // The part of the surface that is being painted; empty between paints.
     virtual Rect getDrawArea() const = 0;

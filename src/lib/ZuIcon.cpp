@@ -9,62 +9,54 @@ namespace zustd {
 
 namespace {
 
-std::shared_ptr<Bitmap> bitmapOf(const Control& control, const BitmapDescriptor& descriptor) {
-    const std::shared_ptr<WindowService> window = control.windowService();
-    return window ? window->getBitmap(descriptor) : nullptr;
-}
-
-// What has a size in its descriptor comes scaled already.
-Size sizeOf(const Control& control, const BitmapDescriptor& descriptor, const Bitmap& bitmap) {
-    const Size size = bitmap.size();
-    return descriptor.size().isEmpty() ? Size{control.scale(size.width), control.scale(size.height)}
-                                       : size;
-}
+// How opaque an image is on a control that cannot be used.
+constexpr double kDisabledOpacity = 0.4;
 
 }  // namespace
 
-Size drawnBitmapSize(const Control& control, const BitmapRef& descriptor) {
-    const auto bitmap = descriptor ? bitmapOf(control, *descriptor) : nullptr;
-    return bitmap ? sizeOf(control, *descriptor, *bitmap) : Size();
+DrawnBitmap drawnBitmap(const Control& control, const BitmapRef& descriptor) {
+    const auto window = descriptor ? control.windowService() : nullptr;
+    const auto bitmap = window ? window->getBitmap(*descriptor) : nullptr;
+    Size size = bitmap ? bitmap->size() : Size();
+    // What has a size in its descriptor comes scaled already.
+    if (bitmap && descriptor->size().isEmpty()) {
+        size = {control.scale(size.width), control.scale(size.height)};
+    }
+    return {bitmap, size};
 }
 
-bool drawBitmapAt(GraphicsService& graphics, const Control& control,
-                  const BitmapDescriptor& descriptor, Point place, double opacity) {
-    const std::shared_ptr<Bitmap> bitmap = bitmapOf(control, descriptor);
-    if (!bitmap) {
-        return false;
-    }
-    const Size size = sizeOf(control, descriptor, *bitmap);
+void drawBitmapAt(GraphicsService& graphics, const Control& control, const DrawnBitmap& image,
+                  Point place, double opacity) {
     const double alpha = control.isUsable() ? opacity : opacity * kDisabledOpacity;
-    if (size == bitmap->size() || size.isEmpty()) {
-        graphics.drawBitmap(*bitmap, place, alpha);
+    if (image.size == image.bitmap->size() || image.size.isEmpty()) {
+        graphics.drawBitmap(*image.bitmap, place, alpha);
     } else {
-        graphics.drawStretchedBitmap(*bitmap, Rect::at(place, size), alpha);
+        graphics.drawStretchedBitmap(*image.bitmap, Rect::at(place, image.size), alpha);
     }
-    return true;
 }
 
-Icon::Icon(const std::shared_ptr<BitmapDescriptor>& bitmap) : bitmap_(bitmap) {
-    setTakesMouse(false);
-}
+Icon::Icon(const BitmapRef& bitmap) : bitmap_(bitmap) { setTakesMouse(false); }
 
 bool Icon::setOpacity(double opacity) {
     return change(opacity_, std::isnan(opacity) ? 1.0 : std::clamp(opacity, 0.0, 1.0));
 }
 
-Size Icon::preferredSize() { return sizeAround(drawnBitmapSize(*this, bitmap_)); }
+Size Icon::preferredSize() { return sizeAround(drawnBitmap(*this, bitmap_).size); }
 
 void Icon::drawSelf(GraphicsService& graphics) {
     Control::drawSelf(graphics);
     if (!bitmapVisible_) {
         return;
     }
-    const Size size = drawnBitmapSize(*this, bitmap_);
-    const Point place{(boundary().width() - size.width) / 2,
-                      (boundary().height() - size.height) / 2};
-    if (!bitmap_ || !drawBitmapAt(graphics, *this, *bitmap_, place, opacity_)) {
+    const DrawnBitmap image = drawnBitmap(*this, bitmap_);
+    if (!image.bitmap) {
         ZU_TRACE(L"Icon::drawSelf: warning: bitmap set to visible but no bitmap provided");
+        return;
     }
+    const Size size = boundary().size();
+    drawBitmapAt(graphics, *this, image,
+                 {(size.width - image.size.width) / 2, (size.height - image.size.height) / 2},
+                 opacity_);
 }
 
 }  // namespace zustd

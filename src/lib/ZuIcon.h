@@ -1,23 +1,23 @@
 // An image, drawn in the middle of its control.
 #pragma once
 
-#include <memory>
-
 #include "ZuControl.h"
 #include "ZuGraphicsService.h"
 
 namespace zustd {
 
-// How opaque an image is on a control that cannot be used.
-inline constexpr double kDisabledOpacity = 0.4;
-
-// The size of a descriptor's image on the control's screen; empty without a
-// descriptor, image or window service. An image of its own size is scaled too.
-Size drawnBitmapSize(const Control& control, const BitmapRef& descriptor);
-// Draws it there, stretched to that size where the image has another one;
-// whether there was an image.
-bool drawBitmapAt(GraphicsService& graphics, const Control& control,
-                  const BitmapDescriptor& descriptor, Point place, double opacity);
+// A descriptor's image, and its size on a control's screen; null and empty
+// without a descriptor, image or window service.
+struct DrawnBitmap {
+    std::shared_ptr<Bitmap> bitmap;
+    Size size;
+};
+// An image of its own size is scaled too.
+DrawnBitmap drawnBitmap(const Control& control, const BitmapRef& descriptor);
+// Draws an image that is not null, stretched to its size where it has another
+// one; paler on a control that cannot be used.
+void drawBitmapAt(GraphicsService& graphics, const Control& control, const DrawnBitmap& image,
+                  Point place, double opacity);
 
 class Icon : public Control {
 public:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include "ZuControl.h"
@@ -52,8 +53,7 @@ bool offerUpwards(const std::shared_ptr<Control>& first, const Control* last, Us
         if (climbing->isUsable() && use(*climbing)) {
             return true;
         }
-        Control* parent = climbing.get() == last ? nullptr : climbing->parentControl();
-        climbing = parent != nullptr ? sharedReference(parent) : nullptr;
+        climbing = sharedReference(climbing.get() == last ? nullptr : climbing->parentControl());
     }
     return false;
 }
@@ -83,23 +83,20 @@ void InputRouter::tellWindow(Tell&& tell) const {
 
 bool InputRouter::routeMouse(const MouseEvent& event) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
-    const std::shared_ptr<Control> held = pressed_.lock();
-    const std::shared_ptr<Control> under = targetAt(event.position);
+    const std::shared_ptr<Control> held = pressed();
+    const std::shared_ptr<Control> under = sharedReference(surface_.controlAt(event.position));
     switch (event.action) {
         case MouseAction::kMove:
-            if (held) {
-                moveHover(under == held ? held : nullptr, event.position);
-                drag(event);
-                return deliver(held, event);
-            }
-            moveHover(under, event.position);
-            return deliver(under, event);
+            // During a press only its control is hovered.
+            moveHover(held && under != held ? nullptr : under, event.position);
+            drag(event);
+            return deliver(held ? held : under, event);
         case MouseAction::kLeave:
             moveHover(nullptr, event.position);
             return false;
         case MouseAction::kLeftDown:
         case MouseAction::kLeftDouble:
-        case MouseAction::kRightDown: {
+        case MouseAction::kRightDown:
             // A second button during a press belongs to the first one's control.
             if (held) {
                 return deliver(held, event);
@@ -110,23 +107,15 @@ bool InputRouter::routeMouse(const MouseEvent& event) {
             deliver(under, event);
             press(under, event);
             return true;
-        }
         case MouseAction::kLeftUp:
-            release(event, Button::kLeft);
-            return held != nullptr;
         case MouseAction::kRightUp:
-            release(event, Button::kRight);
+            release(event);
             return held != nullptr;
         case MouseAction::kWheel:
         case MouseAction::kHorizontalWheel:
             return scroll(held ? held : under, event);
     }
     return false;
-}
-
-std::shared_ptr<Control> InputRouter::targetAt(Point position) const {
-    Control* found = surface_.controlAt(position);
-    return found != nullptr ? sharedReference(found) : nullptr;
 }
 
 void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point position) {
@@ -139,8 +128,7 @@ void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point positi
         before->hideTooltip();
         before->acceptHover(false);
     }
-    // Whoever heard of the leaving may have moved on, and so may who hears of
-    // the entering.
+    // Whoever heard of the leaving may have moved on, and so may who hears of the entering.
     if (target && hovered_.lock() == target) {
         target->acceptHover(true);
     }
@@ -148,64 +136,58 @@ void InputRouter::moveHover(const std::shared_ptr<Control>& target, Point positi
         return;
     }
     tellWindow([&](WindowService& window) { window.setCursor(target->cursor()); });
-    if (button_ == Button::kNone) {
+    if (press_.button == Button::kNone) {
         target->showTooltip(position);
     }
 }
 
 void InputRouter::press(const std::shared_ptr<Control>& target, const MouseEvent& event) {
     // The control has had the event, and may have gone by it.
-    if (button_ != Button::kNone || !target->isUsable() || target->surface() != &surface_) {
+    if (press_.button != Button::kNone || !target->isUsable() || target->surface() != &surface_) {
         return;
     }
     const Button button = event.action == MouseAction::kRightDown ? Button::kRight : Button::kLeft;
-    button_ = button;
-    pressed_ = target;
-    pressPosition_ = event.position;
-    dragging_ = false;
+    press_ = {button, target, event.position};
     tellWindow([&](WindowService& window) { window.captureMouse(); });
     target->hideTooltip();
     if (target->isFocusable()) {
         setFocus(target.get());
     }
     // Whoever heard of the focus may have ended the press.
-    if (button_ == button && pressed_.lock() == target) {
+    if (press_.button == button && pressed() == target) {
         target->acceptPress(button == Button::kLeft, true);
     }
 }
 
-void InputRouter::release(const MouseEvent& event, Button button) {
-    const std::shared_ptr<Control> held = pressed_.lock();
-    if (button_ != button) {
+void InputRouter::release(const MouseEvent& event) {
+    const bool left = event.action == MouseAction::kLeftUp;
+    if (press_.button != (left ? Button::kLeft : Button::kRight)) {
         return;
     }
-    const bool dropped = dragging_;
-    button_ = Button::kNone;
-    pressed_.reset();
-    dragging_ = false;
+    const Press ended = std::exchange(press_, {});
+    const std::shared_ptr<Control> held = ended.control.lock();
     tellWindow([&](WindowService& window) { window.releaseMouse(); });
     if (!held) {
         return;
     }
     const MessageWord place = wordOfPoint(held->fromSurface(event.position));
-    const bool inside = targetAt(event.position) == held;
+    const bool inside = surface_.controlAt(event.position) == held.get();
     deliver(held, event);
-    held->acceptPress(button == Button::kLeft, false);
-    if (dropped) {
+    held->acceptPress(left, false);
+    if (ended.dragging) {
         held->notify(Control::kDropped, place);
     } else if (inside && held->isUsable() && held->surface() == &surface_) {
-        held->notify(button == Button::kLeft ? Control::kLeftClicked : Control::kRightClicked,
-                     place);
+        held->notify(left ? Control::kLeftClicked : Control::kRightClicked, place);
     }
 }
 
 void InputRouter::drag(const MouseEvent& event) {
-    const std::shared_ptr<Control> held = pressed_.lock();
-    if (button_ != Button::kLeft || !held || !held->isDraggable()) {
+    const std::shared_ptr<Control> held = pressed();
+    if (press_.button != Button::kLeft || !held || !held->isDraggable()) {
         return;
     }
-    dragging_ = dragging_ || isFar(pressPosition_, event.position);
-    if (dragging_) {
+    press_.dragging = press_.dragging || isFar(press_.position, event.position);
+    if (press_.dragging) {
         held->notify(Control::kDragging, wordOfPoint(held->fromSurface(event.position)));
     }
 }
@@ -228,13 +210,9 @@ bool InputRouter::deliver(const std::shared_ptr<Control>& target, const MouseEve
 }
 
 void InputRouter::cancelPress() {
-    const std::shared_ptr<Control> held = pressed_.lock();
-    const Button button = button_;
-    button_ = Button::kNone;
-    pressed_.reset();
-    dragging_ = false;
-    if (held) {
-        held->acceptPress(button == Button::kLeft, false);
+    const Press ended = std::exchange(press_, {});
+    if (const auto held = ended.control.lock()) {
+        held->acceptPress(ended.button == Button::kLeft, false);
     }
 }
 
@@ -264,11 +242,9 @@ bool InputRouter::navigate(const KeyEvent& event) {
     const std::shared_ptr<Control> focused = focused_.lock();
     if (focused && (event.key == kKeyUp || event.key == kKeyDown)) {
         const bool up = event.key == kKeyUp;
-        if (event.has(kModifierControl)) {
-            focused->notify(up ? Control::kMoveUp : Control::kMoveDown);
-        } else {
-            focused->notify(up ? Control::kSelectPreviousItem : Control::kSelectNextItem);
-        }
+        const auto& item = up ? Control::kSelectPreviousItem : Control::kSelectNextItem;
+        const auto& move = up ? Control::kMoveUp : Control::kMoveDown;
+        focused->notify(event.has(kModifierControl) ? move : item);
     }
     return false;
 }
@@ -303,15 +279,12 @@ bool InputRouter::moveFocus(bool backwards) {
     std::stable_sort(order.begin(), order.end(), [](const Control* left, const Control* right) {
         return left->focusOrder() < right->focusOrder();
     });
-    const std::shared_ptr<Control> focused = focused_.lock();
-    const auto at = std::find(order.begin(), order.end(), focused.get());
-    const auto count = order.size();
-    const auto index = static_cast<std::size_t>(at - order.begin());
-    std::size_t next = backwards ? count - 1 : 0;
-    if (at != order.end()) {
-        next = (index + (backwards ? count - 1 : 1)) % count;
+    if (backwards) {
+        std::reverse(order.begin(), order.end());
     }
-    const std::shared_ptr<Control> chosen = sharedReference(order[next]);
+    const auto at = std::find(order.begin(), order.end(), focused().get());
+    const bool last = at == order.end() || at + 1 == order.end();
+    const std::shared_ptr<Control> chosen = sharedReference(last ? order.front() : *(at + 1));
     if (chosen->surface() != &surface_) {
         changeFocus(nullptr);
     }
@@ -320,7 +293,7 @@ bool InputRouter::moveFocus(bool backwards) {
 
 void InputRouter::acceptFocus(Control* control) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
-    changeFocus(control != nullptr ? sharedReference(control) : nullptr);
+    changeFocus(sharedReference(control));
 }
 
 void InputRouter::changeFocus(const std::shared_ptr<Control>& control) {
@@ -339,27 +312,19 @@ void InputRouter::changeFocus(const std::shared_ptr<Control>& control) {
 
 // --- Leaving --------------------------------------------------------------------------------
 
-void InputRouter::forget(const Control& control) {
-    forgetThose([&control](const Control& other) { return control.isAncestorOf(other); });
-}
-
-void InputRouter::forgetBelow(const Control& control) {
-    forgetThose([&control](const Control& other) {
-        return &control != &other && control.isAncestorOf(other);
-    });
-}
-
-template <class Leaves>
-void InputRouter::forgetThose(Leaves&& leaves) {
+void InputRouter::forget(const Control& control, bool itself) {
     const std::shared_ptr<Control> alive = sharedReference(&surface_);
-    if (const auto held = pressed_.lock(); held && leaves(*held)) {
+    const auto leaves = [&control, itself](const std::shared_ptr<Control>& other) {
+        return other && control.isAncestorOf(*other) && (itself || other.get() != &control);
+    };
+    if (leaves(pressed())) {
         tellWindow([&](WindowService& window) { window.releaseMouse(); });
         cancelPress();
     }
-    if (const auto hovered = hovered_.lock(); hovered && leaves(*hovered)) {
+    if (leaves(hovered())) {
         moveHover(nullptr, {});
     }
-    if (const auto focused = focused_.lock(); focused && leaves(*focused)) {
+    if (leaves(focused())) {
         changeFocus(nullptr);
     }
 }

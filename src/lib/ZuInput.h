@@ -1,18 +1,14 @@
-// Mouse and keyboard on their way from a native window to the control that
-// they are meant for.
+// Mouse and keyboard on their way from a native window to the control that they are meant for.
 //
-// A surface (a native window or dialog) has one InputRouter. The backend hands
-// it every event of its window; the router finds the control, calls its
-// onMouse or onKey, and sends the messages of Control: hovering, pressing,
-// clicking, dragging, scrolling, focus. Native widgets below the surface get
-// their own events from the system; their backends report clicks, focus and
-// the keys that they do not use themselves.
+// A surface (a native window or dialog) has one InputRouter. The backend hands it every event of
+// its window; the router finds the control, calls its onMouse or onKey, and sends the messages of
+// Control: hovering, pressing, clicking, dragging, scrolling, focus. Native widgets below the
+// surface get their own events from the system; their backends report clicks, focus and the keys
+// that they do not use themselves.
 //
-// The router remembers controls weakly: any of them may be destroyed by
-// whoever hears a message.
+// The router remembers controls weakly: any of them may be destroyed by whoever hears a message.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 
 #include "ZuGeometry.h"
@@ -37,9 +33,7 @@ inline constexpr std::uint32_t kModifierShift = 1;
 inline constexpr std::uint32_t kModifierControl = 2;
 inline constexpr std::uint32_t kModifierAlt = 4;
 
-// Keys by the numbers that Windows gives them. Letters and digits are their
-// upper-case characters.
-inline constexpr std::uint32_t kKeyBackspace = 0x08;
+// Keys by the numbers that Windows gives them. Letters and digits are their upper-case characters.
 inline constexpr std::uint32_t kKeyTab = 0x09;
 inline constexpr std::uint32_t kKeyEnter = 0x0D;
 inline constexpr std::uint32_t kKeyEscape = 0x1B;
@@ -52,7 +46,6 @@ inline constexpr std::uint32_t kKeyLeft = 0x25;
 inline constexpr std::uint32_t kKeyUp = 0x26;
 inline constexpr std::uint32_t kKeyRight = 0x27;
 inline constexpr std::uint32_t kKeyDown = 0x28;
-inline constexpr std::uint32_t kKeyDelete = 0x2E;
 
 enum class MouseAction : std::uint32_t {
     kMove,
@@ -88,12 +81,12 @@ struct KeyEvent {
     bool has(std::uint32_t modifier) const noexcept { return (modifiers & modifier) != 0; }
 };
 
-// Turns of a wheel in whole steps of what it scrolls; the rest of a turn counts
-// for the next one.
+// Turns of a wheel in whole steps of what it scrolls; the rest of a turn counts for the next one.
 class WheelCounter {
 public:
     // Steps for a turn when a line has that many.
     std::int64_t turn(std::int32_t wheel, std::int32_t lineSize) noexcept {
+        constexpr std::int64_t kLinesPerNotch = 3;
         const std::int64_t turned = std::int64_t{wheel} * kLinesPerNotch * lineSize + rest_;
         rest_ = turned % MouseEvent::kWheelStep;
         return turned / MouseEvent::kWheelStep;
@@ -101,13 +94,10 @@ public:
     bool hasRest() const noexcept { return rest_ != 0; }
 
 private:
-    static constexpr std::int64_t kLinesPerNotch = 3;
-
     std::int64_t rest_ = 0;
 };
 
-// Any receiver of what it sends may change the tree, down to dropping the
-// surface: that lives to the end of the operation.
+// Receivers may change the tree and drop the surface, which lives to the end of the operation.
 class InputRouter {
 public:
     // The surface owns the router.
@@ -115,15 +105,13 @@ public:
     InputRouter(const InputRouter&) = delete;
     InputRouter& operator=(const InputRouter&) = delete;
 
-    // Routes an event of the surface's window; whether a control used it. A
-    // press goes to the deepest control under the pointer that takes the mouse,
-    // unless that is disabled, and everything up to the release follows it,
-    // inside or not.
+    // Routes an event of the surface's window; whether a control used it. A press goes to the
+    // deepest control under the pointer that takes the mouse, unless that is disabled, and
+    // everything up to the release follows it, inside or not.
     bool routeMouse(const MouseEvent& event);
 
-    // Routes a key press to the focused control and, unused, from parent to
-    // parent; then the surface's own keys: Tab and Shift+Tab move the focus,
-    // arrows ask for the next or previous item. Whether anything used it.
+    // Routes a key press to the focused control and, unused, from parent to parent; then Tab and
+    // Shift+Tab move the focus, arrows ask for the next or previous item. Whether anything used it.
     bool routeKey(const KeyEvent& event);
     // A key that a native widget below the surface does not use.
     bool routeKeyFrom(Control& control, const KeyEvent& event);
@@ -131,9 +119,8 @@ public:
     // The window lost the mouse to another one in the middle of a press.
     void cancelPress();
 
-    // Gives the focus to a control of this surface, or to none. False when it
-    // cannot have it (invisible, disabled, not focusable), or when a receiver
-    // gave it to another one meanwhile.
+    // Gives the focus to a control of this surface, or to none. False when it cannot have it
+    // (invisible, disabled, not focusable), or when a receiver gave it to another one meanwhile.
     bool setFocus(Control* control);
     // To the next control in focus order, wrapping around; false when no
     // control can have the focus.
@@ -143,38 +130,37 @@ public:
 
     // Null when there is none.
     std::shared_ptr<Control> hovered() const { return hovered_.lock(); }
-    std::shared_ptr<Control> pressed() const { return pressed_.lock(); }
+    std::shared_ptr<Control> pressed() const { return press_.control.lock(); }
     std::shared_ptr<Control> focused() const { return focused_.lock(); }
 
-    // A control is about to leave the surface, with everything below it.
-    void forget(const Control& control);
-    // All that is below it is about to leave.
-    void forgetBelow(const Control& control);
+    // All that is below a control is about to leave the surface, and perhaps the control itself.
+    void forget(const Control& control, bool itself);
 
 private:
     enum class Button : std::uint32_t { kNone, kLeft, kRight };
 
+    struct Press {
+        Button button = Button::kNone;
+        std::weak_ptr<Control> control;
+        Point position;
+        bool dragging = false;
+    };
+
     template <class Tell>
     void tellWindow(Tell&& tell) const;
-    std::shared_ptr<Control> targetAt(Point position) const;
     void moveHover(const std::shared_ptr<Control>& target, Point position);
     void press(const std::shared_ptr<Control>& target, const MouseEvent& event);
-    void release(const MouseEvent& event, Button button);
+    void release(const MouseEvent& event);
     void drag(const MouseEvent& event);
     bool scroll(const std::shared_ptr<Control>& target, const MouseEvent& event);
     bool deliver(const std::shared_ptr<Control>& target, const MouseEvent& event);
     bool navigate(const KeyEvent& event);
     void changeFocus(const std::shared_ptr<Control>& control);
-    template <class Leaves>
-    void forgetThose(Leaves&& leaves);
 
     Control& surface_;
     std::weak_ptr<Control> hovered_;
-    std::weak_ptr<Control> pressed_;
     std::weak_ptr<Control> focused_;
-    Button button_ = Button::kNone;
-    Point pressPosition_;
-    bool dragging_ = false;
+    Press press_;
 };
 
 }  // namespace zustd

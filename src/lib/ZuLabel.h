@@ -1,22 +1,18 @@
 // A text of one or more lines, wrapped at words where that is asked for.
 #pragma once
 
-#include <string>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {
 
 class Label : public DrawnText {
 public:
-    explicit Label(const std::wstring& text = {});
+    explicit Label(const std::wstring& text = {}) : DrawnText(text) { setTakesMouse(false); }
 
-    bool wrapsWords() const noexcept { return textFormat().wordWrap; }
-    // Returns whether it was otherwise before.
-    bool setWordWrap(bool wraps);
-    // Whether "&" underlines the next character; it is an ordinary one at
-    // first.
-    bool setAccessKeys(bool shows);
+    // Each returns whether it was otherwise before.
+    bool setWordWrap(bool wraps) { return changeFormat(&TextFormat::wordWrap, wraps); }
+    // Whether "&" underlines the next character; it is an ordinary one at first.
+    bool setAccessKeys(bool shows) { return changeFormat(&TextFormat::accelerators, shows); }
 };
 
 }  // namespace zustd

@@ -25,11 +25,6 @@ struct Line {
     std::int32_t height = 0;
 };
 
-struct Spread {
-    std::int64_t offset = 0;
-    std::int64_t gap = 0;
-};
-
 // One layout. Rows and columns are each other's mirror image at the main
 // diagonal: what follows thinks in rows, and turn() what goes in and comes out.
 class LineLayout {
@@ -181,7 +176,8 @@ private:
         return std::int64_t{width} - before;
     }
 
-    Spread spreadOf(const Line& line) const noexcept {
+    // Where the first child begins, and the gap between two.
+    std::pair<std::int64_t, std::int64_t> spreadOf(const Line& line) const noexcept {
         const std::int64_t leftover = leftoverOf(line);
         const std::int64_t room = std::max<std::int64_t>(leftover, 0);
         switch (how_.horizontal) {
@@ -192,19 +188,17 @@ private:
             case Alignment::kCentre:
                 return {room / 2, how_.spacing.width};
             case Alignment::kJustify:
-                // Without the spacing: the leftover is all that there is
-                // between the children.
+                // Without the spacing: the leftover is all that there is between the children.
                 if (line.childCount >= 2) {
                     return {0, leftover / static_cast<std::int64_t>(line.childCount - 1)};
                 }
-                return {};
         }
         return {};
     }
 
     void placeLine(const Line& line, LayoutResult& result) const {
-        const Spread spread = spreadOf(line);
-        std::int64_t left = area_.left + spread.offset;
+        const auto [offset, gap] = spreadOf(line);
+        std::int64_t left = area_.left + offset;
         for (std::size_t i = line.begin; i < line.end; ++i) {
             if (!takesPart(i)) {
                 continue;
@@ -214,25 +208,19 @@ private:
             Rect place = Rect::at({}, size);
             place.moveTo({saturate(left), saturate(topOf(line, size.height))});
             children_[i]->place(turn(place));
-            left = std::int64_t{place.right} + 1 + spread.gap;
+            left = std::int64_t{place.right} + 1 + gap;
             noteReach(place, result);
         }
     }
 
     std::int64_t topOf(const Line& line, std::int32_t height) const noexcept {
         const std::int64_t bottom = line.top + line.height - 1;
-        switch (how_.vertical) {
-            case Alignment::kEnd:
-            case Alignment::kJustify:
-                return bottom - height + 1;
-            case Alignment::kCentre:
-                // Both halves are cut: among even heights a child sits a pixel
-                // higher than among odd ones.
-                return bottom - height / 2 - line.height / 2;
-            case Alignment::kStart:
-                break;
+        if (how_.vertical == Alignment::kCentre) {
+            // Both halves are cut: among even heights a child sits higher than among odd ones.
+            return bottom - height / 2 - line.height / 2;
         }
-        return line.top;
+        const bool below = how_.vertical == Alignment::kEnd || how_.vertical == Alignment::kJustify;
+        return below ? bottom - height + 1 : line.top;
     }
 
     void noteReach(const Rect& rect, LayoutResult& result) const noexcept {

@@ -1,19 +1,15 @@
-// How controls are put into rows or columns: what is asked for, and the
-// algorithm that does it.
+// How controls are put into rows or columns: what is asked for, and the algorithm that does it.
 //
 // Rows run from left to right, one below the other; columns are the same with
 // the axes exchanged. Lines break after a child that asks for it and, where
 // they wrap, before a child that would reach past the area's end.
 //
-// Auto-sized children begin at their minimum and share what their line leaves
-// of the area; a negative leftover shrinks them. A share that a maximum cuts is
-// not handed on. The alignment along the lines spreads the rest. The passes
-// are linear in the number of children and allocate a size for each of them
-// and a record for each line.
+// Auto-sized children begin at their minimum and share what their line leaves of the area; a
+// negative leftover shrinks them. A share that a maximum cuts is not handed on. The alignment along
+// the lines spreads the rest. The passes are linear in the number of children and allocate a size
+// for each of them and a record for each line.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <span>
 
@@ -26,17 +22,15 @@ class Control;
 // Along an axis. Other numbers are kept and mean: at the start, without gaps.
 enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustify = 3 };
 
-// What a control makes of its children; with kManual they stay where they were
-// put.
+// What a control makes of its children; with kManual they stay where they were put.
 enum class Flow : std::uint32_t { kManual, kRows, kColumns };
 
 // How a control arranges its children. Sizes are in pixels of the screen, as
 // Control::scale gives them.
 struct Arrangement {
     Flow flow = Flow::kManual;
-    // In rows the horizontal one spreads the children along the row and the
-    // vertical one places each across it; in columns it is the other way
-    // round. Across the line kJustify means kEnd.
+    // In rows the horizontal one spreads the children along the row and the vertical one places
+    // each across it; in columns it is the other way round. Across the line kJustify means kEnd.
     Alignment horizontal = Alignment::kStart;
     Alignment vertical = Alignment::kStart;
     // Between neighbours, and around all of them.
@@ -74,14 +68,12 @@ struct LayoutResult {
     std::size_t lineCount = 0;
 };
 
-// Moves and sizes the visible children, in rows unless the arrangement says
-// columns; null and invisible ones are passed over, and the margin is the
-// caller's. All are measured before the first is moved: a child that fails to
-// say what it prefers leaves the others where they are. The new places are not
-// shown: call the parent's showChildren() when all is in place. More than a
-// signed 32-bit number of children in a line fails the assertion
-// "(childrenInRow)<=LONG_MAX" or "(childrenInColumn)<=LONG_MAX", of auto-sized
-// ones "(autoSizedChildCount)<=LONG_MAX".
+// Moves and sizes the visible children, in rows unless the arrangement says columns; null and
+// invisible ones are passed over, and the margin is the caller's. All are measured before the first
+// is moved: a child that fails to say what it prefers leaves the others where they are. The new
+// places are not shown: call the parent's showChildren() when all is in place. More than a signed
+// 32-bit number of children in a line fails the assertion "(childrenInRow)<=LONG_MAX" or
+// "(childrenInColumn)<=LONG_MAX", of auto-sized ones "(autoSizedChildCount)<=LONG_MAX".
 LayoutResult layOut(const Arrangement& arrangement, const Rect& area,
                     std::span<const std::shared_ptr<Control>> children);
 
@@ -90,8 +82,7 @@ LayoutResult layOut(const Arrangement& arrangement, const Rect& area,
 Size measureLayout(const Arrangement& arrangement, const Rect& area,
                    std::span<const std::shared_ptr<Control>> children);
 
-// Fails the assertion with this text when a count does not fit into a signed
-// 32-bit number.
+// Fails the assertion with this text when a count does not fit into a signed 32-bit number.
 void checkLayoutCount(std::size_t count, const wchar_t* text);
 
 }  // namespace zustd

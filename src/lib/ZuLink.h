@@ -1,27 +1,31 @@
 // A text that can be clicked, drawn as a link.
-//
-// It sends kLeftClicked for the mouse as well as for Enter and Space while it
-// has the focus.
 #pragma once
-
-#include <string>
 
 #include "ZuDrawnText.h"
 
 namespace zustd {
 
-class Link : public DrawnText {
+class Link : public PressedText {
 public:
-    explicit Link(const std::wstring& text = {});
-
-    // As if the user clicked it. Nothing happens when it cannot be used.
-    void click();
-    bool onKey(const KeyEvent& event) override;
+    explicit Link(const std::wstring& text = {}) : PressedText(text) {
+        setCursor(MouseCursor::kHand);
+    }
 
 protected:
     // Underlined while the pointer is over the link.
-    FontStyle fontStyle() const override;
-    void drawSelf(GraphicsService& graphics) override;
+    FontStyle fontStyle() const override {
+        FontStyle style = DrawnText::fontStyle();
+        style.underline = style.underline || (isHovered() && isUsable());
+        return style;
+    }
+    void drawSelf(GraphicsService& graphics) override {
+        Control::drawSelf(graphics);
+        const ColorRole role = isHovered() ? ColorRole::kHoverLink : ColorRole::kLink;
+        drawTextIn(graphics, innerArea(), inkColor(*this, role));
+        if (hasFocus()) {
+            graphics.drawFocusFrame(area());
+        }
+    }
 };
 
 }  // namespace zustd

@@ -22,8 +22,7 @@ std::int32_t nearestView(std::int32_t position, std::int32_t extent, std::int32_
     return std::min(std::max(position, lowest), first);
 }
 
-// What the view does to its bars it announces itself, and what a layout does
-// nobody.
+// What the view does to its bars it announces itself, and what a layout does nobody.
 template <class Change>
 void silently(NativeScrollBar& bar, Change&& change) {
     const ScopeExit back([&bar, sends = bar.isSendingEnabled()] { bar.setSendingEnabled(sends); });
@@ -32,10 +31,6 @@ void silently(NativeScrollBar& bar, Change&& change) {
 }
 
 }  // namespace
-
-ScrollView::ScrollView() { setFocusable(true); }
-
-ScrollView::~ScrollView() = default;
 
 void ScrollView::initialize() {
     Control::initialize();
@@ -116,10 +111,17 @@ Size ScrollView::preferredSizeForWidth(std::int32_t width) {
 // --- Input ----------------------------------------------------------------------------------
 
 bool ScrollView::onMouse(const MouseEvent& event) {
-    const bool wheel =
-        event.action == MouseAction::kWheel || event.action == MouseAction::kHorizontalWheel;
+    const bool horizontal = event.action == MouseAction::kHorizontalWheel;
     // With Ctrl the wheel is for whoever changes the size.
-    return wheel && (event.modifiers & kModifierControl) == 0 && scrollByWheel(event);
+    if ((!horizontal && event.action != MouseAction::kWheel) ||
+        (event.modifiers & kModifierControl) != 0) {
+        return false;
+    }
+    // Away from the user is up, or to the left.
+    const std::int64_t turn = wheel_.turn(event.wheel, lineSize());
+    const std::int32_t pixels = saturate(horizontal ? turn : -turn);
+    const bool sideways = horizontal || (event.modifiers & kModifierShift) != 0;
+    return sideways ? scrollBy(pixels, 0) : scrollBy(0, pixels);
 }
 
 bool ScrollView::onKey(const KeyEvent& event) {
@@ -152,16 +154,15 @@ bool ScrollView::onKey(const KeyEvent& event) {
 }
 
 bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    const auto position = [b] { return saturate(b.number()); };
-    const Control* sender = nullptr;
     if (kind == kScrolledVertically || kind == kScrolledHorizontally || kind == kScrolled) {
-        sender = a.object<Control>();
-        const bool vertical = sender == verticalBar_.get();
-        if (sender == nullptr || (!vertical && sender != horizontalBar_.get())) {
+        const Control* sender = a.object<Control>();
+        const bool vertical = sender == bars_[true].get();
+        if (sender == nullptr || (!vertical && sender != bars_[false].get())) {
             return false;
         }
         if (!(kind == kScrolled)) {
-            scrollTo(vertical ? Point{position_.x, position()} : Point{position(), position_.y});
+            const std::int32_t to = saturate(b.number());
+            scrollTo(vertical ? Point{position_.x, to} : Point{to, position_.y});
         }
         return true;
     }
@@ -169,13 +170,16 @@ bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
         arrange();
         return true;
     }
-    if (kind == kShouldScrollChildIntoView || kind == kEnterFocus) {
-        sender = kind == kEnterFocus ? a.object<Control>() : b.object<Control>();
-        const bool found = isInside(sender);
+    if (kind == kEnterFocus && isInside(a.object<Control>())) {
+        scrollTo(*a.object<Control>());
+        return false;
+    }
+    if (kind == kShouldScrollChildIntoView) {
+        const bool found = isInside(b.object<Control>());
         if (found) {
-            scrollTo(*sender);
+            scrollTo(*b.object<Control>());
         }
-        return found && kind == kShouldScrollChildIntoView;
+        return found;
     }
     if (kind == kEnterLeftClicking && isInside(a.object<Control>()) &&
         !a.object<Control>()->isFocusable()) {
@@ -183,17 +187,6 @@ bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
         takeFocus();
     }
     return Control::onReceiveMessage(kind, a, b);
-}
-
-bool ScrollView::scrollByWheel(const MouseEvent& event) {
-    const bool sideways =
-        event.action == MouseAction::kHorizontalWheel || (event.modifiers & kModifierShift) != 0;
-    const std::int64_t pixels = wheel_.turn(event.wheel, lineSize());
-    if (event.action == MouseAction::kHorizontalWheel) {
-        return scrollBy(saturate(pixels), 0);
-    }
-    // Away from the user is up, or to the left.
-    return sideways ? scrollBy(saturate(-pixels), 0) : scrollBy(0, saturate(-pixels));
 }
 
 // --- Layout ---------------------------------------------------------------------------------
@@ -209,11 +202,7 @@ void ScrollView::drawSelf(GraphicsService& graphics) {
 // other direction, which may then need its bar as well.
 void ScrollView::arrangeChildren() {
     if (!content_) {
-        for (NativeScrollBar* bar : {verticalBar_.get(), horizontalBar_.get()}) {
-            if (bar != nullptr) {
-                bar->setVisible(false);
-            }
-        }
+        placeBars({}, {});
         return;
     }
     const std::shared_ptr<Control> focused = focusedInView();
@@ -222,15 +211,15 @@ void ScrollView::arrangeChildren() {
     Size thickness;
     Size wanted = measureContent(room);
     if (wanted.height > room.height) {
-        thickness.width = thicknessOf(verticalBar_, true);
+        thickness.width = barThickness(true);
         room.width = std::max(whole.width - thickness.width, 1);
         wanted = measureContent(room);
     }
     if (wanted.width > room.width) {
-        thickness.height = thicknessOf(horizontalBar_, false);
+        thickness.height = barThickness(false);
         room.height = std::max(whole.height - thickness.height, 1);
         if (thickness.width == 0 && wanted.height > room.height) {
-            thickness.width = thicknessOf(verticalBar_, true);
+            thickness.width = barThickness(true);
             room.width = std::max(whole.width - thickness.width, 1);
         }
     }
@@ -261,7 +250,8 @@ Size ScrollView::measureContent(Size room) {
 }
 
 // Made when it is first needed; 0 where no bar can be had.
-std::int32_t ScrollView::thicknessOf(std::shared_ptr<NativeScrollBar>& bar, bool vertical) {
+std::int32_t ScrollView::barThickness(bool vertical) {
+    std::shared_ptr<NativeScrollBar>& bar = bars_[vertical];
     if (!bar && surface() != nullptr) {
         const std::shared_ptr<WindowService> window = windowService();
         bar = window ? window->createNativeScrollBar(vertical) : nullptr;
@@ -286,38 +276,34 @@ void ScrollView::placeContent(Size size) {
 }
 
 void ScrollView::placeBars(Size room, Size thickness) {
-    const Rect inner = innerArea();
-    const Size content = content_->boundary().size();
-    const auto show = [this](NativeScrollBar* bar, bool needed, const Rect& place,
-                             std::int32_t extent, std::int32_t page) {
-        if (bar == nullptr) {
-            return;
+    const Point inner = innerArea().position();
+    const Size content = content_ ? content_->boundary().size() : Size();
+    for (const std::shared_ptr<NativeScrollBar>& bar : bars_) {
+        if (!bar) {
+            continue;
         }
+        const bool vertical = bar->isVertical();
+        const bool needed = (vertical ? thickness.width : thickness.height) > 0;
         const ControlUpdate update(*bar);
         silently(*bar, [&] {
             if (needed) {
-                bar->setBoundary(place);
-                bar->setRange(0, std::max(extent - 1, 0));
-                bar->setPageSize(page);
+                bar->setBoundary(vertical ? Rect::at(inner.movedBy({room.width, 0}),
+                                                     {thickness.width, room.height})
+                                          : Rect::at(inner.movedBy({0, room.height}),
+                                                     {room.width, thickness.height}));
+                bar->setRange(0, std::max(vertical ? content.height : content.width, 1) - 1);
+                bar->setPageSize(vertical ? room.height : room.width);
                 bar->setLineSize(lineSize());
             }
             bar->setVisible(needed);
         });
-    };
-    show(
-        verticalBar_.get(), thickness.width > 0,
-        Rect::at({saturatedSum(inner.left, room.width), inner.top}, {thickness.width, room.height}),
-        content.height, room.height);
-    show(horizontalBar_.get(), thickness.height > 0,
-         Rect::at({inner.left, saturatedSum(inner.top, room.height)},
-                  {room.width, thickness.height}),
-         content.width, room.width);
+    }
     showPosition();
 }
 
 void ScrollView::showPosition() {
-    for (NativeScrollBar* bar : {verticalBar_.get(), horizontalBar_.get()}) {
-        if (bar != nullptr) {
+    for (const std::shared_ptr<NativeScrollBar>& bar : bars_) {
+        if (bar) {
             silently(*bar,
                      [&] { bar->setPosition(bar->isVertical() ? position_.y : position_.x); });
         }
@@ -331,16 +317,12 @@ bool ScrollView::isInside(const Control* control) const noexcept {
 }
 
 // The control that the user works with, when it can be seen whole.
-std::shared_ptr<Control> ScrollView::focusedInView() const {
-    const Control* holder = surface();
-    const std::shared_ptr<Control> focused =
-        holder != nullptr ? const_cast<Control*>(holder)->inputRouter()->focused() : nullptr;
-    return isInside(focused.get()) && isInView(areaOf(*focused)) ? focused : nullptr;
-}
-
-bool ScrollView::isInView(const Rect& area) const noexcept {
+std::shared_ptr<Control> ScrollView::focusedInView() noexcept {
+    const std::shared_ptr<Control> focused = focusedOnSurface();
     const Rect view = Rect::at(position_, viewport_->boundary().size());
-    return view.intersection(area) == area;
+    const bool seen =
+        isInside(focused.get()) && view.intersection(areaOf(*focused)) == areaOf(*focused);
+    return seen ? focused : nullptr;
 }
 
 // In the content's coordinates.

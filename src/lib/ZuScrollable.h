@@ -1,19 +1,14 @@
 // A view of a control that may be larger than the room for it.
 //
-// The content lies in a viewport that cuts it. Scroll bars, the system's own,
-// appear beside the viewport when the content does not fit and disappear when
-// it does; they scroll in silence when the view does. The content is as wide as the viewport, or
-// wider where it cannot be narrower, and as high as it wants to be for that width, but not lower
-// than the viewport.
+// The content lies in a viewport that cuts it. Scroll bars, the system's own, appear beside the
+// viewport when the content does not fit and disappear when it does; they scroll in silence when
+// the view does. The content is as wide as the viewport, or wider where it cannot be narrower, and
+// as high as it wants to be for that width, but not lower than the viewport.
 //
-// Wheel, arrows, Page Up, Page Down, Home and End scroll. A control inside that
-// gets the focus, or asks for it with kShouldScrollChildIntoView, is scrolled
-// into view. When the content says that it wants another size
-// (kChangePreferredWidth, kChangePreferredHeight), it is measured again.
+// Wheel, arrows, Page Up, Page Down, Home and End scroll. A control inside that gets the focus, or
+// asks for it with kShouldScrollChildIntoView, is scrolled into view. When the content says that it
+// wants another size (kChangePreferredWidth, kChangePreferredHeight), it is measured again.
 #pragma once
-
-#include <cstdint>
-#include <memory>
 
 #include "ZuControl.h"
 
@@ -24,8 +19,7 @@ class NativeScrollBar;
 // Shows one control in a viewport, with scroll bars where they are needed.
 class ScrollView : public Control {
 public:
-    ScrollView();
-    ~ScrollView() override;
+    ScrollView() { setFocusable(true); }
     void initialize() override;
 
     // Null before there is any.
@@ -33,9 +27,7 @@ public:
     void setContent(const std::shared_ptr<Control>& content);
     Control& viewport() const noexcept { return *viewport_; }
     // Null as long as it has not been needed.
-    const std::shared_ptr<NativeScrollBar>& scrollBar(bool vertical) const noexcept {
-        return vertical ? verticalBar_ : horizontalBar_;
-    }
+    const auto& scrollBar(bool vertical) const noexcept { return bars_[vertical]; }
 
     // What of the content lies at the viewport's left top corner.
     Point scrollPosition() const noexcept { return position_; }
@@ -67,20 +59,18 @@ protected:
 private:
     bool isInside(const Control* control) const noexcept;
     std::int32_t lineSize() const;
-    std::int32_t thicknessOf(std::shared_ptr<NativeScrollBar>& bar, bool vertical);
+    std::int32_t barThickness(bool vertical);
     Size measureContent(Size room);
     void placeBars(Size room, Size thickness);
     void placeContent(Size size);
     void showPosition();
-    bool scrollByWheel(const MouseEvent& event);
-    std::shared_ptr<Control> focusedInView() const;
-    bool isInView(const Rect& area) const noexcept;
+    std::shared_ptr<Control> focusedInView() noexcept;
     Rect areaOf(const Control& inside) const noexcept;
 
     std::shared_ptr<Control> viewport_;
     std::shared_ptr<Control> content_;
-    std::shared_ptr<NativeScrollBar> horizontalBar_;
-    std::shared_ptr<NativeScrollBar> verticalBar_;
+    // The horizontal one and the vertical one.
+    std::shared_ptr<NativeScrollBar> bars_[2];
     Point position_;
     WheelCounter wheel_;
 };

@@ -20,11 +20,12 @@ public:
 
 // A further strong reference to an object, typed as the object or as the base
 // that the caller names. Empty when nobody owns the object yet (inside its
-// constructor) or any more (inside its destructor).
+// constructor) or any more (inside its destructor), and for null.
 template <class As = void, class T>
 auto sharedReference(T* object) noexcept {
     using Base = std::conditional_t<std::is_void_v<As>, T, As>;
-    const std::shared_ptr<SharedObject> owner = object->SharedObject::weak_from_this().lock();
+    const std::shared_ptr<SharedObject> owner =
+        object != nullptr ? object->SharedObject::weak_from_this().lock() : nullptr;
     return owner ? std::shared_ptr<Base>(owner, object) : std::shared_ptr<Base>();
 }
 

@@ -1,10 +1,6 @@
 // A timer that sends a message on the main thread while the message loop runs.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <utility>
-
 #include "ZuAbstraction.h"
 #include "ZuMessaging.h"
 #include "ZuSharedObject.h"
@@ -14,8 +10,7 @@ namespace zustd {
 // What a backend does for a timer. Slot order is fixed.
 class ITimerImpl : public IBackend {
 public:
-    // Starts anew with the interval of the moment; whether the system had a
-    // timer to give.
+    // Starts anew with the interval of the moment; whether the system had a timer to give.
     virtual bool start() = 0;
     virtual void stop() = 0;
     virtual bool isRunning() const = 0;
@@ -27,8 +22,7 @@ public:
     virtual bool isRepeating() const = 0;
 };
 
-// Timers come from WindowService::createTimer; the backend keeps interval and
-// repetition.
+// Timers come from WindowService::createTimer; the backend keeps interval and repetition.
 class Timer : public Abstraction<ITimerImpl>, public MessageForwarder, public SharedObject {
 public:
     // First word: the timer.
@@ -49,8 +43,7 @@ public:
     void setRepeating(bool repeating) { implementation().setRepeating(repeating); }
     bool isRepeating() const { return implementation().isRepeating(); }
 
-    // For the backend: an interval has passed. The timer may be destroyed by
-    // whoever hears of it.
+    // For the backend: an interval has passed. The timer may be destroyed by whoever hears of it.
     void acceptTick();
 
 private:

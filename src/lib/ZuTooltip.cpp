@@ -12,7 +12,6 @@ namespace zustd {
 
 namespace {
 
-constexpr wchar_t kTimerName[] = L"ttTimer";
 // At a scaling factor of 1.
 constexpr Size kMargin{6, 3};
 constexpr Color kPaper = Color::rgb(0xFF, 0xFF, 0xE1);
@@ -23,27 +22,10 @@ TooltipOptions optionsOf(const Control& control) {
     return control.tooltipOptions() ? *control.tooltipOptions() : TooltipOptions();
 }
 
-Color colorOr(Color color, Color otherwise) noexcept { return color.isSet ? color : otherwise; }
-
 bool areTooltipsWanted(const Control& control) {
-    const auto application = control.getService<ApplicationService>();
-    return !application || !application->hasImplementation() ||
-           application->getPreferences()->getBool(L"showTooltips", true);
+    const auto preferences = preferencesOf(control);
+    return !preferences || preferences->getBool(L"showTooltips", true);
 }
-
-// Asks to show the tooltip when the delay has passed. Held by the timer; holds
-// the control weakly.
-class TooltipDelay : public MessageSink {
-public:
-    TooltipDelay(const std::shared_ptr<Control>& control, Point place)
-        : control_(control), place_(place) {}
-
-    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
-
-private:
-    std::weak_ptr<Control> control_;
-    Point place_;
-};
 
 std::shared_ptr<NativeDialog> dialogFor(const Control& control, WindowService& window) {
     const std::wstring key = tooltipDialogKey(control);
@@ -89,15 +71,24 @@ void displayTooltip(Control& control, Point place) {
     dialog->show(false);
 }
 
-bool TooltipDelay::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) {
-    if (!(kind == Timer::kTimerTick)) {
-        return false;
+// Shows the tooltip when the delay has passed. Held by the timer; holds the control weakly.
+class TooltipDelay : public MessageSink {
+public:
+    TooltipDelay(const std::shared_ptr<Control>& control, Point place)
+        : control_(control), place_(place) {}
+
+    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
+        const bool passed = kind == Timer::kTimerTick;
+        if (const auto control = passed ? control_.lock() : nullptr) {
+            displayTooltip(*control, place_);
+        }
+        return passed;
     }
-    if (const std::shared_ptr<Control> control = control_.lock()) {
-        displayTooltip(*control, place_);
-    }
-    return true;
-}
+
+private:
+    std::weak_ptr<Control> control_;
+    Point place_;
+};
 
 }  // namespace
 
@@ -121,13 +112,13 @@ Size Tooltip::preferredSize() {
 }
 
 void Tooltip::drawSelf(GraphicsService& graphics) {
-    graphics.drawRectangle(area(), colorOr(color(ColorRole::kBackground), kPaper));
-    graphics.setPen(colorOr(color(ColorRole::kBorder), kFrame), 1);
+    graphics.drawRectangle(area(), color(ColorRole::kBackground, kPaper));
+    graphics.setPen(color(ColorRole::kBorder, kFrame), 1);
     graphics.drawRectangle(area());
     const std::shared_ptr<WindowService> window = windowService();
     ZU_ASSERT_AS(window, L"ws", ZU_HERE);
     if (const auto font = window->getFont(font_)) {
-        graphics.drawText(text_, innerArea(), *font, colorOr(color(ColorRole::kText), kInk),
+        graphics.drawText(text_, innerArea(), *font, color(ColorRole::kText, kInk),
                           {.wordWrap = true});
     }
 }
@@ -138,19 +129,15 @@ void Tooltip::onJoinedSurface() {
 }
 
 void startTooltip(Control& control, Point place) {
-    if (control.tooltip().isEmpty() || control.surface() == nullptr ||
-        !areTooltipsWanted(control)) {
-        return;
-    }
-    const std::shared_ptr<WindowService> window = control.windowService();
     const std::shared_ptr<Control> held = sharedReference(&control);
-    if (!window || !held) {
+    const auto window = control.surface() != nullptr ? control.windowService() : nullptr;
+    if (control.tooltip().isEmpty() || !held || !window || !areTooltipsWanted(control)) {
         return;
     }
     const std::wstring key = tooltipTimerKey(control);
     auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(key));
     if (!timer) {
-        timer = window->createTimer(kTimerName);
+        timer = window->createTimer(L"ttTimer");
         if (!timer) {
             return;
         }
@@ -168,15 +155,14 @@ void stopTooltip(Control& control) {
     if (!window) {
         return;
     }
-    const std::wstring timerKey = tooltipTimerKey(control);
-    if (const auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(timerKey))) {
+    std::wstring key = tooltipTimerKey(control);
+    if (const auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(key))) {
         timer->stop();
-        window->removeNamedObject(timerKey);
+        window->removeNamedObject(key);
     }
-    const std::wstring dialogKey = tooltipDialogKey(control);
-    if (const auto dialog =
-            std::dynamic_pointer_cast<NativeDialog>(window->getNamedObject(dialogKey))) {
-        window->removeNamedObject(dialogKey);
+    key = tooltipDialogKey(control);
+    if (const auto dialog = std::dynamic_pointer_cast<NativeDialog>(window->getNamedObject(key))) {
+        window->removeNamedObject(key);
         dialog->hide(kAnswerNone);
     }
 }

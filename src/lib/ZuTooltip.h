@@ -1,14 +1,9 @@
 // The little window that explains a control when the pointer rests on it.
 //
-// While the pointer waits or the tooltip shows, its timer and its dialog are
-// kept as named objects of the window service of the control's surface, under
-// keys made of a prefix and the control's identity. Hiding the tooltip, or the
-// end of the surface, releases both.
+// While the pointer waits or the tooltip shows, its timer and its dialog are kept as named objects
+// of the window service of the control's surface, under keys made of a prefix and the control's
+// identity. Hiding the tooltip, or the end of the surface, releases both.
 #pragma once
-
-#include <cstdint>
-#include <memory>
-#include <string>
 
 #include "ZuControl.h"
 
@@ -41,9 +36,8 @@ public:
     // Returns whether it was another one before.
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 
-    // Of the text plus the margins, not larger than the maximum size; a text
-    // that is too wide is wrapped. A maximum without an area is no limit.
-    // Without services just the margins.
+    // Of the text plus the margins, not larger than the maximum size; a text that is too wide is
+    // wrapped. A maximum without an area is no limit. Without services just the margins.
     Size preferredSize() override;
 
 protected:
@@ -56,10 +50,9 @@ private:
     std::wstring text_;
 };
 
-// Starts the control's delay; the tooltip appears when it has passed, at a
-// point of the surface plus the tooltip's offset, and after
-// Control::kBeforeDisplayTooltip, which may still set the text. Does nothing
-// for a control without a tooltip text, outside of a surface, or when the
+// Starts the control's delay; the tooltip appears when it has passed, at a point of the surface
+// plus the tooltip's offset, and after Control::kBeforeDisplayTooltip, which may still set the
+// text. Does nothing for a control without a tooltip text, outside of a surface, or when the
 // application's preference "showTooltips" is off.
 void startTooltip(Control& control, Point place);
 // Ends the delay or the tooltip. Does nothing when there is none.

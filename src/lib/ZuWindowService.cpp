@@ -5,18 +5,23 @@
 #include "ZuApplicationService.h"
 #include "ZuControl.h"
 #include "ZuGraphicsService.h"
-#include "ZuNativeDialog.h"
-#include "ZuNativePopupMenu.h"
 
 namespace zustd {
 
 namespace {
 
-// Where remembered answers live; empty without an application service.
-std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator) {
-    const auto application = locator.getService<ApplicationService>();
-    return application && application->hasImplementation() ? application->getPreferences()
-                                                           : nullptr;
+// Which operation of the backend asks with the style's buttons.
+auto questionOf(std::uint32_t style) noexcept {
+    switch (style & kMessageButtonMask) {
+        case kMessageOkCancel:
+            return &IWindowServiceImpl::askOKCancel;
+        case kMessageYesNoCancel:
+            return &IWindowServiceImpl::askYesNoCancel;
+        case kMessageYesNo:
+            return &IWindowServiceImpl::askYesNo;
+        default:
+            return &IWindowServiceImpl::showMessage;
+    }
 }
 
 Size scaled(Size size, double factor) noexcept {
@@ -26,65 +31,29 @@ Size scaled(Size size, double factor) noexcept {
 
 }  // namespace
 
-// --- Messages and questions -----------------------------------------------------------------
-
 int WindowService::showMessage(const std::wstring& text, const std::wstring& caption,
                                std::uint32_t style, const std::wstring& rememberKey) {
-    MessageBoxContent box;
-    box.text = text;
-    box.caption = caption;
-    box.style = style;
-    box.rememberKey = rememberKey;
-    switch (style & kMessageButtonMask) {
-        case kMessageOkCancel:
-            return ask(box, &IWindowServiceImpl::askOKCancel);
-        case kMessageYesNoCancel:
-            return ask(box, &IWindowServiceImpl::askYesNoCancel);
-        case kMessageYesNo:
-            return ask(box, &IWindowServiceImpl::askYesNo);
-        default:
-            return ask(box, &IWindowServiceImpl::showMessage);
-    }
-}
-
-int WindowService::askYesNoCancel(const std::wstring& text, const std::wstring& caption,
-                                  const std::wstring& rememberKey) {
-    return showMessage(text, caption, kMessageYesNoCancel | kMessageIconQuestion, rememberKey);
-}
-
-int WindowService::askYesNo(const std::wstring& text, const std::wstring& caption,
-                            const std::wstring& rememberKey) {
-    return showMessage(text, caption, kMessageYesNo | kMessageIconQuestion, rememberKey);
-}
-
-int WindowService::askOKCancel(const std::wstring& text, const std::wstring& caption,
-                               const std::wstring& rememberKey) {
-    return showMessage(text, caption, kMessageOkCancel | kMessageIconQuestion, rememberKey);
-}
-
-int WindowService::ask(MessageBoxContent& box, Question question) {
     IWindowServiceImpl& backend = implementation();
     int answer = kAnswerNone;
     guarded(L"WindowService::ask", [&] {
-        const std::shared_ptr<PropertyBag> preferences =
-            box.rememberKey.empty() ? nullptr : preferencesOf(*this);
-        if (!preferences) {
-            box.rememberKey.clear();
-        }
+        const auto preferences = rememberKey.empty() ? nullptr : preferencesOf(*this);
+        MessageBoxContent box;
+        box.text = text;
+        box.caption = caption;
+        box.style = style;
+        box.rememberKey = preferences ? rememberKey : std::wstring();
         completeMessageBox(box, *this);
         answer = preferences ? rememberedAnswer(*preferences, box) : kAnswerNone;
         if (answer != kAnswerNone) {
             return;
         }
-        answer = (backend.*question)(box);
+        answer = (backend.*questionOf(style))(box);
         if (preferences) {
             rememberAnswer(*preferences, box, answer);
         }
     });
     return answer;
 }
-
-// --- Resources ------------------------------------------------------------------------------
 
 std::shared_ptr<Bitmap> WindowService::getBitmap(const BitmapDescriptor& descriptor) {
     if (descriptor.resource().identifier == 0) {

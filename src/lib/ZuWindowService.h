@@ -1,26 +1,18 @@
 // One window, and everything that is asked of the window system through it.
 //
-// A window service is bound to one window, or to none; then it still shows
-// messages and makes widgets. The application service makes services for the
-// host's windows. Every surface that a window service makes (createNativeWindow,
-// createNativeDialog) has a window service of its own, bound to the surface's
-// window and registered in it together with a graphics service; that is the one
-// which the controls on the surface find.
+// A window service is bound to one window, or to none; then it still shows messages and makes
+// widgets. The application service makes services for the host's windows. Every surface that a
+// window service makes (createNativeWindow, createNativeDialog) has a window service of its own,
+// bound to the surface's window and registered in it together with a graphics service; that is the
+// one which the controls on the surface find.
 //
 // Positions and areas are in the client area of the service's window unless
 // they are said to be on the screen. Operations that need a window do nothing,
 // or answer with the neutral value, while there is none.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "ZuAbstraction.h"
 #include "ZuBitmap.h"
 #include "ZuFont.h"
-#include "ZuGeometry.h"
 #include "ZuInput.h"
 #include "ZuMessageBox.h"
 #include "ZuService.h"
@@ -41,8 +33,7 @@ class NativeTreeView;
 class NativeWindow;
 class Timer;
 
-// The longest file name that selectFileToOpen takes and gives, with its
-// terminator.
+// The longest file name that selectFileToOpen takes and gives, with its terminator.
 inline constexpr std::size_t kFileNameBufferSize = 4096;
 
 // What a backend does for a window service. Slot order is fixed.
@@ -52,9 +43,8 @@ inline constexpr std::size_t kFileNameBufferSize = 4096;
 // the backend fails. The others let no failure out either.
 class IWindowServiceImpl : public IBackend {
 public:
-    // 1: a dialog owned by this service's window.
+    // 1, 2: a dialog, owned by this service's window.
     virtual std::shared_ptr<NativeDialog> createNativeDialog() = 0;
-    // 2
     virtual std::shared_ptr<NativePopupMenu> createNativePopupMenu() = 0;
     // 3: the same with a style (see NativeDialog), which cannot change later.
     virtual std::shared_ptr<NativeDialog> createNativeDialog(std::uint32_t style) = 0;
@@ -91,18 +81,18 @@ public:
     // as "Could not show message", when that is not possible. The box is
     // complete (see ZuMessageBox.h); the check box's state is written into it.
     virtual int showMessage(MessageBoxContent& box) = 0;
-    // 23: ends the open message box with an answer; does nothing without one.
+    // 23: gives the answer in the user's place, to the innermost that waits, whether or not it has
+    // a button for it; does nothing when none waits.
     virtual void closeMessage(int answer) = 0;
     // 24, 26, 27: as 22, reported as "Could not ask question".
     virtual int askYesNoCancel(MessageBoxContent& box) = 0;
-    // 25: the sound that goes with a message-box icon.
+    // 25: the sound of the style's icon; returns before it has ended.
     virtual void playMessageSound(std::uint32_t style) = 0;
     virtual int askYesNo(MessageBoxContent& box) = 0;
     virtual int askOKCancel(MessageBoxContent& box) = 0;
     // 28: 1.0 at 96 dots an inch.
     virtual double getScalingFactor() = 0;
-    // 29: of the screen that the window is on, the part that no task bar
-    // covers.
+    // 29: of the screen that the window is on, the part that no task bar covers.
     virtual Rect getWorkArea() const = 0;
     // 30: where the client area's left top corner lies on the screen.
     virtual Point getClientPosition() const = 0;
@@ -110,17 +100,15 @@ public:
     virtual std::shared_ptr<Timer> createTimer(const std::wstring& name) = 0;
     // 32: asks the window to close, as its close button does.
     virtual void closeWindow() = 0;
-    // 33 to 38: whether the window takes mouse and keys, which what lies on it
-    // does not show. A surface that is disabled, or has a modal dialog open,
-    // takes none either way.
+    // 33 to 38: whether the window takes mouse and keys, which what lies on it does not show. A
+    // surface that is disabled, or has a modal dialog open, takes none either way.
     virtual void enableWindow(bool enable) = 0;
     // A surface's own state follows this and the other operations that show: it
     // is visible or not; a dialog that is hidden ends with kAnswerNone.
     virtual void hideWindow() = 0;
     // The window with its frame and all native widgets on it.
     virtual void invalidateWindow() = 0;
-    // Whether this window, or one on it, is what the user sees at a point of
-    // the screen.
+    // Whether this window, or one on it, is what the user sees at a point of the screen.
     virtual bool isWindowVisibleAtPos(Point place) const = 0;
     // Shows the window with its left top corner there on the screen, in front
     // of the others and without making it active.
@@ -131,16 +119,14 @@ public:
     // null when the backend fails. A bitmap's size is scaled.
     virtual std::shared_ptr<Font> getFont(const FontStyle& style) = 0;
     virtual std::shared_ptr<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) = 0;
-    // 41: lets the user choose a file; the empty text when the choice is
-    // cancelled. One filter a pattern, then "All Files"; an empty pattern has
-    // none, an empty name is replaced by the pattern.
+    // 41: as the front's, for texts that fit. One filter a pattern, then "All Files"; an empty
+    // pattern has none, an empty name is replaced by the pattern.
     virtual std::wstring selectFileToOpen(const std::wstring& initialFileName,
                                           const std::vector<std::wstring>& patterns,
                                           const std::vector<std::wstring>& patternNames) = 0;
     // 42
     virtual std::shared_ptr<NativeScrollBar> createNativeScrollBar(bool vertical) = 0;
-    // 43: gives the system's focus to a native widget, or to the window for a
-    // drawn control.
+    // 43: gives the system's focus to a native widget, or to the window for a drawn control.
     virtual void setFocus(Control& control) = 0;
 };
 
@@ -149,8 +135,9 @@ public:
     using Service::Service;
     ~WindowService() override { releaseImplementation(); }
 
-    // --- Widgets: see IWindowServiceImpl. Each fails the assertion "impl_"
-    // when there is no backend.
+    // --- Widgets and the window: as in IWindowServiceImpl, where each is described. Each fails the
+    // assertion "impl_" when there is no backend. Messages may be sent from inside of those that
+    // show, hide, enable and focus.
     auto createNativeDialog() { return implementation().createNativeDialog(); }
     auto createNativeDialog(std::uint32_t style) {
         return implementation().createNativeDialog(style);
@@ -167,11 +154,6 @@ public:
         return implementation().createNativeScrollBar(vertical);
     }
     auto createTimer(const std::wstring& name) { return implementation().createTimer(name); }
-
-    // --- The window: as in IWindowServiceImpl, where each is described. Each
-    // fails the assertion "impl_" when there is no backend; without a window
-    // nothing is done, and the answers are 0, empty or false. Messages may be
-    // sent from inside of those that show, hide, enable and focus.
     void invalidate() { implementation().invalidate(); }
     void invalidate(const Rect& area) { implementation().invalidate(area); }
     void updateWindow() { implementation().updateWindow(); }
@@ -195,6 +177,9 @@ public:
     void makeWindowVisibleAtPos(Point place) { implementation().makeWindowVisibleAtPos(place); }
     void showWindow() { implementation().showWindow(); }
     void setFocus(Control& control) { implementation().setFocus(control); }
+    bool isMessageOpen() const { return implementation().isMessageOpen(); }
+    void closeMessage(int answer) { implementation().closeMessage(answer); }
+    void playMessageSound(std::uint32_t style) { implementation().playMessageSound(style); }
 
     // --- Messages and questions
 
@@ -206,19 +191,17 @@ public:
     int showMessage(const std::wstring& text, const std::wstring& caption, std::uint32_t style,
                     const std::wstring& rememberKey = {});
     int askYesNoCancel(const std::wstring& text, const std::wstring& caption,
-                       const std::wstring& rememberKey = {});
+                       const std::wstring& rememberKey = {}) {
+        return showMessage(text, caption, kMessageYesNoCancel | kMessageIconQuestion, rememberKey);
+    }
     int askYesNo(const std::wstring& text, const std::wstring& caption,
-                 const std::wstring& rememberKey = {});
+                 const std::wstring& rememberKey = {}) {
+        return showMessage(text, caption, kMessageYesNo | kMessageIconQuestion, rememberKey);
+    }
     int askOKCancel(const std::wstring& text, const std::wstring& caption,
-                    const std::wstring& rememberKey = {});
-    // Whether one of them waits for its answer; only those of this service
-    // count.
-    bool isMessageOpen() const { return implementation().isMessageOpen(); }
-    // Gives the answer in the user's place, to the innermost that waits, whether
-    // or not it has a button for it. Does nothing when none waits.
-    void closeMessage(int answer) { implementation().closeMessage(answer); }
-    // The sound of the style's icon; returns before it has ended.
-    void playMessageSound(std::uint32_t style) { implementation().playMessageSound(style); }
+                    const std::wstring& rememberKey = {}) {
+        return showMessage(text, caption, kMessageOkCancel | kMessageIconQuestion, rememberKey);
+    }
 
     // --- Resources
 
@@ -226,28 +209,20 @@ public:
     auto getFont(const FontStyle& style) { return implementation().getFont(style); }
     // Null stands for the system's own.
     auto getFont(const FontRef& descriptor) { return getFont(styleOf(descriptor)); }
-    // Null for a descriptor that names nothing. The descriptor's size times the
-    // scaling factor.
+    // Null for a descriptor that names nothing. The descriptor's size times the scaling factor.
     std::shared_ptr<Bitmap> getBitmap(const BitmapDescriptor& descriptor);
 
-    // Lets the user choose a file that exists; the empty text when cancelled.
-    // Patterns are the system's wildcards ("*.log", "*.jpg;*.png"), each with
-    // its name in the list. Fails the assertions "patterns.size() ==
-    // patternNames.size()" and "initialFileName.size() < bufSize", and with the
-    // text "allowMultiSelect not implemented" when several files are asked for.
+    // Lets the user choose a file that exists; the empty text when cancelled. Patterns are the
+    // system's wildcards ("*.log", "*.jpg;*.png"), each with its name in the list. Fails the
+    // assertions "patterns.size() == patternNames.size()" and "initialFileName.size() < bufSize",
+    // and with the text "allowMultiSelect not implemented" when several files are asked for.
     std::wstring selectFileToOpen(const std::wstring& initialFileName,
                                   const std::vector<std::wstring>& patterns,
                                   const std::vector<std::wstring>& patternNames,
                                   bool allowMultiSelect);
-
-private:
-    using Question = int (IWindowServiceImpl::*)(MessageBoxContent&);
-
-    int ask(MessageBoxContent& box, Question question);
 };
 
-// Registers a surface's own services in it. Backends call it for every surface
-// that they make.
+// Registers a surface's own services in it. Backends call it for every surface that they make.
 void furnishSurface(Control& surface, const std::shared_ptr<WindowService>& windowService,
                     const std::shared_ptr<GraphicsService>& graphicsService);
 
