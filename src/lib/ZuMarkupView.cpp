@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 #include "ZuGraphicsService.h"
 #include "ZuLayout.h"
@@ -57,6 +56,21 @@ FontStyle MarkupLink::fontStyle() const {
     return style;
 }
 
+std::shared_ptr<Font> MarkupFonts::get(FontStyle style, WindowService& window) {
+    if (face_ != style.faceName) {
+        fonts_.clear();
+        face_ = style.faceName;
+    }
+    style.size = std::clamp(style.size, kSmallest, kLargest);
+    const auto key = static_cast<std::uint32_t>(style.size) * 8 + (style.bold ? 4U : 0U) +
+                     (style.italic ? 2U : 0U) + (style.underline ? 1U : 0U);
+    std::shared_ptr<Font>& font = fonts_[key];
+    if (!font) {
+        font = window.getFont(style);
+    }
+    return font;
+}
+
 // --- The view -------------------------------------------------------------------------------
 
 // Builds the elements that the markup tells of. Parsing has an end on every way
@@ -80,14 +94,7 @@ public:
         view_.addLink(text, message);
     }
     MarkupSettings settings() const override {
-        const Arrangement& arranged = view_.arrangement();
-        const Placement& placed = view_.placement();
-        return {{},
-                placed.maximum,
-                arranged.margin,
-                arranged.spacing,
-                placed.autoSized,
-                view_.wordWrap_};
+        return {{}, view_.arrangement(), view_.placement(), view_.wordWrap_};
     }
     void onSettings(const MarkupSettings& settings) override {
         const auto [width, height] = settings.size;
@@ -96,14 +103,8 @@ public:
         // Whoever lies in the view learns of its size when parsing ends.
         view_.place(placed);
         view_.givenWidth_ = width > 0 ? placed.width() : view_.givenWidth_;
-        Arrangement arranged = view_.arrangement();
-        arranged.margin = settings.margins;
-        arranged.spacing = settings.spacing;
-        view_.setArrangement(arranged);
-        Placement kept = view_.placement();
-        kept.maximum = settings.maximumSize;
-        kept.autoSized = settings.autoSized;
-        view_.setPlacement(kept);
+        view_.setArrangement(settings.arrangement);
+        view_.setPlacement(settings.placement);
         view_.wordWrap_ = settings.wrapsWords;
         view_.layoutArea_ = view_.layoutArea();
     }
@@ -112,8 +113,6 @@ private:
     MarkupView& view_;
     ControlUpdate update_;
 };
-
-MarkupView::MarkupView() : MarkupView(std::wstring()) {}
 
 MarkupView::MarkupView(std::wstring markup)
     : markup_(std::move(markup)), waiting_(!markup_.empty()) {

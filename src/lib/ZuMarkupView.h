@@ -15,17 +15,10 @@
 // other size, which is forgotten with the next.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
+#include <unordered_map>
 
-#include "ZuControl.h"
 #include "ZuLink.h"
 #include "ZuMarkup.h"
-#include "ZuMarkupFonts.h"
 
 namespace zustd {
 
@@ -56,7 +49,6 @@ public:
 
     // The name of the message that the view sends for a click; may be empty.
     const std::wstring& message() const noexcept { return message_; }
-    const std::shared_ptr<Font>& markupFont() const noexcept { return font_; }
     Size preferredSize() override { return size_; }
 
 protected:
@@ -68,13 +60,27 @@ private:
     Size size_;
 };
 
+// The fonts of the elements, one for each state of the font. Another face drops them.
+class MarkupFonts {
+public:
+    // Sizes, in points, are taken to the nearest within these.
+    static constexpr std::int32_t kSmallest = 1;
+    static constexpr std::int32_t kLargest = 144;
+
+    // Null when the service has none; it is asked again the next time.
+    std::shared_ptr<Font> get(FontStyle style, WindowService& window);
+
+private:
+    std::wstring face_;
+    std::unordered_map<std::uint32_t, std::shared_ptr<Font>> fonts_;
+};
+
 class MarkupView : public Control {
 public:
     // Markup that wants more leaves the rest out, with a line of trace.
     static constexpr std::size_t kMaxElements = 200'000;
 
-    MarkupView();
-    explicit MarkupView(std::wstring markup);
+    explicit MarkupView(std::wstring markup = {});
     void initialize() override;
 
     const std::wstring& markup() const noexcept { return markup_; }

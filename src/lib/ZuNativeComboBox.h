@@ -6,12 +6,6 @@
 // backend what to do to its native object.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -38,7 +32,7 @@ public:
     static const MessageKind kSelectionChanged;
     static const MessageKind kTextChanged;
 
-    NativeComboBox();
+    NativeComboBox() { setFocusable(true); }
     ~NativeComboBox() override { releaseImplementation(); }
 
     // What stands in the field while nothing is selected or typed. Fails the
@@ -66,7 +60,9 @@ public:
     void clear() { implementation().clear(); }
     void selectItem(std::size_t index) { implementation().selectItem(index); }
     std::size_t getSelectedItem() const { return implementation().getSelectedItem(); }
-    std::wstring getItemText(std::size_t index) const;
+    std::wstring getItemText(std::size_t index) const {
+        return implementation().getItemText(index);
+    }
     std::size_t getItemCount() const { return implementation().getItemCount(); }
     // The first item with exactly this text, or kNullSize.
     std::size_t findItem(const std::wstring& text) const;
@@ -102,9 +98,9 @@ public:
     void removeItem(std::size_t index) override;
     void clear() override;
     void selectItem(std::size_t index) override;
-    std::size_t getSelectedItem() const override;
+    std::size_t getSelectedItem() const override { return getAbstraction().selected_; }
     std::wstring getItemText(std::size_t index) const override;
-    std::size_t getItemCount() const override;
+    std::size_t getItemCount() const override { return getAbstraction().items_.size(); }
 
 protected:
     // The list has changed so; the index is the new or the former one.

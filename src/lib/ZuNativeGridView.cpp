@@ -4,16 +4,14 @@
 
 namespace zustd {
 
+using enum MessageWords;
+
 const MessageKind NativeGridView::kBeforeDisplayRowTooltip(
-    L"beforeDisplayRowTooltip.NativeGridView", MessageWords::kObject);
-const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView",
-                                                     MessageWords::kObject);
-const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView",
-                                               MessageWords::kObject);
-const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView",
-                                                MessageWords::kObject);
-const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView",
-                                                    MessageWords::kObject);
+    L"beforeDisplayRowTooltip.NativeGridView", kObject);
+const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView", kObject);
+const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView", kObject);
+const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView", kObject);
+const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView", kObject);
 
 namespace {
 
@@ -22,36 +20,6 @@ MessageWord wordOfRow(std::size_t row) noexcept {
 }
 
 }  // namespace
-
-NativeGridView::NativeGridView() { setFocusable(true); }
-
-NativeGridView::~NativeGridView() { releaseImplementation(); }
-
-FontDescriptor& NativeGridView::font() const {
-    ZU_ASSERT(font_);
-    return *font_;
-}
-
-BitmapListDescriptor& NativeGridView::bitmaps() const {
-    ZU_ASSERT(bitmaps_);
-    return *bitmaps_;
-}
-
-bool NativeGridView::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
-}
-
-bool NativeGridView::setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps) {
-    return changeDescriptor(bitmaps_, bitmaps);
-}
-
-bool NativeGridView::setColumns(const std::vector<GridColumn>& columns) {
-    return change(columns_, columns);
-}
-
-bool NativeGridView::setHeader(bool header) { return change(header_, header); }
-
-bool NativeGridView::setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
 
 bool NativeGridView::setMultiSelect(bool multiSelect) {
     const ControlUpdate update(*this);
@@ -102,12 +70,10 @@ void NativeGridView::acceptSelected(std::size_t first, std::size_t last, bool se
 }
 
 void NativeGridView::acceptSelectionDone() {
-    if (!selectionChanged_) {
-        return;
+    if (std::exchange(selectionChanged_, false)) {
+        const std::vector<std::size_t> selected = model_.selectedRows();
+        notify(kSelectionChanged, wordOfRow(selected.empty() ? kNullSize : selected.front()));
     }
-    selectionChanged_ = false;
-    const std::vector<std::size_t> selected = model_.selectedRows();
-    notify(kSelectionChanged, wordOfRow(selected.empty() ? kNullSize : selected.front()));
 }
 
 void NativeGridView::acceptLeftClick(std::size_t row) { notify(kLeftClicked, wordOfRow(row)); }

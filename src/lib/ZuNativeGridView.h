@@ -10,13 +10,6 @@
 // is brought up to date at once. Put one around changes of many rows.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "ZuControl.h"
 #include "ZuGridModel.h"
 
@@ -74,23 +67,23 @@ public:
     // Once for a change of any number of rows.
     static const MessageKind kSelectionChanged;
 
-    NativeGridView();
-    ~NativeGridView() override;
+    NativeGridView() { setFocusable(true); }
+    ~NativeGridView() override { releaseImplementation(); }
 
     // Fail the assertions "font_" and "bitmaps_" when there is none.
-    FontDescriptor& font() const;
-    BitmapListDescriptor& bitmaps() const;
+    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
+    BitmapListDescriptor& bitmaps() const { return required(bitmaps_, L"bitmaps_", ZU_HERE); }
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool hasBitmaps() const noexcept { return bitmaps_ != nullptr; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
-    bool setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps);
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
+    bool setBitmaps(const BitmapListRef& bitmaps) { return changeDescriptor(bitmaps_, bitmaps); }
 
     const std::vector<GridColumn>& columns() const noexcept { return columns_; }
-    bool setColumns(const std::vector<GridColumn>& columns);
+    bool setColumns(const std::vector<GridColumn>& columns) { return change(columns_, columns); }
     bool hasHeader() const noexcept { return header_; }
-    bool setHeader(bool header);
+    bool setHeader(bool header) { return change(header_, header); }
     bool hasCheckBoxes() const noexcept { return checkBoxes_; }
-    bool setCheckBoxes(bool checkBoxes);
+    bool setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
     bool isMultiSelect() const noexcept { return multiSelect_; }
     // A grid that has a native object gets a new one.
     bool setMultiSelect(bool multiSelect);
@@ -156,8 +149,8 @@ private:
     INativeGridViewImpl& changing();
     INativeGridViewImpl& changing(std::size_t row);
 
-    std::shared_ptr<FontDescriptor> font_;
-    std::shared_ptr<BitmapListDescriptor> bitmaps_;
+    FontRef font_;
+    BitmapListRef bitmaps_;
     std::vector<GridColumn> columns_;
     GridModel model_;
     std::wstring rowTooltip_;

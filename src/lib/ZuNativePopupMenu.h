@@ -4,11 +4,6 @@
 // data, filled in before. show() blocks until the menu is gone.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "ZuControl.h"
 
 namespace zustd {

@@ -1,8 +1,6 @@
 // A native progress bar, for work whose end is known or not.
 #pragma once
 
-#include <cstdint>
-
 #include "ZuControl.h"
 
 namespace zustd {

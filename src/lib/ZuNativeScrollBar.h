@@ -5,8 +5,6 @@
 // kScrolledHorizontally or kScrolledVertically with the position.
 #pragma once
 
-#include <cstdint>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -31,7 +29,7 @@ public:
 
 class NativeScrollBar : public Abstraction<INativeScrollBarImpl>, public Control {
 public:
-    explicit NativeScrollBar(bool vertical = true);
+    explicit NativeScrollBar(bool vertical = true) : vertical_(vertical) {}
     ~NativeScrollBar() override { releaseImplementation(); }
 
     bool isVertical() const noexcept { return vertical_; }
@@ -49,7 +47,7 @@ public:
     bool setPosition(std::int32_t position);
     std::int32_t highestPosition() const noexcept;
 
-    bool isTracking() const;
+    bool isTracking() const { return hasImplementation() && implementation().isTracking(); }
     Size preferredSize() override;
     IImplementation* backend() const noexcept override { return untypedImplementation(); }
     // The wheel and the arrow keys move the bar.
@@ -58,10 +56,10 @@ public:
 
     // For the backend: the user has scrolled. Steps of lines and pages are
     // passed as positions too.
-    void acceptPosition(std::int32_t position);
+    void acceptPosition(std::int32_t position) { setPosition(position); }
 
 private:
-    bool move(std::int32_t position);
+    void pushArrows();
     void pushRange();
 
     std::int32_t minimum_ = 0;

@@ -26,8 +26,6 @@ std::wstring normalized(std::wstring text, std::size_t maximumLength) {
 
 }  // namespace
 
-NativeTextBox::NativeTextBox() { setFocusable(true); }
-
 bool NativeTextBox::setText(const std::wstring& text) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (!change(text_, normalized(text, maximumLength_))) {

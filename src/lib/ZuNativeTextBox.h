@@ -1,10 +1,6 @@
 // A native field for text of one line or several.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -19,7 +15,7 @@ public:
     // The user or the program has changed the text. First word: the text box.
     static const MessageKind kTextChanged;
 
-    NativeTextBox();
+    NativeTextBox() { setFocusable(true); }
     ~NativeTextBox() override { releaseImplementation(); }
 
     // The hint that an empty field shows; one of several lines shows none.

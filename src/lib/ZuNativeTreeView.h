@@ -14,11 +14,6 @@
 // then, and switching it on again brings the native object up to date at once.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuControl.h"
 #include "ZuTreeFiller.h"
 
@@ -87,7 +82,7 @@ public:
 
 class NativeTreeView : public Abstraction<INativeTreeViewImpl>, public Control {
 public:
-    // First word: the tree view; second: the node (nodeOfWord), or kNoNode.
+    // First word: the tree view; second: the node, or kNoNode.
     static const MessageKind kCheckStateChanged;
     // Before the user does it; a receiver may call refuseExpanding().
     static const MessageKind kNodeCollapsing;
@@ -97,22 +92,17 @@ public:
     // some do when none is selected.
     static const MessageKind kSelectionChanged;
 
-    // The node that a message's second word is about.
-    static TreeNode nodeOfWord(MessageWord word) noexcept {
-        return static_cast<TreeNode>(word.number());
-    }
-
-    NativeTreeView();
-    ~NativeTreeView() override;
+    NativeTreeView() { setFocusable(true); }
+    ~NativeTreeView() override { releaseImplementation(); }
 
     // May be null.
-    const std::shared_ptr<FontDescriptor>& font() const noexcept { return font_; }
-    const std::shared_ptr<BitmapListDescriptor>& bitmaps() const noexcept { return bitmaps_; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
-    bool setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps);
+    const FontRef& font() const noexcept { return font_; }
+    const BitmapListRef& bitmaps() const noexcept { return bitmaps_; }
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
+    bool setBitmaps(const BitmapListRef& bitmaps) { return changeDescriptor(bitmaps_, bitmaps); }
     bool hasCheckBoxes() const noexcept { return checkBoxes_; }
     // A tree view that has a native object gets a new one.
-    bool setCheckBoxes(bool checkBoxes);
+    bool setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
 
     // The operations of INativeTreeViewImpl. Each fails the assertion "impl_"
     // without backend and "contains(node)" for a node that there is not; only
@@ -189,7 +179,7 @@ public:
     // Before a node is expanded or collapsed; false when it is refused.
     bool acceptExpanding(TreeNode node, bool expand);
     // After it was.
-    void acceptExpanded(TreeNode node, bool expanded);
+    void acceptExpanded(TreeNode node, bool expanded) { model_.setExpanded(node, expanded); }
     void acceptRightClick(TreeNode node);
 
 private:
@@ -198,8 +188,8 @@ private:
     // its end.
     INativeTreeViewImpl& changing();
 
-    std::shared_ptr<FontDescriptor> font_;
-    std::shared_ptr<BitmapListDescriptor> bitmaps_;
+    FontRef font_;
+    BitmapListRef bitmaps_;
     TreeModel model_;
     bool checkBoxes_ = false;
     bool expandingRefused_ = false;
@@ -211,11 +201,15 @@ private:
 class TreeViewImplementation : public Implementation<NativeTreeView, INativeTreeViewImpl> {
 public:
     void setEnableRedraw(bool enable) override;
-    TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) override;
+    TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) override {
+        return added(model().addChild(kNoNode, key, caption));
+    }
     TreeNode addChildNode(TreeNode parent, const std::wstring& key,
                           const std::wstring& caption) override;
     TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key,
-                            const std::wstring& caption) override;
+                            const std::wstring& caption) override {
+        return added(model().addSibling(sibling, key, caption));
+    }
     void removeNode(TreeNode node) override;
     void clear() override;
     std::size_t getNodeCount() const override { return model().nodeCount(); }

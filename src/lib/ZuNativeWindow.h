@@ -9,8 +9,6 @@
 // its descriptor; without a background colour in that of the system's dialogs.
 #pragma once
 
-#include <memory>
-
 #include "ZuControl.h"
 
 namespace zustd {
