@@ -9,16 +9,6 @@ namespace zustd {
 
 namespace {
 
-constexpr struct {
-    std::wstring_view on;
-    std::wstring_view off;
-    bool (FontDescriptor::*set)(bool);
-} kFontTags[] = {
-    {L"b", L"/b", &FontDescriptor::setBold},
-    {L"i", L"/i", &FontDescriptor::setItalic},
-    {L"u", L"/u", &FontDescriptor::setUnderline},
-};
-
 // What an attribute of the control tag sets.
 void apply(const XmlAttribute& attribute, MarkupSettings& settings) {
     auto& [size, arrangement, placement, wrapsWords] = settings;
@@ -113,6 +103,8 @@ private:
         const std::size_t blank = std::min(tag.find(L' '), tag.size());
         const std::wstring_view name = tag.substr(0, blank);
         const std::wstring_view attributes = tag.substr(blank);
+        const bool on = !name.starts_with(L'/');
+        const std::wstring_view flag = name.substr(on ? 0 : 1);
         if (name == L"br/") {
             handler_.onLineBreak();
         } else if (name == L"a") {
@@ -130,11 +122,12 @@ private:
         } else if (name == L"/font") {
             // All of it: what is still bold, italic or underlined ends here too.
             font_.reset();
-        }
-        for (const auto& [on, off, set] : kFontTags) {
-            if (name == on || name == off) {
-                (font_.*set)(name == on);
-            }
+        } else if (flag == L"b") {
+            font_.setBold(on);
+        } else if (flag == L"i") {
+            font_.setItalic(on);
+        } else if (flag == L"u") {
+            font_.setUnderline(on);
         }
     }
 

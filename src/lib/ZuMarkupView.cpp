@@ -17,17 +17,12 @@ constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2
 
 constexpr std::wstring_view kDelimiters = L" -";
 
-Size sizeOf(std::wstring_view text, const Font* font, GraphicsService& graphics) {
-    return font != nullptr ? graphics.measureTextSize(text, *font) : Size{};
-}
-
 }  // namespace
 
 // --- Elements -------------------------------------------------------------------------------
 
-MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<Font> font,
-                       GraphicsService& graphics)
-    : text_(text), font_(std::move(font)), size_(sizeOf(text, font_.get(), graphics)) {
+MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<Font> font, Size size)
+    : text_(text), font_(std::move(font)), size_(size) {
     setTakesMouse(false);
 }
 
@@ -44,11 +39,8 @@ void MarkupText::drawSelf(GraphicsService& graphics) {
 }
 
 MarkupLink::MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
-                       GraphicsService& graphics)
-    : Link(text),
-      message_(std::move(message)),
-      font_(std::move(font)),
-      size_(sizeOf(text, font_.get(), graphics)) {}
+                       Size size)
+    : Link(text), message_(std::move(message)), font_(std::move(font)), size_(size) {}
 
 FontStyle MarkupLink::fontStyle() const {
     FontStyle style = font_ ? font_->style() : FontStyle();
@@ -212,16 +204,16 @@ void MarkupView::addText(std::wstring_view text, bool breaksLine) {
     if (!hasRoom()) {
         return;
     }
-    const auto [font, graphics] = measures();
-    const auto element = makeControl<MarkupText>(text, font, *graphics);
+    const auto [font, size] = measured(text);
+    const auto element = makeControl<MarkupText>(text, font, size);
     element->setPlacement({.breaksLineAfter = breaksLine});
     addChild(element);
 }
 
 void MarkupView::addLink(const std::wstring& text, const std::wstring& message) {
     if (hasRoom()) {
-        const auto [font, graphics] = measures();
-        addChild(makeControl<MarkupLink>(text, message, font, *graphics));
+        const auto [font, size] = measured(text);
+        addChild(makeControl<MarkupLink>(text, message, font, size));
     }
 }
 
@@ -264,11 +256,12 @@ bool MarkupView::hasRoom() {
     return !full_;
 }
 
-std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> MarkupView::measures() {
-    auto [gs, ws] = parsing_ ? services_ : Services{graphicsService(), windowService()};
+std::pair<std::shared_ptr<Font>, Size> MarkupView::measured(std::wstring_view text) {
+    const auto [gs, ws] = parsing_ ? services_ : Services{graphicsService(), windowService()};
     ZU_ASSERT(gs);
     ZU_ASSERT(ws);
-    return {fonts_.get(font_->style(), *ws), std::move(gs)};
+    const std::shared_ptr<Font> font = fonts_.get(font_->style(), *ws);
+    return {font, font ? gs->measureTextSize(text, *font) : Size{}};
 }
 
 // --- Size -----------------------------------------------------------------------------------

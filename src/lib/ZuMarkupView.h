@@ -25,7 +25,7 @@ namespace zustd {
 // A word, a run, or the blank of a line break.
 class MarkupText : public Control {
 public:
-    MarkupText(std::wstring_view text, std::shared_ptr<Font> font, GraphicsService& graphics);
+    MarkupText(std::wstring_view text, std::shared_ptr<Font> font, Size size);
 
     const std::wstring& text() const noexcept { return text_; }
     // Null when the backend had none; the text is not seen then.
@@ -45,7 +45,7 @@ private:
 class MarkupLink : public Link {
 public:
     MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
-               GraphicsService& graphics);
+               Size size);
 
     // The name of the message that the view sends for a click; may be empty.
     const std::wstring& message() const noexcept { return message_; }
@@ -134,8 +134,8 @@ private:
     using Services = std::pair<std::shared_ptr<GraphicsService>, std::shared_ptr<WindowService>>;
 
     bool hasRoom();
-    // What an element in the font of the moment is measured with.
-    std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> measures();
+    // The font of the moment and the text's size in it.
+    std::pair<std::shared_ptr<Font>, Size> measured(std::wstring_view text);
     Arrangement rows() const;
     Rect areaWithin(std::int32_t width) const;
     Size sizeWithin(const Rect& area);

@@ -14,7 +14,7 @@ class INativeButtonImpl : public IBackend {};
 
 enum class ButtonKind : std::uint32_t { kPush, kDefaultPush, kCheck, kRadio };
 
-class NativeButton : public Abstraction<INativeButtonImpl>, public Control {
+class NativeButton : public NativeControl<INativeButtonImpl> {
 public:
     // Between image and caption, at a scaling factor of 1.
     static constexpr std::int32_t kBitmapGap = 4;
@@ -49,7 +49,6 @@ public:
     // Nothing happens when the button cannot be used.
     void click();
 
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     bool onKey(const KeyEvent& event) override;
     std::wstring accessText() const override;
     void activate() override { click(); }

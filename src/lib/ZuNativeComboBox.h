@@ -25,7 +25,7 @@ public:
     virtual std::size_t getItemCount() const = 0;
 };
 
-class NativeComboBox : public Abstraction<INativeComboBoxImpl>, public Control {
+class NativeComboBox : public NativeControl<INativeComboBoxImpl> {
 public:
     // First word: the combo box. The selection's second word: the index, or
     // kNullSize.
@@ -68,7 +68,6 @@ public:
     std::size_t findItem(const std::wstring& text) const;
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: all items; what the user did. The messages are sent
     // without synchronising.

@@ -26,7 +26,7 @@ public:
     virtual void hide(int result) = 0;
 };
 
-class NativeDialog : public Abstraction<INativeDialogImpl>, public Control {
+class NativeDialog : public NativeControl<INativeDialogImpl> {
 public:
     // Styles, chosen when the dialog is made.
     static constexpr std::uint32_t kStyleResizable = 0x01;
@@ -60,7 +60,6 @@ public:
     int result() const noexcept { return result_; }
 
     InputRouter* inputRouter() noexcept override { return &router_; }
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     bool onKey(const KeyEvent& event) override;
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 

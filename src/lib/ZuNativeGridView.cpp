@@ -13,14 +13,6 @@ const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView", kO
 const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView", kObject);
 const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView", kObject);
 
-namespace {
-
-MessageWord wordOfRow(std::size_t row) noexcept {
-    return MessageWord(static_cast<std::int64_t>(row));
-}
-
-}  // namespace
-
 bool NativeGridView::setMultiSelect(bool multiSelect) {
     const ControlUpdate update(*this);
     if (!change(multiSelect_, multiSelect)) {
@@ -40,25 +32,15 @@ INativeGridViewImpl& NativeGridView::known(std::size_t row) const {
     return implementation();
 }
 
-INativeGridViewImpl& NativeGridView::changing() {
-    INativeGridViewImpl& impl = implementation();
-    if (isUpdating()) {
-        stateChanged();
-    }
-    return impl;
-}
-
 INativeGridViewImpl& NativeGridView::changing(std::size_t row) {
     known(row);
     return changing();
 }
 
-// --- What the user did ----------------------------------------------------------------------
-
 void NativeGridView::acceptChecked(std::size_t row, bool checked) {
     known(row);
     if (model_.setChecked(row, checked)) {
-        notify(kCheckStateChanged, wordOfRow(row));
+        tell(kCheckStateChanged, row);
     }
 }
 
@@ -72,19 +54,15 @@ void NativeGridView::acceptSelected(std::size_t first, std::size_t last, bool se
 void NativeGridView::acceptSelectionDone() {
     if (std::exchange(selectionChanged_, false)) {
         const std::vector<std::size_t> selected = model_.selectedRows();
-        notify(kSelectionChanged, wordOfRow(selected.empty() ? kNullSize : selected.front()));
+        tell(kSelectionChanged, selected.empty() ? kNullSize : selected.front());
     }
 }
-
-void NativeGridView::acceptLeftClick(std::size_t row) { notify(kLeftClicked, wordOfRow(row)); }
-
-void NativeGridView::acceptRightClick(std::size_t row) { notify(kRightClicked, wordOfRow(row)); }
 
 std::wstring NativeGridView::acceptTooltipRequest(std::size_t row) {
     known(row);
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     rowTooltip_.clear();
-    notify(kBeforeDisplayRowTooltip, wordOfRow(row));
+    tell(kBeforeDisplayRowTooltip, row);
     return rowTooltip_;
 }
 
@@ -93,8 +71,6 @@ void NativeGridView::acceptColumnWidth(std::size_t column, std::int32_t width) {
         columns_[column].width = width;
     }
 }
-
-// --- GridViewImplementation -----------------------------------------------------------------
 
 bool GridViewImplementation::mirrors() {
     if (!hasNativeObject()) {

@@ -56,7 +56,7 @@ struct GridColumn {
     friend bool operator==(const GridColumn&, const GridColumn&) = default;
 };
 
-class NativeGridView : public Abstraction<INativeGridViewImpl>, public Control {
+class NativeGridView : public NativeControl<INativeGridViewImpl> {
 public:
     // First word: the grid. Second word: the row, or kNullSize where none is
     // meant.
@@ -124,8 +124,6 @@ public:
     void resizeColumns() { implementation().resizeColumns(); }
     void synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
 
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
-
     // For the backend: the rows; what the user did. The messages are sent
     // without synchronising.
     GridModel& model() noexcept { return model_; }
@@ -135,19 +133,20 @@ public:
     void acceptSelected(std::size_t first, std::size_t last, bool selected);
     // The end of one user action that changed the selection.
     void acceptSelectionDone();
-    void acceptLeftClick(std::size_t row);
-    void acceptRightClick(std::size_t row);
+    void acceptLeftClick(std::size_t row) { tell(kLeftClicked, row); }
+    void acceptRightClick(std::size_t row) { tell(kRightClicked, row); }
     // The text for a row's tooltip.
     std::wstring acceptTooltipRequest(std::size_t row);
     void acceptColumnWidth(std::size_t column, std::int32_t width);
 
 private:
+    using NativeControl::changing;
     // The backend, for a row that there is.
     INativeGridViewImpl& known(std::size_t row) const;
-    // For a change of rows: what is not mirrored during an update is shown at
-    // its end.
-    INativeGridViewImpl& changing();
     INativeGridViewImpl& changing(std::size_t row);
+    void tell(const MessageKind& kind, std::size_t row) {
+        notify(kind, MessageWord(static_cast<std::int64_t>(row)));
+    }
 
     FontRef font_;
     BitmapListRef bitmaps_;

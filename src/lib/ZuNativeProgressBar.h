@@ -24,7 +24,7 @@ public:
     virtual std::int32_t getThickness() const = 0;
 };
 
-class NativeProgressBar : public Abstraction<INativeProgressBarImpl>, public Control {
+class NativeProgressBar : public NativeControl<INativeProgressBarImpl> {
 public:
     NativeProgressBar() = default;
     ~NativeProgressBar() override { releaseImplementation(); }
@@ -45,7 +45,6 @@ public:
     bool setState(ProgressState state);
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
 private:
     // Assigns and tells the backend; whether there was a change.

@@ -27,7 +27,7 @@ public:
     virtual std::int32_t getThickness() const = 0;
 };
 
-class NativeScrollBar : public Abstraction<INativeScrollBarImpl>, public Control {
+class NativeScrollBar : public NativeControl<INativeScrollBarImpl> {
 public:
     explicit NativeScrollBar(bool vertical = true) : vertical_(vertical) {}
     ~NativeScrollBar() override { releaseImplementation(); }
@@ -49,7 +49,6 @@ public:
 
     bool isTracking() const { return hasImplementation() && implementation().isTracking(); }
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     // The wheel and the arrow keys move the bar.
     bool onMouse(const MouseEvent& event) override;
     bool onKey(const KeyEvent& event) override;

@@ -10,7 +10,7 @@ class INativeTextBoxImpl : public IBackend {};
 
 enum class TextBoxKind : std::uint32_t { kSingleLine, kMultiLine, kPassword };
 
-class NativeTextBox : public Abstraction<INativeTextBoxImpl>, public Control {
+class NativeTextBox : public NativeControl<INativeTextBoxImpl> {
 public:
     // The user or the program has changed the text. First word: the text box.
     static const MessageKind kTextChanged;
@@ -43,7 +43,6 @@ public:
     bool setMaximumLength(std::size_t length);
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the user has changed the text. Sends the message
     // without synchronising.

@@ -10,51 +10,29 @@ const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView"
 const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView", kObject);
 const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView", kObject);
 
-namespace {
-
-MessageWord wordOfNode(TreeNode node) noexcept {
-    return MessageWord(static_cast<std::int64_t>(node));
-}
-
-}  // namespace
-
 void NativeTreeView::setEnableRedraw(bool enable) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     implementation().setEnableRedraw(enable);
 }
 
-INativeTreeViewImpl& NativeTreeView::changing() {
-    INativeTreeViewImpl& impl = implementation();
-    if (isUpdating()) {
-        stateChanged();
-    }
-    return impl;
-}
-
-// --- What the user did ----------------------------------------------------------------------
-
 void NativeTreeView::acceptSelection(TreeNode node) {
     if (model_.select(node)) {
-        notify(kSelectionChanged, wordOfNode(node));
+        tell(kSelectionChanged, node);
     }
 }
 
 void NativeTreeView::acceptChecked(TreeNode node, bool checked) {
     if (model_.setChecked(node, checked)) {
-        notify(kCheckStateChanged, wordOfNode(node));
+        tell(kCheckStateChanged, node);
     }
 }
 
 bool NativeTreeView::acceptExpanding(TreeNode node, bool expand) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     expandingRefused_ = false;
-    notify(expand ? kNodeExpanding : kNodeCollapsing, wordOfNode(node));
+    tell(expand ? kNodeExpanding : kNodeCollapsing, node);
     return !expandingRefused_;
 }
-
-void NativeTreeView::acceptRightClick(TreeNode node) { notify(kRightClicked, wordOfNode(node)); }
-
-// --- TreeViewImplementation -----------------------------------------------------------------
 
 bool TreeViewImplementation::mirrors() {
     if (!hasNativeObject()) {

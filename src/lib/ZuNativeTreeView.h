@@ -80,7 +80,7 @@ public:
     virtual void clearNodeSelection() = 0;
 };
 
-class NativeTreeView : public Abstraction<INativeTreeViewImpl>, public Control {
+class NativeTreeView : public NativeControl<INativeTreeViewImpl> {
 public:
     // First word: the tree view; second: the node, or kNoNode.
     static const MessageKind kCheckStateChanged;
@@ -168,8 +168,6 @@ public:
     // While kNodeExpanding or kNodeCollapsing is being sent: it does not happen.
     void refuseExpanding() noexcept { expandingRefused_ = true; }
 
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
-
     // For the backend: the nodes; what the user did. The messages are sent
     // without synchronising.
     TreeModel& model() noexcept { return model_; }
@@ -180,13 +178,13 @@ public:
     bool acceptExpanding(TreeNode node, bool expand);
     // After it was.
     void acceptExpanded(TreeNode node, bool expanded) { model_.setExpanded(node, expanded); }
-    void acceptRightClick(TreeNode node);
+    void acceptRightClick(TreeNode node) { tell(kRightClicked, node); }
 
 private:
     INativeTreeViewImpl& nodes() const { return implementation(); }
-    // For a change of nodes: what is not mirrored during an update is shown at
-    // its end.
-    INativeTreeViewImpl& changing();
+    void tell(const MessageKind& kind, TreeNode node) {
+        notify(kind, MessageWord(static_cast<std::int64_t>(node)));
+    }
 
     FontRef font_;
     BitmapListRef bitmaps_;

@@ -1,7 +1,5 @@
 #include "ZuTreeFiller.h"
 
-#include <vector>
-
 namespace zustd {
 
 namespace {
@@ -162,10 +160,8 @@ void TreeFiller::restart() {
     if (const TreeNode first = items_.model().firstRoot(); first != kNoNode) {
         runs_.push_back(first);
     }
-    workSlice(&TreeFiller::workNext);
+    work();
 }
-
-void TreeFiller::work() { workSlice(&TreeFiller::workNext); }
 
 void TreeFiller::workLater() {
     state_ = TreeState::kBehind;

@@ -11,7 +11,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <deque>
 
 #include "ZuTreeModel.h"
@@ -71,7 +70,7 @@ public:
     // After the native tree has lost all of its items: the first slice of them.
     void restart();
     // The next slice, and a request for another one; without one all that waits.
-    void work();
+    void work() { workSlice(&TreeFiller::workNext); }
     // With the next message, together with what else comes until then.
     void workLater();
 
