@@ -28,8 +28,6 @@ public:
     MarkupText(std::wstring_view text, std::shared_ptr<Font> font, Size size);
 
     const std::wstring& text() const noexcept { return text_; }
-    // Null when the backend had none; the text is not seen then.
-    const std::shared_ptr<Font>& font() const noexcept { return font_; }
     Size preferredSize() override { return size_; }
 
 protected:
@@ -37,6 +35,7 @@ protected:
 
 private:
     std::wstring text_;
+    // Null when the backend had none; the text is not seen then.
     std::shared_ptr<Font> font_;
     Size size_;
 };
@@ -60,22 +59,7 @@ private:
     Size size_;
 };
 
-// The fonts of the elements, one for each state of the font. Another face drops them.
-class MarkupFonts {
-public:
-    // Sizes, in points, are taken to the nearest within these.
-    static constexpr std::int32_t kSmallest = 1;
-    static constexpr std::int32_t kLargest = 144;
-
-    // Null when the service has none; it is asked again the next time.
-    std::shared_ptr<Font> get(FontStyle style, WindowService& window);
-
-private:
-    std::wstring face_;
-    std::unordered_map<std::uint32_t, std::shared_ptr<Font>> fonts_;
-};
-
-class MarkupView : public Control {
+class MarkupView : public Control, private IMarkupHandler {
 public:
     // Markup that wants more leaves the rest out, with a line of trace.
     static constexpr std::size_t kMaxElements = 200'000;
@@ -88,7 +72,6 @@ public:
     // as it comes onto a surface.
     bool setMarkup(std::wstring_view markup);
     // Whether text is cut into words and wrapped; the markup may set it too.
-    bool wrapsWords() const noexcept { return wordWrap_; }
     bool setWordWrap(bool wraps);
     // The font of the moment while parsing. Its face is the view's and may be
     // set; the rest is reset when parsing begins.
@@ -130,8 +113,17 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    class Parsing;
     using Services = std::pair<std::shared_ptr<GraphicsService>, std::shared_ptr<WindowService>>;
+
+    void onRun(const std::wstring& text) override {
+        wordWrap_ ? addWords(text) : addText(text, false);
+    }
+    void onLineBreak() override { addLineBreak(); }
+    void onLink(const std::wstring& text, const std::wstring& message) override {
+        addLink(text, message);
+    }
+    MarkupSettings settings() const override { return {{}, arrangement(), placement(), wordWrap_}; }
+    void onSettings(const MarkupSettings& settings) override;
 
     bool hasRoom();
     // The font of the moment and the text's size in it.
@@ -147,7 +139,9 @@ private:
 
     std::wstring markup_;
     std::shared_ptr<FontDescriptor> font_ = std::make_shared<FontDescriptor>();
-    MarkupFonts fonts_;
+    // One for each state of the font; those of one face.
+    std::unordered_map<std::uint32_t, std::shared_ptr<Font>> fonts_;
+    std::wstring fontsFace_;
     // The face that all elements have.
     std::wstring face_;
     // Those of the parsing under way.

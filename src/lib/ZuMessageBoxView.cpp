@@ -81,9 +81,7 @@ bool MessageBoxView::build(WindowService& service) {
     dialog_.setDefaultButton(buttons_.at(box_.defaultButton));
     // Before the layout: the size of the screen is that of the owner's.
     dialog_.synchronizeTree();
-    const auto isMade = [](const std::shared_ptr<NativeButton>& button) {
-        return button && button->hasNativeObject();
-    };
+    const auto isMade = [](const auto& button) { return button && button->hasNativeObject(); };
     if (!dialog_.hasNativeObject() || !std::all_of(buttons_.begin(), buttons_.end(), isMade) ||
         !(box_.checkBoxText.empty() || isMade(checkBox_))) {
         return false;

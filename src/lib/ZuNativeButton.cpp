@@ -14,7 +14,7 @@ Size NativeButton::preferredSize() {
     }
     Size content;
     if (caption_) {
-        content = measuredText(*this, withoutAccessKeys(caption_->text(*this)), styleOf(font_));
+        content = measuredText(*this, withoutAccessKeys(accessText()), styleOf(font_));
     }
     if (bitmap_) {
         const Size image = bitmap_->size();
@@ -47,10 +47,6 @@ bool NativeButton::onKey(const KeyEvent& event) {
     const bool moves = backwards || event.key == kKeyRight || event.key == kKeyDown;
     return moves && kind_ == ButtonKind::kRadio && !event.has(kModifierControl | kModifierAlt) &&
            chooseNext(backwards);
-}
-
-std::wstring NativeButton::accessText() const {
-    return caption_ ? caption_->text(*this) : std::wstring();
 }
 
 // The other radio buttons among the parent's children, the next one first.

@@ -50,7 +50,9 @@ public:
     void click();
 
     bool onKey(const KeyEvent& event) override;
-    std::wstring accessText() const override;
+    std::wstring accessText() const override {
+        return caption_ ? caption_->text(*this) : std::wstring();
+    }
     void activate() override { click(); }
 
 private:

@@ -62,10 +62,9 @@ Size NativeComboBox::preferredSize() {
 
 void NativeComboBox::acceptSelection(std::size_t index) {
     index = index < items_.size() ? index : kNullSize;
-    if (selected_ == index) {
+    if (std::exchange(selected_, index) == index) {
         return;
     }
-    selected_ = index;
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     notify(kSelectionChanged, MessageWord(static_cast<std::intptr_t>(index)));
     // A receiver may have changed the items.
@@ -77,8 +76,7 @@ void NativeComboBox::acceptSelection(std::size_t index) {
 }
 
 void NativeComboBox::acceptText(const std::wstring& text) {
-    if (text_ != text) {
-        text_ = text;
+    if (std::exchange(text_, text) != text) {
         notify(kTextChanged);
     }
 }

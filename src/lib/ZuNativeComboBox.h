@@ -88,9 +88,8 @@ private:
     bool editable_ = false;
 };
 
-// The portable part of every backend: keeps the items and calls a mirror
-// operation after each change, when there is a native object. Mirror
-// operations let no failure out.
+// The portable part of every backend. Mirror operations are called when there is a
+// native object, and let no failure out.
 class ComboBoxImplementation : public Implementation<NativeComboBox, INativeComboBoxImpl> {
 public:
     std::size_t addItem(const std::wstring& text) override;

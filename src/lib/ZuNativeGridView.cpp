@@ -1,7 +1,5 @@
 #include "ZuNativeGridView.h"
 
-#include <algorithm>
-
 namespace zustd {
 
 using enum MessageWords;
@@ -45,7 +43,6 @@ void NativeGridView::acceptChecked(std::size_t row, bool checked) {
 }
 
 void NativeGridView::acceptSelected(std::size_t first, std::size_t last, bool selected) {
-    last = std::min(last, model_.rowCount() - 1);
     for (std::size_t row = first; row < model_.rowCount() && row <= last; ++row) {
         selectionChanged_ = model_.setSelected(row, selected) || selectionChanged_;
     }

@@ -159,9 +159,8 @@ private:
     bool selectionChanged_ = false;
 };
 
-// The portable part of every backend: keeps the rows, and after each change
-// calls a mirror operation when there is a native object and no update is
-// running. Mirror operations let no failure out.
+// The portable part of every backend. Mirror operations are called when there is a
+// native object and no update is running, and let no failure out.
 class GridViewImplementation : public Implementation<NativeGridView, INativeGridViewImpl> {
 public:
     std::size_t addRow(const std::wstring& key) override;
@@ -181,8 +180,8 @@ public:
         show(row, model().setBitmap(row, bitmap));
     }
     bool getRowChecked(std::size_t row) const override { return model().isChecked(row); }
-    void setRowChecked(std::size_t row, bool checked) override {
-        show(row, model().setChecked(row, checked));
+    void setRowChecked(std::size_t row, bool on) override {
+        show(row, model().setChecked(row, on));
     }
     void selectRow(std::size_t row) override;
     void deselectRow(std::size_t row) override;

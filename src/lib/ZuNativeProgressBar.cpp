@@ -23,17 +23,9 @@ bool NativeProgressBar::setPosition(std::int32_t position) {
                 &INativeProgressBarImpl::setPosition);
 }
 
-bool NativeProgressBar::setEnableMarqueeAnimation(bool enable) {
-    return push(marquee_, enable, &INativeProgressBarImpl::setEnableMarqueeAnimation);
-}
-
 bool NativeProgressBar::setMarqueeInterval(std::uint32_t milliseconds) {
     return push(marqueeInterval_, std::max(milliseconds, std::uint32_t{1}),
                 &INativeProgressBarImpl::setMarqueeInterval);
-}
-
-bool NativeProgressBar::setState(ProgressState state) {
-    return push(state_, state, &INativeProgressBarImpl::setState);
 }
 
 Size NativeProgressBar::preferredSize() {

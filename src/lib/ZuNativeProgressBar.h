@@ -37,12 +37,16 @@ public:
     // Taken into the range.
     bool setPosition(std::int32_t position);
     bool isMarquee() const noexcept { return marquee_; }
-    bool setEnableMarqueeAnimation(bool enable);
+    bool setEnableMarqueeAnimation(bool enable) {
+        return push(marquee_, enable, &INativeProgressBarImpl::setEnableMarqueeAnimation);
+    }
     // Between two steps of the animation; 1 or more.
     std::uint32_t marqueeInterval() const noexcept { return marqueeInterval_; }
     bool setMarqueeInterval(std::uint32_t milliseconds);
     ProgressState state() const noexcept { return state_; }
-    bool setState(ProgressState state);
+    bool setState(ProgressState state) {
+        return push(state_, state, &INativeProgressBarImpl::setState);
+    }
 
     Size preferredSize() override;
 

@@ -54,8 +54,7 @@ Size NativeTextBox::preferredSize() {
 }
 
 void NativeTextBox::acceptText(const std::wstring& text) {
-    if (text_ != text) {
-        text_ = text;
+    if (std::exchange(text_, text) != text) {
         notify(kTextChanged);
     }
 }

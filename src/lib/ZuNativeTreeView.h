@@ -142,9 +142,7 @@ public:
     void ensureNodeVisible(TreeNode node) { implementation().ensureNodeVisible(node); }
     Rect getNodeBoundary(TreeNode node) const { return nodes().getNodeBoundary(node); }
     bool getNodeExpanded(TreeNode node) const { return nodes().getNodeExpanded(node); }
-    void setNodeExpanded(TreeNode node, bool expanded) {
-        changing().setNodeExpanded(node, expanded);
-    }
+    void setNodeExpanded(TreeNode node, bool on) { changing().setNodeExpanded(node, on); }
     void expandAllNodes() { changing().expandAllNodes(); }
     void expandAllNodes(TreeNode node) { changing().expandAllNodes(node); }
     void collapseAllNodes() { changing().collapseAllNodes(); }
@@ -158,9 +156,7 @@ public:
     std::wstring getNodeKey(TreeNode node) const { return nodes().getNodeKey(node); }
     TreeNode findNode(const std::wstring& key) const { return nodes().findNode(key); }
     bool getNodeEmphasized(TreeNode node) const { return nodes().getNodeEmphasized(node); }
-    void setNodeEmphasized(TreeNode node, bool emphasized) {
-        changing().setNodeEmphasized(node, emphasized);
-    }
+    void setNodeEmphasized(TreeNode node, bool on) { changing().setNodeEmphasized(node, on); }
     TreeNode getSelectedNode() const { return nodes().getSelectedNode(); }
     void selectNode(TreeNode node) { changing().selectNode(node); }
     void clearNodeSelection() { changing().clearNodeSelection(); }
@@ -193,9 +189,8 @@ private:
     bool expandingRefused_ = false;
 };
 
-// The portable part of every backend: keeps the nodes, and after each change
-// calls a mirror operation when there is a native object and redrawing is on.
-// Mirror operations let no failure out.
+// The portable part of every backend. Mirror operations are called when there is a
+// native object and redrawing is on, and let no failure out.
 class TreeViewImplementation : public Implementation<NativeTreeView, INativeTreeViewImpl> {
 public:
     void setEnableRedraw(bool enable) override;
@@ -234,8 +229,8 @@ public:
     void collapseAllNodes() override { expandSubtree(kNoNode, false); }
     void collapseAllNodes(TreeNode node) override { expandSubtree(node, false); }
     bool getNodeChecked(TreeNode node) const override { return model().isChecked(node); }
-    void setNodeChecked(TreeNode node, bool checked) override {
-        show(node, model().setChecked(node, checked));
+    void setNodeChecked(TreeNode node, bool on) override {
+        show(node, model().setChecked(node, on));
     }
     std::int32_t getNodeBitmap(TreeNode node) const override { return model().bitmap(node); }
     void setNodeBitmap(TreeNode node, std::int32_t bitmap) override {

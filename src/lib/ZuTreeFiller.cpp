@@ -11,13 +11,6 @@ constexpr std::size_t kManyParents = 128;
 
 }  // namespace
 
-void TreeFiller::forget() noexcept {
-    runs_.clear();
-    unsettled_.clear();
-}
-
-// --- What waits -----------------------------------------------------------------------------
-
 // Whether the native tree can have children of a node; of kNoNode always.
 bool TreeFiller::isOpen(TreeNode parent) const {
     return parent == kNoNode || (isThere(parent) && items_.model().isExpanded(parent));
@@ -105,8 +98,6 @@ TreeNode TreeFiller::take() {
     }
     return kNoNode;
 }
-
-// --- Steps ----------------------------------------------------------------------------------
 
 // False when no node waits.
 bool TreeFiller::insertNext() {

@@ -65,7 +65,10 @@ public:
 
     bool hasWork() const noexcept { return !runs_.empty() || !unsettled_.empty(); }
     // Nothing waits any more.
-    void forget() noexcept;
+    void forget() noexcept {
+        runs_.clear();
+        unsettled_.clear();
+    }
 
     // After the native tree has lost all of its items: the first slice of them.
     void restart();
