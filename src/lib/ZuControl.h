@@ -357,6 +357,24 @@ private:
     Control& control_;
 };
 
+// A native widget: a control with a backend.
+template <class I>
+class NativeControl : public Abstraction<I>, public Control {
+public:
+    IImplementation* backend() const noexcept override { return this->untypedImplementation(); }
+
+protected:
+    // The backend, for a change of items: what is not mirrored during an update
+    // is shown at its end.
+    I& changing() {
+        I& implementation = this->implementation();
+        if (isUpdating()) {
+            stateChanged();
+        }
+        return implementation;
+    }
+};
+
 // A new, initialised control.
 template <class T, class... Args>
 std::shared_ptr<T> makeControl(Args&&... args) {

@@ -206,6 +206,7 @@ using FontRef = std::shared_ptr<FontDescriptor>;
 using TextRef = std::shared_ptr<TextDescriptor>;
 using ColorsRef = std::shared_ptr<ColorsDescriptor>;
 using BitmapRef = std::shared_ptr<BitmapDescriptor>;
+using BitmapListRef = std::shared_ptr<BitmapListDescriptor>;
 
 // The system's own where there is none.
 inline FontStyle styleOf(const FontRef& font) { return font ? font->style() : FontStyle(); }

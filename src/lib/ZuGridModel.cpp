@@ -12,13 +12,6 @@ const std::wstring kEmptyCell;
 
 constexpr std::size_t kBlockRows = 512;
 
-template <class T>
-bool assign(T& member, T value) noexcept {
-    const bool changed = member != value;
-    member = value;
-    return changed;
-}
-
 }  // namespace
 
 GridModel::Blocks::const_iterator GridModel::blockOf(std::size_t row) const noexcept {
@@ -111,20 +104,12 @@ bool GridModel::setCell(std::size_t row, std::size_t column, const std::wstring&
     return true;
 }
 
-bool GridModel::setBitmap(std::size_t row, std::int32_t bitmap) {
-    return assign(at(row).bitmap, bitmap);
-}
-
-bool GridModel::setChecked(std::size_t row, bool checked) {
-    return assign(at(row).checked, checked);
-}
-
 bool GridModel::setSelected(std::size_t row, bool selected) {
-    if (!assign(at(row).selected, selected)) {
-        return false;
+    const bool changed = std::exchange(at(row).selected, selected) != selected;
+    if (changed) {
+        selectedCount_ = selected ? selectedCount_ + 1 : selectedCount_ - 1;
     }
-    selectedCount_ = selected ? selectedCount_ + 1 : selectedCount_ - 1;
-    return true;
+    return changed;
 }
 
 bool GridModel::setAllSelected(bool selected) {

@@ -9,13 +9,6 @@
 // whatever order, costs more than a look at one block and at the list of them.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "ZuHashMap.h"
 
 namespace zustd {
@@ -43,9 +36,13 @@ public:
     // Each returns whether anything changed.
     bool setCell(std::size_t row, std::size_t column, const std::wstring& text);
     std::int32_t bitmap(std::size_t row) const { return at(row).bitmap; }
-    bool setBitmap(std::size_t row, std::int32_t bitmap);
+    bool setBitmap(std::size_t row, std::int32_t bitmap) {
+        return std::exchange(at(row).bitmap, bitmap) != bitmap;
+    }
     bool isChecked(std::size_t row) const { return at(row).checked; }
-    bool setChecked(std::size_t row, bool checked);
+    bool setChecked(std::size_t row, bool checked) {
+        return std::exchange(at(row).checked, checked) != checked;
+    }
     bool isSelected(std::size_t row) const { return at(row).selected; }
     bool setSelected(std::size_t row, bool selected);
     bool setAllSelected(bool selected);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
-#include <vector>
 
 #include "ZuXml.h"
 
@@ -11,39 +9,34 @@ namespace zustd {
 
 namespace {
 
-constexpr struct {
-    std::wstring_view on;
-    std::wstring_view off;
-    bool (FontDescriptor::*set)(bool);
-} kFontTags[] = {
-    {L"b", L"/b", &FontDescriptor::setBold},
-    {L"i", L"/i", &FontDescriptor::setItalic},
-    {L"u", L"/u", &FontDescriptor::setUnderline},
-};
-
-constexpr struct {
-    std::wstring_view attribute;
-    Size MarkupSettings::*sizes;
-    std::int32_t Size::*extent;
-    std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-} kNumbers[] = {
-    {L"width", &MarkupSettings::size, &Size::width, 1},
-    {L"height", &MarkupSettings::size, &Size::height, 1},
-    {L"maxwidth", &MarkupSettings::maximumSize, &Size::width},
-    {L"maxheight", &MarkupSettings::maximumSize, &Size::height},
-    {L"hmargin", &MarkupSettings::margins, &Size::width},
-    {L"vmargin", &MarkupSettings::margins, &Size::height},
-    {L"hspacing", &MarkupSettings::spacing, &Size::width},
-    {L"vspacing", &MarkupSettings::spacing, &Size::height},
-};
-
-constexpr struct {
-    std::wstring_view attribute;
-    bool MarkupSettings::*flag;
-} kFlags[] = {
-    {L"autosize", &MarkupSettings::autoSized},
-    {L"wordwrap", &MarkupSettings::wrapsWords},
-};
+// What an attribute of the control tag sets.
+void apply(const XmlAttribute& attribute, MarkupSettings& settings) {
+    auto& [size, arrangement, placement, wrapsWords] = settings;
+    const struct {
+        std::wstring_view name;
+        std::int32_t& number;
+        std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+    } numbers[] = {
+        {L"width", size.width, 1},
+        {L"height", size.height, 1},
+        {L"maxwidth", placement.maximum.width},
+        {L"maxheight", placement.maximum.height},
+        {L"hmargin", arrangement.margin.width},
+        {L"vmargin", arrangement.margin.height},
+        {L"hspacing", arrangement.spacing.width},
+        {L"vspacing", arrangement.spacing.height},
+    };
+    for (const auto& [name, number, lowest] : numbers) {
+        if (name == attribute.name) {
+            number = std::max(Xml::toLong(attribute.value), lowest);
+        }
+    }
+    if (attribute.name == L"autosize") {
+        placement.autoSized = attribute.value == L"true";
+    } else if (attribute.name == L"wordwrap") {
+        wrapsWords = attribute.value == L"true";
+    }
+}
 
 // The five entities are characters, every other "&" is one itself.
 std::wstring decoded(std::wstring_view raw) {
@@ -110,6 +103,8 @@ private:
         const std::size_t blank = std::min(tag.find(L' '), tag.size());
         const std::wstring_view name = tag.substr(0, blank);
         const std::wstring_view attributes = tag.substr(blank);
+        const bool on = !name.starts_with(L'/');
+        const std::wstring_view flag = name.substr(on ? 0 : 1);
         if (name == L"br/") {
             handler_.onLineBreak();
         } else if (name == L"a") {
@@ -127,11 +122,12 @@ private:
         } else if (name == L"/font") {
             // All of it: what is still bold, italic or underlined ends here too.
             font_.reset();
-        }
-        for (const auto& [on, off, set] : kFontTags) {
-            if (name == on || name == off) {
-                (font_.*set)(name == on);
-            }
+        } else if (flag == L"b") {
+            font_.setBold(on);
+        } else if (flag == L"i") {
+            font_.setItalic(on);
+        } else if (flag == L"u") {
+            font_.setUnderline(on);
         }
     }
 
@@ -156,16 +152,7 @@ private:
     void applySettings(std::wstring_view attributes) {
         MarkupSettings settings = handler_.settings();
         for (const XmlAttribute& attribute : attributesOf(attributes)) {
-            for (const auto& [name, sizes, extent, lowest] : kNumbers) {
-                if (name == attribute.name) {
-                    settings.*sizes.*extent = std::max(Xml::toLong(attribute.value), lowest);
-                }
-            }
-            for (const auto& [name, flag] : kFlags) {
-                if (name == attribute.name) {
-                    settings.*flag = attribute.value == L"true";
-                }
-            }
+            apply(attribute, settings);
         }
         handler_.onSettings(settings);
     }

@@ -6,11 +6,8 @@
 // length: what is no markup is text or is passed over, and nothing is an error.
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "ZuDescriptors.h"
-#include "ZuGeometry.h"
+#include "ZuLayout.h"
 
 namespace zustd {
 
@@ -18,20 +15,15 @@ namespace zustd {
 struct MarkupSettings {
     // Of the view: 0 as long as no tag sets it, 1 or more then.
     Size size;
-    // 0 for no limit.
-    Size maximumSize;
-    Size margins;
-    Size spacing;
-    bool autoSized = false;
+    // Margin and spacing; maximum and auto-sizing.
+    Arrangement arrangement;
+    Placement placement;
     bool wrapsWords = false;
 };
 
 // Who hears what a markup text says, piece by piece.
 class IMarkupHandler {
 public:
-    IMarkupHandler() = default;
-    IMarkupHandler(const IMarkupHandler&) = delete;
-    IMarkupHandler& operator=(const IMarkupHandler&) = delete;
     virtual ~IMarkupHandler() = default;
 
     // The text between two tags, outside of links; never empty.

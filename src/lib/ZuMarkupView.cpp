@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 #include "ZuGraphicsService.h"
-#include "ZuLayout.h"
+#include "ZuScope.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -18,17 +17,16 @@ constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2
 
 constexpr std::wstring_view kDelimiters = L" -";
 
-Size sizeOf(std::wstring_view text, const Font* font, GraphicsService& graphics) {
-    return font != nullptr ? graphics.measureTextSize(text, *font) : Size{};
-}
+// Sizes of fonts, in points, are taken to the nearest within these.
+constexpr std::int32_t kSmallest = 1;
+constexpr std::int32_t kLargest = 144;
 
 }  // namespace
 
 // --- Elements -------------------------------------------------------------------------------
 
-MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<Font> font,
-                       GraphicsService& graphics)
-    : text_(text), font_(std::move(font)), size_(sizeOf(text, font_.get(), graphics)) {
+MarkupText::MarkupText(std::wstring_view text, std::shared_ptr<Font> font, Size size)
+    : text_(text), font_(std::move(font)), size_(size) {
     setTakesMouse(false);
 }
 
@@ -45,11 +43,8 @@ void MarkupText::drawSelf(GraphicsService& graphics) {
 }
 
 MarkupLink::MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
-                       GraphicsService& graphics)
-    : Link(text),
-      message_(std::move(message)),
-      font_(std::move(font)),
-      size_(sizeOf(text, font_.get(), graphics)) {}
+                       Size size)
+    : Link(text), message_(std::move(message)), font_(std::move(font)), size_(size) {}
 
 FontStyle MarkupLink::fontStyle() const {
     FontStyle style = font_ ? font_->style() : FontStyle();
@@ -58,62 +53,6 @@ FontStyle MarkupLink::fontStyle() const {
 }
 
 // --- The view -------------------------------------------------------------------------------
-
-// Builds the elements that the markup tells of. Parsing has an end on every way
-// out, and shows what it did once.
-class MarkupView::Parsing : public IMarkupHandler {
-public:
-    explicit Parsing(MarkupView& view) : view_(view), update_(view) {
-        view.parsing_ = true;
-        view.full_ = false;
-    }
-    ~Parsing() override {
-        view_.parsing_ = false;
-        view_.services_ = {};
-    }
-
-    void onRun(const std::wstring& text) override {
-        view_.wordWrap_ ? view_.addWords(text) : view_.addText(text, false);
-    }
-    void onLineBreak() override { view_.addLineBreak(); }
-    void onLink(const std::wstring& text, const std::wstring& message) override {
-        view_.addLink(text, message);
-    }
-    MarkupSettings settings() const override {
-        const Arrangement& arranged = view_.arrangement();
-        const Placement& placed = view_.placement();
-        return {{},
-                placed.maximum,
-                arranged.margin,
-                arranged.spacing,
-                placed.autoSized,
-                view_.wordWrap_};
-    }
-    void onSettings(const MarkupSettings& settings) override {
-        const auto [width, height] = settings.size;
-        Rect placed = view_.boundary();
-        placed.setSize({width > 0 ? width : placed.width(), height > 0 ? height : placed.height()});
-        // Whoever lies in the view learns of its size when parsing ends.
-        view_.place(placed);
-        view_.givenWidth_ = width > 0 ? placed.width() : view_.givenWidth_;
-        Arrangement arranged = view_.arrangement();
-        arranged.margin = settings.margins;
-        arranged.spacing = settings.spacing;
-        view_.setArrangement(arranged);
-        Placement kept = view_.placement();
-        kept.maximum = settings.maximumSize;
-        kept.autoSized = settings.autoSized;
-        view_.setPlacement(kept);
-        view_.wordWrap_ = settings.wrapsWords;
-        view_.layoutArea_ = view_.layoutArea();
-    }
-
-private:
-    MarkupView& view_;
-    ControlUpdate update_;
-};
-
-MarkupView::MarkupView() : MarkupView(std::wstring()) {}
 
 MarkupView::MarkupView(std::wstring markup)
     : markup_(std::move(markup)), waiting_(!markup_.empty()) {
@@ -182,7 +121,9 @@ void MarkupView::parseMarkup() {
     // Links that go away say so; their receivers may remove the view.
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     {
-        Parsing parsing(*this);
+        const ControlUpdate update(*this);
+        const ScopedValue parsing(parsing_, true);
+        full_ = false;
         refresh();
         const bool hadServices = reachesServices();
         removeAllChildren();
@@ -191,13 +132,13 @@ void MarkupView::parseMarkup() {
             return;
         }
         // Whoever hears of the font under way may remove the view.
-        services_ = {graphicsService(), windowService()};
+        const ScopedValue services(services_, Services{graphicsService(), windowService()});
         // What they have set meanwhile is what is parsed below.
         waiting_ = false;
         font_->reset();
         layoutArea_ = layoutArea();
         // A change of the markup under way must not pull it away from the reader.
-        readMarkup(std::wstring(markup_), *font_, parsing);
+        readMarkup(std::wstring(markup_), *font_, *this);
         takeSize();
     }
     if (waiting_) {
@@ -209,20 +150,33 @@ void MarkupView::parseMarkup() {
     notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
 }
 
+void MarkupView::onSettings(const MarkupSettings& settings) {
+    const auto [width, height] = settings.size;
+    Rect placed = boundary();
+    placed.setSize({width > 0 ? width : placed.width(), height > 0 ? height : placed.height()});
+    // Whoever lies in the view learns of its size when parsing ends.
+    place(placed);
+    givenWidth_ = width > 0 ? placed.width() : givenWidth_;
+    setArrangement(settings.arrangement);
+    setPlacement(settings.placement);
+    wordWrap_ = settings.wrapsWords;
+    layoutArea_ = layoutArea();
+}
+
 void MarkupView::addText(std::wstring_view text, bool breaksLine) {
     if (!hasRoom()) {
         return;
     }
-    const auto [font, graphics] = measures();
-    const auto element = makeControl<MarkupText>(text, font, *graphics);
+    const auto [font, size] = measured(text);
+    const auto element = makeControl<MarkupText>(text, font, size);
     element->setPlacement({.breaksLineAfter = breaksLine});
     addChild(element);
 }
 
 void MarkupView::addLink(const std::wstring& text, const std::wstring& message) {
     if (hasRoom()) {
-        const auto [font, graphics] = measures();
-        addChild(makeControl<MarkupLink>(text, message, font, *graphics));
+        const auto [font, size] = measured(text);
+        addChild(makeControl<MarkupLink>(text, message, font, size));
     }
 }
 
@@ -265,11 +219,23 @@ bool MarkupView::hasRoom() {
     return !full_;
 }
 
-std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> MarkupView::measures() {
-    auto [gs, ws] = parsing_ ? services_ : Services{graphicsService(), windowService()};
+std::pair<std::shared_ptr<Font>, Size> MarkupView::measured(std::wstring_view text) {
+    const auto [gs, ws] = parsing_ ? services_ : Services{graphicsService(), windowService()};
     ZU_ASSERT(gs);
     ZU_ASSERT(ws);
-    return {fonts_.get(font_->style(), *ws), std::move(gs)};
+    FontStyle style = font_->style();
+    if (fontsFace_ != style.faceName) {
+        fonts_.clear();
+        fontsFace_ = style.faceName;
+    }
+    style.size = std::clamp(style.size, kSmallest, kLargest);
+    const auto key = static_cast<std::uint32_t>(style.size) * 8 + (style.bold ? 4U : 0U) +
+                     (style.italic ? 2U : 0U) + (style.underline ? 1U : 0U);
+    std::shared_ptr<Font>& font = fonts_[key];
+    if (!font) {
+        font = ws->getFont(style);
+    }
+    return {font, font ? gs->measureTextSize(text, *font) : Size{}};
 }
 
 // --- Size -----------------------------------------------------------------------------------
@@ -345,8 +311,6 @@ bool MarkupView::parseAnew() {
     parseWhenPossible();
     return true;
 }
-
-// --- Links ----------------------------------------------------------------------------------
 
 void MarkupView::sendFromLink(const MarkupLink& link) {
     const MessageKind* kind = MessageKind::find(link.message());

@@ -15,28 +15,19 @@
 // other size, which is forgotten with the next.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
+#include <unordered_map>
 
-#include "ZuControl.h"
 #include "ZuLink.h"
 #include "ZuMarkup.h"
-#include "ZuMarkupFonts.h"
 
 namespace zustd {
 
 // A word, a run, or the blank of a line break.
 class MarkupText : public Control {
 public:
-    MarkupText(std::wstring_view text, std::shared_ptr<Font> font, GraphicsService& graphics);
+    MarkupText(std::wstring_view text, std::shared_ptr<Font> font, Size size);
 
     const std::wstring& text() const noexcept { return text_; }
-    // Null when the backend had none; the text is not seen then.
-    const std::shared_ptr<Font>& font() const noexcept { return font_; }
     Size preferredSize() override { return size_; }
 
 protected:
@@ -44,6 +35,7 @@ protected:
 
 private:
     std::wstring text_;
+    // Null when the backend had none; the text is not seen then.
     std::shared_ptr<Font> font_;
     Size size_;
 };
@@ -52,11 +44,10 @@ private:
 class MarkupLink : public Link {
 public:
     MarkupLink(const std::wstring& text, std::wstring message, std::shared_ptr<Font> font,
-               GraphicsService& graphics);
+               Size size);
 
     // The name of the message that the view sends for a click; may be empty.
     const std::wstring& message() const noexcept { return message_; }
-    const std::shared_ptr<Font>& markupFont() const noexcept { return font_; }
     Size preferredSize() override { return size_; }
 
 protected:
@@ -68,13 +59,12 @@ private:
     Size size_;
 };
 
-class MarkupView : public Control {
+class MarkupView : public Control, private IMarkupHandler {
 public:
     // Markup that wants more leaves the rest out, with a line of trace.
     static constexpr std::size_t kMaxElements = 200'000;
 
-    MarkupView();
-    explicit MarkupView(std::wstring markup);
+    explicit MarkupView(std::wstring markup = {});
     void initialize() override;
 
     const std::wstring& markup() const noexcept { return markup_; }
@@ -82,7 +72,6 @@ public:
     // as it comes onto a surface.
     bool setMarkup(std::wstring_view markup);
     // Whether text is cut into words and wrapped; the markup may set it too.
-    bool wrapsWords() const noexcept { return wordWrap_; }
     bool setWordWrap(bool wraps);
     // The font of the moment while parsing. Its face is the view's and may be
     // set; the rest is reset when parsing begins.
@@ -124,12 +113,21 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    class Parsing;
     using Services = std::pair<std::shared_ptr<GraphicsService>, std::shared_ptr<WindowService>>;
 
+    void onRun(const std::wstring& text) override {
+        wordWrap_ ? addWords(text) : addText(text, false);
+    }
+    void onLineBreak() override { addLineBreak(); }
+    void onLink(const std::wstring& text, const std::wstring& message) override {
+        addLink(text, message);
+    }
+    MarkupSettings settings() const override { return {{}, arrangement(), placement(), wordWrap_}; }
+    void onSettings(const MarkupSettings& settings) override;
+
     bool hasRoom();
-    // What an element in the font of the moment is measured with.
-    std::pair<std::shared_ptr<Font>, std::shared_ptr<GraphicsService>> measures();
+    // The font of the moment and the text's size in it.
+    std::pair<std::shared_ptr<Font>, Size> measured(std::wstring_view text);
     Arrangement rows() const;
     Rect areaWithin(std::int32_t width) const;
     Size sizeWithin(const Rect& area);
@@ -141,7 +139,9 @@ private:
 
     std::wstring markup_;
     std::shared_ptr<FontDescriptor> font_ = std::make_shared<FontDescriptor>();
-    MarkupFonts fonts_;
+    // One for each state of the font; those of one face.
+    std::unordered_map<std::uint32_t, std::shared_ptr<Font>> fonts_;
+    std::wstring fontsFace_;
     // The face that all elements have.
     std::wstring face_;
     // Those of the parsing under way.

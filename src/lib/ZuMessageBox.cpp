@@ -1,7 +1,6 @@
 #include "ZuMessageBox.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
 
 #include "ZuPropertyBag.h"
@@ -18,27 +17,22 @@ struct ButtonText {
     const wchar_t* placeholder;
 };
 
-constexpr ButtonText kOk{kAnswerOk, kStringOk, L"{IDS_OK"};
-constexpr ButtonText kCancel{kAnswerCancel, kStringCancel, L"{IDS_CANCEL"};
-constexpr ButtonText kYes{kAnswerYes, kStringYes, L"{IDS_YES"};
-constexpr ButtonText kNo{kAnswerNo, kStringNo, L"{IDS_NO"};
 constexpr ButtonText kDoNotShowAgain{kAnswerNone, kStringDoNotShowAgain, L"{IDS_DONOTSHOWAGAIN"};
-
-constexpr std::array kOkButtons{kOk};
-constexpr std::array kOkCancelButtons{kOk, kCancel};
-constexpr std::array kYesNoCancelButtons{kYes, kNo, kCancel};
-constexpr std::array kYesNoButtons{kYes, kNo};
+constexpr ButtonText kCancel{kAnswerCancel, kStringCancel, L"{IDS_CANCEL"};
+constexpr ButtonText kOkCancel[] = {{kAnswerOk, kStringOk, L"{IDS_OK"}, kCancel};
+constexpr ButtonText kYesNoCancel[] = {
+    {kAnswerYes, kStringYes, L"{IDS_YES"}, {kAnswerNo, kStringNo, L"{IDS_NO"}, kCancel};
 
 std::span<const ButtonText> buttonsOf(std::uint32_t style) noexcept {
     switch (style & kMessageButtonMask) {
         case kMessageOkCancel:
-            return kOkCancelButtons;
+            return kOkCancel;
         case kMessageYesNoCancel:
-            return kYesNoCancelButtons;
+            return kYesNoCancel;
         case kMessageYesNo:
-            return kYesNoButtons;
+            return std::span(kYesNoCancel).first(2);
         default:
-            return kOkButtons;
+            return std::span(kOkCancel).first(1);
     }
 }
 

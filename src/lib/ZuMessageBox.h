@@ -9,10 +9,6 @@
 // then on without showing anything.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "ZuServiceLocator.h"
 
 namespace zustd {

@@ -44,6 +44,17 @@ std::wstring cutToHeight(const std::wstring& text, std::int32_t height, Measure&
     return cutAt(text, fits);
 }
 
+std::wstring clipboardTextOf(const MessageBoxContent& box) {
+    static constexpr std::wstring_view kRule = L"---------------------------\r\n";
+    std::wstring text(kRule);
+    text.append(box.caption).append(L"\r\n").append(kRule);
+    text.append(box.text).append(L"\r\n").append(kRule);
+    for (const MessageBoxButton& button : box.buttons) {
+        text.append(button.text).append(L"   ");
+    }
+    return text.append(L"\r\n").append(kRule);
+}
+
 }  // namespace
 
 MessageBoxView::MessageBoxView(NativeDialog& dialog, const MessageBoxContent& box,
@@ -70,9 +81,7 @@ bool MessageBoxView::build(WindowService& service) {
     dialog_.setDefaultButton(buttons_.at(box_.defaultButton));
     // Before the layout: the size of the screen is that of the owner's.
     dialog_.synchronizeTree();
-    const auto isMade = [](const std::shared_ptr<NativeButton>& button) {
-        return button && button->hasNativeObject();
-    };
+    const auto isMade = [](const auto& button) { return button && button->hasNativeObject(); };
     if (!dialog_.hasNativeObject() || !std::all_of(buttons_.begin(), buttons_.end(), isMade) ||
         !(box_.checkBoxText.empty() || isMade(checkBox_))) {
         return false;
@@ -181,21 +190,15 @@ void MessageBoxView::close(int answer) {
 }
 
 bool MessageBoxView::onKey(const KeyEvent& event) {
-    const bool backwards = event.key == kKeyLeft || event.key == kKeyUp;
-    if (backwards || event.key == kKeyRight || event.key == kKeyDown) {
-        return moveAmongButtons(backwards);
-    }
-    const bool copies = event.key == 'C' && event.has(kModifierControl);
-    if (copies) {
+    if (event.key == 'C' && event.has(kModifierControl)) {
         backend_.copyText(clipboardTextOf(box_));
+        return true;
     }
-    return copies;
-}
-
-bool MessageBoxView::moveAmongButtons(bool backwards) {
+    const bool backwards = event.key == kKeyLeft || event.key == kKeyUp;
+    const bool moves = backwards || event.key == kKeyRight || event.key == kKeyDown;
     const auto focused = std::find_if(buttons_.begin(), buttons_.end(),
                                       [](const auto& button) { return button->hasFocus(); });
-    if (focused == buttons_.end()) {
+    if (!moves || focused == buttons_.end()) {
         return false;
     }
     const auto count = buttons_.size();
@@ -230,17 +233,6 @@ std::vector<std::wstring> buttonCaptionsOf(const MessageBoxContent& box) {
         }
     }
     return captions;
-}
-
-std::wstring clipboardTextOf(const MessageBoxContent& box) {
-    static constexpr std::wstring_view kRule = L"---------------------------\r\n";
-    std::wstring text(kRule);
-    text.append(box.caption).append(L"\r\n").append(kRule);
-    text.append(box.text).append(L"\r\n").append(kRule);
-    for (const MessageBoxButton& button : box.buttons) {
-        text.append(button.text).append(L"   ");
-    }
-    return text.append(L"\r\n").append(kRule);
 }
 
 }  // namespace zustd

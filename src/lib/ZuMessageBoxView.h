@@ -11,12 +11,6 @@
 // as they stand. Arrow keys move among the buttons.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "ZuControl.h"
 #include "ZuMessageBox.h"
 #include "ZuNativeButton.h"
 
@@ -28,9 +22,6 @@ class NativeDialog;
 // What a backend does for a message box.
 class IMessageBoxBackend {
 public:
-    IMessageBoxBackend() = default;
-    IMessageBoxBackend(const IMessageBoxBackend&) = delete;
-    IMessageBoxBackend& operator=(const IMessageBoxBackend&) = delete;
     virtual ~IMessageBoxBackend() = default;
 
     // Of what lies behind icon and text.
@@ -70,7 +61,6 @@ private:
     void layOut();
     Size layOutPaper(Size most);
     void showText();
-    bool moveAmongButtons(bool backwards);
 
     NativeDialog& dialog_;
     const MessageBoxContent& box_;
@@ -88,8 +78,5 @@ private:
 
 // The captions of a box's buttons, with their access keys.
 std::vector<std::wstring> buttonCaptionsOf(const MessageBoxContent& box);
-
-// What the clipboard gets.
-std::wstring clipboardTextOf(const MessageBoxContent& box);
 
 }  // namespace zustd

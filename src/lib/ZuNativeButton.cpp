@@ -8,51 +8,23 @@
 
 namespace zustd {
 
-namespace {
-
-// Around the caption of a push button, and beside that of the others, which
-// have their mark there; at a scaling factor of 1.
-constexpr Size kPushPadding{24, 10};
-constexpr Size kMarkPadding{20, 4};
-constexpr Size kSmallestPush{75, 23};
-
-}  // namespace
-
-NativeButton::NativeButton() { setFocusable(true); }
-
-bool NativeButton::setKind(ButtonKind kind) {
-    const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    if (!change(kind_, kind)) {
-        return false;
-    }
-    uncheckSiblings();
-    return true;
-}
-
-bool NativeButton::setChecked(bool checked) {
-    const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    if (!change(checked_, checked)) {
-        return false;
-    }
-    uncheckSiblings();
-    return true;
-}
-
 Size NativeButton::preferredSize() {
     if (!windowService()) {
         return boundary().size();
     }
     Size content;
     if (caption_) {
-        content = measuredText(*this, withoutAccessKeys(caption_->text(*this)), styleOf(font_));
+        content = measuredText(*this, withoutAccessKeys(accessText()), styleOf(font_));
     }
     if (bitmap_) {
         const Size image = bitmap_->size();
         content.width = saturatedSum(content.width, scale(saturatedSum(image.width, kBitmapGap)));
         content.height = std::max(content.height, scale(image.height));
     }
-    const Size padding = isPush() ? kPushPadding : kMarkPadding;
-    const Size smallest = isPush() ? kSmallestPush : Size{};
+    // Around the caption of a push button, and beside that of the others, which
+    // have their mark there; at a scaling factor of 1.
+    const Size padding = isPush() ? Size{24, 10} : Size{20, 4};
+    const Size smallest = isPush() ? Size{75, 23} : Size{};
     return {std::max(saturatedSum(content.width, scale(padding.width)), scale(smallest.width)),
             std::max(saturatedSum(content.height, scale(padding.height)), scale(smallest.height))};
 }
@@ -71,36 +43,28 @@ void NativeButton::click() {
 }
 
 bool NativeButton::onKey(const KeyEvent& event) {
-    if (kind_ != ButtonKind::kRadio || event.has(kModifierControl | kModifierAlt)) {
-        return false;
-    }
-    switch (event.key) {
-        case kKeyLeft:
-        case kKeyUp:
-            return chooseNext(true);
-        case kKeyRight:
-        case kKeyDown:
-            return chooseNext(false);
-        default:
-            return false;
-    }
+    const bool backwards = event.key == kKeyLeft || event.key == kKeyUp;
+    const bool moves = backwards || event.key == kKeyRight || event.key == kKeyDown;
+    return moves && kind_ == ButtonKind::kRadio && !event.has(kModifierControl | kModifierAlt) &&
+           chooseNext(backwards);
 }
 
-std::wstring NativeButton::accessText() const {
-    return caption_ ? caption_->text(*this) : std::wstring();
-}
-
-// The radio buttons among the parent's children, this one included.
-std::vector<std::shared_ptr<NativeButton>> NativeButton::group() const {
+// The other radio buttons among the parent's children, the next one first.
+std::vector<std::shared_ptr<NativeButton>> NativeButton::othersOfGroup() const {
     std::vector<std::shared_ptr<NativeButton>> buttons;
-    if (parentControl() != nullptr) {
-        for (const std::shared_ptr<Control>& sibling : parentControl()->children()) {
-            auto button = std::dynamic_pointer_cast<NativeButton>(sibling);
-            if (button && button->kind_ == ButtonKind::kRadio) {
-                buttons.push_back(std::move(button));
-            }
+    if (parentControl() == nullptr) {
+        return buttons;
+    }
+    std::ptrdiff_t before = 0;
+    for (const std::shared_ptr<Control>& sibling : parentControl()->children()) {
+        auto button = std::dynamic_pointer_cast<NativeButton>(sibling);
+        if (button.get() == this) {
+            before = std::ssize(buttons);
+        } else if (button && button->kind_ == ButtonKind::kRadio) {
+            buttons.push_back(std::move(button));
         }
     }
+    std::rotate(buttons.begin(), buttons.begin() + before, buttons.end());
     return buttons;
 }
 
@@ -108,24 +72,18 @@ void NativeButton::uncheckSiblings() {
     if (!checked_ || kind_ != ButtonKind::kRadio) {
         return;
     }
-    for (const std::shared_ptr<NativeButton>& button : group()) {
-        if (button.get() != this) {
-            button->setChecked(false);
-        }
+    for (const std::shared_ptr<NativeButton>& button : othersOfGroup()) {
+        button->setChecked(false);
     }
 }
 
 bool NativeButton::chooseNext(bool backwards) {
-    auto buttons = group();
+    auto buttons = othersOfGroup();
     if (backwards) {
         std::reverse(buttons.begin(), buttons.end());
     }
-    const auto self = std::find_if(buttons.begin(), buttons.end(),
-                                   [this](const auto& button) { return button.get() == this; });
-    // The next one comes first, this one last.
-    std::rotate(buttons.begin(), self == buttons.end() ? self : self + 1, buttons.end());
     for (const std::shared_ptr<NativeButton>& button : buttons) {
-        if (button.get() != this && button->takeFocus()) {
+        if (button->takeFocus()) {
             button->click();
             return true;
         }

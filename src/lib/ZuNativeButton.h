@@ -5,10 +5,6 @@
 // others, and the arrow keys press the next one that can have the focus.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <vector>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -18,12 +14,12 @@ class INativeButtonImpl : public IBackend {};
 
 enum class ButtonKind : std::uint32_t { kPush, kDefaultPush, kCheck, kRadio };
 
-class NativeButton : public Abstraction<INativeButtonImpl>, public Control {
+class NativeButton : public NativeControl<INativeButtonImpl> {
 public:
     // Between image and caption, at a scaling factor of 1.
     static constexpr std::int32_t kBitmapGap = 4;
 
-    NativeButton();
+    NativeButton() { setFocusable(true); }
     ~NativeButton() override { releaseImplementation(); }
 
     // Fail the assertions "caption_" and "font_" when there is none.
@@ -43,9 +39,9 @@ public:
         return kind_ == ButtonKind::kPush || kind_ == ButtonKind::kDefaultPush;
     }
     // A button that has a native object gets a new one.
-    bool setKind(ButtonKind kind);
+    bool setKind(ButtonKind kind) { return changeChoice(kind_, kind); }
     bool isChecked() const noexcept { return checked_; }
-    bool setChecked(bool checked);
+    bool setChecked(bool checked) { return changeChoice(checked_, checked); }
 
     // The caption's size in its font plus what the kind needs around it.
     Size preferredSize() override;
@@ -53,13 +49,24 @@ public:
     // Nothing happens when the button cannot be used.
     void click();
 
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     bool onKey(const KeyEvent& event) override;
-    std::wstring accessText() const override;
+    std::wstring accessText() const override {
+        return caption_ ? caption_->text(*this) : std::wstring();
+    }
     void activate() override { click(); }
 
 private:
-    std::vector<std::shared_ptr<NativeButton>> group() const;
+    // Assigns and shows; a radio button that is checked then unchecks its group.
+    template <class T>
+    bool changeChoice(T& member, T value) {
+        const std::shared_ptr<Control> self = sharedReference<Control>(this);
+        const bool changed = change(member, value);
+        if (changed) {
+            uncheckSiblings();
+        }
+        return changed;
+    }
+    std::vector<std::shared_ptr<NativeButton>> othersOfGroup() const;
     void uncheckSiblings();
     bool chooseNext(bool backwards);
 

@@ -7,20 +7,10 @@
 
 namespace zustd {
 
-const MessageKind NativeComboBox::kSelectionChanged(L"selectionChanged.NativeComboBox",
-                                                    MessageWords::kObject);
-const MessageKind NativeComboBox::kTextChanged(L"textChanged.NativeComboBox",
-                                               MessageWords::kObject);
+using enum MessageWords;
 
-namespace {
-
-// Arrow, frame and a little room, at a scaling factor of 1.
-constexpr Size kPadding{32, 8};
-constexpr std::int32_t kSmallestWidth = 100;
-
-}  // namespace
-
-NativeComboBox::NativeComboBox() { setFocusable(true); }
+const MessageKind NativeComboBox::kSelectionChanged(L"selectionChanged.NativeComboBox", kObject);
+const MessageKind NativeComboBox::kTextChanged(L"textChanged.NativeComboBox", kObject);
 
 bool NativeComboBox::setEditable(bool editable) {
     const ControlUpdate update(*this);
@@ -47,10 +37,6 @@ bool NativeComboBox::canShow(const std::wstring& text) const {
     return editable_ || text.empty() || findItem(text) != kNullSize;
 }
 
-std::wstring NativeComboBox::getItemText(std::size_t index) const {
-    return implementation().getItemText(index);
-}
-
 std::size_t NativeComboBox::findItem(const std::wstring& text) const {
     const auto found = std::find(items_.begin(), items_.end(), text);
     return found == items_.end() ? kNullSize : static_cast<std::size_t>(found - items_.begin());
@@ -63,6 +49,9 @@ Size NativeComboBox::preferredSize() {
     if (!font) {
         return boundary().size();
     }
+    // Arrow, frame and a little room, at a scaling factor of 1.
+    constexpr Size kPadding{32, 8};
+    constexpr std::int32_t kSmallestWidth = 100;
     std::int32_t widest = 0;
     for (const std::wstring& item : items_) {
         widest = std::max(widest, graphics->measureTextWidth(item, *font));
@@ -73,10 +62,9 @@ Size NativeComboBox::preferredSize() {
 
 void NativeComboBox::acceptSelection(std::size_t index) {
     index = index < items_.size() ? index : kNullSize;
-    if (selected_ == index) {
+    if (std::exchange(selected_, index) == index) {
         return;
     }
-    selected_ = index;
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     notify(kSelectionChanged, MessageWord(static_cast<std::intptr_t>(index)));
     // A receiver may have changed the items.
@@ -88,18 +76,14 @@ void NativeComboBox::acceptSelection(std::size_t index) {
 }
 
 void NativeComboBox::acceptText(const std::wstring& text) {
-    if (text_ != text) {
-        text_ = text;
+    if (std::exchange(text_, text) != text) {
         notify(kTextChanged);
     }
 }
 
-// --- ComboBoxImplementation -----------------------------------------------------------------
-
 std::size_t ComboBoxImplementation::addItem(const std::wstring& text) {
-    NativeComboBox& box = getAbstraction();
-    box.items_.push_back(text);
-    const std::size_t index = box.items_.size() - 1;
+    getAbstraction().items_.push_back(text);
+    const std::size_t index = getItemCount() - 1;
     if (hasNativeObject()) {
         mirrorAdded(index);
     }
@@ -143,13 +127,9 @@ void ComboBoxImplementation::selectItem(std::size_t index) {
     }
 }
 
-std::size_t ComboBoxImplementation::getSelectedItem() const { return getAbstraction().selected_; }
-
 std::wstring ComboBoxImplementation::getItemText(std::size_t index) const {
     const std::vector<std::wstring>& items = getAbstraction().items_;
     return index < items.size() ? items[index] : std::wstring();
 }
-
-std::size_t ComboBoxImplementation::getItemCount() const { return getAbstraction().items_.size(); }
 
 }  // namespace zustd

@@ -6,12 +6,6 @@
 // backend what to do to its native object.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -31,14 +25,14 @@ public:
     virtual std::size_t getItemCount() const = 0;
 };
 
-class NativeComboBox : public Abstraction<INativeComboBoxImpl>, public Control {
+class NativeComboBox : public NativeControl<INativeComboBoxImpl> {
 public:
     // First word: the combo box. The selection's second word: the index, or
     // kNullSize.
     static const MessageKind kSelectionChanged;
     static const MessageKind kTextChanged;
 
-    NativeComboBox();
+    NativeComboBox() { setFocusable(true); }
     ~NativeComboBox() override { releaseImplementation(); }
 
     // What stands in the field while nothing is selected or typed. Fails the
@@ -66,13 +60,14 @@ public:
     void clear() { implementation().clear(); }
     void selectItem(std::size_t index) { implementation().selectItem(index); }
     std::size_t getSelectedItem() const { return implementation().getSelectedItem(); }
-    std::wstring getItemText(std::size_t index) const;
+    std::wstring getItemText(std::size_t index) const {
+        return implementation().getItemText(index);
+    }
     std::size_t getItemCount() const { return implementation().getItemCount(); }
     // The first item with exactly this text, or kNullSize.
     std::size_t findItem(const std::wstring& text) const;
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: all items; what the user did. The messages are sent
     // without synchronising.
@@ -93,18 +88,17 @@ private:
     bool editable_ = false;
 };
 
-// The portable part of every backend: keeps the items and calls a mirror
-// operation after each change, when there is a native object. Mirror
-// operations let no failure out.
+// The portable part of every backend. Mirror operations are called when there is a
+// native object, and let no failure out.
 class ComboBoxImplementation : public Implementation<NativeComboBox, INativeComboBoxImpl> {
 public:
     std::size_t addItem(const std::wstring& text) override;
     void removeItem(std::size_t index) override;
     void clear() override;
     void selectItem(std::size_t index) override;
-    std::size_t getSelectedItem() const override;
+    std::size_t getSelectedItem() const override { return getAbstraction().selected_; }
     std::wstring getItemText(std::size_t index) const override;
-    std::size_t getItemCount() const override;
+    std::size_t getItemCount() const override { return getAbstraction().items_.size(); }
 
 protected:
     // The list has changed so; the index is the new or the former one.

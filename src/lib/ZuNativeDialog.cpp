@@ -5,16 +5,13 @@
 namespace zustd {
 
 bool NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button) {
-    if (defaultButton_.lock() == button) {
+    if (defaultButton() == button) {
         return false;
     }
     defaultButton_ = button;
     stateChanged();
     return true;
 }
-
-// Not held meanwhile: a modal dialog ends when its last owner drops it.
-int NativeDialog::show(bool modal) { return implementation().show(modal); }
 
 void NativeDialog::hide(int result) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
@@ -26,13 +23,11 @@ bool NativeDialog::onKey(const KeyEvent& event) {
         acceptClose();
         return true;
     }
-    if (event.key == kKeyEnter) {
-        if (const auto button = buttonForEnter()) {
-            button->click();
-            return true;
-        }
+    const auto button = event.key == kKeyEnter ? buttonForEnter() : nullptr;
+    if (button) {
+        button->click();
     }
-    return false;
+    return button != nullptr;
 }
 
 std::shared_ptr<NativeButton> NativeDialog::buttonForEnter() const {
@@ -46,16 +41,6 @@ bool NativeDialog::onReceiveMessage(const MessageKind& kind, MessageWord a, Mess
         synchronize();
     }
     return Control::onReceiveMessage(kind, a, b);
-}
-
-void NativeDialog::acceptOpen() {
-    open_ = true;
-    result_ = kAnswerNone;
-}
-
-void NativeDialog::acceptClosed(int result) {
-    open_ = false;
-    result_ = result;
 }
 
 bool NativeDialog::acceptClose() {

@@ -9,9 +9,6 @@
 // for popups; other dialogs appear in the middle of their owner.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
 #include "ZuControl.h"
 #include "ZuMessageBox.h"
 
@@ -29,7 +26,7 @@ public:
     virtual void hide(int result) = 0;
 };
 
-class NativeDialog : public Abstraction<INativeDialogImpl>, public Control {
+class NativeDialog : public NativeControl<INativeDialogImpl> {
 public:
     // Styles, chosen when the dialog is made.
     static constexpr std::uint32_t kStyleResizable = 0x01;
@@ -55,25 +52,30 @@ public:
     // the focus, or else the default button; may be null.
     std::shared_ptr<NativeButton> buttonForEnter() const;
 
-    // Fails the assertion "impl_" when there is no backend.
-    int show(bool modal);
+    // Fails the assertion "impl_" when there is no backend. The dialog is not held
+    // meanwhile: a modal one ends when its last owner drops it.
+    int show(bool modal) { return implementation().show(modal); }
     void hide(int result);
     bool isOpen() const noexcept { return open_; }
     int result() const noexcept { return result_; }
 
     InputRouter* inputRouter() noexcept override { return &router_; }
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     bool onKey(const KeyEvent& event) override;
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 
     // For the backend.
-    void acceptOpen();
-    void acceptClosed(int result);
+    void acceptOpen() { acceptState(true, kAnswerNone); }
+    void acceptClosed(int result) { acceptState(false, result); }
     // The user wants to close the dialog; false when its style or a receiver
     // of kClose keeps it open.
     bool acceptClose();
 
 private:
+    void acceptState(bool open, int result) {
+        open_ = open;
+        result_ = result;
+    }
+
     TextRef caption_;
     std::weak_ptr<NativeButton> defaultButton_;
     InputRouter router_;

@@ -1,57 +1,15 @@
 #include "ZuNativeGridView.h"
 
-#include <algorithm>
-
 namespace zustd {
 
+using enum MessageWords;
+
 const MessageKind NativeGridView::kBeforeDisplayRowTooltip(
-    L"beforeDisplayRowTooltip.NativeGridView", MessageWords::kObject);
-const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView",
-                                                     MessageWords::kObject);
-const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView",
-                                               MessageWords::kObject);
-const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView",
-                                                MessageWords::kObject);
-const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView",
-                                                    MessageWords::kObject);
-
-namespace {
-
-MessageWord wordOfRow(std::size_t row) noexcept {
-    return MessageWord(static_cast<std::int64_t>(row));
-}
-
-}  // namespace
-
-NativeGridView::NativeGridView() { setFocusable(true); }
-
-NativeGridView::~NativeGridView() { releaseImplementation(); }
-
-FontDescriptor& NativeGridView::font() const {
-    ZU_ASSERT(font_);
-    return *font_;
-}
-
-BitmapListDescriptor& NativeGridView::bitmaps() const {
-    ZU_ASSERT(bitmaps_);
-    return *bitmaps_;
-}
-
-bool NativeGridView::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
-}
-
-bool NativeGridView::setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps) {
-    return changeDescriptor(bitmaps_, bitmaps);
-}
-
-bool NativeGridView::setColumns(const std::vector<GridColumn>& columns) {
-    return change(columns_, columns);
-}
-
-bool NativeGridView::setHeader(bool header) { return change(header_, header); }
-
-bool NativeGridView::setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
+    L"beforeDisplayRowTooltip.NativeGridView", kObject);
+const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView", kObject);
+const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView", kObject);
+const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView", kObject);
+const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView", kObject);
 
 bool NativeGridView::setMultiSelect(bool multiSelect) {
     const ControlUpdate update(*this);
@@ -72,53 +30,36 @@ INativeGridViewImpl& NativeGridView::known(std::size_t row) const {
     return implementation();
 }
 
-INativeGridViewImpl& NativeGridView::changing() {
-    INativeGridViewImpl& impl = implementation();
-    if (isUpdating()) {
-        stateChanged();
-    }
-    return impl;
-}
-
 INativeGridViewImpl& NativeGridView::changing(std::size_t row) {
     known(row);
     return changing();
 }
 
-// --- What the user did ----------------------------------------------------------------------
-
 void NativeGridView::acceptChecked(std::size_t row, bool checked) {
     known(row);
     if (model_.setChecked(row, checked)) {
-        notify(kCheckStateChanged, wordOfRow(row));
+        tell(kCheckStateChanged, row);
     }
 }
 
 void NativeGridView::acceptSelected(std::size_t first, std::size_t last, bool selected) {
-    last = std::min(last, model_.rowCount() - 1);
     for (std::size_t row = first; row < model_.rowCount() && row <= last; ++row) {
         selectionChanged_ = model_.setSelected(row, selected) || selectionChanged_;
     }
 }
 
 void NativeGridView::acceptSelectionDone() {
-    if (!selectionChanged_) {
-        return;
+    if (std::exchange(selectionChanged_, false)) {
+        const std::vector<std::size_t> selected = model_.selectedRows();
+        tell(kSelectionChanged, selected.empty() ? kNullSize : selected.front());
     }
-    selectionChanged_ = false;
-    const std::vector<std::size_t> selected = model_.selectedRows();
-    notify(kSelectionChanged, wordOfRow(selected.empty() ? kNullSize : selected.front()));
 }
-
-void NativeGridView::acceptLeftClick(std::size_t row) { notify(kLeftClicked, wordOfRow(row)); }
-
-void NativeGridView::acceptRightClick(std::size_t row) { notify(kRightClicked, wordOfRow(row)); }
 
 std::wstring NativeGridView::acceptTooltipRequest(std::size_t row) {
     known(row);
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     rowTooltip_.clear();
-    notify(kBeforeDisplayRowTooltip, wordOfRow(row));
+    tell(kBeforeDisplayRowTooltip, row);
     return rowTooltip_;
 }
 
@@ -127,8 +68,6 @@ void NativeGridView::acceptColumnWidth(std::size_t column, std::int32_t width) {
         columns_[column].width = width;
     }
 }
-
-// --- GridViewImplementation -----------------------------------------------------------------
 
 bool GridViewImplementation::mirrors() {
     if (!hasNativeObject()) {

@@ -10,13 +10,6 @@
 // is brought up to date at once. Put one around changes of many rows.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "ZuControl.h"
 #include "ZuGridModel.h"
 
@@ -63,7 +56,7 @@ struct GridColumn {
     friend bool operator==(const GridColumn&, const GridColumn&) = default;
 };
 
-class NativeGridView : public Abstraction<INativeGridViewImpl>, public Control {
+class NativeGridView : public NativeControl<INativeGridViewImpl> {
 public:
     // First word: the grid. Second word: the row, or kNullSize where none is
     // meant.
@@ -74,23 +67,23 @@ public:
     // Once for a change of any number of rows.
     static const MessageKind kSelectionChanged;
 
-    NativeGridView();
-    ~NativeGridView() override;
+    NativeGridView() { setFocusable(true); }
+    ~NativeGridView() override { releaseImplementation(); }
 
     // Fail the assertions "font_" and "bitmaps_" when there is none.
-    FontDescriptor& font() const;
-    BitmapListDescriptor& bitmaps() const;
+    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
+    BitmapListDescriptor& bitmaps() const { return required(bitmaps_, L"bitmaps_", ZU_HERE); }
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool hasBitmaps() const noexcept { return bitmaps_ != nullptr; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
-    bool setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps);
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
+    bool setBitmaps(const BitmapListRef& bitmaps) { return changeDescriptor(bitmaps_, bitmaps); }
 
     const std::vector<GridColumn>& columns() const noexcept { return columns_; }
-    bool setColumns(const std::vector<GridColumn>& columns);
+    bool setColumns(const std::vector<GridColumn>& columns) { return change(columns_, columns); }
     bool hasHeader() const noexcept { return header_; }
-    bool setHeader(bool header);
+    bool setHeader(bool header) { return change(header_, header); }
     bool hasCheckBoxes() const noexcept { return checkBoxes_; }
-    bool setCheckBoxes(bool checkBoxes);
+    bool setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
     bool isMultiSelect() const noexcept { return multiSelect_; }
     // A grid that has a native object gets a new one.
     bool setMultiSelect(bool multiSelect);
@@ -131,8 +124,6 @@ public:
     void resizeColumns() { implementation().resizeColumns(); }
     void synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
 
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
-
     // For the backend: the rows; what the user did. The messages are sent
     // without synchronising.
     GridModel& model() noexcept { return model_; }
@@ -142,22 +133,23 @@ public:
     void acceptSelected(std::size_t first, std::size_t last, bool selected);
     // The end of one user action that changed the selection.
     void acceptSelectionDone();
-    void acceptLeftClick(std::size_t row);
-    void acceptRightClick(std::size_t row);
+    void acceptLeftClick(std::size_t row) { tell(kLeftClicked, row); }
+    void acceptRightClick(std::size_t row) { tell(kRightClicked, row); }
     // The text for a row's tooltip.
     std::wstring acceptTooltipRequest(std::size_t row);
     void acceptColumnWidth(std::size_t column, std::int32_t width);
 
 private:
+    using NativeControl::changing;
     // The backend, for a row that there is.
     INativeGridViewImpl& known(std::size_t row) const;
-    // For a change of rows: what is not mirrored during an update is shown at
-    // its end.
-    INativeGridViewImpl& changing();
     INativeGridViewImpl& changing(std::size_t row);
+    void tell(const MessageKind& kind, std::size_t row) {
+        notify(kind, MessageWord(static_cast<std::int64_t>(row)));
+    }
 
-    std::shared_ptr<FontDescriptor> font_;
-    std::shared_ptr<BitmapListDescriptor> bitmaps_;
+    FontRef font_;
+    BitmapListRef bitmaps_;
     std::vector<GridColumn> columns_;
     GridModel model_;
     std::wstring rowTooltip_;
@@ -167,9 +159,8 @@ private:
     bool selectionChanged_ = false;
 };
 
-// The portable part of every backend: keeps the rows, and after each change
-// calls a mirror operation when there is a native object and no update is
-// running. Mirror operations let no failure out.
+// The portable part of every backend. Mirror operations are called when there is a
+// native object and no update is running, and let no failure out.
 class GridViewImplementation : public Implementation<NativeGridView, INativeGridViewImpl> {
 public:
     std::size_t addRow(const std::wstring& key) override;
@@ -189,8 +180,8 @@ public:
         show(row, model().setBitmap(row, bitmap));
     }
     bool getRowChecked(std::size_t row) const override { return model().isChecked(row); }
-    void setRowChecked(std::size_t row, bool checked) override {
-        show(row, model().setChecked(row, checked));
+    void setRowChecked(std::size_t row, bool on) override {
+        show(row, model().setChecked(row, on));
     }
     void selectRow(std::size_t row) override;
     void deselectRow(std::size_t row) override;

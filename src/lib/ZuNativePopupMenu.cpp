@@ -24,10 +24,7 @@ void NativePopupMenu::setItems(std::vector<PopupMenuItem> items) {
 }
 
 void NativePopupMenu::addItem(std::uint32_t identifier, std::wstring caption) {
-    PopupMenuItem item;
-    item.identifier = identifier;
-    item.caption = std::move(caption);
-    items_.push_back(std::move(item));
+    items_.push_back({.identifier = identifier, .caption = std::move(caption), .items = {}});
     stateChanged();
 }
 

@@ -4,11 +4,6 @@
 // data, filled in before. show() blocks until the menu is gone.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -35,7 +30,7 @@ public:
     virtual std::uint32_t show(Point place) = 0;
 };
 
-class NativePopupMenu : public Abstraction<INativePopupMenuImpl>, public Control {
+class NativePopupMenu : public NativeControl<INativePopupMenuImpl> {
 public:
     NativePopupMenu() = default;
     ~NativePopupMenu() override { releaseImplementation(); }
@@ -52,8 +47,6 @@ public:
     // Shows the menu and sends kSelected with the chosen identifier as second
     // word, unless it is 0. Fails the assertion "impl_" without a backend.
     std::uint32_t show(Point placeOnScreen);
-
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
 private:
     std::vector<PopupMenuItem> items_;

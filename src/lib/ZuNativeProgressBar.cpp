@@ -4,14 +4,6 @@
 
 namespace zustd {
 
-namespace {
-
-// Where there is no backend to ask, and how long bars are, in pixels.
-constexpr std::int32_t kUsualThickness = 15;
-constexpr std::int32_t kUsualLength = 160;
-
-}  // namespace
-
 bool NativeProgressBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     maximum = std::max(minimum, maximum);
     if (minimum_ == minimum && maximum_ == maximum) {
@@ -31,23 +23,16 @@ bool NativeProgressBar::setPosition(std::int32_t position) {
                 &INativeProgressBarImpl::setPosition);
 }
 
-bool NativeProgressBar::setEnableMarqueeAnimation(bool enable) {
-    return push(marquee_, enable, &INativeProgressBarImpl::setEnableMarqueeAnimation);
-}
-
 bool NativeProgressBar::setMarqueeInterval(std::uint32_t milliseconds) {
     return push(marqueeInterval_, std::max(milliseconds, std::uint32_t{1}),
                 &INativeProgressBarImpl::setMarqueeInterval);
 }
 
-bool NativeProgressBar::setState(ProgressState state) {
-    return push(state_, state, &INativeProgressBarImpl::setState);
-}
-
 Size NativeProgressBar::preferredSize() {
-    const std::int32_t thickness =
-        hasImplementation() ? implementation().getThickness() : kUsualThickness;
-    return {scale(kUsualLength), thickness};
+    // At a scaling factor of 1, and where there is no backend to ask.
+    constexpr Size kUsual{160, 15};
+    return {scale(kUsual.width),
+            hasImplementation() ? implementation().getThickness() : kUsual.height};
 }
 
 }  // namespace zustd

@@ -1,8 +1,6 @@
 // A native progress bar, for work whose end is known or not.
 #pragma once
 
-#include <cstdint>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -26,7 +24,7 @@ public:
     virtual std::int32_t getThickness() const = 0;
 };
 
-class NativeProgressBar : public Abstraction<INativeProgressBarImpl>, public Control {
+class NativeProgressBar : public NativeControl<INativeProgressBarImpl> {
 public:
     NativeProgressBar() = default;
     ~NativeProgressBar() override { releaseImplementation(); }
@@ -39,15 +37,18 @@ public:
     // Taken into the range.
     bool setPosition(std::int32_t position);
     bool isMarquee() const noexcept { return marquee_; }
-    bool setEnableMarqueeAnimation(bool enable);
+    bool setEnableMarqueeAnimation(bool enable) {
+        return push(marquee_, enable, &INativeProgressBarImpl::setEnableMarqueeAnimation);
+    }
     // Between two steps of the animation; 1 or more.
     std::uint32_t marqueeInterval() const noexcept { return marqueeInterval_; }
     bool setMarqueeInterval(std::uint32_t milliseconds);
     ProgressState state() const noexcept { return state_; }
-    bool setState(ProgressState state);
+    bool setState(ProgressState state) {
+        return push(state_, state, &INativeProgressBarImpl::setState);
+    }
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
 private:
     // Assigns and tells the backend; whether there was a change.

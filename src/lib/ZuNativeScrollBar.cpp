@@ -4,15 +4,6 @@
 
 namespace zustd {
 
-namespace {
-
-// Where there is no backend to ask.
-constexpr std::int32_t kUsualThickness = 17;
-
-}  // namespace
-
-NativeScrollBar::NativeScrollBar(bool vertical) : vertical_(vertical) {}
-
 bool NativeScrollBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     maximum = std::max(minimum, maximum);
     if (minimum_ == minimum && maximum_ == maximum) {
@@ -26,28 +17,26 @@ bool NativeScrollBar::setRange(std::int32_t minimum, std::int32_t maximum) {
 
 bool NativeScrollBar::setPageSize(std::int32_t size) {
     size = std::max(size, 1);
-    if (pageSize_ == size) {
+    if (std::exchange(pageSize_, size) == size) {
         return false;
     }
-    pageSize_ = size;
     pushRange();
     return true;
 }
 
 bool NativeScrollBar::setLineSize(std::int32_t size) {
     size = std::max(size, 1);
-    const bool changed = lineSize_ != size;
-    lineSize_ = size;
-    return changed;
+    return std::exchange(lineSize_, size) != size;
 }
 
 bool NativeScrollBar::setPosition(std::int32_t position) {
-    if (!move(position)) {
+    position = std::clamp(position, minimum_, highestPosition());
+    if (std::exchange(position_, position) == position) {
         return false;
     }
     if (hasImplementation()) {
         implementation().setPosition(position_);
-        implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
+        pushArrows();
     }
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     const MessageWord word{std::intptr_t{position_}};
@@ -60,13 +49,9 @@ std::int32_t NativeScrollBar::highestPosition() const noexcept {
     return saturate(std::max<std::int64_t>(std::int64_t{maximum_} - pageSize_ + 1, minimum_));
 }
 
-bool NativeScrollBar::isTracking() const {
-    return hasImplementation() && implementation().isTracking();
-}
-
 Size NativeScrollBar::preferredSize() {
-    const std::int32_t thickness =
-        hasImplementation() ? implementation().getThickness() : kUsualThickness;
+    // The usual one where there is no backend to ask.
+    const std::int32_t thickness = hasImplementation() ? implementation().getThickness() : 17;
     return vertical_ ? Size{thickness, boundary().height()} : Size{boundary().width(), thickness};
 }
 
@@ -90,13 +75,11 @@ bool NativeScrollBar::onKey(const KeyEvent& event) {
     };
     switch (event.key) {
         case kKeyUp:
-            return vertical_ && step(-std::int64_t{lineSize_});
-        case kKeyDown:
-            return vertical_ && step(lineSize_);
         case kKeyLeft:
-            return !vertical_ && step(-std::int64_t{lineSize_});
+            return vertical_ == (event.key == kKeyUp) && step(-std::int64_t{lineSize_});
+        case kKeyDown:
         case kKeyRight:
-            return !vertical_ && step(lineSize_);
+            return vertical_ == (event.key == kKeyDown) && step(lineSize_);
         case kKeyPageUp:
             return step(-std::int64_t{pageSize_});
         case kKeyPageDown:
@@ -110,13 +93,8 @@ bool NativeScrollBar::onKey(const KeyEvent& event) {
     }
 }
 
-void NativeScrollBar::acceptPosition(std::int32_t position) { setPosition(position); }
-
-// Takes the position into the range; whether it is another one then.
-bool NativeScrollBar::move(std::int32_t position) {
-    const std::int32_t before = position_;
-    position_ = std::clamp(position, minimum_, highestPosition());
-    return position_ != before;
+void NativeScrollBar::pushArrows() {
+    implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
 }
 
 void NativeScrollBar::pushRange() {
@@ -125,7 +103,7 @@ void NativeScrollBar::pushRange() {
         implementation().setPageSize(pageSize_);
     }
     if (!setPosition(position_) && hasImplementation()) {
-        implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
+        pushArrows();
     }
 }
 

@@ -5,8 +5,6 @@
 // kScrolledHorizontally or kScrolledVertically with the position.
 #pragma once
 
-#include <cstdint>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -29,9 +27,9 @@ public:
     virtual std::int32_t getThickness() const = 0;
 };
 
-class NativeScrollBar : public Abstraction<INativeScrollBarImpl>, public Control {
+class NativeScrollBar : public NativeControl<INativeScrollBarImpl> {
 public:
-    explicit NativeScrollBar(bool vertical = true);
+    explicit NativeScrollBar(bool vertical = true) : vertical_(vertical) {}
     ~NativeScrollBar() override { releaseImplementation(); }
 
     bool isVertical() const noexcept { return vertical_; }
@@ -49,19 +47,18 @@ public:
     bool setPosition(std::int32_t position);
     std::int32_t highestPosition() const noexcept;
 
-    bool isTracking() const;
+    bool isTracking() const { return hasImplementation() && implementation().isTracking(); }
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
     // The wheel and the arrow keys move the bar.
     bool onMouse(const MouseEvent& event) override;
     bool onKey(const KeyEvent& event) override;
 
     // For the backend: the user has scrolled. Steps of lines and pages are
     // passed as positions too.
-    void acceptPosition(std::int32_t position);
+    void acceptPosition(std::int32_t position) { setPosition(position); }
 
 private:
-    bool move(std::int32_t position);
+    void pushArrows();
     void pushRange();
 
     std::int32_t minimum_ = 0;

@@ -26,8 +26,6 @@ std::wstring normalized(std::wstring text, std::size_t maximumLength) {
 
 }  // namespace
 
-NativeTextBox::NativeTextBox() { setFocusable(true); }
-
 bool NativeTextBox::setText(const std::wstring& text) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     if (!change(text_, normalized(text, maximumLength_))) {
@@ -56,8 +54,7 @@ Size NativeTextBox::preferredSize() {
 }
 
 void NativeTextBox::acceptText(const std::wstring& text) {
-    if (text_ != text) {
-        text_ = text;
+    if (std::exchange(text_, text) != text) {
         notify(kTextChanged);
     }
 }

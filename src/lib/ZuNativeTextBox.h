@@ -1,10 +1,6 @@
 // A native field for text of one line or several.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -14,12 +10,12 @@ class INativeTextBoxImpl : public IBackend {};
 
 enum class TextBoxKind : std::uint32_t { kSingleLine, kMultiLine, kPassword };
 
-class NativeTextBox : public Abstraction<INativeTextBoxImpl>, public Control {
+class NativeTextBox : public NativeControl<INativeTextBoxImpl> {
 public:
     // The user or the program has changed the text. First word: the text box.
     static const MessageKind kTextChanged;
 
-    NativeTextBox();
+    NativeTextBox() { setFocusable(true); }
     ~NativeTextBox() override { releaseImplementation(); }
 
     // The hint that an empty field shows; one of several lines shows none.
@@ -47,7 +43,6 @@ public:
     bool setMaximumLength(std::size_t length);
 
     Size preferredSize() override;
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the user has changed the text. Sends the message
     // without synchronising.

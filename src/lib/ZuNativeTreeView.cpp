@@ -2,82 +2,37 @@
 
 namespace zustd {
 
-const MessageKind NativeTreeView::kCheckStateChanged(L"checkStateChanged.NativeTreeView",
-                                                     MessageWords::kObject);
-const MessageKind NativeTreeView::kNodeCollapsing(L"nodeCollapsing.NativeTreeView",
-                                                  MessageWords::kObject);
-const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView",
-                                                 MessageWords::kObject);
-const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView",
-                                                MessageWords::kObject);
-const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView",
-                                                    MessageWords::kObject);
+using enum MessageWords;
 
-namespace {
-
-MessageWord wordOfNode(TreeNode node) noexcept {
-    return MessageWord(static_cast<std::int64_t>(node));
-}
-
-}  // namespace
-
-NativeTreeView::NativeTreeView() { setFocusable(true); }
-
-NativeTreeView::~NativeTreeView() { releaseImplementation(); }
-
-bool NativeTreeView::setFont(const std::shared_ptr<FontDescriptor>& font) {
-    return changeDescriptor(font_, font);
-}
-
-bool NativeTreeView::setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps) {
-    return changeDescriptor(bitmaps_, bitmaps);
-}
-
-bool NativeTreeView::setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
-
-// --- Operations -----------------------------------------------------------------------------
+const MessageKind NativeTreeView::kCheckStateChanged(L"checkStateChanged.NativeTreeView", kObject);
+const MessageKind NativeTreeView::kNodeCollapsing(L"nodeCollapsing.NativeTreeView", kObject);
+const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView", kObject);
+const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView", kObject);
+const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView", kObject);
 
 void NativeTreeView::setEnableRedraw(bool enable) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     implementation().setEnableRedraw(enable);
 }
 
-INativeTreeViewImpl& NativeTreeView::changing() {
-    INativeTreeViewImpl& impl = implementation();
-    if (isUpdating()) {
-        stateChanged();
-    }
-    return impl;
-}
-
-// --- What the user did ----------------------------------------------------------------------
-
 void NativeTreeView::acceptSelection(TreeNode node) {
     if (model_.select(node)) {
-        notify(kSelectionChanged, wordOfNode(node));
+        tell(kSelectionChanged, node);
     }
 }
 
 void NativeTreeView::acceptChecked(TreeNode node, bool checked) {
     if (model_.setChecked(node, checked)) {
-        notify(kCheckStateChanged, wordOfNode(node));
+        tell(kCheckStateChanged, node);
     }
 }
 
 bool NativeTreeView::acceptExpanding(TreeNode node, bool expand) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     expandingRefused_ = false;
-    notify(expand ? kNodeExpanding : kNodeCollapsing, wordOfNode(node));
+    tell(expand ? kNodeExpanding : kNodeCollapsing, node);
     return !expandingRefused_;
 }
-
-void NativeTreeView::acceptExpanded(TreeNode node, bool expanded) {
-    model_.setExpanded(node, expanded);
-}
-
-void NativeTreeView::acceptRightClick(TreeNode node) { notify(kRightClicked, wordOfNode(node)); }
-
-// --- TreeViewImplementation -----------------------------------------------------------------
 
 bool TreeViewImplementation::mirrors() {
     if (!hasNativeObject()) {
@@ -105,29 +60,15 @@ void TreeViewImplementation::show(TreeNode node, bool changed) {
 void TreeViewImplementation::setEnableRedraw(bool enable) {
     if (!enable) {
         ++redrawOff_;
-        return;
-    }
-    if (redrawOff_ == 0 || --redrawOff_ != 0) {
-        return;
-    }
-    if (isStale() && hasNativeObject()) {
+    } else if (redrawOff_ != 0 && --redrawOff_ == 0 && isStale() && hasNativeObject()) {
         synchronizeWithAbstraction();
     }
-}
-
-TreeNode TreeViewImplementation::addRootNode(const std::wstring& key, const std::wstring& caption) {
-    return added(model().addChild(kNoNode, key, caption));
 }
 
 TreeNode TreeViewImplementation::addChildNode(TreeNode parent, const std::wstring& key,
                                               const std::wstring& caption) {
     ZU_ASSERT_AS(model().contains(parent), L"contains(node)", ZU_HERE);
     return added(model().addChild(parent, key, caption));
-}
-
-TreeNode TreeViewImplementation::addSiblingNode(TreeNode sibling, const std::wstring& key,
-                                                const std::wstring& caption) {
-    return added(model().addSibling(sibling, key, caption));
 }
 
 void TreeViewImplementation::removeNode(TreeNode node) {

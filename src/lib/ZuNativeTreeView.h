@@ -14,11 +14,6 @@
 // then, and switching it on again brings the native object up to date at once.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "ZuControl.h"
 #include "ZuTreeFiller.h"
 
@@ -85,9 +80,9 @@ public:
     virtual void clearNodeSelection() = 0;
 };
 
-class NativeTreeView : public Abstraction<INativeTreeViewImpl>, public Control {
+class NativeTreeView : public NativeControl<INativeTreeViewImpl> {
 public:
-    // First word: the tree view; second: the node (nodeOfWord), or kNoNode.
+    // First word: the tree view; second: the node, or kNoNode.
     static const MessageKind kCheckStateChanged;
     // Before the user does it; a receiver may call refuseExpanding().
     static const MessageKind kNodeCollapsing;
@@ -97,22 +92,17 @@ public:
     // some do when none is selected.
     static const MessageKind kSelectionChanged;
 
-    // The node that a message's second word is about.
-    static TreeNode nodeOfWord(MessageWord word) noexcept {
-        return static_cast<TreeNode>(word.number());
-    }
-
-    NativeTreeView();
-    ~NativeTreeView() override;
+    NativeTreeView() { setFocusable(true); }
+    ~NativeTreeView() override { releaseImplementation(); }
 
     // May be null.
-    const std::shared_ptr<FontDescriptor>& font() const noexcept { return font_; }
-    const std::shared_ptr<BitmapListDescriptor>& bitmaps() const noexcept { return bitmaps_; }
-    bool setFont(const std::shared_ptr<FontDescriptor>& font);
-    bool setBitmaps(const std::shared_ptr<BitmapListDescriptor>& bitmaps);
+    const FontRef& font() const noexcept { return font_; }
+    const BitmapListRef& bitmaps() const noexcept { return bitmaps_; }
+    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
+    bool setBitmaps(const BitmapListRef& bitmaps) { return changeDescriptor(bitmaps_, bitmaps); }
     bool hasCheckBoxes() const noexcept { return checkBoxes_; }
     // A tree view that has a native object gets a new one.
-    bool setCheckBoxes(bool checkBoxes);
+    bool setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
 
     // The operations of INativeTreeViewImpl. Each fails the assertion "impl_"
     // without backend and "contains(node)" for a node that there is not; only
@@ -152,9 +142,7 @@ public:
     void ensureNodeVisible(TreeNode node) { implementation().ensureNodeVisible(node); }
     Rect getNodeBoundary(TreeNode node) const { return nodes().getNodeBoundary(node); }
     bool getNodeExpanded(TreeNode node) const { return nodes().getNodeExpanded(node); }
-    void setNodeExpanded(TreeNode node, bool expanded) {
-        changing().setNodeExpanded(node, expanded);
-    }
+    void setNodeExpanded(TreeNode node, bool on) { changing().setNodeExpanded(node, on); }
     void expandAllNodes() { changing().expandAllNodes(); }
     void expandAllNodes(TreeNode node) { changing().expandAllNodes(node); }
     void collapseAllNodes() { changing().collapseAllNodes(); }
@@ -168,17 +156,13 @@ public:
     std::wstring getNodeKey(TreeNode node) const { return nodes().getNodeKey(node); }
     TreeNode findNode(const std::wstring& key) const { return nodes().findNode(key); }
     bool getNodeEmphasized(TreeNode node) const { return nodes().getNodeEmphasized(node); }
-    void setNodeEmphasized(TreeNode node, bool emphasized) {
-        changing().setNodeEmphasized(node, emphasized);
-    }
+    void setNodeEmphasized(TreeNode node, bool on) { changing().setNodeEmphasized(node, on); }
     TreeNode getSelectedNode() const { return nodes().getSelectedNode(); }
     void selectNode(TreeNode node) { changing().selectNode(node); }
     void clearNodeSelection() { changing().clearNodeSelection(); }
 
     // While kNodeExpanding or kNodeCollapsing is being sent: it does not happen.
     void refuseExpanding() noexcept { expandingRefused_ = true; }
-
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the nodes; what the user did. The messages are sent
     // without synchronising.
@@ -189,33 +173,36 @@ public:
     // Before a node is expanded or collapsed; false when it is refused.
     bool acceptExpanding(TreeNode node, bool expand);
     // After it was.
-    void acceptExpanded(TreeNode node, bool expanded);
-    void acceptRightClick(TreeNode node);
+    void acceptExpanded(TreeNode node, bool expanded) { model_.setExpanded(node, expanded); }
+    void acceptRightClick(TreeNode node) { tell(kRightClicked, node); }
 
 private:
     INativeTreeViewImpl& nodes() const { return implementation(); }
-    // For a change of nodes: what is not mirrored during an update is shown at
-    // its end.
-    INativeTreeViewImpl& changing();
+    void tell(const MessageKind& kind, TreeNode node) {
+        notify(kind, MessageWord(static_cast<std::int64_t>(node)));
+    }
 
-    std::shared_ptr<FontDescriptor> font_;
-    std::shared_ptr<BitmapListDescriptor> bitmaps_;
+    FontRef font_;
+    BitmapListRef bitmaps_;
     TreeModel model_;
     bool checkBoxes_ = false;
     bool expandingRefused_ = false;
 };
 
-// The portable part of every backend: keeps the nodes, and after each change
-// calls a mirror operation when there is a native object and redrawing is on.
-// Mirror operations let no failure out.
+// The portable part of every backend. Mirror operations are called when there is a
+// native object and redrawing is on, and let no failure out.
 class TreeViewImplementation : public Implementation<NativeTreeView, INativeTreeViewImpl> {
 public:
     void setEnableRedraw(bool enable) override;
-    TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) override;
+    TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) override {
+        return added(model().addChild(kNoNode, key, caption));
+    }
     TreeNode addChildNode(TreeNode parent, const std::wstring& key,
                           const std::wstring& caption) override;
     TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key,
-                            const std::wstring& caption) override;
+                            const std::wstring& caption) override {
+        return added(model().addSibling(sibling, key, caption));
+    }
     void removeNode(TreeNode node) override;
     void clear() override;
     std::size_t getNodeCount() const override { return model().nodeCount(); }
@@ -242,8 +229,8 @@ public:
     void collapseAllNodes() override { expandSubtree(kNoNode, false); }
     void collapseAllNodes(TreeNode node) override { expandSubtree(node, false); }
     bool getNodeChecked(TreeNode node) const override { return model().isChecked(node); }
-    void setNodeChecked(TreeNode node, bool checked) override {
-        show(node, model().setChecked(node, checked));
+    void setNodeChecked(TreeNode node, bool on) override {
+        show(node, model().setChecked(node, on));
     }
     std::int32_t getNodeBitmap(TreeNode node) const override { return model().bitmap(node); }
     void setNodeBitmap(TreeNode node, std::int32_t bitmap) override {

@@ -9,8 +9,6 @@
 // its descriptor; without a background colour in that of the system's dialogs.
 #pragma once
 
-#include <memory>
-
 #include "ZuControl.h"
 
 namespace zustd {
@@ -18,7 +16,7 @@ namespace zustd {
 // Marker: a backend has no operations of its own.
 class INativeWindowImpl : public IBackend {};
 
-class NativeWindow : public Abstraction<INativeWindowImpl>, public Control {
+class NativeWindow : public NativeControl<INativeWindowImpl> {
 public:
     NativeWindow() : router_(*this) {}
     ~NativeWindow() override { releaseImplementation(); }
@@ -29,7 +27,6 @@ public:
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
 
     InputRouter* inputRouter() noexcept override { return &router_; }
-    IImplementation* backend() const noexcept override { return untypedImplementation(); }
 
     // For the backend: the user wants to close the window; false when a
     // receiver of kClose keeps it open.

@@ -1,7 +1,5 @@
 #include "ZuTreeFiller.h"
 
-#include <vector>
-
 namespace zustd {
 
 namespace {
@@ -12,13 +10,6 @@ constexpr std::size_t kFewParents = 8;
 constexpr std::size_t kManyParents = 128;
 
 }  // namespace
-
-void TreeFiller::forget() noexcept {
-    runs_.clear();
-    unsettled_.clear();
-}
-
-// --- What waits -----------------------------------------------------------------------------
 
 // Whether the native tree can have children of a node; of kNoNode always.
 bool TreeFiller::isOpen(TreeNode parent) const {
@@ -108,8 +99,6 @@ TreeNode TreeFiller::take() {
     return kNoNode;
 }
 
-// --- Steps ----------------------------------------------------------------------------------
-
 // False when no node waits.
 bool TreeFiller::insertNext() {
     const TreeNode node = take();
@@ -162,10 +151,8 @@ void TreeFiller::restart() {
     if (const TreeNode first = items_.model().firstRoot(); first != kNoNode) {
         runs_.push_back(first);
     }
-    workSlice(&TreeFiller::workNext);
+    work();
 }
-
-void TreeFiller::work() { workSlice(&TreeFiller::workNext); }
 
 void TreeFiller::workLater() {
     state_ = TreeState::kBehind;

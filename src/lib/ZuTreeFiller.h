@@ -11,7 +11,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <deque>
 
 #include "ZuTreeModel.h"
@@ -66,12 +65,15 @@ public:
 
     bool hasWork() const noexcept { return !runs_.empty() || !unsettled_.empty(); }
     // Nothing waits any more.
-    void forget() noexcept;
+    void forget() noexcept {
+        runs_.clear();
+        unsettled_.clear();
+    }
 
     // After the native tree has lost all of its items: the first slice of them.
     void restart();
     // The next slice, and a request for another one; without one all that waits.
-    void work();
+    void work() { workSlice(&TreeFiller::workNext); }
     // With the next message, together with what else comes until then.
     void workLater();
 

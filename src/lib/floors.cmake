@@ -71,7 +71,6 @@ set(zustd_toolkit
   ZuForkControl
   ZuScrollable
   ZuMarkup
-  ZuMarkupFonts
   ZuMarkupView
   ZuMessageBox
   ZuNativeButton
