@@ -25,12 +25,8 @@ struct Play {
     std::function<void()> onProbe;
     std::function<void()> onSleep;
     std::vector<std::wstring> processes;
-    // The add-in's process is a real one.
-    bool isProbeReal = false;
     DWORD windowsVersion = 6;
     UINT codePage = 437;
-    // Openings of COM that were not closed.
-    int apartments = 0;
 };
 extern Play play;
 
@@ -38,10 +34,10 @@ extern Play play;
 // and played before is forgotten.
 int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
 
-// Whether the call was reached, what it was, and whether a collection had begun then.
+// The call that failed, and whether a collection had begun then; none when the n-th was not
+// reached.
 struct Injected {
-    bool isReached = false;
-    const char* call = "";
+    const char* call = nullptr;
     bool isCollecting = false;
 };
 extern Injected injected;

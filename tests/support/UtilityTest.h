@@ -13,25 +13,19 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <regex>
 #include <string>
 #include <vector>
 
 #include "PlayedSystem.h"
 #include "UtilityProcess.h"
+#include "ZipWriter.h"
+#include "ZuHandleWin32Gdi.h"
 
 namespace zuplutil::test {
 
-namespace fs = std::filesystem;
-
 using Words = std::vector<std::wstring>;
 using Lines = std::vector<std::string>;
-// Files by their relative path with slashes; a folder's ends in one.
-using FileContents = std::map<std::string, std::string>;
 
 // The add-in's folder and the archive's as changed() names them, and the end of a backup's name.
 inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
@@ -52,35 +46,30 @@ std::string reportOf(bool enabled, const std::string& before = {}, const std::st
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
-inline std::string utf8(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
-}
-
 inline fs::path pathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
 
 inline std::string backslashed(fs::path path) { return utf8(path.make_preferred()); }
-
-inline std::string read(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 inline void write(const fs::path& file, const std::string& bytes) {
     fs::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
-FileContents filesBelow(const fs::path& folder);
-// The files in an archive with stored entries.
-FileContents readZip(const fs::path& archive);
-// An archive of a folder's files, with stored entries.
-std::string zipOf(const fs::path& folder);
 // What reaches the program of a command: the line passes one interpreter, which starts another one
 // on what stands between the outer quotes.
 std::string reached(const std::string& line);
+// As the C runtime writes text.
+inline std::string asFile(const std::string& text) {
+    return std::regex_replace(text, std::regex("\n"), "\r\n");
+}
 inline bool hasForm(const std::string& text, const std::string& expression) {
     return std::regex_match(text, std::regex(expression));
+}
+
+// As long as the handle lives, others may read the file, but neither write, rename nor delete it.
+inline zustd::FileHandle locked(const fs::path& file) {
+    return zustd::FileHandle(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                         OPEN_EXISTING, 0, nullptr));
 }
 
 // Of this process and those that it starts; an empty value takes a variable away.
@@ -148,18 +137,6 @@ private:
     fs::path bench_;
     fs::path root_;
     FileContents before_;
-};
-
-// A file that others may read, but neither write, rename nor delete.
-class LockedFile {
-public:
-    explicit LockedFile(const fs::path& file);
-    LockedFile(const LockedFile&) = delete;
-    LockedFile& operator=(const LockedFile&) = delete;
-    ~LockedFile() { CloseHandle(handle_); }
-
-private:
-    HANDLE handle_;
 };
 
 }  // namespace zuplutil::test
