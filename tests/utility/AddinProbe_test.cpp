@@ -10,42 +10,32 @@ namespace zuplutil::test {
 namespace {
 
 // Registered for as long as this object lives, in the registry that programs of
-// our width see or in that of the others. Touches nothing that was there before.
+// our width see or in that of the others.
 class RegisteredAddin {
 public:
-    explicit RegisteredAddin(const fs::path& library, REGSAM view = 0) : view_(view) {
-        RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes", 0, KEY_ALL_ACCESS | view_,
-                      &classes_);
-        set(L"PelloryForOutlook.Connect", L"CLSID", kClass);
-        set(std::wstring(L"CLSID\\") + kClass, L"InprocServer32", library.wstring());
+    explicit RegisteredAddin(const fs::path& library, const char* view = "") : view_(view) {
+        if (reg("query", kProgram) == 0) {
+            throw std::runtime_error("an add-in is there");
+        }
+        reg("add", kProgram + "\\CLSID /ve /d " + kClass);
+        reg("add", "CLSID\\" + kClass + "\\InprocServer32 /ve /d " + backslashed(library));
     }
     RegisteredAddin(const RegisteredAddin&) = delete;
     RegisteredAddin& operator=(const RegisteredAddin&) = delete;
     ~RegisteredAddin() {
-        for (const std::wstring& key : made_) {
-            RegDeleteTreeW(classes_, key.c_str());
-        }
-        RegCloseKey(classes_);
+        reg("delete", kProgram + " /f");
+        reg("delete", "CLSID\\" + kClass + " /f");
     }
 
 private:
-    static constexpr const wchar_t* kClass = L"{5E0B2F6A-31C7-4E0B-9C55-6D5C6C1E7A10}";
-
-    void set(const std::wstring& key, const wchar_t* below, const std::wstring& value) {
-        DWORD disposition = 0;
-        HKEY made = nullptr;
-        RegCreateKeyExW(classes_, key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view_, nullptr,
-                        &made, &disposition);
-        ASSERT_EQ(disposition, DWORD{REG_CREATED_NEW_KEY}) << "an add-in is there";
-        made_.push_back(key);
-        RegSetKeyValueW(made, below, nullptr, REG_SZ, value.c_str(),
-                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
-        RegCloseKey(made);
+    int reg(const std::string& action, const std::string& key) const {
+        return std::system(
+            ("reg " + action + " HKLM\\Software\\Classes\\" + key + view_ + " >nul 2>nul").c_str());
     }
 
-    REGSAM view_;
-    HKEY classes_ = nullptr;
-    Words made_;
+    const std::string kProgram = "PelloryForOutlook.Connect";
+    const std::string kClass = "{5E0B2F6A-31C7-4E0B-9C55-6D5C6C1E7A10}";
+    const std::string view_;
 };
 
 const std::string kAttempt = "attempting to connect to Pellory add-in\n";
@@ -148,21 +138,22 @@ TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
     constexpr bool kWeAre64 = sizeof(void*) == 8;
     constexpr WORD kOwn = kWeAre64 ? IMAGE_FILE_MACHINE_AMD64 : IMAGE_FILE_MACHINE_I386;
     constexpr WORD kOther = kWeAre64 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64;
-    const REGSAM otherView = kWeAre64 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+    const char* const otherView = kWeAre64 ? " /reg:32" : " /reg:64";
     const std::string line =
         kWeAre64 ? "Pellory add-in is there for 32-bit Outlook: please use zuplutil32.exe\n"
                  : "Pellory add-in is there for 64-bit Outlook: please use zuplutil.exe\n";
-    const std::string noClass = "could not get classid for Pellory.Connect\n";
     const std::string noObject = "could not instantiate Pellory.Connect\n";
     // A system of 32 bits has one view.
     BOOL isBeside = FALSE;
     IsWow64Process(GetCurrentProcess(), &isBeside);
+    const bool twoViews = kWeAre64 || isBeside;
     // In which registry, what the library is, what is said.
-    const std::tuple<REGSAM, std::string, std::string> kCases[] = {
-        {otherView, libraryFor(kOwn), kWeAre64 || isBeside ? noClass + line : noObject},
-        {0, libraryFor(kOther), noObject + line},
-        {0, libraryFor(kOwn), noObject},
-        {0, libraryFor(kOther).substr(0, 70), noObject}};
+    const std::tuple<const char*, std::string, std::string> kCases[] = {
+        {otherView, libraryFor(kOwn),
+         twoViews ? "could not get classid for Pellory.Connect\n" + line : noObject},
+        {"", libraryFor(kOther), noObject + line},
+        {"", libraryFor(kOwn), noObject},
+        {"", libraryFor(kOther).substr(0, 70), noObject}};
     for (const auto& [view, bytes, wanted] : kCases) {
         write(bench() / "addin.dll", bytes);
         const RegisteredAddin addin(bench() / "addin.dll", view);
