@@ -12,17 +12,13 @@
 #include <new>
 #include <utility>
 
-// Types of functions are enough here, whatever else is said of them; and memory
-// does come from where it goes.
+// Types of functions are enough here, whatever else is said of them.
 #pragma GCC diagnostic ignored "-Wignored-attributes"
-#ifndef __clang__
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#endif
 
 namespace {
 
-using zuplutil::test::injected;
 using zuplutil::test::Mode;
+using zuplutil::test::play;
 
 Mode mode = Mode::kPass;
 int untilDue = 0;
@@ -35,9 +31,8 @@ bool isDue(const char* name, bool changes) {
     if (mode == Mode::kKill) {
         TerminateProcess(GetCurrentProcess(), zuplutil::test::kKilled);
     }
-    injected.call = name;
-    injected.isCollecting =
-        std::strstr(zuplutil::test::play.story.c_str(), "Starting collection of") != nullptr;
+    play.failedCall = name;
+    play.isCollecting = play.story.find("Starting collection of") != play.story.npos;
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     errno = ENOSPC;
     return true;
@@ -47,19 +42,18 @@ bool isDue(const char* name, bool changes) {
 
 void* operator new(std::size_t size) {
     const bool fails = mode == Mode::kFail && isDue("operator new", false);
-    void* const memory = fails ? nullptr : std::malloc(size);
+    void* const memory = fails ? nullptr : HeapAlloc(GetProcessHeap(), 0, size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
     return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { HeapFree(GetProcessHeap(), 0, memory); }
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace zuplutil::test {
 
 Play play;
-Injected injected;
 
 namespace {
 
@@ -260,7 +254,7 @@ int perform(const std::function<int()>& action, int n, Mode how) {
     play.story.clear();
     play.story.reserve(std::size_t{1} << 20);
     waiting.clear();
-    injected = {};
+    play.failedCall = nullptr;
     untilDue = n;
     mode = how;
     const int result = action();

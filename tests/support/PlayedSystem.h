@@ -27,20 +27,16 @@ struct Play {
     std::vector<std::wstring> processes;
     DWORD windowsVersion = 6;
     UINT codePage = 437;
+    // The call that failed, and whether a collection had begun then; none when the n-th was not
+    // reached.
+    const char* failedCall = nullptr;
+    bool isCollecting = false;
 };
 extern Play play;
 
 // Runs something with the n-th call failing, or killing; without n none does. What was typed
 // and played before is forgotten.
 int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
-
-// The call that failed, and whether a collection had begun then; none when the n-th was not
-// reached.
-struct Injected {
-    const char* call = nullptr;
-    bool isCollecting = false;
-};
-extern Injected injected;
 
 // The exit code of a process that was killed.
 constexpr UINT kKilled = 99;

@@ -33,37 +33,7 @@ namespace {
 
 const fs::path kTemporary = fs::temp_directory_path();
 
-// Names of variables between per cents are replaced, others stay; then a caret outside of quotes
-// goes and what follows it stays; an operator outside of quotes ends the command. (This Wine's
-// interpreter is more lenient.)
-std::string interpreted(std::string line) {
-    for (std::size_t at = 0; (at = line.find('%', at)) != line.npos; ++at) {
-        const std::size_t size = line.substr(at + 1).find('%');
-        if (const char* const value = std::getenv(line.substr(at + 1, size).c_str());
-            size != line.npos && value != nullptr) {
-            line.replace(at, size + 2, value);
-        }
-    }
-    std::string result;
-    bool quoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        quoted = quoted != (line[i] == '"');
-        if (!quoted && line[i] == '^') {
-            ++i;
-        } else if (!quoted && (line[i] == '&' || line[i] == '|')) {
-            break;
-        }
-        result += line[i];
-    }
-    return result;
-}
-
 }  // namespace
-
-std::string reached(const std::string& line) {
-    const std::string inner = interpreted("cmd /S /C \"" + line + "\"");
-    return interpreted(inner.substr(11, inner.size() - 12));
-}
 
 void UtilityTest::moveTo(const std::wstring& name) {
     static int count = 0;
@@ -72,10 +42,9 @@ void UtilityTest::moveTo(const std::wstring& name) {
     // Wine starts the desktop's process with the first window; not as a child of
     // a program under test.
     GetDesktopWindow();
-    const std::string own = "pellory-" + std::to_string(GetCurrentProcessId()) + "-";
     do {
-        bench_ = kTemporary / (own + std::to_string(++count));
-    } while (fs::exists(bench_));
+        bench_ = kTemporary / ("pellory-" + std::to_string(++count));
+    } while (!fs::create_directory(bench_));
     root_ = bench_ / name;
     fs::create_directories(root_ / "Documents");
     fs::create_directories(start());
@@ -102,7 +71,7 @@ void UtilityTest::discard() const {
 
 void UtilityTest::TearDown() {
     EXPECT_PRED2(hasForm, changed(),
-                 "((gone|new|changed) (" + allowed_ + "|" + kData + "(?!training)).*\n)*");
+                 "((gone|new|changed) (" + kDiagnostics + "|" + kData + "(?!training)).*\n)*");
 }
 
 std::function<int()> UtilityTest::utility(const Words& arguments) {

@@ -1,12 +1,5 @@
 // The fixture of the utility's tests: a user's folders, the utility in this process
 // (PlayedSystem.h) or in one of its own, and what changed.
-//
-//     TEST_F(UtilityTest, …) {
-//         write(data() / "debug.log", "a line\r\n");
-//         EXPECT_EQ(run({L"-enableDebugging"}), kBanner + …);
-//         EXPECT_EQ(changed(), …);
-//     }
-//
 // At the end nothing may have changed but the diagnostics folder and the add-in's data.
 #pragma once
 
@@ -54,9 +47,6 @@ inline void write(const fs::path& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
-// What reaches the program of a command: the line passes one interpreter, which starts another one
-// on what stands between the outer quotes.
-std::string reached(const std::string& line);
 // As the C runtime writes text.
 inline std::string asFile(const std::string& text) {
     return std::regex_replace(text, std::regex("\n"), "\r\n");
@@ -87,41 +77,37 @@ inline fs::path shippedProgram() {
     return builtProgram(sizeof(void*) == 8 ? "bin/zuplutil.exe" : "bin/zuplutil32.exe");
 }
 
-// A program under test in a process of its own, with this process's environment. It ends at the
-// latest with this object.
+// A program under test in a process of its own, with this one's environment and current directory.
+// It ends at the latest with this object.
 class UtilityProcess {
 public:
-    UtilityProcess(const fs::path& program, const std::wstring& arguments, const fs::path& folder) {
+    UtilityProcess(const fs::path& program, const std::wstring& arguments) {
         SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
         STARTUPINFOW startup{};
         startup.cb = sizeof(startup);
         startup.dwFlags = STARTF_USESTDHANDLES;
-        CreatePipe(&reader_, &startup.hStdOutput, &inherited, 1024 * 1024);
-        SetHandleInformation(reader_, HANDLE_FLAG_INHERIT, 0);
+        HANDLE reader = nullptr;
+        CreatePipe(&reader, &startup.hStdOutput, &inherited, 1024 * 1024);
+        SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
         startup.hStdError = startup.hStdOutput;
         std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
         PROCESS_INFORMATION process{};
         EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   folder.c_str(), &startup, &process))
+                                   nullptr, &startup, &process))
             << "cannot start the program under test: system error " << GetLastError();
-        process_ = process.hProcess;
+        reader_ = zustd::FileHandle(reader);
+        process_ = zustd::FileHandle(process.hProcess);
         CloseHandle(process.hThread);
         CloseHandle(startup.hStdOutput);
     }
-    UtilityProcess(const UtilityProcess&) = delete;
-    UtilityProcess& operator=(const UtilityProcess&) = delete;
-    ~UtilityProcess() {
-        kill();
-        CloseHandle(process_);
-        CloseHandle(reader_);
-    }
+    ~UtilityProcess() { kill(); }
 
     // Reads until the output has a text; false when it ends before.
     bool waitFor(const std::string& text) {
         char bytes[4096];
         DWORD count = 0;
         while (output_.find(text) == std::string::npos) {
-            if (!ReadFile(reader_, bytes, sizeof(bytes), &count, nullptr)) {
+            if (!ReadFile(reader_.get(), bytes, sizeof(bytes), &count, nullptr)) {
                 return false;
             }
             output_.append(bytes, count);
@@ -131,25 +117,25 @@ public:
     }
 
     // Waits for the end of the program and of all that writes where it does.
-    int exitCode() {
+    UINT exitCode() {
         waitFor("no program says this");
-        WaitForSingleObject(process_, INFINITE);
+        WaitForSingleObject(process_.get(), INFINITE);
         DWORD code = 0;
-        GetExitCodeProcess(process_, &code);
-        return static_cast<int>(code);
+        GetExitCodeProcess(process_.get(), &code);
+        return code;
     }
 
     void kill() {
-        TerminateProcess(process_, 1);
-        WaitForSingleObject(process_, INFINITE);
+        TerminateProcess(process_.get(), 1);
+        WaitForSingleObject(process_.get(), INFINITE);
     }
 
     // What was read, errors among it, with plain line feeds.
     const std::string& output() const { return output_; }
 
 private:
-    HANDLE process_ = nullptr;
-    HANDLE reader_ = nullptr;
+    zustd::FileHandle process_;
+    zustd::FileHandle reader_;
     std::string output_;
 };
 
@@ -168,9 +154,8 @@ protected:
     std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
     // The same, to be performed.
     static std::function<int()> utility(const Words& arguments);
-    // What the system does with the commands that pack and remove; without signs of the
-    // interpreter's but the blanks that part an argument without quotes. No archive comes of a
-    // script that is not there.
+    // What the system does with the commands that pack and remove. Separators part an argument
+    // without quotes; no archive comes of a script that is not there.
     static void obey(std::string command);
 
     // What has changed since the folders were made, or since it was given: a line each.
@@ -192,9 +177,6 @@ protected:
         return "An interrupted run had changed the debug settings; they are put back (" +
                backslashed(config()) + ")\n";
     }
-
-    // Where the diagnostics may go.
-    std::string allowed_ = kDiagnostics;
 
 private:
     void discard() const;

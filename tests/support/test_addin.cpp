@@ -13,11 +13,6 @@ namespace {
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
 
-DWORD WINAPI linger(void*) {
-    Sleep(INFINITE);
-    return 0;
-}
-
 HRESULT behave() {
     const wchar_t* const value = _wgetenv(L"PELLORY_ADDIN");
     const std::wstring how = value != nullptr ? value : L"";
@@ -36,7 +31,6 @@ HRESULT behave() {
     } else if (how == L"wanders") {
         std::puts("a word to the screen");
         SetCurrentDirectoryW(L"C:\\");
-        CreateThread(nullptr, 0, &linger, nullptr, 0, nullptr);
     }
     return how == L"fails" ? E_FAIL : S_OK;
 }

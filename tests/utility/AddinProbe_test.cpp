@@ -78,8 +78,8 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
     for (const auto& [name, content] : logs) {
         write(data() / name, content);
     }
-    UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light -noocat", start());
-    EXPECT_EQ(utility.exitCode(), 0);
+    UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light -noocat");
+    EXPECT_EQ(utility.exitCode(), 0u);
     SCOPED_TRACE(utility.output());
     // Names stand before what they hold, which is not packed.
     logs["misc-pelloryconnect.log"] =
@@ -112,7 +112,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     // The add-in owns it until it ends.
     const HANDLE hanging = CreateMutexW(nullptr, FALSE, L"PelloryTestAddin");
     for (const bool isKilled : {true, false}) {
-        UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light", start());
+        UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light");
         EXPECT_TRUE(utility.waitFor(kCreated));
         if (isKilled) {
             utility.kill();
@@ -120,7 +120,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
             EXPECT_TRUE(run().starts_with(kBanner + mended()));
         } else {
             GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
-            EXPECT_EQ(utility.exitCode(), static_cast<int>(0xC000013A));
+            EXPECT_EQ(utility.exitCode(), 0xC000013Au);
             EXPECT_TRUE(utility.output().ends_with(kCreated)) << utility.output();
         }
         EXPECT_EQ(read(config()), kMine);

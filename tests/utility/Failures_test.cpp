@@ -34,7 +34,6 @@ bool saidWhatFailed() {
 
 class FailuresTest : public UtilityTest {
 protected:
-    // A collection makes its folders.
     void prepare(const Action& action) {
         fs::current_path(start());
         fs::remove_all(diagnostics());
@@ -50,7 +49,6 @@ protected:
         }
     }
 
-    // The exit code.
     static int performAction(const Action& action, int n, Mode how) {
         const char* next = action.choices;
         int keys = 0;
@@ -125,16 +123,16 @@ TEST_F(FailuresTest, everyCall_failsOnce_isToldAndLeavesTheUsersFiles) {
         while (!isOver) {
             prepare(action);
             const int exitCode = performAction(action, ++n, Mode::kFail);
-            const Injected failed = injected;
+            const char* const failed = play.failedCall;
             // The collection that the guided one ends with is the other one's matter.
-            isOver = failed.call == nullptr || (failed.isCollecting && action.arguments.empty());
+            isOver = failed == nullptr || (play.isCollecting && action.arguments.empty());
             EXPECT_TRUE(exitCode == 0 || (exitCode == 1 && saidWhatFailed()));
             EXPECT_NE(fs::current_path(), logs());
             expectHonest(action.name);
             const std::string story = play.story;
             expectKept(action.name);
             if (HasFailure()) {
-                FAIL() << action.name << " " << n << " " << failed.call << story;
+                FAIL() << action.name << " " << n << " " << failed << story;
             }
         }
         std::printf("%s: %d failures\n", action.name.c_str(), n - 1);
@@ -144,11 +142,12 @@ TEST_F(FailuresTest, everyCall_failsOnce_isToldAndLeavesTheUsersFiles) {
 // The commands and changes of a run, one after another, are its last.
 TEST_F(FailuresTest, killBeforeEveryChange_nextRun_putsTheUsersFilesRight) {
     // The number of the action and that of the change before which to be killed, and where.
-    if (const char* const order = std::getenv("PELLORY_KILL")) {
+    if (std::getenv("PELLORY_KILL") != nullptr) {
+        const std::string order = std::getenv("PELLORY_KILL");
         const fs::path root = std::getenv("PELLORY_ROOT");
         setVariable(L"TESTROOT", root.wstring());
         fs::current_path(root / "start");
-        performAction(kActions[*order - '0'], std::atoi(order + 1), Mode::kKill);
+        performAction(kActions[order[0] - '0'], std::stoi(order.substr(1)), Mode::kKill);
         return;
     }
     setVariable(L"PELLORY_ROOT", root().wstring());
@@ -159,8 +158,8 @@ TEST_F(FailuresTest, killBeforeEveryChange_nextRun_putsTheUsersFilesRight) {
             prepare(action);
             setVariable(L"PELLORY_KILL", std::to_wstring(number) + std::to_wstring(kills + 1));
             UtilityProcess process(builtProgram("bin/utility_collection_tests.exe"),
-                                   L"--gtest_filter=*killBeforeEveryChange*", start());
-            exitCode = static_cast<UINT>(process.exitCode());
+                                   L"--gtest_filter=*killBeforeEveryChange*");
+            exitCode = process.exitCode();
             expectKept(action.name);
             if (HasFailure()) {
                 FAIL() << action.name << " " << kills << process.output();
