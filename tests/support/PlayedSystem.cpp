@@ -213,14 +213,13 @@ Call calls[] = {
 };
 // clang-format on
 
-// Puts a function in the place of one that this executable imports, and gives the former one.
-void* replaceImport(const char* name, void* function) {
+// Puts the wrappers in the place of what this executable imports.
+const bool isInstalled = [] {
     auto* const base = reinterpret_cast<char*>(GetModuleHandleW(nullptr));
     const auto& headers = *reinterpret_cast<IMAGE_NT_HEADERS*>(
         base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
     const DWORD table =
         headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    void* former = nullptr;
     for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + table);
          library->Name != 0; ++library) {
         auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(base + library->OriginalFirstThunk);
@@ -228,22 +227,19 @@ void* replaceImport(const char* name, void* function) {
         for (; names->u1.AddressOfData != 0; ++names, ++slot) {
             const auto* const imported = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(
                 base + static_cast<std::uintptr_t>(names->u1.AddressOfData));
-            // A function may be imported under several names of the compiler's.
-            if (std::strcmp(imported->Name, name) == 0) {
-                former = std::exchange(*slot, function);
+            for (Call& call : calls) {
+                // A function may be imported under several names of the compiler's.
+                if (std::strcmp(imported->Name, call.name) == 0) {
+                    call.original = std::exchange(*slot, call.wrapper);
+                }
             }
         }
     }
-    if (former == nullptr) {
-        std::fprintf(stderr, "%s is not imported\n", name);
-        std::abort();
-    }
-    return former;
-}
-
-const bool isInstalled = [] {
-    for (Call& call : calls) {
-        call.original = replaceImport(call.name, call.wrapper);
+    for (const Call& call : calls) {
+        if (call.original == nullptr) {
+            std::fprintf(stderr, "%s is not imported\n", call.name);
+            std::abort();
+        }
     }
     return true;
 }();

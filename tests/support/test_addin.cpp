@@ -4,7 +4,6 @@
 
 #include <objbase.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -29,7 +28,6 @@ HRESULT behave() {
         WaitForSingleObject(CreateMutexW(nullptr, FALSE, L"PelloryTestAddin"), INFINITE);
         Sleep(INFINITE);
     } else if (how == L"wanders") {
-        std::puts("a word to the screen");
         SetCurrentDirectoryW(L"C:\\");
     }
     return how == L"fails" ? E_FAIL : S_OK;

@@ -13,7 +13,9 @@ namespace {
 // our width see or in that of the others.
 class RegisteredAddin {
 public:
-    explicit RegisteredAddin(const fs::path& library, const char* view = "") : view_(view) {
+    explicit RegisteredAddin(const fs::path& library = builtProgram("tests/support/test_addin.dll"),
+                             const char* view = "")
+        : view_(view) {
         if (reg("query", kProgram) == 0) {
             throw std::runtime_error("an add-in is there");
         }
@@ -42,13 +44,10 @@ const std::string kAttempt = "attempting to connect to Pellory add-in\n";
 const std::string kCreated = "created Pellory.Connect\n";
 const std::string kMine = debugConfig("n", "$(auto)", "7", "3");
 
-class AddinProbeTest : public UtilityTest {
-protected:
-    const fs::path library_ = builtProgram("tests/support/test_addin.dll");
-};
+using AddinProbeTest = UtilityTest;
 
 TEST_F(AddinProbeTest, addin_anyWayItEnds_isOneLineOnTheScreenAndInTheLog) {
-    const RegisteredAddin addin(library_);
+    const RegisteredAddin addin;
     const std::pair<const wchar_t*, std::string> kWays[] = {
         {L"fails", "call to OnConnection method completed with hr=80004005"},
         {L"throws", "Pellory add-in threw an exception"},
@@ -68,7 +67,7 @@ TEST_F(AddinProbeTest, addin_anyWayItEnds_isOneLineOnTheScreenAndInTheLog) {
 
 TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
     moveTo(L"B\u00fcro=a;b,c! it's \u30c7 \u0420\U0001F600 100% R&D^2 (%TEMP%TMP%)");
-    const RegisteredAddin addin(library_);
+    const RegisteredAddin addin;
     setVariable(L"PELLORY_ADDIN", L"wanders");
     std::map<std::string, std::string> logs = {{"debug.config", kMine},
                                                {"debug.log", "a line\r\n"},
@@ -92,7 +91,6 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
     }
     EXPECT_NE(packed.find("TESTROOT="), packed.npos);
     EXPECT_EQ(packed.find("nobody's business"), packed.npos);
-    EXPECT_EQ(utility.output().find("a word to the screen"), std::string::npos);
     // In their order, also where others write to the same stream.
     EXPECT_TRUE(utility.output().starts_with(kBanner + "\n\n---"));
     EXPECT_TRUE(utility.output().ends_with("'**DELETED**')\n" + std::string(106, '-') + "\n"));
@@ -102,7 +100,7 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
 BOOL WINAPI ignoreConsoleEvent(DWORD) { return TRUE; }
 
 TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSettingsComeBack) {
-    const RegisteredAddin addin(library_);
+    const RegisteredAddin addin;
     setVariable(L"PELLORY_ADDIN", L"hangs");
     write(config(), kMine);
     // One that can tell of CTRL-C. It stays: programs that find none make their own.

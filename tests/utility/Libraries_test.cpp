@@ -58,14 +58,17 @@ protected:
             SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_CREATE, nullptr, &onWindow, 0, 0,
                             WINEVENT_OUTOFCONTEXT | WINEVENT_SKIPOWNPROCESS);
         UtilityProcess utility(program, kQuestion + std::wstring(L" -logdiagnostics"));
-        for (MSG message; GetMessageW(&message, nullptr, 0, 0) > 0;) {
+        SetTimer(nullptr, 0, 60000, nullptr);
+        for (MSG message;
+             GetMessageW(&message, nullptr, 0, 0) > 0 && message.message != WM_TIMER;) {
             DispatchMessageW(&message);
         }
         UnhookWinEvent(hook);
         EXPECT_EQ(asked,
                   "Would you like to remove your Pellory settings as well?\n\n"
                   "(answer 'No' in case you are planning to upgrade to a newer version\n"
-                  " and you would like to keep your existing settings)");
+                  " and you would like to keep your existing settings)")
+            << "Is there a display for windows?";
         EXPECT_EQ(utility.exitCode(), 0u);
         return utility.output();
     }
@@ -81,7 +84,6 @@ TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoadedAndSettingsGoAfte
         copied(builtProgram("tests/support/test_addin.dll"), name + ".dll");
         fs::copy_file(builtProgram("tests/support/test_addin.dll"), start() / (name + ".dll"));
     }
-    give();
     const fs::path planted = bench() / "planted";
     setVariable(L"PELLORY_PLANTED", planted.wstring());
     const fs::path utility = copied(shippedProgram(), "zuplutil_download.exe");
