@@ -1,7 +1,6 @@
 #include "PlayedSystem.h"
 
 #include <io.h>
-#include <objbase.h>
 #include <shlobj.h>
 #include <tlhelp32.h>
 
@@ -13,17 +12,13 @@
 #include <new>
 #include <utility>
 
-// Types of functions are enough here, whatever else is said of them; and memory
-// does come from where it goes.
+// Types of functions are enough here, whatever else is said of them.
 #pragma GCC diagnostic ignored "-Wignored-attributes"
-#ifndef __clang__
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#endif
 
 namespace {
 
-using zuplutil::test::injected;
 using zuplutil::test::Mode;
+using zuplutil::test::play;
 
 Mode mode = Mode::kPass;
 int untilDue = 0;
@@ -36,10 +31,8 @@ bool isDue(const char* name, bool changes) {
     if (mode == Mode::kKill) {
         TerminateProcess(GetCurrentProcess(), zuplutil::test::kKilled);
     }
-    injected.isReached = true;
-    injected.call = name;
-    injected.isCollecting =
-        std::strstr(zuplutil::test::play.story.c_str(), "Starting collection of") != nullptr;
+    play.failedCall = name;
+    play.isCollecting = play.story.find("Starting collection of") != play.story.npos;
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     errno = ENOSPC;
     return true;
@@ -49,33 +42,20 @@ bool isDue(const char* name, bool changes) {
 
 void* operator new(std::size_t size) {
     const bool fails = mode == Mode::kFail && isDue("operator new", false);
-    void* const memory = fails ? nullptr : std::malloc(size);
+    void* const memory = fails ? nullptr : HeapAlloc(GetProcessHeap(), 0, size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
     return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { HeapFree(GetProcessHeap(), 0, memory); }
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace zuplutil::test {
 
 Play play;
-Injected injected;
 
 namespace {
-
-// As long as it lives, nothing is counted or played.
-class Pause {
-public:
-    Pause() : former_(std::exchange(mode, Mode::kPass)) {}
-    Pause(const Pause&) = delete;
-    Pause& operator=(const Pause&) = delete;
-    ~Pause() { mode = former_; }
-
-private:
-    Mode former_;
-};
 
 // --- What is played -----------------------------------------------------------
 
@@ -103,28 +83,22 @@ int playFlush(FILE* file) {
     waiting.erase(0, file == stdin ? waiting.size() : 0);
     return file == stdout || file == stdin ? 0 : std::fflush(file);
 }
-bool isTyped() {
+// Of what is typed, so much at most; the rest of a line waits.
+std::string take(std::size_t most) {
     if (waiting.empty() && play.typed) {
         waiting = play.typed();
     }
-    return !waiting.empty();
+    const std::string taken = waiting.substr(0, std::min(waiting.find('\n') + 1, most));
+    waiting.erase(0, taken.size());
+    return taken;
 }
 int playGetc(FILE*) {
-    if (!isTyped()) {
-        return EOF;
-    }
-    const char first = waiting[0];
-    waiting.erase(0, 1);
-    return first;
+    const std::string taken = take(1);
+    return taken.empty() ? EOF : taken[0];
 }
 char* playGets(char* line, int size, FILE*) {
-    if (!isTyped()) {
-        return nullptr;
-    }
-    const std::size_t end = std::min(waiting.find('\n') + 1, static_cast<std::size_t>(size) - 1);
-    line[waiting.copy(line, end)] = '\0';
-    waiting.erase(0, end);
-    return line;
+    const std::string taken = take(static_cast<std::size_t>(size) - 1);
+    return taken.empty() ? nullptr : std::strcpy(line, taken.c_str());
 }
 
 // What has happened can be waited for, as a process that has ended.
@@ -134,36 +108,30 @@ HANDLE WINAPI playSnapshot(DWORD, DWORD) {
     process = 0;
     return happened();
 }
-BOOL WINAPI playNext(HANDLE, PROCESSENTRY32W* entry) {
-    if (process == play.processes.size() || entry->dwSize != sizeof(*entry)) {
+// There is one before those of the play, which nobody compares.
+BOOL WINAPI playEntry(HANDLE, PROCESSENTRY32W* entry) {
+    if (process > play.processes.size() || entry->dwSize != sizeof(*entry)) {
         return FALSE;
     }
-    std::wcscpy(entry->szExeFile, play.processes[process++].c_str());
+    std::wcscpy(entry->szExeFile,
+                process == 0 ? L"outlook.exe" : play.processes[process - 1].c_str());
+    ++process;
     return TRUE;
 }
-BOOL WINAPI playFirst(HANDLE, PROCESSENTRY32W* entry) {
-    std::wcscpy(entry->szExeFile, L"outlook.exe");
-    return entry->dwSize == sizeof(*entry);
-}
-BOOL WINAPI playProcess(LPCWSTR name, LPWSTR line, LPSECURITY_ATTRIBUTES forIt,
-                        LPSECURITY_ATTRIBUTES forItsThread, BOOL inherits, DWORD flags,
-                        LPVOID variables, LPCWSTR folder, LPSTARTUPINFOW startup,
-                        LPPROCESS_INFORMATION started) {
+BOOL WINAPI playProcess(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD,
+                        LPVOID, LPCWSTR, LPSTARTUPINFOW, LPPROCESS_INFORMATION started) {
     if (play.onProbe) {
         play.onProbe();
-    }
-    if (play.isProbeReal) {
-        return CreateProcessW(name, line, forIt, forItsThread, inherits, flags, variables, folder,
-                              startup, started);
     }
     started->hProcess = happened();
     started->hThread = happened();
     return TRUE;
 }
-void WINAPI playSleep(DWORD) {
+DWORD WINAPI playSleep(DWORD milliseconds) {
     if (play.onSleep) {
         play.onSleep();
     }
+    return milliseconds;
 }
 BOOL WINAPI playVersion(LPOSVERSIONINFOW version) {
     version->dwMajorVersion = play.windowsVersion;
@@ -174,13 +142,6 @@ BOOL WINAPI playSetCodePage(UINT codePage) {
     play.codePage = codePage;
     return TRUE;
 }
-HRESULT WINAPI playInitialize(LPVOID) {
-    ++play.apartments;
-    return S_FALSE;
-}
-void WINAPI playUninitialize() { --play.apartments; }
-HRESULT WINAPI playClassId(LPCOLESTR, LPCLSID) { return S_OK; }
-HRESULT WINAPI playInstance(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*) { return S_OK; }
 
 // --- The layer ----------------------------------------------------------------
 
@@ -197,42 +158,24 @@ struct Call {
 };
 extern Call calls[];
 
-template <class Result>
-Result converted(std::intptr_t value) {
-    if constexpr (std::is_pointer_v<Result>) {
-        return reinterpret_cast<Result>(value);
-    } else {
-        return static_cast<Result>(value);
-    }
-}
-
 template <std::size_t kIndex, class Function>
 struct Wrapped;
 
 #define WRAPPED(CONVENTION)                                                                        \
     template <std::size_t kIndex, class Result, class... Arguments>                                \
     struct Wrapped<kIndex, Result(CONVENTION*)(Arguments...)> {                                    \
-        using Function = Result(CONVENTION*)(Arguments...);                                        \
-        static Result called(Arguments... arguments) {                                             \
-            const Call& call = calls[kIndex];                                                      \
-            if (mode == Mode::kPass || call.played == nullptr) {                                   \
-                return reinterpret_cast<Function>(call.original)(arguments...);                    \
-            }                                                                                      \
-            const Pause pause;                                                                     \
-            return reinterpret_cast<Function>(call.played)(arguments...);                          \
-        }                                                                                          \
         static Result CONVENTION call(Arguments... arguments) {                                    \
-            if constexpr (std::is_void_v<Result>) {                                                \
-                return called(arguments...);                                                       \
-            } else {                                                                               \
-                const Call& call = calls[kIndex];                                                  \
-                const bool fails = isDue(call.name, call.changes);                                 \
-                Result result = converted<Result>(call.failure);                                   \
-                if (!fails || call.isDone) {                                                       \
-                    result = called(arguments...);                                                 \
-                }                                                                                  \
-                return fails ? converted<Result>(call.failure) : result;                           \
+            const Call& call = calls[kIndex];                                                      \
+            const bool fails = isDue(call.name, call.changes);                                     \
+            Result result = Result(call.failure);                                                  \
+            if (!fails || call.isDone) {                                                           \
+                const bool isPlayed = mode != Mode::kPass && call.played != nullptr;               \
+                const Mode former = std::exchange(mode, Mode::kPass);                              \
+                result = reinterpret_cast<Result(CONVENTION*)(Arguments...)>(                      \
+                    isPlayed ? call.played : call.original)(arguments...);                         \
+                mode = former;                                                                     \
             }                                                                                      \
+            return fails ? Result(call.failure) : result;                                          \
         }                                                                                          \
     };
 WRAPPED(__cdecl)
@@ -241,6 +184,7 @@ WRAPPED(__stdcall)
 #endif
 
 using OpenFunction = int(__cdecl*)(const wchar_t*, int, int);
+using SleepFunction = DWORD(WINAPI*)(DWORD);
 
 // clang-format off
 constexpr std::size_t kFirst = __COUNTER__ + 1;
@@ -261,23 +205,21 @@ Call calls[] = {
     CALL(SHGetSpecialFolderPathW, 0), CALL(SetConsoleCtrlHandler, 0),
     PLAY(GetConsoleOutputCP, 0, playCodePage), PLAY(SetConsoleOutputCP, 0, playSetCodePage),
     PLAY(CreateProcessW, 0, playProcess), PLAY(CreateToolhelp32Snapshot, -1, playSnapshot),
-    PLAY(Process32FirstW, 0, playFirst), PLAY(Process32NextW, 0, playNext), PLAY(GetVersionExW, 0, playVersion),
-    PLAY(CoInitialize, E_OUTOFMEMORY, playInitialize), PLAY(CoUninitialize, 0, playUninitialize),
-    PLAY(CLSIDFromProgID, E_OUTOFMEMORY, playClassId), PLAY(CoCreateInstance, E_OUTOFMEMORY, playInstance),
+    PLAY(Process32FirstW, 0, playEntry), PLAY(Process32NextW, 0, playEntry), PLAY(GetVersionExW, 0, playVersion),
     CALL_AS(system, decltype(&system), -1, true, false, reinterpret_cast<void*>(&playSystem)),
     CALL_AS(fputs, decltype(&fputs), EOF, false, true, reinterpret_cast<void*>(&playPuts)),
-    PLAY(fflush, EOF, playFlush), PLAY(fgetc, EOF, playGetc), PLAY(fgets, 0, playGets), PLAY(Sleep, 0, playSleep),
+    PLAY(fflush, EOF, playFlush), PLAY(fgetc, EOF, playGetc), PLAY(fgets, 0, playGets),
+    CALL_AS(Sleep, SleepFunction, 0, false, false, reinterpret_cast<void*>(&playSleep)),
 };
 // clang-format on
 
-// Puts a function in the place of one that this executable imports, and gives the former one.
-void* replaceImport(const char* name, void* function) {
+// Puts the wrappers in the place of what this executable imports.
+const bool isInstalled = [] {
     auto* const base = reinterpret_cast<char*>(GetModuleHandleW(nullptr));
     const auto& headers = *reinterpret_cast<IMAGE_NT_HEADERS*>(
         base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
     const DWORD table =
         headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    void* former = nullptr;
     for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + table);
          library->Name != 0; ++library) {
         auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(base + library->OriginalFirstThunk);
@@ -285,22 +227,19 @@ void* replaceImport(const char* name, void* function) {
         for (; names->u1.AddressOfData != 0; ++names, ++slot) {
             const auto* const imported = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(
                 base + static_cast<std::uintptr_t>(names->u1.AddressOfData));
-            // A function may be imported under several names of the compiler's.
-            if (std::strcmp(imported->Name, name) == 0) {
-                former = std::exchange(*slot, function);
+            for (Call& call : calls) {
+                // A function may be imported under several names of the compiler's.
+                if (std::strcmp(imported->Name, call.name) == 0) {
+                    call.original = std::exchange(*slot, call.wrapper);
+                }
             }
         }
     }
-    if (former == nullptr) {
-        std::fprintf(stderr, "%s is not imported\n", name);
-        std::abort();
-    }
-    return former;
-}
-
-const bool isInstalled = [] {
-    for (Call& call : calls) {
-        call.original = replaceImport(call.name, call.wrapper);
+    for (const Call& call : calls) {
+        if (call.original == nullptr) {
+            std::fprintf(stderr, "%s is not imported\n", call.name);
+            std::abort();
+        }
     }
     return true;
 }();
@@ -311,7 +250,7 @@ int perform(const std::function<int()>& action, int n, Mode how) {
     play.story.clear();
     play.story.reserve(std::size_t{1} << 20);
     waiting.clear();
-    injected = {};
+    play.failedCall = nullptr;
     untilDue = n;
     mode = how;
     const int result = action();

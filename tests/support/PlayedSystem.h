@@ -25,26 +25,18 @@ struct Play {
     std::function<void()> onProbe;
     std::function<void()> onSleep;
     std::vector<std::wstring> processes;
-    // The add-in's process is a real one.
-    bool isProbeReal = false;
     DWORD windowsVersion = 6;
     UINT codePage = 437;
-    // Openings of COM that were not closed.
-    int apartments = 0;
+    // The call that failed, and whether a collection had begun then; none when the n-th was not
+    // reached.
+    const char* failedCall = nullptr;
+    bool isCollecting = false;
 };
 extern Play play;
 
 // Runs something with the n-th call failing, or killing; without n none does. What was typed
 // and played before is forgotten.
 int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
-
-// Whether the call was reached, what it was, and whether a collection had begun then.
-struct Injected {
-    bool isReached = false;
-    const char* call = "";
-    bool isCollecting = false;
-};
-extern Injected injected;
 
 // The exit code of a process that was killed.
 constexpr UINT kKilled = 99;

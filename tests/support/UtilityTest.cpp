@@ -1,14 +1,10 @@
 #include "UtilityTest.h"
 
-#include <algorithm>
-#include <iostream>
-
 #include <shellapi.h>
 
 #include "Console.h"
 #include "ProbeProcess.h"
 #include "Utility.h"
-#include "ZipWriter.h"
 
 namespace zuplutil::test {
 
@@ -33,76 +29,11 @@ std::string reportOf(bool enabled, const std::string& before, const std::string&
            details + rule + "\n\n";
 }
 
-FileContents filesBelow(const fs::path& folder) {
-    FileContents files;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-        std::string path = utf8(entry.path().lexically_relative(folder));
-        std::replace(path.begin(), path.end(), '\\', '/');
-        files[path + (entry.is_directory() ? "/" : "")] =
-            entry.is_directory() ? "" : read(entry.path());
-    }
-    return files;
-}
-
-FileContents readZip(const fs::path& archive) {
-    const std::string bytes = read(archive);
-    const auto number = [&bytes](std::size_t at) {
-        std::uint32_t value = 0;
-        bytes.copy(reinterpret_cast<char*>(&value), sizeof(value), at);
-        return value;
-    };
-    // The entries lie one after another, each behind its record.
-    FileContents files;
-    for (std::size_t at = 0; at < bytes.size() && number(at) == 0x04034B50;) {
-        const std::size_t size = number(at + 18);
-        const std::size_t nameSize = number(at + 26);
-        files[bytes.substr(at + 30, nameSize)] = bytes.substr(at + 30 + nameSize, size);
-        at += 30 + nameSize + size;
-    }
-    return files;
-}
-
-std::string zipOf(const fs::path& folder) {
-    ZipWriter writer;
-    for (const auto& [name, content] : filesBelow(folder)) {
-        writer.add(name, content);
-    }
-    return writer.bytes();
-}
-
 namespace {
 
-// Names of variables between per cents are replaced, others stay; then a caret outside of quotes
-// goes and what follows it stays; an operator outside of quotes ends the command. (This Wine's
-// interpreter is more lenient.)
-std::string interpreted(std::string line) {
-    for (std::size_t at = 0; (at = line.find('%', at)) != line.npos;) {
-        const std::size_t end = line.find('%', at + 1);
-        const char* const value =
-            end == line.npos ? nullptr : std::getenv(line.substr(at + 1, end - at - 1).c_str());
-        line.replace(at, value != nullptr ? end + 1 - at : 1, value != nullptr ? value : "%");
-        at += value != nullptr ? std::string_view(value).size() : 1;
-    }
-    std::string result;
-    bool quoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        quoted = quoted != (line[i] == '"');
-        if (!quoted && line[i] == '^') {
-            ++i;
-        } else if (!quoted && (line[i] == '&' || line[i] == '|')) {
-            break;
-        }
-        result += line[i];
-    }
-    return result;
-}
+const fs::path kTemporary = fs::temp_directory_path();
 
 }  // namespace
-
-std::string reached(const std::string& line) {
-    const std::string inner = interpreted("cmd /S /C \"" + line + "\"");
-    return interpreted(inner.substr(11, inner.size() - 12));
-}
 
 void UtilityTest::moveTo(const std::wstring& name) {
     static int count = 0;
@@ -112,9 +43,8 @@ void UtilityTest::moveTo(const std::wstring& name) {
     // a program under test.
     GetDesktopWindow();
     do {
-        bench_ = fs::temp_directory_path() / ("pellory-" + std::to_string(GetCurrentProcessId()) +
-                                              "-" + std::to_string(++count));
-    } while (fs::exists(bench_));
+        bench_ = kTemporary / ("pellory-" + std::to_string(++count));
+    } while (!fs::create_directory(bench_));
     root_ = bench_ / name;
     fs::create_directories(root_ / "Documents");
     fs::create_directories(start());
@@ -123,10 +53,10 @@ void UtilityTest::moveTo(const std::wstring& name) {
     write(root_ / "AppData/Roaming/Pellory For Outlook 2/settings_1.config", "another's settings");
     write(data() / "training.dat", "nobody's business");
     setVariable(L"TESTROOT", root_.wstring());
+    setVariable(L"TMP", kTemporary.wstring());
     // Script host and Explorer of the tests' own.
     static const std::wstring path = _wgetenv(L"PATH");
     setVariable(L"PATH", builtProgram("standins").wstring() + L";" + path);
-    setVariable(L"APPDATA", (root_ / "AppData/Roaming").wstring());
     fs::current_path(start());
     give();
 }
@@ -135,13 +65,13 @@ UtilityTest::~UtilityTest() { discard(); }
 
 void UtilityTest::discard() const {
     std::error_code ignored;
-    fs::current_path(fs::temp_directory_path());
+    fs::current_path(kTemporary);
     fs::remove_all(bench_, ignored);
 }
 
 void UtilityTest::TearDown() {
     EXPECT_PRED2(hasForm, changed(),
-                 "((gone|new|changed) (" + allowed_ + "|" + kData + "(?!training)).*\n)*");
+                 "((gone|new|changed) (" + kDiagnostics + "|" + kData + "(?!training)).*\n)*");
 }
 
 std::function<int()> UtilityTest::utility(const Words& arguments) {
@@ -162,21 +92,17 @@ void UtilityTest::obey(std::string command) {
     for (std::size_t at; (at = command.find("\\\\?\\")) != command.npos;) {
         command.erase(at, 4);
     }
-    if (command.starts_with("CScript ")) {
-        const std::size_t source = command.find(".vbs ") + 5;
-        const std::size_t archive = command.find("PelloryLogs ", source) + 12;
-        if (fs::is_regular_file(pathOf(command.substr(8, source - 9)))) {
-            write(pathOf(command.substr(archive)),
-                  zipOf(pathOf(command.substr(source, archive - 1 - source))));
+    std::smatch parts;
+    if (std::regex_match(command, parts, std::regex("CScript (.*vbs) (.*PelloryLogs) (.*)"))) {
+        if (fs::is_regular_file(pathOf(parts[1]))) {
+            write(pathOf(parts[3]), zipOf(filesBelow(pathOf(parts[2]))));
         }
     } else if (command.starts_with("rmdir /s /q ")) {
-        std::error_code left;
-        for (std::size_t at = 12; at < command.size();) {
-            const std::size_t end =
-                isQuoted ? command.size()
-                         : std::min(command.find_first_of(" \t\v\f,;=", at), command.size());
-            fs::remove_all(pathOf(command.substr(at, end - at)), left);
-            at = end + 1;
+        const std::regex argument(isQuoted ? ".+" : "[^ \t\v\f,;=]+");
+        for (std::sregex_iterator at(command.begin() + 12, command.end(), argument), end; at != end;
+             ++at) {
+            std::error_code left;
+            fs::remove_all(pathOf(at->str()), left);
         }
     }
 }
@@ -200,21 +126,15 @@ std::string UtilityTest::changed() const {
     both.insert(after.begin(), after.end());
     std::string text;
     for (const auto& [path, content] : both) {
-        const bool isThere = after.contains(path);
-        if (!isThere || !before_.contains(path) || after.at(path) != before_.at(path)) {
-            text += (!isThere                 ? "gone "
-                     : before_.contains(path) ? "changed "
-                                              : "new ") +
-                    path + "\n";
+        if (!after.contains(path)) {
+            text += "gone " + path + "\n";
+        } else if (!before_.contains(path)) {
+            text += "new " + path + "\n";
+        } else if (after.at(path) != content) {
+            text += "changed " + path + "\n";
         }
     }
     return text;
-}
-
-LockedFile::LockedFile(const fs::path& file)
-    : handle_(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
-                          nullptr)) {
-    EXPECT_NE(handle_, INVALID_HANDLE_VALUE);
 }
 
 }  // namespace zuplutil::test

@@ -1,37 +1,23 @@
 // The fixture of the utility's tests: a user's folders, the utility in this process
 // (PlayedSystem.h) or in one of its own, and what changed.
-//
-//     TEST_F(UtilityTest, …) {
-//         write(data() / "debug.log", "a line\r\n");
-//         EXPECT_EQ(run({L"-enableDebugging"}), kBanner + …);
-//         EXPECT_EQ(changed(), …);
-//     }
-//
 // At the end nothing may have changed but the diagnostics folder and the add-in's data.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <regex>
 #include <string>
 #include <vector>
 
 #include "PlayedSystem.h"
-#include "UtilityProcess.h"
+#include "ZipWriter.h"
+#include "ZuHandleWin32Gdi.h"
 
 namespace zuplutil::test {
 
-namespace fs = std::filesystem;
-
 using Words = std::vector<std::wstring>;
 using Lines = std::vector<std::string>;
-// Files by their relative path with slashes; a folder's ends in one.
-using FileContents = std::map<std::string, std::string>;
 
 // The add-in's folder and the archive's as changed() names them, and the end of a backup's name.
 inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
@@ -52,35 +38,27 @@ std::string reportOf(bool enabled, const std::string& before = {}, const std::st
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
-inline std::string utf8(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
-}
-
 inline fs::path pathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
 
 inline std::string backslashed(fs::path path) { return utf8(path.make_preferred()); }
-
-inline std::string read(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 inline void write(const fs::path& file, const std::string& bytes) {
     fs::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
-FileContents filesBelow(const fs::path& folder);
-// The files in an archive with stored entries.
-FileContents readZip(const fs::path& archive);
-// An archive of a folder's files, with stored entries.
-std::string zipOf(const fs::path& folder);
-// What reaches the program of a command: the line passes one interpreter, which starts another one
-// on what stands between the outer quotes.
-std::string reached(const std::string& line);
+// As the C runtime writes text.
+inline std::string asFile(const std::string& text) {
+    return std::regex_replace(text, std::regex("\n"), "\r\n");
+}
 inline bool hasForm(const std::string& text, const std::string& expression) {
     return std::regex_match(text, std::regex(expression));
+}
+
+// As long as the handle lives, others may read the file, but neither write, rename nor delete it.
+inline zustd::FileHandle locked(const fs::path& file) {
+    return zustd::FileHandle(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                         OPEN_EXISTING, 0, nullptr));
 }
 
 // Of this process and those that it starts; an empty value takes a variable away.
@@ -99,11 +77,72 @@ inline fs::path shippedProgram() {
     return builtProgram(sizeof(void*) == 8 ? "bin/zuplutil.exe" : "bin/zuplutil32.exe");
 }
 
+// A program under test in a process of its own, with this one's environment and current directory.
+// It ends at the latest with this object.
+class UtilityProcess {
+public:
+    UtilityProcess(const fs::path& program, const std::wstring& arguments) {
+        SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        HANDLE reader = nullptr;
+        CreatePipe(&reader, &startup.hStdOutput, &inherited, 1024 * 1024);
+        SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
+        startup.hStdError = startup.hStdOutput;
+        std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
+        PROCESS_INFORMATION process{};
+        EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                   nullptr, &startup, &process))
+            << "cannot start the program under test: system error " << GetLastError();
+        reader_ = zustd::FileHandle(reader);
+        process_ = zustd::FileHandle(process.hProcess);
+        CloseHandle(process.hThread);
+        CloseHandle(startup.hStdOutput);
+    }
+    ~UtilityProcess() { kill(); }
+
+    // Reads until the output has a text; false when it ends before.
+    bool waitFor(const std::string& text) {
+        char bytes[4096];
+        DWORD count = 0;
+        while (output_.find(text) == std::string::npos) {
+            if (!ReadFile(reader_.get(), bytes, sizeof(bytes), &count, nullptr)) {
+                return false;
+            }
+            output_.append(bytes, count);
+            std::erase(output_, '\r');
+        }
+        return true;
+    }
+
+    // Waits for the end of the program and of all that writes where it does.
+    UINT exitCode() {
+        waitFor("no program says this");
+        WaitForSingleObject(process_.get(), INFINITE);
+        DWORD code = 0;
+        GetExitCodeProcess(process_.get(), &code);
+        return code;
+    }
+
+    void kill() {
+        TerminateProcess(process_.get(), 1);
+        WaitForSingleObject(process_.get(), INFINITE);
+    }
+
+    // What was read, errors among it, with plain line feeds.
+    const std::string& output() const { return output_; }
+
+private:
+    zustd::FileHandle process_;
+    zustd::FileHandle reader_;
+    std::string output_;
+};
+
 class UtilityTest : public ::testing::Test {
 public:
-    // What the system does with the commands that pack and remove; without signs of the
-    // interpreter's but the blanks that part an argument without quotes. No archive comes of a
-    // script that is not there.
+    // What the system does with the commands that pack and remove. Separators part an argument
+    // without quotes; no archive comes of a script that is not there.
     static void obey(std::string command);
 
 protected:
@@ -141,27 +180,12 @@ protected:
                backslashed(config()) + ")\n";
     }
 
-    // Where the diagnostics may go.
-    std::string allowed_ = kDiagnostics;
-
 private:
     void discard() const;
 
     fs::path bench_;
     fs::path root_;
     FileContents before_;
-};
-
-// A file that others may read, but neither write, rename nor delete.
-class LockedFile {
-public:
-    explicit LockedFile(const fs::path& file);
-    LockedFile(const LockedFile&) = delete;
-    LockedFile& operator=(const LockedFile&) = delete;
-    ~LockedFile() { CloseHandle(handle_); }
-
-private:
-    HANDLE handle_;
 };
 
 }  // namespace zuplutil::test

@@ -2,7 +2,6 @@
 // they change.
 
 #include <array>
-#include <optional>
 
 #include "Console.h"
 #include "DebugLogging.h"
@@ -45,56 +44,49 @@ std::string surePrompt(const std::string& message) {
     return "\n" + message + "\n\nARE YOU SURE?\nPress 'y' or 'n' key followed by <Enter>...\n";
 }
 
-// Until the clock shows another time than that of the last backup.
-void letTimePass() {
-    SYSTEMTIME before;
-    SYSTEMTIME now;
-    GetLocalTime(&before);
-    do {
-        GetLocalTime(&now);
-    } while (now.wMilliseconds == before.wMilliseconds);
+// What stands between the first of these and the next of those.
+std::string between(const std::string& text, const std::string& from, const std::string& to) {
+    const std::size_t begin = text.find(from) + from.size();
+    return text.substr(begin, text.find(to, begin) - begin);
 }
 
 using MenusTest = UtilityTest;
 
 TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded) {
-    Lines lines = {"3", "5", "6", "8", "9", "1", "5", "6", "7", "8", "9", "0"};
+    Lines lines;
     std::string expected = kBanner + kUsualMenu;
     std::string recorded = expected;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        const std::string more =
-            (i == 5 || i == 11 ? "" : kSorry) + (i < 5 || i == 11 ? kUsualMenu : kDiagnosticsMenu);
-        expected += more;
-        recorded += "\n>" + lines[i] + "\n" + more;
-    }
-    for (const char* line : {"12", " 1", "1 ", "", "a", "-1", "+", "/", ":", "\xD9\xA1", "0x"}) {
+    const auto answer = [&](const std::string& line, const std::string& echo,
+                            const std::string& more) {
         lines.push_back(line);
-        expected += kMenuPrompt;
-        recorded += kMenuPrompt;
+        expected += more;
+        recorded += echo + more;
+    };
+    for (const char digit : std::string("35689156789")) {
+        const bool isFirst = lines.size() < 5;
+        answer({digit}, std::string("\n>") + digit + "\n",
+               (digit == '1' ? "" : kSorry) + (isFirst ? kUsualMenu : kDiagnosticsMenu));
     }
+    answer("0", "\n>0\n", kUsualMenu);
     // The rest of a line that is too long is dropped, and the end of the input is none of the
     // run's.
-    for (const std::string& line :
-         {std::string(255, ' ') + "1", std::string(kEndOfInput), std::string(kEndOfInput)}) {
-        lines.push_back(line);
-        expected += kMenuPrompt;
-        recorded += kMenuPrompt;
+    for (const std::string line :
+         {"12", " 1", "1 ", "", "a", "+", "/", ":", kEndOfInput, kEndOfInput}) {
+        answer(line, "", kMenuPrompt);
     }
+    answer(std::string(255, ' ') + "1", "", kMenuPrompt);
     EXPECT_EQ(run({}, lines), expected);
     EXPECT_EQ(getTranscript(), recorded + "\n>0\n");
     EXPECT_EQ(changed(), "");
     EXPECT_EQ(play.codePage, 437u);
 }
 
-TEST_F(MenusTest, marks_filesChanged_follow) {
+TEST_F(MenusTest, entries_chosen_doAsTheySay) {
     write(data() / "settings_home.config", "");
     const std::string off = mainMenu("", kNone, "");
     const std::string on = mainMenu(kNone, "", "");
     EXPECT_EQ(run({}, {"2", "2", "3", "3"}), kBanner + off + reportOf(true) + on + kSorry + on +
                                                  reportOf(false) + off + kSorry + off);
-}
-
-TEST_F(MenusTest, diagnosticsMenu_chosen_collectsAsItSays) {
     for (const auto& [entry, light, ocat] :
          {std::tuple{"2", true, false}, {"3", false, false}, {"4", false, true}}) {
         const std::string story = run({}, {"1", entry, "0"});
@@ -106,8 +98,7 @@ TEST_F(MenusTest, diagnosticsMenu_chosen_collectsAsItSays) {
 TEST_F(MenusTest, program_running_countsAsOutlookByTheBeginningOfItsName) {
     const std::pair<Words, bool> programs[] = {{{L"OUTLOOK.EXE"}, true},
                                                {{L"a.exe", L"outlook.exe.tmp"}, true},
-                                               {{L"xoutlook.exe"}, false},
-                                               {{L"outlook.com", L"outlook.ex"}, false}};
+                                               {{L"xoutlook.exe", L"outlook.ex"}, false}};
     for (const auto& [names, counts] : programs) {
         play.processes = names;
         const std::string story = run({}, {"4"});
@@ -120,25 +111,21 @@ TEST_F(MenusTest, program_running_countsAsOutlookByTheBeginningOfItsName) {
 TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
     const std::string mine = debugConfig("n", "$(auto)", "2", "4");
     write(config(), mine);
-    write(data() / "debug.log", "before");
+    write(data() / "dump.log", "before");
     play.processes = {L"outlook.exe"};
     int asked = 0;
     play.typed = [&]() -> std::string {
         ++asked;
-        if (asked <= 2) {
-            return "1\n";
-        }
         if (asked == 4 || asked == 8) {
             play.processes.clear();
         } else if (asked == 6) {
             EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
-            EXPECT_FALSE(fs::exists(data() / "debug.log"));
+            EXPECT_FALSE(fs::exists(data() / "dump.log"));
             play.processes = {L"outlook.exe"};
         } else if (asked == 7) {
             write(data() / "debug.log", "meanwhile");
-            letTimePass();
         }
-        return asked <= 8 ? "\n" : "0\n";
+        return asked <= 2 ? "1\n" : asked <= 8 ? "\n" : "0\n";
     };
     perform(utility({}));
     const std::string rule = std::string(128, '-') + "\n";
@@ -170,20 +157,20 @@ TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
 using SwitchesTest = UtilityTest;
 
 TEST_F(SwitchesTest, arguments_given_theFirstActionOfTheListIsDone) {
-    const std::tuple<Words, std::string, int> kLines[] = {
-        {{L""}, "! invalid arguments\n", 1},
-        {{L"-pause", L"-noocat", L"-light", L"foo"}, "! invalid arguments\n", 1},
-        {{L"addin-probe", L"1"}, "! invalid arguments\n", 1},
-        {{L"enableDebugging"}, "! invalid arguments\n", 1},
-        {{L"-enableDebuggin"}, "! invalid arguments\n", 1},
+    const std::string invalid = "! invalid arguments\n";
+    const std::pair<Words, std::string> kLines[] = {
+        {{L""}, invalid},
+        {{L"-pause", L"-noocat", L"-light", L"foo"}, invalid},
+        {{L"addin-probe", L"1"}, invalid},
+        {{L"enableDebugging", L"-enableDebuggin"}, invalid},
         // There are no settings files: nothing is asked and nothing is done.
-        {{L"-logdiagnostics", L"-enableDebugging", L"-askremovesettings"}, "", 0},
-        {{L"-disableDebugging", L"foo", L"-unknown", L"-ENABLEdebugging"}, reportOf(true), 0},
-        {{L"-disableDebugging"}, reportOf(false), 0},
-        {{L"-Pause", L"-enableDebugging"}, reportOf(true) + kKeyPrompt, 0}};
-    for (const auto& [arguments, said, exitCode] : kLines) {
-        EXPECT_EQ(run(arguments, said.ends_with(kKeyPrompt) ? Lines{"x"} : Lines(), exitCode),
-                  kBanner + said);
+        {{L"-logdiagnostics", L"-enableDebugging", L"-askremovesettings"}, ""},
+        {{L"-disableDebugging", L"foo", L"-unknown", L"-ENABLEdebugging"}, reportOf(true)},
+        {{L"-disableDebugging"}, reportOf(false)},
+        {{L"-Pause", L"-enableDebugging"}, reportOf(true) + kKeyPrompt}};
+    for (const auto& [arguments, said] : kLines) {
+        const Lines keys(said.ends_with(kKeyPrompt) ? 1 : 0, "x");
+        EXPECT_EQ(run(arguments, keys, said == invalid ? 1 : 0), kBanner + said);
     }
     EXPECT_TRUE(run({L"-disableDebugging", L"-LogDiagnostics"}).starts_with(kBanner + "\n\n---"));
     EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
@@ -196,35 +183,27 @@ TEST_F(DebugLoggingTest, report_anyFile_tellsWhatItHoldsOrWhyItDoesNot) {
                                 "\n  Debugging is disabled\n";
     const std::string bag = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n";
     const std::string enabled = "<p><k>logEnabled</k><t>bool</t>";
-    // What the file holds, or "/" for a folder of its name, the report's first
-    // lines and the four settings. A broken file goes by its path's first letter.
-    const std::tuple<std::string, std::string, std::array<const char*, 4>> kFiles[] = {
-        {"", missing, {"no", "$(auto)", "10", "1"}},
+    // What the file holds, the report's first lines and the four settings. A broken file goes by
+    // its path's first letter.
+    const std::tuple<std::string, std::string, std::array<std::string, 4>> kFiles[] = {
         {debugConfig("n", "D:\\logs\\\xD0\xAF.log", "-5", "255"),
          "",
          {"no", "D:\\logs\\\xD0\xAF.log", "-5", "255"}},
         {bag + enabled + "<v>y</v></p>\n</hmap>\n</bag>\n", "", {"yes", "", "-1", "-1"}},
-        {bag + "</hmap>\n</bag>\n", "", {"no", "", "-1", "-1"}},
         {bag + enabled, "  Could not load debug.config file C\n", {"no", "$(auto)", "10", "1"}},
-        {"/", missing, {"no", "$(auto)", "10", "1"}}};
+        // A folder of that name.
+        {"", missing, {"no", "$(auto)", "10", "1"}}};
     for (const auto& [content, state, settings] : kFiles) {
-        if (content == "/") {
-            fs::remove(config());
-            fs::create_directory(config());
-        } else if (!content.empty()) {
-            write(config(), content);
-        }
-        const bool isOn = *settings[0] == 'y';
+        fs::remove(config());
+        write(content.empty() ? config() / "file" : config(), content);
+        const bool isOn = settings[0] == "yes";
+        const std::string details =
+            "\nDetailed debug settings:\n-----------------------\n"
+            "  logEnabled=" +
+            settings[0] + "\n  logFile=" + settings[1] + "\n  logLevel=" + settings[2] +
+            "\n  logOptions=" + settings[3] + "\n\n  outlook is running=no\n\n";
         const std::string menu = isOn ? mainMenu(kNone, "", kNone) : kUsualMenu;
-        EXPECT_EQ(run({}, {"4"}),
-                  kBanner + menu +
-                      reportOf(isOn, state,
-                               std::string("\nDetailed debug settings:\n-----------------------\n"
-                                           "  logEnabled=") +
-                                   settings[0] + "\n  logFile=" + settings[1] +
-                                   "\n  logLevel=" + settings[2] + "\n  logOptions=" + settings[3] +
-                                   "\n\n  outlook is running=no\n\n") +
-                      menu);
+        EXPECT_EQ(run({}, {"4"}), kBanner + menu + reportOf(isOn, state, details) + menu);
     }
 }
 
@@ -233,30 +212,26 @@ TEST_F(DebugLoggingTest, logging_switched_movesLogsAsideAndNamesWhatItCannot) {
     const std::string path = backslashed(log);
     write(log, "one");
     write(data() / "dump.log", "dump");
+    write(start() / "own.log", "own");
     give();
     EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(true));
-    const std::string wanted = "new " + kData + "debug.config\ngone " + kData + "debug.log\nnew " +
-                               kData + "debug.log" + kStamp + "gone " + kData + "dump.log\nnew " +
-                               kData + "dump.log" + kStamp;
+    saveDebugSettings({true, (start() / "own.log").wstring(), 10, 1}, true);
+    std::string wanted = "new " + kData + "debug.config\n";
+    for (const std::string& file :
+         {kData + "debug.log", kData + "dump.log", std::string("start/own.log")}) {
+        wanted += "gone " + file + "\nnew " + file + kStamp;
+    }
     EXPECT_PRED2(hasForm, changed(), wanted);
-    EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
     write(log, "two");
     {
-        const LockedFile lock(log);
+        const zustd::FileHandle lock = locked(log);
         const std::string story = run({L"-disableDebugging"});
         const std::string begin = kBanner + "could not rename " + path + " to " + path;
-        EXPECT_TRUE(story.starts_with(begin)) << story;
-        const std::size_t end = story.find('\n', begin.size()) + 1;
-        EXPECT_PRED2(hasForm, story.substr(begin.size(), end - begin.size()), kStamp);
-        EXPECT_EQ(story.substr(end), reportOf(false));
+        EXPECT_PRED2(hasForm, between(story, begin, "\n---"), kStamp);
+        EXPECT_TRUE(story.ends_with(".bak\n" + reportOf(false))) << story;
     }
     EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "10", "1"));
     EXPECT_EQ(read(log), "two");
-    letTimePass();
-    {
-        const LockedFile lock(config());
-        EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(false));
-    }
     fs::remove_all(data());
     give();
     EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(false));
@@ -271,7 +246,9 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
     write(config(), mine);
     const std::string path = " (" + backslashed(config()) + ")\n";
     run();
-    std::optional<LockedFile> lock;
+    // What a run says before its menu.
+    const auto told = [&] { return between(run(), kBanner, "------"); };
+    zustd::FileHandle lock;
     perform([&] {
         using WhenMissing = TemporaryDebugSettings::WhenMissing;
         TemporaryDebugSettings settings({true, kAutomaticLogFile, 10, 1}, false,
@@ -279,16 +256,14 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         // Another run beside it leaves its settings alone.
         TemporaryDebugSettings({true, L"x", 1, 1}, false, WhenMissing::kRemoveFile);
         EXPECT_EQ(read(config()), ours);
-        lock.emplace(config());
+        lock = locked(config());
         return 0;
     });
-    const std::string stays = play.story;
-    EXPECT_EQ(
-        run().find("Could not put back the debug settings that an interrupted run changed" + path),
-        kBanner.size());
+    EXPECT_EQ(play.story, "Could not keep the debug settings; they stay as they are" + path +
+                              "Could not write debug.config file " + backslashed(config()) + "\n");
+    EXPECT_EQ(told(),
+              "Could not put back the debug settings that an interrupted run changed" + path);
     lock.reset();
-    EXPECT_EQ(stays, "Could not keep the debug settings; they stay as they are" + path +
-                         "Could not write debug.config file " + backslashed(config()) + "\n");
     const std::string kept = read(keeping);
     std::string damaged = kept;
     damaged[40] ^= 1;
@@ -304,7 +279,6 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         {kept, ours, mended(), mine},
         {kept, ours.substr(0, 90), mended(), mine},
         {kept, debugConfig("n", "$(auto)", "7", "3"), mended(), mine},
-        {kept, mine.substr(0, mine.size() - 1), mended(), mine},
         {kept, "", mended(), mine},
         {kept, mine, "", mine},
         {kept, theirs, changed, theirs},
@@ -318,19 +292,14 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         {"/", ours, "", ours}};
     for (const auto& [left, before, said, after] : kStates) {
         SCOPED_TRACE(said + before);
-        if (left == "/") {
-            fs::create_directory(keeping);
-        } else {
-            write(keeping, left);
-        }
+        write(left == "/" ? keeping / "x" : keeping, left);
         fs::remove(config());
         if (before != "/") {
             write(config(), before);
         }
-        const std::string story = run();
-        EXPECT_EQ(story.substr(0, story.find("------")), kBanner + said);
+        EXPECT_EQ(told(), said);
         EXPECT_EQ(fs::exists(config()) ? read(config()) : "/", after);
-        EXPECT_EQ(fs::remove(keeping), left == "/");
+        EXPECT_EQ(fs::remove_all(keeping) != 0, left == "/");
     }
 }
 
@@ -346,16 +315,17 @@ protected:
         }
         write(diagnostics() / "README.txt", "text");
         give();
-        play.onCommand = [](const std::string& line) { obey(reached(line)); };
+        // A caret lets the sign behind it pass.
+        play.onCommand = [](const std::string& line) {
+            obey(std::regex_replace(line, std::regex("\\^(.)"), "$1"));
+        };
     }
-    // Chooses an entry of the main menu and answers its question; what comes
-    // between the question and the next menu.
-    static std::string between(const std::string& story) {
-        const std::size_t begin =
-            story.rfind("<Enter>...\n", story.rfind(kRule46 + "Pellory")) + 11;
-        return story.substr(begin, story.rfind(kRule46 + "Pellory") - begin);
+    // What follows when an entry is chosen from the main menu, and its question has a yes.
+    std::string chosen(const char* entry) {
+        const std::string story = run({}, {entry, "Y"});
+        return between(story.substr(story.find("ARE YOU SURE")), "<Enter>...\n",
+                       kRule46 + "Pellory");
     }
-    std::string cleanUp() { return between(run({}, {"7", "Y"})); }
 
     const std::string rule_ = std::string(106, '-') + "\n";
     const std::string heading_ = "\n\n" + rule_ + "Cleaning up Pellory diagnostics logs...\n\n";
@@ -366,7 +336,7 @@ protected:
         "Removing 1 Pellory dump file backups...\n";
 };
 
-TEST_F(CleanUpTest, logs_afterAYes_areRemovedOnceAndNothingElse) {
+TEST_F(CleanUpTest, filesOfAKind_afterAYes_areRemovedOnceAndNothingElse) {
     prepare(L"user");
     const std::string folder = backslashed(diagnostics());
     const std::string sure = surePrompt("Any Pellory diagnostic logs will be removed...");
@@ -376,72 +346,50 @@ TEST_F(CleanUpTest, logs_afterAYes_areRemovedOnceAndNothingElse) {
               kBanner + menu + sure + sure + sure + sure + sure + menu + sure + menu);
     EXPECT_TRUE(getTranscript().ends_with(sure + "\n>No\n" + menu + "\n>0\n"));
     EXPECT_EQ(changed(), "");
-    const fs::path log = data() / "dump.log-1.bak";
-    {
-        const LockedFile lock(log);
-        EXPECT_EQ(cleanUp(), heading_ + "Removing log directory " + folder + "\n$ rmdir /s /q " +
-                                 folder + "\n" + messages_ + "Could not delete file " +
-                                 backslashed(log) + " (Directory:deleteFile() failed)\n");
-    }
+    EXPECT_EQ(chosen("7"), heading_ + "Removing log directory " + folder + "\n$ rmdir /s /q " +
+                               folder + "\n" + messages_ + completed_);
     EXPECT_TRUE(getTranscript().find(sure + "\n>Yes\n" + heading_) != std::string::npos);
-    EXPECT_EQ(cleanUp(), heading_ + "Removing 1 Pellory dump file backups...\n" + completed_);
-    std::string gone;
-    for (const char* file : {"debug.config", "debug.log", "debug.log-1.bak", "debug.log-2.bak",
-                             "dump.log", "dump.log-1.bak"}) {
-        gone += "gone " + kData + file + "\n";
-    }
-    EXPECT_EQ(changed(), gone + "gone " + kDiagnostics + "\ngone " + kDiagnostics + "README.txt\n");
-    EXPECT_EQ(cleanUp(), heading_ + "There was nothing to clean up.\n\n" + rule_ + "\n");
-}
-
-TEST_F(CleanUpTest, settings_afterAYes_areRemoved) {
-    prepare(L"user");
-    const std::string sure = surePrompt(
+    EXPECT_EQ(chosen("7"), heading_ + "There was nothing to clean up.\n\n" + rule_ + "\n");
+    EXPECT_PRED2(hasForm, changed(),
+                 "(gone " + kData + "(debug|dump).*\n){6}(gone " + kDiagnostics + ".*\n){2}");
+    give();
+    const std::string sureOfSettings = surePrompt(
         "Your current Pellory settings will be removed from this machine.\n"
         "You will need to reconfigure and retrain Pellory after this!");
-    const std::string menu = mainMenu("", kNone, "");
-    EXPECT_EQ(run({}, {"5", "n"}), kBanner + menu + sure + menu);
+    EXPECT_EQ(run({}, {"5", "n"}), kBanner + menu + sureOfSettings + menu);
     EXPECT_EQ(changed(), "");
-    const fs::path settings = data() / "settings_1.config";
-    {
-        const LockedFile lock(settings);
-        EXPECT_EQ(between(run({}, {"5", "y"})), "Could not delete file " + backslashed(settings) +
-                                                    " (Directory:deleteFile() failed)\n");
-    }
-    EXPECT_EQ(between(run({}, {"5", "y"})), "");
+    EXPECT_EQ(chosen("5"), "");
     EXPECT_EQ(changed(),
               "gone " + kData + "settings_.config.bak\ngone " + kData + "settings_1.config\n");
 }
 
 // The removal line's path has no quotes: where blanks part it, a part may be a folder of its own.
-TEST_F(CleanUpTest, pathInParts_cleanedUp_isLeftAndNoOtherFolderReached) {
-    for (const wchar_t* const name : {L"two & words", L"two,words", L"two;words", L"two=words"}) {
+TEST_F(CleanUpTest, pathOfAnySigns_cleanedUp_isLeftOrRemovedAndNoOtherFolderReached) {
+    const std::pair<const wchar_t*, std::string> names[] = {
+        {L"two & words", "two ^& words"},
+        {L"two,words", "two,words"},
+        {L"two;words", "two;words"},
+        {L"two=words", "two=words"},
+        {L"R&D^2(%TEMP%)", "R^&D^^2(%\"T\"EMP%)"}};
+    for (const auto& [name, given] : names) {
         prepare(name);
+        const bool isInParts = *name == L't';
         const std::string folder = backslashed(diagnostics());
+        const std::string heading = heading_ + "Removing log directory " + folder + "\n";
         const std::string stays = "Could not remove this directory; please delete it yourself.\n";
         const std::string end =
             "Not everything could be removed: " + folder + " is still there.\n\n" + rule_ + "\n";
-        write(bench() / "two/keep.txt", "text");
-        EXPECT_EQ(cleanUp(),
-                  heading_ + "Removing log directory " + folder + "\n" + stays + messages_ + end);
-        EXPECT_TRUE(fs::exists(bench() / "two/keep.txt"));
-        fs::remove_all(bench() / "two");
-        std::string escaped = folder;
-        if (const std::size_t at = folder.find('&'); at != folder.npos) {
-            escaped.insert(at, "^");
+        if (isInParts) {
+            write(bench() / "two/keep.txt", "text");
+            EXPECT_EQ(chosen("7"), heading + stays + messages_ + end);
+            EXPECT_TRUE(fs::exists(bench() / "two/keep.txt"));
+            fs::remove_all(bench() / "two");
         }
-        EXPECT_EQ(cleanUp(), heading_ + "Removing log directory " + folder + "\n$ rmdir /s /q " +
-                                 escaped + "\n" + stays + end);
+        EXPECT_EQ(chosen("7"), heading + "$ rmdir /s /q " + backslashed(bench()) + "\\" + given +
+                                   "\\Desktop\\PelloryDiagnostics\n" +
+                                   (isInParts ? stays + end : messages_ + completed_));
+        EXPECT_EQ(fs::exists(diagnostics()), isInParts);
     }
-}
-
-TEST_F(CleanUpTest, pathWithSigns_cleanedUp_isRemovedAndNoPartOfIt) {
-    prepare(L"R&D^2(%TEMP%)");
-    EXPECT_EQ(cleanUp(), heading_ + "Removing log directory " + backslashed(diagnostics()) +
-                             "\n$ rmdir /s /q " + backslashed(bench()) +
-                             "\\R^&D^^2(%\"T\"EMP%)\\Desktop\\PelloryDiagnostics\n" + messages_ +
-                             completed_);
-    EXPECT_FALSE(fs::exists(diagnostics()));
 }
 
 }  // namespace

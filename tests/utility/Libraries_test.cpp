@@ -10,8 +10,8 @@ namespace {
 
 constexpr wchar_t kQuestion[] = L"-askremovesettings";
 
-// What a user does with the message box: press Enter, end the session, or press the button.
-enum class Deed { kEnter, kEnd, kYes, kNo };
+// What a user does with the message box: press Enter, end the session, or press a button.
+enum class Deed { kEnter, kEnd, kYes };
 Deed deed = Deed::kEnter;
 std::string asked;
 
@@ -21,9 +21,8 @@ void CALLBACK onWindow(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWO
     if (GetDlgCtrlID(window) != 0xFFFF) {
         return;
     }
-    std::wstring text(1024, L'\0');
-    text.resize(static_cast<std::size_t>(
-        SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+    wchar_t text[1024] = {};
+    SendMessageW(window, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text));
     asked = utf8(text);
     const HWND box = FindWindowW(L"#32770", L"Pellory For Outlook");
     if (deed == Deed::kEnter) {
@@ -31,18 +30,23 @@ void CALLBACK onWindow(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWO
     } else if (deed == Deed::kEnd) {
         PostThreadMessageW(GetWindowThreadProcessId(box, nullptr), WM_QUIT, 0, 0);
     } else {
-        PostMessageW(box, WM_COMMAND, deed == Deed::kYes ? IDYES : IDNO, 0);
+        PostMessageW(box, WM_COMMAND, IDYES, 0);
     }
     PostQuitMessage(0);
 }
 
 class LibrariesTest : public UtilityTest {
 protected:
+    LibrariesTest() {
+        write(data() / "settings_1.config", "settings");
+        give();
+    }
+
     // A copy of the utility in a folder of its own, as after a download.
     fs::path copied(const fs::path& program, const std::string& name) const {
         const fs::path copy = bench() / "downloads" / name;
         fs::create_directories(copy.parent_path());
-        fs::copy_file(program, copy, fs::copy_options::overwrite_existing);
+        fs::copy_file(program, copy);
         return copy;
     }
 
@@ -53,81 +57,65 @@ protected:
         const HWINEVENTHOOK hook =
             SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_CREATE, nullptr, &onWindow, 0, 0,
                             WINEVENT_OUTOFCONTEXT | WINEVENT_SKIPOWNPROCESS);
-        UtilityProcess utility(program, kQuestion + std::wstring(L" -logdiagnostics"), start());
+        UtilityProcess utility(program, kQuestion + std::wstring(L" -logdiagnostics"));
         SetTimer(nullptr, 0, 60000, nullptr);
         for (MSG message;
              GetMessageW(&message, nullptr, 0, 0) > 0 && message.message != WM_TIMER;) {
             DispatchMessageW(&message);
         }
         UnhookWinEvent(hook);
-        EXPECT_NE(asked, "") << "No message box came up: is there a display for windows? (run the "
-                                "tests with ./dev test, or below xvfb-run)";
-        EXPECT_EQ(utility.exitCode(), 0);
+        EXPECT_EQ(asked,
+                  "Would you like to remove your Pellory settings as well?\n\n"
+                  "(answer 'No' in case you are planning to upgrade to a newer version\n"
+                  " and you would like to keep your existing settings)")
+            << "Is there a display for windows?";
+        EXPECT_EQ(utility.exitCode(), 0u);
         return utility.output();
     }
 };
 
-TEST_F(LibrariesTest, messageBox_answered_removesAfterAYesAlone) {
-    for (const Deed how : {Deed::kEnter, Deed::kEnd, Deed::kYes}) {
-        write(data() / "settings_1.config", "settings");
-        give();
-        EXPECT_EQ(
-            answer(shippedProgram(), how),
-            kBanner + (how == Deed::kEnd
-                           ? "Could not ask whether to remove the settings; none were removed.\n"
-                           : ""));
-        EXPECT_EQ(asked,
-                  "Would you like to remove your Pellory settings as well?\n\n"
-                  "(answer 'No' in case you are planning to upgrade to a newer version\n"
-                  " and you would like to keep your existing settings)");
-        EXPECT_EQ(changed(), how == Deed::kYes ? "gone " + kData + "settings_1.config\n" : "");
-    }
-}
-
 // Every library that is loaded late, and some that the system's own ask for by name. The tests'
 // prefix lets programs of two names load them.
-TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoaded) {
+TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoadedAndSettingsGoAfterAYesAlone) {
     std::istringstream names(PELLORY_LATE_LIBRARIES
                              " cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi "
                              "usp10 version winmm winspool wintrust");
     for (std::string name; names >> name;) {
-        copied(builtProgram("tests/support/planted.dll"), name + ".dll");
-        fs::copy_file(builtProgram("tests/support/planted.dll"), start() / (name + ".dll"));
+        copied(builtProgram("tests/support/test_addin.dll"), name + ".dll");
+        fs::copy_file(builtProgram("tests/support/test_addin.dll"), start() / (name + ".dll"));
     }
-    give();
     const fs::path planted = bench() / "planted";
     setVariable(L"PELLORY_PLANTED", planted.wstring());
-    write(data() / "settings_1.config", "settings");
     const fs::path utility = copied(shippedProgram(), "zuplutil_download.exe");
-    EXPECT_EQ(answer(utility, Deed::kNo), kBanner);
     for (const wchar_t* const argument : {L"-logdiagnostics -light -noocat", L"-enableDebugging"}) {
-        UtilityProcess process(utility, argument, start());
-        EXPECT_EQ(process.exitCode(), 0);
+        UtilityProcess process(utility, argument);
+        EXPECT_EQ(process.exitCode(), 0u);
         EXPECT_EQ(process.output().find("Sorry"), std::string::npos) << process.output();
     }
+    give();
+    EXPECT_EQ(answer(utility, Deed::kEnter), kBanner);
+    EXPECT_EQ(answer(utility, Deed::kEnd),
+              kBanner + "Could not ask whether to remove the settings; none were removed.\n");
+    EXPECT_EQ(changed(), "");
+    EXPECT_EQ(answer(utility, Deed::kYes), kBanner);
+    EXPECT_EQ(changed(), "gone " + kData + "settings_1.config\n");
     EXPECT_FALSE(fs::exists(planted));
     // A program that imports them as usual is caught.
     UtilityProcess(copied(builtProgram("bin/utility_console_tests.exe"), "collect_download.exe"),
-                   L"--gtest_list_tests", start())
+                   L"--gtest_list_tests")
         .exitCode();
     EXPECT_TRUE(fs::exists(planted));
 }
 
 // The tests' prefix has no common controls and no GDI+ for this name.
-TEST_F(LibrariesTest, windowLibraries_missing_failTheMessageBoxAlone) {
-    const fs::path bare = copied(shippedProgram(), "zuplutil_bare.exe");
-    write(data() / "settings_1.config", "settings");
-    const std::pair<const wchar_t*, std::string> runs[] = {
-        {kQuestion,
-         "Sorry, this action could not be completed. (Could not load comctl32.dll (system error "
-         "126))\n"},
-        {L"-disableDebugging", reportOf(false)}};
-    for (const auto& [argument, printed] : runs) {
-        UtilityProcess process(bare, argument, start());
-        EXPECT_EQ(process.exitCode(), 0);
-        EXPECT_EQ(process.output(), kBanner + printed);
-    }
-    EXPECT_TRUE(fs::exists(data() / "settings_1.config"));
+TEST_F(LibrariesTest, windowLibraries_missing_failTheMessageBoxInALine) {
+    UtilityProcess bare(copied(shippedProgram(), "zuplutil_bare.exe"), kQuestion);
+    EXPECT_EQ(bare.exitCode(), 0u);
+    EXPECT_EQ(bare.output(),
+              kBanner +
+                  "Sorry, this action could not be completed. (Could not load comctl32.dll "
+                  "(system error 126))\n");
+    EXPECT_EQ(changed(), "");
 }
 
 }  // namespace
