@@ -134,13 +134,6 @@ class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScroll
     std::int32_t getThickness() const override { return 16; }
 };
 
-class RecordingComboBox : public Recording<ComboBoxImplementation> {
-    void mirrorAdded(std::size_t index) override { note(L"added", index); }
-    void mirrorRemoved(std::size_t index) override { note(L"removed", index); }
-    void mirrorCleared() override { note(L"cleared"); }
-    void mirrorSelection() override { note(L"selection", getSelectedItem()); }
-};
-
 using RecordingFont = Implementation<Font, IFontImpl>;
 using RecordingBitmap = Implementation<Bitmap, IBitmapImpl>;
 
@@ -219,7 +212,7 @@ inline Shared<ApplicationService> makeRecordingApplicationService() {
 }
 
 // A window service on a screen of 1024 by 768 pixels. Timers are those that
-// ship, and so are progress bars, trees and grids, which have no window here.
+// ship, and so are combo boxes, progress bars, trees and grids, which have no window here.
 class RecordingWindowService : public WindowServiceWin32Gdi, public Journaling {
 public:
     RecordingWindowService() : WindowServiceWin32Gdi(nullptr) {}
@@ -231,7 +224,6 @@ public:
     Shared<NativeWindow> createNativeWindow() override {
         return furnished(made<RecordingWindow>());
     }
-    Shared<NativeComboBox> createNativeComboBox() override { return made<RecordingComboBox>(); }
     Shared<NativeButton> createNativeButton() override { return made<RecordingButton>(); }
     Shared<NativeTextBox> createNativeTextBox() override { return made<RecordingTextBox>(); }
     void invalidate() override { note(L"invalidate"); }

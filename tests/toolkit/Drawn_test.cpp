@@ -5,7 +5,6 @@
 #include "ZuIcon.h"
 #include "ZuLabel.h"
 #include "ZuLink.h"
-#include "ZuMarkupView.h"
 #include "ZuScrollable.h"
 #include "support/ToolkitTest.h"
 
@@ -156,8 +155,7 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
 // --- Scrolling ---
 
 // A content of a fixed size with one control at its lower right end.
-class Sheet : public Control {
-public:
+struct Sheet : Control {
     Size preferredSize() override { return wanted; }
 
     Size wanted{300, 500};
@@ -166,16 +164,14 @@ public:
 class ScrollTest : public DrawnTest {
 protected:
     ScrollTest() {
-        view_->setBoundary({0, 0, 99, 199});
         sheet().addChild(corner_);
         corner_->setBoundary({200, 450, 249, 469});
         corner_->setFocusable(true);
-        told();
     }
     Sheet& sheet() { return view_->content(); }
 
     std::shared_ptr<Scrollable<Sheet>> view_ =
-        shown(makeControl<Scrollable<Sheet>>(), {0, 0, 99, 99});
+        shown(makeControl<Scrollable<Sheet>>(), {0, 0, 99, 199});
     std::shared_ptr<Control> corner_ = makeControl<Control>();
 };
 
@@ -246,17 +242,6 @@ TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     view_->scrollTo(Point{216, 0});
     EXPECT_TRUE(view_->scrollTo(*corner_));
     EXPECT_EQ(view_->scrollPosition().x, 200);
-}
-
-TEST_F(DrawnTest, scrolledMarkup_wraps_atTheViewport) {
-    const auto view = shown(makeControl<Scrollable<MarkupView>>(), {0, 0, 99, 39});
-    view->content().setMarkup(L"<control wordwrap=\"true\">aaaa bbbb cccc dddd eeee ffff gggg");
-    // Two words of 35 beside the bar, four lines of 16.
-    EXPECT_EQ(view->content().boundary().size(), (Size{84, 64}));
-    EXPECT_EQ(view->scrollBar(false), nullptr);
-    // What cannot be broken keeps the others to its width.
-    view->content().setMarkup(std::wstring(50, L'x') + L" b b b");
-    EXPECT_EQ(view->content().boundary().size(), (Size{51 * 7, 32}));
 }
 
 }  // namespace

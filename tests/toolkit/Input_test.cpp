@@ -37,14 +37,6 @@ protected:
         inner_->setBoundary({10, 10, 29, 29});
         told();
     }
-    // Does something when a control says this.
-    static void when(Control& control, const MessageKind& said, std::function<void()> action) {
-        control.connect(
-            std::make_shared<FunctionSink>([action, &said](const MessageKind& kind, auto...) {
-                kind == said ? action() : void();
-            }),
-            false);
-    }
     // What the mouse comes to.
     std::wstring after(std::initializer_list<MouseEvent> events) {
         for (const MouseEvent& event : events) {
@@ -128,20 +120,6 @@ TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
     // By its own handler.
     left_->vanishes = true;
     EXPECT_EQ(after({{kLeftDown, {10, 5}}}), L"mouse 10,5; invalidate 0,0,49,49; 1");
-}
-
-TEST_F(InputTest, receivers_moveTheChild_areObeyed) {
-    const auto third = shown(makeControl<Control>());
-    const auto fourth = shown(makeControl<Control>());
-    fourth->setFocusable(true);
-    left_->takeFocus();
-    when(*left_, Control::kLeaveFocus, [&] { third->addChild(left_); });
-    EXPECT_EQ(thrownText([&] { right_->addChild(left_); }), L"nothing");
-    EXPECT_EQ(left_->parentControl(), third.get());
-    fourth->takeFocus();
-    when(*fourth, Control::kLeaveFocus, [&] { fourth->addChild(third); });
-    EXPECT_EQ(thrownText([&] { third->addChild(fourth); }),
-              L"child && !child->isAncestorOf(*this)");
 }
 
 TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {

@@ -27,10 +27,10 @@ struct Plain {
     Rect area;
     Controls children;
     bool shares = true;
+    bool columns = how.flow == Flow::kColumns;
 
     // The sizes that the children begin with, and the children of each row.
     std::vector<std::vector<std::size_t>> cut(std::vector<Rect>& places, Size& largest) const {
-        const bool columns = how.flow == Flow::kColumns;
         const Rect room = turned(area, columns);
         std::vector<std::vector<std::size_t>> rows;
         int x = 0;
@@ -59,7 +59,6 @@ struct Plain {
         return rows;
     }
     std::vector<Rect> expected() const {
-        const bool columns = how.flow == Flow::kColumns;
         const Rect room = turned(area, columns);
         const Size gap = turned(how.spacing, columns);
         const Alignment along = columns ? how.vertical : how.horizontal;
@@ -125,7 +124,6 @@ struct Plain {
         return places;
     }
     std::vector<Rect> run() const {
-        const bool columns = how.flow == Flow::kColumns;
         Controls given = children;
         given.insert(given.begin(), nullptr);
         const LayoutResult result = layOut(how, area, given);
@@ -154,19 +152,18 @@ Plain anyLayout(Random& random) {
          static_cast<Alignment>(random.below(5)), {from(odd ? -4 : 0, 8), from(odd ? -4 : 0, 8)}, {},
          oneIn(2), oneIn(6), oneIn(6), oneIn(2)},
         {start.x, start.y, start.x + from(odd ? -40 : 0, 300), start.y + from(odd ? -40 : 0, 300)}, {}};
-    // clang-format on
     for (std::size_t i = random.below(16); i > 0; --i) {
         const auto child = makeControl<Child>();
         child->setSize({from(1, 60), from(1, 40)});
         child->preferred = {from(-2, 60), from(-2, 40)};
         const int lowest = odd ? -9 : 0;
-        child->setPlacement({{from(-5, 30), from(-5, 30)},
-                             {oneIn(2) ? from(lowest, 60) : 0, oneIn(2) ? from(lowest, 60) : 0},
-                             oneIn(4),
-                             oneIn(6)});
+        child->setPlacement(
+            {{from(-5, 30), from(-5, 30)},
+             {oneIn(2) ? from(lowest, 60) : 0, oneIn(2) ? from(lowest, 60) : 0}, oneIn(4), oneIn(6)});
         child->setVisible(!oneIn(8));
         layout.children.push_back(child);
     }
+    // clang-format on
     return layout;
 }
 

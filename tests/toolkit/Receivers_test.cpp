@@ -49,7 +49,7 @@ struct Scene {
             listenTo(*child, sink);
         }
     }
-    enum End { kRemoved, kElsewhere, kAllGone, kEnds };
+    enum End { kRemoved, kElsewhere, kBelow, kAllGone, kEnds };
     void end(int what) {
         const std::shared_ptr<Control> held = top;
         Control* holder = held ? holderOf(*held) : nullptr;
@@ -57,6 +57,9 @@ struct Scene {
             top.reset();
         } else if (holder != nullptr && what == kElsewhere) {
             held->addChild(sharedReference(control));
+        } else if (holder != nullptr && what == kBelow) {
+            const std::shared_ptr<Control> last = holder->children().back();
+            last.get() != control ? last->addChild(sharedReference(control)) : void();
         } else if (holder != nullptr) {
             holder->removeChild(control);
         }
@@ -93,8 +96,9 @@ void survives(const Make& make, std::initializer_list<void (*)(T&)> operations) 
                 const auto ends = std::make_shared<FunctionSink>(
                     [&](auto&&...) { count++ == at ? scene.end(what) : void(); });
                 Scene::listenTo(*scene.top, ends);
-                operation(dynamic_cast<T&>(*scene.control));
+                thrownText([&] { operation(dynamic_cast<T&>(*scene.control)); });
                 sent = count;
+                scene.top ? scene.holderOf(*scene.top) : nullptr;
                 scene.top.reset();
                 EXPECT_EQ(ends.use_count(), 1) << at;
             }
@@ -176,7 +180,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         view->content().setPlacement({.minimum = {200, 200}});
         view->content().setBoundary({0, 0, 199, 199});
         return view;
-    }, {[](auto& c) { c.setContent(c.requireParent().children()[1]); },
+    }, {[](auto& c) { c.setContent(makeControl<Control>()); },
         [](auto& c) { c.setContent(nullptr); }, [](auto& c) { c.scrollTo({9, 9}); },
         [](auto& c) { c.contentControl()->notify(Control::kEnterLeftClicking); },
         [](auto& c) { c.contentControl()->notify(Control::kChangePreferredHeight); },
