@@ -1,7 +1,6 @@
-// A second backend of the toolkit, without a screen: it makes every portable
-// object and records what is asked of it. Tests play the user through the
-// portable accept operations and the surface's input router, which is all that
-// a real backend does.
+// A second backend of the toolkit, without a screen, which records what is asked
+// of it. Tests play the user through the portable accept operations and the
+// surface's input router, which is all that a real backend does.
 #pragma once
 
 #include <functional>
@@ -116,14 +115,6 @@ class RecordingDialog : public RecordingWidget<NativeDialog, INativeDialogImpl> 
     }
 };
 
-// What is chosen is always 1.
-class RecordingPopupMenu : public RecordingWidget<NativePopupMenu, INativePopupMenuImpl> {
-    std::uint32_t show(Point) override {
-        whileNativeChanges(getAbstraction());
-        return 1;
-    }
-};
-
 class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScrollBarImpl> {
     void setRange(std::int32_t low, std::int32_t high) override { note(L"range", low, high); }
     void setPageSize(std::int32_t size) override { note(L"page", size); }
@@ -164,7 +155,6 @@ public:
     void drawText(std::wstring_view text, Point place, const Font&, Color) override {
         note(L"text", place, text);
     }
-    // The format's fields in their order.
     void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
                   const TextFormat& how) override {
         note(L"text", area, text, sizeOf(font), font.style().underline ? L"u" : L"", color,
@@ -211,13 +201,12 @@ inline Shared<ApplicationService> makeRecordingApplicationService() {
     return made<ApplicationServiceWin32Gdi>();
 }
 
-// A window service on a screen of 1024 by 768 pixels. Timers are those that
-// ship, and so are combo boxes, progress bars, trees and grids, which have no window here.
+// A window service on a screen of 1024 by 768 pixels. What else it
+// makes is what ships, without a window.
 class RecordingWindowService : public WindowServiceWin32Gdi, public Journaling {
 public:
     RecordingWindowService() : WindowServiceWin32Gdi(nullptr) {}
     Shared<NativeDialog> createNativeDialog() override { return createNativeDialog(0); }
-    Shared<NativePopupMenu> createNativePopupMenu() override { return made<RecordingPopupMenu>(); }
     Shared<NativeDialog> createNativeDialog(std::uint32_t style) override {
         return furnished(made<RecordingDialog>(style));
     }

@@ -197,8 +197,6 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         {[](auto& c) { c.setText(L"one"); }});
     survives<NativeScrollBar>([&] { return host->createNativeScrollBar(true); },
         {[](auto& c) { c.setRange(7, 9); }});
-    survives<NativePopupMenu>([&] { return host->createNativePopupMenu(); },
-        {[](auto& c) { c.show({}); }});
     survives<NativeDialog>([&] {
         auto dialog = host->createNativeDialog();
         dialog->addChild(dialog->windowService()->createNativeButton());
