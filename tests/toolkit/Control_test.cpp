@@ -6,7 +6,7 @@ namespace {
 
 using namespace test;
 
-// Draws its area, handles one kind, and may want to be higher whenever it is placed.
+// Draws its area and handles one kind.
 class Painted : public Control {
 public:
     explicit Painted(Rect boundary = {0, 0, 9, 9}) { setBoundary(boundary); }
@@ -16,18 +16,9 @@ public:
         }
         return kind == kSelected || Control::onReceiveMessage(kind, a, b);
     }
-    Size preferredSize() override { return height ? Size{20, height} : Control::preferredSize(); }
-    std::int32_t height = 0;
 
 protected:
     void drawSelf(GraphicsService& graphics) override { graphics.drawRectangle(area()); }
-    void arrangeChildren() override {
-        if (height != 0) {
-            ++height;
-            notify(kChangePreferredHeight);
-        }
-        Control::arrangeChildren();
-    }
 };
 
 class ControlTest : public ToolkitTest {
@@ -180,17 +171,6 @@ TEST_F(ControlTest, preferredSize_ofAnArrangement_keepsToWidthMarginsAndLimits) 
     box_->children()[1]->setPlacement({.autoSized = true});
     box_->setSize({100, 20});
     EXPECT_EQ(box_->children()[1]->boundary(), (Rect{36, 3, 63, 12}));
-}
-
-TEST_F(ControlTest, arrangement_childThatNeverHasEnough_comesToAnEnd) {
-    box_->setArrangement({.flow = Flow::kColumns});
-    window_->setArrangement({.flow = Flow::kColumns});
-    inner_->height = 10;
-    window_->addChild(box_);
-    const std::int32_t before = inner_->height;
-    inner_->notify(Control::kChangePreferredHeight);
-    EXPECT_GT(inner_->height, before);
-    EXPECT_LE(inner_->height, before + 4);
 }
 
 }  // namespace

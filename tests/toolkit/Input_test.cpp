@@ -8,14 +8,11 @@ namespace {
 using namespace test;
 using enum MouseAction;
 
-// Tells what reaches it; may remove itself when it is pressed.
+// Tells what reaches it.
 class Probe : public Control {
 public:
     bool onMouse(const MouseEvent& event) override {
         tell(L"mouse " + textOf(event.position));
-        if (vanishes && event.action == kLeftDown) {
-            requireParent().removeChild(this);
-        }
         return uses;
     }
     bool onKey(const KeyEvent& event) override {
@@ -24,7 +21,6 @@ public:
     }
 
     bool uses = false;
-    bool vanishes = false;
 };
 
 // Two drawn controls side by side, and one in the second.
@@ -117,9 +113,6 @@ TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
         expectTold(how < 2 ? left + L"; invalidate 50,0,99,49" : L"invalidate 50,0,99,49; " + left);
         EXPECT_FALSE(native().captured || router().focused() || router().hovered());
     }
-    // By its own handler.
-    left_->vanishes = true;
-    EXPECT_EQ(after({{kLeftDown, {10, 5}}}), L"mouse 10,5; invalidate 0,0,49,49; 1");
 }
 
 TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {

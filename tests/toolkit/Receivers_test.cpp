@@ -12,15 +12,21 @@ namespace {
 using namespace test;
 using Make = std::function<std::shared_ptr<Control>()>;
 
-// Tells something from inside of its hooks.
+// Tells something from inside of its hooks, and never has enough room.
 class Telling : public Control {
+public:
+    Size preferredSize() override { return {50, ++height_}; }
+
 protected:
     void drawSelf(GraphicsService&) override { notify(kUnselected); }
     void onInputStateChanged() override { notify(kUnselected); }
     void arrangeChildren() override {
-        notify(kUnselected);
+        notify(kChangePreferredHeight);
         Control::arrangeChildren();
     }
+
+private:
+    std::int32_t height_ = 50;
 };
 
 // A control beside another one on a page of a window. It has the focus and is
@@ -49,15 +55,13 @@ struct Scene {
             listenTo(*child, sink);
         }
     }
-    enum End { kRemoved, kElsewhere, kBelow, kAllGone, kEnds };
+    enum End { kRemoved, kElsewhere, kAllGone, kEnds };
     void end(int what) {
         const std::shared_ptr<Control> held = top;
         Control* holder = held ? holderOf(*held) : nullptr;
         if (what == kAllGone) {
             top.reset();
         } else if (holder != nullptr && what == kElsewhere) {
-            held->addChild(sharedReference(control));
-        } else if (holder != nullptr && what == kBelow) {
             const std::shared_ptr<Control> last = holder->children().back();
             last.get() != control ? last->addChild(sharedReference(control)) : void();
         } else if (holder != nullptr) {
