@@ -1,7 +1,6 @@
-// A second backend of the toolkit, without a screen: it makes every portable
-// object and records what is asked of it. Tests play the user through the
-// portable accept operations and the surface's input router, which is all that
-// a real backend does.
+// A second backend of the toolkit, without a screen, which records what is asked
+// of it. Tests play the user through the portable accept operations and the
+// surface's input router, which is all that a real backend does.
 #pragma once
 
 #include <functional>
@@ -21,7 +20,7 @@
 #include "ZuNativeWindow.h"
 #include "ZuText.h"
 #include "ZuTimer.h"
-#include "ZuWindowService.h"
+#include "ZuWindowServiceWin32Gdi.h"
 
 namespace zustd::test {
 
@@ -44,6 +43,7 @@ std::wstring textOf(std::integral auto number) {
     return std::to_wstring(static_cast<std::int64_t>(number));
 }
 inline std::wstring textOf(Point point) { return formatWide(L"%d,%d", point.x, point.y); }
+inline std::wstring textOf(Size size) { return textOf(Point{size.width, size.height}); }
 inline std::wstring textOf(const Rect& rect) {
     return textOf(rect.position()) + L"," + textOf(Point{rect.right, rect.bottom});
 }
@@ -78,7 +78,6 @@ public:
              (control.isShown() ? L"" : L" hidden") + (control.isUsable() ? L"" : L" disabled"));
         native_ = true;
         whileNativeChanges(this->getAbstraction());
-        fill();
     }
     void releaseNativeObject() override {
         if (native_) {
@@ -90,9 +89,6 @@ public:
     bool hasNativeObject() const override { return native_; }
 
 private:
-    // Brings the items of those that have some.
-    virtual void fill() {}
-
     bool native_ = false;
 };
 
@@ -105,7 +101,6 @@ using RecordingWindow = RecordingWidget<NativeWindow, INativeWindowImpl>;
 
 // Never modal: a modal dialog needs a message loop.
 class RecordingDialog : public RecordingWidget<NativeDialog, INativeDialogImpl> {
-public:
     int show(bool) override {
         const Shared<NativeDialog> self = sharedReference(&getAbstraction());
         synchronizeWithAbstraction();
@@ -120,17 +115,7 @@ public:
     }
 };
 
-// What is chosen is always 1.
-class RecordingPopupMenu : public RecordingWidget<NativePopupMenu, INativePopupMenuImpl> {
-public:
-    std::uint32_t show(Point) override {
-        whileNativeChanges(getAbstraction());
-        return 1;
-    }
-};
-
 class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScrollBarImpl> {
-public:
     void setRange(std::int32_t low, std::int32_t high) override { note(L"range", low, high); }
     void setPageSize(std::int32_t size) override { note(L"page", size); }
     void setPosition(std::int32_t position) override { note(L"position", position); }
@@ -140,74 +125,8 @@ public:
     std::int32_t getThickness() const override { return 16; }
 };
 
-class RecordingProgressBar : public RecordingWidget<NativeProgressBar, INativeProgressBarImpl> {
-public:
-    void setRange(std::int32_t low, std::int32_t high) override { note(L"range", low, high); }
-    void setPosition(std::int32_t position) override { note(L"position", position); }
-    std::int32_t getPosition() const override { return getAbstraction().position(); }
-    void setEnableMarqueeAnimation(bool enable) override { note(L"marquee", enable); }
-    void setMarqueeInterval(std::uint32_t time) override { note(L"interval", time); }
-    void setState(ProgressState state) override { note(L"state", static_cast<int>(state)); }
-    std::int32_t getThickness() const override { return 12; }
-};
-
-class RecordingComboBox : public Recording<ComboBoxImplementation> {
-    void fill() override { note(L"fill"); }
-    void mirrorAdded(std::size_t index) override { note(L"added", index); }
-    void mirrorRemoved(std::size_t index) override { note(L"removed", index); }
-    void mirrorCleared() override { note(L"cleared"); }
-    void mirrorSelection() override { note(L"selection", getSelectedItem()); }
-};
-
-class RecordingGridView : public Recording<GridViewImplementation> {
-public:
-    void resizeColumns() override { note(L"resizeColumns"); }
-    void synchronizeBitmaps() override { note(L"synchronizeBitmaps"); }
-
-private:
-    void fill() override { markFresh(); }
-    void mirrorAdded(std::size_t row) override { note(L"added", row); }
-    void mirrorRemoved(std::size_t row) override { note(L"removed", row); }
-    void mirrorCleared() override { note(L"cleared"); }
-    void mirrorRow(std::size_t row) override { note(L"row", row); }
-    void mirrorSelected(std::size_t row, bool on) override { note(L"selected", row, on); }
-    void mirrorAllSelected(bool on) override { note(L"allSelected", on); }
-};
-
-class RecordingTreeView : public Recording<TreeViewImplementation> {
-public:
-    void ensureNodeVisible(TreeNode) override { note(L"visible"); }
-    Rect getNodeBoundary(TreeNode) const override { return {}; }
-
-private:
-    void fill() override { markFresh(); }
-    void mirrorAdded(TreeNode) override { note(L"added"); }
-    void mirrorRemoving(TreeNode) override { note(L"removing"); }
-    void mirrorCleared() override { note(L"cleared"); }
-    void mirrorNode(TreeNode) override { note(L"node"); }
-    void mirrorExpanded(TreeNode) override { note(L"expanded"); }
-    void mirrorAllExpanded(TreeNode) override { note(L"allExpanded"); }
-    void mirrorSelection() override { note(L"selection"); }
-};
-
 using RecordingFont = Implementation<Font, IFontImpl>;
 using RecordingBitmap = Implementation<Bitmap, IBitmapImpl>;
-
-class RecordingTimer : public Implementation<Timer, ITimerImpl> {
-public:
-    bool start() override { return running_ = true; }
-    void stop() override { running_ = false; }
-    bool isRunning() const override { return running_; }
-    void setInterval(std::uint32_t milliseconds) override { interval_ = milliseconds; }
-    std::uint32_t getInterval() const override { return interval_; }
-    void setRepeating(bool repeating) override { repeating_ = repeating; }
-    bool isRepeating() const override { return repeating_; }
-
-private:
-    std::uint32_t interval_ = 1;
-    bool repeating_ = true;
-    bool running_ = false;
-};
 
 // Of a font that leaves its size to the system.
 inline std::int32_t systemTextSize = 11;
@@ -236,7 +155,6 @@ public:
     void drawText(std::wstring_view text, Point place, const Font&, Color) override {
         note(L"text", place, text);
     }
-    // The format's fields in their order.
     void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
                   const TextFormat& how) override {
         note(L"text", area, text, sizeOf(font), font.style().underline ? L"u" : L"", color,
@@ -283,64 +201,35 @@ inline Shared<ApplicationService> makeRecordingApplicationService() {
     return made<ApplicationServiceWin32Gdi>();
 }
 
-// A window service on a screen of 1024 by 768 pixels.
-class RecordingWindowService : public Implementation<WindowService, IWindowServiceImpl>,
-                               public Journaling {
+// A window service on a screen of 1024 by 768 pixels. What else it
+// makes is what ships, without a window.
+class RecordingWindowService : public WindowServiceWin32Gdi, public Journaling {
 public:
+    RecordingWindowService() : WindowServiceWin32Gdi(nullptr) {}
     Shared<NativeDialog> createNativeDialog() override { return createNativeDialog(0); }
-    Shared<NativePopupMenu> createNativePopupMenu() override { return made<RecordingPopupMenu>(); }
     Shared<NativeDialog> createNativeDialog(std::uint32_t style) override {
         return furnished(made<RecordingDialog>(style));
     }
-    Shared<NativeGridView> createNativeGridView() override { return made<RecordingGridView>(); }
-    Shared<NativeTreeView> createNativeTreeView() override { return made<RecordingTreeView>(); }
     Shared<NativeWindow> createNativeWindow() override {
         return furnished(made<RecordingWindow>());
     }
-    Shared<NativeComboBox> createNativeComboBox() override { return made<RecordingComboBox>(); }
     Shared<NativeButton> createNativeButton() override { return made<RecordingButton>(); }
-    Shared<NativeProgressBar> createNativeProgressBar() override {
-        return made<RecordingProgressBar>();
-    }
     Shared<NativeTextBox> createNativeTextBox() override { return made<RecordingTextBox>(); }
     void invalidate() override { note(L"invalidate"); }
     void invalidate(const Rect& area) override { note(L"invalidate", area); }
-    void updateWindow() override {}
-    MouseCursor getCursor() const override { return {}; }
     void setCursor(MouseCursor cursor) override { note(L"cursor", static_cast<int>(cursor)); }
-    Point getMousePosition() const override { return {}; }
-    Point getWindowPosition() const override { return clientPosition; }
-    Size getWindowSize() const override { return {800, 600}; }
     void captureMouse() override { captured = true; }
     void releaseMouse() override { captured = false; }
-    bool isMessageOpen() const override { return false; }
     int showMessage(MessageBoxContent& box) override { return answerTo(L"showMessage", box); }
-    void closeMessage(int) override {}
     int askYesNoCancel(MessageBoxContent& box) override { return answerTo(L"askYesNoCancel", box); }
-    void playMessageSound(std::uint32_t) override {}
     int askYesNo(MessageBoxContent& box) override { return answerTo(L"askYesNo", box); }
     int askOKCancel(MessageBoxContent& box) override { return answerTo(L"askOKCancel", box); }
     double getScalingFactor() override { return scalingFactor; }
     Rect getWorkArea() const override { return {0, 0, 1023, 767}; }
     Point getClientPosition() const override { return clientPosition; }
-    Shared<Timer> createTimer(const std::wstring& name) override {
-        return made<RecordingTimer>(name);
-    }
-    void closeWindow() override {}
-    void enableWindow(bool) override {}
-    void hideWindow() override {}
-    void invalidateWindow() override {}
-    bool isWindowVisibleAtPos(Point) const override { return true; }
-    void makeWindowVisibleAtPos(Point) override {}
-    void showWindow() override {}
     Shared<Font> getFont(const FontStyle& style) override { return made<RecordingFont>(style); }
     Shared<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) override {
         return made<RecordingBitmap>(resource, size);
-    }
-    std::wstring selectFileToOpen(const std::wstring& file, const Journal& patterns,
-                                  const Journal& names) override {
-        note(L"selectFileToOpen", file, patterns.size(), names.size());
-        return L"chosen.txt";
     }
     Shared<NativeScrollBar> createNativeScrollBar(bool vertical) override {
         return made<RecordingScrollBar>(vertical);

@@ -37,13 +37,12 @@ protected:
     RecordingWindowService& native() {
         return recordingOf<RecordingWindowService>(*window_->windowService());
     }
+    void draw(Control& control) { control.drawAsRoot(*window_->graphicsService()); }
     // What drawing a control asks of the backend.
-    Journal drawn(Control& control, const Rect& drawArea = {0, 0, 9999, 9999}) {
-        auto& graphics = recordingOf<RecordingGraphics>(*window_->graphicsService());
-        graphics.drawArea = drawArea;
-        graphics.journal.clear();
-        control.drawAsRoot(*window_->graphicsService());
-        return graphics.journal;
+    std::wstring seen(Control& control) {
+        told();
+        draw(control);
+        return told();
     }
 
     InputRouter& router() { return *window_->inputRouter(); }

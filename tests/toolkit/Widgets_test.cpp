@@ -6,23 +6,19 @@ namespace {
 
 using namespace test;
 
-class WidgetTest : public ToolkitTest {
-protected:
-    RecordingWindowService& service_ = recordingOf<RecordingWindowService>(*host_);
-};
+using WidgetTest = ToolkitTest;
 
 TEST_F(WidgetTest, destruction_ofAnyWidget_releasesItsNativeObjectWhileItIsWhole) {
-    for (auto& widget :
-         Controls{host_->createNativeButton(), host_->createNativeTextBox(),
-                  host_->createNativeWindow(), host_->createNativeDialog(),
-                  host_->createNativePopupMenu(), host_->createNativeComboBox(),
-                  host_->createNativeScrollBar(true), host_->createNativeProgressBar(),
-                  host_->createNativeGridView(), host_->createNativeTreeView()}) {
+    for (auto& widget : Controls{host_->createNativeButton(), host_->createNativeTextBox(),
+                                 host_->createNativeWindow(), host_->createNativeDialog(),
+                                 host_->createNativeScrollBar(true)}) {
         widget->synchronizeTree();
         told();
         std::exchange(widget, nullptr).reset();
         expectTold(L"released");
     }
+    const std::weak_ptr<WindowService> own = host_->createNativeDialog()->windowService();
+    EXPECT_TRUE(own.expired()) << "a surface's own service dies with it";
 }
 
 TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {
@@ -46,35 +42,13 @@ TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {
          L"initialFileName.size() < bufSize"},
         {[&] { host_->selectFileToOpen(L"", {}, {}, true); }, L"allowMultiSelect not implemented"}};
     // clang-format on
-    const TraceCapture trace;
     for (const auto& [use, failure] : uses) {
         EXPECT_EQ(thrownText(use), failure);
     }
-    EXPECT_TRUE(
-        trace.messages()[0].starts_with("asserted: 'watermark_', in src/lib/ZuNativeTextBox,"));
 }
 
-// --- Window service ---
-
-TEST_F(WidgetTest, questions_ofAnyKind_haveTheirButtonsAndAreRemembered) {
-    const std::tuple<std::uint32_t, const wchar_t*> boxes[] = {
-        {kMessageYesNoCancel | kMessageIconWarning,
-         L"askYesNoCancel; {IDS_YES:null rs!}; {IDS_NO:null rs!}; {IDS_CANCEL:null rs!}"},
-        {kMessageYesNo, L"askYesNo; text 9007; {IDS_NO}"},
-        {kMessageOkCancel, L"askOKCancel; text 9001; text 9002"},
-        {kMessageOk | kMessageDefaultThird, L"showMessage; text 9001"}};
-    for (const auto& [style, expected] : boxes) {
-        host_->showMessage(L"text", L"caption", style, L"key");
-        const MessageBoxContent& box = service_.boxes.back();
-        for (const MessageBoxButton& button : box.buttons) {
-            tell(button.text);
-        }
-        expectTold(expected);
-        EXPECT_EQ(box.text + L"," + box.caption + box.checkBoxText, L"text,caption");
-        EXPECT_EQ(box.style, style);
-        EXPECT_EQ(box.defaultButton, 0U);
-        host_->registerService(makeService<NumberedTexts>(), true, true);
-    }
+TEST_F(WidgetTest, questions_ofAnyKind_areAskedUntilTheirAnswerIsRemembered) {
+    auto& service = recordingOf<RecordingWindowService>(*host_);
     const auto application = makeRecordingApplicationService();
     host_->registerService(application, true, true);
     // clang-format off
@@ -85,42 +59,28 @@ TEST_F(WidgetTest, questions_ofAnyKind_haveTheirButtonsAndAreRemembered) {
         {true, kAnswerYes, L"x", kAnswerYes}};
     // clang-format on
     for (const auto& [checked, given, key, answer] : questions) {
-        service_.answer = given;
-        service_.checksBox = checked;
+        service.answer = given;
+        service.checksBox = checked;
         EXPECT_EQ(host_->askYesNoCancel(L"t", L"c", key), answer);
-        EXPECT_EQ(service_.boxes.back().checkBoxText, L"text 9012");
         tell(key);
     }
-    expectTold(
-        L"askYesNoCancel; write; askYesNoCancel; write; write; askYesNoCancel; other; "
-        L"askYesNoCancel; x; askYesNoCancel; x; askYesNoCancel; x");
-    service_.answer = kAnswerOk;
+    service.answer = kAnswerOk;
     EXPECT_EQ(host_->askOKCancel(L"t", L"c", L"write"), kAnswerOk) << "not what it offers";
     forgetAnswer(*application->getPreferences(), L"other");
     host_->askYesNoCancel(L"t", L"c", L"other");
     host_->askYesNo(L"t", L"c");
-    expectTold(L"askOKCancel; askYesNoCancel; askYesNo");
-    EXPECT_EQ(service_.boxes.back().style, kMessageYesNo | kMessageIconQuestion);
+    host_->showMessage(L"t", L"c", kMessageOk);
+    expectTold(
+        L"askYesNoCancel; write; askYesNoCancel; write; write; askYesNoCancel; other; "
+        L"askYesNoCancel; x; askYesNoCancel; x; askYesNoCancel; x; askOKCancel; askYesNoCancel; "
+        L"askYesNo; showMessage");
 }
-
-TEST_F(WidgetTest, filesBitmapsAndSurfaces_scalingAndLife_areKept) {
-    EXPECT_EQ(host_->selectFileToOpen(L"a.txt", {L"*.a"}, {L"A files"}, false), L"chosen.txt");
-    expectTold(L"selectFileToOpen a.txt 1 1");
-    service_.scalingFactor = 1.5;
-    EXPECT_EQ(host_->getBitmap(BitmapDescriptor()), nullptr);
-    EXPECT_EQ(host_->getBitmap(BitmapDescriptor(321, {16, 15}))->size(), (Size{24, 23}));
-    const std::weak_ptr<WindowService> own = host_->createNativeDialog()->windowService();
-    EXPECT_TRUE(own.expired()) << "a surface's own service dies with it";
-}
-
-// --- Widgets ---
 
 TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone) {
     std::vector<std::shared_ptr<NativeButton>> buttons;
     for (int i = 0; i < 5; ++i) {
         buttons.push_back(shown(host_->createNativeButton(), {i, i, i, i}));
         buttons.back()->setKind(i == 0 ? ButtonKind::kCheck : ButtonKind::kRadio);
-        told();
         buttons.back()->click();
         buttons.back()->click();
         EXPECT_EQ(buttons.back()->isChecked(), i != 0);
@@ -128,54 +88,43 @@ TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone
     buttons[0]->setChecked(true);
     buttons[1]->setEnabled(false);
     buttons[1]->click();
-    expectTold(
-        L"sync 4,4,4,4; sync 3,3,3,3; leftClicked; leftClicked; sync 0,0,0,0; sync 1,1,1,1 "
-        L"disabled");
     // By key, around and past the one that cannot be used.
     // clang-format off
-    for (const auto& [from, key, modifiers] :
-         {std::tuple{4, kKeyRight, 0U}, {2, kKeyUp, 0U}, {4, kKeyLeft, 0U}, {3, kKeyDown, 0U},
-          {4, kKeyUp, kModifierControl}, {4, kKeySpace, 0U}, {0, kKeyUp, 0U}}) {
+    for (const auto& [from, key, modifiers, to] :
+         {std::tuple{4U, kKeyRight, 0U, 2U}, {2U, kKeyUp, 0U, 4U}, {4U, kKeyLeft, 0U, 3U},
+          {3U, kKeyDown, 0U, 4U}, {4U, kKeyUp, kModifierControl, 4U}, {4U, kKeySpace, 0U, 4U}}) {
         // clang-format on
-        say(buttons[static_cast<std::size_t>(from)]->onKey({key, modifiers}));
+        EXPECT_EQ(buttons[from]->onKey({key, modifiers}), from != to);
+        EXPECT_TRUE(buttons[to]->isChecked() && buttons[to]->hasFocus()) << from;
+        EXPECT_EQ(buttons[from]->isChecked(), from == to);
     }
-    expectTold(
-        L"enterFocus; sync 2,2,2,2; sync 4,4,4,4; leftClicked; 1; leaveFocus; enterFocus; sync "
-        L"4,4,4,4; sync 2,2,2,2; leftClicked; 1; leaveFocus; enterFocus; sync 3,3,3,3; sync "
-        L"4,4,4,4; leftClicked; 1; leaveFocus; enterFocus; sync 4,4,4,4; sync 3,3,3,3; "
-        L"leftClicked; 1; 0; 0; 0");
-    EXPECT_TRUE(buttons[0]->isChecked());
+    EXPECT_TRUE(!buttons[0]->onKey({kKeyUp, 0}) && buttons[0]->isChecked());
 }
 
 TEST_F(WidgetTest, preferredSize_followsTextKindAndScaling) {
     const auto button = shown(host_->createNativeButton(), {0, 0, 29, 39});
     const auto box = shown(host_->createNativeTextBox(), {0, 0, 29, 39});
     const auto combo = shown(host_->createNativeComboBox(), {0, 0, 29, 39});
-    const auto progress = shown(host_->createNativeProgressBar());
     const auto bar = shown(host_->createNativeScrollBar(false), {0, 0, 49, 5});
     combo->addItem(L"fourteen chars");
     combo->addItem(L"short");
-    const auto expectSizes = [&](Size ofButton, Size ofBox, Size ofCombo, Size ofProgress) {
-        EXPECT_EQ(button->preferredSize(), ofButton);
-        EXPECT_EQ(box->preferredSize(), ofBox);
-        EXPECT_EQ(combo->preferredSize(), ofCombo);
-        EXPECT_EQ(progress->preferredSize(), ofProgress);
-        EXPECT_EQ(bar->preferredSize(), (Size{50, 16}));
+    const auto expectSizes = [&](const wchar_t* expected, int line = __builtin_LINE()) {
+        told();
+        for (const auto& widget : Controls{button, box, combo, bar}) {
+            say(widget->preferredSize());
+        }
+        expectTold(expected, line);
     };
     // Characters of 7 pixels, lines of 16.
-    expectSizes({75, 23}, {160, 24}, {14 * 7 + 32, 24}, {160, 12});
+    expectSizes(L"75,23; 160,24; 130,24; 50,16");
     button->setCaption(std::make_shared<TextDescriptor>(L"&Twelve chars && 1"));
     box->setKind(TextBoxKind::kMultiLine);
     combo->removeItem(0);
-    expectSizes({16 * 7 + 24, 26}, {160, 4 * 16 + 8}, {100, 24}, {160, 12});
+    expectSizes(L"136,26; 160,72; 100,24; 50,16");
     native().scalingFactor = 2.0;
-    button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{10, 20}));
-    expectSizes({112 + 2 * (10 + 4) + 48, 40 + 20}, {320, 64 + 16}, {200, 32}, {320, 12});
     button->setKind(ButtonKind::kCheck);
-    button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{0x7FFFFFFF, 1}));
-    EXPECT_EQ(button->preferredSize(), (Size{0x7FFFFFFF, 16 + 8}));
-    EXPECT_EQ(makeControl<NativeProgressBar>()->preferredSize(), (Size{160, 15}));
-    EXPECT_EQ(makeControl<NativeScrollBar>(true)->preferredSize(), (Size{17, 1}));
+    button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{10, 20}));
+    expectSizes(L"180,48; 320,80; 200,32; 50,16");
     // Outside of a surface they keep what they have.
     for (const auto& widget : Controls{button, box, combo}) {
         window_->removeChild(widget.get());
@@ -183,16 +132,13 @@ TEST_F(WidgetTest, preferredSize_followsTextKindAndScaling) {
     }
 }
 
-TEST_F(WidgetTest, textBox_textFromUserAndProgram_sendsOnceAndDoesNotEcho) {
+TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
     const auto box = shown(host_->createNativeTextBox());
     told();
     say(box->setText(L"typed"));
     say(box->setText(L"typed"));
-    box->acceptText(L"typed on");
-    box->acceptText(L"typed on");
     say(box->setMaximumLength(3));
-    say(box->setMaximumLength(3));
-    expectTold(L"sync 0,0,0,0; textChanged; 1; 0; textChanged; textChanged; sync 0,0,0,0; 1; 0");
+    expectTold(L"sync 0,0,0,0; textChanged; 1; 0; textChanged; sync 0,0,0,0; 1");
     // clang-format off
     for (const auto& [given, kept] :
          {std::pair{L"typed", L"typ"}, {L"a\r\ncdef", L"a\nc"}, {L"abc", L"abc"},
@@ -204,11 +150,9 @@ TEST_F(WidgetTest, textBox_textFromUserAndProgram_sendsOnceAndDoesNotEcho) {
 }
 
 TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
-    const auto box = host_->createNativeComboBox();
+    const auto box = shown(host_->createNativeComboBox());
     box->addItem(L"one");
     box->addItem(L"two");
-    expectTold(L"");
-    shown(box);
     told();
     // After each of these the selected item and the field's text.
     // clang-format off
@@ -218,9 +162,8 @@ TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
         [&] { box->acceptSelection(0); }, [&] { box->acceptSelection(55); },
         [&] { say(box->setText(L"three")); }, [&] { say(box->setText(L"two")); },
         [&] { say(box->setEditable(true)); }, [&] { say(box->setText(L"free")); },
-        [&] { box->acceptText(L"freed"); }, [&] { box->acceptText(L"freed"); },
-        [&] { say(box->setEditable(false)); }, [&] { say(box->setText(L"two")); },
-        [&] { box->addItem(L"one"); }, [&] { box->removeItem(1); },
+        [&] { box->acceptText(L"freed"); }, [&] { say(box->setEditable(false)); },
+        [&] { say(box->setText(L"two")); }, [&] { box->addItem(L"one"); }, [&] { box->removeItem(1); },
         [&] { tell(box->getItemText(0) + box->getItemText(7)); }, [&] { box->clear(); }};
     // clang-format on
     for (const auto& step : steps) {
@@ -228,12 +171,10 @@ TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
         tell(textOf(box->getSelectedItem()) + box->text());
     }
     expectTold(
-        L"added 2; -1; selection 2; 2three; removed 0; selection 1; 1three; 1three; removed 1; "
-        L"selection -1; -1; selectionChanged; textChanged; 0two; 0two; selectionChanged -1,-1; "
-        L"textChanged; -1; 0; -1; textChanged; sync 0,0,0,0; fill; 1; 0two; sync 0,0,0,0; fill; 1; "
-        L"0two; textChanged; sync 0,0,0,0; fill; 1; -1free; textChanged; -1freed; -1freed; "
-        L"textChanged; sync 0,0,0,0; fill; 1; -1; textChanged; sync 0,0,0,0; fill; 1; 0two; added "
-        L"1; 0two; removed 1; selection 0; 0two; two; 0two; cleared; -1");
+        L"-1; 2three; 1three; 1three; -1; selectionChanged; textChanged; 0two; 0two; "
+        L"selectionChanged -1,-1; textChanged; -1; 0; -1; textChanged; 1; 0two; 1; 0two; "
+        L"textChanged; 1; -1free; textChanged; -1freed; textChanged; 1; -1; textChanged; 1; 0two; "
+        L"0two; 0two; two; 0two; -1");
 }
 
 TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
@@ -241,28 +182,22 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
     const auto flat = shown(host_->createNativeScrollBar(false));
     flat->setRange(0, 99);
     flat->setPageSize(10);
+    bar->setRange(0, 99);
     told();
-    say(bar->setRange(0, 99));
-    say(bar->setRange(0, 99));
-    say(bar->setPageSize(20));
     say(bar->setPageSize(20));
     say(bar->setPosition(200));
     say(bar->setPosition(80));
-    expectTold(
-        L"range 0 99; page 1; arrows 0 1; 1; 0; range 0 99; page 20; arrows 0 1; 1; 0; position "
-        L"80; arrows 1 0; scrolled 80,0; scrolledvertically 80,0; 1; 0");
     say(bar->setPageSize(50));
     say(bar->setRange(10, 5));
-    say(bar->setPageSize(-1));
     say(bar->onMouse({MouseAction::kWheel, {}, 1}));
     expectTold(
-        L"range 0 99; page 50; position 50; arrows 1 0; scrolled 50,0; scrolledvertically 50,0; 1; "
-        L"range 10 10; page 50; position 10; arrows 0 0; scrolled 10,0; scrolledvertically 10,0; "
-        L"1; range 10 10; page 1; arrows 0 0; 1; 0");
+        L"range 0 99; page 20; arrows 0 1; 1; position 80; arrows 1 0; scrolled 80,0; "
+        L"scrolledvertically 80,0; 1; 0; range 0 99; page 50; position 50; arrows 1 0; scrolled "
+        L"50,0; scrolledvertically 50,0; 1; range 10 10; page 50; position 10; arrows 0 0; "
+        L"scrolled 10,0; scrolledvertically 10,0; 1; 0");
     bar->setRange(0, 99);
     bar->setPageSize(10);
-    say(flat->setLineSize(2));
-    say(flat->setLineSize(2));
+    flat->setLineSize(2);
     // clang-format off
     const std::tuple<std::uint32_t, int, int> keys[] = {
         {kKeyRight, 10, 2}, {kKeyDown, 11, 2}, {kKeyPageDown, 21, 12}, {kKeyPageDown, 31, 22},
@@ -273,46 +208,24 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
         EXPECT_TRUE(bar->onKey({key, 0}) == moves[0] && flat->onKey({key, 0}) == moves[1]) << key;
         EXPECT_TRUE(bar->position() == vertical && flat->position() == horizontal) << key;
     }
-    told();
-    say(flat->onMouse({MouseAction::kHorizontalWheel, {}, -120}));
-    say(flat->onMouse({MouseAction::kWheel, {}, -120}));
-    say(bar->onMouse({MouseAction::kWheel, {}, 120}));
     // A wheel without notches turns by less than a position.
-    say(bar->onMouse({MouseAction::kWheel, {}, 30}));
-    say(bar->onMouse({MouseAction::kWheel, {}, 30}));
-    say(bar->onKey({kKeyHome, 0}));
-    expectTold(
-        L"position 84; arrows 1 1; scrolled 84,0; scrolledhorizontally 84,0; 1; 0; position 87; "
-        L"arrows 1 1; scrolled 87,0; scrolledvertically 87,0; 1; 1; position 86; arrows 1 1; "
-        L"scrolled 86,0; scrolledvertically 86,0; 1; position 0; arrows 0 1; scrolled; "
-        L"scrolledvertically; 1");
+    for (const auto& [turn, horizontal, vertical] :
+         {std::tuple{120, 84, 87}, {30, 83, 87}, {30, 81, 86}}) {
+        EXPECT_TRUE(flat->onMouse({MouseAction::kHorizontalWheel, {}, -turn}) &&
+                    bar->onMouse({MouseAction::kWheel, {}, turn}));
+        EXPECT_TRUE(flat->position() == horizontal && bar->position() == vertical) << turn;
+    }
+    EXPECT_FALSE(flat->onMouse({MouseAction::kWheel, {}, 120}));
 }
 
-TEST_F(WidgetTest, progressBarAndMenu_values_areTakenIntoTheRange) {
-    const auto bar = shown(host_->createNativeProgressBar());
-    told();
-    bar->setPosition(70);
-    bar->setRange(0, 50);
-    bar->setRange(0, 50);
-    bar->setRange(0, -7);
-    bar->setMarqueeInterval(0);
-    bar->setEnableMarqueeAnimation(true);
-    bar->setState(ProgressState::kError);
-    expectTold(
-        L"position 70; range 0 50; position 50; range 0 0; position 0; interval 1; marquee 1; "
-        L"state 1");
-    const auto menu = shown(host_->createNativePopupMenu());
+TEST_F(WidgetTest, menuItemsAndKinds_byNumberOrName_areFound) {
+    const auto menu = host_->createNativePopupMenu();
     PopupMenuItem more;
-    more.identifier = 2;
     more.items.push_back({3, L"Three", 0, true, false, {}});
     menu->setItems({{}, more});
-    menu->addSeparator();
     menu->addItem(4, L"Four");
     EXPECT_EQ(menu->findItem(3)->caption + menu->findItem(4)->caption, L"ThreeFour");
     EXPECT_TRUE(menu->findItem(0) == nullptr && menu->findItem(5) == nullptr);
-    told();
-    say(menu->show({}));
-    expectTold(L"selected 1,0; 1");
     // Kinds that nobody else hears of.
     for (const wchar_t* name :
          {L"timerTick.Timer", L"changePreferredWidth.Control",
