@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -20,8 +19,7 @@ void pressKeys(const std::vector<WORD>& keys);
 void movePointer(POINT place);
 void click(POINT place);
 
-// The middle of a window, and a point of its client area, on the screen.
-POINT middleOf(HWND window);
+// Where a point of a window's client area is on the screen.
 POINT onScreen(HWND window, Point point);
 
 // A mouse message for a point of the client area, handled at once.
@@ -30,9 +28,6 @@ LRESULT sendMouse(HWND window, UINT message, Point point, WPARAM wide = 0);
 std::wstring textOf(HWND window);
 // What the window shows at a point of its client area, as 0xRRGGBB.
 std::uint32_t pixelOf(HWND window, Point point);
-// Windows of this thread, those inside of others too.
-int liveWindows();
-
 // Runs a round once, and then some dozens of times without that more windows, fonts ...
 // are there afterwards.
 void expectNothingLeft(const std::function<void()>& round);
@@ -54,7 +49,6 @@ public:
 
     Steps(std::initializer_list<Step> steps);
     Steps(const Steps&) = delete;
-    Steps& operator=(const Steps&) = delete;
     ~Steps();
 
 private:
