@@ -58,8 +58,7 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
 
 TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
     probe_->setCursor(MouseCursor::kHand);
-    for (const Point place :
-         {Point{20, 20}, {120, 20}, {20, 20}, {900, 900}, {120, 20}, {900, 900}}) {
+    for (const Point place : {Point{20, 20}, {120, 20}, {20, 20}, {900, 900}, {120, 20}}) {
         movePointer(onScreen(native(), place));
         const auto isThere = [&] {
             return probe_->isHovered() == (place.x == 20) &&
@@ -70,11 +69,6 @@ TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
         EXPECT_TRUE(isThere()) << place.x;
         EXPECT_TRUE(place.x != 20 || GetCursor() == LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
     }
-    probe_->log->take();
-    click(onScreen(native(), {30, 30}));
-    runMessages(2000, [&] { return probe_->log->entries.size() >= 5; });
-    EXPECT_EQ(probe_->log->take(),
-              L"enterHovering enterFocus enterLeftClicking leaveLeftClicking leftClicked");
 }
 
 TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
@@ -103,21 +97,21 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
         press(keys);
         EXPECT_EQ(log_->take().find(L"leftClicked") != std::wstring::npos, keys.size() == 2);
     }
-    // A window that is left and activated again gives it back.
-    const auto other = makeWindow({100, 100});
+    // A window that is left and activated again gives it back, or to what took it meanwhile.
+    const auto holder = makeWindow({100, 100});
+    const HWND other = nativeWindowOf(*holder);
     for (const auto& kept : Controls{inner_, button_, inner_, probe_}) {
         SetActiveWindow(native());
         EXPECT_TRUE(kept->takeFocus());
         expectFocus(kept);
-        SetActiveWindow(nativeWindowOf(*other));
+        SetActiveWindow(other);
         EXPECT_FALSE(kept->hasFocus());
         SetActiveWindow(native());
         expectFocus(kept);
     }
-    // What takes the focus meanwhile has it afterwards, and activates nothing.
-    SetActiveWindow(nativeWindowOf(*other));
+    SetActiveWindow(other);
     EXPECT_TRUE(inner_->takeFocus());
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*other));
+    EXPECT_EQ(GetActiveWindow(), other);
     SetActiveWindow(native());
     expectFocus(inner_);
 }
@@ -147,12 +141,10 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
         {{VK_TAB}, other, L"leaveFocus enterFocus"},
         {{VK_RETURN}, other, L"leftClicked"},
         {{VK_MENU, 'C'}, check, L"leaveFocus enterFocus leftClicked"},
-        {{'O'}, other, L"leaveFocus enterFocus leftClicked"},
         {{'R'}, first, L"leaveFocus enterFocus"},
         {{'R'}, second, L"leaveFocus enterFocus"},
         {{'R'}, first, L"leaveFocus enterFocus"},
-        {{VK_SHIFT, VK_TAB}, check, L"leaveFocus enterFocus"},
-        {{VK_SHIFT, VK_TAB}, other, L"leaveFocus enterFocus"},
+        {{'O'}, other, L"leaveFocus enterFocus leftClicked"},
         {{VK_SHIFT, VK_TAB}, field, L"leaveFocus enterFocus"},
         {{VK_SHIFT, VK_TAB}, box, L"leaveFocus enterFocus"},
         {{VK_RETURN}, box, L"textChanged"},
@@ -174,12 +166,9 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     EXPECT_TRUE(check->isChecked());
     EXPECT_EQ(box->text(), L"\n");
     EXPECT_EQ(send(shown, WM_QUERYUISTATE), 0) << "the keyboard was used";
-    // Commands that come from no control.
-    for (const auto& [identifier, button] :
-         {std::pair{IDOK, standard}, {GetDlgCtrlID(nativeWindowOf(*other)), other}}) {
-        send(shown, WM_COMMAND, static_cast<WPARAM>(identifier));
-        EXPECT_EQ(log_->entries.back().a.object<Control>(), button.get());
-    }
+    // A command that comes from no control.
+    send(shown, WM_COMMAND, IDOK);
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
 }
 
 }  // namespace
