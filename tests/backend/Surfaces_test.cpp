@@ -125,7 +125,6 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     const auto right = addProbe(Rect::at({100, 10}, {50, 50}));
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     const std::uint32_t background = pixelOf(native(), {5, 5});
-    EXPECT_EQ(RGB(background >> 16, background >> 8, background), GetSysColor(COLOR_BTNFACE));
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
     Rect painted;
     left->whileDrawing = [&] {
@@ -144,29 +143,6 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     EXPECT_EQ(left->drawn, 3);
     left->moveTo({20, 20});
     EXPECT_EQ(pixelOf(native(), {10, 10}), background);
-}
-
-TEST_F(SurfaceTest, colours_changed_reachWhatHasThem) {
-    const auto check = show(service().createNativeButton(), {0, 10, 89, 34});
-    check->setKind(ButtonKind::kCheck);
-    const auto field = show(service().createNativeTextBox(), {0, 40, 89, 64});
-    const std::uint32_t usual = pixelOf(nativeWindowOf(*field), {60, 20});
-    const std::pair<Control*, Control*> kHolders[] = {
-        {window_.get(), check.get()}, {window_.get(), check.get()}, {field.get(), field.get()}};
-    std::uint8_t red = 0x12;
-    for (const auto& [holder, shown] : kHolders) {
-        EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), usual);
-        auto colors = std::make_shared<ColorsDescriptor>();
-        colors->setColor(ColorRole::kBackground, Color::rgb(++red, 0x34, 0x56));
-        colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, red));
-        holder->setColors(colors);
-        EXPECT_EQ(pixelOf(nativeWindowOf(*shown), {60, 20}), red << 16 | 0x3456U);
-        const Canvas canvas({1, 1});
-        send(native(), shown == holder ? WM_CTLCOLOREDIT : WM_CTLCOLORSTATIC,
-             reinterpret_cast<WPARAM>(canvas.context()),
-             reinterpret_cast<LPARAM>(nativeWindowOf(*shown)));
-        EXPECT_EQ(GetTextColor(canvas.context()), RGB(0xFE, 0xDC, red));
-    }
 }
 
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
