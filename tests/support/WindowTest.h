@@ -28,7 +28,7 @@ LRESULT sendMouse(HWND window, UINT message, Point point, WPARAM wide = 0);
 std::wstring textOf(HWND window);
 // What the window shows at a point of its client area, as 0xRRGGBB.
 std::uint32_t pixelOf(HWND window, Point point);
-// Runs a round once, and then some dozens of times without that more windows, fonts ...
+// Runs a round once, and then some dozens of times without that more fonts, bitmaps ...
 // are there afterwards.
 void expectNothingLeft(const std::function<void()>& round);
 
