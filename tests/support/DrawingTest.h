@@ -45,15 +45,15 @@ private:
 inline void runMessages(
     std::uint32_t milliseconds, const std::function<bool()>& done = [] { return false; }) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
-    for (ULONGLONG now = 0; !done() && now < end;) {
+    while (!done()) {
         MSG message;
-        while (!done() && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
             DispatchMessageW(&message);
-        }
-        now = GetTickCount64();
-        if (!done() && now < end) {
+        } else if (const ULONGLONG now = GetTickCount64(); now < end) {
             MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now),
                                       QS_ALLINPUT);
+        } else {
+            return;
         }
     }
 }
