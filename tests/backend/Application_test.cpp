@@ -109,10 +109,10 @@ TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
     }
     EXPECT_FALSE(isAnyMade);
     const Lines messages = trace.messages();
-    const auto isReport = [](const std::string& message) {
-        return message.find("ServiceWin32Gdi::") < message.find(": catched std::bad_alloc: ");
-    };
-    EXPECT_EQ(std::count_if(messages.begin(), messages.end(), isReport), 13);
+    EXPECT_EQ(messages.size(), 13U);
+    for (const std::string& message : messages) {
+        EXPECT_NE(message.find(": catched std::bad_alloc: "), std::string::npos) << message;
+    }
 }
 
 // Ticks, until somebody stops, restarts or destroys the timer; also by a tick, or when
@@ -186,9 +186,8 @@ TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
     sendMouse(native(), WM_RBUTTONUP, {15, 15});
     EXPECT_EQ(GetCapture(), nullptr);
     EXPECT_EQ(probe_->log->take(), L"enterRightClicking leaveRightClicking rightClicked");
-    sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15}, MK_CONTROL);
+    sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15});
     EXPECT_EQ(probe_->lastMouse.action, MouseAction::kLeftDouble);
-    EXPECT_EQ(probe_->lastMouse.modifiers, kModifierControl);
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {

