@@ -1,14 +1,14 @@
 // The native controls against a model, and what the user does with them.
 
 #include <array>
-#include <map>
+#include <numeric>
 #include <random>
 
+#include "ZuFontWin32Gdi.h"
 #include "ZuNativeComboBox.h"
 #include "ZuNativeProgressBar.h"
 #include "ZuNativeScrollBar.h"
 #include "ZuNativeTextBox.h"
-#include "ZuScope.h"
 #include "support/SurfaceTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
@@ -18,233 +18,248 @@ namespace {
 
 using namespace test;
 
-// What changes the windows of this thread while one lives; of what the test bench
-// has no way to ask for, the last.
-class Sent {
-public:
-    static inline std::vector<UINT> ids;
-    static inline std::map<HWND, std::wstring> hints;
-    static LPARAM last(HWND window, UINT id) { return all[{window, id}]; }
-
-private:
-    static inline std::map<std::pair<HWND, UINT>, LPARAM> all;
-    static LRESULT CALLBACK note(int code, WPARAM own, LPARAM extra) noexcept {
-        static constexpr UINT kChanging[] = {
-            WM_SETTEXT,   WM_SETFONT,       WM_ENABLE,        WM_SHOWWINDOW,   WM_WINDOWPOSCHANGING,
-            BM_SETCHECK,  BM_SETIMAGE,      EM_LIMITTEXT,     EM_SETREADONLY,  EM_SETCUEBANNER,
-            CB_SETCURSEL, CB_SETITEMHEIGHT, CB_ADDSTRING,     CB_SETCUEBANNER, PBM_SETRANGE32,
-            PBM_SETPOS,   PBM_SETMARQUEE,   SBM_SETSCROLLINFO};
-        const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(extra);
-        if (std::count(std::begin(kChanging), std::end(kChanging), sent.message) != 0) {
-            ids.push_back(sent.message);
-        }
-        if (sent.message == CB_SETCUEBANNER) {
-            hints[sent.hwnd] = reinterpret_cast<const wchar_t*>(sent.lParam);
-        }
-        all[{sent.hwnd, sent.message}] =
-            sent.message == PBM_SETSTATE ? static_cast<LPARAM>(sent.wParam) : sent.lParam;
-        return CallNextHookEx(nullptr, code, own, extra);
-    }
-
-    HookHandle hook_{SetWindowsHookExW(WH_CALLWNDPROC, &note, nullptr, GetCurrentThreadId())};
-};
-
 // Widgets at random: what the program and the user do with one, and what its window
 // has to say then.
 class MirrorTest : public SurfaceTest {
 protected:
-    struct Subject {
-        std::string name;
-        std::shared_ptr<Control> control;
-        std::vector<std::function<void()>> changes;
-        std::function<void(HWND)> check;
-    };
     // What the widgets lie on.
     struct Holder : Control {
-        bool throws = false;
-        bool onKey(const KeyEvent&) override {
-            if (throws) {
-                throw std::wstring(L"torn");
-            }
-            return false;
-        }
+        bool onKey(const KeyEvent&) override { throw std::wstring(L"torn"); }
     };
+    MirrorTest() {
+        holder_->setBoundary({0, 0, 199, 199});
+        holder_->setFocusable(true);
+        window_->addChild(holder_);
+        SetForegroundWindow(native());
+    }
 
     int any(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
     bool flip() { return any(2) == 0; }
+    Rect anyPlace() { return Rect::at({any(50), any(50)}, {90 + any(90), 22 + any(20)}); }
     const wchar_t* word() {
         static constexpr const wchar_t* kWords[] = {L"", L"&Save", L"one", L"two", L"a\nb"};
         return kWords[any(5)];
     }
     std::shared_ptr<TextDescriptor> anyText() {
         auto text = std::make_shared<TextDescriptor>(word());
-        if (any(3) == 0) {
-            text->setIdentifier(9012);
-        }
+        text->setIdentifier(any(3) == 0 ? 9012 : 0);
         return any(4) != 0 ? text : nullptr;
-    }
-    // Announced once: not by the window too.
-    template <class Widget>
-    void setAnyText(Widget& widget) {
-        log_->take();
-        widget.setText(word());
-        EXPECT_LE(log_->entries.size(), 1U);
-    }
-    template <class Widget>
-    static std::wstring captionOf(const Widget& widget) {
-        return widget.hasCaption() ? widget.caption().text(widget) : L"";
     }
     std::shared_ptr<FontDescriptor> anyFont() {
         return std::make_shared<FontDescriptor>(FontStyle{false, false, false, 6 * any(3) + 6, {}});
+    }
+    // What the widget's window tells its parent.
+    static void notify(const Control& widget, UINT id, WPARAM wide) {
+        const HWND shown = nativeWindowOf(widget);
+        send(GetParent(shown), id, wide, reinterpret_cast<LPARAM>(shown));
+    }
+    static std::wstring captionOf(const auto& widget) {
+        return widget.hasCaption() ? widget.caption().text(widget) : L"";
     }
     // 6 points are 8 pixels.
     static void expectFont(HWND shown, const FontDescriptor* font) {
         LOGFONTW made{};
         GetObjectW(reinterpret_cast<HGDIOBJ>(send(shown, WM_GETFONT)), sizeof(made), &made);
-        NONCLIENTMETRICSW own{};
-        own.cbSize = sizeof(own);
-        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(own), &own, 0);
-        EXPECT_EQ(made.lfHeight,
-                  font != nullptr ? -(font->style().size * 4 + 1) / 3 : own.lfMessageFont.lfHeight);
+        EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
+                                                 : windowMetrics().lfMessageFont.lfHeight);
     }
-    static void expectLook(HWND shown, const wchar_t* windowClass, DWORD style,
-                           const std::wstring& text, LONG edge = 0) {
+    static void expectLook(HWND shown, const wchar_t* kind, DWORD style, const std::wstring& text) {
         wchar_t name[64] = L"";
         GetClassNameW(shown, name, 64);
-        EXPECT_STREQ(name, windowClass);
+        EXPECT_STREQ(name, kind);
         EXPECT_EQ(GetWindowLongW(shown, GWL_STYLE) & (0xFFFF | WS_VSCROLL), LONG(style));
-        EXPECT_EQ(GetWindowLongW(shown, GWL_EXSTYLE) & WS_EX_CLIENTEDGE, edge);
         EXPECT_EQ(textOf(shown), text);
     }
-
-    Subject button() {
-        const auto w = service().createNativeButton();
-        const auto press = [=, this] {
-            const HWND shown = nativeWindowOf(*w);
-            const bool expected = w->kind() == ButtonKind::kRadio ||
-                                  (w->kind() == ButtonKind::kCheck) != w->isChecked();
-            w->setEnabled(true);
-            log_->take();
-            // A second quick press is a press.
-            send(GetParent(shown), WM_COMMAND,
-                 MAKEWPARAM(0, flip() ? BN_CLICKED : BN_DOUBLECLICKED),
-                 reinterpret_cast<LPARAM>(shown));
-            EXPECT_NE(log_->take().find(L"leftClicked"), std::wstring::npos);
-            EXPECT_EQ(w->isChecked(), expected);
-        };
-        const auto check = [=](HWND shown) {
-            static constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
-                                                BS_RADIOBUTTON};
-            expectLook(shown, L"Button", kStyles[int(w->kind())], captionOf(*w));
-            expectFont(shown, w->hasFont() ? &w->font() : nullptr);
-            EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
-            ICONINFO parts{};
-            BITMAP bitmap{};
-            GetIconInfo(reinterpret_cast<HICON>(send(shown, BM_GETIMAGE, IMAGE_ICON)), &parts);
-            const BitmapHandle colors(parts.hbmColor);
-            const BitmapHandle mask(parts.hbmMask);
-            GetObjectW(colors.get(), sizeof(bitmap), &bitmap);
-            EXPECT_EQ(bitmap.bmWidth, w->bitmap() == nullptr ? 0 : captionOf(*w).empty() ? 16 : 20);
-        };
-        return {"ButtonWin32Gdi",
-                w,
-                {[=, this] { w->setKind(static_cast<ButtonKind>(any(4))); },
-                 [=, this] { w->setCaption(anyText()); }, [=, this] { w->setChecked(flip()); },
-                 [=, this] { w->setFont(anyFont()); },
-                 [=] {
-                     w->setBitmap(std::make_shared<BitmapDescriptor>(120, Size{16, 16}));
-                 },
-                 [=] { w->setBitmap(nullptr); }, press},
-                check};
+    static bool holdsFocus(const Control& control) {
+        const HWND shown = nativeWindowOf(control);
+        return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
     }
-
-    Subject textBox() {
-        const auto w = service().createNativeTextBox();
-        const auto check = [=](HWND shown) {
-            static constexpr DWORD kStyles[] = {
-                ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
-                ES_PASSWORD | ES_AUTOHSCROLL};
-            std::wstring text;
-            for (const wchar_t c : w->text()) {
-                text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
-            }
-            expectLook(shown, L"Edit",
-                       kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0), text,
-                       WS_EX_CLIENTEDGE);
-            expectFont(shown, w->hasFont() ? &w->font() : nullptr);
-            EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
-                      w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
-            wchar_t hint[64] = L"";
-            send(shown, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 64);
-            const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
-            EXPECT_EQ(hint, hasHint ? w->watermark().text(*w) : L"");
-        };
-        return {"TextBoxWin32Gdi",
-                w,
-                {[=, this] { w->setKind(static_cast<TextBoxKind>(any(3))); },
-                 [=, this] { w->setWatermark(anyText()); }, [=, this] { w->setReadOnly(flip()); },
-                 [=, this] { w->setFont(anyFont()); },
-                 [=, this] { w->setMaximumLength(static_cast<std::size_t>(any(6))); },
-                 [=, this] { setAnyText(*w); },
-                 [=, this] { type(nativeWindowOf(*w), flip() ? L"y" : L"\r\U0001F600"); }},
-                check};
+    void expectReport(const std::string& operation) {
+        EXPECT_TRUE(trace_.messages().back().starts_with(operation + ": catched "))
+            << operation << ": " << trace_.messages().back();
     }
+    using Changes = std::vector<std::function<void()>>;
+    void expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
+                        const Changes& own, const std::function<void(HWND)>& check);
 
-    Subject comboBox() {
-        const auto w = service().createNativeComboBox();
-        const auto anyItem = [=, this] {
-            return w->getItemCount() != 0 ? random_() % w->getItemCount() : kNullSize;
-        };
-        const auto typeOver = [=, this] {
-            const HWND field = FindWindowExW(nativeWindowOf(*w), nullptr, L"Edit", nullptr);
-            send(field, EM_SETSEL, 0, -1);
-            type(field, flip() ? L"one" : L"o");
-            w->backend()->synchronizeWithAbstraction();
-        };
-        const auto leaveList = [=, this] {
-            const HWND shown = nativeWindowOf(*w);
-            send(shown, CB_SHOWDROPDOWN, TRUE);
-            send(shown, WM_KEYDOWN, VK_ESCAPE, 1);
-            EXPECT_EQ(send(shown, CB_GETDROPPEDSTATE), 0);
-            const std::size_t chosen = w->isEditable() ? w->getSelectedItem() : anyItem();
-            send(shown, CB_SETCURSEL, chosen);
-            const int left =
-                std::array{CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_SELCHANGE}[random_() % 3];
-            send(GetParent(shown), WM_COMMAND, MAKEWPARAM(0, left),
-                 reinterpret_cast<LPARAM>(shown));
-            EXPECT_EQ(w->getSelectedItem(), chosen) << "of several alike the chosen one";
-        };
-        const auto check = [=](HWND shown) {
-            expectLook(shown, L"ComboBox",
-                       (w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST) | CBS_HASSTRINGS |
-                           CBS_AUTOHSCROLL,
-                       w->text());
-            expectFont(shown, w->font().get());
-            EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
-            EXPECT_EQ(Sent::hints[shown], captionOf(*w));
-            Texts items;
-            for (WPARAM i = 0; i < static_cast<WPARAM>(send(shown, CB_GETCOUNT)); ++i) {
-                wchar_t item[32] = L"";
-                send(shown, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(item));
-                items.push_back(item);
-            }
-            EXPECT_EQ(items, w->items());
-        };
-        return {"ComboBoxWin32Gdi",
-                w,
-                {[=, this] { w->setEditable(flip()); }, [=, this] { w->setEditable(flip()); },
-                 [=, this] { w->setCaption(anyText()); }, [=, this] { w->setFont(anyFont()); },
-                 [=, this] { setAnyText(*w); }, [=, this] { w->addItem(word()); },
-                 [=, this] { w->addItem(word()); }, [=] { w->selectItem(anyItem()); },
-                 [=] { w->removeItem(anyItem()); }, [=] { w->selectItem(kNullSize); },
-                 [=] { w->getItemCount() > 4 ? w->clear() : w->selectItem(kNullSize); },
-                 [=] { send(nativeWindowOf(*w), WM_KEYDOWN, VK_DOWN, 1); }, typeOver, leaveList},
-                check};
+    const TraceCapture trace_;
+    std::mt19937 random_{20260713};
+    std::shared_ptr<NativeWindow> other_ = makeWindow({300, 200});
+    std::shared_ptr<Holder> holder_ = makeControl<Holder>();
+};
+
+void MirrorTest::expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
+                                const Changes& own, const std::function<void(HWND)>& check) {
+    Control& control = *widget;
+    {
+        const RefusedWindows refused;
+        show(widget, Rect::at({}, {90, 25}), holder_.get());
+        ASSERT_EQ(nativeWindowOf(control), nullptr);
+        expectReport(backend + "::synchronizeWithAbstraction");
     }
+    control.synchronizeTree();
+    bool isMoved = false;
+    const Changes common = {
+        [&] { control.setVisible(any(3) != 0); },
+        [&] { control.setEnabled(any(3) != 0); },
+        [&] {
+            control.releaseTree();
+            control.synchronizeTree();
+            isMoved = !control.hasFocus() || !control.takeFocus();
+        },
+        [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
+        [&] { holder_->moveTo(anyPlace().position()); },
+        [&] { control.takeFocus(); },
+        [&] {
+            (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
+            SetForegroundWindow(nativeWindowOf(*holder_->surface()));
+            isMoved = true;
+        },
+        [&] { control.setBoundary(anyPlace()); }};
+    for (int step = 0; step < 120; ++step) {
+        SCOPED_TRACE(step);
+        const bool hadFocus = holdsFocus(control);
+        const HWND before = nativeWindowOf(control);
+        isMoved = false;
+        const Changes& changes = flip() ? common : own;
+        changes[random_() % changes.size()]();
+        const HWND shown = nativeWindowOf(control);
+        const HWND parent = nativeWindowOf(*holder_->surface());
+        const auto* bar = dynamic_cast<const NativeScrollBar*>(&control);
+        const bool isUsable =
+            control.isUsable() && (bar == nullptr || bar->minimum() < bar->highestPosition());
+        EXPECT_EQ(IsWindow(before) != FALSE, before == shown);
+        EXPECT_EQ(IsWindowVisible(shown) != FALSE, control.isShown());
+        EXPECT_EQ(IsWindowEnabled(shown) != FALSE, isUsable);
+        EXPECT_EQ(GetParent(shown), parent);
+        EXPECT_EQ(
+            windowRect(shown, parent),
+            Rect::at(holder_->toSurface(control.boundary().position()), control.boundary().size()));
+        EXPECT_EQ(control.hasFocus(), holdsFocus(control));
+        if (hadFocus) {
+            EXPECT_EQ(holdsFocus(control), isUsable && control.isShown() && !isMoved);
+            EXPECT_TRUE(holdsFocus(control) || GetFocus() == parent);
+        }
+        check(shown);
+        UpdateWindow(shown);
+        control.backend()->synchronizeWithAbstraction();
+        EXPECT_FALSE(GetUpdateRect(shown, nullptr, FALSE)) << "painted again";
+        ASSERT_FALSE(HasFailure());
+    }
+    if (control.inputRouter() == nullptr) {
+        send(nativeWindowOf(control), WM_KEYDOWN, VK_TAB, 1);
+        expectReport(backend + "::handleMultiWindowMessage");
+    }
+    holder_->removeAllChildren();
+}
 
-    Subject scrollBar(bool vertical) {
+TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
+    const auto w = service().createNativeButton();
+    const auto press = [&] {
+        const bool expected =
+            w->kind() == ButtonKind::kRadio || (w->kind() == ButtonKind::kCheck) != w->isChecked();
+        w->setEnabled(true);
+        // A second quick press is a press.
+        notify(*w, WM_COMMAND, MAKEWPARAM(0, flip() ? BN_CLICKED : BN_DOUBLECLICKED));
+        EXPECT_EQ(w->isChecked(), expected);
+    };
+    const Changes changes = {[&] { w->setKind(static_cast<ButtonKind>(any(4))); },
+                             [&] { w->setCaption(anyText()); },
+                             [&] { w->setChecked(flip()); },
+                             [&] { w->setFont(anyFont()); },
+                             [&] { w->setBitmap(std::make_shared<BitmapDescriptor>(120)); },
+                             [&] { w->setBitmap(nullptr); },
+                             press};
+    expectMirrored("ButtonWin32Gdi", w, changes, [&](HWND shown) {
+        static constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
+                                            BS_RADIOBUTTON};
+        expectLook(shown, L"Button", kStyles[int(w->kind())], captionOf(*w));
+        expectFont(shown, w->hasFont() ? &w->font() : nullptr);
+        EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
+        EXPECT_EQ(send(shown, BM_GETIMAGE, IMAGE_ICON) != 0, w->bitmap() != nullptr);
+    });
+}
+
+TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
+    const auto w = service().createNativeTextBox();
+    const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
+                             [&] { w->setWatermark(anyText()); },
+                             [&] { w->setReadOnly(flip()); },
+                             [&] { w->setFont(anyFont()); },
+                             [&] { w->setMaximumLength(static_cast<std::size_t>(any(6))); },
+                             [&] { w->setText(word()); },
+                             [&] { type(nativeWindowOf(*w), flip() ? L"y" : L"\r\U0001F600"); }};
+    expectMirrored("TextBoxWin32Gdi", w, changes, [&](HWND shown) {
+        static constexpr DWORD kStyles[] = {
+            ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
+            ES_PASSWORD | ES_AUTOHSCROLL};
+        std::wstring text;
+        for (const wchar_t c : w->text()) {
+            text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
+        }
+        expectLook(shown, L"Edit", kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0),
+                   text);
+        expectFont(shown, w->hasFont() ? &w->font() : nullptr);
+        EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
+                  w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
+        wchar_t hint[64] = L"";
+        send(shown, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 64);
+        const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
+        EXPECT_EQ(hint, hasHint ? w->watermark().text(*w) : L"");
+    });
+}
+
+TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
+    const auto w = service().createNativeComboBox();
+    const auto anyItem = [&] {
+        return w->getItemCount() != 0 ? random_() % w->getItemCount() : kNullSize;
+    };
+    const auto typeOver = [&] {
+        const HWND field = FindWindowExW(nativeWindowOf(*w), nullptr, L"Edit", nullptr);
+        send(field, EM_SETSEL, 0, -1);
+        type(field, flip() ? L"one" : L"o");
+        w->backend()->synchronizeWithAbstraction();
+    };
+    const auto leaveList = [&] {
+        const HWND shown = nativeWindowOf(*w);
+        send(shown, CB_SHOWDROPDOWN, TRUE);
+        send(shown, WM_KEYDOWN, VK_ESCAPE, 1);
+        EXPECT_EQ(send(shown, CB_GETDROPPEDSTATE), 0);
+        const std::size_t chosen = w->isEditable() ? w->getSelectedItem() : anyItem();
+        send(shown, CB_SETCURSEL, chosen);
+        static constexpr int kEnds[] = {CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_SELCHANGE};
+        notify(*w, WM_COMMAND, MAKEWPARAM(0, kEnds[any(3)]));
+        EXPECT_EQ(w->getSelectedItem(), chosen) << "of several alike the chosen one";
+    };
+    const Changes changes = {[&] { w->setEditable(flip()); },
+                             [&] { w->setFont(anyFont()); },
+                             [&] { w->setText(word()); },
+                             [&] { w->addItem(L"one"); },
+                             [&] { w->addItem(L"&Save"); },
+                             [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
+                             [&] { w->removeItem(anyItem()); },
+                             [&] { w->getItemCount() > 4 ? w->clear() : w->selectItem(kNullSize); },
+                             [&] { send(nativeWindowOf(*w), WM_KEYDOWN, VK_DOWN, 1); },
+                             typeOver,
+                             leaveList};
+    expectMirrored("ComboBoxWin32Gdi", w, changes, [&](HWND shown) {
+        const DWORD kind = w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
+        expectLook(shown, L"ComboBox", kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
+        expectFont(shown, w->font().get());
+        EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
+        Texts items(static_cast<std::size_t>(send(shown, CB_GETCOUNT)), std::wstring(32, L'\0'));
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            items[i].resize(std::size_t(
+                send(shown, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(items[i].data()))));
+        }
+        EXPECT_EQ(items, w->items());
+    });
+}
+
+TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
+    for (const bool vertical : {true, false}) {
         const auto w = service().createNativeScrollBar(vertical);
-        const auto scroll = [=, this] {
+        const auto scroll = [&] {
             const int steps[] = {-w->lineSize(), w->lineSize(), -w->pageSize(), w->pageSize()};
             const int request = any(9);
             const int wanted = request == SB_TOP      ? w->minimum()
@@ -252,232 +267,97 @@ protected:
                                : request < 4          ? w->position() + steps[request]
                                                       : w->position();
             const int expected = std::clamp(wanted, w->minimum(), w->highestPosition());
-            const HWND shown = nativeWindowOf(*w);
-            send(GetParent(shown), vertical ? WM_VSCROLL : WM_HSCROLL, static_cast<WPARAM>(request),
-                 reinterpret_cast<LPARAM>(shown));
+            notify(*w, vertical ? WM_VSCROLL : WM_HSCROLL, WPARAM(request));
             EXPECT_EQ(w->position(), expected) << request;
             EXPECT_EQ(w->isTracking(), request == SB_THUMBTRACK);
         };
-        const auto check = [=](HWND shown) {
+        const Changes changes = {[&] { w->setRange(any(3) - 2, any(9) * 100'000); },
+                                 [&] { w->setPageSize(any(2) * 90 + 1); },
+                                 [&] { w->setPosition(any(2) * any(900'000)); },
+                                 [&] { w->setLineSize(1 + any(9)); }, scroll};
+        expectMirrored("ScrollBarWin32Gdi", w, changes, [&](HWND shown) {
             SCROLLINFO info{sizeof(SCROLLINFO), SIF_ALL, 0, 0, 0, 0, 0};
-            SCROLLBARINFO parts{};
-            parts.cbSize = sizeof(parts);
             GetScrollInfo(shown, SB_CTL, &info);
-            GetScrollBarInfo(shown, OBJID_CLIENT, &parts);
             expectLook(shown, L"ScrollBar", vertical ? SBS_VERT : SBS_HORZ, L"");
             EXPECT_EQ(info.nMin, w->minimum());
             EXPECT_EQ(info.nMax, w->maximum());
             EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
             EXPECT_EQ(info.nPos, w->position());
-            if (IsWindowEnabled(shown)) {
-                EXPECT_EQ(parts.rgstate[1] != 0, w->position() == w->minimum());
-                EXPECT_EQ(parts.rgstate[5] != 0, w->position() == w->highestPosition());
-            }
-            EXPECT_EQ(w->preferredSize().*(vertical ? &Size::width : &Size::height),
-                      GetSystemMetrics(vertical ? SM_CXVSCROLL : SM_CYHSCROLL));
-        };
-        return {"ScrollBarWin32Gdi",
-                w,
-                {[=, this] { w->setRange(any(3) - 2, any(9) * 100'000); },
-                 [=, this] { w->setPageSize(any(2) * 90 + 1); },
-                 [=, this] { w->setPosition(any(2) * any(900'000)); },
-                 [=, this] { w->setLineSize(1 + any(9)); }, scroll},
-                check};
+        });
     }
+}
 
-    Subject progressBar() {
-        const auto w = service().createNativeProgressBar();
-        const auto check = [=](HWND shown) {
-            static constexpr LPARAM kStates[] = {0, PBST_ERROR, PBST_PAUSED};
-            expectLook(shown, L"msctls_progress32", w->isMarquee() ? PBS_MARQUEE : 0, L"");
-            EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), w->minimum());
-            EXPECT_EQ(send(shown, PBM_GETRANGE), w->maximum());
-            EXPECT_TRUE(w->isMarquee() || send(shown, PBM_GETPOS) == w->position());
-            EXPECT_EQ(Sent::last(shown, PBM_SETSTATE), kStates[int(w->state())]);
-            EXPECT_EQ(Sent::last(shown, PBM_SETMARQUEE),
-                      w->isMarquee() ? LPARAM(w->marqueeInterval()) : 0);
-        };
-        return {"ProgressBarWin32Gdi",
-                w,
-                {[=, this] { w->setRange(any(100) - 50, any(100) + 50); },
-                 [=, this] { w->setEnableMarqueeAnimation(any(3) == 0); },
-                 [=, this] { w->setMarqueeInterval(static_cast<unsigned>(any(90) + 1)); },
-                 [=, this] { w->setPosition(any(100)); },
-                 [=, this] { w->setState(static_cast<ProgressState>(1 + any(2))); }},
-                check};
-    }
-
-    Subject childWindow() {
-        const auto w = service().createNativeWindow();
-        return {"WindowWin32Gdi", w, {[=, this] { w->setCaption(anyText()); }}, [=](HWND shown) {
-                    expectLook(shown, L"ZuNativeWindow", 0, captionOf(*w));
-                }};
-    }
-
-    static bool holdsFocus(const Control& control) {
-        const HWND shown = nativeWindowOf(control);
-        return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
-    }
-    // Whether a control that has the focus is to keep it.
-    bool changeAnything(Control& control) {
-        switch (any(9)) {
-            case 0:
-                control.setVisible(any(3) != 0);
-                return control.isVisible();
-            case 1:
-                control.setEnabled(any(3) != 0);
-                return control.isEnabled();
-            case 2:
-                control.releaseTree();
-                control.synchronizeTree();
-                return control.hasFocus() && control.takeFocus();
-            case 3:
-                resources_->selectLocale(flip() ? L"en" : L"de");
-                return true;
-            case 4:
-                holder_->moveTo({any(50), any(50)});
-                return true;
-            case 5:
-                control.takeFocus();
-                return true;
-            case 6:
-                (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
-                SetForegroundWindow(nativeWindowOf(*holder_->surface()));
-                return false;
-            default:
-                control.setBoundary(Rect::at({any(50), any(50)}, {90 + any(90), 22 + any(20)}));
-                return true;
-        }
-    }
-
-    std::mt19937 random_{20260713};
-    std::shared_ptr<NativeWindow> other_ = makeWindow({300, 200});
-    std::shared_ptr<Holder> holder_ = makeControl<Holder>();
-    Sent sent_;
-};
-
-TEST_F(MirrorTest, anyWidget_randomChanges_windowSaysWhatTheControlWants) {
-    const TraceCapture trace;
-    const auto expectReport = [&](const std::string& operation) {
-        EXPECT_TRUE(trace.messages().back().starts_with(operation + ": catched "))
-            << operation << ": " << trace.messages().back();
-    };
-    holder_->setBoundary({0, 0, 199, 199});
-    window_->addChild(holder_);
-    SetForegroundWindow(native());
-    holder_->setFocusable(true);
-    for (const Subject& subject : {button(), textBox(), comboBox(), scrollBar(true),
-                                   scrollBar(false), progressBar(), childWindow()}) {
-        Control& control = *subject.control;
-        {
-            const RefusedWindows refused;
-            show(subject.control, Rect::at({}, {90, 25}), holder_.get());
-            ASSERT_EQ(nativeWindowOf(control), nullptr);
-            expectReport(subject.name + "::synchronizeWithAbstraction");
-        }
-        control.synchronizeTree();
-        for (int step = 0; step < 120; ++step) {
-            SCOPED_TRACE(testing::Message() << subject.name << ' ' << step);
-            const bool hadFocus = holdsFocus(control);
-            const HWND before = nativeWindowOf(control);
-            bool keepsFocus = true;
-            if (flip()) {
-                keepsFocus = changeAnything(control);
-            } else {
-                subject.changes[random_() % subject.changes.size()]();
-            }
-            const HWND shown = nativeWindowOf(control);
-            const HWND parent = nativeWindowOf(*holder_->surface());
-            const auto* bar = dynamic_cast<const NativeScrollBar*>(&control);
-            const bool isUsable =
-                control.isUsable() && (bar == nullptr || bar->minimum() < bar->highestPosition());
-            EXPECT_EQ(IsWindow(before) != FALSE, before == shown);
-            EXPECT_EQ(IsWindowVisible(shown) != FALSE, control.isShown());
-            EXPECT_EQ(IsWindowEnabled(shown) != FALSE, isUsable);
-            EXPECT_EQ(GetParent(shown), parent);
-            EXPECT_EQ(windowRect(shown, parent),
-                      Rect::at(holder_->toSurface(control.boundary().position()),
-                               control.boundary().size()));
-            EXPECT_EQ(control.hasFocus(), holdsFocus(control));
-            EXPECT_TRUE(!hadFocus || holdsFocus(control) == (keepsFocus && isUsable));
-            EXPECT_TRUE(!hadFocus || holdsFocus(control) || GetFocus() == parent);
-            subject.check(shown);
-            Sent::ids.clear();
-            control.backend()->synchronizeWithAbstraction();
-            EXPECT_TRUE(Sent::ids.empty()) << "sent again: " << Sent::ids.front();
-            ASSERT_FALSE(HasFailure());
-        }
-        if (control.inputRouter() == nullptr) {
-            const ScopedValue throwing(holder_->throws, true);
-            send(nativeWindowOf(control), WM_KEYDOWN, VK_TAB, 1);
-            expectReport(subject.name + "::handleMultiWindowMessage");
-        }
-        holder_->removeAllChildren();
-    }
-    holder_->throws = true;
+TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
+    const auto bar = service().createNativeProgressBar();
+    const Changes changes = {[&] { bar->setRange(any(100) - 50, any(100) + 50); },
+                             [&] { bar->setEnableMarqueeAnimation(any(3) == 0); },
+                             [&] { bar->setPosition(any(100)); }};
+    expectMirrored("ProgressBarWin32Gdi", bar, changes, [&](HWND shown) {
+        expectLook(shown, L"msctls_progress32", bar->isMarquee() ? PBS_MARQUEE : 0, L"");
+        EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), bar->minimum());
+        EXPECT_EQ(send(shown, PBM_GETRANGE), bar->maximum());
+        EXPECT_TRUE(bar->isMarquee() || send(shown, PBM_GETPOS) == bar->position());
+    });
+    const auto child = service().createNativeWindow();
+    expectMirrored("WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
+                   [&](HWND shown) { expectLook(shown, L"ZuNativeWindow", 0, captionOf(*child)); });
     holder_->takeFocus();
     send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
     expectReport("WindowWin32Gdi::windowProcedure");
 }
 
-// What takes two units is typed, passed, marked and removed as one.
+// What takes two units is typed, passed and removed as one.
 TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChangeOnce) {
     constexpr std::size_t kMost = 12;
     const auto box = show(service().createNativeTextBox(), {0, 0, 199, 24});
     box->setMaximumLength(kMost);
     const HWND window = nativeWindowOf(*box);
     std::mt19937 random(20260715);
-    std::wstring text;
-    std::size_t caret = 0;
-    const auto isInside = [&](std::size_t place) { return IS_LOW_SURROGATE(text[place]); };
-    const auto before = [&] { return caret < 2 ? 0 : caret - (isInside(caret - 1) ? 2 : 1); };
-    const auto behind = [&] {
-        return caret == text.size() ? caret : caret + (isInside(caret + 1) ? 2U : 1U);
+    Texts letters;
+    int caret = 0;
+    const auto front = [&](int count) {
+        return std::accumulate(letters.begin(), letters.begin() + count, std::wstring());
     };
     for (int step = 0; step < 600; ++step) {
         const std::wstring letter = std::array{L"a", L"\u0416", L"\U0001F600"}[random() % 3];
-        const std::wstring former = text;
+        const int count = static_cast<int>(letters.size());
+        const std::wstring former = front(count);
         const auto kind = random() % 9;
         if (kind == 0) {
             send(window, WM_KEYDOWN, VK_LEFT, 1);
-            caret = before();
+            caret = std::max(caret - 1, 0);
         } else if (kind == 1) {
             send(window, WM_KEYDOWN, VK_RIGHT, 1);
-            caret = behind();
-        } else if (kind == 2) {
+            caret = std::min(caret + 1, count);
+        } else if (kind == 2 && caret != 0) {
             type(window, L"\b");
-            text.erase(before(), caret - before());
-            caret -= former.size() - text.size();
-        } else if (kind == 3) {
+            letters.erase(letters.begin() + --caret);
+        } else if (kind == 3 && caret != count) {
             send(window, WM_KEYDOWN, VK_DELETE, 1);
-            text.erase(caret, behind() - caret);
-        } else if (kind == 4) {
-            // Marked with the mouse.
-            const std::size_t start = random() % (text.size() + 1);
-            const std::size_t end = start + random() % (text.size() - start + 1);
-            send(window, EM_SETSEL, start, static_cast<LPARAM>(end));
+            letters.erase(letters.begin() + caret);
+        } else if (kind == 4 && caret != count) {
+            // Clicked at, between the halves of a letter that has some.
+            const std::size_t inside = front(caret + 1).size() - 1;
+            send(window, EM_SETSEL, inside, static_cast<LPARAM>(inside));
             send(window, WM_LBUTTONUP);
-            caret = start - (isInside(start) ? 1 : 0);
-            ASSERT_EQ(send(window, EM_GETSEL),
-                      MAKELONG(caret, start == end ? caret : end + (isInside(end) ? 1 : 0)));
-            send(window, EM_SETSEL, caret, static_cast<LPARAM>(caret));
         } else if (kind == 5) {
             // Ctrl+A
             type(window, L'\1' + letter);
-            text = letter;
-            caret = text.size();
-        } else {
+            letters = {letter};
+            caret = 1;
+        } else if (kind > 5) {
             // Typed or pasted.
             kind == 6 ? send(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(letter.c_str()))
                       : (type(window, letter), 0);
-            if (text.size() + letter.size() <= kMost) {
-                text.insert(caret, letter);
-                caret += letter.size();
+            if (former.size() + letter.size() <= kMost) {
+                letters.insert(letters.begin() + caret++, letter);
             }
         }
+        const std::wstring text = front(static_cast<int>(letters.size()));
+        const std::size_t place = front(caret).size();
         ASSERT_EQ(box->text(), text) << step;
         ASSERT_EQ(textOf(window), text) << step;
-        ASSERT_EQ(send(window, EM_GETSEL), MAKELONG(caret, caret)) << step;
+        ASSERT_EQ(send(window, EM_GETSEL), MAKELONG(place, place)) << step;
         ASSERT_EQ(log_->take(), text != former ? L"textChanged" : L"") << step;
     }
 }

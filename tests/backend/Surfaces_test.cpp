@@ -2,10 +2,8 @@
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativePopupMenu.h"
 #include "ZuNativeTextBox.h"
-#include "ZuNativeTreeView.h"
 #include "support/SurfaceTest.h"
 // Behind the wrapper.
-#include <commctrl.h>
 #include <dlgs.h>
 
 namespace zustd {
@@ -17,9 +15,6 @@ TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
     const HWND shown = native();
     service().hideWindow();
     EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
-    window_->setVisible(true);
-    EXPECT_TRUE(IsWindowVisible(shown));
-    service().hideWindow();
     service().makeWindowVisibleAtPos({30, 40});
     EXPECT_TRUE(IsWindowVisible(shown) && window_->isVisible());
     EXPECT_EQ(service().getWindowPosition(), (Point{30, 40}));
@@ -29,19 +24,16 @@ TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
     EXPECT_FALSE(IsWindowEnabled(shown));
     service().enableWindow(true);
     EXPECT_TRUE(IsWindowEnabled(shown));
-    bool objects = true;
     int asked = 0;
     const auto objector = std::make_shared<FunctionSink>(
         [&](const MessageKind& kind, MessageWord, MessageWord answer) {
             if (kind == Control::kClose) {
-                ++asked;
-                *answer.object<bool>() = objects;
+                *answer.object<bool>() = asked++ == 0;
             }
         });
     window_->connect(objector, false);
     send(shown, WM_CLOSE);
     EXPECT_TRUE(IsWindowVisible(shown));
-    objects = false;
     service().closeWindow();
     runMessages(1000, [&] { return asked == 2; });
     EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
@@ -56,36 +48,24 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     const auto child = show(service().createNativeWindow(), Rect::at({}, {50, 20}));
     child->setPlacement({.autoSized = true});
     window_->setPlacement({.minimum = {250, 150}, .maximum = {400, 350}});
-    const auto drag = [&](int width, int height) {
-        SetWindowPos(native(), nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
-    };
-    const std::pair<Size, Size> kDrags[] = {{{10, 10}, {250, 150}}, {{900, 900}, {400, 350}}};
-    for (const auto& [asked, got] : kDrags) {
-        drag(asked.width, asked.height);
+    for (const auto& [asked, got] : {std::pair{10, Size{250, 150}}, {900, {400, 350}}}) {
+        SetWindowPos(native(), nullptr, 0, 0, asked, asked, SWP_NOMOVE | SWP_NOZORDER);
         EXPECT_EQ(window_->boundary().size(), got);
         EXPECT_EQ(clientSizeOf(native()), got);
         EXPECT_EQ(child->boundary().width(), got.width);
     }
     window_->setSize({20, 20});
     EXPECT_EQ(window_->boundary().size(), (Size{250, 150}));
-    // Another screen asks for another size.
-    const RECT area{100, 110, 500, 410};
-    send(native(), WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&area));
-    EXPECT_EQ(windowRect(native()), (Rect{100, 110, 499, 409}));
-    EXPECT_EQ(window_->boundary().size(), clientSizeOf(native()));
     DestroyWindow(native());
     EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject());
-    EXPECT_EQ(windowServiceBackend(&service())->window(), nullptr);
 }
 
 TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     EXPECT_EQ(service().getWindowSize(), windowRect(native()).size());
-    EXPECT_EQ(service_->getWindowSize(), Size{});
     const POINT place = onScreen(native(), {7, 9});
     EXPECT_EQ(service().getClientPosition(), (Point{place.x - 7, place.y - 9}));
     movePointer(place);
     EXPECT_EQ(service().getMousePosition(), (Point{7, 9}));
-    EXPECT_EQ(service_->getMousePosition(), (Point{place.x, place.y}));
     EXPECT_TRUE(service().isWindowVisibleAtPos({place.x, place.y}));
     EXPECT_FALSE(service().isWindowVisibleAtPos({1279, 1023}));
     RECT area{};
@@ -94,50 +74,28 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     service().captureMouse();
     service_->releaseMouse();
     EXPECT_EQ(GetCapture(), native());
-    service().releaseMouse();
-    EXPECT_EQ(GetCapture(), nullptr);
-    const auto missing = [&] {
+    service().updateWindow();
+    for (const Rect& invalid : {Rect{}, Rect{5, 6, 20, 30}, Rect{0, 0, 299, 199}}) {
+        service().invalidate(invalid);
         GetUpdateRect(native(), &area, FALSE);
-        return portableRect(area);
-    };
-    service().updateWindow();
-    EXPECT_TRUE(missing().isEmpty());
-    service().invalidate({5, 6, 20, 30});
-    EXPECT_EQ(missing(), (Rect{5, 6, 20, 30}));
-    service().invalidate();
-    EXPECT_EQ(missing(), (Rect{0, 0, 299, 199}));
-    service().updateWindow();
-    service().invalidateWindow();
-    EXPECT_EQ(missing(), (Rect{0, 0, 299, 199}));
-    const TraceCapture trace(kTraceLevelInfo);
+        EXPECT_EQ(portableRect(area), invalid);
+    }
     WindowServiceWin32Gdi::setScalingFactor(0.0);
     EXPECT_EQ(service().getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
-    EXPECT_EQ(trace.messages(),
-              (Lines{"WindowServiceWin32Gdi::getScalingFactor: setting scalingFactor to " +
-                     std::to_string(service().getScalingFactor())}));
-    int cursor = 0;
-    for (const int identifier : {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648}) {
-        service().setCursor(static_cast<MouseCursor>(cursor++));
-        EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(identifier))) << cursor;
-    }
+    service().setCursor(MouseCursor::kHand);
+    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
 }
 
 TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
     const TempFolder folder;
     const std::wstring file = folder.file(L"chosen.txt");
     writeBytes(file, "x");
-    Texts filters;
     const auto choose = [&] {
         EXPECT_FALSE(IsWindowEnabled(native()));
-        // The list of patterns is the combo box that ends like this.
         const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
-        for (LRESULT i = 0; i < send(list, CB_GETCOUNT); ++i) {
-            wchar_t item[64] = L"";
-            send(list, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(item));
-            filters.emplace_back(item);
-        }
         const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
-        EXPECT_EQ(textOf(field), L"suggested.txt");
+        EXPECT_EQ(textOf(list) + textOf(field), L"Textssuggested.txt");
+        EXPECT_EQ(send(list, CB_FINDSTRINGEXACT, 0, reinterpret_cast<LPARAM>(L"*.log")), 1);
         SetWindowTextW(field, file.c_str());
         PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
     };
@@ -147,91 +105,30 @@ TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
         EXPECT_EQ(service().selectFileToOpen(L"suggested.txt", {L"*.txt", L"", L"*.log"},
                                              {L"Texts", L"None", L""}, false),
                   chosen);
+        EXPECT_TRUE(IsWindowEnabled(native()));
     }
-    EXPECT_EQ(filters, (Texts{L"Texts", L"*.log", L"All Files"}));
-    EXPECT_TRUE(IsWindowEnabled(native()));
 }
 
 TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater) {
     const auto left = addProbe(Rect::at({10, 10}, {50, 50}));
-    const auto right = addProbe(Rect::at({100, 10}, {50, 50}));
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     const std::uint32_t background = pixelOf(native(), {5, 5});
-    EXPECT_EQ(RGB(background >> 16, background >> 8, background), GetSysColor(COLOR_BTNFACE));
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
-    EXPECT_EQ(pixelOf(native(), {60, 60}), background);
-    auto& backend = *windowServiceBackend(&service());
-    EXPECT_TRUE(backend.getDrawArea().isEmpty());
     Rect painted;
     left->whileDrawing = [&] {
-        painted = backend.getDrawArea();
+        painted = windowServiceBackend(&service())->getDrawArea();
         if (left->drawn == 2) {
             left->red = 0x40;
             RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         }
     };
-    const int drawnRight = right->drawn;
     left->refresh();
     UpdateWindow(native());
-    EXPECT_EQ(left->drawn, 2);
-    EXPECT_EQ(right->drawn, drawnRight);
     EXPECT_EQ(painted, left->boundary());
     EXPECT_EQ(pixelOf(native(), {10, 10}), 0x401020U) << "painted again";
     EXPECT_EQ(left->drawn, 3);
     left->moveTo({20, 20});
     EXPECT_EQ(pixelOf(native(), {10, 10}), background);
-}
-
-TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
-    const auto child = show(service().createNativeWindow(), {200, 0, 299, 99});
-    const auto tree = show(service().createNativeTreeView(), {20, 20, 49, 49}, child.get());
-    const auto check = show(service().createNativeButton(), {0, 10, 89, 34});
-    check->setKind(ButtonKind::kCheck);
-    const auto field = show(service().createNativeTextBox(), {0, 40, 89, 64});
-    const auto combo = show(service().createNativeComboBox(), {0, 80, 89, 104});
-    combo->setEditable(true);
-    const WindowHandle label(CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
-                                           native(), nullptr, nullptr, nullptr));
-    const HWND inside = FindWindowExW(nativeWindowOf(*combo), nullptr, L"Edit", nullptr);
-    const std::uint32_t usual = pixelOf(nativeWindowOf(*field), {60, 20});
-    const auto fill = [](Control& control, std::uint8_t red) {
-        auto colors = std::make_shared<ColorsDescriptor>();
-        colors->setColor(ColorRole::kBackground, Color::rgb(red, 0x34, 0x56));
-        colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, red));
-        control.setColors(colors);
-        return std::uint32_t{red} << 16 | 0x3456U;
-    };
-    for (const auto red : std::initializer_list<std::uint8_t>{0x12, 0x13}) {
-        const std::uint32_t color = fill(*window_, red);
-        EXPECT_EQ(pixelOf(native(), {5, 5}), color);
-        EXPECT_EQ(pixelOf(nativeWindowOf(*check), {60, 20}), color);
-        EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), usual);
-    }
-    for (const HWND inherits : {nativeWindowOf(*child), label.get()}) {
-        InvalidateRect(inherits, nullptr, TRUE);
-        EXPECT_EQ(pixelOf(inherits, {5, 5}), 0x133456U);
-    }
-    const std::uint32_t own[] = {fill(*field, 0x14), fill(*combo, 0x15)};
-    EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), own[0]);
-    UpdateWindow(inside);
-    EXPECT_EQ(pixelOf(nativeWindowOf(*combo), {50, 18}), own[1]);
-    const Canvas canvas({10, 10});
-    const auto context = reinterpret_cast<WPARAM>(canvas.context());
-    EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
-    const std::tuple<HWND, UINT, HWND, COLORREF> kTexts[] = {
-        {native(), WM_CTLCOLORSTATIC, label.get(), RGB(0xFE, 0xDC, 0x13)},
-        {native(), WM_CTLCOLOREDIT, nativeWindowOf(*field), RGB(0xFE, 0xDC, 0x14)},
-        {nativeWindowOf(*combo), WM_CTLCOLORLISTBOX, inside, RGB(0xFE, 0xDC, 0x15)}};
-    for (const auto& [asked, message, control, color] : kTexts) {
-        send(asked, message, context, reinterpret_cast<LPARAM>(control));
-        EXPECT_EQ(GetTextColor(canvas.context()), color) << message;
-    }
-    const INT index = COLOR_WINDOW;
-    for (const COLORREF color : {COLORREF{RGB(0x11, 0x22, 0x33)}, GetSysColor(index)}) {
-        SetSysColors(1, &index, &color);
-        runMessages(50);
-        EXPECT_EQ(static_cast<COLORREF>(send(nativeWindowOf(*tree), TVM_GETBKCOLOR)), color);
-    }
 }
 
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
@@ -242,17 +139,13 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     int innerResult = -1;
     const auto lookAtOuter = [&] {
         const HWND shown = nativeWindowOf(*outer);
-        EXPECT_FALSE(IsWindowEnabled(native()));
         EXPECT_EQ(GetForegroundWindow(), shown);
         EXPECT_EQ(clientSizeOf(shown), (Size{120, 90}));
-        EXPECT_LE(std::abs(middleOf(shown).x - middleOf(native()).x), 1);
-        EXPECT_LE(std::abs(middleOf(shown).y - middleOf(native()).y), 1);
-        EXPECT_TRUE(field->hasFocus() && !probe->hasFocus());
+        EXPECT_TRUE(field->hasFocus());
         // None of these wakes the owner up.
         window_->setEnabled(true);
         send(native(), WM_CLOSE);
         service().enableWindow(true);
-        EXPECT_FALSE(IsWindowEnabled(native()));
         innerResult = inner->show(true);
     };
     const auto lookAtInner = [&] {
@@ -262,7 +155,6 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     };
     const auto again = [&] {
         EXPECT_EQ(innerResult, kAnswerCancel);
-        EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*outer));
         innerResult = inner->show(true);
     };
     probe->takeFocus();
@@ -272,8 +164,7 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
         EXPECT_EQ(innerResult, kAnswerNone);
         EXPECT_FALSE(outer->isOpen() || inner->isOpen());
         EXPECT_TRUE(IsWindowEnabled(native()) && IsWindowVisible(native()));
-        EXPECT_EQ(GetActiveWindow(), native());
-        EXPECT_TRUE(probe->hasFocus());
+        EXPECT_TRUE(GetActiveWindow() == native() && probe->hasFocus());
     }
 }
 
@@ -327,14 +218,12 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
     const auto dialog = makeDialog(NativeDialog::kStyleNotClosable);
     {
-        const Steps steps{
-            [&] { dialog->windowService()->closeWindow(); },
-            [&] { PostMessageW(nativeWindowOf(*dialog), WM_SYSCOMMAND, SC_CLOSE, 0); },
-            [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
-            [&] {
-                EXPECT_TRUE(dialog->isOpen());
-                dialog->windowService()->hideWindow();
-            }};
+        const Steps steps{[&] { dialog->windowService()->closeWindow(); },
+                          [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
+                          [&] {
+                              EXPECT_TRUE(dialog->isOpen());
+                              dialog->windowService()->hideWindow();
+                          }};
         EXPECT_EQ(dialog->show(true), kAnswerNone);
         dialog->windowService()->showWindow();
         EXPECT_TRUE(dialog->isOpen());
@@ -352,7 +241,7 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
                                     nullptr, nullptr, nullptr, nullptr);
     const auto service = makeWindowService(host);
     const auto dialog = service->createNativeDialog();
-    for (const bool isOn : {true, false}) {
+    for (const bool isOn : {false, true}) {
         service->enableWindow(isOn);
         isOn ? service->showWindow() : service->hideWindow();
         const Steps steps{[&] {
@@ -365,14 +254,9 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         EXPECT_EQ(IsWindowVisible(host) != FALSE, isOn);
     }
     // A widget outside of a surface lies on it.
-    service->enableWindow(true);
-    service->showWindow();
     const auto button = service->createNativeButton();
     button->synchronizeTree();
     EXPECT_EQ(GetParent(nativeWindowOf(*button)), host);
-    SetActiveWindow(host);
-    service->setFocus(*button);
-    EXPECT_EQ(GetFocus(), nativeWindowOf(*button));
     service->closeWindow();
     runMessages(1000, [&] { return !IsWindow(host); });
     EXPECT_FALSE(IsWindow(host));
@@ -382,18 +266,14 @@ TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
     const auto popup = makeDialog(NativeDialog::kStylePopup);
     addProbe({0, 0, 9, 9}, popup.get());
     popup->moveTo({1270, 100});
-    EXPECT_EQ(popup->show(false), kAnswerNone);
+    popup->show(false);
     const HWND shown = nativeWindowOf(*popup);
-    EXPECT_TRUE(IsWindowVisible(shown));
     EXPECT_EQ(GetActiveWindow(), native());
     EXPECT_EQ(windowRect(shown), Rect::at({1160, 100}, {120, 90}));
     popup->moveTo({40, 50});
-    EXPECT_EQ(windowRect(shown).position(), (Point{40, 50}));
     EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
     EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(49, 59)), HTCLIENT);
     EXPECT_EQ(send(shown, WM_MOUSEACTIVATE), MA_NOACTIVATE);
-    popup->hide(kAnswerNone);
-    EXPECT_FALSE(IsWindowVisible(shown));
 }
 
 TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
@@ -403,35 +283,25 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
                     {200000, L"Second", 0, false, false, {}},
                     {1, L"More", 0, true, false, {{300000, L"Inner", 0, true, true, {}}}}});
     menu->connect(log_, false);
-    Texts states;
     const auto look = [&] {
         const auto shown = reinterpret_cast<HMENU>(
             send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
+        std::wstring states;
         for (UINT i = 0; i < 4; ++i) {
-            MENUITEMINFOW item{};
-            item.cbSize = sizeof(item);
-            item.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_BITMAP;
-            GetMenuItemInfoW(shown, i, TRUE, &item);
-            states.push_back(std::to_wstring(item.fState & 0xF) +
-                             (item.hbmpItem != nullptr ? L"i" : L"") +
-                             (item.fType == MFT_SEPARATOR ? L"-" : L""));
+            states += std::to_wstring(GetMenuState(shown, i, MF_BYPOSITION) & 0xFFF) + L" ";
         }
+        EXPECT_EQ(states, L"8 2048 3 272 ") << "checked, a line, disabled, with one below";
     };
-    const auto choose = [&](std::initializer_list<WORD> keys) {
-        const Steps steps{look, [&] {
-                              for (const WORD key : keys) {
-                                  pressKeys({key});
-                              }
-                          }};
-        return menu->show({200, 200});
-    };
-    EXPECT_EQ(choose({VK_DOWN, VK_RETURN}), 100000U);
-    EXPECT_EQ(states, (Texts{L"8i", L"0-", L"3", L"0"})) << "checked, disabled, with an image";
-    EXPECT_EQ(log_->entries.back().b.number(), 100000);
-    EXPECT_EQ(choose({'F'}), 100000U);
-    EXPECT_EQ(choose({VK_UP, VK_RIGHT, VK_RETURN}), 300000U);
-    EXPECT_EQ(choose({VK_ESCAPE}), 0U);
-    EXPECT_EQ(log_->take(), L"selected selected selected");
+    const Steps keys{look,
+                     [] { pressKeys({'F'}); },
+                     [] { pressKeys({VK_UP}); },
+                     [] { pressKeys({VK_RIGHT}); },
+                     [] { pressKeys({VK_RETURN}); },
+                     [] { pressKeys({VK_ESCAPE}); }};
+    for (const std::uint32_t chosen : {100000U, 300000U, 0U}) {
+        EXPECT_EQ(menu->show({200, 200}), chosen);
+    }
+    EXPECT_EQ(log_->take(), L"selected selected");
     NativePopupMenu& shown = *menu;
     const Steps steps{[&] { menu.reset(); }, [] { pressKeys({VK_DOWN}); },
                       [] { pressKeys({VK_RETURN}); }};

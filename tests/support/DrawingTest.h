@@ -1,7 +1,8 @@
-// What the tests of the Windows backend share: a canvas in memory whose pixels
-// can be asked for, and the number of drawing objects that the process has.
+// What the tests of the Windows backend share: a canvas in memory whose pixels can be
+// asked for, and a loop of messages that ends.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 
@@ -16,15 +17,22 @@ inline constexpr std::uint32_t kWhite = 0xFFFFFF;
 // A white bitmap in memory.
 class Canvas {
 public:
-    explicit Canvas(Size size);
+    explicit Canvas(Size size) : size_(size) {
+        PatBlt(context(), 0, 0, size.width, size.height, WHITENESS);
+    }
 
     HDC context() const noexcept { return context_.get(); }
     Rect area() const noexcept { return Rect::at({}, size_); }
-    // 0xRRGGBB; white outside.
-    std::uint32_t pixel(std::int32_t x, std::int32_t y) const;
-    // How many pixels inside an area are not white.
-    int inkCount(const Rect& area) const;
-    bool isLike(const Canvas& other) const;
+    // 0xRRGGBB
+    std::uint32_t pixel(std::int32_t x, std::int32_t y) const {
+        GdiFlush();
+        return bitmap_.pixels[static_cast<std::size_t>(y * size_.width + x)] & 0xFFFFFF;
+    }
+    bool isLike(const Canvas& other) const {
+        GdiFlush();
+        const auto isLike = [](auto a, auto b) { return ((a ^ b) & 0xFFFFFF) == 0; };
+        return std::ranges::equal(bitmap_.pixels, other.bitmap_.pixels, isLike);
+    }
 
 private:
     Size size_;
@@ -33,11 +41,21 @@ private:
     SelectedObject selected_{context_.get(), bitmap_.handle.get()};
 };
 
-// Fonts, brushes, bitmaps, contexts ... alive now.
-int drawingObjectCount();
-
 // Runs the message loop for so many milliseconds, or until done() says so.
-void runMessages(
-    std::uint32_t milliseconds, const std::function<bool()>& done = [] { return false; });
+inline void runMessages(
+    std::uint32_t milliseconds, const std::function<bool()>& done = [] { return false; }) {
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (!done()) {
+        MSG message;
+        if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            DispatchMessageW(&message);
+        } else if (const ULONGLONG now = GetTickCount64(); now < end) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now),
+                                      QS_ALLINPUT);
+        } else {
+            return;
+        }
+    }
+}
 
 }  // namespace zustd::test

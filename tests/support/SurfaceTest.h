@@ -28,11 +28,10 @@ class Probe : public Control {
 public:
     bool onMouse(const MouseEvent& event) override {
         lastMouse = event;
-        return usesWheel && event.wheel != 0;
+        return false;
     }
     std::shared_ptr<MessageLog> log = std::make_shared<MessageLog>();
     MouseEvent lastMouse;
-    bool usesWheel = false;
     int drawn = 0;
     std::uint8_t red = 0xC0;
     std::function<void()> whileDrawing = [] {};

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -14,14 +13,12 @@
 
 namespace zustd::test {
 
-// Real input, for the window that has the keyboard or lies at the point of the
-// screen. Keys in a list are held together.
+// Real input, for who has the keyboard or lies there; keys in a list are held together.
 void pressKeys(const std::vector<WORD>& keys);
 void movePointer(POINT place);
 void click(POINT place);
 
-// The middle of a window, and a point of its client area, on the screen.
-POINT middleOf(HWND window);
+// Where a point of a window's client area is on the screen.
 POINT onScreen(HWND window, Point point);
 
 // A mouse message for a point of the client area, handled at once.
@@ -30,10 +27,7 @@ LRESULT sendMouse(HWND window, UINT message, Point point, WPARAM wide = 0);
 std::wstring textOf(HWND window);
 // What the window shows at a point of its client area, as 0xRRGGBB.
 std::uint32_t pixelOf(HWND window, Point point);
-// Windows of this thread, those inside of others too.
-int liveWindows();
-
-// Runs a round once, and then some dozens of times without that more windows, fonts ...
+// Runs a round once, and then some dozens of times without that more fonts, bitmaps ...
 // are there afterwards.
 void expectNothingLeft(const std::function<void()>& round);
 
@@ -54,7 +48,6 @@ public:
 
     Steps(std::initializer_list<Step> steps);
     Steps(const Steps&) = delete;
-    Steps& operator=(const Steps&) = delete;
     ~Steps();
 
 private:
