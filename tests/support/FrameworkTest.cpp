@@ -25,18 +25,6 @@ constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
-void* allocate(std::size_t size) noexcept {
-    if (!AllocationLimit::take()) {
-        return nullptr;
-    }
-    void* memory = std::malloc(size == 0 ? 1 : size);
-    if (memory != nullptr) {
-        MemoryWatch::live += static_cast<std::int64_t>(_msize(memory));
-        MemoryWatch::most = std::max(MemoryWatch::most.load(), MemoryWatch::live.load());
-    }
-    return memory;
-}
-
 unsigned char poisonAt(std::size_t i) noexcept {
     return static_cast<unsigned char>(0x80 | (i & 0x3F));
 }
@@ -51,10 +39,14 @@ bool isPoisoned(void* memory) noexcept {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    void* memory = allocate(size);
-    return memory != nullptr ? memory : throw std::bad_alloc();
+    void* const memory = AllocationLimit::take() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    MemoryWatch::live += static_cast<std::int64_t>(_msize(memory));
+    MemoryWatch::most = std::max(MemoryWatch::most.load(), MemoryWatch::live.load());
+    return memory;
 }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
 void operator delete(void* memory) noexcept {
     if (memory != nullptr) {
         const std::size_t size = _msize(memory);
@@ -145,18 +137,14 @@ long failEachAllocation(const std::function<bool()>& operation,
     return allowed;
 }
 
-Reading readFromRange(ISerializable& target, const std::wstring& document) {
-    const wchar_t* at = document.data();
-    std::wstring thrown = thrownText([&] { target.parseXml(at, at + document.size()); });
-    const auto taken = static_cast<std::size_t>(at - document.data());
-    return {thrown, thrown == L"nothing" ? taken : 0};
-}
-
-Reading readFromStream(ISerializable& target, const std::wstring& document) {
+Reading readDocument(ISerializable& target, const std::wstring& document, bool isStream) {
     std::wistringstream stream(document);
-    std::wstring thrown = thrownText([&] { target.readXml(stream); });
-    const std::streamoff taken = stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
-    return {thrown, thrown == L"nothing" ? static_cast<std::size_t>(taken) : 0};
+    const wchar_t* at = document.data();
+    const std::wstring thrown = thrownText(
+        [&] { isStream ? target.readXml(stream) : target.parseXml(at, at + document.size()); });
+    const std::streamoff read = stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
+    const auto taken = static_cast<std::size_t>(isStream ? read : at - document.data());
+    return {thrown, thrown == L"nothing" ? taken : 0};
 }
 
 bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) {

@@ -21,15 +21,8 @@ namespace zustd::test {
 using Lines = std::vector<std::string>;
 using Texts = std::vector<std::wstring>;
 
-class NotCopied {
-public:
-    NotCopied() = default;
-    NotCopied(const NotCopied&) = delete;
-    NotCopied& operator=(const NotCopied&) = delete;
-};
-
 // A fresh folder that goes away with all its files.
-class TempFolder : NotCopied {
+class TempFolder {
 public:
     TempFolder();
     ~TempFolder();
@@ -45,7 +38,7 @@ bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
-class Tracing : NotCopied {
+class Tracing {
 public:
     Tracing(std::uint32_t mode, const wchar_t* path, std::int32_t threshold = 0)
         : settings_{mode, path, threshold} {
@@ -80,7 +73,7 @@ private:
 #endif
 
 // Puts a function in the place of one that the executable imports.
-class ReplacedImport : NotCopied {
+class ReplacedImport {
 public:
     ReplacedImport(void*& slot, void* replacement);
     ~ReplacedImport() { slot_ = original_; }
@@ -91,7 +84,7 @@ private:
 };
 
 // Lets so many allocations succeed and fails every later one, or only the next.
-class AllocationLimit : NotCopied {
+class AllocationLimit {
 public:
     explicit AllocationLimit(long allowed, bool once = false) {
         failed_ = false;
@@ -117,17 +110,15 @@ private:
     static inline std::atomic<bool> failed_{false};
 };
 
-// Runs an operation with no allocation allowed, with one, and so on up to all that
-// it makes, and check after each run; gives their number. Its result, or
-// std::bad_alloc, says whether it was done, which it must be whenever memory
-// sufficed, and then only. Once every later allocation fails, once only the next.
-long failEachAllocation(
-    const std::function<bool()>& operation,
-    const std::function<void(bool done)>& check = [](bool) {});
+// Runs an operation with none, one, ... of its allocations allowed, and check after
+// each run; gives their number. It must be done, by its result, when memory sufficed
+// and only then. Once every later allocation fails, once only the next.
+long failEachAllocation(const std::function<bool()>& operation,
+                        const std::function<void(bool done)>& check);
 
 // The bytes allocated now and at the most, beyond those at the start, and whether
 // a block that was given back since held what is searched for.
-class MemoryWatch : NotCopied {
+class MemoryWatch {
 public:
     explicit MemoryWatch(std::string_view searched = {}) : start_(live) {
         most = live.load();
@@ -163,10 +154,9 @@ std::wstring thrownText(Body&& body) {
     return L"nothing";
 }
 
-// How a reader took a document: what it threw, or how many characters it moved on.
+// How a document was read: what was thrown, or how many characters were taken.
 using Reading = std::pair<std::wstring, std::size_t>;
-Reading readFromRange(ISerializable& target, const std::wstring& document);
-Reading readFromStream(ISerializable& target, const std::wstring& document);
+Reading readDocument(ISerializable& target, const std::wstring& document, bool isStream);
 inline std::wstring xmlOf(const ISerializable& value) {
     std::wstring text;
     value.appendXml(text);
