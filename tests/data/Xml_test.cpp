@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <chrono>
 #include <cmath>
 #include <cwchar>
-#include <limits>
 #include <map>
 #include <sstream>
 
@@ -20,8 +20,7 @@ namespace {
 using namespace test;
 using std::wstring;
 
-constexpr std::wstring_view kSingleKinds[] = {L"string", L"long",     L"double",
-                                              L"bool",   L"datetime", L"sizet"};
+const wstring kSingleKinds[] = {L"string", L"long", L"double", L"bool", L"datetime", L"sizet"};
 
 wstring escaped(const wstring& text) {
     wstring out;
@@ -137,12 +136,14 @@ private:
     }
     wstring readUnion() {
         const wstring kind = readElement(L"t", false);
-        const bool isSingle = std::ranges::count(kSingleKinds, kind) > 0;
-        return kind == L"array"    ? readArray()
-               : kind == L"object" ? L"<t>object</t>"
-               : !isSingle         ? L"<t>null</t>"
-                                   : L"<t>" + kind + L"</t><v>" +
-                                 writtenAgain(kind, readElement(L"v", false)) + L"</v>";
+        if (kind == L"array") {
+            return readArray();
+        }
+        if (std::ranges::count(kSingleKinds, kind) == 0) {
+            return kind == L"object" ? L"<t>object</t>" : L"<t>null</t>";
+        }
+        const wstring text = writtenAgain(kind, readElement(L"v", false));
+        return L"<t>" + kind + L"</t><v>" + text + L"</v>";
     }
     wstring readArray() {
         require(++depth_ <= 128, L"depth <= kMaxDepth");
@@ -188,22 +189,6 @@ private:
     std::vector<Entry> entries_;
 };
 
-// What became of a document; by either source the same as by the naive reader.
-wstring checkDocument(const wstring& document) {
-    Reading expected;
-    for (const bool isStream : {true, false}) {
-        PropertyBag bag;
-        NaiveReader naive(document, isStream);
-        expected = naive.read();
-        const MemoryWatch memory;
-        EXPECT_EQ(readDocument(bag, document, isStream), expected);
-        EXPECT_LE(memory.peak(), 16384 + 100 * document.size());
-        const wstring written = xmlOf(bag);
-        EXPECT_TRUE(expected.first != L"nothing" || written == naive.written()) << written;
-    }
-    return expected.first;
-}
-
 // What some kind reads as a whole, or a little more or less.
 wstring randomText(Random& random) {
     const auto any = static_cast<std::int64_t>(random.below(~std::size_t{0}));
@@ -223,7 +208,7 @@ wstring randomText(Random& random) {
 wstring randomValue(Random& random, int depth) {
     const std::size_t dice = random.below(10);
     if (dice < 6) {
-        return L"<t>" + wstring(kSingleKinds[dice]) + L"</t><v>" + randomText(random) + L"</v>";
+        return L"<t>" + kSingleKinds[dice] + L"</t><v>" + randomText(random) + L"</v>";
     }
     const std::size_t count = dice > 7 && depth > 0 ? random.below(5) : 0;
     wstring all = dice == 6   ? L"<t>null</t>"
@@ -271,30 +256,32 @@ wstring randomDocument(Random& random) {
 TEST(Readers, randomDocuments_fromRangeAndStream_areReadAsTheDialectSaysAndWrittenAgain) {
     Random random(1227);
     std::map<wstring, std::size_t> counts;
-    for (int round = 0; round < 30'000; ++round) {
+    for (int round = 0; round < 60'000; ++round) {
         const wstring value = L"<hmap><p><k></k>" + randomValue(random, 0) + L"</p></hmap>";
-        const wstring document = round % 8 == 0 ? randomDocument(random) : value;
-        ++counts[checkDocument(document).substr(0, 7)];
+        const wstring document = round % 16 < 2 ? randomDocument(random) : value;
+        const bool isStream = round % 2 != 0;
+        NaiveReader naive(document, isStream);
+        const Reading expected = naive.read();
+        PropertyBag bag;
+        const MemoryWatch memory;
+        EXPECT_EQ(readDocument(bag, document, isStream), expected);
+        EXPECT_LE(memory.peak(), 16384 + 100 * document.size());
+        const wstring written = xmlOf(bag);
+        EXPECT_TRUE(expected.first != L"nothing" || written == naive.written()) << written;
         ASSERT_FALSE(HasFailure()) << random.label() << " " << testing::PrintToString(document);
+        ++counts[expected.first.substr(0, 7)];
     }
     // The edits must not be so wild, nor so tame, that one side goes untested.
-    EXPECT_GT(counts[L"depth <"], 20U) << "nested to the limit";
-    EXPECT_GT(counts[L"implied"], 20U) << "claimed more elements than there are";
-    EXPECT_GT(counts[L"nothing"], 26'000U);
-    EXPECT_LT(counts[L"nothing"], 29'000U);
+    EXPECT_TRUE(counts[L"depth <"] > 40 && counts[L"implied"] > 40) << "as far as is allowed";
+    EXPECT_TRUE(counts[L"nothing"] > 53'000 && counts[L"nothing"] < 58'000);
 }
 
 // Readers that look at each character a few times take some milliseconds for
 // one; those that go back to the start again and again, minutes.
 TEST(Readers, longDocuments_ofAnyConstruct_areReadInTimeInLineWithTheirLength) {
     Random random(3);
-    wstring nested = L"<hmap><p><k>k</k>";
-    for (int level = 0; level < 127; ++level) {
-        nested += L"<t>array</t><c>65</c>";
-    }
     for (int round = 0; round < 200; ++round) {
-        wstring document = round == 0 ? nested + L"<t>array</t><c>64</c>" : random.pick(kTokens);
-        document += random.pick(kTokens);
+        wstring document = random.pick(kTokens) + random.pick(kTokens);
         const wstring stretch = random.pick(kTokens) + random.pick(kTokens) + L"=";
         while (document.size() < 200'000) {
             document += stretch;
@@ -323,8 +310,7 @@ TEST(XmlWriter, everyCodeUnit_escaped_changesControlsAndFiveMarksOnly) {
         // Texts may be written in blocks: the same at every place in some.
         for (std::size_t place = 0; place < 19; ++place) {
             wstring text = wstring(19, L'a').replace(place, 1, self);
-            wstring out;
-            Xml::appendEscaped(out, text);
+            const wstring out = escaped(text);
             ASSERT_EQ(out, text.replace(place, 1, expected)) << unit << " at " << place;
         }
     }
@@ -332,7 +318,6 @@ TEST(XmlWriter, everyCodeUnit_escaped_changesControlsAndFiveMarksOnly) {
 
 TEST(XmlWriter, randomNumbersOfAnyWidth_besideTheRuntime_areTheSame) {
     Random random(127);
-    SCOPED_TRACE(random.label());
     for (int round = 0; round < 20000; ++round) {
         const std::uint64_t number = random.below(~std::size_t{0}) >> random.below(64);
         const auto half = static_cast<std::uint32_t>(number);
@@ -346,24 +331,19 @@ TEST(XmlWriter, randomNumbersOfAnyWidth_besideTheRuntime_areTheSame) {
         Xml::appendSizeHex(out += L' ', number, width);
         ASSERT_EQ(out, formatWide(L"%0*ld %0*lX %0*llu %0*llX", padded, long{value}, padded,
                                   static_cast<unsigned long>(half), padded, number, padded, number))
-            << width;
+            << random.label() << " round " << round;
     }
-    wstring out;
-    Xml::appendSizeHex(out, 0);
-    Xml::appendLongHex(out, 0);
-    EXPECT_EQ(out, L"00");
 }
 
 TEST(XmlNumbers, doubles_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const wstring zeros(600, L'0');
     const std::pair<wstring, double> kDoubles[] = {
         // clang-format off
-        {L"0x10", 0.0}, {L"-inf", -kInfinity}, {L"-1.7976931348623157e308", -std::numeric_limits<double>::max()},
-        {L"1" + zeros + L"e-600", 1.0}, {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", kInfinity},
-        {L"2e99999999999999999999", kInfinity}, {L"2e-99999999999999999999", 0.0}, {L"-1e400", -kInfinity},
-        {L"1E+400", kInfinity}, {L"3e-400", 0.0}, {L"1" + zeros, kInfinity}, {L"." + zeros + L"1", 0.0},
-        {L"1" + zeros + L"e-1000", 0.0}, {L"0." + zeros + L"1e1000", kInfinity},
+        {L"0x10", 0.0}, {L"-inf", -HUGE_VAL}, {L"-1.7976931348623157e308", -DBL_MAX}, {L"1" + zeros + L"e-600", 1.0},
+        {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", HUGE_VAL}, {L"2e99999999999999999999", HUGE_VAL},
+        {L"2e-99999999999999999999", 0.0}, {L"-1e400", -HUGE_VAL}, {L"1E+400", HUGE_VAL}, {L"3e-400", 0.0},
+        {L"1" + zeros, HUGE_VAL}, {L"." + zeros + L"1", 0.0}, {L"1" + zeros + L"e-1000", 0.0},
+        {L"0." + zeros + L"1e1000", HUGE_VAL},
         // clang-format on
     };
     for (const auto& [text, expected] : kDoubles) {
@@ -371,6 +351,25 @@ TEST(XmlNumbers, doubles_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects
         wstring out;
         Xml::appendDouble(out, expected);
         EXPECT_EQ(Xml::toDouble(out), expected) << out;
+    }
+}
+
+TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
+    const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
+        // clang-format off
+        {L" \n\r\ta=\"1 2\" b='\"' c=x'y ", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
+        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"}, {L"", L"ok"},
+        {L"a=1\rb=2\nc=3\td=4", L"a:1;b:2;c:3;d:4;ok"}, {L"a='1\"", L"refused"}, {L"a=\"\"", L"a:;ok"},
+        // clang-format on
+    };
+    for (const auto& [text, expected] : kCases) {
+        std::vector<XmlAttribute> attributes;
+        const bool accepted = Xml::parseAttributes(text, attributes);
+        wstring found;
+        for (const XmlAttribute& attribute : attributes) {
+            found += attribute.name + L":" + attribute.value + L";";
+        }
+        EXPECT_EQ(found + (accepted ? L"ok" : L"refused"), expected) << text;
     }
 }
 
@@ -397,34 +396,11 @@ TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
         EXPECT_EQ(text(), isStream ? L"c" : L"cx;");
         EXPECT_THROW(tag(L"q", true, true), std::invalid_argument);
     }
-    const wchar_t* beyond = end;
-    thrownText([&] { Xml::readTag(beyond, end - 1, L"v", false, false); });
-    EXPECT_EQ(beyond, end) << "a position past the end stays";
-    thrownText([&] { Xml::readTag(at = end - 3, end - 1, L"q", false, false); });
+    thrownText([&] { Xml::readTag(at = end, end - 1, L"v", false, false); });
     const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 6U);
+    ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(lines[0].find("throwing: '</q> expected, but found <q>', in src/lib/ZuXml, "), 0U);
     EXPECT_EQ(lines[3], "throwing: 'sourcePos <= sourceEnd', in src/lib/ZuXml, line 1227");
-    EXPECT_EQ(lines[5], lines[3]);
-}
-
-TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
-    const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
-        // clang-format off
-        {L" \n\r\ta=\"1 2\" b='\"' c=x'y ", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
-        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"},
-        {L"a=1\rb=2\nc=3\td=4", L"a:1;b:2;c:3;d:4;ok"}, {L"a='1\"", L"refused"}, {L"a=\"\"", L"a:;ok"}, {L"a= \n\r\t", L"a:;ok"}, {L"", L"ok"},
-        // clang-format on
-    };
-    for (const auto& [text, expected] : kCases) {
-        std::vector<XmlAttribute> attributes;
-        const bool accepted = Xml::parseAttributes(text, attributes);
-        wstring found;
-        for (const XmlAttribute& attribute : attributes) {
-            found += attribute.name + L":" + attribute.value + L";";
-        }
-        EXPECT_EQ(found + (accepted ? L"ok" : L"refused"), expected) << text;
-    }
 }
 
 // Gives one character at a time and takes none back.
@@ -434,46 +410,32 @@ public:
 
 private:
     int_type underflow() override {
-        wchar_t* const at = gptr() != nullptr ? gptr() : text_.data();
-        if (at == text_.data() + text_.size()) {
-            return traits_type::eof();
-        }
-        setg(at, at, at + 1);
-        return traits_type::to_int_type(*at);
+        wchar_t* const at = text_.data() + next_;
+        setg(at, at, at + (next_++ < text_.size() ? 1 : 0));
+        return gptr() != egptr() ? traits_type::to_int_type(*at) : traits_type::eof();
     }
 
     wstring text_;
+    std::size_t next_ = 0;
 };
 
 TEST(XmlReader, streamThatCannotGoBack_failsInsteadOfLosingText) {
-    // Thirty blanks, "<", eight letters and the stop: forty characters.
     const wstring text = wstring(30, L' ') + L"<property>";
     const TraceCapture trace(kTraceLevelInfo);
-    ForgetfulBuffer forTag(text);
-    std::wistream in(&forTag);
-    EXPECT_EQ(thrownText([&] { Xml::readTag(in, L"v", false, false); }),
-              L"Xml: insufficient putback space in streambuf");
-    ForgetfulBuffer forPeek(text);
-    in.rdbuf(&forPeek);
+    ForgetfulBuffer buffer(text + L"<a>" + text);
+    std::wistream in(&buffer);
     wstring name;
     EXPECT_FALSE(Xml::peekTag(in, name));
-    EXPECT_EQ(name, L"property");
-    const std::string complaint =
-        "Xml::peekTag: insufficient putback space in streambuf; need at least 40 putbackchars";
-    const Lines lines = trace.messages();
-    EXPECT_TRUE(lines.size() == 3 && lines[0] == complaint && lines[2] == complaint);
+    // Thirty blanks, "<", eight letters and the stop: forty characters.
+    EXPECT_EQ(trace.messages().at(0),
+              "Xml::peekTag: insufficient putback space in streambuf; need "
+              "at least 40 putbackchars");
+    EXPECT_TRUE(Xml::readTag(in, L"a", false, false)) << "where all is there nothing goes back";
+    EXPECT_EQ(thrownText([&] { Xml::readTag(in, L"v", false, false); }),
+              L"Xml: insufficient putback space in streambuf");
     std::wistringstream whole(text);
-    EXPECT_TRUE(Xml::peekTag(whole, name) && Xml::readTag(whole, L"property", false, false));
+    EXPECT_TRUE(Xml::peekTag(whole, name) && Xml::readTag(whole, name, false, false));
     EXPECT_FALSE(Xml::peekTag(whole, name));
-    // Where all is there nothing goes back, and one character behind a text.
-    PropertyBag bag;
-    bag.setArray(L"a&b", std::vector<SerializableUnion>(3));
-    ForgetfulBuffer forBag(wstring(kXmlHeader) + xmlOf(bag) + L"rest");
-    in.rdbuf(&forBag);
-    PropertyBag back;
-    back.readXml(in);
-    EXPECT_EQ(xmlOf(back), xmlOf(bag));
-    EXPECT_EQ(in.get(), L'\n');
 }
 
 }  // namespace

@@ -87,21 +87,20 @@ private:
 class AllocationLimit {
 public:
     explicit AllocationLimit(long allowed, bool once = false) {
-        failed_ = false;
         isOnce_ = once;
+        failed_ = false;
         allowed_ = allowed;
     }
     ~AllocationLimit() { allowed_ = -1; }
-    // Whether an allocation has failed.
     bool wasReached() const { return failed_; }
     // Counts an allocation that does not come by operator new: may it succeed?
     static bool take() {
-        if (allowed_ < 0 || allowed_-- != 0) {
-            return true;
+        const bool fails = allowed_ >= 0 && allowed_-- == 0;
+        if (fails) {
+            allowed_ = isOnce_ ? -1 : 0;
+            failed_ = true;
         }
-        allowed_ = isOnce_ ? -1 : 0;
-        failed_ = true;
-        return false;
+        return !fails;
     }
 
 private:
@@ -123,27 +122,24 @@ public:
     explicit MemoryWatch(std::string_view searched = {}) : start_(live) {
         most = live.load();
         sought = searched;
-        wasFound = false;
+        foundInFreed = false;
     }
     ~MemoryWatch() { sought = {}; }
     std::size_t peak() const { return static_cast<std::size_t>(most - start_); }
     std::int64_t held() const { return live - start_; }
-    bool foundInFreed() const { return wasFound; }
 
     // Kept by operator new and delete.
     static inline std::atomic<std::int64_t> live{0};
     static inline std::atomic<std::int64_t> most{0};
     static inline std::string_view sought;
-    static inline std::atomic<bool> wasFound{false};
+    static inline std::atomic<bool> foundInFreed{false};
 
 private:
     std::int64_t start_;
 };
 
-// What body throws: the text, "invalid: …" for std::invalid_argument, or "nothing".
-// Any other exception passes through.
-template <class Body>
-std::wstring thrownText(Body&& body) {
+// What body throws: the text, "invalid: ..." for std::invalid_argument, or "nothing".
+std::wstring thrownText(auto&& body) {
     try {
         body();
     } catch (const std::wstring& text) {
@@ -177,10 +173,7 @@ public:
 
     std::string label() const { return "seed " + std::to_string(seed_); }
     std::size_t below(std::size_t count) { return engine_() % count; }
-    template <class Items>
-    const auto& pick(const Items& items) {
-        return items[below(std::size(items))];
-    }
+    const auto& pick(const auto& items) { return items[below(std::size(items))]; }
     std::string bytes(std::size_t size);
     // No control characters, no FFFF.
     std::wstring text(std::size_t longest);
