@@ -8,7 +8,6 @@
 #include <stdexcept>
 
 #include "ZuDateTime.h"
-#include "ZuDirectory.h"
 #include "ZuText.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
@@ -83,9 +82,7 @@ TEST(Trace, logFile_betweenLines_isNotHeldOpen) {
     trace(L"second");
     trace(L"third");
     CloseHandle(other);
-    const std::string bytes = readBytes(path);
-    EXPECT_NE(bytes.find(" ZULOG: second\r\n"), std::string::npos);
-    EXPECT_TRUE(bytes.ends_with(" ZULOG: third\r\n"));
+    EXPECT_TRUE(std::regex_match(readBytes(path), std::regex(".* second\r\n.* third\r\n")));
 }
 
 TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
@@ -113,13 +110,11 @@ TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
         zustd::trace(kTraceLevelMemory, L"memory");
         EXPECT_EQ(trace.messages(), Lines(all.begin() + skipped, all.end())) << threshold;
     }
-    int evaluated = 0;
     const DebuggerOutput debugger;
+    int evaluated = 0;
     ZU_TRACE(L"%d", ++evaluated);
-    trace(kTraceLevelMemory, L"%ls", L"nobody listens");
-    writeTraceLine(L"nor here");
-    EXPECT_EQ(evaluated, 0);
-    EXPECT_TRUE(debugger.texts.empty());
+    writeTraceLine(L"nobody listens");
+    EXPECT_TRUE(evaluated == 0 && debugger.texts.empty());
 }
 
 TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
@@ -136,20 +131,6 @@ TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
     EXPECT_EQ(trace.messages(), (Lines{"asserted: 'pointer != nullptr" + place,
                                        "throwing: 'pointer != nullptr" + place,
                                        "asserted: x_" + backend, "throwing: 'x_'" + backend}));
-}
-
-// To the system each of these names ends at its zero.
-TEST(Directory, namesThatGoOnBehindAZero_areTracedAndRefusedAndTouchNothing) {
-    const TempFolder folder;
-    const std::wstring longer = folder.file(L"a") + L'\0' + L"b";
-    const TraceCapture trace;
-    EXPECT_ANY_THROW(createDirectory(longer));
-    writeBytes(folder.file(L"a"), "a");
-    EXPECT_ANY_THROW(zustd::deleteFile(longer));
-    EXPECT_FALSE(isFile(longer) || isDirectory(folder.file({}) + L'\0'));
-    EXPECT_ANY_THROW(listDirectory(folder.file({}) + L'\0', L"*", nullptr, nullptr, false));
-    EXPECT_EQ(trace.messages().size(), 3U);
-    EXPECT_EQ(readBytes(folder.file(L"a")), "a");
 }
 
 TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
@@ -175,8 +156,7 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
         EXPECT_EQ(trace.messages(), Lines(2, "Class::operation: catched " + text));
         EXPECT_EQ(criticalError(), text.starts_with("std::bad_alloc") ? 2U : 0U) << text;
     }
-    EXPECT_EQ(guarded(L"Class::operation", -1, [] { return 1; }), 1);
-    EXPECT_TRUE(guarded(L"Class::operation", [] {}));
+    EXPECT_TRUE(guarded(L"a", -1, [] { return 1; }) == 1 && guarded(L"a", [] {}));
 }
 
 TEST(MemoryReport, getMemoryInfo_hasItsFiveLinesAndCountsTheHeap) {

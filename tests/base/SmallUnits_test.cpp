@@ -25,13 +25,10 @@ using namespace test;
 TEST(TextFormat, formats_resultOfAnyLength_areWhole) {
     for (const std::size_t length : {0U, 1U, 127U, 128U, 129U, 5000U}) {
         const std::wstring text(length, L'\u0416');
-        EXPECT_EQ(formatWide(L"<%ls%d>", text.c_str(), 7), L"<" + text + L"7>") << length;
+        EXPECT_EQ(formatWide(L"%ls%I64d", text.c_str(), -9LL), text + L"-9") << length;
         const std::string narrowText(length, 'x');
         EXPECT_EQ(formatNarrow("%s%d", narrowText.c_str(), 7), narrowText + "7") << length;
     }
-    EXPECT_EQ(formatWide(L"%ls|%hs|%ld|%llu|%I64d|%X|%0.2lf", L"wide", "narrow", -5L, ~0ULL, -9LL,
-                         255, 0.125),
-              L"wide|narrow|-5|18446744073709551615|-9|FF|0.12");
 }
 
 TEST(TextConversion, narrow_plainTextComesBack_anyOtherIsLossyAndNoWildcard) {
@@ -72,13 +69,14 @@ TEST(SmallValues, versionsTimesAndIds_areToldApartAndWritten) {
 
 // Unions live in the shared pool.
 TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
-    std::atomic<std::ptrdiff_t> spoilt = 0;
+    std::atomic<bool> isSpoilt = false;
     const auto useMany = [&](double mark) {
         for (int round = 0; round < 1000; ++round) {
             std::vector<SerializableUnion> values(2000);
-            std::for_each(values.begin(), values.end(), [=](auto& each) { each.setDouble(mark); });
-            spoilt += std::count_if(values.begin(), values.end(),
-                                    [=](const auto& each) { return each.getDouble() != mark; });
+            std::ranges::for_each(values, [=](auto& each) { each.setDouble(mark); });
+            isSpoilt = isSpoilt || !std::ranges::all_of(values, [=](const auto& each) {
+                           return each.getDouble() == mark;
+                       });
         }
     };
     for (std::vector<std::jthread> threads; threads.size() < 4;) {
@@ -88,7 +86,7 @@ TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
     const MemoryWatch watch;
     useMany(9);
     EXPECT_LT(watch.peak(), 2000 * (sizeof(SerializableUnion) + ObjectPool::kPieceSize / 2));
-    EXPECT_EQ(spoilt, 0);
+    EXPECT_FALSE(isSpoilt);
 }
 
 TEST(HashMap, anyOperations_besideAList_haveTheSameEntriesInTheSameOrder) {
@@ -130,20 +128,6 @@ TEST(HashMap, anyOperations_besideAList_haveTheSameEntriesInTheSameOrder) {
         map.findOrInsert(L"left", 1);
     }
     EXPECT_EQ(memory.held(), 0);
-}
-
-// Hashes that meet are too rare to wait for in a map.
-TEST(HashKey, textsOfAnyLength_areTheSameUnlessOneUnitDiffers) {
-    for (std::size_t size = 0; size < 20; ++size) {
-        const std::wstring text(size, L'k');
-        EXPECT_TRUE(HashKey<std::wstring>::isSame(text, std::wstring(text))) << size;
-        EXPECT_FALSE(HashKey<std::wstring>::isSame(text, text + L'k')) << size;
-        for (std::size_t at = 0; at < size; ++at) {
-            std::wstring other = text;
-            other[at] = L'x';
-            EXPECT_FALSE(HashKey<std::wstring>::isSame(text, other)) << size << ' ' << at;
-        }
-    }
 }
 
 TEST(HashMap, findOrInsert_memoryRunsOut_leavesTheMapAsItWas) {
@@ -205,6 +189,12 @@ TEST(Hash, ofBytes_isSipHashOneThreeUnderAKeyOfTheProcess) {
         const std::uint64_t hash = hashBytes({1, 2}, bytes.data(), size);
         EXPECT_NE(hashBytes(bytes.data(), size), hash) << "anybody could make colliding keys";
         sum = sum * 31 + hash;
+        // Hashes that meet are too rare to wait for in a map.
+        const std::wstring text(size, L'k');
+        for (std::size_t at = 0; at <= size; ++at) {
+            const std::wstring other = std::wstring(text).replace(at, 1, L"x");
+            EXPECT_FALSE(HashKey<std::wstring>::isSame(text, other)) << size << ' ' << at;
+        }
     }
     EXPECT_EQ(sum, 0x1B96A084188025CEU) << "of another implementation";
     EXPECT_EQ(HashKey<std::wstring>::hash(L"ab"), hashBytes(L"ab", 4));

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <regex>
 
+#include "ZuDirectory.h"
 #include "ZuEncoder.h"
 #include "ZuEncoderRuns.h"
 #include "ZuPropertyBag.h"
@@ -147,12 +148,11 @@ TEST(Encoder, failuresAndOtherEncodings_areTracedOrWidenEveryByte) {
     std::wstring out = L"old";
     EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(7, "A", out); }) + out,
               L"Encoder::decodeFrom: unknown encoding");
-    std::string places;
-    for (const std::string& line : trace.messages()) {
-        places += line.substr(line.find("', in src/lib/ZuEncoder"));
-    }
-    EXPECT_EQ(std::regex_replace(places, std::regex("[^,]+, line"), ""),
-              "', 846', 852', 185', 103");
+    const Lines lines = trace.messages();
+    const char* const kLines[] = {"846", "852", "185", "103"};
+    EXPECT_TRUE(std::ranges::equal(lines, kLines, [](const auto& line, const auto& number) {
+        return line.ends_with("', in src/lib/ZuEncoder, line "s + number);
+    }));
     Encoder::decodeFrom(kEncodingPlain, "\xE9\x80\x00"s, out);
     EXPECT_EQ(out, L"\u00E9\u0080\0"s);
 }
@@ -212,9 +212,13 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
     // To the system the last name ends at its zero; the first one is a folder's.
     for (const std::wstring& name :
          {folder_.file(L""), folder_.file(L"missing\\a"), file_ + L'\0' + L".config"}) {
-        EXPECT_FALSE(Loader::save(name, L"a"));
-        EXPECT_FALSE(Loader::load(name, text_) || Loader::loadSerializedString(name, bag_));
+        EXPECT_FALSE(Loader::save(name, L"a") || Loader::load(name, text_));
+        EXPECT_FALSE(Loader::loadSerializedString(name, bag_) || isFile(name));
+        EXPECT_ANY_THROW(zustd::deleteFile(name));
     }
+    const std::wstring cut = folder_.file(L"") + L'\0';
+    EXPECT_ANY_THROW(listDirectory(cut, L"*", nullptr, nullptr, false));
+    EXPECT_ANY_THROW(createDirectory(folder_.file(L"made") + cut));
     EXPECT_EQ(text_, L"old");
     EXPECT_EQ(readBytes(file_), texts[2].second);
     EXPECT_TRUE(Loader::save(L"NUL", L"a")) << "a device has no length";
@@ -239,7 +243,7 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
         const std::string line = ": catched std::exception: " + report + "\r\n";
         EXPECT_EQ(trace.bytes().find(line) == std::string::npos, report.empty());
         EXPECT_EQ(readBytes(file_), left);
-        EXPECT_TRUE(deleteFile(file_)) << "the file must be closed";
+        EXPECT_TRUE(test::deleteFile(file_)) << "the file must be closed";
     };
     static const auto handleOf = [](int file) {
         return reinterpret_cast<HANDLE>(_get_osfhandle(file));
@@ -311,7 +315,7 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
         EXPECT_EQ(criticalError(), done ? 0U : 2U);
         setCriticalError(kCriticalErrorNone);
         EXPECT_EQ(readBytes(file_), bytes) << "without memory the file stays";
-        EXPECT_TRUE(deleteFile(file_)) << "the file must be closed";
+        EXPECT_TRUE(test::deleteFile(file_)) << "the file must be closed";
         writeBytes(file_, bytes);
     };
     PropertyBag back;
@@ -320,8 +324,8 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
     EXPECT_EQ(xmlOf(back), xmlOf(bag_));
     const auto save = [&] { return Loader::saveSerializedString(file_, bag_); };
     EXPECT_GT(failEachAllocation(save, check), 1);
-    deleteFile(file_);
-    failEachAllocation(save, [&](bool done) { EXPECT_EQ(deleteFile(file_), done); });
+    test::deleteFile(file_);
+    failEachAllocation(save, [&](bool done) { EXPECT_EQ(test::deleteFile(file_), done); });
     setCriticalError(kCriticalErrorNone);
 }
 
