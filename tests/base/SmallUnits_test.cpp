@@ -130,24 +130,6 @@ TEST(HashMap, anyOperations_besideAList_haveTheSameEntriesInTheSameOrder) {
     EXPECT_EQ(memory.held(), 0);
 }
 
-TEST(HashMap, findOrInsert_memoryRunsOut_leavesTheMapAsItWas) {
-    const std::wstring key(100, L'k');
-    HashMap<std::wstring> map;
-    const auto fill = [&] {
-        for (int i = 0; i < 6; ++i) {
-            map.findOrInsert(std::to_wstring(i));
-        }
-    };
-    const auto check = [&](bool inserted) {
-        EXPECT_TRUE(map.contains(key) == inserted && map.size() == (inserted ? 7U : 6U));
-        EXPECT_TRUE(map.remove(map.begin()->key)) << "by the entry's own key";
-        map.clear();
-        fill();
-    };
-    fill();
-    EXPECT_GE(failEachAllocation([&] { return map.findOrInsert(key, key).second; }, check), 3);
-}
-
 TEST(HashMap, valuesThatUseOrDestroyTheMapWhenTheyGo_findItWholeWithoutThemselves) {
     using Map = HashMap<std::shared_ptr<void>, std::uint64_t>;
     const std::function<void(std::unique_ptr<Map>&)> kChanges[] = {
