@@ -82,7 +82,6 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-bool fileExists(const std::wstring& file) { return std::filesystem::exists(file); }
 bool deleteFile(const std::wstring& file) { return DeleteFileW(file.c_str()) != FALSE; }
 
 std::string readBytes(const std::wstring& file) {

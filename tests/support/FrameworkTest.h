@@ -32,22 +32,18 @@ private:
     std::wstring path_;
 };
 
-bool fileExists(const std::wstring& file);
 // Fails while anybody has the file open.
 bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
-class Tracing {
-public:
+struct Tracing {
     Tracing(std::uint32_t mode, const wchar_t* path, std::int32_t threshold = 0)
-        : settings_{mode, path, threshold} {
-        traceSettings = &settings_;
+        : settings{mode, path, threshold} {
+        traceSettings = &settings;
     }
     ~Tracing() { traceSettings = nullptr; }
-
-private:
-    TraceSettings settings_;
+    const TraceSettings settings;
 };
 
 class TraceCapture {
@@ -160,8 +156,7 @@ inline std::wstring xmlOf(const ISerializable& value) {
 }
 
 // Writes down each message: the kind's name and the key or number sent along.
-class Listener : public MessageSink {
-public:
+struct Listener : MessageSink {
     Texts log;
     std::function<void()> next = [] {};  // runs at the next message only
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
