@@ -3,17 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <charconv>
+#include <cfloat>
 #include <chrono>
 #include <cmath>
 #include <cwchar>
-#include <limits>
 #include <map>
-#include <numeric>
 #include <sstream>
 
 #include "ZuPropertyBag.h"
-#include "ZuScope.h"
 #include "ZuText.h"
 #include "support/FrameworkTest.h"
 
@@ -23,8 +20,7 @@ namespace {
 using namespace test;
 using std::wstring;
 
-constexpr std::wstring_view kSingleKinds[] = {L"string", L"long",     L"double",
-                                              L"bool",   L"datetime", L"sizet"};
+const wstring kSingleKinds[] = {L"string", L"long", L"double", L"bool", L"datetime", L"sizet"};
 
 wstring escaped(const wstring& text) {
     wstring out;
@@ -35,35 +31,30 @@ wstring escaped(const wstring& text) {
 // What a single value is written as once it was read, by the runtime's means.
 wstring writtenAgain(const wstring& kind, const wstring& text) {
     // The runtime knows digits and blanks of other alphabets as well.
-    const wstring plain(text.begin(),
-                        std::find_if(text.begin(), text.end(), [](wchar_t c) { return c > 126; }));
+    const wstring plain(text.begin(), std::ranges::find_if(text, [](auto c) { return c > 126; }));
     const wchar_t* const at = plain.c_str();
     wchar_t* scanned = nullptr;
     const double value = std::wcstod(at, &scanned);
-    char digits[512];
-    const auto end = std::to_chars(digits, std::end(digits), scanned == at ? 0.0 : value,
-                                   std::chars_format::fixed, 6);
     int f[6] = {};
     std::swscanf(at, L"%04d-%02d-%02d %02d:%02d:%02d", &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
     return kind == L"string"   ? escaped(text)
            : kind == L"long"   ? std::to_wstring(std::wcstol(at, nullptr, 10))
            : kind == L"sizet"  ? std::to_wstring(std::wcstoull(at, nullptr, 10))
-           : kind == L"double" ? wstring(digits, end.ptr)
+           : kind == L"double" ? widen(formatNarrow("%.6f", scanned == at ? 0.0 : value))
            : kind == L"bool"
                ? (*at == L'y' || *at == L'Y' ? L"y" : L"n")
                : formatWide(L"%04d-%02d-%02d %02d:%02d:%02d", f[0], f[1], f[2], f[3], f[4], f[5]);
 }
 
-// The dialect as its page describes it, over a plain text: slow, short and by
-// another hand. Ends with what a reader under test says of the same document.
+// Reads a bag as the dialect's page describes it, over a plain text: slow, short
+// and by another hand. Ends with what a reader under test says of it.
 class NaiveReader {
 public:
-    NaiveReader(wstring text, bool isBag, bool isStream)
-        : text_(std::move(text)), isBag_(isBag), isStream_(isStream) {
+    NaiveReader(wstring text, bool isStream) : text_(std::move(text)), isStream_(isStream) {
         text_.resize(isStream ? find(L"\xFFFF", 0) : text_.size());
     }
     Reading read() {
-        const wstring failure = thrownText([&] { isBag_ ? readBag() : readDocument(); });
+        const wstring failure = thrownText([&] { readBag(); });
         return {failure, failure == L"nothing" ? at_ : 0};
     }
     wstring written() const {
@@ -71,10 +62,12 @@ public:
         for (const auto& [key, value] : entries_) {
             all += L"<p><k>" + escaped(key) + L"</k>" + value + L"</p>\n";
         }
-        return isBag_ ? all + L"</hmap>\n</bag>\n" : value_;
+        return all + L"</hmap>\n</bag>\n";
     }
 
 private:
+    using Entry = std::pair<wstring, wstring>;
+
     static void require(bool condition, const wstring& failure) {
         if (!condition) {
             throw failure;
@@ -88,7 +81,6 @@ private:
         const std::size_t name = find(L"<", at_) + 1;
         return hasTag() ? text_.substr(name, find(L"<> \n\r\t", name) - name) : L"";
     }
-    bool isDeclarationNext() const { return nextName()[0] == L'?' || nextName()[0] == L'!'; }
     wstring takeTag(bool mustParse) {
         const std::size_t open = find(L"<", at_) + 1;
         at_ = text_.find(L'>', open) + 1;
@@ -114,15 +106,12 @@ private:
     wstring readText() {
         static const wstring kEntities = L"&lt;<&gt;>&apos;'&quot;\"&amp;&";
         wstring text;
-        const std::size_t end = find(L"<>", at_);
-        while (at_ < end) {
-            if (text_[at_] != L'&') {
-                text += text_[at_++];
-                continue;
-            }
+        for (const std::size_t end = find(L"<>", at_); at_ < end;) {
             const wstring entity = text_.substr(at_, find(L";", at_) + 1 - at_);
             const std::size_t known = kEntities.find(entity);
-            if (known != wstring::npos && entity.back() == L';') {
+            if (text_[at_] != L'&') {
+                text += text_[at_++];
+            } else if (known != wstring::npos && entity.back() == L';') {
                 text += kEntities[known + entity.size()];
                 at_ += entity.size();
             } else if (isStream_) {
@@ -134,56 +123,43 @@ private:
         }
         return text;
     }
-    // A text counts before its closing tag is missed.
-    void readElement(const wstring& name, wstring& text) {
-        if (readTag(name, false)) {
+    wstring readElement(const wstring& name, bool isNeeded) {
+        wstring text;
+        if (readTag(name, isNeeded)) {
             text = readText();
             readTag(L"/" + name, true);
         }
+        return text;
     }
-    void readUnion(wstring& written) {
-        wstring kind;
-        wstring text;
-        readElement(L"t", kind);
-        written = kind == L"object" ? L"<t>object</t>" : L"<t>null</t>";
+    wstring readUnion() {
+        const wstring kind = readElement(L"t", false);
         if (kind == L"array") {
-            require(depth_ < 128, L"depth <= kMaxDepth");
-            readArray(written);
-        } else if (std::count(std::begin(kSingleKinds), std::end(kSingleKinds), kind) > 0) {
-            const ScopeExit scan(
-                [&] { written = L"<t>" + kind + L"</t><v>" + writtenAgain(kind, text) + L"</v>"; });
-            readElement(L"v", text);
+            return readArray();
         }
+        if (std::ranges::count(kSingleKinds, kind) == 0) {
+            return kind == L"object" ? L"<t>object</t>" : L"<t>null</t>";
+        }
+        const wstring text = writtenAgain(kind, readElement(L"v", false));
+        return L"<t>" + kind + L"</t><v>" + text + L"</v>";
     }
-    void readArray(wstring& written) {
-        std::vector<wstring> elements;
-        const ScopeExit write([&] {
-            written = L"<t>array</t><c>" + std::to_wstring(elements.size()) + L"</c>";
-            written = std::accumulate(elements.begin(), elements.end(), written);
-            --depth_;
-        });
-        ++depth_;
-        wstring text;
-        readElement(L"c", text);
-        const std::uint64_t count = Xml::toSize(text);
-        while (elements.size() < count) {
+    wstring readArray() {
+        require(++depth_ <= 128, L"depth <= kMaxDepth");
+        const std::uint64_t count = Xml::toSize(readElement(L"c", false));
+        wstring written = L"<t>array</t><c>" + std::to_wstring(count) + L"</c>";
+        bool isImplied = false;
+        for (std::uint64_t i = 0; i < count; ++i) {
             const std::size_t start = at_;
-            readUnion(elements.emplace_back(L"<t>null</t>"));
-            if (at_ == start) {
-                require(count - elements.size() < 64, L"implied <= kMaxImpliedElements");
-                elements.resize(count, elements.back());
-            }
+            written += readUnion();
+            require(at_ != start || isImplied || count - i <= 64,
+                    L"implied <= kMaxImpliedElements");
+            isImplied = at_ == start;
         }
-    }
-    void readDocument() {
-        while (isDeclarationNext()) {
-            takeTag(false);
-        }
-        readUnion(value_);
+        --depth_;
+        return written;
     }
     void readBag() {
-        while (hasTag() && nextName() != L"/bag" && nextName() != L"hmap") {
-            takeTag(!isDeclarationNext());
+        for (wstring name; hasTag() && (name = nextName()) != L"/bag" && name != L"hmap";) {
+            takeTag(name[0] != L'?' && name[0] != L'!');
         }
         if (nextName() == L"hmap") {
             readTag(L"hmap", true);
@@ -196,52 +172,28 @@ private:
     }
     void readEntry() {
         readTag(L"p", true);
-        readTag(L"k", true);
-        const wstring key = readText();
-        readTag(L"/k", true);
-        auto entry = std::find_if(entries_.begin(), entries_.end(),
-                                  [&](const auto& known) { return known.first == key; });
-        entry = entry != entries_.end() ? entry : entries_.insert(entry, {key, L"<t>null</t>"});
-        readUnion(entry->second);
+        const wstring key = readElement(L"k", true);
+        const wstring value = readUnion();
+        const auto entry = std::ranges::find(entries_, key, &Entry::first);
+        (entry == entries_.end() ? entries_.emplace_back(key, L"") : *entry).second = value;
         readTag(L"/p", true);
     }
 
     wstring text_;
-    bool isBag_;
     bool isStream_;
     std::size_t at_ = 0;
     int depth_ = 0;
-    wstring value_ = L"<t>null</t>";
-    std::vector<std::pair<wstring, wstring>> entries_;
+    std::vector<Entry> entries_;
 };
-
-// What became of a document; by either source the same as by the naive reader.
-template <class Value>
-wstring checkDocument(const wstring& document) {
-    Reading expected;
-    for (const bool isStream : {true, false}) {
-        Value value;
-        NaiveReader naive(document, std::is_same_v<Value, PropertyBag>, isStream);
-        expected = naive.read();
-        const MemoryWatch memory;
-        EXPECT_EQ((isStream ? readFromStream : readFromRange)(value, document), expected);
-        EXPECT_LE(memory.peak(), 16384 + 100 * document.size());
-        EXPECT_EQ(xmlOf(value), naive.written()) << isStream;
-    }
-    return expected.first;
-}
 
 // What some kind reads as a whole, or a little more or less.
 wstring randomText(Random& random) {
-    if (random.below(4) == 0) {
-        return escaped(random.text(40));
-    }
     const auto any = static_cast<std::int64_t>(random.below(~std::size_t{0}));
     // Long and short fractions, ties among them.
     const std::int64_t digits = any >> (11 + random.below(50));
     const double fraction = std::ldexp(digits, -static_cast<int>(random.below(70)));
     const wstring texts[] = {L"2016-11-04 06:39:59", formatWide(L"%.17g", fraction),
-                             std::to_wstring(any)};
+                             std::to_wstring(any), escaped(random.text(40))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
         const wchar_t unit = random.pick(std::wstring_view(L"0019--+: .eyY\t\v\f\x1F"));
@@ -253,7 +205,7 @@ wstring randomText(Random& random) {
 wstring randomValue(Random& random, int depth) {
     const std::size_t dice = random.below(10);
     if (dice < 6) {
-        return L"<t>" + wstring(kSingleKinds[dice]) + L"</t><v>" + randomText(random) + L"</v>";
+        return L"<t>" + kSingleKinds[dice] + L"</t><v>" + randomText(random) + L"</v>";
     }
     const std::size_t count = dice > 7 && depth > 0 ? random.below(5) : 0;
     wstring all = dice == 6   ? L"<t>null</t>"
@@ -301,45 +253,43 @@ wstring randomDocument(Random& random) {
 TEST(Readers, randomDocuments_fromRangeAndStream_areReadAsTheDialectSaysAndWrittenAgain) {
     Random random(1227);
     std::map<wstring, std::size_t> counts;
-    for (int round = 0; round < 30'000; ++round) {
-        const bool isBag = round % 8 == 0;
-        const wstring document = isBag ? randomDocument(random) : randomValue(random, 0);
-        if (isBag) {
-            ++counts[checkDocument<PropertyBag>(document).substr(0, 7)];
-        }
-        const std::size_t value = std::min(document.find(L"<t>"), document.size());
-        checkDocument<SerializableUnion>(document.substr(value));
+    for (int round = 0; round < 60'000; ++round) {
+        const wstring value = L"<hmap><p><k></k>" + randomValue(random, 0) + L"</p></hmap>";
+        const wstring document = round % 16 < 2 ? randomDocument(random) : value;
+        const bool isStream = round % 2 != 0;
+        NaiveReader naive(document, isStream);
+        const Reading expected = naive.read();
+        PropertyBag bag;
+        const MemoryWatch memory;
+        EXPECT_EQ(readDocument(bag, document, isStream), expected);
+        EXPECT_LE(memory.peak(), 16384 + 100 * document.size());
+        const wstring written = xmlOf(bag);
+        EXPECT_TRUE(expected.first != L"nothing" || written == naive.written()) << written;
         ASSERT_FALSE(HasFailure()) << random.label() << " " << testing::PrintToString(document);
+        ++counts[expected.first.substr(0, 7)];
     }
     // The edits must not be so wild, nor so tame, that one side goes untested.
-    EXPECT_GT(counts[L"depth <"], 20U) << "nested to the limit";
-    EXPECT_GT(counts[L"implied"], 20U) << "claimed more elements than there are";
-    EXPECT_GT(counts[L"nothing"], 500U);
-    EXPECT_LT(counts[L"nothing"], 3000U);
+    EXPECT_TRUE(counts[L"depth <"] > 40 && counts[L"implied"] > 40) << "as far as is allowed";
+    EXPECT_TRUE(counts[L"nothing"] > 53'000 && counts[L"nothing"] < 58'000);
 }
 
 // Readers that look at each character a few times take some milliseconds for
 // one; those that go back to the start again and again, minutes.
 TEST(Readers, longDocuments_ofAnyConstruct_areReadInTimeInLineWithTheirLength) {
     Random random(3);
-    wstring nested = L"<hmap><p><k>k</k>";
-    for (int level = 0; level < 127; ++level) {
-        nested += L"<t>array</t><c>65</c>";
-    }
     for (int round = 0; round < 200; ++round) {
-        wstring document = round == 0 ? nested + L"<t>array</t><c>64</c>" : random.pick(kTokens);
-        document += random.pick(kTokens);
+        wstring document = random.pick(kTokens) + random.pick(kTokens);
         const wstring stretch = random.pick(kTokens) + random.pick(kTokens) + L"=";
         while (document.size() < 200'000) {
             document += stretch;
         }
         document += L"'\"></v></k><end>";
         const auto begin = std::chrono::steady_clock::now();
-        for (const auto& read : {&readFromRange, &readFromStream}) {
+        for (const bool isStream : {true, false}) {
             PropertyBag bag;
             SerializableUnion value;
-            read(bag, document);
-            read(value, document);
+            readDocument(bag, document, isStream);
+            readDocument(value, document, isStream);
         }
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2))
             << document.substr(0, 100);
@@ -357,47 +307,21 @@ TEST(XmlWriter, everyCodeUnit_escaped_changesControlsAndFiveMarksOnly) {
         // Texts may be written in blocks: the same at every place in some.
         for (std::size_t place = 0; place < 19; ++place) {
             wstring text = wstring(19, L'a').replace(place, 1, self);
-            wstring out;
-            Xml::appendEscaped(out, text);
+            const wstring out = escaped(text);
             ASSERT_EQ(out, text.replace(place, 1, expected)) << unit << " at " << place;
         }
     }
 }
 
-TEST(XmlWriter, randomNumbersOfAnyWidth_besideTheRuntime_areTheSame) {
-    Random random(127);
-    SCOPED_TRACE(random.label());
-    for (int round = 0; round < 20000; ++round) {
-        const std::uint64_t number = random.below(~std::size_t{0}) >> random.below(64);
-        const auto half = static_cast<std::uint32_t>(number);
-        const auto value = static_cast<std::int32_t>(half);
-        const int width = static_cast<int>(random.below(140)) - 5;
-        const int padded = std::clamp(width, 0, 127);
-        wstring out;
-        Xml::appendLong(out, value, width);
-        Xml::appendLongHex(out += L' ', half, width);
-        Xml::appendSize(out += L' ', number, width);
-        Xml::appendSizeHex(out += L' ', number, width);
-        ASSERT_EQ(out, formatWide(L"%0*ld %0*lX %0*llu %0*llX", padded, long{value}, padded,
-                                  static_cast<unsigned long>(half), padded, number, padded, number))
-            << width;
-    }
-    wstring out;
-    Xml::appendSizeHex(out, 0);
-    Xml::appendLongHex(out, 0);
-    EXPECT_EQ(out, L"00");
-}
-
-TEST(XmlNumbers, doubles_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
     const wstring zeros(600, L'0');
     const std::pair<wstring, double> kDoubles[] = {
         // clang-format off
-        {L"0x10", 0.0}, {L"-inf", -kInfinity}, {L"-1.7976931348623157e308", -std::numeric_limits<double>::max()},
-        {L"1" + zeros + L"e-600", 1.0}, {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", kInfinity},
-        {L"2e99999999999999999999", kInfinity}, {L"2e-99999999999999999999", 0.0}, {L"-1e400", -kInfinity},
-        {L"1E+400", kInfinity}, {L"3e-400", 0.0}, {L"1" + zeros, kInfinity}, {L"." + zeros + L"1", 0.0},
-        {L"1" + zeros + L"e-1000", 0.0}, {L"0." + zeros + L"1e1000", kInfinity},
+        {L"0x10", 0.0}, {L"-inf", -HUGE_VAL}, {L"-1.7976931348623157e308", -DBL_MAX}, {L"1" + zeros + L"e-600", 1.0},
+        {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", HUGE_VAL}, {L"2e99999999999999999999", HUGE_VAL},
+        {L"2e-99999999999999999999", 0.0}, {L"-1e400", -HUGE_VAL}, {L"1E+400", HUGE_VAL}, {L"3e-400", 0.0},
+        {L"1" + zeros, HUGE_VAL}, {L"." + zeros + L"1", 0.0}, {L"1" + zeros + L"e-1000", 0.0},
+        {L"0." + zeros + L"1e1000", HUGE_VAL},
         // clang-format on
     };
     for (const auto& [text, expected] : kDoubles) {
@@ -406,48 +330,20 @@ TEST(XmlNumbers, doubles_thatTheRuntimeWouldScanOtherwiseOrSeldom_areTheDialects
         Xml::appendDouble(out, expected);
         EXPECT_EQ(Xml::toDouble(out), expected) << out;
     }
-}
-
-TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
-    const wstring document = L" <p a='1'>a&amp;b</p>c&x;<q>";
-    const wchar_t* const end = document.data() + document.size();
-    const wchar_t* at = document.data();
-    std::wistringstream stream(document);
-    const TraceCapture trace;
-    for (const bool isStream : {true, false}) {
-        const auto tag = [&](const wchar_t* name, bool closing, bool must) {
-            return isStream ? Xml::readTag(stream, name, closing, must)
-                            : Xml::readTag(at, end, name, closing, must);
-        };
-        const auto text = [&] {
-            wstring out = L"old";
-            isStream ? Xml::readText(stream, out) : Xml::readText(at, end, out);
-            return out;
-        };
-        EXPECT_FALSE(tag(L"v", false, false) || tag(L"p", true, false));
-        EXPECT_TRUE(tag(L"p", false, true));
-        EXPECT_EQ(text(), L"a&b");
-        EXPECT_TRUE(tag(L"p", true, false));
-        EXPECT_EQ(text(), isStream ? L"c" : L"cx;");
-        EXPECT_THROW(tag(L"q", true, true), std::invalid_argument);
-    }
-    const wchar_t* beyond = end;
-    thrownText([&] { Xml::readTag(beyond, end - 1, L"v", false, false); });
-    EXPECT_EQ(beyond, end) << "a position past the end stays";
-    thrownText([&] { Xml::readTag(at = end - 3, end - 1, L"q", false, false); });
-    const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 6U);
-    EXPECT_EQ(lines[0].find("throwing: '</q> expected, but found <q>', in src/lib/ZuXml, "), 0U);
-    EXPECT_EQ(lines[3], "throwing: 'sourcePos <= sourceEnd', in src/lib/ZuXml, line 1227");
-    EXPECT_EQ(lines[5], lines[3]);
+    wstring out;
+    Xml::appendLong(out, -5, 3);
+    Xml::appendLongHex(out += L' ', 0xBEEF, 6);
+    Xml::appendSize(out += L' ', 7, 500);
+    Xml::appendSizeHex(out += L' ', ~0ULL);
+    EXPECT_EQ(out, L"-05 00BEEF " + zeros.substr(0, 126) + L"7 FFFFFFFFFFFFFFFF");
 }
 
 TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
     const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
         // clang-format off
         {L" \n\r\ta=\"1 2\" b='\"' c=x'y ", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
-        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"},
-        {L"a=1\rb=2\nc=3\td=4", L"a:1;b:2;c:3;d:4;ok"}, {L"a='1\"", L"refused"}, {L"a=\"\"", L"a:;ok"}, {L"a= \n\r\t", L"a:;ok"}, {L"", L"ok"},
+        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"}, {L"", L"ok"},
+        {L"a=1\rb=2\nc=3\td=4", L"a:1;b:2;c:3;d:4;ok"}, {L"a='1\"", L"refused"}, {L"a=\"\"", L"a:;ok"},
         // clang-format on
     };
     for (const auto& [text, expected] : kCases) {
@@ -461,53 +357,33 @@ TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
     }
 }
 
-// Gives one character at a time and takes none back.
-class ForgetfulBuffer : public std::wstreambuf {
-public:
-    explicit ForgetfulBuffer(wstring text) : text_(std::move(text)) {}
-
-private:
-    int_type underflow() override {
-        wchar_t* const at = gptr() != nullptr ? gptr() : text_.data();
-        if (at == text_.data() + text_.size()) {
-            return traits_type::eof();
-        }
-        setg(at, at, at + 1);
-        return traits_type::to_int_type(*at);
+TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
+    const wstring document = L" <p a='1'>a&amp;b</p>c&x;<q>";
+    const wchar_t* const end = document.data() + document.size();
+    const wchar_t* at = document.data();
+    std::wistringstream stream(document);
+    wstring text;
+    EXPECT_TRUE(Xml::peekTag(stream, text) && text == L"p");
+    const TraceCapture trace;
+    for (const bool isStream : {true, false}) {
+        const auto tag = [&](const wchar_t* name, bool closing, bool must) {
+            return isStream ? Xml::readTag(stream, name, closing, must)
+                            : Xml::readTag(at, end, name, closing, must);
+        };
+        EXPECT_FALSE(tag(L"v", false, false) || tag(L"p", true, false));
+        EXPECT_TRUE(tag(L"p", false, true));
+        isStream ? Xml::readText(stream, text) : Xml::readText(at, end, text);
+        EXPECT_TRUE(tag(L"p", true, false) && text == L"a&b");
+        isStream ? Xml::readText(stream, text) : Xml::readText(at, end, text);
+        EXPECT_EQ(text, isStream ? L"c" : L"cx;");
+        EXPECT_THROW(tag(L"q", true, true), std::invalid_argument);
     }
-
-    wstring text_;
-};
-
-TEST(XmlReader, streamThatCannotGoBack_failsInsteadOfLosingText) {
-    // Thirty blanks, "<", eight letters and the stop: forty characters.
-    const wstring text = wstring(30, L' ') + L"<property>";
-    const TraceCapture trace(kTraceLevelInfo);
-    ForgetfulBuffer forTag(text);
-    std::wistream in(&forTag);
-    EXPECT_EQ(thrownText([&] { Xml::readTag(in, L"v", false, false); }),
-              L"Xml: insufficient putback space in streambuf");
-    ForgetfulBuffer forPeek(text);
-    in.rdbuf(&forPeek);
-    wstring name;
-    EXPECT_FALSE(Xml::peekTag(in, name));
-    EXPECT_EQ(name, L"property");
-    const std::string complaint =
-        "Xml::peekTag: insufficient putback space in streambuf; need at least 40 putbackchars";
+    EXPECT_FALSE(Xml::peekTag(stream, text));
+    thrownText([&] { Xml::readTag(at = end, end - 1, L"v", false, false); });
     const Lines lines = trace.messages();
-    EXPECT_TRUE(lines.size() == 3 && lines[0] == complaint && lines[2] == complaint);
-    std::wistringstream whole(text);
-    EXPECT_TRUE(Xml::peekTag(whole, name) && Xml::readTag(whole, L"property", false, false));
-    EXPECT_FALSE(Xml::peekTag(whole, name));
-    // Where all is there nothing goes back, and one character behind a text.
-    PropertyBag bag;
-    bag.setArray(L"a&b", std::vector<SerializableUnion>(3));
-    ForgetfulBuffer forBag(wstring(kXmlHeader) + xmlOf(bag) + L"rest");
-    in.rdbuf(&forBag);
-    PropertyBag back;
-    back.readXml(in);
-    EXPECT_EQ(xmlOf(back), xmlOf(bag));
-    EXPECT_EQ(in.get(), L'\n');
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0].find("throwing: '</q> expected, but found <q>', in src/lib/ZuXml, "), 0U);
+    EXPECT_EQ(lines[3], "throwing: 'sourcePos <= sourceEnd', in src/lib/ZuXml, line 1227");
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <new>
-#include <span>
 #include <sstream>
 
 #include "ZuWindows.h"
@@ -25,57 +24,47 @@ constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
-void* allocate(std::size_t size) noexcept {
-    if (!AllocationLimit::take()) {
-        return nullptr;
-    }
-    void* memory = std::malloc(size == 0 ? 1 : size);
-    if (memory != nullptr) {
-        MemoryWatch::live += static_cast<std::int64_t>(_msize(memory));
-        MemoryWatch::most = std::max(MemoryWatch::most.load(), MemoryWatch::live.load());
-    }
-    return memory;
-}
+// What freed memory is filled with: a word and the next ones are not the same, and
+// none is an address.
+unsigned char poisonAt(std::size_t i) { return static_cast<unsigned char>(0x80 | (i & 0x3F)); }
 
-unsigned char poisonAt(std::size_t i) noexcept {
-    return static_cast<unsigned char>(0x80 | (i & 0x3F));
-}
-
-bool isPoisoned(void* memory) noexcept {
-    const std::span bytes(static_cast<unsigned char*>(memory), _msize(memory));
+bool isPoisoned(const unsigned char* memory, std::size_t size) {
     std::size_t i = 0;
-    return std::all_of(bytes.begin(), bytes.end(),
-                       [&](unsigned char byte) { return byte == poisonAt(i++); });
+    return std::all_of(memory, memory + size, [&](auto byte) { return byte == poisonAt(i++); });
 }
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-    void* memory = allocate(size);
-    return memory != nullptr ? memory : throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept {
-    if (memory != nullptr) {
-        const std::size_t size = _msize(memory);
-        MemoryWatch::live -= static_cast<std::int64_t>(size);
-        const std::string_view block(static_cast<char*>(memory), size);
-        MemoryWatch::wasFound =
-            MemoryWatch::wasFound ||
-            (!MemoryWatch::sought.empty() && block.find(MemoryWatch::sought) != block.npos);
-        // Whoever still looks at it shall notice: a word and the next ones are not
-        // the same, and none is an address. The barrier keeps the stores.
-        for (std::size_t i = 0; i < size; ++i) {
-            static_cast<unsigned char*>(memory)[i] = poisonAt(i);
-        }
-        asm volatile("" : : "r"(memory) : "memory");
-        // Nor shall it be somebody else's soon; nobody writes there meanwhile.
-        void* last = size > kMostKept ? memory : kept[keptCount++ % kept.size()].exchange(memory);
-        if (last != nullptr && !isPoisoned(last)) {
-            std::abort();
-        }
-        std::free(last);
+    void* const memory = AllocationLimit::take() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (memory == nullptr) {
+        throw std::bad_alloc();
     }
+    MemoryWatch::live += static_cast<std::int64_t>(_msize(memory));
+    MemoryWatch::most = std::max(MemoryWatch::most.load(), MemoryWatch::live.load());
+    return memory;
+}
+void operator delete(void* memory) noexcept {
+    if (memory == nullptr) {
+        return;
+    }
+    const std::size_t size = _msize(memory);
+    MemoryWatch::live -= static_cast<std::int64_t>(size);
+    const std::string_view block(static_cast<char*>(memory), size);
+    if (!MemoryWatch::sought.empty() && block.find(MemoryWatch::sought) != block.npos) {
+        MemoryWatch::foundInFreed = true;
+    }
+    // Whoever still looks at it shall notice. The barrier keeps the stores.
+    for (std::size_t i = 0; i < size; ++i) {
+        static_cast<unsigned char*>(memory)[i] = poisonAt(i);
+    }
+    asm volatile("" : : "r"(memory) : "memory");
+    // Nor shall it be somebody else's soon; nobody writes there meanwhile.
+    void* last = size > kMostKept ? memory : kept[keptCount++ % kept.size()].exchange(memory);
+    if (last != nullptr && !isPoisoned(static_cast<unsigned char*>(last), _msize(last))) {
+        std::abort();
+    }
+    std::free(last);
 }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
@@ -93,7 +82,6 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-bool fileExists(const std::wstring& file) { return std::filesystem::exists(file); }
 bool deleteFile(const std::wstring& file) { return DeleteFileW(file.c_str()) != FALSE; }
 
 std::string readBytes(const std::wstring& file) {
@@ -111,7 +99,7 @@ Lines TraceCapture::messages() const {
     std::istringstream text(bytes());
     for (std::string line; std::getline(text, line);) {
         const std::size_t mark = line.find(kMark);
-        line = mark != std::string::npos ? line.substr(mark + kMark.size()) : line;
+        line.erase(0, mark != std::string::npos ? mark + kMark.size() : 0);
         lines.push_back(line.substr(0, line.find('\r')));
     }
     return lines;
@@ -145,18 +133,14 @@ long failEachAllocation(const std::function<bool()>& operation,
     return allowed;
 }
 
-Reading readFromRange(ISerializable& target, const std::wstring& document) {
-    const wchar_t* at = document.data();
-    std::wstring thrown = thrownText([&] { target.parseXml(at, at + document.size()); });
-    const auto taken = static_cast<std::size_t>(at - document.data());
-    return {thrown, thrown == L"nothing" ? taken : 0};
-}
-
-Reading readFromStream(ISerializable& target, const std::wstring& document) {
+Reading readDocument(ISerializable& target, const std::wstring& document, bool isStream) {
     std::wistringstream stream(document);
-    std::wstring thrown = thrownText([&] { target.readXml(stream); });
-    const std::streamoff taken = stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
-    return {thrown, thrown == L"nothing" ? static_cast<std::size_t>(taken) : 0};
+    const wchar_t* at = document.data();
+    const std::wstring thrown = thrownText(
+        [&] { isStream ? target.readXml(stream) : target.parseXml(at, at + document.size()); });
+    const std::streamoff read = stream.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
+    const auto taken = static_cast<std::size_t>(isStream ? read : at - document.data());
+    return {thrown, thrown == L"nothing" ? taken : 0};
 }
 
 bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord) {
@@ -169,9 +153,7 @@ bool Listener::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageW
 
 std::string Random::bytes(std::size_t size) {
     std::string bytes(size, '\0');
-    for (char& byte : bytes) {
-        byte = static_cast<char>(below(256));
-    }
+    std::ranges::generate(bytes, [this] { return static_cast<char>(below(256)); });
     return bytes;
 }
 

@@ -21,15 +21,8 @@ namespace zustd::test {
 using Lines = std::vector<std::string>;
 using Texts = std::vector<std::wstring>;
 
-class NotCopied {
-public:
-    NotCopied() = default;
-    NotCopied(const NotCopied&) = delete;
-    NotCopied& operator=(const NotCopied&) = delete;
-};
-
 // A fresh folder that goes away with all its files.
-class TempFolder : NotCopied {
+class TempFolder {
 public:
     TempFolder();
     ~TempFolder();
@@ -39,22 +32,18 @@ private:
     std::wstring path_;
 };
 
-bool fileExists(const std::wstring& file);
 // Fails while anybody has the file open.
 bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
-class Tracing : NotCopied {
-public:
+struct Tracing {
     Tracing(std::uint32_t mode, const wchar_t* path, std::int32_t threshold = 0)
-        : settings_{mode, path, threshold} {
-        traceSettings = &settings_;
+        : settings{mode, path, threshold} {
+        traceSettings = &settings;
     }
     ~Tracing() { traceSettings = nullptr; }
-
-private:
-    TraceSettings settings_;
+    const TraceSettings settings;
 };
 
 class TraceCapture {
@@ -80,7 +69,7 @@ private:
 #endif
 
 // Puts a function in the place of one that the executable imports.
-class ReplacedImport : NotCopied {
+class ReplacedImport {
 public:
     ReplacedImport(void*& slot, void* replacement);
     ~ReplacedImport() { slot_ = original_; }
@@ -91,24 +80,23 @@ private:
 };
 
 // Lets so many allocations succeed and fails every later one, or only the next.
-class AllocationLimit : NotCopied {
+class AllocationLimit {
 public:
     explicit AllocationLimit(long allowed, bool once = false) {
-        failed_ = false;
         isOnce_ = once;
+        failed_ = false;
         allowed_ = allowed;
     }
     ~AllocationLimit() { allowed_ = -1; }
-    // Whether an allocation has failed.
     bool wasReached() const { return failed_; }
     // Counts an allocation that does not come by operator new: may it succeed?
     static bool take() {
-        if (allowed_ < 0 || allowed_-- != 0) {
-            return true;
+        const bool fails = allowed_ >= 0 && allowed_-- == 0;
+        if (fails) {
+            allowed_ = isOnce_ ? -1 : 0;
+            failed_ = true;
         }
-        allowed_ = isOnce_ ? -1 : 0;
-        failed_ = true;
-        return false;
+        return !fails;
     }
 
 private:
@@ -117,42 +105,37 @@ private:
     static inline std::atomic<bool> failed_{false};
 };
 
-// Runs an operation with no allocation allowed, with one, and so on up to all that
-// it makes, and check after each run; gives their number. Its result, or
-// std::bad_alloc, says whether it was done, which it must be whenever memory
-// sufficed, and then only. Once every later allocation fails, once only the next.
-long failEachAllocation(
-    const std::function<bool()>& operation,
-    const std::function<void(bool done)>& check = [](bool) {});
+// Runs an operation with none, one, ... of its allocations allowed, and check after
+// each run; gives their number. It must be done, by its result, when memory sufficed
+// and only then. Once every later allocation fails, once only the next.
+long failEachAllocation(const std::function<bool()>& operation,
+                        const std::function<void(bool done)>& check);
 
 // The bytes allocated now and at the most, beyond those at the start, and whether
 // a block that was given back since held what is searched for.
-class MemoryWatch : NotCopied {
+class MemoryWatch {
 public:
     explicit MemoryWatch(std::string_view searched = {}) : start_(live) {
         most = live.load();
         sought = searched;
-        wasFound = false;
+        foundInFreed = false;
     }
     ~MemoryWatch() { sought = {}; }
     std::size_t peak() const { return static_cast<std::size_t>(most - start_); }
     std::int64_t held() const { return live - start_; }
-    bool foundInFreed() const { return wasFound; }
 
     // Kept by operator new and delete.
     static inline std::atomic<std::int64_t> live{0};
     static inline std::atomic<std::int64_t> most{0};
     static inline std::string_view sought;
-    static inline std::atomic<bool> wasFound{false};
+    static inline std::atomic<bool> foundInFreed{false};
 
 private:
     std::int64_t start_;
 };
 
-// What body throws: the text, "invalid: …" for std::invalid_argument, or "nothing".
-// Any other exception passes through.
-template <class Body>
-std::wstring thrownText(Body&& body) {
+// What body throws: the text, "invalid: ..." for std::invalid_argument, or "nothing".
+std::wstring thrownText(auto&& body) {
     try {
         body();
     } catch (const std::wstring& text) {
@@ -163,10 +146,9 @@ std::wstring thrownText(Body&& body) {
     return L"nothing";
 }
 
-// How a reader took a document: what it threw, or how many characters it moved on.
+// How a document was read: what was thrown, or how many characters were taken.
 using Reading = std::pair<std::wstring, std::size_t>;
-Reading readFromRange(ISerializable& target, const std::wstring& document);
-Reading readFromStream(ISerializable& target, const std::wstring& document);
+Reading readDocument(ISerializable& target, const std::wstring& document, bool isStream);
 inline std::wstring xmlOf(const ISerializable& value) {
     std::wstring text;
     value.appendXml(text);
@@ -174,8 +156,7 @@ inline std::wstring xmlOf(const ISerializable& value) {
 }
 
 // Writes down each message: the kind's name and the key or number sent along.
-class Listener : public MessageSink {
-public:
+struct Listener : MessageSink {
     Texts log;
     std::function<void()> next = [] {};  // runs at the next message only
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
@@ -187,10 +168,7 @@ public:
 
     std::string label() const { return "seed " + std::to_string(seed_); }
     std::size_t below(std::size_t count) { return engine_() % count; }
-    template <class Items>
-    const auto& pick(const Items& items) {
-        return items[below(std::size(items))];
-    }
+    const auto& pick(const auto& items) { return items[below(std::size(items))]; }
     std::string bytes(std::size_t size);
     // No control characters, no FFFF.
     std::wstring text(std::size_t longest);

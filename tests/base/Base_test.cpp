@@ -1,0 +1,345 @@
+#include "ZuPlankton.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <functional>
+#include <memory>
+#include <numeric>
+#include <regex>
+#include <stdexcept>
+#include <thread>
+
+#include "ZuDateTime.h"
+#include "ZuHashMap.h"
+#include "ZuId.h"
+#include "ZuObjectPool.h"
+#include "ZuSerializable.h"
+#include "ZuText.h"
+#include "ZuVersion.h"
+#include "ZuWindows.h"
+#include "support/FrameworkTest.h"
+
+extern "C" {
+extern void* __imp_OutputDebugStringW IMPORT_SLOT("OutputDebugStringW", "@4");
+extern void* __imp_GetLocalTime IMPORT_SLOT("GetLocalTime", "@4");
+extern void* __imp_GlobalMemoryStatusEx IMPORT_SLOT("GlobalMemoryStatusEx", "@4");
+}
+
+namespace zustd {
+namespace {
+
+using namespace test;
+
+// Collects what is sent to the debugger.
+struct DebuggerOutput : ReplacedImport {
+    static inline Texts texts;
+    static void WINAPI collect(const wchar_t* text) { texts.emplace_back(text); }
+
+    DebuggerOutput() : ReplacedImport(__imp_OutputDebugStringW, reinterpret_cast<void*>(&collect)) {
+        texts.clear();
+    }
+};
+
+void WINAPI giveTime(SYSTEMTIME* time) { *time = {2016, 11, 5, 4, 13, 14, 15, 16}; }
+
+BOOL WINAPI giveMemory(MEMORYSTATUSEX* status) {
+    constexpr DWORDLONG kMb = 1 << 20;
+    *status = {status->dwLength, 42,      kMb,         2 * kMb + 9, 123456 * kMb,
+               4 * kMb,          5 * kMb, 6 * kMb - 1, 7 * kMb};
+    return TRUE;
+}
+
+TEST(Trace, lineInALogFileOrStandardOutput_hasStampThreadAndUtf8TextOf2027Units) {
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    const ReplacedImport clock(__imp_GetLocalTime, reinterpret_cast<void*>(&giveTime));
+    EXPECT_EQ(DateTime::now(), DateTime(2016, 11, 4, 13, 14, 15, 16));
+    const std::string line =
+        formatNarrow("%d-%02d-%02d 13:14:15:016 [%lu] ZULOG: %s 7", now.wYear, now.wMonth, now.wDay,
+                     GetCurrentThreadId(), "\xD0\x96\xF0\x9F\x98\x80");
+    const auto traceIt = [] { ZU_TRACE(kTraceLevelReport, L"%ls %d", L"\u0416\xD83D\xDE00", 7); };
+    testing::internal::CaptureStdout();
+    {
+        const Tracing tracing(kTraceToLog, nullptr);
+        traceIt();
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout().find(line), 0U);
+    const TraceCapture trace;
+    traceIt();
+    EXPECT_EQ(trace.bytes(), line + "\r\n");
+    zustd::trace(kTraceLevelReport, L"%ls", std::wstring(3000, L'\u4E00').c_str());
+    writeTraceLine((std::wstring(5000, L'y') + L"\n").c_str());
+    const Lines lines = trace.messages();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[1].size(), 3U * 2027);
+    EXPECT_EQ(lines[2].substr(lines[2].find('y')), std::string(2048, 'y'));
+}
+
+TEST(Trace, logFile_betweenLines_isNotHeldOpen) {
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"a.log");
+    const Tracing tracing(kTraceToLog, path.c_str());
+    trace(L"first");
+    EXPECT_TRUE(test::deleteFile(path));
+    // Another process that reads and writes the log is in nobody's way.
+    HANDLE other =
+        CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                    nullptr, CREATE_ALWAYS, 0, nullptr);
+    trace(L"second");
+    trace(L"third");
+    CloseHandle(other);
+    EXPECT_TRUE(std::regex_match(readBytes(path), std::regex(".* second\r\n.* third\r\n")));
+}
+
+TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
+    const TempFolder folder;
+    const std::wstring missing = folder.file(L"missing\\a.log");
+    const Texts lost = {L"ZUPRETRACE: cannot open log file\n", missing, L"\n"};
+    for (const std::uint32_t mode : {0U, kTraceToLog, 2U, ~0U}) {
+        const Tracing tracing(mode, missing.c_str());
+        const DebuggerOutput debugger;
+        SetLastError(12345);
+        errno = 123;
+        trace(L"%ls", L"raw");
+        EXPECT_TRUE(GetLastError() == 12345 && errno == 123) << "asked for after the trace";
+        EXPECT_EQ(debugger.texts, mode == kTraceToLog ? lost : Texts{L"ZULOG: raw\n"});
+    }
+}
+
+TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
+    const Lines all = {"info", "report", "memory"};
+    for (const auto& [threshold, skipped] :
+         {std::pair{-1, 0}, {10, 0}, {11, 1}, {20, 1}, {21, 2}, {50, 2}, {51, 3}}) {
+        const TraceCapture trace(threshold);
+        zustd::trace(L"info");
+        ZU_TRACE(kTraceLevelReport, L"report");
+        zustd::trace(kTraceLevelMemory, L"memory");
+        EXPECT_EQ(trace.messages(), Lines(all.begin() + skipped, all.end())) << threshold;
+    }
+    const DebuggerOutput debugger;
+    int evaluated = 0;
+    ZU_TRACE(L"%d", ++evaluated);
+    writeTraceLine(L"nobody listens");
+    EXPECT_TRUE(evaluated == 0 && debugger.texts.empty());
+}
+
+TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
+    const TraceCapture trace;
+    const auto require = [](const int* pointer) { ZU_ASSERT(pointer != nullptr); };
+    const std::string place = "', in tests/base/Base_test, line " + std::to_string(__LINE__ - 1);
+    EXPECT_EQ(thrownText([&] { require(nullptr); }), L"pointer != nullptr");
+    const int number = 0;
+    require(&number);
+    // A backend's first line has no quotes.
+    thrownText([] { detail::failAssertion(L"x_", {L"src/lib/ZuApplicationServiceWin32Gdi", 6}); });
+    const std::string backend = ", in src/lib/ZuApplicationServiceWin32Gdi, line 6";
+    EXPECT_EQ(trace.messages(), (Lines{"asserted: 'pointer != nullptr" + place,
+                                       "throwing: 'pointer != nullptr" + place,
+                                       "asserted: x_" + backend, "throwing: 'x_'" + backend}));
+}
+
+TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
+    const std::string long1500(1500, 'n');
+    const std::pair<std::function<void()>, std::string> kCases[] = {
+        // clang-format off
+        {[&] { throw long1500; }, "assertion exception: " + long1500},
+        {[] { throw std::wstring(L"wide \u0416"); }, "assertion exception: wide \xD0\x96"},
+        {[] { throw ComException(-2147221005, L"Invalid class string"); },
+         "COM exception: HRESULT=800401f3: Invalid class string"},
+        {[] { throw SystemException(L"system"); }, "system exception: system"},
+        {[] { throw std::runtime_error("standard"); }, "std::exception: standard"},
+        {[] { throw 5L; }, "unknown exception"},
+        {[] { throw std::bad_alloc(); }, "std::bad_alloc: std::bad_alloc"},
+        // clang-format on
+    };
+    for (const auto& [fail, text] : kCases) {
+        const auto failInInt = [&fail = fail] { return fail(), 1; };
+        setCriticalError(kCriticalErrorNone);
+        const TraceCapture trace;
+        EXPECT_EQ(guarded(L"Class::operation", -1, failInInt), -1);
+        EXPECT_FALSE(guarded(L"Class::operation", fail));
+        EXPECT_EQ(trace.messages(), Lines(2, "Class::operation: catched " + text));
+        EXPECT_EQ(criticalError(), text.starts_with("std::bad_alloc") ? 2U : 0U) << text;
+    }
+    EXPECT_TRUE(guarded(L"a", -1, [] { return 1; }) == 1 && guarded(L"a", [] {}));
+}
+
+TEST(MemoryReport, getMemoryInfo_hasItsFiveLinesAndCountsTheHeap) {
+    const ReplacedImport memory(__imp_GlobalMemoryStatusEx, reinterpret_cast<void*>(&giveMemory));
+    const std::vector<std::string> blocks(400, std::string(10'000, 'x'));
+    const std::string text = narrow(getMemoryInfo());
+    const std::regex pattern(
+        "memory used:      42%\n"
+        "physical memory:     1Mb /     2Mb total/free\n"
+        "paging file:     123456Mb /     4Mb total/free\n"
+        "virtual memory:      5Mb /     5Mb total/free\n"
+        "heap size: entries=(\\d{3,}), size=([\\d.]+)Mb, allocData=([\\d.]+)Mb, "
+        "freeData=(\\d+\\.\\d\\d)Mb, allocOverh=(\\d\\.\\d\\d)Mb, freeOverh=(0\\.\\d\\d)Mb");
+    std::smatch found;
+    ASSERT_TRUE(std::regex_match(text, found, pattern)) << text;
+    const auto number = [&](std::size_t i) { return std::stod(found[i]); };
+    EXPECT_GT(number(3), 400 * 10'001 / 1048576.0);
+    EXPECT_NEAR(number(2), number(3) + number(4) + number(5) + number(6), 0.03);
+}
+
+TEST(TextFormat, formats_resultOfAnyLength_areWhole) {
+    for (const std::size_t length : {0U, 1U, 127U, 128U, 129U, 5000U}) {
+        const std::wstring text(length, L'\u0416');
+        EXPECT_EQ(formatWide(L"%ls%I64d", text.c_str(), -9LL), text + L"-9") << length;
+        const std::string narrowText(length, 'x');
+        EXPECT_EQ(formatNarrow("%s%d", narrowText.c_str(), 7), narrowText + "7") << length;
+    }
+}
+
+TEST(TextConversion, narrow_plainTextComesBack_anyOtherIsLossyAndNoWildcard) {
+    bool lossy = true;
+    EXPECT_EQ(narrow(L"C:\\a b.txt", &lossy), "C:\\a b.txt");
+    EXPECT_FALSE(lossy);
+    EXPECT_EQ(widen(narrow(L"")), L"");
+    EXPECT_EQ(widen(narrow(std::wstring(L"a\0b", 3))), std::wstring(L"a\0b", 3));
+    // A lone surrogate is in no code page at all.
+    EXPECT_EQ(narrow(L"a\xD800z", &lossy), GetACP() == CP_UTF8 ? "a\xEF\xBF\xBDz" : "a_z");
+    EXPECT_TRUE(lossy);
+}
+
+TEST(TextEquality, equalsIgnoringAsciiCase_anyUnit_foldsTheTwentySixLettersOnly) {
+    for (wchar_t unit = 0; unit < 0xFF00; ++unit) {
+        const std::wstring texts[] = {{L'x', unit}, {L'X', static_cast<wchar_t>(unit + 32)}};
+        const bool isLetter = unit >= L'A' && unit <= L'Z';
+        ASSERT_EQ(equalsIgnoringAsciiCase(texts[0], texts[1]), isLetter) << texts[0];
+        ASSERT_FALSE(equalsIgnoringAsciiCase(texts[0], texts[0] + unit));
+    }
+}
+
+TEST(SmallValues, versionsTimesAndIds_areToldApartAndWritten) {
+    EXPECT_EQ(Version().toDisplayText(), L"0.0.852");
+    EXPECT_EQ((Version{1, 8, -3, BuildKind::Beta}).toDisplayText(), L"1.8.-3 BETA");
+    EXPECT_EQ((Version{1, 8, 4, BuildKind::Debug}).toDisplayText(), L"1.8.4 DEBUG");
+    const DateTime midnight(2016, 10, 1);
+    const DateTime later(2016, 10, 1, 0, 0, 2, 9);
+    EXPECT_TRUE(DateTime(2016, 9, 30, 23, 59, 59, 999) < midnight && midnight < later);
+    EXPECT_EQ(later.toFileStamp(), L"2016-10-01-00;00;02;009");
+    EXPECT_TRUE(midnight == DateTime(2016, 10, 1, 0, 0, 0, 0) && DateTime() == DateTime(0, 0, 0));
+    const Id first;
+    const Id second;
+    EXPECT_GT(first.id(), 0U);
+    EXPECT_NE(first.id(), second.id());
+    EXPECT_EQ(second.idText(), formatWide(L"%016llX", second.id()));
+}
+
+// Unions live in the shared pool.
+TEST(ObjectPool, pieces_ofSeveralThreads_areNobodyElses) {
+    std::atomic<bool> isSpoilt = false;
+    const auto useMany = [&](double mark) {
+        for (int round = 0; round < 1000; ++round) {
+            std::vector<SerializableUnion> values(2000);
+            std::ranges::for_each(values, [=](auto& each) { each.setDouble(mark); });
+            const auto isOurs = [=](const auto& each) { return each.getDouble() == mark; };
+            isSpoilt = isSpoilt || !std::ranges::all_of(values, isOurs);
+        }
+    };
+    for (std::vector<std::jthread> threads; threads.size() < 4;) {
+        threads.emplace_back(useMany, threads.size());
+    }
+    // Four threads' worth lies ready for one.
+    const MemoryWatch watch;
+    useMany(9);
+    EXPECT_LT(watch.peak(), 2000 * (sizeof(SerializableUnion) + ObjectPool::kPieceSize / 2));
+    EXPECT_FALSE(isSpoilt);
+}
+
+TEST(HashMap, anyOperations_besideAList_haveTheSameEntriesInTheSameOrder) {
+    Random random(20160101);
+    SCOPED_TRACE(random.label());
+    const MemoryWatch memory;
+    {
+        HashMap<int, ShortKey> map;
+        std::vector<std::pair<std::wstring, int*>> model;
+        for (int step = 0; step < 20000; ++step) {
+            const std::wstring key(random.below(80), random.pick(L"bB\xFFFF"));
+            const auto place = std::ranges::find(model, key, &std::pair<std::wstring, int*>::first);
+            const bool isNew = place == model.end();
+            ASSERT_EQ(map.find(key), isNew ? nullptr : place->second);
+            if (random.below(5) < 3) {
+                const auto [entry, created] = map.findOrInsert(key, step);
+                ASSERT_TRUE(created == isNew && (!created || entry.value == step));
+                model.resize(model.size() + created, {key, &entry.value});
+            } else {
+                ASSERT_EQ(map.remove(key), !isNew);
+                model.erase(place, isNew ? place : place + 1);
+            }
+            if (step % 5000 == 4999) {
+                map.clear();
+                model.clear();
+            }
+            ASSERT_EQ(map.size(), model.size());
+            ASSERT_LE(map.size() * 4, map.bucketCount() * 3);
+            ASSERT_EQ(map.empty(), model.empty());
+            ASSERT_TRUE(!map.empty() || map.bucketCount() == 8);
+            ASSERT_TRUE(std::ranges::equal(map, model, [](const auto& entry, const auto& item) {
+                return &entry.value == item.second;
+            }));
+        }
+        map.findOrInsert(L"left", 1);
+    }
+    EXPECT_EQ(memory.held(), 0);
+}
+
+TEST(HashMap, valuesThatUseOrDestroyTheMapWhenTheyGo_findItWholeWithoutThemselves) {
+    using Map = HashMap<std::shared_ptr<void>, std::uint64_t>;
+    const std::function<void(std::unique_ptr<Map>&)> kChanges[] = {
+        [](auto& map) { map->remove(1); },
+        [](auto& map) { map->clear(); },
+        [](auto& map) { map.reset(); },
+        [](auto& map) { map->findOrInsert(~0ULL, nullptr); },
+    };
+    for (std::size_t dice = 0; dice < 12; ++dice) {
+        const MemoryWatch memory;
+        {
+            auto map = std::make_unique<Map>();
+            bool isFirst = true;
+            for (std::uint64_t key = 0; key < 40; ++key) {
+                const auto lookAround = [&, key](void*) {
+                    const auto isOther = [&](const auto& entry) {
+                        return entry.key != key && map->contains(entry.key);
+                    };
+                    // Null while it is destroyed itself.
+                    EXPECT_TRUE(!map ||
+                                (!map->contains(key) && std::ranges::all_of(*map, isOther)));
+                    if (map && std::exchange(isFirst, false)) {
+                        kChanges[dice / 3](map);
+                    }
+                };
+                map->findOrInsert(key, std::shared_ptr<void>(nullptr, lookAround));
+            }
+            kChanges[dice % 3](map);
+        }
+        EXPECT_EQ(memory.held(), 0);
+    }
+}
+
+TEST(Hash, ofBytes_isSipHashOneThreeUnderAKeyOfTheProcess) {
+    std::string bytes(64, '\0');
+    std::iota(bytes.begin(), bytes.end(), '\0');
+    std::uint64_t sum = 0;
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        const std::uint64_t hash = hashBytes({1, 2}, bytes.data(), size);
+        EXPECT_NE(hashBytes(bytes.data(), size), hash) << "anybody could make colliding keys";
+        sum = sum * 31 + hash;
+        // Hashes that meet are too rare to wait for in a map.
+        const std::wstring text(size, L'k');
+        for (std::size_t at = 0; at <= size; ++at) {
+            const std::wstring other = std::wstring(text).replace(at, 1, L"x");
+            EXPECT_FALSE(HashKey<std::wstring>::isSame(text, other)) << size << ' ' << at;
+        }
+    }
+    EXPECT_EQ(sum, 0x1B96A084188025CEU) << "of another implementation";
+    EXPECT_EQ(HashKey<std::wstring>::hash(L"ab"), hashBytes(L"ab", 4));
+    EXPECT_EQ(HashKey<std::uint64_t>::hash(0x3132), hashBytes("21\0\0\0\0\0", 8));
+}
+
+}  // namespace
+}  // namespace zustd
