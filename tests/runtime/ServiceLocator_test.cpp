@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
-
 #include "ZuMessagingService.h"
 #include "ZuService.h"
 #include "ZuTrackingPropertyBag.h"
@@ -24,151 +21,68 @@ struct Plain : Service { using Service::Service; };
 struct Clock : Service, IClock { using Service::Service; };
 // clang-format on
 
-// --- The registry, against a model -----------------------------------------------------------
-
-const std::wstring kNames[] = {L"", L"", L"a", L"A"};
-
-// A registry in plain words.
-struct Model : std::enable_shared_from_this<Model> {
-    using Reference = std::shared_ptr<Model>;
-    bool isClock;
-    std::wstring name;
-    Reference parent{};
-    std::vector<std::pair<std::weak_ptr<Model>, Reference>> entries{};  // second when owned
-
-    Model(bool clock, const std::wstring& wanted) : isClock(clock), name(wanted) {}
-    static Reference make(bool isClock, const std::wstring& name) {
-        return std::make_shared<Model>(isClock, name);
-    }
-    static Reference root() {
-        static const Reference root = make(false, {});
-        return root;
-    }
-    void setParent(const Reference& wanted) { parent = wanted; }
-    void registerService(const Reference& service, bool attach, bool own) {
-        const auto isService = [&](auto& entry) { return entry.first.lock() == service; };
-        if (std::ranges::none_of(entries, isService)) {
-            entries.emplace_back(service, own ? service : nullptr);
-            service->parent = attach ? shared_from_this() : service->parent;
-        }
-    }
-    void unregisterService(const Reference& service) {
-        const auto isService = [&](auto& entry) { return entry.first.lock() == service; };
-        if (std::erase_if(entries, isService) != 0 && service->parent.get() == this) {
-            service->parent = nullptr;
-        }
-    }
-    void unregisterAll() {
-        while (!entries.empty()) {
-            const auto [service, owned] = entries.back();
-            service.expired() ? entries.pop_back() : unregisterService(service.lock());
-            owned ? owned->unregisterAll() : void();
-        }
-    }
-    Reference findHere(bool clocks, const std::wstring& wantedName, bool weak) const {
-        Reference found;
-        for (const auto& [entry, owned] : entries) {
-            const Reference service = entry.lock();
-            if (service && weak == !owned && (!clocks || service->isClock) &&
-                (wantedName.empty() || service->name == wantedName)) {
-                found = service;
-            }
-        }
-        return found;
-    }
-    static Reference find(const Model& from, bool clocks, const std::wstring& name, bool weak,
-                          bool local) {
-        // Farther than any chain goes without a ring.
-        const Model* at = &from;
-        for (int steps = 0; at != nullptr && steps < 300; ++steps, at = at->parent.get()) {
-            Reference found = at->findHere(clocks, name, weak);
-            if (found || weak || local) {
-                return found;
-            }
-        }
-        return root()->findHere(clocks, name, false);
-    }
-};
-
-struct Real {
-    using Reference = std::shared_ptr<Service>;
-
-    static Reference make(bool isClock, const std::wstring& name) {
-        return isClock ? Reference(makeService<Clock>(name)) : makeService<Plain>(name);
-    }
-    static std::shared_ptr<ServiceLocator> root() { return ServiceLocator::instance(); }
-    template <class T>
-    static Reference findA(const ServiceLocator& at, const std::wstring& name, bool weak,
-                           bool local) {
-        return std::dynamic_pointer_cast<Service>(weak ? at.getWeakService<T>(name)
-                                                       : at.getService<T>(name, local));
-    }
-    static Reference find(const ServiceLocator& at, bool clocks, const std::wstring& name,
-                          bool weak, bool local) {
-        return (clocks ? findA<IClock> : findA<Service>)(at, name, weak, local);
-    }
-};
-
-// Registers, attaches, lets go and asks as the seed has it; what was found by its
-// number, and who is alive.
-template <class World>
-std::string play(Random random) {
-    std::string log;
-    typename World::Reference nodes[6];
-    std::vector<typename World::Reference::weak_type> all;
-    for (int i = 0; i < 120; ++i) {
-        auto& node = nodes[random.below(std::size(nodes))];
-        auto& other = nodes[random.below(std::size(nodes))];
-        for (auto* each : {&node, &other}) {
-            if (!*each) {
-                const bool isClock = random.below(2) == 0;
-                all.push_back(*each = World::make(isClock, random.pick(kNames)));
-            }
-        }
-        const bool first = random.below(2) == 0;
-        const bool second = random.below(2) == 0;
-        const bool atRoot = random.below(2) == 0;
-        auto& at = atRoot ? *World::root() : *other;
-        const std::size_t choice = random.below(16);
-        if (choice < 6) {
-            at.registerService(node, first, second);
-        } else if (choice == 6) {
-            at.unregisterService(node);
-        } else if (choice == 7 && first && second) {
-            at.unregisterAll();
-        } else if (choice == 8) {
-            node->setParent(first ? other : nullptr);
-        } else if (choice == 9) {
-            node = nullptr;
-        } else {
-            const auto& name = random.pick(kNames);
-            const auto found = World::find(at, i % 2 == 0, name, first && second, second);
-            const auto number = std::ranges::find_if(
-                all, [&](const auto& each) { return found && each.lock() == found; });
-            log += " " + std::to_string(number - all.begin()) + " ";
-        }
-        for (const auto& each : all) {
-            log += each.expired() ? '-' : '+';
-        }
-    }
-    // Whatever was made comes to its end when the circles are opened.
-    std::fill(std::begin(nodes), std::end(nodes), nullptr);
-    World::root()->unregisterAll();
-    for (const auto& each : all) {
-        if (const auto left = each.lock()) {
-            left->unregisterAll();
-            left->setParent(nullptr);
-        }
-    }
-    EXPECT_TRUE(std::ranges::all_of(all, [](auto& each) { return each.expired(); }));
-    return log;
+// The name of the clock that is found.
+std::wstring nameOf(const std::shared_ptr<IClock>& clock) {
+    return clock ? dynamic_cast<Service&>(*clock).name() : L"none";
 }
 
-TEST(ServiceLocator, registeringAttachingAndLettingGoAtRandom_isFoundAsTheModelSays) {
+TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
     { const ServiceLocatorStaticCtorDtor third; }
-    for (std::uint64_t seed = 1; seed <= 1000 && !HasFailure(); ++seed) {
-        ASSERT_EQ(play<Real>(Random(seed)), play<Model>(Random(seed))) << "seed " << seed;
+    ServiceLocator& root = *ServiceLocator::instance();
+    const auto top = makeService<Plain>(L"top");
+    const auto inner = makeService<Plain>(L"inner");
+    const auto leaf = makeService<Plain>(L"leaf");
+    const auto outside = makeService<Plain>(L"outside");
+    auto clock = makeService<Clock>(L"a");
+    root.registerService(makeService<Clock>(L"root"), false, true);
+    top->registerService(inner, true, true);
+    top->registerService(clock, false, true);
+    top->registerService(makeService<Clock>(L"A"), false, true);
+    top->registerService(leaf, false, true);
+    top->registerService(clock, true, false);
+    inner->registerService(leaf, true, true);
+    inner->registerService(clock, false, false);
+    inner->registerService(makeService<Clock>(L"gone"), false, false);
+    outside->setParent(leaf);
+    EXPECT_EQ(clock->getParent(), nullptr) << "registered once";
+    using Row = std::tuple<const ServiceLocator*, const wchar_t*, bool, const wchar_t*>;
+    // Climbing goes on in a ring as well.
+    for (const auto& aboveTop : {std::shared_ptr<Plain>(), leaf}) {
+        top->setParent(aboveTop);
+        const Row kRows[] = {{leaf.get(), L"", false, L"A"},
+                             {leaf.get(), L"a", false, L"a"},
+                             {outside.get(), L"A", false, L"A"},
+                             {leaf.get(), L"root", false, L"root"},
+                             {outside.get(), L"none", false, L"none"},
+                             {leaf.get(), L"a", true, L"none"},
+                             {top.get(), L"", true, L"A"},
+                             {inner.get(), L"gone", false, L"none"}};
+        for (const auto& [at, name, local, found] : kRows) {
+            EXPECT_EQ(nameOf(at->getService<IClock>(name, local)), found) << narrow(name);
+        }
     }
+    EXPECT_EQ(top->getService<Service>(), leaf) << "the newest";
+    EXPECT_EQ(nameOf(inner->getWeakService<IClock>()), L"a");
+    EXPECT_EQ(nameOf(inner->getWeakService<IClock>(L"A")), L"none");
+    EXPECT_EQ(nameOf(leaf->getWeakService<IClock>()), L"none") << "no climbing";
+    EXPECT_EQ(nameOf(top->getWeakService<IClock>()), L"none");
+    top->unregisterService(leaf);
+    EXPECT_EQ(leaf->getParent(), inner) << "attached elsewhere";
+    top->unregisterService(clock);
+    inner->unregisterService(clock);
+    EXPECT_EQ(nameOf(leaf->getService<IClock>(L"a")), L"none");
+    EXPECT_EQ(nameOf(inner->getWeakService<IClock>()), L"none");
+    // All of it comes to its end when the circles are opened.
+    leaf->registerService(clock, true, true);
+    inner->registerService(outside, true, false);
+    const std::weak_ptr<Clock> weak = std::exchange(clock, nullptr);
+    top->unregisterAll();
+    EXPECT_TRUE(weak.expired());
+    EXPECT_TRUE(!inner->getParent() && !leaf->getParent() && !outside->getParent());
+    top->setParent(nullptr);
+    EXPECT_EQ(inner.use_count() + leaf.use_count() + outside.use_count(), 3);
+    root.unregisterAll();
+    EXPECT_EQ(nameOf(leaf->getService<IClock>()), L"none");
 }
 
 TEST(ServiceLocator, registrationThatFails_leavesTheRegistryAsItWas) {
