@@ -30,7 +30,6 @@ TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
     const auto service = makeInstalled();
     EXPECT_EQ(service->libraryName(), L"libzueta");
     service->selectLocale(L"en");
-    const auto english = service->getStringTable();
     const auto listener = std::make_shared<Listener>();
     service->connect(listener, true);
     const std::tuple<const wchar_t*, std::wstring, std::uint64_t, const wchar_t*> kRows[] = {
@@ -56,7 +55,6 @@ TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
         service->selectLocale(name);
         EXPECT_EQ(service->getStringTable(), table) << "parsed once";
     }
-    EXPECT_EQ(*english->find(9002), L"Cancel") << "a table from before stays as it was";
 }
 
 TEST(ResourceService, installation_takesTheLanguageThatTheUserReads) {
@@ -89,9 +87,8 @@ TEST(ResourceService, noBackendOrNamespace_failsAssertionOrKeepsTheChosenOne) {
     EXPECT_EQ(thrownText([&] { service->getString(9001); }), L"impl_");
     ResourceRoot root = compiledInResources().roots[0];
     root.namespaceCount = 2;  // no neutral one
-    const std::wstring first = root.namespaces[0].name;
-    const std::wstring second = root.namespaces[1].name;
-    ResourceLibrary library{L"two", L"default", second.c_str(), 1, &root};
+    const wchar_t* const second = root.namespaces[1].name;
+    ResourceLibrary library{L"two", L"default", second, 1, &root};
     auto backend = std::make_unique<ResourceServiceGeneric>();
     backend->setLibrary(library);
     joinImplementation(*service, std::move(backend));
@@ -105,13 +102,6 @@ TEST(ResourceService, noBackendOrNamespace_failsAssertionOrKeepsTheChosenOne) {
     EXPECT_EQ(service->getFileResource(100), nullptr);
     library.rootName = L"other";
     EXPECT_FALSE(makeInstalled(library)->selectLocale(second));
-    // What memory did not suffice for is there again with the next call.
-    const auto load = [&] { return !service->getStringTable()->empty(); };
-    const auto check = [&](bool) {
-        EXPECT_EQ(service->getStringTable()->size(), 380U);
-        service->selectLocale(service->getNamespaceName() == first ? second : first);
-    };
-    EXPECT_GT(failEachAllocation(load, check), 20);
 }
 
 TEST(ResourceService, table_readsEntitiesOnceOrIsEmptyAsAWhole) {
