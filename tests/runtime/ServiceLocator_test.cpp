@@ -92,18 +92,16 @@ TEST(ServiceLocator, registrationThatFails_leavesTheRegistryAsItWas) {
         }
     };
     const auto locator = std::make_shared<ServiceLocator>();
-    ServiceLocator unowned;
     for (const bool own : {false, true}) {
         locator->registerService(nullptr, true, own);
         locator->unregisterService(nullptr);
-        const auto refusing = makeService<Refusing>();
-        EXPECT_EQ(thrownText([&] { locator->registerService(refusing, true, own); }), L"refused");
-        EXPECT_EQ(thrownText([&] { unowned.registerService(refusing, true, own); }),
-                  L"!attach || self");
-        for (const ServiceLocator* each : {locator.get(), &unowned}) {
-            EXPECT_TRUE(!each->getService<Service>() && !each->getWeakService<Service>());
-        }
+        EXPECT_EQ(thrownText([&] { locator->registerService(makeService<Refusing>(), true, own); }),
+                  L"refused");
+        EXPECT_TRUE(!locator->getService<Service>() && !locator->getWeakService<Service>());
     }
+    EXPECT_EQ(
+        thrownText([] { ServiceLocator().registerService(makeService<Plain>(), true, true); }),
+        L"!attach || self");
 }
 
 TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
@@ -185,8 +183,6 @@ TEST(TrackingPropertyBag, changes_areCountedAndAnnouncedOnceWhateverTheSinksDo) 
     bag->clear(L"a");
     EXPECT_TRUE(bag->isChanged());
     EXPECT_EQ(heard(), (Texts{changed + L"a", cleared, changed + L"a"}));
-    bag->parse(L"<bag><hmap><p><k>z</k></p><p><k>y</k></p></hmap></bag>");
-    EXPECT_EQ(heard(), (Texts{changed + L"z", changed + L"y"}));
     first->next = [&] { bag->parse(L"<hmap><p><k>after</k></p></hmap>"); };
     const std::wstring key = L"a key that is too long for a small string";
     bag->setLong(key, 1);
