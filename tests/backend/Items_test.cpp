@@ -133,19 +133,18 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledTo) {
 
 TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     const auto width = [this](WPARAM column) { return send(*grid_, LVM_GETCOLUMNWIDTH, column); };
-    const std::vector<GridColumn> kColumns[]{
-        {{L"Other", 90}},
-        {{L"Name", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}}};
-    for (const auto& columns : kColumns) {
-        grid_->setColumns(columns);
-        EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(nativeWindowOf(*grid_))),
-                  static_cast<int>(columns.size()));
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            wchar_t text[16] = L"";
-            LVCOLUMNW column{LVCF_TEXT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
-            EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
-            EXPECT_EQ(text, columns[i].caption);
-        }
+    const std::vector<GridColumn> columns{
+        {L"Name", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}};
+    grid_->setColumns({{L"Other", 90}});
+    grid_->setColumns(columns);
+    EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(nativeWindowOf(*grid_))), 3);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        wchar_t text[16] = L"";
+        LVCOLUMNW column{LVCF_TEXT | LVCF_FMT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
+        EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
+        EXPECT_EQ(text, columns[i].caption);
+        const int formats[]{LVCFMT_LEFT, LVCFMT_CENTER, LVCFMT_RIGHT};
+        EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
     }
     EXPECT_EQ(width(2), 12);
     addRows({L"a row whose caption takes more room than others"});
