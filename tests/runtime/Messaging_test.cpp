@@ -15,7 +15,6 @@ namespace {
 using namespace test;
 
 const MessageKind kPing{L"ping.MessagingTest"};
-const MessageKind kPong{L"pong.MessagingTest"};
 
 // --- The lists during deliveries, against a model ------------------------------------------
 
@@ -95,28 +94,22 @@ struct RealNode : MessageForwarder {
     }
     ~RealNode() override { play.ended(name); }
     bool send() { return sendMessage(kPing, MessageWord(1), MessageWord(2)); }
-    static void expectPing(const MessageKind& kind, MessageWord a, MessageWord b) {
-        EXPECT_TRUE(&kind == &kPing && a.number() == 1 && b.number() == 2);
-    }
     bool acceptsMessage(const MessageKind&) const override {
         return !is(name, "5") ? true : throw std::runtime_error("filter");
     }
     bool meetsRestriction(const MessageKind& kind, MessageWord a, MessageWord b) const override {
-        expectPing(kind, a, b);
         return is(name, "4") ? true : MessageForwarder::meetsRestriction(kind, a, b);
     }
     bool maySend(const MessageKind& kind, MessageWord a, MessageWord b) const override {
-        expectPing(kind, a, b);
         return !is(name, "9") && MessageForwarder::maySend(kind, a, b);
     }
     void deferDelivery(const MessageKind& kind, MessageWord a, MessageWord b,
                        const std::shared_ptr<MessageSink>& sink) override {
-        expectPing(kind, a, b);
+        EXPECT_TRUE(kind == kPing && a.number() == 1 && b.number() == 2);
         play.log.push_back("later " + dynamic_cast<RealNode&>(*sink).name);
     }
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
-        expectPing(kind, a, b);
-        EXPECT_TRUE(isForwarding());
+        EXPECT_TRUE(kind == kPing && a.number() == 1 && b.number() == 2 && isForwarding());
         const bool handled = play.heard(name);
         return handled || is(name, "13579") ? handled : throw std::runtime_error("handler");
     }
@@ -136,15 +129,12 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
 
     explicit ModelNode(Play<ModelNode>& wantedPlay) : play(wantedPlay) {}
     ~ModelNode() { play.ended(name); }
-    template <class Is>
-    auto linkThat(Is&& is) {
-        return std::find_if(links.begin(), links.end(), is);
-    }
     auto linkTo(const ModelNode* sink) {
-        return linkThat([=](const Link& link) { return link.sink.lock().get() == sink; });
+        return std::ranges::find_if(
+            links, [=](const Link& link) { return link.sink.lock().get() == sink; });
     }
     void connect(const std::shared_ptr<ModelNode>& sink, bool weak) {
-        if (sink && linkTo(sink.get()) == links.end()) {
+        if (linkTo(sink.get()) == links.end()) {
             links.push_back({++lastNumber, weak ? nullptr : sink, sink});
         }
     }
@@ -163,10 +153,9 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
         std::set<std::string> had;
         for (const bool weak : {false, true}) {
             for (int number = 1; number <= lastNumber; ++number) {
-                const auto link = linkThat([&](const Link& each) {
-                    return each.number == number && weak == !each.strong;
-                });
-                auto sink = link != links.end() ? link->sink.lock() : nullptr;
+                const auto link = std::ranges::find(links, number, &Link::number);
+                const bool isOne = link != links.end() && weak == !link->strong;
+                auto sink = isOne ? link->sink.lock() : nullptr;
                 if (sink && had.insert(sink->name).second) {
                     if (is(name, "7")) {
                         play.log.push_back("later " + sink->name);
@@ -205,30 +194,25 @@ TEST(Messaging, failingSteps_areReportedAndStopNothingElse) {
     source.connect(listener, false);
     EXPECT_TRUE(source.sendText(kPing, L""));
     EXPECT_FALSE(deferring->isForwarding());
-    // A failed assertion's own two lines are left out.
-    Lines all = trace.messages();
-    std::erase_if(all, [](const auto& line) { return line.find(": catched ") == line.npos; });
-    const std::set<std::string> lines(all.begin(), all.end());
-    const std::string start = "MessageForwarder::receiveMessage: tried ";
-    const std::set<std::string> expected{
-        start + "onReceiveMessage() and failed: catched std::exception: handler",
-        start + "sendMessage() and failed: catched assertion exception: deferDelivery",
-        "MessageSink::wantsMessage: catched std::exception: filter",
-        "receiveMessage::receiveMessage: tried onReceiveMessage() and failed: "
-        "catched assertion exception: text"};
-    EXPECT_EQ(lines, expected);
+    for (const char* report :
+         {"MessageForwarder::receiveMessage: tried onReceiveMessage() and failed: catched std",
+          "MessageForwarder::receiveMessage: tried sendMessage() and failed: catched assertion",
+          "MessageSink::wantsMessage: catched std::exception: filter",
+          "receiveMessage::receiveMessage: tried onReceiveMessage() and failed: catched assert"}) {
+        EXPECT_NE(trace.bytes().find(report), std::string::npos) << report;
+    }
 }
 
 TEST(MessageKind, kindsInOrder_haveConsecutiveIdsAndAreFoundWhileTheyLive) {
-    EXPECT_EQ(kPing.compactId().size(), 4U);
-    EXPECT_EQ(std::stoi(kPong.compactId(), nullptr, 16),
-              std::stoi(kPing.compactId(), nullptr, 16) + 1);
+    const MessageKind former(L"former.MessagingTest");
+    EXPECT_EQ(former.compactId().size(), 4U);
     {
-        const MessageKind extra(L"extra.MessagingTest");
-        EXPECT_EQ(MessageKind::find(L"extra.MessagingTest"), &extra);
+        const MessageKind next(L"next.MessagingTest");
+        EXPECT_EQ(std::stoi(next.compactId(), nullptr, 16),
+                  std::stoi(former.compactId(), nullptr, 16) + 1);
+        EXPECT_EQ(MessageKind::find(L"former.MessagingTest"), &former);
     }
-    EXPECT_EQ(MessageKind::find(L"extra.MessagingTest"), nullptr);
-    EXPECT_EQ(MessageKind::find(L"ping.MessagingTest"), &kPing);
+    EXPECT_EQ(MessageKind::find(L"next.MessagingTest"), nullptr);
 }
 
 }  // namespace

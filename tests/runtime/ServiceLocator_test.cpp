@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
-
 #include "ZuMessagingService.h"
 #include "ZuService.h"
 #include "ZuTrackingPropertyBag.h"
@@ -24,161 +21,71 @@ struct Plain : Service { using Service::Service; };
 struct Clock : Service, IClock { using Service::Service; };
 // clang-format on
 
-// --- The registry, against a model -----------------------------------------------------------
-
-const std::wstring kNames[] = {L"", L"", L"a", L"A"};
-
-// A registry in plain words.
-struct Model : std::enable_shared_from_this<Model> {
-    using Node = Model;
-    using Reference = std::shared_ptr<Model>;
-    bool isClock;
-    std::wstring name;
-    Reference parent{};
-    std::vector<std::pair<std::weak_ptr<Model>, Reference>> entries{};  // second when owned
-
-    Model(bool clock, const std::wstring& wanted) : isClock(clock), name(wanted) {}
-    static Reference make(bool isClock, const std::wstring& name) {
-        return std::make_shared<Model>(isClock, name);
-    }
-    static Reference root() {
-        static const Reference root = make(false, {});
-        return root;
-    }
-    void setParent(const Reference& wanted) { parent = wanted; }
-    void registerService(const Reference& service, bool attach, bool own) {
-        if (std::none_of(entries.begin(), entries.end(),
-                         [&](const auto& entry) { return entry.first.lock() == service; })) {
-            entries.emplace_back(service, own ? service : nullptr);
-            service->parent = attach ? shared_from_this() : service->parent;
-        }
-    }
-    void unregisterService(const Reference& service) {
-        const auto isService = [&](auto& entry) { return entry.first.lock() == service; };
-        if (std::erase_if(entries, isService) != 0 && service->parent.get() == this) {
-            service->parent = nullptr;
-        }
-    }
-    void unregisterAll() {
-        while (!entries.empty()) {
-            const auto [service, owned] = entries.back();
-            service.expired() ? entries.pop_back() : unregisterService(service.lock());
-            owned ? owned->unregisterAll() : void();
-        }
-    }
-    Reference findHere(bool clocks, const std::wstring& wantedName, bool weak) const {
-        Reference found;
-        for (const auto& [entry, owned] : entries) {
-            const Reference service = entry.lock();
-            if (service && weak == !owned && (!clocks || service->isClock) &&
-                (wantedName.empty() || service->name == wantedName)) {
-                found = service;
-            }
-        }
-        return found;
-    }
-    static Reference find(const Model& from, bool clocks, const std::wstring& name, bool weak,
-                          bool local) {
-        // Farther than any chain goes without a ring.
-        const Model* at = &from;
-        for (int steps = 0; at != nullptr && steps < 300; ++steps, at = at->parent.get()) {
-            Reference found = at->findHere(clocks, name, weak);
-            if (found || weak || local) {
-                return found;
-            }
-        }
-        return root()->findHere(clocks, name, false);
-    }
-};
-
-struct Real {
-    using Node = Service;
-
-    static std::shared_ptr<Service> make(bool isClock, const std::wstring& name) {
-        return isClock ? std::shared_ptr<Service>(makeService<Clock>(name))
-                       : makeService<Plain>(name);
-    }
-    static std::shared_ptr<ServiceLocator> root() { return ServiceLocator::instance(); }
-    template <class T>
-    static std::shared_ptr<Service> findA(const ServiceLocator& at, const std::wstring& name,
-                                          bool weak, bool local) {
-        return std::dynamic_pointer_cast<Service>(weak ? at.getWeakService<T>(name)
-                                                       : at.getService<T>(name, local));
-    }
-    static std::shared_ptr<Service> find(const ServiceLocator& at, bool clocks,
-                                         const std::wstring& name, bool weak, bool local) {
-        return clocks ? findA<IClock>(at, name, weak, local)
-                      : findA<Service>(at, name, weak, local);
-    }
-};
-
-// Registers, attaches, lets go and asks as the seed has it; what was found by its
-// number, and who is alive.
-template <class World>
-std::string play(Random random) {
-    using Node = typename World::Node;
-    std::string log;
-    std::shared_ptr<Node> nodes[6];
-    std::vector<std::weak_ptr<Node>> all;
-    for (int i = 0; i < 120; ++i) {
-        auto& node = nodes[random.below(std::size(nodes))];
-        auto& other = nodes[random.below(std::size(nodes))];
-        for (auto* each : {&node, &other}) {
-            if (!*each) {
-                const bool isClock = random.below(2) == 0;
-                all.push_back(*each = World::make(isClock, random.pick(kNames)));
-            }
-        }
-        const bool first = random.below(2) == 0;
-        const bool second = random.below(2) == 0;
-        const bool atRoot = random.below(2) == 0;
-        auto& at = atRoot ? *World::root() : *other;
-        const std::size_t choice = random.below(16);
-        if (choice < 6) {
-            at.registerService(node, first, second);
-        } else if (choice == 6) {
-            at.unregisterService(node);
-        } else if (choice == 7 && first && second) {
-            at.unregisterAll();
-        } else if (choice == 8) {
-            node->setParent(first ? other : nullptr);
-        } else if (choice == 9) {
-            node = nullptr;
-        } else {
-            const auto& name = random.pick(kNames);
-            const auto found = World::find(at, i % 2 == 0, name, first && second, second);
-            const auto number = std::find_if(all.begin(), all.end(), [&](const auto& each) {
-                return found && each.lock() == found;
-            });
-            log += " " + std::to_string(number - all.begin()) + " ";
-        }
-        for (const auto& each : all) {
-            log += each.expired() ? '-' : '+';
-        }
-    }
-    // Whatever was made comes to its end when the circles are opened.
-    std::fill(std::begin(nodes), std::end(nodes), nullptr);
-    World::root()->unregisterAll();
-    for (const auto& each : all) {
-        if (const auto left = each.lock()) {
-            left->unregisterAll();
-            left->setParent(nullptr);
-        }
-    }
-    EXPECT_TRUE(std::all_of(all.begin(), all.end(), [](auto& each) { return each.expired(); }));
-    return log;
+// The name of the clock that is found.
+std::wstring nameOf(const std::shared_ptr<IClock>& clock) {
+    return clock ? dynamic_cast<Service&>(*clock).name() : L"none";
 }
 
-TEST(ServiceLocator, registeringAttachingAndLettingGoAtRandom_isFoundAsTheModelSays) {
-    const void* root = ServiceLocator::instance().get();
+TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
     { const ServiceLocatorStaticCtorDtor third; }
-    ASSERT_EQ(ServiceLocator::instance().get(), root);
-    for (std::uint64_t seed = 1; seed <= 1000 && !HasFailure(); ++seed) {
-        ASSERT_EQ(play<Real>(Random(seed)), play<Model>(Random(seed))) << "seed " << seed;
+    ServiceLocator& root = *ServiceLocator::instance();
+    const auto top = makeService<Plain>(L"top");
+    const auto inner = makeService<Plain>(L"inner");
+    const auto leaf = makeService<Plain>(L"leaf");
+    const auto outside = makeService<Plain>(L"outside");
+    auto clock = makeService<Clock>(L"a");
+    root.registerService(makeService<Clock>(L"root"), false, true);
+    top->registerService(inner, true, true);
+    top->registerService(clock, false, true);
+    top->registerService(makeService<Clock>(L"A"), false, true);
+    top->registerService(leaf, false, true);
+    top->registerService(clock, true, false);
+    inner->registerService(leaf, true, true);
+    inner->registerService(clock, false, false);
+    inner->registerService(makeService<Clock>(L"gone"), false, false);
+    outside->setParent(leaf);
+    EXPECT_EQ(clock->getParent(), nullptr) << "registered once";
+    using Row = std::tuple<const ServiceLocator*, const wchar_t*, bool, const wchar_t*>;
+    // Climbing goes on in a ring as well.
+    for (const auto& aboveTop : {std::shared_ptr<Plain>(), leaf}) {
+        top->setParent(aboveTop);
+        const Row kRows[] = {{leaf.get(), L"", false, L"A"},
+                             {leaf.get(), L"a", false, L"a"},
+                             {outside.get(), L"A", false, L"A"},
+                             {leaf.get(), L"root", false, L"root"},
+                             {outside.get(), L"none", false, L"none"},
+                             {leaf.get(), L"a", true, L"none"},
+                             {top.get(), L"", true, L"A"},
+                             {inner.get(), L"gone", false, L"none"}};
+        for (const auto& [at, name, local, found] : kRows) {
+            EXPECT_EQ(nameOf(at->getService<IClock>(name, local)), found) << narrow(name);
+        }
     }
+    EXPECT_EQ(top->getService<Service>(), leaf) << "the newest";
+    EXPECT_EQ(nameOf(inner->getWeakService<IClock>()), L"a");
+    EXPECT_EQ(nameOf(inner->getWeakService<IClock>(L"A")), L"none");
+    EXPECT_EQ(nameOf(leaf->getWeakService<IClock>()), L"none") << "no climbing";
+    EXPECT_EQ(nameOf(top->getWeakService<IClock>()), L"none");
+    top->unregisterService(leaf);
+    EXPECT_EQ(leaf->getParent(), inner) << "attached elsewhere";
+    top->unregisterService(clock);
+    inner->unregisterService(clock);
+    EXPECT_EQ(nameOf(leaf->getService<IClock>(L"a")), L"none");
+    EXPECT_EQ(nameOf(inner->getWeakService<IClock>()), L"none");
+    // All of it comes to its end when the circles are opened.
+    leaf->registerService(clock, true, true);
+    inner->registerService(outside, true, false);
+    const std::weak_ptr<Clock> weak = std::exchange(clock, nullptr);
+    top->unregisterAll();
+    EXPECT_TRUE(weak.expired());
+    EXPECT_TRUE(!inner->getParent() && !leaf->getParent() && !outside->getParent());
+    top->setParent(nullptr);
+    EXPECT_EQ(inner.use_count() + leaf.use_count() + outside.use_count(), 3);
+    root.unregisterAll();
+    EXPECT_EQ(nameOf(leaf->getService<IClock>()), L"none");
 }
 
-TEST(ServiceLocator, registrationThatFails_leavesTheServiceAsItWas) {
+TEST(ServiceLocator, registrationThatFails_leavesTheRegistryAsItWas) {
     struct Refusing : Service {
         void setParent(const std::shared_ptr<ServiceLocator>&) override {
             throw std::wstring(L"refused");
@@ -190,13 +97,11 @@ TEST(ServiceLocator, registrationThatFails_leavesTheServiceAsItWas) {
         locator->unregisterService(nullptr);
         EXPECT_EQ(thrownText([&] { locator->registerService(makeService<Refusing>(), true, own); }),
                   L"refused");
-        EXPECT_EQ(locator->getService<Service>(), nullptr);
-        EXPECT_EQ(locator->getWeakService<Service>(), nullptr);
+        EXPECT_TRUE(!locator->getService<Service>() && !locator->getWeakService<Service>());
     }
-    ServiceLocator unowned;
-    EXPECT_EQ(thrownText([&] { unowned.registerService(makeService<Plain>(), true, true); }),
-              L"!attach || self");
-    EXPECT_EQ(unowned.getService<Service>(), nullptr);
+    EXPECT_EQ(
+        thrownText([] { ServiceLocator().registerService(makeService<Plain>(), true, true); }),
+        L"!attach || self");
 }
 
 TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
@@ -214,7 +119,7 @@ TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
     service->setNamedObject(L"a", object);
     EXPECT_EQ(service->getNamedObject(L"a"), object);
     EXPECT_EQ(service->getNamedObject(L"A"), nullptr);
-    service->removeNamedObject(L"missing");
+    service->removeNamedObject(L"a");
     service->removeNamedObject(L"a");
     EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
     EXPECT_EQ(service.use_count() + object.use_count(), 2);
@@ -222,9 +127,8 @@ TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
     const auto properties = service->properties();
     service.reset();
     properties->setLong(L"level", 4);
-    EXPECT_EQ(listener->log.size(), 2U);
-    const auto messaging = makeService<MessagingService>();
-    EXPECT_EQ(messaging->findKind(L"logicalLockChanged.Service"), &Service::kLogicalLockChanged);
+    EXPECT_EQ(makeService<MessagingService>()->findKind(L"logicalLockChanged.Service"),
+              &Service::kLogicalLockChanged);
 }
 
 TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
@@ -244,20 +148,13 @@ TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
     EXPECT_EQ(bare.getParent(), other);
     bare.setParent(nullptr);
     EXPECT_EQ(other.use_count(), 1);
-    // Held by its own object, then by its own parent.
-    std::weak_ptr<Service> weak = service;
+    // Held by its own object.
+    const std::weak_ptr<Service> weak = service;
     bare.setNamedObject(L"a", leaving([kept = std::exchange(service, nullptr)] {}));
     bare.removeNamedObject(L"a");
     EXPECT_TRUE(weak.expired());
-    auto registry = std::make_shared<ServiceLocator>();
-    weak = service = makeService<Plain>();
-    registry->registerService(std::exchange(service, nullptr), true, true);
-    Service& held = *weak.lock();
-    registry.reset();
-    held.setParent(nullptr);
-    EXPECT_TRUE(weak.expired());
     // A registry that is going away takes along what it is given.
-    registry = std::make_shared<ServiceLocator>();
+    auto registry = std::make_shared<ServiceLocator>();
     ServiceLocator& going = *registry;
     going.registerService(leaving([&] { going.registerService(other, false, true); }), false, true);
     registry.reset();
@@ -266,6 +163,33 @@ TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
         const auto parent = std::exchange(registry, std::make_shared<ServiceLocator>());
         registry->setParent(parent);
     }
+}
+
+TEST(TrackingPropertyBag, changes_areCountedAndAnnouncedOnceWhateverTheSinksDo) {
+    const auto first = std::make_shared<Listener>();
+    const auto listener = std::make_shared<Listener>();
+    const std::wstring changed = L"propertyChanged.ChangeTracker ";
+    const std::wstring cleared = L"cacheCleared.ChangeTracker ";
+    auto bag = std::make_unique<TrackingPropertyBag>();
+    bag->connect(first, false);
+    bag->connect(listener, false);
+    const auto heard = [&] { return std::exchange(listener->log, {}); };
+    bag->setLong(L"a", 0);
+    EXPECT_TRUE(bag->isChanged());
+    bag->markSaved();
+    bag->setLong(L"a", 0);
+    bag->announceCacheCleared();
+    EXPECT_FALSE(bag->isChanged());
+    bag->clear(L"a");
+    EXPECT_TRUE(bag->isChanged());
+    EXPECT_EQ(heard(), (Texts{changed + L"a", cleared, changed + L"a"}));
+    first->next = [&] { bag->parse(L"<hmap><p><k>after</k></p></hmap>"); };
+    const std::wstring key = L"a key that is too long for a small string";
+    bag->setLong(key, 1);
+    EXPECT_EQ(heard(), (Texts{changed + L"after", changed + key}));
+    listener->next = [&] { bag.reset(); };
+    bag->announcePropertyChanged(L"c", true);
+    EXPECT_EQ(heard(), Texts{cleared});
 }
 
 }  // namespace

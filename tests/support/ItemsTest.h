@@ -4,11 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "ZuNativeGridView.h"
 #include "ZuNativeTreeView.h"
