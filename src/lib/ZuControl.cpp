@@ -13,7 +13,7 @@ namespace {
 
 // Does it to each child; whatever that does to the list, it lives meanwhile.
 template <class Do>
-void forEach(const Controls& children, Do&& act) {
+void forEach(Controls& children, Do&& act) {
     for (std::size_t i = 0; i < children.size(); ++i) {
         const std::shared_ptr<Control> child = children[i];
         act(*child);
@@ -304,7 +304,7 @@ std::int32_t Control::scale(std::int32_t value) const {
     return saturate(std::llround(scale(static_cast<double>(value))));
 }
 
-void Control::drawSelf(GraphicsService& graphics) {
+void Control::drawBackground(GraphicsService& graphics) const {
     // Inherited colours are those of what lies behind: painted already.
     const Color background = colors_ ? colors_->color(ColorRole::kBackground) : Color();
     if (background.isSet) {

@@ -258,7 +258,8 @@ protected:
     // Paints the control itself, its left top corner being 0, 0; nothing cuts
     // what goes beyond its edges. This one paints the background where a colour
     // is set for it, and a derived class that wants one calls it.
-    virtual void drawSelf(GraphicsService& graphics);
+    virtual void drawSelf(GraphicsService& graphics) { drawBackground(graphics); }
+    void drawBackground(GraphicsService& graphics) const;
     // Puts the children into place without showing it; the base applies the
     // arrangement. Sends nothing, and is not called again from inside.
     virtual void arrangeChildren();

@@ -75,7 +75,7 @@ Size DrawnText::preferredSizeForWidth(std::int32_t width) {
 }
 
 void DrawnText::drawSelf(GraphicsService& graphics) {
-    Control::drawSelf(graphics);
+    drawBackground(graphics);
     drawTextIn(graphics, innerArea(), inkColor(*this));
 }
 

@@ -95,7 +95,7 @@ bool ForkControl::onReceiveMessage(const MessageKind& kind, MessageWord a, Messa
 }
 
 void ForkControl::drawSelf(GraphicsService& graphics) {
-    Control::drawSelf(graphics);
+    drawBackground(graphics);
     drawArrow(graphics);
     Rect caption = header();
     caption.left = std::min(indent(), caption.right);

@@ -19,7 +19,7 @@ protected:
         return style;
     }
     void drawSelf(GraphicsService& graphics) override {
-        Control::drawSelf(graphics);
+        drawBackground(graphics);
         const ColorRole role = isHovered() ? ColorRole::kHoverLink : ColorRole::kLink;
         drawTextIn(graphics, innerArea(), inkColor(*this, role));
         if (hasFocus()) {
