@@ -94,7 +94,7 @@ private:
         if (inLink_) {
             linkText_ += text;
         } else {
-            handler_.onRun(text);
+            handler_.addRun(text);
         }
     }
 
@@ -106,7 +106,7 @@ private:
         const bool on = !name.starts_with(L'/');
         const std::wstring_view flag = name.substr(on ? 0 : 1);
         if (name == L"br/") {
-            handler_.onLineBreak();
+            handler_.addLineBreak();
         } else if (name == L"a") {
             openLink(attributes);
         } else if (name == L"/a") {
@@ -145,7 +145,7 @@ private:
 
     void closeLink() {
         if (std::exchange(inLink_, false) && !linkText_.empty()) {
-            handler_.onLink(linkText_, linkMessage_);
+            handler_.addLink(linkText_, linkMessage_);
         }
     }
 

@@ -27,10 +27,10 @@ public:
     virtual ~IMarkupHandler() = default;
 
     // The text between two tags, outside of links; never empty.
-    virtual void onRun(const std::wstring& text) = 0;
-    virtual void onLineBreak() = 0;
+    virtual void addRun(const std::wstring& text) = 0;
+    virtual void addLineBreak() = 0;
     // A link, at its end. Its text is not empty, its message's name may be.
-    virtual void onLink(const std::wstring& text, const std::wstring& message) = 0;
+    virtual void addLink(const std::wstring& text, const std::wstring& message) = 0;
     // What is set by now, and what a control tag makes of it.
     virtual MarkupSettings settings() const = 0;
     virtual void onSettings(const MarkupSettings& settings) = 0;

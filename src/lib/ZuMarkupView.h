@@ -97,12 +97,12 @@ public:
     virtual void parseMarkup();
     // Each adds elements in the font of the moment, failing the same assertions.
     virtual void addText(std::wstring_view text, bool breaksLine);
-    virtual void addLink(const std::wstring& text, const std::wstring& message);
+    void addLink(const std::wstring& text, const std::wstring& message) override;
     // One element a word. A word ends with its delimiter, " " or "-", or with
     // the text, so that the elements together are the text.
     virtual void addWords(std::wstring_view text);
     // One blank. On a line that has something already it takes no room.
-    virtual void addLineBreak();
+    void addLineBreak() override;
     // The area that the view's settings leave to the elements. Parsing asks
     // for it whenever it has changed a setting.
     virtual Rect layoutArea() const;
@@ -115,12 +115,8 @@ protected:
 private:
     using Services = std::pair<std::shared_ptr<GraphicsService>, std::shared_ptr<WindowService>>;
 
-    void onRun(const std::wstring& text) override {
+    void addRun(const std::wstring& text) override {
         wordWrap_ ? addWords(text) : addText(text, false);
-    }
-    void onLineBreak() override { addLineBreak(); }
-    void onLink(const std::wstring& text, const std::wstring& message) override {
-        addLink(text, message);
     }
     MarkupSettings settings() const override { return {{}, arrangement(), placement(), wordWrap_}; }
     void onSettings(const MarkupSettings& settings) override;

@@ -207,12 +207,10 @@ bool MessageBoxView::onKey(const KeyEvent& event) {
 }
 
 bool MessageBoxView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    if (kind == kLeftClicked) {
-        for (std::size_t i = 0; i < buttons_.size(); ++i) {
-            if (a.object<Control>() == buttons_[i].get()) {
-                close(box_.buttons[i].answer);
-                return true;
-            }
+    for (std::size_t i = 0; kind == kLeftClicked && i < buttons_.size(); ++i) {
+        if (a.object<Control>() == buttons_[i].get()) {
+            close(box_.buttons[i].answer);
+            return true;
         }
     }
     return Control::onReceiveMessage(kind, a, b);

@@ -34,10 +34,8 @@ void NativeButton::click() {
         return;
     }
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    if (kind_ == ButtonKind::kCheck) {
-        setChecked(!checked_);
-    } else if (kind_ == ButtonKind::kRadio) {
-        setChecked(true);
+    if (!isPush()) {
+        setChecked(kind_ == ButtonKind::kRadio || !checked_);
     }
     notify(kLeftClicked);
 }

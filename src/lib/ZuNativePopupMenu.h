@@ -32,7 +32,6 @@ public:
 
 class NativePopupMenu : public NativeControl<INativePopupMenuImpl> {
 public:
-    NativePopupMenu() = default;
     ~NativePopupMenu() override { releaseImplementation(); }
 
     const std::vector<PopupMenuItem>& items() const noexcept { return items_; }

@@ -26,7 +26,6 @@ public:
 
 class NativeProgressBar : public NativeControl<INativeProgressBarImpl> {
 public:
-    NativeProgressBar() = default;
     ~NativeProgressBar() override { releaseImplementation(); }
 
     std::int32_t minimum() const noexcept { return minimum_; }

@@ -10,11 +10,6 @@ const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView"
 const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView", kObject);
 const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView", kObject);
 
-void NativeTreeView::setEnableRedraw(bool enable) {
-    const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    implementation().setEnableRedraw(enable);
-}
-
 void NativeTreeView::acceptSelection(TreeNode node) {
     if (model_.select(node)) {
         tell(kSelectionChanged, node);

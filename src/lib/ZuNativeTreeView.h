@@ -109,7 +109,10 @@ public:
     // ensureNodeVisible does nothing then, and getNodeBoundary is empty, since
     // what is on the screen may be asked for at any time. Changes by the program
     // send no message.
-    void setEnableRedraw(bool enable);
+    void setEnableRedraw(bool enable) {
+        const std::shared_ptr<Control> self = sharedReference<Control>(this);
+        implementation().setEnableRedraw(enable);
+    }
     TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) {
         return changing().addRootNode(key, caption);
     }

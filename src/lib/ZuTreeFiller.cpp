@@ -136,9 +136,10 @@ bool TreeFiller::workNext() {
 }
 
 void TreeFiller::workSlice(bool (TreeFiller::*step)()) {
-    const auto end = now_() + kSliceTime;
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + kSliceTime;
     std::size_t count = 0;
-    while ((this->*step)() && ++count < kSlice && now_() < end) {
+    while ((this->*step)() && ++count < kSlice && steady_clock::now() < end) {
     }
     if (!items_.await(hasWork())) {
         while (workNext()) {

@@ -50,8 +50,6 @@ public:
 
 class TreeFiller {
 public:
-    using Clock = std::chrono::steady_clock::time_point (*)();
-
     // What waits comes in slices of so many steps, or of fewer when they take that
     // long.
     static constexpr std::size_t kSlice = 2000;
@@ -59,9 +57,7 @@ public:
 
     // All outlive the filler. A failure to insert throws away what waits, and
     // leaves a state other than kEmpty at kStale: what would follow has no place.
-    TreeFiller(ITreeItems& items, TreeState& state,
-               Clock now = &std::chrono::steady_clock::now) noexcept
-        : items_(items), state_(state), now_(now) {}
+    TreeFiller(ITreeItems& items, TreeState& state) noexcept : items_(items), state_(state) {}
 
     bool hasWork() const noexcept { return !runs_.empty() || !unsettled_.empty(); }
     // Nothing waits any more.
@@ -114,7 +110,6 @@ private:
 
     ITreeItems& items_;
     TreeState& state_;
-    Clock now_;
     std::deque<TreeNode> runs_;
     // Nodes that the native tree may have to expand or to collapse.
     std::deque<TreeNode> unsettled_;
