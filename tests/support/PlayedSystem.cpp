@@ -57,9 +57,6 @@ Play play;
 
 namespace {
 
-// --- What is played -----------------------------------------------------------
-
-// What was typed and not read yet.
 std::string waiting;
 std::size_t process = 0;
 
@@ -143,8 +140,6 @@ BOOL WINAPI playSetCodePage(UINT codePage) {
     return TRUE;
 }
 
-// --- The layer ----------------------------------------------------------------
-
 struct Call {
     const char* name;
     std::intptr_t failure;
@@ -213,7 +208,6 @@ Call calls[] = {
 };
 // clang-format on
 
-// Puts the wrappers in the place of what this executable imports.
 const bool isInstalled = [] {
     auto* const base = reinterpret_cast<char*>(GetModuleHandleW(nullptr));
     const auto& headers = *reinterpret_cast<IMAGE_NT_HEADERS*>(

@@ -27,15 +27,13 @@ struct Play {
     std::vector<std::wstring> processes;
     DWORD windowsVersion = 6;
     UINT codePage = 437;
-    // The call that failed, and whether a collection had begun then; none when the n-th was not
-    // reached.
+    // The call that failed, null when none did; and whether a collection had begun then.
     const char* failedCall = nullptr;
     bool isCollecting = false;
 };
 extern Play play;
 
-// Runs something with the n-th call failing, or killing; without n none does. What was typed
-// and played before is forgotten.
+// Runs something with the n-th call failing, or killing; without n none does.
 int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
 
 // The exit code of a process that was killed.

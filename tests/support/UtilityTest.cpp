@@ -8,17 +8,15 @@
 
 namespace zuplutil::test {
 
-// clang-format off
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n"
-           "<p><k>logEnabled</k><t>bool</t><v>" + enabled + "</v></p>\n"
-           "<p><k>logOptions</k><t>long</t><v>" + options + "</v></p>\n"
-           "<p><k>logFile</k><t>string</t><v>" + logFile + "</v></p>\n"
-           "<p><k>logLevel</k><t>long</t><v>" + level + "</v></p>\n"
-           "</hmap>\n</bag>\n";
+    const auto row = [](const char* key, const char* kind, const std::string& value) {
+        return std::string("<p><k>") + key + "</k><t>" + kind + "</t><v>" + value + "</v></p>\n";
+    };
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n" +
+           row("logEnabled", "bool", enabled) + row("logOptions", "long", options) +
+           row("logFile", "string", logFile) + row("logLevel", "long", level) + "</hmap>\n</bag>\n";
 }
-// clang-format on
 
 std::string reportOf(bool enabled, const std::string& before, const std::string& details) {
     const std::string rule(84, '-');
@@ -39,8 +37,7 @@ void UtilityTest::moveTo(const std::wstring& name) {
     static int count = 0;
     play = {};
     discard();
-    // Wine starts the desktop's process with the first window; not as a child of
-    // a program under test.
+    // Wine starts the desktop's process with the first window; not below a program under test.
     GetDesktopWindow();
     do {
         bench_ = kTemporary / ("pellory-" + std::to_string(++count));

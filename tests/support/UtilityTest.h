@@ -34,7 +34,6 @@ inline const std::string kKeyPrompt =
 
 // The settings report, short or with its details.
 std::string reportOf(bool enabled, const std::string& before = {}, const std::string& details = {});
-// What debug.config holds for these values.
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 

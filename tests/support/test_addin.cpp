@@ -1,6 +1,5 @@
-// An add-in for the tests: an in-process COM server that does what PELLORY_ADDIN says when it is
-// asked to connect. Loaded, it leaves a note in the file that PELLORY_PLANTED names: under other
-// names it is a library that somebody put where the system may look for one.
+// An add-in for the tests, which does what PELLORY_ADDIN says. Under the names of other libraries
+// it is one that somebody planted: loaded, it leaves a note in the file that PELLORY_PLANTED names.
 
 #include <objbase.h>
 

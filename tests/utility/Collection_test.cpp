@@ -18,8 +18,7 @@ constexpr char kScript[] =
     "\t\tset destination = objShell.NameSpace(DestZipFile)\n"
     "\t\tdestination.CopyHere(source)\n\t\twScript.Sleep 10000\n";
 
-// Lines with "$ " are run, all others said; each where all words before it hold, with "!" do not
-// hold.
+// Lines with "$ " are run, all others said; each where what stands before it holds.
 constexpr char kStory[] = R"(
 
 --------------------------------------------------------------------------------------------------
@@ -169,11 +168,9 @@ protected:
     bool has(const std::string& word) const { return words_.contains(word); }
     bool oneIn(unsigned count) { return random_() % count == 0; }
 
-    // Makes a user and a machine.
     void prepare() {
         const wchar_t* const names[] = {L"user", L"it's (2) o'clock", L"B\u00fcro=a;b,c! 100%"};
         moveTo(names[random_() % std::size(names)]);
-        // The ways in which the archive comes.
         const char* const packings[] = {"packed", "packed waits", "hasZip waits grows",
                                         "hasZip half", "noScript"};
         std::istringstream words(packings[random_() % std::size(packings)]);
@@ -263,7 +260,6 @@ protected:
         }
     }
 
-    // Those lines of a table that apply.
     std::string linesOf(const char* text) const {
         std::istringstream table(text);
         std::string lines;

@@ -1,5 +1,4 @@
-// Which libraries of the system the utility loads, from where, and what it does without them; and
-// its one window.
+// Which libraries the utility loads, from where, what it does without them; and its one window.
 
 #include <sstream>
 
@@ -10,9 +9,8 @@ namespace {
 
 constexpr wchar_t kQuestion[] = L"-askremovesettings";
 
-// What a user does with the message box: press Enter, end the session, or press a button.
-enum class Deed { kEnter, kEnd, kYes };
-Deed deed = Deed::kEnter;
+// What the message box gets: Enter, the end of the session, or the press of its button.
+UINT deed = WM_KEYDOWN;
 std::string asked;
 
 // The system tells when a window is made. The box's label answers as soon as the box is there to be
@@ -25,12 +23,10 @@ void CALLBACK onWindow(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWO
     SendMessageW(window, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text));
     asked = utf8(text);
     const HWND box = FindWindowW(L"#32770", L"Pellory For Outlook");
-    if (deed == Deed::kEnter) {
-        PostMessageW(box, WM_KEYDOWN, VK_RETURN, 0);
-    } else if (deed == Deed::kEnd) {
+    if (deed == WM_QUIT) {
         PostThreadMessageW(GetWindowThreadProcessId(box, nullptr), WM_QUIT, 0, 0);
     } else {
-        PostMessageW(box, WM_COMMAND, IDYES, 0);
+        PostMessageW(box, deed, deed == WM_KEYDOWN ? VK_RETURN : IDYES, 0);
     }
     PostQuitMessage(0);
 }
@@ -42,7 +38,6 @@ protected:
         give();
     }
 
-    // A copy of the utility in a folder of its own, as after a download.
     fs::path copied(const fs::path& program, const std::string& name) const {
         const fs::path copy = bench() / "downloads" / name;
         fs::create_directories(copy.parent_path());
@@ -51,7 +46,7 @@ protected:
     }
 
     // What the utility says when its question is answered.
-    std::string answer(const fs::path& program, Deed how) const {
+    std::string answer(const fs::path& program, UINT how) const {
         deed = how;
         asked.clear();
         const HWINEVENTHOOK hook =
@@ -93,11 +88,11 @@ TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoadedAndSettingsGoAfte
         EXPECT_EQ(process.output().find("Sorry"), std::string::npos) << process.output();
     }
     give();
-    EXPECT_EQ(answer(utility, Deed::kEnter), kBanner);
-    EXPECT_EQ(answer(utility, Deed::kEnd),
+    EXPECT_EQ(answer(utility, WM_KEYDOWN), kBanner);
+    EXPECT_EQ(answer(utility, WM_QUIT),
               kBanner + "Could not ask whether to remove the settings; none were removed.\n");
     EXPECT_EQ(changed(), "");
-    EXPECT_EQ(answer(utility, Deed::kYes), kBanner);
+    EXPECT_EQ(answer(utility, WM_COMMAND), kBanner);
     EXPECT_EQ(changed(), "gone " + kData + "settings_1.config\n");
     EXPECT_FALSE(fs::exists(planted));
     // A program that imports them as usual is caught.
