@@ -152,7 +152,10 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
 // A content of a fixed size with one control at its lower right end.
 struct Sheet : Control {
     Size preferredSize() override { return wanted; }
-
+    // Higher where it has less room.
+    Size preferredSizeForWidth(std::int32_t width) override {
+        return {wanted.width, wanted.height + (width < wanted.width ? 1 : 0)};
+    }
     Size wanted{300, 500};
 };
 
