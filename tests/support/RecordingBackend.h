@@ -196,7 +196,6 @@ auto made(Args&&... args) {
 
 Shared<WindowService> makeRecordingWindowService();
 
-// The application service as it ships, for its preferences.
 inline Shared<ApplicationService> makeRecordingApplicationService() {
     return made<ApplicationServiceWin32Gdi>();
 }
@@ -246,7 +245,6 @@ public:
     bool captured = false;
 
 private:
-    // A surface with services of its own.
     template <class Surface>
     static Shared<Surface> furnished(Shared<Surface> surface) {
         furnishSurface(*surface, makeRecordingWindowService(), made<RecordingGraphics>());

