@@ -18,7 +18,6 @@ using Values = std::vector<SerializableUnion>;
 
 const DateTime kDate(2016, 11, 4, 6, 39, 59, 123);
 
-// One value of each kind, by number.
 Values oneOfEachKind() {
     Values values(9);
     values[1].setString(L"5");
@@ -51,7 +50,6 @@ TEST(Union, everyKind_isOnlyWhatItIs_andEqualOnlyToItsCopies) {
     for (int kind = 0; kind < 9; ++kind) {
         SCOPED_TRACE(kind);
         SerializableUnion value = values[static_cast<std::size_t>(kind)];
-        // Objects are told apart by identity.
         EXPECT_EQ(std::ranges::count(oneOfEachKind(), value), kind == 7 ? 0 : 1);
         EXPECT_EQ(valueOf(value.kind()).kind(), value.kind());
         EXPECT_EQ(valueOf(value.kind()) == value, kind == 0);
@@ -73,10 +71,10 @@ TEST(Union, everyKind_isOnlyWhatItIs_andEqualOnlyToItsCopies) {
     }
     EXPECT_TRUE(trace.messages()[0].ends_with("', in src/lib/ZuSerializable, line 321"));
     EXPECT_TRUE(trace.messages()[1].ends_with("', in src/lib/ZuSerializable, line 405"));
-    for (const auto& [count, size] : {std::pair{70, 70U}, {-3, 0U}, {1, 1U}}) {
-        copy.setArraySize(count);
-        EXPECT_EQ(copy, arrayOf(Values(size)));
-    }
+    copy.setArraySize(-3);
+    EXPECT_EQ(copy, arrayOf({}));
+    copy.setArraySize(70);
+    EXPECT_EQ(copy, arrayOf(Values(70)));
     copy.setDouble(std::nan(""));
     EXPECT_TRUE(copy.notEquals(copy) && arrayOf({copy}).notEquals(arrayOf({copy})));
     EXPECT_EQ(kindName(static_cast<ValueKind>(9)), L"null");
@@ -146,7 +144,6 @@ void setByKind(PropertyBag& bag, const std::wstring& key, const SerializableUnio
     }
 }
 
-// Every getter, with a default that no value is.
 void expectGetters(const PropertyBag& bag, const std::wstring& key, const SerializableUnion& v) {
     std::wstring out = L"d";
     EXPECT_EQ(bag.getString(key, L"d"), v.isString() ? v.getString() : L"d");

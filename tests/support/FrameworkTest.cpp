@@ -117,16 +117,12 @@ long failEachAllocation(const std::function<bool()>& operation,
     for (const bool once : {true, false}) {
         bool done = false;
         for (allowed = -1; !done && !testing::Test::HasFailure();) {
-            bool failed = false;
-            {
+            try {
                 const AllocationLimit limit(++allowed, once);
-                try {
-                    done = operation();
-                } catch (const std::bad_alloc&) {
-                }
-                failed = limit.wasReached();
+                done = operation();
+            } catch (const std::bad_alloc&) {
             }
-            EXPECT_EQ(done, !failed) << allowed << (once ? " once" : "");
+            EXPECT_NE(done, AllocationLimit::wasReached()) << allowed << (once ? " once" : "");
             check(done);
         }
     }

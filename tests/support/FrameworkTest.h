@@ -21,7 +21,6 @@ namespace zustd::test {
 using Lines = std::vector<std::string>;
 using Texts = std::vector<std::wstring>;
 
-// A fresh folder that goes away with all its files.
 class TempFolder {
 public:
     TempFolder();
@@ -60,8 +59,7 @@ private:
     Tracing tracing_;
 };
 
-// The slot of an imported function, by its name and, where the 32-bit compiler
-// writes that behind the name, the size of its arguments.
+// An imported function's slot; the 32-bit compiler's name has the arguments' size behind it.
 #ifdef __x86_64__
 #define IMPORT_SLOT(name, size) __asm__("__imp_" name)
 #else
@@ -88,7 +86,7 @@ public:
         allowed_ = allowed;
     }
     ~AllocationLimit() { allowed_ = -1; }
-    bool wasReached() const { return failed_; }
+    static bool wasReached() { return failed_; }
     // Counts an allocation that does not come by operator new: may it succeed?
     static bool take() {
         const bool fails = allowed_ >= 0 && allowed_-- == 0;
@@ -105,9 +103,8 @@ private:
     static inline std::atomic<bool> failed_{false};
 };
 
-// Runs an operation with none, one, ... of its allocations allowed, and check after
-// each run; gives their number. It must be done, by its result, when memory sufficed
-// and only then. Once every later allocation fails, once only the next.
+// Runs an operation with none, one, ... of its allocations allowed, and check after each
+// run; gives their number. It must be done when memory sufficed, and only then.
 long failEachAllocation(const std::function<bool()>& operation,
                         const std::function<void(bool done)>& check);
 
