@@ -203,8 +203,11 @@ protected:
         }
         EXPECT_EQ(std::exchange(log_->text, {}), wanted) << what;
     }
+    // With nodes above that the window has not got yet.
     void reveal() {
         const TreeNode node = at(random_.below(nodes_.size()));
+        tree_->expandAllNodes();
+        expand(0, nodes_.size(), true);
         tree_->ensureNodeVisible(node);
         show(indexOf(node));
         settle();

@@ -155,6 +155,8 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         dialog_->hide(closing);
         EXPECT_EQ(view_->answer(), answer) << style;
     }
+    open(kMessageYesNo).close(kAnswerCancel);
+    EXPECT_EQ(view_->answer(), kAnswerCancel);
 }
 
 }  // namespace
