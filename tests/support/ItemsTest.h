@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
-
 #include "ZuNativeGridView.h"
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"

@@ -126,7 +126,6 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
         change();
         EXPECT_EQ(look(), expected);
     }
-    EXPECT_FALSE(view_->setWordWrap(true));
     EXPECT_TRUE(view_->setMarkup(L"<control wordwrap='false'>x"));
     const auto& said = log_->entries;
     EXPECT_EQ(said[said.size() - 2].b.number(), 60);
@@ -138,7 +137,6 @@ TEST_F(MarkupTest, services_missing_failTheirAssertions) {
     EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"gs");
     view->registerService(makeService<GraphicsService>(), true, true);
     EXPECT_EQ(thrownText([&] { view->addLineBreak(); }), L"ws");
-    // Nothing to show, nothing to measure.
     view->setMarkup(L"<b>");
     EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"nothing");
 }
