@@ -28,7 +28,6 @@ protected:
     }
 
     static HWND label() { return GetDlgItem(GetActiveWindow(), 0xFFFF); }
-    static void wait() {}
     template <WORD... keys>
     static void press() {
         pressKeys({keys...});
@@ -39,7 +38,7 @@ protected:
 };
 
 TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
-    const Steps keys{wait, press<VK_LEFT>, press<VK_RETURN>};
+    const Steps keys{[] {}, press<VK_LEFT>, press<VK_RETURN>};
     EXPECT_EQ(service().askYesNoCancel(L"Text", L"Title"), kAnswerCancel);
     // A question without a way out has to be answered.
     const Steps steps{[] { PostMessageW(GetActiveWindow(), WM_SYSCOMMAND, SC_CLOSE, 0); },
@@ -62,7 +61,7 @@ TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
 TEST_F(BoxTest, copy_controlC_putsTheWholeTextIntoTheClipboard) {
     const std::wstring text = L"Строка\r\n" + std::wstring(30000, L'x');
     std::wstring copied;
-    const Steps steps{wait, press<VK_CONTROL, 'C'>,
+    const Steps steps{[] {}, press<VK_CONTROL, 'C'>,
                       [&] {
                           ASSERT_TRUE(OpenClipboard(nullptr));
                           const HANDLE memory = GetClipboardData(CF_UNICODETEXT);

@@ -16,8 +16,6 @@ using namespace test;
 
 const MessageKind kPing{L"ping.MessagingTest"};
 
-// --- The lists during deliveries, against a model ------------------------------------------
-
 // Forwarders that do things to each other whenever one hears a message or ends,
 // all of it chosen by the seed. A sink's place is behind its source's, so that
 // messages come to an end.

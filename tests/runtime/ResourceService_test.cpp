@@ -36,7 +36,6 @@ TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
     service->connect(listener, true);
     const std::tuple<const wchar_t*, std::wstring, std::uint64_t, const wchar_t*> kRows[] = {
         {L"de_AT", L"de-xx", 11277, L"M\u00F6chten Sie %1 E-Mails in '%2' ablegen?"},
-        {L"DE", L"de-xx", 9007, L"Ja"},
         {L"FR", L"fr-xx", 11013, L"Afficher d'autres dossiers..."},
         {L"NL-be", L"nl-xx", 10053, L"Suggesties vernieuwen"},
         {L"nl", L"nl-xx", 11345, L""},
@@ -56,7 +55,6 @@ TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
         EXPECT_EQ(table->size(), 380U) << locale;
         const FileResource* label = service->getFileResource(321);
         EXPECT_EQ(label == neutral->getFileResource(321), name == L"xx-xx");
-        EXPECT_EQ(label->identifier, 321U);
         EXPECT_NE(service->getFileResource(100), nullptr) << "an image for all languages";
         service->selectLocale(name);
         EXPECT_EQ(service->getStringTable(), table) << "parsed once";

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
-
 #include "ZuNativeGridView.h"
 #include "ZuNativeTreeView.h"
 #include "ZuNativeWindow.h"
@@ -113,9 +111,11 @@ protected:
         for (HTREEITEM item = TreeView_GetRoot(window); item != nullptr;
              item = TreeView_GetNextVisible(window, item)) {
             wchar_t text[64] = L"";
-            constexpr UINT kMask = TVIF_TEXT | TVIF_IMAGE | TVIF_STATE | TVIF_CHILDREN;
+            constexpr UINT kMask =
+                TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_CHILDREN;
             TVITEMW shown{kMask, item, 0, 0xFFFF, text, 64, 0, 0, 0, 0};
             EXPECT_TRUE(ask(*tree_, TVM_GETITEMW, shown));
+            EXPECT_EQ(shown.iSelectedImage, shown.iImage);
             std::size_t depth = 1;
             for (HTREEITEM above = TreeView_GetParent(window, item); above != nullptr; ++depth) {
                 above = TreeView_GetParent(window, above);

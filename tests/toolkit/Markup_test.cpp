@@ -69,16 +69,18 @@ TEST_F(MarkupTest, tagsAttributesAndEntities_ofAnyForm_areReadAndPlaced) {
          L"000 20|73,9 &|80,9 &nbsp; 001 11"},
         {L"<font size=999 x=1>a<font size=\"-9999999999\">b<B>x</other>y<br />",
          L"28,149 28,149 28,149 |0,0 a 000 144|7,143 b 000 1|14,143 x 000 1|21,143 y 000 1"},
-        {L"<a>li<b>nk</b></a>after<a></a></a>a\nb<a x>lost",
-         L"84,16 84,16 84,16 |0,0 link #005fb8 in 0,0,27,15|28,0 after|63,0 a\nb in 0,0,20,15"},
+        {L"<u><a>li<b>nk</b></a></u>after<a></a></a>a\nb<a x>lost",
+         L"84,16 84,16 84,16 |0,0 link 001 11 #005fb8 in 0,0,27,15|28,0 after|63,0 a\nb in "
+         L"0,0,20,15"},
         {L"<br/>x<br/>y<br/><br/>z<y",
          L"21,80 21,80 21,80 |0,0  |0,16 x|hidden|0,32 y|hidden|0,48  |0,64 z|7,64 <y"},
-        {L"<control wordwrap=\"true\" width=80 height=9 hmargin=3 vmargin='4' hspacing=5x "
+        {L"<control wordwrap=\"true\" width=120 height=9 hmargin=3 vmargin='4' hspacing=5x "
          L"vspacing=\"-2\">well-known words more",
-         L"48,66 48,66 48,66 |3,4 well-|3,18 known |3,32 words |3,46 more"},
+         L"88,38 88,38 48,66 |3,4 well-|43,4 known |3,18 words |50,18 more"},
         {L"<control width='-3' autosize='true' wordwrap=TRUE>a b", L"1,16 21,16 21,16 |0,0 a b"},
-        {L"<control width='70' autosize='true' wordwrap='true'>a b longer-words",
-         L"70,48 49,48 49,48 |0,0 a |14,0 b |0,16 longer-|0,32 words"},
+        {L"<control width='40' autosize='true' wordwrap='true'>a b cc longer-words",
+         L"40,64 49,64 49,48 |0,0 a |14,0 b |0,16 cc |0,32 longer-|0,48 words"},
+        {L"<control autosize='true'>a b", L"21,16 21,16 21,16 |0,0 a b"},
         {L"<control maxwidth=\"40\" maxheight=20 wordwrap=\"true\">well-known word",
          L"40,20 40,20 40,20 |0,0 well-|0,16 known |0,32 word"},
         {L"<control width=20 wordwrap='true' hmargin=2>longest-word x",
@@ -94,8 +96,10 @@ TEST_F(MarkupTest, tagsAttributesAndEntities_ofAnyForm_areReadAndPlaced) {
 TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
     const Rect small{0, 0, 59, 29};
     const Rect flat{0, 0, 99, 9};
+    const Rect low{0, 0, 99, 19};
+    const Rect slim{0, 0, 39, 9};
     const std::pair<std::function<void()>, const wchar_t*> kSteps[] = {
-        {[&] { view_->setMarkup(L"wise <a>link</a> words"); },
+        {[&] { view_->setMarkup(L"wise <a>link</a> words<b>"); },
          L"105,16 105,16 105,16 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  words"},
         {[&] { view_->setWordWrap(true); },
          L"105,16 105,16 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |70,0 words"},
@@ -104,20 +108,27 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
         // Only a width that a layout gives is forgotten with the next.
         {[&] { view_->place(flat); },
          L"100,10 35,48 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |0,16 words"},
+        {[&] { view_->setBoundary(low); },
+         L"100,20 35,48 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |0,16 words"},
         {[&] { view_->font().setFaceName(L"Courier"); },
          L"35,48 35,48 35,48 |0,0 wise  Courier|0,16 link Courier #005fb8 in 0,0,27,15|28,16   "
          L"Courier|0,32 words Courier"},
         {[&] { view_->setEnabled(false); },
          L"35,48 35,48 35,48 |0,0 wise  Courier #6d6d6d|0,16 link Courier #6d6d6d in "
-         L"0,0,27,15|28,16   Courier #6d6d6d|0,32 words Courier #6d6d6d"}};
+         L"0,0,27,15|28,16   Courier #6d6d6d|0,32 words Courier #6d6d6d"},
+        {[&] { view_->setMarkup(L"<control autosize='true'>wise or words"); },
+         L"60,32 56,32 35,48 |0,0 wise  Courier #6d6d6d|35,0 or  Courier #6d6d6d|0,16 words "
+         L"Courier #6d6d6d"},
+        {[&] { view_->place(slim); },
+         L"40,10 56,48 35,48 |0,0 wise  Courier #6d6d6d|0,16 or  Courier #6d6d6d|0,32 words "
+         L"Courier #6d6d6d"}};
     for (const auto& [change, expected] : kSteps) {
         change();
         EXPECT_EQ(look(), expected);
     }
-    EXPECT_FALSE(view_->setWordWrap(true));
     EXPECT_TRUE(view_->setMarkup(L"<control wordwrap='false'>x"));
     const auto& said = log_->entries;
-    EXPECT_EQ(said[said.size() - 2].b.number(), 7);
+    EXPECT_EQ(said[said.size() - 2].b.number(), 60);
     EXPECT_EQ(said.back().b.number(), 16);
 }
 
@@ -126,7 +137,6 @@ TEST_F(MarkupTest, services_missing_failTheirAssertions) {
     EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"gs");
     view->registerService(makeService<GraphicsService>(), true, true);
     EXPECT_EQ(thrownText([&] { view->addLineBreak(); }), L"ws");
-    // Nothing to show, nothing to measure.
     view->setMarkup(L"<b>");
     EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"nothing");
 }
@@ -154,18 +164,19 @@ TEST_F(MarkupTest, receivers_changingTheMarkupOrRemovingTheView_areSafe) {
 }
 
 TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
-    const std::pair<std::wstring_view, const wchar_t*> kLinks[] = {
+    const std::pair<std::wstring, const wchar_t*> kLinks[] = {
         {L"", L""},
-        {L"nobody.Knows", L""},
-        {kUnsaid.name(), L""},
-        {Control::kScrolled.name(), L"scrolled"},
-        {L"show&lt;Help.MarkupTest", L"show<Help"}};
+        {L" leftclickmessage='nobody.Knows' other='scrolled.Control'", L""},
+        {L" leftclickmessage='unsaid.MarkupTest'", L""},
+        {L" leftclickmessage='scrolled.Control'", L"scrolled"},
+        {L" leftclickmessage='show&lt;Help.MarkupTest'", L"show<Help"}};
     const TraceCapture trace(kTraceLevelInfo);
-    for (const auto& [name, sent] : kLinks) {
-        view_->setMarkup(L"<a leftclickmessage=\"" + std::wstring(name) + L"\">link</a> text");
+    for (const auto& [attributes, sent] : kLinks) {
+        view_->setMarkup(L"<a leftclickmessage='scrolled.Control'></a><a" + attributes +
+                         L">link</a> text");
         log_->take();
         dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
-        EXPECT_EQ(log_->take(), sent) << narrow(name);
+        EXPECT_EQ(log_->take(), sent) << narrow(attributes);
     }
     EXPECT_EQ(trace.messages().at(1),
               "MarkupView::sendFromLink: no message 'nobody.Knows' to send");
