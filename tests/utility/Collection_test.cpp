@@ -357,8 +357,12 @@ TEST_F(CollectionTest, anyMachineModeAndUser_collected_saysRunsAndLeavesWhatIsEx
 TEST_F(CollectionTest, shippedProgram_ownOrBothViews_givesTheCommandsOfTheTestedOne) {
     const bool is32 = sizeof(void*) == 4;
     setVariable(L"PROCESSOR_ARCHITEW6432", is32 ? L"AMD64" : L"");
+    for (const wchar_t* const name : {L"PROGRAMFILES", L"PROGRAMFILES(X86)", L"ProgramW6432"}) {
+        setVariable(name, (bench() / "programs").wstring());
+    }
     play.windowsVersion = 10;
     write(start() / "subinacl.exe", "");
+    give();
     play.onCommand = obey;
     const std::string played = run({L"-logdiagnostics"});
     EXPECT_EQ(played.find("\\Software\\Wow6432Node\\Classes") != played.npos, is32);
