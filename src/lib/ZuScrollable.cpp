@@ -49,6 +49,12 @@ void ScrollView::setContent(const std::shared_ptr<Control>& content) {
     content_ = kept;
     position_ = {};
     if (content_) {
+        // It may be refused, or put elsewhere.
+        const ScopeExit stays([this] {
+            if (content_ && content_->parentControl() != viewport_.get()) {
+                content_.reset();
+            }
+        });
         viewport_->addChild(content_);
     }
     arrange();

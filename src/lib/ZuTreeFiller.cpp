@@ -141,6 +141,10 @@ void TreeFiller::workSlice(bool (TreeFiller::*step)()) {
     std::size_t count = 0;
     while ((this->*step)() && ++count < kSlice && steady_clock::now() < end) {
     }
+    goOn();
+}
+
+void TreeFiller::goOn() {
     if (!items_.await(hasWork())) {
         while (workNext()) {
         }
@@ -157,7 +161,7 @@ void TreeFiller::restart() {
 
 void TreeFiller::workLater() {
     state_ = TreeState::kBehind;
-    items_.await(true);
+    goOn();
 }
 
 void TreeFiller::open(TreeNode node) {
@@ -218,7 +222,7 @@ void TreeFiller::reveal(TreeNode node) {
             settle(*step);
         }
     }
-    items_.await(hasWork());
+    goOn();
 }
 
 }  // namespace zustd

@@ -68,8 +68,10 @@ public:
 
     // After the native tree has lost all of its items: the first slice of them.
     void restart();
-    // The next slice, and a request for another one; without one all that waits.
+    // The next slice, and a request for another one.
     void work() { workSlice(&TreeFiller::workNext); }
+    // Asks for the next slice, if something waits; without one all of it comes now.
+    void goOn();
     // With the next message, together with what else comes until then.
     void workLater();
 

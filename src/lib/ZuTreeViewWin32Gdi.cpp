@@ -347,7 +347,7 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     if (item != change.itemNew.hItem || items_.isItemExpanded(node) == expanding) {
         tree.acceptExpanded(node, expanding);
         filler_.settle(node);
-        items_.await(filler_.hasWork());
+        filler_.goOn();
         // The window may have moved its selection, and says nothing of it here.
         selectionChanged_ = true;
         return false;
@@ -366,7 +366,7 @@ void TreeViewWin32Gdi::undoRefused() {
     const TreeNode node = std::exchange(refused_, kNoNode);
     const Mirroring mirroring(*this);
     if (items_.itemOf(node) != nullptr && filler_.settle(node)) {
-        items_.await(filler_.hasWork());
+        filler_.goOn();
         select(model().selected());
     }
 }

@@ -182,7 +182,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         view->content().setPlacement({.minimum = {200, 200}});
         view->content().setBoundary({0, 0, 199, 199});
         return view;
-    }, {[](auto& c) { c.setContent(makeControl<Control>()); },
+    }, {[](auto& c) { c.setContent(c.requireParent().children()[1]); },
         [](auto& c) { c.setContent(nullptr); }, [](auto& c) { c.scrollTo({9, 9}); },
         [](auto& c) { c.contentControl()->notify(Control::kEnterLeftClicking); },
         [](auto& c) { c.contentControl()->notify(Control::kChangePreferredHeight); },
@@ -207,9 +207,16 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         auto grid = host->createNativeGridView();
         grid->addRow(L"a");
         return grid;
-    }, {[](auto& c) { c.acceptTooltipRequest(0); }, [](auto& c) { c.acceptChecked(0, true); }});
-    survives<NativeTreeView>([&] { return host->createNativeTreeView(); },
-        {[](auto& c) { c.acceptExpanding(kNoNode, true); }});
+    }, {[](auto& c) { c.acceptTooltipRequest(0); }, [](auto& c) { c.acceptChecked(0, true); },
+        [](auto& c) { c.acceptLeftClick(0); },
+        [](auto& c) { c.acceptSelected(0, 0, true); c.acceptSelectionDone(); }});
+    survives<NativeTreeView>([&] {
+        auto tree = host->createNativeTreeView();
+        tree->addRootNode(L"a", L"");
+        return tree;
+    }, {[](auto& c) { c.acceptExpanding(c.getFirstRootNode(), true); },
+        [](auto& c) { c.acceptSelection(c.getFirstRootNode()); },
+        [](auto& c) { c.acceptChecked(c.getFirstRootNode(), true); }});
 }
 // clang-format on
 
