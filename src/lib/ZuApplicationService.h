@@ -85,27 +85,39 @@ public:
     ~ApplicationService() override { releaseImplementation(); }
 
     // Each hands on to the backend, and fails the assertion "impl_" without one.
-    auto createActiveWindowService(bool allowForeground) {
+    std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) {
         return implementation().createActiveWindowService(allowForeground);
     }
-    auto createMainWindowService() { return implementation().createMainWindowService(); }
-    auto createUnboundWindowService() { return implementation().createUnboundWindowService(); }
-    auto createDesktopWindowService() { return implementation().createDesktopWindowService(); }
-    auto getApplicationName() const { return implementation().getApplicationName(); }
+    std::shared_ptr<WindowService> createMainWindowService() {
+        return implementation().createMainWindowService();
+    }
+    std::shared_ptr<WindowService> createUnboundWindowService() {
+        return implementation().createUnboundWindowService();
+    }
+    std::shared_ptr<WindowService> createDesktopWindowService() {
+        return implementation().createDesktopWindowService();
+    }
+    std::wstring getApplicationName() const { return implementation().getApplicationName(); }
     void setApplicationName(const std::wstring& name) { implementation().setApplicationName(name); }
     bool openDocument(const std::wstring& name) { return implementation().openDocument(name); }
-    auto getComputerName() const { return implementation().getComputerName(); }
-    auto getMachineSid() const { return implementation().getMachineSid(); }
-    auto getApplicationDirectory() const { return implementation().getApplicationDirectory(); }
-    auto getUserAppDataDirectory() const { return implementation().getUserAppDataDirectory(); }
-    auto getUserDocumentsDirectory() const { return implementation().getUserDocumentsDirectory(); }
-    auto getApplicationDataDirectory(bool create) {
+    std::wstring getComputerName() const { return implementation().getComputerName(); }
+    std::wstring getMachineSid() const { return implementation().getMachineSid(); }
+    std::wstring getApplicationDirectory() const {
+        return implementation().getApplicationDirectory();
+    }
+    std::wstring getUserAppDataDirectory() const {
+        return implementation().getUserAppDataDirectory();
+    }
+    std::wstring getUserDocumentsDirectory() const {
+        return implementation().getUserDocumentsDirectory();
+    }
+    std::wstring getApplicationDataDirectory(bool create) {
         return implementation().getApplicationDataDirectory(create);
     }
     bool hasCriticalError() const { return implementation().hasCriticalError(); }
     std::uint32_t getCriticalError() const { return implementation().getCriticalError(); }
     void setCriticalError(std::uint32_t code) { implementation().setCriticalError(code); }
-    auto getCriticalErrorText(std::uint32_t code) const {
+    std::wstring getCriticalErrorText(std::uint32_t code) const {
         return implementation().getCriticalErrorText(code);
     }
     bool installKeyboardHook() { return implementation().installKeyboardHook(); }
@@ -114,7 +126,9 @@ public:
     void quitMessageLoop(int exitCode) { implementation().quitMessageLoop(exitCode); }
     std::uint32_t getApplicationState() const { return implementation().getApplicationState(); }
     void setApplicationState(std::uint32_t state) { implementation().setApplicationState(state); }
-    auto getPreferences() const { return implementation().getPreferences(); }
+    std::shared_ptr<PropertyBag> getPreferences() const {
+        return implementation().getPreferences();
+    }
 };
 
 // The preferences of the application service that is found from a registry;
