@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks that every class with a backend lets go of it first of all.
 
-Such a class derives from Abstraction<I>; its destructor begins with
-releaseImplementation(), since the backend may still ask for what goes next.
+Such a class derives from Abstraction<I> or NativeControl<I>; its destructor begins
+with releaseImplementation(), since the backend may still ask for what goes next.
 Nothing else notices when that call is missing.
 """
 
@@ -11,7 +11,7 @@ import sys
 
 from support.project import arguments, project_files, report
 
-CLASS = re.compile(r"^class (\w+)(?: final)?\s*:\s*public Abstraction<", re.MULTILINE)
+CLASS = re.compile(r"^class (?!NativeControl\b)(\w+)(?: final)?\s*:\s*public (?:Abstraction|NativeControl)<", re.MULTILINE)
 
 
 def main():
