@@ -11,7 +11,8 @@ import sys
 
 from support.project import arguments, project_files, report
 
-CLASS = re.compile(r"^class (?!NativeControl\b)(\w+)(?: final)?\s*:\s*public (?:Abstraction|NativeControl)<", re.MULTILINE)
+CLASS = re.compile(r"^class (?!NativeControl\b)(\w+)(?: final)?\s*:\s*"
+                   r"public (?:Abstraction|NativeControl)<", re.MULTILINE)
 
 
 def main():
