@@ -27,9 +27,9 @@ public:
 
 class NativeComboBox : public NativeControl<INativeComboBoxImpl> {
 public:
-    // First word: the combo box. The selection's second word: the index, or
-    // kNullSize.
+    // First word: the combo box. By the user alone; second word: the index, or kNullSize.
     static const MessageKind kSelectionChanged;
+    // By the user or by setText().
     static const MessageKind kTextChanged;
 
     NativeComboBox() { setFocusable(true); }

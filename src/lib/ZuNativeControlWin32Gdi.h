@@ -6,7 +6,9 @@
 // cannot change: its class, its style, its surface. A control that is hidden or
 // disabled leaves the focus to the window of its surface. Focus, hovering and the keys
 // that the control has no use for are reported to the input router of the surface; the
-// rest of what the user does is up to the derived backend.
+// rest of what the user does is up to the derived backend. That compares before it
+// pushes: a window that is given again what it has may flicker, lose what the user has
+// marked, or tell of a change.
 #pragma once
 
 #include <array>

@@ -43,7 +43,8 @@ public:
     std::int32_t lineSize() const noexcept { return lineSize_; }
     bool setLineSize(std::int32_t size);
     std::int32_t position() const noexcept { return position_; }
-    // Taken to the nearest position that there is.
+    // Taken to the nearest position that there is; kScrolled and the kind of its
+    // direction are sent, whoever moves it.
     bool setPosition(std::int32_t position);
     std::int32_t highestPosition() const noexcept;
 

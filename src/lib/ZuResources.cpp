@@ -20,7 +20,8 @@ constexpr bool isTableAndLabel(std::span<const FileResource> files) {
 // neutral namespace is the last one.
 static_assert(std::all_of(resources::kNamespaces.begin(), resources::kNamespaces.end() - 1,
                           &isTableAndLabel),
-              "each language has its string table and its label");
+              "a language of languages.tsv lacks its string table, or its label, which "
+              "tools/icons/generate_icons.py makes");
 static_assert(resources::kNamespaces.back().size() == 138, "string table and all images");
 
 constinit std::array roots{
