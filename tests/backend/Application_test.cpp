@@ -23,6 +23,23 @@ protected:
     std::shared_ptr<ApplicationService> application_ = makeApplication();
 };
 
+TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
+    wchar_t text[MAX_PATH] = L"";
+    DWORD size = MAX_PATH;
+    GetComputerNameW(text, &size);
+    EXPECT_EQ(application_->getComputerName(), text);
+    // The computer is an account where it has a stable identifier.
+    const std::wstring sid = application_->getMachineSid();
+    EXPECT_TRUE(sid.empty() || sid.starts_with(L"S-1-")) << narrow(sid);
+    GetModuleFileNameW(nullptr, text, MAX_PATH);
+    EXPECT_EQ(application_->getApplicationDirectory() + L"\\backend_tests.exe", text);
+    dynamic_cast<ApplicationServiceWin32Gdi&>(application_->implementation())
+        .setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
+    GetSystemDirectoryW(text, MAX_PATH);
+    EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
+    EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
+}
+
 // Where the user's folders lie below TESTROOT: nobody else's are touched.
 TEST_F(ApplicationTest, userFolders_missing_areReplacedAndTraced) {
     const TempFolder folder;
@@ -200,6 +217,27 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     EXPECT_EQ(inner_->lastMouse.wheel, 240);
     EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
+}
+
+TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
+    probe_->setCursor(MouseCursor::kHand);
+    for (const Point place :
+         {Point{20, 20}, {120, 20}, {20, 20}, {900, 900}, {120, 20}, {900, 900}}) {
+        movePointer(onScreen(native(), place));
+        const auto isThere = [&] {
+            return probe_->isHovered() == (place.x == 20) &&
+                   button_->isHovered() == (place.x == 120);
+        };
+        runMessages(2000, isThere);
+        runMessages(20);
+        EXPECT_TRUE(isThere()) << place.x;
+        EXPECT_TRUE(place.x != 20 || GetCursor() == LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
+    }
+    probe_->log->take();
+    click(onScreen(native(), {30, 30}));
+    runMessages(2000, [&] { return probe_->log->entries.size() >= 5; });
+    EXPECT_EQ(probe_->log->take(),
+              L"enterHovering enterFocus enterLeftClicking leaveLeftClicking leftClicked");
 }
 
 TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {

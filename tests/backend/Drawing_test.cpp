@@ -302,7 +302,9 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
         paint(shown, [&] {
             graphics_->drawText(text, area, *font_, kInk,
                                 {TextAlignment(across), TextAlignment(down), wraps, dots, keys});
+            graphics_->drawRectangle({139, 99, 139, 99}, kInk);
         });
+        PatBlt(context, 139, 99, 1, 1, BLACKNESS);
         SetBkMode(context, TRANSPARENT);
         IntersectClipRect(context, area.left, area.top, area.right + 1, area.bottom + 1);
         RECT room{0, 0, area.width(), 0};

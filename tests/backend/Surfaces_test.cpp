@@ -131,6 +131,51 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     EXPECT_EQ(pixelOf(native(), {10, 10}), background);
 }
 
+TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
+    const auto child = show(service().createNativeWindow(), {200, 0, 299, 99});
+    const auto check = show(service().createNativeButton(), {0, 10, 89, 34});
+    check->setKind(ButtonKind::kCheck);
+    const auto field = show(service().createNativeTextBox(), {0, 40, 89, 64});
+    const auto combo = show(service().createNativeComboBox(), {0, 80, 89, 104});
+    combo->setEditable(true);
+    const WindowHandle label(CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
+                                           native(), nullptr, nullptr, nullptr));
+    const HWND inside = FindWindowExW(nativeWindowOf(*combo), nullptr, L"Edit", nullptr);
+    const std::uint32_t usual = pixelOf(nativeWindowOf(*field), {60, 20});
+    const auto fill = [](Control& control, std::uint8_t red) {
+        auto colors = std::make_shared<ColorsDescriptor>();
+        colors->setColor(ColorRole::kBackground, Color::rgb(red, 0x34, 0x56));
+        colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, red));
+        control.setColors(colors);
+        return std::uint32_t{red} << 16 | 0x3456U;
+    };
+    for (const auto red : std::initializer_list<std::uint8_t>{0x12, 0x13}) {
+        const std::uint32_t color = fill(*window_, red);
+        EXPECT_EQ(pixelOf(native(), {5, 5}), color);
+        EXPECT_EQ(pixelOf(nativeWindowOf(*check), {60, 20}), color);
+        EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), usual);
+    }
+    for (const HWND inherits : {nativeWindowOf(*child), label.get()}) {
+        InvalidateRect(inherits, nullptr, TRUE);
+        EXPECT_EQ(pixelOf(inherits, {5, 5}), 0x133456U);
+    }
+    const std::uint32_t own[] = {fill(*field, 0x14), fill(*combo, 0x15)};
+    EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), own[0]);
+    UpdateWindow(inside);
+    EXPECT_EQ(pixelOf(nativeWindowOf(*combo), {50, 18}), own[1]);
+    const Canvas canvas({10, 10});
+    const auto context = reinterpret_cast<WPARAM>(canvas.context());
+    EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
+    const std::tuple<HWND, UINT, HWND, COLORREF> kTexts[] = {
+        {native(), WM_CTLCOLORSTATIC, label.get(), RGB(0xFE, 0xDC, 0x13)},
+        {native(), WM_CTLCOLOREDIT, nativeWindowOf(*field), RGB(0xFE, 0xDC, 0x14)},
+        {nativeWindowOf(*combo), WM_CTLCOLORLISTBOX, inside, RGB(0xFE, 0xDC, 0x15)}};
+    for (const auto& [asked, message, control, color] : kTexts) {
+        send(asked, message, context, reinterpret_cast<LPARAM>(control));
+        EXPECT_EQ(GetTextColor(canvas.context()), color) << message;
+    }
+}
+
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
     const auto probe = addProbe({0, 0, 49, 49});
     const auto outer = makeDialog();
