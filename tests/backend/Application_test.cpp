@@ -1,4 +1,6 @@
 // The door to the host system, its timers, and what comes from mouse and keyboard.
+#include <sstream>
+
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativeTextBox.h"
 #include "ZuScope.h"
@@ -93,6 +95,8 @@ TEST_F(ApplicationTest, activeWindowService_windowOrNone_isBoundOrEmpty) {
     SetActiveWindow(nullptr);
     window_.reset();
     EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
+    EXPECT_TRUE(!application_->createMainWindowService() &&
+                application_->createDesktopWindowService());
 }
 
 TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
@@ -101,6 +105,7 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     other->connect(std::make_shared<FunctionSink>([](auto&&...) { FAIL(); }), false);
     application_->connect(log_, false);
     EXPECT_TRUE(other->installKeyboardHook() && application_->installKeyboardHook());
+    other->removeKeyboardHook();
     press({VK_CONTROL, 'K'});
     ASSERT_EQ(log_->entries.size(), 2U);
     EXPECT_EQ(log_->entries[1].a.number(), 'K');
@@ -110,8 +115,12 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     EXPECT_EQ(log_->entries.size(), 2U);
 }
 
-TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
+TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByItsName) {
     WindowService& s = service();
+    ApplicationService& a = *application_;
+    a.setApplicationName(L"Tests of the backend");
+    const auto dialog = makeDialog();
+    const BitmapDescriptor picture(120, {77, 77});
     const TraceCapture trace;
     bool isAnyMade = true;
     {
@@ -121,14 +130,34 @@ TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
                     s.createNativeComboBox() || s.createNativeButton() ||
                     s.createNativeProgressBar() || s.createNativeTextBox() ||
                     s.createNativeScrollBar(true) || s.createTimer(L"t") ||
-                    s.getFont(FontStyle{true, true, true, 77, {}}) ||
-                    application_->createUnboundWindowService();
+                    s.getFont(FontStyle{true, true, true, 77, {}}) || s.getBitmap(picture) ||
+                    a.createUnboundWindowService() || a.createDesktopWindowService() ||
+                    !a.getApplicationName().empty() || !a.getApplicationDirectory().empty() ||
+                    !a.getCriticalErrorText(1).empty() || a.getUserAppDataDirectory().size() != 3;
     }
     EXPECT_FALSE(isAnyMade);
-    const Lines messages = trace.messages();
-    EXPECT_EQ(messages.size(), 13U);
-    for (const std::string& message : messages) {
-        EXPECT_NE(message.find(": catched std::bad_alloc: "), std::string::npos) << message;
+    std::istringstream names(
+        "createNativeDialog createNativeWindow createNativePopupMenu "
+        "createNativeGridView createNativeTreeView createNativeComboBox "
+        "createNativeButton createNativeProgressBar createNativeTextBox "
+        "createNativeScrollBar createTimer getFont getBitmap "
+        "createUnboundWindowService createDesktopWindowService "
+        "getApplicationName getApplicationDirectory getCriticalErrorText "
+        "specialFolder specialFolder");
+    Lines expected;
+    for (std::string name; names >> name;) {
+        name.insert(
+            0, expected.size() < 13 ? "WindowServiceWin32Gdi::" : "ApplicationServiceWin32Gdi::");
+        expected.push_back(name + ": catched std::bad_alloc: std::bad_alloc");
+    }
+    EXPECT_EQ(trace.messages(), expected);
+    const AllocationLimit next(0, true);
+    EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
+    const RefusedWindows refused;
+    EXPECT_FALSE(dialog->show(true) != kAnswerNone || s.createTimer(L"t"));
+    for (const char* report : {"ServiceWin32Gdi, line 322", "n: Could not create dialog",
+                               "n: Could not create timer window"}) {
+        EXPECT_NE(trace.bytes().find(report), std::string::npos) << report;
     }
 }
 
@@ -208,7 +237,8 @@ TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
-    const auto holder = addProbe({0, 60, 299, 199});
+    const auto outer = addProbe({7, 3, 299, 199});
+    const auto holder = addProbe({0, 60, 299, 199}, outer.get());
     holder->addChild(child_);
     const POINT place = onScreen(nativeWindowOf(*child_), {33, 4});
     send(nativeWindowOf(*child_), WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
@@ -216,6 +246,7 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     EXPECT_EQ(inner_->lastMouse.position, (Point{3, 4}));
     EXPECT_EQ(inner_->lastMouse.wheel, 240);
     EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
+    EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
 }
 
@@ -284,6 +315,8 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     };
     const auto other = addButton(L"&Other", ButtonKind::kPush);
     const auto check = addButton(L"&Check", ButtonKind::kCheck);
+    addButton(L"&Other", ButtonKind::kPush)->setVisible(false);
+    addButton(L"&Other", ButtonKind::kPush)->setEnabled(false);
     const auto first = addButton(L"&Radio", ButtonKind::kRadio);
     const auto second = addButton(L"&Radio", ButtonKind::kRadio);
     const auto standard = addButton(L"Standard", ButtonKind::kPush);
@@ -324,6 +357,8 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     // A command that comes from no control.
     send(shown, WM_COMMAND, IDOK);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
+    send(shown, WM_COMMAND, WPARAM(GetDlgCtrlID(nativeWindowOf(*other))));
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), other.get());
 }
 
 }  // namespace
