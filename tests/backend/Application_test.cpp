@@ -3,7 +3,6 @@
 
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativeTextBox.h"
-#include "ZuScope.h"
 #include "ZuText.h"
 #include "ZuTimer.h"
 #include "support/SurfaceTest.h"
@@ -30,7 +29,6 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     DWORD size = MAX_PATH;
     GetComputerNameW(text, &size);
     EXPECT_EQ(application_->getComputerName(), text);
-    // The computer is an account where it has a stable identifier.
     const std::wstring sid = application_->getMachineSid();
     EXPECT_TRUE(sid.empty() || sid.starts_with(L"S-1-")) << narrow(sid);
     GetModuleFileNameW(nullptr, text, MAX_PATH);
@@ -40,33 +38,6 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
-}
-
-// Where the user's folders lie below TESTROOT: nobody else's are touched.
-TEST_F(ApplicationTest, userFolders_missing_areReplacedAndTraced) {
-    const TempFolder folder;
-    const std::wstring root = folder.file(L"root");
-    wchar_t former[MAX_PATH] = L"";
-    GetEnvironmentVariableW(L"TESTROOT", former, MAX_PATH);
-    const ScopeExit restored([&]() noexcept { SetEnvironmentVariableW(L"TESTROOT", former); });
-    SetEnvironmentVariableW(L"TESTROOT", root.c_str());
-    const TraceCapture trace(kTraceLevelInfo);
-    if (application_->getUserAppDataDirectory() != L"C:\\") {
-        GTEST_SKIP() << "the user's folders lie elsewhere";
-    }
-    CreateDirectoryW(root.c_str(), nullptr);
-    CreateDirectoryW((root + L"\\Documents").c_str(), nullptr);
-    application_->setApplicationName(L"Tests");
-    const std::wstring data = root + L"\\Documents\\Tests";
-    for (const bool create : {false, true}) {
-        EXPECT_EQ(application_->getApplicationDataDirectory(create), data);
-        EXPECT_EQ(GetFileAttributesW(data.c_str()) != INVALID_FILE_ATTRIBUTES, create);
-    }
-    const std::string start =
-        "ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory CSIDL_";
-    Lines expected(3, start + "APPDATA - trying CSIDL_PERSONAL");
-    expected[0] = start + "PERSONAL - defaulting to C:\\";
-    EXPECT_EQ(trace.messages(), expected);
 }
 
 TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
@@ -119,9 +90,14 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
     WindowService& s = service();
     ApplicationService& a = *application_;
     a.setApplicationName(L"Tests of the backend");
+    const std::wstring data = a.getUserAppDataDirectory() + L"\\Tests of the backend";
+    for (const bool create : {false, true}) {
+        EXPECT_EQ(a.getApplicationDataDirectory(create), data);
+        EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create);
+    }
     const auto dialog = makeDialog();
     const BitmapDescriptor picture(120, {77, 77});
-    const TraceCapture trace;
+    const TraceCapture trace(kTraceLevelInfo);
     bool isAnyMade = true;
     {
         const AllocationLimit none(0);
@@ -150,6 +126,9 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
             0, expected.size() < 13 ? "WindowServiceWin32Gdi::" : "ApplicationServiceWin32Gdi::");
         expected.push_back(name + ": catched std::bad_alloc: std::bad_alloc");
     }
+    expected.push_back(
+        "ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
+        "CSIDL_PERSONAL - defaulting to C:\\");
     EXPECT_EQ(trace.messages(), expected);
     const AllocationLimit next(0, true);
     EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
@@ -170,7 +149,6 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
         ticks += kind == Timer::kTimerTick ? 1 : 0;
         std::exchange(next, [] {})();
     });
-    // Waits for ticks, and for some that should not come.
     const auto ticksUpTo = [&](int count) {
         runMessages(5000, [&] { return ticks >= count; });
         runMessages(60);
@@ -191,7 +169,6 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
     timer->start(10, true);
     next = [&] { timer.reset(); };
     EXPECT_EQ(ticksUpTo(1), 1);
-    // The shared window went with it.
     timer = service_->createTimer(L"next");
     timer->connect(counter, false);
     timer->start(10, true);
@@ -285,7 +262,6 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
         press({VK_TAB});
         expectFocus(next);
     }
-    // A window that is left and activated again gives it back, or to what took it meanwhile.
     const auto holder = makeWindow({100, 100});
     const HWND other = nativeWindowOf(*holder);
     for (const auto& kept : Controls{inner_, button_, inner_, probe_}) {
@@ -354,7 +330,6 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     }
     EXPECT_TRUE(check->isChecked());
     EXPECT_EQ(box->text(), L"\n");
-    // A command that comes from no control.
     send(shown, WM_COMMAND, IDOK);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
     send(shown, WM_COMMAND, WPARAM(GetDlgCtrlID(nativeWindowOf(*other))));

@@ -46,7 +46,6 @@ protected:
     ~DrawingTest() override { WindowServiceWin32Gdi::setScalingFactor(0.0); }
 
     GraphicsServiceWin32Gdi& backend() { return graphicsBackend(*graphics_); }
-    // Draws on a canvas as a surface does.
     void paint(const Canvas& canvas, const std::function<void()>& body) {
         backend().connect(canvas.context(), canvas.area());
         body();
@@ -80,7 +79,6 @@ struct NaiveLayer {
     Rect area{0, 0, 39, 29};
     std::vector<Rect> clips{area};
 
-    // Sets the pixels of an area, as far as the clipping lets them be seen.
     template <class Value>
     void set(const Rect& drawn, Value&& value) {
         const Rect seen = drawn.intersection(clips.back());
@@ -276,7 +274,6 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
         }
     }
     EXPECT_FALSE(bitmapBackend(*image(100, {5000, 5000})).hasNativeObject());
-    // Damaged, or a header only.
     const std::string report =
         "BitmapWin32Gdi::synchronizeWithAbstraction: catched system exception: ";
     EXPECT_EQ(std::ranges::count(trace.messages(), report + "Could not read image"), 2);

@@ -37,7 +37,6 @@ TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
     service().closeWindow();
     runMessages(1000, [&] { return asked == 2; });
     EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
-    // Whoever is asked may drop it.
     window_->connect(std::make_shared<FunctionSink>([&](auto&&...) { window_.reset(); }), false);
     send(shown, WM_CLOSE);
     EXPECT_FALSE(window_ || IsWindow(shown));
@@ -83,9 +82,6 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
         GetUpdateRect(native(), &area, FALSE);
         EXPECT_EQ(portableRect(area), invalid);
     }
-    service().updateWindow();
-    service().invalidateWindow();
-    EXPECT_TRUE(GetUpdateRect(native(), nullptr, FALSE));
     WindowServiceWin32Gdi::setScalingFactor(0.0);
     EXPECT_EQ(service().getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
     static constexpr int kCursors[] = {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648};
@@ -200,7 +196,6 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
         EXPECT_EQ(GetForegroundWindow(), shown);
         EXPECT_EQ(clientSizeOf(shown), (Size{120, 90}));
         EXPECT_TRUE(field->hasFocus());
-        // None of these wakes the owner up.
         window_->setEnabled(true);
         send(native(), WM_CLOSE);
         service().enableWindow(true);
@@ -266,7 +261,6 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
                 EXPECT_TRUE(IsWindowEnabled(native()));
                 EXPECT_TRUE(at < heard || GetActiveWindow() == native());
             }
-            // The probe lives on with the window.
             probe->disconnect(ender.get());
         }
         EXPECT_GT(heard, 0);
@@ -325,9 +319,7 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         {service->createNativeButton(), WM_COMMAND, BN_CLICKED, 0},
         {service->createNativeButton(), WM_COMMAND, BN_SETFOCUS, 99},
         {service->createNativeTextBox(), WM_COMMAND, EN_CHANGE, 0},
-        {service->createNativeTextBox(), WM_COMMAND, EN_UPDATE, 99},
         {service->createNativeComboBox(), WM_COMMAND, CBN_SELCHANGE, 0},
-        {service->createNativeComboBox(), WM_COMMAND, CBN_DROPDOWN, 99},
         {service->createNativeScrollBar(false), WM_HSCROLL, SB_TOP, 0},
         {service->createNativeProgressBar(), WM_COMMAND, 0, 99}};
     for (const auto& [widget, id, what, answered] : kRows) {
