@@ -99,9 +99,6 @@ void GraphicsServiceWin32Gdi::disconnect() noexcept {
     if (layers_.empty()) {
         return;
     }
-    while (layers_.size() > 1) {
-        layers_.pop_back();
-    }
     RestoreDC(layers_.front().context, savedContext_);
     layers_.clear();
 }

@@ -1,7 +1,8 @@
 // The door to the host system, its timers, and what comes from mouse and keyboard.
+#include <sstream>
+
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativeTextBox.h"
-#include "ZuScope.h"
 #include "ZuText.h"
 #include "ZuTimer.h"
 #include "support/SurfaceTest.h"
@@ -28,7 +29,6 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     DWORD size = MAX_PATH;
     GetComputerNameW(text, &size);
     EXPECT_EQ(application_->getComputerName(), text);
-    // The computer is an account where it has a stable identifier.
     const std::wstring sid = application_->getMachineSid();
     EXPECT_TRUE(sid.empty() || sid.starts_with(L"S-1-")) << narrow(sid);
     GetModuleFileNameW(nullptr, text, MAX_PATH);
@@ -38,33 +38,6 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
-}
-
-// Where the user's folders lie below TESTROOT: nobody else's are touched.
-TEST_F(ApplicationTest, userFolders_missing_areReplacedAndTraced) {
-    const TempFolder folder;
-    const std::wstring root = folder.file(L"root");
-    wchar_t former[MAX_PATH] = L"";
-    GetEnvironmentVariableW(L"TESTROOT", former, MAX_PATH);
-    const ScopeExit restored([&]() noexcept { SetEnvironmentVariableW(L"TESTROOT", former); });
-    SetEnvironmentVariableW(L"TESTROOT", root.c_str());
-    const TraceCapture trace(kTraceLevelInfo);
-    if (application_->getUserAppDataDirectory() != L"C:\\") {
-        GTEST_SKIP() << "the user's folders lie elsewhere";
-    }
-    CreateDirectoryW(root.c_str(), nullptr);
-    CreateDirectoryW((root + L"\\Documents").c_str(), nullptr);
-    application_->setApplicationName(L"Tests");
-    const std::wstring data = root + L"\\Documents\\Tests";
-    for (const bool create : {false, true}) {
-        EXPECT_EQ(application_->getApplicationDataDirectory(create), data);
-        EXPECT_EQ(GetFileAttributesW(data.c_str()) != INVALID_FILE_ATTRIBUTES, create);
-    }
-    const std::string start =
-        "ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory CSIDL_";
-    Lines expected(3, start + "APPDATA - trying CSIDL_PERSONAL");
-    expected[0] = start + "PERSONAL - defaulting to C:\\";
-    EXPECT_EQ(trace.messages(), expected);
 }
 
 TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
@@ -93,6 +66,8 @@ TEST_F(ApplicationTest, activeWindowService_windowOrNone_isBoundOrEmpty) {
     SetActiveWindow(nullptr);
     window_.reset();
     EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
+    EXPECT_TRUE(!application_->createMainWindowService() &&
+                application_->createDesktopWindowService());
 }
 
 TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
@@ -101,6 +76,7 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     other->connect(std::make_shared<FunctionSink>([](auto&&...) { FAIL(); }), false);
     application_->connect(log_, false);
     EXPECT_TRUE(other->installKeyboardHook() && application_->installKeyboardHook());
+    other->removeKeyboardHook();
     press({VK_CONTROL, 'K'});
     ASSERT_EQ(log_->entries.size(), 2U);
     EXPECT_EQ(log_->entries[1].a.number(), 'K');
@@ -110,9 +86,18 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     EXPECT_EQ(log_->entries.size(), 2U);
 }
 
-TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
+TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByItsName) {
     WindowService& s = service();
-    const TraceCapture trace;
+    ApplicationService& a = *application_;
+    a.setApplicationName(L"Tests of the backend");
+    const std::wstring data = a.getUserAppDataDirectory() + L"\\Tests of the backend";
+    for (const bool create : {false, true}) {
+        EXPECT_EQ(a.getApplicationDataDirectory(create), data);
+        EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create);
+    }
+    const auto dialog = makeDialog();
+    const BitmapDescriptor picture(120, {77, 77});
+    const TraceCapture trace(kTraceLevelInfo);
     bool isAnyMade = true;
     {
         const AllocationLimit none(0);
@@ -121,14 +106,37 @@ TEST_F(ApplicationTest, create_noMemory_isEmptyAndReported) {
                     s.createNativeComboBox() || s.createNativeButton() ||
                     s.createNativeProgressBar() || s.createNativeTextBox() ||
                     s.createNativeScrollBar(true) || s.createTimer(L"t") ||
-                    s.getFont(FontStyle{true, true, true, 77, {}}) ||
-                    application_->createUnboundWindowService();
+                    s.getFont(FontStyle{true, true, true, 77, {}}) || s.getBitmap(picture) ||
+                    a.createUnboundWindowService() || a.createDesktopWindowService() ||
+                    !a.getApplicationName().empty() || !a.getApplicationDirectory().empty() ||
+                    !a.getCriticalErrorText(1).empty() || a.getUserAppDataDirectory().size() != 3;
     }
     EXPECT_FALSE(isAnyMade);
-    const Lines messages = trace.messages();
-    EXPECT_EQ(messages.size(), 13U);
-    for (const std::string& message : messages) {
-        EXPECT_NE(message.find(": catched std::bad_alloc: "), std::string::npos) << message;
+    std::istringstream names(
+        "createNativeDialog createNativeWindow createNativePopupMenu "
+        "createNativeGridView createNativeTreeView createNativeComboBox "
+        "createNativeButton createNativeProgressBar createNativeTextBox "
+        "createNativeScrollBar createTimer getFont getBitmap "
+        "createUnboundWindowService createDesktopWindowService "
+        "getApplicationName getApplicationDirectory getCriticalErrorText "
+        "specialFolder specialFolder");
+    Lines expected;
+    for (std::string name; names >> name;) {
+        name.insert(
+            0, expected.size() < 13 ? "WindowServiceWin32Gdi::" : "ApplicationServiceWin32Gdi::");
+        expected.push_back(name + ": catched std::bad_alloc: std::bad_alloc");
+    }
+    expected.push_back(
+        "ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
+        "CSIDL_PERSONAL - defaulting to C:\\");
+    EXPECT_EQ(trace.messages(), expected);
+    const AllocationLimit next(0, true);
+    EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
+    const RefusedWindows refused;
+    EXPECT_FALSE(dialog->show(true) != kAnswerNone || s.createTimer(L"t"));
+    for (const char* report : {"ServiceWin32Gdi, line 322", "n: Could not create dialog",
+                               "n: Could not create timer window"}) {
+        EXPECT_NE(trace.bytes().find(report), std::string::npos) << report;
     }
 }
 
@@ -141,7 +149,6 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
         ticks += kind == Timer::kTimerTick ? 1 : 0;
         std::exchange(next, [] {})();
     });
-    // Waits for ticks, and for some that should not come.
     const auto ticksUpTo = [&](int count) {
         runMessages(5000, [&] { return ticks >= count; });
         runMessages(60);
@@ -162,7 +169,6 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
     timer->start(10, true);
     next = [&] { timer.reset(); };
     EXPECT_EQ(ticksUpTo(1), 1);
-    // The shared window went with it.
     timer = service_->createTimer(L"next");
     timer->connect(counter, false);
     timer->start(10, true);
@@ -208,7 +214,8 @@ TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
-    const auto holder = addProbe({0, 60, 299, 199});
+    const auto outer = addProbe({7, 3, 299, 199});
+    const auto holder = addProbe({0, 60, 299, 199}, outer.get());
     holder->addChild(child_);
     const POINT place = onScreen(nativeWindowOf(*child_), {33, 4});
     send(nativeWindowOf(*child_), WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
@@ -216,6 +223,7 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     EXPECT_EQ(inner_->lastMouse.position, (Point{3, 4}));
     EXPECT_EQ(inner_->lastMouse.wheel, 240);
     EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
+    EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
 }
 
@@ -254,7 +262,6 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
         press({VK_TAB});
         expectFocus(next);
     }
-    // A window that is left and activated again gives it back, or to what took it meanwhile.
     const auto holder = makeWindow({100, 100});
     const HWND other = nativeWindowOf(*holder);
     for (const auto& kept : Controls{inner_, button_, inner_, probe_}) {
@@ -284,6 +291,8 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     };
     const auto other = addButton(L"&Other", ButtonKind::kPush);
     const auto check = addButton(L"&Check", ButtonKind::kCheck);
+    addButton(L"&Other", ButtonKind::kPush)->setVisible(false);
+    addButton(L"&Other", ButtonKind::kPush)->setEnabled(false);
     const auto first = addButton(L"&Radio", ButtonKind::kRadio);
     const auto second = addButton(L"&Radio", ButtonKind::kRadio);
     const auto standard = addButton(L"Standard", ButtonKind::kPush);
@@ -321,9 +330,10 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     }
     EXPECT_TRUE(check->isChecked());
     EXPECT_EQ(box->text(), L"\n");
-    // A command that comes from no control.
     send(shown, WM_COMMAND, IDOK);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
+    send(shown, WM_COMMAND, WPARAM(GetDlgCtrlID(nativeWindowOf(*other))));
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), other.get());
 }
 
 }  // namespace

@@ -22,7 +22,6 @@ using namespace test;
 // has to say then.
 class MirrorTest : public SurfaceTest {
 protected:
-    // What the widgets lie on.
     struct Holder : Control {
         bool onKey(const KeyEvent&) override { throw std::wstring(L"torn"); }
     };
@@ -48,7 +47,6 @@ protected:
     std::shared_ptr<FontDescriptor> anyFont() {
         return std::make_shared<FontDescriptor>(FontStyle{false, false, false, 6 * any(3) + 6, {}});
     }
-    // What the widget's window tells its parent.
     static void notify(const Control& widget, UINT id, WPARAM wide) {
         const HWND shown = nativeWindowOf(widget);
         send(GetParent(shown), id, wide, reinterpret_cast<LPARAM>(shown));
@@ -74,9 +72,9 @@ protected:
         const HWND shown = nativeWindowOf(control);
         return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
     }
-    void expectReport(const std::string& operation) {
-        EXPECT_TRUE(trace_.messages().back().starts_with(operation + ": catched "))
-            << operation << ": " << trace_.messages().back();
+    void expectReport(const std::string& report) {
+        const std::string last = trace_.messages().back();
+        EXPECT_TRUE(last.starts_with(report)) << report << ": " << last;
     }
     using Changes = std::vector<std::function<void()>>;
     void expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
@@ -95,7 +93,9 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
         const RefusedWindows refused;
         show(widget, Rect::at({}, {90, 25}), holder_.get());
         ASSERT_EQ(nativeWindowOf(control), nullptr);
-        expectReport(backend + "::synchronizeWithAbstraction");
+        expectReport(
+            backend +
+            "::synchronizeWithAbstraction: catched system exception: Could not create window");
     }
     control.synchronizeTree();
     bool isMoved = false;
@@ -148,7 +148,7 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
     }
     if (control.inputRouter() == nullptr) {
         send(nativeWindowOf(control), WM_KEYDOWN, VK_TAB, 1);
-        expectReport(backend + "::handleMultiWindowMessage");
+        expectReport(backend + "::handleMultiWindowMessage: catched ");
     }
     holder_->removeAllChildren();
 }
@@ -159,7 +159,6 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
         const bool expected =
             w->kind() == ButtonKind::kRadio || (w->kind() == ButtonKind::kCheck) != w->isChecked();
         w->setEnabled(true);
-        // A second quick press is a press.
         notify(*w, WM_COMMAND, MAKEWPARAM(0, flip() ? BN_CLICKED : BN_DOUBLECLICKED));
         EXPECT_EQ(w->isChecked(), expected);
     };
@@ -225,7 +224,9 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
         send(shown, CB_SHOWDROPDOWN, TRUE);
         send(shown, WM_KEYDOWN, VK_ESCAPE, 1);
         EXPECT_EQ(send(shown, CB_GETDROPPEDSTATE), 0);
-        const std::size_t chosen = w->isEditable() ? w->getSelectedItem() : anyItem();
+        w->addItem(L"one");
+        const std::size_t chosen = w->getItemCount() - 1;
+        w->isEditable() ? w->selectItem(chosen) : void();
         send(shown, CB_SETCURSEL, chosen);
         static constexpr int kEnds[] = {CBN_SELENDCANCEL, CBN_CLOSEUP, CBN_SELCHANGE};
         notify(*w, WM_COMMAND, MAKEWPARAM(0, kEnds[any(3)]));
@@ -234,7 +235,6 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
     const Changes changes = {[&] { w->setEditable(flip()); },
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setText(word()); },
-                             [&] { w->addItem(L"one"); },
                              [&] { w->addItem(flip() ? L"one" : L"&Save"); },
                              [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
                              [&] { w->removeItem(anyItem()); },
@@ -289,7 +289,7 @@ TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
 
 TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
     const auto bar = service().createNativeProgressBar();
-    const Changes changes = {[&] { bar->setRange(any(100) - 50, any(100) + 50); },
+    const Changes changes = {[&] { bar->setRange(any(2) - 50, any(2) + 50); },
                              [&] { bar->setEnableMarqueeAnimation(any(3) == 0); },
                              [&] { bar->setPosition(any(100)); }};
     expectMirrored("ProgressBarWin32Gdi", bar, changes, [&](HWND shown) {
@@ -303,7 +303,7 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
                    [&](HWND shown) { expectLook(shown, L"ZuNativeWindow", 0, captionOf(*child)); });
     holder_->takeFocus();
     send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
-    expectReport("WindowWin32Gdi::windowProcedure");
+    expectReport("WindowWin32Gdi::windowProcedure: catched ");
 }
 
 // What takes two units is typed, passed and removed as one.
@@ -341,12 +341,10 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
             send(window, EM_SETSEL, inside, static_cast<LPARAM>(inside));
             send(window, WM_LBUTTONUP);
         } else if (kind == 5) {
-            // Ctrl+A
             type(window, L'\1' + letter);
             letters = {letter};
             caret = 1;
         } else if (kind > 5) {
-            // Typed or pasted.
             kind == 6 ? send(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(letter.c_str()))
                       : (type(window, letter), 0);
             if (former.size() + letter.size() <= kMost) {

@@ -46,7 +46,6 @@ protected:
     ~DrawingTest() override { WindowServiceWin32Gdi::setScalingFactor(0.0); }
 
     GraphicsServiceWin32Gdi& backend() { return graphicsBackend(*graphics_); }
-    // Draws on a canvas as a surface does.
     void paint(const Canvas& canvas, const std::function<void()>& body) {
         backend().connect(canvas.context(), canvas.area());
         body();
@@ -64,7 +63,7 @@ protected:
     std::array<FileResource, 4> files_{FileResource{100, kPng.size(), kPng.data()},
                                        {101, absurd_.size(), absurd_.data()},
                                        {102, damaged_.size(), damaged_.data()},
-                                       {103, 20, kPng.data()}};
+                                       {103, 24, kPng.data()}};
     ResourceNamespace namespace_{L"xx-xx", files_.size(), files_.data()};
     ResourceRoot root_{L"default", 1, &namespace_};
     ResourceLibrary library_{L"test", L"default", L"en-us", 1, &root_};
@@ -80,7 +79,6 @@ struct NaiveLayer {
     Rect area{0, 0, 39, 29};
     std::vector<Rect> clips{area};
 
-    // Sets the pixels of an area, as far as the clipping lets them be seen.
     template <class Value>
     void set(const Rect& drawn, Value&& value) {
         const Rect seen = drawn.intersection(clips.back());
@@ -233,11 +231,17 @@ TEST_F(DrawingTest, paint_absurdOrUnfinished_setsWhatIsSeenAndLeavesTheContextCl
 }
 
 TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
-    const Canvas canvas({20, 10});
+    const Canvas canvas({90, 30});
+    const TraceCapture trace;
     const auto picture = image(100);
     WindowServiceWin32Gdi::setScalingFactor(1.5);
     EXPECT_EQ(image(100)->size(), (Size{3, 3}));
+    EXPECT_EQ(image(100), image(100));
     const auto large = image(100, {6, 5});
+    // What icons show, and what of them lets everything through.
+    const IconHandle icon = makeIcon(bitmapBackend(*image(100, {20, 20})), 2);
+    DrawIconEx(canvas.context(), 20, 0, icon.get(), 0, 0, 0, nullptr, DI_NORMAL);
+    DrawIconEx(canvas.context(), 55, 0, icon.get(), 0, 0, 0, nullptr, DI_MASK);
     EXPECT_EQ(large->size(), (Size{9, 8}));
     paint(canvas, [&] {
         graphics_->drawBitmap(*picture, {1, 1});
@@ -255,9 +259,13 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
         }
     });
     const std::pair<Point, std::uint32_t> kPixels[] = {
-        {{1, 1}, 0xFF0000},  {{2, 1}, 0x7FFF7F},  {{1, 2}, kWhite},  {{2, 2}, 0x0000FF},
-        {{5, 1}, 0xFF7F7F},  {{6, 1}, 0xBFFFBF},  {{5, 2}, kWhite},  {{5, 5}, kWhite},
-        {{11, 1}, 0xFF0000}, {{19, 8}, 0x0000FF}, {{11, 8}, kWhite}, {{19, 9}, kWhite}};
+        {{1, 1}, 0xFF0000},  {{2, 1}, 0x7FFF7F},   {{1, 2}, kWhite},     {{2, 2}, 0x0000FF},
+        {{5, 1}, 0xFF7F7F},  {{6, 1}, 0xBFFFBF},   {{5, 2}, kWhite},     {{5, 5}, kWhite},
+        {{11, 1}, 0xFF0000}, {{19, 8}, 0x0000FF},  {{11, 8}, kWhite},    {{19, 9}, kWhite},
+        {{20, 0}, 0xFF0000}, {{49, 0}, 0x7FFF7F},  {{50, 0}, kWhite},    {{51, 29}, kWhite},
+        {{20, 29}, kWhite},  {{28, 29}, 0x7777FF}, {{49, 29}, 0x0000FF}, {{55, 0}, 0},
+        {{84, 0}, 0},        {{85, 0}, kWhite},    {{55, 29}, kWhite},   {{56, 29}, 0},
+        {{84, 29}, 0},       {{86, 29}, kWhite}};
     for (const auto& [place, expected] : kPixels) {
         const std::uint32_t found = canvas.pixel(place.x, place.y);
         for (const int shift : {0, 8, 16}) {
@@ -266,6 +274,9 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
         }
     }
     EXPECT_FALSE(bitmapBackend(*image(100, {5000, 5000})).hasNativeObject());
+    const std::string report =
+        "BitmapWin32Gdi::synchronizeWithAbstraction: catched system exception: ";
+    EXPECT_EQ(std::ranges::count(trace.messages(), report + "Could not read image"), 2);
 }
 
 TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineByLine) {
@@ -297,6 +308,7 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
             SIZE size{};
             GetTextExtentPoint32W(context, each.c_str(), static_cast<int>(each.size()), &size);
             EXPECT_EQ(graphics_->measureTextWidth(each, *font_), size.cx) << narrow(each);
+            EXPECT_EQ(line, size.cy);
         }
         const Canvas shown({140, 100});
         paint(shown, [&] {
@@ -342,7 +354,11 @@ TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
         return made;
     };
     WindowServiceWin32Gdi::setScalingFactor(1.5);
-    EXPECT_EQ(madeFrom(FontStyle{false, false, false, 9, {}}).lfHeight, -18);
+    const double usual = windowMetrics().lfMessageFont.lfHeight;
+    for (const auto& [size, height] :
+         {std::pair{9, -18L}, {9000, -4000L}, {0, std::lround(usual * 1.5)}}) {
+        EXPECT_EQ(madeFrom(FontStyle{false, false, false, size, {}}).lfHeight, height);
+    }
     const LOGFONTW made = madeFrom(FontStyle{true, true, true, -5, {}});
     EXPECT_EQ(made.lfHeight, -1) << "no size is smaller";
     EXPECT_EQ(made.lfWeight, FW_BOLD);

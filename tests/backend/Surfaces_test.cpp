@@ -37,7 +37,6 @@ TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
     service().closeWindow();
     runMessages(1000, [&] { return asked == 2; });
     EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
-    // Whoever is asked may drop it.
     window_->connect(std::make_shared<FunctionSink>([&](auto&&...) { window_.reset(); }), false);
     send(shown, WM_CLOSE);
     EXPECT_FALSE(window_ || IsWindow(shown));
@@ -56,6 +55,9 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     }
     window_->setSize({20, 20});
     EXPECT_EQ(window_->boundary().size(), (Size{250, 150}));
+    RECT proposed{20, 30, 340, 270};
+    send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
+    EXPECT_EQ(windowRect(native()), portableRect(proposed));
     DestroyWindow(native());
     EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject());
 }
@@ -82,8 +84,11 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     }
     WindowServiceWin32Gdi::setScalingFactor(0.0);
     EXPECT_EQ(service().getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
-    service().setCursor(MouseCursor::kHand);
-    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
+    static constexpr int kCursors[] = {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648};
+    for (int i = 0; i < 8; ++i) {
+        service().setCursor(static_cast<MouseCursor>(i));
+        EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(kCursors[i])));
+    }
 }
 
 TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
@@ -138,6 +143,7 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     const auto field = show(service().createNativeTextBox(), {0, 40, 89, 64});
     const auto combo = show(service().createNativeComboBox(), {0, 80, 89, 104});
     combo->setEditable(true);
+    const auto bar = show(service().createNativeProgressBar(), {120, 60, 159, 69});
     const WindowHandle label(CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
                                            native(), nullptr, nullptr, nullptr));
     const HWND inside = FindWindowExW(nativeWindowOf(*combo), nullptr, L"Edit", nullptr);
@@ -166,8 +172,11 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     const Canvas canvas({10, 10});
     const auto context = reinterpret_cast<WPARAM>(canvas.context());
     EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
+    send(native(), WM_PRINTCLIENT, context);
+    EXPECT_EQ(canvas.pixel(5, 5), 0x133456U);
     const std::tuple<HWND, UINT, HWND, COLORREF> kTexts[] = {
         {native(), WM_CTLCOLORSTATIC, label.get(), RGB(0xFE, 0xDC, 0x13)},
+        {native(), WM_CTLCOLORSTATIC, nativeWindowOf(*bar), RGB(0xFE, 0xDC, 0x13)},
         {native(), WM_CTLCOLOREDIT, nativeWindowOf(*field), RGB(0xFE, 0xDC, 0x14)},
         {nativeWindowOf(*combo), WM_CTLCOLORLISTBOX, inside, RGB(0xFE, 0xDC, 0x15)}};
     for (const auto& [asked, message, control, color] : kTexts) {
@@ -187,7 +196,6 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
         EXPECT_EQ(GetForegroundWindow(), shown);
         EXPECT_EQ(clientSizeOf(shown), (Size{120, 90}));
         EXPECT_TRUE(field->hasFocus());
-        // None of these wakes the owner up.
         window_->setEnabled(true);
         send(native(), WM_CLOSE);
         service().enableWindow(true);
@@ -253,7 +261,6 @@ TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
                 EXPECT_TRUE(IsWindowEnabled(native()));
                 EXPECT_TRUE(at < heard || GetActiveWindow() == native());
             }
-            // The probe lives on with the window.
             probe->disconnect(ender.get());
         }
         EXPECT_GT(heard, 0);
@@ -280,10 +287,15 @@ TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotClos
     EXPECT_EQ(ApplicationServiceWin32Gdi().runMessageLoop(), 42) << "left for the application";
 }
 
+LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept {
+    return id == WM_COMMAND || id == WM_HSCROLL ? 99 : DefWindowProcW(window, id, wide, extra);
+}
+
 // A window of somebody else is disabled and shown as it is.
 TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
     const HWND host = CreateWindowW(L"STATIC", L"Host", WS_POPUP | WS_VISIBLE, 100, 100, 300, 200,
                                     nullptr, nullptr, nullptr, nullptr);
+    SetWindowLongPtrW(host, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&answerAsHost));
     const auto service = makeWindowService(host);
     const auto dialog = service->createNativeDialog();
     for (const bool isOn : {false, true}) {
@@ -292,16 +304,34 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         const Steps steps{[&] {
             EXPECT_FALSE(IsWindowEnabled(host));
             EXPECT_EQ(GetWindow(nativeWindowOf(*dialog), GW_OWNER), host);
+            const Rect own = windowRect(nativeWindowOf(*dialog));
+            const Rect around = isOn ? windowRect(host) : workAreaAround(host);
+            EXPECT_NEAR(own.left + own.right, around.left + around.right, 1);
+            EXPECT_NEAR(own.top + own.bottom, around.top + around.bottom, 1);
             dialog->hide(3);
         }};
         EXPECT_EQ(dialog->show(true), 3);
         EXPECT_EQ(IsWindowEnabled(host) != FALSE, isOn);
         EXPECT_EQ(IsWindowVisible(host) != FALSE, isOn);
     }
-    // A widget outside of a surface lies on it.
-    const auto button = service->createNativeButton();
-    button->synchronizeTree();
-    EXPECT_EQ(GetParent(nativeWindowOf(*button)), host);
+    // A widget outside of a surface lies on it, which hears of what that has no use for.
+    const std::tuple<std::shared_ptr<Control>, UINT, int, LRESULT> kRows[] = {
+        {service->createNativeButton(), WM_COMMAND, BN_CLICKED, 0},
+        {service->createNativeButton(), WM_COMMAND, BN_SETFOCUS, 99},
+        {service->createNativeTextBox(), WM_COMMAND, EN_CHANGE, 0},
+        {service->createNativeComboBox(), WM_COMMAND, CBN_SELCHANGE, 0},
+        {service->createNativeScrollBar(false), WM_HSCROLL, SB_TOP, 0},
+        {service->createNativeProgressBar(), WM_COMMAND, 0, 99}};
+    for (const auto& [widget, id, what, answered] : kRows) {
+        widget->synchronizeTree();
+        const HWND shown = nativeWindowOf(*widget);
+        EXPECT_EQ(GetParent(shown), host);
+        EXPECT_EQ(send(host, id, MAKEWPARAM(what, what), reinterpret_cast<LPARAM>(shown)),
+                  answered);
+        service->setFocus(*widget);
+        EXPECT_EQ(GetFocus(), shown);
+    }
+    EXPECT_EQ(send(host, WM_NOTIFY) + send(host, WM_DRAWITEM), 0) << "from nobody";
     service->closeWindow();
     runMessages(1000, [&] { return !IsWindow(host); });
     EXPECT_FALSE(IsWindow(host));
@@ -319,6 +349,9 @@ TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
     EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
     EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(49, 59)), HTCLIENT);
     EXPECT_EQ(send(shown, WM_MOUSEACTIVATE), MA_NOACTIVATE);
+    popup->setSize({2000, 90});
+    popup->moveTo({40, 1200});
+    EXPECT_EQ(windowRect(shown).position(), (Point{0, 1024 - 90}));
 }
 
 TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
@@ -347,6 +380,8 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
         EXPECT_EQ(menu->show({200, 200}), chosen);
     }
     EXPECT_EQ(log_->take(), L"selected selected");
+    menu = service_->createNativePopupMenu();
+    menu->setItems({{100000, L"First", 0, true, true, {}}});
     NativePopupMenu& shown = *menu;
     const Steps steps{[&] { menu.reset(); }, [] { pressKeys({VK_DOWN}); },
                       [] { pressKeys({VK_RETURN}); }};

@@ -14,7 +14,6 @@ namespace zustd::test {
 
 inline constexpr std::uint32_t kWhite = 0xFFFFFF;
 
-// A white bitmap in memory.
 class Canvas {
 public:
     explicit Canvas(Size size) : size_(size) {

@@ -61,7 +61,6 @@ protected:
         runMessages(10);
         return window;
     }
-    // Puts a control on the window, or on another one, and listens to it.
     template <class Widget>
     std::shared_ptr<Widget> show(std::shared_ptr<Widget> widget, const Rect& boundary,
                                  Control* holder = nullptr) {
@@ -86,7 +85,6 @@ protected:
     static LRESULT send(HWND window, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
         return SendMessageW(window, id, wide, extra);
     }
-    // Keys pressed together, and all that follows.
     static void press(const std::vector<WORD>& keys) {
         pressKeys(keys);
         for (MSG next; PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE);) {

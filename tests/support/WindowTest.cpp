@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-
 namespace zustd::test {
 
 namespace {
@@ -18,22 +15,6 @@ void sendKey(WORD key, DWORD flags) {
     INPUT input{INPUT_KEYBOARD, {}};
     input.ki = {key, static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC)), flags, 0, 0};
     SendInput(1, &input, sizeof(INPUT));
-}
-
-// Fonts, brushes, bitmaps, contexts ... alive now; from the table that all processes
-// share, since GetGuiResources does not work everywhere.
-int drawingObjectCount() {
-    constexpr std::size_t kTableOffset = sizeof(void*) == 8 ? 0xF8 : 0x94;
-    constexpr std::size_t kTypeOffset = 14;
-    using Entry = std::array<BYTE, 24>;
-    GdiFlush();
-    const auto processBlock = reinterpret_cast<const char* (*)()>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
-    const auto* table = *reinterpret_cast<const Entry* const*>(processBlock() + kTableOffset);
-    const auto count =
-        std::count_if(table, table + 0x10000, [](const Entry& e) { return e[kTypeOffset] != 0; });
-    EXPECT_GT(count, 0) << "nothing is counted";
-    return static_cast<int>(count);
 }
 
 }  // namespace
@@ -80,16 +61,6 @@ std::uint32_t pixelOf(HWND window, Point point) {
     ReleaseDC(window, context);
     return std::uint32_t{GetRValue(color)} << 16 | std::uint32_t{GetGValue(color)} << 8 |
            GetBValue(color);
-}
-
-void expectNothingLeft(const std::function<void()>& round) {
-    round();
-    // One thing left by each is more than what is counted moves on by itself.
-    const int most = drawingObjectCount() + 40;
-    for (int i = 0; i < 60; ++i) {
-        round();
-    }
-    EXPECT_LT(drawingObjectCount(), most);
 }
 
 Steps::Steps(std::initializer_list<Step> steps)

@@ -18,7 +18,6 @@ void pressKeys(const std::vector<WORD>& keys);
 void movePointer(POINT place);
 void click(POINT place);
 
-// Where a point of a window's client area is on the screen.
 POINT onScreen(HWND window, Point point);
 
 // A mouse message for a point of the client area, handled at once.
@@ -27,9 +26,6 @@ LRESULT sendMouse(HWND window, UINT message, Point point, WPARAM wide = 0);
 std::wstring textOf(HWND window);
 // What the window shows at a point of its client area, as 0xRRGGBB.
 std::uint32_t pixelOf(HWND window, Point point);
-// Runs a round once, and then some dozens of times without that more fonts, bitmaps ...
-// are there afterwards.
-void expectNothingLeft(const std::function<void()>& round);
 
 // The system refuses new windows while one lives.
 class RefusedWindows {
