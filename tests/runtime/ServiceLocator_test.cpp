@@ -42,6 +42,8 @@ TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
     top->registerService(clock, true, false);
     inner->registerService(leaf, true, true);
     inner->registerService(clock, false, false);
+    inner->registerService(clock, true, true);
+    inner->registerService(top, false, false);
     inner->registerService(makeService<Clock>(L"gone"), false, false);
     outside->setParent(leaf);
     EXPECT_EQ(clock->getParent(), nullptr) << "registered once";
@@ -62,6 +64,7 @@ TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
         }
     }
     EXPECT_EQ(top->getService<Service>(), leaf) << "the newest";
+    EXPECT_EQ(inner->getWeakService<Service>(), top) << "the newest";
     EXPECT_EQ(nameOf(inner->getWeakService<IClock>()), L"a");
     EXPECT_EQ(nameOf(inner->getWeakService<IClock>(L"A")), L"none");
     EXPECT_EQ(nameOf(leaf->getWeakService<IClock>()), L"none") << "no climbing";
