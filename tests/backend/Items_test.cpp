@@ -21,13 +21,14 @@ protected:
 };
 
 TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
-    addRows({L"alpha", L"beta", L"br", L"delta", L" x"});
+    addRows({L"alpha", L"beta", L"br", L"delta"});
     const Point below{99, 250};
     const auto shiftDown = [] { pressKeys({VK_SHIFT, VK_DOWN}); };
     const auto controlSpace = [] { pressKeys({VK_CONTROL, VK_SPACE}); };
     const std::pair<std::function<void()>, const wchar_t*> actions[]{
-        {[&] { clickAt(*grid_, placeOf(1)); }, L" selectionChanged:1 leftClicked:1"},
         {[&] { clickAt(*grid_, boxOf(2)); }, L" checkStateChanged:2"},
+        {[] { pressKeys({VK_DOWN}); }, L" selectionChanged:0"},
+        {[&] { clickAt(*grid_, placeOf(1)); }, L" selectionChanged:1 leftClicked:1"},
         {[] { pressKeys({VK_SPACE}); }, L" checkStateChanged:1"},
         {shiftDown, L" selectionChanged:1"},
         {[] { pressKeys({VK_APPS}); }, L" rightClicked:2"},
@@ -35,7 +36,6 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
         {[&] { clickAt(*grid_, placeOf(3), true); }, L" selectionChanged:3 rightClicked:3"},
         {[&] { send(*grid_, WM_CHAR, 'B', 1); }, L" selectionChanged:1"},
         {[&] { send(*grid_, WM_CHAR, 'r', 1); }, L" selectionChanged:2"},
-        {[&] { send(*grid_, WM_CHAR, ' ', 1); }, L""},
         {[&] { clickAt(*grid_, below); }, L" selectionChanged:-1 leftClicked:-1"},
     };
     for (const auto& [act, wanted] : actions) {
@@ -43,8 +43,15 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
         runMessages(60);
         EXPECT_EQ(std::exchange(log_->text, {}), wanted);
     }
-    EXPECT_EQ(shownGrid(),
-              (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|", L" x -1 1|"}));
+    EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
+    // Only the row that changes is painted anew.
+    ValidateRect(nativeWindowOf(*grid_), nullptr);
+    grid_->setRowChecked(2, false);
+    grid_->setRowBitmap(2, 1);
+    grid_->setCell(2, 0, L"");
+    RECT dirty{};
+    GetUpdateRect(nativeWindowOf(*grid_), &dirty, FALSE);
+    EXPECT_EQ(dirty.top, placeOf(2).y - 5);
     const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
     sendMouse(header, WM_LBUTTONDOWN, {80, 5}, MK_LBUTTON);
     sendMouse(header, WM_MOUSEMOVE, {100, 5}, MK_LBUTTON);
@@ -69,27 +76,6 @@ TEST_F(GridUserTest, text_soughtFromARow_isFoundWhereTheFlagsSay) {
     for (const auto& [start, flags, text, found] : kRows) {
         LVFINDINFOW wanted{flags, text, 0, {}, 0};
         EXPECT_EQ(ask(*grid_, LVM_FINDITEMW, wanted, static_cast<WPARAM>(start)), found) << start;
-    }
-}
-
-TEST_F(GridUserTest, whatChanged_isPaintedAnew) {
-    addRows({L"alpha", L"beta", L"br", L"delta"});
-    const HWND native = nativeWindowOf(*grid_);
-    const LONG third = placeOf(2).y - 5;
-    const std::pair<std::function<void()>, LONG> kSteps[] = {
-        {[&] { grid_->setRowChecked(2, true); }, third},
-        {[&] { grid_->setRowBitmap(2, 1); }, third},
-        {[&] { grid_->setCell(2, 1, L"x"); }, third},
-        {[&] { grid_->removeRow(3); }, 0},
-        {[&] { send(*grid_, WM_THEMECHANGED); }, 0}};
-    for (const auto& [change, top] : kSteps) {
-        ValidateRect(native, nullptr);
-        change();
-        send(*grid_, WM_NULL);
-        RECT dirty{};
-        GetUpdateRect(native, &dirty, FALSE);
-        EXPECT_EQ(dirty.top, top);
-        EXPECT_GT(dirty.bottom, third);
     }
 }
 
@@ -208,17 +194,20 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
     grid_->setFont(large);
     tree_->setColors(colors);
     grid_->setColors(colors);
+    const auto resources = makeService<ResourceService>();
+    ResourceServiceGeneric::install(*resources, compiledInResources());
+    window_->windowService()->registerService(resources, true, true);
+    WindowServiceWin32Gdi::setScalingFactor(2);
+    window_->synchronizeTree();
+    // Made anew, they have all of it again.
+    window_->releaseTree();
+    window_->synchronizeTree();
     EXPECT_NE(send(*tree_, WM_GETFONT), before);
     EXPECT_EQ(send(*tree_, WM_GETFONT), send(*grid_, WM_GETFONT));
     EXPECT_EQ(send(*tree_, TVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
     EXPECT_EQ(send(*tree_, TVM_GETBKCOLOR), RGB(0x40, 0x50, 0x60));
     EXPECT_EQ(send(*grid_, LVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
     EXPECT_EQ(send(*grid_, LVM_GETTEXTBKCOLOR), RGB(0x40, 0x50, 0x60));
-    const auto resources = makeService<ResourceService>();
-    ResourceServiceGeneric::install(*resources, compiledInResources());
-    window_->windowService()->registerService(resources, true, true);
-    WindowServiceWin32Gdi::setScalingFactor(2);
-    window_->synchronizeTree();
     const LRESULT boxes = send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE);
     send(*tree_, WM_THEMECHANGED);
     EXPECT_NE(send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE), boxes);
@@ -232,7 +221,7 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
         int width = 0;
         int height = 0;
         ImageList_GetIconSize(list, &width, &height);
-        EXPECT_EQ(height, 32);
+        EXPECT_TRUE(width == 32 && height == 32);
         const Canvas checked({32, 32});
         const Canvas unchecked({32, 32});
         const int count = ImageList_GetImageCount(list);

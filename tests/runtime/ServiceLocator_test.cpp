@@ -126,10 +126,6 @@ TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
     service->removeNamedObject(L"a");
     EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
     EXPECT_EQ(service.use_count() + object.use_count(), 2);
-    // Settings may outlive their service; they then speak to nobody.
-    const auto properties = service->properties();
-    service.reset();
-    properties->setLong(L"level", 4);
     EXPECT_EQ(makeService<MessagingService>()->findKind(L"logicalLockChanged.Service"),
               &Service::kLogicalLockChanged);
 }
