@@ -9,6 +9,7 @@ extern "C" {
 extern void* __imp_QueryPerformanceCounter IMPORT_SLOT("QueryPerformanceCounter", "@4");
 extern void* __imp_SetTimer IMPORT_SLOT("SetTimer", "@16");
 extern void* __imp_KillTimer IMPORT_SLOT("KillTimer", "@8");
+extern void* __imp_SendMessageW IMPORT_SLOT("SendMessageW", "@16");
 }
 
 namespace zustd {
@@ -31,6 +32,16 @@ UINT_PTR WINAPI startTimer(HWND, UINT_PTR number, UINT, TIMERPROC) {
 BOOL WINAPI stopTimer(HWND, UINT_PTR) {
     awaited = 0;
     return TRUE;
+}
+
+// The next item is refused.
+bool refusesNext;
+LRESULT WINAPI sendOrRefuse(HWND window, UINT id, WPARAM wide, LPARAM extra) {
+    DWORD_PTR result = 0;
+    if (id != TVM_INSERTITEMW || !std::exchange(refusesNext, false)) {
+        SendMessageTimeoutW(window, id, wide, extra, SMTO_NORMAL, INFINITE, &result);
+    }
+    return static_cast<LRESULT>(result);
 }
 
 struct PlainNode {
@@ -133,12 +144,13 @@ protected:
     }
     // What keeps changes from being shown one by one.
     void disturb() {
-        switch (random_.below(8)) {
+        switch (random_.below(9)) {
             // clang-format off
             case 0: case 1: case 2: toggleUpdate(*tree_); break;
             case 3: case 4: case 5: tree_->setEnableRedraw(isDrawn_ = !isDrawn_); break;
             case 6: tree_->setCheckBoxes(boxes_ = !boxes_); break;
-            default: tree_->releaseTree(); awaited = 0; break;
+            case 7: tree_->releaseTree(); awaited = 0; break;
+            default: refusesNext = true; change(); refusesNext = false; window_->synchronizeTree(); break;
                 // clang-format on
         }
     }
@@ -156,7 +168,7 @@ protected:
         }
         std::wstring wanted;
         const HWND window = nativeWindowOf(*tree_);
-        SetFocus(window);
+        SetFocus(nullptr);
         std::size_t i = indexOf(node);
         const bool opens = !nodes_[i].expanded;
         const std::size_t next = opens ? endOf(i) : i + 1;
@@ -191,6 +203,7 @@ protected:
         } else {
             send(*tree_, WM_KEYDOWN, static_cast<WPARAM>(keys[what]), 1);
         }
+        EXPECT_TRUE(what != 0 || !IsWindow(window) || GetFocus() == window);
         log_->onMessage = [](const MessageKind&) {};
         if (nativeWindowOf(*tree_) == nullptr) {
             awaited = 0;
@@ -272,6 +285,7 @@ protected:
     const ReplacedImport clock_{__imp_QueryPerformanceCounter, reinterpret_cast<void*>(&look)};
     const ReplacedImport timer_{__imp_SetTimer, reinterpret_cast<void*>(&startTimer)};
     const ReplacedImport noTimer_{__imp_KillTimer, reinterpret_cast<void*>(&stopTimer)};
+    const ReplacedImport sending_{__imp_SendMessageW, reinterpret_cast<void*>(&sendOrRefuse)};
     // In the order of the screen, roots with a depth of 1.
     std::vector<PlainNode> nodes_;
     TreeNode selected_ = kNoNode;
@@ -304,7 +318,9 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
         tree_->clear();
         erase(0, nodes_.size());
     }
-    EXPECT_EQ(trace.messages(), Lines());
+    for (const std::string& line : trace.messages()) {
+        EXPECT_NE(line.find("Could not insert item"), std::string::npos) << line;
+    }
     EXPECT_EQ(log_->text, L"");
 }
 
@@ -386,7 +402,7 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 L'|' + said.cells[1]);
         }
         ASSERT_EQ(grid_->getSelectedRows(), selected);
-        if (number % 32 == 0 && !update_) {
+        if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
         }
     }

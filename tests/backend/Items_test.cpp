@@ -1,5 +1,6 @@
 // Trees and grids with the system's own controls: what the user does with the
 // mouse and the keyboard, and how they look.
+#include "ZuResourceServiceGeneric.h"
 #include "support/ItemsTest.h"
 
 namespace zustd {
@@ -21,20 +22,27 @@ protected:
 
 TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
     addRows({L"alpha", L"beta", L"br", L"delta"});
-    const Point below{99, 250};
-    const auto shiftDown = [] { pressKeys({VK_SHIFT, VK_DOWN}); };
-    const auto controlSpace = [] { pressKeys({VK_CONTROL, VK_SPACE}); };
     const std::pair<std::function<void()>, const wchar_t*> actions[]{
-        {[&] { clickAt(*grid_, placeOf(1)); }, L" selectionChanged:1 leftClicked:1"},
         {[&] { clickAt(*grid_, boxOf(2)); }, L" checkStateChanged:2"},
+        {[] { pressKeys({VK_DOWN}); }, L" selectionChanged:0"},
+        {[&] { clickAt(*grid_, placeOf(1)); }, L" selectionChanged:1 leftClicked:1"},
         {[] { pressKeys({VK_SPACE}); }, L" checkStateChanged:1"},
-        {shiftDown, L" selectionChanged:1"},
+        {[] {
+             pressKeys({VK_SHIFT, VK_DOWN});
+         },
+         L" selectionChanged:1"},
         {[] { pressKeys({VK_APPS}); }, L" rightClicked:2"},
-        {controlSpace, L" selectionChanged:1"},
+        {[] {
+             pressKeys({VK_CONTROL, VK_SPACE});
+         },
+         L" selectionChanged:1"},
         {[&] { clickAt(*grid_, placeOf(3), true); }, L" selectionChanged:3 rightClicked:3"},
         {[&] { send(*grid_, WM_CHAR, 'B', 1); }, L" selectionChanged:1"},
         {[&] { send(*grid_, WM_CHAR, 'r', 1); }, L" selectionChanged:2"},
-        {[&] { clickAt(*grid_, below); }, L" selectionChanged:-1 leftClicked:-1"},
+        {[&] {
+             clickAt(*grid_, {99, 250});
+         },
+         L" selectionChanged:-1 leftClicked:-1"},
     };
     for (const auto& [act, wanted] : actions) {
         act();
@@ -42,6 +50,14 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
         EXPECT_EQ(std::exchange(log_->text, {}), wanted);
     }
     EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
+    // Only the row that changes is painted anew.
+    ValidateRect(nativeWindowOf(*grid_), nullptr);
+    grid_->setRowChecked(2, false);
+    grid_->setRowBitmap(2, 1);
+    grid_->setCell(2, 0, L"");
+    RECT dirty{};
+    GetUpdateRect(nativeWindowOf(*grid_), &dirty, FALSE);
+    EXPECT_EQ(dirty.top, placeOf(2).y - 5);
     const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
     sendMouse(header, WM_LBUTTONDOWN, {80, 5}, MK_LBUTTON);
     sendMouse(header, WM_MOUSEMOVE, {100, 5}, MK_LBUTTON);
@@ -52,6 +68,21 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
     sendMouse(header, WM_LBUTTONDBLCLK, {100, 5}, MK_LBUTTON);
     EXPECT_EQ(grid_->columns()[0].width, 0);
     EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
+}
+
+TEST_F(GridUserTest, text_soughtFromARow_isFoundWhereTheFlagsSay) {
+    addRows({L"alpha", L"beta", L"alp"});
+    const std::tuple<int, UINT, const wchar_t*, LRESULT> kRows[] = {
+        {-1, LVFI_STRING, L"AL", -1},
+        {-1, LVFI_STRING, L"alp", 2},
+        {1, LVFI_PARTIAL, L"al", 2},
+        {2, LVFI_PARTIAL, L"be", -1},
+        {2, LVFI_PARTIAL | LVFI_WRAP, L"be", 1},
+        {-1, LVFI_PARAM, L"al", -1}};
+    for (const auto& [start, flags, text, found] : kRows) {
+        LVFINDINFOW wanted{flags, text, 0, {}, 0};
+        EXPECT_EQ(ask(*grid_, LVM_FINDITEMW, wanted, static_cast<WPARAM>(start)), found) << start;
+    }
 }
 
 TEST_F(GridUserTest, receiversWhoClearAndDropTheGrid_areSurvived) {
@@ -69,11 +100,6 @@ TEST_F(GridUserTest, receiversWhoClearAndDropTheGrid_areSurvived) {
         window_->addChild(grid_);
         EXPECT_EQ(shownGrid(), Texts());
     }
-    addRows({L"alpha", L"beta"});
-    log_->text = {};
-    log_->onMessage = [this](const MessageKind&) { grid_->clear(); };
-    clickAt(*grid_, placeOf(1), true);
-    EXPECT_EQ(log_->text, L" selectionChanged:1 rightClicked:-1");
 }
 
 TEST_F(GridUserTest, rowTooltip_asked_isWhatAReceiverSays) {
@@ -115,6 +141,7 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledTo) {
     const TreeNode middle = tree_->addChildNode(node(numbered(150)), L"", L"child");
     tree_->setEnableRedraw(false);
     tree_->ensureNodeVisible(middle);
+    EXPECT_TRUE(tree_->getNodeBoundary(middle).isEmpty());
     tree_->setEnableRedraw(true);
     const Rect seen = tree_->getNodeBoundary(middle);
     EXPECT_FALSE(seen.isEmpty());
@@ -122,6 +149,7 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledTo) {
     for (std::size_t i = 0; i < 120; ++i) {
         tree_->removeNode(node(numbered(i)));
     }
+    EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 81);
     EXPECT_EQ(tree_->getNodeBoundary(middle), seen);
     // What the user scrolls away stays away.
     send(*tree_, WM_VSCROLL, SB_TOP);
@@ -151,6 +179,7 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     grid_->resizeColumns();
     EXPECT_GT(width(1), 150);
     EXPECT_EQ(width(0), width(1) + 20 + 16);
+    EXPECT_TRUE(grid_->columns() == columns) << "nobody has moved them";
     const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
     grid_->synchronizeBitmaps();
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
@@ -167,21 +196,34 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
     grid_->setFont(large);
     tree_->setColors(colors);
     grid_->setColors(colors);
+    const auto resources = makeService<ResourceService>();
+    ResourceServiceGeneric::install(*resources, compiledInResources());
+    window_->windowService()->registerService(resources, true, true);
+    WindowServiceWin32Gdi::setScalingFactor(2);
+    window_->synchronizeTree();
+    // Made anew, they have all of it again.
+    window_->releaseTree();
+    window_->synchronizeTree();
     EXPECT_NE(send(*tree_, WM_GETFONT), before);
     EXPECT_EQ(send(*tree_, WM_GETFONT), send(*grid_, WM_GETFONT));
     EXPECT_EQ(send(*tree_, TVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
     EXPECT_EQ(send(*tree_, TVM_GETBKCOLOR), RGB(0x40, 0x50, 0x60));
     EXPECT_EQ(send(*grid_, LVM_GETTEXTCOLOR), RGB(0x10, 0x20, 0x30));
     EXPECT_EQ(send(*grid_, LVM_GETTEXTBKCOLOR), RGB(0x40, 0x50, 0x60));
-    WindowServiceWin32Gdi::setScalingFactor(2);
-    window_->synchronizeTree();
-    for (const LRESULT handle : {send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE),
-                                 send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE)}) {
+    const LRESULT boxes = send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE);
+    send(*tree_, WM_THEMECHANGED);
+    EXPECT_NE(send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE), boxes);
+    // The last image of the others is none.
+    for (const auto& [handle, isBoxes] :
+         {std::pair{send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE), true},
+          {send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE), true},
+          {send(*tree_, TVM_GETIMAGELIST, TVSIL_NORMAL), false},
+          {send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), false}}) {
         const auto list = reinterpret_cast<HIMAGELIST>(handle);
         int width = 0;
         int height = 0;
         ImageList_GetIconSize(list, &width, &height);
-        EXPECT_EQ(height, 32);
+        EXPECT_TRUE(width == 32 && height == 32);
         const Canvas checked({32, 32});
         const Canvas unchecked({32, 32});
         const int count = ImageList_GetImageCount(list);
@@ -189,6 +231,7 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
         ImageList_Draw(list, count - 2, unchecked.context(), 0, 0, ILD_NORMAL);
         EXPECT_FALSE(unchecked.isLike(Canvas({32, 32})));
         EXPECT_FALSE(checked.isLike(unchecked));
+        EXPECT_TRUE(isBoxes || checked.pixel(16, 16) == kWhite);
     }
     EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 1), 120);
 }

@@ -87,7 +87,7 @@ protected:
         tree_ = add(window_->windowService()->createNativeTreeView(), {0, 0, 199, 299});
         grid_ = add(window_->windowService()->createNativeGridView(), {200, 0, 399, 299});
         tree_->setBitmaps(std::make_shared<BitmapListDescriptor>(
-            std::vector<std::uint64_t>{120, 123, 100}, Size{16, 16}));
+            std::vector<std::uint64_t>{120, 123, 9999}, Size{16, 16}));
         grid_->setBitmaps(tree_->bitmaps());
         tree_->setCheckBoxes(true);
         grid_->setCheckBoxes(true);

@@ -1,6 +1,4 @@
 // The markup view: its language, its sizes, its links, and whatever else comes.
-#include <chrono>
-
 #include "ZuMarkupView.h"
 #include "ZuText.h"
 #include "support/ToolkitTest.h"
@@ -110,35 +108,24 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
          L"100,10 35,48 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |0,16 words"},
         {[&] { view_->setBoundary(low); },
          L"100,20 35,48 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |0,16 words"},
-        {[&] { view_->font().setFaceName(L"Courier"); },
-         L"35,48 35,48 35,48 |0,0 wise  Courier|0,16 link Courier #005fb8 in 0,0,27,15|28,16   "
-         L"Courier|0,32 words Courier"},
+        {[&] { view_->font().setFaceName(L"C"); },
+         L"35,48 35,48 35,48 |0,0 wise  C|0,16 link C #005fb8 in 0,0,27,15|28,16   C|0,32 words C"},
         {[&] { view_->setEnabled(false); },
-         L"35,48 35,48 35,48 |0,0 wise  Courier #6d6d6d|0,16 link Courier #6d6d6d in "
-         L"0,0,27,15|28,16   Courier #6d6d6d|0,32 words Courier #6d6d6d"},
+         L"35,48 35,48 35,48 |0,0 wise  C #6d6d6d|0,16 link C #6d6d6d in 0,0,27,15|28,16   C "
+         L"#6d6d6d|0,32 words C #6d6d6d"},
         {[&] { view_->setMarkup(L"<control autosize='true'>wise or words"); },
-         L"60,32 56,32 35,48 |0,0 wise  Courier #6d6d6d|35,0 or  Courier #6d6d6d|0,16 words "
-         L"Courier #6d6d6d"},
+         L"60,32 56,32 35,48 |0,0 wise  C #6d6d6d|35,0 or  C #6d6d6d|0,16 words C #6d6d6d"},
         {[&] { view_->place(slim); },
-         L"40,10 56,48 35,48 |0,0 wise  Courier #6d6d6d|0,16 or  Courier #6d6d6d|0,32 words "
-         L"Courier #6d6d6d"}};
+         L"40,10 56,48 35,48 |0,0 wise  C #6d6d6d|0,16 or  C #6d6d6d|0,32 words C #6d6d6d"}};
     for (const auto& [change, expected] : kSteps) {
         change();
         EXPECT_EQ(look(), expected);
     }
     EXPECT_TRUE(view_->setMarkup(L"<control wordwrap='false'>x"));
+    EXPECT_FALSE(view_->setMarkup(view_->markup()) || view_->setWordWrap(false));
     const auto& said = log_->entries;
     EXPECT_EQ(said[said.size() - 2].b.number(), 60);
     EXPECT_EQ(said.back().b.number(), 16);
-}
-
-TEST_F(MarkupTest, services_missing_failTheirAssertions) {
-    const auto view = makeControl<MarkupView>(L"text");
-    EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"gs");
-    view->registerService(makeService<GraphicsService>(), true, true);
-    EXPECT_EQ(thrownText([&] { view->addLineBreak(); }), L"ws");
-    view->setMarkup(L"<b>");
-    EXPECT_EQ(thrownText([&] { view->parseMarkup(); }), L"nothing");
 }
 
 TEST_F(MarkupTest, receivers_changingTheMarkupOrRemovingTheView_areSafe) {
@@ -155,6 +142,7 @@ TEST_F(MarkupTest, receivers_changingTheMarkupOrRemovingTheView_areSafe) {
     for (const wchar_t* shown : {L"last", L""}) {
         view_->setMarkup(L"<a>link</a>");
         mouse(MouseAction::kMove, {10, 5});
+        EXPECT_NE(look().find(L"link 001"), std::wstring::npos);
         view_->setMarkup(L"outer");
         EXPECT_EQ(firstText(), shown);
         act = [&] { window_->removeChild(view_.get()); };
@@ -193,20 +181,16 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
         }
         return all;
     };
+    // What is not linear takes minutes.
     const std::pair<std::wstring, std::size_t> kRows[] = {
         {repeated(L"<", 1'000'000), 1},
         {repeated(L"<b ", 300'000) + L"=\"" + repeated(L"= ", 100'000), 1},
-        {L"<control " + repeated(L"width=\"8\" height='9'maxwidth=9", 20'000) + L"x=\">y", 1},
-        {repeated(L"<a>x</a><font size='9'>y</font>", 50'000), 100'000},
         {L"<control wordwrap=\"true\">" + repeated(L"- ", 400'000), MarkupView::kMaxElements},
         {repeated(L"<br/>", 300'000), MarkupView::kMaxElements}};
-    const auto start = std::chrono::steady_clock::now();
     for (const auto& [markup, count] : kRows) {
         view_->setMarkup(markup);
         EXPECT_EQ(view_->children().size(), count) << narrow(markup.substr(0, 40));
     }
-    // What is not linear takes minutes.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 }  // namespace
