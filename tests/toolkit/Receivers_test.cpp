@@ -194,7 +194,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
     }, {[](auto& c) { c.setEditable(false); }, [](auto& c) { c.setText(L"one"); },
         [](auto& c) { c.acceptSelection(0); }, [](auto& c) { c.acceptText(L"other"); }});
     survives<NativeTextBox>([&] { return host->createNativeTextBox(); },
-        {[](auto& c) { c.setText(L"one"); }});
+        {[](auto& c) { c.setText(L"one"); }, [](auto& c) { c.refresh(); }});
     survives<NativeScrollBar>([&] { return host->createNativeScrollBar(true); },
         {[](auto& c) { c.setRange(7, 9); }});
     survives<NativeDialog>([&] { return host->createNativeDialog(); },
