@@ -27,7 +27,6 @@ namespace zustd::test {
 template <class T>
 using Shared = std::shared_ptr<T>;
 
-// What happened, in order, as "operation argument argument".
 using Journal = std::vector<std::wstring>;
 
 // All that backends note and logs hear, in order, since it was last taken.
@@ -77,6 +76,8 @@ public:
         note((native_ ? L"sync " : L"made ") + textOf(control.boundaryOnSurface()) +
              (control.isShown() ? L"" : L" hidden") + (control.isUsable() ? L"" : L" disabled"));
         native_ = true;
+        // Whoever ends the control at the first of them, it is to live to the second.
+        whileNativeChanges(this->getAbstraction());
         whileNativeChanges(this->getAbstraction());
     }
     void releaseNativeObject() override {
@@ -128,7 +129,6 @@ class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScroll
 using RecordingFont = Implementation<Font, IFontImpl>;
 using RecordingBitmap = Implementation<Bitmap, IBitmapImpl>;
 
-// Of a font that leaves its size to the system.
 inline std::int32_t systemTextSize = 11;
 inline std::int32_t sizeOf(const Font& font) {
     return font.style().size != 0 ? font.style().size : systemTextSize;
@@ -182,7 +182,6 @@ public:
     Rect drawArea{0, 0, 9999, 9999};
 };
 
-// A portable object, made of what is given and joined to a backend of this class.
 template <class Backend, class... Args>
 auto made(Args&&... args) {
     using A = std::remove_reference_t<decltype(std::declval<Backend&>().getAbstraction())>;
@@ -235,7 +234,6 @@ public:
     }
     void setFocus(Control& control) override { systemFocus = &control; }
 
-    // What the user answers, and whether with the check box.
     int answer = kAnswerOk;
     bool checksBox = false;
     std::vector<MessageBoxContent> boxes;
@@ -265,7 +263,6 @@ T& recordingOf(const A& abstraction) {
     return dynamic_cast<T&>(abstraction.implementation());
 }
 
-// Collects the messages that reach a control's own sinks, as their names.
 class MessageLog : public MessageSink {
 public:
     struct Entry {

@@ -19,7 +19,6 @@ protected:
         window_->synchronizeTree();
         told();
     }
-    // Puts a result behind what was told under way.
     static void say(auto result) { tell(textOf(result)); }
     static void expectTold(const std::wstring& expected, int line = __builtin_LINE()) {
         EXPECT_EQ(told(), expected) << "at line " << line;
@@ -37,7 +36,6 @@ protected:
         return recordingOf<RecordingWindowService>(*window_->windowService());
     }
     void draw(Control& control) { control.drawAsRoot(*window_->graphicsService()); }
-    // What drawing a control asks of the backend.
     std::wstring seen(Control& control) {
         told();
         draw(control);
@@ -62,7 +60,6 @@ protected:
     std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
 };
 
-// Takes every message by running a function.
 class FunctionSink : public MessageSink {
 public:
     using Function = std::function<void(const MessageKind&, MessageWord, MessageWord)>;

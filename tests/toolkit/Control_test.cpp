@@ -6,7 +6,6 @@ namespace {
 
 using namespace test;
 
-// Draws its area and handles one kind.
 class Painted : public Control {
 public:
     explicit Painted(Rect boundary = {0, 0, 9, 9}) { setBoundary(boundary); }
@@ -16,9 +15,12 @@ public:
         }
         return kind == kSelected || Control::onReceiveMessage(kind, a, b);
     }
+    bool drawsItself = false;
 
 protected:
-    void drawSelf(GraphicsService& graphics) override { graphics.drawRectangle(area()); }
+    void drawSelf(GraphicsService& graphics) override {
+        drawsItself ? drawAsRoot(graphics) : graphics.drawRectangle(area());
+    }
 };
 
 class ControlTest : public ToolkitTest {
@@ -135,8 +137,14 @@ TEST_F(ControlTest, draw_nested_movesTheOriginClipsAndSkipsWhatIsNotPainted) {
         seen(*window_),
         L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 13,14,22,23; frame "
         L"40,40,109,49; unclip");
-    recordingOf<RecordingGraphics>(*window_->graphicsService()).drawArea = {60, 60, 199, 99};
-    EXPECT_EQ(seen(*window_), L"fill 0,0,199,99 #ffffff");
+    recordingOf<RecordingGraphics>(*window_->graphicsService()).drawArea = {59, 39, 199, 99};
+    button_->setColors(colors);
+    last->addChild(button_);
+    EXPECT_EQ(seen(*window_),
+              L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 40,40,109,49; "
+              L"unclip");
+    last->drawsItself = true;
+    EXPECT_EQ(thrownText([&] { draw(*window_); }), L"!drawing_");
     EXPECT_EQ(window_->graphicsService()->origin(), (Point{0, 0}));
 }
 
@@ -150,9 +158,11 @@ TEST_F(ControlTest, preferredSize_ofAnArrangement_keepsToWidthMarginsAndLimits) 
     const Arrangement rows{.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}};
     const Arrangement columns{.flow = Flow::kColumns, .spacing = {4, 4}, .margin = {2, 3}};
     const Arrangement wrapped{.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true};
+    const Arrangement wrappedColumns{.flow = Flow::kColumns, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true};
     const std::tuple<Arrangement, Placement, std::int32_t, Size> cases[] = {
         {{}, {.maximum = {9, 9}}, 0, {50, 50}}, {rows, {}, 70, {102, 16}},
         {rows, {.minimum = {200, 18}, .maximum = {0, 17}}, 0, {200, 17}}, {columns, {}, 70, {34, 44}},
+        {wrappedColumns, {.maximum = {0, 30}}, 0, {68, 30}}, {wrappedColumns, {.maximum = {0, 29}}, 9, {102, 16}},
         {wrapped, {}, 0, {102, 16}}, {wrapped, {}, 68, {68, 30}},
         {wrapped, {}, 67, {34, 44}}, {wrapped, {}, -9, {34, 44}},
         {wrapped, {.maximum = {68, 0}}, 0, {68, 30}}, {wrapped, {.maximum = {68, 0}}, 500, {68, 30}}};
@@ -163,7 +173,6 @@ TEST_F(ControlTest, preferredSize_ofAnArrangement_keepsToWidthMarginsAndLimits) 
         EXPECT_EQ(width != 0 ? box_->preferredSizeForWidth(width) : box_->preferredSize(),
                   expected);
     }
-    // The children follow the size.
     box_->setArrangement(rows);
     box_->children()[1]->setPlacement({.autoSized = true});
     box_->setSize({100, 20});

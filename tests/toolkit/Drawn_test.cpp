@@ -104,6 +104,9 @@ TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) 
     EXPECT_TRUE(seen(*button).ends_with(L"; bitmap 7 15,-3 1.00"));
     icon->setBitmapVisible(false);
     EXPECT_EQ(seen(*icon), L"");
+    mouse(MouseAction::kLeftDown, {5, 5});
+    mouse(MouseAction::kMove, {5, 55});
+    EXPECT_TRUE(seen(*button).starts_with(L"gradient 0,0,59,25 #f4f4f4"));
 }
 
 TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
@@ -119,6 +122,7 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     page->addChild(fork);
     page->addChild(below);
     page->setBoundary({0, 0, 199, 199});
+    inner->setOpen(true);
     // Only on a surface texts have a size.
     window_->addChild(page);
     const std::int32_t header = fork->headerHeight();
@@ -130,9 +134,11 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     EXPECT_TRUE(
         seen(*fork).starts_with(L"pen #000000 1; line 4,9 8,13; line 8,13 12,9; text 16,0,"));
     EXPECT_EQ(below->boundary().top, fork->boundary().bottom + 1);
-    inner->setOpen(true);
-    EXPECT_EQ(inner->boundary().height(), header + 16);
     EXPECT_EQ(fork->boundary().height(), 2 * header + 16);
+    EXPECT_EQ(textOf(label->boundaryOnSurface()), L"32,44,73,59");
+    click({40, header + 5});
+    EXPECT_EQ(fork->boundary().height(), 2 * header);
+    inner->setOpen(true);
     // A click beside what is inside does nothing, nor do keys for what is inside.
     click({190, header + 5});
     EXPECT_TRUE(label->takeFocus());
@@ -147,9 +153,6 @@ TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
     EXPECT_TRUE(key(kKeyRight) && fork->isOpen() && key(kKeySpace) && !fork->isOpen());
 }
 
-// --- Scrolling ---
-
-// A content of a fixed size with one control at its lower right end.
 struct Sheet : Control {
     Size preferredSize() override { return wanted; }
     // Higher where it has less room.
@@ -179,14 +182,17 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
     EXPECT_EQ(window_->controlAt({50, 50}), &sheet());
     // Bars are 16 thick: 200 high fits, but not beside the bar that the width needs.
     const std::tuple<Size, const wchar_t*, const wchar_t*> rows[] = {
-        {{300, 500}, L"0,0,299,499", L"sync 84,0,99,183; sync 0,184,83,199"},
+        {{300, 500}, L"-216,-316,83,183", L"sync 84,0,99,183; sync 0,184,83,199"},
+        {{200, 300}, L"-116,-116,83,183", L"sync 84,0,99,183; sync 0,184,83,199"},
         {{100, 200}, L"0,0,99,199", L"sync 84,0,99,183 hidden; sync 0,184,83,199 hidden"},
         {{101, 200}, L"0,0,100,199", L"sync 84,0,99,183; sync 0,184,83,199"},
-        {{101, 184}, L"0,0,100,183", L"sync 84,0,99,183 hidden; sync 0,184,99,199"},
+        {{101, 184}, L"-1,0,99,183", L"sync 84,0,99,183 hidden; sync 0,184,99,199"},
         {{10, 20}, L"0,0,99,199", L"sync 84,0,99,183 hidden; sync 0,184,99,199 hidden"}};
     for (const auto& [wanted, boundary, bars] : rows) {
         sheet().wanted = wanted;
-        sheet().notify(Control::kChangePreferredHeight);
+        view_->scrollTo(Point{999, 999});
+        sheet().notify(wanted.width > 100 ? Control::kChangePreferredWidth
+                                          : Control::kChangePreferredHeight);
         told();
         view_->synchronizeTree();
         expectTold(bars);
@@ -209,6 +215,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
         EXPECT_EQ(sheet().boundary().position(), position.negated());
     }
     EXPECT_FALSE(key(kKeyPageUp) || key(kKeyDown, kModifierControl));
+    view_->scrollBar(true)->connect(log_, false);
     told();
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120));
     expectTold(
@@ -218,8 +225,12 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierShift));
     EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally scrolled scrolledhorizontally");
     EXPECT_FALSE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierControl));
-    view_->scrollBar(true)->acceptPosition(7);
-    EXPECT_EQ(view_->scrollPosition(), (Point{72, 7}));
+    told();
+    EXPECT_TRUE(view_->scrollBar(true)->onKey({kKeyDown, 0}));
+    expectTold(
+        L"position 64; arrows 1 1; scrolled 64,0; scrolledvertically 64,0; invalidate 0,0,83,183; "
+        L"scrolled 64,0; scrolledvertically 64,0");
+    EXPECT_EQ(view_->scrollPosition(), (Point{72, 64}));
     view_->scrollTo(Point{INT32_MAX, INT32_MIN});
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
     view_->setContent(nullptr);
@@ -229,16 +240,21 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
 TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     corner_->takeFocus();
     EXPECT_EQ(view_->scrollPosition(), (Point{249 - 83, 469 - 183}));
-    // Stays in view when the room shrinks.
-    view_->setBoundary({0, 0, 99, 99});
-    EXPECT_EQ(view_->scrollPosition().y, 469 - 83);
+    // Stays in view when the room shrinks; where others scroll is theirs.
+    view_->setBoundary({0, 0, 79, 99});
+    corner_->notify(Control::kScrolledVertically, MessageWord(std::intptr_t{3}));
+    EXPECT_EQ(view_->scrollPosition(), (Point{249 - 63, 469 - 83}));
     view_->scrollTo(Point{0, 0});
+    view_->setBoundary({0, 0, 99, 99});
+    EXPECT_EQ(view_->scrollPosition(), Point());
     sheet().notify(Control::kShouldScrollChildIntoView, MessageWord::ofObject(corner_.get()));
     EXPECT_EQ(view_->scrollPosition().x, 249 - 83);
     EXPECT_FALSE(view_->scrollTo(*window_));
     view_->scrollTo(Point{216, 0});
     EXPECT_TRUE(view_->scrollTo(*corner_));
     EXPECT_EQ(view_->scrollPosition().x, 200);
+    click(corner_->toSurface({1, 1}));
+    EXPECT_TRUE(corner_->hasFocus());
 }
 
 }  // namespace

@@ -8,11 +8,11 @@ namespace {
 using namespace test;
 using enum MouseAction;
 
-// Tells what reaches it.
 class Probe : public Control {
 public:
     bool onMouse(const MouseEvent& event) override {
         tell(L"mouse " + textOf(event.position));
+        onEvent();
         return uses;
     }
     bool onKey(const KeyEvent& event) override {
@@ -21,9 +21,9 @@ public:
     }
 
     bool uses = false;
+    std::function<void()> onEvent = [] {};
 };
 
-// Two drawn controls side by side, and one in the second.
 class InputTest : public ToolkitTest {
 protected:
     InputTest() {
@@ -58,7 +58,6 @@ TEST_F(InputTest, mouse_movesPressesAndReleases_sendsInOrder) {
               L"cursor 2; leaveHovering; 0; mouse 10,5; enterFocus; enterLeftClicking; 1; mouse "
               L"-40,5; 0; mouse -40,5; leaveLeftClicking; 1");
     EXPECT_EQ(native().systemFocus, right_.get());
-    // The other button belongs to the running press.
     EXPECT_EQ(after({{kRightDown, {10, 5}}, {kLeftDown, {60, 5}}, {kLeftUp, {10, 5}}}),
               L"mouse 10,5; leaveFocus; enterFocus; enterRightClicking; 1; mouse 60,5; 0; 1");
     EXPECT_EQ(after({{kRightUp, {10, 5}}, {kRightUp, {10, 5}}}),
@@ -68,12 +67,12 @@ TEST_F(InputTest, mouse_movesPressesAndReleases_sendsInOrder) {
               L"mouse 2,2; enterLeftClicking; 1; mouse 2,3; leaveLeftClicking; leftClicked 2,3; 1");
     // Moved by more than four pixels, it is a drag.
     left_->setDraggable(true);
-    EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {14, 1}}, {kMove, {15, 5}}, {kMove, {10, 5}}}),
+    EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {14, 1}}, {kMove, {15, 5}}, {kMove, {-7, 5}}}),
               L"mouse 10,5; enterLeftClicking; 1; enterHovering; cursor 3; mouse 14,1; 0; dragging "
-              L"15,5; mouse 15,5; 0; dragging 10,5; mouse 10,5; 0");
+              L"15,5; mouse 15,5; 0; leaveHovering; dragging -7,5; mouse -7,5; 0");
     EXPECT_EQ(after({{kLeftUp, {10, 5}}, {kLeftDown, {10, 5}}, {kMove, {10, 10}}}),
               L"mouse 10,5; leaveLeftClicking; dropped 10,5; 1; mouse 10,5; enterLeftClicking; 1; "
-              L"dragging 10,10; mouse 10,10; 0");
+              L"enterHovering; cursor 3; dragging 10,10; mouse 10,10; 0");
     native().captured = false;
     router().cancelPress();
     EXPECT_EQ(after({{kRightDown, {10, 5}}, {kMove, {30, 5}}, {kRightUp, {30, 5}}}),
@@ -94,11 +93,11 @@ TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {
     right_->uses = true;
     EXPECT_EQ(after({{kWheel, {62, 13}, 7}}), L"mouse 2,3; mouse 12,13; 1");
     right_->setEnabled(false);
-    EXPECT_EQ(after({{kWheel, {62, 13}, 7}, {kWheel, {262, 13}, 7}}),
-              L"invalidate 50,0,99,49; scrolledmousewheel 7,0; 0; 0");
+    EXPECT_EQ(after({{kWheel, {62, 13}, 7}, {kWheel, {262, 13}, 7}, {kLeftDown, {262, 13}}}),
+              L"invalidate 50,0,99,49; scrolledmousewheel 7,0; 0; 0; 0");
 }
 
-TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
+TEST_F(InputTest, removal_whilePressedHoveredFocusedOrByItsHandler_leavesAllStates) {
     inner_->setFocusable(true);
     for (int how = 0; how < 3; ++how) {
         window_->addChild(right_);
@@ -111,6 +110,31 @@ TEST_F(InputTest, removal_whilePressedHoveredFocused_leavesAllStates) {
         expectTold(how < 2 ? left + L"; invalidate 50,0,99,49" : L"invalidate 50,0,99,49; " + left);
         EXPECT_FALSE(native().captured || router().focused() || router().hovered());
     }
+    // A handler that ends its control on the press or on the release: no press, no click.
+    for (int how = 0; how < 4; ++how) {
+        window_->addChild(right_);
+        right_->setEnabled(true);
+        right_->onEvent = [&, left = how % 2]() mutable {
+            if (left-- == 0) {
+                how < 2 ? window_->removeChild(right_.get()) : right_->setEnabled(false);
+            }
+        };
+        log_->take();
+        click({55, 5});
+        EXPECT_EQ(log_->take(), how % 2 == 0
+                                    ? L""
+                                    : L"enterFocus enterLeftClicking leaveFocus leaveLeftClicking");
+        EXPECT_FALSE(native().captured);
+    }
+    const auto cover = shown(makeControl<Probe>(), {40, 10, 69, 39});
+    cover->setTakesMouse(false);
+    EXPECT_EQ(window_->controlAt({60, 10}), inner_.get());
+    cover->tooltip().setLiteral(L"x");
+    EXPECT_EQ(window_->controlAt({60, 10}), cover.get());
+    right_->setEnabled(true);
+    right_->connect(std::make_shared<FunctionSink>([&](auto&&...) { left_->takeFocus(); }), false);
+    EXPECT_FALSE(right_->takeFocus() || right_->hasFocus());
+    EXPECT_TRUE(native().systemFocus == left_.get() && left_->hasFocus());
 }
 
 TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
@@ -120,9 +144,9 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
     // clang-format off
     for (const auto& [modifiers, focused] :
          {std::pair{0U, right_}, {0U, left_}, {0U, inner_}, {0U, right_}, {kModifierShift, inner_},
-          {kModifierShift, left_}, {kModifierAlt, left_}}) {
+          {kModifierShift, left_}, {kModifierAlt, left_}, {kModifierControl, left_}}) {
         // clang-format on
-        EXPECT_EQ(key(kKeyTab, modifiers), modifiers != kModifierAlt);
+        EXPECT_EQ(key(kKeyTab, modifiers), modifiers < kModifierControl);
         EXPECT_EQ(router().focused(), focused);
     }
     inner_->takeFocus();
@@ -145,10 +169,7 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
     EXPECT_EQ(router().focused(), left_);
     right_->setEnabled(false);
     left_->setFocusable(false);
-    const auto foreign = makeControl<Control>();
-    foreign->setFocusable(true);
-    EXPECT_FALSE(router().setFocus(foreign.get()) || foreign->takeFocus() || right_->takeFocus() ||
-                 left_->takeFocus() || key(kKeyTab));
+    EXPECT_FALSE(right_->takeFocus() || left_->takeFocus() || key(kKeyTab));
 }
 
 TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
@@ -166,13 +187,6 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
     left_->setTooltipOptions(options);
     left_->tooltip().setLiteral(L"What it is");
     native().clientPosition = {100, 200};
-    const auto application = makeRecordingApplicationService();
-    window_->registerService(application, true, true);
-    application->getPreferences()->setBool(L"showTooltips", false);
-    mouse(kMove, {10, 20});
-    EXPECT_EQ(timer(), nullptr) << "nobody wants them";
-    mouse(kLeave);
-    application->getPreferences()->setBool(L"showTooltips", true);
     // 10 characters of 7 pixels, a line of 16, margins of 6 and 3.
     const std::pair<Size, const wchar_t*> rows[] = {
         {{},

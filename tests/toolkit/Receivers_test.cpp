@@ -12,7 +12,6 @@ namespace {
 using namespace test;
 using Make = std::function<std::shared_ptr<Control>()>;
 
-// Tells something from inside of its hooks, and never has enough room.
 class Telling : public Control {
 public:
     Size preferredSize() override { return {50, ++height}; }
@@ -66,7 +65,6 @@ struct Scene {
             holder->removeChild(control);
         }
     }
-    // Every child knows its holder.
     Control* holderOf(Control& holder) const {
         Control* found = nullptr;
         for (const auto& child : holder.children()) {
@@ -196,7 +194,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
     }, {[](auto& c) { c.setEditable(false); }, [](auto& c) { c.setText(L"one"); },
         [](auto& c) { c.acceptSelection(0); }, [](auto& c) { c.acceptText(L"other"); }});
     survives<NativeTextBox>([&] { return host->createNativeTextBox(); },
-        {[](auto& c) { c.setText(L"one"); }});
+        {[](auto& c) { c.setText(L"one"); }, [](auto& c) { c.refresh(); }});
     survives<NativeScrollBar>([&] { return host->createNativeScrollBar(true); },
         {[](auto& c) { c.setRange(7, 9); }});
     survives<NativeDialog>([&] { return host->createNativeDialog(); },
