@@ -32,6 +32,7 @@ const std::string kMark = "\xEF\xBB\xBF";
 const std::wstring kMachine = L"Utf8DecoderStateMachine::tryReduce: ";
 const std::wstring kIncompleteMark = kMachine + L"incomplete UTF8 Byte Order Mark encountered";
 const std::wstring kMissingMark = kMachine + L"required UTF8 Byte Order Mark missing";
+const std::wstring kFull = L"pending_.size < pending_.bytes.size()";
 const std::wstring kNotDecoded =
     L"Encoder::decodeFromUTF8: utf8 string not fully decoded (incomplete trailing escape sequence)";
 
@@ -126,6 +127,7 @@ TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeByTheDialectsRules) {
             machine.finish();
         });
         ASSERT_EQ(Decoded(machine.output(), failure), expected);
+        ASSERT_EQ(thrownText([&] { machine.feed('a'); }) == kFull, failure == kIncompleteMark);
         // A run alone keeps to its room.
         const auto* const at = reinterpret_cast<const unsigned char*>(guarded(bytes).data());
         wchar_t* const out = roomFor<wchar_t>(bytes.size());
@@ -237,7 +239,8 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
             const ReplacedImport broken(slot, reinterpret_cast<void*>(replacement));
             EXPECT_EQ(operation(file_, text_), report.empty());
         }
-        const std::string line = ": catched std::exception: " + report + "\r\n";
+        const std::string name = report == "cannot read file" ? "load" : "save";
+        const std::string line = "Loader::" + name + ": catched std::exception: " + report + "\r\n";
         EXPECT_EQ(trace.bytes().find(line) == std::string::npos, report.empty());
         EXPECT_EQ(readBytes(file_), left);
         EXPECT_TRUE(test::deleteFile(file_)) << "the file must be closed";

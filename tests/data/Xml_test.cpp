@@ -192,8 +192,12 @@ wstring randomText(Random& random) {
     // Long and short fractions, ties among them.
     const std::int64_t digits = any >> (11 + random.below(50));
     const double fraction = std::ldexp(digits, -static_cast<int>(random.below(70)));
-    const wstring texts[] = {L"2016-11-04 06:39:59", formatWide(L"%.17g", fraction),
-                             std::to_wstring(any), escaped(random.text(40))};
+    const wstring texts[] = {L"2016-11-04 06:39:59",
+                             formatWide(L"%.17g", fraction),
+                             std::to_wstring(any >> random.below(64)),
+                             escaped(random.text(40)),
+                             L"18446744073709551614",
+                             formatWide(L"%d.%07d5", random.below(99), random.below(999'999))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
         const wchar_t unit = random.pick(std::wstring_view(L"0019--+: .eyY\t\v\f\x1F"));
@@ -320,7 +324,7 @@ TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
         {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", HUGE_VAL}, {L"2e99999999999999999999", HUGE_VAL},
         {L"2e-99999999999999999999", 0.0}, {L"-1e400", -HUGE_VAL}, {L"1E+400", HUGE_VAL}, {L"3e-400", 0.0},
         {L"1" + zeros, HUGE_VAL}, {L"." + zeros + L"1", 0.0}, {L"1" + zeros + L"e-1000", 0.0},
-        {L"0." + zeros + L"1e1000", HUGE_VAL},
+        {L"0." + zeros + L"1e+1000", HUGE_VAL},
         // clang-format on
     };
     for (const auto& [text, expected] : kDoubles) {
@@ -330,11 +334,12 @@ TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
         EXPECT_EQ(Xml::toDouble(out), expected) << out;
     }
     wstring out;
-    Xml::appendLong(out, -5, 3);
+    Xml::appendLong(out, -5, 500);
     Xml::appendLongHex(out += L' ', 0xBEEF, 6);
     Xml::appendSize(out += L' ', 7, 500);
     Xml::appendSizeHex(out += L' ', ~0ULL);
-    EXPECT_EQ(out, L"-05 00BEEF " + zeros.substr(0, 126) + L"7 FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(out, L"-" + zeros.substr(0, 125) + L"5 00BEEF " + zeros.substr(0, 126) +
+                       L"7 FFFFFFFFFFFFFFFF");
 }
 
 TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
@@ -356,6 +361,16 @@ TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
     }
 }
 
+// Gives back the last character only.
+struct OneByOne : std::wstreambuf {
+    int_type underflow() override {
+        next ^= L'<' ^ L'>';
+        setg(&next, &next, &next + 1);
+        return next;
+    }
+    wchar_t next = L'>';
+};
+
 TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
     const wstring document = L" <p a='1'>a&amp;b</p>c&x;<q>";
     const wchar_t* const end = document.data() + document.size();
@@ -363,7 +378,7 @@ TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
     std::wistringstream stream(document);
     wstring text;
     EXPECT_TRUE(Xml::peekTag(stream, text) && text == L"p");
-    const TraceCapture trace;
+    const TraceCapture trace(kTraceLevelInfo);
     for (const bool isStream : {true, false}) {
         const auto tag = [&](const wchar_t* name, bool closing, bool must) {
             return isStream ? Xml::readTag(stream, name, closing, must)
@@ -379,10 +394,18 @@ TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
     }
     EXPECT_FALSE(Xml::peekTag(stream, text));
     thrownText([&] { Xml::readTag(at = end, end - 1, L"v", false, false); });
+    OneByOne buffer;
+    std::wistream forgetful(&buffer);
+    EXPECT_FALSE(Xml::peekTag(forgetful, text));
+    EXPECT_EQ(thrownText([&] { Xml::readTag(forgetful, L"v", false, false); }),
+              L"Xml: insufficient putback space in streambuf");
     const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 4U);
+    ASSERT_EQ(lines.size(), 7U);
     EXPECT_EQ(lines[0].find("throwing: '</q> expected, but found <q>', in src/lib/ZuXml, "), 0U);
     EXPECT_EQ(lines[3], "throwing: 'sourcePos <= sourceEnd', in src/lib/ZuXml, line 1227");
+    EXPECT_EQ(lines[4],
+              "Xml::peekTag: insufficient putback space in streambuf; need at least 2 "
+              "putbackchars");
 }
 
 }  // namespace
