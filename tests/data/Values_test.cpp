@@ -39,8 +39,7 @@ SerializableUnion arrayOf(const Values& elements) {
 
 SerializableUnion valueOf(ValueKind kind, const wchar_t* text = L"") {
     SerializableUnion value;
-    const std::wstring document = L"<?x?><t>" + std::wstring(kindName(kind)) + L"</t>" + text;
-    readDocument(value, document, true);
+    readDocument(value, L"<?x?><t>" + std::wstring(kindName(kind)) + L"</t>" + text, true);
     return value;
 }
 
@@ -128,7 +127,6 @@ TEST(Union, change_destructorThatUsesOrDestroysTheUnion_findsItWhole) {
     }
 }
 
-// Writes down what the hook ran for, with the value that it found.
 class HookedBag : public PropertyBag {
 public:
     Texts changed;
