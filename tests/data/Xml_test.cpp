@@ -195,7 +195,7 @@ wstring randomText(Random& random) {
                              std::to_wstring(any >> random.below(64)),
                              escaped(random.text(40)),
                              L"18446744073709551614",
-                             formatWide(L"%d.%07d5", random.below(99), random.below(999'999))};
+                             formatWide(L"%d.%06d5", random.below(99), random.below(999'999))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
         const wchar_t unit = random.pick(std::wstring_view(L"0019--+: .eyY\t\v\f\x1F"));
