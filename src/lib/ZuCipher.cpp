@@ -261,9 +261,6 @@ std::string sealBytes(const CipherKey& key, const CipherNonce& nonce, std::strin
 
 std::string openBytes(const CipherKey& key, const CipherNonce& nonce, std::string_view associated,
                       std::string_view sealed) {
-    if (sealed.size() < kCipherTagSize) {
-        throwText(L"Cipher::decipher: message is too short", ZU_HERE);
-    }
     const std::size_t size = sealed.size() - kCipherTagSize;
     // Holds the text before the tag is verified; a failure wipes it.
     WipedText plain(size);

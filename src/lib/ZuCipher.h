@@ -110,7 +110,7 @@ inline constexpr std::size_t kCipherTagSize = 16;
 using CipherNonce = std::array<std::uint8_t, kCipherNonceSize>;
 
 // One GCM operation without the layout around it. Sealed bytes are the
-// enciphered bytes and the tag behind them. A nonce must not be used twice
+// enciphered bytes and the tag behind them, never fewer. A nonce must not be used twice
 // under one key.
 std::string sealBytes(const CipherKey& key, const CipherNonce& nonce, std::string_view associated,
                       std::string_view plain);

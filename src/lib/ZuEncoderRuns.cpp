@@ -265,7 +265,7 @@ Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcep
         } else if (isPairLead(*run.at)) {
             *run.out++ = decodeSequence(run.at, 2);
             run.at += 2;
-            if (run.at != end && isPairLead(*run.at)) {
+            if (isPairLead(*run.at)) {
                 run = decodePairRun(run, end);
             }
         } else if (lead < 0xC0) {

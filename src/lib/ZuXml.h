@@ -215,7 +215,6 @@ inline constexpr bool isBlank(int c) noexcept { return isSpace(c) || c == L'\v' 
 template <class Source>
 inline bool takeExactTag(Source& in, std::wstring_view name, bool closing) {
     const auto start = in.mark();
-    in.startToken();
     while (isSpace(in.peek())) {
         in.skip();
     }
@@ -232,7 +231,6 @@ inline bool takeExactTag(Source& in, std::wstring_view name, bool closing) {
 // does not end fails an assertion.
 template <class Source>
 bool takeAnyTag(Source& in, std::wstring_view& text) {
-    in.startToken();
     int c = in.peek();
     while (c != Source::kEnd && c != L'<') {
         in.skip();

@@ -39,9 +39,13 @@ SerializableUnion arrayOf(const Values& elements) {
 
 SerializableUnion valueOf(ValueKind kind, const wchar_t* text = L"") {
     SerializableUnion value;
-    readDocument(value, L"<t>" + std::wstring(kindName(kind)) + L"</t>" + text, false);
+    readDocument(value, L"<?x?><t>" + std::wstring(kindName(kind)) + L"</t>" + text, true);
     return value;
 }
+
+struct Written : SharedObject, ISerializable {
+    void writeXml(std::wostream& stream) const override { stream << 1234; }
+};
 
 TEST(Union, everyKind_isOnlyWhatItIs_andEqualOnlyToItsCopies) {
     const Values values = oneOfEachKind();
@@ -87,6 +91,12 @@ TEST(Union, everyKind_isOnlyWhatItIs_andEqualOnlyToItsCopies) {
     copy.setString(copy.stringRef());
     EXPECT_EQ(copy.getString(), L"5");
     EXPECT_EQ(thrownText([&] { xmlOf(values[7]); }), L"not implemented");
+    copy.setObject(std::make_shared<Written>());
+    EXPECT_EQ(xmlOf(copy), L"<t>object</t>1234");
+    for (const bool isStream : {true, false}) {
+        SerializableT<std::shared_ptr<SharedObject>> object(copy.getObject());
+        EXPECT_EQ(readDocument(object, L"", isStream).first, L"not implemented");
+    }
 }
 
 TEST(Union, change_destructorThatUsesOrDestroysTheUnion_findsItWhole) {
@@ -117,7 +127,6 @@ TEST(Union, change_destructorThatUsesOrDestroysTheUnion_findsItWhole) {
     }
 }
 
-// Writes down what the hook ran for, with the value that it found.
 class HookedBag : public PropertyBag {
 public:
     Texts changed;

@@ -19,7 +19,6 @@ using zustd::test::MemoryWatch;
 
 namespace {
 
-// What was released last.
 constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
