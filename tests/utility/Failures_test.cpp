@@ -135,7 +135,7 @@ TEST_F(FailuresTest, everyCall_failsOnce_isToldAndLeavesTheUsersFiles) {
                 FAIL() << action.name << " " << n << " " << failed << story;
             }
         }
-        std::printf("%s: %d failures\n", action.name.c_str(), n - 1);
+        EXPECT_GT(n, 100);
     }
 }
 
@@ -166,7 +166,6 @@ TEST_F(FailuresTest, killBeforeEveryChange_nextRun_putsTheUsersFilesRight) {
             }
         }
         EXPECT_GT(kills, 5);
-        std::printf("%s: %d kills\n", action.name.c_str(), kills - 1);
     }
     setVariable(L"PELLORY_KILL", L"");
 }
