@@ -27,11 +27,7 @@ std::string reportOf(bool enabled, const std::string& before, const std::string&
            details + rule + "\n\n";
 }
 
-namespace {
-
-const fs::path kTemporary = fs::temp_directory_path();
-
-}  // namespace
+static const fs::path kTemporary = fs::temp_directory_path();
 
 void UtilityTest::moveTo(const std::wstring& name) {
     static int count = 0;

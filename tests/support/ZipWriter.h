@@ -75,7 +75,8 @@ public:
         directory_ += number(0x02014B50, 4) + number(20, 2) + start +
                       (is64_ ? sum + std::string(8, '\xFF') : sizes) + number(name.size(), 2) +
                       number(extra.size(), 2) + number(empty().size(), 2) + number(0, 8) +
-                      (is64_ ? std::string(4, '\xFF') : begin.substr(0, 4)) + name + extra + empty();
+                      (is64_ ? std::string(4, '\xFF') : begin.substr(0, 4)) + name + extra +
+                      empty();
         entries_ += number(0x04034B50, 4) + start + (behind ? number(0, 12) : sizes) +
                     number(name.size(), 2) + number(empty().size(), 2) + name + empty() + content +
                     (behind ? sizes : "");

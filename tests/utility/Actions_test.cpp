@@ -96,14 +96,6 @@ TEST_F(MenusTest, input_endedByAnInterrupt_isAskedForAgainAfterAWait) {
     std::clearerr(stdin);
 }
 
-TEST_F(MenusTest, transcript_grown_losesItsOlderHalf) {
-    clearTranscript();
-    for (int i = 0; i < 1025; ++i) {
-        recordOnly("%s", std::string(1 << 14, 'a').c_str());
-    }
-    EXPECT_EQ(getTranscript().size(), (std::size_t{8} << 20) + (1 << 14));
-}
-
 TEST_F(MenusTest, entries_chosen_doAsTheySay) {
     write(data() / "settings_home.config", "");
     const std::string off = mainMenu("", kNone, "");
@@ -195,10 +187,7 @@ TEST_F(SwitchesTest, arguments_given_theFirstActionOfTheListIsDone) {
         const Lines keys(said.ends_with(kKeyPrompt) ? 1 : 0, "x");
         EXPECT_EQ(run(arguments, keys, said == invalid ? 1 : 0), kBanner + said);
     }
-    // There is no console.
-    play.codePage = 0;
     EXPECT_TRUE(run({L"-disableDebugging", L"-LogDiagnostics"}).starts_with(kBanner + "\n\n---"));
-    EXPECT_EQ(play.codePage, 0u);
     EXPECT_EQ(read(config()), debugConfig("y", "$(auto)", "10", "1"));
 }
 
@@ -217,7 +206,6 @@ TEST_F(DebugLoggingTest, report_anyFile_tellsWhatItHoldsOrWhyItDoesNot) {
          {"no", "D:\\logs\\\xD0\xAF.log", "-5", "255"}},
         {bag + enabled + "<v>y</v></p>\n</hmap>\n</bag>\n", "", {"yes", "", "-1", "-1"}},
         {bag + enabled, "  Could not load debug.config file C\n", {"no", "$(auto)", "10", "1"}},
-        // A folder of that name.
         {"", missing, {"no", "$(auto)", "10", "1"}}};
     for (const auto& [content, state, settings] : kFiles) {
         fs::remove(config());

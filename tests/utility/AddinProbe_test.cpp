@@ -124,7 +124,6 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     FreeConsole();
     ASSERT_TRUE(AllocConsole()) << GetLastError();
     SetConsoleCtrlHandler(&ignoreConsoleEvent, TRUE);
-    // The add-in owns it until it ends.
     const HANDLE hanging = CreateMutexW(nullptr, FALSE, L"PelloryTestAddin");
     for (const bool isKilled : {true, false}) {
         SetConsoleOutputCP(437);
@@ -169,10 +168,8 @@ TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
         kWeAre64 ? "Pellory add-in is there for 32-bit Outlook: please use zuplutil32.exe\n"
                  : "Pellory add-in is there for 64-bit Outlook: please use zuplutil.exe\n";
     const std::string noObject = "could not instantiate Pellory.Connect\n";
-    // A system of 32 bits has one view.
     BOOL isBeside = FALSE;
     IsWow64Process(GetCurrentProcess(), &isBeside);
-    // In which registry, what the library is, what is said.
     const std::tuple<const char*, std::string, std::string> kCases[] = {
         {otherView, libraryFor(kOwn),
          kWeAre64 || isBeside ? "could not get classid for Pellory.Connect\n" + line : noObject},

@@ -45,7 +45,6 @@ TEST_F(ArchiveCheckTest, wholeArchive_inAnyForm_holdsTheFolder) {
             EXPECT_TRUE(holds(archive(is64).bytes(comment))) << is64;
         }
     }
-    // One of the three numbers in 64 bits is enough.
     for (const auto& [at, size] : {std::pair<std::size_t, std::size_t>{8, 2}, {12, 4}, {16, 4}}) {
         std::string bytes = archive(true).bytes("c");
         bytes.replace(bytes.size() - 15, 12, 12, '\1');

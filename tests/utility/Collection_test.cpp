@@ -133,7 +133,6 @@ $ reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f outlo
 $ reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f office /reg:@W >reg-@W-hklm-uninstall-officequery.log
 $ reg QUERY HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s /f pellory /reg:@W >reg-@W-hklm-uninstall-plquery.log)";
 
-// Of one hive.
 constexpr char kPermissions[] =
     R"(@ACL/keyreg HKEY_@H /display >acl-reg-@N-@BITS.log 2>acl-errors-@N.log
 @ACL/keyreg HKEY_@H\Software /display >>acl-reg-@N-@BITS.log 2>>acl-errors-@N.log
@@ -153,8 +152,7 @@ constexpr char kPermissions[] =
 [64]@ACL/subkeyreg HKEY_@H\Software\Wow6432Node\Classes\PelloryForOutlook.Connect /display  >>acl-reg-@N-wow32.log 2>>acl-errors-@N.log
 )";
 
-// A folder of programs, and as the interpreter gets it: where two per cents have a letter or digit
-// between them, one is in quotes.
+// A folder of programs, and as it is given: no two per cents have a whole name between them.
 const std::string kPrograms = "a%0%9%A%Z%a%z%-b%@%[%`%{%\xC2\xA0%\xC2\xA1%\xF0\x9F\x98\x80% ";
 const std::string kKeptPrograms =
     "a%\"0\"%\"9\"%\"A\"%\"Z\"%\"a\"%\"z\"%-\"b\"%@%[%`%{%\xC2\xA0%\"\xC2\xA1\"%\xF0\x9F\x98\x80% ";
@@ -179,8 +177,9 @@ protected:
         lock_.reset();
         const wchar_t* const names[] = {L"user", L"it's (2) o'clock", L"B\u00fcro=a;b,c! 100%"};
         moveTo(names[random_() % std::size(names)]);
-        const char* const packings[] = {"packed", "packed waits", "hasZip waits grows",
-                                        "hasZip half", "noScript", "noZip", "hasZip locked"};
+        const char* const packings[] = {"packed",       "packed waits", "hasZip waits grows",
+                                        "hasZip half",  "noScript",     "noZip",
+                                        "hasZip locked"};
         std::istringstream words(packings[random_() % std::size(packings)]);
         words_ = {std::istream_iterator<std::string>(words), {}};
         for (const char* word : {"vista", "64", "light", "asksOcat", "log", "dump", "config",
@@ -218,7 +217,6 @@ protected:
         const fs::path own = bench() / pathOf(kPrograms + (has("64") ? "86" : "32"));
         const fs::path all = bench() / pathOf(kPrograms + (has("64") ? "64" : "32"));
         acl_ = makeTool("acl", {start() / "subinacl.exe", own / kit, all / kit});
-        // Where nobody looks.
         write(bench() / pathOf(kPrograms + (has("64") ? "32" : "64")) / kit, "");
         ocat_ =
             makeTool("ocat", {start() / "ocat/ocatcmd.exe", own / "Microsoft OCAT/ocatcmd.exe"});

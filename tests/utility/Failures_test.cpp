@@ -13,7 +13,6 @@ namespace {
 struct Action {
     std::string name;
     Words arguments;
-    // At the menus; the last one stays 0.
     const char* choices;
 };
 
