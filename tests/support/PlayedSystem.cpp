@@ -62,7 +62,6 @@ std::size_t process = 0;
 
 int playSystem(const char* command) {
     std::string line = command;
-    // As the interpreter does.
     if (line.starts_with("cmd /S /C \"") && line.ends_with("\"")) {
         line = line.substr(11, line.size() - 12);
     }

@@ -32,7 +32,6 @@ inline const std::string kKeyPrompt =
     "\nPress any key to continue...\n\n"
     "(or press CTRL-C to abort Pellory Maintenance Utility)\n";
 
-// The settings report, short or with its details.
 std::string reportOf(bool enabled, const std::string& before = {}, const std::string& details = {});
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
@@ -46,7 +45,6 @@ inline void write(const fs::path& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
-// As the C runtime writes text.
 inline std::string asFile(const std::string& text) {
     return std::regex_replace(text, std::regex("\n"), "\r\n");
 }
@@ -129,7 +127,6 @@ public:
         WaitForSingleObject(process_.get(), INFINITE);
     }
 
-    // What was read, errors among it, with plain line feeds.
     const std::string& output() const { return output_; }
 
 private:
@@ -152,11 +149,9 @@ protected:
     // Makes the folders of a user of this name, with neighbours that no action may touch.
     void moveTo(const std::wstring& name);
 
-    // An answer that is none.
     static constexpr char kEndOfInput[] = "^Z";
     // What the utility printed; the answers are typed one after another, then zeros.
     std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
-    // The same, to be performed.
     static std::function<int()> utility(const Words& arguments);
 
     // What has changed since the folders were made, or since it was given: a line each.

@@ -53,6 +53,9 @@ public:
     static constexpr unsigned kUtf8 = 0x0800;
     static constexpr unsigned kSizesBehindData = 8;
 
+    // A field without content, which follows each name.
+    static std::string empty() { return number(0x5455, 4); }
+
     // In 64-bit form the numbers that have one stand there alone.
     explicit ZipWriter(bool is64 = false) : is64_(is64) {}
 
@@ -63,15 +66,20 @@ public:
         const std::string size = number(content.size(), 8);
         const std::string sizes = sum + number(content.size(), 4) + number(content.size(), 4);
         const bool behind = (flags & kSizesBehindData) != 0;
-        const std::string start = number(20, 2) + number(flags, 2) + number(0, 6);
+        const std::string start =
+            number(20, 2) + number(flags, 2) + number(0, 2) + number(0x496E49D3, 4);
         const std::string begin = number(entries_.size(), 8);
-        const std::string extra = is64_ ? number(1, 2) + number(24, 2) + size + size + begin : "";
+        const std::string extra =
+            number(0x5455, 2) + number(8, 2) + number(0, 8) +
+            (is64_ ? number(1, 2) + number(24, 2) + size + size + begin : empty());
         directory_ += number(0x02014B50, 4) + number(20, 2) + start +
                       (is64_ ? sum + std::string(8, '\xFF') : sizes) + number(name.size(), 2) +
-                      number(extra.size(), 2) + number(0, 10) +
-                      (is64_ ? std::string(4, '\xFF') : begin.substr(0, 4)) + name + extra;
+                      number(extra.size(), 2) + number(empty().size(), 2) + number(0, 8) +
+                      (is64_ ? std::string(4, '\xFF') : begin.substr(0, 4)) + name + extra +
+                      empty();
         entries_ += number(0x04034B50, 4) + start + (behind ? number(0, 12) : sizes) +
-                    number(name.size(), 2) + number(0, 2) + name + content + (behind ? sizes : "");
+                    number(name.size(), 2) + number(empty().size(), 2) + name + empty() + content +
+                    (behind ? sizes : "");
         ++count_;
     }
 

@@ -21,8 +21,8 @@ HRESULT behave() {
         *reinterpret_cast<volatile int*>(how.size() / 1000) = 1;
     } else if (how == L"exits") {
         std::exit(0);
-    } else if (how == L"ends") {
-        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(-1));
+    } else if (how.starts_with(L"0x")) {
+        TerminateProcess(GetCurrentProcess(), std::stoul(how, nullptr, 16));
     } else if (how == L"hangs") {
         WaitForSingleObject(CreateMutexW(nullptr, FALSE, L"PelloryTestAddin"), INFINITE);
         Sleep(INFINITE);

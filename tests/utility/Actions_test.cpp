@@ -80,6 +80,22 @@ TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded
     EXPECT_EQ(play.codePage, 437u);
 }
 
+// An interrupt ends the input, too; the system tells of it a moment later.
+TEST_F(MenusTest, input_endedByAnInterrupt_isAskedForAgainAfterAWait) {
+    int asked = 0;
+    int sleeps = 0;
+    play.onSleep = [&] { ++sleeps; };
+    play.typed = [&] {
+        EXPECT_EQ(sleeps, asked == 3 ? 100 : 0);
+        ++asked;
+        stdin->_flag |= asked == 1 ? 0 : _IOEOF;
+        SetLastError(asked % 2 == 1 ? ERROR_OPERATION_ABORTED : GetLastError());
+        return asked == 4 ? "0\n" : "x\n";
+    };
+    perform(utility({}));
+    std::clearerr(stdin);
+}
+
 TEST_F(MenusTest, entries_chosen_doAsTheySay) {
     write(data() / "settings_home.config", "");
     const std::string off = mainMenu("", kNone, "");
@@ -190,7 +206,6 @@ TEST_F(DebugLoggingTest, report_anyFile_tellsWhatItHoldsOrWhyItDoesNot) {
          {"no", "D:\\logs\\\xD0\xAF.log", "-5", "255"}},
         {bag + enabled + "<v>y</v></p>\n</hmap>\n</bag>\n", "", {"yes", "", "-1", "-1"}},
         {bag + enabled, "  Could not load debug.config file C\n", {"no", "$(auto)", "10", "1"}},
-        // A folder of that name.
         {"", missing, {"no", "$(auto)", "10", "1"}}};
     for (const auto& [content, state, settings] : kFiles) {
         fs::remove(config());
@@ -271,6 +286,9 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         "What an interrupted run had kept of the debug settings was not readable" + path;
     // An item of a kind that nobody writes, with its length and check sum.
     const std::string unknown("\1\0\0\0\0\0\0\0\xC4\x9D\x1C\x81", 12);
+    // That there was nothing, and a content of ours, as every release writes them.
+    const std::string none = number(0x30554D50, 4) + number(0, 4) + number(0xB149D095, 4);
+    const std::string own = number(0x30554D52, 4) + number(1, 4) + number(0x633E83D, 4) + "x";
     // What was kept ("/" for a folder), what the file holds ("/" for none), what is said, what
     // then.
     const std::array<std::string, 4> kStates[] = {
@@ -287,6 +305,8 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         {damaged, ours, unusable, ours},
         {unknown + kept.substr(12 + mine.size()), ours, unusable, ours},
         {std::string(17 << 20, 'x'), mine, unusable, mine},
+        {none + own, "x", mended(), "/"},
+        {none, ours, changed, ours},
         {"/", ours, "", ours}};
     for (const auto& [left, before, said, after] : kStates) {
         SCOPED_TRACE(said + before);
@@ -367,7 +387,7 @@ TEST_F(CleanUpTest, pathOfAnySigns_cleanedUp_isLeftOrRemovedAndNoOtherFolderReac
         {L"two,words", "two,words"},
         {L"two;words", "two;words"},
         {L"two=words", "two=words"},
-        {L"R&D^2(%TEMP%)", "R^&D^^2(%\"T\"EMP%)"}};
+        {L"R&&D^2(%TEMP%)", "R^&^&D^^2(%\"T\"EMP%)"}};
     for (const auto& [name, given] : names) {
         prepare(name);
         const bool isInParts = *name == L't';
@@ -387,6 +407,12 @@ TEST_F(CleanUpTest, pathOfAnySigns_cleanedUp_isLeftOrRemovedAndNoOtherFolderReac
                                    (isInParts ? stays + end : messages_ + completed_));
         EXPECT_EQ(fs::exists(diagnostics()), isInParts);
     }
+    // What was gathered elsewhere, since the desktop is on a share.
+    setVariable(L"TESTROOT", L"\\\\?\\" + root().wstring());
+    setVariable(L"TMP", bench().wstring());
+    write(bench() / "PelloryDiagnostics/stale.log", "");
+    chosen("7");
+    EXPECT_FALSE(fs::exists(bench() / "PelloryDiagnostics"));
 }
 
 }  // namespace

@@ -53,7 +53,9 @@ TEST_F(AddinProbeTest, addin_anyWayItEnds_isOneLineOnTheScreenAndInTheLog) {
         {L"throws", "Pellory add-in threw an exception"},
         {L"crashes", "Pellory add-in crashed with exception c0000005"},
         {L"exits", "Pellory add-in ended its process with exit code 0"},
-        {L"ends", "Pellory add-in ended its process with exit code ffffffff"},
+        {L"0xC0000000", "Pellory add-in crashed with exception c0000000"},
+        {L"0xEFFFFFFF", "Pellory add-in crashed with exception efffffff"},
+        {L"0xF0000000", "Pellory add-in ended its process with exit code f0000000"},
         {L"hangs", "Pellory add-in did not finish within 2 seconds and was ended"}};
     for (const auto& [way, line] : kWays) {
         setVariable(L"PELLORY_ADDIN", way);
@@ -87,7 +89,7 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
     logs["dir-plappdata.log"] = "Pellory data dir = ";
     const std::string packed = read(zip());
     for (const auto& [name, content] : logs) {
-        EXPECT_NE(packed.find(name + content), packed.npos) << name;
+        EXPECT_NE(packed.find(name + ZipWriter::empty() + content), packed.npos) << name;
     }
     EXPECT_EQ(packed.find("nobody's business"), packed.npos);
     // In their order, also where others write to the same stream.
@@ -122,9 +124,9 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     FreeConsole();
     ASSERT_TRUE(AllocConsole()) << GetLastError();
     SetConsoleCtrlHandler(&ignoreConsoleEvent, TRUE);
-    // The add-in owns it until it ends.
     const HANDLE hanging = CreateMutexW(nullptr, FALSE, L"PelloryTestAddin");
     for (const bool isKilled : {true, false}) {
+        SetConsoleOutputCP(437);
         UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light");
         EXPECT_TRUE(utility.waitFor(kCreated));
         if (isKilled) {
@@ -135,6 +137,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
             GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
             EXPECT_EQ(utility.exitCode(), 0xC000013Au);
             EXPECT_TRUE(utility.output().ends_with(kCreated)) << utility.output();
+            EXPECT_EQ(GetConsoleOutputCP(), 437u);
         }
         EXPECT_EQ(read(config()), kMine);
     }
@@ -153,7 +156,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
 // A library of which nothing but the machine can be read.
 std::string libraryFor(WORD machine) {
     return std::string(60, '\0') + number(64, 4) + std::string("PE\0\0", 4) + number(machine, 2) +
-           std::string(18, '\0');
+           std::string(118, '\0');
 }
 
 TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
@@ -165,10 +168,8 @@ TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
         kWeAre64 ? "Pellory add-in is there for 32-bit Outlook: please use zuplutil32.exe\n"
                  : "Pellory add-in is there for 64-bit Outlook: please use zuplutil.exe\n";
     const std::string noObject = "could not instantiate Pellory.Connect\n";
-    // A system of 32 bits has one view.
     BOOL isBeside = FALSE;
     IsWow64Process(GetCurrentProcess(), &isBeside);
-    // In which registry, what the library is, what is said.
     const std::tuple<const char*, std::string, std::string> kCases[] = {
         {otherView, libraryFor(kOwn),
          kWeAre64 || isBeside ? "could not get classid for Pellory.Connect\n" + line : noObject},

@@ -45,14 +45,21 @@ TEST_F(ArchiveCheckTest, wholeArchive_inAnyForm_holdsTheFolder) {
             EXPECT_TRUE(holds(archive(is64).bytes(comment))) << is64;
         }
     }
+    for (const auto& [at, size] : {std::pair<std::size_t, std::size_t>{8, 2}, {12, 4}, {16, 4}}) {
+        std::string bytes = archive(true).bytes("c");
+        bytes.replace(bytes.size() - 15, 12, 12, '\1');
+        EXPECT_TRUE(holds(bytes.replace(bytes.size() - 23 + at, size, size, '\xFF'))) << at;
+    }
     ZipWriter other;
     other.add("sub/", "");
     other.add("another.log", "is not asked for");
     other.add("a.log", kFiles.at("a.log"), ZipWriter::kSizesBehindData);
     // In an old code page, with backslashes.
-    other.add("b\x81ro.log", "", 0);
     other.add("sub\\c d.log", kFiles.at("sub/c d.log"), 0);
+    other.add("b\x81ro.log", "", 0);
     EXPECT_TRUE(holds(other.bytes()));
+    write(zip(), ZipWriter().bytes());
+    EXPECT_TRUE(holdsFolder(zip().wstring(), (logs() / "empty folder").wstring()));
 }
 
 TEST_F(ArchiveCheckTest, archive_lackingAFile_doesNotHoldTheFolder) {
@@ -78,9 +85,10 @@ std::string marks(bool is64) {
     std::string directory;
     for (const auto& [name, content] : kFiles) {
         entries += "XXXX----XX--------XXXXXXXXXXXX" + std::string(name.size(), 'X') +
-                   std::string(content.size(), '-');
+                   std::string(4 + content.size(), '-');
         directory += "XXXX------XX--------XXXXXXXXXXXXXXXX------XXXX" +
-                     std::string(name.size() + (is64 ? 28 : 0), 'X');
+                     std::string(name.size(), 'X') +
+                     (is64 ? "--XX--------" + std::string(28, 'X') : "---X----------XX") + "----";
     }
     return entries + directory +
            (is64 ? std::string(12, 'X') + "----" + std::string(60, 'X') + "XXXX" +
@@ -96,7 +104,7 @@ TEST_F(ArchiveCheckTest, archive_cutOrChanged_doesNotHoldTheFolder) {
         for (std::size_t at = 0; at < bytes.size(); ++at) {
             EXPECT_FALSE(holds(bytes.substr(0, at))) << "cut at " << at;
             std::string changed = bytes;
-            changed[at] = static_cast<char>(changed[at] ^ 0x81);
+            changed[at] = static_cast<char>(changed[at] ^ 1);
             EXPECT_EQ(holds(changed), matters[at] == '-') << is64 << " changed at " << at;
         }
     }

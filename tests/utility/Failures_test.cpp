@@ -13,7 +13,6 @@ namespace {
 struct Action {
     std::string name;
     Words arguments;
-    // At the menus; the last one stays 0.
     const char* choices;
 };
 
@@ -135,7 +134,7 @@ TEST_F(FailuresTest, everyCall_failsOnce_isToldAndLeavesTheUsersFiles) {
                 FAIL() << action.name << " " << n << " " << failed << story;
             }
         }
-        std::printf("%s: %d failures\n", action.name.c_str(), n - 1);
+        EXPECT_GT(n, 100);
     }
 }
 
@@ -166,7 +165,6 @@ TEST_F(FailuresTest, killBeforeEveryChange_nextRun_putsTheUsersFilesRight) {
             }
         }
         EXPECT_GT(kills, 5);
-        std::printf("%s: %d kills\n", action.name.c_str(), kills - 1);
     }
     setVariable(L"PELLORY_KILL", L"");
 }
