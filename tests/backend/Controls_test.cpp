@@ -1,8 +1,6 @@
 // The native controls against a model, and what the user does with them.
 
-#include <array>
 #include <numeric>
-#include <random>
 
 #include "ZuFontWin32Gdi.h"
 #include "ZuNativeComboBox.h"

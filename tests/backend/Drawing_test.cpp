@@ -1,10 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
-#include <functional>
-#include <limits>
-#include <random>
 
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"

@@ -1,6 +1,5 @@
 // Trees and grids against plain lists: whatever the program, the user and the
 // system do, the portable half says and the control shows what the lists say.
-#include <algorithm>
 #include <optional>
 
 #include "support/ItemsTest.h"

@@ -2,15 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <atomic>
 #include <bit>
 #include <cerrno>
-#include <functional>
-#include <memory>
 #include <numeric>
 #include <regex>
-#include <stdexcept>
 #include <thread>
 
 #include "ZuDateTime.h"

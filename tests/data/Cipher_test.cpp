@@ -6,9 +6,6 @@
 #include <cryptopp/zlib.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
-#include <memory>
 #include <set>
 
 #include "ZuEncoder.h"

@@ -4,7 +4,6 @@
 
 #include <io.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <regex>
 

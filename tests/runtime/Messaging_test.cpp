@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
 #include <set>
-#include <stdexcept>
 
 #include "support/FrameworkTest.h"
 

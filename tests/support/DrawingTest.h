@@ -2,10 +2,6 @@
 // asked for, and a loop of messages that ends.
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
-#include <functional>
-
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuGeometry.h"
 #include "ZuHandleWin32Gdi.h"

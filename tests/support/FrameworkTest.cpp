@@ -4,12 +4,9 @@
 
 #include <malloc.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <new>
 #include <sstream>
 
 #include "ZuWindows.h"

@@ -2,14 +2,8 @@
 // obstacles to put in the way, and random values that can be had again.
 #pragma once
 
-#include <atomic>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <random>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "ZuMessaging.h"
 #include "ZuPlankton.h"

@@ -3,9 +3,6 @@
 // surface's input router, which is all that a real backend does.
 #pragma once
 
-#include <functional>
-#include <vector>
-
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeButton.h"

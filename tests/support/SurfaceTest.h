@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
-
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsService.h"
 #include "ZuMessageLoopWin32Gdi.h"

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "ZuResourceService.h"
 #include "support/FrameworkTest.h"
 #include "support/RecordingBackend.h"

@@ -132,8 +132,15 @@ std::string UtilityTest::changed() const {
 
 }  // namespace zuplutil::test
 
-// A test program is the add-in's process, too.
+// A test program is the add-in's process, too, and the interpreter that says what it is given.
 int main(int argc, char** argv) {
+    const std::string line = zuplutil::test::utf8(GetCommandLineW());
+    if (const std::size_t at = line.find(" /c cmd /S /C \""); at != line.npos) {
+        const std::string command = line.substr(at + 15, line.size() - at - 16);
+        std::cout << "$ " << command << std::endl;
+        zuplutil::test::UtilityTest::obey(command);
+        return 0;
+    }
     int count = 0;
     wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
     if (zuplutil::runAsProbeProcess(count, words)) {

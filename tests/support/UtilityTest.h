@@ -7,8 +7,6 @@
 
 #include <cstdlib>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include "PlayedSystem.h"
 #include "ZipWriter.h"

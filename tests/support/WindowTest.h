@@ -2,7 +2,6 @@
 // while a dialog waits for him, and what he sees on the screen.
 #pragma once
 
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <string>

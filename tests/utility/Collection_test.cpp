@@ -367,5 +367,28 @@ TEST_F(CollectionTest, anyMachineModeAndUser_collected_saysRunsAndLeavesWhatIsEx
     }
 }
 
+// What an interpreter receives from outside. Only a 32-bit process can be told of the other view.
+TEST_F(CollectionTest, shippedProgram_ownOrBothViews_givesTheCommandsOfTheTestedOne) {
+    const bool is32 = sizeof(void*) == 4;
+    setVariable(L"PROCESSOR_ARCHITEW6432", is32 ? L"AMD64" : L"");
+    for (const wchar_t* const name : {L"PROGRAMFILES", L"PROGRAMFILES(X86)", L"ProgramW6432"}) {
+        setVariable(name, (bench() / "programs").wstring());
+    }
+    play.windowsVersion = 10;
+    write(start() / "subinacl.exe", "");
+    give();
+    play.onCommand = obey;
+    const std::string played = run({L"-logdiagnostics"});
+    EXPECT_EQ(played.find("\\Software\\Wow6432Node\\Classes") != played.npos, is32);
+    setVariable(L"COMSPEC", builtProgram("bin/utility_collection_tests.exe").wstring());
+    UtilityProcess utility(shippedProgram(), L"-logdiagnostics");
+    setVariable(L"COMSPEC", L"");
+    EXPECT_EQ(utility.exitCode(), 0);
+    EXPECT_EQ(utility.output(),
+              filled(played, {{"Pellory add-in ended its process with exit code 0",
+                               "attempting to connect to Pellory add-in\n"
+                               "could not get classid for Pellory.Connect"}}));
+}
+
 }  // namespace
 }  // namespace zuplutil::test

@@ -1,9 +1,6 @@
 // Everything that the utility asks of the system fails once: each allocation and each call, the
 // n-th for all n. And the utility is killed at every call that changes something.
 
-#include <algorithm>
-#include <cstdlib>
-
 #include "Console.h"
 #include "UtilityTest.h"
 

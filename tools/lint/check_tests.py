@@ -3,7 +3,7 @@
 
 A test is named subject_condition_outcome: parts in lowerCamel, joined by
 underscores. Tests and their support have a limit to their lines for one of the
-sources, blank lines left out, on its way down to 0.40: it is never raised. Who
+sources, blank lines left out: it is never raised. Who
 adds a test asks first which one it replaces.
 """
 
@@ -12,7 +12,7 @@ import sys
 
 from support.project import arguments, project_files, report
 
-MOST = 0.481
+MOST = 0.400
 COUNTED = (".cpp", ".h", ".cmake", ".txt", ".sh", ".rc", ".S")
 TEST = re.compile(r"^TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", re.MULTILINE)
 NAME = re.compile(r"[a-z][A-Za-z0-9]*(_[a-z0-9][A-Za-z0-9]*)+")
