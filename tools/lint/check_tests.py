@@ -3,8 +3,8 @@
 
 A test is named subject_condition_outcome: parts in lowerCamel, joined by
 underscores. Tests and their support have a limit to their lines for one of the
-sources, blank lines left out: it is never raised. Who
-adds a test asks first which one it replaces.
+sources, blank lines left out: it is never raised. Who adds a test asks first which
+one it replaces.
 """
 
 import re
