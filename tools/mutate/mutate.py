@@ -66,7 +66,9 @@ def including(header):
         found = {name for name, text in files.items() if include.search(text)} - seen
         seen |= found
         waiting += [name for name in found if name.endswith(".h")]
-    return {name: files[name] for name in seen if name.endswith(".cpp")}
+    # What a class derives from stands in its header.
+    return {name: files[name] + files.get(name.replace(".cpp", ".h"), "")
+            for name in seen if name.endswith(".cpp")}
 
 
 def wide_family(path, line):
