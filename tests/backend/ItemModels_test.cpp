@@ -298,7 +298,7 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
         SCOPED_TRACE(seed);
         random_ = Random(seed);
         // Without them the rest comes at once.
-        hasTimers = seed % 4 != 0;
+        hasTimers = seed % 2 != 0;
         const std::size_t betweenLooks = random_.pick(kBetweenLooks);
         for (std::size_t changes = 10 + random_.below(100); changes > 0; --changes) {
             change();
