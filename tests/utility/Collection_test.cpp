@@ -380,9 +380,10 @@ TEST_F(CollectionTest, shippedProgram_ownOrBothViews_givesTheCommandsOfTheTested
     play.onCommand = obey;
     const std::string played = run({L"-logdiagnostics"});
     EXPECT_EQ(played.find("\\Software\\Wow6432Node\\Classes") != played.npos, is32);
+    const std::wstring interpreter = _wgetenv(L"COMSPEC");
     setVariable(L"COMSPEC", builtProgram("bin/utility_collection_tests.exe").wstring());
     UtilityProcess utility(shippedProgram(), L"-logdiagnostics");
-    setVariable(L"COMSPEC", L"");
+    setVariable(L"COMSPEC", interpreter);
     EXPECT_EQ(utility.exitCode(), 0);
     EXPECT_EQ(utility.output(),
               filled(played, {{"Pellory add-in ended its process with exit code 0",
