@@ -57,31 +57,31 @@ def family(path):
 
 
 def including(header):
-    """Sources of src that see a header, itself or by way of others."""
-    files = {file.name: file.read_text(encoding="utf-8") for file in (ROOT / "src").rglob("*.*")
+    """Sources of src and tests that see a header, itself or by way of others: path to text."""
+    files = {file.name: file for folder in ("src", "tests") for file in (ROOT / folder).rglob("*.*")
              if file.suffix in (".cpp", ".h")}
+    texts = {name: file.read_text(encoding="utf-8") for name, file in files.items()}
     seen, waiting = {header}, [header]
     while waiting:
-        include = re.compile(r'#include "(?:lib/)?' + re.escape(waiting.pop()) + '"')
-        found = {name for name, text in files.items() if include.search(text)} - seen
+        include = re.compile(r'#include "(?:\w+/)?' + re.escape(waiting.pop()) + '"')
+        found = {name for name, text in texts.items() if include.search(text)} - seen
         seen |= found
         waiting += [name for name in found if name.endswith(".h")]
     # What a class derives from stands in its header.
-    return {name: files[name] + files.get(name.replace(".cpp", ".h"), "")
+    return {str(files[name].relative_to(ROOT)): texts[name] + texts.get(name[:-3] + "h", "")
             for name in seen if name.endswith(".cpp")}
 
 
 def wide_family(path, line):
     """What a header's line is compiled into elsewhere: a default argument, an initial value, an
     operation that the compiler put in place of its call. None when that is too much to compile."""
-    lines = (ROOT / path).read_text(encoding="utf-8").split("\n")[:line]
-    names = [found[-1] for pattern in (r"(\w+)\(", r"\b(?:class|struct) (\w+)")
-             for found in [re.findall(pattern, "\n".join(lines))] if found]
+    text = "\n".join((ROOT / path).read_text(encoding="utf-8").split("\n")[:line])
+    # An operation is named first on its line; what its body names stands further in or further on.
+    names = [found[-1] for pattern in (r"^ {0,4}\S[^(\n]*?(\w+)\(", r"\b(?:class|struct) (\w+)")
+             for found in [re.findall(pattern, text, re.MULTILINE)] if found]
     mentions = re.compile(r"\b(?:" + "|".join(names) + r")\b")
-    users = {name for name, text in including(Path(path).name).items() if mentions.search(text)}
-    sources = [str(file.relative_to(ROOT)) for file in (ROOT / "src").rglob("*.cpp")
-               if file.name in users]
-    wide = sorted({*family(path), *sources})
+    users = {user for user, text in including(Path(path).name).items() if mentions.search(text)}
+    wide = sorted({*family(path), *users})
     return wide if len(wide) <= WIDEST else None
 
 
