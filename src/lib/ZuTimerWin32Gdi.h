@@ -16,7 +16,6 @@ namespace zustd {
 
 class TimerWin32Gdi;
 
-// The hidden window that a thread's timers share.
 class TimerWindowWin32Gdi {
 public:
     // Throws SystemException when there is no window to be had.
@@ -24,16 +23,13 @@ public:
 
     // Starts a system timer; 0 when there is none to be had.
     UINT_PTR start(TimerWin32Gdi& timer, std::uint32_t milliseconds);
-    // Lets a running one go on with another interval.
-    bool restart(UINT_PTR number, std::uint32_t milliseconds) noexcept;
     void stop(UINT_PTR number) noexcept;
 
     // This thread's window, made by the first who asks.
     static std::shared_ptr<TimerWindowWin32Gdi> ofThisThread();
 
 private:
-    static LRESULT CALLBACK receive(HWND window, UINT message, WPARAM wide, LPARAM extra) noexcept;
-    static ATOM registeredClass();
+    static void CALLBACK tick(HWND window, UINT message, UINT_PTR number, DWORD time) noexcept;
 
     WindowHandle window_;
     UINT_PTR lastNumber_ = 0;
