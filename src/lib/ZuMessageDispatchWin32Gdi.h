@@ -22,10 +22,7 @@ struct WindowMessage {
 // Who handles the messages of windows that are not its own class's.
 class IMultiWindowMessageHandlerWin32Gdi {
 public:
-    IMultiWindowMessageHandlerWin32Gdi() = default;
-    IMultiWindowMessageHandlerWin32Gdi(const IMultiWindowMessageHandlerWin32Gdi&) = delete;
-    IMultiWindowMessageHandlerWin32Gdi& operator=(const IMultiWindowMessageHandlerWin32Gdi&) =
-        delete;
+    IMultiWindowMessageHandlerWin32Gdi& operator=(IMultiWindowMessageHandlerWin32Gdi&&) = delete;
     virtual ~IMultiWindowMessageHandlerWin32Gdi() = default;
 
     // A message of an attached window, or one that its parent got about it:
@@ -38,9 +35,7 @@ public:
 // A handler's hold on one window; ends with this object or with the window.
 class WindowAttachment {
 public:
-    WindowAttachment() = default;
-    WindowAttachment(const WindowAttachment&) = delete;
-    WindowAttachment& operator=(const WindowAttachment&) = delete;
+    WindowAttachment& operator=(WindowAttachment&&) = delete;
     ~WindowAttachment() { detach(); }
 
     // Watches the window and what its parent hears of it; false when the system
