@@ -27,13 +27,6 @@ bool standsAlone(wchar_t character) noexcept {
            isBetween(character, 0x20A0, 0x20BF);
 }
 
-std::int32_t systemTextWidth(HDC context, std::wstring_view text) noexcept {
-    SIZE size{};
-    // The system refuses longer texts than its counts can hold.
-    const auto length = static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
-    return GetTextExtentPoint32W(context, text.data(), length, &size) ? size.cx : 0;
-}
-
 }  // namespace
 
 void FontWin32Gdi::synchronizeWithAbstraction() {
@@ -72,7 +65,10 @@ std::int32_t FontWin32Gdi::textWidth(std::wstring_view text) {
         if (own < 0) {
             const HDC context = measuringContext();
             const SelectedObject selected(context, handle());
-            return systemTextWidth(context, text);
+            // The system refuses longer texts than its counts can hold.
+            const auto length = static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+            SIZE size{};
+            return GetTextExtentPoint32W(context, text.data(), length, &size) ? size.cx : 0;
         }
         width += own;
     }
