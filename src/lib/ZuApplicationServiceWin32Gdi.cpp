@@ -194,8 +194,7 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create
             std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
             if (create && isWholeName(directory) &&
                 GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
-                // Whoever writes into the directory notices soon enough that it is
-                // not there.
+                // Whoever writes into it notices soon enough that it is not there.
                 static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));
             }
             return directory;
@@ -228,17 +227,15 @@ std::wstring ApplicationServiceWin32Gdi::getCriticalErrorText(std::uint32_t code
 }
 
 bool ApplicationServiceWin32Gdi::installKeyboardHook() {
-    if (hookedService != nullptr && hookedService != this) {
-        hookedService->removeKeyboardHook();
-    }
-    if (!keyboardHook_) {
+    if (hookedService != this) {
+        if (hookedService != nullptr) {
+            hookedService->removeKeyboardHook();
+        }
         keyboardHook_.reset(
             SetWindowsHookExW(WH_KEYBOARD, &keyboardHook, nullptr, GetCurrentThreadId()));
+        hookedService = keyboardHook_ ? this : nullptr;
     }
-    if (keyboardHook_) {
-        hookedService = this;
-    }
-    return static_cast<bool>(keyboardHook_);
+    return hookedService == this;
 }
 
 void ApplicationServiceWin32Gdi::removeKeyboardHook() {
@@ -256,10 +253,8 @@ int ApplicationServiceWin32Gdi::runMessageLoop() {
 }
 
 void ApplicationServiceWin32Gdi::logMemoryInfo() const {
-    if (isTraced(kTraceLevelMemory)) {
-        trace(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
-              getMemoryInfo().c_str());
-    }
+    ZU_TRACE(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
+             getMemoryInfo().c_str());
 }
 
 }  // namespace zustd

@@ -20,8 +20,7 @@ class ModalSession {
 public:
     // Disables the owner if it is enabled; null for a dialog without owner.
     explicit ModalSession(HWND owner);
-    ModalSession(const ModalSession&) = delete;
-    ModalSession& operator=(const ModalSession&) = delete;
+    ModalSession& operator=(ModalSession&&) = delete;
     ~ModalSession();
 
     // Whom a dialog has to have for owner that wants the window around this one: the

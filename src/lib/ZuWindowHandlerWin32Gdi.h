@@ -31,8 +31,7 @@ struct SurfaceServices {
 
 class WindowHandlerWin32Gdi {
 public:
-    WindowHandlerWin32Gdi(const WindowHandlerWin32Gdi&) = delete;
-    WindowHandlerWin32Gdi& operator=(const WindowHandlerWin32Gdi&) = delete;
+    WindowHandlerWin32Gdi& operator=(WindowHandlerWin32Gdi&&) = delete;
     virtual ~WindowHandlerWin32Gdi() { destroyWindow(); }
 
     // Whose window this is; null for a window of somebody else or of another

@@ -27,18 +27,9 @@ constexpr double kFactorPerPixel = 0.0625;
 constinit double scalingFactor = 0.0;
 
 HCURSOR nativeCursor(MouseCursor cursor) noexcept {
-    static constexpr std::array<int, 8> kIdentifiers = {
-        32512,  // IDC_ARROW
-        32649,  // IDC_HAND
-        32513,  // IDC_IBEAM
-        32514,  // IDC_WAIT
-        32644,  // IDC_SIZEWE
-        32645,  // IDC_SIZENS
-        32646,  // IDC_SIZEALL
-        32648,  // IDC_NO
-    };
-    const auto index = static_cast<std::size_t>(cursor);
-    return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
+    const std::array names = {IDC_ARROW,  IDC_HAND,   IDC_IBEAM,   IDC_WAIT,
+                              IDC_SIZEWE, IDC_SIZENS, IDC_SIZEALL, IDC_NO};
+    return LoadCursorW(nullptr, names[static_cast<std::size_t>(cursor)]);
 }
 
 struct BitmapKey {
@@ -58,25 +49,18 @@ class DrawingCache {
 public:
     static constexpr std::size_t kMostHeld = 64;
 
-    // The object for a key, made by make() when there is none. A null that
-    // make() returns is not kept.
+    // The object for a key, made by make() when there is none.
     template <class Make>
     std::shared_ptr<T> find(const Key& key, Make&& make) {
-        const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                        [&key](const Entry& entry) { return entry.key == key; });
-        std::shared_ptr<T> object;
-        if (found != entries_.end()) {
-            object = found->known.lock();
-        }
+        const auto isWanted = [&key](const Entry& entry) { return entry.key == key; };
+        const auto found = std::find_if(entries_.begin(), entries_.end(), isWanted);
+        std::shared_ptr<T> object = found != entries_.end() ? found->known.lock() : nullptr;
         if (object) {
             std::rotate(entries_.begin(), found, found + 1);
         } else {
             object = make();
-            if (!object) {
-                return object;
-            }
             // make() may have asked this cache for something else.
-            std::erase_if(entries_, [&key](const Entry& entry) { return entry.key == key; });
+            std::erase_if(entries_, isWanted);
             entries_.insert(entries_.begin(), Entry{key, nullptr, object});
         }
         entries_.front().held = object;
@@ -94,10 +78,9 @@ private:
     };
 
     void trim() {
-        for (std::size_t i = kMostHeld; i < entries_.size(); ++i) {
-            entries_[i].held.reset();
-        }
         if (entries_.size() > kMostHeld) {
+            // No more than one comes in at a time.
+            entries_[kMostHeld].held.reset();
             std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
         }
     }
@@ -105,15 +88,8 @@ private:
     std::vector<Entry> entries_;
 };
 
-auto& fontCache() {
-    static DrawingCache<FontStyle, Font> cache;
-    return cache;
-}
-
-auto& bitmapCache() {
-    static DrawingCache<BitmapKey, Bitmap> cache;
-    return cache;
-}
+DrawingCache<FontStyle, Font> fontCache;
+DrawingCache<BitmapKey, Bitmap> bitmapCache;
 
 // The dialog wants name and pattern in turn, each terminated, and an empty one
 // at the end.
@@ -155,10 +131,9 @@ void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
 
 Point WindowServiceWin32Gdi::getMousePosition() const {
     POINT place{};
-    if (!GetCursorPos(&place)) {
-        return {};
+    if (GetCursorPos(&place)) {
+        ScreenToClient(window_, &place);
     }
-    ScreenToClient(window_, &place);
     return {place.x, place.y};
 }
 
@@ -255,9 +230,6 @@ bool WindowServiceWin32Gdi::isWindowVisibleAtPos(Point place) const {
 
 void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
     guarded(L"WindowServiceWin32Gdi::makeWindowVisibleAtPos", [&] {
-        if (window_ == nullptr) {
-            return;
-        }
         SetWindowPos(window_, HWND_TOP, place.x, place.y, 0, 0,
                      SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
         if (WindowHandlerWin32Gdi* surface = handler()) {
@@ -305,13 +277,10 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
             name[0] = L'\0';
             isChosen = GetOpenFileNameW(&request) != FALSE;
         }
-        if (isChosen) {
-            return std::wstring(name.data());
-        }
-        if (CommDlgExtendedError() != 0) {
+        if (!isChosen && CommDlgExtendedError() != 0) {
             throwSystemException(L"Could not select file", ZU_HERE);
         }
-        return std::wstring();
+        return isChosen ? std::wstring(name.data()) : std::wstring();
     });
 }
 
@@ -366,7 +335,7 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescripto
 }
 
 std::shared_ptr<Font> WindowServiceWin32Gdi::getCachedFont(const FontStyle& style) {
-    return fontCache().find(style, [&] { return createFont(style); });
+    return fontCache.find(style, [&] { return createFont(style); });
 }
 
 std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getCachedBitmap(const ResourceDescriptor& resource,
@@ -374,8 +343,8 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getCachedBitmap(const ResourceDes
     const auto resources = getAbstraction().getService<IResourceService>();
     const FileResource* file =
         resources ? resources->getFileResource(resource.identifier) : nullptr;
-    return bitmapCache().find({resource.identifier, size, file},
-                              [&] { return createBitmap(resource, size); });
+    return bitmapCache.find({resource.identifier, size, file},
+                            [&] { return createBitmap(resource, size); });
 }
 
 std::shared_ptr<Font> WindowServiceWin32Gdi::createFont(const FontStyle& style) {
@@ -404,8 +373,8 @@ std::shared_ptr<TimerWindowWin32Gdi> WindowServiceWin32Gdi::createTimerWindow() 
 }
 
 void WindowServiceWin32Gdi::clearDrawingCaches() noexcept {
-    fontCache().clear();
-    bitmapCache().clear();
+    fontCache.clear();
+    bitmapCache.clear();
 }
 
 WindowServiceWin32Gdi* windowServiceBackend(const WindowService* service) noexcept {
