@@ -139,11 +139,8 @@ void startGdiPlus() {
 
 PixelBitmap::PixelBitmap(Size extents) : size(extents) {
     BITMAPINFO description{};
-    description.bmiHeader.biSize = sizeof(description.bmiHeader);
-    description.bmiHeader.biWidth = size.width;
-    description.bmiHeader.biHeight = -size.height;
-    description.bmiHeader.biPlanes = 1;
-    description.bmiHeader.biBitCount = 32;
+    description.bmiHeader = {
+        sizeof(BITMAPINFOHEADER), size.width, -size.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void* bits = nullptr;
     handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!handle) {
@@ -182,10 +179,7 @@ void BitmapWin32Gdi::synchronizeWithAbstraction() {
         if (image_.handle) {
             return;
         }
-        std::shared_ptr<IResourceService> resources = resources_.lock();
-        if (const auto root = ServiceLocator::instance(); !resources && root) {
-            resources = root->getService<IResourceService>();
-        }
+        const std::shared_ptr<IResourceService> resources = resources_.lock();
         const FileResource* file =
             resources ? resources->getFileResource(getAbstraction().resource().identifier)
                       : nullptr;

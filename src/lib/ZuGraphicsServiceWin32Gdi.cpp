@@ -37,8 +37,7 @@ std::uint8_t between(std::uint8_t from, std::uint8_t to, std::int64_t step,
                                      ((to - from) * step + (to < from ? -last : last) / 2) / last);
 }
 
-// Takes one line from the front of a text; line feeds, alone or after a
-// carriage return, end lines.
+// Takes one line from the front of a text; line feeds, alone or after a carriage return, end lines.
 std::wstring_view takeLine(std::wstring_view& text) noexcept {
     const std::size_t end = text.find(L'\n');
     std::wstring_view line = text.substr(0, end);
@@ -71,8 +70,7 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
         layers_.clear();
         throwSystemException(L"Could not connect to device context", ZU_HERE);
     }
-    // What the caller has clipped away stays away: clipping from here on is a
-    // further restriction.
+    // What the caller has clipped away stays away: clipping from here on is a further restriction.
     SetMetaRgn(context);
     SetBkMode(context, TRANSPARENT);
     SetTextAlign(context, TA_LEFT | TA_TOP | TA_NOUPDATECP);
@@ -139,8 +137,7 @@ void GraphicsServiceWin32Gdi::drawFocusFrame(const Rect& area) {
     }
 }
 
-// Straight lines are filled, so that a pen of any width ends at the pixels that
-// it is told to.
+// Straight lines are filled, so that a pen of any width ends at the pixels that it is told to.
 void GraphicsServiceWin32Gdi::drawLine(Point from, Point to) {
     const auto [left, right] = std::minmax({from.x, to.x});
     const auto [upper, lower] = std::minmax({from.y, to.y});

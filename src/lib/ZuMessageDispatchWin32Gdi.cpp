@@ -52,8 +52,7 @@ bool startWatching(HWND window) {
     return true;
 }
 
-// The child that a message to its parent is about; null when it is not such a
-// message.
+// The child that a message to its parent is about; null when it is not such a message.
 HWND senderOf(UINT id, LPARAM extra) noexcept {
     switch (id) {
         case WM_NOTIFY:

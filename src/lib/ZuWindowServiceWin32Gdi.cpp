@@ -7,13 +7,11 @@
 
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
-#include "ZuGeometryWin32Gdi.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageBoxWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuResourceService.h"
 #include "ZuScope.h"
-#include "ZuTimerWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 
 namespace zustd {
@@ -64,7 +62,11 @@ public:
             entries_.insert(entries_.begin(), Entry{key, nullptr, object});
         }
         entries_.front().held = object;
-        trim();
+        if (entries_.size() > kMostHeld) {
+            // No more than one comes in at a time.
+            entries_[kMostHeld].held.reset();
+            std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
+        }
         return object;
     }
 
@@ -77,22 +79,13 @@ private:
         std::weak_ptr<T> known;
     };
 
-    void trim() {
-        if (entries_.size() > kMostHeld) {
-            // No more than one comes in at a time.
-            entries_[kMostHeld].held.reset();
-            std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
-        }
-    }
-
     std::vector<Entry> entries_;
 };
 
 DrawingCache<FontStyle, Font> fontCache;
 DrawingCache<BitmapKey, Bitmap> bitmapCache;
 
-// The dialog wants name and pattern in turn, each terminated, and an empty one
-// at the end.
+// The dialog wants name and pattern in turn, each terminated, and an empty one at the end.
 std::wstring filterOf(const std::vector<std::wstring>& patterns,
                       const std::vector<std::wstring>& patternNames) {
     std::wstring filter;
@@ -100,13 +93,11 @@ std::wstring filterOf(const std::vector<std::wstring>& patterns,
         // An empty text would be taken for the end.
         if (!patterns[i].empty()) {
             const std::wstring& name = patternNames[i].empty() ? patterns[i] : patternNames[i];
-            filter.append(name).push_back(L'\0');
-            filter.append(patterns[i]).push_back(L'\0');
+            filter += name + L'\0' + patterns[i] + L'\0';
         }
     }
-    filter.append(L"All Files").push_back(L'\0');
-    filter.append(L"*.*").push_back(L'\0');
-    return filter;
+    constexpr wchar_t kAllFiles[] = L"All Files\0*.*";
+    return filter.append(kAllFiles, std::size(kAllFiles));
 }
 
 }  // namespace
@@ -137,10 +128,6 @@ Point WindowServiceWin32Gdi::getMousePosition() const {
     return {place.x, place.y};
 }
 
-Point WindowServiceWin32Gdi::getWindowPosition() const { return windowRect(window_).position(); }
-
-Size WindowServiceWin32Gdi::getWindowSize() const { return windowRect(window_).size(); }
-
 void WindowServiceWin32Gdi::captureMouse() {
     if (window_ != nullptr) {
         SetCapture(window_);
@@ -153,26 +140,10 @@ void WindowServiceWin32Gdi::releaseMouse() {
     }
 }
 
-int WindowServiceWin32Gdi::showMessage(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
-}
-
 void WindowServiceWin32Gdi::closeMessage(int answer) {
     if (!openBoxes_.empty()) {
         guarded(L"WindowServiceWin32Gdi::closeMessage", [&] { openBoxes_.back()->close(answer); });
     }
-}
-
-int WindowServiceWin32Gdi::askYesNoCancel(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::askYesNoCancel", L"Could not ask question", box);
-}
-
-int WindowServiceWin32Gdi::askYesNo(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::askYesNo", L"Could not ask question", box);
-}
-
-int WindowServiceWin32Gdi::askOKCancel(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::askOKCancel", L"Could not ask question", box);
 }
 
 double WindowServiceWin32Gdi::getScalingFactor() {
@@ -183,8 +154,6 @@ double WindowServiceWin32Gdi::getScalingFactor() {
     }
     return scalingFactor;
 }
-
-Rect WindowServiceWin32Gdi::getWorkArea() const { return workAreaAround(window_); }
 
 Point WindowServiceWin32Gdi::getClientPosition() const {
     POINT place{};
@@ -366,10 +335,6 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::createBitmap(const ResourceDescri
 
 FontHandle WindowServiceWin32Gdi::createFontHandle(const FontStyle& style) {
     return makeFontHandle(style, getScalingFactor());
-}
-
-std::shared_ptr<TimerWindowWin32Gdi> WindowServiceWin32Gdi::createTimerWindow() {
-    return TimerWindowWin32Gdi::ofThisThread();
 }
 
 void WindowServiceWin32Gdi::clearDrawingCaches() noexcept {
