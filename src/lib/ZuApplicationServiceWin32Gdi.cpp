@@ -40,10 +40,16 @@ std::shared_ptr<WindowService> serviceOf(HWND window, const wchar_t* operation,
                    [window] { return makeWindowService(window); });
 }
 
-// Where there is no folder for the user's documents.
-std::wstring lastResort(const wchar_t* operation) {
-    ZU_TRACE(L"%ls: could not get directory CSIDL_PERSONAL - defaulting to C:\\", operation);
-    return L"C:\\";
+// For the user's documents, or what stands in for it.
+std::wstring documentsFolder(const wchar_t* operation, bool isSecondChoice) {
+    std::wstring directory = specialFolder(CSIDL_PERSONAL);
+    if (directory.empty()) {
+        ZU_TRACE(L"%ls: could not get directory CSIDL_PERSONAL - defaulting to C:\\", operation);
+        directory = L"C:\\";
+    } else if (isSecondChoice) {
+        ZU_TRACE(L"%ls: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL", operation);
+    }
+    return directory;
 }
 
 template <class Body>
@@ -170,22 +176,14 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDirectory() const {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserAppDataDirectory() const {
-    constexpr const wchar_t* kOperation = L"ApplicationServiceWin32Gdi::getUserAppDataDirectory";
-    if (std::wstring directory = specialFolder(CSIDL_APPDATA); !directory.empty()) {
-        return directory;
-    }
-    std::wstring directory = specialFolder(CSIDL_PERSONAL);
-    if (directory.empty()) {
-        return lastResort(kOperation);
-    }
-    ZU_TRACE(L"%ls: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL", kOperation);
-    return directory;
+    std::wstring directory = specialFolder(CSIDL_APPDATA);
+    return directory.empty()
+               ? documentsFolder(L"ApplicationServiceWin32Gdi::getUserAppDataDirectory", true)
+               : directory;
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserDocumentsDirectory() const {
-    std::wstring directory = specialFolder(CSIDL_PERSONAL);
-    return directory.empty() ? lastResort(L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory")
-                             : directory;
+    return documentsFolder(L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory", false);
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create) {
