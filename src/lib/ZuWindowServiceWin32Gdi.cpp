@@ -168,7 +168,7 @@ void WindowServiceWin32Gdi::closeWindow() {
 }
 
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
-    if (WindowHandlerWin32Gdi* surface = handler()) {
+    if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
         surface->setTakesInput(enable);
     } else {
         EnableWindow(window_, enable ? TRUE : FALSE);
@@ -177,7 +177,7 @@ void WindowServiceWin32Gdi::enableWindow(bool enable) {
 
 void WindowServiceWin32Gdi::hideWindow() {
     guarded(L"WindowServiceWin32Gdi::hideWindow", [this] {
-        if (WindowHandlerWin32Gdi* surface = handler()) {
+        if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(false);
         } else {
             ShowWindow(window_, SW_HIDE);
@@ -201,7 +201,7 @@ void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
     guarded(L"WindowServiceWin32Gdi::makeWindowVisibleAtPos", [&] {
         SetWindowPos(window_, HWND_TOP, place.x, place.y, 0, 0,
                      SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
-        if (WindowHandlerWin32Gdi* surface = handler()) {
+        if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(true);
         }
     });
@@ -209,7 +209,7 @@ void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
 
 void WindowServiceWin32Gdi::showWindow() {
     guarded(L"WindowServiceWin32Gdi::showWindow", [this] {
-        if (WindowHandlerWin32Gdi* surface = handler()) {
+        if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(true);
         }
         ShowWindow(window_, SW_SHOW);
@@ -217,7 +217,7 @@ void WindowServiceWin32Gdi::showWindow() {
 }
 
 void WindowServiceWin32Gdi::setFocus(Control& control) {
-    if (WindowHandlerWin32Gdi* surface = handler()) {
+    if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
         surface->giveFocus(control);
     } else if (window_ != nullptr) {
         const HWND native = nativeWindowOf(control);
@@ -269,12 +269,8 @@ int WindowServiceWin32Gdi::getNewId() noexcept {
 }
 
 Rect WindowServiceWin32Gdi::getDrawArea() const noexcept {
-    const WindowHandlerWin32Gdi* surface = handler();
+    const auto* surface = WindowHandlerWin32Gdi::of(window_);
     return surface != nullptr ? surface->drawArea() : Rect{};
-}
-
-WindowHandlerWin32Gdi* WindowServiceWin32Gdi::handler() const noexcept {
-    return WindowHandlerWin32Gdi::of(window_);
 }
 
 int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* failure,

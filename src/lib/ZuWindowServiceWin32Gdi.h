@@ -8,8 +8,7 @@
 namespace zustd {
 
 class MessageBoxWin32Gdi;
-class TimerWindowWin32Gdi;
-class WindowHandlerWin32Gdi;
+struct TimerWindowWin32Gdi;
 
 class WindowServiceWin32Gdi : public Implementation<WindowService, IWindowServiceImpl> {
 public:
@@ -95,8 +94,6 @@ public:
     static void clearDrawingCaches() noexcept;
 
 private:
-    // Null for a window of somebody else.
-    WindowHandlerWin32Gdi* handler() const noexcept;
     int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 
     HWND window_;
