@@ -40,10 +40,16 @@ std::shared_ptr<WindowService> serviceOf(HWND window, const wchar_t* operation,
                    [window] { return makeWindowService(window); });
 }
 
-// Where there is no folder for the user's documents.
-std::wstring lastResort(const wchar_t* operation) {
-    ZU_TRACE(L"%ls: could not get directory CSIDL_PERSONAL - defaulting to C:\\", operation);
-    return L"C:\\";
+// For the user's documents, or what stands in for it.
+std::wstring documentsFolder(const wchar_t* operation, bool isSecondChoice) {
+    std::wstring directory = specialFolder(CSIDL_PERSONAL);
+    if (directory.empty()) {
+        ZU_TRACE(L"%ls: could not get directory CSIDL_PERSONAL - defaulting to C:\\", operation);
+        directory = L"C:\\";
+    } else if (isSecondChoice) {
+        ZU_TRACE(L"%ls: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL", operation);
+    }
+    return directory;
 }
 
 template <class Body>
@@ -170,22 +176,14 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDirectory() const {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserAppDataDirectory() const {
-    constexpr const wchar_t* kOperation = L"ApplicationServiceWin32Gdi::getUserAppDataDirectory";
-    if (std::wstring directory = specialFolder(CSIDL_APPDATA); !directory.empty()) {
-        return directory;
-    }
-    std::wstring directory = specialFolder(CSIDL_PERSONAL);
-    if (directory.empty()) {
-        return lastResort(kOperation);
-    }
-    ZU_TRACE(L"%ls: could not get directory CSIDL_APPDATA - trying CSIDL_PERSONAL", kOperation);
-    return directory;
+    std::wstring directory = specialFolder(CSIDL_APPDATA);
+    return directory.empty()
+               ? documentsFolder(L"ApplicationServiceWin32Gdi::getUserAppDataDirectory", true)
+               : directory;
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserDocumentsDirectory() const {
-    std::wstring directory = specialFolder(CSIDL_PERSONAL);
-    return directory.empty() ? lastResort(L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory")
-                             : directory;
+    return documentsFolder(L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory", false);
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create) {
@@ -194,8 +192,7 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create
             std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
             if (create && isWholeName(directory) &&
                 GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
-                // Whoever writes into the directory notices soon enough that it is
-                // not there.
+                // Whoever writes into it notices soon enough that it is not there.
                 static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));
             }
             return directory;
@@ -228,17 +225,15 @@ std::wstring ApplicationServiceWin32Gdi::getCriticalErrorText(std::uint32_t code
 }
 
 bool ApplicationServiceWin32Gdi::installKeyboardHook() {
-    if (hookedService != nullptr && hookedService != this) {
-        hookedService->removeKeyboardHook();
-    }
-    if (!keyboardHook_) {
+    if (hookedService != this) {
+        if (hookedService != nullptr) {
+            hookedService->removeKeyboardHook();
+        }
         keyboardHook_.reset(
             SetWindowsHookExW(WH_KEYBOARD, &keyboardHook, nullptr, GetCurrentThreadId()));
+        hookedService = keyboardHook_ ? this : nullptr;
     }
-    if (keyboardHook_) {
-        hookedService = this;
-    }
-    return static_cast<bool>(keyboardHook_);
+    return hookedService == this;
 }
 
 void ApplicationServiceWin32Gdi::removeKeyboardHook() {
@@ -256,10 +251,8 @@ int ApplicationServiceWin32Gdi::runMessageLoop() {
 }
 
 void ApplicationServiceWin32Gdi::logMemoryInfo() const {
-    if (isTraced(kTraceLevelMemory)) {
-        trace(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
-              getMemoryInfo().c_str());
-    }
+    ZU_TRACE(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
+             getMemoryInfo().c_str());
 }
 
 }  // namespace zustd

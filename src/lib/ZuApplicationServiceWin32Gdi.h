@@ -6,8 +6,7 @@
 
 namespace zustd {
 
-// Behind the interface's slots the backend has its own, for the host that
-// knows that it runs on Windows. Their order is fixed too.
+// Behind the interface's slots the backend has its own, in a fixed order too.
 class ApplicationServiceWin32Gdi
     : public Implementation<ApplicationService, IApplicationServiceImpl> {
 public:

@@ -7,27 +7,11 @@
 #include <cmath>
 
 #include "ZuResourceService.h"
+#include "ZuScope.h"
 
 namespace zustd {
 
 namespace {
-
-// GDI+ for as long as the program runs.
-class GdiPlusSession {
-public:
-    GdiPlusSession() {
-        const Gdiplus::GdiplusStartupInput input;
-        if (Gdiplus::GdiplusStartup(&token_, &input, nullptr) != Gdiplus::Ok) {
-            throwSystemException(L"Could not start GDI+", ZU_HERE);
-        }
-    }
-    GdiPlusSession(const GdiPlusSession&) = delete;
-    GdiPlusSession& operator=(const GdiPlusSession&) = delete;
-    ~GdiPlusSession() { Gdiplus::GdiplusShutdown(token_); }
-
-private:
-    ULONG_PTR token_ = 0;
-};
 
 void check(Gdiplus::Status status) {
     if (status != Gdiplus::Ok) {
@@ -42,27 +26,20 @@ std::int64_t pixelCount(Size size) noexcept { return std::int64_t{size.width} * 
 
 bool isDrawable(Size size) noexcept { return !size.isEmpty() && pixelCount(size) <= kMostPixels; }
 
-std::int32_t bigEndian(std::span<const unsigned char, 4> bytes) noexcept {
-    std::uint32_t number = 0;
-    for (const unsigned char byte : bytes) {
-        number = number << 8 | byte;
-    }
-    return saturate(number);
-}
-
 // What a PNG says about its size, so that an absurd one costs nothing; empty
 // for anything else. Its first chunk must be the header.
 Size sizeOfPng(std::span<const unsigned char> bytes) noexcept {
     static constexpr std::array<unsigned char, 8> kSignature = {0x89, 'P',  'N',  'G',
                                                                 '\r', '\n', 0x1A, '\n'};
-    constexpr std::size_t kWidthOffset = 16;
-    constexpr std::size_t kHeaderEnd = 24;
-    if (bytes.size() < kHeaderEnd ||
+    constexpr std::size_t kSizeOffset = 16;
+    std::array<unsigned long, 2> size{};
+    if (bytes.size() < kSizeOffset + sizeof(size) ||
         !std::equal(kSignature.begin(), kSignature.end(), bytes.begin())) {
         return {};
     }
-    return {bigEndian(bytes.subspan<kWidthOffset, 4>()),
-            bigEndian(bytes.subspan<kWidthOffset + 4, 4>())};
+    std::memcpy(size.data(), &bytes[kSizeOffset], sizeof(size));
+    // Their most significant byte comes first.
+    return {saturate(_byteswap_ulong(size[0])), saturate(_byteswap_ulong(size[1]))};
 }
 
 Size scaledSize(Size size, double factor) noexcept {
@@ -73,19 +50,15 @@ Size scaledSize(Size size, double factor) noexcept {
 }
 
 Stream streamOf(std::span<const unsigned char> bytes) {
-    Handle<NullHandleTraits<HGLOBAL, &GlobalFree>> memory(GlobalAlloc(GMEM_MOVEABLE, bytes.size()));
-    void* target = memory ? GlobalLock(memory.get()) : nullptr;
-    if (target == nullptr) {
+    IStream* made = nullptr;
+    const HRESULT result = CreateStreamOnHGlobal(nullptr, TRUE, &made);
+    Stream stream(made);
+    if (FAILED(result) ||
+        FAILED(made->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr)) ||
+        FAILED(made->Seek({}, STREAM_SEEK_SET, nullptr))) {
         throwTraced(L"std::bad_alloc", ZU_HERE, std::bad_alloc());
     }
-    std::memcpy(target, bytes.data(), bytes.size());
-    GlobalUnlock(memory.get());
-    IStream* stream = nullptr;
-    if (FAILED(CreateStreamOnHGlobal(memory.get(), TRUE, &stream))) {
-        throwTraced(L"std::bad_alloc", ZU_HERE, std::bad_alloc());
-    }
-    memory.release();  // the stream's now
-    return Stream(stream);
+    return stream;
 }
 
 // Draws an image over the whole of a bitmap that is transparent so far.
@@ -152,15 +125,22 @@ PixelBitmap decodePng(std::span<const unsigned char> bytes, Size size, double sc
 
 }  // namespace
 
-void startGdiPlus() { static const GdiPlusSession session; }
+void startGdiPlus() {
+    static const ULONG_PTR token = [] {
+        const Gdiplus::GdiplusStartupInput input;
+        ULONG_PTR made = 0;
+        if (Gdiplus::GdiplusStartup(&made, &input, nullptr) != Gdiplus::Ok) {
+            throwSystemException(L"Could not start GDI+", ZU_HERE);
+        }
+        return made;
+    }();
+    static const ScopeExit session([]() noexcept { Gdiplus::GdiplusShutdown(token); });
+}
 
 PixelBitmap::PixelBitmap(Size extents) : size(extents) {
     BITMAPINFO description{};
-    description.bmiHeader.biSize = sizeof(description.bmiHeader);
-    description.bmiHeader.biWidth = size.width;
-    description.bmiHeader.biHeight = -size.height;
-    description.bmiHeader.biPlanes = 1;
-    description.bmiHeader.biBitCount = 32;
+    description.bmiHeader = {
+        sizeof(BITMAPINFOHEADER), size.width, -size.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void* bits = nullptr;
     handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!handle) {
@@ -199,10 +179,7 @@ void BitmapWin32Gdi::synchronizeWithAbstraction() {
         if (image_.handle) {
             return;
         }
-        std::shared_ptr<IResourceService> resources = resources_.lock();
-        if (const auto root = ServiceLocator::instance(); !resources && root) {
-            resources = root->getService<IResourceService>();
-        }
+        const std::shared_ptr<IResourceService> resources = resources_.lock();
         const FileResource* file =
             resources ? resources->getFileResource(getAbstraction().resource().identifier)
                       : nullptr;

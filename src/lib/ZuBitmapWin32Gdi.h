@@ -1,9 +1,7 @@
-// The Windows half of a bitmap: a PNG of the resource service as a 32-bit
-// bitmap of its final size.
+// The Windows half of a bitmap: a PNG of the resource service as a 32-bit bitmap of its final size.
 //
-// The image is found, decoded and scaled once, by the first synchronisation.
-// What is missing, broken or larger than kMostPixels leaves the bitmap empty:
-// it draws nothing and keeps the size that was asked for.
+// The image is found, decoded and scaled once, by the first synchronisation. What is missing,
+// broken or larger than kMostPixels leaves the bitmap empty, with the size that was asked for.
 #pragma once
 
 #include <span>
@@ -18,8 +16,7 @@ class IResourceService;
 // The largest image that is taken, before scaling and after it: 64 MB.
 inline constexpr std::int64_t kMostPixels = std::int64_t{16} << 20;
 
-// For whoever uses GDI+ by itself, as often as he likes; images start it when they
-// need it. Throws SystemException, and may be tried again then.
+// For whoever uses GDI+ by itself. Throws SystemException, and may be tried again then.
 void startGdiPlus();
 
 // A top-down bitmap of 32 bits a pixel, transparent black at first.
@@ -36,8 +33,7 @@ struct PixelBitmap {
 
 class BitmapWin32Gdi : public Implementation<Bitmap, IBitmapImpl> {
 public:
-    // An image without a size is shown at its own size times the factor. Once
-    // the service is gone, the one of the root registry takes its place.
+    // An image without a size is shown at its own size times the factor.
     BitmapWin32Gdi(const std::shared_ptr<IResourceService>& resources, double scalingFactor)
         : resources_(resources), scalingFactor_(scalingFactor) {}
 
@@ -60,9 +56,8 @@ private:
 // premultiplication, which icons and image lists do when they draw.
 void copyPlainPixels(const PixelBitmap& target, const PixelBitmap& source) noexcept;
 
-// What native controls blend with what lies below: an icon of the bitmap's size,
-// with so many empty columns behind it; empty for an empty bitmap and when the
-// system has none to give. Throws SystemException without room for its pixels.
+// What native controls blend with what lies below: an icon of the bitmap's size, with so many empty
+// columns behind it; empty for an empty bitmap. Throws SystemException without room for its pixels.
 IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space);
 
 // The backend of a bitmap; fails an assertion unless a window service made that.

@@ -10,12 +10,6 @@ namespace zustd {
 
 namespace {
 
-// A dialog without menu, class, caption and font of its own.
-struct alignas(DWORD) DialogTemplate {
-    DLGTEMPLATE head{};
-    std::array<WORD, 3> menuClassAndCaption{};
-};
-
 // What is too large for the area begins at its start.
 std::int32_t keptWithin(std::int32_t start, std::int32_t extent, std::int32_t first,
                         std::int32_t last) noexcept {
@@ -27,7 +21,7 @@ std::int32_t keptWithin(std::int32_t start, std::int32_t extent, std::int32_t fi
 void DialogWin32Gdi::synchronizeWithAbstraction() {
     guarded(L"DialogWin32Gdi::synchronizeWithAbstraction", [this] {
         if (window() == nullptr) {
-            createWindow(findOwner());
+            createWindow(ModalSession::ownerFor(creatorWindow()));
         }
         const NativeDialog& shown = getAbstraction();
         synchronizeCaption(shown.hasCaption() ? shown.caption().text(shown) : std::wstring());
@@ -61,10 +55,6 @@ int DialogWin32Gdi::show(bool modal) {
     });
 }
 
-void DialogWin32Gdi::hide(int result) {
-    guarded(L"DialogWin32Gdi::hide", [this, result] { internalHide(result); });
-}
-
 void DialogWin32Gdi::setShown(bool shown) {
     if (!shown) {
         hide(kAnswerNone);
@@ -78,8 +68,8 @@ void DialogWin32Gdi::setShown(bool shown) {
 }
 
 bool DialogWin32Gdi::makeReady() {
-    const bool isOpen = getAbstraction().isOpen();
-    if (window() != nullptr && !isOpen && findOwner() != owner_) {
+    if (window() != nullptr && !getAbstraction().isOpen() &&
+        ModalSession::ownerFor(creatorWindow()) != owner_) {
         getAbstraction().releaseTree();
     }
     getAbstraction().synchronizeTree();
@@ -147,22 +137,21 @@ void DialogWin32Gdi::internalHide(int result) {
     ShowWindow(window(), SW_HIDE);
 }
 
-HWND DialogWin32Gdi::findOwner() const { return ModalSession::ownerFor(creatorWindow()); }
-
 void DialogWin32Gdi::createWindow(HWND owner) {
     DWORD style = WS_POPUP | WS_CLIPCHILDREN;
     DWORD extendedStyle = WS_EX_CONTROLPARENT;
     if (hasStyle(NativeDialog::kStylePopup)) {
         extendedStyle |= WS_EX_NOACTIVATE | WS_EX_TOPMOST | WS_EX_TOOLWINDOW;
     } else {
-        constexpr DWORD kResizable = WS_THICKFRAME | WS_MAXIMIZEBOX;
-        constexpr DWORD kFixed = DS_MODALFRAME;
-        style |= WS_CAPTION | (hasStyle(NativeDialog::kStyleResizable) ? kResizable : kFixed);
+        const bool isResizable = hasStyle(NativeDialog::kStyleResizable);
+        style |= WS_CAPTION | (isResizable ? WS_THICKFRAME | WS_MAXIMIZEBOX : DWORD{DS_MODALFRAME});
         style |= hasStyle(NativeDialog::kStyleNotClosable) ? 0U : DWORD{WS_SYSMENU};
     }
-    DialogTemplate description;
-    description.head.style = style;
-    description.head.dwExtendedStyle = extendedStyle;
+    // Without menu, class, caption and font of its own, as the three zeros say.
+    struct alignas(DWORD) {
+        DLGTEMPLATE head;
+        std::array<WORD, 3> none;
+    } description{{style, extendedStyle, 0, 0, 0, 0, 0}, {}};
     const HWND made = CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &description.head,
                                                  owner, &dialogProcedure, 0);
     if (made == nullptr) {
@@ -227,7 +216,6 @@ bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
             result = HTTRANSPARENT;
             return hasStyle(NativeDialog::kStylePopup) && letsMouseThrough(message.extra);
         case WM_COMMAND:
-            result = 0;
             return message.extra == 0 && pressItem(LOWORD(message.wide));
         default:
             return false;

@@ -1,11 +1,9 @@
 // The Windows half of a native dialog.
 //
-// The window is made from a template in memory by the first synchronisation and
-// kept until the dialog is given up, or until it has another owner: the topmost
-// window around that of the service which made it, or the modal dialog that
-// keeps this one disabled. A modal dialog may be closed, destroyed, or lose its
-// window while it is open: show() then returns as soon as the messages inside of
-// it have been handled.
+// The window is made by the first synchronisation and kept until the dialog is given up, or until
+// it has another owner: the topmost window around that of the service which made it, or the modal
+// dialog that keeps this one disabled. A modal dialog may be closed, destroyed, or lose its window
+// while it is open: show() then returns as soon as the messages inside of it have been handled.
 #pragma once
 
 #include "ZuNativeDialog.h"
@@ -25,15 +23,15 @@ public:
     void releaseNativeObject() override;
     bool hasNativeObject() const override { return window() != nullptr; }
     int show(bool modal) override;
-    void hide(int result) override;
+    void hide(int result) override {
+        guarded(L"DialogWin32Gdi::hide", [this, result] { internalHide(result); });
+    }
     Control& surface() const override { return getAbstraction(); }
     void setShown(bool shown) override;
 
-    // Gives the dialog its window, with everything on it and the owner of the
-    // moment; false when that is not possible.
+    // Makes the window, with everything on it and the owner of the moment; whether it could.
     bool makeReady();
-    // What show() and hide() do. The first two need a window; the first lets go of the
-    // dialog when nothing but its messages is to come.
+    // What show() and hide() do; the first two need a window, the first gives up the reference.
     int showModal(std::shared_ptr<Control> alive);
     void showNonModal();
     void internalHide(int result);
@@ -46,7 +44,6 @@ protected:
 
 private:
     bool hasStyle(std::uint32_t style) const { return (getAbstraction().style() & style) != 0; }
-    HWND findOwner() const;
     void createWindow(HWND owner);
     void place();
     void markDefaultButton();

@@ -10,8 +10,6 @@ constexpr double kDotsPerInch = 96.0;
 constexpr double kPointsPerInch = 72.0;
 // A larger font fills any screen with one character.
 constexpr double kLargestHeight = 4000.0;
-// Of the system's text, in pixels, where the system does not say.
-constexpr double kUnknownHeight = 12.0;
 
 bool isBetween(wchar_t character, wchar_t first, wchar_t last) noexcept {
     return character >= first && character <= last;
@@ -25,13 +23,6 @@ bool standsAlone(wchar_t character) noexcept {
            isBetween(character, 0x048A, 0x052F) || isBetween(character, 0x1E00, 0x1FFF) ||
            isBetween(character, 0x2010, 0x2027) || isBetween(character, 0x2030, 0x205E) ||
            isBetween(character, 0x20A0, 0x20BF);
-}
-
-std::int32_t systemTextWidth(HDC context, std::wstring_view text) noexcept {
-    SIZE size{};
-    // The system refuses longer texts than its counts can hold.
-    const auto length = static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
-    return GetTextExtentPoint32W(context, text.data(), length, &size) ? size.cx : 0;
 }
 
 }  // namespace
@@ -72,7 +63,10 @@ std::int32_t FontWin32Gdi::textWidth(std::wstring_view text) {
         if (own < 0) {
             const HDC context = measuringContext();
             const SelectedObject selected(context, handle());
-            return systemTextWidth(context, text);
+            // The system refuses longer texts than its counts can hold.
+            const auto length = static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+            SIZE size{};
+            return GetTextExtentPoint32W(context, text.data(), length, &size) ? size.cx : 0;
         }
         width += own;
     }
@@ -110,8 +104,7 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
     if (style.size == 0) {
         // The system tells its font's in pixels of the main screen.
         const double dots = GetDeviceCaps(measuringContext(), LOGPIXELSY);
-        height = systemFont.lfHeight != 0 ? std::abs(systemFont.lfHeight) * kDotsPerInch / dots
-                                          : kUnknownHeight;
+        height = std::abs(systemFont.lfHeight) * kDotsPerInch / dots;
     }
     LOGFONTW font{};
     // Negative: the height of the characters, not of their cells.
@@ -133,9 +126,8 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
 NONCLIENTMETRICSW windowMetrics() noexcept {
     NONCLIENTMETRICSW metrics{};
     metrics.cbSize = sizeof(metrics);
-    const bool isKnown =
-        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0) != FALSE;
-    return isKnown ? metrics : NONCLIENTMETRICSW{};
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
+    return metrics;
 }
 
 FontWin32Gdi& fontBackend(const Font& font) {

@@ -1,9 +1,8 @@
 // The Windows half of a font: its HFONT and what it measures.
 //
-// Layouts measure every word of a document, so the widths of most characters are
-// asked for once, a block of 256 at a time, and kept with the font. What they
-// cannot answer (scripts whose characters join or combine, characters that the
-// system takes from another font) the system measures each time.
+// Layouts measure every word of a document, so the widths of most characters are asked for once, a
+// block of 256 at a time, and kept. What they cannot answer (scripts whose characters join or
+// combine, characters of another font) the system measures each time.
 #pragma once
 
 #include <array>
@@ -15,16 +14,14 @@ namespace zustd {
 
 class FontWin32Gdi : public Implementation<Font, IFontImpl> {
 public:
-    // The factor by which the screen shows everything larger; 1.0 at 96 dots
-    // an inch.
+    // The factor is 1.0 at 96 dots an inch.
     explicit FontWin32Gdi(double scalingFactor) noexcept : scalingFactor_(scalingFactor) {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { font_.reset(); }
     bool hasNativeObject() const override { return static_cast<bool>(font_); }
 
-    // Makes the font if need be; a font of the system when that fails. Valid until
-    // releaseNativeObject().
+    // Made if need be; the system's own when that fails. Valid until releaseNativeObject().
     HFONT handle();
     // Pixels from one line to the next.
     std::int32_t lineHeight();
@@ -46,11 +43,10 @@ private:
     std::array<std::unique_ptr<const Block>, kBlockCount> blocks_;
 };
 
-// The system's font for a style; empty when it has none to give. The size is in
-// points at 96 dots an inch, times the factor.
+// The system's font for a style, its size times the factor; empty when it has none to give.
 FontHandle makeFontHandle(const FontStyle& style, double scalingFactor);
 
-// How the system draws its own windows; all zero when it does not say.
+// How the system draws its own windows.
 NONCLIENTMETRICSW windowMetrics() noexcept;
 
 // The backend of a font; fails an assertion unless a window service made that.

@@ -14,8 +14,7 @@ constexpr Rect portableRect(const RECT& area) noexcept {
     return {area.left, area.top, saturatedSum(area.right, -1), saturatedSum(area.bottom, -1)};
 }
 
-// Where a window lies on the screen, or in another one's client area; empty for
-// none.
+// Where a window lies on the screen, or in another one's client area; empty for none.
 inline Rect windowRect(HWND window, HWND within = HWND_DESKTOP) noexcept {
     RECT area{};
     GetWindowRect(window, &area);
@@ -32,8 +31,7 @@ inline Size clientSizeOf(HWND window) noexcept {
 
 // What windows may use of a screen.
 inline Rect workAreaOf(HMONITOR screen) noexcept {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
+    MONITORINFO monitor{sizeof(monitor), {}, {}, 0};
     GetMonitorInfoW(screen, &monitor);
     return portableRect(monitor.rcWork);
 }

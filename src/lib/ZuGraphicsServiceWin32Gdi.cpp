@@ -1,5 +1,7 @@
 #include "ZuGraphicsServiceWin32Gdi.h"
 
+#include <versionhelpers.h>
+
 #include <cmath>
 
 #include "ZuBitmapWin32Gdi.h"
@@ -35,8 +37,7 @@ std::uint8_t between(std::uint8_t from, std::uint8_t to, std::int64_t step,
                                      ((to - from) * step + (to < from ? -last : last) / 2) / last);
 }
 
-// Takes one line from the front of a text; line feeds, alone or after a
-// carriage return, end lines.
+// Takes one line from the front of a text; line feeds, alone or after a carriage return, end lines.
 std::wstring_view takeLine(std::wstring_view& text) noexcept {
     const std::size_t end = text.find(L'\n');
     std::wstring_view line = text.substr(0, end);
@@ -51,44 +52,25 @@ int lengthForSystem(std::wstring_view text, std::size_t most = 0x7FFFFFFF) noexc
     return static_cast<int>(std::min(text.size(), most));
 }
 
-// How much room a text takes that the system lays out.
-Size wrappedSize(HDC context, std::wstring_view text, std::int32_t width, UINT flags) noexcept {
-    RECT area{0, 0, cut(width), 0};
-    DrawTextW(context, text.data(), lengthForSystem(text), &area, flags | DT_CALCRECT);
-    return {area.right, area.bottom};
-}
-
-std::int32_t aligned(TextAlignment alignment, std::int32_t first, std::int32_t room,
-                     std::int32_t extent) noexcept {
-    return alignment == TextAlignment::kEnd      ? first + (room - extent)
-           : alignment == TextAlignment::kCentre ? first + (room - extent) / 2
-                                                 : first;
-}
-
-// Any other number stands for the start.
-UINT horizontalFlag(TextAlignment alignment) noexcept {
-    return alignment == TextAlignment::kEnd      ? DT_RIGHT
-           : alignment == TextAlignment::kCentre ? DT_CENTER
-                                                 : DT_LEFT;
+// What an alignment stands for; any other number is the start.
+template <class T>
+T aligned(TextAlignment alignment, T start, T centre, T end) noexcept {
+    return alignment == TextAlignment::kEnd      ? end
+           : alignment == TextAlignment::kCentre ? centre
+                                                 : start;
 }
 
 }  // namespace
 
 void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
     ZU_ASSERT_AS(layers_.empty(), L"!drawBusy_", ZU_HERE);
-    Layer layer;
-    layer.context = context;
-    layer.area = drawArea;
-    layer.clips = {drawArea};
-    // From the saved context on nothing may fail.
-    layers_.reserve(1);
+    layers_.push_back({{}, {}, {}, context, drawArea, {drawArea}});
     savedContext_ = SaveDC(context);
     if (savedContext_ == 0) {
+        layers_.clear();
         throwSystemException(L"Could not connect to device context", ZU_HERE);
     }
-    layers_.push_back(std::move(layer));
-    // What the caller has clipped away stays away: clipping from here on is a
-    // further restriction.
+    // What the caller has clipped away stays away: clipping from here on is a further restriction.
     SetMetaRgn(context);
     SetBkMode(context, TRANSPARENT);
     SetTextAlign(context, TA_LEFT | TA_TOP | TA_NOUPDATECP);
@@ -96,11 +78,10 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
 }
 
 void GraphicsServiceWin32Gdi::disconnect() noexcept {
-    if (layers_.empty()) {
-        return;
+    if (!layers_.empty()) {
+        RestoreDC(layers_.front().context, savedContext_);
+        layers_.clear();
     }
-    RestoreDC(layers_.front().context, savedContext_);
-    layers_.clear();
 }
 
 void GraphicsServiceWin32Gdi::drawVerticalGradient(const Rect& area, Color from, Color to) {
@@ -115,13 +96,7 @@ void GraphicsServiceWin32Gdi::drawVerticalGradient(const Rect& area, Color from,
     }
 }
 
-bool GraphicsServiceWin32Gdi::isVistaOrHigher() noexcept {
-    OSVERSIONINFOEXW vista{};
-    vista.dwOSVersionInfoSize = sizeof(vista);
-    vista.dwMajorVersion = 6;
-    const ULONGLONG condition = VerSetConditionMask(0, VER_MAJORVERSION, VER_GREATER_EQUAL);
-    return VerifyVersionInfoW(&vista, VER_MAJORVERSION, condition) != FALSE;
-}
+bool GraphicsServiceWin32Gdi::isVistaOrHigher() noexcept { return IsWindowsVistaOrGreater(); }
 
 void GraphicsServiceWin32Gdi::drawGradient(const Rect& area, Color from, Color to,
                                            GradientType gradientType) {
@@ -162,20 +137,17 @@ void GraphicsServiceWin32Gdi::drawFocusFrame(const Rect& area) {
     }
 }
 
-// Straight lines are filled, so that a pen of any width ends at the pixels that
-// it is told to.
+// Straight lines are filled, so that a pen of any width ends at the pixels that it is told to.
 void GraphicsServiceWin32Gdi::drawLine(Point from, Point to) {
-    const Rect line{std::min(from.x, to.x), std::min(from.y, to.y), std::max(from.x, to.x),
-                    std::max(from.y, to.y)};
+    const auto [left, right] = std::minmax({from.x, to.x});
+    const auto [upper, lower] = std::minmax({from.y, to.y});
     const std::int32_t before = penWidth_ / 2;
     const std::int32_t behind = penWidth_ - before - 1;
-    if (from.y == to.y) {
-        drawRectangle({line.left, saturatedSum(line.top, -before), line.right,
-                       saturatedSum(line.bottom, behind)},
+    if (upper == lower) {
+        drawRectangle({left, saturatedSum(upper, -before), right, saturatedSum(upper, behind)},
                       penColor_);
-    } else if (from.x == to.x) {
-        drawRectangle({saturatedSum(line.left, -before), line.top, saturatedSum(line.right, behind),
-                       line.bottom},
+    } else if (left == right) {
+        drawRectangle({saturatedSum(left, -before), upper, saturatedSum(left, behind), lower},
                       penColor_);
     } else {
         drawSlantedLine(from, to);
@@ -222,13 +194,14 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area,
     const SelectedObject selected(context, backend.handle());
     SetTextColor(context, nativeColor(color));
     const std::int32_t lineHeight = backend.lineHeight();
-    UINT flags = horizontalFlag(format.horizontal) | (format.accelerators ? 0 : DT_NOPREFIX);
+    UINT flags = aligned<UINT>(format.horizontal, DT_LEFT, DT_CENTER, DT_RIGHT) |
+                 (format.accelerators ? 0 : DT_NOPREFIX);
     flags |= format.wordWrap ? kWrapped : 0;
     Rect used = area;
     if (format.vertical != TextAlignment::kStart) {
-        const std::int32_t height =
-            measureTextSize(text, font, format.wordWrap ? area.width() : 0).height;
-        used.top = aligned(format.vertical, area.top, area.height(), height);
+        const std::int32_t room =
+            area.height() - measureTextSize(text, font, format.wordWrap ? area.width() : 0).height;
+        used.top += aligned(format.vertical, 0, room / 2, room);
     }
     if (format.ellipsis) {
         flags |= DT_END_ELLIPSIS;
@@ -258,7 +231,10 @@ Size GraphicsServiceWin32Gdi::measureTextSize(std::wstring_view text, const Font
     if (width > 0) {
         const HDC context = measuringContext();
         const SelectedObject selected(context, backend.handle());
-        return wrappedSize(context, text, width, kWrapped | DT_NOPREFIX);
+        RECT area{0, 0, cut(width), 0};
+        DrawTextW(context, text.data(), lengthForSystem(text), &area,
+                  kWrapped | DT_NOPREFIX | DT_CALCRECT);
+        return {area.right, area.bottom};
     }
     Size size;
     while (!text.empty()) {
@@ -346,17 +322,13 @@ void GraphicsServiceWin32Gdi::applyClip() {
 
 void GraphicsServiceWin32Gdi::drawSlantedLine(Point from, Point to) {
     const HDC context = top().context;
-    const auto cutEnd = [](Point end) {
-        return Point{cut(end.x, kFarthestLineEnd), cut(end.y, kFarthestLineEnd)};
-    };
-    from = cutEnd(from);
-    to = cutEnd(to);
+    const Point end{cut(to.x, kFarthestLineEnd), cut(to.y, kFarthestLineEnd)};
     const PenHandle pen(CreatePen(PS_SOLID, penWidth_, nativeColor(penColor_)));
     const SelectedObject selected(context, pen.get());
-    MoveToEx(context, from.x, from.y, nullptr);
-    LineTo(context, to.x, to.y);
+    MoveToEx(context, cut(from.x, kFarthestLineEnd), cut(from.y, kFarthestLineEnd), nullptr);
+    LineTo(context, end.x, end.y);
     // GDI leaves out the last pixel of thin lines.
-    SetPixelV(context, to.x, to.y, nativeColor(penColor_));
+    SetPixelV(context, end.x, end.y, nativeColor(penColor_));
 }
 
 // Wrapped text is laid out by the system as a whole. Other text is drawn line

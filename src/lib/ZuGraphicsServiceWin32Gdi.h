@@ -1,12 +1,9 @@
 // The Windows half of a graphics service: drawing with GDI.
 //
-// A surface connects the service to a device context, lets its controls draw, and
-// disconnects it. While connected there is a stack of layers: the context itself at
-// the bottom and one memory bitmap above it for each buffered paint that is open. A
-// layer has its clipping areas, the last of which counts.
-//
-// Coordinates are pixels of the surface. Those far beyond any screen are cut
-// before GDI sees them. Measuring needs no connection.
+// While it is connected to a device context there is a stack of layers: the context itself at the
+// bottom and one memory bitmap above it for each buffered paint that is open. A layer has its
+// clipping areas, the last of which counts. Coordinates far beyond any screen are cut before GDI
+// sees them. Measuring needs no connection.
 #pragma once
 
 #include "ZuGraphicsService.h"
@@ -16,16 +13,13 @@ namespace zustd {
 
 class GraphicsServiceWin32Gdi : public Implementation<GraphicsService, IGraphicsServiceImpl> {
 public:
-    // Everything up to disconnect() is drawn on the context, whose origin is
-    // the surface's, and only within the area. Fails the assertion
-    // "!drawBusy_" while connected.
+    // Everything up to disconnect() is drawn on the context, whose origin is the surface's, and
+    // only within the area. Fails the assertion "!drawBusy_" while connected.
     void connect(HDC context, const Rect& drawArea);
-    // Leaves the context as it was found, whatever the paint has left open; what an
-    // open buffered paint holds is given up. Does nothing when not connected.
+    // Leaves the context as it was found, whatever the paint has left open.
     void disconnect() noexcept;
 
-    // What is drawn on at the moment, for backends that draw by themselves;
-    // null when not connected. Whoever changes it restores it.
+    // What is drawn on now; null when not connected. Whoever changes it restores it.
     HDC context() const noexcept { return layers_.empty() ? nullptr : layers_.back().context; }
 
     // Exactly the one colour in the first row and the other in the last.

@@ -23,12 +23,18 @@ std::unordered_map<HWND, Watch>& watches() {
     return windows;
 }
 
-const Watch* watchOf(HWND window) noexcept {
+Watch* watchOf(HWND window) noexcept {
     const auto found = watches().find(window);
     return found != watches().end() ? &found->second : nullptr;
 }
 
-const WindowAttachment* attachmentOf(HWND window) noexcept {
+// Who answers what nobody handles: the system, for one that has ended meanwhile.
+WNDPROC formerOf(HWND window) noexcept {
+    const Watch* watch = watchOf(window);
+    return watch != nullptr ? watch->former : &DefWindowProcW;
+}
+
+WindowAttachment* attachmentOf(HWND window) noexcept {
     const Watch* watch = window != nullptr ? watchOf(window) : nullptr;
     return watch != nullptr ? watch->attachment : nullptr;
 }
@@ -38,32 +44,15 @@ bool startWatching(HWND window) {
     if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) {
         return false;
     }
-    const auto [entry, isNew] = watches().try_emplace(window, Watch{nullptr, nullptr});
+    const auto [entry, isNew] = watches().try_emplace(window);
     if (isNew) {
         entry->second.former = reinterpret_cast<WNDPROC>(
             SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&watchWindow)));
-        if (entry->second.former == nullptr) {
-            watches().erase(entry);
-            return false;
-        }
     }
     return true;
 }
 
-// Called by the window's last message. Whoever came between us and the window
-// later still calls us; the window's own procedure then answers.
-WNDPROC stopWatching(HWND window) noexcept {
-    const auto entry = watches().find(window);
-    const WNDPROC former = entry->second.former;
-    if (GetWindowLongPtrW(window, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(&watchWindow)) {
-        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(former));
-    }
-    watches().erase(entry);
-    return former;
-}
-
-// The child that a message to its parent is about; null when it is not such a
-// message.
+// The child that a message to its parent is about; null when it is not such a message.
 HWND senderOf(UINT id, LPARAM extra) noexcept {
     switch (id) {
         case WM_NOTIFY:
@@ -97,15 +86,13 @@ LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra) no
     if (handledBy(attachmentOf(senderOf(id, extra))) || handledBy(attachmentOf(window))) {
         return result;
     }
-    const Watch* watch = watchOf(window);
-    if (watch == nullptr) {
-        // It has ended meanwhile.
-        return DefWindowProcW(window, id, wide, extra);
+    const WNDPROC former = formerOf(window);
+    if (id == WM_NCDESTROY) {
+        if (WindowAttachment* attachment = attachmentOf(window)) {
+            attachment->detach();
+        }
+        watches().erase(window);
     }
-    if (id == WM_NCDESTROY && watch->attachment != nullptr) {
-        watch->attachment->window_ = nullptr;
-    }
-    const WNDPROC former = id == WM_NCDESTROY ? stopWatching(window) : watch->former;
     return CallWindowProcW(former, window, id, wide, extra);
 }
 
@@ -124,19 +111,15 @@ bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& h
 }
 
 void WindowAttachment::detach() noexcept {
-    if (window_ == nullptr) {
-        return;
-    }
-    if (const auto watch = watches().find(window_); watch != watches().end()) {
-        watch->second.attachment = nullptr;
+    if (Watch* watch = window_ != nullptr ? watchOf(window_) : nullptr) {
+        watch->attachment = nullptr;
     }
     window_ = nullptr;
 }
 
 LRESULT answerByDefault(const WindowMessage& message) noexcept {
-    const Watch* watch = watchOf(message.window);
-    return CallWindowProcW(watch != nullptr ? watch->former : &DefWindowProcW, message.window,
-                           message.id, message.wide, message.extra);
+    return CallWindowProcW(formerOf(message.window), message.window, message.id, message.wide,
+                           message.extra);
 }
 
 }  // namespace zustd

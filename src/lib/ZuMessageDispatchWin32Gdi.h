@@ -1,11 +1,8 @@
 // Window messages on their way to the backends of native controls.
 //
-// A backend attaches itself to the window of its control and sees that window's
-// messages before the control does, and what the control tells its parent. So
-// surfaces and hosts need not know what is on them. Windows are watched by a
-// procedure of our own in front of theirs, and found in a table of their thread.
-//
-// A handler keeps itself alive when what a message sets off could drop it.
+// A backend attaches itself to the window of its control and sees that window's messages before the
+// control does, and what the control tells its parent. Windows are watched by a procedure of our
+// own in front of theirs, and found in a table of their thread.
 #pragma once
 
 #include "ZuWindows.h"
@@ -22,25 +19,19 @@ struct WindowMessage {
 // Who handles the messages of windows that are not its own class's.
 class IMultiWindowMessageHandlerWin32Gdi {
 public:
-    IMultiWindowMessageHandlerWin32Gdi() = default;
-    IMultiWindowMessageHandlerWin32Gdi(const IMultiWindowMessageHandlerWin32Gdi&) = delete;
-    IMultiWindowMessageHandlerWin32Gdi& operator=(const IMultiWindowMessageHandlerWin32Gdi&) =
-        delete;
+    IMultiWindowMessageHandlerWin32Gdi& operator=(IMultiWindowMessageHandlerWin32Gdi&&) = delete;
     virtual ~IMultiWindowMessageHandlerWin32Gdi() = default;
 
-    // A message of an attached window, or one that its parent got about it:
-    // message.window tells which. True when the message is done with and
-    // result holds the answer; otherwise the window's own procedure answers.
-    // An exception is reported and counts as false.
+    // A message of an attached window, or one that its parent got about it: message.window tells
+    // which. True when the message is done with and result holds the answer. An exception is
+    // reported and counts as false. Whoever may be dropped meanwhile keeps itself alive.
     virtual bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) = 0;
 };
 
 // A handler's hold on one window; ends with this object or with the window.
 class WindowAttachment {
 public:
-    WindowAttachment() = default;
-    WindowAttachment(const WindowAttachment&) = delete;
-    WindowAttachment& operator=(const WindowAttachment&) = delete;
+    WindowAttachment& operator=(WindowAttachment&&) = delete;
     ~WindowAttachment() { detach(); }
 
     // Watches the window and what its parent hears of it; false when the system

@@ -23,17 +23,9 @@ void collectWithKey(const std::shared_ptr<Control>& control, wchar_t key, Contro
     }
 }
 
-Control& outermostOf(Control& surface) noexcept {
-    Control* top = &surface;
-    while (top->parentControl() != nullptr) {
-        top = top->parentControl();
-    }
-    return *top;
-}
-
 // Several controls with one access key get the focus in turn instead.
-bool pressAccessKey(Control& surface, wchar_t key) {
-    const std::shared_ptr<Control> top = sharedReference<Control>(&outermostOf(surface));
+bool pressAccessKey(Control& outermost, wchar_t key) {
+    const std::shared_ptr<Control> top = sharedReference<Control>(&outermost);
     Controls found;
     if (top && key != 0) {
         collectWithKey(top, key, found);
@@ -53,42 +45,32 @@ bool pressAccessKey(Control& surface, wchar_t key) {
     return true;
 }
 
-bool isButtonWindow(HWND window) noexcept {
-    return (SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0;
-}
-
-// From the first use of the keyboard on, underlines and focus frames show.
-void showKeyboardCues(HWND window) noexcept {
-    SendMessageW(GetAncestor(window, GA_ROOT), WM_CHANGEUISTATE,
-                 MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
-}
-
 bool translateKey(const MSG& message) {
-    if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) {
-        return false;
-    }
-    const WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::around(message.hwnd);
+    const bool isKey = message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
+    const auto* handler = isKey ? WindowHandlerWin32Gdi::around(message.hwnd) : nullptr;
     if (handler == nullptr) {
         return false;
     }
-    Control& surface = handler->surface();
+    Control* top = &handler->surface();
+    while (top->parentControl() != nullptr) {
+        top = top->parentControl();
+    }
+    const wchar_t key = accessKeyOf(static_cast<wchar_t>(message.wParam));
     switch (message.message) {
         case WM_KEYDOWN:
-            if (message.wParam == VK_TAB) {
-                showKeyboardCues(message.hwnd);
+        case WM_SYSKEYDOWN:
+            if (message.message == WM_SYSKEYDOWN || message.wParam == VK_TAB) {
+                // From the first use of the keyboard on, underlines and focus frames show.
+                SendMessageW(GetAncestor(message.hwnd, GA_ROOT), WM_CHANGEUISTATE,
+                             MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
             }
             return false;
-        case WM_SYSKEYDOWN:
-            showKeyboardCues(message.hwnd);
-            return false;
         case WM_SYSCHAR:
-            return message.wParam != VK_SPACE &&
-                   pressAccessKey(surface, accessKeyOf(static_cast<wchar_t>(message.wParam)));
+            return message.wParam != VK_SPACE && pressAccessKey(*top, key);
         case WM_CHAR:
-            return message.wParam > VK_SPACE &&
-                   dynamic_cast<NativeDialog*>(&outermostOf(surface)) != nullptr &&
-                   isButtonWindow(message.hwnd) &&
-                   pressAccessKey(surface, accessKeyOf(static_cast<wchar_t>(message.wParam)));
+            return message.wParam > VK_SPACE && dynamic_cast<NativeDialog*>(top) != nullptr &&
+                   (SendMessageW(message.hwnd, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0 &&
+                   pressAccessKey(*top, key);
         default:
             return false;
     }
@@ -113,9 +95,8 @@ ModalSession::ModalSession(HWND owner) : outer_(innermostSession), owner_(owner)
     innermostSession = this;
     if (WindowHandlerWin32Gdi* handler = WindowHandlerWin32Gdi::of(owner_)) {
         handler->setBlocked(true);
-    } else if (IsWindowEnabled(owner_)) {
-        EnableWindow(owner_, FALSE);
-        disabledOwner_ = true;
+    } else {
+        disabledOwner_ = EnableWindow(owner_, FALSE) == FALSE;
     }
 }
 

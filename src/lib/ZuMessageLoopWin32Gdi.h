@@ -12,33 +12,28 @@
 
 namespace zustd {
 
-// Waits for the thread's next message and handles it. False when there will be
-// no more: WM_QUIT, which is then in the message, or a failure.
+// Waits for the thread's next message and handles it; false for WM_QUIT and when waiting fails.
 bool handleNextMessage(MSG& message);
 
 class ModalSession {
 public:
     // Disables the owner if it is enabled; null for a dialog without owner.
     explicit ModalSession(HWND owner);
-    ModalSession(const ModalSession&) = delete;
-    ModalSession& operator=(const ModalSession&) = delete;
+    ModalSession& operator=(ModalSession&&) = delete;
     ~ModalSession();
 
-    // Whom a dialog has to have for owner that wants the window around this one: the
-    // innermost dialog that keeps that one, or the one before it, disabled. The desktop
-    // and a window that has gone count as none.
+    // Whom a dialog has for owner that wants the window around this one: the innermost dialog that
+    // keeps it disabled. The desktop and a window that has gone count as none.
     static HWND ownerFor(HWND wanted) noexcept;
     // The dialog that keeps the owner disabled; null when there is none.
     static HWND dialogOver(HWND owner) noexcept;
 
-    // The dialog itself, once it has a window.
+    // Once it has a window.
     void setDialog(HWND dialog) noexcept { dialog_ = dialog; }
     int result() const noexcept { return result_; }
-    // Enables the owner, so that it is there to be activated when the dialog's
-    // window goes, and lets the loop end. The first call counts.
+    // Enables the owner, which can be activated then, and ends the loop. The first call counts.
     void end(int result) noexcept;
-    // Handles messages until the session ends. False when the messages end
-    // before: WM_QUIT is left for the loop outside.
+    // Until the session ends; false when the messages end before, WM_QUIT left to the loop outside.
     bool run();
 
 private:

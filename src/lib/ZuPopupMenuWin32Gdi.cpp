@@ -20,8 +20,9 @@ public:
         : service_(service), menu_(make(items)) {}
 
     HMENU handle() const noexcept { return menu_.get(); }
-    std::uint32_t identifierOf(std::size_t number) const noexcept {
-        return number >= 1 && number <= identifiers_.size() ? identifiers_[number - 1] : 0;
+    // 0 for 0, which is none.
+    std::uint32_t identifierOf(int number) const {
+        return identifiers_.at(static_cast<std::size_t>(number));
     }
 
 private:
@@ -44,22 +45,17 @@ private:
         if (item.identifier == 0 && item.items.empty()) {
             info.fType = MFT_SEPARATOR;
         } else {
-            identifiers_.push_back(item.identifier);
             info.wID = static_cast<UINT>(identifiers_.size());
-            info.fMask |= MIIM_STRING;
+            identifiers_.push_back(item.identifier);
+            below = item.items.empty() ? MenuHandle() : make(item.items);
+            info.fMask |= MIIM_STRING | MIIM_BITMAP | MIIM_SUBMENU;
             info.dwTypeData = const_cast<wchar_t*>(item.caption.c_str());
             info.fState = (item.enabled ? MFS_ENABLED : MFS_DISABLED) |
                           (item.checked ? MFS_CHECKED : MFS_UNCHECKED);
             info.hbmpItem = imageOf(item);
-            info.fMask |= info.hbmpItem != nullptr ? MIIM_BITMAP : 0;
-            if (!item.items.empty()) {
-                below = make(item.items);
-                info.fMask |= MIIM_SUBMENU;
-                info.hSubMenu = below.get();
-            }
+            info.hSubMenu = below.get();
         }
-        const auto end = static_cast<UINT>(GetMenuItemCount(menu));
-        if (!InsertMenuItemW(menu, end, TRUE, &info)) {
+        if (!InsertMenuItemW(menu, UINT_MAX, TRUE, &info)) {
             throwSystemException(L"Could not fill menu", ZU_HERE);
         }
         // The menu that it opens from destroys it.
@@ -79,22 +75,16 @@ private:
     }
 
     WindowService* service_;
-    std::vector<std::uint32_t> identifiers_;
+    std::vector<std::uint32_t> identifiers_{0};
     std::vector<std::shared_ptr<Bitmap>> images_;
     MenuHandle menu_;
 };
 
+// Null where the service has no window of this thread.
 HWND windowOf(const std::shared_ptr<WindowService>& service) {
     const WindowServiceWin32Gdi* backend = windowServiceBackend(service.get());
     const HWND window = backend != nullptr ? backend->window() : nullptr;
     return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId() ? window : nullptr;
-}
-
-// A menu needs an owner to get the keyboard: this one stands in where the
-// service has no window of this thread.
-WindowHandle makeStandIn() {
-    return WindowHandle(CreateWindowExW(WS_EX_TOOLWINDOW, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0,
-                                        nullptr, nullptr, GetModuleHandleW(nullptr), nullptr));
 }
 
 }  // namespace
@@ -106,7 +96,9 @@ std::uint32_t PopupMenuWin32Gdi::show(Point place) {
         WindowHandle standIn;
         HWND owner = windowOf(service);
         if (owner == nullptr) {
-            standIn = makeStandIn();
+            // A menu needs an owner to get the keyboard.
+            standIn.reset(CreateWindowExW(WS_EX_TOOLWINDOW, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0,
+                                          nullptr, nullptr, GetModuleHandleW(nullptr), nullptr));
             owner = standIn.get();
         }
         // Otherwise the menu would not go when the user clicks elsewhere.
@@ -118,7 +110,7 @@ std::uint32_t PopupMenuWin32Gdi::show(Point place) {
             menu.handle(), alignment | TPM_RETURNCMD | TPM_NONOTIFY | TPM_RIGHTBUTTON, place.x,
             place.y, owner, nullptr);
         PostMessageW(owner, WM_NULL, 0, 0);
-        return menu.identifierOf(static_cast<std::size_t>(std::max(chosen, 0)));
+        return menu.identifierOf(chosen);
     });
 }
 

@@ -1,7 +1,6 @@
 // The Windows half of a popup menu.
 //
-// The native menu lives only while it is shown: it has the items of that moment,
-// whatever becomes of the portable menu meanwhile.
+// The native menu lives only while it is shown, with the items of that moment.
 #pragma once
 
 #include "ZuNativePopupMenu.h"

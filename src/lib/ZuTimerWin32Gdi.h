@@ -1,10 +1,8 @@
-// The Windows half of a timer, and the hidden window that a thread's timers
-// share.
+// The Windows half of a timer.
 //
-// The window exists as long as any timer of its thread does. A system timer
-// bears a number that no other one of the window ever had, so a tick that is
-// still on its way when the timer stops, starts anew or is destroyed finds
-// nobody and is dropped.
+// The window exists as long as any timer of its thread does. A system timer bears a number that no
+// other one of the window ever had, so a tick that is still on its way when the timer stops, starts
+// anew or is destroyed finds nobody and is dropped.
 #pragma once
 
 #include <map>
@@ -17,27 +15,14 @@ namespace zustd {
 class TimerWin32Gdi;
 
 // The hidden window that a thread's timers share.
-class TimerWindowWin32Gdi {
-public:
-    // Throws SystemException when there is no window to be had.
-    TimerWindowWin32Gdi();
+struct TimerWindowWin32Gdi {
+    WindowHandle window;
+    UINT_PTR lastNumber = 0;
+    std::map<UINT_PTR, TimerWin32Gdi*> timers;
 
-    // Starts a system timer; 0 when there is none to be had.
-    UINT_PTR start(TimerWin32Gdi& timer, std::uint32_t milliseconds);
-    // Lets a running one go on with another interval.
-    bool restart(UINT_PTR number, std::uint32_t milliseconds) noexcept;
-    void stop(UINT_PTR number) noexcept;
-
-    // This thread's window, made by the first who asks.
+    // This thread's, made by the first who asks. Throws SystemException when there is
+    // no window to be had.
     static std::shared_ptr<TimerWindowWin32Gdi> ofThisThread();
-
-private:
-    static LRESULT CALLBACK receive(HWND window, UINT message, WPARAM wide, LPARAM extra) noexcept;
-    static ATOM registeredClass();
-
-    WindowHandle window_;
-    UINT_PTR lastNumber_ = 0;
-    std::map<UINT_PTR, TimerWin32Gdi*> timers_;
 };
 
 class TimerWin32Gdi : public Implementation<Timer, ITimerImpl> {

@@ -1,5 +1,4 @@
-// The part of a surface's window that the user works with: mouse, keyboard and
-// focus.
+// The part of a surface's window that the user works with: mouse, keyboard and focus.
 #include "ZuWindowHandlerWin32Gdi.h"
 
 #include <windowsx.h>
@@ -158,10 +157,8 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
             const HWND native = focused ? nativeWindowOf(*focused) : nullptr;
             if (canHoldFocus(native)) {
                 SetFocus(native);
-            } else if (!focused) {
-                if (const std::shared_ptr<Control> kept = std::exchange(keptFocus_, {}).lock()) {
-                    kept->takeFocus();
-                }
+            } else if (const auto kept = focused ? nullptr : std::exchange(keptFocus_, {}).lock()) {
+                kept->takeFocus();
             }
             return true;
         }
@@ -209,15 +206,11 @@ void WindowHandlerWin32Gdi::restoreFocus() {
 }
 
 void WindowHandlerWin32Gdi::giveFocus(Control& control) {
-    if (window_ == nullptr) {
-        keptFocus_ = sharedReference(&control);
-        return;
-    }
     const HWND root = GetAncestor(window_, GA_ROOT);
-    WindowHandlerWin32Gdi* top = of(root);
-    if (top != nullptr && GetActiveWindow() != root) {
-        top->keptFocus_ = sharedReference(&control);
-        top->keptFocusWindow_ = nullptr;
+    WindowHandlerWin32Gdi* waiting = window_ != nullptr ? of(root) : this;
+    if (waiting != nullptr && (window_ == nullptr || GetActiveWindow() != root)) {
+        waiting->keptFocus_ = sharedReference(&control);
+        waiting->keptFocusWindow_ = nullptr;
         return;
     }
     const HWND native = nativeWindowOf(control);

@@ -19,24 +19,23 @@ Size frameSizeOf(HWND window) noexcept {
     return {outer.width - client.width, outer.height - client.height};
 }
 
-}  // namespace
-
-class WindowHandlerWin32Gdi::LanguageListener : public MessageSink {
+class LanguageListener : public MessageSink {
 public:
     explicit LanguageListener(Control& surface) noexcept : surface_(surface) {}
 
     bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
-        if (!(kind == ResourceService::kLanguageChanged)) {
-            return false;
-        }
         const std::shared_ptr<Control> alive = sharedReference<Control>(&surface_);
-        surface_.showAnew();
+        if (kind == ResourceService::kLanguageChanged) {
+            surface_.showAnew();
+        }
         return true;
     }
 
 private:
     Control& surface_;
 };
+
+}  // namespace
 
 HWND nativeWindowOf(const Control& control) noexcept {
     const IImplementation* backend = control.backend();
@@ -139,7 +138,7 @@ INT_PTR CALLBACK WindowHandlerWin32Gdi::dialogProcedure(HWND window, UINT id, WP
 bool WindowHandlerWin32Gdi::dispatch(const WindowMessage& message, LRESULT& result) {
     return onWindowMessage(message, result) ||
            (message.window == window_ &&
-            (handleFrame(message, result) || handlePainting(message, result) ||
+            (handleFrame(message) || handlePainting(message, result) ||
              handleMouse(message, result) || handleKey(message, result) || handleFocus(message)));
 }
 
@@ -164,21 +163,19 @@ void WindowHandlerWin32Gdi::synchronizeSize() {
 }
 
 void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
-    if (caption != caption_) {
+    if (std::exchange(caption_, caption) != caption) {
         SetWindowTextW(window_, caption.c_str());
-        caption_ = caption;
     }
 }
 
 void WindowHandlerWin32Gdi::synchronizeEnabled() {
     const bool enabled = surface().isUsable() && takesInput_ && !blocked_;
-    if (window_ != nullptr && enabled != enabled_) {
-        enabled_ = enabled;
+    if (window_ != nullptr && std::exchange(enabled_, enabled) != enabled) {
         EnableWindow(window_, enabled ? TRUE : FALSE);
     }
 }
 
-bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& result) {
+bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message) {
     switch (message.id) {
         case WM_SIZE:
             if (message.wide != SIZE_MINIMIZED) {
@@ -210,7 +207,6 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
             if (!blocked_) {
                 onCloseRequest();
             }
-            result = 0;
             return true;
         case WM_NCDESTROY:
             // It went with its parent or owner.
@@ -224,17 +220,12 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message, LRESULT& r
 
 void WindowHandlerWin32Gdi::applyLimits(MINMAXINFO& limits) const {
     const Size frame = frameSizeOf(window_);
-    const auto limit = [](LONG& value, std::int32_t client, std::int32_t border) {
-        if (client > 0) {
-            value = saturatedSum(client, border);
-        }
+    const auto limit = [&frame](POINT& size, Size client) {
+        size.x = client.width > 0 ? saturatedSum(client.width, frame.width) : size.x;
+        size.y = client.height > 0 ? saturatedSum(client.height, frame.height) : size.y;
     };
-    const Size smallest = surface().placement().minimum;
-    limit(limits.ptMinTrackSize.x, smallest.width, frame.width);
-    limit(limits.ptMinTrackSize.y, smallest.height, frame.height);
-    const Size largest = surface().placement().maximum;
-    limit(limits.ptMaxTrackSize.x, largest.width, frame.width);
-    limit(limits.ptMaxTrackSize.y, largest.height, frame.height);
+    limit(limits.ptMinTrackSize, surface().placement().minimum);
+    limit(limits.ptMaxTrackSize, surface().placement().maximum);
 }
 
 // --- Painting -------------------------------------------------------------------------------
@@ -247,7 +238,6 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             return true;
         case WM_PAINT:
             paintWindow();
-            result = 0;
             return true;
         case WM_PRINTCLIENT: {
             // Also what native widgets that let their background through ask
@@ -260,7 +250,6 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             if (drawArea_.isEmpty() && !area.isEmpty()) {
                 paint(context, area);
             }
-            result = 0;
             return true;
         }
         case WM_CTLCOLORSTATIC:
@@ -274,9 +263,6 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
 void WindowHandlerWin32Gdi::paintWindow() {
     PAINTSTRUCT request{};
     const HDC context = BeginPaint(window_, &request);
-    if (context == nullptr) {
-        return;
-    }
     const HWND window = window_;
     const Rect area = portableRect(request.rcPaint);
     if (!drawArea_.isEmpty()) {

@@ -1,13 +1,9 @@
-// What windows and dialogs of the toolkit have in common: the window that a
-// surface is shown in.
+// What windows and dialogs have in common: the window that a surface is shown in.
 //
-// The client area has the surface's size, whoever changes it. The focus is restored
-// when the window becomes active again; a control that takes it meanwhile has it then.
-// Another language of the resource service shows the surface anew.
-//
-// The window procedure keeps the surface alive for the time of a message. A surface that
-// is destroyed gives its window up first (releaseNativeObject), and a window that goes on
-// its own, with its parent, is forgotten.
+// The client area has the surface's size, whoever changes it. The focus is restored when the window
+// becomes active again; a control that takes it meanwhile has it then. The window procedure keeps
+// the surface alive for the time of a message. A surface that is destroyed gives its window up
+// first (releaseNativeObject), and a window that goes on its own, with its parent, is forgotten.
 #pragma once
 
 #include "ZuColorWin32Gdi.h"
@@ -16,8 +12,7 @@
 
 namespace zustd {
 
-// The window of a native widget or of a surface; null for drawn controls and
-// as long as there is none.
+// The window of a native widget or of a surface; null where there is none.
 HWND nativeWindowOf(const Control& control) noexcept;
 
 // What a surface's backend works with.
@@ -31,26 +26,22 @@ struct SurfaceServices {
 
 class WindowHandlerWin32Gdi {
 public:
-    WindowHandlerWin32Gdi(const WindowHandlerWin32Gdi&) = delete;
-    WindowHandlerWin32Gdi& operator=(const WindowHandlerWin32Gdi&) = delete;
+    WindowHandlerWin32Gdi& operator=(WindowHandlerWin32Gdi&&) = delete;
     virtual ~WindowHandlerWin32Gdi() { destroyWindow(); }
 
-    // Whose window this is; null for a window of somebody else or of another
-    // thread. around() asks the window's parents too.
+    // Whose window of this thread this is, or null. around() asks the window's parents too.
     static WindowHandlerWin32Gdi* of(HWND window) noexcept;
     static WindowHandlerWin32Gdi* around(HWND window) noexcept;
 
     // Null as long as there is none.
     HWND window() const noexcept { return window_; }
     virtual Control& surface() const = 0;
-    // Shows or hides the surface, in step with its state. A window that can be
-    // seen already stays as it is.
+    // In step with the surface's state; a window that can be seen already stays as it is.
     virtual void setShown(bool shown) = 0;
     // What is being painted now; empty outside of a paint.
     Rect drawArea() const noexcept { return drawArea_; }
 
-    // The window is disabled while a modal dialog is open, or the window service wants
-    // it, whatever the surface's own state is.
+    // A modal dialog, or the window service, disables it whatever the surface's own state is.
     void setBlocked(bool blocked) {
         blocked_ = blocked;
         synchronizeEnabled();
@@ -60,8 +51,7 @@ public:
         synchronizeEnabled();
     }
 
-    // Gives the system's focus to a control of this surface: now, or when the
-    // window that the surface is in becomes active.
+    // Now, or when the window that the surface is in becomes active.
     void giveFocus(Control& control);
 
 protected:
@@ -69,12 +59,10 @@ protected:
     WindowHandlerWin32Gdi(SurfaceServices services, const wchar_t* operation) noexcept
         : services_(std::move(services)), operation_(operation) {}
 
-    // The window of the service that made the surface; null without one. The
-    // desktop counts as none.
+    // The window of the service that made the surface, or null; the desktop counts as none.
     HWND creatorWindow() const;
 
-    // Takes over a window that was just made; its procedure is already the one
-    // below, to which the messages of its making mean nothing.
+    // Takes over a window that was just made with one of the procedures below.
     void adopt(HWND window);
     void destroyWindow() noexcept;
     // Pushes what differs from what was pushed last.
@@ -82,7 +70,6 @@ protected:
     void synchronizeCaption(const std::wstring& caption);
     void synchronizeEnabled();
 
-    // What the system calls for each message.
     static LRESULT CALLBACK windowProcedure(HWND window, UINT id, WPARAM wide,
                                             LPARAM extra) noexcept;
     static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,
@@ -98,12 +85,10 @@ protected:
     virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
 
 private:
-    class LanguageListener;
-
     static bool deliver(const WindowMessage& message, LRESULT& result) noexcept;
     void forgetWindow() noexcept;
     bool dispatch(const WindowMessage& message, LRESULT& result);
-    bool handleFrame(const WindowMessage& message, LRESULT& result);
+    bool handleFrame(const WindowMessage& message);
     bool handlePainting(const WindowMessage& message, LRESULT& result);
     bool handleMouse(const WindowMessage& message, LRESULT& result);
     bool handleWheel(const MouseEvent& event) const;

@@ -51,9 +51,8 @@ auto made(const wchar_t* operation, Host host, Args... args) {
 }  // namespace
 
 std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() {
-    return made<PopupMenuWin32Gdi>(
-        L"WindowServiceWin32Gdi::createNativePopupMenu",
-        std::weak_ptr(sharedReference<WindowService>(&getAbstraction())));
+    return made<PopupMenuWin32Gdi>(L"WindowServiceWin32Gdi::createNativePopupMenu",
+                                   sharedReference<WindowService>(&getAbstraction()));
 }
 
 std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uint32_t style) {
@@ -101,6 +100,10 @@ std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring& na
         joinImplementation(*timer, std::make_unique<TimerWin32Gdi>(createTimerWindow()));
         return timer;
     });
+}
+
+std::shared_ptr<TimerWindowWin32Gdi> WindowServiceWin32Gdi::createTimerWindow() {
+    return TimerWindowWin32Gdi::ofThisThread();
 }
 
 }  // namespace zustd

@@ -7,13 +7,11 @@
 
 #include "ZuBitmapWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
-#include "ZuGeometryWin32Gdi.h"
 #include "ZuLateLoading.h"
 #include "ZuMessageBoxWin32Gdi.h"
 #include "ZuMessageLoopWin32Gdi.h"
 #include "ZuResourceService.h"
 #include "ZuScope.h"
-#include "ZuTimerWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 
 namespace zustd {
@@ -27,18 +25,9 @@ constexpr double kFactorPerPixel = 0.0625;
 constinit double scalingFactor = 0.0;
 
 HCURSOR nativeCursor(MouseCursor cursor) noexcept {
-    static constexpr std::array<int, 8> kIdentifiers = {
-        32512,  // IDC_ARROW
-        32649,  // IDC_HAND
-        32513,  // IDC_IBEAM
-        32514,  // IDC_WAIT
-        32644,  // IDC_SIZEWE
-        32645,  // IDC_SIZENS
-        32646,  // IDC_SIZEALL
-        32648,  // IDC_NO
-    };
-    const auto index = static_cast<std::size_t>(cursor);
-    return LoadCursorW(nullptr, MAKEINTRESOURCEW(kIdentifiers[index]));
+    const std::array names = {IDC_ARROW,  IDC_HAND,   IDC_IBEAM,   IDC_WAIT,
+                              IDC_SIZEWE, IDC_SIZENS, IDC_SIZEALL, IDC_NO};
+    return LoadCursorW(nullptr, names[static_cast<std::size_t>(cursor)]);
 }
 
 struct BitmapKey {
@@ -58,29 +47,26 @@ class DrawingCache {
 public:
     static constexpr std::size_t kMostHeld = 64;
 
-    // The object for a key, made by make() when there is none. A null that
-    // make() returns is not kept.
+    // The object for a key, made by make() when there is none.
     template <class Make>
     std::shared_ptr<T> find(const Key& key, Make&& make) {
-        const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                        [&key](const Entry& entry) { return entry.key == key; });
-        std::shared_ptr<T> object;
-        if (found != entries_.end()) {
-            object = found->known.lock();
-        }
+        const auto isWanted = [&key](const Entry& entry) { return entry.key == key; };
+        const auto found = std::find_if(entries_.begin(), entries_.end(), isWanted);
+        std::shared_ptr<T> object = found != entries_.end() ? found->known.lock() : nullptr;
         if (object) {
             std::rotate(entries_.begin(), found, found + 1);
         } else {
             object = make();
-            if (!object) {
-                return object;
-            }
             // make() may have asked this cache for something else.
-            std::erase_if(entries_, [&key](const Entry& entry) { return entry.key == key; });
+            std::erase_if(entries_, isWanted);
             entries_.insert(entries_.begin(), Entry{key, nullptr, object});
         }
         entries_.front().held = object;
-        trim();
+        if (entries_.size() > kMostHeld) {
+            // No more than one comes in at a time.
+            entries_[kMostHeld].held.reset();
+            std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
+        }
         return object;
     }
 
@@ -93,30 +79,13 @@ private:
         std::weak_ptr<T> known;
     };
 
-    void trim() {
-        for (std::size_t i = kMostHeld; i < entries_.size(); ++i) {
-            entries_[i].held.reset();
-        }
-        if (entries_.size() > kMostHeld) {
-            std::erase_if(entries_, [](const Entry& entry) { return entry.known.expired(); });
-        }
-    }
-
     std::vector<Entry> entries_;
 };
 
-auto& fontCache() {
-    static DrawingCache<FontStyle, Font> cache;
-    return cache;
-}
+DrawingCache<FontStyle, Font> fontCache;
+DrawingCache<BitmapKey, Bitmap> bitmapCache;
 
-auto& bitmapCache() {
-    static DrawingCache<BitmapKey, Bitmap> cache;
-    return cache;
-}
-
-// The dialog wants name and pattern in turn, each terminated, and an empty one
-// at the end.
+// The dialog wants name and pattern in turn, each terminated, and an empty one at the end.
 std::wstring filterOf(const std::vector<std::wstring>& patterns,
                       const std::vector<std::wstring>& patternNames) {
     std::wstring filter;
@@ -124,13 +93,11 @@ std::wstring filterOf(const std::vector<std::wstring>& patterns,
         // An empty text would be taken for the end.
         if (!patterns[i].empty()) {
             const std::wstring& name = patternNames[i].empty() ? patterns[i] : patternNames[i];
-            filter.append(name).push_back(L'\0');
-            filter.append(patterns[i]).push_back(L'\0');
+            filter += name + L'\0' + patterns[i] + L'\0';
         }
     }
-    filter.append(L"All Files").push_back(L'\0');
-    filter.append(L"*.*").push_back(L'\0');
-    return filter;
+    constexpr wchar_t kAllFiles[] = L"All Files\0*.*";
+    return filter.append(kAllFiles, std::size(kAllFiles));
 }
 
 }  // namespace
@@ -155,16 +122,11 @@ void WindowServiceWin32Gdi::setCursor(MouseCursor cursor) {
 
 Point WindowServiceWin32Gdi::getMousePosition() const {
     POINT place{};
-    if (!GetCursorPos(&place)) {
-        return {};
+    if (GetCursorPos(&place)) {
+        ScreenToClient(window_, &place);
     }
-    ScreenToClient(window_, &place);
     return {place.x, place.y};
 }
-
-Point WindowServiceWin32Gdi::getWindowPosition() const { return windowRect(window_).position(); }
-
-Size WindowServiceWin32Gdi::getWindowSize() const { return windowRect(window_).size(); }
 
 void WindowServiceWin32Gdi::captureMouse() {
     if (window_ != nullptr) {
@@ -178,26 +140,10 @@ void WindowServiceWin32Gdi::releaseMouse() {
     }
 }
 
-int WindowServiceWin32Gdi::showMessage(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
-}
-
 void WindowServiceWin32Gdi::closeMessage(int answer) {
     if (!openBoxes_.empty()) {
         guarded(L"WindowServiceWin32Gdi::closeMessage", [&] { openBoxes_.back()->close(answer); });
     }
-}
-
-int WindowServiceWin32Gdi::askYesNoCancel(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::askYesNoCancel", L"Could not ask question", box);
-}
-
-int WindowServiceWin32Gdi::askYesNo(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::askYesNo", L"Could not ask question", box);
-}
-
-int WindowServiceWin32Gdi::askOKCancel(MessageBoxContent& box) {
-    return showBox(L"WindowServiceWin32Gdi::askOKCancel", L"Could not ask question", box);
 }
 
 double WindowServiceWin32Gdi::getScalingFactor() {
@@ -208,8 +154,6 @@ double WindowServiceWin32Gdi::getScalingFactor() {
     }
     return scalingFactor;
 }
-
-Rect WindowServiceWin32Gdi::getWorkArea() const { return workAreaAround(window_); }
 
 Point WindowServiceWin32Gdi::getClientPosition() const {
     POINT place{};
@@ -224,7 +168,7 @@ void WindowServiceWin32Gdi::closeWindow() {
 }
 
 void WindowServiceWin32Gdi::enableWindow(bool enable) {
-    if (WindowHandlerWin32Gdi* surface = handler()) {
+    if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
         surface->setTakesInput(enable);
     } else {
         EnableWindow(window_, enable ? TRUE : FALSE);
@@ -233,7 +177,7 @@ void WindowServiceWin32Gdi::enableWindow(bool enable) {
 
 void WindowServiceWin32Gdi::hideWindow() {
     guarded(L"WindowServiceWin32Gdi::hideWindow", [this] {
-        if (WindowHandlerWin32Gdi* surface = handler()) {
+        if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(false);
         } else {
             ShowWindow(window_, SW_HIDE);
@@ -255,12 +199,9 @@ bool WindowServiceWin32Gdi::isWindowVisibleAtPos(Point place) const {
 
 void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
     guarded(L"WindowServiceWin32Gdi::makeWindowVisibleAtPos", [&] {
-        if (window_ == nullptr) {
-            return;
-        }
         SetWindowPos(window_, HWND_TOP, place.x, place.y, 0, 0,
                      SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
-        if (WindowHandlerWin32Gdi* surface = handler()) {
+        if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(true);
         }
     });
@@ -268,7 +209,7 @@ void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
 
 void WindowServiceWin32Gdi::showWindow() {
     guarded(L"WindowServiceWin32Gdi::showWindow", [this] {
-        if (WindowHandlerWin32Gdi* surface = handler()) {
+        if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(true);
         }
         ShowWindow(window_, SW_SHOW);
@@ -276,7 +217,7 @@ void WindowServiceWin32Gdi::showWindow() {
 }
 
 void WindowServiceWin32Gdi::setFocus(Control& control) {
-    if (WindowHandlerWin32Gdi* surface = handler()) {
+    if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
         surface->giveFocus(control);
     } else if (window_ != nullptr) {
         const HWND native = nativeWindowOf(control);
@@ -305,13 +246,10 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
             name[0] = L'\0';
             isChosen = GetOpenFileNameW(&request) != FALSE;
         }
-        if (isChosen) {
-            return std::wstring(name.data());
-        }
-        if (CommDlgExtendedError() != 0) {
+        if (!isChosen && CommDlgExtendedError() != 0) {
             throwSystemException(L"Could not select file", ZU_HERE);
         }
-        return std::wstring();
+        return isChosen ? std::wstring(name.data()) : std::wstring();
     });
 }
 
@@ -331,12 +269,8 @@ int WindowServiceWin32Gdi::getNewId() noexcept {
 }
 
 Rect WindowServiceWin32Gdi::getDrawArea() const noexcept {
-    const WindowHandlerWin32Gdi* surface = handler();
+    const auto* surface = WindowHandlerWin32Gdi::of(window_);
     return surface != nullptr ? surface->drawArea() : Rect{};
-}
-
-WindowHandlerWin32Gdi* WindowServiceWin32Gdi::handler() const noexcept {
-    return WindowHandlerWin32Gdi::of(window_);
 }
 
 int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* failure,
@@ -366,7 +300,7 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescripto
 }
 
 std::shared_ptr<Font> WindowServiceWin32Gdi::getCachedFont(const FontStyle& style) {
-    return fontCache().find(style, [&] { return createFont(style); });
+    return fontCache.find(style, [&] { return createFont(style); });
 }
 
 std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getCachedBitmap(const ResourceDescriptor& resource,
@@ -374,8 +308,8 @@ std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getCachedBitmap(const ResourceDes
     const auto resources = getAbstraction().getService<IResourceService>();
     const FileResource* file =
         resources ? resources->getFileResource(resource.identifier) : nullptr;
-    return bitmapCache().find({resource.identifier, size, file},
-                              [&] { return createBitmap(resource, size); });
+    return bitmapCache.find({resource.identifier, size, file},
+                            [&] { return createBitmap(resource, size); });
 }
 
 std::shared_ptr<Font> WindowServiceWin32Gdi::createFont(const FontStyle& style) {
@@ -399,13 +333,9 @@ FontHandle WindowServiceWin32Gdi::createFontHandle(const FontStyle& style) {
     return makeFontHandle(style, getScalingFactor());
 }
 
-std::shared_ptr<TimerWindowWin32Gdi> WindowServiceWin32Gdi::createTimerWindow() {
-    return TimerWindowWin32Gdi::ofThisThread();
-}
-
 void WindowServiceWin32Gdi::clearDrawingCaches() noexcept {
-    fontCache().clear();
-    bitmapCache().clear();
+    fontCache.clear();
+    bitmapCache.clear();
 }
 
 WindowServiceWin32Gdi* windowServiceBackend(const WindowService* service) noexcept {

@@ -1,14 +1,14 @@
 // The Windows half of a window service.
 #pragma once
 
+#include "ZuGeometryWin32Gdi.h"
 #include "ZuHandleWin32Gdi.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
 
 class MessageBoxWin32Gdi;
-class TimerWindowWin32Gdi;
-class WindowHandlerWin32Gdi;
+struct TimerWindowWin32Gdi;
 
 class WindowServiceWin32Gdi : public Implementation<WindowService, IWindowServiceImpl> {
 public:
@@ -31,19 +31,27 @@ public:
     MouseCursor getCursor() const override { return cursor_; }
     void setCursor(MouseCursor cursor) override;
     Point getMousePosition() const override;
-    Point getWindowPosition() const override;
-    Size getWindowSize() const override;
+    Point getWindowPosition() const override { return windowRect(window_).position(); }
+    Size getWindowSize() const override { return windowRect(window_).size(); }
     void captureMouse() override;
     void releaseMouse() override;
     bool isMessageOpen() const override { return !openBoxes_.empty(); }
-    int showMessage(MessageBoxContent& box) override;
+    int showMessage(MessageBoxContent& box) override {
+        return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
+    }
     void closeMessage(int answer) override;
-    int askYesNoCancel(MessageBoxContent& box) override;
+    int askYesNoCancel(MessageBoxContent& box) override {
+        return showBox(L"WindowServiceWin32Gdi::askYesNoCancel", L"Could not ask question", box);
+    }
     void playMessageSound(std::uint32_t style) override { MessageBeep(style & kMessageIconMask); }
-    int askYesNo(MessageBoxContent& box) override;
-    int askOKCancel(MessageBoxContent& box) override;
+    int askYesNo(MessageBoxContent& box) override {
+        return showBox(L"WindowServiceWin32Gdi::askYesNo", L"Could not ask question", box);
+    }
+    int askOKCancel(MessageBoxContent& box) override {
+        return showBox(L"WindowServiceWin32Gdi::askOKCancel", L"Could not ask question", box);
+    }
     double getScalingFactor() override;
-    Rect getWorkArea() const override;
+    Rect getWorkArea() const override { return workAreaAround(window_); }
     Point getClientPosition() const override;
     std::shared_ptr<Timer> createTimer(const std::wstring& name) override;
     void closeWindow() override;
@@ -62,18 +70,14 @@ public:
     void setFocus(Control& control) override;
 
     HWND window() const noexcept { return window_; }
-    // Binds the service to the window that a surface's backend has made; null
-    // when it loses it.
+    // To the window that a surface's backend has made; null when it loses it.
     void connect(HWND window) noexcept { window_ = window; }
-    // The area that is being painted, in pixels of the surface's client area; empty
-    // outside of a paint and for a window of somebody else.
+    // What is being painted; empty outside of a paint and for a window of somebody else.
     Rect getDrawArea() const noexcept;
-    // An identifier for a native control, a menu item or a timer that no other
-    // one has had for long.
+    // An identifier that no other native control has had for long.
     static int getNewId() noexcept;
 
-    // From caches that are the UI thread's and serve all window services; made when
-    // there is none yet, null when that fails.
+    // From caches that are the UI thread's and serve all window services.
     std::shared_ptr<Font> getCachedFont(const FontStyle& style);
     std::shared_ptr<Bitmap> getCachedBitmap(const ResourceDescriptor& resource, Size size);
     // New ones, joined to their backends and synchronised.
@@ -81,18 +85,15 @@ public:
     std::shared_ptr<Bitmap> createBitmap(const ResourceDescriptor& resource, Size size);
     // The caller's own; empty when the system has none to give.
     FontHandle createFontHandle(const FontStyle& style);
-    // The hidden window that this thread's timers share.
+    // Shared by this thread's timers.
     static std::shared_ptr<TimerWindowWin32Gdi> createTimerWindow();
 
-    // Takes the place of the system's scaling factor for all window services, from the
-    // next font and image on, for hosts that zoom; 0.0 goes back to the system's.
+    // For all window services, from the next font and image on; 0.0 goes back to the system's.
     static void setScalingFactor(double factor);
     // Lets go of what the caches hold.
     static void clearDrawingCaches() noexcept;
 
 private:
-    // Null for a window of somebody else.
-    WindowHandlerWin32Gdi* handler() const noexcept;
     int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
 
     HWND window_;

@@ -16,8 +16,7 @@ BOOL CALLBACK takeFirstName(HMODULE, const wchar_t*, wchar_t* name, LONG_PTR out
     return FALSE;
 }
 
-// The executable's first icon, in the size of a system metric; shared, null
-// when it has none.
+// The executable's first icon, in the size of a system metric; shared, null when it has none.
 HICON executableIcon(int widthMetric, int heightMetric) noexcept {
     const HMODULE module = GetModuleHandleW(nullptr);
     wchar_t* name = nullptr;
@@ -84,14 +83,12 @@ bool WindowWin32Gdi::findParent(HWND& parent) const {
 
 void WindowWin32Gdi::createWindow(HWND parent) {
     registerWindowClass(&windowProcedure);
-    const bool isChild = parent != nullptr;
     const DWORD style =
-        WS_CLIPCHILDREN | (isChild ? WS_CHILD | WS_CLIPSIBLINGS : WS_OVERLAPPEDWINDOW);
-    const Size size = getAbstraction().boundary().size();
+        WS_CLIPCHILDREN | (parent != nullptr ? WS_CHILD | WS_CLIPSIBLINGS : WS_OVERLAPPEDWINDOW);
+    // A child begins with no size at 0, 0.
     const HWND made =
-        CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, L"", style, isChild ? 0 : CW_USEDEFAULT,
-                        0, isChild ? size.width : CW_USEDEFAULT, isChild ? size.height : 0, parent,
-                        nullptr, GetModuleHandleW(nullptr), nullptr);
+        CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, L"", style, CW_USEDEFAULT, 0,
+                        CW_USEDEFAULT, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr);
     if (made == nullptr) {
         throwSystemException(L"Could not create window", ZU_HERE);
     }
@@ -101,16 +98,14 @@ void WindowWin32Gdi::createWindow(HWND parent) {
     visible_ = false;
 }
 
-// A window of its own stays where the system or the user has put it until its
-// boundary is moved.
+// A window of its own stays where the system or the user has put it until its boundary is moved.
 void WindowWin32Gdi::synchronizePlace() {
     const NativeWindow& shown = getAbstraction();
     Point wanted = shown.boundary().position();
     if (parent_ != nullptr && shown.parentControl() != nullptr) {
         wanted = shown.parentControl()->toSurface(wanted);
     }
-    if (wanted != position_) {
-        position_ = wanted;
+    if (std::exchange(position_, wanted) != wanted) {
         SetWindowPos(window(), nullptr, wanted.x, wanted.y, 0, 0,
                      SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
     }
@@ -118,20 +113,11 @@ void WindowWin32Gdi::synchronizePlace() {
 
 void WindowWin32Gdi::synchronizeVisible() {
     const bool visible = getAbstraction().isShown();
-    if (visible != visible_) {
-        visible_ = visible;
-        // Somebody else may have shown it where and how he wanted it.
-        if (visible == ((GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0)) {
-            return;
-        }
+    // Somebody else may have shown it where and how he wanted it.
+    const bool isSeen = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
+    if (std::exchange(visible_, visible) != visible && visible != isSeen) {
         const int show = parent_ != nullptr ? SW_SHOWNA : SW_SHOW;
         ShowWindow(window(), visible ? show : SW_HIDE);
-    }
-}
-
-void WindowWin32Gdi::onCloseRequest() {
-    if (getAbstraction().acceptClose()) {
-        getAbstraction().setVisible(false);
     }
 }
 

@@ -23,7 +23,11 @@ public:
     void setShown(bool shown) override { getAbstraction().setVisible(shown); }
 
 protected:
-    void onCloseRequest() override;
+    void onCloseRequest() override {
+        if (getAbstraction().acceptClose()) {
+            getAbstraction().setVisible(false);
+        }
+    }
 
 private:
     bool findParent(HWND& parent) const;
