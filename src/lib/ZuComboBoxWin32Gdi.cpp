@@ -17,18 +17,6 @@ std::size_t portableIndex(LRESULT index) noexcept {
 
 }  // namespace
 
-void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"ComboBoxWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        synchronizeFont(getAbstraction().font());
-        fitHeight();
-        setCaption();
-        pushSelection();
-    });
-}
-
 bool ComboBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
     const DWORD style = kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL;
@@ -40,6 +28,14 @@ bool ComboBoxWin32Gdi::initializeFromDescriptor() {
         }
         fill();
     });
+}
+
+void ComboBoxWin32Gdi::pushState() {
+    const NativeComboBox& box = getAbstraction();
+    synchronizeFont(box.font());
+    fitHeight();
+    pushText(CB_SETCUEBANNER, box.hasCaption() ? box.caption().text(box) : L"");
+    pushSelection();
 }
 
 void ComboBoxWin32Gdi::fill() {
@@ -59,28 +55,16 @@ void ComboBoxWin32Gdi::fitHeight() {
     const auto missing = [this] {
         return getAbstraction().boundary().height() - windowRect(window()).height();
     };
-    if (missing() == 0) {
-        return;
-    }
-    LRESULT height = std::max<LRESULT>(send(CB_GETITEMHEIGHT, kField) + missing(), 1);
-    send(CB_SETITEMHEIGHT, kField, height);
-    height += missing();
-    if (missing() != 0 && height > 0) {
+    LRESULT height = send(CB_GETITEMHEIGHT, kField);
+    for (int tries = 0; tries < 2 && missing() != 0; ++tries) {
+        height = std::max<LRESULT>(height + missing(), 1);
         send(CB_SETITEMHEIGHT, kField, height);
-    }
-}
-
-void ComboBoxWin32Gdi::setCaption() {
-    const NativeComboBox& box = getAbstraction();
-    const std::wstring caption = box.hasCaption() ? box.caption().text(box) : std::wstring();
-    if (isNewText(caption)) {
-        send(CB_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(caption.c_str()));
     }
 }
 
 void ComboBoxWin32Gdi::setText(const std::wstring& text) {
     if (getText() != text) {
-        const ScopedValue filling(filling_, true);
+        const Mirroring mirroring(*this);
         SetWindowTextW(window(), text.c_str());
     }
 }
@@ -104,10 +88,10 @@ void ComboBoxWin32Gdi::pushSelection() {
 }
 
 bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC) {
-        return colorField(message, result);
+    if (colorField(message, result)) {
+        return true;
     }
-    if (message.id != WM_COMMAND || filling_) {
+    if (message.id != WM_COMMAND || isMirroring()) {
         return false;
     }
     switch (HIWORD(message.wide)) {
@@ -128,7 +112,6 @@ bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         default:
             return false;
     }
-    result = 0;
     return true;
 }
 
@@ -141,11 +124,6 @@ void ComboBoxWin32Gdi::acceptTyped() {
     if (box.text() == text && (selected == kNullSize || box.getItemText(selected) != text)) {
         box.acceptSelection(box.findItem(text));
     }
-}
-
-// The list asks the box itself for its colours.
-bool ComboBoxWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
-    return message.id == WM_CTLCOLORLISTBOX && colorField(message, result);
 }
 
 bool ComboBoxWin32Gdi::usesKey(const KeyEvent& event) const {

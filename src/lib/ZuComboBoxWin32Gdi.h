@@ -10,9 +10,8 @@ namespace zustd {
 class ComboBoxWin32Gdi : public ControlBackendWin32Gdi<ComboBoxImplementation> {
 public:
     explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
-
-    void synchronizeWithAbstraction() override;
+        : ControlBackendWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage",
+                                 L"ComboBoxWin32Gdi::synchronizeWithAbstraction") {}
 
 protected:
     void mirrorAdded(std::size_t index) override;
@@ -20,23 +19,23 @@ protected:
     void mirrorCleared() override { send(CB_RESETCONTENT); }
     void mirrorSelection() override;
 
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
-    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+    // The list asks the box itself for its colours.
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override {
+        return colorField(message, result);
+    }
     bool usesKey(const KeyEvent& event) const override;
 
 private:
-    bool initializeFromDescriptor();
     void fill();
     void fitHeight();
-    void setCaption();
     // Of the field; a list without one has the text of its selected item.
     std::wstring getText() const { return windowText(window()); }
     void setText(const std::wstring& text);
     void pushSelection();
     void acceptTyped();
-
-    // The control's own notifications while it is filled are no news.
-    bool filling_ = false;
 };
 
 }  // namespace zustd

@@ -27,47 +27,33 @@ DWORD styleOf(const NativeGridView& grid) noexcept {
 // In the order of Alignment.
 constexpr std::array<int, 4> kFormats = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
 
-bool startsWith(const std::wstring& text, const std::wstring& start, bool whole) noexcept {
-    if (text.size() < start.size() || (whole && text.size() != start.size())) {
-        return false;
-    }
-    const int size = static_cast<int>(start.size());
-    return CompareStringOrdinal(text.c_str(), size, start.c_str(), size, TRUE) == CSTR_EQUAL;
-}
-
 }  // namespace
 
 // --- State to window ------------------------------------------------------------------------
 
-void GridViewWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] {
-        settle();
-        const Mirroring mirroring(*this);
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        push();
-        if (isStale()) {
-            fill();
-        }
-        // Their widths depend on the rows.
-        pushColumns();
-    });
-}
-
 bool GridViewWin32Gdi::initializeFromDescriptor() {
+    settle();
+    const Mirroring mirroring(*this);
     NativeGridView& grid = getAbstraction();
-    initializeCommonControl(ICC_LISTVIEW_CLASSES);
     return synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE}, [this] {
-        forgetPushed();
+        startAnew();
         columns_.clear();
         markStale();
-        send(LVM_SETUNICODEFORMAT, TRUE);
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
     });
 }
 
-void GridViewWin32Gdi::push() {
+void GridViewWin32Gdi::pushState() {
+    const Mirroring mirroring(*this);
+    pushItemLook();
+    if (isStale()) {
+        fill();
+    }
+    // Their widths depend on the rows.
+    pushColumns();
+}
+
+void GridViewWin32Gdi::pushItemLook() {
     const NativeGridView& grid = getAbstraction();
     pushLook({LVM_SETTEXTCOLOR, LVM_SETBKCOLOR, LVM_SETIMAGELIST, LVSIL_SMALL, LVSIL_STATE, 1},
              grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr,
@@ -106,11 +92,6 @@ void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
     item.state = selected ? LVIS_SELECTED : 0;
     item.stateMask = LVIS_SELECTED;
     send(LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
-}
-
-void GridViewWin32Gdi::releaseNativeObject() {
-    releaseItems();
-    markStale();
 }
 
 // --- Columns --------------------------------------------------------------------------------
@@ -198,7 +179,7 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
         if (window() != nullptr) {
             const Mirroring mirroring(*this);
             forgetImages();
-            push();
+            pushItemLook();
         }
     });
 }
@@ -234,16 +215,18 @@ void GridViewWin32Gdi::mirrorAllSelected(bool selected) { mirrorSelected(kAllRow
 
 // --- What the window asks -------------------------------------------------------------------
 
-bool GridViewWin32Gdi::isRow(int index) const noexcept {
-    return index >= 0 && static_cast<std::size_t>(index) < getAbstraction().model().rowCount();
+// kNullSize when there is no such row.
+std::size_t GridViewWin32Gdi::rowOf(int index) const noexcept {
+    const auto row = static_cast<std::size_t>(index);
+    return row < getAbstraction().model().rowCount() ? row : kNullSize;
 }
 
 void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
     const GridModel& model = getAbstraction().model();
-    if (!isRow(item.iItem)) {
+    const std::size_t row = rowOf(item.iItem);
+    if (row == kNullSize) {
         return;
     }
-    const auto row = static_cast<std::size_t>(item.iItem);
     if ((item.mask & LVIF_TEXT) != 0) {
         // Read only, and before anything else can change.
         item.pszText =
@@ -271,23 +254,25 @@ LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
     const std::wstring wanted = request.lvfi.psz;
     const bool whole = (flags & LVFI_PARTIAL) == 0;
     const std::size_t count = model.rowCount();
-    const std::size_t start = isRow(request.iStart) ? static_cast<std::size_t>(request.iStart) : 0;
-    const std::size_t steps = (flags & LVFI_WRAP) != 0 ? count : count - start;
-    for (std::size_t step = 0; step < steps; ++step) {
-        const std::size_t row = (start + step) % count;
-        if (startsWith(model.cell(row, 0), wanted, whole)) {
-            return static_cast<LRESULT>(row);
+    const std::size_t start = rowOf(request.iStart) != kNullSize ? rowOf(request.iStart) : 0;
+    const std::size_t end = start + ((flags & LVFI_WRAP) != 0 ? count : count - start);
+    for (std::size_t row = start; row < end; ++row) {
+        const std::wstring& text = model.cell(row % count, 0);
+        const std::size_t size = whole ? text.size() : std::min(text.size(), wanted.size());
+        if (CompareStringOrdinal(text.data(), static_cast<int>(size), wanted.data(),
+                                 static_cast<int>(wanted.size()), TRUE) == CSTR_EQUAL) {
+            return static_cast<LRESULT>(row % count);
         }
     }
     return -1;
 }
 
 void GridViewWin32Gdi::showTooltip(NMLVGETINFOTIPW& request) {
-    if (!isRow(request.iItem) || request.pszText == nullptr || request.cchTextMax <= 0) {
+    const std::size_t row = rowOf(request.iItem);
+    if (row == kNullSize || request.pszText == nullptr || request.cchTextMax <= 0) {
         return;
     }
-    const std::wstring text =
-        getAbstraction().acceptTooltipRequest(static_cast<std::size_t>(request.iItem));
+    const std::wstring text = getAbstraction().acceptTooltipRequest(row);
     // An empty one leaves the window's own, the whole of a text that is cut.
     if (!text.empty()) {
         const auto room = static_cast<std::size_t>(request.cchTextMax) - 1;
@@ -325,10 +310,9 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         case NM_CLICK:
         case NM_DBLCLK:
         case NM_RCLICK: {
-            const int row = reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem;
-            const std::wstring key =
-                isRow(row) ? getAbstraction().model().key(static_cast<std::size_t>(row)) : L"";
-            click_ = Click{header->code == NM_RCLICK, key};
+            const std::size_t row = rowOf(reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem);
+            clickedKey_ = row != kNullSize ? model().key(row) : L"";
+            click_ = header->code;
             return true;
         }
         default:
@@ -341,11 +325,11 @@ void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT new
         return;
     }
     const bool selected = (newState & LVIS_SELECTED) != 0;
+    // -1 stands for all rows.
     if (from == -1) {
         getAbstraction().acceptSelected(0, kNullSize, selected);
-    } else if (isRow(from) && to >= from) {
-        getAbstraction().acceptSelected(static_cast<std::size_t>(from),
-                                        static_cast<std::size_t>(to), selected);
+    } else if (to >= 0) {
+        getAbstraction().acceptSelected(rowOf(from), static_cast<std::size_t>(to), selected);
     }
 }
 
@@ -386,17 +370,15 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     }
 }
 
-bool GridViewWin32Gdi::toggle(int row) {
-    if (!isRow(row)) {
+bool GridViewWin32Gdi::toggle(std::size_t row) {
+    if (row == kNullSize) {
         return false;
     }
     SetFocus(window());
-    NativeGridView& grid = getAbstraction();
-    const auto index = static_cast<std::size_t>(row);
-    grid.acceptChecked(index, !grid.model().isChecked(index));
+    getAbstraction().acceptChecked(row, !model().isChecked(row));
     // The receiver may have ended the window.
     if (window() != nullptr) {
-        mirrorRow(index);
+        mirrorRow(row);
     }
     return true;
 }
@@ -404,7 +386,7 @@ bool GridViewWin32Gdi::toggle(int row) {
 bool GridViewWin32Gdi::toggleAt(LPARAM point) {
     LVHITTESTINFO hit{};
     hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
-    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    const std::size_t row = rowOf(ListView_HitTest(window(), &hit));
     return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
 }
 
@@ -413,15 +395,11 @@ bool GridViewWin32Gdi::toggleFocused() {
     return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
 }
 
-// -1 for none.
-int GridViewWin32Gdi::focusedRow() const noexcept {
-    return static_cast<int>(send(LVM_GETNEXTITEM, kAllRows, LVNI_FOCUSED));
+std::size_t GridViewWin32Gdi::focusedRow() const noexcept {
+    return rowOf(ListView_GetNextItem(window(), -1, LVNI_FOCUSED));
 }
 
-void GridViewWin32Gdi::reportMenuKey() {
-    const int row = focusedRow();
-    getAbstraction().acceptRightClick(isRow(row) ? static_cast<std::size_t>(row) : kNullSize);
-}
+void GridViewWin32Gdi::reportMenuKey() { getAbstraction().acceptRightClick(focusedRow()); }
 
 bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {
     return message.id == WM_NOTIFY &&
@@ -433,13 +411,10 @@ void GridViewWin32Gdi::reportActions() {
     grid.acceptSelectionDone();
     // The button selected the row before, and who heard of that may have moved or
     // removed it.
-    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
-        const std::size_t row = grid.model().findRow(click->key);
-        if (click->right) {
-            grid.acceptRightClick(row);
-        } else {
-            grid.acceptLeftClick(row);
-        }
+    if (const UINT click = std::exchange(click_, 0); click == NM_RCLICK) {
+        grid.acceptRightClick(model().findRow(clickedKey_));
+    } else if (click != 0) {
+        grid.acceptLeftClick(model().findRow(clickedKey_));
     }
 }
 

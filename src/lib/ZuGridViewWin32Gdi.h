@@ -16,10 +16,9 @@ class GridViewWin32Gdi
     : public ControlBackendWin32Gdi<GridViewImplementation, ItemControlWin32Gdi> {
 public:
     explicit GridViewWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage",
+                                 L"GridViewWin32Gdi::synchronizeWithAbstraction") {}
 
-    void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
     void resizeColumns() override;
     void synchronizeBitmaps() override;
 
@@ -31,6 +30,8 @@ protected:
     void mirrorSelected(std::size_t row, bool selected) override;
     void mirrorAllSelected(bool selected) override;
 
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
@@ -39,8 +40,7 @@ protected:
     void reportMenuKey() override;
 
 private:
-    bool initializeFromDescriptor();
-    void push();
+    void pushItemLook();
     void pushColumns();
     void pushColumn(std::size_t column, bool isNew);
     void pushWidth(std::size_t column);
@@ -48,24 +48,22 @@ private:
     void setRowCount();
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
-    bool isRow(int index) const noexcept;
+    std::size_t rowOf(int index) const noexcept;
     void answerDisplay(LVITEMW& item) const;
     LRESULT find(const NMLVFINDITEMW& request) const;
     void showTooltip(NMLVGETINFOTIPW& request);
     void acceptSelection(int from, int to, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
-    bool toggle(int row);
-    int focusedRow() const noexcept;
+    bool toggle(std::size_t row);
+    std::size_t focusedRow() const noexcept;
 
     // As the window has them.
     std::vector<GridColumn> columns_;
     double scalingFactor_ = 1.0;
-    struct Click {
-        bool right;
-        // Of the row; empty beside all rows.
-        std::wstring key;
-    };
-    std::optional<Click> click_;
+    // The code of the click under way, 0 for none, and the key of its row, empty beside
+    // all rows.
+    UINT click_ = 0;
+    std::wstring clickedKey_;
 };
 
 }  // namespace zustd

@@ -36,11 +36,11 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
 using ThemeHandle = Handle<NullHandleTraits<HTHEME, &CloseThemeData>>;
 
 // In the look that check boxes have in the theme, or the plain one.
-void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF background, HTHEME theme,
-                  bool checked) {
+void drawCheckBox(const PixelBitmap& image, COLORREF background, HTHEME theme, bool checked) {
     const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
     const SelectedObject selected(context.get(), image.handle.get());
     const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
+    const LONG extent = image.size.width;
     const LONG room = extent - 2 * kCheckMargin;
     SIZE size{room, room};
     // Without a theme nothing is said, and nothing drawn.
@@ -70,18 +70,6 @@ COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexce
 
 }  // namespace
 
-void ItemControlWin32Gdi::resumeRedraw() noexcept {
-    if (window() == nullptr) {
-        return;
-    }
-    send(WM_SETREDRAW, TRUE);
-    // Which shows a hidden window.
-    if (!control().isShown()) {
-        ShowWindow(window(), SW_HIDE);
-    }
-    InvalidateRect(window(), nullptr, TRUE);
-}
-
 std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
     const Mirroring mirroring(*this);
     if (burst_ != 0) {
@@ -95,10 +83,16 @@ std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
 }
 
 void ItemControlWin32Gdi::settle() noexcept {
-    if (std::exchange(burst_, 0) != 0) {
-        const Mirroring mirroring(*this);
-        resumeRedraw();
+    if (std::exchange(burst_, 0) == 0 || window() == nullptr) {
+        return;
     }
+    const Mirroring mirroring(*this);
+    send(WM_SETREDRAW, TRUE);
+    // Which shows a hidden window.
+    if (!control().isShown()) {
+        ShowWindow(window(), SW_HIDE);
+    }
+    InvalidateRect(window(), nullptr, TRUE);
 }
 
 bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
@@ -125,12 +119,12 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
     switch (message.id) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
-            return hasCheckBoxes_ && toggleAt(message.extra);
+            return hasCheckBoxes() && toggleAt(message.extra);
         case WM_KEYDOWN:
-            return hasCheckBoxes_ && message.wide == VK_SPACE && toggleFocused();
+            return hasCheckBoxes() && message.wide == VK_SPACE && toggleFocused();
         case WM_CHAR:
             // The search for texts would get it.
-            return hasCheckBoxes_ && message.wide == L' ';
+            return hasCheckBoxes() && message.wide == L' ';
         case WM_CONTEXTMENU:
             // By the keyboard; the right button has its notification.
             if (message.extra == -1) {
@@ -148,17 +142,16 @@ void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontD
     synchronizeFont(font);
     const Colors colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
                         colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
-    bool changed = colors_ != colors;
+    bool changed = std::exchange(colors_, colors) != colors;
     if (changed) {
         send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));
         send(look.setBackground, 0, static_cast<LPARAM>(colors[1]));
-        colors_ = colors;
     }
     if (updateImages(bitmaps)) {
         send(look.setImageList, look.images, reinterpret_cast<LPARAM>(images_.get()));
         changed = true;
     }
-    if (updateCheckImages(checkBoxes, look.firstState)) {
+    if (updateCheckImages(checkBoxes, look.firstState, colors[1])) {
         send(look.setImageList, look.checkImages, reinterpret_cast<LPARAM>(checkImages_.get()));
         changed = true;
     }
@@ -199,28 +192,22 @@ ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& desc
     return list;
 }
 
-bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
-    CheckRequest wanted;
-    if (show) {
-        wanted = {std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
-                  colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
-                  GetSysColor(COLOR_WINDOWTEXT)};
-    }
-    hasCheckBoxes_ = show;
+bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState, COLORREF background) {
+    const std::int32_t extent =
+        show ? std::max(control().scale(kCheckImageSize), 4 * kCheckMargin) : 0;
+    const CheckRequest wanted{extent, background, GetSysColor(COLOR_WINDOWTEXT)};
     if (checkRequest_ == wanted) {
         return false;
     }
     ImageListHandle list;
     if (show) {
-        const Size size{wanted.extent, wanted.extent};
         // Not for this window, which would take the theme for its own.
         const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
-        list = makeList(size, static_cast<int>(kChecked - firstState + 1));
+        list = makeList({extent, extent}, static_cast<int>(kChecked - firstState + 1));
         for (UINT state = firstState; state <= kChecked; ++state) {
-            const PixelBitmap image(size);
+            const PixelBitmap image({extent, extent});
             if (state != 0) {
-                drawCheckBox(image, wanted.extent, wanted.background, theme.get(),
-                             state == kChecked);
+                drawCheckBox(image, background, theme.get(), state == kChecked);
             }
             append(list, image);
         }
@@ -230,16 +217,17 @@ bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
     return true;
 }
 
-void ItemControlWin32Gdi::forgetPushed() noexcept {
+void ItemControlWin32Gdi::startAnew() noexcept {
     colors_.reset();
     request_.reset();
     checkRequest_.reset();
     burst_ = 0;
+    send(CCM_SETUNICODEFORMAT, TRUE);
 }
 
-void ItemControlWin32Gdi::releaseItems() noexcept {
-    destroyWindow();
-    forgetPushed();
+// What the window draws with goes after it.
+void ItemControlWin32Gdi::destroyWindow() noexcept {
+    NativeControlWin32Gdi::destroyWindow();
     images_.reset();
     checkImages_.reset();
 }

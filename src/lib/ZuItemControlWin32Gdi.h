@@ -21,33 +21,23 @@ using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>
 
 class ItemControlWin32Gdi : public NativeControlWin32Gdi {
 public:
-    ~ItemControlWin32Gdi() override { releaseItems(); }
+    ~ItemControlWin32Gdi() override { ItemControlWin32Gdi::destroyWindow(); }
 
 protected:
     using NativeControlWin32Gdi::NativeControlWin32Gdi;
 
-    // While one lives, notifications come from the backend's own doing and say
-    // nothing about the user.
-    class Mirroring : ScopedValue<bool> {
-    public:
-        explicit Mirroring(ItemControlWin32Gdi& control) : ScopedValue(control.mirroring_, true) {}
-    };
-
     // A Mirroring of many items, shown at its end.
-    class BulkMirroring {
+    class BulkMirroring : Mirroring {
     public:
         explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept
-            : control_(control), mirroring_(control) {
+            : Mirroring(control), control_(control) {
+            ++control_.burst_;
             control_.send(WM_SETREDRAW, FALSE);
         }
-        ~BulkMirroring() {
-            control_.burst_ = 0;
-            control_.resumeRedraw();
-        }
+        ~BulkMirroring() { control_.settle(); }
 
     private:
         ItemControlWin32Gdi& control_;
-        Mirroring mirroring_;
     };
 
     // Single items come and go in bursts: nothing is shown from here to the
@@ -55,8 +45,6 @@ protected:
     // burst has by now.
     std::size_t deferRedraw() noexcept;
     void settle() noexcept;
-
-    bool isMirroring() const noexcept { return mirroring_; }
 
     // What a message of the window comes to, in this order: the window is brought
     // up to date; check boxes and the menu key are dealt with; then the rest that
@@ -92,49 +80,35 @@ protected:
                   const BitmapListDescriptor* bitmaps, bool checkBoxes);
     // The next look has them made anew.
     void forgetImages() noexcept { request_.reset(); }
-    bool hasCheckBoxes() const noexcept { return hasCheckBoxes_; }
+    bool hasCheckBoxes() const noexcept { return static_cast<bool>(checkImages_); }
 
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
-    // What was pushed before says nothing about the window that is there now.
-    void forgetPushed() noexcept;
-    // Destroys the window first and then what it drew with.
-    void releaseItems() noexcept;
+    // For a window that was made: it has nothing of what was pushed before.
+    void startAnew() noexcept;
+    void destroyWindow() noexcept override;
 
 private:
     // Text and background.
     using Colors = std::array<COLORREF, 2>;
 
-    struct ImageRequest {
-        std::vector<std::uint64_t> identifiers;
-        Size size;
-        double scalingFactor = 1.0;
+    // What the items' own images depend on: their identifiers, their size, and the
+    // scaling factor.
+    using ImageRequest = std::tuple<std::vector<std::uint64_t>, Size, double>;
+    // The same for a check box, whose extent is 0 where none are wanted: extent,
+    // background, and the colour of the mark.
+    using CheckRequest = std::tuple<std::int32_t, COLORREF, COLORREF>;
 
-        friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
-    };
-
-    // What the pictures of a check box depend on; no extent where none are wanted.
-    struct CheckRequest {
-        std::int32_t extent = 0;
-        COLORREF background = 0;
-        COLORREF mark = 0;
-
-        friend bool operator==(const CheckRequest&, const CheckRequest&) = default;
-    };
-
-    void resumeRedraw() noexcept;
     bool answers(const WindowMessage& message);
     bool updateImages(const BitmapListDescriptor* descriptor);
     ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
-    bool updateCheckImages(bool show, UINT firstState);
+    bool updateCheckImages(bool show, UINT firstState, COLORREF background);
 
-    bool mirroring_ = false;
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
     std::optional<Colors> colors_;
     std::optional<ImageRequest> request_;
     ImageListHandle images_;
-    bool hasCheckBoxes_ = false;
     std::optional<CheckRequest> checkRequest_;
     ImageListHandle checkImages_;
 };

@@ -29,11 +29,6 @@ void trackLeaving(HWND window, bool& tracks) noexcept {
     }
 }
 
-void initializeCommonControl(DWORD classes) noexcept {
-    const INITCOMMONCONTROLSEX request{sizeof(request), classes};
-    InitCommonControlsEx(&request);
-}
-
 std::wstring windowText(HWND window) {
     std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
     text.resize(static_cast<std::size_t>(
@@ -97,6 +92,9 @@ void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
 }
 
 void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
+    constexpr INITCOMMONCONTROLSEX kClasses{
+        sizeof(kClasses), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
+    InitCommonControlsEx(&kClasses);
     const Rect area = control_->boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
     const HWND made =
@@ -125,9 +123,7 @@ void NativeControlWin32Gdi::place() {
     }
     const bool hadFocus = hasSystemFocus();
     const bool usable = canBeUsed();
-    if (usable != (IsWindowEnabled(window()) != FALSE)) {
-        EnableWindow(window(), usable ? TRUE : FALSE);
-    }
+    enableWindow(usable);
     // Not IsWindowVisible, which asks the parents too.
     const bool isShowing = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
     if (control_->isShown() != isShowing) {
@@ -137,6 +133,18 @@ void NativeControlWin32Gdi::place() {
     if (hadFocus && !(usable && control_->isShown()) && IsWindowVisible(parent_) &&
         IsWindowEnabled(parent_)) {
         SetFocus(parent_);
+    }
+}
+
+void NativeControlWin32Gdi::enableWindow(bool enable) noexcept {
+    if (enable != (IsWindowEnabled(window()) != FALSE)) {
+        EnableWindow(window(), enable ? TRUE : FALSE);
+    }
+}
+
+void NativeControlWin32Gdi::pushText(UINT id, const std::wstring& text) {
+    if (std::exchange(text_, text) != text) {
+        send(id, 0, reinterpret_cast<LPARAM>(text.c_str()));
     }
 }
 
@@ -176,7 +184,7 @@ void NativeControlWin32Gdi::letWindowAnswer(const WindowMessage& message,
 }
 
 bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
-    return window != nullptr && (window == attachment_.window() || window == part_.window());
+    return window == attachment_.window() || window == part_.window();
 }
 
 bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& message,
@@ -239,7 +247,8 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
     const auto& colors = control_->colors();
     const Color background = colors ? colors->color(ColorRole::kBackground) : Color{};
     const Color text = colors ? colors->color(ColorRole::kText) : Color{};
-    if (!background.isSet && !text.isSet) {
+    const bool isRequest = message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC;
+    if (!isRequest || (!background.isSet && !text.isSet)) {
         return false;
     }
     result = answerByDefault(message);
@@ -301,8 +310,7 @@ bool NativeControlWin32Gdi::routeUnusedKey(const WindowMessage& message) {
     }
     const bool used = router->routeKeyFrom(*control_, event);
     // The characters of these keys make edit controls beep.
-    swallowsCharacter_ =
-        used && (event.key == kKeyTab || event.key == kKeyEnter || event.key == kKeyEscape);
+    swallowsCharacter_ = used && !NativeControlWin32Gdi::usesKey(event);
     return used;
 }
 

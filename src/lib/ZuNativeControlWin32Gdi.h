@@ -5,10 +5,9 @@
 // control is on, and made anew, with the focus, when something changes that a window
 // cannot change: its class, its style, its surface. A control that is hidden or
 // disabled leaves the focus to the window of its surface. Focus, hovering and the keys
-// that the control has no use for are reported to the input router of the surface; the
-// rest of what the user does is up to the derived backend. That compares before it
-// pushes: a window that is given again what it has may flicker, lose what the user has
-// marked, or tell of a change.
+// that the control has no use for go to the input router of the surface; the rest is up
+// to the derived backend. That compares before it pushes: a window that is given again
+// what it has may flicker, lose what the user has marked, or tell of a change.
 #pragma once
 
 #include <array>
@@ -31,15 +30,12 @@ std::uint32_t heldModifiers() noexcept;
 // Asks for WM_MOUSELEAVE, unless that is on its way already.
 void trackLeaving(HWND window, bool& tracks) noexcept;
 
-// Makes a class of the common controls known to the system, by its ICC_ bits.
-void initializeCommonControl(DWORD classes) noexcept;
-
 // The whole of what a window says as its text.
 std::wstring windowText(HWND window);
 
 class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
 public:
-    ~NativeControlWin32Gdi() override { destroyWindow(); }
+    ~NativeControlWin32Gdi() override { NativeControlWin32Gdi::destroyWindow(); }
 
     // Null as long as there is none.
     HWND window() const noexcept { return attachment_.window(); }
@@ -55,6 +51,15 @@ protected:
         friend bool operator==(const Shape&, const Shape&) = default;
     };
 
+    // While one lives, notifications come from the backend's own doing and say
+    // nothing about the user.
+    class Mirroring : ScopedValue<bool> {
+    public:
+        explicit Mirroring(NativeControlWin32Gdi& control)
+            : ScopedValue(control.mirroring_, true) {}
+    };
+    bool isMirroring() const noexcept { return mirroring_; }
+
     // The name is that of handleMultiWindowMessage in the derived class; it is not
     // copied.
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
@@ -68,13 +73,14 @@ protected:
                            const std::function<void()>& onMade = {}, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
-    // Whether the window has not been given this text, which it gets now.
-    bool isNewText(const std::wstring& text) { return std::exchange(text_, text) != text; }
+    // Sends a text by the message that it goes with, unless it was the last one.
+    void pushText(UINT id, const std::wstring& text);
+    void enableWindow(bool enable) noexcept;
     // A window that is destroyed while it answers only disappears; it goes at the end of
     // the outermost answer, for it would not survive its end amid a message.
     void letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
     bool isAnswering() const noexcept { return answering_ != 0; }
-    void destroyWindow() noexcept;
+    virtual void destroyWindow() noexcept;
 
     // The control of the last synchronisation; valid while there is a window.
     Control& control() const noexcept { return *control_; }
@@ -94,15 +100,15 @@ protected:
         return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
     }
 
-    // Whether the window is to be enabled; the base asks the control alone.
+    // Whether the window is to be enabled.
     virtual bool canBeUsed() const { return control_->isUsable(); }
 
     // A window inside of the control's, such as the field of a combo box: its focus
     // and keys are the control's until either window goes.
     void attachPart(HWND part) { part_.attach(part, *this, operation_); }
     // Answers a request for the colours of a field: with those that the control
-    // itself sets, since a field on a coloured surface stays as the system
-    // paints fields. False when it sets none.
+    // itself sets, since a field on a coloured surface stays as the system paints
+    // fields. False when it sets none, and for any other message.
     bool colorField(const WindowMessage& message, LRESULT& result);
 
     bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
@@ -135,6 +141,7 @@ private:
     // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
     std::vector<HWND> doomed_;
+    bool mirroring_ = false;
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;
@@ -145,11 +152,28 @@ private:
 template <class Portable, class Native = NativeControlWin32Gdi>
 class ControlBackendWin32Gdi : public Portable, public Native {
 public:
+    void synchronizeWithAbstraction() override {
+        guarded(synchronizing_, [this] {
+            if (initializeFromDescriptor()) {
+                pushState();
+            }
+        });
+    }
     void releaseNativeObject() override { Native::destroyWindow(); }
     bool hasNativeObject() const override { return Native::window() != nullptr; }
 
 protected:
-    using Native::Native;
+    // The names are those of the two operations in the derived class; see the base.
+    ControlBackendWin32Gdi(HWND hostWindow, const wchar_t* handling,
+                           const wchar_t* synchronizing) noexcept
+        : Native(hostWindow, handling), synchronizing_(synchronizing) {}
+
+    // What a synchronisation consists of: the window, and if there is one, the rest.
+    virtual bool initializeFromDescriptor() = 0;
+    virtual void pushState() = 0;
+
+private:
+    const wchar_t* synchronizing_;
 };
 
 }  // namespace zustd

@@ -2,22 +2,17 @@
 
 namespace zustd {
 
-void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"ScrollBarWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        const NativeScrollBar& bar = getAbstraction();
-        // At once: every part would be painted for itself.
-        push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
-              static_cast<UINT>(bar.pageSize()), bar.position(), 0});
-        setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
-    });
-}
-
 bool ScrollBarWin32Gdi::initializeFromDescriptor() {
     const DWORD direction = getAbstraction().isVertical() ? SBS_VERT : SBS_HORZ;
     return synchronizeWindow(getAbstraction(), {L"ScrollBar", direction, 0});
+}
+
+void ScrollBarWin32Gdi::pushState() {
+    const NativeScrollBar& bar = getAbstraction();
+    // At once: every part would be painted for itself.
+    push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
+          static_cast<UINT>(bar.pageSize()), bar.position(), 0});
+    setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
 }
 
 // Compared first: every push paints the bar. The system cuts a page to the range.
@@ -68,9 +63,7 @@ void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum
     // A bar without anything to scroll stays where it is, greyed. Pushing a
     // range may have changed the state behind our back.
     const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);
-    if (usable != (IsWindowEnabled(window()) != FALSE)) {
-        EnableWindow(window(), usable ? TRUE : FALSE);
-    }
+    enableWindow(usable);
     if (usable) {
         EnableScrollBar(window(), SB_CTL,
                         (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
@@ -115,13 +108,12 @@ std::int32_t ScrollBarWin32Gdi::positionFor(int request) const {
     }
 }
 
-bool ScrollBarWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+bool ScrollBarWin32Gdi::onNotification(const WindowMessage& message, LRESULT&) {
     if (message.id != WM_HSCROLL && message.id != WM_VSCROLL) {
         return false;
     }
     const int request = LOWORD(message.wide);
     tracking_ = request == SB_THUMBTRACK;
-    result = 0;
     getAbstraction().acceptPosition(positionFor(request));
     return true;
 }

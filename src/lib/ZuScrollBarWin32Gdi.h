@@ -10,9 +10,8 @@ class ScrollBarWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeScrollBar, INativeScrollBarImpl>> {
 public:
     explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
-
-    void synchronizeWithAbstraction() override;
+        : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage",
+                                 L"ScrollBarWin32Gdi::synchronizeWithAbstraction") {}
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override;
     void setPageSize(std::int32_t size) override;
@@ -23,11 +22,12 @@ public:
     std::int32_t getThickness() const override;
 
 protected:
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool canBeUsed() const override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
 
 private:
-    bool initializeFromDescriptor();
     void push(SCROLLINFO info);
     SCROLLINFO read(UINT mask) const noexcept;
     std::int32_t positionFor(int request) const;
