@@ -5,15 +5,9 @@
 
 namespace zustd {
 
-namespace {
-
-// In the order of ButtonKind.
-constexpr std::array<DWORD, 4> kStyles = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
-                                          BS_RADIOBUTTON};
-
-}  // namespace
-
 bool ButtonWin32Gdi::initializeFromDescriptor() {
+    // In the order of ButtonKind.
+    constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX, BS_RADIOBUTTON};
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
     return synchronizeWindow(getAbstraction(), {L"BUTTON", style, 0}, [this] { bitmap_.reset(); });
 }

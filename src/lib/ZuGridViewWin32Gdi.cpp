@@ -17,7 +17,6 @@ constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LV
 // Left and right of a text, at a scaling factor of 1.
 constexpr std::int32_t kCellPadding = 12;
 constexpr std::int32_t kCheckBoxSpace = 20;
-constexpr auto kAllRows = static_cast<std::size_t>(-1);
 
 DWORD styleOf(const NativeGridView& grid) noexcept {
     return kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
@@ -64,13 +63,13 @@ void GridViewWin32Gdi::pushItemLook() {
 
 void GridViewWin32Gdi::fill() {
     const BulkMirroring bulk(*this);
-    const GridModel& model = getAbstraction().model();
+    const GridModel& model = this->model();
     setRowCount();
     if (ListView_GetSelectedCount(window()) != 0) {
-        setSelected(kAllRows, false);
+        setSelected(kNullSize, false);
     }
     if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
-        setSelected(getAbstraction().isMultiSelect() ? kAllRows : 0, true);
+        setSelected(getAbstraction().isMultiSelect() ? kNullSize : 0, true);
     } else {
         // Ascending, so that the window appends to what it has.
         for (const std::size_t row : model.selectedRows()) {
@@ -82,8 +81,7 @@ void GridViewWin32Gdi::fill() {
 
 void GridViewWin32Gdi::setRowCount() {
     const Mirroring mirroring(*this);
-    send(LVM_SETITEMCOUNT, getAbstraction().model().rowCount(),
-         LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+    send(LVM_SETITEMCOUNT, model().rowCount(), LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
@@ -130,10 +128,6 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     columns_[column] = wanted;
 }
 
-void GridViewWin32Gdi::pushWidth(std::size_t column) {
-    send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
-}
-
 // In pixels of the screen. The window itself would measure only what it shows,
 // or ask for every text.
 std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
@@ -169,7 +163,7 @@ void GridViewWin32Gdi::resizeColumns() {
         const Mirroring mirroring(*this);
         const std::size_t count = std::min(columns_.size(), getAbstraction().columns().size());
         for (std::size_t column = 0; column < count; ++column) {
-            pushWidth(column);
+            send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
         }
     });
 }
@@ -211,18 +205,16 @@ void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
     setSelected(row, selected);
 }
 
-void GridViewWin32Gdi::mirrorAllSelected(bool selected) { mirrorSelected(kAllRows, selected); }
-
 // --- What the window asks -------------------------------------------------------------------
 
 // kNullSize when there is no such row.
 std::size_t GridViewWin32Gdi::rowOf(int index) const noexcept {
     const auto row = static_cast<std::size_t>(index);
-    return row < getAbstraction().model().rowCount() ? row : kNullSize;
+    return row < model().rowCount() ? row : kNullSize;
 }
 
 void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
-    const GridModel& model = getAbstraction().model();
+    const GridModel& model = this->model();
     const std::size_t row = rowOf(item.iItem);
     if (row == kNullSize) {
         return;
@@ -246,7 +238,7 @@ void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
 // What the user types is looked for in the first column, from the row that the
 // window names and around.
 LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
-    const GridModel& model = getAbstraction().model();
+    const GridModel& model = this->model();
     const UINT flags = request.lvfi.flags;
     if ((flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || request.lvfi.psz == nullptr) {
         return -1;
@@ -362,7 +354,7 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
         case HDN_DIVIDERDBLCLICKW: {
             const Mirroring mirroring(*this);
             accept(0);
-            pushWidth(column);
+            send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
             return true;
         }
         default:
@@ -390,16 +382,9 @@ bool GridViewWin32Gdi::toggleAt(LPARAM point) {
     return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
 }
 
-// With Control it is the window's, which selects the row then.
-bool GridViewWin32Gdi::toggleFocused() {
-    return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
-}
-
 std::size_t GridViewWin32Gdi::focusedRow() const noexcept {
     return rowOf(ListView_GetNextItem(window(), -1, LVNI_FOCUSED));
 }
-
-void GridViewWin32Gdi::reportMenuKey() { getAbstraction().acceptRightClick(focusedRow()); }
 
 bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {
     return message.id == WM_NOTIFY &&

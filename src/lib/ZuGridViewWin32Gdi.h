@@ -28,7 +28,7 @@ protected:
     void mirrorCleared() override;
     void mirrorRow(std::size_t row) override;
     void mirrorSelected(std::size_t row, bool selected) override;
-    void mirrorAllSelected(bool selected) override;
+    void mirrorAllSelected(bool selected) override { mirrorSelected(kNullSize, selected); }
 
     bool initializeFromDescriptor() override;
     void pushState() override;
@@ -36,16 +36,19 @@ protected:
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
     bool toggleAt(LPARAM point) override;
-    bool toggleFocused() override;
-    void reportMenuKey() override;
+    // With Control it is the window's, which selects the row then.
+    bool toggleFocused() override {
+        return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
+    }
+    void reportMenuKey() override { getAbstraction().acceptRightClick(focusedRow()); }
 
 private:
     void pushItemLook();
     void pushColumns();
     void pushColumn(std::size_t column, bool isNew);
-    void pushWidth(std::size_t column);
     void fill();
     void setRowCount();
+    // kNullSize stands for all rows.
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
     std::size_t rowOf(int index) const noexcept;

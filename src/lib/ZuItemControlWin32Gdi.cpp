@@ -68,6 +68,46 @@ COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexce
     return color.isSet ? nativeColor(color) : GetSysColor(systemColor);
 }
 
+// Null makes none.
+ImageListHandle makeItemImages(const Control& control, const BitmapListDescriptor* descriptor) {
+    if (descriptor == nullptr) {
+        return {};
+    }
+    const Size size{std::max(control.scale(descriptor->size().width), 1),
+                    std::max(control.scale(descriptor->size().height), 1)};
+    const auto service = control.windowService();
+    ImageListHandle list = makeList(size, static_cast<int>(descriptor->identifiers().size()));
+    for (const std::uint64_t identifier : descriptor->identifiers()) {
+        const PixelBitmap image(size);
+        const auto bitmap =
+            service ? service->getBitmap(BitmapDescriptor(identifier, descriptor->size()))
+                    : nullptr;
+        if (bitmap) {
+            copyPlainPixels(image, bitmapBackend(*bitmap).image());
+        }
+        append(list, image);
+    }
+    return list;
+}
+
+// No extent makes none.
+ImageListHandle makeCheckImages(std::int32_t extent, COLORREF background, UINT firstState) {
+    if (extent == 0) {
+        return {};
+    }
+    // Not for the control's window, which would take the theme for its own.
+    const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
+    ImageListHandle list = makeList({extent, extent}, static_cast<int>(kChecked - firstState + 1));
+    for (UINT state = firstState; state <= kChecked; ++state) {
+        const PixelBitmap image({extent, extent});
+        if (state != 0) {
+            drawCheckBox(image, background, theme.get(), state == kChecked);
+        }
+        append(list, image);
+    }
+    return list;
+}
+
 }  // namespace
 
 std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
@@ -99,7 +139,7 @@ bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT&
     if (!isMirroring()) {
         settle();
         if (message.id == WM_THEMECHANGED) {
-            checkRequest_.reset();
+            checkImages_.request.reset();
             control().backend()->synchronizeWithAbstraction();
         }
     }
@@ -147,80 +187,33 @@ void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontD
         send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));
         send(look.setBackground, 0, static_cast<LPARAM>(colors[1]));
     }
-    if (updateImages(bitmaps)) {
-        send(look.setImageList, look.images, reinterpret_cast<LPARAM>(images_.get()));
-        changed = true;
-    }
-    if (updateCheckImages(checkBoxes, look.firstState, colors[1])) {
-        send(look.setImageList, look.checkImages, reinterpret_cast<LPARAM>(checkImages_.get()));
-        changed = true;
-    }
+    const auto pushImages = [&](WPARAM kind, auto& images, const auto& request, const auto& make) {
+        if (images.request != request) {
+            ImageListHandle list = make();
+            send(look.setImageList, kind, reinterpret_cast<LPARAM>(list.get()));
+            images = {request, std::move(list)};
+            changed = true;
+        }
+    };
+    pushImages(look.images, images_,
+               bitmaps != nullptr
+                   ? ItemImageRequest(bitmaps->identifiers(), bitmaps->size(), control().scale(1.0))
+                   : ItemImageRequest(),
+               [&] { return makeItemImages(control(), bitmaps); });
+    const std::int32_t extent =
+        checkBoxes ? std::max(control().scale(kCheckImageSize), 4 * kCheckMargin) : 0;
+    pushImages(look.checkImages, checkImages_,
+               CheckImageRequest(extent, colors[1], GetSysColor(COLOR_WINDOWTEXT)),
+               [&] { return makeCheckImages(extent, colors[1], look.firstState); });
     if (changed) {
         InvalidateRect(window(), nullptr, TRUE);
     }
 }
 
-// Makes the list anew when the descriptor says something else than last time;
-// whether the window has to be given it, which has lost the former one.
-bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor) {
-    ImageRequest wanted;
-    if (descriptor != nullptr) {
-        wanted = {descriptor->identifiers(), descriptor->size(), control().scale(1.0)};
-    }
-    if (request_ == wanted) {
-        return false;
-    }
-    images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
-    request_ = std::move(wanted);
-    return true;
-}
-
-ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& descriptor) const {
-    const Size size{std::max(control().scale(descriptor.size().width), 1),
-                    std::max(control().scale(descriptor.size().height), 1)};
-    const auto service = control().windowService();
-    ImageListHandle list = makeList(size, static_cast<int>(descriptor.identifiers().size()));
-    for (const std::uint64_t identifier : descriptor.identifiers()) {
-        const PixelBitmap image(size);
-        const auto bitmap =
-            service ? service->getBitmap(BitmapDescriptor(identifier, descriptor.size())) : nullptr;
-        if (bitmap) {
-            copyPlainPixels(image, bitmapBackend(*bitmap).image());
-        }
-        append(list, image);
-    }
-    return list;
-}
-
-bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState, COLORREF background) {
-    const std::int32_t extent =
-        show ? std::max(control().scale(kCheckImageSize), 4 * kCheckMargin) : 0;
-    const CheckRequest wanted{extent, background, GetSysColor(COLOR_WINDOWTEXT)};
-    if (checkRequest_ == wanted) {
-        return false;
-    }
-    ImageListHandle list;
-    if (show) {
-        // Not for this window, which would take the theme for its own.
-        const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
-        list = makeList({extent, extent}, static_cast<int>(kChecked - firstState + 1));
-        for (UINT state = firstState; state <= kChecked; ++state) {
-            const PixelBitmap image({extent, extent});
-            if (state != 0) {
-                drawCheckBox(image, background, theme.get(), state == kChecked);
-            }
-            append(list, image);
-        }
-    }
-    checkImages_ = std::move(list);
-    checkRequest_ = wanted;
-    return true;
-}
-
 void ItemControlWin32Gdi::startAnew() noexcept {
     colors_.reset();
-    request_.reset();
-    checkRequest_.reset();
+    images_ = {};
+    checkImages_ = {};
     burst_ = 0;
     send(CCM_SETUNICODEFORMAT, TRUE);
 }
@@ -228,8 +221,8 @@ void ItemControlWin32Gdi::startAnew() noexcept {
 // What the window draws with goes after it.
 void ItemControlWin32Gdi::destroyWindow() noexcept {
     NativeControlWin32Gdi::destroyWindow();
-    images_.reset();
-    checkImages_.reset();
+    images_ = {};
+    checkImages_ = {};
 }
 
 }  // namespace zustd

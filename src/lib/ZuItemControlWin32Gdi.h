@@ -79,8 +79,8 @@ protected:
     void pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                   const BitmapListDescriptor* bitmaps, bool checkBoxes);
     // The next look has them made anew.
-    void forgetImages() noexcept { request_.reset(); }
-    bool hasCheckBoxes() const noexcept { return static_cast<bool>(checkImages_); }
+    void forgetImages() noexcept { images_.request.reset(); }
+    bool hasCheckBoxes() const noexcept { return static_cast<bool>(checkImages_.list); }
 
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
@@ -92,25 +92,24 @@ private:
     // Text and background.
     using Colors = std::array<COLORREF, 2>;
 
-    // What the items' own images depend on: their identifiers, their size, and the
-    // scaling factor.
-    using ImageRequest = std::tuple<std::vector<std::uint64_t>, Size, double>;
-    // The same for a check box, whose extent is 0 where none are wanted: extent,
-    // background, and the colour of the mark.
-    using CheckRequest = std::tuple<std::int32_t, COLORREF, COLORREF>;
+    // Identifiers, size and scaling factor.
+    using ItemImageRequest = std::tuple<std::vector<std::uint64_t>, Size, double>;
+    // Extent, background and colour of the mark; no extent where none are wanted.
+    using CheckImageRequest = std::tuple<std::int32_t, COLORREF, COLORREF>;
+    // What the window draws with, and what it was made from.
+    template <class Request>
+    struct Images {
+        std::optional<Request> request;
+        ImageListHandle list;
+    };
 
     bool answers(const WindowMessage& message);
-    bool updateImages(const BitmapListDescriptor* descriptor);
-    ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
-    bool updateCheckImages(bool show, UINT firstState, COLORREF background);
 
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
     std::optional<Colors> colors_;
-    std::optional<ImageRequest> request_;
-    ImageListHandle images_;
-    std::optional<CheckRequest> checkRequest_;
-    ImageListHandle checkImages_;
+    Images<ItemImageRequest> images_;
+    Images<CheckImageRequest> checkImages_;
 };
 
 // What an item control is told where an item has no image.

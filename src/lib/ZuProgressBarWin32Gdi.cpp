@@ -4,13 +4,6 @@
 
 namespace zustd {
 
-namespace {
-
-// In the order of ProgressState.
-constexpr std::array<WPARAM, 3> kStates = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
-
-}  // namespace
-
 bool ProgressBarWin32Gdi::initializeFromDescriptor() {
     const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
     return synchronizeWindow(getAbstraction(), {PROGRESS_CLASSW, style, 0},
@@ -60,6 +53,8 @@ void ProgressBarWin32Gdi::setMarqueeInterval(std::uint32_t milliseconds) {
 }
 
 void ProgressBarWin32Gdi::setState(ProgressState state) {
+    // In the order of ProgressState.
+    constexpr WPARAM kStates[] = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
     const WPARAM wanted = kStates[static_cast<std::size_t>(state)];
     if (static_cast<WPARAM>(send(PBM_GETSTATE)) != wanted) {
         send(PBM_SETSTATE, wanted);

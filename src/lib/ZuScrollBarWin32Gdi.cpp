@@ -40,18 +40,6 @@ SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
     return info;
 }
 
-void ScrollBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
-    push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
-}
-
-void ScrollBarWin32Gdi::setPageSize(std::int32_t size) {
-    push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
-}
-
-void ScrollBarWin32Gdi::setPosition(std::int32_t position) {
-    push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
-}
-
 std::int32_t ScrollBarWin32Gdi::getPosition() const {
     return window() != nullptr ? read(SIF_POS).nPos : getAbstraction().minimum();
 }

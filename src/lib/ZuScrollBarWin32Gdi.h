@@ -13,9 +13,15 @@ public:
         : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage",
                                  L"ScrollBarWin32Gdi::synchronizeWithAbstraction") {}
 
-    void setRange(std::int32_t minimum, std::int32_t maximum) override;
-    void setPageSize(std::int32_t size) override;
-    void setPosition(std::int32_t position) override;
+    void setRange(std::int32_t minimum, std::int32_t maximum) override {
+        push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
+    }
+    void setPageSize(std::int32_t size) override {
+        push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
+    }
+    void setPosition(std::int32_t position) override {
+        push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
+    }
     std::int32_t getPosition() const override;
     bool isTracking() const override { return tracking_; }
     void setEnableArrows(bool towardsMinimum, bool towardsMaximum) override;

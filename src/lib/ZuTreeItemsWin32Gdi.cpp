@@ -82,9 +82,7 @@ void TreeItemsWin32Gdi::showButton(TreeNode node, bool hasChildren) {
     // It has no item below it: some versions would leave it expanded for good.
     item.stateMask = TVIS_EXPANDED;
     item.cChildren = hasChildren ? 1 : 0;
-    if (item.hItem != nullptr) {
-        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
-    }
+    send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
 bool TreeItemsWin32Gdi::expandItem(TreeNode node) {
