@@ -1,6 +1,5 @@
 #include "ZuButtonWin32Gdi.h"
 
-#include "ZuBitmapWin32Gdi.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
@@ -9,7 +8,7 @@ bool ButtonWin32Gdi::initializeFromDescriptor() {
     // In the order of ButtonKind.
     constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX, BS_RADIOBUTTON};
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow(getAbstraction(), {L"BUTTON", style, 0}, [this] { bitmap_.reset(); });
+    return synchronizeWindow({L"BUTTON", style, 0}, [this] { bitmap_.reset(); });
 }
 
 void ButtonWin32Gdi::pushState() {

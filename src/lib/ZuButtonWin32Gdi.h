@@ -5,8 +5,7 @@
 // alone presses nothing, where the system's radio buttons would be pressed.
 #pragma once
 
-#include "ZuBitmap.h"
-#include "ZuHandleWin32Gdi.h"
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeControlWin32Gdi.h"
 

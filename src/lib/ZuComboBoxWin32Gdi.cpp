@@ -1,7 +1,5 @@
 #include "ZuComboBoxWin32Gdi.h"
 
-#include <commctrl.h>
-
 #include "ZuGeometryWin32Gdi.h"
 
 namespace zustd {
@@ -20,7 +18,7 @@ std::size_t portableIndex(LRESULT index) noexcept {
 bool ComboBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
     const DWORD style = kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL;
-    return synchronizeWindow(getAbstraction(), {L"COMBOBOX", style, 0}, [this] {
+    return synchronizeWindow({L"COMBOBOX", style, 0}, [this] {
         COMBOBOXINFO parts{};
         parts.cbSize = sizeof(parts);
         if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {

@@ -1,7 +1,5 @@
 #include "ZuGridViewWin32Gdi.h"
 
-#include <windowsx.h>
-
 #include <cmath>
 
 #include "ZuFontWin32Gdi.h"
@@ -18,14 +16,6 @@ constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LV
 constexpr std::int32_t kCellPadding = 12;
 constexpr std::int32_t kCheckBoxSpace = 20;
 
-DWORD styleOf(const NativeGridView& grid) noexcept {
-    return kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
-           (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
-}
-
-// In the order of Alignment.
-constexpr std::array<int, 4> kFormats = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
-
 }  // namespace
 
 // --- State to window ------------------------------------------------------------------------
@@ -33,8 +23,10 @@ constexpr std::array<int, 4> kFormats = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTE
 bool GridViewWin32Gdi::initializeFromDescriptor() {
     settle();
     const Mirroring mirroring(*this);
-    NativeGridView& grid = getAbstraction();
-    return synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE}, [this] {
+    const NativeGridView& grid = getAbstraction();
+    const DWORD style = kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
+                        (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
+    return synchronizeWindow({WC_LISTVIEWW, style, WS_EX_CLIENTEDGE}, [this] {
         startAnew();
         columns_.clear();
         markStale();
@@ -86,10 +78,7 @@ void GridViewWin32Gdi::setRowCount() {
 
 void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
     const Mirroring mirroring(*this);
-    LVITEMW item{};
-    item.state = selected ? LVIS_SELECTED : 0;
-    item.stateMask = LVIS_SELECTED;
-    send(LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
+    ListView_SetItemState(window(), row, selected ? LVIS_SELECTED : 0U, LVIS_SELECTED);
 }
 
 // --- Columns --------------------------------------------------------------------------------
@@ -111,13 +100,14 @@ void GridViewWin32Gdi::pushColumns() {
 }
 
 void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
+    // In the order of Alignment.
+    constexpr int kFormats[] = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
     const GridColumn& wanted = getAbstraction().columns()[column];
-    std::wstring caption = wanted.caption;
     LVCOLUMNW native{};
     native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | (isNew ? LVCF_SUBITEM : 0U);
     native.fmt = kFormats[static_cast<std::size_t>(wanted.alignment)];
     native.cx = widthOf(column);
-    native.pszText = caption.data();
+    native.pszText = const_cast<wchar_t*>(wanted.caption.c_str());
     native.iSubItem = static_cast<int>(column);
     const LRESULT done =
         send(isNew ? LVM_INSERTCOLUMNW : LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&native));
@@ -157,9 +147,6 @@ std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
 
 void GridViewWin32Gdi::resizeColumns() {
     guarded(L"GridViewWin32Gdi::resizeColumns", [this] {
-        if (window() == nullptr) {
-            return;
-        }
         const Mirroring mirroring(*this);
         const std::size_t count = std::min(columns_.size(), getAbstraction().columns().size());
         for (std::size_t column = 0; column < count; ++column) {

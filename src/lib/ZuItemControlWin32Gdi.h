@@ -12,9 +12,6 @@
 #include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 
-// Needs windows.h before it.
-#include <commctrl.h>
-
 namespace zustd {
 
 using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>;

@@ -45,12 +45,6 @@ int MessageBoxWin32Gdi::show(const wchar_t* failure) {
     return view_->answer();
 }
 
-void MessageBoxWin32Gdi::close(int answer) {
-    if (view_) {
-        view_->close(answer);
-    }
-}
-
 bool MessageBoxWin32Gdi::build() {
     const bool canClose = box_.cancelAnswer != kAnswerNone;
     dialog_ = service_.createNativeDialog(canClose ? 0 : NativeDialog::kStyleNotClosable);

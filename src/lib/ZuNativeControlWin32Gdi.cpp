@@ -1,8 +1,5 @@
 #include "ZuNativeControlWin32Gdi.h"
 
-#include <commctrl.h>
-#include <windowsx.h>
-
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -49,10 +46,9 @@ std::uint32_t heldModifiers() noexcept {
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
 
-bool NativeControlWin32Gdi::synchronizeWindow(Control& control, const Shape& shape,
+bool NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
                                               const std::function<void()>& onMade, bool anew) {
-    control_ = &control;
-    const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
+    const HWND parent = control().surface() != nullptr ? surfaceWindowOf(control()) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
     if (window() != nullptr && (anew || parent != parent_ || shape != shape_)) {
         destroyWindow();
@@ -82,8 +78,8 @@ bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
 
 // Those of the surface behind count too: a check box shows what it lies on.
 void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
-    const ColorsDescriptor* own = control_->colors().get();
-    const Colors wanted{control_->color(ColorRole::kBackground), control_->color(ColorRole::kText),
+    const ColorsDescriptor* own = control().colors().get();
+    const Colors wanted{control().color(ColorRole::kBackground), control().color(ColorRole::kText),
                         own != nullptr ? own->color(ColorRole::kBackground) : Color{},
                         own != nullptr ? own->color(ColorRole::kText) : Color{}};
     if (std::exchange(colors_, wanted) != wanted && !isNew) {
@@ -95,7 +91,7 @@ void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
     constexpr INITCOMMONCONTROLSEX kClasses{
         sizeof(kClasses), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&kClasses);
-    const Rect area = control_->boundaryOnSurface();
+    const Rect area = control().boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
     const HWND made =
         CreateWindowExW(shape.extendedStyle, shape.windowClass, L"", shape.style | WS_CHILD,
@@ -115,7 +111,7 @@ void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
 
 // One call for each difference: most synchronisations change none of these.
 void NativeControlWin32Gdi::place() {
-    const Rect area = control_->boundaryOnSurface();
+    const Rect area = control().boundaryOnSurface();
     if (windowRect(window(), parent_) != area) {
         // Where the old place was not painted yet, there is nothing to carry along.
         SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
@@ -126,11 +122,11 @@ void NativeControlWin32Gdi::place() {
     enableWindow(usable);
     // Not IsWindowVisible, which asks the parents too.
     const bool isShowing = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
-    if (control_->isShown() != isShowing) {
+    if (control().isShown() != isShowing) {
         ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
     }
     // The keys must not go to a window that cannot use them, or to none.
-    if (hadFocus && !(usable && control_->isShown()) && IsWindowVisible(parent_) &&
+    if (hadFocus && !(usable && control().isShown()) && IsWindowVisible(parent_) &&
         IsWindowEnabled(parent_)) {
         SetFocus(parent_);
     }
@@ -149,7 +145,7 @@ void NativeControlWin32Gdi::pushText(UINT id, const std::wstring& text) {
 }
 
 void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
-    const std::shared_ptr<WindowService> service = control_->windowService();
+    const std::shared_ptr<WindowService> service = control().windowService();
     std::shared_ptr<Font> wanted = service ? service->getFont(font) : nullptr;
     if (wanted && wanted != font_) {
         send(WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*wanted).handle()), TRUE);
@@ -183,15 +179,10 @@ void NativeControlWin32Gdi::letWindowAnswer(const WindowMessage& message,
     }
 }
 
-bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
-    return window == attachment_.window() || window == part_.window();
-}
-
 bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& message,
                                                      LRESULT& result) {
     // Whoever hears of it may drop the control.
-    const std::shared_ptr<Control> alive =
-        control_ != nullptr ? sharedReference<Control>(control_) : nullptr;
+    const std::shared_ptr<Control> alive = sharedReference(&control());
     return isOwn(message.window) ? handleOwnMessage(message, result)
                                  : onNotification(message, result);
 }
@@ -221,11 +212,11 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
             break;
         case WM_LBUTTONDOWN:
         case WM_RBUTTONDOWN:
-            control_->hideTooltip();
+            control().hideTooltip();
             break;
         case WM_KEYDOWN:
         case WM_SYSKEYDOWN:
-            control_->hideTooltip();
+            control().hideTooltip();
             if (routeUnusedKey(message)) {
                 return true;
             }
@@ -244,7 +235,7 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
 }
 
 bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& result) {
-    const auto& colors = control_->colors();
+    const auto& colors = control().colors();
     const Color background = colors ? colors->color(ColorRole::kBackground) : Color{};
     const Color text = colors ? colors->color(ColorRole::kText) : Color{};
     const bool isRequest = message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC;
@@ -253,7 +244,7 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
     }
     result = answerByDefault(message);
     const auto context = reinterpret_cast<HDC>(message.wide);
-    if (text.isSet && control_->isUsable()) {
+    if (text.isSet && control().isUsable()) {
         SetTextColor(context, nativeColor(text));
     }
     if (background.isSet) {
@@ -263,12 +254,12 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
 }
 
 void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
-    InputRouter* router = routerOf(*control_);
+    InputRouter* router = routerOf(control());
     if (router == nullptr) {
         return;
     }
     if (message.id == WM_SETFOCUS) {
-        router->acceptFocus(control_);
+        router->acceptFocus(&control());
     } else if (const auto next = reinterpret_cast<HWND>(message.wide);
                next == nullptr ||
                WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(parent_)) {
@@ -279,7 +270,7 @@ void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
 }
 
 void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
-    InputRouter* router = routerOf(*control_);
+    InputRouter* router = routerOf(control());
     if (router == nullptr) {
         return;
     }
@@ -288,14 +279,14 @@ void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
     if (message.id == WM_MOUSELEAVE) {
         tracksLeaving_ = false;
         // What the pointer went to may have told before.
-        if (router->hovered().get() != control_) {
+        if (router->hovered().get() != &control()) {
             return;
         }
         event.action = MouseAction::kLeave;
     } else {
         POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
         MapWindowPoints(message.window, window(), &inControl, 1);
-        event.position = control_->toSurface({inControl.x, inControl.y});
+        event.position = control().toSurface({inControl.x, inControl.y});
         trackLeaving(message.window, tracksLeaving_);
     }
     router->routeMouse(event);
@@ -304,11 +295,11 @@ void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
 bool NativeControlWin32Gdi::routeUnusedKey(const WindowMessage& message) {
     swallowsCharacter_ = false;
     const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
-    InputRouter* router = routerOf(*control_);
+    InputRouter* router = routerOf(control());
     if (router == nullptr || usesKey(event)) {
         return false;
     }
-    const bool used = router->routeKeyFrom(*control_, event);
+    const bool used = router->routeKeyFrom(control(), event);
     // The characters of these keys make edit controls beep.
     swallowsCharacter_ = used && !NativeControlWin32Gdi::usesKey(event);
     return used;

@@ -17,6 +17,9 @@
 #include "ZuFont.h"
 #include "ZuMessageDispatchWin32Gdi.h"
 #include "ZuScope.h"
+// Behind the wrapper.
+#include <commctrl.h>
+#include <windowsx.h>
 
 namespace zustd {
 
@@ -69,8 +72,8 @@ protected:
     // pushes place, visibility and enabled state. onMade follows for a window that
     // was made: it has nothing of what the derived backend has pushed. False where
     // there is none; throws SystemException when the system refuses it.
-    bool synchronizeWindow(Control& control, const Shape& shape,
-                           const std::function<void()>& onMade = {}, bool anew = false);
+    bool synchronizeWindow(const Shape& shape, const std::function<void()>& onMade = {},
+                           bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     // Sends a text by the message that it goes with, unless it was the last one.
@@ -82,8 +85,7 @@ protected:
     bool isAnswering() const noexcept { return answering_ != 0; }
     virtual void destroyWindow() noexcept;
 
-    // The control of the last synchronisation; valid while there is a window.
-    Control& control() const noexcept { return *control_; }
+    virtual Control& control() const = 0;
     LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const noexcept {
         return SendMessageW(window(), id, wide, extra);
     }
@@ -101,7 +103,7 @@ protected:
     }
 
     // Whether the window is to be enabled.
-    virtual bool canBeUsed() const { return control_->isUsable(); }
+    virtual bool canBeUsed() const { return control().isUsable(); }
 
     // A window inside of the control's, such as the field of a combo box: its focus
     // and keys are the control's until either window goes.
@@ -117,7 +119,9 @@ private:
     // Background and text as they reach the control, and its own.
     using Colors = std::array<Color, 4>;
 
-    bool isOwn(HWND window) const noexcept;
+    bool isOwn(HWND window) const noexcept {
+        return window == attachment_.window() || window == part_.window();
+    }
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
     void createWindow(const Shape& shape, HWND parent);
     void place();
@@ -131,7 +135,6 @@ private:
     WindowAttachment part_;
     HWND hostWindow_;
     const wchar_t* operation_;
-    Control* control_ = nullptr;
     Shape shape_{};
     HWND parent_ = nullptr;
     // Kept as long as the window draws with it.
@@ -168,6 +171,7 @@ protected:
                            const wchar_t* synchronizing) noexcept
         : Native(hostWindow, handling), synchronizing_(synchronizing) {}
 
+    Control& control() const override { return Portable::getAbstraction(); }
     // What a synchronisation consists of: the window, and if there is one, the rest.
     virtual bool initializeFromDescriptor() = 0;
     virtual void pushState() = 0;

@@ -1,13 +1,10 @@
 #include "ZuProgressBarWin32Gdi.h"
 
-#include <commctrl.h>
-
 namespace zustd {
 
 bool ProgressBarWin32Gdi::initializeFromDescriptor() {
     const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
-    return synchronizeWindow(getAbstraction(), {PROGRESS_CLASSW, style, 0},
-                             [this] { interval_ = 0; });
+    return synchronizeWindow({PROGRESS_CLASSW, style, 0}, [this] { interval_ = 0; });
 }
 
 void ProgressBarWin32Gdi::pushState() {

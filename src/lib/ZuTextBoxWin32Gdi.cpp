@@ -1,7 +1,5 @@
 #include "ZuTextBoxWin32Gdi.h"
 
-#include <commctrl.h>
-
 namespace zustd {
 
 namespace {
@@ -11,7 +9,6 @@ constexpr std::size_t kLongestText = 0x7FFFFFFE;
 
 std::wstring withPairs(const std::wstring& text) {
     std::wstring converted;
-    converted.reserve(text.size());
     for (const wchar_t c : text) {
         if (c == L'\n') {
             converted.push_back(L'\r');
@@ -55,7 +52,7 @@ constexpr std::array<DWORD, 3> kStyles = {
 
 bool TextBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow(getAbstraction(), {L"EDIT", style, WS_EX_CLIENTEDGE});
+    return synchronizeWindow({L"EDIT", style, WS_EX_CLIENTEDGE});
 }
 
 void TextBoxWin32Gdi::pushState() {

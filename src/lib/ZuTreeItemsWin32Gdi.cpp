@@ -1,7 +1,5 @@
 #include "ZuTreeItemsWin32Gdi.h"
 
-#include <windowsx.h>
-
 namespace zustd {
 
 void TreeItemsWin32Gdi::clearItems() {

@@ -44,15 +44,14 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
 bool TreeViewWin32Gdi::initializeFromDescriptor() {
     settle();
     const Mirroring mirroring(*this);
-    NativeTreeView& tree = getAbstraction();
     const auto onMade = [this] {
         startAnew();
         becomeEmpty();
         model().clearNativeWords();
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
-    return synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
-                             hasCheckBoxes() != tree.hasCheckBoxes());
+    return synchronizeWindow({WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
+                             hasCheckBoxes() != getAbstraction().hasCheckBoxes());
 }
 
 void TreeViewWin32Gdi::becomeEmpty() noexcept {
@@ -321,14 +320,10 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     underWay_ = node;
     const bool isAccepted = tree.acceptExpanding(node, expanding);
     underWay_ = kNoNode;
-    if (window() == nullptr) {
-        return false;
-    }
     if (!isAccepted) {
         refused_ = node;
-        return false;
     }
-    if (!model().contains(node)) {
+    if (!isAccepted || window() == nullptr || !model().contains(node)) {
         return false;
     }
     const Mirroring mirroring(*this);
