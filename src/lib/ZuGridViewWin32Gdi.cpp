@@ -57,9 +57,7 @@ void GridViewWin32Gdi::fill() {
     const BulkMirroring bulk(*this);
     const GridModel& model = this->model();
     setRowCount();
-    if (ListView_GetSelectedCount(window()) != 0) {
-        setSelected(kNullSize, false);
-    }
+    setSelected(kNullSize, false);
     if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
         setSelected(getAbstraction().isMultiSelect() ? kNullSize : 0, true);
     } else {

@@ -112,14 +112,13 @@ ImageListHandle makeCheckImages(std::int32_t extent, COLORREF background, UINT f
 
 std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
     const Mirroring mirroring(*this);
-    if (burst_ != 0) {
-        return ++burst_;
-    }
-    if (PostMessageW(window(), WM_NULL, 0, 0)) {
-        burst_ = 1;
+    if (burst_ == 0) {
+        if (!PostMessageW(window(), WM_NULL, 0, 0)) {
+            return 1;
+        }
         send(WM_SETREDRAW, FALSE);
     }
-    return 1;
+    return ++burst_;
 }
 
 void ItemControlWin32Gdi::settle() noexcept {
@@ -180,8 +179,8 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
 void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                                    const BitmapListDescriptor* bitmaps, bool checkBoxes) {
     synchronizeFont(font);
-    const Colors colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
-                        colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
+    const std::array colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
+                            colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
     bool changed = std::exchange(colors_, colors) != colors;
     if (changed) {
         send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));

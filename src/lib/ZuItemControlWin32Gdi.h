@@ -1,10 +1,9 @@
 // What the backends of trees and grids have in common: native controls with
 // items that mirror a portable model.
 //
-// What the backend itself changes in its window is done within a Mirroring. Images
-// come in two lists, both owned here: the items' own, made from a descriptor, and the
-// two pictures of a check box in the look of the theme, which the control shows as an
-// item's state.
+// Images come in two lists, both owned here: the items' own, made from a descriptor,
+// and the two pictures of a check box in the look of the theme, which the control
+// shows as an item's state.
 #pragma once
 
 #include <optional>
@@ -43,15 +42,13 @@ protected:
     std::size_t deferRedraw() noexcept;
     void settle() noexcept;
 
-    // What a message of the window comes to, in this order: the window is brought
-    // up to date; check boxes and the menu key are dealt with; then the rest that
-    // the window itself has no answer to, with true when it was that.
+    // A message of the window: the window is brought up to date; check boxes and the
+    // menu key are dealt with; what the backend answers itself is, with true; then the
+    // window answers. What the user did is reported at the end of a message that
+    // neither the backend nor another message caused, and not on the window's
+    // notification: a receiver may end the window, which would not survive that then.
     virtual void catchUp() {}
     virtual bool onItemMessage(const WindowMessage& message, LRESULT& result) = 0;
-    // At last the window answers. At the end of a message that neither the backend
-    // caused nor another message of the window what the user did with it is
-    // reported, and not on the window's notification: a receiver may end the
-    // window, which would not survive that halfway.
     virtual void reportActions() = 0;
     // Switches the check box at a point of the client area, or that of the item
     // with the focus; false when there is none.
@@ -59,9 +56,8 @@ protected:
     virtual bool toggleFocused() = 0;
     virtual void reportMenuKey() = 0;
 
-    // The window's messages for what follows, the kinds of its two lists of images,
-    // and the state that it takes for the first of a check box: a tree counts from
-    // 0, which shows nothing, a list from 1.
+    // The window's messages, the kinds of its two lists of images, and its first state
+    // of a check box: a tree counts from 0, which shows nothing, a list from 1.
     struct Look {
         UINT setTextColor;
         UINT setBackground;
@@ -71,8 +67,7 @@ protected:
         UINT firstState;
     };
     // Font, colours (the control's own, or the system's for a field), images and check
-    // boxes, as far as the window has not got them yet. Null stands for the default
-    // font, and for no images.
+    // boxes, as far as the window lacks them. Null: the default font, no images.
     void pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                   const BitmapListDescriptor* bitmaps, bool checkBoxes);
     // The next look has them made anew.
@@ -86,9 +81,6 @@ protected:
     void destroyWindow() noexcept override;
 
 private:
-    // Text and background.
-    using Colors = std::array<COLORREF, 2>;
-
     // Identifiers, size and scaling factor.
     using ItemImageRequest = std::tuple<std::vector<std::uint64_t>, Size, double>;
     // Extent, background and colour of the mark; no extent where none are wanted.
@@ -104,7 +96,8 @@ private:
 
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
-    std::optional<Colors> colors_;
+    // Text and background.
+    std::optional<std::array<COLORREF, 2>> colors_;
     Images<ItemImageRequest> images_;
     Images<CheckImageRequest> checkImages_;
 };

@@ -111,11 +111,10 @@ void MessageBoxWin32Gdi::copyText(const std::wstring& text) {
         return;
     }
     EmptyClipboard();
-    if (const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes)) {
-        if (void* target = GlobalLock(memory)) {
-            std::memcpy(target, text.c_str(), bytes);
-            GlobalUnlock(memory);
-        }
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes);
+    if (void* target = GlobalLock(memory)) {
+        std::memcpy(target, text.c_str(), bytes);
+        GlobalUnlock(memory);
         if (SetClipboardData(CF_UNICODETEXT, memory) == nullptr) {
             GlobalFree(memory);
         }

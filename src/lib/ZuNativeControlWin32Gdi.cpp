@@ -50,7 +50,7 @@ bool NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
                                               const std::function<void()>& onMade, bool anew) {
     const HWND parent = control().surface() != nullptr ? surfaceWindowOf(control()) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
-    if (window() != nullptr && (anew || parent != parent_ || shape != shape_)) {
+    if (window() != nullptr && (anew || parent != GetParent(window()) || shape != shape_)) {
         destroyWindow();
     }
     if (parent == nullptr) {
@@ -60,7 +60,7 @@ bool NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
     if (isNew) {
         createWindow(shape, parent);
     }
-    place();
+    place(parent);
     synchronizeColors(isNew);
     if (isNew && hadFocus && IsWindowVisible(window()) && IsWindowEnabled(window())) {
         SetFocus(window());
@@ -93,26 +93,23 @@ void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
     InitCommonControlsEx(&kClasses);
     const Rect area = control().boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
-    const HWND made =
-        CreateWindowExW(shape.extendedStyle, shape.windowClass, L"", shape.style | WS_CHILD,
-                        area.left, area.top, area.width(), area.height(), parent,
-                        reinterpret_cast<HMENU>(identifier), GetModuleHandleW(nullptr), nullptr);
-    if (made == nullptr || !attachment_.attach(made, *this, operation_)) {
-        if (made != nullptr) {
-            DestroyWindow(made);
-        }
+    WindowHandle made(CreateWindowExW(shape.extendedStyle, shape.windowClass, L"",
+                                      shape.style | WS_CHILD, area.left, area.top, area.width(),
+                                      area.height(), parent, reinterpret_cast<HMENU>(identifier),
+                                      GetModuleHandleW(nullptr), nullptr));
+    if (!made || !attachment_.attach(made.get(), *this, operation_)) {
         throwSystemException(L"Could not create window", ZU_HERE);
     }
+    made.release();
     shape_ = shape;
-    parent_ = parent;
     text_.clear();
     font_.reset();
 }
 
 // One call for each difference: most synchronisations change none of these.
-void NativeControlWin32Gdi::place() {
+void NativeControlWin32Gdi::place(HWND parent) {
     const Rect area = control().boundaryOnSurface();
-    if (windowRect(window(), parent_) != area) {
+    if (windowRect(window(), parent) != area) {
         // Where the old place was not painted yet, there is nothing to carry along.
         SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
                      SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_NOCOPYBITS);
@@ -126,9 +123,9 @@ void NativeControlWin32Gdi::place() {
         ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
     }
     // The keys must not go to a window that cannot use them, or to none.
-    if (hadFocus && !(usable && control().isShown()) && IsWindowVisible(parent_) &&
-        IsWindowEnabled(parent_)) {
-        SetFocus(parent_);
+    if (hadFocus && !(usable && control().isShown()) && IsWindowVisible(parent) &&
+        IsWindowEnabled(parent)) {
+        SetFocus(parent);
     }
 }
 
@@ -262,7 +259,7 @@ void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
         router->acceptFocus(&control());
     } else if (const auto next = reinterpret_cast<HWND>(message.wide);
                next == nullptr ||
-               WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(parent_)) {
+               WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(window())) {
         // The surface's own window has the focus for its drawn controls; one
         // that lies on it has a focus of its own.
         router->acceptFocus(nullptr);

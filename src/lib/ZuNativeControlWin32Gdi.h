@@ -63,15 +63,14 @@ protected:
     };
     bool isMirroring() const noexcept { return mirroring_; }
 
-    // The name is that of handleMultiWindowMessage in the derived class; it is not
-    // copied.
+    // The name is that of the derived class's handleMultiWindowMessage; not copied.
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
-    // Makes the window if need be, also when another one is wanted anew, and
-    // pushes place, visibility and enabled state. onMade follows for a window that
-    // was made: it has nothing of what the derived backend has pushed. False where
-    // there is none; throws SystemException when the system refuses it.
+    // Makes the window if need be, or anew, and pushes place, visibility and enabled
+    // state. onMade follows for a window that was made: it has nothing of what the
+    // derived backend has pushed. False where there is none; throws SystemException
+    // when the system refuses it.
     bool synchronizeWindow(const Shape& shape, const std::function<void()>& onMade = {},
                            bool anew = false);
     // Null stands for the default font.
@@ -90,14 +89,11 @@ protected:
         return SendMessageW(window(), id, wide, extra);
     }
 
-    // What the parent hears of the control: WM_COMMAND, WM_NOTIFY, scrolling,
-    // colours. See IMultiWindowMessageHandlerWin32Gdi for the result.
+    // What the parent hears of the control; see handleMultiWindowMessage().
     virtual bool onNotification(const WindowMessage&, LRESULT&) { return false; }
-    // A message of the control's own window, after focus, hovering and unused
-    // keys have been dealt with.
+    // A message of the own window, after focus, hovering and unused keys.
     virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
-    // Whether the control itself needs the key; others go to the surface. The
-    // base keeps all but Tab, Enter and Escape.
+    // Whether the control needs the key; others go to the surface.
     virtual bool usesKey(const KeyEvent& event) const {
         return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
     }
@@ -124,7 +120,7 @@ private:
     }
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
     void createWindow(const Shape& shape, HWND parent);
-    void place();
+    void place(HWND parent);
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
     void reportHover(const WindowMessage& message);
@@ -136,7 +132,6 @@ private:
     HWND hostWindow_;
     const wchar_t* operation_;
     Shape shape_{};
-    HWND parent_ = nullptr;
     // Kept as long as the window draws with it.
     std::shared_ptr<Font> font_;
     std::wstring text_;
@@ -166,13 +161,13 @@ public:
     bool hasNativeObject() const override { return Native::window() != nullptr; }
 
 protected:
-    // The names are those of the two operations in the derived class; see the base.
+    // The names of the two operations in the derived class.
     ControlBackendWin32Gdi(HWND hostWindow, const wchar_t* handling,
                            const wchar_t* synchronizing) noexcept
         : Native(hostWindow, handling), synchronizing_(synchronizing) {}
 
     Control& control() const override { return Portable::getAbstraction(); }
-    // What a synchronisation consists of: the window, and if there is one, the rest.
+    // The two halves of a synchronisation: the window, and what it shows if there is one.
     virtual bool initializeFromDescriptor() = 0;
     virtual void pushState() = 0;
 

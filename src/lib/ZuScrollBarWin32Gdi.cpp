@@ -17,9 +17,6 @@ void ScrollBarWin32Gdi::pushState() {
 
 // Compared first: every push paints the bar. The system cuts a page to the range.
 void ScrollBarWin32Gdi::push(SCROLLINFO info) {
-    if (window() == nullptr) {
-        return;
-    }
     const NativeScrollBar& bar = getAbstraction();
     const std::int64_t range = std::int64_t{bar.maximum()} - bar.minimum() + 1;
     info.nPage = static_cast<UINT>(std::min<std::int64_t>(info.nPage, range));
@@ -33,9 +30,7 @@ void ScrollBarWin32Gdi::push(SCROLLINFO info) {
 }
 
 SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
-    SCROLLINFO info{};
-    info.cbSize = sizeof(info);
-    info.fMask = mask;
+    SCROLLINFO info{sizeof(SCROLLINFO), mask, 0, 0, 0, 0, 0};
     GetScrollInfo(window(), SB_CTL, &info);
     return info;
 }
@@ -45,9 +40,6 @@ std::int32_t ScrollBarWin32Gdi::getPosition() const {
 }
 
 void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum) {
-    if (window() == nullptr) {
-        return;
-    }
     // A bar without anything to scroll stays where it is, greyed. Pushing a
     // range may have changed the state behind our back.
     const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);

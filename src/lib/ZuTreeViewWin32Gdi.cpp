@@ -112,17 +112,6 @@ void TreeViewWin32Gdi::catchUp() {
 
 // --- Single changes -------------------------------------------------------------------------
 
-// A change that failed is made up for with the window's next message: the rest
-// would have no place.
-template <class Body>
-void TreeViewWin32Gdi::mirror(const wchar_t* operation, Body body) {
-    const Mirroring mirroring(*this);
-    if (!guarded(operation, body)) {
-        filler_.forget();
-        state_ = TreeState::kStale;
-    }
-}
-
 // Whether the change at hand is one of a burst that has become long.
 bool TreeViewWin32Gdi::isInLongBurst() {
     return deferRedraw() > kLongBurst + model().nodeCount() / kLongBurstPart;
@@ -171,14 +160,6 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
     });
 }
 
-void TreeViewWin32Gdi::mirrorCleared() {
-    mirror(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
-}
-
-void TreeViewWin32Gdi::mirrorNode(TreeNode node) {
-    mirror(L"TreeViewWin32Gdi::mirrorNode", [&] { updateItem(node); });
-}
-
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
     mirror(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
         filler_.settle(node);
@@ -197,10 +178,6 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
             fill();
         }
     });
-}
-
-void TreeViewWin32Gdi::mirrorSelection() {
-    mirror(L"TreeViewWin32Gdi::mirrorSelection", [this] { select(model().selected()); });
 }
 
 void TreeViewWin32Gdi::select(TreeNode node) {
@@ -263,11 +240,10 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
             changed = model().setExpanded(above, true) || changed;
         }
         awaitsVisible_ = node;
-        if (isReady() && isRedrawEnabled()) {
-            showAwaited();
-        } else if (changed) {
+        if (changed && !(isReady() && isRedrawEnabled())) {
             markStale();
         }
+        showAwaited();
     });
 }
 

@@ -25,11 +25,17 @@ public:
 protected:
     void mirrorAdded(TreeNode node) override;
     void mirrorRemoving(TreeNode node) override;
-    void mirrorCleared() override;
-    void mirrorNode(TreeNode node) override;
+    void mirrorCleared() override {
+        mirror(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
+    }
+    void mirrorNode(TreeNode node) override {
+        mirror(L"TreeViewWin32Gdi::mirrorNode", [&] { updateItem(node); });
+    }
     void mirrorExpanded(TreeNode node) override;
     void mirrorAllExpanded(TreeNode top) override;
-    void mirrorSelection() override;
+    void mirrorSelection() override {
+        mirror(L"TreeViewWin32Gdi::mirrorSelection", [this] { select(model().selected()); });
+    }
 
     bool initializeFromDescriptor() override;
     void pushState() override;
@@ -48,8 +54,16 @@ private:
     void fill();
     void workOn();
     bool isInLongBurst();
+    // A change that failed is made up for with the window's next message: the rest
+    // would have no place.
     template <class Body>
-    void mirror(const wchar_t* operation, Body body);
+    void mirror(const wchar_t* operation, Body body) {
+        const Mirroring mirroring(*this);
+        if (!guarded(operation, body)) {
+            filler_.forget();
+            state_ = TreeState::kStale;
+        }
+    }
     void select(TreeNode node);
     void reveal(TreeNode node);
     void showAwaited();
