@@ -8,7 +8,7 @@ bool ButtonWin32Gdi::initializeFromDescriptor() {
     // In the order of ButtonKind.
     constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX, BS_RADIOBUTTON};
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow({L"BUTTON", style, 0}, [this] { bitmap_.reset(); });
+    return synchronizeWindow(L"BUTTON", style, 0, [this] { bitmap_.reset(); });
 }
 
 void ButtonWin32Gdi::pushState() {

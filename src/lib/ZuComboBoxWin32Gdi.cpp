@@ -4,21 +4,10 @@
 
 namespace zustd {
 
-namespace {
-
-// A guess at the usual item, for the room that the control takes at once.
-constexpr std::size_t kBytesPerItem = 40;
-
-std::size_t portableIndex(LRESULT index) noexcept {
-    return index >= 0 ? static_cast<std::size_t>(index) : kNullSize;
-}
-
-}  // namespace
-
 bool ComboBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
     const DWORD style = kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL;
-    return synchronizeWindow({L"COMBOBOX", style, 0}, [this] {
+    return synchronizeWindow(L"COMBOBOX", style, 0, [this] {
         COMBOBOXINFO parts{};
         parts.cbSize = sizeof(parts);
         if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
@@ -37,6 +26,8 @@ void ComboBoxWin32Gdi::pushState() {
 }
 
 void ComboBoxWin32Gdi::fill() {
+    // A guess at the usual item, for the room that the control takes at once.
+    constexpr std::size_t kBytesPerItem = 40;
     const std::vector<std::wstring>& items = getAbstraction().items();
     send(WM_SETREDRAW, FALSE);
     send(CB_INITSTORAGE, items.size(), static_cast<LPARAM>(items.size() * kBytesPerItem));
@@ -77,7 +68,7 @@ void ComboBoxWin32Gdi::mirrorSelection() {
 
 void ComboBoxWin32Gdi::pushSelection() {
     const std::size_t selected = getSelectedItem();
-    if (portableIndex(send(CB_GETCURSEL)) != selected) {
+    if (selectedInList() != selected) {
         send(CB_SETCURSEL, selected);
     }
     if (getAbstraction().isEditable()) {
@@ -95,22 +86,21 @@ bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
     switch (HIWORD(message.wide)) {
         case CBN_EDITCHANGE:
             acceptTyped();
-            break;
+            return true;
         case CBN_SELENDCANCEL:
         case CBN_CLOSEUP:
             // The list goes back to what it showed before, and says nothing.
             if (getAbstraction().isEditable()) {
                 acceptTyped();
-                break;
+                return true;
             }
             [[fallthrough]];
         case CBN_SELCHANGE:
-            getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
-            break;
+            getAbstraction().acceptSelection(selectedInList());
+            return true;
         default:
             return false;
     }
-    return true;
 }
 
 // What is typed is an item when it reads like one; of several the chosen one.

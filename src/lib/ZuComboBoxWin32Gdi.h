@@ -34,6 +34,8 @@ private:
     // Of the field; a list without one has the text of its selected item.
     std::wstring getText() const { return windowText(window()); }
     void setText(const std::wstring& text);
+    // kNullSize, which is what the system says too, for none.
+    std::size_t selectedInList() const { return static_cast<std::size_t>(send(CB_GETCURSEL)); }
     void pushSelection();
     void acceptTyped();
 };

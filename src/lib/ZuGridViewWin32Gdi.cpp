@@ -7,29 +7,22 @@
 
 namespace zustd {
 
-namespace {
-
-constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
-                         LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS;
-constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP;
-// Left and right of a text, at a scaling factor of 1.
-constexpr std::int32_t kCellPadding = 12;
-constexpr std::int32_t kCheckBoxSpace = 20;
-
-}  // namespace
-
 // --- State to window ------------------------------------------------------------------------
 
 bool GridViewWin32Gdi::initializeFromDescriptor() {
     settle();
     const Mirroring mirroring(*this);
     const NativeGridView& grid = getAbstraction();
-    const DWORD style = kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
+    const DWORD style = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
+                        LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS |
+                        (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
                         (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
-    return synchronizeWindow({WC_LISTVIEWW, style, WS_EX_CLIENTEDGE}, [this] {
+    return synchronizeWindow(WC_LISTVIEWW, style, WS_EX_CLIENTEDGE, [this] {
         startAnew();
         columns_.clear();
         markStale();
+        constexpr DWORD kExtendedStyle =
+            LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP;
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
     });
 }
@@ -119,6 +112,9 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
 // In pixels of the screen. The window itself would measure only what it shows,
 // or ask for every text.
 std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
+    // Left and right of a text, at a scaling factor of 1.
+    constexpr std::int32_t kCellPadding = 12;
+    constexpr std::int32_t kCheckBoxSpace = 20;
     const NativeGridView& grid = getAbstraction();
     const GridModel& model = grid.model();
     const GridColumn& wanted = grid.columns()[column];
@@ -321,30 +317,30 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
         return false;
     }
     NativeGridView& grid = getAbstraction();
-    const auto accept = [&](std::int32_t width) {
-        grid.acceptColumnWidth(column, width);
-        columns_[column].width = grid.columns()[column].width;
-    };
+    std::int32_t width = 0;
     switch (change.hdr.code) {
         case HDN_ITEMCHANGEDA:
         case HDN_ITEMCHANGEDW:
-            if (change.pitem != nullptr && (change.pitem->mask & HDI_WIDTH) != 0) {
-                // 0 would stand for what the content needs.
-                accept(std::max(
-                    static_cast<std::int32_t>(std::lround(change.pitem->cxy / grid.scale(1.0))),
-                    1));
+            if (change.pitem == nullptr || (change.pitem->mask & HDI_WIDTH) == 0) {
+                return false;
             }
-            return false;
+            // 0 stands for what the content needs.
+            width = static_cast<std::int32_t>(
+                std::max(std::lround(change.pitem->cxy / grid.scale(1.0)), 1L));
+            break;
         case HDN_DIVIDERDBLCLICKA:
-        case HDN_DIVIDERDBLCLICKW: {
-            const Mirroring mirroring(*this);
-            accept(0);
-            send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
-            return true;
-        }
+        case HDN_DIVIDERDBLCLICKW:
+            break;
         default:
             return false;
     }
+    grid.acceptColumnWidth(column, width);
+    columns_[column].width = width;
+    if (width == 0) {
+        const Mirroring mirroring(*this);
+        send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
+    }
+    return width == 0;
 }
 
 bool GridViewWin32Gdi::toggle(std::size_t row) {

@@ -46,11 +46,12 @@ std::uint32_t heldModifiers() noexcept {
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
 
-bool NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
+bool NativeControlWin32Gdi::synchronizeWindow(const wchar_t* windowClass, DWORD style,
+                                              DWORD extendedStyle,
                                               const std::function<void()>& onMade, bool anew) {
     const HWND parent = control().surface() != nullptr ? surfaceWindowOf(control()) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
-    if (window() != nullptr && (anew || parent != GetParent(window()) || shape != shape_)) {
+    if (window() != nullptr && (anew || parent != GetParent(window()) || style != style_)) {
         destroyWindow();
     }
     if (parent == nullptr) {
@@ -58,7 +59,7 @@ bool NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
     }
     const bool isNew = window() == nullptr;
     if (isNew) {
-        createWindow(shape, parent);
+        createWindow(windowClass, style, extendedStyle, parent);
     }
     place(parent);
     synchronizeColors(isNew);
@@ -87,21 +88,22 @@ void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
     }
 }
 
-void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
+void NativeControlWin32Gdi::createWindow(const wchar_t* windowClass, DWORD style,
+                                         DWORD extendedStyle, HWND parent) {
     constexpr INITCOMMONCONTROLSEX kClasses{
         sizeof(kClasses), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&kClasses);
     const Rect area = control().boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
-    WindowHandle made(CreateWindowExW(shape.extendedStyle, shape.windowClass, L"",
-                                      shape.style | WS_CHILD, area.left, area.top, area.width(),
-                                      area.height(), parent, reinterpret_cast<HMENU>(identifier),
+    WindowHandle made(CreateWindowExW(extendedStyle, windowClass, L"", style | WS_CHILD, area.left,
+                                      area.top, area.width(), area.height(), parent,
+                                      reinterpret_cast<HMENU>(identifier),
                                       GetModuleHandleW(nullptr), nullptr));
     if (!made || !attachment_.attach(made.get(), *this, operation_)) {
         throwSystemException(L"Could not create window", ZU_HERE);
     }
     made.release();
-    shape_ = shape;
+    style_ = style;
     text_.clear();
     font_.reset();
 }

@@ -3,7 +3,7 @@
 //
 // The window is made by the first synchronisation, as a child of the surface that the
 // control is on, and made anew, with the focus, when something changes that a window
-// cannot change: its class, its style, its surface. A control that is hidden or
+// cannot change: its style, its surface. A control that is hidden or
 // disabled leaves the focus to the window of its surface. Focus, hovering and the keys
 // that the control has no use for go to the input router of the surface; the rest is up
 // to the derived backend. That compares before it pushes: a window that is given again
@@ -44,16 +44,6 @@ public:
     HWND window() const noexcept { return attachment_.window(); }
 
 protected:
-    // What a window is made of; another one needs a new window.
-    struct Shape {
-        const wchar_t* windowClass;
-        // Without WS_CHILD, WS_VISIBLE and WS_DISABLED.
-        DWORD style;
-        DWORD extendedStyle;
-
-        friend bool operator==(const Shape&, const Shape&) = default;
-    };
-
     // While one lives, notifications come from the backend's own doing and say
     // nothing about the user.
     class Mirroring : ScopedValue<bool> {
@@ -67,12 +57,13 @@ protected:
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
-    // Makes the window if need be, or anew, and pushes place, visibility and enabled
+    // Makes the window if need be, and anew for another surface or style (which is
+    // without WS_CHILD, WS_VISIBLE and WS_DISABLED); pushes place, visibility and enabled
     // state. onMade follows for a window that was made: it has nothing of what the
     // derived backend has pushed. False where there is none; throws SystemException
     // when the system refuses it.
-    bool synchronizeWindow(const Shape& shape, const std::function<void()>& onMade = {},
-                           bool anew = false);
+    bool synchronizeWindow(const wchar_t* windowClass, DWORD style, DWORD extendedStyle,
+                           const std::function<void()>& onMade = {}, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     // Sends a text by the message that it goes with, unless it was the last one.
@@ -119,7 +110,7 @@ private:
         return window == attachment_.window() || window == part_.window();
     }
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
-    void createWindow(const Shape& shape, HWND parent);
+    void createWindow(const wchar_t* windowClass, DWORD style, DWORD extendedStyle, HWND parent);
     void place(HWND parent);
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
@@ -131,7 +122,7 @@ private:
     WindowAttachment part_;
     HWND hostWindow_;
     const wchar_t* operation_;
-    Shape shape_{};
+    DWORD style_ = 0;
     // Kept as long as the window draws with it.
     std::shared_ptr<Font> font_;
     std::wstring text_;

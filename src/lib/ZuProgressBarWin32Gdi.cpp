@@ -4,7 +4,7 @@ namespace zustd {
 
 bool ProgressBarWin32Gdi::initializeFromDescriptor() {
     const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
-    return synchronizeWindow({PROGRESS_CLASSW, style, 0}, [this] { interval_ = 0; });
+    return synchronizeWindow(PROGRESS_CLASSW, style, 0, [this] { interval_ = 0; });
 }
 
 void ProgressBarWin32Gdi::pushState() {

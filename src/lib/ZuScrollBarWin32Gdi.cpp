@@ -4,7 +4,7 @@ namespace zustd {
 
 bool ScrollBarWin32Gdi::initializeFromDescriptor() {
     const DWORD direction = getAbstraction().isVertical() ? SBS_VERT : SBS_HORZ;
-    return synchronizeWindow({L"ScrollBar", direction, 0});
+    return synchronizeWindow(L"ScrollBar", direction, 0);
 }
 
 void ScrollBarWin32Gdi::pushState() {

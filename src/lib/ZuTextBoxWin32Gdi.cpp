@@ -10,9 +10,7 @@ constexpr std::size_t kLongestText = 0x7FFFFFFE;
 std::wstring withPairs(const std::wstring& text) {
     std::wstring converted;
     for (const wchar_t c : text) {
-        if (c == L'\n') {
-            converted.push_back(L'\r');
-        }
+        converted.append(c == L'\n' ? 1 : 0, L'\r');
         converted.push_back(c);
     }
     return converted;
@@ -52,7 +50,7 @@ constexpr std::array<DWORD, 3> kStyles = {
 
 bool TextBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow({L"EDIT", style, WS_EX_CLIENTEDGE});
+    return synchronizeWindow(L"EDIT", style, WS_EX_CLIENTEDGE);
 }
 
 void TextBoxWin32Gdi::pushState() {

@@ -2,16 +2,6 @@
 
 namespace zustd {
 
-namespace {
-
-constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
-                         TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
-// A burst is long with so many changes and one more for each so many nodes.
-constexpr std::size_t kLongBurst = 64;
-constexpr std::size_t kLongBurstPart = 16;
-
-}  // namespace
-
 // --- State to window ------------------------------------------------------------------------
 
 void TreeViewWin32Gdi::pushState() {
@@ -42,6 +32,8 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
 }
 
 bool TreeViewWin32Gdi::initializeFromDescriptor() {
+    constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
+                             TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
     settle();
     const Mirroring mirroring(*this);
     const auto onMade = [this] {
@@ -50,7 +42,7 @@ bool TreeViewWin32Gdi::initializeFromDescriptor() {
         model().clearNativeWords();
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
-    return synchronizeWindow({WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
+    return synchronizeWindow(WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE, onMade,
                              hasCheckBoxes() != getAbstraction().hasCheckBoxes());
 }
 
@@ -114,6 +106,9 @@ void TreeViewWin32Gdi::catchUp() {
 
 // Whether the change at hand is one of a burst that has become long.
 bool TreeViewWin32Gdi::isInLongBurst() {
+    // So many changes and one more for each so many nodes.
+    constexpr std::size_t kLongBurst = 64;
+    constexpr std::size_t kLongBurstPart = 16;
     return deferRedraw() > kLongBurst + model().nodeCount() / kLongBurstPart;
 }
 
