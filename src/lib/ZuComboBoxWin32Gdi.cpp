@@ -62,10 +62,6 @@ void ComboBoxWin32Gdi::mirrorAdded(std::size_t index) {
     send(CB_INSERTSTRING, index, reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
 }
 
-void ComboBoxWin32Gdi::mirrorSelection() {
-    guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
-}
-
 void ComboBoxWin32Gdi::pushSelection() {
     const std::size_t selected = getSelectedItem();
     if (selectedInList() != selected) {

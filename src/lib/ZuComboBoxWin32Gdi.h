@@ -17,7 +17,9 @@ protected:
     void mirrorAdded(std::size_t index) override;
     void mirrorRemoved(std::size_t index) override { send(CB_DELETESTRING, index); }
     void mirrorCleared() override { send(CB_RESETCONTENT); }
-    void mirrorSelection() override;
+    void mirrorSelection() override {
+        guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
+    }
 
     bool initializeFromDescriptor() override;
     void pushState() override;

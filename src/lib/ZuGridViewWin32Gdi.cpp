@@ -188,7 +188,6 @@ void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
 
 // --- What the window asks -------------------------------------------------------------------
 
-// kNullSize when there is no such row.
 std::size_t GridViewWin32Gdi::rowOf(int index) const noexcept {
     const auto row = static_cast<std::size_t>(index);
     return row < model().rowCount() ? row : kNullSize;
@@ -361,10 +360,6 @@ bool GridViewWin32Gdi::toggleAt(LPARAM point) {
     hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
     const std::size_t row = rowOf(ListView_HitTest(window(), &hit));
     return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
-}
-
-std::size_t GridViewWin32Gdi::focusedRow() const noexcept {
-    return rowOf(ListView_GetNextItem(window(), -1, LVNI_FOCUSED));
 }
 
 bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {

@@ -51,6 +51,7 @@ private:
     // kNullSize stands for all rows.
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
+    // kNullSize when there is no such row.
     std::size_t rowOf(int index) const noexcept;
     void answerDisplay(LVITEMW& item) const;
     LRESULT find(const NMLVFINDITEMW& request) const;
@@ -58,7 +59,9 @@ private:
     void acceptSelection(int from, int to, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
     bool toggle(std::size_t row);
-    std::size_t focusedRow() const noexcept;
+    std::size_t focusedRow() const noexcept {
+        return rowOf(ListView_GetNextItem(window(), -1, LVNI_FOCUSED));
+    }
 
     // As the window has them.
     std::vector<GridColumn> columns_;

@@ -11,12 +11,6 @@ namespace {
 
 bool isDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
 
-// The router of the surface that a control is on; null outside of one.
-InputRouter* routerOf(Control& control) noexcept {
-    Control* surface = control.surface();
-    return surface != nullptr ? surface->inputRouter() : nullptr;
-}
-
 }  // namespace
 
 void trackLeaving(HWND window, bool& tracks) noexcept {
@@ -187,27 +181,30 @@ bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& messag
 }
 
 bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESULT& result) {
+    if (message.id == WM_NCDESTROY) {
+        return false;
+    }
+    const auto* asked =
+        message.id == WM_GETDLGCODE ? reinterpret_cast<const MSG*>(message.extra) : nullptr;
+    if (asked != nullptr && (asked->message == WM_KEYDOWN || asked->message == WM_SYSKEYDOWN)) {
+        // In a dialog's message loop: the keys that the surface gets come here
+        // first, since the input router knows drawn controls and the dialog does not.
+        result = answerByDefault(message) | DLGC_WANTMESSAGE;
+        return true;
+    }
+    Control* surface = control().surface();
+    InputRouter* router = surface != nullptr ? surface->inputRouter() : nullptr;
+    if (router == nullptr) {
+        return onWindowMessage(message, result);
+    }
     switch (message.id) {
-        case WM_NCDESTROY:
-            return false;
-        case WM_GETDLGCODE: {
-            // In a dialog's message loop: the keys that the surface gets come here
-            // first, since the input router knows drawn controls and the dialog does not.
-            const auto* asked = reinterpret_cast<const MSG*>(message.extra);
-            if (asked != nullptr &&
-                (asked->message == WM_KEYDOWN || asked->message == WM_SYSKEYDOWN)) {
-                result = answerByDefault(message) | DLGC_WANTMESSAGE;
-                return true;
-            }
-            break;
-        }
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
-            reportFocus(message);
+            reportFocus(*router, message);
             break;
         case WM_MOUSEMOVE:
         case WM_MOUSELEAVE:
-            reportHover(message);
+            reportHover(*router, message);
             break;
         case WM_LBUTTONDOWN:
         case WM_RBUTTONDOWN:
@@ -216,7 +213,7 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
         case WM_KEYDOWN:
         case WM_SYSKEYDOWN:
             control().hideTooltip();
-            if (routeUnusedKey(message)) {
+            if (routeUnusedKey(*router, message)) {
                 return true;
             }
             break;
@@ -252,33 +249,25 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
     return true;
 }
 
-void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
-    InputRouter* router = routerOf(control());
-    if (router == nullptr) {
-        return;
-    }
+void NativeControlWin32Gdi::reportFocus(InputRouter& router, const WindowMessage& message) {
     if (message.id == WM_SETFOCUS) {
-        router->acceptFocus(&control());
+        router.acceptFocus(&control());
     } else if (const auto next = reinterpret_cast<HWND>(message.wide);
                next == nullptr ||
                WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(window())) {
         // The surface's own window has the focus for its drawn controls; one
         // that lies on it has a focus of its own.
-        router->acceptFocus(nullptr);
+        router.acceptFocus(nullptr);
     }
 }
 
-void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
-    InputRouter* router = routerOf(control());
-    if (router == nullptr) {
-        return;
-    }
+void NativeControlWin32Gdi::reportHover(InputRouter& router, const WindowMessage& message) {
     MouseEvent event;
     event.modifiers = heldModifiers();
     if (message.id == WM_MOUSELEAVE) {
         tracksLeaving_ = false;
         // What the pointer went to may have told before.
-        if (router->hovered().get() != &control()) {
+        if (router.hovered().get() != &control()) {
             return;
         }
         event.action = MouseAction::kLeave;
@@ -288,17 +277,13 @@ void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
         event.position = control().toSurface({inControl.x, inControl.y});
         trackLeaving(message.window, tracksLeaving_);
     }
-    router->routeMouse(event);
+    router.routeMouse(event);
 }
 
-bool NativeControlWin32Gdi::routeUnusedKey(const WindowMessage& message) {
+bool NativeControlWin32Gdi::routeUnusedKey(InputRouter& router, const WindowMessage& message) {
     swallowsCharacter_ = false;
     const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
-    InputRouter* router = routerOf(control());
-    if (router == nullptr || usesKey(event)) {
-        return false;
-    }
-    const bool used = router->routeKeyFrom(control(), event);
+    const bool used = !usesKey(event) && router.routeKeyFrom(control(), event);
     // The characters of these keys make edit controls beep.
     swallowsCharacter_ = used && !NativeControlWin32Gdi::usesKey(event);
     return used;

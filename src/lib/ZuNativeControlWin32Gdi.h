@@ -114,9 +114,9 @@ private:
     void place(HWND parent);
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
-    void reportHover(const WindowMessage& message);
-    void reportFocus(const WindowMessage& message);
-    bool routeUnusedKey(const WindowMessage& message);
+    void reportHover(InputRouter& router, const WindowMessage& message);
+    void reportFocus(InputRouter& router, const WindowMessage& message);
+    bool routeUnusedKey(InputRouter& router, const WindowMessage& message);
 
     WindowAttachment attachment_;
     WindowAttachment part_;

@@ -38,17 +38,12 @@ bool TreeViewWin32Gdi::initializeFromDescriptor() {
     const Mirroring mirroring(*this);
     const auto onMade = [this] {
         startAnew();
-        becomeEmpty();
+        loseItems(TreeState::kEmpty);
         model().clearNativeWords();
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
     return synchronizeWindow(WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE, onMade,
                              hasCheckBoxes() != getAbstraction().hasCheckBoxes());
-}
-
-void TreeViewWin32Gdi::becomeEmpty() noexcept {
-    filler_.forget();
-    state_ = TreeState::kEmpty;
 }
 
 void TreeViewWin32Gdi::fill() {
@@ -364,7 +359,7 @@ bool TreeViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT& resu
             // What the window says about its items then is not the user's doing.
             const Mirroring mirroring(*this);
             letWindowAnswer(message, result);
-            becomeEmpty();
+            loseItems(TreeState::kEmpty);
             return true;
         }
         case WM_TIMER:

@@ -50,7 +50,10 @@ protected:
 private:
     // Whether single changes can be brought into the window.
     bool isReady() const noexcept { return window() != nullptr && !isStale(); }
-    void becomeEmpty() noexcept;
+    void loseItems(TreeState state) noexcept {
+        filler_.forget();
+        state_ = state;
+    }
     void fill();
     void workOn();
     bool isInLongBurst();
@@ -60,8 +63,7 @@ private:
     void mirror(const wchar_t* operation, Body body) {
         const Mirroring mirroring(*this);
         if (!guarded(operation, body)) {
-            filler_.forget();
-            state_ = TreeState::kStale;
+            loseItems(TreeState::kStale);
         }
     }
     void select(TreeNode node);
