@@ -1,49 +1,26 @@
 #include "ZuButtonWin32Gdi.h"
 
-#include "ZuBitmapWin32Gdi.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
 
-namespace {
-
-// In the order of ButtonKind.
-constexpr std::array<DWORD, 4> kStyles = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
-                                          BS_RADIOBUTTON};
-
-}  // namespace
-
-void ButtonWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"ButtonWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        const NativeButton& button = getAbstraction();
-        synchronizeFont(button.hasFont() ? sharedReference(&button.font()) : nullptr);
-        setText();
-        setImage();
-        if (button.kind() == ButtonKind::kCheck || button.kind() == ButtonKind::kRadio) {
-            const WPARAM wanted = button.isChecked() ? BST_CHECKED : BST_UNCHECKED;
-            if (static_cast<WPARAM>(send(BM_GETCHECK)) != wanted) {
-                send(BM_SETCHECK, wanted);
-            }
-        }
-    });
-}
-
 bool ButtonWin32Gdi::initializeFromDescriptor() {
+    // In the order of ButtonKind.
+    constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX, BS_RADIOBUTTON};
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow(getAbstraction(), {L"BUTTON", style, 0}, [this] {
-        bitmap_.reset();
-        icon_.reset();
-    });
+    return synchronizeWindow(L"BUTTON", style, 0, [this] { bitmap_.reset(); });
 }
 
-void ButtonWin32Gdi::setText() {
+void ButtonWin32Gdi::pushState() {
     const NativeButton& button = getAbstraction();
-    const std::wstring text = button.hasCaption() ? button.caption().text(button) : L"";
-    if (isNewText(text)) {
-        SetWindowTextW(window(), text.c_str());
+    synchronizeFont(button.hasFont() ? sharedReference(&button.font()) : nullptr);
+    pushText(WM_SETTEXT, button.accessText());
+    setImage();
+    if (!button.isPush()) {
+        const WPARAM wanted = button.isChecked() ? BST_CHECKED : BST_UNCHECKED;
+        if (static_cast<WPARAM>(send(BM_GETCHECK)) != wanted) {
+            send(BM_SETCHECK, wanted);
+        }
     }
 }
 
@@ -65,25 +42,21 @@ void ButtonWin32Gdi::setImage() {
     space_ = space;
 }
 
-bool ButtonWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+bool ButtonWin32Gdi::onNotification(const WindowMessage& message, LRESULT&) {
     // Radio buttons tell a second quick press from the first.
     const bool isPress = message.id == WM_COMMAND && (HIWORD(message.wide) == BN_CLICKED ||
                                                       HIWORD(message.wide) == BN_DOUBLECLICKED);
-    if (!isPress) {
-        return false;
-    }
-    if (!takingFocus_) {
+    if (isPress && !isMirroring()) {
         getAbstraction().click();
     }
-    result = 0;
-    return true;
+    return isPress;
 }
 
 bool ButtonWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     if (message.id != WM_SETFOCUS) {
         return false;
     }
-    const ScopedValue taking(takingFocus_, true);
+    const Mirroring mirroring(*this);
     result = answerByDefault(message);
     return true;
 }

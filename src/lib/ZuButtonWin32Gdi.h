@@ -5,8 +5,7 @@
 // alone presses nothing, where the system's radio buttons would be pressed.
 #pragma once
 
-#include "ZuBitmap.h"
-#include "ZuHandleWin32Gdi.h"
+#include "ZuBitmapWin32Gdi.h"
 #include "ZuNativeButton.h"
 #include "ZuNativeControlWin32Gdi.h"
 
@@ -16,19 +15,18 @@ class ButtonWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeButton, INativeButtonImpl>> {
 public:
     explicit ButtonWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage") {}
-
-    void synchronizeWithAbstraction() override;
+        : ControlBackendWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage",
+                                 L"ButtonWin32Gdi::synchronizeWithAbstraction") {}
 
 protected:
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
     // The space bar presses it; what else is pressed the surface may use.
     bool usesKey(const KeyEvent& event) const override { return event.key == kKeySpace; }
 
 private:
-    bool initializeFromDescriptor();
-    void setText();
     void setImage();
 
     // Drawn beside the caption.
@@ -37,7 +35,6 @@ private:
     std::shared_ptr<Bitmap> bitmap_;
     // Between it and the caption.
     std::int32_t space_ = 0;
-    bool takingFocus_ = false;
 };
 
 }  // namespace zustd

@@ -1,38 +1,13 @@
 #include "ZuComboBoxWin32Gdi.h"
 
-#include <commctrl.h>
-
 #include "ZuGeometryWin32Gdi.h"
 
 namespace zustd {
 
-namespace {
-
-// A guess at the usual item, for the room that the control takes at once.
-constexpr std::size_t kBytesPerItem = 40;
-
-std::size_t portableIndex(LRESULT index) noexcept {
-    return index >= 0 ? static_cast<std::size_t>(index) : kNullSize;
-}
-
-}  // namespace
-
-void ComboBoxWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"ComboBoxWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        synchronizeFont(getAbstraction().font());
-        fitHeight();
-        setCaption();
-        pushSelection();
-    });
-}
-
 bool ComboBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
     const DWORD style = kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL;
-    return synchronizeWindow(getAbstraction(), {L"COMBOBOX", style, 0}, [this] {
+    return synchronizeWindow(L"COMBOBOX", style, 0, [this] {
         COMBOBOXINFO parts{};
         parts.cbSize = sizeof(parts);
         if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
@@ -42,7 +17,17 @@ bool ComboBoxWin32Gdi::initializeFromDescriptor() {
     });
 }
 
+void ComboBoxWin32Gdi::pushState() {
+    const NativeComboBox& box = getAbstraction();
+    synchronizeFont(box.font());
+    fitHeight();
+    pushText(CB_SETCUEBANNER, box.hasCaption() ? box.caption().text(box) : L"");
+    pushSelection();
+}
+
 void ComboBoxWin32Gdi::fill() {
+    // A guess at the usual item, for the room that the control takes at once.
+    constexpr std::size_t kBytesPerItem = 40;
     const std::vector<std::wstring>& items = getAbstraction().items();
     send(WM_SETREDRAW, FALSE);
     send(CB_INITSTORAGE, items.size(), static_cast<LPARAM>(items.size() * kBytesPerItem));
@@ -59,28 +44,16 @@ void ComboBoxWin32Gdi::fitHeight() {
     const auto missing = [this] {
         return getAbstraction().boundary().height() - windowRect(window()).height();
     };
-    if (missing() == 0) {
-        return;
-    }
-    LRESULT height = std::max<LRESULT>(send(CB_GETITEMHEIGHT, kField) + missing(), 1);
-    send(CB_SETITEMHEIGHT, kField, height);
-    height += missing();
-    if (missing() != 0 && height > 0) {
+    LRESULT height = send(CB_GETITEMHEIGHT, kField);
+    for (int tries = 0; tries < 2 && missing() != 0; ++tries) {
+        height = std::max<LRESULT>(height + missing(), 1);
         send(CB_SETITEMHEIGHT, kField, height);
-    }
-}
-
-void ComboBoxWin32Gdi::setCaption() {
-    const NativeComboBox& box = getAbstraction();
-    const std::wstring caption = box.hasCaption() ? box.caption().text(box) : std::wstring();
-    if (isNewText(caption)) {
-        send(CB_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(caption.c_str()));
     }
 }
 
 void ComboBoxWin32Gdi::setText(const std::wstring& text) {
     if (getText() != text) {
-        const ScopedValue filling(filling_, true);
+        const Mirroring mirroring(*this);
         SetWindowTextW(window(), text.c_str());
     }
 }
@@ -89,13 +62,9 @@ void ComboBoxWin32Gdi::mirrorAdded(std::size_t index) {
     send(CB_INSERTSTRING, index, reinterpret_cast<LPARAM>(getAbstraction().items()[index].c_str()));
 }
 
-void ComboBoxWin32Gdi::mirrorSelection() {
-    guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
-}
-
 void ComboBoxWin32Gdi::pushSelection() {
     const std::size_t selected = getSelectedItem();
-    if (portableIndex(send(CB_GETCURSEL)) != selected) {
+    if (selectedInList() != selected) {
         send(CB_SETCURSEL, selected);
     }
     if (getAbstraction().isEditable()) {
@@ -104,32 +73,30 @@ void ComboBoxWin32Gdi::pushSelection() {
 }
 
 bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC) {
-        return colorField(message, result);
+    if (colorField(message, result)) {
+        return true;
     }
-    if (message.id != WM_COMMAND || filling_) {
+    if (message.id != WM_COMMAND || isMirroring()) {
         return false;
     }
     switch (HIWORD(message.wide)) {
         case CBN_EDITCHANGE:
             acceptTyped();
-            break;
+            return true;
         case CBN_SELENDCANCEL:
         case CBN_CLOSEUP:
             // The list goes back to what it showed before, and says nothing.
             if (getAbstraction().isEditable()) {
                 acceptTyped();
-                break;
+                return true;
             }
             [[fallthrough]];
         case CBN_SELCHANGE:
-            getAbstraction().acceptSelection(portableIndex(send(CB_GETCURSEL)));
-            break;
+            getAbstraction().acceptSelection(selectedInList());
+            return true;
         default:
             return false;
     }
-    result = 0;
-    return true;
 }
 
 // What is typed is an item when it reads like one; of several the chosen one.
@@ -141,11 +108,6 @@ void ComboBoxWin32Gdi::acceptTyped() {
     if (box.text() == text && (selected == kNullSize || box.getItemText(selected) != text)) {
         box.acceptSelection(box.findItem(text));
     }
-}
-
-// The list asks the box itself for its colours.
-bool ComboBoxWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
-    return message.id == WM_CTLCOLORLISTBOX && colorField(message, result);
 }
 
 bool ComboBoxWin32Gdi::usesKey(const KeyEvent& event) const {

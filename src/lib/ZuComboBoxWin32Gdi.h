@@ -10,33 +10,36 @@ namespace zustd {
 class ComboBoxWin32Gdi : public ControlBackendWin32Gdi<ComboBoxImplementation> {
 public:
     explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage") {}
-
-    void synchronizeWithAbstraction() override;
+        : ControlBackendWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage",
+                                 L"ComboBoxWin32Gdi::synchronizeWithAbstraction") {}
 
 protected:
     void mirrorAdded(std::size_t index) override;
     void mirrorRemoved(std::size_t index) override { send(CB_DELETESTRING, index); }
     void mirrorCleared() override { send(CB_RESETCONTENT); }
-    void mirrorSelection() override;
+    void mirrorSelection() override {
+        guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
+    }
 
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
-    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
+    // The list asks the box itself for its colours.
+    bool onWindowMessage(const WindowMessage& message, LRESULT& result) override {
+        return colorField(message, result);
+    }
     bool usesKey(const KeyEvent& event) const override;
 
 private:
-    bool initializeFromDescriptor();
     void fill();
     void fitHeight();
-    void setCaption();
     // Of the field; a list without one has the text of its selected item.
     std::wstring getText() const { return windowText(window()); }
     void setText(const std::wstring& text);
+    // kNullSize, which is what the system says too, for none.
+    std::size_t selectedInList() const { return static_cast<std::size_t>(send(CB_GETCURSEL)); }
     void pushSelection();
     void acceptTyped();
-
-    // The control's own notifications while it is filled are no news.
-    bool filling_ = false;
 };
 
 }  // namespace zustd

@@ -1,7 +1,5 @@
 #include "ZuGridViewWin32Gdi.h"
 
-#include <windowsx.h>
-
 #include <cmath>
 
 #include "ZuFontWin32Gdi.h"
@@ -9,65 +7,37 @@
 
 namespace zustd {
 
-namespace {
-
-constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
-                         LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS;
-constexpr DWORD kExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP;
-// Left and right of a text, at a scaling factor of 1.
-constexpr std::int32_t kCellPadding = 12;
-constexpr std::int32_t kCheckBoxSpace = 20;
-constexpr auto kAllRows = static_cast<std::size_t>(-1);
-
-DWORD styleOf(const NativeGridView& grid) noexcept {
-    return kStyle | (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
-           (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
-}
-
-// In the order of Alignment.
-constexpr std::array<int, 4> kFormats = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
-
-bool startsWith(const std::wstring& text, const std::wstring& start, bool whole) noexcept {
-    if (text.size() < start.size() || (whole && text.size() != start.size())) {
-        return false;
-    }
-    const int size = static_cast<int>(start.size());
-    return CompareStringOrdinal(text.c_str(), size, start.c_str(), size, TRUE) == CSTR_EQUAL;
-}
-
-}  // namespace
-
 // --- State to window ------------------------------------------------------------------------
 
-void GridViewWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"GridViewWin32Gdi::synchronizeWithAbstraction", [this] {
-        settle();
-        const Mirroring mirroring(*this);
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        push();
-        if (isStale()) {
-            fill();
-        }
-        // Their widths depend on the rows.
-        pushColumns();
-    });
-}
-
 bool GridViewWin32Gdi::initializeFromDescriptor() {
-    NativeGridView& grid = getAbstraction();
-    initializeCommonControl(ICC_LISTVIEW_CLASSES);
-    return synchronizeWindow(grid, {WC_LISTVIEWW, styleOf(grid), WS_EX_CLIENTEDGE}, [this] {
-        forgetPushed();
+    settle();
+    const Mirroring mirroring(*this);
+    const NativeGridView& grid = getAbstraction();
+    const DWORD style = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
+                        LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS |
+                        (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
+                        (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
+    return synchronizeWindow(WC_LISTVIEWW, style, WS_EX_CLIENTEDGE, [this] {
+        startAnew();
         columns_.clear();
         markStale();
-        send(LVM_SETUNICODEFORMAT, TRUE);
+        constexpr DWORD kExtendedStyle =
+            LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP;
         send(LVM_SETEXTENDEDLISTVIEWSTYLE, kExtendedStyle, kExtendedStyle);
     });
 }
 
-void GridViewWin32Gdi::push() {
+void GridViewWin32Gdi::pushState() {
+    const Mirroring mirroring(*this);
+    pushItemLook();
+    if (isStale()) {
+        fill();
+    }
+    // Their widths depend on the rows.
+    pushColumns();
+}
+
+void GridViewWin32Gdi::pushItemLook() {
     const NativeGridView& grid = getAbstraction();
     pushLook({LVM_SETTEXTCOLOR, LVM_SETBKCOLOR, LVM_SETIMAGELIST, LVSIL_SMALL, LVSIL_STATE, 1},
              grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr,
@@ -78,13 +48,11 @@ void GridViewWin32Gdi::push() {
 
 void GridViewWin32Gdi::fill() {
     const BulkMirroring bulk(*this);
-    const GridModel& model = getAbstraction().model();
+    const GridModel& model = this->model();
     setRowCount();
-    if (ListView_GetSelectedCount(window()) != 0) {
-        setSelected(kAllRows, false);
-    }
+    setSelected(kNullSize, false);
     if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
-        setSelected(getAbstraction().isMultiSelect() ? kAllRows : 0, true);
+        setSelected(getAbstraction().isMultiSelect() ? kNullSize : 0, true);
     } else {
         // Ascending, so that the window appends to what it has.
         for (const std::size_t row : model.selectedRows()) {
@@ -96,21 +64,12 @@ void GridViewWin32Gdi::fill() {
 
 void GridViewWin32Gdi::setRowCount() {
     const Mirroring mirroring(*this);
-    send(LVM_SETITEMCOUNT, getAbstraction().model().rowCount(),
-         LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+    send(LVM_SETITEMCOUNT, model().rowCount(), LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
     const Mirroring mirroring(*this);
-    LVITEMW item{};
-    item.state = selected ? LVIS_SELECTED : 0;
-    item.stateMask = LVIS_SELECTED;
-    send(LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
-}
-
-void GridViewWin32Gdi::releaseNativeObject() {
-    releaseItems();
-    markStale();
+    ListView_SetItemState(window(), row, selected ? LVIS_SELECTED : 0U, LVIS_SELECTED);
 }
 
 // --- Columns --------------------------------------------------------------------------------
@@ -132,13 +91,14 @@ void GridViewWin32Gdi::pushColumns() {
 }
 
 void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
+    // In the order of Alignment.
+    constexpr int kFormats[] = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
     const GridColumn& wanted = getAbstraction().columns()[column];
-    std::wstring caption = wanted.caption;
     LVCOLUMNW native{};
     native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | (isNew ? LVCF_SUBITEM : 0U);
     native.fmt = kFormats[static_cast<std::size_t>(wanted.alignment)];
     native.cx = widthOf(column);
-    native.pszText = caption.data();
+    native.pszText = const_cast<wchar_t*>(wanted.caption.c_str());
     native.iSubItem = static_cast<int>(column);
     const LRESULT done =
         send(isNew ? LVM_INSERTCOLUMNW : LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&native));
@@ -149,13 +109,12 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     columns_[column] = wanted;
 }
 
-void GridViewWin32Gdi::pushWidth(std::size_t column) {
-    send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
-}
-
 // In pixels of the screen. The window itself would measure only what it shows,
 // or ask for every text.
 std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
+    // Left and right of a text, at a scaling factor of 1.
+    constexpr std::int32_t kCellPadding = 12;
+    constexpr std::int32_t kCheckBoxSpace = 20;
     const NativeGridView& grid = getAbstraction();
     const GridModel& model = grid.model();
     const GridColumn& wanted = grid.columns()[column];
@@ -182,13 +141,10 @@ std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
 
 void GridViewWin32Gdi::resizeColumns() {
     guarded(L"GridViewWin32Gdi::resizeColumns", [this] {
-        if (window() == nullptr) {
-            return;
-        }
         const Mirroring mirroring(*this);
         const std::size_t count = std::min(columns_.size(), getAbstraction().columns().size());
         for (std::size_t column = 0; column < count; ++column) {
-            pushWidth(column);
+            send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
         }
     });
 }
@@ -198,7 +154,7 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
         if (window() != nullptr) {
             const Mirroring mirroring(*this);
             forgetImages();
-            push();
+            pushItemLook();
         }
     });
 }
@@ -230,20 +186,19 @@ void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
     setSelected(row, selected);
 }
 
-void GridViewWin32Gdi::mirrorAllSelected(bool selected) { mirrorSelected(kAllRows, selected); }
-
 // --- What the window asks -------------------------------------------------------------------
 
-bool GridViewWin32Gdi::isRow(int index) const noexcept {
-    return index >= 0 && static_cast<std::size_t>(index) < getAbstraction().model().rowCount();
+std::size_t GridViewWin32Gdi::rowOf(int index) const noexcept {
+    const auto row = static_cast<std::size_t>(index);
+    return row < model().rowCount() ? row : kNullSize;
 }
 
 void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
-    const GridModel& model = getAbstraction().model();
-    if (!isRow(item.iItem)) {
+    const GridModel& model = this->model();
+    const std::size_t row = rowOf(item.iItem);
+    if (row == kNullSize) {
         return;
     }
-    const auto row = static_cast<std::size_t>(item.iItem);
     if ((item.mask & LVIF_TEXT) != 0) {
         // Read only, and before anything else can change.
         item.pszText =
@@ -263,7 +218,7 @@ void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
 // What the user types is looked for in the first column, from the row that the
 // window names and around.
 LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
-    const GridModel& model = getAbstraction().model();
+    const GridModel& model = this->model();
     const UINT flags = request.lvfi.flags;
     if ((flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || request.lvfi.psz == nullptr) {
         return -1;
@@ -271,23 +226,25 @@ LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
     const std::wstring wanted = request.lvfi.psz;
     const bool whole = (flags & LVFI_PARTIAL) == 0;
     const std::size_t count = model.rowCount();
-    const std::size_t start = isRow(request.iStart) ? static_cast<std::size_t>(request.iStart) : 0;
-    const std::size_t steps = (flags & LVFI_WRAP) != 0 ? count : count - start;
-    for (std::size_t step = 0; step < steps; ++step) {
-        const std::size_t row = (start + step) % count;
-        if (startsWith(model.cell(row, 0), wanted, whole)) {
-            return static_cast<LRESULT>(row);
+    const std::size_t start = rowOf(request.iStart) != kNullSize ? rowOf(request.iStart) : 0;
+    const std::size_t end = start + ((flags & LVFI_WRAP) != 0 ? count : count - start);
+    for (std::size_t row = start; row < end; ++row) {
+        const std::wstring& text = model.cell(row % count, 0);
+        const std::size_t size = whole ? text.size() : std::min(text.size(), wanted.size());
+        if (CompareStringOrdinal(text.data(), static_cast<int>(size), wanted.data(),
+                                 static_cast<int>(wanted.size()), TRUE) == CSTR_EQUAL) {
+            return static_cast<LRESULT>(row % count);
         }
     }
     return -1;
 }
 
 void GridViewWin32Gdi::showTooltip(NMLVGETINFOTIPW& request) {
-    if (!isRow(request.iItem) || request.pszText == nullptr || request.cchTextMax <= 0) {
+    const std::size_t row = rowOf(request.iItem);
+    if (row == kNullSize || request.pszText == nullptr || request.cchTextMax <= 0) {
         return;
     }
-    const std::wstring text =
-        getAbstraction().acceptTooltipRequest(static_cast<std::size_t>(request.iItem));
+    const std::wstring text = getAbstraction().acceptTooltipRequest(row);
     // An empty one leaves the window's own, the whole of a text that is cut.
     if (!text.empty()) {
         const auto room = static_cast<std::size_t>(request.cchTextMax) - 1;
@@ -325,10 +282,9 @@ bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         case NM_CLICK:
         case NM_DBLCLK:
         case NM_RCLICK: {
-            const int row = reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem;
-            const std::wstring key =
-                isRow(row) ? getAbstraction().model().key(static_cast<std::size_t>(row)) : L"";
-            click_ = Click{header->code == NM_RCLICK, key};
+            const std::size_t row = rowOf(reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem);
+            clickedKey_ = row != kNullSize ? model().key(row) : L"";
+            click_ = header->code;
             return true;
         }
         default:
@@ -341,11 +297,11 @@ void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT new
         return;
     }
     const bool selected = (newState & LVIS_SELECTED) != 0;
+    // -1 stands for all rows.
     if (from == -1) {
         getAbstraction().acceptSelected(0, kNullSize, selected);
-    } else if (isRow(from) && to >= from) {
-        getAbstraction().acceptSelected(static_cast<std::size_t>(from),
-                                        static_cast<std::size_t>(to), selected);
+    } else if (to >= 0) {
+        getAbstraction().acceptSelected(rowOf(from), static_cast<std::size_t>(to), selected);
     }
 }
 
@@ -360,43 +316,41 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
         return false;
     }
     NativeGridView& grid = getAbstraction();
-    const auto accept = [&](std::int32_t width) {
-        grid.acceptColumnWidth(column, width);
-        columns_[column].width = grid.columns()[column].width;
-    };
+    std::int32_t width = 0;
     switch (change.hdr.code) {
         case HDN_ITEMCHANGEDA:
         case HDN_ITEMCHANGEDW:
-            if (change.pitem != nullptr && (change.pitem->mask & HDI_WIDTH) != 0) {
-                // 0 would stand for what the content needs.
-                accept(std::max(
-                    static_cast<std::int32_t>(std::lround(change.pitem->cxy / grid.scale(1.0))),
-                    1));
+            if (change.pitem == nullptr || (change.pitem->mask & HDI_WIDTH) == 0) {
+                return false;
             }
-            return false;
+            // 0 stands for what the content needs.
+            width = static_cast<std::int32_t>(
+                std::max(std::lround(change.pitem->cxy / grid.scale(1.0)), 1L));
+            break;
         case HDN_DIVIDERDBLCLICKA:
-        case HDN_DIVIDERDBLCLICKW: {
-            const Mirroring mirroring(*this);
-            accept(0);
-            pushWidth(column);
-            return true;
-        }
+        case HDN_DIVIDERDBLCLICKW:
+            break;
         default:
             return false;
     }
+    grid.acceptColumnWidth(column, width);
+    columns_[column].width = width;
+    if (width == 0) {
+        const Mirroring mirroring(*this);
+        send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
+    }
+    return width == 0;
 }
 
-bool GridViewWin32Gdi::toggle(int row) {
-    if (!isRow(row)) {
+bool GridViewWin32Gdi::toggle(std::size_t row) {
+    if (row == kNullSize) {
         return false;
     }
     SetFocus(window());
-    NativeGridView& grid = getAbstraction();
-    const auto index = static_cast<std::size_t>(row);
-    grid.acceptChecked(index, !grid.model().isChecked(index));
+    getAbstraction().acceptChecked(row, !model().isChecked(row));
     // The receiver may have ended the window.
     if (window() != nullptr) {
-        mirrorRow(index);
+        mirrorRow(row);
     }
     return true;
 }
@@ -404,23 +358,8 @@ bool GridViewWin32Gdi::toggle(int row) {
 bool GridViewWin32Gdi::toggleAt(LPARAM point) {
     LVHITTESTINFO hit{};
     hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
-    const int row = static_cast<int>(send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    const std::size_t row = rowOf(ListView_HitTest(window(), &hit));
     return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
-}
-
-// With Control it is the window's, which selects the row then.
-bool GridViewWin32Gdi::toggleFocused() {
-    return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
-}
-
-// -1 for none.
-int GridViewWin32Gdi::focusedRow() const noexcept {
-    return static_cast<int>(send(LVM_GETNEXTITEM, kAllRows, LVNI_FOCUSED));
-}
-
-void GridViewWin32Gdi::reportMenuKey() {
-    const int row = focusedRow();
-    getAbstraction().acceptRightClick(isRow(row) ? static_cast<std::size_t>(row) : kNullSize);
 }
 
 bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {
@@ -433,13 +372,10 @@ void GridViewWin32Gdi::reportActions() {
     grid.acceptSelectionDone();
     // The button selected the row before, and who heard of that may have moved or
     // removed it.
-    if (const std::optional<Click> click = std::exchange(click_, std::nullopt)) {
-        const std::size_t row = grid.model().findRow(click->key);
-        if (click->right) {
-            grid.acceptRightClick(row);
-        } else {
-            grid.acceptLeftClick(row);
-        }
+    if (const UINT click = std::exchange(click_, 0); click == NM_RCLICK) {
+        grid.acceptRightClick(model().findRow(clickedKey_));
+    } else if (click != 0) {
+        grid.acceptLeftClick(model().findRow(clickedKey_));
     }
 }
 

@@ -16,10 +16,9 @@ class GridViewWin32Gdi
     : public ControlBackendWin32Gdi<GridViewImplementation, ItemControlWin32Gdi> {
 public:
     explicit GridViewWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage",
+                                 L"GridViewWin32Gdi::synchronizeWithAbstraction") {}
 
-    void synchronizeWithAbstraction() override;
-    void releaseNativeObject() override;
     void resizeColumns() override;
     void synchronizeBitmaps() override;
 
@@ -29,43 +28,48 @@ protected:
     void mirrorCleared() override;
     void mirrorRow(std::size_t row) override;
     void mirrorSelected(std::size_t row, bool selected) override;
-    void mirrorAllSelected(bool selected) override;
+    void mirrorAllSelected(bool selected) override { mirrorSelected(kNullSize, selected); }
 
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
     bool toggleAt(LPARAM point) override;
-    bool toggleFocused() override;
-    void reportMenuKey() override;
+    // With Control it is the window's, which selects the row then.
+    bool toggleFocused() override {
+        return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
+    }
+    void reportMenuKey() override { getAbstraction().acceptRightClick(focusedRow()); }
 
 private:
-    bool initializeFromDescriptor();
-    void push();
+    void pushItemLook();
     void pushColumns();
     void pushColumn(std::size_t column, bool isNew);
-    void pushWidth(std::size_t column);
     void fill();
     void setRowCount();
+    // kNullSize stands for all rows.
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
-    bool isRow(int index) const noexcept;
+    // kNullSize when there is no such row.
+    std::size_t rowOf(int index) const noexcept;
     void answerDisplay(LVITEMW& item) const;
     LRESULT find(const NMLVFINDITEMW& request) const;
     void showTooltip(NMLVGETINFOTIPW& request);
     void acceptSelection(int from, int to, UINT oldState, UINT newState);
     bool acceptHeader(const NMHEADERW& change);
-    bool toggle(int row);
-    int focusedRow() const noexcept;
+    bool toggle(std::size_t row);
+    std::size_t focusedRow() const noexcept {
+        return rowOf(ListView_GetNextItem(window(), -1, LVNI_FOCUSED));
+    }
 
     // As the window has them.
     std::vector<GridColumn> columns_;
     double scalingFactor_ = 1.0;
-    struct Click {
-        bool right;
-        // Of the row; empty beside all rows.
-        std::wstring key;
-    };
-    std::optional<Click> click_;
+    // The code of the click under way, 0 for none, and the key of its row, empty beside
+    // all rows.
+    UINT click_ = 0;
+    std::wstring clickedKey_;
 };
 
 }  // namespace zustd

@@ -36,11 +36,11 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
 using ThemeHandle = Handle<NullHandleTraits<HTHEME, &CloseThemeData>>;
 
 // In the look that check boxes have in the theme, or the plain one.
-void drawCheckBox(const PixelBitmap& image, std::int32_t extent, COLORREF background, HTHEME theme,
-                  bool checked) {
+void drawCheckBox(const PixelBitmap& image, COLORREF background, HTHEME theme, bool checked) {
     const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
     const SelectedObject selected(context.get(), image.handle.get());
     const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
+    const LONG extent = image.size.width;
     const LONG room = extent - 2 * kCheckMargin;
     SIZE size{room, room};
     // Without a theme nothing is said, and nothing drawn.
@@ -68,12 +68,64 @@ COLORREF colorOr(const Control& control, ColorRole role, int systemColor) noexce
     return color.isSet ? nativeColor(color) : GetSysColor(systemColor);
 }
 
+// Null makes none.
+ImageListHandle makeItemImages(const Control& control, const BitmapListDescriptor* descriptor) {
+    if (descriptor == nullptr) {
+        return {};
+    }
+    const Size size{std::max(control.scale(descriptor->size().width), 1),
+                    std::max(control.scale(descriptor->size().height), 1)};
+    const auto service = control.windowService();
+    ImageListHandle list = makeList(size, static_cast<int>(descriptor->identifiers().size()));
+    for (const std::uint64_t identifier : descriptor->identifiers()) {
+        const PixelBitmap image(size);
+        const auto bitmap =
+            service ? service->getBitmap(BitmapDescriptor(identifier, descriptor->size()))
+                    : nullptr;
+        if (bitmap) {
+            copyPlainPixels(image, bitmapBackend(*bitmap).image());
+        }
+        append(list, image);
+    }
+    return list;
+}
+
+// No extent makes none.
+ImageListHandle makeCheckImages(std::int32_t extent, COLORREF background, UINT firstState) {
+    if (extent == 0) {
+        return {};
+    }
+    // Not for the control's window, which would take the theme for its own.
+    const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
+    ImageListHandle list = makeList({extent, extent}, static_cast<int>(kChecked - firstState + 1));
+    for (UINT state = firstState; state <= kChecked; ++state) {
+        const PixelBitmap image({extent, extent});
+        if (state != 0) {
+            drawCheckBox(image, background, theme.get(), state == kChecked);
+        }
+        append(list, image);
+    }
+    return list;
+}
+
 }  // namespace
 
-void ItemControlWin32Gdi::resumeRedraw() noexcept {
-    if (window() == nullptr) {
+std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
+    const Mirroring mirroring(*this);
+    if (burst_ == 0) {
+        if (!PostMessageW(window(), WM_NULL, 0, 0)) {
+            return 1;
+        }
+        send(WM_SETREDRAW, FALSE);
+    }
+    return ++burst_;
+}
+
+void ItemControlWin32Gdi::settle() noexcept {
+    if (std::exchange(burst_, 0) == 0 || window() == nullptr) {
         return;
     }
+    const Mirroring mirroring(*this);
     send(WM_SETREDRAW, TRUE);
     // Which shows a hidden window.
     if (!control().isShown()) {
@@ -82,30 +134,11 @@ void ItemControlWin32Gdi::resumeRedraw() noexcept {
     InvalidateRect(window(), nullptr, TRUE);
 }
 
-std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
-    const Mirroring mirroring(*this);
-    if (burst_ != 0) {
-        return ++burst_;
-    }
-    if (PostMessageW(window(), WM_NULL, 0, 0)) {
-        burst_ = 1;
-        send(WM_SETREDRAW, FALSE);
-    }
-    return 1;
-}
-
-void ItemControlWin32Gdi::settle() noexcept {
-    if (std::exchange(burst_, 0) != 0) {
-        const Mirroring mirroring(*this);
-        resumeRedraw();
-    }
-}
-
 bool ItemControlWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     if (!isMirroring()) {
         settle();
         if (message.id == WM_THEMECHANGED) {
-            checkRequest_.reset();
+            checkImages_.request.reset();
             control().backend()->synchronizeWithAbstraction();
         }
     }
@@ -125,12 +158,12 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
     switch (message.id) {
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
-            return hasCheckBoxes_ && toggleAt(message.extra);
+            return hasCheckBoxes() && toggleAt(message.extra);
         case WM_KEYDOWN:
-            return hasCheckBoxes_ && message.wide == VK_SPACE && toggleFocused();
+            return hasCheckBoxes() && message.wide == VK_SPACE && toggleFocused();
         case WM_CHAR:
             // The search for texts would get it.
-            return hasCheckBoxes_ && message.wide == L' ';
+            return hasCheckBoxes() && message.wide == L' ';
         case WM_CONTEXTMENU:
             // By the keyboard; the right button has its notification.
             if (message.extra == -1) {
@@ -146,102 +179,49 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
 void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                                    const BitmapListDescriptor* bitmaps, bool checkBoxes) {
     synchronizeFont(font);
-    const Colors colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
-                        colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
-    bool changed = colors_ != colors;
+    const std::array colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
+                            colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
+    bool changed = std::exchange(colors_, colors) != colors;
     if (changed) {
         send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));
         send(look.setBackground, 0, static_cast<LPARAM>(colors[1]));
-        colors_ = colors;
     }
-    if (updateImages(bitmaps)) {
-        send(look.setImageList, look.images, reinterpret_cast<LPARAM>(images_.get()));
-        changed = true;
-    }
-    if (updateCheckImages(checkBoxes, look.firstState)) {
-        send(look.setImageList, look.checkImages, reinterpret_cast<LPARAM>(checkImages_.get()));
-        changed = true;
-    }
+    const auto pushImages = [&](WPARAM kind, auto& images, const auto& request, const auto& make) {
+        if (images.request != request) {
+            ImageListHandle list = make();
+            send(look.setImageList, kind, reinterpret_cast<LPARAM>(list.get()));
+            images = {request, std::move(list)};
+            changed = true;
+        }
+    };
+    pushImages(look.images, images_,
+               bitmaps != nullptr
+                   ? ItemImageRequest(bitmaps->identifiers(), bitmaps->size(), control().scale(1.0))
+                   : ItemImageRequest(),
+               [&] { return makeItemImages(control(), bitmaps); });
+    const std::int32_t extent =
+        checkBoxes ? std::max(control().scale(kCheckImageSize), 4 * kCheckMargin) : 0;
+    pushImages(look.checkImages, checkImages_,
+               CheckImageRequest(extent, colors[1], GetSysColor(COLOR_WINDOWTEXT)),
+               [&] { return makeCheckImages(extent, colors[1], look.firstState); });
     if (changed) {
         InvalidateRect(window(), nullptr, TRUE);
     }
 }
 
-// Makes the list anew when the descriptor says something else than last time;
-// whether the window has to be given it, which has lost the former one.
-bool ItemControlWin32Gdi::updateImages(const BitmapListDescriptor* descriptor) {
-    ImageRequest wanted;
-    if (descriptor != nullptr) {
-        wanted = {descriptor->identifiers(), descriptor->size(), control().scale(1.0)};
-    }
-    if (request_ == wanted) {
-        return false;
-    }
-    images_ = descriptor != nullptr ? makeImages(*descriptor) : ImageListHandle();
-    request_ = std::move(wanted);
-    return true;
-}
-
-ImageListHandle ItemControlWin32Gdi::makeImages(const BitmapListDescriptor& descriptor) const {
-    const Size size{std::max(control().scale(descriptor.size().width), 1),
-                    std::max(control().scale(descriptor.size().height), 1)};
-    const auto service = control().windowService();
-    ImageListHandle list = makeList(size, static_cast<int>(descriptor.identifiers().size()));
-    for (const std::uint64_t identifier : descriptor.identifiers()) {
-        const PixelBitmap image(size);
-        const auto bitmap =
-            service ? service->getBitmap(BitmapDescriptor(identifier, descriptor.size())) : nullptr;
-        if (bitmap) {
-            copyPlainPixels(image, bitmapBackend(*bitmap).image());
-        }
-        append(list, image);
-    }
-    return list;
-}
-
-bool ItemControlWin32Gdi::updateCheckImages(bool show, UINT firstState) {
-    CheckRequest wanted;
-    if (show) {
-        wanted = {std::max(control().scale(kCheckImageSize), 4 * kCheckMargin),
-                  colorOr(control(), ColorRole::kBackground, COLOR_WINDOW),
-                  GetSysColor(COLOR_WINDOWTEXT)};
-    }
-    hasCheckBoxes_ = show;
-    if (checkRequest_ == wanted) {
-        return false;
-    }
-    ImageListHandle list;
-    if (show) {
-        const Size size{wanted.extent, wanted.extent};
-        // Not for this window, which would take the theme for its own.
-        const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
-        list = makeList(size, static_cast<int>(kChecked - firstState + 1));
-        for (UINT state = firstState; state <= kChecked; ++state) {
-            const PixelBitmap image(size);
-            if (state != 0) {
-                drawCheckBox(image, wanted.extent, wanted.background, theme.get(),
-                             state == kChecked);
-            }
-            append(list, image);
-        }
-    }
-    checkImages_ = std::move(list);
-    checkRequest_ = wanted;
-    return true;
-}
-
-void ItemControlWin32Gdi::forgetPushed() noexcept {
+void ItemControlWin32Gdi::startAnew() noexcept {
     colors_.reset();
-    request_.reset();
-    checkRequest_.reset();
+    images_ = {};
+    checkImages_ = {};
     burst_ = 0;
+    send(CCM_SETUNICODEFORMAT, TRUE);
 }
 
-void ItemControlWin32Gdi::releaseItems() noexcept {
-    destroyWindow();
-    forgetPushed();
-    images_.reset();
-    checkImages_.reset();
+// What the window draws with goes after it.
+void ItemControlWin32Gdi::destroyWindow() noexcept {
+    NativeControlWin32Gdi::destroyWindow();
+    images_ = {};
+    checkImages_ = {};
 }
 
 }  // namespace zustd

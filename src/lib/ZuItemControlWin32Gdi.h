@@ -1,10 +1,9 @@
 // What the backends of trees and grids have in common: native controls with
 // items that mirror a portable model.
 //
-// What the backend itself changes in its window is done within a Mirroring. Images
-// come in two lists, both owned here: the items' own, made from a descriptor, and the
-// two pictures of a check box in the look of the theme, which the control shows as an
-// item's state.
+// Images come in two lists, both owned here: the items' own, made from a descriptor,
+// and the two pictures of a check box in the look of the theme, which the control
+// shows as an item's state.
 #pragma once
 
 #include <optional>
@@ -12,42 +11,29 @@
 #include "ZuHandleWin32Gdi.h"
 #include "ZuNativeControlWin32Gdi.h"
 
-// Needs windows.h before it.
-#include <commctrl.h>
-
 namespace zustd {
 
 using ImageListHandle = Handle<NullHandleTraits<HIMAGELIST, &ImageList_Destroy>>;
 
 class ItemControlWin32Gdi : public NativeControlWin32Gdi {
 public:
-    ~ItemControlWin32Gdi() override { releaseItems(); }
+    ~ItemControlWin32Gdi() override { ItemControlWin32Gdi::destroyWindow(); }
 
 protected:
     using NativeControlWin32Gdi::NativeControlWin32Gdi;
 
-    // While one lives, notifications come from the backend's own doing and say
-    // nothing about the user.
-    class Mirroring : ScopedValue<bool> {
-    public:
-        explicit Mirroring(ItemControlWin32Gdi& control) : ScopedValue(control.mirroring_, true) {}
-    };
-
     // A Mirroring of many items, shown at its end.
-    class BulkMirroring {
+    class BulkMirroring : Mirroring {
     public:
         explicit BulkMirroring(ItemControlWin32Gdi& control) noexcept
-            : control_(control), mirroring_(control) {
+            : Mirroring(control), control_(control) {
+            ++control_.burst_;
             control_.send(WM_SETREDRAW, FALSE);
         }
-        ~BulkMirroring() {
-            control_.burst_ = 0;
-            control_.resumeRedraw();
-        }
+        ~BulkMirroring() { control_.settle(); }
 
     private:
         ItemControlWin32Gdi& control_;
-        Mirroring mirroring_;
     };
 
     // Single items come and go in bursts: nothing is shown from here to the
@@ -56,17 +42,13 @@ protected:
     std::size_t deferRedraw() noexcept;
     void settle() noexcept;
 
-    bool isMirroring() const noexcept { return mirroring_; }
-
-    // What a message of the window comes to, in this order: the window is brought
-    // up to date; check boxes and the menu key are dealt with; then the rest that
-    // the window itself has no answer to, with true when it was that.
+    // A message of the window: the window is brought up to date; check boxes and the
+    // menu key are dealt with; what the backend answers itself is, with true; then the
+    // window answers. What the user did is reported at the end of a message that
+    // neither the backend nor another message caused, and not on the window's
+    // notification: a receiver may end the window, which would not survive that then.
     virtual void catchUp() {}
     virtual bool onItemMessage(const WindowMessage& message, LRESULT& result) = 0;
-    // At last the window answers. At the end of a message that neither the backend
-    // caused nor another message of the window what the user did with it is
-    // reported, and not on the window's notification: a receiver may end the
-    // window, which would not survive that halfway.
     virtual void reportActions() = 0;
     // Switches the check box at a point of the client area, or that of the item
     // with the focus; false when there is none.
@@ -74,9 +56,8 @@ protected:
     virtual bool toggleFocused() = 0;
     virtual void reportMenuKey() = 0;
 
-    // The window's messages for what follows, the kinds of its two lists of images,
-    // and the state that it takes for the first of a check box: a tree counts from
-    // 0, which shows nothing, a list from 1.
+    // The window's messages, the kinds of its two lists of images, and its first state
+    // of a check box: a tree counts from 0, which shows nothing, a list from 1.
     struct Look {
         UINT setTextColor;
         UINT setBackground;
@@ -86,57 +67,39 @@ protected:
         UINT firstState;
     };
     // Font, colours (the control's own, or the system's for a field), images and check
-    // boxes, as far as the window has not got them yet. Null stands for the default
-    // font, and for no images.
+    // boxes, as far as the window lacks them. Null: the default font, no images.
     void pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                   const BitmapListDescriptor* bitmaps, bool checkBoxes);
     // The next look has them made anew.
-    void forgetImages() noexcept { request_.reset(); }
-    bool hasCheckBoxes() const noexcept { return hasCheckBoxes_; }
+    void forgetImages() noexcept { images_.request.reset(); }
+    bool hasCheckBoxes() const noexcept { return static_cast<bool>(checkImages_.list); }
 
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
-    // What was pushed before says nothing about the window that is there now.
-    void forgetPushed() noexcept;
-    // Destroys the window first and then what it drew with.
-    void releaseItems() noexcept;
+    // For a window that was made: it has nothing of what was pushed before.
+    void startAnew() noexcept;
+    void destroyWindow() noexcept override;
 
 private:
-    // Text and background.
-    using Colors = std::array<COLORREF, 2>;
-
-    struct ImageRequest {
-        std::vector<std::uint64_t> identifiers;
-        Size size;
-        double scalingFactor = 1.0;
-
-        friend bool operator==(const ImageRequest&, const ImageRequest&) = default;
+    // Identifiers, size and scaling factor.
+    using ItemImageRequest = std::tuple<std::vector<std::uint64_t>, Size, double>;
+    // Extent, background and colour of the mark; no extent where none are wanted.
+    using CheckImageRequest = std::tuple<std::int32_t, COLORREF, COLORREF>;
+    // What the window draws with, and what it was made from.
+    template <class Request>
+    struct Images {
+        std::optional<Request> request;
+        ImageListHandle list;
     };
 
-    // What the pictures of a check box depend on; no extent where none are wanted.
-    struct CheckRequest {
-        std::int32_t extent = 0;
-        COLORREF background = 0;
-        COLORREF mark = 0;
-
-        friend bool operator==(const CheckRequest&, const CheckRequest&) = default;
-    };
-
-    void resumeRedraw() noexcept;
     bool answers(const WindowMessage& message);
-    bool updateImages(const BitmapListDescriptor* descriptor);
-    ImageListHandle makeImages(const BitmapListDescriptor& descriptor) const;
-    bool updateCheckImages(bool show, UINT firstState);
 
-    bool mirroring_ = false;
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
-    std::optional<Colors> colors_;
-    std::optional<ImageRequest> request_;
-    ImageListHandle images_;
-    bool hasCheckBoxes_ = false;
-    std::optional<CheckRequest> checkRequest_;
-    ImageListHandle checkImages_;
+    // Text and background.
+    std::optional<std::array<COLORREF, 2>> colors_;
+    Images<ItemImageRequest> images_;
+    Images<CheckImageRequest> checkImages_;
 };
 
 // What an item control is told where an item has no image.

@@ -45,12 +45,6 @@ int MessageBoxWin32Gdi::show(const wchar_t* failure) {
     return view_->answer();
 }
 
-void MessageBoxWin32Gdi::close(int answer) {
-    if (view_) {
-        view_->close(answer);
-    }
-}
-
 bool MessageBoxWin32Gdi::build() {
     const bool canClose = box_.cancelAnswer != kAnswerNone;
     dialog_ = service_.createNativeDialog(canClose ? 0 : NativeDialog::kStyleNotClosable);
@@ -117,11 +111,10 @@ void MessageBoxWin32Gdi::copyText(const std::wstring& text) {
         return;
     }
     EmptyClipboard();
-    if (const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes)) {
-        if (void* target = GlobalLock(memory)) {
-            std::memcpy(target, text.c_str(), bytes);
-            GlobalUnlock(memory);
-        }
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes);
+    if (void* target = GlobalLock(memory)) {
+        std::memcpy(target, text.c_str(), bytes);
+        GlobalUnlock(memory);
         if (SetClipboardData(CF_UNICODETEXT, memory) == nullptr) {
             GlobalFree(memory);
         }

@@ -22,7 +22,11 @@ public:
     // with the failure text when the box cannot be shown.
     int show(const wchar_t* failure);
     // Ends show() with an answer.
-    void close(int answer);
+    void close(int answer) {
+        if (view_) {
+            view_->close(answer);
+        }
+    }
 
 private:
     std::shared_ptr<ColorsDescriptor> paperColors() const override;

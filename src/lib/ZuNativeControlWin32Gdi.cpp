@@ -1,8 +1,5 @@
 #include "ZuNativeControlWin32Gdi.h"
 
-#include <commctrl.h>
-#include <windowsx.h>
-
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuWindowHandlerWin32Gdi.h"
@@ -14,12 +11,6 @@ namespace {
 
 bool isDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
 
-// The router of the surface that a control is on; null outside of one.
-InputRouter* routerOf(Control& control) noexcept {
-    Control* surface = control.surface();
-    return surface != nullptr ? surface->inputRouter() : nullptr;
-}
-
 }  // namespace
 
 void trackLeaving(HWND window, bool& tracks) noexcept {
@@ -27,11 +18,6 @@ void trackLeaving(HWND window, bool& tracks) noexcept {
         TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window, 0};
         tracks = TrackMouseEvent(&request) != FALSE;
     }
-}
-
-void initializeCommonControl(DWORD classes) noexcept {
-    const INITCOMMONCONTROLSEX request{sizeof(request), classes};
-    InitCommonControlsEx(&request);
 }
 
 std::wstring windowText(HWND window) {
@@ -54,12 +40,12 @@ std::uint32_t heldModifiers() noexcept {
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
 
-bool NativeControlWin32Gdi::synchronizeWindow(Control& control, const Shape& shape,
+bool NativeControlWin32Gdi::synchronizeWindow(const wchar_t* windowClass, DWORD style,
+                                              DWORD extendedStyle,
                                               const std::function<void()>& onMade, bool anew) {
-    control_ = &control;
-    const HWND parent = control.surface() != nullptr ? surfaceWindowOf(control) : hostWindow_;
+    const HWND parent = control().surface() != nullptr ? surfaceWindowOf(control()) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
-    if (window() != nullptr && (anew || parent != parent_ || shape != shape_)) {
+    if (window() != nullptr && (anew || parent != GetParent(window()) || style != style_)) {
         destroyWindow();
     }
     if (parent == nullptr) {
@@ -67,9 +53,9 @@ bool NativeControlWin32Gdi::synchronizeWindow(Control& control, const Shape& sha
     }
     const bool isNew = window() == nullptr;
     if (isNew) {
-        createWindow(shape, parent);
+        createWindow(windowClass, style, extendedStyle, parent);
     }
-    place();
+    place(parent);
     synchronizeColors(isNew);
     if (isNew && hadFocus && IsWindowVisible(window()) && IsWindowEnabled(window())) {
         SetFocus(window());
@@ -87,8 +73,8 @@ bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
 
 // Those of the surface behind count too: a check box shows what it lies on.
 void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
-    const ColorsDescriptor* own = control_->colors().get();
-    const Colors wanted{control_->color(ColorRole::kBackground), control_->color(ColorRole::kText),
+    const ColorsDescriptor* own = control().colors().get();
+    const Colors wanted{control().color(ColorRole::kBackground), control().color(ColorRole::kText),
                         own != nullptr ? own->color(ColorRole::kBackground) : Color{},
                         own != nullptr ? own->color(ColorRole::kText) : Color{}};
     if (std::exchange(colors_, wanted) != wanted && !isNew) {
@@ -96,52 +82,63 @@ void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
     }
 }
 
-void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
-    const Rect area = control_->boundaryOnSurface();
+void NativeControlWin32Gdi::createWindow(const wchar_t* windowClass, DWORD style,
+                                         DWORD extendedStyle, HWND parent) {
+    constexpr INITCOMMONCONTROLSEX kClasses{
+        sizeof(kClasses), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
+    InitCommonControlsEx(&kClasses);
+    const Rect area = control().boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
-    const HWND made =
-        CreateWindowExW(shape.extendedStyle, shape.windowClass, L"", shape.style | WS_CHILD,
-                        area.left, area.top, area.width(), area.height(), parent,
-                        reinterpret_cast<HMENU>(identifier), GetModuleHandleW(nullptr), nullptr);
-    if (made == nullptr || !attachment_.attach(made, *this, operation_)) {
-        if (made != nullptr) {
-            DestroyWindow(made);
-        }
+    WindowHandle made(CreateWindowExW(extendedStyle, windowClass, L"", style | WS_CHILD, area.left,
+                                      area.top, area.width(), area.height(), parent,
+                                      reinterpret_cast<HMENU>(identifier),
+                                      GetModuleHandleW(nullptr), nullptr));
+    if (!made || !attachment_.attach(made.get(), *this, operation_)) {
         throwSystemException(L"Could not create window", ZU_HERE);
     }
-    shape_ = shape;
-    parent_ = parent;
+    made.release();
+    style_ = style;
     text_.clear();
     font_.reset();
 }
 
 // One call for each difference: most synchronisations change none of these.
-void NativeControlWin32Gdi::place() {
-    const Rect area = control_->boundaryOnSurface();
-    if (windowRect(window(), parent_) != area) {
+void NativeControlWin32Gdi::place(HWND parent) {
+    const Rect area = control().boundaryOnSurface();
+    if (windowRect(window(), parent) != area) {
         // Where the old place was not painted yet, there is nothing to carry along.
         SetWindowPos(window(), nullptr, area.left, area.top, area.width(), area.height(),
                      SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER | SWP_NOCOPYBITS);
     }
     const bool hadFocus = hasSystemFocus();
     const bool usable = canBeUsed();
-    if (usable != (IsWindowEnabled(window()) != FALSE)) {
-        EnableWindow(window(), usable ? TRUE : FALSE);
-    }
+    enableWindow(usable);
     // Not IsWindowVisible, which asks the parents too.
     const bool isShowing = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
-    if (control_->isShown() != isShowing) {
+    if (control().isShown() != isShowing) {
         ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
     }
     // The keys must not go to a window that cannot use them, or to none.
-    if (hadFocus && !(usable && control_->isShown()) && IsWindowVisible(parent_) &&
-        IsWindowEnabled(parent_)) {
-        SetFocus(parent_);
+    if (hadFocus && !(usable && control().isShown()) && IsWindowVisible(parent) &&
+        IsWindowEnabled(parent)) {
+        SetFocus(parent);
+    }
+}
+
+void NativeControlWin32Gdi::enableWindow(bool enable) noexcept {
+    if (enable != (IsWindowEnabled(window()) != FALSE)) {
+        EnableWindow(window(), enable ? TRUE : FALSE);
+    }
+}
+
+void NativeControlWin32Gdi::pushText(UINT id, const std::wstring& text) {
+    if (std::exchange(text_, text) != text) {
+        send(id, 0, reinterpret_cast<LPARAM>(text.c_str()));
     }
 }
 
 void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor>& font) {
-    const std::shared_ptr<WindowService> service = control_->windowService();
+    const std::shared_ptr<WindowService> service = control().windowService();
     std::shared_ptr<Font> wanted = service ? service->getFont(font) : nullptr;
     if (wanted && wanted != font_) {
         send(WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*wanted).handle()), TRUE);
@@ -175,50 +172,48 @@ void NativeControlWin32Gdi::letWindowAnswer(const WindowMessage& message,
     }
 }
 
-bool NativeControlWin32Gdi::isOwn(HWND window) const noexcept {
-    return window != nullptr && (window == attachment_.window() || window == part_.window());
-}
-
 bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& message,
                                                      LRESULT& result) {
     // Whoever hears of it may drop the control.
-    const std::shared_ptr<Control> alive =
-        control_ != nullptr ? sharedReference<Control>(control_) : nullptr;
+    const std::shared_ptr<Control> alive = sharedReference(&control());
     return isOwn(message.window) ? handleOwnMessage(message, result)
                                  : onNotification(message, result);
 }
 
 bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESULT& result) {
+    if (message.id == WM_NCDESTROY) {
+        return false;
+    }
+    const auto* asked =
+        message.id == WM_GETDLGCODE ? reinterpret_cast<const MSG*>(message.extra) : nullptr;
+    if (asked != nullptr && (asked->message == WM_KEYDOWN || asked->message == WM_SYSKEYDOWN)) {
+        // In a dialog's message loop: the keys that the surface gets come here
+        // first, since the input router knows drawn controls and the dialog does not.
+        result = answerByDefault(message) | DLGC_WANTMESSAGE;
+        return true;
+    }
+    Control* surface = control().surface();
+    InputRouter* router = surface != nullptr ? surface->inputRouter() : nullptr;
+    if (router == nullptr) {
+        return onWindowMessage(message, result);
+    }
     switch (message.id) {
-        case WM_NCDESTROY:
-            return false;
-        case WM_GETDLGCODE: {
-            // In a dialog's message loop: the keys that the surface gets come here
-            // first, since the input router knows drawn controls and the dialog does not.
-            const auto* asked = reinterpret_cast<const MSG*>(message.extra);
-            if (asked != nullptr &&
-                (asked->message == WM_KEYDOWN || asked->message == WM_SYSKEYDOWN)) {
-                result = answerByDefault(message) | DLGC_WANTMESSAGE;
-                return true;
-            }
-            break;
-        }
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
-            reportFocus(message);
+            reportFocus(*router, message);
             break;
         case WM_MOUSEMOVE:
         case WM_MOUSELEAVE:
-            reportHover(message);
+            reportHover(*router, message);
             break;
         case WM_LBUTTONDOWN:
         case WM_RBUTTONDOWN:
-            control_->hideTooltip();
+            control().hideTooltip();
             break;
         case WM_KEYDOWN:
         case WM_SYSKEYDOWN:
-            control_->hideTooltip();
-            if (routeUnusedKey(message)) {
+            control().hideTooltip();
+            if (routeUnusedKey(*router, message)) {
                 return true;
             }
             break;
@@ -236,15 +231,16 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
 }
 
 bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& result) {
-    const auto& colors = control_->colors();
+    const auto& colors = control().colors();
     const Color background = colors ? colors->color(ColorRole::kBackground) : Color{};
     const Color text = colors ? colors->color(ColorRole::kText) : Color{};
-    if (!background.isSet && !text.isSet) {
+    const bool isRequest = message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC;
+    if (!isRequest || (!background.isSet && !text.isSet)) {
         return false;
     }
     result = answerByDefault(message);
     const auto context = reinterpret_cast<HDC>(message.wide);
-    if (text.isSet && control_->isUsable()) {
+    if (text.isSet && control().isUsable()) {
         SetTextColor(context, nativeColor(text));
     }
     if (background.isSet) {
@@ -253,56 +249,43 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
     return true;
 }
 
-void NativeControlWin32Gdi::reportFocus(const WindowMessage& message) {
-    InputRouter* router = routerOf(*control_);
-    if (router == nullptr) {
-        return;
-    }
+void NativeControlWin32Gdi::reportFocus(InputRouter& router, const WindowMessage& message) {
     if (message.id == WM_SETFOCUS) {
-        router->acceptFocus(control_);
+        router.acceptFocus(&control());
     } else if (const auto next = reinterpret_cast<HWND>(message.wide);
                next == nullptr ||
-               WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(parent_)) {
+               WindowHandlerWin32Gdi::around(next) != WindowHandlerWin32Gdi::around(window())) {
         // The surface's own window has the focus for its drawn controls; one
         // that lies on it has a focus of its own.
-        router->acceptFocus(nullptr);
+        router.acceptFocus(nullptr);
     }
 }
 
-void NativeControlWin32Gdi::reportHover(const WindowMessage& message) {
-    InputRouter* router = routerOf(*control_);
-    if (router == nullptr) {
-        return;
-    }
+void NativeControlWin32Gdi::reportHover(InputRouter& router, const WindowMessage& message) {
     MouseEvent event;
     event.modifiers = heldModifiers();
     if (message.id == WM_MOUSELEAVE) {
         tracksLeaving_ = false;
         // What the pointer went to may have told before.
-        if (router->hovered().get() != control_) {
+        if (router.hovered().get() != &control()) {
             return;
         }
         event.action = MouseAction::kLeave;
     } else {
         POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
         MapWindowPoints(message.window, window(), &inControl, 1);
-        event.position = control_->toSurface({inControl.x, inControl.y});
+        event.position = control().toSurface({inControl.x, inControl.y});
         trackLeaving(message.window, tracksLeaving_);
     }
-    router->routeMouse(event);
+    router.routeMouse(event);
 }
 
-bool NativeControlWin32Gdi::routeUnusedKey(const WindowMessage& message) {
+bool NativeControlWin32Gdi::routeUnusedKey(InputRouter& router, const WindowMessage& message) {
     swallowsCharacter_ = false;
     const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
-    InputRouter* router = routerOf(*control_);
-    if (router == nullptr || usesKey(event)) {
-        return false;
-    }
-    const bool used = router->routeKeyFrom(*control_, event);
+    const bool used = !usesKey(event) && router.routeKeyFrom(control(), event);
     // The characters of these keys make edit controls beep.
-    swallowsCharacter_ =
-        used && (event.key == kKeyTab || event.key == kKeyEnter || event.key == kKeyEscape);
+    swallowsCharacter_ = used && !NativeControlWin32Gdi::usesKey(event);
     return used;
 }
 

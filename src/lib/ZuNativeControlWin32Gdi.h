@@ -3,12 +3,11 @@
 //
 // The window is made by the first synchronisation, as a child of the surface that the
 // control is on, and made anew, with the focus, when something changes that a window
-// cannot change: its class, its style, its surface. A control that is hidden or
+// cannot change: its style, its surface. A control that is hidden or
 // disabled leaves the focus to the window of its surface. Focus, hovering and the keys
-// that the control has no use for are reported to the input router of the surface; the
-// rest of what the user does is up to the derived backend. That compares before it
-// pushes: a window that is given again what it has may flicker, lose what the user has
-// marked, or tell of a change.
+// that the control has no use for go to the input router of the surface; the rest is up
+// to the derived backend. That compares before it pushes: a window that is given again
+// what it has may flicker, lose what the user has marked, or tell of a change.
 #pragma once
 
 #include <array>
@@ -18,6 +17,9 @@
 #include "ZuFont.h"
 #include "ZuMessageDispatchWin32Gdi.h"
 #include "ZuScope.h"
+// Behind the wrapper.
+#include <commctrl.h>
+#include <windowsx.h>
 
 namespace zustd {
 
@@ -31,78 +33,71 @@ std::uint32_t heldModifiers() noexcept;
 // Asks for WM_MOUSELEAVE, unless that is on its way already.
 void trackLeaving(HWND window, bool& tracks) noexcept;
 
-// Makes a class of the common controls known to the system, by its ICC_ bits.
-void initializeCommonControl(DWORD classes) noexcept;
-
 // The whole of what a window says as its text.
 std::wstring windowText(HWND window);
 
 class NativeControlWin32Gdi : public IMultiWindowMessageHandlerWin32Gdi {
 public:
-    ~NativeControlWin32Gdi() override { destroyWindow(); }
+    ~NativeControlWin32Gdi() override { NativeControlWin32Gdi::destroyWindow(); }
 
     // Null as long as there is none.
     HWND window() const noexcept { return attachment_.window(); }
 
 protected:
-    // What a window is made of; another one needs a new window.
-    struct Shape {
-        const wchar_t* windowClass;
-        // Without WS_CHILD, WS_VISIBLE and WS_DISABLED.
-        DWORD style;
-        DWORD extendedStyle;
-
-        friend bool operator==(const Shape&, const Shape&) = default;
+    // While one lives, notifications come from the backend's own doing and say
+    // nothing about the user.
+    class Mirroring : ScopedValue<bool> {
+    public:
+        explicit Mirroring(NativeControlWin32Gdi& control)
+            : ScopedValue(control.mirroring_, true) {}
     };
+    bool isMirroring() const noexcept { return mirroring_; }
 
-    // The name is that of handleMultiWindowMessage in the derived class; it is not
-    // copied.
+    // The name is that of the derived class's handleMultiWindowMessage; not copied.
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
-    // Makes the window if need be, also when another one is wanted anew, and
-    // pushes place, visibility and enabled state. onMade follows for a window that
-    // was made: it has nothing of what the derived backend has pushed. False where
-    // there is none; throws SystemException when the system refuses it.
-    bool synchronizeWindow(Control& control, const Shape& shape,
+    // Makes the window if need be, and anew for another surface or style (which is
+    // without WS_CHILD, WS_VISIBLE and WS_DISABLED); pushes place, visibility and enabled
+    // state. onMade follows for a window that was made: it has nothing of what the
+    // derived backend has pushed. False where there is none; throws SystemException
+    // when the system refuses it.
+    bool synchronizeWindow(const wchar_t* windowClass, DWORD style, DWORD extendedStyle,
                            const std::function<void()>& onMade = {}, bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
-    // Whether the window has not been given this text, which it gets now.
-    bool isNewText(const std::wstring& text) { return std::exchange(text_, text) != text; }
+    // Sends a text by the message that it goes with, unless it was the last one.
+    void pushText(UINT id, const std::wstring& text);
+    void enableWindow(bool enable) noexcept;
     // A window that is destroyed while it answers only disappears; it goes at the end of
     // the outermost answer, for it would not survive its end amid a message.
     void letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
     bool isAnswering() const noexcept { return answering_ != 0; }
-    void destroyWindow() noexcept;
+    virtual void destroyWindow() noexcept;
 
-    // The control of the last synchronisation; valid while there is a window.
-    Control& control() const noexcept { return *control_; }
+    virtual Control& control() const = 0;
     LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const noexcept {
         return SendMessageW(window(), id, wide, extra);
     }
 
-    // What the parent hears of the control: WM_COMMAND, WM_NOTIFY, scrolling,
-    // colours. See IMultiWindowMessageHandlerWin32Gdi for the result.
+    // What the parent hears of the control; see handleMultiWindowMessage().
     virtual bool onNotification(const WindowMessage&, LRESULT&) { return false; }
-    // A message of the control's own window, after focus, hovering and unused
-    // keys have been dealt with.
+    // A message of the own window, after focus, hovering and unused keys.
     virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
-    // Whether the control itself needs the key; others go to the surface. The
-    // base keeps all but Tab, Enter and Escape.
+    // Whether the control needs the key; others go to the surface.
     virtual bool usesKey(const KeyEvent& event) const {
         return event.key != kKeyTab && event.key != kKeyEnter && event.key != kKeyEscape;
     }
 
-    // Whether the window is to be enabled; the base asks the control alone.
-    virtual bool canBeUsed() const { return control_->isUsable(); }
+    // Whether the window is to be enabled.
+    virtual bool canBeUsed() const { return control().isUsable(); }
 
     // A window inside of the control's, such as the field of a combo box: its focus
     // and keys are the control's until either window goes.
     void attachPart(HWND part) { part_.attach(part, *this, operation_); }
     // Answers a request for the colours of a field: with those that the control
-    // itself sets, since a field on a coloured surface stays as the system
-    // paints fields. False when it sets none.
+    // itself sets, since a field on a coloured surface stays as the system paints
+    // fields. False when it sets none, and for any other message.
     bool colorField(const WindowMessage& message, LRESULT& result);
 
     bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
@@ -111,23 +106,23 @@ private:
     // Background and text as they reach the control, and its own.
     using Colors = std::array<Color, 4>;
 
-    bool isOwn(HWND window) const noexcept;
+    bool isOwn(HWND window) const noexcept {
+        return window == attachment_.window() || window == part_.window();
+    }
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
-    void createWindow(const Shape& shape, HWND parent);
-    void place();
+    void createWindow(const wchar_t* windowClass, DWORD style, DWORD extendedStyle, HWND parent);
+    void place(HWND parent);
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
-    void reportHover(const WindowMessage& message);
-    void reportFocus(const WindowMessage& message);
-    bool routeUnusedKey(const WindowMessage& message);
+    void reportHover(InputRouter& router, const WindowMessage& message);
+    void reportFocus(InputRouter& router, const WindowMessage& message);
+    bool routeUnusedKey(InputRouter& router, const WindowMessage& message);
 
     WindowAttachment attachment_;
     WindowAttachment part_;
     HWND hostWindow_;
     const wchar_t* operation_;
-    Control* control_ = nullptr;
-    Shape shape_{};
-    HWND parent_ = nullptr;
+    DWORD style_ = 0;
     // Kept as long as the window draws with it.
     std::shared_ptr<Font> font_;
     std::wstring text_;
@@ -135,6 +130,7 @@ private:
     // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
     std::vector<HWND> doomed_;
+    bool mirroring_ = false;
     bool tracksLeaving_ = false;
     // A routed key's character is swallowed as well.
     bool swallowsCharacter_ = false;
@@ -145,11 +141,29 @@ private:
 template <class Portable, class Native = NativeControlWin32Gdi>
 class ControlBackendWin32Gdi : public Portable, public Native {
 public:
+    void synchronizeWithAbstraction() override {
+        guarded(synchronizing_, [this] {
+            if (initializeFromDescriptor()) {
+                pushState();
+            }
+        });
+    }
     void releaseNativeObject() override { Native::destroyWindow(); }
     bool hasNativeObject() const override { return Native::window() != nullptr; }
 
 protected:
-    using Native::Native;
+    // The names of the two operations in the derived class.
+    ControlBackendWin32Gdi(HWND hostWindow, const wchar_t* handling,
+                           const wchar_t* synchronizing) noexcept
+        : Native(hostWindow, handling), synchronizing_(synchronizing) {}
+
+    Control& control() const override { return Portable::getAbstraction(); }
+    // The two halves of a synchronisation: the window, and what it shows if there is one.
+    virtual bool initializeFromDescriptor() = 0;
+    virtual void pushState() = 0;
+
+private:
+    const wchar_t* synchronizing_;
 };
 
 }  // namespace zustd

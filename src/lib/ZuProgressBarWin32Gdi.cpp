@@ -1,36 +1,20 @@
 #include "ZuProgressBarWin32Gdi.h"
 
-#include <commctrl.h>
-
 namespace zustd {
 
-namespace {
-
-// In the order of ProgressState.
-constexpr std::array<WPARAM, 3> kStates = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
-
-}  // namespace
-
-void ProgressBarWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"ProgressBarWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        const NativeProgressBar& bar = getAbstraction();
-        setRange(bar.minimum(), bar.maximum());
-        setState(bar.state());
-        setMarqueeInterval(bar.marqueeInterval());
-        if (!bar.isMarquee()) {
-            setPosition(bar.position());
-        }
-    });
+bool ProgressBarWin32Gdi::initializeFromDescriptor() {
+    const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
+    return synchronizeWindow(PROGRESS_CLASSW, style, 0, [this] { interval_ = 0; });
 }
 
-bool ProgressBarWin32Gdi::initializeFromDescriptor() {
-    initializeCommonControl(ICC_PROGRESS_CLASS);
-    const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
-    return synchronizeWindow(getAbstraction(), {PROGRESS_CLASSW, style, 0},
-                             [this] { interval_ = 0; });
+void ProgressBarWin32Gdi::pushState() {
+    const NativeProgressBar& bar = getAbstraction();
+    setRange(bar.minimum(), bar.maximum());
+    setState(bar.state());
+    setMarqueeInterval(bar.marqueeInterval());
+    if (!bar.isMarquee()) {
+        setPosition(bar.position());
+    }
 }
 
 void ProgressBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
@@ -53,23 +37,21 @@ std::int32_t ProgressBarWin32Gdi::getPosition() const {
 }
 
 // The style is part of the window's shape: a bar that changes is made anew.
-void ProgressBarWin32Gdi::setEnableMarqueeAnimation(bool enable) {
-    if (window() != nullptr && hasMarqueeStyle() != enable) {
+void ProgressBarWin32Gdi::setEnableMarqueeAnimation(bool) {
+    if (window() != nullptr) {
         synchronizeWithAbstraction();
     }
 }
 
-bool ProgressBarWin32Gdi::hasMarqueeStyle() const noexcept {
-    return (GetWindowLongW(window(), GWL_STYLE) & PBS_MARQUEE) != 0;
-}
-
 void ProgressBarWin32Gdi::setMarqueeInterval(std::uint32_t milliseconds) {
-    if (hasMarqueeStyle() && std::exchange(interval_, milliseconds) != milliseconds) {
+    if (getAbstraction().isMarquee() && std::exchange(interval_, milliseconds) != milliseconds) {
         send(PBM_SETMARQUEE, TRUE, static_cast<LPARAM>(milliseconds));
     }
 }
 
 void ProgressBarWin32Gdi::setState(ProgressState state) {
+    // In the order of ProgressState.
+    constexpr WPARAM kStates[] = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
     const WPARAM wanted = kStates[static_cast<std::size_t>(state)];
     if (static_cast<WPARAM>(send(PBM_GETSTATE)) != wanted) {
         send(PBM_SETSTATE, wanted);

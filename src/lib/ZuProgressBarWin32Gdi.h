@@ -10,9 +10,8 @@ class ProgressBarWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeProgressBar, INativeProgressBarImpl>> {
 public:
     explicit ProgressBarWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ProgressBarWin32Gdi::handleMultiWindowMessage") {}
-
-    void synchronizeWithAbstraction() override;
+        : ControlBackendWin32Gdi(hostWindow, L"ProgressBarWin32Gdi::handleMultiWindowMessage",
+                                 L"ProgressBarWin32Gdi::synchronizeWithAbstraction") {}
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override;
     void setPosition(std::int32_t position) override;
@@ -22,10 +21,11 @@ public:
     void setState(ProgressState state) override;
     std::int32_t getThickness() const override { return GetSystemMetrics(SM_CYVSCROLL); }
 
-private:
-    bool initializeFromDescriptor();
-    bool hasMarqueeStyle() const noexcept;
+protected:
+    bool initializeFromDescriptor() override;
+    void pushState() override;
 
+private:
     // Of the animation that was started; 0 for none.
     std::uint32_t interval_ = 0;
 };

@@ -2,29 +2,21 @@
 
 namespace zustd {
 
-void ScrollBarWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"ScrollBarWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        const NativeScrollBar& bar = getAbstraction();
-        // At once: every part would be painted for itself.
-        push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
-              static_cast<UINT>(bar.pageSize()), bar.position(), 0});
-        setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
-    });
-}
-
 bool ScrollBarWin32Gdi::initializeFromDescriptor() {
     const DWORD direction = getAbstraction().isVertical() ? SBS_VERT : SBS_HORZ;
-    return synchronizeWindow(getAbstraction(), {L"ScrollBar", direction, 0});
+    return synchronizeWindow(L"ScrollBar", direction, 0);
+}
+
+void ScrollBarWin32Gdi::pushState() {
+    const NativeScrollBar& bar = getAbstraction();
+    // At once: every part would be painted for itself.
+    push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
+          static_cast<UINT>(bar.pageSize()), bar.position(), 0});
+    setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
 }
 
 // Compared first: every push paints the bar. The system cuts a page to the range.
 void ScrollBarWin32Gdi::push(SCROLLINFO info) {
-    if (window() == nullptr) {
-        return;
-    }
     const NativeScrollBar& bar = getAbstraction();
     const std::int64_t range = std::int64_t{bar.maximum()} - bar.minimum() + 1;
     info.nPage = static_cast<UINT>(std::min<std::int64_t>(info.nPage, range));
@@ -38,23 +30,9 @@ void ScrollBarWin32Gdi::push(SCROLLINFO info) {
 }
 
 SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
-    SCROLLINFO info{};
-    info.cbSize = sizeof(info);
-    info.fMask = mask;
+    SCROLLINFO info{sizeof(SCROLLINFO), mask, 0, 0, 0, 0, 0};
     GetScrollInfo(window(), SB_CTL, &info);
     return info;
-}
-
-void ScrollBarWin32Gdi::setRange(std::int32_t minimum, std::int32_t maximum) {
-    push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
-}
-
-void ScrollBarWin32Gdi::setPageSize(std::int32_t size) {
-    push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
-}
-
-void ScrollBarWin32Gdi::setPosition(std::int32_t position) {
-    push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
 }
 
 std::int32_t ScrollBarWin32Gdi::getPosition() const {
@@ -62,15 +40,10 @@ std::int32_t ScrollBarWin32Gdi::getPosition() const {
 }
 
 void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum) {
-    if (window() == nullptr) {
-        return;
-    }
     // A bar without anything to scroll stays where it is, greyed. Pushing a
     // range may have changed the state behind our back.
     const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);
-    if (usable != (IsWindowEnabled(window()) != FALSE)) {
-        EnableWindow(window(), usable ? TRUE : FALSE);
-    }
+    enableWindow(usable);
     if (usable) {
         EnableScrollBar(window(), SB_CTL,
                         (towardsMinimum ? 0U : UINT{ESB_DISABLE_LTUP}) |
@@ -115,13 +88,12 @@ std::int32_t ScrollBarWin32Gdi::positionFor(int request) const {
     }
 }
 
-bool ScrollBarWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
+bool ScrollBarWin32Gdi::onNotification(const WindowMessage& message, LRESULT&) {
     if (message.id != WM_HSCROLL && message.id != WM_VSCROLL) {
         return false;
     }
     const int request = LOWORD(message.wide);
     tracking_ = request == SB_THUMBTRACK;
-    result = 0;
     getAbstraction().acceptPosition(positionFor(request));
     return true;
 }

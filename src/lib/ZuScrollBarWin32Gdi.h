@@ -10,24 +10,30 @@ class ScrollBarWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeScrollBar, INativeScrollBarImpl>> {
 public:
     explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage") {}
+        : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage",
+                                 L"ScrollBarWin32Gdi::synchronizeWithAbstraction") {}
 
-    void synchronizeWithAbstraction() override;
-
-    void setRange(std::int32_t minimum, std::int32_t maximum) override;
-    void setPageSize(std::int32_t size) override;
-    void setPosition(std::int32_t position) override;
+    void setRange(std::int32_t minimum, std::int32_t maximum) override {
+        push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
+    }
+    void setPageSize(std::int32_t size) override {
+        push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
+    }
+    void setPosition(std::int32_t position) override {
+        push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
+    }
     std::int32_t getPosition() const override;
     bool isTracking() const override { return tracking_; }
     void setEnableArrows(bool towardsMinimum, bool towardsMaximum) override;
     std::int32_t getThickness() const override;
 
 protected:
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool canBeUsed() const override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
 
 private:
-    bool initializeFromDescriptor();
     void push(SCROLLINFO info);
     SCROLLINFO read(UINT mask) const noexcept;
     std::int32_t positionFor(int request) const;

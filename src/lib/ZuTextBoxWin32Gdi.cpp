@@ -1,7 +1,5 @@
 #include "ZuTextBoxWin32Gdi.h"
 
-#include <commctrl.h>
-
 namespace zustd {
 
 namespace {
@@ -11,11 +9,8 @@ constexpr std::size_t kLongestText = 0x7FFFFFFE;
 
 std::wstring withPairs(const std::wstring& text) {
     std::wstring converted;
-    converted.reserve(text.size());
     for (const wchar_t c : text) {
-        if (c == L'\n') {
-            converted.push_back(L'\r');
-        }
+        converted.append(c == L'\n' ? 1 : 0, L'\r');
         converted.push_back(c);
     }
     return converted;
@@ -37,16 +32,13 @@ std::wstring withoutHalves(std::wstring_view text) {
     return whole;
 }
 
-struct Selection {
+// Where what is marked begins and ends.
+std::pair<DWORD, DWORD> selectionOf(HWND window) noexcept {
     DWORD start = 0;
     DWORD end = 0;
-};
-
-Selection selectionOf(HWND window) noexcept {
-    Selection selection;
-    SendMessageW(window, EM_GETSEL, reinterpret_cast<WPARAM>(&selection.start),
-                 reinterpret_cast<LPARAM>(&selection.end));
-    return selection;
+    SendMessageW(window, EM_GETSEL, reinterpret_cast<WPARAM>(&start),
+                 reinterpret_cast<LPARAM>(&end));
+    return {start, end};
 }
 
 // In the order of TextBoxKind.
@@ -56,36 +48,29 @@ constexpr std::array<DWORD, 3> kStyles = {
 
 }  // namespace
 
-void TextBoxWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"TextBoxWin32Gdi::synchronizeWithAbstraction", [this] {
-        if (!initializeFromDescriptor()) {
-            return;
-        }
-        const NativeTextBox& box = getAbstraction();
-        synchronizeFont(box.hasFont() ? sharedReference(&box.font()) : nullptr);
-        const std::size_t limit = box.maximumLength() != 0 ? box.maximumLength() : kLongestText;
-        if (limit != limit_) {
-            send(EM_SETLIMITTEXT, std::min(limit, kLongestText));
-            limit_ = limit;
-        }
-        const bool isReadOnly = (GetWindowLongW(window(), GWL_STYLE) & ES_READONLY) != 0;
-        if (box.isReadOnly() != isReadOnly) {
-            send(EM_SETREADONLY, box.isReadOnly());
-        }
-        setWatermark();
-        setText(box.text());
-    });
-}
-
 bool TextBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow(getAbstraction(), {L"EDIT", style, WS_EX_CLIENTEDGE},
-                             [this] { limit_ = 0; });
+    return synchronizeWindow(L"EDIT", style, WS_EX_CLIENTEDGE);
+}
+
+void TextBoxWin32Gdi::pushState() {
+    const NativeTextBox& box = getAbstraction();
+    synchronizeFont(box.hasFont() ? sharedReference(&box.font()) : nullptr);
+    const std::size_t limit = box.maximumLength() != 0 ? box.maximumLength() : kLongestText;
+    send(EM_SETLIMITTEXT, std::min(limit, kLongestText));
+    const bool isReadOnly = (GetWindowLongW(window(), GWL_STYLE) & ES_READONLY) != 0;
+    if (box.isReadOnly() != isReadOnly) {
+        send(EM_SETREADONLY, box.isReadOnly());
+    }
+    if (box.kind() != TextBoxKind::kMultiLine) {
+        pushText(EM_SETCUEBANNER, box.hasWatermark() ? box.watermark().text(box) : L"");
+    }
+    setText(box.text());
 }
 
 void TextBoxWin32Gdi::setText(const std::wstring& text) {
     if (getText() != text) {
-        const ScopedValue filling(filling_, true);
+        const Mirroring mirroring(*this);
         SetWindowTextW(window(), withPairs(text).c_str());
     }
 }
@@ -96,34 +81,20 @@ std::wstring TextBoxWin32Gdi::getText() const {
     return text;
 }
 
-void TextBoxWin32Gdi::setWatermark() {
-    const NativeTextBox& box = getAbstraction();
-    const std::wstring watermark = box.hasWatermark() ? box.watermark().text(box) : std::wstring();
-    if (box.kind() != TextBoxKind::kMultiLine && isNewText(watermark)) {
-        send(EM_SETCUEBANNER, FALSE, reinterpret_cast<LPARAM>(watermark.c_str()));
-    }
-}
-
 bool TextBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (message.id == WM_CTLCOLOREDIT || message.id == WM_CTLCOLORSTATIC) {
-        return colorField(message, result);
-    }
-    if (message.id != WM_COMMAND || HIWORD(message.wide) != EN_CHANGE) {
-        return false;
-    }
-    if (!filling_) {
+    const bool isChange = message.id == WM_COMMAND && HIWORD(message.wide) == EN_CHANGE;
+    if (isChange && !isMirroring()) {
         takeChange();
     }
-    result = 0;
-    return true;
+    return isChange || colorField(message, result);
 }
 
 void TextBoxWin32Gdi::takeChange() {
     const std::wstring text = windowText(window());
     if (const std::wstring whole = withoutHalves(text); whole.size() != text.size()) {
-        const std::size_t end = std::min<std::size_t>(selectionOf(window()).end, text.size());
+        const std::size_t end = std::min<std::size_t>(selectionOf(window()).second, text.size());
         const std::size_t place = withoutHalves(std::wstring_view(text).substr(0, end)).size();
-        const ScopedValue filling(filling_, true);
+        const Mirroring mirroring(*this);
         SetWindowTextW(window(), whole.c_str());
         send(EM_SETSEL, place, static_cast<LPARAM>(place));
     }
@@ -133,7 +104,6 @@ void TextBoxWin32Gdi::takeChange() {
 bool TextBoxWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
     switch (message.id) {
         case WM_CHAR:
-            result = 0;
             return takeCharacter(static_cast<wchar_t>(message.wide));
         case WM_KEYDOWN:
         case WM_LBUTTONUP:
@@ -162,11 +132,11 @@ bool TextBoxWin32Gdi::takeCharacter(wchar_t character) {
     if (!IS_LOW_SURROGATE(character)) {
         return false;
     }
-    const Selection marked = selectionOf(window());
-    const auto length = static_cast<std::size_t>(GetWindowTextLengthW(window()));
+    const auto [start, end] = selectionOf(window());
+    const DWORD length = static_cast<DWORD>(GetWindowTextLengthW(window())) - (end - start);
     const std::array<wchar_t, 3> pair{high, character, L'\0'};
     if (high == L'\0' || getAbstraction().isReadOnly() ||
-        length - (marked.end - marked.start) + 2 > limit_) {
+        length + 2 > static_cast<DWORD>(send(EM_GETLIMITTEXT))) {
         MessageBeep(MB_OK);
     } else {
         send(EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(pair.data()));
@@ -176,9 +146,9 @@ bool TextBoxWin32Gdi::takeCharacter(wchar_t character) {
 
 void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
     const std::wstring text = windowText(window());
-    const Selection marked = selectionOf(window());
-    const bool cutsStart = isInsidePair(text, marked.start);
-    const bool cutsEnd = isInsidePair(text, marked.end);
+    const auto [start, end] = selectionOf(window());
+    const bool cutsStart = isInsidePair(text, start);
+    const bool cutsEnd = isInsidePair(text, end);
     if (!cutsStart && !cutsEnd) {
         return;
     }
@@ -188,9 +158,8 @@ void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
         step.wide = message.wide == VK_LEFT ? VK_LEFT : VK_RIGHT;
         answerByDefault(step);
     } else {
-        const DWORD start = marked.start - (cutsStart ? 1 : 0);
-        const DWORD end = marked.start == marked.end ? start : marked.end + (cutsEnd ? 1 : 0);
-        send(EM_SETSEL, start, static_cast<LPARAM>(end));
+        const DWORD first = start - (cutsStart ? 1 : 0);
+        send(EM_SETSEL, first, start == end ? first : end + (cutsEnd ? 1 : 0));
     }
 }
 

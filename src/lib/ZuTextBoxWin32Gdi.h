@@ -15,29 +15,25 @@ class TextBoxWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeTextBox, INativeTextBoxImpl>> {
 public:
     explicit TextBoxWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage") {}
-
-    void synchronizeWithAbstraction() override;
+        : ControlBackendWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage",
+                                 L"TextBoxWin32Gdi::synchronizeWithAbstraction") {}
 
 protected:
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
     bool usesKey(const KeyEvent& event) const override;
 
 private:
-    bool initializeFromDescriptor();
     void setText(const std::wstring& text);
     std::wstring getText() const;
     void takeChange();
     bool takeCharacter(wchar_t character);
     void moveOutOfPair(const WindowMessage& message);
-    void setWatermark();
 
-    std::size_t limit_ = 0;
     // The first half of a pair that is being typed; 0 for none.
     wchar_t typedHigh_ = 0;
-    // The control's own notifications while it is filled are no news.
-    bool filling_ = false;
 };
 
 }  // namespace zustd

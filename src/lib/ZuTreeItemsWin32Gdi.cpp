@@ -1,12 +1,10 @@
 #include "ZuTreeItemsWin32Gdi.h"
 
-#include <windowsx.h>
-
 namespace zustd {
 
-void TreeItemsWin32Gdi::clear() {
+void TreeItemsWin32Gdi::clearItems() {
     // With a selection every removed item would hand it on to the next one.
-    select(kNoNode);
+    selectItem(kNoNode);
     send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     model().clearNativeWords();
     lastOfLevel_ = kNoNode;
@@ -48,7 +46,7 @@ HTREEITEM TreeItemsWin32Gdi::placeAfter(TreeNode previous) const {
     const HTREEITEM item = itemOf(previous);
     ZU_ASSERT(item != nullptr);
     const bool isLast =
-        previous == lastOfLevel_ || TreeView_GetNextSibling(control_.window(), item) == nullptr;
+        previous == lastOfLevel_ || TreeView_GetNextSibling(window(), item) == nullptr;
     return isLast ? TVI_LAST : item;
 }
 
@@ -62,13 +60,13 @@ TVITEMW TreeItemsWin32Gdi::shownAs(TreeNode node) const {
     item.iImage = nativeImage(model.bitmap(node));
     item.iSelectedImage = item.iImage;
     item.state = model.isEmphasized(node) ? UINT{TVIS_BOLD} : 0U;
-    item.state |= view_.getAbstraction().hasCheckBoxes() ? nativeCheck(model.isChecked(node)) : 0U;
+    item.state |= getAbstraction().hasCheckBoxes() ? nativeCheck(model.isChecked(node)) : 0U;
     item.stateMask = TVIS_BOLD | TVIS_STATEIMAGEMASK;
     return item;
 }
 
 // The caption as well: the window repaints the item and measures it anew.
-void TreeItemsWin32Gdi::update(TreeNode node) {
+void TreeItemsWin32Gdi::updateItem(TreeNode node) {
     if (itemOf(node) != nullptr) {
         TVITEMW item = shownAs(node);
         send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
@@ -82,9 +80,7 @@ void TreeItemsWin32Gdi::showButton(TreeNode node, bool hasChildren) {
     // It has no item below it: some versions would leave it expanded for good.
     item.stateMask = TVIS_EXPANDED;
     item.cChildren = hasChildren ? 1 : 0;
-    if (item.hItem != nullptr) {
-        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
-    }
+    send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
 bool TreeItemsWin32Gdi::expandItem(TreeNode node) {
@@ -109,14 +105,14 @@ bool TreeItemsWin32Gdi::isItemExpanded(TreeNode node) const {
 bool TreeItemsWin32Gdi::await(bool more) {
     const auto timer = reinterpret_cast<UINT_PTR>(this);
     if (more) {
-        return SetTimer(control_.window(), timer, USER_TIMER_MINIMUM, nullptr) != 0;
+        return SetTimer(window(), timer, USER_TIMER_MINIMUM, nullptr) != 0;
     }
-    KillTimer(control_.window(), timer);
+    KillTimer(window(), timer);
     return true;
 }
 
 HTREEITEM TreeItemsWin32Gdi::itemOf(TreeNode node) const {
-    return control_.window() != nullptr && model().contains(node)
+    return window() != nullptr && model().contains(node)
                ? reinterpret_cast<HTREEITEM>(model().nativeWord(node))
                : nullptr;
 }
@@ -130,13 +126,13 @@ TreeNode TreeItemsWin32Gdi::nodeOf(HTREEITEM item) const {
     TVITEMW found{};
     found.mask = TVIF_PARAM;
     found.hItem = item;
-    return item != nullptr && TreeView_GetItem(control_.window(), &found) ? nodeOf(found) : kNoNode;
+    return item != nullptr && TreeView_GetItem(window(), &found) ? nodeOf(found) : kNoNode;
 }
 
 TreeNode TreeItemsWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
     TVHITTESTINFO hit{};
     hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
-    const HTREEITEM item = TreeView_HitTest(control_.window(), &hit);
+    const HTREEITEM item = TreeView_HitTest(window(), &hit);
     return (hit.flags & parts) != 0 ? nodeOf(item) : kNoNode;
 }
 
@@ -148,7 +144,7 @@ Rect TreeItemsWin32Gdi::boundaryOf(TreeNode node) const {
     // The message takes the item where it leaves the rectangle.
     std::memcpy(&caption, &item, sizeof(item));
     if (item == 0 || send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) == FALSE ||
-        !GetClientRect(control_.window(), &client) || !IntersectRect(&seen, &caption, &client)) {
+        !GetClientRect(window(), &client) || !IntersectRect(&seen, &caption, &client)) {
         return {};
     }
     return {seen.left, seen.top, seen.right - 1, seen.bottom - 1};

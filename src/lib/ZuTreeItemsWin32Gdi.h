@@ -10,35 +10,37 @@
 
 namespace zustd {
 
-class TreeItemsWin32Gdi : public ITreeItems {
+// Without window there are no items.
+class TreeItemsWin32Gdi
+    : public ControlBackendWin32Gdi<TreeViewImplementation, ItemControlWin32Gdi>,
+      public ITreeItems {
 public:
-    // Both outlive the items; the view is joined before any is used. Without window
-    // there are no items.
-    TreeItemsWin32Gdi(const NativeControlWin32Gdi& control, const TreeViewImplementation& view)
-        : control_(control), view_(view) {}
-
-    TreeModel& model() const override { return view_.getAbstraction().model(); }
+    TreeModel& model() const override { return TreeViewImplementation::model(); }
     std::size_t itemCount() const override { return static_cast<std::size_t>(send(TVM_GETCOUNT)); }
     void insert(TreeNode node) override;
     bool isItemExpanded(TreeNode node) const override;
     bool expandItem(TreeNode node) override;
     bool await(bool more) override;
+
+protected:
+    using ControlBackendWin32Gdi::ControlBackendWin32Gdi;
+
     // Whether a WM_TIMER with this number is what was awaited.
     bool isAwaited(WPARAM timer) const noexcept { return timer == reinterpret_cast<WPARAM>(this); }
 
     // Removes all items, also those of a former window.
-    void clear();
+    void clearItems();
     // With what is below it.
-    void remove(TreeNode node) { send(TVM_DELETEITEM, 0, wordOf(node)); }
+    void removeItem(TreeNode node) { send(TVM_DELETEITEM, 0, wordOf(node)); }
     // Caption, image and state.
-    void update(TreeNode node);
+    void updateItem(TreeNode node);
     bool hasItems(TreeNode node) const {
-        return TreeView_GetChild(control_.window(), itemOf(node)) != nullptr;
+        return TreeView_GetChild(window(), itemOf(node)) != nullptr;
     }
     // Of a node without items below it.
     void showButton(TreeNode node, bool hasChildren);
     // For kNoNode, or without item, none.
-    void select(TreeNode node) { send(TVM_SELECTITEM, TVGN_CARET, wordOf(node)); }
+    void selectItem(TreeNode node) { send(TVM_SELECTITEM, TVGN_CARET, wordOf(node)); }
     void scrollTo(TreeNode node) { send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, wordOf(node)); }
     void makeVisible(TreeNode node) { send(TVM_ENSUREVISIBLE, 0, wordOf(node)); }
 
@@ -48,23 +50,18 @@ public:
     TreeNode nodeOf(const TVITEMW& item) const;
     // The node under a point of the client area, if that is one of these parts.
     TreeNode nodeAt(LPARAM point, UINT parts) const;
-    HTREEITEM selectedItem() const { return TreeView_GetSelection(control_.window()); }
-    TreeNode selected() const { return nodeOf(selectedItem()); }
-    TreeNode firstSeen() const { return nodeOf(TreeView_GetFirstVisible(control_.window())); }
+    HTREEITEM selectedItem() const { return TreeView_GetSelection(window()); }
+    TreeNode selectedNode() const { return nodeOf(selectedItem()); }
+    TreeNode firstSeen() const { return nodeOf(TreeView_GetFirstVisible(window())); }
     // Of the caption, as far as it is on the client area.
     Rect boundaryOf(TreeNode node) const;
 
 private:
-    LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const {
-        return SendMessageW(control_.window(), id, wide, extra);
-    }
     LPARAM wordOf(TreeNode node) const { return reinterpret_cast<LPARAM>(itemOf(node)); }
     TreeNode nodeOf(HTREEITEM item) const;
     TVITEMW shownAs(TreeNode node) const;
     HTREEITEM placeAfter(TreeNode previous) const;
 
-    const NativeControlWin32Gdi& control_;
-    const TreeViewImplementation& view_;
     // One behind which its level has nothing; kNoNode when none is known.
     TreeNode lastOfLevel_ = kNoNode;
 };

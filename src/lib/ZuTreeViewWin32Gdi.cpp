@@ -2,41 +2,25 @@
 
 namespace zustd {
 
-namespace {
-
-constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
-                         TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
-// A burst is long with so many changes and one more for each so many nodes.
-constexpr std::size_t kLongBurst = 64;
-constexpr std::size_t kLongBurstPart = 16;
-
-}  // namespace
-
 // --- State to window ------------------------------------------------------------------------
 
-void TreeViewWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"TreeViewWin32Gdi::synchronizeWithAbstraction", [this] {
-        settle();
-        const Mirroring mirroring(*this);
-        if (!initializeFromDescriptor()) {
-            return;
+void TreeViewWin32Gdi::pushState() {
+    const Mirroring mirroring(*this);
+    const NativeTreeView& tree = getAbstraction();
+    pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
+             tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
+    if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
+        if (awaitsVisible_ == kNoNode) {
+            awaitsVisible_ = std::exchange(held_, kNoNode);
         }
-        const NativeTreeView& tree = getAbstraction();
-        pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
-                 tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
-        if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
-            if (awaitsVisible_ == kNoNode) {
-                awaitsVisible_ = std::exchange(held_, kNoNode);
-            }
-            fill();
+        fill();
+    }
+    if (isReady() && isRedrawEnabled() && !isAnswering()) {
+        if (state_ == TreeState::kBehind) {
+            workOn();
         }
-        if (isReady() && isRedrawEnabled() && !isAnswering()) {
-            if (state_ == TreeState::kBehind) {
-                workOn();
-            }
-            showAwaited();
-        }
-    });
+        showAwaited();
+    }
 }
 
 void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
@@ -48,41 +32,32 @@ void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
 }
 
 bool TreeViewWin32Gdi::initializeFromDescriptor() {
-    NativeTreeView& tree = getAbstraction();
-    initializeCommonControl(ICC_TREEVIEW_CLASSES);
+    constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
+                             TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
+    settle();
+    const Mirroring mirroring(*this);
     const auto onMade = [this] {
-        forgetPushed();
-        becomeEmpty();
+        startAnew();
+        loseItems(TreeState::kEmpty);
         model().clearNativeWords();
-        send(TVM_SETUNICODEFORMAT, TRUE);
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
-    return synchronizeWindow(tree, {WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
-                             hasCheckBoxes() != tree.hasCheckBoxes());
-}
-
-void TreeViewWin32Gdi::releaseNativeObject() {
-    releaseItems();
-    becomeEmpty();
-}
-
-void TreeViewWin32Gdi::becomeEmpty() noexcept {
-    filler_.forget();
-    state_ = TreeState::kEmpty;
+    return synchronizeWindow(WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE, onMade,
+                             hasCheckBoxes() != getAbstraction().hasCheckBoxes());
 }
 
 void TreeViewWin32Gdi::fill() {
-    if (isAnswering() && items_.itemCount() != 0) {
+    if (isAnswering() && itemCount() != 0) {
         // The window may be at work on one of its items.
         state_ = TreeState::kStale;
         return;
     }
     // The node at the upper edge, or what hides it by now.
-    const TreeNode top = model().standInFor(items_.firstSeen());
+    const TreeNode top = model().standInFor(firstSeen());
     {
         const BulkMirroring bulk(*this);
         state_ = TreeState::kEmpty;
-        items_.clear();
+        clearItems();
         filler_.restart();
     }
     // Where things are is known only with redrawing on again.
@@ -90,7 +65,7 @@ void TreeViewWin32Gdi::fill() {
     select(model().selected());
     if (top != kNoNode) {
         filler_.need(top);
-        items_.scrollTo(top);
+        scrollTo(top);
     }
 }
 
@@ -101,7 +76,7 @@ void TreeViewWin32Gdi::workOn() {
     }
     const Mirroring mirroring(*this);
     // Not one that has been scrolled away meanwhile.
-    const TreeNode held = items_.boundaryOf(held_).isEmpty() ? kNoNode : held_;
+    const TreeNode held = boundaryOf(held_).isEmpty() ? kNoNode : held_;
     {
         const BulkMirroring bulk(*this);
         filler_.work();
@@ -111,7 +86,8 @@ void TreeViewWin32Gdi::workOn() {
 
 // Not while the window works on items that would be replaced.
 void TreeViewWin32Gdi::catchUp() {
-    if (isMirroring() || isAnswering() || !isRedrawEnabled() || getAbstraction().isUpdating()) {
+    if (window() == nullptr || isMirroring() || isAnswering() || !isRedrawEnabled() ||
+        getAbstraction().isUpdating()) {
         return;
     }
     if (state_ == TreeState::kStale) {
@@ -123,19 +99,11 @@ void TreeViewWin32Gdi::catchUp() {
 
 // --- Single changes -------------------------------------------------------------------------
 
-// A change that failed is made up for with the window's next message: the rest
-// would have no place.
-template <class Body>
-void TreeViewWin32Gdi::mirror(const wchar_t* operation, Body body) {
-    const Mirroring mirroring(*this);
-    if (!guarded(operation, body)) {
-        filler_.forget();
-        state_ = TreeState::kStale;
-    }
-}
-
 // Whether the change at hand is one of a burst that has become long.
 bool TreeViewWin32Gdi::isInLongBurst() {
+    // So many changes and one more for each so many nodes.
+    constexpr std::size_t kLongBurst = 64;
+    constexpr std::size_t kLongBurstPart = 16;
     return deferRedraw() > kLongBurst + model().nodeCount() / kLongBurstPart;
 }
 
@@ -143,7 +111,7 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
     mirror(L"TreeViewWin32Gdi::mirrorAdded", [&] {
         const TreeNode parent = model().parent(node);
         if (parent != kNoNode && model().childCount(parent) == 1) {
-            items_.showButton(parent, true);
+            showButton(parent, true);
         }
         if (!filler_.isNext(node)) {
             return;
@@ -152,7 +120,7 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
             filler_.add(node);
             state_ = TreeState::kBehind;
         } else {
-            items_.insert(node);
+            insert(node);
         }
     });
 }
@@ -161,7 +129,7 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
     mirror(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
         const TreeModel& model = this->model();
         filler_.drop(node);
-        if (items_.itemOf(node) != nullptr) {
+        if (itemOf(node) != nullptr) {
             const bool isUnderWay =
                 model.contains(underWay_) && model.isAncestorOf(node, underWay_);
             if (isInLongBurst() || isUnderWay) {
@@ -171,23 +139,15 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
             if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
                 select(kNoNode);
             }
-            items_.remove(node);
+            removeItem(node);
         }
         const TreeNode parent = model.parent(node);
-        if (parent != kNoNode && !items_.hasItems(parent)) {
+        if (parent != kNoNode && !hasItems(parent)) {
             // The system takes one without items for one without children, of which
             // some may wait until it is expanded.
-            items_.showButton(parent, model.childCount(parent) > 1);
+            showButton(parent, model.childCount(parent) > 1);
         }
     });
-}
-
-void TreeViewWin32Gdi::mirrorCleared() {
-    mirror(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
-}
-
-void TreeViewWin32Gdi::mirrorNode(TreeNode node) {
-    mirror(L"TreeViewWin32Gdi::mirrorNode", [&] { items_.update(node); });
 }
 
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
@@ -210,21 +170,17 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
     });
 }
 
-void TreeViewWin32Gdi::mirrorSelection() {
-    mirror(L"TreeViewWin32Gdi::mirrorSelection", [this] { select(model().selected()); });
-}
-
 void TreeViewWin32Gdi::select(TreeNode node) {
-    const HTREEITEM selected = items_.selectedItem();
-    if (selected == nullptr || items_.itemOf(node) != selected) {
+    const HTREEITEM selected = selectedItem();
+    if (selected == nullptr || itemOf(node) != selected) {
         reveal(node);
     }
-    if (items_.itemOf(node) != selected) {
+    if (itemOf(node) != selected) {
         if (node != kNoNode) {
             // Where it is to be scrolled to is known only with redrawing on.
             settle();
         }
-        items_.select(node);
+        selectItem(node);
     }
 }
 
@@ -234,7 +190,7 @@ void TreeViewWin32Gdi::reveal(TreeNode node) {
         return;
     }
     std::optional<BulkMirroring> bulk;
-    if (items_.itemOf(node) == nullptr) {
+    if (itemOf(node) == nullptr) {
         bulk.emplace(*this);
     }
     filler_.reveal(node);
@@ -259,7 +215,7 @@ void TreeViewWin32Gdi::showAwaited() {
 // Scrolls to a node, again after each slice of what waits: that would push it out.
 void TreeViewWin32Gdi::hold(TreeNode node) {
     // Below a collapsed node it would have the window expand that.
-    items_.makeVisible(model().standInFor(node));
+    makeVisible(model().standInFor(node));
     held_ = filler_.hasWork() ? node : kNoNode;
 }
 
@@ -274,11 +230,10 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
             changed = model().setExpanded(above, true) || changed;
         }
         awaitsVisible_ = node;
-        if (isReady() && isRedrawEnabled()) {
-            showAwaited();
-        } else if (changed) {
+        if (changed && !(isReady() && isRedrawEnabled())) {
             markStale();
         }
+        showAwaited();
     });
 }
 
@@ -286,7 +241,7 @@ Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
     return guarded(L"TreeViewWin32Gdi::getNodeBoundary", Rect(), [&] {
         // A message brings the window up to date.
         send(WM_NULL);
-        return items_.boundaryOf(node);
+        return boundaryOf(node);
     });
 }
 
@@ -307,8 +262,7 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
         case TVN_ITEMEXPANDEDW:
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
-            if (const TreeNode node = items_.nodeOf(change.itemNew);
-                node != kNoNode && node != refused_) {
+            if (const TreeNode node = nodeOf(change.itemNew); node != kNoNode && node != refused_) {
                 getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
             }
             return true;
@@ -324,7 +278,7 @@ bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& res
 // whole tree, may have replaced the item under way: then it is done here.
 bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     NativeTreeView& tree = getAbstraction();
-    const TreeNode node = items_.nodeOf(change.itemNew);
+    const TreeNode node = nodeOf(change.itemNew);
     const bool expanding = change.action == TVE_EXPAND;
     if (node == kNoNode) {
         return false;
@@ -332,19 +286,15 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     underWay_ = node;
     const bool isAccepted = tree.acceptExpanding(node, expanding);
     underWay_ = kNoNode;
-    if (window() == nullptr) {
-        return false;
-    }
     if (!isAccepted) {
         refused_ = node;
-        return false;
     }
-    if (!model().contains(node)) {
+    if (!isAccepted || window() == nullptr || !model().contains(node)) {
         return false;
     }
     const Mirroring mirroring(*this);
-    const HTREEITEM item = items_.itemOf(node);
-    if (item != change.itemNew.hItem || items_.isItemExpanded(node) == expanding) {
+    const HTREEITEM item = itemOf(node);
+    if (item != change.itemNew.hItem || isItemExpanded(node) == expanding) {
         tree.acceptExpanded(node, expanding);
         filler_.settle(node);
         filler_.goOn();
@@ -365,7 +315,7 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
 void TreeViewWin32Gdi::undoRefused() {
     const TreeNode node = std::exchange(refused_, kNoNode);
     const Mirroring mirroring(*this);
-    if (items_.itemOf(node) != nullptr && filler_.settle(node)) {
+    if (itemOf(node) != nullptr && filler_.settle(node)) {
         filler_.goOn();
         select(model().selected());
     }
@@ -375,7 +325,7 @@ void TreeViewWin32Gdi::reportSelection() {
     if (!std::exchange(selectionChanged_, false) || window() == nullptr) {
         return;
     }
-    const TreeNode chosen = items_.selected();
+    const TreeNode chosen = selectedNode();
     // What is above it may be about to be collapsed.
     const TreeNode seen = model().standInFor(chosen);
     getAbstraction().acceptSelection(seen);
@@ -388,7 +338,7 @@ void TreeViewWin32Gdi::reportActions() {
     undoRefused();
     reportSelection();
     if (std::exchange(rightClicked_, false)) {
-        getAbstraction().acceptRightClick(items_.nodeAt(rightPoint_, TVHT_ONITEM));
+        getAbstraction().acceptRightClick(nodeAt(rightPoint_, TVHT_ONITEM));
     }
 }
 
@@ -409,17 +359,17 @@ bool TreeViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT& resu
             // What the window says about its items then is not the user's doing.
             const Mirroring mirroring(*this);
             letWindowAnswer(message, result);
-            becomeEmpty();
+            loseItems(TreeState::kEmpty);
             return true;
         }
         case WM_TIMER:
-            if (!items_.isAwaited(message.wide)) {
+            if (!isAwaited(message.wide)) {
                 return false;
             }
             // Not within another message of the window, which may work on its items;
             // the timer's next one comes soon enough.
             if (!isReady() || !filler_.hasWork()) {
-                items_.await(false);
+                await(false);
             } else if (!isMirroring() && !isAnswering()) {
                 workOn();
             }

@@ -10,15 +10,13 @@
 
 namespace zustd {
 
-class TreeViewWin32Gdi
-    : public ControlBackendWin32Gdi<TreeViewImplementation, ItemControlWin32Gdi> {
+class TreeViewWin32Gdi : public TreeItemsWin32Gdi {
 public:
     explicit TreeViewWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage") {}
+        : TreeItemsWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage",
+                            L"TreeViewWin32Gdi::synchronizeWithAbstraction") {}
 
-    void synchronizeWithAbstraction() override;
     void setEnableRedraw(bool enable) override;
-    void releaseNativeObject() override;
     // Without native object, or with redrawing off, when there is one again.
     void ensureNodeVisible(TreeNode node) override;
     // Of the node's caption, as far as the window shows it by now.
@@ -27,32 +25,47 @@ public:
 protected:
     void mirrorAdded(TreeNode node) override;
     void mirrorRemoving(TreeNode node) override;
-    void mirrorCleared() override;
-    void mirrorNode(TreeNode node) override;
+    void mirrorCleared() override {
+        mirror(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
+    }
+    void mirrorNode(TreeNode node) override {
+        mirror(L"TreeViewWin32Gdi::mirrorNode", [&] { updateItem(node); });
+    }
     void mirrorExpanded(TreeNode node) override;
     void mirrorAllExpanded(TreeNode top) override;
-    void mirrorSelection() override;
+    void mirrorSelection() override {
+        mirror(L"TreeViewWin32Gdi::mirrorSelection", [this] { select(model().selected()); });
+    }
 
+    bool initializeFromDescriptor() override;
+    void pushState() override;
     void catchUp() override;
     bool onNotification(const WindowMessage& message, LRESULT& result) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
-    bool toggleAt(LPARAM point) override {
-        return toggle(items_.nodeAt(point, TVHT_ONITEMSTATEICON));
-    }
+    bool toggleAt(LPARAM point) override { return toggle(nodeAt(point, TVHT_ONITEMSTATEICON)); }
     bool toggleFocused() override { return toggle(model().selected()); }
     void reportMenuKey() override { getAbstraction().acceptRightClick(model().selected()); }
 
 private:
     // Whether single changes can be brought into the window.
     bool isReady() const noexcept { return window() != nullptr && !isStale(); }
-    bool initializeFromDescriptor();
-    void becomeEmpty() noexcept;
+    void loseItems(TreeState state) noexcept {
+        filler_.forget();
+        state_ = state;
+    }
     void fill();
     void workOn();
     bool isInLongBurst();
+    // A change that failed is made up for with the window's next message: the rest
+    // would have no place.
     template <class Body>
-    void mirror(const wchar_t* operation, Body body);
+    void mirror(const wchar_t* operation, Body body) {
+        const Mirroring mirroring(*this);
+        if (!guarded(operation, body)) {
+            loseItems(TreeState::kStale);
+        }
+    }
     void select(TreeNode node);
     void reveal(TreeNode node);
     void showAwaited();
@@ -63,8 +76,7 @@ private:
     void reportSelection();
     bool toggle(TreeNode node);
 
-    TreeItemsWin32Gdi items_{*this, *this};
-    TreeFiller filler_{items_, state_};
+    TreeFiller filler_{*this, state_};
     TreeNode awaitsVisible_ = kNoNode;
     // Stays in sight until nothing waits any more, or the user scrolls it away.
     TreeNode held_ = kNoNode;
