@@ -238,9 +238,11 @@ public:
     bool notify(const MessageKind& kind, MessageWord b = {});
     // The deepest visible control at a point of this one that takes the mouse, also a disabled one.
     virtual Control* controlAt(Point point) noexcept;
-    // The pointer rests on the control, at a point of the surface; it is gone.
-    virtual void showTooltip(Point place);
-    virtual void hideTooltip();
+    // The pointer rests on the control, at a point of the surface: starts the delay of its tooltip,
+    // if it has one on a surface and the application's preference "showTooltips" is not off; before
+    // it appears, kBeforeDisplayTooltip may still set the text. The pointer is gone.
+    void showTooltip(Point place);
+    void hideTooltip();
     // Set by the router. Each sends the message of the change.
     void acceptHover(bool on) { acceptState(hovered_, on, kEnterHovering, kLeaveHovering); }
     void acceptFocus(bool on) { acceptState(focused_, on, kEnterFocus, kLeaveFocus); }
@@ -292,10 +294,8 @@ protected:
         if (member) {
             member->disconnect(this);
         }
-        member = descriptor;
-        watch(member.get());
-        stateChanged();
-        return true;
+        watch(descriptor.get());
+        return change(member, descriptor);
     }
     void watch(ChangeTracker* descriptor);
     // Sends kClose; false when a receiver wants the surface to stay.

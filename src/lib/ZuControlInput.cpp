@@ -1,8 +1,6 @@
 // The part of a control that hears and tells: messages, mouse and keyboard.
 #include "ZuControl.h"
 
-#include "ZuTooltip.h"
-
 namespace zustd {
 
 using enum MessageWords;
@@ -71,10 +69,6 @@ Control* Control::controlAt(Point point) noexcept {
     }
     return takesMouse_ || !tooltip_.isEmpty() ? this : nullptr;
 }
-
-void Control::showTooltip(Point place) { startTooltip(*this, place); }
-
-void Control::hideTooltip() { stopTooltip(*this); }
 
 void Control::acceptState(bool& member, bool value, const MessageKind& entered,
                           const MessageKind& left) {
