@@ -70,27 +70,23 @@ bool NativeScrollBar::onMouse(const MouseEvent& event) {
 }
 
 bool NativeScrollBar::onKey(const KeyEvent& event) {
-    const auto step = [this](std::int64_t distance) {
-        return setPosition(saturate(position_ + distance));
+    const std::int64_t line = lineSize_;
+    const std::int64_t page = pageSize_;
+    const std::int64_t all = std::int64_t{maximum_} - minimum_;
+    const std::pair<std::uint32_t, std::int64_t> keys[] = {
+        {vertical_ ? kKeyUp : kKeyLeft, -line},
+        {vertical_ ? kKeyDown : kKeyRight, line},
+        {kKeyPageUp, -page},
+        {kKeyPageDown, page},
+        {kKeyHome, -all},
+        {kKeyEnd, all},
     };
-    switch (event.key) {
-        case kKeyUp:
-        case kKeyLeft:
-            return vertical_ == (event.key == kKeyUp) && step(-std::int64_t{lineSize_});
-        case kKeyDown:
-        case kKeyRight:
-            return vertical_ == (event.key == kKeyDown) && step(lineSize_);
-        case kKeyPageUp:
-            return step(-std::int64_t{pageSize_});
-        case kKeyPageDown:
-            return step(pageSize_);
-        case kKeyHome:
-            return setPosition(minimum_);
-        case kKeyEnd:
-            return setPosition(highestPosition());
-        default:
-            return false;
+    for (const auto& [key, distance] : keys) {
+        if (event.key == key) {
+            return setPosition(saturate(position_ + distance));
+        }
     }
+    return false;
 }
 
 void NativeScrollBar::pushArrows() {

@@ -13,6 +13,8 @@ namespace {
 
 // What an arrow key scrolls by, at a scaling factor of 1.
 constexpr std::int32_t kLine = 16;
+// Further than any content reaches.
+constexpr std::int32_t kToEnd = std::numeric_limits<std::int32_t>::max();
 
 // The nearest place for a window of this extent from which it shows first to
 // last; the first when it cannot show all.
@@ -137,26 +139,20 @@ bool ScrollView::onKey(const KeyEvent& event) {
     const std::int32_t line = lineSize();
     // A line of the old page stays in view.
     const std::int32_t page = std::max(viewport_->boundary().height() - line, line);
-    switch (event.key) {
-        case kKeyUp:
-            return scrollBy(0, -line);
-        case kKeyDown:
-            return scrollBy(0, line);
-        case kKeyLeft:
-            return scrollBy(-line, 0);
-        case kKeyRight:
-            return scrollBy(line, 0);
-        case kKeyPageUp:
-            return scrollBy(0, -page);
-        case kKeyPageDown:
-            return scrollBy(0, page);
-        case kKeyHome:
-            return scrollTo(Point{position_.x, 0});
-        case kKeyEnd:
-            return scrollTo(Point{position_.x, highestPosition().y});
-        default:
-            return false;
+    const struct {
+        std::uint32_t key;
+        Point step;
+    } keys[] = {
+        {kKeyUp, {0, -line}},     {kKeyDown, {0, line}},    {kKeyLeft, {-line, 0}},
+        {kKeyRight, {line, 0}},   {kKeyPageUp, {0, -page}}, {kKeyPageDown, {0, page}},
+        {kKeyHome, {0, -kToEnd}}, {kKeyEnd, {0, kToEnd}},
+    };
+    for (const auto& [key, step] : keys) {
+        if (event.key == key) {
+            return scrollBy(step.x, step.y);
+        }
     }
+    return false;
 }
 
 bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
@@ -180,12 +176,9 @@ bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
         scrollTo(*a.object<Control>());
         return false;
     }
-    if (kind == kShouldScrollChildIntoView) {
-        const bool found = isInside(b.object<Control>());
-        if (found) {
-            scrollTo(*b.object<Control>());
-        }
-        return found;
+    if (kind == kShouldScrollChildIntoView && isInside(b.object<Control>())) {
+        scrollTo(*b.object<Control>());
+        return true;
     }
     if (kind == kEnterLeftClicking && isInside(a.object<Control>()) &&
         !a.object<Control>()->isFocusable()) {
