@@ -60,9 +60,7 @@ public:
     void clear() { implementation().clear(); }
     void selectItem(std::size_t index) { implementation().selectItem(index); }
     std::size_t getSelectedItem() const { return implementation().getSelectedItem(); }
-    std::wstring getItemText(std::size_t index) const {
-        return implementation().getItemText(index);
-    }
+    auto getItemText(std::size_t index) const { return implementation().getItemText(index); }
     std::size_t getItemCount() const { return implementation().getItemCount(); }
     // The first item with exactly this text, or kNullSize.
     std::size_t findItem(const std::wstring& text) const;
