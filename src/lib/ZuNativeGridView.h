@@ -173,20 +173,27 @@ public:
         return model().cell(row, column);
     }
     void setCell(std::size_t row, std::size_t column, const std::wstring& text) override {
-        show(row, model().setCell(row, column, text));
+        mirror(model().setCell(row, column, text), &Self::mirrorRow, row);
     }
     std::int32_t getRowBitmap(std::size_t row) const override { return model().bitmap(row); }
     void setRowBitmap(std::size_t row, std::int32_t bitmap) override {
-        show(row, model().setBitmap(row, bitmap));
+        mirror(model().setBitmap(row, bitmap), &Self::mirrorRow, row);
     }
     bool getRowChecked(std::size_t row) const override { return model().isChecked(row); }
     void setRowChecked(std::size_t row, bool on) override {
-        show(row, model().setChecked(row, on));
+        mirror(model().setChecked(row, on), &Self::mirrorRow, row);
     }
     void selectRow(std::size_t row) override;
-    void deselectRow(std::size_t row) override;
-    void selectAllRows() override;
-    void deselectAllRows() override;
+    void deselectRow(std::size_t row) override {
+        mirror(model().setSelected(row, false), &Self::mirrorSelected, row, false);
+    }
+    void selectAllRows() override {
+        const bool changed = getAbstraction().isMultiSelect() && model().setAllSelected(true);
+        mirror(changed, &Self::mirrorAllSelected, true);
+    }
+    void deselectAllRows() override {
+        mirror(model().setAllSelected(false), &Self::mirrorAllSelected, false);
+    }
     std::vector<std::size_t> getSelectedRows() const override { return model().selectedRows(); }
 
     // Whether the native object may differ from the model because of changes
@@ -211,9 +218,16 @@ protected:
     void markStale() noexcept { stale_ = true; }
 
 private:
+    using Self = GridViewImplementation;
+
     // Whether to mirror now; otherwise the change is noted for later.
     bool mirrors();
-    void show(std::size_t row, bool changed);
+    template <class... Args>
+    void mirror(bool changed, void (Self::*how)(Args...), Args... args) {
+        if (changed && mirrors()) {
+            (this->*how)(args...);
+        }
+    }
 
     bool stale_ = true;
 };

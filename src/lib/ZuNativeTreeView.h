@@ -119,8 +119,7 @@ public:
     TreeNode addChildNode(TreeNode parent, const std::wstring& key, const std::wstring& caption) {
         return changing().addChildNode(parent, key, caption);
     }
-    TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key,
-                            const std::wstring& caption) {
+    auto addSiblingNode(TreeNode sibling, const std::wstring& key, const std::wstring& caption) {
         return changing().addSiblingNode(sibling, key, caption);
     }
     void removeNode(TreeNode node) { changing().removeNode(node); }
@@ -137,7 +136,7 @@ public:
     TreeNode getFirstChildNode(TreeNode node) const { return nodes().getFirstChildNode(node); }
     TreeNode getLastChildNode(TreeNode node) const { return nodes().getLastChildNode(node); }
     TreeNode getNextSiblingNode(TreeNode node) const { return nodes().getNextSiblingNode(node); }
-    TreeNode getPreviousSiblingNode(TreeNode node) const {
+    auto getPreviousSiblingNode(TreeNode node) const {
         return nodes().getPreviousSiblingNode(node);
     }
     TreeNode getLastSiblingNode(TreeNode node) const { return nodes().getLastSiblingNode(node); }
@@ -213,7 +212,7 @@ public:
     TreeNode getPreviousNode(TreeNode node) const override { return model().previous(node); }
     std::wstring getNodeCaption(TreeNode node) const override { return model().caption(node); }
     void setNodeCaption(TreeNode node, const std::wstring& caption) override {
-        show(node, model().setCaption(node, caption));
+        mirror(model().setCaption(node, caption), &Self::mirrorNode, node);
     }
     TreeNode getFirstRootNode() const override { return model().firstRoot(); }
     TreeNode getLastRootNode() const override { return model().lastRoot(); }
@@ -233,17 +232,17 @@ public:
     void collapseAllNodes(TreeNode node) override { expandSubtree(node, false); }
     bool getNodeChecked(TreeNode node) const override { return model().isChecked(node); }
     void setNodeChecked(TreeNode node, bool on) override {
-        show(node, model().setChecked(node, on));
+        mirror(model().setChecked(node, on), &Self::mirrorNode, node);
     }
     std::int32_t getNodeBitmap(TreeNode node) const override { return model().bitmap(node); }
     void setNodeBitmap(TreeNode node, std::int32_t bitmap) override {
-        show(node, model().setBitmap(node, bitmap));
+        mirror(model().setBitmap(node, bitmap), &Self::mirrorNode, node);
     }
     std::wstring getNodeKey(TreeNode node) const override { return model().key(node); }
     TreeNode findNode(const std::wstring& key) const override { return model().find(key); }
     bool getNodeEmphasized(TreeNode node) const override { return model().isEmphasized(node); }
     void setNodeEmphasized(TreeNode node, bool emphasized) override {
-        show(node, model().setEmphasized(node, emphasized));
+        mirror(model().setEmphasized(node, emphasized), &Self::mirrorNode, node);
     }
     TreeNode getSelectedNode() const override { return model().selected(); }
     void selectNode(TreeNode node) override;
@@ -277,10 +276,20 @@ protected:
     TreeState state_ = TreeState::kEmpty;
 
 private:
+    using Self = TreeViewImplementation;
+
     // Whether to mirror now; otherwise the change is noted for later.
     bool mirrors();
-    TreeNode added(TreeNode node);
-    void show(TreeNode node, bool changed);
+    template <class... Args>
+    void mirror(bool changed, void (Self::*how)(Args...), Args... args) {
+        if (changed && mirrors()) {
+            (this->*how)(args...);
+        }
+    }
+    TreeNode added(TreeNode node) {
+        mirror(true, &Self::mirrorAdded, node);
+        return node;
+    }
     void expandSubtree(TreeNode top, bool expanded);
     void liftSelection();
 
