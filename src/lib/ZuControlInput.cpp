@@ -53,10 +53,6 @@ Point pointOfWord(MessageWord word) noexcept {
             static_cast<std::int32_t>(static_cast<std::uint32_t>(bits >> 32))};
 }
 
-bool Control::notify(const MessageKind& kind, MessageWord b) {
-    return sendMessage(kind, MessageWord::ofObject(this), b);
-}
-
 Control* Control::controlAt(Point point) noexcept {
     if (!visible_ || !area().contains(point)) {
         return nullptr;
@@ -115,7 +111,5 @@ bool Control::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord
 std::shared_ptr<SharedObject> Control::sinkOwner() const {
     return std::const_pointer_cast<SharedObject>(SharedObject::weak_from_this().lock());
 }
-
-std::shared_ptr<SharedObject> Control::sourceOwner() const { return sinkOwner(); }
 
 }  // namespace zustd
