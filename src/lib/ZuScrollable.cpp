@@ -94,18 +94,10 @@ bool ScrollView::scrollTo(Point position) {
     return true;
 }
 
-bool ScrollView::scrollBy(std::int32_t horizontal, std::int32_t vertical) {
-    return scrollTo(position_.movedBy({horizontal, vertical}));
-}
-
-bool ScrollView::scrollIntoView(const Rect& area) {
+Point ScrollView::positionShowing(const Rect& area) const noexcept {
     const Size view = viewport_->boundary().size();
-    return scrollTo({nearestView(position_.x, view.width, area.left, area.right),
-                     nearestView(position_.y, view.height, area.top, area.bottom)});
-}
-
-bool ScrollView::scrollTo(const Control& inside) {
-    return isInside(&inside) && scrollIntoView(areaOf(inside));
+    return {nearestView(position_.x, view.width, area.left, area.right),
+            nearestView(position_.y, view.height, area.top, area.bottom)};
 }
 
 Size ScrollView::preferredSize() {
@@ -226,9 +218,7 @@ void ScrollView::arrangeChildren() {
     placeContent({std::max(wanted.width, room.width), std::max(wanted.height, room.height)});
     placeBars(room, thickness);
     if (focused && isInside(focused.get())) {
-        const Rect seen = areaOf(*focused);
-        position_ = {nearestView(position_.x, room.width, seen.left, seen.right),
-                     nearestView(position_.y, room.height, seen.top, seen.bottom)};
+        position_ = positionShowing(areaOf(*focused));
         placeContent(content_->boundary().size());
         showPosition();
     }
@@ -311,10 +301,6 @@ void ScrollView::showPosition() {
 
 std::int32_t ScrollView::lineSize() const { return std::max(scale(kLine), 1); }
 
-bool ScrollView::isInside(const Control* control) const noexcept {
-    return control != nullptr && content_ && content_->isAncestorOf(*control);
-}
-
 // The control that the user works with, when it can be seen whole.
 std::shared_ptr<Control> ScrollView::focusedInView() noexcept {
     const std::shared_ptr<Control> focused = focusedOnSurface();
@@ -322,11 +308,6 @@ std::shared_ptr<Control> ScrollView::focusedInView() noexcept {
     const bool seen =
         isInside(focused.get()) && view.intersection(areaOf(*focused)) == areaOf(*focused);
     return seen ? focused : nullptr;
-}
-
-// In the content's coordinates.
-Rect ScrollView::areaOf(const Control& inside) const noexcept {
-    return inside.boundaryOnSurface().movedBy(content_->toSurface({0, 0}).negated());
 }
 
 }  // namespace zustd
