@@ -32,10 +32,6 @@ bool NativeComboBox::setText(const std::wstring& text) {
     return true;
 }
 
-bool NativeComboBox::canShow(const std::wstring& text) const {
-    return editable_ || text.empty() || findItem(text) != kNullSize;
-}
-
 std::size_t NativeComboBox::findItem(const std::wstring& text) const {
     const auto found = std::find(items_.begin(), items_.end(), text);
     return found == items_.end() ? kNullSize : static_cast<std::size_t>(found - items_.begin());

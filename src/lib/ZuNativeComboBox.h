@@ -1,9 +1,8 @@
 // A native drop-down list, with or without a field to type into.
 //
-// The items are owned here, in a form that a native object can be filled from
-// at any time. Every change goes through the backend's slot: a backend derives
-// from ComboBoxImplementation, which changes the items and then tells the
-// backend what to do to its native object.
+// The items are owned here, in a form that a native object can be filled from at any time. Every
+// change goes through the backend's slot: a backend derives from ComboBoxImplementation, which
+// changes the items and then tells the backend what to do to its native object.
 #pragma once
 
 #include "ZuControl.h"
@@ -67,8 +66,7 @@ public:
 
     Size preferredSize() override;
 
-    // For the backend: all items; what the user did. The messages are sent
-    // without synchronising.
+    // For the backend: all items; what the user did. The messages are sent without synchronising.
     const std::vector<std::wstring>& items() const noexcept { return items_; }
     void acceptSelection(std::size_t index);
     void acceptText(const std::wstring& text);
@@ -76,7 +74,9 @@ public:
 private:
     friend class ComboBoxImplementation;
 
-    bool canShow(const std::wstring& text) const;
+    bool canShow(const std::wstring& text) const {
+        return editable_ || text.empty() || findItem(text) != kNullSize;
+    }
 
     TextRef caption_;
     FontRef font_;

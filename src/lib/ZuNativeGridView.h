@@ -1,10 +1,9 @@
 // A native list of rows with columns, images, check boxes and a selection.
 //
-// The rows are owned here, in a GridModel that a native object can be filled
-// from, or read from on demand, at any time. Every operation on rows goes
-// through the backend's slot: a backend derives from GridViewImplementation,
-// which changes the model and then tells the backend what to do to its native
-// object. What the user does comes back through the accept operations.
+// The rows are owned here, in a GridModel that a native object can be filled from, or read from on
+// demand, at any time. Every operation on rows goes through the backend's slot: a backend derives
+// from GridViewImplementation, which changes the model and then tells the backend what to do to its
+// native object. What the user does comes back through the accept operations.
 //
 // Within a ControlUpdate only the model changes; at its end the native object
 // is brought up to date at once. Put one around changes of many rows.
@@ -37,8 +36,7 @@ public:
     virtual void selectAllRows() = 0;
     virtual void deselectAllRows() = 0;
     virtual std::vector<std::size_t> getSelectedRows() const = 0;
-    // Gives the columns the widths of the abstraction; one of width 0 is
-    // measured anew.
+    // Gives the columns the widths of the abstraction; one of width 0 is measured anew.
     virtual void resizeColumns() = 0;
     // Loads the images of the abstraction's bitmap list anew.
     virtual void synchronizeBitmaps() = 0;
@@ -58,8 +56,7 @@ struct GridColumn {
 
 class NativeGridView : public NativeControl<INativeGridViewImpl> {
 public:
-    // First word: the grid. Second word: the row, or kNullSize where none is
-    // meant.
+    // First word: the grid. Second word: the row, or kNullSize where none is meant.
     static const MessageKind kBeforeDisplayRowTooltip;
     static const MessageKind kCheckStateChanged;
     static const MessageKind kLeftClicked;
@@ -91,11 +88,10 @@ public:
     // backend after kBeforeDisplayRowTooltip was sent.
     void setRowTooltip(const std::wstring& text) { rowTooltip_ = text; }
 
-    // The nineteen operations. Each fails the assertion "impl_" without
-    // backend, and "row != NullSize && row < getRowCount()" for a row that
-    // there is not. Keys are unique and not empty (see GridModel). Changes by
-    // the program send no message. Without multiple selection selecting a row
-    // deselects the others, and selectAllRows does nothing.
+    // The nineteen operations. Each fails the assertion "impl_" without backend, and
+    // "row != NullSize && row < getRowCount()" for a row that there is not. Keys are unique and not
+    // empty (see GridModel). Changes by the program send no message. Without multiple selection
+    // selecting a row deselects the others, and selectAllRows does nothing.
     std::size_t addRow(const std::wstring& key) { return changing().addRow(key); }
     void removeRow(std::size_t row) { changing(row).removeRow(row); }
     void clear() { changing().clear(); }
@@ -124,8 +120,7 @@ public:
     void resizeColumns() { implementation().resizeColumns(); }
     void synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
 
-    // For the backend: the rows; what the user did. The messages are sent
-    // without synchronising.
+    // For the backend: the rows; what the user did. The messages are sent without synchronising.
     GridModel& model() noexcept { return model_; }
     const GridModel& model() const noexcept { return model_; }
     void acceptChecked(std::size_t row, bool checked);

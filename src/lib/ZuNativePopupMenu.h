@@ -41,8 +41,7 @@ public:
         items_.push_back({.identifier = identifier, .caption = std::move(caption), .items = {}});
     }
     void addSeparator() { items_.emplace_back(); }
-    // The item with this identifier at any depth, or null. Valid until items
-    // are added.
+    // The item with this identifier at any depth, or null. Valid until items are added.
     PopupMenuItem* findItem(std::uint32_t identifier) noexcept;
 
     // Shows the menu and sends kSelected with the chosen identifier as second

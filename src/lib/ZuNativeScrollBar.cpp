@@ -45,10 +45,6 @@ bool NativeScrollBar::setPosition(std::int32_t position) {
     return true;
 }
 
-std::int32_t NativeScrollBar::highestPosition() const noexcept {
-    return saturate(std::max<std::int64_t>(std::int64_t{maximum_} - pageSize_ + 1, minimum_));
-}
-
 Size NativeScrollBar::preferredSize() {
     // The usual one where there is no backend to ask.
     const std::int32_t thickness = hasImplementation() ? implementation().getThickness() : 17;
@@ -87,10 +83,6 @@ bool NativeScrollBar::onKey(const KeyEvent& event) {
         }
     }
     return false;
-}
-
-void NativeScrollBar::pushArrows() {
-    implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
 }
 
 void NativeScrollBar::pushRange() {

@@ -1,14 +1,12 @@
 // A native tree of nodes with images, check boxes and one selected node.
 //
-// The nodes are owned here, in a TreeModel that a native object can be filled
-// from at any time. Every operation on nodes goes through the backend's slot:
-// a backend derives from TreeViewImplementation, which changes the model and
-// then tells the backend what to do to its native object. What the user does
-// comes back through the accept operations.
+// The nodes are owned here, in a TreeModel that a native object can be filled from at any time.
+// Every operation on nodes goes through the backend's slot: a backend derives from
+// TreeViewImplementation, which changes the model and then tells the backend what to do to its
+// native object. What the user does comes back through the accept operations.
 //
-// The selected node is never below a collapsed one: selecting a node expands
-// what is above it, and a node that the program collapses takes the selection
-// over from below it, without a message.
+// The selected node is never below a collapsed one: selecting a node expands what is above it, and
+// a node that the program collapses takes the selection over from below it, without a message.
 //
 // Switch redrawing off around changes of many nodes: only the model changes
 // then, and switching it on again brings the native object up to date at once.
@@ -104,11 +102,10 @@ public:
     // A tree view that has a native object gets a new one.
     bool setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
 
-    // The operations of INativeTreeViewImpl. Each fails the assertion "impl_"
-    // without backend and "contains(node)" for a node that there is not; only
-    // ensureNodeVisible does nothing then, and getNodeBoundary is empty, since
-    // what is on the screen may be asked for at any time. Changes by the program
-    // send no message.
+    // The operations of INativeTreeViewImpl. Each fails the assertion "impl_" without backend and
+    // "contains(node)" for a node that there is not; only ensureNodeVisible does nothing then, and
+    // getNodeBoundary is empty, since what is on the screen may be asked for at any time. Changes
+    // by the program send no message.
     void setEnableRedraw(bool enable) {
         const std::shared_ptr<Control> self = sharedReference<Control>(this);
         implementation().setEnableRedraw(enable);
@@ -166,8 +163,7 @@ public:
     // While kNodeExpanding or kNodeCollapsing is being sent: it does not happen.
     void refuseExpanding() noexcept { expandingRefused_ = true; }
 
-    // For the backend: the nodes; what the user did. The messages are sent
-    // without synchronising.
+    // For the backend: the nodes; what the user did. The messages are sent without synchronising.
     TreeModel& model() noexcept { return model_; }
     const TreeModel& model() const noexcept { return model_; }
     void acceptSelection(TreeNode node);
