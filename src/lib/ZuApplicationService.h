@@ -88,29 +88,17 @@ public:
     std::shared_ptr<WindowService> createActiveWindowService(bool allowForeground) {
         return implementation().createActiveWindowService(allowForeground);
     }
-    std::shared_ptr<WindowService> createMainWindowService() {
-        return implementation().createMainWindowService();
-    }
-    std::shared_ptr<WindowService> createUnboundWindowService() {
-        return implementation().createUnboundWindowService();
-    }
-    std::shared_ptr<WindowService> createDesktopWindowService() {
-        return implementation().createDesktopWindowService();
-    }
+    auto createMainWindowService() { return implementation().createMainWindowService(); }
+    auto createUnboundWindowService() { return implementation().createUnboundWindowService(); }
+    auto createDesktopWindowService() { return implementation().createDesktopWindowService(); }
     std::wstring getApplicationName() const { return implementation().getApplicationName(); }
     void setApplicationName(const std::wstring& name) { implementation().setApplicationName(name); }
     bool openDocument(const std::wstring& name) { return implementation().openDocument(name); }
     std::wstring getComputerName() const { return implementation().getComputerName(); }
     std::wstring getMachineSid() const { return implementation().getMachineSid(); }
-    std::wstring getApplicationDirectory() const {
-        return implementation().getApplicationDirectory();
-    }
-    std::wstring getUserAppDataDirectory() const {
-        return implementation().getUserAppDataDirectory();
-    }
-    std::wstring getUserDocumentsDirectory() const {
-        return implementation().getUserDocumentsDirectory();
-    }
+    auto getApplicationDirectory() const { return implementation().getApplicationDirectory(); }
+    auto getUserAppDataDirectory() const { return implementation().getUserAppDataDirectory(); }
+    auto getUserDocumentsDirectory() const { return implementation().getUserDocumentsDirectory(); }
     std::wstring getApplicationDataDirectory(bool create) {
         return implementation().getApplicationDataDirectory(create);
     }
@@ -126,9 +114,7 @@ public:
     void quitMessageLoop(int exitCode) { implementation().quitMessageLoop(exitCode); }
     std::uint32_t getApplicationState() const { return implementation().getApplicationState(); }
     void setApplicationState(std::uint32_t state) { implementation().setApplicationState(state); }
-    std::shared_ptr<PropertyBag> getPreferences() const {
-        return implementation().getPreferences();
-    }
+    auto getPreferences() const { return implementation().getPreferences(); }
 };
 
 // The preferences of the application service that is found from a registry;

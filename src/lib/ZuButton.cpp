@@ -60,7 +60,7 @@ void Button::drawSelf(GraphicsService& graphics) {
     }
     const std::int32_t right = std::min(room.right, saturatedSum(left, text.width - 1));
     drawTextIn(graphics, {left, room.top, right, room.bottom},
-               inkColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
+               frontColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
     if (hasFocus()) {
         graphics.drawFocusFrame(area().shrunkBy(scale(2), scale(2)));
     }

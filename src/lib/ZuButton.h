@@ -13,7 +13,6 @@ public:
     explicit Button(const std::wstring& text = {});
 
     // Before the text; may be null.
-    const BitmapRef& bitmap() const noexcept { return bitmap_; }
     bool setBitmap(const BitmapRef& bitmap) { return changeDescriptor(bitmap_, bitmap); }
     void setToggles(bool toggles) noexcept { toggles_ = toggles; }
     bool isChecked() const noexcept { return checked_; }

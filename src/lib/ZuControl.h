@@ -102,13 +102,17 @@ public:
     bool moveTo(Point place);
     bool setSize(Size size) { return setBoundary(Rect::at(boundary_.position(), size)); }
     // The same pixels in the coordinates of the surface; without one, of the topmost control.
-    Rect boundaryOnSurface() const noexcept;
+    Rect boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
     Point toSurface(Point point) const noexcept;
-    Point fromSurface(Point point) const noexcept;
+    Point fromSurface(Point point) const noexcept {
+        return point.movedBy(toSurface({0, 0}).negated());
+    }
     // Its own area from 0, 0.
     Rect area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
     // Inside of the margins, where children are arranged.
-    Rect innerArea() const noexcept;
+    Rect innerArea() const noexcept {
+        return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
+    }
 
     // --- Layout ---
 
@@ -122,9 +126,13 @@ public:
     // The size with its minimum and, where there is one, its maximum kept to.
     Size withinLimits(Size size) const noexcept;
     // What a content of this size gives the control: the margins around it, within the limits.
-    Size sizeAround(Size content) const noexcept;
+    Size sizeAround(Size content) const noexcept {
+        return withinLimits(content.grownBy(arrangement_.margin));
+    }
     // The width inside of the margins; 1 or more.
-    std::int32_t innerWidth(std::int32_t width) const noexcept;
+    std::int32_t innerWidth(std::int32_t width) const noexcept {
+        return Size{width, 0}.shrunkBy(arrangement_.margin).width;
+    }
     // The size that the control would like to have; the base answers with its present one, or with
     // what its arrangement needs, margins included, within the limits.
     virtual Size preferredSize();
@@ -235,12 +243,16 @@ public:
     // The window of this surface has another client area.
     void acceptSize(Size size);
     // Sends a message of this control; the first word is added. Returns false when a gate refused.
-    bool notify(const MessageKind& kind, MessageWord b = {});
+    bool notify(const MessageKind& kind, MessageWord b = {}) {
+        return sendMessage(kind, MessageWord::ofObject(this), b);
+    }
     // The deepest visible control at a point of this one that takes the mouse, also a disabled one.
     virtual Control* controlAt(Point point) noexcept;
-    // The pointer rests on the control, at a point of the surface; it is gone.
-    virtual void showTooltip(Point place);
-    virtual void hideTooltip();
+    // The pointer rests on the control, at a point of the surface: starts the delay of its tooltip,
+    // if it has one on a surface and the application's preference "showTooltips" is not off; before
+    // it appears, kBeforeDisplayTooltip may still set the text. The pointer is gone.
+    void showTooltip(Point place);
+    void hideTooltip();
     // Set by the router. Each sends the message of the change.
     void acceptHover(bool on) { acceptState(hovered_, on, kEnterHovering, kLeaveHovering); }
     void acceptFocus(bool on) { acceptState(focused_, on, kEnterFocus, kLeaveFocus); }
@@ -252,7 +264,7 @@ public:
     // Derived classes hand on what they do not know.
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
     std::shared_ptr<SharedObject> sinkOwner() const override;
-    std::shared_ptr<SharedObject> sourceOwner() const override;
+    std::shared_ptr<SharedObject> sourceOwner() const override { return sinkOwner(); }
 
 protected:
     // Paints the control itself, its left top corner being 0, 0; nothing cuts
@@ -292,10 +304,8 @@ protected:
         if (member) {
             member->disconnect(this);
         }
-        member = descriptor;
-        watch(member.get());
-        stateChanged();
-        return true;
+        watch(descriptor.get());
+        return change(member, descriptor);
     }
     void watch(ChangeTracker* descriptor);
     // Sends kClose; false when a receiver wants the surface to stay.

@@ -1,8 +1,6 @@
 // The part of a control that hears and tells: messages, mouse and keyboard.
 #include "ZuControl.h"
 
-#include "ZuTooltip.h"
-
 namespace zustd {
 
 using enum MessageWords;
@@ -55,10 +53,6 @@ Point pointOfWord(MessageWord word) noexcept {
             static_cast<std::int32_t>(static_cast<std::uint32_t>(bits >> 32))};
 }
 
-bool Control::notify(const MessageKind& kind, MessageWord b) {
-    return sendMessage(kind, MessageWord::ofObject(this), b);
-}
-
 Control* Control::controlAt(Point point) noexcept {
     if (!visible_ || !area().contains(point)) {
         return nullptr;
@@ -71,10 +65,6 @@ Control* Control::controlAt(Point point) noexcept {
     }
     return takesMouse_ || !tooltip_.isEmpty() ? this : nullptr;
 }
-
-void Control::showTooltip(Point place) { startTooltip(*this, place); }
-
-void Control::hideTooltip() { stopTooltip(*this); }
 
 void Control::acceptState(bool& member, bool value, const MessageKind& entered,
                           const MessageKind& left) {
@@ -121,7 +111,5 @@ bool Control::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord
 std::shared_ptr<SharedObject> Control::sinkOwner() const {
     return std::const_pointer_cast<SharedObject>(SharedObject::weak_from_this().lock());
 }
-
-std::shared_ptr<SharedObject> Control::sourceOwner() const { return sinkOwner(); }
 
 }  // namespace zustd

@@ -2,20 +2,11 @@
 #include "ZuControl.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "ZuScope.h"
 #include "ZuWindowService.h"
 
 namespace zustd {
-
-namespace {
-
-// Room for a layout that is only asked what it needs; half of the range, so
-// that positions beyond it are still numbers.
-constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
-
-}  // namespace
 
 bool Control::setBoundary(const Rect& boundary) {
     const std::shared_ptr<Control> self = sharedReference(this);
@@ -38,25 +29,13 @@ bool Control::moveTo(Point place) {
     return setBoundary(moved);
 }
 
-Rect Control::boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
-
 Point Control::toSurface(Point point) const noexcept {
-    const Control* climbing = this;
     // A surface's own boundary is a matter between it and the screen.
-    while (climbing->parent_ != nullptr &&
-           const_cast<Control*>(climbing)->inputRouter() == nullptr) {
-        point = point.movedBy(climbing->boundary_.position());
-        climbing = climbing->parent_;
+    const Control* top = surface();
+    for (const Control* at = this; at != top && at->parent_ != nullptr; at = at->parent_) {
+        point = point.movedBy(at->boundary_.position());
     }
     return point;
-}
-
-Point Control::fromSurface(Point point) const noexcept {
-    return point.movedBy(toSurface({0, 0}).negated());
-}
-
-Rect Control::innerArea() const noexcept {
-    return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
 }
 
 Size Control::withinLimits(Size size) const noexcept {
@@ -66,14 +45,6 @@ Size Control::withinLimits(Size size) const noexcept {
     };
     return {within(size.width, placement_.minimum.width, placement_.maximum.width),
             within(size.height, placement_.minimum.height, placement_.maximum.height)};
-}
-
-Size Control::sizeAround(Size content) const noexcept {
-    return withinLimits(content.grownBy(arrangement_.margin));
-}
-
-std::int32_t Control::innerWidth(std::int32_t width) const noexcept {
-    return Size{width, 0}.shrunkBy(arrangement_.margin).width;
 }
 
 Size Control::preferredSize() {

@@ -135,7 +135,6 @@ enum class ColorRole : std::size_t {
     kText,
     kBackground,
     kDisabledText,
-    kSelectedText,
     kSelectedBackground,
     kHoverText,
     kHoverBackground,
@@ -143,7 +142,7 @@ enum class ColorRole : std::size_t {
     kLink,
     kHoverLink,
 };
-inline constexpr std::size_t kColorRoleCount = 10;
+inline constexpr std::size_t kColorRoleCount = 9;
 
 // A control's colours by their roles.
 class ColorsDescriptor : public Descriptor {

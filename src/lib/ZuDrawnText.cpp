@@ -14,7 +14,6 @@ constexpr Color kUsualColors[kColorRoleCount] = {
     Color::rgb(0x00, 0x00, 0x00),  // kText
     Color(),                       // kBackground
     Color::rgb(0x6D, 0x6D, 0x6D),  // kDisabledText
-    Color::rgb(0xFF, 0xFF, 0xFF),  // kSelectedText
     Color::rgb(0x00, 0x78, 0xD7),  // kSelectedBackground
     Color::rgb(0x00, 0x00, 0x00),  // kHoverText
     Color::rgb(0xDA, 0xEC, 0xFB),  // kHoverBackground
@@ -29,7 +28,7 @@ Color drawnColor(const Control& control, ColorRole role) noexcept {
     return control.color(role, kUsualColors[static_cast<std::size_t>(role)]);
 }
 
-Color inkColor(const Control& control, ColorRole role) noexcept {
+Color frontColor(const Control& control, ColorRole role) noexcept {
     return drawnColor(control, control.isUsable() ? role : ColorRole::kDisabledText);
 }
 
@@ -45,10 +44,6 @@ Size measuredText(const Control& control, std::wstring_view text, const FontStyl
     const std::shared_ptr<Font> font = window && graphics ? window->getFont(style) : nullptr;
     return font ? graphics->measureTextSize(text, *font, width) : Size();
 }
-
-DrawnText::DrawnText(const std::wstring& text) : text_(std::make_shared<TextDescriptor>(text)) {}
-
-std::wstring DrawnText::text() const { return text_ ? text_->text(*this) : std::wstring(); }
 
 bool DrawnText::setText(const std::wstring& text) {
     if (text_ && text_->resource().identifier == 0 && text_->literal() == text) {
@@ -76,7 +71,7 @@ Size DrawnText::preferredSizeForWidth(std::int32_t width) {
 
 void DrawnText::drawSelf(GraphicsService& graphics) {
     drawBackground(graphics);
-    drawTextIn(graphics, innerArea(), inkColor(*this));
+    drawTextIn(graphics, innerArea(), frontColor(*this));
 }
 
 Size DrawnText::textSize(std::int32_t width) const {

@@ -13,7 +13,7 @@ namespace zustd {
 // The control's colour for a role; what nobody sets is as in a light window, kBackground unset.
 Color drawnColor(const Control& control, ColorRole role) noexcept;
 // The same for what is in front: kDisabledText instead when the control cannot be used.
-Color inkColor(const Control& control, ColorRole role = ColorRole::kText) noexcept;
+Color frontColor(const Control& control, ColorRole role = ColorRole::kText) noexcept;
 
 // Whether a key presses a drawn button or link: Space or Enter alone.
 bool isPressingKey(const KeyEvent& event) noexcept;
@@ -25,10 +25,10 @@ Size measuredText(const Control& control, std::wstring_view text, const FontStyl
 class DrawnText : public Control {
 public:
     DrawnText() = default;
-    explicit DrawnText(const std::wstring& text);
+    explicit DrawnText(const std::wstring& text) : text_(std::make_shared<TextDescriptor>(text)) {}
 
     // As it is shown; empty when there is none.
-    std::wstring text() const;
+    std::wstring text() const { return text_ ? text_->text(*this) : std::wstring(); }
     // Gives the control a descriptor of its own with this text.
     bool setText(const std::wstring& text);
     // May be null: no text.

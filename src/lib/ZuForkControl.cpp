@@ -58,8 +58,6 @@ std::int32_t ForkControl::headerHeight() const {
     return saturatedSum(std::max(text, scale(kArrow)), 2 * scale(kHeaderPadding));
 }
 
-Size ForkControl::preferredSize() { return withBody(open_ ? body_->preferredSize() : Size()); }
-
 Size ForkControl::preferredSizeForWidth(std::int32_t width) {
     const std::int32_t room = std::max(saturate(std::int64_t{width} - indent()), 1);
     return withBody(open_ ? body_->preferredSizeForWidth(room) : Size());
@@ -100,7 +98,7 @@ void ForkControl::drawSelf(GraphicsService& graphics) {
     Rect caption = header();
     caption.left = std::min(indent(), caption.right);
     drawTextIn(graphics, caption,
-               inkColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
+               frontColor(*this, isHovered() ? ColorRole::kHoverText : ColorRole::kText));
     if (hasFocus()) {
         graphics.drawFocusFrame(header());
     }
@@ -129,8 +127,6 @@ void ForkControl::onDescriptorChanged() {
     DrawnText::onDescriptorChanged();
 }
 
-Rect ForkControl::header() const { return Rect::at({0, 0}, {boundary().width(), headerHeight()}); }
-
 std::int32_t ForkControl::indent() const { return scale(kArrow + 2 * kArrowGap); }
 
 // An angle that points to the right, or down when the fork is open.
@@ -142,7 +138,7 @@ void ForkControl::drawArrow(GraphicsService& graphics) const {
         return middle.movedBy(open_ ? Point{across, along} : Point{along, across});
     };
     const ColorRole role = isHovered() ? ColorRole::kSelectedBackground : ColorRole::kText;
-    graphics.setPen(inkColor(*this, role), std::max(scale(1), 1));
+    graphics.setPen(frontColor(*this, role), std::max(scale(1), 1));
     graphics.drawLine(at(-reach, -half), at(reach, 0));
     graphics.drawLine(at(reach, 0), at(-reach, half));
 }
@@ -156,10 +152,6 @@ Size ForkControl::withBody(Size body) const {
 void ForkControl::takeHeight() {
     const std::int32_t width = boundary().width();
     setSize({width, preferredSizeForWidth(width).height});
-}
-
-void ForkControl::tellHeight() {
-    notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
 }
 
 }  // namespace zustd

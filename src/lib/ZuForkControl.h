@@ -22,7 +22,7 @@ public:
     bool setOpen(bool open);
     std::int32_t headerHeight() const;
 
-    Size preferredSize() override;
+    Size preferredSize() override { return withBody(open_ ? body_->preferredSize() : Size()); }
     Size preferredSizeForWidth(std::int32_t width) override;
     bool onKey(const KeyEvent& event) override;
     bool sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
@@ -35,12 +35,14 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    Rect header() const;
+    Rect header() const { return Rect::at({0, 0}, {boundary().width(), headerHeight()}); }
     std::int32_t indent() const;
     void drawArrow(GraphicsService& graphics) const;
     Size withBody(Size body) const;
     void takeHeight();
-    void tellHeight();
+    void tellHeight() {
+        notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
+    }
 
     std::shared_ptr<Control> body_;
     bool open_ = false;

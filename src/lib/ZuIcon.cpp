@@ -35,13 +35,9 @@ void drawBitmapAt(GraphicsService& graphics, const Control& control, const Drawn
     }
 }
 
-Icon::Icon(const BitmapRef& bitmap) : bitmap_(bitmap) { setTakesMouse(false); }
-
 bool Icon::setOpacity(double opacity) {
     return change(opacity_, std::isnan(opacity) ? 1.0 : std::clamp(opacity, 0.0, 1.0));
 }
-
-Size Icon::preferredSize() { return sizeAround(drawnBitmap(*this, bitmap_).size); }
 
 void Icon::drawSelf(GraphicsService& graphics) {
     Control::drawSelf(graphics);

@@ -21,18 +21,16 @@ void drawBitmapAt(GraphicsService& graphics, const Control& control, const Drawn
 
 class Icon : public Control {
 public:
-    explicit Icon(const BitmapRef& bitmap = nullptr);
+    explicit Icon(const BitmapRef& bitmap = nullptr) : bitmap_(bitmap) { setTakesMouse(false); }
 
-    const BitmapRef& bitmap() const noexcept { return bitmap_; }
     bool setBitmap(const BitmapRef& bitmap) { return changeDescriptor(bitmap_, bitmap); }
     // An icon whose bitmap is not visible keeps its size and draws nothing.
     bool setBitmapVisible(bool visible) { return change(bitmapVisible_, visible); }
     // From 0, invisible, to 1, opaque; taken to the nearest of these.
-    double opacity() const noexcept { return opacity_; }
     bool setOpacity(double opacity);
 
     // The image's size plus the margins.
-    Size preferredSize() override;
+    Size preferredSize() override { return sizeAround(drawnBitmap(*this, bitmap_).size); }
 
 protected:
     void drawSelf(GraphicsService& graphics) override;

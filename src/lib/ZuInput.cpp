@@ -60,14 +60,9 @@ bool offerUpwards(const std::shared_ptr<Control>& first, const Control* last, Us
 
 // Surfaces on a surface take turns with it in one focus order.
 Control& outermost(Control& surface) noexcept {
-    Control* top = &surface;
-    for (Control* climbing = surface.parentControl(); climbing != nullptr;
-         climbing = climbing->parentControl()) {
-        if (climbing->inputRouter() != nullptr) {
-            top = climbing;
-        }
-    }
-    return *top;
+    Control* holder = surface.parentControl();
+    Control* above = holder != nullptr ? holder->surface() : nullptr;
+    return above != nullptr ? outermost(*above) : surface;
 }
 
 }  // namespace

@@ -19,6 +19,9 @@ namespace zustd {
 
 class Control;
 
+// Room where nothing limits it: half of the range, so that positions beyond it are still numbers.
+inline constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
+
 // Along an axis. Other numbers are kept and mean: at the start, without gaps.
 enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustify = 3 };
 

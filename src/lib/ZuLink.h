@@ -21,7 +21,7 @@ protected:
     void drawSelf(GraphicsService& graphics) override {
         drawBackground(graphics);
         const ColorRole role = isHovered() ? ColorRole::kHoverLink : ColorRole::kLink;
-        drawTextIn(graphics, innerArea(), inkColor(*this, role));
+        drawTextIn(graphics, innerArea(), frontColor(*this, role));
         if (hasFocus()) {
             graphics.drawFocusFrame(area());
         }

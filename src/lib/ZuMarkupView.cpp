@@ -1,7 +1,6 @@
 #include "ZuMarkupView.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "ZuGraphicsService.h"
 #include "ZuScope.h"
@@ -10,10 +9,6 @@
 namespace zustd {
 
 namespace {
-
-// Where nothing limits the width; half of the range, as positions beyond it
-// must still be numbers.
-constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
 
 constexpr std::wstring_view kDelimiters = L" -";
 
@@ -34,11 +29,11 @@ void MarkupText::drawSelf(GraphicsService& graphics) {
     if (!font_) {
         return;
     }
-    const Color ink = inkColor(*this);
+    const Color front = frontColor(*this);
     if (text_.find(L'\n') == std::wstring::npos) {
-        graphics.drawText(text_, Point{0, 0}, *font_, ink);
+        graphics.drawText(text_, Point{0, 0}, *font_, front);
     } else {
-        graphics.drawText(text_, area(), *font_, ink, TextFormat());
+        graphics.drawText(text_, area(), *font_, front, TextFormat());
     }
 }
 
@@ -98,8 +93,6 @@ Size MarkupView::preferredSize() {
     }
     return size;
 }
-
-Size MarkupView::preferredSizeForWidth(std::int32_t width) { return sizeWithin(areaWithin(width)); }
 
 bool MarkupView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
     if (kind == kLeftClicked) {
@@ -206,10 +199,6 @@ void MarkupView::addLineBreak() {
     }
 }
 
-Rect MarkupView::layoutArea() const {
-    return areaWithin(givenWidth_ > 0 ? givenWidth_ : kUnlimited);
-}
-
 bool MarkupView::hasRoom() {
     if (!full_ && children().size() >= kMaxElements) {
         full_ = true;
@@ -297,8 +286,6 @@ void MarkupView::onDescriptorChanged() {
     }
     Control::onDescriptorChanged();
 }
-
-bool MarkupView::reachesServices() const { return windowService() && graphicsService(); }
 
 void MarkupView::parseWhenPossible() {
     if (waiting_ && reachesServices()) {

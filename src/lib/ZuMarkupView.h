@@ -1,18 +1,16 @@
 // A view of a short formatted text, written in a small tag language.
 //
-// The language is ZuMarkup's. Parsing turns the text into child controls, one
-// for each word, run or link, and the row layout puts them into lines. Elements
-// are light: they share their fonts, listen to nothing, and are measured once,
-// so that a view that is resized only places them anew.
+// The language is ZuMarkup's. Parsing turns the text into child controls, one for each word, run or
+// link, and the row layout puts them into lines. Elements are light: they share their fonts, listen
+// to nothing, and are measured once, so that a view that is resized only places them anew.
 //
 // The markup may come from outside: parsing makes no more than kMaxElements
 // elements, and a link sends the message that it names only when there is such a
 // kind and it says of itself that its words are numbers (MessageWords::kNumbers).
 //
-// The view is as large as its text: parsing makes it so, and tells whoever
-// holds it. A view that is auto-sized keeps the width that it has and takes the
-// height alone, and what places the view in a layout or scrolls it gives it any
-// other size, which is forgotten with the next.
+// The view is as large as its text: parsing makes it so, and tells whoever holds it. A view that is
+// auto-sized keeps the width that it has and takes the height alone, and what places the view in a
+// layout or scrolls it gives it any other size, which is forgotten with the next.
 #pragma once
 
 #include <unordered_map>
@@ -79,12 +77,13 @@ public:
 
     // A width that differs is what words wrap at from now on.
     bool setBoundary(const Rect& boundary) override;
-    // Of the text, wrapped at the maximum width or else at the width that the
-    // program or the markup gave the view last, plus twice the margins; within
-    // the maximum size. Auto-sized, it is as high as the width that it has asks
-    // for.
+    // Of the text, wrapped at the maximum width or else at the width that the program or the markup
+    // gave the view last, plus twice the margins; within the maximum size. Auto-sized, it is as
+    // high as the width that it has asks for.
     Size preferredSize() override;
-    Size preferredSizeForWidth(std::int32_t width) override;
+    Size preferredSizeForWidth(std::int32_t width) override {
+        return sizeWithin(areaWithin(width));
+    }
     // A left click on a link sends its message; the words are the view and 0.
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
 
@@ -105,7 +104,9 @@ public:
     void addLineBreak() override;
     // The area that the view's settings leave to the elements. Parsing asks
     // for it whenever it has changed a setting.
-    virtual Rect layoutArea() const;
+    virtual Rect layoutArea() const {
+        return areaWithin(givenWidth_ > 0 ? givenWidth_ : kUnlimited);
+    }
 
 protected:
     void arrangeChildren() override;
@@ -128,7 +129,7 @@ private:
     Rect areaWithin(std::int32_t width) const;
     Size sizeWithin(const Rect& area);
     void takeSize();
-    bool reachesServices() const;
+    bool reachesServices() const { return windowService() && graphicsService(); }
     void parseWhenPossible();
     bool parseAnew();
     void sendFromLink(const MarkupLink& link);

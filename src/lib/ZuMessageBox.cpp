@@ -50,8 +50,7 @@ bool hasAnswer(const MessageBoxContent& box, int answer) noexcept {
         [answer](const MessageBoxButton& button) { return button.answer == answer; });
 }
 
-// A box with one way out may be closed by it; one that asks yes or no has to
-// be answered.
+// A box with one way out may be closed by it; one that asks yes or no has to be answered.
 int cancelAnswerOf(const MessageBoxContent& box) noexcept {
     if (hasAnswer(box, kAnswerCancel)) {
         return kAnswerCancel;

@@ -1,12 +1,10 @@
-// What a message box shows and what the user answers, apart from how it is
-// shown.
+// What a message box shows and what the user answers, apart from how it is shown.
 //
-// A MessageBoxContent is filled in by the caller, completed with button texts in the
-// user's language by the window service, shown by the backend, and holds the
-// answer afterwards. With a rememberKey it offers a check box that stops it
-// from being shown again; the choice is kept in the application service's
-// preferences under that key, and the answer that was remembered is given from
-// then on without showing anything.
+// A MessageBoxContent is filled in by the caller, completed with button texts in the user's
+// language by the window service, shown by the backend, and holds the answer afterwards. With a
+// rememberKey it offers a check box that stops it from being shown again; the choice is kept in the
+// application service's preferences under that key, and the answer that was remembered is given
+// from then on without showing anything.
 #pragma once
 
 #include "ZuServiceLocator.h"

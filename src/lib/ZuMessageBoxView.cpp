@@ -62,7 +62,6 @@ MessageBoxView::MessageBoxView(NativeDialog& dialog, const MessageBoxContent& bo
     : dialog_(dialog),
       box_(box),
       backend_(backend),
-      font_(std::make_shared<FontDescriptor>(FontStyle())),
       icon_(backend.makeIcon(box.style)),
       text_(box.text.size() > kMostLetters ? cutAt(box.text, kMostLetters) : box.text) {}
 

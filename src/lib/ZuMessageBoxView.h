@@ -5,10 +5,9 @@
 // where that leaves room on the screen. A text that would not fit the screen is
 // cut at its end; the clipboard gets the whole of it (Ctrl+C).
 //
-// Buttons show the texts that the box has. Where none of them brings an access
-// key, Yes and No and the like get one, their first letter that is not taken;
-// OK and Cancel have Enter and Escape. Placeholders for missing texts are shown
-// as they stand. Arrow keys move among the buttons.
+// Buttons show the texts that the box has. Where none of them brings an access key, Yes and No and
+// the like get one, their first letter that is not taken; OK and Cancel have Enter and Escape.
+// Placeholders for missing texts are shown as they stand. Arrow keys move among the buttons.
 #pragma once
 
 #include "ZuMessageBox.h"
@@ -65,7 +64,7 @@ private:
     NativeDialog& dialog_;
     const MessageBoxContent& box_;
     IMessageBoxBackend& backend_;
-    std::shared_ptr<FontDescriptor> font_;
+    std::shared_ptr<FontDescriptor> font_ = std::make_shared<FontDescriptor>(FontStyle());
     std::shared_ptr<Control> paper_ = makeControl<Control>();
     std::shared_ptr<Control> icon_;
     std::vector<std::shared_ptr<NativeButton>> buttons_;

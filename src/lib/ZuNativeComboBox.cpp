@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "ZuGraphicsService.h"
-#include "ZuWindowService.h"
+#include "ZuDrawnText.h"
 
 namespace zustd {
 
@@ -33,20 +32,15 @@ bool NativeComboBox::setText(const std::wstring& text) {
     return true;
 }
 
-bool NativeComboBox::canShow(const std::wstring& text) const {
-    return editable_ || text.empty() || findItem(text) != kNullSize;
-}
-
 std::size_t NativeComboBox::findItem(const std::wstring& text) const {
     const auto found = std::find(items_.begin(), items_.end(), text);
     return found == items_.end() ? kNullSize : static_cast<std::size_t>(found - items_.begin());
 }
 
 Size NativeComboBox::preferredSize() {
-    const std::shared_ptr<WindowService> window = windowService();
-    const std::shared_ptr<GraphicsService> graphics = graphicsService();
-    const auto font = window && graphics ? window->getFont(font_) : nullptr;
-    if (!font) {
+    const FontStyle style = styleOf(font_);
+    const std::int32_t line = measuredText(*this, L"X", style).height;
+    if (line == 0) {
         return boundary().size();
     }
     // Arrow, frame and a little room, at a scaling factor of 1.
@@ -54,10 +48,10 @@ Size NativeComboBox::preferredSize() {
     constexpr std::int32_t kSmallestWidth = 100;
     std::int32_t widest = 0;
     for (const std::wstring& item : items_) {
-        widest = std::max(widest, graphics->measureTextWidth(item, *font));
+        widest = std::max(widest, measuredText(*this, item, style).width);
     }
     return {std::max(saturatedSum(widest, scale(kPadding.width)), scale(kSmallestWidth)),
-            saturatedSum(graphics->measureTextHeight(L"X", *font), scale(kPadding.height))};
+            saturatedSum(line, scale(kPadding.height))};
 }
 
 void NativeComboBox::acceptSelection(std::size_t index) {

@@ -1,9 +1,8 @@
 // A native drop-down list, with or without a field to type into.
 //
-// The items are owned here, in a form that a native object can be filled from
-// at any time. Every change goes through the backend's slot: a backend derives
-// from ComboBoxImplementation, which changes the items and then tells the
-// backend what to do to its native object.
+// The items are owned here, in a form that a native object can be filled from at any time. Every
+// change goes through the backend's slot: a backend derives from ComboBoxImplementation, which
+// changes the items and then tells the backend what to do to its native object.
 #pragma once
 
 #include "ZuControl.h"
@@ -60,17 +59,14 @@ public:
     void clear() { implementation().clear(); }
     void selectItem(std::size_t index) { implementation().selectItem(index); }
     std::size_t getSelectedItem() const { return implementation().getSelectedItem(); }
-    std::wstring getItemText(std::size_t index) const {
-        return implementation().getItemText(index);
-    }
+    auto getItemText(std::size_t index) const { return implementation().getItemText(index); }
     std::size_t getItemCount() const { return implementation().getItemCount(); }
     // The first item with exactly this text, or kNullSize.
     std::size_t findItem(const std::wstring& text) const;
 
     Size preferredSize() override;
 
-    // For the backend: all items; what the user did. The messages are sent
-    // without synchronising.
+    // For the backend: all items; what the user did. The messages are sent without synchronising.
     const std::vector<std::wstring>& items() const noexcept { return items_; }
     void acceptSelection(std::size_t index);
     void acceptText(const std::wstring& text);
@@ -78,7 +74,9 @@ public:
 private:
     friend class ComboBoxImplementation;
 
-    bool canShow(const std::wstring& text) const;
+    bool canShow(const std::wstring& text) const {
+        return editable_ || text.empty() || findItem(text) != kNullSize;
+    }
 
     TextRef caption_;
     FontRef font_;

@@ -1,9 +1,8 @@
 // A dialog: a surface in a window of its own that answers a question.
 //
-// show(true) blocks until the dialog is closed, with its owner disabled, and
-// returns the result; show(false) returns at once. Enter presses the default
-// button, Escape closes with kAnswerCancel. A dialog may be shown again. One
-// that is not closable ends only by hide().
+// show(true) blocks until the dialog is closed, with its owner disabled, and returns the result;
+// show(false) returns at once. Enter presses the default button, Escape closes with kAnswerCancel.
+// A dialog may be shown again. One that is not closable ends only by hide().
 //
 // The boundary's size is that of the client area. Its place is on the screen
 // for popups; other dialogs appear in the middle of their owner.
@@ -19,8 +18,7 @@ class NativeButton;
 // What a backend does for a dialog. Slot order is fixed.
 class INativeDialogImpl : public IBackend {
 public:
-    // The dialog's result, or kAnswerNone for one that does not block or that
-    // could not be shown.
+    // The dialog's result, or kAnswerNone for one that does not block or that could not be shown.
     virtual int show(bool modal) = 0;
     // Ends the dialog with a result; does nothing when it is not shown.
     virtual void hide(int result) = 0;

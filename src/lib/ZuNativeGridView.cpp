@@ -79,59 +79,27 @@ bool GridViewImplementation::mirrors() {
     return !stale_;
 }
 
-void GridViewImplementation::show(std::size_t row, bool changed) {
-    if (changed && mirrors()) {
-        mirrorRow(row);
-    }
-}
-
 std::size_t GridViewImplementation::addRow(const std::wstring& key) {
     const std::size_t row = model().addRow(key);
-    if (mirrors()) {
-        mirrorAdded(row);
-    }
+    mirror(true, &Self::mirrorAdded, row);
     return row;
 }
 
 void GridViewImplementation::removeRow(std::size_t row) {
     model().removeRow(row);
-    if (mirrors()) {
-        mirrorRemoved(row);
-    }
+    mirror(true, &Self::mirrorRemoved, row);
 }
 
 void GridViewImplementation::clear() {
     model().clear();
-    if (mirrors()) {
-        mirrorCleared();
-    }
+    mirror(true, &Self::mirrorCleared);
 }
 
 void GridViewImplementation::selectRow(std::size_t row) {
     if (!getAbstraction().isMultiSelect() && !model().isSelected(row)) {
         deselectAllRows();
     }
-    if (model().setSelected(row, true) && mirrors()) {
-        mirrorSelected(row, true);
-    }
-}
-
-void GridViewImplementation::deselectRow(std::size_t row) {
-    if (model().setSelected(row, false) && mirrors()) {
-        mirrorSelected(row, false);
-    }
-}
-
-void GridViewImplementation::selectAllRows() {
-    if (getAbstraction().isMultiSelect() && model().setAllSelected(true) && mirrors()) {
-        mirrorAllSelected(true);
-    }
-}
-
-void GridViewImplementation::deselectAllRows() {
-    if (model().setAllSelected(false) && mirrors()) {
-        mirrorAllSelected(false);
-    }
+    mirror(model().setSelected(row, true), &Self::mirrorSelected, row, true);
 }
 
 }  // namespace zustd

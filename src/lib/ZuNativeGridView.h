@@ -1,10 +1,9 @@
 // A native list of rows with columns, images, check boxes and a selection.
 //
-// The rows are owned here, in a GridModel that a native object can be filled
-// from, or read from on demand, at any time. Every operation on rows goes
-// through the backend's slot: a backend derives from GridViewImplementation,
-// which changes the model and then tells the backend what to do to its native
-// object. What the user does comes back through the accept operations.
+// The rows are owned here, in a GridModel that a native object can be filled from, or read from on
+// demand, at any time. Every operation on rows goes through the backend's slot: a backend derives
+// from GridViewImplementation, which changes the model and then tells the backend what to do to its
+// native object. What the user does comes back through the accept operations.
 //
 // Within a ControlUpdate only the model changes; at its end the native object
 // is brought up to date at once. Put one around changes of many rows.
@@ -37,8 +36,7 @@ public:
     virtual void selectAllRows() = 0;
     virtual void deselectAllRows() = 0;
     virtual std::vector<std::size_t> getSelectedRows() const = 0;
-    // Gives the columns the widths of the abstraction; one of width 0 is
-    // measured anew.
+    // Gives the columns the widths of the abstraction; one of width 0 is measured anew.
     virtual void resizeColumns() = 0;
     // Loads the images of the abstraction's bitmap list anew.
     virtual void synchronizeBitmaps() = 0;
@@ -58,8 +56,7 @@ struct GridColumn {
 
 class NativeGridView : public NativeControl<INativeGridViewImpl> {
 public:
-    // First word: the grid. Second word: the row, or kNullSize where none is
-    // meant.
+    // First word: the grid. Second word: the row, or kNullSize where none is meant.
     static const MessageKind kBeforeDisplayRowTooltip;
     static const MessageKind kCheckStateChanged;
     static const MessageKind kLeftClicked;
@@ -91,11 +88,10 @@ public:
     // backend after kBeforeDisplayRowTooltip was sent.
     void setRowTooltip(const std::wstring& text) { rowTooltip_ = text; }
 
-    // The nineteen operations. Each fails the assertion "impl_" without
-    // backend, and "row != NullSize && row < getRowCount()" for a row that
-    // there is not. Keys are unique and not empty (see GridModel). Changes by
-    // the program send no message. Without multiple selection selecting a row
-    // deselects the others, and selectAllRows does nothing.
+    // The nineteen operations. Each fails the assertion "impl_" without backend, and
+    // "row != NullSize && row < getRowCount()" for a row that there is not. Keys are unique and not
+    // empty (see GridModel). Changes by the program send no message. Without multiple selection
+    // selecting a row deselects the others, and selectAllRows does nothing.
     std::size_t addRow(const std::wstring& key) { return changing().addRow(key); }
     void removeRow(std::size_t row) { changing(row).removeRow(row); }
     void clear() { changing().clear(); }
@@ -124,8 +120,7 @@ public:
     void resizeColumns() { implementation().resizeColumns(); }
     void synchronizeBitmaps() { implementation().synchronizeBitmaps(); }
 
-    // For the backend: the rows; what the user did. The messages are sent
-    // without synchronising.
+    // For the backend: the rows; what the user did. The messages are sent without synchronising.
     GridModel& model() noexcept { return model_; }
     const GridModel& model() const noexcept { return model_; }
     void acceptChecked(std::size_t row, bool checked);
@@ -173,20 +168,27 @@ public:
         return model().cell(row, column);
     }
     void setCell(std::size_t row, std::size_t column, const std::wstring& text) override {
-        show(row, model().setCell(row, column, text));
+        mirror(model().setCell(row, column, text), &Self::mirrorRow, row);
     }
     std::int32_t getRowBitmap(std::size_t row) const override { return model().bitmap(row); }
     void setRowBitmap(std::size_t row, std::int32_t bitmap) override {
-        show(row, model().setBitmap(row, bitmap));
+        mirror(model().setBitmap(row, bitmap), &Self::mirrorRow, row);
     }
     bool getRowChecked(std::size_t row) const override { return model().isChecked(row); }
     void setRowChecked(std::size_t row, bool on) override {
-        show(row, model().setChecked(row, on));
+        mirror(model().setChecked(row, on), &Self::mirrorRow, row);
     }
     void selectRow(std::size_t row) override;
-    void deselectRow(std::size_t row) override;
-    void selectAllRows() override;
-    void deselectAllRows() override;
+    void deselectRow(std::size_t row) override {
+        mirror(model().setSelected(row, false), &Self::mirrorSelected, row, false);
+    }
+    void selectAllRows() override {
+        const bool changed = getAbstraction().isMultiSelect() && model().setAllSelected(true);
+        mirror(changed, &Self::mirrorAllSelected, true);
+    }
+    void deselectAllRows() override {
+        mirror(model().setAllSelected(false), &Self::mirrorAllSelected, false);
+    }
     std::vector<std::size_t> getSelectedRows() const override { return model().selectedRows(); }
 
     // Whether the native object may differ from the model because of changes
@@ -211,9 +213,16 @@ protected:
     void markStale() noexcept { stale_ = true; }
 
 private:
+    using Self = GridViewImplementation;
+
     // Whether to mirror now; otherwise the change is noted for later.
     bool mirrors();
-    void show(std::size_t row, bool changed);
+    template <class... Args>
+    void mirror(bool changed, void (Self::*how)(Args...), Args... args) {
+        if (changed && mirrors()) {
+            (this->*how)(args...);
+        }
+    }
 
     bool stale_ = true;
 };

@@ -18,21 +18,6 @@ PopupMenuItem* findIn(std::vector<PopupMenuItem>& items, std::uint32_t identifie
 
 }  // namespace
 
-void NativePopupMenu::setItems(std::vector<PopupMenuItem> items) {
-    items_ = std::move(items);
-    stateChanged();
-}
-
-void NativePopupMenu::addItem(std::uint32_t identifier, std::wstring caption) {
-    items_.push_back({.identifier = identifier, .caption = std::move(caption), .items = {}});
-    stateChanged();
-}
-
-void NativePopupMenu::addSeparator() {
-    items_.emplace_back();
-    stateChanged();
-}
-
 PopupMenuItem* NativePopupMenu::findItem(std::uint32_t identifier) noexcept {
     return findIn(items_, identifier);
 }

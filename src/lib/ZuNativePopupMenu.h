@@ -35,12 +35,13 @@ public:
     ~NativePopupMenu() override { releaseImplementation(); }
 
     const std::vector<PopupMenuItem>& items() const noexcept { return items_; }
-    void setItems(std::vector<PopupMenuItem> items);
+    void setItems(std::vector<PopupMenuItem> items) { items_ = std::move(items); }
     // Each goes to the menu's end.
-    void addItem(std::uint32_t identifier, std::wstring caption);
-    void addSeparator();
-    // The item with this identifier at any depth, or null. Valid until items
-    // are added.
+    void addItem(std::uint32_t identifier, std::wstring caption) {
+        items_.push_back({.identifier = identifier, .caption = std::move(caption), .items = {}});
+    }
+    void addSeparator() { items_.emplace_back(); }
+    // The item with this identifier at any depth, or null. Valid until items are added.
     PopupMenuItem* findItem(std::uint32_t identifier) noexcept;
 
     // Shows the menu and sends kSelected with the chosen identifier as second

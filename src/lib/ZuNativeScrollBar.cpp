@@ -45,10 +45,6 @@ bool NativeScrollBar::setPosition(std::int32_t position) {
     return true;
 }
 
-std::int32_t NativeScrollBar::highestPosition() const noexcept {
-    return saturate(std::max<std::int64_t>(std::int64_t{maximum_} - pageSize_ + 1, minimum_));
-}
-
 Size NativeScrollBar::preferredSize() {
     // The usual one where there is no backend to ask.
     const std::int32_t thickness = hasImplementation() ? implementation().getThickness() : 17;
@@ -70,31 +66,23 @@ bool NativeScrollBar::onMouse(const MouseEvent& event) {
 }
 
 bool NativeScrollBar::onKey(const KeyEvent& event) {
-    const auto step = [this](std::int64_t distance) {
-        return setPosition(saturate(position_ + distance));
+    const std::int64_t line = lineSize_;
+    const std::int64_t page = pageSize_;
+    const std::int64_t all = std::int64_t{maximum_} - minimum_;
+    const std::pair<std::uint32_t, std::int64_t> keys[] = {
+        {vertical_ ? kKeyUp : kKeyLeft, -line},
+        {vertical_ ? kKeyDown : kKeyRight, line},
+        {kKeyPageUp, -page},
+        {kKeyPageDown, page},
+        {kKeyHome, -all},
+        {kKeyEnd, all},
     };
-    switch (event.key) {
-        case kKeyUp:
-        case kKeyLeft:
-            return vertical_ == (event.key == kKeyUp) && step(-std::int64_t{lineSize_});
-        case kKeyDown:
-        case kKeyRight:
-            return vertical_ == (event.key == kKeyDown) && step(lineSize_);
-        case kKeyPageUp:
-            return step(-std::int64_t{pageSize_});
-        case kKeyPageDown:
-            return step(pageSize_);
-        case kKeyHome:
-            return setPosition(minimum_);
-        case kKeyEnd:
-            return setPosition(highestPosition());
-        default:
-            return false;
+    for (const auto& [key, distance] : keys) {
+        if (event.key == key) {
+            return setPosition(saturate(position_ + distance));
+        }
     }
-}
-
-void NativeScrollBar::pushArrows() {
-    implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
+    return false;
 }
 
 void NativeScrollBar::pushRange() {

@@ -46,7 +46,9 @@ public:
     // Taken to the nearest position that there is; kScrolled and the kind of its
     // direction are sent, whoever moves it.
     bool setPosition(std::int32_t position);
-    std::int32_t highestPosition() const noexcept;
+    std::int32_t highestPosition() const noexcept {
+        return saturate(std::max<std::int64_t>(std::int64_t{maximum_} - pageSize_ + 1, minimum_));
+    }
 
     bool isTracking() const { return hasImplementation() && implementation().isTracking(); }
     Size preferredSize() override;
@@ -54,12 +56,13 @@ public:
     bool onMouse(const MouseEvent& event) override;
     bool onKey(const KeyEvent& event) override;
 
-    // For the backend: the user has scrolled. Steps of lines and pages are
-    // passed as positions too.
+    // For the backend: the user has scrolled. Steps of lines and pages are passed as positions too.
     void acceptPosition(std::int32_t position) { setPosition(position); }
 
 private:
-    void pushArrows();
+    void pushArrows() {
+        implementation().setEnableArrows(position_ > minimum_, position_ < highestPosition());
+    }
     void pushRange();
 
     std::int32_t minimum_ = 0;

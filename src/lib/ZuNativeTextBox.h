@@ -23,14 +23,12 @@ public:
     TextDescriptor& watermark() const { return required(watermark_, L"watermark_", ZU_HERE); }
     bool hasWatermark() const noexcept { return watermark_ != nullptr; }
     bool setWatermark(const TextRef& watermark) { return changeDescriptor(watermark_, watermark); }
-    // Fails the assertion "font_" when there is none; the font is that of a new
-    // descriptor then.
+    // Fails the assertion "font_" when there is none; the font is that of a new descriptor then.
     FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 
-    // Lines end in a line feed alone: carriage returns are left out. Cut to the
-    // maximum length.
+    // Lines end in a line feed alone: carriage returns are left out. Cut to the maximum length.
     const std::wstring& text() const noexcept { return text_; }
     bool setText(const std::wstring& text);
     TextBoxKind kind() const noexcept { return kind_; }
@@ -44,8 +42,7 @@ public:
 
     Size preferredSize() override;
 
-    // For the backend: the user has changed the text. Sends the message
-    // without synchronising.
+    // For the backend: the user has changed the text. Sends the message without synchronising.
     void acceptText(const std::wstring& text);
 
 private:

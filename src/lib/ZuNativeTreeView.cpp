@@ -39,19 +39,6 @@ bool TreeViewImplementation::mirrors() {
     return !isStale();
 }
 
-TreeNode TreeViewImplementation::added(TreeNode node) {
-    if (mirrors()) {
-        mirrorAdded(node);
-    }
-    return node;
-}
-
-void TreeViewImplementation::show(TreeNode node, bool changed) {
-    if (changed && mirrors()) {
-        mirrorNode(node);
-    }
-}
-
 void TreeViewImplementation::setEnableRedraw(bool enable) {
     if (!enable) {
         ++redrawOff_;
@@ -68,28 +55,20 @@ TreeNode TreeViewImplementation::addChildNode(TreeNode parent, const std::wstrin
 
 void TreeViewImplementation::removeNode(TreeNode node) {
     ZU_ASSERT_AS(model().contains(node), L"contains(node)", ZU_HERE);
-    if (mirrors()) {
-        mirrorRemoving(node);
-    }
+    mirror(true, &Self::mirrorRemoving, node);
     model().remove(node);
-    if (mirrors()) {
-        mirrorSelection();
-    }
+    mirror(true, &Self::mirrorSelection);
 }
 
 void TreeViewImplementation::clear() {
     model().clear();
-    if (mirrors()) {
-        mirrorCleared();
-    }
+    mirror(true, &Self::mirrorCleared);
 }
 
 void TreeViewImplementation::setNodeExpanded(TreeNode node, bool expanded) {
     if (model().setExpanded(node, expanded)) {
         liftSelection();
-        if (mirrors()) {
-            mirrorExpanded(node);
-        }
+        mirror(true, &Self::mirrorExpanded, node);
     }
 }
 
@@ -102,17 +81,13 @@ void TreeViewImplementation::expandSubtree(TreeNode top, bool expanded) {
     }
     if (changed) {
         liftSelection();
-        if (mirrors()) {
-            mirrorAllExpanded(top);
-        }
+        mirror(true, &Self::mirrorAllExpanded, top);
     }
 }
 
 // The outermost collapsed node above the selected one takes over from it.
 void TreeViewImplementation::liftSelection() {
-    if (model().select(model().standInFor(model().selected())) && mirrors()) {
-        mirrorSelection();
-    }
+    mirror(model().select(model().standInFor(model().selected())), &Self::mirrorSelection);
 }
 
 void TreeViewImplementation::selectNode(TreeNode node) {
@@ -121,13 +96,9 @@ void TreeViewImplementation::selectNode(TreeNode node) {
     }
     for (TreeNode above = node != kNoNode ? model().parent(node) : kNoNode; above != kNoNode;
          above = model().parent(above)) {
-        if (model().setExpanded(above, true) && mirrors()) {
-            mirrorExpanded(above);
-        }
+        mirror(model().setExpanded(above, true), &Self::mirrorExpanded, above);
     }
-    if (mirrors()) {
-        mirrorSelection();
-    }
+    mirror(true, &Self::mirrorSelection);
 }
 
 }  // namespace zustd

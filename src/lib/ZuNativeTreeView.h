@@ -1,14 +1,12 @@
 // A native tree of nodes with images, check boxes and one selected node.
 //
-// The nodes are owned here, in a TreeModel that a native object can be filled
-// from at any time. Every operation on nodes goes through the backend's slot:
-// a backend derives from TreeViewImplementation, which changes the model and
-// then tells the backend what to do to its native object. What the user does
-// comes back through the accept operations.
+// The nodes are owned here, in a TreeModel that a native object can be filled from at any time.
+// Every operation on nodes goes through the backend's slot: a backend derives from
+// TreeViewImplementation, which changes the model and then tells the backend what to do to its
+// native object. What the user does comes back through the accept operations.
 //
-// The selected node is never below a collapsed one: selecting a node expands
-// what is above it, and a node that the program collapses takes the selection
-// over from below it, without a message.
+// The selected node is never below a collapsed one: selecting a node expands what is above it, and
+// a node that the program collapses takes the selection over from below it, without a message.
 //
 // Switch redrawing off around changes of many nodes: only the model changes
 // then, and switching it on again brings the native object up to date at once.
@@ -104,11 +102,10 @@ public:
     // A tree view that has a native object gets a new one.
     bool setCheckBoxes(bool checkBoxes) { return change(checkBoxes_, checkBoxes); }
 
-    // The operations of INativeTreeViewImpl. Each fails the assertion "impl_"
-    // without backend and "contains(node)" for a node that there is not; only
-    // ensureNodeVisible does nothing then, and getNodeBoundary is empty, since
-    // what is on the screen may be asked for at any time. Changes by the program
-    // send no message.
+    // The operations of INativeTreeViewImpl. Each fails the assertion "impl_" without backend and
+    // "contains(node)" for a node that there is not; only ensureNodeVisible does nothing then, and
+    // getNodeBoundary is empty, since what is on the screen may be asked for at any time. Changes
+    // by the program send no message.
     void setEnableRedraw(bool enable) {
         const std::shared_ptr<Control> self = sharedReference<Control>(this);
         implementation().setEnableRedraw(enable);
@@ -119,8 +116,7 @@ public:
     TreeNode addChildNode(TreeNode parent, const std::wstring& key, const std::wstring& caption) {
         return changing().addChildNode(parent, key, caption);
     }
-    TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key,
-                            const std::wstring& caption) {
+    auto addSiblingNode(TreeNode sibling, const std::wstring& key, const std::wstring& caption) {
         return changing().addSiblingNode(sibling, key, caption);
     }
     void removeNode(TreeNode node) { changing().removeNode(node); }
@@ -137,7 +133,7 @@ public:
     TreeNode getFirstChildNode(TreeNode node) const { return nodes().getFirstChildNode(node); }
     TreeNode getLastChildNode(TreeNode node) const { return nodes().getLastChildNode(node); }
     TreeNode getNextSiblingNode(TreeNode node) const { return nodes().getNextSiblingNode(node); }
-    TreeNode getPreviousSiblingNode(TreeNode node) const {
+    auto getPreviousSiblingNode(TreeNode node) const {
         return nodes().getPreviousSiblingNode(node);
     }
     TreeNode getLastSiblingNode(TreeNode node) const { return nodes().getLastSiblingNode(node); }
@@ -167,8 +163,7 @@ public:
     // While kNodeExpanding or kNodeCollapsing is being sent: it does not happen.
     void refuseExpanding() noexcept { expandingRefused_ = true; }
 
-    // For the backend: the nodes; what the user did. The messages are sent
-    // without synchronising.
+    // For the backend: the nodes; what the user did. The messages are sent without synchronising.
     TreeModel& model() noexcept { return model_; }
     const TreeModel& model() const noexcept { return model_; }
     void acceptSelection(TreeNode node);
@@ -213,7 +208,7 @@ public:
     TreeNode getPreviousNode(TreeNode node) const override { return model().previous(node); }
     std::wstring getNodeCaption(TreeNode node) const override { return model().caption(node); }
     void setNodeCaption(TreeNode node, const std::wstring& caption) override {
-        show(node, model().setCaption(node, caption));
+        mirror(model().setCaption(node, caption), &Self::mirrorNode, node);
     }
     TreeNode getFirstRootNode() const override { return model().firstRoot(); }
     TreeNode getLastRootNode() const override { return model().lastRoot(); }
@@ -233,17 +228,17 @@ public:
     void collapseAllNodes(TreeNode node) override { expandSubtree(node, false); }
     bool getNodeChecked(TreeNode node) const override { return model().isChecked(node); }
     void setNodeChecked(TreeNode node, bool on) override {
-        show(node, model().setChecked(node, on));
+        mirror(model().setChecked(node, on), &Self::mirrorNode, node);
     }
     std::int32_t getNodeBitmap(TreeNode node) const override { return model().bitmap(node); }
     void setNodeBitmap(TreeNode node, std::int32_t bitmap) override {
-        show(node, model().setBitmap(node, bitmap));
+        mirror(model().setBitmap(node, bitmap), &Self::mirrorNode, node);
     }
     std::wstring getNodeKey(TreeNode node) const override { return model().key(node); }
     TreeNode findNode(const std::wstring& key) const override { return model().find(key); }
     bool getNodeEmphasized(TreeNode node) const override { return model().isEmphasized(node); }
     void setNodeEmphasized(TreeNode node, bool emphasized) override {
-        show(node, model().setEmphasized(node, emphasized));
+        mirror(model().setEmphasized(node, emphasized), &Self::mirrorNode, node);
     }
     TreeNode getSelectedNode() const override { return model().selected(); }
     void selectNode(TreeNode node) override;
@@ -277,10 +272,20 @@ protected:
     TreeState state_ = TreeState::kEmpty;
 
 private:
+    using Self = TreeViewImplementation;
+
     // Whether to mirror now; otherwise the change is noted for later.
     bool mirrors();
-    TreeNode added(TreeNode node);
-    void show(TreeNode node, bool changed);
+    template <class... Args>
+    void mirror(bool changed, void (Self::*how)(Args...), Args... args) {
+        if (changed && mirrors()) {
+            (this->*how)(args...);
+        }
+    }
+    TreeNode added(TreeNode node) {
+        mirror(true, &Self::mirrorAdded, node);
+        return node;
+    }
     void expandSubtree(TreeNode top, bool expanded);
     void liftSelection();
 

@@ -1,9 +1,8 @@
 // A native window that paints drawn controls and holds native widgets.
 //
-// A surface: the root of a control tree, with an input router and services of
-// its own. On another surface it is a child window in the place of its
-// boundary; made by a service without a window it is a window of its own on
-// the screen, with a caption, whose client area is the boundary's size.
+// A surface: the root of a control tree, with an input router and services of its own. On another
+// surface it is a child window in the place of its boundary; made by a service without a window it
+// is a window of its own on the screen, with a caption, whose client area is the boundary's size.
 //
 // The surface paints its background and its drawn children in the colours of
 // its descriptor; without a background colour in that of the system's dialogs.

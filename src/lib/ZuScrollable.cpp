@@ -13,6 +13,8 @@ namespace {
 
 // What an arrow key scrolls by, at a scaling factor of 1.
 constexpr std::int32_t kLine = 16;
+// Further than any content reaches.
+constexpr std::int32_t kToEnd = std::numeric_limits<std::int32_t>::max();
 
 // The nearest place for a window of this extent from which it shows first to
 // last; the first when it cannot show all.
@@ -92,18 +94,10 @@ bool ScrollView::scrollTo(Point position) {
     return true;
 }
 
-bool ScrollView::scrollBy(std::int32_t horizontal, std::int32_t vertical) {
-    return scrollTo(position_.movedBy({horizontal, vertical}));
-}
-
-bool ScrollView::scrollIntoView(const Rect& area) {
+Point ScrollView::positionShowing(const Rect& area) const noexcept {
     const Size view = viewport_->boundary().size();
-    return scrollTo({nearestView(position_.x, view.width, area.left, area.right),
-                     nearestView(position_.y, view.height, area.top, area.bottom)});
-}
-
-bool ScrollView::scrollTo(const Control& inside) {
-    return isInside(&inside) && scrollIntoView(areaOf(inside));
+    return {nearestView(position_.x, view.width, area.left, area.right),
+            nearestView(position_.y, view.height, area.top, area.bottom)};
 }
 
 Size ScrollView::preferredSize() {
@@ -137,26 +131,20 @@ bool ScrollView::onKey(const KeyEvent& event) {
     const std::int32_t line = lineSize();
     // A line of the old page stays in view.
     const std::int32_t page = std::max(viewport_->boundary().height() - line, line);
-    switch (event.key) {
-        case kKeyUp:
-            return scrollBy(0, -line);
-        case kKeyDown:
-            return scrollBy(0, line);
-        case kKeyLeft:
-            return scrollBy(-line, 0);
-        case kKeyRight:
-            return scrollBy(line, 0);
-        case kKeyPageUp:
-            return scrollBy(0, -page);
-        case kKeyPageDown:
-            return scrollBy(0, page);
-        case kKeyHome:
-            return scrollTo(Point{position_.x, 0});
-        case kKeyEnd:
-            return scrollTo(Point{position_.x, highestPosition().y});
-        default:
-            return false;
+    const struct {
+        std::uint32_t key;
+        Point step;
+    } keys[] = {
+        {kKeyUp, {0, -line}},     {kKeyDown, {0, line}},    {kKeyLeft, {-line, 0}},
+        {kKeyRight, {line, 0}},   {kKeyPageUp, {0, -page}}, {kKeyPageDown, {0, page}},
+        {kKeyHome, {0, -kToEnd}}, {kKeyEnd, {0, kToEnd}},
+    };
+    for (const auto& [key, step] : keys) {
+        if (event.key == key) {
+            return scrollBy(step.x, step.y);
+        }
     }
+    return false;
 }
 
 bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
@@ -180,12 +168,9 @@ bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, Messag
         scrollTo(*a.object<Control>());
         return false;
     }
-    if (kind == kShouldScrollChildIntoView) {
-        const bool found = isInside(b.object<Control>());
-        if (found) {
-            scrollTo(*b.object<Control>());
-        }
-        return found;
+    if (kind == kShouldScrollChildIntoView && isInside(b.object<Control>())) {
+        scrollTo(*b.object<Control>());
+        return true;
     }
     if (kind == kEnterLeftClicking && isInside(a.object<Control>()) &&
         !a.object<Control>()->isFocusable()) {
@@ -233,9 +218,7 @@ void ScrollView::arrangeChildren() {
     placeContent({std::max(wanted.width, room.width), std::max(wanted.height, room.height)});
     placeBars(room, thickness);
     if (focused && isInside(focused.get())) {
-        const Rect seen = areaOf(*focused);
-        position_ = {nearestView(position_.x, room.width, seen.left, seen.right),
-                     nearestView(position_.y, room.height, seen.top, seen.bottom)};
+        position_ = positionShowing(areaOf(*focused));
         placeContent(content_->boundary().size());
         showPosition();
     }
@@ -318,10 +301,6 @@ void ScrollView::showPosition() {
 
 std::int32_t ScrollView::lineSize() const { return std::max(scale(kLine), 1); }
 
-bool ScrollView::isInside(const Control* control) const noexcept {
-    return control != nullptr && content_ && content_->isAncestorOf(*control);
-}
-
 // The control that the user works with, when it can be seen whole.
 std::shared_ptr<Control> ScrollView::focusedInView() noexcept {
     const std::shared_ptr<Control> focused = focusedOnSurface();
@@ -329,11 +308,6 @@ std::shared_ptr<Control> ScrollView::focusedInView() noexcept {
     const bool seen =
         isInside(focused.get()) && view.intersection(areaOf(*focused)) == areaOf(*focused);
     return seen ? focused : nullptr;
-}
-
-// In the content's coordinates.
-Rect ScrollView::areaOf(const Control& inside) const noexcept {
-    return inside.boundaryOnSurface().movedBy(content_->toSurface({0, 0}).negated());
 }
 
 }  // namespace zustd

@@ -25,7 +25,6 @@ public:
     // Null before there is any.
     const std::shared_ptr<Control>& contentControl() const noexcept { return content_; }
     void setContent(const std::shared_ptr<Control>& content);
-    Control& viewport() const noexcept { return *viewport_; }
     // Null as long as it has not been needed.
     const auto& scrollBar(bool vertical) const noexcept { return bars_[vertical]; }
 
@@ -37,11 +36,15 @@ public:
     // a layout moves, to keep to the content's size or to the control with the
     // focus, is not announced: receivers could change what is being laid out.
     bool scrollTo(Point position);
-    bool scrollBy(std::int32_t horizontal, std::int32_t vertical);
+    bool scrollBy(std::int32_t horizontal, std::int32_t vertical) {
+        return scrollTo(position_.movedBy({horizontal, vertical}));
+    }
     // As little as brings an area of the content, or a control inside of it,
     // into view; of what is too large the left top part.
-    bool scrollIntoView(const Rect& area);
-    bool scrollTo(const Control& inside);
+    bool scrollIntoView(const Rect& area) { return scrollTo(positionShowing(area)); }
+    bool scrollTo(const Control& inside) {
+        return isInside(&inside) && scrollIntoView(areaOf(inside));
+    }
 
     // Those of the content, within the view's own limits.
     Size preferredSize() override;
@@ -57,7 +60,10 @@ protected:
     void onInputStateChanged() override { refresh(); }
 
 private:
-    bool isInside(const Control* control) const noexcept;
+    bool isInside(const Control* control) const noexcept {
+        return control != nullptr && content_ && content_->isAncestorOf(*control);
+    }
+    Point positionShowing(const Rect& area) const noexcept;
     std::int32_t lineSize() const;
     std::int32_t barThickness(bool vertical);
     Size measureContent(Size room);
@@ -65,7 +71,10 @@ private:
     void placeContent(Size size);
     void showPosition();
     std::shared_ptr<Control> focusedInView() noexcept;
-    Rect areaOf(const Control& inside) const noexcept;
+    // In the content's coordinates.
+    Rect areaOf(const Control& inside) const noexcept {
+        return inside.boundaryOnSurface().movedBy(content_->toSurface({0, 0}).negated());
+    }
 
     std::shared_ptr<Control> viewport_;
     std::shared_ptr<Control> content_;

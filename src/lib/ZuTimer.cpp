@@ -1,7 +1,5 @@
 #include "ZuTimer.h"
 
-#include <algorithm>
-
 namespace zustd {
 
 const MessageKind Timer::kTimerTick(L"timerTick.Timer", MessageWords::kObject);
@@ -10,10 +8,6 @@ bool Timer::start(std::uint32_t milliseconds, bool repeating) {
     setInterval(milliseconds);
     setRepeating(repeating);
     return start();
-}
-
-void Timer::setInterval(std::uint32_t milliseconds) {
-    implementation().setInterval(std::max(milliseconds, std::uint32_t{1}));
 }
 
 void Timer::acceptTick() {

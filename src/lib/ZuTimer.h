@@ -1,6 +1,8 @@
 // A timer that sends a message on the main thread while the message loop runs.
 #pragma once
 
+#include <algorithm>
+
 #include "ZuAbstraction.h"
 #include "ZuMessaging.h"
 #include "ZuSharedObject.h"
@@ -38,7 +40,9 @@ public:
     bool start(std::uint32_t milliseconds, bool repeating);
     void stop() { implementation().stop(); }
     bool isRunning() const { return implementation().isRunning(); }
-    void setInterval(std::uint32_t milliseconds);
+    void setInterval(std::uint32_t milliseconds) {
+        implementation().setInterval(std::max(milliseconds, std::uint32_t{1}));
+    }
     std::uint32_t getInterval() const { return implementation().getInterval(); }
     void setRepeating(bool repeating) { implementation().setRepeating(repeating); }
     bool isRepeating() const { return implementation().isRepeating(); }

@@ -1,8 +1,6 @@
 #include "ZuTooltip.h"
 
 #include "ZuApplicationService.h"
-#include "ZuDrawnText.h"
-#include "ZuGraphicsService.h"
 #include "ZuNativeDialog.h"
 #include "ZuPropertyBag.h"
 #include "ZuTimer.h"
@@ -27,17 +25,24 @@ bool areTooltipsWanted(const Control& control) {
     return !preferences || preferences->getBool(L"showTooltips", true);
 }
 
+// The window's object of this name, which is made when there is none.
+template <class T, class Make>
+std::shared_ptr<T> named(WindowService& window, const std::wstring& key, Make&& make) {
+    auto object = std::dynamic_pointer_cast<T>(window.getNamedObject(key));
+    if (!object && (object = make())) {
+        window.setNamedObject(key, object);
+    }
+    return object;
+}
+
 std::shared_ptr<NativeDialog> dialogFor(const Control& control, WindowService& window) {
-    const std::wstring key = tooltipDialogKey(control);
-    auto dialog = std::dynamic_pointer_cast<NativeDialog>(window.getNamedObject(key));
-    if (!dialog) {
-        dialog = window.createNativeDialog(NativeDialog::kStylePopup);
+    return named<NativeDialog>(window, tooltipDialogKey(control), [&window] {
+        auto dialog = window.createNativeDialog(NativeDialog::kStylePopup);
         if (dialog) {
             dialog->addChild(makeControl<Tooltip>());
-            window.setNamedObject(key, dialog);
         }
-    }
-    return dialog;
+        return dialog;
+    });
 }
 
 void fillDialog(NativeDialog& dialog, const Control& control, const TooltipOptions& options) {
@@ -97,30 +102,26 @@ std::wstring tooltipTimerKey(const Control& control) { return L"TTTIMER:" + cont
 std::wstring tooltipDialogKey(const Control& control) { return L"TTDIALOG:" + control.idText(); }
 
 Tooltip::Tooltip() {
+    changeFormat(&TextFormat::wordWrap, true);
     setTakesMouse(false);
     setArrangement({.margin = kMargin});
 }
 
 Size Tooltip::preferredSize() {
-    const Size text = measuredText(*this, text_, styleOf(font_));
+    const Size text = textSize(0);
     const Size maximum = placement().maximum;
     if (maximum.isEmpty()) {
         return text.grownBy(arrangement().margin);
     }
     const std::int32_t room = innerWidth(maximum.width);
-    return sizeAround(text.width > room ? measuredText(*this, text_, styleOf(font_), room) : text);
+    return sizeAround(text.width > room ? textSize(room) : text);
 }
 
 void Tooltip::drawSelf(GraphicsService& graphics) {
     graphics.drawRectangle(area(), color(ColorRole::kBackground, kPaper));
     graphics.setPen(color(ColorRole::kBorder, kFrame), 1);
     graphics.drawRectangle(area());
-    const std::shared_ptr<WindowService> window = windowService();
-    ZU_ASSERT_AS(window, L"ws", ZU_HERE);
-    if (const auto font = window->getFont(font_)) {
-        graphics.drawText(text_, innerArea(), *font, color(ColorRole::kText, kInk),
-                          {.wordWrap = true});
-    }
+    drawTextIn(graphics, innerArea(), color(ColorRole::kText, kInk));
 }
 
 void Tooltip::onJoinedSurface() {
@@ -128,39 +129,36 @@ void Tooltip::onJoinedSurface() {
     setArrangement({.margin = {scale(kMargin.width), scale(kMargin.height)}});
 }
 
-void startTooltip(Control& control, Point place) {
-    const std::shared_ptr<Control> held = sharedReference(&control);
-    const auto window = control.surface() != nullptr ? control.windowService() : nullptr;
-    if (control.tooltip().isEmpty() || !held || !window || !areTooltipsWanted(control)) {
+// The timer and the dialog stay until the tooltip is hidden.
+void Control::showTooltip(Point place) {
+    const std::shared_ptr<Control> held = sharedReference(this);
+    const auto window = surface() != nullptr ? windowService() : nullptr;
+    if (tooltip_.isEmpty() || !held || !window || !areTooltipsWanted(*this)) {
         return;
     }
-    const std::wstring key = tooltipTimerKey(control);
-    auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(key));
+    const auto timer = named<Timer>(*window, tooltipTimerKey(*this),
+                                    [&window] { return window->createTimer(L"ttTimer"); });
     if (!timer) {
-        timer = window->createTimer(L"ttTimer");
-        if (!timer) {
-            return;
-        }
-        window->setNamedObject(key, timer);
+        return;
     }
     // Its window is made when it is shown.
-    dialogFor(control, *window);
+    dialogFor(*this, *window);
     timer->disconnectAll();
     timer->connect(std::make_shared<TooltipDelay>(held, place), false);
-    timer->start(optionsOf(control).delay, false);
+    timer->start(optionsOf(*this).delay, false);
 }
 
-void stopTooltip(Control& control) {
-    const std::shared_ptr<WindowService> window = control.windowService();
+void Control::hideTooltip() {
+    const std::shared_ptr<WindowService> window = windowService();
     if (!window) {
         return;
     }
-    std::wstring key = tooltipTimerKey(control);
+    std::wstring key = tooltipTimerKey(*this);
     if (const auto timer = std::dynamic_pointer_cast<Timer>(window->getNamedObject(key))) {
         timer->stop();
         window->removeNamedObject(key);
     }
-    key = tooltipDialogKey(control);
+    key = tooltipDialogKey(*this);
     if (const auto dialog = std::dynamic_pointer_cast<NativeDialog>(window->getNamedObject(key))) {
         window->removeNamedObject(key);
         dialog->hide(kAnswerNone);

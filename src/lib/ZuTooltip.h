@@ -5,7 +5,7 @@
 // identity. Hiding the tooltip, or the end of the surface, releases both.
 #pragma once
 
-#include "ZuControl.h"
+#include "ZuDrawnText.h"
 
 namespace zustd {
 
@@ -27,14 +27,9 @@ std::wstring tooltipTimerKey(const Control& control);
 std::wstring tooltipDialogKey(const Control& control);
 
 // What the tooltip's dialog shows: a text in a frame.
-class Tooltip : public Control {
+class Tooltip : public DrawnText {
 public:
     Tooltip();
-
-    const std::wstring& text() const noexcept { return text_; }
-    bool setText(const std::wstring& text) { return change(text_, text); }
-    // Returns whether it was another one before.
-    bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 
     // Of the text plus the margins, not larger than the maximum size; a text that is too wide is
     // wrapped. A maximum without an area is no limit. Without services just the margins.
@@ -44,18 +39,6 @@ protected:
     void drawSelf(GraphicsService& graphics) override;
     // The margins follow the scaling factor.
     void onJoinedSurface() override;
-
-private:
-    FontRef font_;
-    std::wstring text_;
 };
-
-// Starts the control's delay; the tooltip appears when it has passed, at a point of the surface
-// plus the tooltip's offset, and after Control::kBeforeDisplayTooltip, which may still set the
-// text. Does nothing for a control without a tooltip text, outside of a surface, or when the
-// application's preference "showTooltips" is off.
-void startTooltip(Control& control, Point place);
-// Ends the delay or the tooltip. Does nothing when there is none.
-void stopTooltip(Control& control);
 
 }  // namespace zustd

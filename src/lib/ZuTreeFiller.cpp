@@ -11,11 +11,6 @@ constexpr std::size_t kManyParents = 128;
 
 }  // namespace
 
-// Whether the native tree can have children of a node; of kNoNode always.
-bool TreeFiller::isOpen(TreeNode parent) const {
-    return parent == kNoNode || (isThere(parent) && items_.model().isExpanded(parent));
-}
-
 // The node below this one on the screen.
 TreeNode TreeFiller::nextSeen(TreeNode node) const {
     const TreeModel& model = items_.model();

@@ -1,13 +1,12 @@
 // Gives a native tree the items of those nodes that can be seen, bit by bit.
 //
-// A native tree has a node when the model keeps a native word for it. What is
-// below a node is given when that is expanded; where it is long, it comes in
-// slices, so that the window goes on answering meanwhile. It waits in runs. A
-// run is known by its first node alone; the nodes below that one on the screen
-// belong to it, down to one that the native tree has. So nodes come and go
-// behind the first one of a run without a word about it. Of a collapsed node
-// nothing waits: it is opened when it is expanded again. One that the native
-// tree has not expanded yet holds up what stands behind it until then.
+// A native tree has a node when the model keeps a native word for it. What is below a node is given
+// when that is expanded; where it is long, it comes in slices, so that the window goes on answering
+// meanwhile. It waits in runs. A run is known by its first node alone; the nodes below that one on
+// the screen belong to it, down to one that the native tree has. So nodes come and go behind the
+// first one of a run without a word about it. Of a collapsed node nothing waits: it is opened when
+// it is expanded again. One that the native tree has not expanded yet holds up what stands behind
+// it until then.
 #pragma once
 
 #include <chrono>
@@ -50,8 +49,7 @@ public:
 
 class TreeFiller {
 public:
-    // What waits comes in slices of so many steps, or of fewer when they take that
-    // long.
+    // What waits comes in slices of so many steps, or of fewer when they take that long.
     static constexpr std::size_t kSlice = 2000;
     static constexpr std::chrono::milliseconds kSliceTime{15};
 
@@ -75,9 +73,8 @@ public:
     // With the next message, together with what else comes until then.
     void workLater();
 
-    // Whether a node that was added can be given at once: what is above it on the
-    // screen is there. Otherwise it belongs to a run, waits for a node that is to be
-    // opened, or cannot be seen.
+    // Whether a node that was added can be given at once: what is above it on the screen is there.
+    // Otherwise it belongs to a run, waits for a node that is to be opened, or cannot be seen.
     bool isNext(TreeNode node) const;
     // Has one that is next wait.
     void add(TreeNode node) { runs_.push_front(node); }
@@ -101,7 +98,10 @@ public:
 
 private:
     bool isThere(TreeNode node) const { return items_.model().nativeWord(node) != 0; }
-    bool isOpen(TreeNode parent) const;
+    // Whether the native tree can have children of a node; of kNoNode always.
+    bool isOpen(TreeNode parent) const {
+        return parent == kNoNode || (isThere(parent) && items_.model().isExpanded(parent));
+    }
     TreeNode nextSeen(TreeNode node) const;
     TreeNode seenAbove(TreeNode node) const;
     void findRuns(TreeNode node);
