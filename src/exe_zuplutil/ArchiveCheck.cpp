@@ -74,6 +74,12 @@ public:
         }
         return bytes;
     }
+    // The same for a record, which begins with its mark.
+    std::optional<std::string> readRecord(std::uint64_t mark, std::uint64_t at, std::size_t count,
+                                          std::uint64_t end) const {
+        auto bytes = read(at, count, end);
+        return bytes && number(*bytes, 0, 4) == mark ? bytes : std::nullopt;
+    }
 
 private:
     zustd::FileHandle file_;
@@ -106,15 +112,13 @@ std::optional<Extent> findDirectory64(const ArchiveFile& file, std::uint64_t end
         return std::nullopt;
     }
     const std::uint64_t locatorAt = endAt - kLocator64Size;
-    const auto locator = file.read(locatorAt, kLocator64Size, endAt);
-    if (!locator || number(*locator, 0, 4) != kLocator64Mark || number(*locator, 4, 4) != 0 ||
-        number(*locator, 16, 4) != 1) {
+    const auto locator = file.readRecord(kLocator64Mark, locatorAt, kLocator64Size, endAt);
+    if (!locator || number(*locator, 4, 4) != 0 || number(*locator, 16, 4) != 1) {
         return std::nullopt;
     }
     const std::uint64_t at = number(*locator, 8, 8);
-    const auto record = file.read(at, kEnd64Size, locatorAt);
-    if (!record || number(*record, 0, 4) != kEnd64Mark || number(*record, 16, 8) != 0 ||
-        number(*record, 4, 8) != locatorAt - at - 12) {
+    const auto record = file.readRecord(kEnd64Mark, at, kEnd64Size, locatorAt);
+    if (!record || number(*record, 16, 8) != 0 || number(*record, 4, 8) != locatorAt - at - 12) {
         return std::nullopt;
     }
     return extentFrom(*record, at, 24, 8, 8);
@@ -179,8 +183,8 @@ bool readElsewhere(std::string_view extra, std::array<std::uint64_t*, 3> numbers
 }
 
 std::optional<Entry> readEntry(const ArchiveFile& file, std::uint64_t at, std::uint64_t end) {
-    const auto fixed = file.read(at, kEntrySize, end);
-    if (!fixed || number(*fixed, 0, 4) != kEntryMark || number(*fixed, 34, 2) != 0) {
+    const auto fixed = file.readRecord(kEntryMark, at, kEntrySize, end);
+    if (!fixed || number(*fixed, 34, 2) != 0) {
         return std::nullopt;
     }
     const auto nameSize = static_cast<std::size_t>(number(*fixed, 28, 2));
@@ -204,8 +208,9 @@ std::optional<Entry> readEntry(const ArchiveFile& file, std::uint64_t at, std::u
 // header does not fit the entry, or the data not before the end.
 std::optional<std::uint64_t> roomOf(const ArchiveFile& file, const Entry& entry,
                                     std::uint64_t end) {
-    const auto header = file.read(entry.headerAt, kHeaderSize + entry.name.size(), end);
-    if (!header || number(*header, 0, 4) != kHeaderMark || number(*header, 8, 2) != entry.method ||
+    const auto header =
+        file.readRecord(kHeaderMark, entry.headerAt, kHeaderSize + entry.name.size(), end);
+    if (!header || number(*header, 8, 2) != entry.method ||
         number(*header, 26, 2) != entry.name.size() ||
         header->compare(kHeaderSize, std::string::npos, entry.name) != 0) {
         return std::nullopt;
@@ -234,22 +239,20 @@ FileSizes filesBelow(const std::wstring& folder) {
     while (!waiting.empty()) {
         const std::wstring below = waiting.back();
         waiting.pop_back();
-        std::vector<std::wstring> folders;
         std::vector<std::wstring> names;
-        zustd::listDirectory(folder + L'\\' + below, L"*", &folders, &names, false);
-        for (const std::wstring& name : folders) {
-            const DWORD attributes = GetFileAttributesW((folder + L'\\' + below + name).c_str());
-            if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
-                waiting.push_back(below + name + L'/');
-            }
-        }
+        zustd::listDirectory(folder + L'\\' + below, L"*", &names, &names, false);
         for (const std::wstring& name : names) {
+            const std::wstring path = below + name;
             WIN32_FILE_ATTRIBUTE_DATA data{};
-            if (!GetFileAttributesExW((folder + L'\\' + below + name).c_str(),
-                                      GetFileExInfoStandard, &data)) {
+            if (!GetFileAttributesExW((folder + L'\\' + path).c_str(), GetFileExInfoStandard,
+                                      &data)) {
                 throw std::uint32_t{GetLastError()};
             }
-            files[below + name] = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+            if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                files[path] = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+            } else if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+                waiting.push_back(path + L'/');
+            }
         }
     }
     return files;
@@ -273,8 +276,9 @@ std::wstring decode(const std::string& name, UINT codePage) {
 
 // Takes an entry's file off the list, under whatever reading of its name it is
 // there: those who pack use UTF-8 or either code page of the system.
-void takeOff(FileSizes& missing, const Entry& entry, const std::array<UINT, 3>& codePages) {
-    for (const UINT codePage : codePages) {
+void takeOff(FileSizes& missing, const Entry& entry) {
+    for (const UINT codePage : {UINT{CP_UTF8}, systemCodePage(LOCALE_IDEFAULTCODEPAGE),
+                                systemCodePage(LOCALE_IDEFAULTANSICODEPAGE)}) {
         const auto found = missing.find(decode(entry.name, codePage));
         if (found != missing.end() && found->second == entry.size) {
             missing.erase(found);
@@ -288,8 +292,6 @@ bool isWholeWith(const ArchiveFile& file, FileSizes missing) {
     if (!directory) {
         return false;
     }
-    const std::array<UINT, 3> codePages = {CP_UTF8, systemCodePage(LOCALE_IDEFAULTCODEPAGE),
-                                           systemCodePage(LOCALE_IDEFAULTANSICODEPAGE)};
     std::uint64_t at = directory->begin;
     // What no entry has taken of the room before the directory; entries do not
     // share any.
@@ -302,7 +304,7 @@ bool isWholeWith(const ArchiveFile& file, FileSizes missing) {
         }
         at += entry->length;
         room -= *taken;
-        takeOff(missing, *entry, codePages);
+        takeOff(missing, *entry);
     }
     return at == directory->end && missing.empty();
 }

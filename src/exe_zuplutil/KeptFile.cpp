@@ -58,8 +58,9 @@ bool writeAll(HANDLE file, const std::string& bytes) {
            count == bytes.size() && FlushFileBuffers(file);
 }
 
-HANDLE openFile(const std::wstring& name, DWORD access, DWORD disposition = OPEN_EXISTING) {
-    return CreateFileW(name.c_str(), access, FILE_SHARE_READ, nullptr, disposition, 0, nullptr);
+HANDLE openFile(const std::wstring& name, DWORD access, DWORD disposition = OPEN_EXISTING,
+                DWORD share = FILE_SHARE_READ) {
+    return CreateFileW(name.c_str(), access, share, nullptr, disposition, 0, nullptr);
 }
 
 // A file that was just removed is in the way as long as a scanner has it open.
@@ -76,11 +77,10 @@ HANDLE create(const std::wstring& name) {
 }
 
 // False when the file cannot be read; no content when there is none.
-template <class File>
 bool readFile(const std::wstring& name, std::optional<std::string>& content) {
     content.reset();
-    const File file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                nullptr, OPEN_EXISTING, 0, nullptr));
+    const zustd::FileHandle file(
+        openFile(name, GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE));
     if (!file) {
         // A folder of that name counts as none.
         const DWORD error = GetLastError();
@@ -101,7 +101,7 @@ void KeptFile::FileTraits::close(void* file) noexcept {
 std::optional<KeptFile> KeptFile::keep(const std::wstring& file,
                                        const std::vector<std::string>& ours) {
     Content former;
-    if (!readFile<File>(file, former)) {
+    if (!readFile(file, former)) {
         return std::nullopt;
     }
     std::string bytes;
@@ -203,7 +203,7 @@ bool KeptFile::isOurs(const Content& content) const {
 
 KeptFile::Left KeptFile::putBackContent() const {
     Content now;
-    if (!readFile<File>(file_, now)) {
+    if (!readFile(file_, now)) {
         return Left::kFailed;
     }
     if (now == former_) {

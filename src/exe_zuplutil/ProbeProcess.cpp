@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstring>
 
 #include "AddinProbe.h"
 #include "Console.h"
@@ -67,21 +66,15 @@ bool followParent(DWORD id) {
     return parent != nullptr;
 }
 
-// Hands over what was printed so far: the child's own output goes nowhere.
-void publish(Report& report) {
-    const std::string text = getTranscript();
-    const std::size_t size = std::min(text.size(), report.text.size());
-    std::memcpy(report.text.data(), text.data(), size);
-    report.size = static_cast<std::uint32_t>(size);
-}
-
 void connect(Report& report) {
     const std::string logFile = report.logFile.data();
     try {
         connectToAddin([&](const std::string& line) {
             printAndRecord("%s\n", line.c_str());
             appendLine(logFile, line);
-            publish(report);
+            // What was printed so far is handed over: the child's own output goes nowhere.
+            report.size = static_cast<std::uint32_t>(
+                getTranscript().copy(report.text.data(), report.text.size()));
         });
         report.progress = Progress::kDone;
     } catch (...) {

@@ -14,11 +14,6 @@ namespace {
 // What the system is told; it counts the words of the machine.
 static_assert(sizeof(PROCESSENTRY32W) == (sizeof(void*) == 8 ? 568 : 556));
 
-bool hasName(const PROCESSENTRY32W& entry, const std::wstring& exeName) {
-    const std::wstring_view name = entry.szExeFile;
-    return zustd::equalsIgnoringAsciiCase(name.substr(0, exeName.size()), exeName);
-}
-
 void showWarning(const char* state, const char* request) {
     constexpr const char* kRule = "=============================================================";
     printAndRecord(
@@ -39,7 +34,8 @@ bool isProcessRunning(const std::wstring& exeName) {
     // The first entry is the system's idle process, which has no executable:
     // it is never compared.
     while (Process32NextW(snapshot.get(), &entry) == 1) {
-        if (hasName(entry, exeName)) {
+        const std::wstring_view name = entry.szExeFile;
+        if (zustd::equalsIgnoringAsciiCase(name.substr(0, exeName.size()), exeName)) {
             return true;
         }
     }

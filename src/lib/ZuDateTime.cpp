@@ -13,10 +13,8 @@ DateTime DateTime::now() noexcept {
 }
 
 std::wstring DateTime::toFileStamp() const {
-    return formatWide(L"%04ld-%02ld-%02ld-%02ld;%02ld;%02ld;%03ld", static_cast<long>(year()),
-                      static_cast<long>(month()), static_cast<long>(day()),
-                      static_cast<long>(hour()), static_cast<long>(minute()),
-                      static_cast<long>(second()), static_cast<long>(millisecond()));
+    return formatWide(L"%04d-%02d-%02d-%02d;%02d;%02d;%03d", year(), month(), day(), hour(),
+                      minute(), second(), millisecond());
 }
 
 }  // namespace zustd

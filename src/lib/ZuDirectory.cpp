@@ -15,8 +15,11 @@ std::wstring withBackslash(const std::wstring& directory) {
     return directory.empty() || directory.back() == L'\\' ? directory : directory + L'\\';
 }
 
-DWORD attributesOf(const std::wstring& path) noexcept {
-    return isWholeName(path) ? GetFileAttributesW(path.c_str()) : INVALID_FILE_ATTRIBUTES;
+bool isThere(const std::wstring& path, bool asDirectory) noexcept {
+    const DWORD attributes =
+        isWholeName(path) ? GetFileAttributesW(path.c_str()) : INVALID_FILE_ATTRIBUTES;
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) == asDirectory;
 }
 
 [[noreturn]] void throwReported(const wchar_t* text, SourcePlace place) {
@@ -25,15 +28,9 @@ DWORD attributesOf(const std::wstring& path) noexcept {
 
 }  // namespace
 
-bool isDirectory(const std::wstring& path) noexcept {
-    const DWORD attributes = attributesOf(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
+bool isDirectory(const std::wstring& path) noexcept { return isThere(path, true); }
 
-bool isFile(const std::wstring& path) noexcept {
-    const DWORD attributes = attributesOf(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
+bool isFile(const std::wstring& path) noexcept { return isThere(path, false); }
 
 bool deleteFile(const std::wstring& path) {
     if (!isWholeName(path) || _wremove(path.c_str()) != 0) {

@@ -107,8 +107,4 @@ std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept {
     return hashBytes(secret, bytes, size);
 }
 
-std::uint64_t hashNumber(std::uint64_t number) noexcept {
-    return hashBytes(&number, sizeof(number));
-}
-
 }  // namespace zustd

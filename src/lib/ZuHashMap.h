@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <memory_resource>
 #include <new>
@@ -27,48 +26,17 @@ struct HashSecret {
 // A 64-bit hash of bytes, under a key of one's own or under this process's.
 std::uint64_t hashBytes(const HashSecret& secret, const void* bytes, std::size_t size) noexcept;
 std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept;
-std::uint64_t hashNumber(std::uint64_t number) noexcept;
-
-namespace detail {
-
-// Whether two texts are the same, eight bytes at a time: keys are short, and a
-// call of the C library costs more than they do.
-inline bool isSameKey(std::wstring_view left, std::wstring_view right) noexcept {
-    constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(wchar_t);
-    const auto differ = [&](std::size_t at) {
-        std::uint64_t words[2];
-        std::memcpy(&words[0], left.data() + at, sizeof(words[0]));
-        std::memcpy(&words[1], right.data() + at, sizeof(words[1]));
-        return words[0] != words[1];
-    };
-    if (left.size() != right.size() || left.size() < kStep) {
-        return left == right;
-    }
-    const std::size_t last = left.size() - kStep;
-    for (std::size_t at = 0; at < last; at += kStep) {
-        if (differ(at)) {
-            return false;
-        }
-    }
-    return !differ(last);
-}
-
-}  // namespace detail
 
 // How a key type is looked up: View is what find() takes, hash() is its hash,
 // isSame() compares.
 template <class K>
-struct HashKey {
-    static_assert(std::is_integral_v<K> || std::is_enum_v<K> || std::is_pointer_v<K>);
-    using View = K;
+struct HashKey;
+
+template <>
+struct HashKey<std::uint64_t> {
+    using View = std::uint64_t;
     // What a table asks of a key type.
-    static std::uint64_t hash(View key) noexcept {
-        if constexpr (std::is_pointer_v<K>) {
-            return hashNumber(reinterpret_cast<std::uintptr_t>(key));
-        } else {
-            return hashNumber(static_cast<std::uint64_t>(key));
-        }
-    }
+    static std::uint64_t hash(View key) noexcept { return hashBytes(&key, sizeof(key)); }
     static bool isSame(View left, View right) noexcept { return left == right; }
 };
 
@@ -80,7 +48,27 @@ struct HashKey<std::wstring> {
     static std::uint64_t hash(View key) noexcept {
         return hashBytes(key.data(), key.size() * sizeof(wchar_t));
     }
-    static bool isSame(View left, View right) noexcept { return detail::isSameKey(left, right); }
+    // Eight bytes at a time: keys are short, and a call of the C library costs more
+    // than they do.
+    static bool isSame(View left, View right) noexcept {
+        constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(wchar_t);
+        const auto differ = [&](std::size_t at) {
+            std::uint64_t words[2];
+            std::memcpy(&words[0], left.data() + at, sizeof(words[0]));
+            std::memcpy(&words[1], right.data() + at, sizeof(words[1]));
+            return words[0] != words[1];
+        };
+        if (left.size() != right.size() || left.size() < kStep) {
+            return left == right;
+        }
+        const std::size_t last = left.size() - kStep;
+        for (std::size_t at = 0; at < last; at += kStep) {
+            if (differ(at)) {
+                return false;
+            }
+        }
+        return !differ(last);
+    }
 };
 
 // A key that holds a text of usual length in itself: a table of such keys takes
@@ -137,22 +125,18 @@ public:
     };
 
     // From entry to entry in the order of insertion.
-    template <class E>
     class Iterator {
     public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = E;
+        using value_type = Entry;
         using difference_type = std::ptrdiff_t;
-        using pointer = E*;
-        using reference = E&;
 
         Iterator() = default;
-        explicit Iterator(E* entry) noexcept : entry_(entry) {}
+        explicit Iterator(const Entry* entry) noexcept : entry_(entry) {}
 
-        E& operator*() const noexcept { return *entry_; }
-        E* operator->() const noexcept { return entry_; }
+        const Entry& operator*() const noexcept { return *entry_; }
+        const Entry* operator->() const noexcept { return entry_; }
         Iterator& operator++() noexcept {
-            entry_ = HashMap::next(entry_);
+            entry_ = entry_->next_;
             return *this;
         }
         Iterator operator++(int) noexcept {
@@ -163,7 +147,7 @@ public:
         friend bool operator==(Iterator, Iterator) = default;
 
     private:
-        E* entry_ = nullptr;
+        const Entry* entry_ = nullptr;
     };
 
     static constexpr std::size_t kSmallestBucketCount = 8;
@@ -186,10 +170,8 @@ public:
     std::size_t bucketCount() const noexcept { return buckets_.size(); }
 
     // The entries in the order of insertion.
-    Iterator<Entry> begin() noexcept { return Iterator<Entry>(first_); }
-    Iterator<Entry> end() noexcept { return {}; }
-    Iterator<const Entry> begin() const noexcept { return Iterator<const Entry>(first_); }
-    Iterator<const Entry> end() const noexcept { return {}; }
+    Iterator begin() const noexcept { return Iterator(first_); }
+    Iterator end() const noexcept { return {}; }
 
     // The key's value, or null.
     V* find(KeyView key) noexcept {
@@ -287,11 +269,6 @@ private:
     static constexpr std::size_t kHeader =
         (sizeof(Block) + kAlignment - 1) / kAlignment * kAlignment;
     static_assert(sizeof(Entry) >= sizeof(FreeSlot));
-
-    template <class E>
-    static E* next(E* entry) noexcept {
-        return entry->next_;
-    }
 
     // The bucket that holds the key, or the empty one where it belongs.
     Bucket& bucketOf(KeyView key, std::uint64_t hash) noexcept {

@@ -1,8 +1,10 @@
 // An identity that no other object of the process has.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
-#include <string>
+
+#include "ZuText.h"
 
 namespace zustd {
 
@@ -10,7 +12,7 @@ namespace zustd {
 // an identity is never copied and never used again.
 class Id {
 public:
-    Id() noexcept;
+    Id() noexcept : id_(lastId_.fetch_add(1, std::memory_order_relaxed) + 1) {}
     Id& operator=(Id&&) = delete;
     virtual ~Id() = default;
 
@@ -18,9 +20,13 @@ public:
     std::uint64_t id() const noexcept { return id_; }
 
     // The identity as 16 upper-case hexadecimal digits, to build keys from.
-    std::wstring idText() const;
+    std::wstring idText() const {
+        return formatWide(L"%0*llX", 16, static_cast<unsigned long long>(id_));
+    }
 
 private:
+    static inline constinit std::atomic<std::uint64_t> lastId_{0};
+
     std::uint64_t id_;
 };
 

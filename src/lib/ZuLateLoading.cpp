@@ -1,8 +1,6 @@
 #include "ZuLateLoading.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <span>
 
 #include "ZuHandleWin32Gdi.h"
@@ -61,22 +59,17 @@ void restrictLibrarySearch() noexcept {
     }
 }
 
-void requireLibraries(std::initializer_list<const char*> libraries) {
-    for (const LateFunction& function : std::span(zustdLateFunctions, zustdLateFunctionCount)) {
-        if (std::any_of(libraries.begin(), libraries.end(), [&](const char* library) {
-                return std::strcmp(library, function.library) == 0;
-            })) {
-            resolveLateFunction(function);
-        }
-    }
-}
-
 void requireWindowLibraries() {
     static constinit std::atomic<bool> isDone = false;
     if (isDone) {
         return;
     }
-    requireLibraries({"user32.dll", "gdi32.dll", "comctl32.dll"});
+    for (const LateFunction& function : std::span(zustdLateFunctions, zustdLateFunctionCount)) {
+        const std::string_view library = function.library;
+        if (library == "user32.dll" || library == "gdi32.dll" || library == "comctl32.dll") {
+            resolveLateFunction(function);
+        }
+    }
     // Those above ask for these by themselves, once there is a window, and not
     // every system looks for them in its own folder alone. Ours or none.
     for (const wchar_t* library : {L"ole32.dll", L"msimg32.dll", L"oleaut32.dll", L"uxtheme.dll"}) {

@@ -10,12 +10,10 @@
 //
 // A library or function that is not there is a SystemException at the call,
 // traced first. Code that must not throw calls only functions that are loaded
-// already: one that was called before, or one of a library that
-// requireLibraries() has brought.
+// already: one that was called before, or that requireWindowLibraries() has brought.
 #pragma once
 
 #include <cstddef>
-#include <initializer_list>
 
 namespace zustd {
 
@@ -32,11 +30,9 @@ struct LateFunction {
 // Windows that lacks the switch drops the current directory only.
 void restrictLibrarySearch() noexcept;
 
-// Loads every function of these libraries ("user32.dll") that our code calls.
-// Throws SystemException when one is missing.
-void requireLibraries(std::initializer_list<const char*> libraries);
-
-// What windows and drawing are made of; for whoever makes the first window.
+// Loads every function that our code calls of the libraries for windows and
+// drawing; for whoever makes the first window. Throws SystemException when one is
+// missing.
 void requireWindowLibraries();
 
 // Finds the function, puts its address into the slot and returns it. Keeps the

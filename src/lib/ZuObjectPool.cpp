@@ -1,7 +1,7 @@
 #include "ZuObjectPool.h"
 
 #include <algorithm>
-#include <mutex>
+#include <atomic>
 #include <new>
 #include <thread>
 #include <utility>
@@ -13,35 +13,45 @@ namespace {
 constexpr std::size_t kLargestBlock =
     std::size_t{64} * 1024 / ObjectPool::kPieceSize * ObjectPool::kPieceSize;
 
-constinit ObjectPool sharedPool;
+struct Piece {
+    Piece* next;
+};
+constinit Piece* freePieces = nullptr;
+constinit std::size_t nextBlock = ObjectPool::kPieceSize;
+constinit std::atomic_flag busy;
+
+// Held for a few instructions, or while the heap gives a block; whoever finds it
+// taken lets its holder run.
+class Lock {
+public:
+    Lock() noexcept {
+        while (busy.test_and_set(std::memory_order_acquire)) {
+            std::this_thread::yield();
+        }
+    }
+    Lock& operator=(Lock&&) = delete;
+    ~Lock() { busy.clear(std::memory_order_release); }
+};
 
 }  // namespace
 
-void ObjectPool::SpinLock::lock() noexcept {
-    while (busy_.test_and_set(std::memory_order_acquire)) {
-        std::this_thread::yield();
-    }
-}
-
 void* ObjectPool::take() {
-    const std::lock_guard lock(lock_);
-    if (free_ == nullptr) {
-        auto* memory = static_cast<std::byte*>(::operator new(nextBlock_));
-        for (std::size_t at = nextBlock_; at > 0;) {
+    const Lock lock;
+    if (freePieces == nullptr) {
+        auto* memory = static_cast<std::byte*>(::operator new(nextBlock));
+        for (std::size_t at = nextBlock; at > 0;) {
             at -= kPieceSize;
-            free_ = ::new (static_cast<void*>(memory + at)) Piece{free_};
+            freePieces = ::new (static_cast<void*>(memory + at)) Piece{freePieces};
         }
-        nextBlock_ = std::min(nextBlock_ * 2, kLargestBlock);
+        nextBlock = std::min(nextBlock * 2, kLargestBlock);
     }
-    return std::exchange(free_, free_->next);
+    return std::exchange(freePieces, freePieces->next);
 }
 
 void ObjectPool::giveBack(void* object) noexcept {
     auto* piece = ::new (object) Piece{};
-    const std::lock_guard lock(lock_);
-    piece->next = std::exchange(free_, piece);
+    const Lock lock;
+    piece->next = std::exchange(freePieces, piece);
 }
-
-ObjectPool& ObjectPool::shared() noexcept { return sharedPool; }
 
 }  // namespace zustd

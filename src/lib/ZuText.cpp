@@ -26,6 +26,26 @@ wchar_t foldAscii(wchar_t c) noexcept {
     return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }
 
+// Both of this runtime's functions cut, terminate and return the length needed.
+template <class Character>
+std::basic_string<Character> formatted(int (*print)(Character*, std::size_t, const Character*,
+                                                    std::va_list),
+                                       const Character* format, std::va_list arguments) {
+    std::basic_string<Character> result(128, Character{});
+    for (;;) {
+        std::va_list again;
+        va_copy(again, arguments);
+        const int printed = print(result.data(), result.size() + 1, format, again);
+        va_end(again);
+        const auto size = static_cast<std::size_t>(std::max(printed, 0));
+        const bool isWhole = size <= result.size();
+        result.resize(size);
+        if (isWhole) {
+            return result;
+        }
+    }
+}
+
 }  // namespace
 
 std::wstring widen(std::string_view narrow) {
@@ -63,31 +83,16 @@ std::string narrow(std::wstring_view wide, bool* lossy) {
 std::string formatNarrow(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    std::va_list again;
-    va_copy(again, arguments);
-    const int size = std::vsnprintf(nullptr, 0, format, arguments);
-    std::string result(static_cast<std::size_t>(std::max(size, 0)), '\0');
-    std::vsnprintf(result.data(), result.size() + 1, format, again);
-    va_end(again);
+    const std::string result = formatted(std::vsnprintf, format, arguments);
     va_end(arguments);
     return result;
 }
 
 std::wstring formatWide(const wchar_t* format, ...) {
-    // This runtime's vswprintf cuts, terminates and returns the length needed.
     std::va_list arguments;
     va_start(arguments, format);
-    std::va_list again;
-    va_copy(again, arguments);
-    std::wstring result(128, L'\0');
-    int size = std::vswprintf(result.data(), result.size() + 1, format, arguments);
-    if (size > 0 && static_cast<std::size_t>(size) > result.size()) {
-        result.resize(static_cast<std::size_t>(size));
-        size = std::vswprintf(result.data(), result.size() + 1, format, again);
-    }
-    va_end(again);
+    const std::wstring result = formatted<wchar_t>(std::vswprintf, format, arguments);
     va_end(arguments);
-    result.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
     return result;
 }
 

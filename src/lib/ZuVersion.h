@@ -1,7 +1,7 @@
 // The version of a program, with the notice that is shown beside it.
 #pragma once
 
-#include <string>
+#include "ZuText.h"
 
 namespace zustd {
 
@@ -20,9 +20,12 @@ struct Version {
     std::wstring notice{};
 
     // Major, minor and build number with dots between them.
-    std::wstring toText() const;
+    std::wstring toText() const { return formatWide(L"%ld.%ld.%ld", major, minor, build); }
     // The same with " BETA" or " DEBUG" behind it for such builds.
-    std::wstring toDisplayText() const;
+    std::wstring toDisplayText() const {
+        constexpr const wchar_t* kMarks[] = {L"", L" BETA", L" DEBUG"};
+        return toText() + kMarks[static_cast<int>(kind)];
+    }
 };
 
 }  // namespace zustd

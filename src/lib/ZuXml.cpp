@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <system_error>
@@ -97,6 +98,9 @@ private:
 // A number of the usual sizes, 0 or from 2^-11 up to 2^53, with six places behind
 // the point: exact, ties to the even digit.
 struct SixPlaces {
+    static constexpr std::uint64_t kMillion = 1'000'000;
+    static constexpr std::uint64_t kHalf = 1ULL << 63;
+
     std::uint64_t whole;
     std::uint64_t millionths;
 
@@ -105,21 +109,16 @@ struct SixPlaces {
     }
     explicit SixPlaces(double value) noexcept {
         const double floor = std::floor(value);
-        // Half a fraction's bits times a million is exact, and so is what the sum
-        // of both halves loses.
-        const double fraction = value - floor;
-        const double front = std::floor(fraction * 0x1p26) * 0x1p-26;
-        const double back = (fraction - front) * 1e6;
-        const double sum = front * 1e6 + back;
-        const double lost = back - (sum - front * 1e6);
-        const double beyondHalf = sum - std::floor(sum) - 0.5;
-        millionths = static_cast<std::uint64_t>(sum);
-        if (beyondHalf > 0 ||
-            (beyondHalf == 0 && (lost > 0 || (lost == 0 && millionths % 2 != 0)))) {
-            ++millionths;
-        }
-        whole = static_cast<std::uint64_t>(floor) + millionths / 1'000'000;
-        millionths %= 1'000'000;
+        // The fraction in units of 2^-63, times a million, in two halves.
+        const auto fraction = static_cast<std::uint64_t>((value - floor) * 0x1p63);
+        const std::uint64_t low = (fraction & 0xFFFFFFFF) * kMillion;
+        const std::uint64_t high = (fraction >> 32) * kMillion + (low >> 32);
+        // What lies behind the places; the lowest bit stands for all that are smaller.
+        const std::uint64_t rest = high << 33 | ((low & 0xFFFFFFFF) != 0 ? 1 : 0);
+        millionths = high >> 31;
+        millionths += rest > kHalf || (rest == kHalf && millionths % 2 != 0) ? 1 : 0;
+        whole = static_cast<std::uint64_t>(floor) + millionths / kMillion;
+        millionths %= kMillion;
     }
 };
 
@@ -158,71 +157,34 @@ ScannedInteger scanInteger(std::wstring_view text) noexcept {
     return result;
 }
 
-// Of a decimal number that no double holds: whether it is too large for one,
-// not too small.
-bool isBeyondOne(std::string_view number) noexcept {
-    const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
-    const std::size_t point = std::min(number.find('.'), mark);
-    std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
-    if (exponent.starts_with('+')) {
-        exponent.remove_prefix(1);
-    }
-    std::int64_t power = 0;
-    const auto [end, failure] =
-        std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
-    if (failure == std::errc::result_out_of_range) {
-        return !exponent.starts_with('-');
-    }
-    return power > static_cast<std::int64_t>(number.find_first_of("123456789")) -
-                       static_cast<std::int64_t>(point);
-}
-
 constexpr std::wstring_view kSpaces = L" \n\r\t";
 
-std::size_t skipSpaces(std::wstring_view text, std::size_t from) noexcept {
-    return std::min(text.find_first_not_of(kSpaces, from), text.size());
-}
-
-// attributeValue = quoted | unquoted ; moves at past it, false when a quote
-// does not close
-bool takeAttributeValue(std::wstring_view text, std::size_t& at, std::wstring_view& value) {
-    if (at < text.size() && (text[at] == L'"' || text[at] == L'\'')) {
-        const std::size_t close = text.find(text[at], at + 1);
-        if (close == std::wstring_view::npos) {
-            return false;
-        }
-        value = text.substr(at + 1, close - at - 1);
-        at = close + 1;
-        return true;
-    }
-    const std::size_t end = std::min(text.find_first_of(kSpaces, at), text.size());
-    value = text.substr(at, end - at);
-    at = end;
-    return true;
-}
-
 // attributes = { space , name , "=" , { space } , attributeValue } , { space }
+// attributeValue = quoted | unquoted
 // Calls take(name, value) for each; false when the text is no such list.
 template <class Take>
 bool eachAttribute(std::wstring_view text, Take&& take) {
-    std::size_t at = 0;
-    for (;;) {
-        at = skipSpaces(text, at);
-        if (at == text.size()) {
-            return true;
-        }
-        const std::size_t equals = std::min(text.find_first_of(L"= \n\r\t", at), text.size());
-        if (equals == text.size() || equals == at || text[equals] != L'=') {
+    const auto skipSpaces = [&text](std::size_t from) {
+        text.remove_prefix(std::min(text.find_first_not_of(kSpaces, from), text.size()));
+    };
+    for (skipSpaces(0); !text.empty(); skipSpaces(0)) {
+        const std::size_t equals = text.find_first_of(L"= \n\r\t");
+        if (equals == std::wstring_view::npos || equals == 0 || text[equals] != L'=') {
             return false;
         }
-        const std::wstring_view name = text.substr(at, equals - at);
-        std::wstring_view value;
-        at = skipSpaces(text, equals + 1);
-        if (!takeAttributeValue(text, at, value)) {
+        const std::wstring_view name = text.substr(0, equals);
+        skipSpaces(equals + 1);
+        const bool isQuoted = text.starts_with(L'"') || text.starts_with(L'\'');
+        const std::size_t end =
+            isQuoted ? text.find(text[0], 1) : std::min(text.find_first_of(kSpaces), text.size());
+        if (end == std::wstring_view::npos) {
             return false;
         }
-        take(name, value);
+        const std::size_t quote = isQuoted ? 1 : 0;
+        take(name, text.substr(quote, end - quote));
+        text.remove_prefix(end + quote);
     }
+    return true;
 }
 
 using Traits = std::wstreambuf::traits_type;
@@ -333,13 +295,9 @@ double Xml::toDouble(std::wstring_view text) {
                    [](wchar_t c) { return static_cast<char>(c); });
     const char* const begin = digits.data();
     double value = 0.0;
-    const auto [end, failure] = std::from_chars(begin, begin + digits.size(), value);
-    if (failure == std::errc::result_out_of_range) {
-        const std::string_view number(begin, static_cast<std::size_t>(end - begin));
-        value = isBeyondOne(number) ? std::numeric_limits<double>::infinity() : 0.0;
-        return number.starts_with('-') ? -value : value;
-    }
-    return value;
+    const auto failure = std::from_chars(begin, begin + digits.size(), value).ec;
+    // Only the slower scanner tells too large from too small.
+    return failure == std::errc::result_out_of_range ? std::strtod(begin, nullptr) : value;
 }
 
 bool Xml::toBool(std::wstring_view text) noexcept {

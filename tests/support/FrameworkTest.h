@@ -2,6 +2,7 @@
 // obstacles to put in the way, and random values that can be had again.
 #pragma once
 
+#include <atomic>
 #include <random>
 #include <stdexcept>
 
