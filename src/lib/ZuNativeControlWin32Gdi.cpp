@@ -74,9 +74,10 @@ bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
 // Those of the surface behind count too: a check box shows what it lies on.
 void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
     const ColorsDescriptor* own = control().colors().get();
-    const Colors wanted{control().color(ColorRole::kBackground), control().color(ColorRole::kText),
-                        own != nullptr ? own->color(ColorRole::kBackground) : Color{},
-                        own != nullptr ? own->color(ColorRole::kText) : Color{}};
+    const std::array wanted{control().color(ColorRole::kBackground),
+                            control().color(ColorRole::kText),
+                            own != nullptr ? own->color(ColorRole::kBackground) : Color{},
+                            own != nullptr ? own->color(ColorRole::kText) : Color{}};
     if (std::exchange(colors_, wanted) != wanted && !isNew) {
         RedrawWindow(window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
     }
