@@ -7,12 +7,6 @@
 
 namespace zustd {
 
-namespace {
-
-bool isDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
-
-}  // namespace
-
 void trackLeaving(HWND window, bool& tracks) noexcept {
     if (!tracks) {
         TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window, 0};
@@ -36,6 +30,7 @@ HWND surfaceWindowOf(const Control& control) {
 }
 
 std::uint32_t heldModifiers() noexcept {
+    const auto isDown = [](int key) { return (GetKeyState(key) & 0x8000) != 0; };
     return (isDown(VK_SHIFT) ? kModifierShift : 0) | (isDown(VK_CONTROL) ? kModifierControl : 0) |
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }

@@ -158,7 +158,8 @@ void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
         answerByDefault(step);
     } else {
         const DWORD first = start - (cutsStart ? 1 : 0);
-        send(EM_SETSEL, first, start == end ? first : end + (cutsEnd ? 1 : 0));
+        const DWORD last = start == end ? first : end + (cutsEnd ? 1 : 0);
+        send(EM_SETSEL, first, static_cast<LPARAM>(last));
     }
 }
 
