@@ -161,9 +161,6 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 
 // --- Single changes -------------------------------------------------------------------------
 
-// All but mirrorRow() show what changed with others that come until the window's
-// next message.
-
 // The window moves the selection of the later rows along.
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
     deferRedraw();
@@ -171,19 +168,9 @@ void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
     send(LVM_DELETEITEM, row);
 }
 
-void GridViewWin32Gdi::mirrorCleared() {
-    deferRedraw();
-    setRowCount();
-}
-
 void GridViewWin32Gdi::mirrorRow(std::size_t row) {
     const Mirroring mirroring(*this);
     send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
-}
-
-void GridViewWin32Gdi::mirrorSelected(std::size_t row, bool selected) {
-    deferRedraw();
-    setSelected(row, selected);
 }
 
 // --- What the window asks -------------------------------------------------------------------

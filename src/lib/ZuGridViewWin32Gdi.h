@@ -23,11 +23,18 @@ public:
     void synchronizeBitmaps() override;
 
 protected:
+    // All but mirrorRow() show what changed with what comes until the next message.
     void mirrorAdded(std::size_t) override { mirrorCleared(); }
     void mirrorRemoved(std::size_t row) override;
-    void mirrorCleared() override;
+    void mirrorCleared() override {
+        deferRedraw();
+        setRowCount();
+    }
     void mirrorRow(std::size_t row) override;
-    void mirrorSelected(std::size_t row, bool selected) override;
+    void mirrorSelected(std::size_t row, bool selected) override {
+        deferRedraw();
+        setSelected(row, selected);
+    }
     void mirrorAllSelected(bool selected) override { mirrorSelected(kNullSize, selected); }
 
     bool initializeFromDescriptor() override;

@@ -10,8 +10,6 @@ namespace {
 
 // Of the control that shows the text.
 constexpr UINT_PTR kTextIdentifier = 0xFFFF;
-// More than any screen shows of a title.
-constexpr std::size_t kMostLetters = 20000;
 
 class MessageIcon : public Control {
 public:
@@ -84,6 +82,8 @@ std::int32_t MessageBoxWin32Gdi::titleWidth(const std::wstring& title) const {
     const FontHandle font(CreateFontIndirectW(&metrics.lfCaptionFont));
     const HDC context = measuringContext();
     const SelectedObject selected(context, font.get());
+    // More than any screen shows of a title.
+    constexpr std::size_t kMostLetters = 20000;
     const auto length = static_cast<int>(std::min(title.size(), kMostLetters));
     SIZE size{};
     GetTextExtentPoint32W(context, title.data(), length, &size);

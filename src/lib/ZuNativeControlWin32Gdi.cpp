@@ -7,12 +7,6 @@
 
 namespace zustd {
 
-namespace {
-
-bool isDown(int key) noexcept { return (GetKeyState(key) & 0x8000) != 0; }
-
-}  // namespace
-
 void trackLeaving(HWND window, bool& tracks) noexcept {
     if (!tracks) {
         TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window, 0};
@@ -36,6 +30,7 @@ HWND surfaceWindowOf(const Control& control) {
 }
 
 std::uint32_t heldModifiers() noexcept {
+    const auto isDown = [](int key) { return (GetKeyState(key) & 0x8000) != 0; };
     return (isDown(VK_SHIFT) ? kModifierShift : 0) | (isDown(VK_CONTROL) ? kModifierControl : 0) |
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
@@ -74,9 +69,10 @@ bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
 // Those of the surface behind count too: a check box shows what it lies on.
 void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
     const ColorsDescriptor* own = control().colors().get();
-    const Colors wanted{control().color(ColorRole::kBackground), control().color(ColorRole::kText),
-                        own != nullptr ? own->color(ColorRole::kBackground) : Color{},
-                        own != nullptr ? own->color(ColorRole::kText) : Color{}};
+    const std::array wanted{control().color(ColorRole::kBackground),
+                            control().color(ColorRole::kText),
+                            own != nullptr ? own->color(ColorRole::kBackground) : Color{},
+                            own != nullptr ? own->color(ColorRole::kText) : Color{}};
     if (std::exchange(colors_, wanted) != wanted && !isNew) {
         RedrawWindow(window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
     }

@@ -2,12 +2,12 @@
 // step with its Control.
 //
 // The window is made by the first synchronisation, as a child of the surface that the
-// control is on, and made anew, with the focus, when something changes that a window
-// cannot change: its style, its surface. A control that is hidden or
-// disabled leaves the focus to the window of its surface. Focus, hovering and the keys
-// that the control has no use for go to the input router of the surface; the rest is up
-// to the derived backend. That compares before it pushes: a window that is given again
-// what it has may flicker, lose what the user has marked, or tell of a change.
+// control is on, and made anew, with the focus, for another style or surface, which a
+// window cannot change. A control that is hidden or disabled leaves the focus to the
+// window of its surface. Focus, hovering and the keys that the control has no use for go
+// to the input router of the surface; the rest is up to the derived backend. That
+// compares before it pushes: a window that is given again what it has may flicker, lose
+// what the user has marked, or tell of a change.
 #pragma once
 
 #include <array>
@@ -48,8 +48,7 @@ protected:
     // nothing about the user.
     class Mirroring : ScopedValue<bool> {
     public:
-        explicit Mirroring(NativeControlWin32Gdi& control)
-            : ScopedValue(control.mirroring_, true) {}
+        explicit Mirroring(NativeControlWin32Gdi& own) : ScopedValue(own.mirroring_, true) {}
     };
     bool isMirroring() const noexcept { return mirroring_; }
 
@@ -103,9 +102,6 @@ protected:
     bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
 
 private:
-    // Background and text as they reach the control, and its own.
-    using Colors = std::array<Color, 4>;
-
     bool isOwn(HWND window) const noexcept {
         return window == attachment_.window() || window == part_.window();
     }
@@ -126,7 +122,8 @@ private:
     // Kept as long as the window draws with it.
     std::shared_ptr<Font> font_;
     std::wstring text_;
-    Colors colors_{};
+    // Background and text as they reach the control, and its own.
+    std::array<Color, 4> colors_{};
     // Messages that the window is answering, and windows that go afterwards.
     std::uint32_t answering_ = 0;
     std::vector<HWND> doomed_;

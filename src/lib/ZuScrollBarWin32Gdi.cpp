@@ -51,10 +51,6 @@ void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum
     }
 }
 
-std::int32_t ScrollBarWin32Gdi::getThickness() const {
-    return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
-}
-
 bool ScrollBarWin32Gdi::canBeUsed() const {
     const NativeScrollBar& bar = getAbstraction();
     return bar.isUsable() && bar.minimum() < bar.highestPosition();

@@ -25,7 +25,9 @@ public:
     std::int32_t getPosition() const override;
     bool isTracking() const override { return tracking_; }
     void setEnableArrows(bool towardsMinimum, bool towardsMaximum) override;
-    std::int32_t getThickness() const override;
+    std::int32_t getThickness() const override {
+        return GetSystemMetrics(getAbstraction().isVertical() ? SM_CXVSCROLL : SM_CYHSCROLL);
+    }
 
 protected:
     bool initializeFromDescriptor() override;

@@ -58,8 +58,7 @@ void TextBoxWin32Gdi::pushState() {
     synchronizeFont(box.hasFont() ? sharedReference(&box.font()) : nullptr);
     const std::size_t limit = box.maximumLength() != 0 ? box.maximumLength() : kLongestText;
     send(EM_SETLIMITTEXT, std::min(limit, kLongestText));
-    const bool isReadOnly = (GetWindowLongW(window(), GWL_STYLE) & ES_READONLY) != 0;
-    if (box.isReadOnly() != isReadOnly) {
+    if (box.isReadOnly() != ((GetWindowLongW(window(), GWL_STYLE) & ES_READONLY) != 0)) {
         send(EM_SETREADONLY, box.isReadOnly());
     }
     if (box.kind() != TextBoxKind::kMultiLine) {
@@ -159,7 +158,8 @@ void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {
         answerByDefault(step);
     } else {
         const DWORD first = start - (cutsStart ? 1 : 0);
-        send(EM_SETSEL, first, start == end ? first : end + (cutsEnd ? 1 : 0));
+        const DWORD last = start == end ? first : end + (cutsEnd ? 1 : 0);
+        send(EM_SETSEL, first, static_cast<LPARAM>(last));
     }
 }
 
