@@ -29,8 +29,7 @@ public:
     virtual std::wstring getApplicationName() const = 0;
     virtual void setApplicationName(const std::wstring& name) = 0;
 
-    // Opens a document or address with the program that the user has for it;
-    // whether the system accepted it.
+    // Opens a document or address with the user's program for it; whether the system accepted it.
     virtual bool openDocument(const std::wstring& name) = 0;
 
     virtual std::wstring getComputerName() const = 0;
@@ -58,8 +57,7 @@ public:
     // another service. False when it cannot be installed.
     virtual bool installKeyboardHook() = 0;
     virtual void removeKeyboardHook() = 0;
-    // Dispatches messages of this thread until it is told to quit; returns the
-    // code that it was told.
+    // Dispatches messages of this thread until it is told to quit; the code that it was told.
     virtual int runMessageLoop() = 0;
     virtual void quitMessageLoop(int exitCode) = 0;
 
@@ -117,8 +115,7 @@ public:
     auto getPreferences() const { return implementation().getPreferences(); }
 };
 
-// The preferences of the application service that is found from a registry;
-// empty where there is none.
+// The preferences of the application service found from a registry; empty where there is none.
 std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator);
 
 // Shows a message box under the application's name, owned by the active window if there is one, and

@@ -1,7 +1,5 @@
 #include "ZuButton.h"
 
-#include <algorithm>
-
 #include "ZuIcon.h"
 
 namespace zustd {

@@ -1,6 +1,5 @@
 #include "ZuControl.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "ZuGraphicsService.h"
@@ -175,16 +174,6 @@ bool Control::isUsable() const noexcept {
     return climb(this, [](const Control& at) { return !at.enabled_; }) == nullptr;
 }
 
-bool Control::takeFocus() {
-    Control* holder = surface();
-    return holder != nullptr && holder->inputRouter()->setFocus(this);
-}
-
-std::shared_ptr<Control> Control::focusedOnSurface() noexcept {
-    Control* holder = surface();
-    return holder != nullptr ? holder->inputRouter()->focused() : nullptr;
-}
-
 bool Control::setCursor(MouseCursor cursor) {
     if (std::exchange(cursor_, cursor) == cursor) {
         return false;
@@ -323,11 +312,6 @@ std::shared_ptr<GraphicsService> Control::graphicsService() const {
 }
 
 // --- Native half ----------------------------------------------------------------------------
-
-bool Control::hasNativeObject() const noexcept {
-    const IImplementation* native = backend();
-    return native != nullptr && native->hasNativeObject();
-}
 
 void Control::synchronizeTree() {
     const std::shared_ptr<Control> self = sharedReference(this);

@@ -99,7 +99,11 @@ public:
     // Right and bottom never lie before left and top. A new size rearranges the children.
     virtual bool setBoundary(const Rect& boundary);
     // Keeps the size; negative coordinates are taken for 0.
-    bool moveTo(Point place);
+    bool moveTo(Point place) {
+        Rect moved = boundary_;
+        moved.moveTo(place);
+        return setBoundary(moved);
+    }
     bool setSize(Size size) { return setBoundary(Rect::at(boundary_.position(), size)); }
     // The same pixels in the coordinates of the surface; without one, of the topmost control.
     Rect boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
@@ -172,9 +176,15 @@ public:
     std::int32_t focusOrder() const noexcept { return focusOrder_; }
     void setFocusOrder(std::int32_t order) noexcept { focusOrder_ = order; }
     // Asks the surface for the focus; false when it cannot be had.
-    bool takeFocus();
+    bool takeFocus() {
+        Control* holder = surface();
+        return holder != nullptr && holder->inputRouter()->setFocus(this);
+    }
     // Who has the focus of the control's surface; null when nobody has.
-    std::shared_ptr<Control> focusedOnSurface() noexcept;
+    std::shared_ptr<Control> focusedOnSurface() noexcept {
+        Control* holder = surface();
+        return holder != nullptr ? holder->inputRouter()->focused() : nullptr;
+    }
     // What the pointer looks like over the control.
     MouseCursor cursor() const noexcept { return cursor_; }
     bool setCursor(MouseCursor cursor);
@@ -221,7 +231,10 @@ public:
 
     // The backend of a native widget; null for a drawn control.
     virtual IImplementation* backend() const noexcept { return nullptr; }
-    bool hasNativeObject() const noexcept;
+    bool hasNativeObject() const noexcept {
+        const IImplementation* native = backend();
+        return native != nullptr && native->hasNativeObject();
+    }
     // While a ControlUpdate is running for this very control.
     bool isUpdating() const noexcept { return updateDepth_ != 0; }
     // Of this control and of all below it: synchronises the native widgets, which makes their
@@ -241,7 +254,11 @@ public:
     // As if the user pressed the control.
     virtual void activate() {}
     // The window of this surface has another client area.
-    void acceptSize(Size size);
+    void acceptSize(Size size) {
+        if (place(Rect::at(boundary_.position(), size))) {
+            showChildren();
+        }
+    }
     // Sends a message of this control; the first word is added. Returns false when a gate refused.
     bool notify(const MessageKind& kind, MessageWord b = {}) {
         return sendMessage(kind, MessageWord::ofObject(this), b);
@@ -375,8 +392,7 @@ public:
     IImplementation* backend() const noexcept override { return this->untypedImplementation(); }
 
 protected:
-    // The backend, for a change of items: what is not mirrored during an update
-    // is shown at its end.
+    // The backend, for a change of items: what an update defers is shown at its end.
     I& changing() {
         I& implementation = this->implementation();
         if (isUpdating()) {

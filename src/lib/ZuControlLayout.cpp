@@ -1,8 +1,6 @@
 // The part of a control that has a place and gives its children theirs.
 #include "ZuControl.h"
 
-#include <algorithm>
-
 #include "ZuScope.h"
 #include "ZuWindowService.h"
 
@@ -21,12 +19,6 @@ bool Control::setBoundary(const Rect& boundary) {
     stateChanged();
     synchronizeBelow();
     return true;
-}
-
-bool Control::moveTo(Point place) {
-    Rect moved = boundary_;
-    moved.moveTo(place);
-    return setBoundary(moved);
 }
 
 Point Control::toSurface(Point point) const noexcept {
@@ -97,12 +89,6 @@ void Control::showChildren() {
         refresh();
     }
     synchronizeBelow();
-}
-
-void Control::acceptSize(Size size) {
-    if (place(Rect::at(boundary_.position(), size))) {
-        showChildren();
-    }
 }
 
 void Control::arrangeChildren() {

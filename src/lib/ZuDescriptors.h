@@ -210,8 +210,7 @@ using BitmapListRef = std::shared_ptr<BitmapListDescriptor>;
 // The system's own where there is none.
 inline FontStyle styleOf(const FontRef& font) { return font ? font->style() : FontStyle(); }
 
-// What a getter without a choice gives; null fails the assertion that has the
-// member's name as its text.
+// What a getter without a choice gives; null fails the assertion named like the member.
 template <class D>
 D& required(const std::shared_ptr<D>& descriptor, const wchar_t* member, const SourcePlace& place) {
     ZU_ASSERT_AS(descriptor, member, place);

@@ -1,7 +1,5 @@
 #include "ZuDrawnText.h"
 
-#include <algorithm>
-
 #include "ZuAccessKeys.h"
 #include "ZuWindowService.h"
 
@@ -69,11 +67,6 @@ Size DrawnText::preferredSizeForWidth(std::int32_t width) {
     return sizeAround(textSize(innerWidth(maximum > 0 ? std::min(width, maximum) : width)));
 }
 
-void DrawnText::drawSelf(GraphicsService& graphics) {
-    drawBackground(graphics);
-    drawTextIn(graphics, innerArea(), frontColor(*this));
-}
-
 Size DrawnText::textSize(std::int32_t width) const {
     const std::wstring shown = format_.accelerators ? withoutAccessKeys(text()) : text();
     return measuredText(*this, shown, fontStyle(), format_.wordWrap ? width : 0);
@@ -85,12 +78,6 @@ void DrawnText::drawTextIn(GraphicsService& graphics, const Rect& area, Color co
     const std::wstring shown = text();
     if (font && !shown.empty() && !area.isEmpty()) {
         graphics.drawText(shown, area, *font, color, format_);
-    }
-}
-
-void PressedText::click() {
-    if (isUsable()) {
-        notify(kLeftClicked, wordOfPoint({0, 0}));
     }
 }
 

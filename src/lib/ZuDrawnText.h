@@ -5,7 +5,6 @@
 #pragma once
 
 #include "ZuControl.h"
-#include "ZuFont.h"
 #include "ZuGraphicsService.h"
 
 namespace zustd {
@@ -45,7 +44,10 @@ public:
     Size preferredSizeForWidth(std::int32_t width) override;
 
 protected:
-    void drawSelf(GraphicsService& graphics) override;
+    void drawSelf(GraphicsService& graphics) override {
+        drawBackground(graphics);
+        drawTextIn(graphics, innerArea(), frontColor(*this));
+    }
     void onInputStateChanged() override { refresh(); }
 
     // What the text is drawn in.
@@ -69,7 +71,11 @@ public:
     explicit PressedText(const std::wstring& text) : DrawnText(text) { setFocusable(true); }
 
     // As if the user clicked it. Nothing happens when it cannot be used.
-    void click();
+    void click() {
+        if (isUsable()) {
+            notify(kLeftClicked, wordOfPoint({0, 0}));
+        }
+    }
     bool onKey(const KeyEvent& event) override;
 };
 

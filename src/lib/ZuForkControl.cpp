@@ -1,7 +1,5 @@
 #include "ZuForkControl.h"
 
-#include <algorithm>
-
 namespace zustd {
 
 namespace {
@@ -147,11 +145,6 @@ Size ForkControl::withBody(Size body) const {
     const std::int32_t caption = saturatedSum(indent(), textSize(0).width);
     return withinLimits({std::max(caption, saturatedSum(indent(), body.width)),
                          saturatedSum(headerHeight(), body.height)});
-}
-
-void ForkControl::takeHeight() {
-    const std::int32_t width = boundary().width();
-    setSize({width, preferredSizeForWidth(width).height});
 }
 
 }  // namespace zustd

@@ -39,7 +39,10 @@ private:
     std::int32_t indent() const;
     void drawArrow(GraphicsService& graphics) const;
     Size withBody(Size body) const;
-    void takeHeight();
+    void takeHeight() {
+        const std::int32_t width = boundary().width();
+        setSize({width, preferredSizeForWidth(width).height});
+    }
     void tellHeight() {
         notify(kChangePreferredHeight, MessageWord(std::intptr_t{boundary().height()}));
     }

@@ -90,30 +90,26 @@ public:
     // As in IGraphicsServiceImpl, in coordinates relative to the origin. Each
     // fails the assertion "impl_" as long as there is no backend.
     void drawGradient(const Rect& area, Color from, Color to, GradientType gradientType) {
-        implementation().drawGradient(area.movedBy(origin_), from, to, gradientType);
+        implementation().drawGradient(placed(area), from, to, gradientType);
     }
     void drawBitmap(const Bitmap& bitmap, Point place, double alpha = 1.0) {
-        implementation().drawBitmap(bitmap, place.movedBy(origin_), alpha);
+        implementation().drawBitmap(bitmap, placed(place), alpha);
     }
     void drawStretchedBitmap(const Bitmap& bitmap, const Rect& area, double alpha = 1.0) {
-        implementation().drawStretchedBitmap(bitmap, area.movedBy(origin_), alpha);
+        implementation().drawStretchedBitmap(bitmap, placed(area), alpha);
     }
-    void drawFocusFrame(const Rect& area) {
-        implementation().drawFocusFrame(area.movedBy(origin_));
-    }
-    void drawLine(Point from, Point to) {
-        implementation().drawLine(from.movedBy(origin_), to.movedBy(origin_));
-    }
-    void drawRectangle(const Rect& area) { implementation().drawRectangle(area.movedBy(origin_)); }
+    void drawFocusFrame(const Rect& area) { implementation().drawFocusFrame(placed(area)); }
+    void drawLine(Point from, Point to) { implementation().drawLine(placed(from), placed(to)); }
+    void drawRectangle(const Rect& area) { implementation().drawRectangle(placed(area)); }
     void drawRectangle(const Rect& area, Color fill) {
-        implementation().drawRectangle(area.movedBy(origin_), fill);
+        implementation().drawRectangle(placed(area), fill);
     }
     void drawText(std::wstring_view text, Point place, const Font& font, Color color) {
-        implementation().drawText(text, place.movedBy(origin_), font, color);
+        implementation().drawText(text, placed(place), font, color);
     }
     void drawText(std::wstring_view text, const Rect& area, const Font& font, Color color,
                   const TextFormat& format) {
-        implementation().drawText(text, area.movedBy(origin_), font, color, format);
+        implementation().drawText(text, placed(area), font, color, format);
     }
     Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width = 0) {
         return implementation().measureTextSize(text, font, width);
@@ -121,24 +117,24 @@ public:
     std::int32_t measureTextWidth(std::wstring_view text, const Font& font) {
         return implementation().measureTextWidth(text, font);
     }
-    std::int32_t measureTextHeight(std::wstring_view text, const Font& font,
-                                   std::int32_t width = 0) {
+    auto measureTextHeight(std::wstring_view text, const Font& font, std::int32_t width = 0) {
         return implementation().measureTextSize(text, font, width).height;
     }
-    void beginBufferedPaint(const Rect& area) {
-        implementation().beginBufferedPaint(area.movedBy(origin_));
-    }
+    void beginBufferedPaint(const Rect& area) { implementation().beginBufferedPaint(placed(area)); }
     void endBufferedPaint() { implementation().endBufferedPaint(); }
-    void beginClipping(const Rect& area) { implementation().beginClipping(area.movedBy(origin_)); }
+    void beginClipping(const Rect& area) { implementation().beginClipping(placed(area)); }
     void endClipping() { implementation().endClipping(); }
-    void setClippingArea(const Rect& area) {
-        implementation().setClippingArea(area.movedBy(origin_));
-    }
+    void setClippingArea(const Rect& area) { implementation().setClippingArea(placed(area)); }
     void clearClippingArea() { implementation().clearClippingArea(); }
     void setPen(Color color, std::int32_t width) { implementation().setPen(color, width); }
     Rect getDrawArea() const { return implementation().getDrawArea().movedBy(origin_.negated()); }
 
 private:
+    template <class T>
+    T placed(const T& what) const noexcept {
+        return what.movedBy(origin_);
+    }
+
     Point origin_;
 };
 

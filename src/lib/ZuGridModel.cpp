@@ -15,17 +15,11 @@ constexpr std::size_t kBlockRows = 512;
 }  // namespace
 
 GridModel::Blocks::const_iterator GridModel::blockOf(std::size_t row) const noexcept {
+    const auto isBefore = [](std::size_t index, const auto& block) { return index < block->first; };
     // No block has more rows than that, so none of the earlier ones has it.
-    const auto earliest = static_cast<std::ptrdiff_t>(row / kBlockRows);
-    const auto hasRow = [row](const Block& block) { return row - block.first < block.rows.size(); };
-    auto found = blocks_.begin() + earliest;
-    if (!hasRow(**found)) {
-        found = std::upper_bound(
-            found, blocks_.end(), row,
-            [](std::size_t wanted, const auto& block) { return wanted < block->first; });
-        --found;
-    }
-    return found;
+    const auto found = blocks_.begin() + static_cast<std::ptrdiff_t>(row / kBlockRows);
+    const bool hasRow = row - (*found)->first < (*found)->rows.size();
+    return hasRow ? found : std::upper_bound(found, blocks_.end(), row, isBefore) - 1;
 }
 
 GridModel::Row& GridModel::at(std::size_t row) const noexcept {

@@ -1,6 +1,5 @@
 #include "ZuIcon.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "ZuWindowService.h"

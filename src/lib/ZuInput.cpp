@@ -1,9 +1,6 @@
 #include "ZuInput.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <utility>
-#include <vector>
 
 #include "ZuControl.h"
 #include "ZuWindowService.h"

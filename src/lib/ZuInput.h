@@ -122,8 +122,7 @@ public:
     // Gives the focus to a control of this surface, or to none. False when it cannot have it
     // (invisible, disabled, not focusable), or when a receiver gave it to another one meanwhile.
     bool setFocus(Control* control);
-    // To the next control in focus order, wrapping around; false when no
-    // control can have the focus.
+    // To the next control in focus order, wrapping around; false when none can have the focus.
     bool moveFocus(bool backwards);
     // A native widget of this surface has got or lost the system's focus.
     void acceptFocus(Control* control);

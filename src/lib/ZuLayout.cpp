@@ -1,10 +1,5 @@
 #include "ZuLayout.h"
 
-#include <algorithm>
-#include <limits>
-#include <utility>
-#include <vector>
-
 #include "ZuControl.h"
 
 namespace zustd {

@@ -28,8 +28,7 @@ enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustif
 // What a control makes of its children; with kManual they stay where they were put.
 enum class Flow : std::uint32_t { kManual, kRows, kColumns };
 
-// How a control arranges its children. Sizes are in pixels of the screen, as
-// Control::scale gives them.
+// How a control arranges its children. Sizes are in pixels of the screen (Control::scale).
 struct Arrangement {
     Flow flow = Flow::kManual;
     // In rows the horizontal one spreads the children along the row and the vertical one places

@@ -1,8 +1,5 @@
 #include "ZuMarkup.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "ZuXml.h"
 
 namespace zustd {

@@ -1,8 +1,5 @@
 #include "ZuMarkupView.h"
 
-#include <algorithm>
-
-#include "ZuGraphicsService.h"
 #include "ZuScope.h"
 #include "ZuWindowService.h"
 
@@ -55,11 +52,6 @@ MarkupView::MarkupView(std::wstring markup)
     setArrangement({.vertical = Alignment::kEnd});
     // What a maximum size cuts off is not to be seen.
     setClipsChildren(true);
-}
-
-void MarkupView::initialize() {
-    Control::initialize();
-    watch(font_.get());
 }
 
 bool MarkupView::setMarkup(std::wstring_view markup) {
@@ -269,11 +261,6 @@ void MarkupView::arrangeChildren() {
     if (!parsing_) {
         layOut(rows(), innerArea(), children());
     }
-}
-
-void MarkupView::onJoinedSurface() {
-    Control::onJoinedSurface();
-    parseWhenPossible();
 }
 
 void MarkupView::onDescriptorChanged() {

@@ -63,11 +63,13 @@ public:
     static constexpr std::size_t kMaxElements = 200'000;
 
     explicit MarkupView(std::wstring markup = {});
-    void initialize() override;
+    void initialize() override {
+        Control::initialize();
+        watch(font_.get());
+    }
 
     const std::wstring& markup() const noexcept { return markup_; }
-    // Parses at once when the view can reach its services, otherwise as soon
-    // as it comes onto a surface.
+    // Parses at once when the view reaches its services, otherwise as soon as it is on a surface.
     bool setMarkup(std::wstring_view markup);
     // Whether text is cut into words and wrapped; the markup may set it too.
     bool setWordWrap(bool wraps);
@@ -110,7 +112,10 @@ public:
 
 protected:
     void arrangeChildren() override;
-    void onJoinedSurface() override;
+    void onJoinedSurface() override {
+        Control::onJoinedSurface();
+        parseWhenPossible();
+    }
     void onDescriptorChanged() override;
 
 private:

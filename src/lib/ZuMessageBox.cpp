@@ -79,9 +79,6 @@ void completeMessageBox(MessageBoxContent& box, const ServiceLocator& locator) {
 }
 
 int rememberedAnswer(const PropertyBag& preferences, const MessageBoxContent& box) {
-    if (box.rememberKey.empty()) {
-        return kAnswerNone;
-    }
     const int answer = preferences.getLong(preferenceKey(box.rememberKey), kAnswerNone);
     return hasAnswer(box, answer) ? answer : kAnswerNone;
 }

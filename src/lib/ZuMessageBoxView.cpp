@@ -1,7 +1,5 @@
 #include "ZuMessageBoxView.h"
 
-#include <algorithm>
-
 #include "ZuAccessKeys.h"
 #include "ZuGraphicsService.h"
 #include "ZuNativeDialog.h"

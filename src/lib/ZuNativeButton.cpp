@@ -1,10 +1,7 @@
 #include "ZuNativeButton.h"
 
-#include <algorithm>
-
 #include "ZuAccessKeys.h"
 #include "ZuDrawnText.h"
-#include "ZuWindowService.h"
 
 namespace zustd {
 

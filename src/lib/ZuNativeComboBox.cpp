@@ -1,7 +1,5 @@
 #include "ZuNativeComboBox.h"
 
-#include <algorithm>
-
 #include "ZuDrawnText.h"
 
 namespace zustd {
@@ -69,12 +67,6 @@ void NativeComboBox::acceptSelection(std::size_t index) {
     }
 }
 
-void NativeComboBox::acceptText(const std::wstring& text) {
-    if (std::exchange(text_, text) != text) {
-        notify(kTextChanged);
-    }
-}
-
 std::size_t ComboBoxImplementation::addItem(const std::wstring& text) {
     getAbstraction().items_.push_back(text);
     const std::size_t index = getItemCount() - 1;
@@ -119,11 +111,6 @@ void ComboBoxImplementation::selectItem(std::size_t index) {
     if (hasNativeObject()) {
         mirrorSelection();
     }
-}
-
-std::wstring ComboBoxImplementation::getItemText(std::size_t index) const {
-    const std::vector<std::wstring>& items = getAbstraction().items_;
-    return index < items.size() ? items[index] : std::wstring();
 }
 
 }  // namespace zustd

@@ -1,8 +1,7 @@
 // A native drop-down list, with or without a field to type into.
 //
-// The items are owned here, in a form that a native object can be filled from at any time. Every
-// change goes through the backend's slot: a backend derives from ComboBoxImplementation, which
-// changes the items and then tells the backend what to do to its native object.
+// The items are owned here. As for a grid's rows every change goes through the backend's slot: a
+// backend derives from ComboBoxImplementation.
 #pragma once
 
 #include "ZuControl.h"
@@ -43,8 +42,7 @@ public:
     const FontRef& font() const noexcept { return font_; }
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
     bool isEditable() const noexcept { return editable_; }
-    // A combo box that has a native object gets a new one. A text that is no
-    // item goes with the field.
+    // A native object is made anew. A text that is no item goes with the field.
     bool setEditable(bool editable);
     // What the field holds: the selected item's text or what was typed.
     const std::wstring& text() const noexcept { return text_; }
@@ -69,7 +67,11 @@ public:
     // For the backend: all items; what the user did. The messages are sent without synchronising.
     const std::vector<std::wstring>& items() const noexcept { return items_; }
     void acceptSelection(std::size_t index);
-    void acceptText(const std::wstring& text);
+    void acceptText(const std::wstring& text) {
+        if (std::exchange(text_, text) != text) {
+            notify(kTextChanged);
+        }
+    }
 
 private:
     friend class ComboBoxImplementation;
@@ -95,7 +97,10 @@ public:
     void clear() override;
     void selectItem(std::size_t index) override;
     std::size_t getSelectedItem() const override { return getAbstraction().selected_; }
-    std::wstring getItemText(std::size_t index) const override;
+    std::wstring getItemText(std::size_t index) const override {
+        const std::vector<std::wstring>& items = getAbstraction().items_;
+        return index < items.size() ? items[index] : std::wstring();
+    }
     std::size_t getItemCount() const override { return getAbstraction().items_.size(); }
 
 protected:

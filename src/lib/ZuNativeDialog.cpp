@@ -13,11 +13,6 @@ bool NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button)
     return true;
 }
 
-void NativeDialog::hide(int result) {
-    const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    implementation().hide(result);
-}
-
 bool NativeDialog::onKey(const KeyEvent& event) {
     if (event.key == kKeyEscape) {
         acceptClose();

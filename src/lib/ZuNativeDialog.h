@@ -53,7 +53,10 @@ public:
     // Fails the assertion "impl_" when there is no backend. The dialog is not held
     // meanwhile: a modal one ends when its last owner drops it.
     int show(bool modal) { return implementation().show(modal); }
-    void hide(int result);
+    void hide(int result) {
+        const std::shared_ptr<Control> self = sharedReference<Control>(this);
+        implementation().hide(result);
+    }
     bool isOpen() const noexcept { return open_; }
     int result() const noexcept { return result_; }
 
@@ -64,8 +67,7 @@ public:
     // For the backend.
     void acceptOpen() { acceptState(true, kAnswerNone); }
     void acceptClosed(int result) { acceptState(false, result); }
-    // The user wants to close the dialog; false when its style or a receiver
-    // of kClose keeps it open.
+    // The user wants to close it; false when its style or a receiver of kClose keeps it open.
     bool acceptClose();
 
 private:

@@ -30,11 +30,6 @@ INativeGridViewImpl& NativeGridView::known(std::size_t row) const {
     return implementation();
 }
 
-INativeGridViewImpl& NativeGridView::changing(std::size_t row) {
-    known(row);
-    return changing();
-}
-
 void NativeGridView::acceptChecked(std::size_t row, bool checked) {
     known(row);
     if (model_.setChecked(row, checked)) {
@@ -63,12 +58,6 @@ std::wstring NativeGridView::acceptTooltipRequest(std::size_t row) {
     return rowTooltip_;
 }
 
-void NativeGridView::acceptColumnWidth(std::size_t column, std::int32_t width) {
-    if (column < columns_.size()) {
-        columns_[column].width = width;
-    }
-}
-
 bool GridViewImplementation::mirrors() {
     if (!hasNativeObject()) {
         return false;
@@ -77,29 +66,6 @@ bool GridViewImplementation::mirrors() {
         stale_ = true;
     }
     return !stale_;
-}
-
-std::size_t GridViewImplementation::addRow(const std::wstring& key) {
-    const std::size_t row = model().addRow(key);
-    mirror(true, &Self::mirrorAdded, row);
-    return row;
-}
-
-void GridViewImplementation::removeRow(std::size_t row) {
-    model().removeRow(row);
-    mirror(true, &Self::mirrorRemoved, row);
-}
-
-void GridViewImplementation::clear() {
-    model().clear();
-    mirror(true, &Self::mirrorCleared);
-}
-
-void GridViewImplementation::selectRow(std::size_t row) {
-    if (!getAbstraction().isMultiSelect() && !model().isSelected(row)) {
-        deselectAllRows();
-    }
-    mirror(model().setSelected(row, true), &Self::mirrorSelected, row, true);
 }
 
 }  // namespace zustd

@@ -14,8 +14,7 @@
 
 namespace zustd {
 
-// What a backend does for a grid. Slot order is fixed. Rows exist; the portable
-// half has checked them.
+// What a backend does for a grid. Slot order is fixed. The portable half has checked the rows.
 class INativeGridViewImpl : public IBackend {
 public:
     // The operations of NativeGridView by the same names.
@@ -132,13 +131,20 @@ public:
     void acceptRightClick(std::size_t row) { tell(kRightClicked, row); }
     // The text for a row's tooltip.
     std::wstring acceptTooltipRequest(std::size_t row);
-    void acceptColumnWidth(std::size_t column, std::int32_t width);
+    void acceptColumnWidth(std::size_t column, std::int32_t width) {
+        if (column < columns_.size()) {
+            columns_[column].width = width;
+        }
+    }
 
 private:
     using NativeControl::changing;
     // The backend, for a row that there is.
     INativeGridViewImpl& known(std::size_t row) const;
-    INativeGridViewImpl& changing(std::size_t row);
+    INativeGridViewImpl& changing(std::size_t row) {
+        known(row);
+        return changing();
+    }
     void tell(const MessageKind& kind, std::size_t row) {
         notify(kind, MessageWord(static_cast<std::int64_t>(row)));
     }
@@ -158,9 +164,19 @@ private:
 // native object and no update is running, and let no failure out.
 class GridViewImplementation : public Implementation<NativeGridView, INativeGridViewImpl> {
 public:
-    std::size_t addRow(const std::wstring& key) override;
-    void removeRow(std::size_t row) override;
-    void clear() override;
+    std::size_t addRow(const std::wstring& key) override {
+        const std::size_t row = model().addRow(key);
+        mirror(true, &Self::mirrorAdded, row);
+        return row;
+    }
+    void removeRow(std::size_t row) override {
+        model().removeRow(row);
+        mirror(true, &Self::mirrorRemoved, row);
+    }
+    void clear() override {
+        model().clear();
+        mirror(true, &Self::mirrorCleared);
+    }
     std::size_t getRowCount() const override { return model().rowCount(); }
     std::wstring getRowKey(std::size_t row) const override { return model().key(row); }
     std::size_t findRow(const std::wstring& key) const override { return model().findRow(key); }
@@ -178,7 +194,12 @@ public:
     void setRowChecked(std::size_t row, bool on) override {
         mirror(model().setChecked(row, on), &Self::mirrorRow, row);
     }
-    void selectRow(std::size_t row) override;
+    void selectRow(std::size_t row) override {
+        if (!getAbstraction().isMultiSelect() && !model().isSelected(row)) {
+            deselectAllRows();
+        }
+        mirror(model().setSelected(row, true), &Self::mirrorSelected, row, true);
+    }
     void deselectRow(std::size_t row) override {
         mirror(model().setSelected(row, false), &Self::mirrorSelected, row, false);
     }
@@ -207,8 +228,7 @@ protected:
     virtual void mirrorSelected(std::size_t row, bool selected) = 0;
     virtual void mirrorAllSelected(bool selected) = 0;
 
-    // Called by the backend when its native object shows the whole model, and
-    // when it is another one.
+    // When the native object shows the whole model; when it is another one.
     void markFresh() noexcept { stale_ = false; }
     void markStale() noexcept { stale_ = true; }
 

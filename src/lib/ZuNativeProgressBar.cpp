@@ -1,7 +1,5 @@
 #include "ZuNativeProgressBar.h"
 
-#include <algorithm>
-
 namespace zustd {
 
 bool NativeProgressBar::setRange(std::int32_t minimum, std::int32_t maximum) {
@@ -16,16 +14,6 @@ bool NativeProgressBar::setRange(std::int32_t minimum, std::int32_t maximum) {
     }
     setPosition(position_);
     return true;
-}
-
-bool NativeProgressBar::setPosition(std::int32_t position) {
-    return push(position_, std::clamp(position, minimum_, maximum_),
-                &INativeProgressBarImpl::setPosition);
-}
-
-bool NativeProgressBar::setMarqueeInterval(std::uint32_t milliseconds) {
-    return push(marqueeInterval_, std::max(milliseconds, std::uint32_t{1}),
-                &INativeProgressBarImpl::setMarqueeInterval);
 }
 
 Size NativeProgressBar::preferredSize() {

@@ -34,14 +34,20 @@ public:
     bool setRange(std::int32_t minimum, std::int32_t maximum);
     std::int32_t position() const noexcept { return position_; }
     // Taken into the range.
-    bool setPosition(std::int32_t position);
+    bool setPosition(std::int32_t position) {
+        return push(position_, std::clamp(position, minimum_, maximum_),
+                    &INativeProgressBarImpl::setPosition);
+    }
     bool isMarquee() const noexcept { return marquee_; }
     bool setEnableMarqueeAnimation(bool enable) {
         return push(marquee_, enable, &INativeProgressBarImpl::setEnableMarqueeAnimation);
     }
     // Between two steps of the animation; 1 or more.
     std::uint32_t marqueeInterval() const noexcept { return marqueeInterval_; }
-    bool setMarqueeInterval(std::uint32_t milliseconds);
+    bool setMarqueeInterval(std::uint32_t milliseconds) {
+        return push(marqueeInterval_, std::max(milliseconds, std::uint32_t{1}),
+                    &INativeProgressBarImpl::setMarqueeInterval);
+    }
     ProgressState state() const noexcept { return state_; }
     bool setState(ProgressState state) {
         return push(state_, state, &INativeProgressBarImpl::setState);

@@ -1,7 +1,5 @@
 #include "ZuNativeScrollBar.h"
 
-#include <algorithm>
-
 namespace zustd {
 
 bool NativeScrollBar::setRange(std::int32_t minimum, std::int32_t maximum) {
@@ -22,11 +20,6 @@ bool NativeScrollBar::setPageSize(std::int32_t size) {
     }
     pushRange();
     return true;
-}
-
-bool NativeScrollBar::setLineSize(std::int32_t size) {
-    size = std::max(size, 1);
-    return std::exchange(lineSize_, size) != size;
 }
 
 bool NativeScrollBar::setPosition(std::int32_t position) {

@@ -41,7 +41,10 @@ public:
     bool setPageSize(std::int32_t size);
     // What an arrow moves by; 1 or more.
     std::int32_t lineSize() const noexcept { return lineSize_; }
-    bool setLineSize(std::int32_t size);
+    bool setLineSize(std::int32_t size) {
+        size = std::max(size, 1);
+        return std::exchange(lineSize_, size) != size;
+    }
     std::int32_t position() const noexcept { return position_; }
     // Taken to the nearest position that there is; kScrolled and the kind of its
     // direction are sent, whoever moves it.

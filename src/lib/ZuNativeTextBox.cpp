@@ -53,10 +53,4 @@ Size NativeTextBox::preferredSize() {
     return {scale(kUsualWidth), saturate(std::int64_t{line} * lines + scale(kPadding))};
 }
 
-void NativeTextBox::acceptText(const std::wstring& text) {
-    if (std::exchange(text_, text) != text) {
-        notify(kTextChanged);
-    }
-}
-
 }  // namespace zustd

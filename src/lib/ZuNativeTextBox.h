@@ -43,7 +43,11 @@ public:
     Size preferredSize() override;
 
     // For the backend: the user has changed the text. Sends the message without synchronising.
-    void acceptText(const std::wstring& text);
+    void acceptText(const std::wstring& text) {
+        if (std::exchange(text_, text) != text) {
+            notify(kTextChanged);
+        }
+    }
 
 private:
     TextRef watermark_;

@@ -10,18 +10,6 @@ const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView"
 const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView", kObject);
 const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView", kObject);
 
-void NativeTreeView::acceptSelection(TreeNode node) {
-    if (model_.select(node)) {
-        tell(kSelectionChanged, node);
-    }
-}
-
-void NativeTreeView::acceptChecked(TreeNode node, bool checked) {
-    if (model_.setChecked(node, checked)) {
-        tell(kCheckStateChanged, node);
-    }
-}
-
 bool NativeTreeView::acceptExpanding(TreeNode node, bool expand) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     expandingRefused_ = false;
@@ -60,11 +48,6 @@ void TreeViewImplementation::removeNode(TreeNode node) {
     mirror(true, &Self::mirrorSelection);
 }
 
-void TreeViewImplementation::clear() {
-    model().clear();
-    mirror(true, &Self::mirrorCleared);
-}
-
 void TreeViewImplementation::setNodeExpanded(TreeNode node, bool expanded) {
     if (model().setExpanded(node, expanded)) {
         liftSelection();
@@ -83,11 +66,6 @@ void TreeViewImplementation::expandSubtree(TreeNode top, bool expanded) {
         liftSelection();
         mirror(true, &Self::mirrorAllExpanded, top);
     }
-}
-
-// The outermost collapsed node above the selected one takes over from it.
-void TreeViewImplementation::liftSelection() {
-    mirror(model().select(model().standInFor(model().selected())), &Self::mirrorSelection);
 }
 
 void TreeViewImplementation::selectNode(TreeNode node) {

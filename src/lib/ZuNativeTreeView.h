@@ -1,9 +1,7 @@
 // A native tree of nodes with images, check boxes and one selected node.
 //
-// The nodes are owned here, in a TreeModel that a native object can be filled from at any time.
-// Every operation on nodes goes through the backend's slot: a backend derives from
-// TreeViewImplementation, which changes the model and then tells the backend what to do to its
-// native object. What the user does comes back through the accept operations.
+// The nodes are owned here, in a TreeModel. As for a grid's rows every operation goes through the
+// backend's slot: a backend derives from TreeViewImplementation.
 //
 // The selected node is never below a collapsed one: selecting a node expands what is above it, and
 // a node that the program collapses takes the selection over from below it, without a message.
@@ -50,8 +48,7 @@ public:
     // 20: expands what is above and scrolls. The node stays in sight while the
     // native object is still being filled, unless the user scrolls it away.
     virtual void ensureNodeVisible(TreeNode node) = 0;
-    // 21: on the tree view's client area; empty for a node that is scrolled
-    // away or below a collapsed one.
+    // 21: on the tree view's client area; empty for a node scrolled away or below a collapsed one.
     virtual Rect getNodeBoundary(TreeNode node) const = 0;
     // 22 to 27
     virtual bool getNodeExpanded(TreeNode node) const = 0;
@@ -86,8 +83,7 @@ public:
     static const MessageKind kNodeCollapsing;
     static const MessageKind kNodeExpanding;
     static const MessageKind kRightClicked;
-    // Also when a native object that gets the focus selects a node by itself, which
-    // some do when none is selected.
+    // Also when a native object selects a node by itself as it gets the focus without a selection.
     static const MessageKind kSelectionChanged;
 
     NativeTreeView() { setFocusable(true); }
@@ -166,8 +162,16 @@ public:
     // For the backend: the nodes; what the user did. The messages are sent without synchronising.
     TreeModel& model() noexcept { return model_; }
     const TreeModel& model() const noexcept { return model_; }
-    void acceptSelection(TreeNode node);
-    void acceptChecked(TreeNode node, bool checked);
+    void acceptSelection(TreeNode node) {
+        if (model_.select(node)) {
+            tell(kSelectionChanged, node);
+        }
+    }
+    void acceptChecked(TreeNode node, bool checked) {
+        if (model_.setChecked(node, checked)) {
+            tell(kCheckStateChanged, node);
+        }
+    }
     // Before a node is expanded or collapsed; false when it is refused.
     bool acceptExpanding(TreeNode node, bool expand);
     // After it was.
@@ -202,7 +206,10 @@ public:
         return added(model().addSibling(sibling, key, caption));
     }
     void removeNode(TreeNode node) override;
-    void clear() override;
+    void clear() override {
+        model().clear();
+        mirror(true, &Self::mirrorCleared);
+    }
     std::size_t getNodeCount() const override { return model().nodeCount(); }
     TreeNode getNextNode(TreeNode node) const override { return model().next(node); }
     TreeNode getPreviousNode(TreeNode node) const override { return model().previous(node); }
@@ -287,7 +294,10 @@ private:
         return node;
     }
     void expandSubtree(TreeNode top, bool expanded);
-    void liftSelection();
+    // The outermost collapsed node above the selected one takes over from it.
+    void liftSelection() {
+        mirror(model().select(model().standInFor(model().selected())), &Self::mirrorSelection);
+    }
 
     std::uint32_t redrawOff_ = 0;
 };

@@ -1,7 +1,5 @@
 #include "ZuScrollable.h"
 
-#include <algorithm>
-
 #include "ZuGraphicsService.h"
 #include "ZuNativeScrollBar.h"
 #include "ZuScope.h"
@@ -98,14 +96,6 @@ Point ScrollView::positionShowing(const Rect& area) const noexcept {
     const Size view = viewport_->boundary().size();
     return {nearestView(position_.x, view.width, area.left, area.right),
             nearestView(position_.y, view.height, area.top, area.bottom)};
-}
-
-Size ScrollView::preferredSize() {
-    return sizeAround(content_ ? content_->preferredSize() : Size());
-}
-
-Size ScrollView::preferredSizeForWidth(std::int32_t width) {
-    return sizeAround(content_ ? content_->preferredSizeForWidth(innerWidth(width)) : Size());
 }
 
 // --- Input ----------------------------------------------------------------------------------
@@ -222,11 +212,6 @@ void ScrollView::arrangeChildren() {
         placeContent(content_->boundary().size());
         showPosition();
     }
-}
-
-void ScrollView::onJoinedSurface() {
-    Control::onJoinedSurface();
-    arrange();
 }
 
 Size ScrollView::measureContent(Size room) {

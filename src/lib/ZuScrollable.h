@@ -47,8 +47,12 @@ public:
     }
 
     // Those of the content, within the view's own limits.
-    Size preferredSize() override;
-    Size preferredSizeForWidth(std::int32_t width) override;
+    Size preferredSize() override {
+        return sizeAround(content_ ? content_->preferredSize() : Size());
+    }
+    Size preferredSizeForWidth(std::int32_t width) override {
+        return sizeAround(content_ ? content_->preferredSizeForWidth(innerWidth(width)) : Size());
+    }
     bool onMouse(const MouseEvent& event) override;
     bool onKey(const KeyEvent& event) override;
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override;
@@ -56,7 +60,10 @@ public:
 protected:
     void drawSelf(GraphicsService& graphics) override;
     void arrangeChildren() override;
-    void onJoinedSurface() override;
+    void onJoinedSurface() override {
+        Control::onJoinedSurface();
+        arrange();
+    }
     void onInputStateChanged() override { refresh(); }
 
 private:

@@ -20,11 +20,6 @@ TooltipOptions optionsOf(const Control& control) {
     return control.tooltipOptions() ? *control.tooltipOptions() : TooltipOptions();
 }
 
-bool areTooltipsWanted(const Control& control) {
-    const auto preferences = preferencesOf(control);
-    return !preferences || preferences->getBool(L"showTooltips", true);
-}
-
 // The window's object of this name, which is made when there is none.
 template <class T, class Make>
 std::shared_ptr<T> named(WindowService& window, const std::wstring& key, Make&& make) {
@@ -133,7 +128,9 @@ void Tooltip::onJoinedSurface() {
 void Control::showTooltip(Point place) {
     const std::shared_ptr<Control> held = sharedReference(this);
     const auto window = surface() != nullptr ? windowService() : nullptr;
-    if (tooltip_.isEmpty() || !held || !window || !areTooltipsWanted(*this)) {
+    const auto preferences = preferencesOf(*this);
+    const bool wanted = !preferences || preferences->getBool(L"showTooltips", true);
+    if (tooltip_.isEmpty() || !held || !window || !wanted) {
         return;
     }
     const auto timer = named<Timer>(*window, tooltipTimerKey(*this),

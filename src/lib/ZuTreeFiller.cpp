@@ -11,12 +11,6 @@ constexpr std::size_t kManyParents = 128;
 
 }  // namespace
 
-// The node below this one on the screen.
-TreeNode TreeFiller::nextSeen(TreeNode node) const {
-    const TreeModel& model = items_.model();
-    return model.isExpanded(node) ? model.next(node) : model.nextBeyond(node);
-}
-
 // The node above this one on the screen, if it can be seen; kNoNode for the first.
 TreeNode TreeFiller::seenAbove(TreeNode node) const {
     const TreeModel& model = items_.model();
@@ -54,8 +48,7 @@ void TreeFiller::drop(TreeNode node) {
     }
 }
 
-// What can be seen below a node comes ahead of what waits by now. Runs that
-// begin there are found again.
+// What can be seen below a node comes ahead of what waits; runs that begin there are found again.
 void TreeFiller::findRuns(TreeNode node) {
     const TreeModel& model = items_.model();
     drop(node);
@@ -152,16 +145,6 @@ void TreeFiller::restart() {
         runs_.push_back(first);
     }
     work();
-}
-
-void TreeFiller::workLater() {
-    state_ = TreeState::kBehind;
-    goOn();
-}
-
-void TreeFiller::open(TreeNode node) {
-    findRuns(node);
-    workSlice(&TreeFiller::insertNext);
 }
 
 bool TreeFiller::settle(TreeNode node) {

@@ -42,8 +42,7 @@ public:
     virtual bool isItemExpanded(TreeNode node) const = 0;
     // Brings the expansion of a node's item in line with the model's; false when it was.
     virtual bool expandItem(TreeNode node) = 0;
-    // Asks for TreeFiller::work() on a message of its own, or no longer. False
-    // when that cannot be had.
+    // Asks for TreeFiller::work() on a message of its own, or no longer; false when it cannot be.
     virtual bool await(bool more) = 0;
 };
 
@@ -71,18 +70,23 @@ public:
     // Asks for the next slice, if something waits; without one all of it comes now.
     void goOn();
     // With the next message, together with what else comes until then.
-    void workLater();
+    void workLater() {
+        state_ = TreeState::kBehind;
+        goOn();
+    }
 
     // Whether a node that was added can be given at once: what is above it on the screen is there.
     // Otherwise it belongs to a run, waits for a node that is to be opened, or cannot be seen.
     bool isNext(TreeNode node) const;
     // Has one that is next wait.
     void add(TreeNode node) { runs_.push_front(node); }
-    // Before a node is removed, or collapsed by its native tree; what waits behind
-    // it goes on waiting.
+    // Before a node is removed, or collapsed by its native tree; what is behind it goes on waiting.
     void drop(TreeNode node);
     // Before a native tree expands a node by itself: a slice of what can be seen below.
-    void open(TreeNode node);
+    void open(TreeNode node) {
+        findRuns(node);
+        workSlice(&TreeFiller::insertNext);
+    }
 
     // Brings what the native tree has of a node, and what can be seen below it, into
     // the model's state; false when the node was.
@@ -102,7 +106,11 @@ private:
     bool isOpen(TreeNode parent) const {
         return parent == kNoNode || (isThere(parent) && items_.model().isExpanded(parent));
     }
-    TreeNode nextSeen(TreeNode node) const;
+    // The node below this one on the screen.
+    TreeNode nextSeen(TreeNode node) const {
+        const TreeModel& model = items_.model();
+        return model.isExpanded(node) ? model.next(node) : model.nextBeyond(node);
+    }
     TreeNode seenAbove(TreeNode node) const;
     void findRuns(TreeNode node);
     TreeNode take();
