@@ -19,23 +19,25 @@ void printFailure(const std::string& reason) {
     printAndRecord("%s (%s)\n", kActionFailed, reason.c_str());
 }
 
+// Does something to a path, which a failure then names.
+template <class Operation>
+void change(const std::wstring& path, Operation* operation, const char* failure) {
+    try {
+        operation(path);
+    } catch (const wchar_t* reason) {
+        throw ActionFailure{failure, path, zustd::narrow(reason)};
+    }
+}
+
 }  // namespace
 
 void removeFile(const std::wstring& path) {
     stopIfInterrupted();
-    try {
-        zustd::deleteFile(path);
-    } catch (const wchar_t* reason) {
-        throw ActionFailure{"Could not delete file", path, zustd::narrow(reason)};
-    }
+    change(path, &zustd::deleteFile, "Could not delete file");
 }
 
 void makeDirectory(const std::wstring& path) {
-    try {
-        zustd::createDirectory(path);
-    } catch (const wchar_t* reason) {
-        throw ActionFailure{"Could not create directory", path, zustd::narrow(reason)};
-    }
+    change(path, &zustd::createDirectory, "Could not create directory");
 }
 
 std::vector<std::wstring> listFiles(const std::wstring& directory, const std::wstring& pattern) {

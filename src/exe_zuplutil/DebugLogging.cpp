@@ -177,12 +177,12 @@ void mendDebugSettings() {
 
 TemporaryDebugSettings::TemporaryDebugSettings(const DebugSettings& settings, bool rotateLogs,
                                                WhenMissing whenMissing)
-    : interrupt_([this] {
+    : whenMissing_(whenMissing), interrupt_([this] {
           if (kept_) {
               kept_->putBack();
           }
       }) {
-    InterruptGuard::runStep([&] { replace(settings, rotateLogs, whenMissing); });
+    InterruptGuard::runStep([&] { replace(settings, rotateLogs); });
 }
 
 TemporaryDebugSettings::~TemporaryDebugSettings() { restore(); }
@@ -191,8 +191,7 @@ void TemporaryDebugSettings::restore() noexcept {
     runAction([this] { InterruptGuard::runStep([this] { putBack(); }); });
 }
 
-void TemporaryDebugSettings::replace(const DebugSettings& settings, bool rotateLogs,
-                                     WhenMissing whenMissing) {
+void TemporaryDebugSettings::replace(const DebugSettings& settings, bool rotateLogs) {
     mendDebugSettings();
     const std::wstring path = getDebugConfigPath();
     // Once more: without memory a good file cannot be read either, and defaults
@@ -201,7 +200,6 @@ void TemporaryDebugSettings::replace(const DebugSettings& settings, bool rotateL
         readFrom(path, saved_);
     }
     kept_ = KeptFile::keep(path, {toFileContent(settings), toFileContent(saved_)});
-    removeFile_ = whenMissing == WhenMissing::kRemoveFile && kept_ && !kept_->hadFile();
     if (!kept_) {
         printAndRecord("Could not keep the debug settings; they stay as they are (%s)\n",
                        zustd::narrow(path).c_str());
@@ -218,7 +216,7 @@ void TemporaryDebugSettings::putBack() {
     if (!kept) {
         return;
     }
-    if (!removeFile_) {
+    if (whenMissing_ == WhenMissing::kWriteDefaults || kept->hadFile()) {
         if (!saveDebugSettings(saved_, true)) {
             return printNotWritten();
         }

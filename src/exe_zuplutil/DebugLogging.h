@@ -69,10 +69,10 @@ public:
     void restore() noexcept;
 
 private:
-    void replace(const DebugSettings& settings, bool rotateLogs, WhenMissing whenMissing);
+    void replace(const DebugSettings& settings, bool rotateLogs);
     void putBack();
 
-    bool removeFile_ = false;
+    const WhenMissing whenMissing_;
     DebugSettings saved_;
     // What was in the file, as long as something else may be in it.
     std::optional<KeptFile> kept_;

@@ -46,11 +46,9 @@ bool isPlain(wchar_t sign) {
 }
 
 std::wstring getShortPath(const std::wstring& path) {
-    const DWORD size = GetShortPathNameW(path.c_str(), nullptr, 0);
-    if (size == 0) {
-        return {};
-    }
-    std::wstring result(size, L'\0');
+    // Empty when there is none.
+    std::wstring result(GetShortPathNameW(path.c_str(), nullptr, 0), L'\0');
+    const auto size = static_cast<DWORD>(result.size());
     result.resize(GetShortPathNameW(path.c_str(), result.data(), size));
     return result;
 }

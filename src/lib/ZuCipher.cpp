@@ -73,25 +73,21 @@ public:
         if (length != 0 && streamEnded_) {
             throwText(L"Cipher::decipher: bytes behind the compressed text", ZU_HERE);
         }
-        makeRoom(length);
+        const std::size_t size = text_.size() + length;
+        if (size > text_.capacity()) {
+            // Doubled as a string would do by itself, but never beyond the limit and
+            // with nothing left behind in the memory of before.
+            detail::WipedText larger(
+                std::max(size, std::min(2 * text_.capacity(), kMaxCipherText)));
+            larger.text().append(text_);
+            text_.swap(larger.text());
+        }
         text_.append(reinterpret_cast<const char*>(bytes), length);
         streamEnded_ |= messageEnd != 0;
         return 0;
     }
 
 private:
-    // Doubles as a string would by itself, but never beyond the limit and with
-    // nothing left behind in the memory of before.
-    void makeRoom(std::size_t length) {
-        const std::size_t size = text_.size() + length;
-        if (size > text_.capacity()) {
-            detail::WipedText larger(
-                std::max(size, std::min(2 * text_.capacity(), kMaxCipherText)));
-            larger.text().append(text_);
-            text_.swap(larger.text());
-        }
-    }
-
     std::string& text_;
     bool streamEnded_ = false;
 };
@@ -158,8 +154,10 @@ std::string associatedData(CipherEncoding encoding) {
     return data;
 }
 
-bool isKnown(CipherEncoding encoding) noexcept {
-    return encoding == CipherEncoding::kEnciphered || encoding == CipherEncoding::kCompressed;
+void requireKnown(CipherEncoding encoding, const wchar_t* text, SourcePlace place) {
+    if (encoding != CipherEncoding::kEnciphered && encoding != CipherEncoding::kCompressed) {
+        throwText(text, place);
+    }
 }
 
 }  // namespace
@@ -191,9 +189,7 @@ void setCipherKey(const CipherKey& key) { installKey(key); }
 void clearCipherKey() { installKey(std::nullopt); }
 
 std::string Cipher::encipher(CipherEncoding encoding, std::string_view utf8, const CipherKey& key) {
-    if (!isKnown(encoding)) {
-        throwText(L"Cipher::encipher: unknown encoding", ZU_HERE);
-    }
+    requireKnown(encoding, L"Cipher::encipher: unknown encoding", ZU_HERE);
     if (utf8.size() > kMaxCipherText) {
         throwText(L"Cipher::encipher: text is too long", ZU_HERE);
     }
@@ -210,9 +206,7 @@ std::string Cipher::encipher(CipherEncoding encoding, std::string_view utf8, con
 
 std::string Cipher::decipher(CipherEncoding encoding, std::string_view message,
                              const CipherKey& key) {
-    if (!isKnown(encoding)) {
-        throwText(L"Cipher::decipher: unknown encoding", ZU_HERE);
-    }
+    requireKnown(encoding, L"Cipher::decipher: unknown encoding", ZU_HERE);
     if (message.size() < kNonceEnd + detail::kCipherTagSize) {
         throwText(L"Cipher::decipher: message is too short", ZU_HERE);
     }

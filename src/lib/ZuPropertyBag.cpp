@@ -4,8 +4,6 @@ namespace zustd {
 
 namespace {
 
-constexpr std::wstring_view kBagTag = L"bag";
-constexpr std::wstring_view kBagEnd = L"/bag";
 constexpr std::wstring_view kTableTag = L"hmap";
 constexpr std::wstring_view kTableEnd = L"/hmap";
 constexpr std::wstring_view kEntryTag = L"p";
@@ -62,14 +60,14 @@ void PropertyBag::readFrom(Source& in) {
     std::wstring_view name;
     // Whatever comes before the table: a bag that stayed empty for it would be
     // saved as such.
-    while (xml::peekName(in, name) && name != kTableTag && name != kBagEnd) {
+    while (xml::peekName(in, name) && name != kTableTag && name != L"/bag") {
         xml::skipTag(in);
     }
     if (name == kTableTag) {
         readTable(in);
     }
     // The one closing tag that nobody insists on.
-    xml::readTag(in, kBagTag, true, false);
+    xml::readTag(in, L"bag", true, false);
 }
 
 // table = "<hmap>" , { "<p>" , "<k>" , text , "</k>" , union , "</p>" } , "</hmap>"

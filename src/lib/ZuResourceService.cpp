@@ -20,12 +20,6 @@ std::wstring displayLanguage() {
     return names.data();
 }
 
-std::wstring formatsLocale() {
-    wchar_t name[LOCALE_NAME_MAX_LENGTH] = L"";
-    GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
-    return name;
-}
-
 }  // namespace
 
 const MessageKind ResourceService::kLanguageChanged(L"languageChanged.ResourceService",
@@ -55,7 +49,9 @@ std::wstring ResourceService::getString(std::uint64_t key) const {
 
 bool ResourceService::selectUserLocale() {
     const std::wstring language = displayLanguage();
-    return selectLocale(language.empty() ? formatsLocale() : language);
+    wchar_t formats[LOCALE_NAME_MAX_LENGTH] = L"";
+    GetUserDefaultLocaleName(formats, LOCALE_NAME_MAX_LENGTH);
+    return selectLocale(language.empty() ? formats : language);
 }
 
 }  // namespace zustd

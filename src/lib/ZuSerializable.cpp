@@ -98,36 +98,6 @@ void detail::scanText(std::wstring_view text, DateTime& value) {
     value = DateTime(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
 }
 
-void SerializableT<std::shared_ptr<SharedObject>>::appendXml(std::wstring& text) const {
-    if (const ISerializable* object = serializable()) {
-        object->appendXml(text);
-    }
-}
-
-void SerializableT<std::shared_ptr<SharedObject>>::readXml(std::wistream& stream) {
-    if (ISerializable* object = serializable()) {
-        object->readXml(stream);
-    }
-}
-
-void SerializableT<std::shared_ptr<SharedObject>>::parseXml(const wchar_t*& begin,
-                                                            const wchar_t* end) {
-    if (ISerializable* object = serializable()) {
-        object->parseXml(begin, end);
-    }
-}
-
-ISerializable* SerializableT<std::shared_ptr<SharedObject>>::serializable() const {
-    if (!value) {
-        return nullptr;
-    }
-    auto* object = dynamic_cast<ISerializable*>(value.get());
-    if (object == nullptr) {
-        detail::throwNotImplemented();
-    }
-    return object;
-}
-
 // --- Kinds ---------------------------------------------------------------------------
 
 std::wstring_view kindName(ValueKind kind) noexcept { return nameIn(kindElement(kind)); }
@@ -156,11 +126,10 @@ SerializableUnion& SerializableUnion::operator=(const SerializableUnion& other) 
 }
 
 SerializableUnion& SerializableUnion::operator=(SerializableUnion&& other) noexcept {
-    if (this != &other) {
-        // The old value goes last: other may live inside it.
-        std::unique_ptr<ISerializable> old = std::exchange(held_, std::move(other.held_));
-        kind_ = std::exchange(other.kind_, ValueKind::kNull);
-    }
+    // What was held goes last: other may live inside it.
+    SerializableUnion taken(std::move(other));
+    std::swap(held_, taken.held_);
+    std::swap(kind_, taken.kind_);
     return *this;
 }
 

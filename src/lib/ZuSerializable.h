@@ -122,15 +122,27 @@ public:
     SerializableT() = default;
     explicit SerializableT(std::shared_ptr<SharedObject> initial) : value(std::move(initial)) {}
 
-    void appendXml(std::wstring& text) const override;
-    void readXml(std::wistream& stream) override;
-    void parseXml(const wchar_t*& begin, const wchar_t* end) override;
+    void appendXml(std::wstring& text) const override {
+        withObject([&](ISerializable& object) { object.appendXml(text); });
+    }
+    void readXml(std::wistream& stream) override {
+        withObject([&](ISerializable& object) { object.readXml(stream); });
+    }
+    void parseXml(const wchar_t*& begin, const wchar_t* end) override {
+        withObject([&](ISerializable& object) { object.parseXml(begin, end); });
+    }
 
     std::shared_ptr<SharedObject> value;
 
 private:
-    // Null for an empty pointer.
-    ISerializable* serializable() const;
+    template <class Call>
+    void withObject(Call&& call) const {
+        if (auto* object = dynamic_cast<ISerializable*>(value.get())) {
+            call(*object);
+        } else if (value) {
+            detail::throwNotImplemented();
+        }
+    }
 };
 
 // The kinds of value. Any other number counts as kNull.

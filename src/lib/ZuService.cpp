@@ -28,11 +28,7 @@ void Service::setNamedObject(std::wstring_view name, const std::shared_ptr<Share
         std::exchange(namedObjects_.findOrInsert(name).first.value, object);
 }
 
-void Service::removeNamedObject(std::wstring_view name) {
-    // Let go of last: an object that goes away may come back to this service.
-    const std::shared_ptr<SharedObject> former = getNamedObject(name);
-    namedObjects_.remove(name);
-}
+void Service::removeNamedObject(std::wstring_view name) { namedObjects_.remove(name); }
 
 const std::shared_ptr<TrackingPropertyBag>& Service::properties() const {
     ZU_ASSERT(properties_);

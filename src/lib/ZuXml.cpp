@@ -8,7 +8,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <system_error>
@@ -108,16 +107,17 @@ struct SixPlaces {
         return value == 0 || (value >= 0x1p-11 && value < 0x1p53);
     }
     explicit SixPlaces(double value) noexcept {
-        const double floor = std::floor(value);
+        const auto integer = static_cast<std::int64_t>(value);
         // The fraction in units of 2^-63, times a million, in two halves.
-        const auto fraction = static_cast<std::uint64_t>((value - floor) * 0x1p63);
+        const double part = (value - static_cast<double>(integer)) * 0x1p63;
+        const auto fraction = static_cast<std::uint64_t>(static_cast<std::int64_t>(part));
         const std::uint64_t low = (fraction & 0xFFFFFFFF) * kMillion;
         const std::uint64_t high = (fraction >> 32) * kMillion + (low >> 32);
         // What lies behind the places; the lowest bit stands for all that are smaller.
         const std::uint64_t rest = high << 33 | ((low & 0xFFFFFFFF) != 0 ? 1 : 0);
         millionths = high >> 31;
         millionths += rest > kHalf || (rest == kHalf && millionths % 2 != 0) ? 1 : 0;
-        whole = static_cast<std::uint64_t>(floor) + millionths / kMillion;
+        whole = static_cast<std::uint64_t>(integer) + millionths / kMillion;
         millionths %= kMillion;
     }
 };
@@ -155,6 +155,25 @@ ScannedInteger scanInteger(std::wstring_view text) noexcept {
         result.magnitude = result.magnitude * 10 + digit;
     }
     return result;
+}
+
+// Of a decimal number that no double holds: whether it is too large for one,
+// not too small.
+bool isBeyondOne(std::string_view number) noexcept {
+    const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
+    const std::size_t point = std::min(number.find('.'), mark);
+    std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
+    if (exponent.starts_with('+')) {
+        exponent.remove_prefix(1);
+    }
+    std::int64_t power = 0;
+    const auto [end, failure] =
+        std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
+    if (failure == std::errc::result_out_of_range) {
+        return !exponent.starts_with('-');
+    }
+    return power > static_cast<std::int64_t>(number.find_first_of("123456789")) -
+                       static_cast<std::int64_t>(point);
 }
 
 constexpr std::wstring_view kSpaces = L" \n\r\t";
@@ -228,15 +247,14 @@ void Xml::appendEscaped(std::wstring& out, std::wstring_view text) {
 }
 
 void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
-    const bool negative = value < 0;
-    const auto wide = static_cast<std::int64_t>(value);
-    width = std::clamp(width, 1, kWidest);
-    if (negative) {
+    if (value < 0) {
         out.push_back(L'-');
         // The sign counts towards a width.
-        --width;
+        width = std::clamp(width, 1, kWidest) - 1;
     }
-    out.append(Digits<10>(static_cast<std::uint64_t>(negative ? -wide : wide), width).view());
+    const auto magnitude =
+        static_cast<std::uint64_t>(value < 0 ? -std::int64_t{value} : std::int64_t{value});
+    out.append(Digits<10>(magnitude, width).view());
 }
 
 void Xml::appendLongHex(std::wstring& out, std::uint32_t value, int width) {
@@ -295,9 +313,13 @@ double Xml::toDouble(std::wstring_view text) {
                    [](wchar_t c) { return static_cast<char>(c); });
     const char* const begin = digits.data();
     double value = 0.0;
-    const auto failure = std::from_chars(begin, begin + digits.size(), value).ec;
-    // Only the slower scanner tells too large from too small.
-    return failure == std::errc::result_out_of_range ? std::strtod(begin, nullptr) : value;
+    const auto [end, failure] = std::from_chars(begin, begin + digits.size(), value);
+    if (failure == std::errc::result_out_of_range) {
+        const std::string_view number(begin, static_cast<std::size_t>(end - begin));
+        value = isBeyondOne(number) ? std::numeric_limits<double>::infinity() : 0.0;
+        return number.starts_with('-') ? -value : value;
+    }
+    return value;
 }
 
 bool Xml::toBool(std::wstring_view text) noexcept {
