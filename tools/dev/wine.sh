@@ -37,7 +37,7 @@ use_test_prefix() {
 make_test_prefix() {
     use_prefix test
     local template=$WINEPREFIX copy=$1 entry
-    tests/support/make_prefix.sh "$template" >/dev/null
+    tools/dev/make_prefix.sh "$template" >/dev/null
     # The registry is in its files once the server has ended.
     wineserver -k || true
     wineserver -w

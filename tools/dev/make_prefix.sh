@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Makes the Wine prefix in which the tests run, or brings one up to date, and
 # leaves its server running. Quick when there is nothing to do.
-# usage: tests/support/make_prefix.sh <prefix folder>
+# usage: tools/dev/make_prefix.sh <prefix folder>
 #
 # The user's folders lie below %TESTROOT%, so that every test has its own. A
 # program that sets no TESTROOT sees the profile's usual folders.
