@@ -1,5 +1,6 @@
 // The native controls against a model, and what the user does with them.
 
+#include <map>
 #include <numeric>
 
 #include "ZuFontWin32Gdi.h"
@@ -47,10 +48,19 @@ protected:
     }
     static void notify(const Control& widget, UINT id, WPARAM wide) {
         const HWND shown = nativeWindowOf(widget);
-        send(GetParent(shown), id, wide, reinterpret_cast<LPARAM>(shown));
+        EXPECT_EQ(send(GetParent(shown), id, wide, reinterpret_cast<LPARAM>(shown)), 0);
     }
     static std::wstring captionOf(const auto& widget) {
         return widget.hasCaption() ? widget.caption().text(widget) : L"";
+    }
+    static int widthOf(HICON icon) {
+        ICONINFO parts{};
+        BITMAP image{};
+        GetIconInfo(icon, &parts);
+        const BitmapHandle color(parts.hbmColor);
+        const BitmapHandle mask(parts.hbmMask);
+        GetObjectW(color.get(), sizeof(image), &image);
+        return image.bmWidth;
     }
     // 6 points are 8 pixels.
     static void expectFont(HWND shown, const FontDescriptor* font) {
@@ -74,10 +84,23 @@ protected:
         const std::string last = trace_.messages().back();
         EXPECT_TRUE(last.starts_with(report)) << report << ": " << last;
     }
+    static LRESULT CALLBACK noteSent(int code, WPARAM wide, LPARAM extra) noexcept {
+        const auto& message = *reinterpret_cast<const CWPSTRUCT*>(extra);
+        sent_[{message.hwnd, message.message}] = {message.wParam, message.lParam};
+        if (message.message == EM_SETCUEBANNER || message.message == CB_SETCUEBANNER) {
+            hints_[message.hwnd] = reinterpret_cast<const wchar_t*>(message.lParam);
+        }
+        return CallNextHookEx(nullptr, code, wide, extra);
+    }
     using Changes = std::vector<std::function<void()>>;
     void expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
                         const Changes& own, const std::function<void(HWND)>& check);
 
+    // The last message of each kind that a window was sent.
+    static inline std::map<std::pair<HWND, UINT>, std::pair<WPARAM, LPARAM>> sent_;
+    static inline std::map<HWND, std::wstring> hints_;
+    const HookHandle hook_{
+        SetWindowsHookExW(WH_CALLWNDPROC, &noteSent, nullptr, GetCurrentThreadId())};
     const TraceCapture trace_;
     std::mt19937 random_{20260713};
     std::shared_ptr<NativeWindow> other_ = makeWindow({300, 200});
@@ -119,8 +142,11 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
         const bool hadFocus = holdsFocus(control);
         const HWND before = nativeWindowOf(control);
         isMoved = false;
-        const Changes& changes = flip() ? common : own;
+        const bool isOwn = flip();
+        const Changes& changes = isOwn ? own : common;
         changes[random_() % changes.size()]();
+        // Nothing is clicked, changed, selected or scrolled then.
+        EXPECT_TRUE(log_->take().find(L"ed") > 99 || isOwn);
         const HWND shown = nativeWindowOf(control);
         const HWND parent = nativeWindowOf(*holder_->surface());
         const auto* bar = dynamic_cast<const NativeScrollBar*>(&control);
@@ -173,19 +199,29 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
         expectLook(shown, L"Button", kStyles[int(w->kind())], captionOf(*w));
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
-        EXPECT_EQ(send(shown, BM_GETIMAGE, IMAGE_ICON) != 0, w->bitmap() != nullptr);
+        const int gap = captionOf(*w).empty() ? 0 : NativeButton::kBitmapGap;
+        EXPECT_EQ(widthOf(reinterpret_cast<HICON>(send(shown, BM_GETIMAGE, IMAGE_ICON))),
+                  w->bitmap() ? 16 + gap : 0);
     });
 }
 
 TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeTextBox();
+    const auto typeOne = [&] {
+        const std::wstring former = w->text();
+        const auto count = former.size() + std::size_t(std::ranges::count(former, L'\n'));
+        const bool fits = w->maximumLength() == 0 || count < w->maximumLength();
+        type(nativeWindowOf(*w), L"y");
+        EXPECT_EQ(w->text().size() != former.size(), fits && !w->isReadOnly());
+    };
     const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
                              [&] { w->setWatermark(anyText()); },
                              [&] { w->setReadOnly(flip()); },
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setMaximumLength(static_cast<std::size_t>(any(6))); },
                              [&] { w->setText(word()); },
-                             [&] { type(nativeWindowOf(*w), flip() ? L"y" : L"\r\U0001F600"); }};
+                             [&] { type(nativeWindowOf(*w), L"\U0001F600"); },
+                             typeOne};
     expectMirrored("TextBoxWin32Gdi", w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {
             ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
@@ -199,10 +235,8 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
-        wchar_t hint[64] = L"";
-        send(shown, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 64);
         const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
-        EXPECT_EQ(hint, hasHint ? w->watermark().text(*w) : L"");
+        EXPECT_EQ(hints_[shown], hasHint ? w->watermark().text(*w) : L"");
     });
 }
 
@@ -215,6 +249,7 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
         const HWND field = FindWindowExW(nativeWindowOf(*w), nullptr, L"Edit", nullptr);
         send(field, EM_SETSEL, 0, -1);
         type(field, flip() ? L"one" : L"o");
+        EXPECT_TRUE(!w->isEditable() || w->getSelectedItem() == w->findItem(textOf(field)));
         w->backend()->synchronizeWithAbstraction();
     };
     const auto leaveList = [&] {
@@ -232,6 +267,7 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
     };
     const Changes changes = {[&] { w->setEditable(flip()); },
                              [&] { w->setFont(anyFont()); },
+                             [&] { w->setCaption(anyText()); },
                              [&] { w->setText(word()); },
                              [&] { w->addItem(flip() ? L"one" : L"&Save"); },
                              [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
@@ -244,6 +280,7 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
         const DWORD kind = w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
         expectLook(shown, L"ComboBox", kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
         expectFont(shown, w->font().get());
+        EXPECT_EQ(hints_[shown], captionOf(*w));
         EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
         Texts items(static_cast<std::size_t>(send(shown, CB_GETCOUNT)), std::wstring(32, L'\0'));
         for (std::size_t i = 0; i < items.size(); ++i) {
@@ -281,6 +318,16 @@ TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
             EXPECT_EQ(info.nMax, w->maximum());
             EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
             EXPECT_EQ(info.nPos, w->position());
+            SCROLLBARINFO parts{};
+            parts.cbSize = sizeof(parts);
+            GetScrollBarInfo(shown, OBJID_CLIENT, &parts);
+            const bool isOff = !IsWindowEnabled(shown);
+            const auto canScroll = [&](DWORD arrow) {
+                return (arrow & STATE_SYSTEM_UNAVAILABLE) == 0;
+            };
+            EXPECT_TRUE(isOff || canScroll(parts.rgstate[1]) == (w->position() > w->minimum()));
+            EXPECT_TRUE(isOff ||
+                        canScroll(parts.rgstate[5]) == (w->position() < w->highestPosition()));
         });
     }
 }
@@ -289,12 +336,19 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
     const auto bar = service().createNativeProgressBar();
     const Changes changes = {[&] { bar->setRange(any(2) - 50, any(2) + 50); },
                              [&] { bar->setEnableMarqueeAnimation(any(3) == 0); },
+                             [&] { bar->setMarqueeInterval(1U << any(3)); },
+                             [&] { bar->setState(static_cast<ProgressState>(any(3))); },
                              [&] { bar->setPosition(any(100)); }};
     expectMirrored("ProgressBarWin32Gdi", bar, changes, [&](HWND shown) {
         expectLook(shown, L"msctls_progress32", bar->isMarquee() ? PBS_MARQUEE : 0, L"");
         EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), bar->minimum());
         EXPECT_EQ(send(shown, PBM_GETRANGE), bar->maximum());
         EXPECT_TRUE(bar->isMarquee() || send(shown, PBM_GETPOS) == bar->position());
+        static constexpr WPARAM kStates[] = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
+        const auto& [state, steps] =
+            std::pair(sent_[{shown, PBM_SETSTATE}].first, sent_[{shown, PBM_SETMARQUEE}].second);
+        EXPECT_TRUE(bar->state() == ProgressState::kNormal || state == kStates[int(bar->state())]);
+        EXPECT_TRUE(!bar->isMarquee() || steps == LPARAM(bar->marqueeInterval()));
     });
     const auto child = service().createNativeWindow();
     expectMirrored("WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
