@@ -64,6 +64,11 @@ protected:
     void toggleUpdate(Control& control) {
         update_ ? update_.reset() : static_cast<void>(update_.emplace(control));
     }
+    // Whether something is to be painted, which is done then.
+    static bool isDirty(const Control& control) {
+        const HWND window = nativeWindowOf(control);
+        return GetUpdateRect(window, nullptr, FALSE) && ValidateRect(window, nullptr);
+    }
     UINT checkOf(bool checked) const { return !boxes_ ? 0 : checked ? 2 : 1; }
     TreeNode at(std::size_t i) const { return i < nodes_.size() ? nodes_[i].node : kNoNode; }
     std::size_t indexOf(TreeNode node) const {
@@ -85,7 +90,7 @@ protected:
     std::size_t above(std::size_t i) const { return before(i, nodes_[i].depth - 1); }
     void insert(std::size_t i, std::size_t depth, TreeNode node) {
         nodes_.insert(nodes_.begin() + static_cast<std::ptrdiff_t>(i),
-                      {node, depth, tree_->getNodeKey(node), tree_->getNodeCaption(node)});
+                      {node, depth, freeKey(), numbered(number_)});
     }
     void erase(std::size_t i, std::size_t end) {
         for (; end > i; --end) {
@@ -108,9 +113,10 @@ protected:
         }
     }
 
+    std::wstring freeKey() const { return number_ % 5 == 0 ? L"" : numbered(number_); }
     void change() {
         const std::wstring text = numbered(++number_);
-        const std::wstring key = number_ % 5 == 0 ? L"" : text;
+        const std::wstring key = freeKey();
         const std::size_t count = nodes_.size();
         if (count == 0) {
             return insert(0, 1, tree_->addRootNode(key, text));
@@ -247,6 +253,9 @@ protected:
                                    at(i) == selected_));
         }
         EXPECT_EQ(shownTree(), lines);
+        // All of a short tree is on the screen.
+        EXPECT_TRUE(lines.size() > 6 || lines == seen_ || isDirty(*tree_));
+        seen_ = lines;
         EXPECT_EQ(tree_->getNodeCount(), nodes_.size());
         EXPECT_EQ(tree_->getSelectedNode(), selected_);
         EXPECT_EQ(tree_->getFirstRootNode(), at(0));
@@ -271,7 +280,9 @@ protected:
         EXPECT_EQ(tree_->getFirstChildNode(node), end == i + 1 ? kNoNode : at(i + 1));
         EXPECT_EQ(lastChild, end == i + 1 ? kNoNode : at(before(end, said.depth + 1)));
         EXPECT_EQ(tree_->findNode(said.key), said.key.empty() ? kNoNode : node);
+        EXPECT_EQ(tree_->getNodeKey(node), said.key);
         EXPECT_EQ(tree_->getNodeCaption(node), said.caption);
+        EXPECT_EQ(tree_->getNodeExpanded(node), said.expanded);
         EXPECT_EQ(tree_->getNodeBitmap(node), said.bitmap);
         EXPECT_EQ(tree_->getNodeChecked(node), said.checked);
         EXPECT_EQ(tree_->getNodeEmphasized(node), said.emphasized);
@@ -288,6 +299,8 @@ protected:
     // In the order of the screen, roots with a depth of 1.
     std::vector<PlainNode> nodes_;
     TreeNode selected_ = kNoNode;
+    // The lines at the last look.
+    Texts seen_;
     bool isDrawn_ = true;
 };
 
@@ -403,6 +416,9 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
         ASSERT_EQ(grid_->getSelectedRows(), selected);
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
+            lines.resize(std::min(lines.size(), std::size_t{9}));
+            ASSERT_TRUE(isDirty(*grid_) || lines == seen_);
+            seen_ = lines;
         }
     }
     EXPECT_EQ(log_->text, L"");

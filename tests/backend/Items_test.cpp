@@ -24,6 +24,7 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
     addRows({L"alpha", L"beta", L"br", L"delta"});
     const std::pair<std::function<void()>, const wchar_t*> actions[]{
         {[&] { clickAt(*grid_, boxOf(2)); }, L" checkStateChanged:2"},
+        {[] { pressKeys({VK_APPS}); }, L" rightClicked:-1"},
         {[] { pressKeys({VK_DOWN}); }, L" selectionChanged:0"},
         {[&] { clickAt(*grid_, placeOf(1)); }, L" selectionChanged:1 leftClicked:1"},
         {[] { pressKeys({VK_SPACE}); }, L" checkStateChanged:1"},
@@ -86,20 +87,23 @@ TEST_F(GridUserTest, text_soughtFromARow_isFoundWhereTheFlagsSay) {
 }
 
 TEST_F(GridUserTest, receiversWhoClearAndDropTheGrid_areSurvived) {
-    // At the check box, the selection, the click and the right click.
-    for (const int what : {0, 1, 2, 3}) {
+    // At the check box, the selection, the click, the right click; and between the latter.
+    for (const int what : {0, 1, 2, 3, 4}) {
         addRows({L"alpha", L"beta"});
-        what > 1 ? grid_->selectRow(1) : void();
+        what == 2 || what == 3 ? grid_->selectRow(1) : void();
         const HWND native = nativeWindowOf(*grid_);
-        log_->onMessage = [this](const MessageKind&) {
+        log_->onMessage = [&](const MessageKind&) {
             grid_->clear();
-            window_->removeChild(grid_.get());
+            if (what != 4) {
+                window_->removeChild(grid_.get());
+            }
         };
-        clickAt(*grid_, what == 0 ? boxOf(1) : placeOf(1), what == 3);
-        EXPECT_FALSE(IsWindow(native)) << what;
+        clickAt(*grid_, what == 0 ? boxOf(1) : placeOf(1), what > 2);
+        EXPECT_EQ(IsWindow(native) != FALSE, what == 4) << what;
         window_->addChild(grid_);
         EXPECT_EQ(shownGrid(), Texts());
     }
+    EXPECT_TRUE(log_->text.ends_with(L" selectionChanged:1 rightClicked:-1"));
 }
 
 TEST_F(GridUserTest, rowTooltip_asked_isWhatAReceiverSays) {
@@ -113,6 +117,10 @@ TEST_F(GridUserTest, rowTooltip_asked_isWhatAReceiverSays) {
     for (request.iItem = 0; request.iItem < 8; request.iItem += 7) {
         ask(*window_, WM_NOTIFY, request);
         EXPECT_STREQ(text, L"one tha");
+        request.cchTextMax = 0;
+        ask(*window_, WM_NOTIFY, request);
+        EXPECT_STREQ(text, L"one tha");
+        request.cchTextMax = 8;
     }
     EXPECT_EQ(log_->text, L" beforeDisplayRowTooltip:0");
 }
@@ -145,11 +153,17 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledTo) {
     tree_->setEnableRedraw(true);
     const Rect seen = tree_->getNodeBoundary(middle);
     EXPECT_FALSE(seen.isEmpty());
-    // So many that the window is filled anew.
+    // One that goes leaves the others' items, very many have the window filled anew.
+    const HWND native = nativeWindowOf(*tree_);
+    const HTREEITEM first = TreeView_GetFirstVisible(native);
+    TreeView_SetItemState(native, first, TVIS_CUT, TVIS_CUT);
+    tree_->removeNode(node(numbered(199)));
+    EXPECT_NE(TreeView_GetItemState(native, first, TVIS_CUT), 0U);
     for (std::size_t i = 0; i < 120; ++i) {
         tree_->removeNode(node(numbered(i)));
     }
-    EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 81);
+    EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 80);
+    EXPECT_EQ(TreeView_GetItemState(native, TreeView_GetFirstVisible(native), TVIS_CUT), 0U);
     EXPECT_EQ(tree_->getNodeBoundary(middle), seen);
     // What the user scrolls away stays away.
     send(*tree_, WM_VSCROLL, SB_TOP);
