@@ -203,6 +203,8 @@ protected:
         const int keys[]{0, 0, opens ? VK_ADD : VK_SUBTRACT, VK_DOWN, 0, VK_SPACE};
         if (what < 2) {
             sendMouse(window, random_.below(2) == 0 ? WM_LBUTTONDOWN : WM_LBUTTONDBLCLK, place);
+        } else if (what == 4 && opens && !caption.isEmpty()) {
+            clickAt(*tree_, {caption.left + 4, caption.top + 4}, true);
         } else if (what == 4) {
             send(*tree_, WM_CONTEXTMENU, 0, -1);
         } else {
