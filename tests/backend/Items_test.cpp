@@ -8,19 +8,7 @@ namespace {
 
 using namespace test;
 
-class GridUserTest : public BackendItemsTest {
-protected:
-    Point placeOf(std::size_t row) const {
-        RECT area{LVIR_LABEL, 0, 0, 0};
-        EXPECT_TRUE(ask(*grid_, LVM_GETITEMRECT, area, row));
-        return {area.left + 5, area.top + 5};
-    }
-    Point boxOf(std::size_t row) const {
-        return partAt<LVHITTESTINFO>(*grid_, LVM_HITTEST, LVHT_ONITEMSTATEICON, placeOf(row).y);
-    }
-};
-
-TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
+TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     addRows({L"alpha", L"beta", L"br", L"delta"});
     const auto keys = [](std::vector<WORD> held) { return [held] { pressKeys(held); }; };
     const auto click = [this](Point place, bool right = false) {
@@ -58,7 +46,7 @@ TEST_F(GridUserTest, mouseAndKeys_sendExactlyWhatTheUserDid) {
     EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
 }
 
-TEST_F(GridUserTest, text_soughtFromARow_isFoundWhereTheFlagsSay) {
+TEST_F(BackendItemsTest, gridText_soughtFromARow_isFoundWhereTheFlagsSay) {
     addRows({L"alpha", L"beta", L"alp"});
     const std::tuple<int, UINT, const wchar_t*, LRESULT> kRows[] = {
         {-1, LVFI_STRING, L"AL", -1},
@@ -73,7 +61,7 @@ TEST_F(GridUserTest, text_soughtFromARow_isFoundWhereTheFlagsSay) {
     }
 }
 
-TEST_F(GridUserTest, receiversWhoClearAndDropTheGrid_areSurvived) {
+TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
     // At the check box, the selection, the click, the right click; and between the latter.
     for (const int what : {0, 1, 2, 3, 4}) {
         addRows({L"alpha", L"beta"});
@@ -93,7 +81,7 @@ TEST_F(GridUserTest, receiversWhoClearAndDropTheGrid_areSurvived) {
     EXPECT_TRUE(log_->text.ends_with(L" selectionChanged:1 rightClicked:-1"));
 }
 
-TEST_F(GridUserTest, rowTooltip_asked_isWhatAReceiverSays) {
+TEST_F(BackendItemsTest, rowTooltip_asked_isWhatAReceiverSays) {
     addRows({L"alpha"});
     wchar_t text[8] = L"";
     NMLVGETINFOTIPW request{};
@@ -134,9 +122,9 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
     for (std::size_t i = 0; i < 120; ++i) {
         tree_->removeNode(node(numbered(i)));
     }
+    EXPECT_EQ(tree_->getNodeBoundary(middle), seen);
     EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 80);
     EXPECT_EQ(TreeView_GetItemState(native, TreeView_GetFirstVisible(native), TVIS_CUT), 0U);
-    EXPECT_EQ(tree_->getNodeBoundary(middle), seen);
     // What the user scrolls away stays away.
     send(*tree_, WM_VSCROLL, SB_TOP);
     window_->synchronizeTree();

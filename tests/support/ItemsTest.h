@@ -148,12 +148,15 @@ protected:
         return lines;
     }
 
-    TreeNode node(const std::wstring& key) const { return tree_->findNode(key); }
-    void addNodes(std::initializer_list<const wchar_t*> keys) {
-        for (const wchar_t* key : keys) {
-            tree_->addRootNode(key, key);
-        }
+    Point placeOf(std::size_t row) const {
+        RECT area{LVIR_LABEL, 0, 0, 0};
+        EXPECT_TRUE(ask(*grid_, LVM_GETITEMRECT, area, row));
+        return {area.left + 5, area.top + 5};
     }
+    Point boxOf(std::size_t row) const {
+        return partAt<LVHITTESTINFO>(*grid_, LVM_HITTEST, LVHT_ONITEMSTATEICON, placeOf(row).y);
+    }
+    TreeNode node(const std::wstring& key) const { return tree_->findNode(key); }
     void addRows(std::initializer_list<const wchar_t*> keys) {
         for (const wchar_t* key : keys) {
             grid_->setCell(grid_->addRow(key), 0, key);
