@@ -186,7 +186,7 @@ protected:
         }
         std::size_t reaction = random_.below(16);
         const bool refuses = reaction < 3;
-        log_->onMessage = [&](const MessageKind&) {
+        onMessage_ = [&] {
             const std::size_t once = std::exchange(reaction, 16);
             once < 3 ? tree_->refuseExpanding() : once < 6 ? change() : void();
             if (once == 6) {
@@ -206,7 +206,7 @@ protected:
             send(*tree_, WM_KEYDOWN, static_cast<WPARAM>(keys[what]), 1);
         }
         EXPECT_TRUE(what != 0 || !IsWindow(window) || GetFocus() == window);
-        log_->onMessage = [](const MessageKind&) {};
+        onMessage_ = [] {};
         if (nativeWindowOf(*tree_) == nullptr) {
             awaited = 0;
             window_->addChild(tree_);
@@ -218,7 +218,7 @@ protected:
             expand(i, i + 1, endOf(i) == i + 1 ? tree_->getNodeExpanded(node) : opens);
             wanted += selected_ == former ? L"" : named(L" selectionChanged:", selected_);
         }
-        EXPECT_EQ(std::exchange(log_->text, {}), wanted) << what;
+        EXPECT_EQ(std::exchange(told_, {}), wanted) << what;
     }
     // With nodes above that the window has not got yet.
     void reveal() {
@@ -325,7 +325,7 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
     for (const std::string& line : trace.messages()) {
         EXPECT_NE(line.find("Could not insert item"), std::string::npos) << line;
     }
-    EXPECT_EQ(log_->text, L"");
+    EXPECT_EQ(told_, L"");
 }
 
 struct PlainRow {
@@ -416,7 +416,7 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
             seen = lines;
         }
     }
-    EXPECT_EQ(log_->text, L"");
+    EXPECT_EQ(told_, L"");
 }
 
 TEST_F(ItemModelsTest, unknownItemOrKeyInUse_failsItsAssertion) {

@@ -1,6 +1,5 @@
 // Trees and grids with the system's own controls: what the user does with the
 // mouse and the keyboard, and how they look.
-#include "ZuResourceServiceGeneric.h"
 #include "support/ItemsTest.h"
 
 namespace zustd {
@@ -31,7 +30,7 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     for (const auto& [act, wanted] : actions) {
         act();
         runMessages(60);
-        EXPECT_EQ(std::exchange(log_->text, {}), wanted);
+        EXPECT_EQ(std::exchange(told_, {}), wanted);
     }
     EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
     const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
@@ -67,7 +66,7 @@ TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
         addRows({L"alpha", L"beta"});
         what == 2 || what == 3 ? grid_->selectRow(1) : void();
         const HWND native = nativeWindowOf(*grid_);
-        log_->onMessage = [&](const MessageKind&) {
+        onMessage_ = [&] {
             grid_->clear();
             if (what != 4) {
                 window_->removeChild(grid_.get());
@@ -78,7 +77,7 @@ TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
         window_->addChild(grid_);
         EXPECT_EQ(shownGrid(), Texts());
     }
-    EXPECT_TRUE(log_->text.ends_with(L" selectionChanged:1 rightClicked:-1"));
+    EXPECT_TRUE(told_.ends_with(L" selectionChanged:1 rightClicked:-1"));
 }
 
 TEST_F(BackendItemsTest, rowTooltip_asked_isWhatAReceiverSays) {
@@ -87,14 +86,14 @@ TEST_F(BackendItemsTest, rowTooltip_asked_isWhatAReceiverSays) {
     NMLVGETINFOTIPW request{};
     request.hdr = {nativeWindowOf(*grid_), 0, LVN_GETINFOTIPW};
     request.pszText = text;
-    log_->onMessage = [this](const MessageKind&) { grid_->setRowTooltip(L"one that is cut"); };
+    onMessage_ = [this] { grid_->setRowTooltip(L"one that is cut"); };
     for (const auto& [row, room] : {std::pair{0, 8}, {7, 8}, {0, 0}}) {
         request.iItem = row;
         request.cchTextMax = room;
         ask(*window_, WM_NOTIFY, request);
         EXPECT_STREQ(text, L"one tha");
     }
-    EXPECT_EQ(log_->text, L" beforeDisplayRowTooltip:0");
+    EXPECT_EQ(told_, L" beforeDisplayRowTooltip:0");
 }
 
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
@@ -174,9 +173,6 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
     grid_->setFont(large);
     tree_->setColors(colors);
     grid_->setColors(colors);
-    const auto resources = makeService<ResourceService>();
-    ResourceServiceGeneric::install(*resources, compiledInResources());
-    window_->windowService()->registerService(resources, true, true);
     WindowServiceWin32Gdi::setScalingFactor(2);
     window_->synchronizeTree();
     // Made anew, they have all of it again.
