@@ -116,7 +116,9 @@ protected:
         if (count == 0) {
             return insert(0, 1, tree_->addRootNode(key, text));
         }
-        const std::size_t i = random_.below(count);
+        // Often what is above the selection.
+        const std::size_t over = selected_ != kNoNode ? above(indexOf(selected_)) : count;
+        const std::size_t i = over < count && random_.below(4) == 0 ? over : random_.below(count);
         const bool on = random_.below(2) == 0;
         PlainNode& said = nodes_[i];
         const TreeNode node = said.node;
@@ -310,8 +312,9 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
             random_.below(20) == 0 ? disturb() : void();
             if (isDrawn_ && !update_ && nativeWindowOf(*tree_) != nullptr &&
                 random_.below(betweenLooks) == 0) {
-                const std::size_t what = random_.below(3);
-                what == 0 ? compare() : what == 1 || nodes_.empty() ? act() : reveal();
+                const std::size_t what = nodes_.empty() ? 0 : random_.below(3);
+                what == 1 ? act() : what == 2 ? reveal() : void();
+                compare();
             }
         }
         update_.reset();

@@ -32,8 +32,8 @@ protected:
         window_->setSize({400, 300});
         tree_ = show(service().createNativeTreeView(), {0, 0, 199, 299});
         grid_ = show(service().createNativeGridView(), {200, 0, 399, 299});
-        tree_->connect(sink_, false);
-        grid_->connect(sink_, false);
+        tree_->connect(sink_, true);
+        grid_->connect(sink_, true);
         tree_->setBitmaps(std::make_shared<BitmapListDescriptor>(
             std::vector<std::uint64_t>{120, 123, 9999}, Size{16, 16}));
         grid_->setBitmaps(tree_->bitmaps());
