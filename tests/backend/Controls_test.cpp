@@ -60,10 +60,7 @@ protected:
         EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
                                                  : windowMetrics().lfMessageFont.lfHeight);
     }
-    static void expectLook(HWND shown, const wchar_t* kind, DWORD style, const std::wstring& text) {
-        wchar_t name[64] = L"";
-        GetClassNameW(shown, name, 64);
-        EXPECT_STREQ(name, kind);
+    static void expectLook(HWND shown, DWORD style, const std::wstring& text) {
         EXPECT_EQ(GetWindowLongW(shown, GWL_STYLE) & (0xFFFF | WS_VSCROLL), LONG(style));
         EXPECT_EQ(textOf(shown), text);
     }
@@ -72,8 +69,7 @@ protected:
         return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
     }
     void expectReport(const std::string& report) {
-        const std::string last = trace_.messages().back();
-        EXPECT_TRUE(last.starts_with(report)) << report << ": " << last;
+        EXPECT_TRUE(trace_.messages().back().starts_with(report)) << report;
     }
     static LRESULT CALLBACK noteSent(int code, WPARAM wide, LPARAM extra) noexcept {
         const auto& message = *reinterpret_cast<const CWPSTRUCT*>(extra);
@@ -191,7 +187,7 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
     expectMirrored("ButtonWin32Gdi", w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
                                             BS_RADIOBUTTON};
-        expectLook(shown, L"Button", kStyles[int(w->kind())], captionOf(*w));
+        expectLook(shown, kStyles[int(w->kind())], captionOf(*w));
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
         EXPECT_EQ(send(shown, BM_GETIMAGE, IMAGE_ICON) != 0, w->bitmap() != nullptr);
@@ -223,8 +219,7 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         for (const wchar_t c : w->text()) {
             text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
         }
-        expectLook(shown, L"Edit", kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0),
-                   text);
+        expectLook(shown, kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0), text);
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
@@ -271,7 +266,7 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
                              leaveList};
     expectMirrored("ComboBoxWin32Gdi", w, changes, [&](HWND shown) {
         const DWORD kind = w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
-        expectLook(shown, L"ComboBox", kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
+        expectLook(shown, kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
         expectFont(shown, w->font().get());
         EXPECT_EQ(hints_[shown], captionOf(*w));
         EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
@@ -306,7 +301,7 @@ TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
         expectMirrored("ScrollBarWin32Gdi", w, changes, [&](HWND shown) {
             SCROLLINFO info{sizeof(SCROLLINFO), SIF_ALL, 0, 0, 0, 0, 0};
             GetScrollInfo(shown, SB_CTL, &info);
-            expectLook(shown, L"ScrollBar", vertical ? SBS_VERT : SBS_HORZ, L"");
+            expectLook(shown, vertical ? SBS_VERT : SBS_HORZ, L"");
             EXPECT_EQ(info.nMin, w->minimum());
             EXPECT_EQ(info.nMax, w->maximum());
             EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
@@ -333,7 +328,7 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
                              [&] { bar->setState(static_cast<ProgressState>(any(3))); },
                              [&] { bar->setPosition(any(100)); }};
     expectMirrored("ProgressBarWin32Gdi", bar, changes, [&](HWND shown) {
-        expectLook(shown, L"msctls_progress32", bar->isMarquee() ? PBS_MARQUEE : 0, L"");
+        expectLook(shown, bar->isMarquee() ? PBS_MARQUEE : 0, L"");
         EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), bar->minimum());
         EXPECT_EQ(send(shown, PBM_GETRANGE), bar->maximum());
         EXPECT_TRUE(bar->isMarquee() || send(shown, PBM_GETPOS) == bar->position());
@@ -345,7 +340,7 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
     });
     const auto child = service().createNativeWindow();
     expectMirrored("WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
-                   [&](HWND shown) { expectLook(shown, L"ZuNativeWindow", 0, captionOf(*child)); });
+                   [&](HWND shown) { expectLook(shown, 0, captionOf(*child)); });
     holder_->takeFocus();
     send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
     expectReport("WindowWin32Gdi::windowProcedure: catched ");

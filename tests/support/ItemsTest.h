@@ -128,8 +128,7 @@ protected:
         }
     }
 
-    // The messages of trees and grids, as "kind:node" and "kind:row", and what to do
-    // about them.
+    // The messages of trees and grids, as "kind:node" or "kind:row"; what to do about them.
     std::wstring told_;
     std::function<void()> onMessage_ = [] {};
     std::shared_ptr<MessageSink> sink_ =
