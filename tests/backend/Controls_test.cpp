@@ -197,11 +197,13 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
 TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeTextBox();
     const auto typeOne = [&] {
-        const std::wstring former = w->text();
-        const auto count = former.size() + std::size_t(std::ranges::count(former, L'\n'));
-        const bool fits = w->maximumLength() == 0 || count < w->maximumLength();
-        type(nativeWindowOf(*w), L"y");
-        EXPECT_EQ(w->text().size() != former.size(), fits && !w->isReadOnly());
+        const std::wstring letter = flip() ? L"y" : L"\U0001F600";
+        const std::size_t former = w->text().size();
+        const auto breaks = static_cast<std::size_t>(std::ranges::count(w->text(), L'\n'));
+        const std::size_t wanted = former + breaks + letter.size();
+        const bool fits = w->maximumLength() == 0 || wanted <= w->maximumLength();
+        type(nativeWindowOf(*w), letter);
+        EXPECT_EQ(w->text().size() != former, fits && !w->isReadOnly());
     };
     const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
                              [&] { w->setWatermark(anyText()); },
@@ -209,7 +211,6 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setMaximumLength(static_cast<std::size_t>(any(6))); },
                              [&] { w->setText(word()); },
-                             [&] { type(nativeWindowOf(*w), L"\U0001F600"); },
                              typeOne};
     expectMirrored("TextBoxWin32Gdi", w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {

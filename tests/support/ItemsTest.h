@@ -1,5 +1,4 @@
-// What the tests of trees and grids share: a window with one of each, what they
-// show, and a log of what they say about the user.
+// What the tests of trees and grids share: one of each, what they show and what they say.
 #pragma once
 
 #include "ZuNativeGridView.h"
