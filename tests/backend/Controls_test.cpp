@@ -1,5 +1,6 @@
 // The native controls against a model, and what the user does with them.
 
+#include <map>
 #include <numeric>
 
 #include "ZuFontWin32Gdi.h"
@@ -47,7 +48,7 @@ protected:
     }
     static void notify(const Control& widget, UINT id, WPARAM wide) {
         const HWND shown = nativeWindowOf(widget);
-        send(GetParent(shown), id, wide, reinterpret_cast<LPARAM>(shown));
+        EXPECT_EQ(send(GetParent(shown), id, wide, reinterpret_cast<LPARAM>(shown)), 0);
     }
     static std::wstring captionOf(const auto& widget) {
         return widget.hasCaption() ? widget.caption().text(widget) : L"";
@@ -59,10 +60,7 @@ protected:
         EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
                                                  : windowMetrics().lfMessageFont.lfHeight);
     }
-    static void expectLook(HWND shown, const wchar_t* kind, DWORD style, const std::wstring& text) {
-        wchar_t name[64] = L"";
-        GetClassNameW(shown, name, 64);
-        EXPECT_STREQ(name, kind);
+    static void expectLook(HWND shown, DWORD style, const std::wstring& text) {
         EXPECT_EQ(GetWindowLongW(shown, GWL_STYLE) & (0xFFFF | WS_VSCROLL), LONG(style));
         EXPECT_EQ(textOf(shown), text);
     }
@@ -71,13 +69,25 @@ protected:
         return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
     }
     void expectReport(const std::string& report) {
-        const std::string last = trace_.messages().back();
-        EXPECT_TRUE(last.starts_with(report)) << report << ": " << last;
+        EXPECT_TRUE(trace_.messages().back().starts_with(report)) << report;
+    }
+    static LRESULT CALLBACK noteSent(int code, WPARAM wide, LPARAM extra) noexcept {
+        const auto& message = *reinterpret_cast<const CWPSTRUCT*>(extra);
+        sent_[{message.hwnd, message.message}] = {message.wParam, message.lParam};
+        if (message.message == EM_SETCUEBANNER || message.message == CB_SETCUEBANNER) {
+            hints_[message.hwnd] = reinterpret_cast<const wchar_t*>(message.lParam);
+        }
+        return CallNextHookEx(nullptr, code, wide, extra);
     }
     using Changes = std::vector<std::function<void()>>;
     void expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
                         const Changes& own, const std::function<void(HWND)>& check);
 
+    // The last message of each kind that a window was sent.
+    static inline std::map<std::pair<HWND, UINT>, std::pair<WPARAM, LPARAM>> sent_;
+    static inline std::map<HWND, std::wstring> hints_;
+    const HookHandle hook_{
+        SetWindowsHookExW(WH_CALLWNDPROC, &noteSent, nullptr, GetCurrentThreadId())};
     const TraceCapture trace_;
     std::mt19937 random_{20260713};
     std::shared_ptr<NativeWindow> other_ = makeWindow({300, 200});
@@ -104,6 +114,7 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
             control.releaseTree();
             control.synchronizeTree();
             isMoved = !control.hasFocus() || !control.takeFocus();
+            log_->take();
         },
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
@@ -119,8 +130,14 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
         const bool hadFocus = holdsFocus(control);
         const HWND before = nativeWindowOf(control);
         isMoved = false;
-        const Changes& changes = flip() ? common : own;
+        const bool isOwn = flip();
+        const Changes& changes = isOwn ? own : common;
         changes[random_() % changes.size()]();
+        // Only own changes may be told as clicks, choices and new texts or places.
+        const std::wstring told = log_->take();
+        EXPECT_TRUE(told.find(L"ed") == told.npos || isOwn) << narrow(told);
+        EXPECT_TRUE((told.find(L"Focus") != told.npos) == (hadFocus != holdsFocus(control)) ||
+                    isMoved);
         const HWND shown = nativeWindowOf(control);
         const HWND parent = nativeWindowOf(*holder_->surface());
         const auto* bar = dynamic_cast<const NativeScrollBar*>(&control);
@@ -170,7 +187,7 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
     expectMirrored("ButtonWin32Gdi", w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
                                             BS_RADIOBUTTON};
-        expectLook(shown, L"Button", kStyles[int(w->kind())], captionOf(*w));
+        expectLook(shown, kStyles[int(w->kind())], captionOf(*w));
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
         EXPECT_EQ(send(shown, BM_GETIMAGE, IMAGE_ICON) != 0, w->bitmap() != nullptr);
@@ -179,13 +196,22 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
 
 TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeTextBox();
+    const auto typeOne = [&] {
+        const std::wstring letter = flip() ? L"y" : L"\U0001F600";
+        const std::size_t former = w->text().size();
+        const auto breaks = static_cast<std::size_t>(std::ranges::count(w->text(), L'\n'));
+        const std::size_t wanted = former + breaks + letter.size();
+        const bool fits = w->maximumLength() == 0 || wanted <= w->maximumLength();
+        type(nativeWindowOf(*w), letter);
+        EXPECT_EQ(w->text().size() != former, fits && !w->isReadOnly());
+    };
     const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
                              [&] { w->setWatermark(anyText()); },
                              [&] { w->setReadOnly(flip()); },
                              [&] { w->setFont(anyFont()); },
-                             [&] { w->setMaximumLength(static_cast<std::size_t>(any(6))); },
+                             [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
                              [&] { w->setText(word()); },
-                             [&] { type(nativeWindowOf(*w), flip() ? L"y" : L"\r\U0001F600"); }};
+                             typeOne};
     expectMirrored("TextBoxWin32Gdi", w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {
             ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
@@ -194,15 +220,12 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         for (const wchar_t c : w->text()) {
             text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
         }
-        expectLook(shown, L"Edit", kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0),
-                   text);
+        expectLook(shown, kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0), text);
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
-        wchar_t hint[64] = L"";
-        send(shown, EM_GETCUEBANNER, reinterpret_cast<WPARAM>(hint), 64);
         const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
-        EXPECT_EQ(hint, hasHint ? w->watermark().text(*w) : L"");
+        EXPECT_EQ(hints_[shown], hasHint ? w->watermark().text(*w) : L"");
     });
 }
 
@@ -215,6 +238,7 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
         const HWND field = FindWindowExW(nativeWindowOf(*w), nullptr, L"Edit", nullptr);
         send(field, EM_SETSEL, 0, -1);
         type(field, flip() ? L"one" : L"o");
+        EXPECT_TRUE(!w->isEditable() || w->getSelectedItem() == w->findItem(textOf(field)));
         w->backend()->synchronizeWithAbstraction();
     };
     const auto leaveList = [&] {
@@ -232,6 +256,7 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
     };
     const Changes changes = {[&] { w->setEditable(flip()); },
                              [&] { w->setFont(anyFont()); },
+                             [&] { w->setCaption(anyText()); },
                              [&] { w->setText(word()); },
                              [&] { w->addItem(flip() ? L"one" : L"&Save"); },
                              [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
@@ -242,8 +267,9 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
                              leaveList};
     expectMirrored("ComboBoxWin32Gdi", w, changes, [&](HWND shown) {
         const DWORD kind = w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
-        expectLook(shown, L"ComboBox", kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
+        expectLook(shown, kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
         expectFont(shown, w->font().get());
+        EXPECT_EQ(hints_[shown], captionOf(*w));
         EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
         Texts items(static_cast<std::size_t>(send(shown, CB_GETCOUNT)), std::wstring(32, L'\0'));
         for (std::size_t i = 0; i < items.size(); ++i) {
@@ -276,11 +302,21 @@ TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
         expectMirrored("ScrollBarWin32Gdi", w, changes, [&](HWND shown) {
             SCROLLINFO info{sizeof(SCROLLINFO), SIF_ALL, 0, 0, 0, 0, 0};
             GetScrollInfo(shown, SB_CTL, &info);
-            expectLook(shown, L"ScrollBar", vertical ? SBS_VERT : SBS_HORZ, L"");
+            expectLook(shown, vertical ? SBS_VERT : SBS_HORZ, L"");
             EXPECT_EQ(info.nMin, w->minimum());
             EXPECT_EQ(info.nMax, w->maximum());
             EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
             EXPECT_EQ(info.nPos, w->position());
+            SCROLLBARINFO parts{};
+            parts.cbSize = sizeof(parts);
+            GetScrollBarInfo(shown, OBJID_CLIENT, &parts);
+            const bool isOff = !IsWindowEnabled(shown);
+            const auto canScroll = [&](DWORD arrow) {
+                return (arrow & STATE_SYSTEM_UNAVAILABLE) == 0;
+            };
+            EXPECT_TRUE(isOff || canScroll(parts.rgstate[1]) == (w->position() > w->minimum()));
+            EXPECT_TRUE(isOff ||
+                        canScroll(parts.rgstate[5]) == (w->position() < w->highestPosition()));
         });
     }
 }
@@ -289,16 +325,23 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
     const auto bar = service().createNativeProgressBar();
     const Changes changes = {[&] { bar->setRange(any(2) - 50, any(2) + 50); },
                              [&] { bar->setEnableMarqueeAnimation(any(3) == 0); },
+                             [&] { bar->setMarqueeInterval(1U << any(3)); },
+                             [&] { bar->setState(static_cast<ProgressState>(any(3))); },
                              [&] { bar->setPosition(any(100)); }};
     expectMirrored("ProgressBarWin32Gdi", bar, changes, [&](HWND shown) {
-        expectLook(shown, L"msctls_progress32", bar->isMarquee() ? PBS_MARQUEE : 0, L"");
+        expectLook(shown, bar->isMarquee() ? PBS_MARQUEE : 0, L"");
         EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), bar->minimum());
         EXPECT_EQ(send(shown, PBM_GETRANGE), bar->maximum());
         EXPECT_TRUE(bar->isMarquee() || send(shown, PBM_GETPOS) == bar->position());
+        static constexpr WPARAM kStates[] = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
+        const auto& [state, steps] =
+            std::pair(sent_[{shown, PBM_SETSTATE}].first, sent_[{shown, PBM_SETMARQUEE}].second);
+        EXPECT_TRUE(bar->state() == ProgressState::kNormal || state == kStates[int(bar->state())]);
+        EXPECT_EQ(steps, bar->isMarquee() ? LPARAM(bar->marqueeInterval()) : 0);
     });
     const auto child = service().createNativeWindow();
     expectMirrored("WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
-                   [&](HWND shown) { expectLook(shown, L"ZuNativeWindow", 0, captionOf(*child)); });
+                   [&](HWND shown) { expectLook(shown, 0, captionOf(*child)); });
     holder_->takeFocus();
     send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
     expectReport("WindowWin32Gdi::windowProcedure: catched ");
@@ -316,12 +359,12 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
     const auto front = [&](int count) {
         return std::accumulate(letters.begin(), letters.begin() + count, std::wstring());
     };
-    for (int step = 0; step < 600; ++step) {
+    for (int step = 0; step < 1200; ++step) {
         const std::wstring letter = std::array{L"a", L"\u0416", L"\U0001F600"}[random() % 3];
         const int count = static_cast<int>(letters.size());
         const std::wstring former = front(count);
-        const auto kind = random() % 9;
-        if (kind == 0) {
+        const auto kind = random() % 12;
+        if (kind == 0 || kind > 8) {
             send(window, WM_KEYDOWN, VK_LEFT, 1);
             caret = std::max(caret - 1, 0);
         } else if (kind == 1) {
@@ -334,10 +377,17 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
             send(window, WM_KEYDOWN, VK_DELETE, 1);
             letters.erase(letters.begin() + caret);
         } else if (kind == 4 && caret != count) {
-            // Clicked at, between the halves of a letter that has some.
+            // Marked, or clicked at, between the halves of letters that have some.
+            const int last = caret + static_cast<int>(random() % 2) * (count - caret - 1);
             const std::size_t inside = front(caret + 1).size() - 1;
-            send(window, EM_SETSEL, inside, static_cast<LPARAM>(inside));
+            const std::size_t end = front(last + 1).size() - 1;
+            send(window, EM_SETSEL, inside, static_cast<LPARAM>(end));
             send(window, WM_LBUTTONUP);
+            if (inside != end) {
+                send(window, WM_KEYDOWN, VK_DELETE, 1);
+                letters.erase(letters.begin() + caret,
+                              letters.end() - (letters.back().size() == 1));
+            }
         } else if (kind == 5) {
             type(window, L'\1' + letter);
             letters = {letter};
@@ -356,6 +406,9 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
         ASSERT_EQ(send(window, EM_GETSEL), MAKELONG(place, place)) << step;
         ASSERT_EQ(log_->take(), text != former ? L"textChanged" : L"") << step;
     }
+    // The program's halves are its own.
+    box->setText(L"\xD83D");
+    EXPECT_EQ(box->text(), L"\xD83D");
 }
 
 }  // namespace

@@ -1,40 +1,19 @@
-#include <gtest/gtest.h>
-
 #include "ZuMessageBoxWin32Gdi.h"
-#include "ZuNativeWindow.h"
-#include "ZuResourceServiceGeneric.h"
-#include "ZuWindowHandlerWin32Gdi.h"
-#include "ZuWindowServiceWin32Gdi.h"
-#include "support/DrawingTest.h"
-#include "support/FrameworkTest.h"
-#include "support/RecordingBackend.h"
-#include "support/WindowTest.h"
+#include "support/SurfaceTest.h"
 
 namespace zustd {
 namespace {
 
 using namespace test;
 
-class BoxTest : public ::testing::Test {
+class BoxTest : public SurfaceTest {
 protected:
-    BoxTest() {
-        owner_->setSize({400, 300});
-        owner_->synchronizeTree();
-        runMessages(10);
-        auto resources = makeService<ResourceService>();
-        ResourceServiceGeneric::install(*resources, compiledInResources());
-        resources->selectLocale(L"en-US");
-        service().registerService(resources, true, true);
-    }
-
+    BoxTest() { resources_->selectLocale(L"en-US"); }
     static HWND label() { return GetDlgItem(GetActiveWindow(), 0xFFFF); }
     template <WORD... keys>
     static void press() {
         pressKeys({keys...});
     }
-
-    WindowService& service() { return *owner_->windowService(); }
-    std::shared_ptr<NativeWindow> owner_ = makeWindowService(nullptr)->createNativeWindow();
 };
 
 TEST_F(BoxTest, answers_keysAndPrograms_chooseAsInTheSystemsBoxes) {
@@ -115,14 +94,14 @@ TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {
                       },
                       [&] {
                           EXPECT_EQ(textOf(GetActiveWindow()), L"Inner");
-                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*owner_)));
+                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window_)));
                           service().closeMessage(kAnswerYes);
                       },
                       [&] { service().closeMessage(kAnswerNo); }};
     EXPECT_EQ(service().askYesNoCancel(L"Outer", L"Outer"), kAnswerNo);
     EXPECT_EQ(inner, kAnswerYes);
     EXPECT_FALSE(service().isMessageOpen());
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*owner_));
+    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window_));
 }
 
 TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesTheOwnerUsable) {
@@ -133,9 +112,9 @@ TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesTheOwnerUsable) {
         EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
         EXPECT_NE(trace.bytes().find("Could not show message"), std::string::npos);
         EXPECT_NE(trace.bytes().find("Could not ask question"), std::string::npos);
-        EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*owner_)));
+        EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window_)));
     }
-    const Steps steps{[&] { owner_.reset(); }};
+    const Steps steps{[&] { window_.reset(); }};
     EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
 }
 

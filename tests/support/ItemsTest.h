@@ -1,18 +1,9 @@
-// What the tests of trees and grids share: a window with one of each, what they
-// show, and a log of what they say about the user.
+// What the tests of trees and grids share: one of each, what they show and what they say.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include "ZuNativeGridView.h"
 #include "ZuNativeTreeView.h"
-#include "ZuNativeWindow.h"
-#include "ZuWindowHandlerWin32Gdi.h"
-#include "ZuWindowServiceWin32Gdi.h"
-#include "ZuWindows.h"
-#include "support/DrawingTest.h"
-#include "support/FrameworkTest.h"
-#include "support/WindowTest.h"
+#include "support/SurfaceTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
 
@@ -20,52 +11,8 @@ namespace zustd::test {
 
 inline std::wstring numbered(std::size_t number) { return L"item " + std::to_wstring(number); }
 
-// The messages of trees and grids, as "kind:node" and "kind:row", and what to do
-// about them.
-class ItemLog : public MessageSink {
-public:
-    bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord b) override {
-        const std::wstring name(kind.name());
-        if (name.find(L".Native") != std::wstring::npos) {
-            text += L" " + name.substr(0, name.find(L'.')) + L":" + std::to_wstring(b.number());
-            onMessage(kind);
-        }
-        return true;
-    }
-
-    std::wstring text;
-    std::function<void(const MessageKind&)> onMessage = [](const MessageKind&) {};
-};
-
 inline std::wstring named(const wchar_t* kind, TreeNode node) {
     return kind + std::to_wstring(static_cast<std::uint64_t>(node));
-}
-
-inline LRESULT send(const Control& control, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
-    return SendMessageW(nativeWindowOf(control), id, wide, extra);
-}
-
-template <class Item>
-LRESULT ask(const Control& control, UINT id, Item& item, WPARAM wide = 0) {
-    return send(control, id, wide, reinterpret_cast<LPARAM>(&item));
-}
-
-// The user's click, handled at once: the control waits for the button to come up.
-inline void clickAt(const Control& control, Point place, bool right = false) {
-    const HWND window = nativeWindowOf(control);
-    PostMessageW(window, right ? WM_RBUTTONUP : WM_LBUTTONUP, 0, MAKELPARAM(place.x, place.y));
-    sendMouse(window, right ? WM_RBUTTONDOWN : WM_LBUTTONDOWN, place, MK_LBUTTON);
-    runMessages(0);
-}
-
-// Within that part of a line of the control; beside it for none.
-template <class Hit>
-Point partAt(const Control& control, UINT message, UINT flag, std::int32_t y) {
-    Hit hit{};
-    for (hit.pt = {199, y}; hit.pt.x >= 0 && (hit.flags & flag) == 0; --hit.pt.x) {
-        ask(control, message, hit);
-    }
-    return {hit.pt.x, y};
 }
 
 // A line as a person sees it; a check box is 1 or, checked, 2.
@@ -78,14 +25,14 @@ inline std::wstring flagsOf(bool bold, bool hasChildren, bool expanded) {
     return std::wstring(bold ? L"b" : L"") + (!hasChildren ? L"" : expanded ? L"-" : L"+");
 }
 
-class BackendItemsTest : public ::testing::Test {
+class BackendItemsTest : public SurfaceTest {
 protected:
     BackendItemsTest() {
-        movePointer({1279, 1023});
         window_->setSize({400, 300});
-        window_->synchronizeTree();
-        tree_ = add(window_->windowService()->createNativeTreeView(), {0, 0, 199, 299});
-        grid_ = add(window_->windowService()->createNativeGridView(), {200, 0, 399, 299});
+        tree_ = show(service().createNativeTreeView(), {0, 0, 199, 299});
+        grid_ = show(service().createNativeGridView(), {200, 0, 399, 299});
+        tree_->connect(sink_, true);
+        grid_->connect(sink_, true);
         tree_->setBitmaps(std::make_shared<BitmapListDescriptor>(
             std::vector<std::uint64_t>{120, 123, 9999}, Size{16, 16}));
         grid_->setBitmaps(tree_->bitmaps());
@@ -96,12 +43,29 @@ protected:
     }
     ~BackendItemsTest() override { WindowServiceWin32Gdi::setScalingFactor(0.0); }
 
-    template <class Widget>
-    std::shared_ptr<Widget> add(std::shared_ptr<Widget> widget, const Rect& boundary) {
-        widget->setBoundary(boundary);
-        window_->addChild(widget);
-        widget->connect(log_, false);
-        return widget;
+    using SurfaceTest::send;
+    static LRESULT send(const Control& control, UINT id, WPARAM wide = 0, LPARAM extra = 0) {
+        return SendMessageW(nativeWindowOf(control), id, wide, extra);
+    }
+    template <class Item>
+    static LRESULT ask(const Control& control, UINT id, Item& item, WPARAM wide = 0) {
+        return send(control, id, wide, reinterpret_cast<LPARAM>(&item));
+    }
+    // The user's click, handled at once: the control waits for the button to come up.
+    static void clickAt(const Control& control, Point place, bool right = false) {
+        const HWND window = nativeWindowOf(control);
+        PostMessageW(window, right ? WM_RBUTTONUP : WM_LBUTTONUP, 0, MAKELPARAM(place.x, place.y));
+        sendMouse(window, right ? WM_RBUTTONDOWN : WM_LBUTTONDOWN, place, MK_LBUTTON);
+        runMessages(0);
+    }
+    // Within that part of a line of the control; beside it for none.
+    template <class Hit>
+    static Point partAt(const Control& control, UINT message, UINT flag, std::int32_t y) {
+        Hit hit{};
+        for (hit.pt = {199, y}; hit.pt.x >= 0 && (hit.flags & flag) == 0; --hit.pt.x) {
+            ask(control, message, hit);
+        }
+        return {hit.pt.x, y};
     }
 
     // What can be seen when all of it is scrolled through.
@@ -132,12 +96,10 @@ protected:
         Texts lines;
         for (int row = 0; row < send(*grid_, LVM_GETITEMCOUNT); ++row) {
             wchar_t text[64] = L"";
-            LVITEMW item{};
-            item.mask = LVIF_TEXT | LVIF_IMAGE | LVIF_STATE;
-            item.iItem = row;
-            item.stateMask = LVIS_SELECTED | LVIS_STATEIMAGEMASK;
-            item.pszText = text;
-            item.cchTextMax = 64;
+            constexpr UINT kMask = LVIF_TEXT | LVIF_IMAGE | LVIF_STATE;
+            LVITEMW item{kMask, row, 0,       0,       LVIS_SELECTED | LVIS_STATEIMAGEMASK,
+                         text,  64,  0,       0,       0,
+                         0,     0,   nullptr, nullptr, 0};
             EXPECT_TRUE(ask(*grid_, LVM_GETITEMW, item));
             lines.push_back(lineOf(0, text, item.iImage == I_IMAGENONE ? -1 : item.iImage,
                                    (item.state & LVIS_STATEIMAGEMASK) >> 12, L"",
@@ -150,20 +112,33 @@ protected:
         return lines;
     }
 
-    TreeNode node(const std::wstring& key) const { return tree_->findNode(key); }
-    void addNodes(std::initializer_list<const wchar_t*> keys) {
-        for (const wchar_t* key : keys) {
-            tree_->addRootNode(key, key);
-        }
+    Point placeOf(std::size_t row) const {
+        RECT area{LVIR_LABEL, 0, 0, 0};
+        EXPECT_TRUE(ask(*grid_, LVM_GETITEMRECT, area, row));
+        return {area.left + 5, area.top + 5};
     }
+    Point boxOf(std::size_t row) const {
+        return partAt<LVHITTESTINFO>(*grid_, LVM_HITTEST, LVHT_ONITEMSTATEICON, placeOf(row).y);
+    }
+    TreeNode node(const std::wstring& key) const { return tree_->findNode(key); }
     void addRows(std::initializer_list<const wchar_t*> keys) {
         for (const wchar_t* key : keys) {
             grid_->setCell(grid_->addRow(key), 0, key);
         }
     }
 
-    std::shared_ptr<ItemLog> log_ = std::make_shared<ItemLog>();
-    std::shared_ptr<NativeWindow> window_ = makeWindowService(nullptr)->createNativeWindow();
+    // The messages of trees and grids, as "kind:node" or "kind:row"; what to do about them.
+    std::wstring told_;
+    std::function<void()> onMessage_ = [] {};
+    std::shared_ptr<MessageSink> sink_ =
+        std::make_shared<FunctionSink>([this](const auto& kind, MessageWord, MessageWord b) {
+            const std::wstring name(kind.name());
+            if (name.find(L".Native") != std::wstring::npos) {
+                told_ +=
+                    L" " + name.substr(0, name.find(L'.')) + L":" + std::to_wstring(b.number());
+                onMessage_();
+            }
+        });
     std::shared_ptr<NativeTreeView> tree_;
     std::shared_ptr<NativeGridView> grid_;
 };
