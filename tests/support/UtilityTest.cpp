@@ -18,15 +18,6 @@ std::string debugConfig(const std::string& enabled, const std::string& logFile,
            row("logFile", "string", logFile) + row("logLevel", "long", level) + "</hmap>\n</bag>\n";
 }
 
-std::string reportOf(bool enabled, const std::string& before, const std::string& details) {
-    const std::string rule(84, '-');
-    return "\n" + rule + "\n" + before + "Pellory Debug Logging is currently " +
-           (enabled ? "enabled.\n\nPlease note:\nOutlook might appear to run a little slower than "
-                      "usual while Pellory debug logging is enabled.  This is normal.\n"
-                    : "disabled.\n") +
-           details + rule + "\n\n";
-}
-
 static const fs::path kTemporary = fs::temp_directory_path();
 
 void UtilityTest::moveTo(const std::wstring& name) {

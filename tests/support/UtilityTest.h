@@ -17,20 +17,15 @@ namespace zuplutil::test {
 using Words = std::vector<std::wstring>;
 using Lines = std::vector<std::string>;
 
-// The add-in's folder and the archive's as changed() names them, and the end of a backup's name.
+// The add-in's folder and the archive's as changed() names them.
 inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
 inline const std::string kDiagnostics = "Desktop/PelloryDiagnostics/";
-inline const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
 
 inline const std::string kBanner =
     "\nPellory Maintenance Utility v1.8.852\n"
     "Diagnostics and maintenance for the Pellory add-in.\n\n";
 inline const std::string kMenuPrompt = "\nPress 0..9 followed by <Enter>...\n";
-inline const std::string kKeyPrompt =
-    "\nPress any key to continue...\n\n"
-    "(or press CTRL-C to abort Pellory Maintenance Utility)\n";
 
-std::string reportOf(bool enabled, const std::string& before = {}, const std::string& details = {});
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
@@ -165,12 +160,6 @@ protected:
     // Where the utility is started, and a place outside of what is compared.
     fs::path start() const { return root_ / "start"; }
     fs::path bench() const { return bench_; }
-
-    // What the next run says when it has put back the debug settings.
-    std::string mended() const {
-        return "An interrupted run had changed the debug settings; they are put back (" +
-               backslashed(config()) + ")\n";
-    }
 
 private:
     void discard() const;
