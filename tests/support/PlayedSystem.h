@@ -19,11 +19,11 @@ struct Play {
     // What was printed, and commands as lines with "$ " before them.
     std::string story;
     // What the user types when asked; the input ends with an empty text.
-    std::function<std::string()> typed;
+    std::function<std::string()> typed = [] { return ""; };
     // A command is run, the add-in's process is started, the utility sleeps.
-    std::function<void(const std::string&)> onCommand;
-    std::function<void()> onProbe;
-    std::function<void()> onSleep;
+    std::function<void(const std::string&)> onCommand = [](const std::string&) {};
+    std::function<void()> onProbe = [] {};
+    std::function<void()> onSleep = [] {};
     std::vector<std::wstring> processes;
     DWORD windowsVersion = 6;
     UINT codePage = 437;

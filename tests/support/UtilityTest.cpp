@@ -23,12 +23,12 @@ static const fs::path kTemporary = fs::temp_directory_path();
 void UtilityTest::moveTo(const std::wstring& name) {
     static int count = 0;
     play = {};
-    discard();
     // Wine starts the desktop's process with the first window; not below a program under test.
     GetDesktopWindow();
-    do {
-        bench_ = kTemporary / ("pellory-" + std::to_string(++count));
-    } while (!fs::create_directory(bench_));
+    bench_ =
+        kTemporary / ("pellory-" + std::to_string(GetCurrentProcessId())) / std::to_string(++count);
+    // A killed process may have left one.
+    fs::remove_all(bench_);
     root_ = bench_ / name;
     fs::create_directories(root_ / "Documents");
     fs::create_directories(start());
@@ -45,12 +45,10 @@ void UtilityTest::moveTo(const std::wstring& name) {
     give();
 }
 
-UtilityTest::~UtilityTest() { discard(); }
-
-void UtilityTest::discard() const {
+UtilityTest::~UtilityTest() {
     std::error_code ignored;
     fs::current_path(kTemporary);
-    fs::remove_all(bench_, ignored);
+    fs::remove_all(bench_.parent_path(), ignored);
 }
 
 void UtilityTest::TearDown() {
@@ -100,23 +98,20 @@ std::string UtilityTest::run(const Words& arguments, const Lines& answers, int e
     };
     EXPECT_EQ(perform(utility(arguments)), exitCode);
     EXPECT_EQ(next, answers.size()) << "not all was asked for: " << play.story;
-    play.typed = nullptr;
     return play.story;
 }
 
 std::string UtilityTest::changed() const {
     const FileContents after = filesBelow(root_);
-    FileContents both = before_;
-    both.insert(after.begin(), after.end());
     std::string text;
-    for (const auto& [path, content] : both) {
-        if (!after.contains(path)) {
-            text += "gone " + path + "\n";
-        } else if (!before_.contains(path)) {
-            text += "new " + path + "\n";
-        } else if (after.at(path) != content) {
-            text += "changed " + path + "\n";
-        }
+    for (const auto& [path, content] : before_) {
+        const auto now = after.find(path);
+        text += now == after.end()       ? "gone " + path + "\n"
+                : now->second != content ? "changed " + path + "\n"
+                                         : "";
+    }
+    for (const auto& [path, content] : after) {
+        text += before_.contains(path) ? "" : "new " + path + "\n";
     }
     return text;
 }

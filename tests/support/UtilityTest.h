@@ -1,6 +1,6 @@
 // The fixture of the utility's tests: a user's folders, the utility in this process
-// (PlayedSystem.h) or in one of its own, and what changed.
-// At the end nothing may have changed but the diagnostics folder and the add-in's data.
+// (PlayedSystem.h) or in one of its own, and what changed: at the end, the diagnostics folder and
+// the add-in's data.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -84,7 +84,7 @@ public:
         PROCESS_INFORMATION process{};
         EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                    nullptr, &startup, &process))
-            << "cannot start the program under test: system error " << GetLastError();
+            << GetLastError();
         reader_ = zustd::FileHandle(reader);
         process_ = zustd::FileHandle(process.hProcess);
         CloseHandle(process.hThread);
@@ -92,22 +92,19 @@ public:
     }
     ~UtilityProcess() { kill(); }
 
-    // Reads until the output has a text; false when it ends before.
-    bool waitFor(const std::string& text) {
+    // Reads until the output has a text, or ends.
+    void waitFor(const std::string& text) {
         char bytes[4096];
         DWORD count = 0;
-        while (output_.find(text) == std::string::npos) {
-            if (!ReadFile(reader_.get(), bytes, sizeof(bytes), &count, nullptr)) {
-                return false;
-            }
+        while (output_.find(text) == text.npos &&
+               ReadFile(reader_.get(), bytes, sizeof(bytes), &count, nullptr)) {
             output_.append(bytes, count);
             std::erase(output_, '\r');
         }
-        return true;
     }
 
     // Waits for the end of the program and of all that writes where it does.
-    UINT exitCode() {
+    DWORD exitCode() {
         waitFor("no program says this");
         WaitForSingleObject(process_.get(), INFINITE);
         DWORD code = 0;
@@ -130,8 +127,8 @@ private:
 
 class UtilityTest : public ::testing::Test {
 public:
-    // What the system does with the commands that pack and remove. Separators part an argument
-    // without quotes; no archive comes of a script that is not there.
+    // The commands that pack and remove. Separators part an argument without quotes; no archive
+    // comes of a script that is not there.
     static void obey(std::string command);
 
 protected:
@@ -162,8 +159,6 @@ protected:
     fs::path bench() const { return bench_; }
 
 private:
-    void discard() const;
-
     fs::path bench_;
     fs::path root_;
     FileContents before_;

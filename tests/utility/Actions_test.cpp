@@ -236,14 +236,16 @@ TEST_F(DebugLoggingTest, logging_switched_movesLogsAsideAndNamesWhatItCannot) {
     const std::string stamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
     const fs::path log = data() / "debug.log";
     const std::string path = backslashed(log);
-    std::string wanted = "new " + kData + "debug.config\n";
+    std::string gone;
+    std::string made = "new " + kData + "debug.config\n";
     for (const std::string name : {"debug.log", "dump.log"}) {
         write(data() / name, "one");
-        wanted += "gone " + kData + name + "\nnew " + kData + name + stamp;
+        gone += "gone " + kData + name + "\n";
+        made += "new " + kData + name + stamp;
     }
     give();
     EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(true));
-    EXPECT_PRED2(hasForm, changed(), wanted);
+    EXPECT_PRED2(hasForm, changed(), gone + made);
     write(log, "two");
     zustd::FileHandle lock = locked(log);
     const std::string story = run({L"-disableDebugging"});

@@ -2,6 +2,10 @@
 
 #include "AddinProbe.h"
 
+#include <optional>
+#include <thread>
+
+#include "Actions.h"
 #include "Console.h"
 #include "ConsoleSession.h"
 #include "ProbeProcess.h"
@@ -22,8 +26,7 @@ public:
         reg("add", kProgram + "\\CLSID /ve /d " + kClass);
         reg("add", "CLSID\\" + kClass + "\\InprocServer32 /ve /d " + backslashed(library));
     }
-    RegisteredAddin(const RegisteredAddin&) = delete;
-    RegisteredAddin& operator=(const RegisteredAddin&) = delete;
+    RegisteredAddin& operator=(RegisteredAddin&&) = delete;
     ~RegisteredAddin() {
         reg("delete", kProgram + " /f");
         reg("delete", "CLSID\\" + kClass + " /f");
@@ -100,16 +103,35 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
 
 BOOL WINAPI ignoreConsoleEvent(DWORD) { return TRUE; }
 
+void say(const char* text) {
+    std::fputs(text, stdout);
+    std::fflush(stdout);
+}
+
+// An interrupted run ends its step, and then begins nothing any more.
 [[noreturn]] void takeSteps() {
     const ConsoleSession session;
-    const InterruptGuard outer([] {
-        std::fputs("interrupted\n", stdout);
-        std::fflush(stdout);
-        Sleep(200);
+    std::optional<InterruptGuard> inner;
+    std::optional<InterruptGuard> late;
+    const std::function<void()> beginnings[] = {
+        [] { printAndRecord("late\n"); }, [] { runCommand("echo late"); },
+        [] { removeFile(L"late"); }, [&] { late.emplace([] {}), say("late\n"); },
+        [&] { inner.reset(), say("late\n"); }};
+    const InterruptGuard outer([&] {
+        say("interrupted\n");
+        for (const auto& begin : beginnings) {
+            std::thread(begin).detach();
+        }
+        Sleep(500);
     });
-    InterruptGuard([] { std::fputs("inner\n", stdout); });
+    inner.emplace([] { say("inner "); });
+    InterruptGuard([] { say("gone "); });
     for (;;) {
-        printAndRecord("step\n");
+        InterruptGuard::runStep([] {
+            printAndRecord("step ");
+            Sleep(20);
+            printAndRecord("done\n");
+        });
     }
 }
 
@@ -128,7 +150,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     for (const bool isKilled : {true, false}) {
         SetConsoleOutputCP(437);
         UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light");
-        EXPECT_TRUE(utility.waitFor(kCreated));
+        utility.waitFor(kCreated);
         if (isKilled) {
             utility.kill();
             EXPECT_EQ(WaitForSingleObject(hanging, 60000), DWORD{WAIT_ABANDONED});
@@ -145,12 +167,10 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     UtilityProcess steps(builtProgram("bin/utility_collection_tests.exe"),
                          L"--gtest_filter=*endedWhileProbing*");
     setVariable(L"PELLORY_STEPS", L"");
-    EXPECT_TRUE(steps.waitFor("step\n"));
+    steps.waitFor("done\n");
     GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
     EXPECT_EQ(steps.exitCode(), 0xC000013Au);
-    // What the main thread was at is all that may come behind it.
-    const std::string last = "step\ninterrupted\n";
-    EXPECT_LE(steps.output().size() - steps.output().rfind(last), (last + "step\n").size());
+    EXPECT_TRUE(steps.output().ends_with("step done\ninner interrupted\n")) << steps.output();
 }
 
 // A library of which nothing but the machine can be read.
