@@ -78,7 +78,6 @@ HANDLE create(const std::wstring& name) {
 // False when the file cannot be read; no content when there is none.
 template <class File>
 bool readFile(const std::wstring& name, std::optional<std::string>& content) {
-    content.reset();
     const File file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                 nullptr, OPEN_EXISTING, 0, nullptr));
     if (!file) {

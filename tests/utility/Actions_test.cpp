@@ -94,6 +94,18 @@ TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded
     EXPECT_EQ(play.codePage, 437u);
 }
 
+TEST_F(MenusTest, transcript_pastItsLimit_losesItsOlderHalf) {
+    clearTranscript();
+    for (int i = 0; i < 512; ++i) {
+        // Cut at 32 KiB, less one.
+        recordOnly("%s", std::string(40000, 'x').c_str());
+    }
+    recordOnly("%0512d", 0);
+    EXPECT_EQ(getTranscript().size(), std::size_t{16} << 20);
+    recordOnly("y");
+    EXPECT_EQ(getTranscript().size(), (std::size_t{8} << 20) + 1);
+}
+
 // An interrupt ends the input, too; the system tells of it a moment later.
 TEST_F(MenusTest, input_endedByAnInterrupt_isAskedForAgainAfterAWait) {
     int asked = 0;
@@ -209,11 +221,12 @@ TEST_F(DebugLoggingTest, report_anyFileAndProgram_tellsOfThem) {
          "",
          {"no", "D:\\logs\\\xD0\xAF.log", "-5", "255"}},
         {bag + enabled + "<v>y</v></p>\n</hmap>\n</bag>\n", "", {"yes", "", "-1", "-1"}},
+        {bag + "</hmap>\n</bag>\n", "", {"no", "", "-1", "-1"}},
         {bag + enabled, "  Could not load debug.config file C\n", {"no", "$(auto)", "10", "1"}},
         {"", missing, {"no", "$(auto)", "10", "1"}}};
     // Outlook counts by the beginning of its name: the first two are.
     const Words kPrograms[] = {
-        {L"OUTLOOK.EXE"}, {L"a.exe", L"outlook.exe.tmp"}, {L"xoutlook.exe", L"outlook.ex"}, {}};
+        {L"OUTLOOK.EXE"}, {L"a.exe", L"outlook.exe.tmp"}, {L"xoutlook.exe", L"outlook.ex"}, {}, {}};
     int row = 0;
     for (const auto& [content, state, settings] : kFiles) {
         const bool isThere = row < 2;
@@ -296,10 +309,10 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
     const std::string unusable =
         "What an interrupted run had kept of the debug settings was not readable" + path;
     // An item of a kind that nobody writes, with its length and check sum.
-    const std::string unknown("\1\0\0\0\0\0\0\0\xC4\x9D\x1C\x81", 12);
+    const std::string unknown = numbers(4, {1, 0, 0x811C9DC4});
     // That there was nothing, and a content of ours, as every release writes them.
-    const std::string none = number(0x30554D50, 4) + number(0, 4) + number(0xB149D095, 4);
-    const std::string own = number(0x30554D52, 4) + number(1, 4) + number(0x633E83D, 4) + "x";
+    const std::string none = numbers(4, {0x30554D50, 0, 0xB149D095});
+    const std::string own = numbers(4, {0x30554D52, 1, 0x633E83D}) + "x";
     // What was kept ("/" for a folder), what the file holds ("/" for none), what is said, what
     // then.
     const std::array<std::string, 4> kStates[] = {
@@ -330,6 +343,10 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         EXPECT_EQ(fs::exists(config()) ? read(config()) : "/", after);
         EXPECT_EQ(fs::remove_all(keeping) != 0, left == "/");
     }
+    // More than is kept.
+    write(config(), std::string(17 << 20, 'x'));
+    run({L"-enableDebugging"});
+    EXPECT_FALSE(fs::exists(keeping));
 }
 
 const std::string kRule106 = std::string(106, '-') + "\n";

@@ -92,7 +92,7 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
     logs["dir-plappdata.log"] = "Pellory data dir = ";
     const std::string packed = read(zip());
     for (const auto& [name, content] : logs) {
-        EXPECT_NE(packed.find(name + ZipWriter::empty() + content), packed.npos) << name;
+        EXPECT_NE(packed.find(name + kEmptyField + content), packed.npos) << name;
     }
     EXPECT_EQ(packed.find("nobody's business"), packed.npos);
     // In their order, also where others write to the same stream.
@@ -175,7 +175,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
 
 // A library of which nothing but the machine can be read.
 std::string libraryFor(WORD machine) {
-    return std::string(60, '\0') + number(64, 4) + std::string("PE\0\0", 4) + number(machine, 2) +
+    return std::string(60, '\0') + numbers(4, {64, IMAGE_NT_SIGNATURE}) + numbers(2, {machine}) +
            std::string(118, '\0');
 }
 
