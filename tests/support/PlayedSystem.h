@@ -1,8 +1,6 @@
-// The utility in the test's own process, above a layer over what it imports.
-//
-// Commands, the console, the list of processes and waiting are played, as `play` says; everything
-// else is the system's own. Each call and each allocation is counted: the one that is due fails,
-// or ends the process before it changes anything.
+// The utility in the test's own process, above a layer over what it imports: commands, the console,
+// the list of processes and waiting are played, as `play` says. Each call and each allocation is
+// counted: the one that is due fails, or ends the process before it changes anything.
 #pragma once
 
 #include <windows.h>

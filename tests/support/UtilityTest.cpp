@@ -2,6 +2,8 @@
 
 #include <shellapi.h>
 
+#include <array>
+
 #include "Console.h"
 #include "ProbeProcess.h"
 #include "Utility.h"
@@ -57,23 +59,21 @@ void UtilityTest::TearDown() {
 }
 
 std::function<int()> UtilityTest::utility(const Words& arguments) {
-    static Words words;
-    static std::vector<wchar_t*> pointers;
-    words = arguments;
-    words.insert(words.begin(), L"zuplutil");
-    pointers.clear();
-    for (std::wstring& word : words) {
-        pointers.push_back(word.data());
-    }
     clearTranscript();
-    return [] { return runUtility(static_cast<int>(pointers.size()), pointers.data()); };
+    return [words = arguments]() mutable {
+        wchar_t name[] = L"zuplutil";
+        std::array<wchar_t*, 8> pointers = {name};
+        std::size_t count = 1;
+        for (std::wstring& word : words) {
+            pointers[count++] = word.data();
+        }
+        return runUtility(static_cast<int>(count), pointers.data());
+    };
 }
 
 void UtilityTest::obey(std::string command) {
     const bool isQuoted = std::erase(command, '"') != 0;
-    for (std::size_t at; (at = command.find("\\\\?\\")) != command.npos;) {
-        command.erase(at, 4);
-    }
+    command = std::regex_replace(command, std::regex(R"(\\\\\?\\)"), "");
     std::smatch parts;
     if (std::regex_match(command, parts, std::regex("CScript (.*vbs) (.*PelloryLogs) (.*)"))) {
         if (fs::is_regular_file(pathOf(parts[1]))) {
@@ -102,16 +102,16 @@ std::string UtilityTest::run(const Words& arguments, const Lines& answers, int e
 }
 
 std::string UtilityTest::changed() const {
-    const FileContents after = filesBelow(root_);
+    FileContents after = filesBelow(root_);
     std::string text;
     for (const auto& [path, content] : before_) {
-        const auto now = after.find(path);
-        text += now == after.end()       ? "gone " + path + "\n"
-                : now->second != content ? "changed " + path + "\n"
-                                         : "";
+        const auto now = after.extract(path);
+        text += !now                      ? "gone " + path + "\n"
+                : now.mapped() == content ? ""
+                                          : "changed " + path + "\n";
     }
     for (const auto& [path, content] : after) {
-        text += before_.contains(path) ? "" : "new " + path + "\n";
+        text += "new " + path + "\n";
     }
     return text;
 }

@@ -74,11 +74,11 @@ TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {
     moveTo(L"B\u00fcro=a;b,c! it's \u30c7 \u0420\U0001F600 100% R&D^2 (%TEMP%TMP%)");
     const RegisteredAddin addin;
     setVariable(L"PELLORY_ADDIN", L"wanders");
-    std::map<std::string, std::string> logs = {{"debug.config", kMine},
-                                               {"debug.log", "a line\r\n"},
-                                               {"dump.log", std::string("\0\1\2", 3)},
-                                               {"debug.log-2016.bak", "older"},
-                                               {"dump.log-2016.bak", "older dump"}};
+    FileContents logs = {{"debug.config", kMine},
+                         {"debug.log", "a line\r\n"},
+                         {"dump.log", std::string("\0\1\2", 3)},
+                         {"debug.log-2016.bak", "older"},
+                         {"dump.log-2016.bak", "older dump"}};
     for (const auto& [name, content] : logs) {
         write(data() / name, content);
     }
@@ -173,12 +173,6 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     EXPECT_TRUE(steps.output().ends_with("step done\ninner interrupted\n")) << steps.output();
 }
 
-// A library of which nothing but the machine can be read.
-std::string libraryFor(WORD machine) {
-    return std::string(60, '\0') + numbers(4, {64, IMAGE_NT_SIGNATURE}) + numbers(2, {machine}) +
-           std::string(118, '\0');
-}
-
 TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
     constexpr bool kWeAre64 = sizeof(void*) == 8;
     constexpr WORD kOwn = kWeAre64 ? IMAGE_FILE_MACHINE_AMD64 : IMAGE_FILE_MACHINE_I386;
@@ -190,17 +184,19 @@ TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
     const std::string noObject = "could not instantiate Pellory.Connect\n";
     BOOL isBeside = FALSE;
     IsWow64Process(GetCurrentProcess(), &isBeside);
-    const std::tuple<const char*, std::string, std::string> kCases[] = {
-        {otherView, libraryFor(kOwn),
-         kWeAre64 || isBeside ? "could not get classid for Pellory.Connect\n" + line : noObject},
-        {"", libraryFor(kOther), noObject + line},
-        {"", libraryFor(kOwn), noObject}};
-    for (const auto& [view, bytes, wanted] : kCases) {
-        write(bench() / "addin.dll", bytes);
+    const std::string noClass = "could not get classid for Pellory.Connect\n";
+    const std::tuple<const char*, WORD, std::string> kCases[] = {
+        {otherView, kOwn, kWeAre64 || isBeside ? noClass + line : noObject},
+        {"", kOther, noObject + line},
+        {"", kOwn, noObject}};
+    for (const auto& [view, machine, wanted] : kCases) {
+        // A library of which nothing but the machine can be read.
+        write(bench() / "addin.dll", std::string(60, '\0') + numbers(4, {64, IMAGE_NT_SIGNATURE}) +
+                                         numbers(2, {machine}) + std::string(118, '\0'));
         const RegisteredAddin addin(bench() / "addin.dll", view);
         std::string said;
         connectToAddin([&](const std::string& text) { said += text + "\n"; });
-        EXPECT_EQ(said, kAttempt + wanted) << view << bytes.size();
+        EXPECT_EQ(said, kAttempt + wanted) << view << machine;
     }
 }
 
