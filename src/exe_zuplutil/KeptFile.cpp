@@ -78,7 +78,6 @@ HANDLE create(const std::wstring& name) {
 
 // False when the file cannot be read; no content when there is none.
 bool readFile(const std::wstring& name, std::optional<std::string>& content) {
-    content.reset();
     const zustd::FileHandle file(
         openFile(name, GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE));
     if (!file) {

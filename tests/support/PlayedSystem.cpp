@@ -15,10 +15,11 @@
 // Types of functions are enough here, whatever else is said of them.
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 
-namespace {
+namespace zuplutil::test {
 
-using zuplutil::test::Mode;
-using zuplutil::test::play;
+Play play;
+
+namespace {
 
 Mode mode = Mode::kPass;
 int untilDue = 0;
@@ -29,7 +30,7 @@ bool isDue(const char* name, bool changes) {
         return false;
     }
     if (mode == Mode::kKill) {
-        TerminateProcess(GetCurrentProcess(), zuplutil::test::kKilled);
+        TerminateProcess(GetCurrentProcess(), kKilled);
     }
     play.failedCall = name;
     play.isCollecting = play.story.find("Starting collection of") != play.story.npos;
@@ -37,25 +38,6 @@ bool isDue(const char* name, bool changes) {
     errno = ENOSPC;
     return true;
 }
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    const bool fails = mode == Mode::kFail && isDue("operator new", false);
-    void* const memory = fails ? nullptr : HeapAlloc(GetProcessHeap(), 0, size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-void operator delete(void* memory) noexcept { HeapFree(GetProcessHeap(), 0, memory); }
-void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
-
-namespace zuplutil::test {
-
-Play play;
-
-namespace {
 
 std::string waiting;
 std::size_t process = 0;
@@ -66,9 +48,7 @@ int playSystem(const char* command) {
         line = line.substr(11, line.size() - 12);
     }
     play.story += "$ " + line + "\n";
-    if (play.onCommand) {
-        play.onCommand(line);
-    }
+    play.onCommand(line);
     return 0;
 }
 int playPuts(const char* text, FILE* file) {
@@ -81,7 +61,7 @@ int playFlush(FILE* file) {
 }
 // Of what is typed, so much at most; the rest of a line waits.
 std::string take(std::size_t most) {
-    if (waiting.empty() && play.typed) {
+    if (waiting.empty()) {
         waiting = play.typed();
     }
     const std::string taken = waiting.substr(0, std::min(waiting.find('\n') + 1, most));
@@ -116,17 +96,13 @@ BOOL WINAPI playEntry(HANDLE, PROCESSENTRY32W* entry) {
 }
 BOOL WINAPI playProcess(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD,
                         LPVOID, LPCWSTR, LPSTARTUPINFOW, LPPROCESS_INFORMATION started) {
-    if (play.onProbe) {
-        play.onProbe();
-    }
+    play.onProbe();
     started->hProcess = happened();
     started->hThread = happened();
     return TRUE;
 }
 DWORD WINAPI playSleep(DWORD milliseconds) {
-    if (play.onSleep) {
-        play.onSleep();
-    }
+    play.onSleep();
     return milliseconds;
 }
 BOOL WINAPI playVersion(LPOSVERSIONINFOW version) {
@@ -252,3 +228,14 @@ int perform(const std::function<int()>& action, int n, Mode how) {
 }
 
 }  // namespace zuplutil::test
+
+void* operator new(std::size_t size) {
+    const bool fails = zuplutil::test::isDue("operator new", false);
+    void* const memory = fails ? nullptr : HeapAlloc(GetProcessHeap(), 0, size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+void operator delete(void* memory) noexcept { HeapFree(GetProcessHeap(), 0, memory); }
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }

@@ -1,8 +1,6 @@
-// The utility in the test's own process, above a layer over what it imports.
-//
-// Commands, the console, the list of processes and waiting are played, as `play` says; everything
-// else is the system's own. Each call and each allocation is counted: the one that is due fails,
-// or ends the process before it changes anything.
+// The utility in the test's own process, above a layer over what it imports: commands, the console,
+// the list of processes and waiting are played, as `play` says. Each call and each allocation is
+// counted: the one that is due fails, or ends the process before it changes anything.
 #pragma once
 
 #include <windows.h>
@@ -19,11 +17,11 @@ struct Play {
     // What was printed, and commands as lines with "$ " before them.
     std::string story;
     // What the user types when asked; the input ends with an empty text.
-    std::function<std::string()> typed;
+    std::function<std::string()> typed = [] { return ""; };
     // A command is run, the add-in's process is started, the utility sleeps.
-    std::function<void(const std::string&)> onCommand;
-    std::function<void()> onProbe;
-    std::function<void()> onSleep;
+    std::function<void(const std::string&)> onCommand = [](const std::string&) {};
+    std::function<void()> onProbe = [] {};
+    std::function<void()> onSleep = [] {};
     std::vector<std::wstring> processes;
     DWORD windowsVersion = 6;
     UINT codePage = 437;

@@ -2,6 +2,8 @@
 
 #include <shellapi.h>
 
+#include <array>
+
 #include "Console.h"
 #include "ProbeProcess.h"
 #include "Utility.h"
@@ -18,26 +20,17 @@ std::string debugConfig(const std::string& enabled, const std::string& logFile,
            row("logFile", "string", logFile) + row("logLevel", "long", level) + "</hmap>\n</bag>\n";
 }
 
-std::string reportOf(bool enabled, const std::string& before, const std::string& details) {
-    const std::string rule(84, '-');
-    return "\n" + rule + "\n" + before + "Pellory Debug Logging is currently " +
-           (enabled ? "enabled.\n\nPlease note:\nOutlook might appear to run a little slower than "
-                      "usual while Pellory debug logging is enabled.  This is normal.\n"
-                    : "disabled.\n") +
-           details + rule + "\n\n";
-}
-
 static const fs::path kTemporary = fs::temp_directory_path();
 
 void UtilityTest::moveTo(const std::wstring& name) {
     static int count = 0;
     play = {};
-    discard();
     // Wine starts the desktop's process with the first window; not below a program under test.
     GetDesktopWindow();
-    do {
-        bench_ = kTemporary / ("pellory-" + std::to_string(++count));
-    } while (!fs::create_directory(bench_));
+    bench_ =
+        kTemporary / ("pellory-" + std::to_string(GetCurrentProcessId())) / std::to_string(++count);
+    // A killed process may have left one.
+    fs::remove_all(bench_);
     root_ = bench_ / name;
     fs::create_directories(root_ / "Documents");
     fs::create_directories(start());
@@ -54,12 +47,10 @@ void UtilityTest::moveTo(const std::wstring& name) {
     give();
 }
 
-UtilityTest::~UtilityTest() { discard(); }
-
-void UtilityTest::discard() const {
+UtilityTest::~UtilityTest() {
     std::error_code ignored;
     fs::current_path(kTemporary);
-    fs::remove_all(bench_, ignored);
+    fs::remove_all(bench_.parent_path(), ignored);
 }
 
 void UtilityTest::TearDown() {
@@ -68,23 +59,21 @@ void UtilityTest::TearDown() {
 }
 
 std::function<int()> UtilityTest::utility(const Words& arguments) {
-    static Words words;
-    static std::vector<wchar_t*> pointers;
-    words = arguments;
-    words.insert(words.begin(), L"zuplutil");
-    pointers.clear();
-    for (std::wstring& word : words) {
-        pointers.push_back(word.data());
-    }
     clearTranscript();
-    return [] { return runUtility(static_cast<int>(pointers.size()), pointers.data()); };
+    return [words = arguments]() mutable {
+        wchar_t name[] = L"zuplutil";
+        std::array<wchar_t*, 8> pointers = {name};
+        std::size_t count = 1;
+        for (std::wstring& word : words) {
+            pointers[count++] = word.data();
+        }
+        return runUtility(static_cast<int>(count), pointers.data());
+    };
 }
 
 void UtilityTest::obey(std::string command) {
     const bool isQuoted = std::erase(command, '"') != 0;
-    for (std::size_t at; (at = command.find("\\\\?\\")) != command.npos;) {
-        command.erase(at, 4);
-    }
+    command = std::regex_replace(command, std::regex(R"(\\\\\?\\)"), "");
     std::smatch parts;
     if (std::regex_match(command, parts, std::regex("CScript (.*vbs) (.*PelloryLogs) (.*)"))) {
         if (fs::is_regular_file(pathOf(parts[1]))) {
@@ -109,23 +98,20 @@ std::string UtilityTest::run(const Words& arguments, const Lines& answers, int e
     };
     EXPECT_EQ(perform(utility(arguments)), exitCode);
     EXPECT_EQ(next, answers.size()) << "not all was asked for: " << play.story;
-    play.typed = nullptr;
     return play.story;
 }
 
 std::string UtilityTest::changed() const {
-    const FileContents after = filesBelow(root_);
-    FileContents both = before_;
-    both.insert(after.begin(), after.end());
+    FileContents after = filesBelow(root_);
     std::string text;
-    for (const auto& [path, content] : both) {
-        if (!after.contains(path)) {
-            text += "gone " + path + "\n";
-        } else if (!before_.contains(path)) {
-            text += "new " + path + "\n";
-        } else if (after.at(path) != content) {
-            text += "changed " + path + "\n";
-        }
+    for (const auto& [path, content] : before_) {
+        const auto now = after.extract(path);
+        text += !now                      ? "gone " + path + "\n"
+                : now.mapped() == content ? ""
+                                          : "changed " + path + "\n";
+    }
+    for (const auto& [path, content] : after) {
+        text += "new " + path + "\n";
     }
     return text;
 }

@@ -1,6 +1,6 @@
 // The fixture of the utility's tests: a user's folders, the utility in this process
-// (PlayedSystem.h) or in one of its own, and what changed.
-// At the end nothing may have changed but the diagnostics folder and the add-in's data.
+// (PlayedSystem.h) or in one of its own, and what changed: at the end, the diagnostics folder and
+// the add-in's data.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,20 +17,15 @@ namespace zuplutil::test {
 using Words = std::vector<std::wstring>;
 using Lines = std::vector<std::string>;
 
-// The add-in's folder and the archive's as changed() names them, and the end of a backup's name.
+// The add-in's folder and the archive's as changed() names them.
 inline const std::string kData = "AppData/Roaming/Pellory For Outlook/";
 inline const std::string kDiagnostics = "Desktop/PelloryDiagnostics/";
-inline const std::string kStamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
 
 inline const std::string kBanner =
     "\nPellory Maintenance Utility v1.8.852\n"
     "Diagnostics and maintenance for the Pellory add-in.\n\n";
 inline const std::string kMenuPrompt = "\nPress 0..9 followed by <Enter>...\n";
-inline const std::string kKeyPrompt =
-    "\nPress any key to continue...\n\n"
-    "(or press CTRL-C to abort Pellory Maintenance Utility)\n";
 
-std::string reportOf(bool enabled, const std::string& before = {}, const std::string& details = {});
 std::string debugConfig(const std::string& enabled, const std::string& logFile,
                         const std::string& level, const std::string& options);
 
@@ -89,7 +84,7 @@ public:
         PROCESS_INFORMATION process{};
         EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                    nullptr, &startup, &process))
-            << "cannot start the program under test: system error " << GetLastError();
+            << GetLastError();
         reader_ = zustd::FileHandle(reader);
         process_ = zustd::FileHandle(process.hProcess);
         CloseHandle(process.hThread);
@@ -97,22 +92,19 @@ public:
     }
     ~UtilityProcess() { kill(); }
 
-    // Reads until the output has a text; false when it ends before.
-    bool waitFor(const std::string& text) {
+    // Reads until the output has a text, or ends.
+    void waitFor(const std::string& text) {
         char bytes[4096];
         DWORD count = 0;
-        while (output_.find(text) == std::string::npos) {
-            if (!ReadFile(reader_.get(), bytes, sizeof(bytes), &count, nullptr)) {
-                return false;
-            }
+        while (output_.find(text) == text.npos &&
+               ReadFile(reader_.get(), bytes, sizeof(bytes), &count, nullptr)) {
             output_.append(bytes, count);
             std::erase(output_, '\r');
         }
-        return true;
     }
 
     // Waits for the end of the program and of all that writes where it does.
-    UINT exitCode() {
+    DWORD exitCode() {
         waitFor("no program says this");
         WaitForSingleObject(process_.get(), INFINITE);
         DWORD code = 0;
@@ -135,8 +127,8 @@ private:
 
 class UtilityTest : public ::testing::Test {
 public:
-    // What the system does with the commands that pack and remove. Separators part an argument
-    // without quotes; no archive comes of a script that is not there.
+    // The commands that pack and remove. Separators part an argument without quotes; no archive
+    // comes of a script that is not there.
     static void obey(std::string command);
 
 protected:
@@ -166,15 +158,7 @@ protected:
     fs::path start() const { return root_ / "start"; }
     fs::path bench() const { return bench_; }
 
-    // What the next run says when it has put back the debug settings.
-    std::string mended() const {
-        return "An interrupted run had changed the debug settings; they are put back (" +
-               backslashed(config()) + ")\n";
-    }
-
 private:
-    void discard() const;
-
     fs::path bench_;
     fs::path root_;
     FileContents before_;

@@ -41,76 +41,76 @@ inline FileContents filesBelow(const fs::path& folder) {
     return files;
 }
 
-// A little-endian number of so many bytes.
-inline std::string number(std::uint64_t value, std::size_t size) {
-    std::string bytes(reinterpret_cast<const char*>(&value), sizeof(value));
-    bytes.resize(size);
+// Little-endian numbers of so many bytes, at most eight.
+inline std::string numbers(std::size_t size, std::initializer_list<std::uint64_t> values) {
+    std::string bytes;
+    for (const std::uint64_t& value : values) {
+        bytes.append(reinterpret_cast<const char*>(&value), size);
+    }
     return bytes;
 }
+
+// A field without content, which follows each name.
+inline const std::string kEmptyField = numbers(4, {0x5455});
 
 class ZipWriter {
 public:
     static constexpr unsigned kUtf8 = 0x0800;
     static constexpr unsigned kSizesBehindData = 8;
 
-    // A field without content, which follows each name.
-    static std::string empty() { return number(0x5455, 4); }
-
     // In 64-bit form the numbers that have one stand there alone.
-    explicit ZipWriter(bool is64 = false) : is64_(is64) {}
+    explicit ZipWriter(bool is64 = false) : elsewhere_(is64 ? ~std::uint64_t{0} : 0) {}
 
     void add(const std::string& name, const std::string& content, unsigned flags = kUtf8) {
         const auto* const data = reinterpret_cast<const BYTE*>(content.data());
-        const std::string sum =
-            number(RtlComputeCrc32(0, data, static_cast<INT>(content.size())), 4);
-        const std::string size = number(content.size(), 8);
-        const std::string sizes = sum + number(content.size(), 4) + number(content.size(), 4);
+        const DWORD sum = RtlComputeCrc32(0, data, static_cast<INT>(content.size()));
+        const std::uint64_t size = content.size();
+        const std::uint64_t all = size | elsewhere_;
+        const std::uint64_t begin = entries_.size();
+        const std::string start = numbers(2, {20, flags, 0}) + numbers(4, {0x496E49D3});
+        const std::string sizes = numbers(4, {sum, size, size});
         const bool behind = (flags & kSizesBehindData) != 0;
-        const std::string start =
-            number(20, 2) + number(flags, 2) + number(0, 2) + number(0x496E49D3, 4);
-        const std::string begin = number(entries_.size(), 8);
         const std::string extra =
-            number(0x5455, 2) + number(8, 2) + number(0, 8) +
-            (is64_ ? number(1, 2) + number(24, 2) + size + size + begin : empty());
-        directory_ += number(0x02014B50, 4) + number(20, 2) + start +
-                      (is64_ ? sum + std::string(8, '\xFF') : sizes) + number(name.size(), 2) +
-                      number(extra.size(), 2) + number(empty().size(), 2) + number(0, 8) +
-                      (is64_ ? std::string(4, '\xFF') : begin.substr(0, 4)) + name + extra +
-                      empty();
-        entries_ += number(0x04034B50, 4) + start + (behind ? number(0, 12) : sizes) +
-                    number(name.size(), 2) + number(empty().size(), 2) + name + empty() + content +
+            numbers(2, {0x5455, 8}) + numbers(8, {0}) +
+            (elsewhere_ == 0 ? kEmptyField : numbers(2, {1, 24}) + numbers(8, {size, size, begin}));
+        directory_ += numbers(4, {0x02014B50}) + numbers(2, {20}) + start +
+                      numbers(4, {sum, all, all}) +
+                      numbers(2, {name.size(), extra.size(), kEmptyField.size()}) +
+                      numbers(4, {0, 0, begin | elsewhere_}) + name + extra + kEmptyField;
+        entries_ += numbers(4, {0x04034B50}) + start + (behind ? numbers(4, {0, 0, 0}) : sizes) +
+                    numbers(2, {name.size(), kEmptyField.size()}) + name + kEmptyField + content +
                     (behind ? sizes : "");
         ++count_;
     }
 
-    std::string bytes(const std::string& comment = {}) const {
-        const std::size_t size = directory_.size();
-        const std::size_t begin = entries_.size();
-        const std::string end = number(0x06054B50, 4) + number(0, 4);
-        const std::string end64 =
-            number(0x06064B50, 4) + number(44, 8) + number(45, 12) + number(count_, 8) +
-            number(count_, 8) + number(size, 8) + number(begin, 8) + number(0x07064B50, 4) +
-            number(0, 4) + number(begin + size, 8) + number(1, 4) + end + std::string(12, '\xFF');
-        return entries_ + directory_ +
-               (is64_ ? end64
-                      : end + number(count_, 2) + number(count_, 2) + number(size, 4) +
-                            number(begin, 4)) +
-               number(comment.size(), 2) + comment;
+    std::string bytes(const std::string& comment) const {
+        const std::uint64_t size = directory_.size();
+        const std::uint64_t begin = entries_.size();
+        const std::uint64_t count = count_ | elsewhere_;
+        const std::string end64 = numbers(4, {0x06064B50}) + numbers(8, {44, 45}) +
+                                  numbers(4, {0}) + numbers(8, {count_, count_, size, begin}) +
+                                  numbers(4, {0x07064B50, 0}) + numbers(8, {begin + size}) +
+                                  numbers(4, {1});
+        return entries_ + directory_ + (elsewhere_ == 0 ? "" : end64) +
+               numbers(4, {0x06054B50, 0}) + numbers(2, {count, count}) +
+               numbers(4, {size | elsewhere_, begin | elsewhere_}) + numbers(2, {comment.size()}) +
+               comment;
     }
 
 private:
-    bool is64_;
+    std::uint64_t elsewhere_;
+    std::uint64_t count_ = 0;
     std::string entries_;
     std::string directory_;
-    std::size_t count_ = 0;
 };
 
-inline std::string zipOf(const FileContents& files) {
-    ZipWriter writer;
+inline std::string zipOf(const FileContents& files, bool is64 = false,
+                         const std::string& comment = {}) {
+    ZipWriter writer(is64);
     for (const auto& [name, content] : files) {
         writer.add(name, content);
     }
-    return writer.bytes();
+    return writer.bytes(comment);
 }
 
 }  // namespace zuplutil::test

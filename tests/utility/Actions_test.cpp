@@ -12,6 +12,20 @@ namespace {
 
 const std::string kSorry = "\n\nSorry, this menu option is not available.\n\n";
 
+const std::string kKeyPrompt =
+    "\nPress any key to continue...\n\n"
+    "(or press CTRL-C to abort Pellory Maintenance Utility)\n";
+
+std::string reportOf(bool enabled, const std::string& before = {},
+                     const std::string& details = {}) {
+    const std::string rule(84, '-');
+    return "\n" + rule + "\n" + before + "Pellory Debug Logging is currently " +
+           (enabled ? "enabled.\n\nPlease note:\nOutlook might appear to run a little slower than "
+                      "usual while Pellory debug logging is enabled.  This is normal.\n"
+                    : "disabled.\n") +
+           details + rule + "\n\n";
+}
+
 std::string warning(const std::string& state, const std::string& request) {
     const std::string rule(61, '=');
     return "\n\n" + rule + "\nAttention: It looks like Microsoft Outlook is " + state +
@@ -80,6 +94,18 @@ TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded
     EXPECT_EQ(play.codePage, 437u);
 }
 
+TEST_F(MenusTest, transcript_pastItsLimit_losesItsOlderHalf) {
+    clearTranscript();
+    for (int i = 0; i < 512; ++i) {
+        // Cut at 32 KiB, less one.
+        recordOnly("%s", std::string(40000, 'x').c_str());
+    }
+    recordOnly("%0512d", 0);
+    EXPECT_EQ(getTranscript().size(), std::size_t{16} << 20);
+    recordOnly("y");
+    EXPECT_EQ(getTranscript().size(), (std::size_t{8} << 20) + 1);
+}
+
 // An interrupt ends the input, too; the system tells of it a moment later.
 TEST_F(MenusTest, input_endedByAnInterrupt_isAskedForAgainAfterAWait) {
     int asked = 0;
@@ -110,21 +136,9 @@ TEST_F(MenusTest, entries_chosen_doAsTheySay) {
     }
 }
 
-TEST_F(MenusTest, program_running_countsAsOutlookByTheBeginningOfItsName) {
-    const std::pair<Words, bool> programs[] = {{{L"OUTLOOK.EXE"}, true},
-                                               {{L"a.exe", L"outlook.exe.tmp"}, true},
-                                               {{L"xoutlook.exe", L"outlook.ex"}, false}};
-    for (const auto& [names, counts] : programs) {
-        play.processes = names;
-        const std::string story = run({}, {"4"});
-        EXPECT_TRUE(story.starts_with(kBanner + (counts ? kStillRunning : "") + kUsualMenu));
-        EXPECT_NE(story.find(std::string("\n  outlook is running=") + (counts ? "yes\n" : "no\n")),
-                  story.npos);
-    }
-}
-
 TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
-    const std::string mine = debugConfig("n", "$(auto)", "2", "4");
+    const fs::path log = data() / "own.log";
+    const std::string mine = debugConfig("n", backslashed(log), "2", "4");
     write(config(), mine);
     write(data() / "dump.log", "before");
     play.processes = {L"outlook.exe"};
@@ -138,7 +152,8 @@ TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
             EXPECT_FALSE(fs::exists(data() / "dump.log"));
             play.processes = {L"outlook.exe"};
         } else if (asked == 7) {
-            write(data() / "debug.log", "meanwhile");
+            write(log, "meanwhile");
+            write(data() / "debug.log", "another's");
         }
         return asked <= 2 ? "1\n" : asked <= 8 ? "\n" : "0\n";
     };
@@ -166,7 +181,8 @@ TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
     EXPECT_NE(play.story.find("Using standard logging level.\nRunning on"), play.story.npos);
     EXPECT_EQ(asked, 10);
     EXPECT_EQ(read(config()), mine);
-    EXPECT_FALSE(fs::exists(data() / "debug.log"));
+    EXPECT_FALSE(fs::exists(log));
+    EXPECT_EQ(read(data() / "debug.log"), "another's");
 }
 
 using SwitchesTest = UtilityTest;
@@ -193,7 +209,7 @@ TEST_F(SwitchesTest, arguments_given_theFirstActionOfTheListIsDone) {
 
 using DebugLoggingTest = UtilityTest;
 
-TEST_F(DebugLoggingTest, report_anyFile_tellsWhatItHoldsOrWhyItDoesNot) {
+TEST_F(DebugLoggingTest, report_anyFileAndProgram_tellsOfThem) {
     const std::string missing = "  Could not find debug.config file " + backslashed(config()) +
                                 "\n  Debugging is disabled\n";
     const std::string bag = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n";
@@ -205,47 +221,53 @@ TEST_F(DebugLoggingTest, report_anyFile_tellsWhatItHoldsOrWhyItDoesNot) {
          "",
          {"no", "D:\\logs\\\xD0\xAF.log", "-5", "255"}},
         {bag + enabled + "<v>y</v></p>\n</hmap>\n</bag>\n", "", {"yes", "", "-1", "-1"}},
+        {bag + "</hmap>\n</bag>\n", "", {"no", "", "-1", "-1"}},
         {bag + enabled, "  Could not load debug.config file C\n", {"no", "$(auto)", "10", "1"}},
         {"", missing, {"no", "$(auto)", "10", "1"}}};
+    // Outlook counts by the beginning of its name: the first two are.
+    const Words kPrograms[] = {
+        {L"OUTLOOK.EXE"}, {L"a.exe", L"outlook.exe.tmp"}, {L"xoutlook.exe", L"outlook.ex"}, {}, {}};
+    int row = 0;
     for (const auto& [content, state, settings] : kFiles) {
+        const bool isThere = row < 2;
+        play.processes = kPrograms[row++];
         fs::remove(config());
         write(content.empty() ? config() / "file" : config(), content);
         const bool isOn = settings[0] == "yes";
         const std::string details =
-            "\nDetailed debug settings:\n-----------------------\n"
-            "  logEnabled=" +
-            settings[0] + "\n  logFile=" + settings[1] + "\n  logLevel=" + settings[2] +
-            "\n  logOptions=" + settings[3] + "\n\n  outlook is running=no\n\n";
-        const std::string menu = isOn ? mainMenu(kNone, "", kNone) : kUsualMenu;
+            "\nDetailed debug settings:\n-----------------------\n  logEnabled=" + settings[0] +
+            "\n  logFile=" + settings[1] + "\n  logLevel=" + settings[2] +
+            "\n  logOptions=" + settings[3] +
+            "\n\n  outlook is running=" + (isThere ? "yes" : "no") + "\n\n";
+        const std::string menu =
+            (isThere ? kStillRunning : "") + (isOn ? mainMenu(kNone, "", kNone) : kUsualMenu);
         EXPECT_EQ(run({}, {"4"}), kBanner + menu + reportOf(isOn, state, details) + menu);
     }
 }
 
 TEST_F(DebugLoggingTest, logging_switched_movesLogsAsideAndNamesWhatItCannot) {
+    const std::string stamp = "-\\d{4}-\\d\\d-\\d\\d-\\d\\d;\\d\\d;\\d\\d;\\d{3}\\.bak\n";
     const fs::path log = data() / "debug.log";
     const std::string path = backslashed(log);
-    write(log, "one");
-    write(data() / "dump.log", "dump");
-    write(start() / "own.log", "own");
+    std::string gone;
+    std::string made = "new " + kData + "debug.config\n";
+    for (const std::string name : {"debug.log", "dump.log"}) {
+        write(data() / name, "one");
+        gone += "gone " + kData + name + "\n";
+        made += "new " + kData + name + stamp;
+    }
     give();
     EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(true));
-    saveDebugSettings({true, (start() / "own.log").wstring(), 10, 1}, true);
-    std::string wanted = "new " + kData + "debug.config\n";
-    for (const std::string& file :
-         {kData + "debug.log", kData + "dump.log", std::string("start/own.log")}) {
-        wanted += "gone " + file + "\nnew " + file + kStamp;
-    }
-    EXPECT_PRED2(hasForm, changed(), wanted);
+    EXPECT_PRED2(hasForm, changed(), gone + made);
     write(log, "two");
-    {
-        const zustd::FileHandle lock = locked(log);
-        const std::string story = run({L"-disableDebugging"});
-        const std::string begin = kBanner + "could not rename " + path + " to " + path;
-        EXPECT_PRED2(hasForm, between(story, begin, "\n---"), kStamp);
-        EXPECT_TRUE(story.ends_with(".bak\n" + reportOf(false))) << story;
-    }
+    zustd::FileHandle lock = locked(log);
+    const std::string story = run({L"-disableDebugging"});
+    const std::string begin = kBanner + "could not rename " + path + " to " + path;
+    EXPECT_PRED2(hasForm, between(story, begin, "\n---"), stamp);
+    EXPECT_TRUE(story.ends_with(".bak\n" + reportOf(false))) << story;
     EXPECT_EQ(read(config()), debugConfig("n", "$(auto)", "10", "1"));
     EXPECT_EQ(read(log), "two");
+    lock.reset();
     fs::remove_all(data());
     give();
     EXPECT_EQ(run({L"-enableDebugging"}), kBanner + reportOf(false));
@@ -259,6 +281,8 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
     const fs::path keeping = data() / "debug.config.kept";
     write(config(), mine);
     const std::string path = " (" + backslashed(config()) + ")\n";
+    const std::string mended =
+        "An interrupted run had changed the debug settings; they are put back" + path;
     run();
     const auto told = [&] { return between(run(), kBanner, "------"); };
     zustd::FileHandle lock;
@@ -285,27 +309,27 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
     const std::string unusable =
         "What an interrupted run had kept of the debug settings was not readable" + path;
     // An item of a kind that nobody writes, with its length and check sum.
-    const std::string unknown("\1\0\0\0\0\0\0\0\xC4\x9D\x1C\x81", 12);
+    const std::string unknown = numbers(4, {1, 0, 0x811C9DC4});
     // That there was nothing, and a content of ours, as every release writes them.
-    const std::string none = number(0x30554D50, 4) + number(0, 4) + number(0xB149D095, 4);
-    const std::string own = number(0x30554D52, 4) + number(1, 4) + number(0x633E83D, 4) + "x";
+    const std::string none = numbers(4, {0x30554D50, 0, 0xB149D095});
+    const std::string own = numbers(4, {0x30554D52, 1, 0x633E83D}) + "x";
     // What was kept ("/" for a folder), what the file holds ("/" for none), what is said, what
     // then.
     const std::array<std::string, 4> kStates[] = {
-        {kept, ours, mended(), mine},
-        {kept, ours.substr(0, 90), mended(), mine},
-        {kept, ours + mine.substr(ours.size()), mended(), mine},
-        {kept, "", mended(), mine},
+        {kept, ours, mended, mine},
+        {kept, ours.substr(0, 90), mended, mine},
+        {kept, ours + mine.substr(ours.size()), mended, mine},
+        {kept, "", mended, mine},
         {kept, mine, "", mine},
         {kept, theirs, changed, theirs},
         {kept, "/", changed, "/"},
-        {kept.substr(0, kept.size() - 1), ours, mended(), mine},
+        {kept.substr(0, kept.size() - 1), ours, mended, mine},
         {kept.substr(0, 40), mine, unusable, mine},
         {"", mine, unusable, mine},
         {damaged, ours, unusable, ours},
         {unknown + kept.substr(12 + mine.size()), ours, unusable, ours},
         {std::string(17 << 20, 'x'), mine, unusable, mine},
-        {none + own, "x", mended(), "/"},
+        {none + own, "x", mended, "/"},
         {none, ours, changed, ours},
         {"/", ours, "", ours}};
     for (const auto& [left, before, said, after] : kStates) {
@@ -319,42 +343,37 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         EXPECT_EQ(fs::exists(config()) ? read(config()) : "/", after);
         EXPECT_EQ(fs::remove_all(keeping) != 0, left == "/");
     }
+    // More than is kept.
+    write(config(), std::string(17 << 20, 'x'));
+    run({L"-enableDebugging"});
+    EXPECT_FALSE(fs::exists(keeping));
 }
+
+const std::string kRule106 = std::string(106, '-') + "\n";
+const std::string kCleaning = "\n\n" + kRule106 + "Cleaning up Pellory diagnostics logs...\n\n";
+const std::string kCleaned = "Completed cleaning up diagnostics logs.\n\n" + kRule106 + "\n";
 
 class CleanUpTest : public UtilityTest {
 protected:
-    void prepare(const std::wstring& name) {
-        moveTo(name);
-        for (const char* file :
-             {"debug.config", "debug.log", "dump.log", "debug.log-1.bak", "debug.log-2.bak",
-              "dump.log-1.bak", "settings_1.config", "settings_.config.bak", "settings.config"}) {
-            write(data() / file, file);
-        }
-        write(diagnostics() / "README.txt", "text");
-        give();
+    // What follows when an entry is chosen from the main menu, and its question has a yes.
+    std::string chosen(const char* entry) {
         // A caret lets the sign behind it pass.
         play.onCommand = [](const std::string& line) {
             obey(std::regex_replace(line, std::regex("\\^(.)"), "$1"));
         };
-    }
-    // What follows when an entry is chosen from the main menu, and its question has a yes.
-    std::string chosen(const char* entry) {
-        const std::string story = run({}, {entry, "Y"});
-        return between(story.substr(story.find("ARE YOU SURE")), "<Enter>...\n",
+        return between(run({}, {entry, "Y"}), "'n' key followed by <Enter>...\n",
                        kRule46 + "Pellory");
     }
-
-    const std::string rule_ = std::string(106, '-') + "\n";
-    const std::string heading_ = "\n\n" + rule_ + "Cleaning up Pellory diagnostics logs...\n\n";
-    const std::string completed_ = "Completed cleaning up diagnostics logs.\n\n" + rule_ + "\n";
-    const std::string messages_ =
-        "Removing Pellory debug settings...\nRemoving Pellory debug log...\n"
-        "Removing Pellory dump log file...\nRemoving 2 Pellory log file backups...\n"
-        "Removing 1 Pellory dump file backups...\n";
 };
 
 TEST_F(CleanUpTest, filesOfAKind_afterAYes_areRemovedOnceAndNothingElse) {
-    prepare(L"user");
+    for (const char* file :
+         {"debug.config", "debug.log", "dump.log", "debug.log-1.bak", "debug.log-2.bak",
+          "dump.log-1.bak", "settings_1.config", "settings_.config.bak", "settings.config"}) {
+        write(data() / file, file);
+    }
+    write(diagnostics() / "README.txt", "text");
+    give();
     const std::string folder = backslashed(diagnostics());
     const std::string sure = surePrompt("Any Pellory diagnostic logs will be removed...");
     const std::string menu = mainMenu("", kNone, "");
@@ -363,10 +382,15 @@ TEST_F(CleanUpTest, filesOfAKind_afterAYes_areRemovedOnceAndNothingElse) {
               kBanner + menu + sure + sure + sure + sure + sure + menu + sure + menu);
     EXPECT_TRUE(getTranscript().ends_with(sure + "\n>No\n" + menu + "\n>0\n"));
     EXPECT_EQ(changed(), "");
-    EXPECT_EQ(chosen("7"), heading_ + "Removing log directory " + folder + "\n$ rmdir /s /q " +
-                               folder + "\n" + messages_ + completed_);
-    EXPECT_TRUE(getTranscript().find(sure + "\n>Yes\n" + heading_) != std::string::npos);
-    EXPECT_EQ(chosen("7"), heading_ + "There was nothing to clean up.\n\n" + rule_ + "\n");
+    EXPECT_EQ(chosen("7"), kCleaning + "Removing log directory " + folder + "\n$ rmdir /s /q " +
+                               folder +
+                               "\nRemoving Pellory debug settings...\n"
+                               "Removing Pellory debug log...\nRemoving Pellory dump log file...\n"
+                               "Removing 2 Pellory log file backups...\n"
+                               "Removing 1 Pellory dump file backups...\n" +
+                               kCleaned);
+    EXPECT_TRUE(getTranscript().find(sure + "\n>Yes\n" + kCleaning) != std::string::npos);
+    EXPECT_EQ(chosen("7"), kCleaning + "There was nothing to clean up.\n\n" + kRule106 + "\n");
     EXPECT_PRED2(hasForm, changed(),
                  "(gone " + kData + "(debug|dump).*\n){6}(gone " + kDiagnostics + ".*\n){2}");
     give();
@@ -389,22 +413,24 @@ TEST_F(CleanUpTest, pathOfAnySigns_cleanedUp_isLeftOrRemovedAndNoOtherFolderReac
         {L"two=words", "two=words"},
         {L"R&&D^2(%TEMP%)", "R^&^&D^^2(%\"T\"EMP%)"}};
     for (const auto& [name, given] : names) {
-        prepare(name);
+        moveTo(name);
+        write(diagnostics() / "README.txt", "text");
         const bool isInParts = *name == L't';
         const std::string folder = backslashed(diagnostics());
-        const std::string heading = heading_ + "Removing log directory " + folder + "\n";
-        const std::string stays = "Could not remove this directory; please delete it yourself.\n";
-        const std::string end =
-            "Not everything could be removed: " + folder + " is still there.\n\n" + rule_ + "\n";
+        const std::string heading = kCleaning + "Removing log directory " + folder + "\n";
+        const std::string stays =
+            "Could not remove this directory; please delete it yourself.\n"
+            "Not everything could be removed: " +
+            folder + " is still there.\n\n" + kRule106 + "\n";
         if (isInParts) {
             write(bench() / "two/keep.txt", "text");
-            EXPECT_EQ(chosen("7"), heading + stays + messages_ + end);
+            EXPECT_EQ(chosen("7"), heading + stays);
             EXPECT_TRUE(fs::exists(bench() / "two/keep.txt"));
             fs::remove_all(bench() / "two");
         }
         EXPECT_EQ(chosen("7"), heading + "$ rmdir /s /q " + backslashed(bench()) + "\\" + given +
                                    "\\Desktop\\PelloryDiagnostics\n" +
-                                   (isInParts ? stays + end : messages_ + completed_));
+                                   (isInParts ? stays : kCleaned));
         EXPECT_EQ(fs::exists(diagnostics()), isInParts);
     }
     // What was gathered elsewhere, since the desktop is on a share.

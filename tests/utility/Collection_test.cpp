@@ -200,7 +200,7 @@ protected:
     }
 
     // The first of the places that has a tool.
-    fs::path makeTool(const std::string& word, const std::vector<fs::path>& places) {
+    std::string makeTool(const std::string& word, const std::vector<fs::path>& places) {
         fs::path found;
         for (const fs::path& place : places) {
             if (oneIn(3)) {
@@ -209,7 +209,7 @@ protected:
                 words_.insert(word);
             }
         }
-        return found;
+        return backslashed(found);
     }
 
     void makeFiles() {
@@ -222,34 +222,30 @@ protected:
             makeTool("ocat", {start() / "ocat/ocatcmd.exe", own / "Microsoft OCAT/ocatcmd.exe"});
         work_ = has("share") ? bench() / "temp" / "PelloryDiagnostics" : diagnostics();
         fs::create_directories(bench() / "temp");
-        const std::pair<const char*, fs::path> files[] = {
-            {"log", data() / "debug.log"},
-            {"dump", data() / "dump.log"},
-            {"stale", work_ / "PelloryLogs/stale.log"},
-            {"noScript", work_ / "plutil_zip.vbs/x"},
-            {"old", zip()},
-            {"locked", zip()}};
-        for (const auto& [word, file] : files) {
+        const std::tuple<const char*, fs::path, std::string> files[] = {
+            {"config", config(), debugConfig("n", "$(auto)", "3", "5")},
+            {"log", data() / "debug.log", "one"},
+            {"dump", data() / "dump.log", "another"},
+            {"stale", work_ / "PelloryLogs/stale.log", ""},
+            {"noScript", work_ / "plutil_zip.vbs/x", ""},
+            {"old", zip(), "older"},
+            {"locked", zip(), "older"}};
+        for (const auto& [word, file, content] : files) {
             if (has(word)) {
-                write(file, word);
+                write(file, content);
             }
-        }
-        if (has("config")) {
-            write(config(), debugConfig("n", "$(auto)", "3", "5"));
         }
         lock_ = has("locked") ? locked(zip()) : zustd::FileHandle();
         give();
     }
 
     void onCommand(const std::string& command) {
-        const bool packs = command.starts_with("CScript") && !has("noScript");
-        if (packs) {
-            EXPECT_EQ(read(work_ / "plutil_zip.vbs"), asFile(kScript + std::string("\n")));
+        if (!command.starts_with("CScript") || has("noScript")) {
+            return obey(command);
         }
-        if (!packs || !has("noZip")) {
+        EXPECT_EQ(read(work_ / "plutil_zip.vbs"), asFile(kScript + std::string("\n")));
+        if (!has("noZip")) {
             obey(command);
-        }
-        if (packs && !has("noZip")) {
             whole_ = read(zip());
             write(zip(), whole_.substr(0, whole_.size() / (has("waits") || has("half") ? 2 : 1)));
         }
@@ -300,8 +296,8 @@ protected:
                        {"@DIAG", share + backslashed(diagnostics())},
                        {"@DATA", share + backslashed(data())},
                        {"@USER", has("signs") ? "Tom ^& Ann^^2" : "%username%"},
-                       {"@ACL", "$ \"" + backslashed(acl_) + "\" /verbose=2 "},
-                       {"@OCAT", backslashed(ocat_)},
+                       {"@ACL", "$ \"" + acl_ + "\" /verbose=2 "},
+                       {"@OCAT", ocat_},
                        {"@BENCH", backslashed(bench())},
                        {"@THEM", has("packed") ? "it" : "them"},
                        {"@WITHIN", has("packed") ? " contained within the zip file" : ""},
@@ -337,8 +333,8 @@ protected:
     std::mt19937 random_{20161114};
     std::set<std::string> words_;
     fs::path work_;
-    fs::path acl_;
-    fs::path ocat_;
+    std::string acl_;
+    std::string ocat_;
     zustd::FileHandle lock_;
     std::string whole_;
     std::ofstream copying_;

@@ -39,10 +39,8 @@ protected:
     }
 
     fs::path copied(const fs::path& program, const std::string& name) const {
-        const fs::path copy = bench() / "downloads" / name;
-        fs::create_directories(copy.parent_path());
-        fs::copy_file(program, copy);
-        return copy;
+        fs::copy_file(program, bench() / name);
+        return bench() / name;
     }
 
     // What the utility says when its question is answered.
@@ -62,8 +60,7 @@ protected:
         EXPECT_EQ(asked,
                   "Would you like to remove your Pellory settings as well?\n\n"
                   "(answer 'No' in case you are planning to upgrade to a newer version\n"
-                  " and you would like to keep your existing settings)")
-            << "Is there a display for windows?";
+                  " and you would like to keep your existing settings)");
         EXPECT_EQ(utility.exitCode(), 0u);
         return utility.output();
     }
