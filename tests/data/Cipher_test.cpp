@@ -207,27 +207,5 @@ TEST(CipherKey, sixtyFourDigits_areTakenUsedAndWipedAtTheEnd) {
     EXPECT_EQ(failure(kEncodingEnciphered), L"Cipher::decipher: no key installed");
 }
 
-TEST(EncipherTool, files_comeBackOrAreRefusedWithoutAnOutput) {
-    const TempFolder folder;
-    std::wstring program(MAX_PATH, L'\0');
-    program.resize(GetModuleFileNameW(nullptr, program.data(), MAX_PATH));
-    program.replace(program.rfind(L'\\') + 1, std::wstring::npos, L"encipher.exe");
-    const auto run = [&](auto encoding, auto in, auto out, auto... mode) {
-        return _wspawnl(_P_WAIT, program.c_str(), L"encipher", mode..., L"-k",
-                        folder.file(L"key").c_str(), L"-e", encoding, folder.file(in).c_str(),
-                        folder.file(out).c_str(), nullptr);
-    };
-    const std::string key = " " + kKeyStart + "1F\r\n";
-    writeBytes(folder.file(L"key"), key);
-    writeBytes(folder.file(L"in"), kText);
-    EXPECT_EQ(run(L"3", L"in", L"made"), 0);
-    EXPECT_EQ(run(L"3", L"made", L"back", L"-d"), 0);
-    EXPECT_EQ(readBytes(folder.file(L"back")), kText);
-    EXPECT_EQ(run(L"2", L"in", L".\\KEY"), 2);
-    EXPECT_EQ(readBytes(folder.file(L"key")), key);
-    EXPECT_EQ(run(L"2", L"made", L"out", L"-d"), 3);
-    EXPECT_EQ(GetFileAttributesW(folder.file(L"out").c_str()), INVALID_FILE_ATTRIBUTES);
-}
-
 }  // namespace
 }  // namespace zustd
