@@ -62,10 +62,6 @@ TEST_F(ControlTest, notify_nested_reachesOwnSinksThenAncestorsUpToTheOneThatHand
     // The handler drops the sender; above it comes only what it has to say itself.
     say(inner_->notify(Control::kSelected));
     expectTold(L"unselected 7,0; unselected 7,0; 1; 0; selected; shouldRefresh; 1");
-    const TraceCapture trace(kTraceLevelInfo);
-    EXPECT_EQ(inner_->scale(10.0), 10.0);
-    EXPECT_EQ(trace.messages(),
-              (Lines{"Control::scale: no window service available; using no scaling factor"}));
 }
 
 TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
@@ -116,28 +112,16 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         L"invalidate 20,0,69,49; sync 26,6,75,25 disabled; released; invalidate 20,0,69,49; 1");
 }
 
-TEST_F(ControlTest, draw_nested_movesTheOriginClipsAndSkipsWhatIsNotPainted) {
-    const auto last = makeControl<Painted>(Rect{30, 30, 99, 39});
+TEST_F(ControlTest, draw_nested_inheritsColoursAndEndsWithTheOriginBack) {
     const auto colors = std::make_shared<ColorsDescriptor>();
-    colors->setColor(ColorRole::kBackground, Color::rgb(255, 255, 255));
     colors->setColor(ColorRole::kText, Color::rgb(7, 8, 9));
-    box_->setClipsChildren(true);
-    box_->addChild(last);
     window_->addChild(box_);
     window_->setColors(colors);
     box_->setColors(std::make_shared<ColorsDescriptor>());
     EXPECT_EQ(inner_->color(ColorRole::kText), Color::rgb(7, 8, 9));
-    EXPECT_EQ(
-        seen(*window_),
-        L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 13,14,22,23; frame "
-        L"40,40,109,49; unclip");
-    recordingOf<RecordingGraphics>(*window_->graphicsService()).drawArea = {59, 39, 199, 99};
-    button_->setColors(colors);
-    last->addChild(button_);
-    EXPECT_EQ(seen(*window_),
-              L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 40,40,109,49; "
-              L"unclip");
-    last->drawsItself = true;
+    recordingOf<RecordingGraphics>(*window_->graphicsService()).drawArea = {14, 15, 99, 99};
+    EXPECT_EQ(seen(*window_), L"frame 10,10,59,59; frame 13,14,22,23");
+    inner_->drawsItself = true;
     EXPECT_EQ(thrownText([&] { draw(*window_); }), L"!drawing_");
     EXPECT_EQ(window_->graphicsService()->origin(), (Point{0, 0}));
 }
