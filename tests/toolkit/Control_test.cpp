@@ -112,15 +112,8 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         L"invalidate 20,0,69,49; sync 26,6,75,25 disabled; released; invalidate 20,0,69,49; 1");
 }
 
-TEST_F(ControlTest, draw_nested_inheritsColoursAndEndsWithTheOriginBack) {
-    const auto colors = std::make_shared<ColorsDescriptor>();
-    colors->setColor(ColorRole::kText, Color::rgb(7, 8, 9));
+TEST_F(ControlTest, draw_fromItsOwnDrawing_failsWithTheOriginBack) {
     window_->addChild(box_);
-    window_->setColors(colors);
-    box_->setColors(std::make_shared<ColorsDescriptor>());
-    EXPECT_EQ(inner_->color(ColorRole::kText), Color::rgb(7, 8, 9));
-    recordingOf<RecordingGraphics>(*window_->graphicsService()).drawArea = {14, 15, 99, 99};
-    EXPECT_EQ(seen(*window_), L"frame 10,10,59,59; frame 13,14,22,23");
     inner_->drawsItself = true;
     EXPECT_EQ(thrownText([&] { draw(*window_); }), L"!drawing_");
     EXPECT_EQ(window_->graphicsService()->origin(), (Point{0, 0}));
