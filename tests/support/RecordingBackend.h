@@ -24,8 +24,6 @@ namespace zustd::test {
 template <class T>
 using Shared = std::shared_ptr<T>;
 
-using Journal = std::vector<std::wstring>;
-
 // All that backends note and logs hear, in order, since it was last taken.
 inline std::wstring transcript;
 inline std::wstring told() { return std::exchange(transcript, {}); }
@@ -47,18 +45,11 @@ inline std::wstring textOf(Color color) {
     return formatWide(L"#%02x%02x%02x", int{color.red}, int{color.green}, int{color.blue});
 }
 
-class Journaling {
-public:
-    Journal journal;
-
-protected:
-    template <class... Args>
-    void note(std::wstring entry, const Args&... args) {
-        ((entry += L' ' + textOf(args)), ...);
-        tell(entry);
-        journal.push_back(std::move(entry));
-    }
-};
+template <class... Args>
+void note(std::wstring entry, const Args&... args) {
+    ((entry += L' ' + textOf(args)), ...);
+    tell(entry);
+}
 
 // Called whenever a native object is made, brought up to date or given up:
 // windows tell all sorts of things meanwhile.
@@ -66,7 +57,7 @@ inline std::function<void(Control&)> whileNativeChanges = [](Control&) {};
 
 // A widget's backend. The first synchronisation makes the native object.
 template <class Base>
-class Recording : public Base, public Journaling {
+class Recording : public Base {
 public:
     void synchronizeWithAbstraction() override {
         const Control& control = this->getAbstraction();
@@ -113,6 +104,8 @@ class RecordingDialog : public RecordingWidget<NativeDialog, INativeDialogImpl> 
     }
 };
 
+inline std::int32_t barThickness = 16;
+
 class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScrollBarImpl> {
     void setRange(std::int32_t low, std::int32_t high) override { note(L"range", low, high); }
     void setPageSize(std::int32_t size) override { note(L"page", size); }
@@ -120,7 +113,7 @@ class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScroll
     std::int32_t getPosition() const override { return getAbstraction().position(); }
     bool isTracking() const override { return false; }
     void setEnableArrows(bool back, bool on) override { note(L"arrows", back, on); }
-    std::int32_t getThickness() const override { return 16; }
+    std::int32_t getThickness() const override { return barThickness; }
 };
 
 using RecordingFont = Implementation<Font, IFontImpl>;
@@ -133,8 +126,7 @@ inline std::int32_t sizeOf(const Font& font) {
 
 // Every character is 7 pixels wide, 8 in bold; a line is the font's size plus 5
 // pixels high.
-class RecordingGraphics : public Implementation<GraphicsService, IGraphicsServiceImpl>,
-                          public Journaling {
+class RecordingGraphics : public Implementation<GraphicsService, IGraphicsServiceImpl> {
 public:
     void drawGradient(const Rect& area, Color from, Color to, GradientType) override {
         note(L"gradient", area, from, to);
@@ -198,7 +190,7 @@ inline Shared<ApplicationService> makeRecordingApplicationService() {
 
 // A window service on a screen of 1024 by 768 pixels. What else it
 // makes is what ships, without a window.
-class RecordingWindowService : public WindowServiceWin32Gdi, public Journaling {
+class RecordingWindowService : public WindowServiceWin32Gdi {
 public:
     RecordingWindowService() : WindowServiceWin32Gdi(nullptr) {}
     Shared<NativeDialog> createNativeDialog() override { return createNativeDialog(0); }
@@ -224,7 +216,9 @@ public:
     Point getClientPosition() const override { return clientPosition; }
     Shared<Font> getFont(const FontStyle& style) override { return made<RecordingFont>(style); }
     Shared<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) override {
-        return made<RecordingBitmap>(resource, size);
+        auto bitmap = made<RecordingBitmap>(resource, size);
+        bitmap->acceptSize(size.isEmpty() ? Size{9, 5} : size);
+        return bitmap;
     }
     Shared<NativeScrollBar> createNativeScrollBar(bool vertical) override {
         return made<RecordingScrollBar>(vertical);
@@ -234,7 +228,7 @@ public:
     int answer = kAnswerOk;
     bool checksBox = false;
     std::vector<MessageBoxContent> boxes;
-    double scalingFactor = 1.0;
+    static inline double scalingFactor = 1.0;
     Point clientPosition;
     Control* systemFocus = nullptr;
     bool captured = false;
@@ -263,14 +257,13 @@ T& recordingOf(const A& abstraction) {
 class MessageLog : public MessageSink {
 public:
     struct Entry {
-        std::wstring name;
         MessageWord a;
         MessageWord b;
     };
 
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
-        entries.push_back({std::wstring(kind.name()), a, b});
-        const std::wstring name = entries.back().name.substr(0, kind.name().find(L'.'));
+        const std::wstring name(kind.name().substr(0, kind.name().find(L'.')));
+        entries.push_back({a, b});
         names_ += (names_.empty() ? L"" : L" ") + name;
         const bool isNumber = b.number() != 0 && kind != Control::kClose;
         tell(name + (isNumber ? L" " + textOf(pointOfWord(b)) : L""));

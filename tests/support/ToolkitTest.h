@@ -17,6 +17,7 @@ protected:
         window_->synchronizeTree();
         told();
     }
+    ~ToolkitTest() override { native().scalingFactor = 1.0; }
     static void say(auto result) { tell(textOf(result)); }
     static void expectTold(const std::wstring& expected, int line = __builtin_LINE()) {
         EXPECT_EQ(told(), expected) << "at line " << line;

@@ -36,25 +36,17 @@ protected:
     std::shared_ptr<NativeButton> button_ = host_->createNativeButton();
 };
 
-TEST_F(ControlTest, children_addedInsertedMovedRemoved_haveTheirOrderAndOneParent) {
-    auto parent = makeControl<Control>();
-    const Controls made{makeControl<Control>(), makeControl<Control>(), makeControl<Control>()};
-    parent->addChild(made[0]);
-    parent->insertChild(0, made[1]);
-    parent->insertChild(77, made[2]);
-    EXPECT_EQ(parent->children(), (Controls{made[1], made[0], made[2]}));
-    EXPECT_FALSE(parent->removeChild(window_.get()) || parent->removeChild(nullptr));
-    EXPECT_TRUE(parent->removeChild(made[0].get()));
-    EXPECT_EQ(thrownText([&] { made[0]->requireParent(); }), L"getParent()");
-    made[0]->addChild(parent->children().front());
-    EXPECT_EQ(parent->children(), Controls{made[2]});
-    EXPECT_EQ(&made[1]->requireParent(), made[0].get());
-    for (const auto& refused : {parent, made[2], std::shared_ptr<Control>()}) {
-        EXPECT_EQ(thrownText([&] { made[2]->addChild(refused); }),
+TEST_F(ControlTest, children_insertedOrRefused_haveTheirOrderAndOneParent) {
+    inner_->insertChild(0, makeControl<Control>());
+    inner_->insertChild(77, box_->children()[0]->children()[0]);
+    EXPECT_EQ(inner_->children()[0], button_);
+    EXPECT_EQ(thrownText([&] { box_->requireParent(); }), L"getParent()");
+    for (const auto& refused : {box_, inner_, std::shared_ptr<Painted>()}) {
+        EXPECT_EQ(thrownText([&] { inner_->addChild(refused); }),
                   L"child && !child->isAncestorOf(*this)");
     }
-    parent.reset();
-    EXPECT_EQ(made[2]->parentControl(), nullptr);
+    inner_->removeAllChildren();
+    EXPECT_TRUE(!box_->removeChild(nullptr) && !box_->removeChild(button_.get()));
 }
 
 TEST_F(ControlTest, notify_nested_reachesOwnSinksThenAncestorsUpToTheOneThatHandles) {
@@ -70,10 +62,6 @@ TEST_F(ControlTest, notify_nested_reachesOwnSinksThenAncestorsUpToTheOneThatHand
     // The handler drops the sender; above it comes only what it has to say itself.
     say(inner_->notify(Control::kSelected));
     expectTold(L"unselected 7,0; unselected 7,0; 1; 0; selected; shouldRefresh; 1");
-    const TraceCapture trace(kTraceLevelInfo);
-    EXPECT_EQ(inner_->scale(10.0), 10.0);
-    EXPECT_EQ(trace.messages(),
-              (Lines{"Control::scale: no window service available; using no scaling factor"}));
 }
 
 TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
@@ -100,12 +88,14 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         L"30,10,36,17; 1; invalidate 20,0,69,49; sync 30,10,36,17 disabled; 1; 0; invalidate "
         L"20,0,69,49; sync 30,10,36,17 disabled; 1; invalidate 20,0,69,49; sync 30,10,36,17 "
         L"disabled; 1; invalidate 20,0,69,49; sync 30,10,36,17 disabled; 1; 1");
+    window_->arrange();
     window_->acceptSize({300, 80});
     window_->showAnew();
     inner_->removeAllChildren();
     inner_->addChild(button_);
     expectTold(
-        L"invalidate; sync 30,10,36,17 disabled; sync 0,0,299,79; sync 30,10,36,17 disabled; "
+        L"invalidate; sync 30,10,36,17 disabled; invalidate; sync 30,10,36,17 disabled; sync "
+        L"0,0,299,79; sync 30,10,36,17 disabled; "
         L"invalidate; released; invalidate 25,5,25,5; made 30,10,36,17 disabled");
     {
         const ControlUpdate outer(*button_);
@@ -122,61 +112,47 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         L"invalidate 20,0,69,49; sync 26,6,75,25 disabled; released; invalidate 20,0,69,49; 1");
 }
 
-TEST_F(ControlTest, draw_nested_movesTheOriginClipsAndSkipsWhatIsNotPainted) {
-    const auto last = makeControl<Painted>(Rect{30, 30, 99, 39});
-    const auto colors = std::make_shared<ColorsDescriptor>();
-    colors->setColor(ColorRole::kBackground, Color::rgb(255, 255, 255));
-    colors->setColor(ColorRole::kText, Color::rgb(7, 8, 9));
-    box_->setClipsChildren(true);
-    box_->addChild(last);
+TEST_F(ControlTest, draw_fromItsOwnDrawing_failsWithTheOriginBack) {
     window_->addChild(box_);
-    window_->setColors(colors);
-    box_->setColors(std::make_shared<ColorsDescriptor>());
-    EXPECT_EQ(inner_->color(ColorRole::kText), Color::rgb(7, 8, 9));
-    EXPECT_EQ(
-        seen(*window_),
-        L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 13,14,22,23; frame "
-        L"40,40,109,49; unclip");
-    recordingOf<RecordingGraphics>(*window_->graphicsService()).drawArea = {59, 39, 199, 99};
-    button_->setColors(colors);
-    last->addChild(button_);
-    EXPECT_EQ(seen(*window_),
-              L"fill 0,0,199,99 #ffffff; frame 10,10,59,59; clip 10,10,59,59; frame 40,40,109,49; "
-              L"unclip");
-    last->drawsItself = true;
+    inner_->drawsItself = true;
     EXPECT_EQ(thrownText([&] { draw(*window_); }), L"!drawing_");
     EXPECT_EQ(window_->graphicsService()->origin(), (Point{0, 0}));
 }
 
-TEST_F(ControlTest, preferredSize_ofAnArrangement_keepsToWidthMarginsAndLimits) {
+TEST_F(ControlTest, arrangement_childrenThatAsk_keepsToMarginsAndLimits) {
     box_->removeAllChildren();
     for (int i = 0; i < 3; ++i) {
         box_->addChild(makeControl<Painted>(Rect{0, 0, 29, 9}));
     }
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}});
+    box_->setPlacement({.minimum = {200, 18}, .maximum = {0, 17}});
+    EXPECT_EQ(box_->preferredSizeForWidth(70), (Size{200, 17}));
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true});
     // 0 asks without a width.
-    // clang-format off
-    const Arrangement rows{.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}};
-    const Arrangement columns{.flow = Flow::kColumns, .spacing = {4, 4}, .margin = {2, 3}};
-    const Arrangement wrapped{.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true};
-    const Arrangement wrappedColumns{.flow = Flow::kColumns, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true};
-    const std::tuple<Arrangement, Placement, std::int32_t, Size> cases[] = {
-        {{}, {.maximum = {9, 9}}, 0, {50, 50}}, {rows, {}, 70, {102, 16}},
-        {rows, {.minimum = {200, 18}, .maximum = {0, 17}}, 0, {200, 17}}, {columns, {}, 70, {34, 44}},
-        {wrappedColumns, {.maximum = {0, 30}}, 0, {68, 30}}, {wrappedColumns, {.maximum = {0, 29}}, 9, {102, 16}},
-        {wrapped, {}, 0, {102, 16}}, {wrapped, {}, 68, {68, 30}},
-        {wrapped, {}, 67, {34, 44}}, {wrapped, {}, -9, {34, 44}},
-        {wrapped, {.maximum = {68, 0}}, 0, {68, 30}}, {wrapped, {.maximum = {68, 0}}, 500, {68, 30}}};
-    // clang-format on
-    for (const auto& [arrangement, placement, width, expected] : cases) {
-        box_->setArrangement(arrangement);
-        box_->setPlacement(placement);
+    for (const auto& [maximum, width, expected] : {std::tuple{0, 0, Size{102, 16}},
+                                                   {0, 68, {68, 30}},
+                                                   {0, 67, {34, 44}},
+                                                   {0, -9, {34, 44}},
+                                                   {68, 0, {68, 30}},
+                                                   {68, 500, {68, 30}}}) {
+        box_->setPlacement({.maximum = {maximum, 0}});
         EXPECT_EQ(width != 0 ? box_->preferredSizeForWidth(width) : box_->preferredSize(),
                   expected);
     }
-    box_->setArrangement(rows);
+    box_->setPlacement({});
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}});
     box_->children()[1]->setPlacement({.autoSized = true});
     box_->setSize({100, 20});
     EXPECT_EQ(box_->children()[1]->boundary(), (Rect{36, 3, 63, 12}));
+    // Only who wants another size is put into place again.
+    const std::shared_ptr<Control> child = box_->children()[0];
+    for (const auto& [kind, left] : {std::pair{&Control::kUnselected, 50},
+                                     {&Control::kChangePreferredWidth, 2},
+                                     {&Control::kChangePreferredHeight, 2}}) {
+        child->moveTo({50, 5});
+        child->notify(*kind);
+        EXPECT_EQ(child->boundary().left, left);
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "ZuIcon.h"
 #include "ZuLabel.h"
 #include "ZuLink.h"
+#include "ZuScope.h"
 #include "ZuScrollable.h"
 #include "support/ToolkitTest.h"
 
@@ -102,6 +103,9 @@ TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) 
     button->setBitmap(bitmap_);
     EXPECT_EQ(button->preferredSize(), (Size{32 + 10 + 14 + 40, 32 + 20}));
     EXPECT_TRUE(seen(*button).ends_with(L"; bitmap 7 15,-3 1.00"));
+    icon->setBitmap(std::make_shared<BitmapDescriptor>(8));
+    EXPECT_EQ(icon->preferredSize(), (Size{18, 10}));
+    EXPECT_EQ(seen(*icon), L"stretched 8 9,5,26,14 0.20");
     icon->setBitmapVisible(false);
     EXPECT_EQ(seen(*icon), L"");
     mouse(MouseAction::kLeftDown, {5, 5});
@@ -109,48 +113,64 @@ TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) 
     EXPECT_TRUE(seen(*button).starts_with(L"gradient 0,0,59,25 #f4f4f4"));
 }
 
-TEST_F(DrawnTest, fork_toggled_showsItsBodyAndMakesRoom) {
-    const auto page = makeControl<Control>();
-    page->setArrangement({.flow = Flow::kColumns});
+TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
     const auto fork = makeControl<ForkControl>(L"More");
     const auto inner = makeControl<ForkControl>(L"inner");
     const auto label = makeControl<Label>(L"inside");
-    const auto below = makeControl<Label>(L"below");
+    const auto font = std::make_shared<FontDescriptor>();
     label->setFocusable(true);
     inner->body().addChild(label);
     fork->body().addChild(inner);
-    page->addChild(fork);
-    page->addChild(below);
-    page->setBoundary({0, 0, 199, 199});
     inner->setOpen(true);
     // Only on a surface texts have a size.
-    window_->addChild(page);
-    const std::int32_t header = fork->headerHeight();
-    EXPECT_EQ(below->boundary().top, header);
+    shown(fork, {0, 0, 98, 21});
+    const auto changed = [](Control& control) { control.notify(Control::kChangePreferredHeight); };
+    // Then both heights, where the text is, how many messages came by, and who has
+    // the focus. A header is 22 high, a text 16.
+    // clang-format off
+    const std::pair<std::function<bool()>, const wchar_t*> steps[] = {
+        {[&] { return fork->setOpen(false); }, L"0 22 38 22 0"},
+        {[&] { return click({30, 5}), fork->isOpen(); }, L"1 60 38 44 6 fork"},
+        {[&] { return fork->setOpen(true); }, L"0 60 38 44 0 fork"},
+        {[&] { return click({40, 27}), inner->isOpen(); }, L"0 44 22 44 7 inner"},
+        {[&] { return changed(*label), true; }, L"1 44 22 44 1 inner"},
+        {[&] { return inner->setOpen(true); }, L"1 60 38 44 2 inner"},
+        // A click beside what is inside does nothing, nor do keys for what is inside.
+        {[&] { return click({95, 27}), fork->isOpen(); }, L"1 60 38 44 5 fork"},
+        {[&] { return label->takeFocus() && inner->onKey({kKeyLeft, 0}); }, L"0 60 38 44 2"},
+        {[&] { return label->setPlacement({.minimum = {9, 30}}), changed(*label), true; }, L"1 74 52 44 1"},
+        {[&] { return inner->setFont(font) && font->setSize(20); }, L"1 83 61 53 1"},
+        {[&] { return inner->setOpen(false); }, L"1 53 31 53 4 inner"},
+        {[&] { return fork->takeFocus() && key(kKeyLeft); }, L"1 22 31 53 4 fork"},
+        {[&] { return key(kKeyLeft); }, L"0 22 31 53 1 fork"},
+        {[&] { return key(kKeyRight); }, L"1 53 31 53 2 fork"},
+        {[&] { return key(kKeySpace, kModifierAlt); }, L"0 53 31 53 1 fork"},
+        {[&] { return key(kKeySpace) && fork->isOpen(); }, L"0 22 31 53 2 fork"}};
+    // clang-format on
+    for (const auto& [step, expected] : steps) {
+        log_->take();
+        std::wstring seen = step() ? L"1" : L"0";
+        for (const auto number :
+             {fork->boundary().height(), inner->boundary().height(), label->boundaryOnSurface().top,
+              static_cast<std::int32_t>(log_->entries.size())}) {
+            seen += L' ' + textOf(number);
+        }
+        seen += fork->hasFocus() ? L" fork" : inner->hasFocus() ? L" inner" : L"";
+        EXPECT_EQ(seen, expected);
+    }
     EXPECT_EQ(seen(*fork),
-              L"pen #000000 1; line 6,7 10,11; line 10,11 6,15; text 16,0,43,21 More 11  #000000 0 "
-              L"2 010");
-    click({30, 5});
-    EXPECT_TRUE(
-        seen(*fork).starts_with(L"pen #000000 1; line 4,9 8,13; line 8,13 12,9; text 16,0,"));
-    EXPECT_EQ(below->boundary().top, fork->boundary().bottom + 1);
-    EXPECT_EQ(fork->boundary().height(), 2 * header + 16);
-    EXPECT_EQ(textOf(label->boundaryOnSurface()), L"32,44,73,59");
-    click({40, header + 5});
-    EXPECT_EQ(fork->boundary().height(), 2 * header);
-    inner->setOpen(true);
-    // A click beside what is inside does nothing, nor do keys for what is inside.
-    click({190, header + 5});
-    EXPECT_TRUE(label->takeFocus());
-    EXPECT_FALSE(inner->onKey({kKeyLeft, 0}));
-    EXPECT_TRUE(fork->isOpen() && inner->isOpen());
-    inner->setOpen(false);
-    EXPECT_TRUE(inner->hasFocus());
-    EXPECT_EQ(fork->boundary().height(), 2 * header);
-    fork->takeFocus();
-    EXPECT_TRUE(key(kKeyLeft) && !key(kKeyLeft));
-    EXPECT_EQ(below->boundary().top, header);
-    EXPECT_TRUE(key(kKeyRight) && fork->isOpen() && key(kKeySpace) && !fork->isOpen());
+              L"pen #000000 1; line 6,7 10,11; line 10,11 6,15; text 16,0,98,21 More 11  #000000 0 "
+              L"2 010; focus 0,0,98,21");
+    native().scalingFactor = 2.0;
+    fork->setColors(std::make_shared<ColorsDescriptor>());
+    fork->colors()->setColor(ColorRole::kBackground, Color::rgb(9, 9, 9));
+    fork->setOpen(true);
+    window_->showAnew();
+    mouse(MouseAction::kMove, {30, 5});
+    EXPECT_EQ(seen(*fork),
+              L"fill 0,0,98,64 #090909; pen #0078d7 2; line 8,10 16,18; line 16,18 24,10; text "
+              L"32,0,98,27 More 11  #000000 0 2 010; focus 0,0,98,27; pen #000000 2; line 44,38 "
+              L"52,46; line 52,46 44,54; text 64,28,98,64 inner 20  #000000 0 2 010");
 }
 
 struct Sheet : Control {
@@ -201,9 +221,18 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
     }
 }
 
+TEST_F(ScrollTest, content_thatDoesNotFit_getsItsBarsWithTheSurface) {
+    const ScopedValue thin(barThickness, 1);
+    view_ = makeControl<Scrollable<Sheet>>();
+    view_->setBoundary({0, 0, 99, 199});
+    EXPECT_EQ(view_->viewport().boundary(), view_->area());
+    shown(view_);
+    EXPECT_EQ(view_->viewport().boundary(), (Rect{0, 0, 98, 198}));
+}
+
 TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     click({50, 50});
-    EXPECT_TRUE(view_->hasFocus());
+    EXPECT_TRUE(view_->hasFocus() && seen(*view_).starts_with(L"focus 0,0,99,199; clip"));
     // clang-format off
     const std::pair<std::uint32_t, Point> keys[] = {
         {kKeyDown, {0, 16}}, {kKeyPageDown, {0, 16 + 168}}, {kKeyEnd, {0, 316}}, {kKeyUp, {0, 300}},
@@ -214,7 +243,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
         EXPECT_EQ(view_->scrollPosition(), position) << code;
         EXPECT_EQ(sheet().boundary().position(), position.negated());
     }
-    EXPECT_FALSE(key(kKeyPageUp) || key(kKeyDown, kModifierControl));
+    EXPECT_FALSE(key(kKeyPageUp) || key('X') || key(kKeyDown, kModifierControl));
     view_->scrollBar(true)->connect(log_, false);
     told();
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120));
@@ -235,6 +264,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
     view_->setContent(nullptr);
     EXPECT_FALSE(view_->scrollBar(true)->isVisible() || view_->scrollBar(false)->isVisible());
+    EXPECT_EQ(window_->controlAt({50, 50}), view_.get());
 }
 
 TEST_F(ScrollTest, focusAndRequests_comeIntoView) {

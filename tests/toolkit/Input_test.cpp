@@ -167,6 +167,16 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
     EXPECT_FALSE(inner_->takeFocus() || router().focused());
     key(kKeyTab, kModifierShift);
     EXPECT_EQ(router().focused(), left_);
+    // A surface on the surface has its turn with its own router.
+    const auto below = host_->createNativeWindow();
+    window_->addChild(below);
+    below->addChild(inner_);
+    inner_->setVisible(true);
+    key(kKeyTab);
+    EXPECT_TRUE(inner_->hasFocus() && !left_->hasFocus() && !router().focused());
+    below->inputRouter()->routeKey({kKeyTab, 0});
+    EXPECT_TRUE(right_->hasFocus() && !inner_->hasFocus());
+    window_->removeChild(below.get());
     right_->setEnabled(false);
     left_->setFocusable(false);
     EXPECT_FALSE(right_->takeFocus() || left_->takeFocus() || key(kKeyTab));
@@ -188,30 +198,58 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
     left_->tooltip().setLiteral(L"What it is");
     native().clientPosition = {100, 200};
     // 10 characters of 7 pixels, a line of 16, margins of 6 and 3.
-    const std::pair<Size, const wchar_t*> rows[] = {
+    const std::tuple<Size, double, const wchar_t*> rows[] = {
         {{},
+         1.0,
          L"113,224,194,245; fill 0,0,81,21 #ffffe1; pen #767676 1; frame 0,0,81,21; text 6,3,75,18 "
          L"What it is 11  #000000 0 0 100; leaveHovering"},
         {{40, 60},
+         1.0,
          L"113,224,152,277; fill 0,0,39,53 #ffffe1; pen #767676 1; frame 0,0,39,53; text 6,3,33,50 "
-         L"What it is 11  #000000 0 0 100; leaveHovering"}};
-    for (const auto& [maximum, expected] : rows) {
+         L"What it is 11  #000000 0 0 100; leaveHovering"},
+        {{},
+         2.0,
+         L"113,224,216,251; fill 0,0,103,27 #ffffe1; pen #767676 1; frame 0,0,103,27; text "
+         L"12,6,91,21 What it is 11  #010203 0 0 100; leaveHovering"}};
+    for (const auto& [maximum, scaling, expected] : rows) {
+        native().scalingFactor = scaling;
+        if (scaling > 1.0) {
+            options->font = std::make_shared<FontDescriptor>();
+            options->font->setBold(true);
+            options->colors = std::make_shared<ColorsDescriptor>();
+            options->colors->setColor(ColorRole::kText, Color::rgb(1, 2, 3));
+        }
         options->maximumSize = maximum;
         mouse(kMove, {10, 20});
         const auto waiting = timer();
         EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer250");
-        EXPECT_TRUE(waiting->isRunning());
+        EXPECT_TRUE(waiting->isRunning() && dialog());
+        // Shown once, however often it was asked for.
+        left_->showTooltip({10, 20});
         told();
+        log_->take();
         waiting->acceptTick();
-        EXPECT_TRUE(told().starts_with(L"beforeDisplayTooltip; "));
+        EXPECT_EQ(log_->take(), L"beforeDisplayTooltip");
+        told();
         const auto shown = dialog();
         EXPECT_TRUE(shown->isOpen() && !waiting->isRunning());
+        EXPECT_EQ(shown->controlAt({9, 9}), shown.get());
         say(shown->boundary());
         shown->drawAsRoot(*shown->graphicsService());
         mouse(kLeave);
         expectTold(expected);
         EXPECT_FALSE(shown->isOpen() || timer() || dialog());
     }
+    mouse(kMove, {10, 20});
+    mouse(kWheel, {10, 20}, 120);
+    EXPECT_FALSE(timer() || dialog());
+    const auto application = makeRecordingApplicationService();
+    application->getPreferences()->setBool(L"showTooltips", false);
+    window_->registerService(application, true, true);
+    left_->showTooltip({10, 20});
+    EXPECT_FALSE(timer());
+    window_->unregisterService(application);
+    mouse(kLeave);
     // Whoever leaves while it waits is shown nothing.
     mouse(kMove, {10, 20});
     const auto late = timer();

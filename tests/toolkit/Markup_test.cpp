@@ -14,6 +14,7 @@ const MessageKind kUnsaid(L"unsaid.MarkupTest");
 // Writes down texts with their fonts and colours, where these are not the usual ones.
 class InkGraphics : public RecordingGraphics {
 public:
+    Texts journal;
     void drawText(std::wstring_view text, Point, const Font& font, Color color) override {
         const auto& [underline, bold, italic, size, face] = font.style();
         const std::wstring how = formatWide(L" %d%d%d %d", bold, italic, underline, size);
@@ -36,7 +37,7 @@ protected:
     // stand and how they are drawn.
     std::wstring look() const {
         const auto graphics = made<InkGraphics>();
-        Journal& drawn = recordingOf<InkGraphics>(*graphics).journal;
+        Texts& drawn = recordingOf<InkGraphics>(*graphics).journal;
         view_->arrange();
         std::wstring all;
         for (const Size size :
@@ -62,9 +63,9 @@ protected:
 
 TEST_F(MarkupTest, tagsAttributesAndEntities_ofAnyForm_areReadAndPlaced) {
     const std::pair<const wchar_t*, const wchar_t*> kRows[] = {
-        {L"a<b>b<i>c<u>d</b></i></u>&amp;lt;<font size='20'>&quot;&apos;</font>&<u>&nbsp;</u>",
-         L"122,25 122,25 122,25 |0,9 a|7,9 b 100 11|15,9 c 110 11|23,9 d 111 11|31,9 &lt;|59,0 \"' "
-         L"000 20|73,9 &|80,9 &nbsp; 001 11"},
+        {L"a<b>b<i>c<u>d</b></i></u>&amp;lt;<font size='20'>&quot;&apos;</font>&<u>&nbsp;</u><i>e",
+         L"129,25 129,25 129,25 |0,9 a|7,9 b 100 11|15,9 c 110 11|23,9 d 111 11|31,9 &lt;|59,0 \"' "
+         L"000 20|73,9 &|80,9 &nbsp; 001 11|122,9 e 010 11"},
         {L"<font size=999 x=1>a<font size=\"-9999999999\">b<B>x</other>y<br />",
          L"28,149 28,149 28,149 |0,0 a 000 144|7,143 b 000 1|14,143 x 000 1|21,143 y 000 1"},
         {L"<u><a>li<b>nk</b></a></u>after<a></a></a>a\nb<a x>lost",
@@ -121,6 +122,10 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
         change();
         EXPECT_EQ(look(), expected);
     }
+    const auto alone = makeControl<MarkupView>();
+    EXPECT_EQ(thrownText([&] { alone->addText(L"x", false); }), L"gs");
+    alone->registerService(made<RecordingGraphics>(), true, true);
+    EXPECT_EQ(thrownText([&] { alone->addText(L"x", false); }), L"ws");
     EXPECT_TRUE(view_->setMarkup(L"<control wordwrap='false'>x"));
     EXPECT_FALSE(view_->setMarkup(view_->markup()) || view_->setWordWrap(false));
     const auto& said = log_->entries;
@@ -128,21 +133,15 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
     EXPECT_EQ(said.back().b.number(), 16);
 }
 
-TEST_F(MarkupTest, receivers_changingTheMarkupOrRemovingTheView_areSafe) {
+TEST_F(MarkupTest, receivers_changingTheMarkupOrRemovingTheView_haveTheirWay) {
     std::function<void()> act = [&] { view_->setMarkup(L"last"); };
     const auto sink = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
-        if (kind == Control::kLeaveHovering || kind == kShowHelp) {
-            act();
-        }
+        kind == Control::kLeaveHovering ? act() : void();
     });
     view_->connect(sink, false);
-    view_->setMarkup(L"<a leftclickmessage=\"show&lt;Help.MarkupTest\">link</a>");
-    click({10, 5});
-    EXPECT_EQ(firstText(), L"last");
     for (const wchar_t* shown : {L"last", L""}) {
         view_->setMarkup(L"<a>link</a>");
         mouse(MouseAction::kMove, {10, 5});
-        EXPECT_NE(look().find(L"link 001"), std::wstring::npos);
         view_->setMarkup(L"outer");
         EXPECT_EQ(firstText(), shown);
         act = [&] { window_->removeChild(view_.get()); };
@@ -158,7 +157,6 @@ TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
         {L" leftclickmessage='unsaid.MarkupTest'", L""},
         {L" leftclickmessage='scrolled.Control'", L"scrolled"},
         {L" leftclickmessage='show&lt;Help.MarkupTest'", L"show<Help"}};
-    const TraceCapture trace(kTraceLevelInfo);
     for (const auto& [attributes, sent] : kLinks) {
         view_->setMarkup(L"<a leftclickmessage='scrolled.Control'></a><a" + attributes +
                          L">link</a> text");
@@ -166,8 +164,6 @@ TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
         dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
         EXPECT_EQ(log_->take(), sent) << narrow(attributes);
     }
-    EXPECT_EQ(trace.messages().at(1),
-              "MarkupView::sendFromLink: no message 'nobody.Knows' to send");
     click({10, 5});
     EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
     EXPECT_EQ(log_->entries.back().b.number(), 0);

@@ -11,10 +11,10 @@ using namespace test;
 
 // A box in a dialog of its own, on a screen of 1024 by 768 pixels. The font's
 // letters are 7 pixels wide, its lines 14 high.
-class BoxViewTest : public ToolkitTest, public IMessageBoxBackend, public Journaling {
+class BoxViewTest : public ToolkitTest, public IMessageBoxBackend {
 protected:
     MessageBoxView& open(std::uint32_t style, const std::wstring& key = {}, double scaling = 1.0) {
-        journal.clear();
+        last_.clear();
         box_.style = style;
         box_.rememberKey = key;
         window_->registerService(makeService<NumberedTexts>(), true, true);
@@ -33,7 +33,7 @@ protected:
         return dialog_->inputRouter()->routeKey({code, modifiers});
     }
 
-    std::shared_ptr<ColorsDescriptor> paperColors() const override { return nullptr; }
+    std::shared_ptr<ColorsDescriptor> paperColors() const override { return colors_; }
     std::shared_ptr<Control> makeIcon(std::uint32_t style) const override {
         return (style & kMessageIconMask) != 0 ? makeControl<Control>() : nullptr;
     }
@@ -42,11 +42,14 @@ protected:
     }
     void showText(const std::wstring& text, const Rect& place,
                   const std::shared_ptr<Font>& font) override {
-        note(L"text", place, sizeOf(*font), text);
+        last_ += textOf(place) + L" " + textOf(sizeOf(*font)) + L" " + text;
     }
-    void copyText(const std::wstring& text) override { note(L"copy", text); }
+    void copyText(const std::wstring& text) override { last_ = text; }
 
     const ScopedValue<std::int32_t> textSize_{systemTextSize, 9};
+    // The text that is shown, with its place and size, or what was copied.
+    std::wstring last_;
+    const ColorsRef colors_ = std::make_shared<ColorsDescriptor>();
     MessageBoxContent box_;
     std::shared_ptr<NativeDialog> dialog_;
     std::shared_ptr<MessageBoxView> view_;
@@ -95,7 +98,7 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
             }
         }
         EXPECT_EQ(places, expected);
-        EXPECT_EQ(journal, (Journal{L"text " + shownAt + L" 9 " + shown}));
+        EXPECT_EQ(last_, shownAt + L" 9 " + shown);
         EXPECT_EQ(view_->boundary(), dialog_->boundary());
     }
 }
@@ -122,6 +125,7 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
     box_.caption = L"Title";
     MessageBoxView& view = open(kMessageYesNoCancel | kMessageDefaultSecond, L"k");
     EXPECT_EQ(dialog_->defaultButton(), view.buttons()[1]);
+    EXPECT_TRUE(view.buttons()[0]->hasFont() && view.children()[0]->colors() == colors_);
     std::size_t focused = 1;
     for (const auto& [key, next] :
          {std::pair{kKeyRight, 2U}, {kKeyDown, 0U}, {kKeyLeft, 2U}, {kKeyUp, 1U}, {kKeyLeft, 0U}}) {
@@ -134,10 +138,12 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
     EXPECT_FALSE(press('C'));
     EXPECT_TRUE(press('C', kModifierControl));
     const std::wstring rule = L"---------------------------\r\n";
-    EXPECT_EQ(journal.back(), L"copy " + rule + L"Title\r\n" + rule + L"\r\n" + rule +
-                                  L"text 9007   {IDS_NO}   text 9002   \r\n" + rule);
+    EXPECT_EQ(last_, rule + L"Title\r\n" + rule + L"\r\n" + rule +
+                         L"text 9007   {IDS_NO}   text 9002   \r\n" + rule);
     view.buttons()[0]->takeFocus();
+    dialog_->connect(log_, false);
     EXPECT_TRUE(press(kKeyEnter));
+    EXPECT_EQ(log_->take(), L"");
     EXPECT_EQ(view.answer(), kAnswerYes);
     EXPECT_FALSE(dialog_->isOpen());
     // Closed by the user, or by the program without an answer.
@@ -145,11 +151,12 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         {kMessageOk, kAnswerCancel, kAnswerOk},
         {kMessageOkCancel, kAnswerCancel, kAnswerCancel},
         {kMessageYesNo, kAnswerCancel, kAnswerNone},
-        {kMessageOk, kAnswerNone, kAnswerNone}};
+        {kMessageOk | kMessageDefaultSecond, kAnswerNone, kAnswerNone}};
     for (const auto& [style, closing, answer] : kRows) {
         open(style);
         dialog_->hide(closing);
         EXPECT_EQ(view_->answer(), answer) << style;
+        EXPECT_EQ(dialog_->defaultButton(), view_->buttons()[0]);
     }
     open(kMessageYesNo).close(kAnswerCancel);
     EXPECT_EQ(view_->answer(), kAnswerCancel);

@@ -201,20 +201,6 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
        {[](auto& c) { c.setDefaultButton(makeControl<NativeButton>()); },
         [](auto& c) { c.show(false); },
         [](auto& c) { c.acceptClose(); }, [](auto& c) { c.hide(0); }});
-    survives<NativeGridView>([&] {
-        auto grid = host->createNativeGridView();
-        grid->addRow(L"a");
-        return grid;
-    }, {[](auto& c) { c.acceptTooltipRequest(0); }, [](auto& c) { c.acceptChecked(0, true); },
-        [](auto& c) { c.acceptLeftClick(0); },
-        [](auto& c) { c.acceptSelected(0, 0, true); c.acceptSelectionDone(); }});
-    survives<NativeTreeView>([&] {
-        auto tree = host->createNativeTreeView();
-        tree->addRootNode(L"a", L"");
-        return tree;
-    }, {[](auto& c) { c.acceptExpanding(c.getFirstRootNode(), true); },
-        [](auto& c) { c.acceptSelection(c.getFirstRootNode()); },
-        [](auto& c) { c.acceptChecked(c.getFirstRootNode(), true); }});
 }
 // clang-format on
 

@@ -8,19 +8,6 @@ using namespace test;
 
 using WidgetTest = ToolkitTest;
 
-TEST_F(WidgetTest, destruction_ofAnyWidget_releasesItsNativeObjectWhileItIsWhole) {
-    for (auto& widget : Controls{host_->createNativeButton(), host_->createNativeTextBox(),
-                                 host_->createNativeWindow(), host_->createNativeDialog(),
-                                 host_->createNativeScrollBar(true)}) {
-        widget->synchronizeTree();
-        told();
-        std::exchange(widget, nullptr).reset();
-        expectTold(L"released");
-    }
-    const std::weak_ptr<WindowService> own = host_->createNativeDialog()->windowService();
-    EXPECT_TRUE(own.expired()) << "a surface's own service dies with it";
-}
-
 TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {
     // clang-format off
     const std::pair<std::function<void()>, const wchar_t*> uses[] = {
@@ -73,20 +60,34 @@ TEST_F(WidgetTest, questions_ofAnyKind_areAskedUntilTheirAnswerIsRemembered) {
         L"showMessage");
 }
 
-TEST_F(WidgetTest, descriptors_ofFontsAndImages_assignOnce) {
+TEST_F(WidgetTest, descriptors_changed_announceTheirFieldsOnce) {
     FontDescriptor font;
     BitmapDescriptor bitmap;
     BitmapListDescriptor list;
-    for (const bool changes : {true, false}) {
-        EXPECT_TRUE(font.setUnderline(true) == changes && font.setBold(true) == changes &&
-                    font.setItalic(true) == changes && font.setSize(20) == changes &&
-                    font.setFaceName(L"Face") == changes && bitmap.setIdentifier(7) == changes &&
-                    bitmap.setSize({1, 2}) == changes && list.setSize({1, 2}) == changes);
+    ColorsDescriptor colors;
+    TextDescriptor text;
+    const auto heard = std::make_shared<Listener>();
+    for (ChangeTracker* descriptor :
+         std::initializer_list<ChangeTracker*>{&font, &bitmap, &list, &colors, &text}) {
+        descriptor->connect(heard, false);
     }
+    std::wstring all;
+    for (const bool changes : {true, false}) {
+        for (const bool changed :
+             {font.setUnderline(true), font.setBold(true), font.setItalic(true), font.setSize(20),
+              font.setFaceName(L"Face"), bitmap.setIdentifier(7), bitmap.setSize({1, 2}),
+              list.setSize({1, 2}), text.setIdentifier(7),
+              colors.setColor(ColorRole::kLink, Color::rgb(1, 2, 3))}) {
+            EXPECT_EQ(changed, changes);
+        }
+    }
+    for (const std::wstring& entry : heard->log) {
+        all += entry.substr(entry.find(L' '));
+    }
+    EXPECT_EQ(all, L" underline bold italic size faceName identifier size size text color");
     EXPECT_EQ(font.style(), (FontStyle{true, true, true, 20, L"Face"}));
     EXPECT_TRUE(font.reset() && font.style() == (FontStyle{.size = 11, .faceName = L"Face"}));
     EXPECT_EQ(bitmap.resource(), (ResourceDescriptor{7, ResourceKind::kBitmap}));
-    EXPECT_TRUE(bitmap.size() == (Size{1, 2}) && list.size() == bitmap.size());
 }
 
 TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone) {
@@ -95,6 +96,7 @@ TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone
         buttons.push_back(shown(host_->createNativeButton(), {i, i, i, i}));
         buttons.back()->setKind(i == 0 ? ButtonKind::kCheck : ButtonKind::kRadio);
         buttons.back()->click();
+        EXPECT_TRUE(buttons.back()->isChecked());
         buttons.back()->click();
         EXPECT_EQ(buttons.back()->isChecked(), i != 0);
     }
@@ -112,6 +114,9 @@ TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone
         EXPECT_EQ(buttons[from]->isChecked(), from == to);
     }
     EXPECT_TRUE(!buttons[0]->onKey({kKeyUp, 0}) && buttons[0]->isChecked());
+    buttons[2]->setEnabled(false);
+    buttons[3]->setEnabled(false);
+    EXPECT_FALSE(buttons[4]->onKey({kKeyUp, 0}));
 }
 
 TEST_F(WidgetTest, preferredSize_followsTextKindAndScaling) {
@@ -154,7 +159,8 @@ TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
          {std::pair{L"typed", L"typ"}, {L"a\r\ncdef", L"a\nc"}, {L"abc", L"abc"},
           {L"ab\xD83D\xDE00", L"ab"}, {L"a\xD83D\xDE00 b", L"a\xD83D\xDE00"}, {L"ab\xD83Dx", L"ab\xD83D"}}) {
         // clang-format on
-        box->setText(given);
+        const bool changes = box->text() != kept;
+        EXPECT_EQ(box->setText(given), changes);
         EXPECT_EQ(box->text(), kept);
     }
 }
@@ -225,7 +231,32 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
                     bar->onMouse({MouseAction::kWheel, {}, turn}));
         EXPECT_TRUE(flat->position() == horizontal && bar->position() == vertical) << turn;
     }
-    EXPECT_FALSE(flat->onMouse({MouseAction::kWheel, {}, 120}));
+    EXPECT_FALSE(flat->onMouse({MouseAction::kWheel, {}, 120}) || flat->setRange(0, 99));
+    EXPECT_TRUE(flat->setPageSize(-3) && flat->pageSize() == 1 && flat->setLineSize(0));
+    EXPECT_EQ(flat->lineSize(), 1);
+    flat->setRange(7, 7);
+    EXPECT_FALSE(flat->onMouse({MouseAction::kHorizontalWheel, {}, 30}));
+}
+
+TEST_F(WidgetTest, progressBar_anyNumbers_areTakenIntoTheRange) {
+    const auto bar = host_->createNativeProgressBar();
+    // clang-format off
+    const std::pair<std::function<bool()>, const wchar_t*> steps[] = {
+        {[&] { return bar->isMarquee() || bar->setRange(0, 100); }, L"0 0 100 0 30"},
+        {[&] { return bar->setRange(10, 5); }, L"1 10 10 10 30"},
+        {[&] { return bar->setPosition(99); }, L"0 10 10 10 30"},
+        {[&] { return bar->setRange(-5, 10); }, L"1 -5 10 10 30"},
+        {[&] { return bar->setRange(-5, 50) && bar->setPosition(60); }, L"1 -5 50 50 30"},
+        {[&] { return bar->setPosition(-60); }, L"1 -5 50 -5 30"},
+        {[&] { return bar->setMarqueeInterval(0); }, L"1 -5 50 -5 1"},
+        {[&] { return bar->setMarqueeInterval(1); }, L"0 -5 50 -5 1"}};
+    // clang-format on
+    for (const auto& [step, expected] : steps) {
+        const int changed = step();
+        EXPECT_EQ(formatWide(L"%d %d %d %d %u", changed, bar->minimum(), bar->maximum(),
+                             bar->position(), bar->marqueeInterval()),
+                  expected);
+    }
 }
 
 }  // namespace
