@@ -1,11 +1,26 @@
 // The door to the host system, its timers, and what comes from mouse and keyboard.
+#include <shlobj.h>
+
 #include <sstream>
+#include <thread>
 
 #include "ZuApplicationServiceWin32Gdi.h"
+#include "ZuNativePopupMenu.h"
 #include "ZuNativeTextBox.h"
 #include "ZuText.h"
 #include "ZuTimer.h"
 #include "support/SurfaceTest.h"
+
+extern "C" {
+extern void* __imp_CommDlgExtendedError IMPORT_SLOT("CommDlgExtendedError", "@0");
+extern void* __imp_CreateCompatibleDC IMPORT_SLOT("CreateCompatibleDC", "@4");
+extern void* __imp_CreateDIBSection IMPORT_SLOT("CreateDIBSection", "@24");
+extern void* __imp_CreateFontIndirectW IMPORT_SLOT("CreateFontIndirectW", "@4");
+extern void* __imp_CreatePopupMenu IMPORT_SLOT("CreatePopupMenu", "@0");
+extern void* __imp_InsertMenuItemW IMPORT_SLOT("InsertMenuItemW", "@16");
+extern void* __imp_SaveDC IMPORT_SLOT("SaveDC", "@4");
+extern void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPathW", "@16");
+}
 
 namespace zustd {
 namespace {
@@ -30,13 +45,14 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     GetComputerNameW(text, &size);
     EXPECT_EQ(application_->getComputerName(), text);
     const std::wstring sid = application_->getMachineSid();
-    EXPECT_TRUE(sid.empty() || sid.starts_with(L"S-1-")) << narrow(sid);
+    EXPECT_TRUE(sid.starts_with(L"S-1-5-21-")) << narrow(sid);
     GetModuleFileNameW(nullptr, text, MAX_PATH);
     EXPECT_EQ(application_->getApplicationDirectory() + L"\\backend_tests.exe", text);
     dynamic_cast<ApplicationServiceWin32Gdi&>(application_->implementation())
         .setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
+    EXPECT_TRUE(application_->openDocument(std::wstring(text) + L"\\hostname.exe"));
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
 }
 
@@ -59,15 +75,58 @@ TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
     EXPECT_EQ(application_->getApplicationState(), 4U);
 }
 
-TEST_F(ApplicationTest, activeWindowService_windowOrNone_isBoundOrEmpty) {
-    SetActiveWindow(native());
-    const auto service = application_->createActiveWindowService(false);
-    EXPECT_EQ(windowServiceBackend(service.get())->window(), native());
-    SetActiveWindow(nullptr);
-    window_.reset();
-    EXPECT_EQ(application_->createActiveWindowService(false), nullptr);
-    EXPECT_TRUE(!application_->createMainWindowService() &&
-                application_->createDesktopWindowService());
+int onlyFolder = 0;
+
+BOOL WINAPI tellOnlyFolder(HWND, wchar_t* path, int folder, BOOL create) noexcept {
+    wcscpy(path, folder == CSIDL_APPDATA ? L"D:\\Data" : L"D:\\Documents");
+    return folder == onlyFolder && !create;
+}
+
+TEST_F(ApplicationTest, userFolders_oneOrNoneThere_areTheNextBest) {
+    const ReplacedImport told(__imp_SHGetSpecialFolderPathW,
+                              reinterpret_cast<void*>(&tellOnlyFolder));
+    const TraceCapture trace(kTraceLevelInfo);
+    const std::tuple<int, const wchar_t*, const wchar_t*> kRows[] = {
+        {CSIDL_APPDATA, L"D:\\Data", L"C:\\"},
+        {CSIDL_PERSONAL, L"D:\\Documents", L"D:\\Documents"},
+        {-1, L"C:\\", L"C:\\"}};
+    for (const auto& [folder, data, documents] : kRows) {
+        onlyFolder = folder;
+        EXPECT_EQ(application_->getUserAppDataDirectory(), data);
+        EXPECT_EQ(application_->getUserDocumentsDirectory(), documents);
+    }
+    const std::string last =
+        "Directory: could not get directory CSIDL_PERSONAL - defaulting to C:\\";
+    const std::string asked = "ApplicationServiceWin32Gdi::getUser";
+    EXPECT_EQ(trace.messages(),
+              (Lines{asked + "Documents" + last,
+                     asked + "AppDataDirectory: could not get directory CSIDL_APPDATA - trying "
+                             "CSIDL_PERSONAL",
+                     asked + "AppData" + last, asked + "Documents" + last}));
+}
+
+TEST_F(ApplicationTest, windowService_windowOrNone_isBoundOrMissed) {
+    const auto boundTo = [](const std::shared_ptr<WindowService>& made) {
+        return made ? windowServiceBackend(made.get())->window() : nullptr;
+    };
+    const TraceCapture trace(kTraceLevelInfo);
+    SetForegroundWindow(native());
+    for (const bool allowsForeground : {false, true}) {
+        const auto made = [&] {
+            return boundTo(application_->createActiveWindowService(allowsForeground));
+        };
+        EXPECT_EQ(made(), native());
+        // A thread of its own has no active window.
+        std::thread([&] { EXPECT_EQ(made(), allowsForeground ? native() : nullptr); }).join();
+    }
+    EXPECT_EQ(boundTo(application_->createDesktopWindowService()), GetDesktopWindow());
+    EXPECT_EQ(application_->createMainWindowService(), nullptr);
+    const std::string active = "ApplicationServiceWin32Gdi::createActiveWindowService: ";
+    EXPECT_EQ(
+        trace.messages(),
+        (Lines{active + "no active window found", active + "cannot create active window service",
+               active + "no active window found", active + "trying foreground window",
+               "ApplicationServiceWin32Gdi::createMainWindowService: no main window found"}));
 }
 
 TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
@@ -77,7 +136,8 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     application_->connect(log_, false);
     EXPECT_TRUE(other->installKeyboardHook() && application_->installKeyboardHook());
     other->removeKeyboardHook();
-    press({VK_CONTROL, 'K'});
+    pressKeys({VK_CONTROL, 'K'});
+    runMessages(0);
     ASSERT_EQ(log_->entries.size(), 2U);
     EXPECT_EQ(log_->entries[1].a.number(), 'K');
     EXPECT_EQ(log_->entries[1].b.number(), ApplicationService::kKeyControl);
@@ -95,49 +155,122 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
         EXPECT_EQ(a.getApplicationDataDirectory(create), data);
         EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create);
     }
-    const auto dialog = makeDialog();
+    const auto timer = s.createTimer(L"t");
     const BitmapDescriptor picture(120, {77, 77});
     const TraceCapture trace(kTraceLevelInfo);
     bool isAnyMade = true;
     {
         const AllocationLimit none(0);
-        isAnyMade = s.createNativeDialog() || s.createNativeWindow() || s.createNativePopupMenu() ||
-                    s.createNativeGridView() || s.createNativeTreeView() ||
-                    s.createNativeComboBox() || s.createNativeButton() ||
-                    s.createNativeProgressBar() || s.createNativeTextBox() ||
-                    s.createNativeScrollBar(true) || s.createTimer(L"t") ||
-                    s.getFont(FontStyle{true, true, true, 77, {}}) || s.getBitmap(picture) ||
-                    a.createUnboundWindowService() || a.createDesktopWindowService() ||
-                    !a.getApplicationName().empty() || !a.getApplicationDirectory().empty() ||
-                    !a.getCriticalErrorText(1).empty() || a.getUserAppDataDirectory().size() != 3;
+        isAnyMade =
+            s.createNativeDialog() || s.createNativeWindow() || s.createNativePopupMenu() ||
+            s.createNativeGridView() || s.createNativeTreeView() || s.createNativeComboBox() ||
+            s.createNativeButton() || s.createNativeProgressBar() || s.createNativeTextBox() ||
+            s.createNativeScrollBar(true) || s.createTimer(L"t") ||
+            s.getFont(FontStyle{true, true, true, 77, {}}) || s.getBitmap(picture) ||
+            a.createUnboundWindowService() || a.createDesktopWindowService() ||
+            !a.getApplicationName().empty() || !a.getApplicationDirectory().empty() ||
+            !a.getCriticalErrorText(1).empty() || !s.selectFileToOpen(L"", {}, {}, false).empty() ||
+            timer->start() || a.createActiveWindowService(false);
+        a.setApplicationName(data);
     }
     EXPECT_FALSE(isAnyMade);
     std::istringstream names(
-        "createNativeDialog createNativeWindow createNativePopupMenu "
-        "createNativeGridView createNativeTreeView createNativeComboBox "
-        "createNativeButton createNativeProgressBar createNativeTextBox "
-        "createNativeScrollBar createTimer getFont getBitmap "
-        "createUnboundWindowService createDesktopWindowService "
-        "getApplicationName getApplicationDirectory getCriticalErrorText "
-        "specialFolder specialFolder");
+        "createNativeDialog createNativeWindow createNativePopupMenu createNativeGridView "
+        "createNativeTreeView createNativeComboBox createNativeButton createNativeProgressBar "
+        "createNativeTextBox createNativeScrollBar createTimer getFont getBitmap "
+        "createUnboundWindowService createDesktopWindowService getApplicationName "
+        "getApplicationDirectory getCriticalErrorText selectFileToOpen TimerWin32Gdi::start "
+        "createActiveWindowService setApplicationName");
     Lines expected;
     for (std::string name; names >> name;) {
-        name.insert(
-            0, expected.size() < 13 ? "WindowServiceWin32Gdi::" : "ApplicationServiceWin32Gdi::");
+        const bool isOfWindow = expected.size() < 13 || name == "selectFileToOpen";
+        if (!name.starts_with("Timer")) {
+            name.insert(0, isOfWindow ? "WindowServiceWin32Gdi::" : "ApplicationServiceWin32Gdi::");
+        }
         expected.push_back(name + ": catched std::bad_alloc: std::bad_alloc");
     }
-    expected.push_back(
-        "ApplicationServiceWin32Gdi::getUserAppDataDirectory: could not get directory "
-        "CSIDL_PERSONAL - defaulting to C:\\");
+    expected.insert(expected.end() - 1,
+                    "ApplicationServiceWin32Gdi::createActiveWindowService: cannot create active "
+                    "window service");
     EXPECT_EQ(trace.messages(), expected);
     const AllocationLimit next(0, true);
     EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
-    const RefusedWindows refused;
-    EXPECT_FALSE(dialog->show(true) != kAnswerNone || s.createTimer(L"t"));
-    for (const char* report : {"ServiceWin32Gdi, line 322", "n: Could not create dialog",
-                               "n: Could not create timer window"}) {
-        EXPECT_NE(trace.bytes().find(report), std::string::npos) << report;
+    EXPECT_NE(trace.bytes().find("ServiceWin32Gdi, line 322"), std::string::npos);
+}
+
+// Answers a call of the system as if it had failed.
+template <class Result, class... Arguments>
+Result WINAPI refuse(Arguments...) noexcept {
+    return {};
+}
+template <class Result, class... Arguments>
+void* refusalOf(Result(WINAPI*)(Arguments...)) {
+    return reinterpret_cast<void*>(&refuse<Result, Arguments...>);
+}
+
+DWORD WINAPI tellFailure() noexcept { return 2; }
+
+TEST_F(SurfaceTest, operation_refusedBySystem_failsAndIsReportedByItsName) {
+    const auto reports = [](const TraceCapture& trace) {
+        Lines lines = trace.messages();
+        std::erase_if(lines, [](const auto& line) { return line.starts_with("throwing"); });
+        return lines;
+    };
+    const std::string failed = ": catched system exception: Could not ";
+    WindowService& s = service();
+    const auto dialog = makeDialog();
+    const auto menu = s.createNativePopupMenu();
+    menu->setItems({{1, L"First", 0, true, false, {}}});
+    const auto show = [&] { menu->show({}); };
+    const auto paint = [&] {
+        RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    };
+    const std::tuple<void*&, void*, std::function<void()>, std::string, std::string> kRows[] = {
+        {__imp_SaveDC, refusalOf(&SaveDC), paint, "WindowWin32Gdi::windowProcedure",
+         "connect to device context"},
+        {__imp_CreateCompatibleDC, refusalOf(&CreateCompatibleDC), paint,
+         "WindowWin32Gdi::windowProcedure", "create paint buffer"},
+        {__imp_CreateDIBSection, refusalOf(&CreateDIBSection),
+         [&] {
+             s.getBitmap(BitmapDescriptor(120, {78, 77}));
+         },
+         "BitmapWin32Gdi::synchronizeWithAbstraction", "create bitmap"},
+        {__imp_CreateFontIndirectW, refusalOf(&CreateFontIndirectW),
+         [&] {
+             s.getFont(FontStyle{true, true, true, 78, {}});
+         },
+         "FontWin32Gdi::synchronizeWithAbstraction", "create font"},
+        {__imp_CreatePopupMenu, refusalOf(&CreatePopupMenu), show, "PopupMenuWin32Gdi::show",
+         "create menu"},
+        {__imp_InsertMenuItemW, refusalOf(&InsertMenuItemW), show, "PopupMenuWin32Gdi::show",
+         "fill menu"}};
+    for (const auto& [slot, refusal, operation, name, failure] : kRows) {
+        const TraceCapture trace;
+        const ReplacedImport refused(slot, refusal);
+        operation();
+        EXPECT_EQ(reports(trace), Lines{name + failed + failure});
     }
+    const TraceCapture trace;
+    const RefusedWindows refused;
+    const ReplacedImport told(__imp_CommDlgExtendedError, reinterpret_cast<void*>(&tellFailure));
+    EXPECT_FALSE(s.createTimer(L"t") || makeWindow({9, 9})->hasNativeObject() ||
+                 !s.selectFileToOpen(L"", {}, {}, false).empty());
+    for (const int answer :
+         {dialog->show(true), s.showMessage(L"t", L"t", kMessageOk), s.askYesNo(L"t", L"t"),
+          s.askYesNoCancel(L"t", L"t"), s.askOKCancel(L"t", L"t")}) {
+        EXPECT_EQ(answer, kAnswerNone);
+    }
+    const std::string service = "WindowServiceWin32Gdi::";
+    const std::string unmade =
+        "DialogWin32Gdi::synchronizeWithAbstraction" + failed + "create dialog";
+    EXPECT_EQ(reports(trace),
+              (Lines{service + "createTimer" + failed + "create timer window",
+                     "WindowWin32Gdi::synchronizeWithAbstraction" + failed + "create window",
+                     service + "selectFileToOpen" + failed + "select file", unmade, unmade,
+                     service + "showMessage" + failed + "show message", unmade,
+                     service + "askYesNo" + failed + "ask question", unmade,
+                     service + "askYesNoCancel" + failed + "ask question", unmade,
+                     service + "askOKCancel" + failed + "ask question"}));
 }
 
 // Ticks, until somebody stops, restarts or destroys the timer; also by a tick, or when
@@ -179,6 +312,7 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
              [&] { timer->stop(); }, [&] { timer->start(60000, true); }, [&] { timer.reset(); }}) {
         end();
         DispatchMessageW(&tick);
+        EXPECT_EQ(MsgWaitForMultipleObjects(0, nullptr, FALSE, 60, QS_TIMER), DWORD{WAIT_TIMEOUT});
     }
     EXPECT_EQ(ticks, 0);
 }
@@ -211,6 +345,7 @@ TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
     EXPECT_EQ(probe_->log->take(), L"enterRightClicking leaveRightClicking rightClicked");
     sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15});
     EXPECT_EQ(probe_->lastMouse.action, MouseAction::kLeftDouble);
+    EXPECT_EQ(probe_->lastMouse.modifiers, 0U);
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
@@ -222,6 +357,7 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
          MAKELPARAM(place.x, place.y));
     EXPECT_EQ(inner_->lastMouse.position, (Point{3, 4}));
     EXPECT_EQ(inner_->lastMouse.wheel, 240);
+    EXPECT_EQ(inner_->lastMouse.modifiers, kModifierControl);
     EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
     EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
@@ -273,11 +409,23 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
         SetActiveWindow(native());
         expectFocus(kept);
     }
+    SetFocus(nullptr);
     SetActiveWindow(other);
+    SetActiveWindow(native());
+    expectFocus(probe_);
+    const WindowHandle foreign(CreateWindowW(L"EDIT", L"", WS_CHILD | WS_VISIBLE, 0, 0, 40, 20,
+                                             other, nullptr, nullptr, nullptr));
+    SetActiveWindow(other);
+    SetFocus(foreign.get());
+    SetActiveWindow(native());
+    SetActiveWindow(other);
+    EXPECT_EQ(GetFocus(), foreign.get());
     EXPECT_TRUE(inner_->takeFocus());
     EXPECT_EQ(GetActiveWindow(), other);
     SetActiveWindow(native());
     expectFocus(inner_);
+    holder->addChild(child_);
+    EXPECT_EQ(GetParent(nativeWindowOf(*child_)), other);
 }
 
 TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {

@@ -1,4 +1,6 @@
 // Windows, dialogs, menus and what is painted on them.
+#include <set>
+
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativePopupMenu.h"
 #include "ZuNativeTextBox.h"
@@ -52,9 +54,12 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
         EXPECT_EQ(window_->boundary().size(), got);
         EXPECT_EQ(clientSizeOf(native()), got);
         EXPECT_EQ(child->boundary().width(), got.width);
+        EXPECT_EQ(windowRect(nativeWindowOf(*child), native()), child->boundary());
     }
-    window_->setSize({20, 20});
-    EXPECT_EQ(window_->boundary().size(), (Size{250, 150}));
+    for (const int tooSmall : {20, 30}) {
+        window_->setSize({tooSmall, tooSmall});
+        EXPECT_EQ(window_->boundary().size(), (Size{250, 150}));
+    }
     RECT proposed{20, 30, 340, 270};
     send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
     EXPECT_EQ(windowRect(native()), portableRect(proposed));
@@ -69,6 +74,8 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     movePointer(place);
     EXPECT_EQ(service().getMousePosition(), (Point{7, 9}));
     EXPECT_TRUE(service().isWindowVisibleAtPos({place.x, place.y}));
+    show(service().createNativeButton(), {0, 20, 9, 39});
+    EXPECT_TRUE(service().isWindowVisibleAtPos({place.x, place.y + 15}));
     EXPECT_FALSE(service().isWindowVisibleAtPos({1279, 1023}));
     RECT area{};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
@@ -76,12 +83,28 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     service().captureMouse();
     service_->releaseMouse();
     EXPECT_EQ(GetCapture(), native());
-    service().updateWindow();
-    for (const Rect& invalid : {Rect{}, Rect{5, 6, 20, 30}, Rect{0, 0, 299, 199}}) {
-        service().invalidate(invalid);
+    const Rect whole{0, 0, 299, 199};
+    const std::pair<std::function<void()>, Rect> kRows[] = {
+        {[&] {
+             service().invalidate({5, 6, 20, 30});
+         },
+         {5, 6, 20, 30}},
+        {[] {}, {}},
+        {[&] { service().invalidate(); }, whole},
+        {[&] { service().invalidateWindow(); }, whole},
+        {[&] { send(native(), WM_THEMECHANGED); }, whole}};
+    for (const auto& [invalidate, invalid] : kRows) {
+        service().updateWindow();
+        invalidate();
         GetUpdateRect(native(), &area, FALSE);
         EXPECT_EQ(portableRect(area), invalid);
     }
+    std::set<int> numbers;
+    for (int i = 0x100; i <= 0x7FFF; ++i) {
+        numbers.insert(WindowServiceWin32Gdi::getNewId());
+    }
+    EXPECT_EQ(numbers.size(), 0x7F00U);
+    EXPECT_TRUE(*numbers.begin() == 0x100 && *numbers.rbegin() == 0x7FFF);
     WindowServiceWin32Gdi::setScalingFactor(0.0);
     EXPECT_EQ(service().getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
     static constexpr int kCursors[] = {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648};
@@ -155,6 +178,10 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
         control.setColors(colors);
         return std::uint32_t{red} << 16 | 0x3456U;
     };
+    const Canvas canvas({10, 10});
+    const auto context = reinterpret_cast<WPARAM>(canvas.context());
+    EXPECT_NE(send(native(), WM_CTLCOLORSTATIC, context, reinterpret_cast<LPARAM>(label.get())), 0)
+        << "the system's own";
     for (const auto red : std::initializer_list<std::uint8_t>{0x12, 0x13}) {
         const std::uint32_t color = fill(*window_, red);
         EXPECT_EQ(pixelOf(native(), {5, 5}), color);
@@ -169,8 +196,6 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), own[0]);
     UpdateWindow(inside);
     EXPECT_EQ(pixelOf(nativeWindowOf(*combo), {50, 18}), own[1]);
-    const Canvas canvas({10, 10});
-    const auto context = reinterpret_cast<WPARAM>(canvas.context());
     EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
     send(native(), WM_PRINTCLIENT, context);
     EXPECT_EQ(canvas.pixel(5, 5), 0x133456U);
@@ -190,6 +215,8 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     const auto outer = makeDialog();
     const auto field = addProbe({0, 0, 9, 9}, outer.get());
     const auto inner = makeDialog();
+    inner->show(false);
+    inner->hide(0);
     int innerResult = -1;
     const auto lookAtOuter = [&] {
         const HWND shown = nativeWindowOf(*outer);
@@ -277,8 +304,19 @@ TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotClos
                               dialog->windowService()->hideWindow();
                           }};
         EXPECT_EQ(dialog->show(true), kAnswerNone);
-        dialog->windowService()->showWindow();
+        const auto own = dialog->windowService();
+        const HWND shown = nativeWindowOf(*dialog);
+        const Rect centred = windowRect(shown);
+        own->makeWindowVisibleAtPos({30, 40});
         EXPECT_TRUE(dialog->isOpen());
+        EXPECT_EQ(windowRect(shown).position(), (Point{30, 40}));
+        dialog->setEnabled(false);
+        EXPECT_FALSE(IsWindowEnabled(shown));
+        dialog->setEnabled(true);
+        dialog->hide(0);
+        own->showWindow();
+        EXPECT_TRUE(dialog->isOpen());
+        EXPECT_EQ(windowRect(shown), centred);
         dialog->hide(0);
     }
     const Steps steps{[] { PostQuitMessage(42); }};
@@ -288,7 +326,9 @@ TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotClos
 }
 
 LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept {
-    return id == WM_COMMAND || id == WM_HSCROLL ? 99 : DefWindowProcW(window, id, wide, extra);
+    return id == WM_COMMAND || id == WM_HSCROLL || id == WM_MOUSEWHEEL
+               ? 99
+               : DefWindowProcW(window, id, wide, extra);
 }
 
 // A window of somebody else is disabled and shown as it is.
@@ -332,6 +372,10 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         EXPECT_EQ(GetFocus(), shown);
     }
     EXPECT_EQ(send(host, WM_NOTIFY) + send(host, WM_DRAWITEM), 0) << "from nobody";
+    const auto surface = service->createNativeWindow();
+    surface->synchronizeTree();
+    EXPECT_EQ(GetParent(nativeWindowOf(*surface)), host);
+    EXPECT_EQ(send(nativeWindowOf(*surface), WM_MOUSEWHEEL), 99);
     service->closeWindow();
     runMessages(1000, [&] { return !IsWindow(host); });
     EXPECT_FALSE(IsWindow(host));
@@ -366,9 +410,15 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
             send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
         std::wstring states;
         for (UINT i = 0; i < 4; ++i) {
-            states += std::to_wstring(GetMenuState(shown, i, MF_BYPOSITION) & 0xFFF) + L" ";
+            MENUITEMINFOW info{};
+            info.cbSize = sizeof(info);
+            info.fMask = MIIM_BITMAP;
+            GetMenuItemInfoW(shown, i, TRUE, &info);
+            states += std::to_wstring(GetMenuState(shown, i, MF_BYPOSITION) & 0xFFF) +
+                      (info.hbmpItem != nullptr ? L" image " : L" ");
         }
-        EXPECT_EQ(states, L"8 2048 3 272 ") << "checked, a line, disabled, with one below";
+        EXPECT_EQ(states, L"8 image 2048 3 272 ") << "checked, a line, disabled, with one below";
+        EXPECT_EQ(GetForegroundWindow(), native());
     };
     const Steps keys{look,
                      [] { pressKeys({'F'}); },
