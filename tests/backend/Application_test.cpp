@@ -62,21 +62,23 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
 }
 
 TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
-    const std::wstring kTexts[] = {L"Unknown critical error",
-                                   L"Critical error: insufficient memory available",
-                                   L"Critical error: pure virtual function call detected",
-                                   L"Critical error: unhandled exception detected",
-                                   L"Critical error: abort detected",
-                                   L"Critical error: system exception detected",
-                                   L"Unknown error type"};
-    EXPECT_EQ(application_->getCriticalErrorText(0), L"No critical error");
-    std::uint32_t code = 0;
-    for (const std::wstring& text : kTexts) {
-        application_->setCriticalError(++code);
+    const std::wstring request =
+        L" - please exit the application and contact your support representative";
+    std::wstring texts;
+    for (std::uint32_t code = 0; code < 8; ++code) {
+        application_->setCriticalError(code);
         EXPECT_EQ(application_->getCriticalError(), code);
-        EXPECT_EQ(application_->getCriticalErrorText(code),
-                  text + L" - please exit the application and contact your support representative");
+        const std::wstring text = application_->getCriticalErrorText(code);
+        EXPECT_EQ(text.ends_with(request), code != 0);
+        texts += text.substr(0, text.find(L" - ")) + L"; ";
     }
+    EXPECT_EQ(texts,
+              L"No critical error; Unknown critical error; "
+              L"Critical error: insufficient memory available; "
+              L"Critical error: pure virtual function call detected; "
+              L"Critical error: unhandled exception detected; "
+              L"Critical error: abort detected; "
+              L"Critical error: system exception detected; Unknown error type; ");
     EXPECT_EQ(application_->getApplicationState(), 4U);
 }
 
@@ -155,6 +157,7 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
         EXPECT_EQ(a.getApplicationDataDirectory(create), data);
         EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create);
     }
+    SetActiveWindow(native());
     const auto timer = s.createTimer(L"t");
     const BitmapDescriptor picture(120, {77, 77});
     WindowServiceWin32Gdi::setScalingFactor(0.0);
@@ -202,12 +205,11 @@ TEST_F(SurfaceTest, operation_withoutWindows_failsAndIsReportedByItsName) {
     const TraceCapture trace;
     const RefusedWindows refused;
     const ReplacedImport told(__imp_CommDlgExtendedError, reinterpret_cast<void*>(&tellFailure));
-    EXPECT_FALSE(s.createTimer(L"t") || !s.selectFileToOpen(L"", {}, {}, false).empty());
-    for (const int answer :
-         {dialog->show(true), s.showMessage(L"t", L"t", kMessageOk), s.askYesNo(L"t", L"t"),
-          s.askYesNoCancel(L"t", L"t"), s.askOKCancel(L"t", L"t")}) {
-        EXPECT_EQ(answer, kAnswerNone);
-    }
+    EXPECT_FALSE(s.createTimer(L"t") || !s.selectFileToOpen(L"", {}, {}, false).empty() ||
+                 dialog->show(true) != kAnswerNone);
+    EXPECT_EQ(s.showMessage(L"t", L"t", kMessageOk), kAnswerNone);
+    EXPECT_EQ(s.askYesNo(L"t", L"t") | s.askYesNoCancel(L"t", L"t") | s.askOKCancel(L"t", L"t"),
+              kAnswerNone);
     const std::string unmade = "DialogWin32Gdi::synchronizeWithAbstraction: create dialog; ";
     EXPECT_EQ(reportsOf(trace),
               "Window::createTimer: create timer window; Window::selectFileToOpen: select file; " +
@@ -321,11 +323,6 @@ TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
         EXPECT_TRUE(isThere()) << place.x;
         EXPECT_TRUE(place.x != 20 || GetCursor() == LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
     }
-    probe_->log->take();
-    click(onScreen(native(), {30, 30}));
-    runMessages(2000, [&] { return probe_->log->entries.size() >= 5; });
-    EXPECT_EQ(probe_->log->take(),
-              L"enterHovering enterFocus enterLeftClicking leaveLeftClicking leftClicked");
 }
 
 TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
@@ -409,11 +406,8 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     for (const auto& [keys, focused, messages] : kRows) {
         press(keys);
         EXPECT_EQ(GetFocus(), focused == field ? shown : nativeWindowOf(*focused));
-        std::wstring heard = log_->take();
-        for (std::size_t at = 0; (at = heard.find(L"keyPressed ")) != std::wstring::npos;) {
-            heard.erase(at, 11);
-        }
-        EXPECT_EQ(heard, messages) << keys.size();
+        const std::wregex pressed(L"keyPressed ");
+        EXPECT_EQ(std::regex_replace(log_->take(), pressed, L""), messages) << keys.size();
         for (const auto& button : {other, standard}) {
             EXPECT_EQ((GetWindowLongW(nativeWindowOf(*button), GWL_STYLE) & BS_TYPEMASK) ==
                           BS_DEFPUSHBUTTON,

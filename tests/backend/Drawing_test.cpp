@@ -114,6 +114,7 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
         last = saturatedSum(last, width - width / 2 - 1);
         set(band, [&](auto...) { return number(pen); });
     };
+    std::function<void(int)> some;
     const std::function<void()> kSteps[] = {
         [&] {
             graphics_->drawRectangle(area, color);
@@ -141,16 +142,6 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
         },
         [&] { graphics_->setPen(pen = color, width = 1 + any(4)); },
         [&] {
-            graphics_->beginClipping(area);
-            layers.back().clips.push_back(area.intersection(layers.back().clips.back()));
-        },
-        [&] {
-            if (layers.back().clips.size() > 1) {
-                graphics_->endClipping();
-                layers.back().clips.pop_back();
-            }
-        },
-        [&] {
             graphics_->setClippingArea(area);
             layers.back().clips.back() = area.intersection(layers.back().area);
         },
@@ -159,35 +150,38 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
             layers.back().clips.back() = layers.back().area;
         },
         [&] {
+            graphics_->beginClipping(area);
+            std::vector<Rect>& clips = layers.back().clips;
+            clips.push_back(area.intersection(clips.back()));
+            some(4);
+            graphics_->endClipping();
+            layers.back().clips.pop_back();
+        },
+        [&] {
             graphics_->beginBufferedPaint(area);
             layers.push_back(layers.back());
             layers.back().area = area.intersection(layers.back().clips.back());
             layers.back().clips = {layers.back().area};
-        },
-        [&] {
-            if (layers.size() > 1) {
-                graphics_->endBufferedPaint();
-                const NaiveLayer inner = std::move(layers.back());
-                layers.pop_back();
-                set(inner.area, [&](int x, int y, auto) {
-                    return inner.pixels[static_cast<std::size_t>(y * 40 + x)];
-                });
-            }
+            some(4);
+            graphics_->endBufferedPaint();
+            const NaiveLayer inner = std::move(layers.back());
+            layers.pop_back();
+            set(inner.area, [&](int x, int y, auto) {
+                return inner.pixels[static_cast<std::size_t>(y * 40 + x)];
+            });
         }};
+    some = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            area = {any(50) - 5, any(40) - 5, any(50) - 5, any(40) - 5};
+            area = any(20) == 0 ? kEverything : area;
+            color = Color::rgb(anyByte(), anyByte(), anyByte());
+            kSteps[any(std::size(kSteps))]();
+        }
+    };
     for (int round = 0; round < 100; ++round) {
         const Canvas canvas({40, 30});
         layers = std::vector<NaiveLayer>(1);
-        paint(canvas, [&] {
-            for (int i = 0; i < 30; ++i) {
-                area = {any(50) - 5, any(40) - 5, any(50) - 5, any(40) - 5};
-                area = any(20) == 0 ? kEverything : area;
-                color = Color::rgb(anyByte(), anyByte(), anyByte());
-                kSteps[any(std::size(kSteps))]();
-            }
-            while (layers.size() > 1) {
-                kSteps[std::size(kSteps) - 1]();
-            }
-        });
+        paint(canvas, [&] { some(20); });
         for (std::int32_t i = 0; i < 40 * 30; ++i) {
             ASSERT_EQ(canvas.pixel(i % 40, i / 40), layers[0].pixels[static_cast<std::size_t>(i)])
                 << round << ": " << i;

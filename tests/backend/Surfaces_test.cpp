@@ -13,6 +13,14 @@ namespace {
 
 using namespace test;
 
+int systemColorsHeard = 0;
+
+LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept {
+    systemColorsHeard += id == WM_SYSCOLORCHANGE ? 1 : 0;
+    const bool isKnown = id == WM_COMMAND || id == WM_HSCROLL || id == WM_MOUSEWHEEL;
+    return isKnown ? 99 : DefWindowProcW(window, id, wide, extra);
+}
+
 TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
     const HWND shown = native();
     service().hideWindow();
@@ -84,11 +92,9 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     service_->releaseMouse();
     EXPECT_EQ(GetCapture(), native());
     const Rect whole{0, 0, 299, 199};
+    const Rect part{5, 6, 20, 30};
     const std::pair<std::function<void()>, Rect> kRows[] = {
-        {[&] {
-             service().invalidate({5, 6, 20, 30});
-         },
-         {5, 6, 20, 30}},
+        {[&] { service().invalidate(part); }, part},
         {[] {}, {}},
         {[&] { service().invalidate(); }, whole},
         {[&] { service().invalidateWindow(); }, whole},
@@ -208,6 +214,9 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
         send(asked, message, context, reinterpret_cast<LPARAM>(control));
         EXPECT_EQ(GetTextColor(canvas.context()), color) << message;
     }
+    SetWindowLongPtrW(label.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&answerAsHost));
+    send(native(), WM_SYSCOLORCHANGE);
+    EXPECT_EQ(systemColorsHeard, 1);
 }
 
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
@@ -215,8 +224,12 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     const auto outer = makeDialog();
     const auto field = addProbe({0, 0, 9, 9}, outer.get());
     const auto inner = makeDialog();
+    const auto holder = makeWindow({50, 50});
     inner->show(false);
+    SetActiveWindow(nativeWindowOf(*holder));
     inner->hide(0);
+    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*holder)) << "was active, and the dialog not";
+    SetActiveWindow(native());
     int innerResult = -1;
     const auto lookAtOuter = [&] {
         const HWND shown = nativeWindowOf(*outer);
@@ -325,12 +338,6 @@ TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotClos
     EXPECT_EQ(ApplicationServiceWin32Gdi().runMessageLoop(), 42) << "left for the application";
 }
 
-LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept {
-    return id == WM_COMMAND || id == WM_HSCROLL || id == WM_MOUSEWHEEL
-               ? 99
-               : DefWindowProcW(window, id, wide, extra);
-}
-
 // A window of somebody else is disabled and shown as it is.
 TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
     const HWND host = CreateWindowW(L"STATIC", L"Host", WS_POPUP | WS_VISIBLE, 100, 100, 300, 200,
@@ -420,12 +427,8 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
         EXPECT_EQ(states, L"8 image 2048 3 272 ") << "checked, a line, disabled, with one below";
         EXPECT_EQ(GetForegroundWindow(), native());
     };
-    const Steps keys{look,
-                     [] { pressKeys({'F'}); },
-                     [] { pressKeys({VK_UP}); },
-                     [] { pressKeys({VK_RIGHT}); },
-                     [] { pressKeys({VK_RETURN}); },
-                     [] { pressKeys({VK_ESCAPE}); }};
+    const auto key = [](WORD code) { return [code] { pressKeys({code}); }; };
+    const Steps keys{look, key('F'), key(VK_UP), key(VK_RIGHT), key(VK_RETURN), key(VK_ESCAPE)};
     for (const std::uint32_t chosen : {100000U, 300000U, 0U}) {
         EXPECT_EQ(menu->show({200, 200}), chosen);
     }
@@ -433,8 +436,7 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
     menu = service_->createNativePopupMenu();
     menu->setItems({{100000, L"First", 0, true, true, {}}});
     NativePopupMenu& shown = *menu;
-    const Steps steps{[&] { menu.reset(); }, [] { pressKeys({VK_DOWN}); },
-                      [] { pressKeys({VK_RETURN}); }};
+    const Steps steps{[&] { menu.reset(); }, key(VK_DOWN), key(VK_RETURN)};
     EXPECT_EQ(shown.show({200, 200}), 100000U) << "dropped while it was open";
 }
 
