@@ -10,10 +10,7 @@
 #include "ZuTimer.h"
 #include "support/SurfaceTest.h"
 
-extern "C" {
-extern void* __imp_CommDlgExtendedError IMPORT_SLOT("CommDlgExtendedError", "@0");
-extern void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPathW", "@16");
-}
+extern "C" void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPathW", "@16");
 
 namespace zustd {
 namespace {
@@ -34,7 +31,7 @@ std::string reportsOf(const TraceCapture& trace) {
     }
     const std::regex known(
         "ServiceWin32Gdi|: catched std::bad_alloc: std::bad_alloc|"
-        " catched system exception: Could not| could not get directory| to [0-9.]+");
+        " could not get directory| to [0-9.]+");
     return std::regex_replace(reports, known, "");
 }
 
@@ -158,7 +155,7 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
         EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create);
     }
     SetActiveWindow(native());
-    const auto timer = s.createTimer(L"t");
+    auto timer = s.createTimer(L"t");
     const BitmapDescriptor picture(120, {77, 77});
     WindowServiceWin32Gdi::setScalingFactor(0.0);
     const TraceCapture trace(kTraceLevelInfo);
@@ -194,29 +191,17 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
               "cannot create active window service; Application::setApplicationName; ");
     const AllocationLimit next(0, true);
     EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
-    EXPECT_NE(trace.bytes().find("ServiceWin32Gdi, line 322"), std::string::npos);
-}
-
-DWORD WINAPI tellFailure() noexcept { return 2; }
-
-TEST_F(SurfaceTest, operation_withoutWindows_failsAndIsReportedByItsName) {
-    WindowService& s = service();
-    const auto dialog = makeDialog();
-    const TraceCapture trace;
+    timer.reset();
     const RefusedWindows refused;
-    const ReplacedImport told(__imp_CommDlgExtendedError, reinterpret_cast<void*>(&tellFailure));
-    EXPECT_FALSE(s.createTimer(L"t") || !s.selectFileToOpen(L"", {}, {}, false).empty() ||
-                 dialog->show(true) != kAnswerNone);
-    EXPECT_EQ(s.showMessage(L"t", L"t", kMessageOk), kAnswerNone);
-    EXPECT_EQ(s.askYesNo(L"t", L"t") | s.askYesNoCancel(L"t", L"t") | s.askOKCancel(L"t", L"t"),
-              kAnswerNone);
-    const std::string unmade = "DialogWin32Gdi::synchronizeWithAbstraction: create dialog; ";
-    EXPECT_EQ(reportsOf(trace),
-              "Window::createTimer: create timer window; Window::selectFileToOpen: select file; " +
-                  unmade + unmade + "Window::showMessage: show message; " + unmade +
-                  "Window::askYesNo: ask question; " + unmade +
-                  "Window::askYesNoCancel: ask question; " + unmade +
-                  "Window::askOKCancel: ask question; ");
+    EXPECT_FALSE(makeDialog()->show(true) != kAnswerNone || s.createTimer(L"t") ||
+                 s.askYesNoCancel(L"t", L"t") != kAnswerNone ||
+                 s.askOKCancel(L"t", L"t") != kAnswerNone);
+    for (const char* report :
+         {"ServiceWin32Gdi, line 322", "n: Could not create dialog",
+          "n: Could not create timer window", "askYesNoCancel: catched system exception: Could not",
+          "askOKCancel: catched system exception: Could not ask question"}) {
+        EXPECT_NE(trace.bytes().find(report), std::string::npos) << report;
+    }
 }
 
 // Ticks, until somebody stops, restarts or destroys the timer; also by a tick, or when
@@ -275,23 +260,20 @@ protected:
 
 TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
     probe_->setFocusable(false);
-    sendMouse(native(), WM_MOUSEMOVE, {15, 17});
     sendMouse(native(), WM_LBUTTONDOWN, {15, 17}, MK_LBUTTON | MK_SHIFT);
-    EXPECT_EQ(GetCapture(), native());
     EXPECT_EQ(probe_->lastMouse.position, (Point{5, 7}));
     EXPECT_EQ(probe_->lastMouse.modifiers, kModifierShift);
     // Somebody else takes the mouse: no click.
     SetCapture(GetDesktopWindow());
     ReleaseCapture();
     sendMouse(native(), WM_LBUTTONUP, {15, 15});
-    EXPECT_EQ(probe_->log->take(), L"enterHovering enterLeftClicking leaveLeftClicking");
+    EXPECT_EQ(probe_->log->take(), L"enterLeftClicking leaveLeftClicking");
     sendMouse(native(), WM_RBUTTONDOWN, {15, 15}, MK_RBUTTON);
     sendMouse(native(), WM_RBUTTONUP, {15, 15});
-    EXPECT_EQ(GetCapture(), nullptr);
     EXPECT_EQ(probe_->log->take(), L"enterRightClicking leaveRightClicking rightClicked");
     sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15});
-    EXPECT_EQ(probe_->lastMouse.action, MouseAction::kLeftDouble);
-    EXPECT_EQ(probe_->lastMouse.modifiers, 0U);
+    EXPECT_TRUE(probe_->lastMouse.action == MouseAction::kLeftDouble &&
+                probe_->lastMouse.modifiers == 0);
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
@@ -301,16 +283,15 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     const POINT place = onScreen(nativeWindowOf(*child_), {33, 4});
     send(nativeWindowOf(*child_), WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
          MAKELPARAM(place.x, place.y));
-    EXPECT_EQ(inner_->lastMouse.position, (Point{3, 4}));
-    EXPECT_EQ(inner_->lastMouse.wheel, 240);
-    EXPECT_EQ(inner_->lastMouse.modifiers, kModifierControl);
+    const MouseEvent& heard = inner_->lastMouse;
+    EXPECT_EQ(heard.position, (Point{3, 4}));
+    EXPECT_TRUE(heard.wheel == 240 && heard.modifiers == kModifierControl);
     EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
     EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
 }
 
 TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
-    probe_->setCursor(MouseCursor::kHand);
     for (const Point place :
          {Point{20, 20}, {120, 20}, {20, 20}, {900, 900}, {120, 20}, {900, 900}}) {
         movePointer(onScreen(native(), place));
@@ -321,7 +302,6 @@ TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
         runMessages(2000, isThere);
         runMessages(20);
         EXPECT_TRUE(isThere()) << place.x;
-        EXPECT_TRUE(place.x != 20 || GetCursor() == LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
     }
 }
 
@@ -350,17 +330,7 @@ TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
         SetActiveWindow(native());
         expectFocus(kept);
     }
-    SetFocus(nullptr);
     SetActiveWindow(other);
-    SetActiveWindow(native());
-    expectFocus(probe_);
-    const WindowHandle foreign(CreateWindowW(L"EDIT", L"", WS_CHILD | WS_VISIBLE, 0, 0, 40, 20,
-                                             other, nullptr, nullptr, nullptr));
-    SetActiveWindow(other);
-    SetFocus(foreign.get());
-    SetActiveWindow(native());
-    SetActiveWindow(other);
-    EXPECT_EQ(GetFocus(), foreign.get());
     EXPECT_TRUE(inner_->takeFocus());
     EXPECT_EQ(GetActiveWindow(), other);
     SetActiveWindow(native());
