@@ -2,12 +2,10 @@
 
 #include <cmath>
 
-#include "ZuBitmapWin32Gdi.h"
 #include "ZuFontWin32Gdi.h"
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsServiceWin32Gdi.h"
 #include "ZuResourceServiceGeneric.h"
-#include "ZuText.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "support/DrawingTest.h"
 #include "support/FrameworkTest.h"
@@ -241,7 +239,7 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
         graphics_->drawBitmap(*picture, {5, 1}, 0.5);
         graphics_->drawBitmap(*picture, {5, 5}, 0.0);
         graphics_->drawBitmap(*large, {11, 1});
-        for (const double alpha : {-0.01, 1.01, std::numeric_limits<double>::quiet_NaN()}) {
+        for (const double alpha : {-0.01, 1.01, std::nan("")}) {
             EXPECT_EQ(thrownText([&] { graphics_->drawBitmap(*picture, {}, alpha); }),
                       L"alpha >= 0 && alpha <= 1.0");
         }
@@ -279,11 +277,10 @@ TEST_F(DrawingTest, icons_anyAlpha_showThePlainColoursAndLetTheRestThrough) {
     const IconHandle icon = makeIcon(bitmapBackend(*source), 2);
     DrawIconEx(canvas.context(), 0, 0, icon.get(), 0, 0, 0, nullptr, DI_NORMAL);
     DrawIconEx(canvas.context(), 25, 0, icon.get(), 0, 0, 0, nullptr, DI_MASK);
-    for (std::int32_t i = 0; i < 22 * 20; ++i) {
-        const std::int32_t x = i % 22;
-        const std::int32_t y = i / 22;
-        const std::uint32_t pixel =
-            x < 20 ? pixels.pixels[static_cast<std::size_t>(y * 20 + x)] : 0;
+    for (std::int32_t i = 0; i < 20 * 20; ++i) {
+        const std::int32_t x = i % 20;
+        const std::int32_t y = i / 20;
+        const std::uint32_t pixel = pixels.pixels[static_cast<std::size_t>(i)];
         const std::uint32_t alpha = pixel >> 24;
         std::uint32_t shown = 0;
         std::uint32_t wanted = pixel & 0xFF000000;
@@ -296,7 +293,7 @@ TEST_F(DrawingTest, icons_anyAlpha_showThePlainColoursAndLetTheRestThrough) {
         EXPECT_EQ(canvas.pixel(25 + x, y), alpha == 0 ? kWhite : 0) << x << "," << y;
         EXPECT_TRUE(x >= 15 || plain.pixels[static_cast<std::size_t>(y * 15 + x)] == wanted);
     }
-    EXPECT_EQ(plain.pixels[20 * 15], 0U) << "below what was copied";
+    EXPECT_EQ(canvas.pixel(25 + 21, 19), kWhite) << "behind it";
 }
 
 TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineByLine) {
