@@ -192,13 +192,9 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
     EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
     timer.reset();
     const RefusedWindows refused;
-    EXPECT_FALSE(makeDialog()->show(true) != kAnswerNone || s.createTimer(L"t") ||
-                 s.askYesNoCancel(L"t", L"t") != kAnswerNone ||
-                 s.askOKCancel(L"t", L"t") != kAnswerNone);
-    for (const char* report :
-         {"ServiceWin32Gdi, line 322", "n: Could not create dialog",
-          "n: Could not create timer window", "askYesNoCancel: catched system exception: Could not",
-          "askOKCancel: catched system exception: Could not ask question"}) {
+    EXPECT_FALSE(makeDialog()->show(true) != kAnswerNone || s.createTimer(L"t"));
+    for (const char* report : {"ServiceWin32Gdi, line 322", "n: Could not create dialog",
+                               "n: Could not create timer window"}) {
         EXPECT_NE(trace.bytes().find(report), std::string::npos) << report;
     }
 }
