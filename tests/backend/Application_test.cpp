@@ -286,16 +286,6 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
 }
 
-TEST_F(InputTest, realPointer_fromControlToControlAndAway_isOverOneOfThem) {
-    for (const int x : {20, 120, 20, 900, 120, 900}) {
-        movePointer(onScreen(native(), {x, 20}));
-        runMessages(2000, [&] {
-            return probe_->isHovered() == (x == 20) && button_->isHovered() == (x == 120);
-        });
-        EXPECT_TRUE(probe_->isHovered() == (x == 20) && button_->isHovered() == (x == 120)) << x;
-    }
-}
-
 TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
     const auto expectFocus = [&](const std::shared_ptr<Control>& focused) {
         for (const auto& control : Controls{probe_, button_, inner_}) {
