@@ -249,19 +249,19 @@ protected:
 TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
     probe_->setFocusable(false);
     sendMouse(native(), WM_LBUTTONDOWN, {15, 17}, MK_LBUTTON | MK_SHIFT);
-    EXPECT_EQ(probe_->lastMouse.position, (Point{5, 7}));
     EXPECT_EQ(probe_->lastMouse.modifiers, kModifierShift);
-    // Somebody else takes the mouse: no click.
     SetCapture(GetDesktopWindow());
     ReleaseCapture();
     sendMouse(native(), WM_LBUTTONUP, {15, 15});
-    EXPECT_EQ(probe_->log->take(), L"enterLeftClicking leaveLeftClicking");
+    EXPECT_EQ(probe_->log->take(), L"enterLeftClicking leaveLeftClicking") << "taken";
     sendMouse(native(), WM_RBUTTONDOWN, {15, 15}, MK_RBUTTON);
     sendMouse(native(), WM_RBUTTONUP, {15, 15});
     EXPECT_EQ(probe_->log->take(), L"enterRightClicking leaveRightClicking rightClicked");
     sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15});
     EXPECT_TRUE(probe_->lastMouse.action == MouseAction::kLeftDouble &&
                 probe_->lastMouse.modifiers == 0);
+    send(native(), WM_MOUSELEAVE);
+    EXPECT_FALSE(probe_->isHovered());
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
