@@ -3,8 +3,6 @@
 #pragma once
 
 #include "ZuBitmapWin32Gdi.h"
-#include "ZuGeometry.h"
-#include "ZuHandleWin32Gdi.h"
 
 namespace zustd::test {
 

@@ -2,8 +2,6 @@
 // services, and a control that tells what reaches it.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "ZuGeometryWin32Gdi.h"
 #include "ZuGraphicsService.h"
 #include "ZuMessageLoopWin32Gdi.h"
@@ -14,7 +12,6 @@
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"
 #include "support/DrawingTest.h"
-#include "support/FrameworkTest.h"
 #include "support/ToolkitTest.h"
 #include "support/WindowTest.h"
 
