@@ -49,7 +49,9 @@ std::wstring getShortPath(const std::wstring& path) {
     // Empty when there is none.
     std::wstring result(GetShortPathNameW(path.c_str(), nullptr, 0), L'\0');
     const auto size = static_cast<DWORD>(result.size());
-    result.resize(GetShortPathNameW(path.c_str(), result.data(), size));
+    const DWORD length = GetShortPathNameW(path.c_str(), result.data(), size);
+    // Without room it tells how much is needed; with enough, the length without the end.
+    result.resize(length < size ? length : 0);
     return result;
 }
 

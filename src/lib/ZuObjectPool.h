@@ -11,7 +11,7 @@ namespace zustd {
 
 class ObjectPool {
 public:
-    // What a piece holds; it is aligned for any object.
+    // What a piece holds; it is aligned as operator new aligns.
     static constexpr std::size_t kPieceSize = 48;
 
     // A piece without content; throws std::bad_alloc.

@@ -1,6 +1,4 @@
 // The door to the host system, its timers, and what comes from mouse and keyboard.
-#include <shlobj.h>
-
 #include <regex>
 #include <thread>
 
@@ -8,12 +6,8 @@
 #include "ZuNativeTextBox.h"
 #include "support/SurfaceTest.h"
 
-extern "C" void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPathW", "@16");
-
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 std::shared_ptr<ApplicationService> makeApplication() {
     auto application = makeService<ApplicationService>();
@@ -55,52 +49,6 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
 }
 
-TEST_F(ApplicationTest, criticalError_anyCode_hasItsTextAndState) {
-    const std::wstring request =
-        L" - please exit the application and contact your support representative";
-    std::wstring texts;
-    for (std::uint32_t code = 0; code < 8; ++code) {
-        application_->setCriticalError(code);
-        EXPECT_EQ(application_->getCriticalError(), code);
-        const std::wstring text = application_->getCriticalErrorText(code);
-        EXPECT_EQ(text.ends_with(request), code != 0);
-        texts += text.substr(0, text.find(L" - ")) + L"; ";
-    }
-    EXPECT_EQ(texts,
-              L"No critical error; Unknown critical error; "
-              L"Critical error: insufficient memory available; "
-              L"Critical error: pure virtual function call detected; "
-              L"Critical error: unhandled exception detected; "
-              L"Critical error: abort detected; "
-              L"Critical error: system exception detected; Unknown error type; ");
-    EXPECT_EQ(application_->getApplicationState(), 4U);
-}
-
-int onlyFolder = 0;
-
-BOOL WINAPI tellOnlyFolder(HWND, wchar_t* path, int folder, BOOL create) noexcept {
-    wcscpy(path, folder == CSIDL_APPDATA ? L"D:\\Data" : L"D:\\Documents");
-    return folder == onlyFolder && !create;
-}
-
-TEST_F(ApplicationTest, userFolders_oneOrNoneThere_areTheNextBest) {
-    const ReplacedImport told(__imp_SHGetSpecialFolderPathW,
-                              reinterpret_cast<void*>(&tellOnlyFolder));
-    const TraceCapture trace(kTraceLevelInfo);
-    std::wstring found;
-    for (const int folder : {CSIDL_APPDATA, CSIDL_PERSONAL, -1}) {
-        onlyFolder = folder;
-        found += application_->getUserAppDataDirectory() + L" ";
-        found += application_->getUserDocumentsDirectory() + L" ";
-    }
-    EXPECT_EQ(found, L"D:\\Data C:\\ D:\\Documents D:\\Documents C:\\ C:\\ ");
-    EXPECT_EQ(reportsOf(trace),
-              "Application::getUserDocumentsDirectory: CSIDL_PERSONAL - defaulting to C:\\; "
-              "Application::getUserAppDataDirectory: CSIDL_APPDATA - trying CSIDL_PERSONAL; "
-              "Application::getUserAppDataDirectory: CSIDL_PERSONAL - defaulting to C:\\; "
-              "Application::getUserDocumentsDirectory: CSIDL_PERSONAL - defaulting to C:\\; ");
-}
-
 TEST_F(ApplicationTest, windowService_windowOrNone_isBoundOrMissed) {
     const auto boundTo = [](const std::shared_ptr<WindowService>& made) {
         return made ? windowServiceBackend(made.get())->window() : nullptr;
@@ -140,7 +88,7 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     EXPECT_EQ(log_->entries.size(), 2U);
 }
 
-TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByItsName) {
+TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReported) {
     WindowService& s = service();
     ApplicationService& a = *application_;
     a.setApplicationName(L"Tests of the backend");
@@ -170,18 +118,6 @@ TEST_F(ApplicationTest, operation_withoutMemoryOrWindows_isEmptyAndReportedByIts
         a.setApplicationName(data);
     }
     EXPECT_FALSE(isAnyMade);
-    EXPECT_EQ(reportsOf(trace),
-              "Window::createDialog; Window::createWindow; Window::createPopupMenu; "
-              "Window::createGridView; Window::createTreeView; Window::createComboBox; "
-              "Window::createButton; Window::createProgressBar; Window::createTextBox; "
-              "Window::createScrollBar; Window::createTimer; Window::getFont; "
-              "Window::getScalingFactor: setting scalingFactor; Window::getBitmap; "
-              "Window::selectFileToOpen; Application::createUnboundWindowService; "
-              "Application::createDesktopWindowService; Application::getApplicationName; "
-              "Application::getApplicationDirectory; Application::getCriticalErrorText; "
-              "TimerWin32Gdi::start; Application::createActiveWindowService; "
-              "Application::createActiveWindowService: cannot create active window service; "
-              "Application::setApplicationName; ");
     const AllocationLimit next(0, true);
     EXPECT_EQ(thrownText([] { ApplicationServiceWin32Gdi(); }), L"preferences_");
     timer.reset();
@@ -367,4 +303,4 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

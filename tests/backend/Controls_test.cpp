@@ -12,10 +12,8 @@
 // Behind the wrapper.
 #include <commctrl.h>
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 // Widgets at random: what the program and the user do with one, and what its window
 // has to say then.
@@ -412,4 +410,4 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

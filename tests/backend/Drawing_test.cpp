@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "ZuFontWin32Gdi.h"
@@ -10,10 +8,8 @@
 #include "support/DrawingTest.h"
 #include "support/FrameworkTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 constexpr Color kRed = Color::rgb(255, 0, 0);
 constexpr Color kInk = Color::rgb(0, 0, 0);
@@ -260,28 +256,6 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
     EXPECT_EQ(std::ranges::count(trace.messages(), report + "Could not read image"), 2);
 }
 
-TEST_F(DrawingTest, icons_anyAlpha_haveThePlainColoursAndLetTheRestThrough) {
-    const auto source = image(100, {20, 20});
-    const PixelBitmap& pixels = bitmapBackend(*source).image();
-    const PixelBitmap plain({15, 25});
-    copyPlainPixels(plain, pixels);
-    const Canvas canvas({50, 20});
-    const IconHandle icon = makeIcon(bitmapBackend(*source), 2);
-    DrawIconEx(canvas.context(), 0, 0, icon.get(), 0, 0, 0, nullptr, DI_MASK);
-    for (std::int32_t i = 0; i < 20 * 20; ++i) {
-        const std::uint32_t pixel = pixels.pixels[static_cast<std::size_t>(i)];
-        const std::uint32_t alpha = pixel >> 24;
-        std::uint32_t wanted = pixel & 0xFF000000;
-        for (const int shift : {0, 8, 16}) {
-            const std::uint32_t channel = pixel >> shift & 0xFF;
-            wanted |= std::min(alpha == 0 ? channel : channel * 255 / alpha, 255U) << shift;
-        }
-        EXPECT_EQ(canvas.pixel(i % 20, i / 20), alpha == 0 ? kWhite : 0) << i;
-        EXPECT_TRUE(i % 20 >= 15 ||
-                    plain.pixels[static_cast<std::size_t>(i / 20 * 15 + i % 20)] == wanted);
-    }
-}
-
 TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineByLine) {
     const int line = graphics_->measureTextHeight(L"x", *font_);
     // Widths that are kept, scripts that join, fonts that stand in.
@@ -385,4 +359,4 @@ TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

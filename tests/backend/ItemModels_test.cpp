@@ -11,10 +11,8 @@ extern void* __imp_KillTimer IMPORT_SLOT("KillTimer", "@8");
 extern void* __imp_SendMessageW IMPORT_SLOT("SendMessageW", "@16");
 }
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 // Each look at the clock takes a millisecond, so that a slice has 15 steps.
 LONGLONG ticks;
@@ -435,4 +433,4 @@ TEST_F(ItemModelsTest, unknownItemOrKeyInUse_failsItsAssertion) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -2,10 +2,8 @@
 // mouse and the keyboard, and how they look.
 #include "support/ItemsTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     addRows({L"alpha", L"beta", L"br", L"delta"});
@@ -45,21 +43,6 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
 }
 
-TEST_F(BackendItemsTest, gridText_soughtFromARow_isFoundWhereTheFlagsSay) {
-    addRows({L"alpha", L"beta", L"alp"});
-    const std::tuple<int, UINT, const wchar_t*, LRESULT> kRows[] = {
-        {-1, LVFI_STRING, L"AL", -1},
-        {-1, LVFI_STRING, L"alp", 2},
-        {1, LVFI_PARTIAL, L"al", 2},
-        {2, LVFI_PARTIAL, L"be", -1},
-        {2, LVFI_PARTIAL | LVFI_WRAP, L"be", 1},
-        {-1, LVFI_PARAM, L"al", -1}};
-    for (const auto& [start, flags, text, found] : kRows) {
-        LVFINDINFOW wanted{flags, text, 0, {}, 0};
-        EXPECT_EQ(ask(*grid_, LVM_FINDITEMW, wanted, static_cast<WPARAM>(start)), found) << start;
-    }
-}
-
 TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
     // At the check box, the selection, the click, the right click; and between the latter.
     for (const int what : {0, 1, 2, 3, 4}) {
@@ -78,22 +61,6 @@ TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
         EXPECT_EQ(shownGrid(), Texts());
     }
     EXPECT_TRUE(told_.ends_with(L" selectionChanged:1 rightClicked:-1"));
-}
-
-TEST_F(BackendItemsTest, rowTooltip_asked_isWhatAReceiverSays) {
-    addRows({L"alpha"});
-    wchar_t text[8] = L"";
-    NMLVGETINFOTIPW request{};
-    request.hdr = {nativeWindowOf(*grid_), 0, LVN_GETINFOTIPW};
-    request.pszText = text;
-    onMessage_ = [this] { grid_->setRowTooltip(L"one that is cut"); };
-    for (const auto& [row, room] : {std::pair{0, 8}, {7, 8}, {0, 0}}) {
-        request.iItem = row;
-        request.cchTextMax = room;
-        ask(*window_, WM_NOTIFY, request);
-        EXPECT_STREQ(text, L"one tha");
-    }
-    EXPECT_EQ(told_, L" beforeDisplayRowTooltip:0");
 }
 
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
@@ -211,4 +178,4 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

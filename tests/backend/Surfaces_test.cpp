@@ -6,10 +6,8 @@
 // Behind the wrapper.
 #include <dlgs.h>
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 int systemColorsHeard = 0;
 
@@ -244,6 +242,46 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     }
 }
 
+// Whoever hears of the focus that moves, or of a press that ends, ends the dialog,
+// its window, its owner or all, at any of these moments, or when it is open.
+TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
+    for (int round = 0; round < 10; ++round) {
+        int heard = 0;
+        for (int at = 0; at <= heard; ++at) {
+            window_ = makeWindow({300, 200});
+            const auto probe = addProbe({0, 0, 49, 49});
+            probe->takeFocus();
+            sendMouse(native(), WM_LBUTTONDOWN, {5, 5});
+            auto dialog = makeDialog();
+            NativeDialog& shown = *dialog;
+            const std::function<void()> ends[] = {
+                [&] { dialog.reset(); }, [&] { dialog->hide(kAnswerOk); },
+                [&] { dialog->releaseTree(); }, [&] { DestroyWindow(native()); },
+                [&] { window_.reset(); }};
+            heard = 0;
+            const auto ender = std::make_shared<FunctionSink>([&](auto&&...) {
+                if (heard++ == at) {
+                    ends[round / 2]();
+                }
+            });
+            probe->connect(ender, false);
+            addProbe({0, 0, 9, 9}, dialog.get())->connect(ender, false);
+            bool isLate = false;
+            const Steps steps{[&] {
+                isLate = true;
+                dialog && dialog->isOpen() ? ends[round / 2]() : void();
+            }};
+            EXPECT_EQ(shown.show(round % 2 == 0), round == 2 ? kAnswerOk : kAnswerNone) << at;
+            runMessages(5000, [&] { return isLate; });
+            EXPECT_FALSE(dialog && (dialog->isOpen() || IsWindowVisible(nativeWindowOf(*dialog))));
+            EXPECT_EQ(dialog && dialog->hasNativeObject(), round / 2 == 1);
+            EXPECT_TRUE(!window_ || !window_->hasNativeObject() || IsWindowEnabled(native()));
+            probe->disconnect(ender.get());
+        }
+        EXPECT_GT(heard, 0);
+    }
+}
+
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
     const auto dialog = makeDialog(NativeDialog::kStyleNotClosable);
     {
@@ -322,23 +360,6 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
     EXPECT_FALSE(IsWindow(host));
 }
 
-TEST_F(SurfaceTest, popup_shown_staysInactiveInFrontAndOnTheScreen) {
-    const auto popup = makeDialog(NativeDialog::kStylePopup);
-    addProbe({0, 0, 9, 9}, popup.get());
-    popup->moveTo({1270, 100});
-    popup->show(false);
-    const HWND shown = nativeWindowOf(*popup);
-    EXPECT_EQ(GetActiveWindow(), native());
-    EXPECT_EQ(windowRect(shown), Rect::at({1160, 100}, {120, 90}));
-    popup->moveTo({40, 50});
-    EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(50, 60)), HTTRANSPARENT);
-    EXPECT_EQ(send(shown, WM_NCHITTEST, 0, MAKELPARAM(49, 59)), HTCLIENT);
-    EXPECT_EQ(send(shown, WM_MOUSEACTIVATE), MA_NOACTIVATE);
-    popup->setSize({2000, 90});
-    popup->moveTo({40, 1200});
-    EXPECT_EQ(windowRect(shown).position(), (Point{0, 1024 - 90}));
-}
-
 TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
     auto menu = service().createNativePopupMenu();
     menu->setItems({{100000, L"&First", 120, true, true, {}},
@@ -370,4 +391,4 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -4,8 +4,6 @@
 #include <cryptopp/filters.h>
 #include <cryptopp/gcm.h>
 #include <cryptopp/zlib.h>
-#include <gtest/gtest.h>
-
 #include <set>
 
 #include "ZuEncoder.h"
@@ -14,10 +12,9 @@
 
 extern "C" void* __imp_malloc IMPORT_SLOT("malloc", "");
 
-namespace zustd {
+namespace zustd::test {
 namespace {
 
-using namespace test;
 using namespace std::string_literals;
 
 constexpr auto kEnciphered = CipherEncoding::kEnciphered;
@@ -208,4 +205,4 @@ TEST(CipherKey, sixtyFourDigits_areTakenUsedAndWipedAtTheEnd) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

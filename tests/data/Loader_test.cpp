@@ -1,7 +1,5 @@
 #include "ZuLoader.h"
 
-#include <gtest/gtest.h>
-
 #include <io.h>
 
 #include <cstdio>
@@ -20,10 +18,9 @@ extern void* __imp__write IMPORT_SLOT("_write", "");
 extern void* __imp_fread IMPORT_SLOT("fread", "");
 }
 
-namespace zustd {
+namespace zustd::test {
 namespace {
 
-using namespace test;
 using namespace std::string_literals;
 
 const std::string kMark = "\xEF\xBB\xBF";
@@ -289,4 +286,4 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <iomanip>
 #include <sstream>
@@ -8,10 +6,9 @@
 #include "ZuSerializable.h"
 #include "support/FrameworkTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
 
-using namespace test;
 using Values = std::vector<SerializableUnion>;
 
 const DateTime kDate(2016, 11, 4, 6, 39, 59, 123);
@@ -272,4 +269,4 @@ TEST(PropertyBag, whatCouldNotBeReadBackOrKept_isRefused) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -1,29 +1,17 @@
 #include "ZuResourceService.h"
 
-#include <gtest/gtest.h>
-
 #include "ZuResourceServiceGeneric.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 std::shared_ptr<ResourceService> makeInstalled(
     const ResourceLibrary& library = compiledInResources()) {
     auto service = makeService<ResourceService>();
     ResourceServiceGeneric::install(*service, library);
     return service;
-}
-
-// The texts of a library that holds nothing but one string table.
-std::shared_ptr<const StringTable> tableOf(const std::string& bytes) {
-    const FileResource file{1, bytes.size(), reinterpret_cast<const unsigned char*>(bytes.data())};
-    const ResourceNamespace neutral{L"xx-xx", bytes.empty() ? 0U : 1U, &file};
-    const ResourceRoot root{L"root", 1, &neutral};
-    return makeInstalled({L"one", L"root", L"en-us", 1, &root})->getStringTable();
 }
 
 TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
@@ -93,28 +81,5 @@ TEST(ResourceService, noBackendOrNamespace_failsAssertionOrKeepsTheChosenOne) {
     EXPECT_FALSE(ResourceServiceGeneric::install(*service, library));
 }
 
-TEST(ResourceService, table_readsEntitiesOnceOrIsEmptyAsAWhole) {
-    const std::string table =
-        "<stringtable>\n<s><k>7</k><v>&amp;lt;&lt;&gt;&apos;&quot;</v></s>\n"
-        "<s><k>18446744073709551615</k><v></v></s>\n<s><k>7</k><v>again</v></s>\n</stringtable>\n";
-    for (const std::string& bytes : {table, "\xEF\xBB\xBF" + table}) {
-        const auto texts = tableOf(bytes);
-        EXPECT_EQ(texts->size(), 2U);
-        ASSERT_TRUE(texts->contains(7) && texts->contains(~0ULL));
-        EXPECT_EQ(*texts->find(7), L"&lt;<>'\"");
-    }
-    const std::string good = "<stringtable><s><k>1</k><v>one</v></s>";
-    const std::string end = "</stringtable>";
-    ASSERT_EQ(tableOf(good + end)->size(), 1U);
-    for (const std::string& bytes :
-         {std::string(), std::string("plain"), good, good + "<s><k>2</k><v>two",
-          good + "<s><k>2</k></s>" + end, good + "<s><v>two</v></s>" + end,
-          good + "<s><k>2</k><v>two</v>" + end, good + "<s",
-          good + "<s a=\"b><k>2</k><v>two</v></s>" + end, "\xEF\xBB" + good, good + end + "\xC3",
-          "<table>" + good + end}) {
-        EXPECT_TRUE(tableOf(bytes)->empty()) << bytes;
-    }
-}
-
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

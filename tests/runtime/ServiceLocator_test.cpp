@@ -1,16 +1,12 @@
 #include "ZuServiceLocator.h"
 
-#include <gtest/gtest.h>
-
 #include "ZuMessagingService.h"
 #include "ZuService.h"
 #include "ZuTrackingPropertyBag.h"
 #include "support/FrameworkTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 // A second holder of the root, as a host may have one: the process must end well.
 const ServiceLocatorStaticCtorDtor rootHolder;
@@ -185,4 +181,4 @@ TEST(TrackingPropertyBag, changes_areCountedAndAnnouncedOnceWhateverTheSinksDo) 
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -1,7 +1,5 @@
 #include "support/FrameworkTest.h"
 
-#include <gtest/gtest.h>
-
 #include <malloc.h>
 
 #include <cstdlib>

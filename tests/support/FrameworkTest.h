@@ -2,6 +2,8 @@
 // obstacles to put in the way, and random values that can be had again.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <random>
 #include <stdexcept>

@@ -2,8 +2,6 @@
 // and keyboard, a log of what its controls say, and sinks made of functions.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "ZuResourceService.h"
 #include "support/FrameworkTest.h"
 #include "support/RecordingBackend.h"

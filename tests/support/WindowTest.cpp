@@ -17,6 +17,22 @@ void sendKey(WORD key, DWORD flags) {
     SendInput(1, &input, sizeof(INPUT));
 }
 
+// Of all that the tests drew with (fonts, brushes, bitmaps ...) no more is left than what is kept,
+// by the table of the process, since GetGuiResources does not work everywhere.
+class NothingLeft : public ::testing::Environment {
+    void TearDown() override {
+        constexpr std::size_t kTableOffset = sizeof(void*) == 8 ? 0xF8 : 0x94;
+        using Entry = std::array<BYTE, 24>;
+        const auto processBlock = reinterpret_cast<const char* (*)()>(reinterpret_cast<void*>(
+            GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
+        const auto* table = *reinterpret_cast<const Entry* const*>(processBlock() + kTableOffset);
+        const auto isUsed = [](const Entry& entry) { return entry[14] != 0; };
+        const auto count = std::count_if(table, table + 0x10000, isUsed);
+        EXPECT_TRUE(count > 0 && count < 500) << count;
+    }
+};
+const auto* const nothingLeft = ::testing::AddGlobalTestEnvironment(new NothingLeft);
+
 }  // namespace
 
 void pressKeys(const std::vector<WORD>& keys) {

@@ -1,10 +1,8 @@
 // The control: tree, messages, geometry, drawing and arrangement.
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 class Painted : public Control {
 public:
@@ -15,12 +13,9 @@ public:
         }
         return kind == kSelected || Control::onReceiveMessage(kind, a, b);
     }
-    bool drawsItself = false;
 
 protected:
-    void drawSelf(GraphicsService& graphics) override {
-        drawsItself ? drawAsRoot(graphics) : graphics.drawRectangle(area());
-    }
+    void drawSelf(GraphicsService& graphics) override { graphics.drawRectangle(area()); }
 };
 
 class ControlTest : public ToolkitTest {
@@ -112,13 +107,6 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         L"invalidate 20,0,69,49; sync 26,6,75,25 disabled; released; invalidate 20,0,69,49; 1");
 }
 
-TEST_F(ControlTest, draw_fromItsOwnDrawing_failsWithTheOriginBack) {
-    window_->addChild(box_);
-    inner_->drawsItself = true;
-    EXPECT_EQ(thrownText([&] { draw(*window_); }), L"!drawing_");
-    EXPECT_EQ(window_->graphicsService()->origin(), (Point{0, 0}));
-}
-
 TEST_F(ControlTest, arrangement_childrenThatAsk_keepsToMarginsAndLimits) {
     box_->removeAllChildren();
     for (int i = 0; i < 3; ++i) {
@@ -156,4 +144,4 @@ TEST_F(ControlTest, arrangement_childrenThatAsk_keepsToMarginsAndLimits) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -2,10 +2,9 @@
 #include "ZuTooltip.h"
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
 
-using namespace test;
 using enum MouseAction;
 
 class Probe : public Control {
@@ -82,19 +81,6 @@ TEST_F(InputTest, mouse_movesPressesAndReleases_sendsInOrder) {
     left_->setEnabled(false);
     EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {11, 5}}, {kLeftUp, {10, 5}}}),
               L"invalidate 0,0,49,49; leaveHovering; leaveFocus; 0; enterHovering; cursor 3; 0; 0");
-}
-
-TEST_F(InputTest, wheel_unusedOrUsedByAnAncestor_isAnnouncedOrGiven) {
-    EXPECT_EQ(after({{kWheel, {10, 5}, -120},
-                     {kWheel, {10, 5}, 7, kModifierControl | kModifierShift},
-                     {kHorizontalWheel, {10, 5}, 7, kModifierShift}}),
-              L"mouse 10,5; scrolledmousewheel -120,-1; 0; mouse 10,5; ctrlScrolledmousewheel 7,0; "
-              L"0; mouse 10,5; shiftScrolledmousewheel 7,0; 0");
-    right_->uses = true;
-    EXPECT_EQ(after({{kWheel, {62, 13}, 7}}), L"mouse 2,3; mouse 12,13; 1");
-    right_->setEnabled(false);
-    EXPECT_EQ(after({{kWheel, {62, 13}, 7}, {kWheel, {262, 13}, 7}, {kLeftDown, {262, 13}}}),
-              L"invalidate 50,0,99,49; scrolledmousewheel 7,0; 0; 0; 0");
 }
 
 TEST_F(InputTest, removal_whilePressedHoveredFocusedOrByItsHandler_leavesAllStates) {
@@ -260,4 +246,4 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -3,10 +3,8 @@
 
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 struct Child : Control {
     Size preferredSize() override { return preferred; }
@@ -200,4 +198,4 @@ TEST(Rect, edges_atTheEndsOfTheRange_saturate) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

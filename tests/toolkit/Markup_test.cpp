@@ -3,10 +3,8 @@
 #include "ZuText.h"
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 const MessageKind kShowHelp(L"show<Help.MarkupTest", MessageWords::kNumbers);
 const MessageKind kUnsaid(L"unsaid.MarkupTest");
@@ -190,4 +188,4 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

@@ -4,10 +4,8 @@
 #include "ZuScope.h"
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 // A box in a dialog of its own, on a screen of 1024 by 768 pixels. The font's
 // letters are 7 pixels wide, its lines 14 high.
@@ -163,4 +161,4 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

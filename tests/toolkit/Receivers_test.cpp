@@ -6,10 +6,9 @@
 #include "ZuScrollable.h"
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
 
-using namespace test;
 using Make = std::function<std::shared_ptr<Control>()>;
 
 class Telling : public Control {
@@ -205,4 +204,4 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
 // clang-format on
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

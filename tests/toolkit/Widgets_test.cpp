@@ -1,10 +1,8 @@
 // Descriptors, the window service and the native widgets' portable halves.
 #include "support/ToolkitTest.h"
 
-namespace zustd {
+namespace zustd::test {
 namespace {
-
-using namespace test;
 
 using WidgetTest = ToolkitTest;
 
@@ -29,35 +27,6 @@ TEST_F(WidgetTest, missingHalvesAndDescriptors_failWithTheMembersName) {
     for (const auto& [use, failure] : uses) {
         EXPECT_EQ(thrownText(use), failure);
     }
-}
-
-TEST_F(WidgetTest, questions_ofAnyKind_areAskedUntilTheirAnswerIsRemembered) {
-    auto& service = recordingOf<RecordingWindowService>(*host_);
-    const auto application = makeRecordingApplicationService();
-    host_->registerService(application, true, true);
-    // clang-format off
-    const std::tuple<bool, int, const wchar_t*, int> questions[] = {
-        {false, kAnswerNo, L"write", kAnswerNo}, {true, kAnswerNo, L"write", kAnswerNo},
-        {true, kAnswerYes, L"write", kAnswerNo}, {true, kAnswerYes, L"other", kAnswerYes},
-        {true, kAnswerCancel, L"x", kAnswerCancel}, {true, kAnswerNone, L"x", kAnswerNone},
-        {true, kAnswerYes, L"x", kAnswerYes}};
-    // clang-format on
-    for (const auto& [checked, given, key, answer] : questions) {
-        service.answer = given;
-        service.checksBox = checked;
-        EXPECT_EQ(host_->askYesNoCancel(L"t", L"c", key), answer);
-        tell(key);
-    }
-    service.answer = kAnswerOk;
-    EXPECT_EQ(host_->askOKCancel(L"t", L"c", L"write"), kAnswerOk) << "not what it offers";
-    forgetAnswer(*application->getPreferences(), L"other");
-    host_->askYesNoCancel(L"t", L"c", L"other");
-    host_->showMessage(L"t", L"c", kMessageOk);
-    EXPECT_EQ(service.boxes.back().text + service.boxes.back().caption, L"tc");
-    expectTold(
-        L"askYesNoCancel; write; askYesNoCancel; write; write; askYesNoCancel; other; "
-        L"askYesNoCancel; x; askYesNoCancel; x; askYesNoCancel; x; askOKCancel; askYesNoCancel; "
-        L"showMessage");
 }
 
 TEST_F(WidgetTest, descriptors_changed_announceTheirFieldsOnce) {
@@ -260,4 +229,4 @@ TEST_F(WidgetTest, progressBar_anyNumbers_areTakenIntoTheRange) {
 }
 
 }  // namespace
-}  // namespace zustd
+}  // namespace zustd::test

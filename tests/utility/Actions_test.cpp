@@ -106,22 +106,6 @@ TEST_F(MenusTest, transcript_pastItsLimit_losesItsOlderHalf) {
     EXPECT_EQ(getTranscript().size(), (std::size_t{8} << 20) + 1);
 }
 
-// An interrupt ends the input, too; the system tells of it a moment later.
-TEST_F(MenusTest, input_endedByAnInterrupt_isAskedForAgainAfterAWait) {
-    int asked = 0;
-    int sleeps = 0;
-    play.onSleep = [&] { ++sleeps; };
-    play.typed = [&] {
-        EXPECT_EQ(sleeps, asked == 3 ? 100 : 0);
-        ++asked;
-        stdin->_flag |= asked == 1 ? 0 : _IOEOF;
-        SetLastError(asked % 2 == 1 ? ERROR_OPERATION_ABORTED : GetLastError());
-        return asked == 4 ? "0\n" : "x\n";
-    };
-    perform(utility({}));
-    std::clearerr(stdin);
-}
-
 TEST_F(MenusTest, entries_chosen_doAsTheySay) {
     write(data() / "settings_home.config", "");
     const std::string off = mainMenu("", kNone, "");
