@@ -251,8 +251,10 @@ int ApplicationServiceWin32Gdi::runMessageLoop() {
 }
 
 void ApplicationServiceWin32Gdi::logMemoryInfo() const {
-    ZU_TRACE(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
-             getMemoryInfo().c_str());
+    if (isTraced(kTraceLevelMemory)) {
+        trace(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
+              getMemoryInfo().c_str());
+    }
 }
 
 }  // namespace zustd

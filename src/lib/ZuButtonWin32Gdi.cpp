@@ -14,7 +14,7 @@ bool ButtonWin32Gdi::initializeFromDescriptor() {
 void ButtonWin32Gdi::pushState() {
     const NativeButton& button = getAbstraction();
     synchronizeFont(button.hasFont() ? sharedReference(&button.font()) : nullptr);
-    pushText(WM_SETTEXT, button.accessText());
+    setText();
     setImage();
     if (!button.isPush()) {
         const WPARAM wanted = button.isChecked() ? BST_CHECKED : BST_UNCHECKED;

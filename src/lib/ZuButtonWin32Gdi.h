@@ -27,6 +27,7 @@ protected:
     bool usesKey(const KeyEvent& event) const override { return event.key == kKeySpace; }
 
 private:
+    void setText() { pushText(WM_SETTEXT, getAbstraction().accessText()); }
     void setImage();
 
     // Drawn beside the caption.

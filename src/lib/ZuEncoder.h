@@ -1,13 +1,11 @@
 // Text encodings: bytes of files and resources to wide text and back.
 //
-// The UTF-8 decoder is lenient in ways that files in the field rely on:
-// continuation bytes are not checked, overlong forms decode to their value,
-// lead bytes from F0 are read as three-byte sequences, a stray continuation
-// byte widens as a signed byte. It is strict about one thing: as long as no
-// byte-order mark was seen, a sequence that begins with EF must be the mark. The
-// encoder writes surrogates as three bytes each and puts a mark in front exactly
-// when the text needs it: every UTF-16 text survives a round trip. Failures are
-// thrown as texts after their throw report.
+// The UTF-8 decoder is lenient in ways that files in the field rely on: continuation bytes are not
+// checked, overlong forms decode to their value, lead bytes from F0 are read as three-byte
+// sequences, a stray continuation byte widens as a signed byte. It is strict about one thing: as
+// long as no byte-order mark was seen, a sequence that begins with EF must be the mark. The encoder
+// writes surrogates as three bytes each and puts a mark in front exactly when the text needs it:
+// every UTF-16 text survives a round trip. Failures are thrown as texts after their throw report.
 #pragma once
 
 #include <array>
@@ -25,10 +23,9 @@ inline constexpr int kEncodingPlain = 4;
 
 class Encoder {
 public:
-    // Replaces out by the decoded bytes. kEncodingPlain makes each byte a code
-    // unit; the enciphered encodings take the process's key (see ZuCipher).
-    // Throws for an unknown encoding and for bytes that do not decode; out then
-    // holds what was decoded before the fault.
+    // Replaces out by the decoded bytes. kEncodingPlain makes each byte a code unit; the enciphered
+    // encodings take the process's key (see ZuCipher). Throws for an unknown encoding and for bytes
+    // that do not decode; out then holds what was decoded before the fault.
     static void decodeFrom(int encoding, std::string_view bytes, std::wstring& out);
 
     // bomRequired: text without a leading byte-order mark is refused.
@@ -43,13 +40,11 @@ class Utf8DecoderStateMachine {
 public:
     explicit Utf8DecoderStateMachine(bool bomRequired) : bomRequired_(bomRequired) {}
 
-    // Takes one byte; a code unit that it completes is added to output().
-    // Throws on a broken or missing byte-order mark; the machine takes no more
-    // bytes then.
+    // Takes one byte; a code unit that it completes is added to output(). Throws on a broken or
+    // missing byte-order mark; the machine takes no more bytes then.
     void feed(char byte);
 
-    // The end of the input: throws when a sequence is incomplete or a required
-    // mark never came.
+    // The end of the input: throws when a sequence is incomplete or a required mark never came.
     void finish() const;
 
     // Code units decoded since the caller last emptied it.

@@ -8,6 +8,8 @@ namespace {
 
 constexpr double kDotsPerInch = 96.0;
 constexpr double kPointsPerInch = 72.0;
+// Of the system's text, in pixels, where the system does not say.
+constexpr double kUnknownHeight = 12.0;
 // A larger font fills any screen with one character.
 constexpr double kLargestHeight = 4000.0;
 
@@ -104,7 +106,8 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
     if (style.size == 0) {
         // The system tells its font's in pixels of the main screen.
         const double dots = GetDeviceCaps(measuringContext(), LOGPIXELSY);
-        height = std::abs(systemFont.lfHeight) * kDotsPerInch / dots;
+        height = systemFont.lfHeight != 0 ? std::abs(systemFont.lfHeight) * kDotsPerInch / dots
+                                          : kUnknownHeight;
     }
     LOGFONTW font{};
     // Negative: the height of the characters, not of their cells.

@@ -49,7 +49,11 @@ bool startWatching(HWND window) {
         entry->second.former = reinterpret_cast<WNDPROC>(
             SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&watchWindow)));
     }
-    return true;
+    const bool isWatched = entry->second.former != nullptr;
+    if (!isWatched) {
+        watches().erase(entry);
+    }
+    return isWatched;
 }
 
 // The child that a message to its parent is about; null when it is not such a message.

@@ -1,6 +1,7 @@
 #include "ZuNativeComboBox.h"
 
-#include "ZuDrawnText.h"
+#include "ZuGraphicsService.h"
+#include "ZuWindowService.h"
 
 namespace zustd {
 
@@ -36,9 +37,10 @@ std::size_t NativeComboBox::findItem(const std::wstring& text) const {
 }
 
 Size NativeComboBox::preferredSize() {
-    const FontStyle style = styleOf(font_);
-    const std::int32_t line = measuredText(*this, L"X", style).height;
-    if (line == 0) {
+    const std::shared_ptr<WindowService> window = windowService();
+    const std::shared_ptr<GraphicsService> graphics = graphicsService();
+    const auto font = window && graphics ? window->getFont(font_) : nullptr;
+    if (!font) {
         return boundary().size();
     }
     // Arrow, frame and a little room, at a scaling factor of 1.
@@ -46,10 +48,10 @@ Size NativeComboBox::preferredSize() {
     constexpr std::int32_t kSmallestWidth = 100;
     std::int32_t widest = 0;
     for (const std::wstring& item : items_) {
-        widest = std::max(widest, measuredText(*this, item, style).width);
+        widest = std::max(widest, graphics->measureTextWidth(item, *font));
     }
     return {std::max(saturatedSum(widest, scale(kPadding.width)), scale(kSmallestWidth)),
-            saturatedSum(line, scale(kPadding.height))};
+            saturatedSum(graphics->measureTextHeight(L"X", *font), scale(kPadding.height))};
 }
 
 void NativeComboBox::acceptSelection(std::size_t index) {

@@ -193,6 +193,8 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
     if (router == nullptr) {
         return onWindowMessage(message, result);
     }
+    // Its router is used after messages that may drop it.
+    const std::shared_ptr<Control> held = sharedReference(surface);
     switch (message.id) {
         case WM_SETFOCUS:
         case WM_KILLFOCUS:

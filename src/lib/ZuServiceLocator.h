@@ -1,16 +1,14 @@
 // The registry through which framework objects find each other's services.
 //
-// Registries form a tree below one process-wide root. A look-up searches the
-// services that a registry owns, the newest first, then climbs the parents,
-// and at last tries the root. Missing services are empty references, never
-// exceptions.
+// Registries form a tree below one process-wide root. A look-up searches the services that a
+// registry owns, the newest first, then climbs the parents, and at last tries the root. Missing
+// services are empty references, never exceptions.
 //
-// An attached service holds the registry that owns it as its parent. That circle
-// is opened by unregisterService, and by unregisterAll for all services here and
-// below; the root does it when the process ends. Services that own one another
-// some thousand deep must go by unregisterAll, or their destructors would run
-// inside of each other. The lists are not locked: register and look up on the
-// main thread. Each looks at every service of a registry.
+// An attached service holds the registry that owns it as its parent. That circle is opened by
+// unregisterService, and by unregisterAll for all services here and below; the root does it when
+// the process ends. Services that own one another some thousand deep must go by unregisterAll, or
+// their destructors would run inside of each other. The lists are not locked: register and look up
+// on the main thread. Each looks at every service of a registry.
 #pragma once
 
 #include <string_view>
@@ -25,8 +23,7 @@ class Service;
 
 class ServiceLocator : public SharedObject {
 public:
-    // Slot order is fixed. Lets go of the services, the newest first, and then of
-    // the parent.
+    // Slot order is fixed. Lets go of the services, the newest first, and then of the parent.
     ~ServiceLocator() override;
     // Life-cycle hooks that do nothing here.
     virtual void initialize() {}
@@ -37,11 +34,10 @@ public:
     virtual std::shared_ptr<ServiceLocator> getParent() const { return parent_; }
     virtual void setParent(const std::shared_ptr<ServiceLocator>& parent);
 
-    // Adds a service unless it is null or registered already; owned (strong)
-    // or not (weak). With attach the service's look-ups climb to this
-    // registry, until it is attached elsewhere; fails the assertion
-    // "!attach || self" when no shared reference holds this registry. Whatever
-    // this throws, the service is not registered then.
+    // Adds a service unless it is null or registered already; owned (strong) or not (weak). With
+    // attach the service's look-ups climb to this registry, until it is attached elsewhere; fails
+    // the assertion "!attach || self" when no shared reference holds this registry. Whatever this
+    // throws, the service is not registered then.
     virtual void registerService(const std::shared_ptr<Service>& service, bool attach, bool own);
     // Removes a service from whichever list holds it and detaches it.
     virtual void unregisterService(const std::shared_ptr<Service>& service);
@@ -50,13 +46,11 @@ public:
     // service of these, whoever else holds them.
     void unregisterAll();
 
-    // The process-wide root; empty before static initialisation and after
-    // static destruction.
+    // The process-wide root; empty before static initialisation and after static destruction.
     static std::shared_ptr<ServiceLocator> instance() noexcept;
 
-    // The newest owned service that is a T and, when name is not empty, bears
-    // it; searched for here, then in the parents, then in the root, or only
-    // here with localOnly.
+    // The newest owned service that is a T and, when name is not empty, bears it; searched for
+    // here, then in the parents, then in the root, or only here with localOnly.
     template <class T>
     std::shared_ptr<T> getService(std::wstring_view name = {}, bool localOnly = false) const {
         return findOwned(&castTo<T>, name, localOnly).template as<T>();
@@ -98,9 +92,8 @@ private:
     std::shared_ptr<ServiceLocator> parent_;
 };
 
-// The first of its objects makes the root registry, the last one to go releases
-// it. The framework has one; a host whose static objects use the registry has
-// one in front of them.
+// The first of its objects makes the root registry, the last one to go releases it. The framework
+// has one; a host whose static objects use the registry has one in front of them.
 class ServiceLocatorStaticCtorDtor {
 public:
     ServiceLocatorStaticCtorDtor();

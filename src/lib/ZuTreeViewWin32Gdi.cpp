@@ -38,12 +38,13 @@ bool TreeViewWin32Gdi::initializeFromDescriptor() {
     const Mirroring mirroring(*this);
     const auto onMade = [this] {
         startAnew();
+        hasBoxes_ = getAbstraction().hasCheckBoxes();
         loseItems(TreeState::kEmpty);
         model().clearNativeWords();
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
     return synchronizeWindow(WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE, onMade,
-                             hasCheckBoxes() != getAbstraction().hasCheckBoxes());
+                             hasBoxes_ != getAbstraction().hasCheckBoxes());
 }
 
 void TreeViewWin32Gdi::fill() {

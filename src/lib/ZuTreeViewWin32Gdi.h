@@ -76,6 +76,8 @@ private:
     void reportSelection();
     bool toggle(TreeNode node);
 
+    // What the window was made for.
+    bool hasBoxes_ = false;
     TreeFiller filler_{*this, state_};
     TreeNode awaitsVisible_ = kNoNode;
     // Stays in sight until nothing waits any more, or the user scrolls it away.
