@@ -1,5 +1,4 @@
-// The enciphered text encodings: AES-256 in GCM mode over UTF-8 text, plain or
-// compressed.
+// The enciphered text encodings: AES-256 in GCM mode over UTF-8 text, plain or compressed.
 //
 // A message is laid out so:
 //
@@ -18,10 +17,9 @@
 // The key belongs to the host; none is compiled in. The Encoder has none to pass
 // along: for it a host installs its key once for the process.
 //
-// Deciphering hands out and inflates nothing before the tag is verified, and
-// gives up a stream that grows beyond kMaxCipherText. All failures are thrown as
-// texts after their throw report and say no more than which step failed. All
-// operations may be called from any thread.
+// Deciphering hands out and inflates nothing before the tag is verified, and gives up a stream that
+// grows beyond kMaxCipherText. All failures are thrown as texts after their throw report and say no
+// more than which step failed. All operations may be called from any thread.
 //
 // No memory that deciphering gives back holds text: what a caller gets is the
 // only copy, and the caller's to wipe.
@@ -109,9 +107,8 @@ inline constexpr std::size_t kCipherNonceSize = 12;
 inline constexpr std::size_t kCipherTagSize = 16;
 using CipherNonce = std::array<std::uint8_t, kCipherNonceSize>;
 
-// One GCM operation without the layout around it. Sealed bytes are the
-// enciphered bytes and the tag behind them, never fewer. A nonce must not be used twice
-// under one key.
+// One GCM operation without the layout around it. Sealed bytes are the enciphered bytes and the tag
+// behind them, never fewer. A nonce must not be used twice under one key.
 std::string sealBytes(const CipherKey& key, const CipherNonce& nonce, std::string_view associated,
                       std::string_view plain);
 std::string openBytes(const CipherKey& key, const CipherNonce& nonce, std::string_view associated,

@@ -27,11 +27,11 @@ struct HashSecret {
 std::uint64_t hashBytes(const HashSecret& secret, const void* bytes, std::size_t size) noexcept;
 std::uint64_t hashBytes(const void* bytes, std::size_t size) noexcept;
 
-// How a key type is looked up: View is what find() takes, hash() is its hash,
-// isSame() compares.
+// How a key type is looked up: View is what find() takes, hash() is its hash, isSame() compares.
 template <class K>
 struct HashKey;
 
+// Numbers, by their bytes.
 template <>
 struct HashKey<std::uint64_t> {
     using View = std::uint64_t;
@@ -48,8 +48,7 @@ struct HashKey<std::wstring> {
     static std::uint64_t hash(View key) noexcept {
         return hashBytes(key.data(), key.size() * sizeof(wchar_t));
     }
-    // Eight bytes at a time: keys are short, and a call of the C library costs more
-    // than they do.
+    // Eight bytes at a time: keys are short, and a call of the C library costs more than they do.
     static bool isSame(View left, View right) noexcept {
         constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(wchar_t);
         const auto differ = [&](std::size_t at) {
@@ -99,11 +98,10 @@ private:
 template <>
 struct HashKey<ShortKey> : HashKey<std::wstring> {};
 
-// A table from keys to values. Not synchronised. References and iterators to
-// an entry stay valid until that entry is removed or the map cleared. The
-// destructor of a value may use the map, or destroy it: its entry cannot be
-// found any more, nor can any other one once the map is being cleared. A
-// constructor of a value may not.
+// A table from keys to values. Not synchronised. References and iterators to an entry stay valid
+// until that entry is removed or the map cleared. The destructor of a value may use the map, or
+// destroy it: its entry cannot be found any more, nor can any other one once the map is being
+// cleared. A constructor of a value may not.
 template <class V, class K = std::wstring>
 class HashMap {
 public:
@@ -181,10 +179,9 @@ public:
     const V* find(KeyView key) const noexcept { return const_cast<HashMap*>(this)->find(key); }
     bool contains(KeyView key) const noexcept { return find(key) != nullptr; }
 
-    // The key's entry, made from args at the end of the order when the key is
-    // new; second tells whether it was. Fails the assertion "valueAllocator_"
-    // when an entry is needed and there is no allocator. When memory runs out
-    // the map is as it was.
+    // The key's entry, made from args at the end of the order when the key is new; second tells
+    // whether it was. Fails the assertion "valueAllocator_" when an entry is needed and there is no
+    // allocator. When memory runs out the map is as it was.
     template <class... Args>
     std::pair<Entry&, bool> findOrInsert(KeyView key, Args&&... args) {
         const std::uint64_t hash = HashKey<K>::hash(key);
@@ -298,8 +295,7 @@ private:
         buckets_ = std::move(larger);
     }
 
-    // Empties a bucket and moves those behind it up that would no longer be
-    // found past the gap.
+    // Empties a bucket and moves those behind it up that would no longer be found past the gap.
     void closeGap(std::size_t gap) noexcept {
         const std::size_t mask = buckets_.size() - 1;
         std::size_t index = gap;

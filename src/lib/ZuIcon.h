@@ -23,6 +23,7 @@ class Icon : public Control {
 public:
     explicit Icon(const BitmapRef& bitmap = nullptr) : bitmap_(bitmap) { setTakesMouse(false); }
 
+    // Null for none.
     bool setBitmap(const BitmapRef& bitmap) { return changeDescriptor(bitmap_, bitmap); }
     // An icon whose bitmap is not visible keeps its size and draws nothing.
     bool setBitmapVisible(bool visible) { return change(bitmapVisible_, visible); }

@@ -75,6 +75,7 @@ protected:
     virtual void destroyWindow() noexcept;
 
     virtual Control& control() const = 0;
+    // What the window answers.
     LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const noexcept {
         return SendMessageW(window(), id, wide, extra);
     }

@@ -70,6 +70,7 @@ protected:
     void synchronizeCaption(const std::wstring& caption);
     void synchronizeEnabled();
 
+    // What the system calls for each message, of a window or of a dialog.
     static LRESULT CALLBACK windowProcedure(HWND window, UINT id, WPARAM wide,
                                             LPARAM extra) noexcept;
     static INT_PTR CALLBACK dialogProcedure(HWND window, UINT id, WPARAM wide,

@@ -68,7 +68,10 @@ class Reader:
             if sign == "{":
                 self.open.append("")
         elif not self.current:
-            if not sign.isspace() and sign not in ";,":
+            if sign == "{":
+                # The body behind the last initialiser.
+                self.open.append("")
+            elif not sign.isspace() and sign not in ";,":
                 self.current = self.statements[number] = Statement(number, self.open[-1], sign)
         elif sign == "{":
             match = SCOPE.match(self.current.text)
