@@ -6,12 +6,8 @@
 #include <regex>
 #include <thread>
 
-#include "ZuDateTime.h"
-#include "ZuHashMap.h"
 #include "ZuId.h"
 #include "ZuObjectPool.h"
-#include "ZuSerializable.h"
-#include "ZuText.h"
 #include "ZuVersion.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"

@@ -3,12 +3,11 @@
 #include <io.h>
 
 #include <cstdio>
+#include <regex>
 
 #include "ZuDirectory.h"
 #include "ZuEncoder.h"
 #include "ZuEncoderRuns.h"
-#include "ZuPropertyBag.h"
-#include "ZuText.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
@@ -255,6 +254,39 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
         isReported(__imp__write, writeIfThereIsRoom, Loader::save,
                    free < 12 ? "cannot write to file" : "", free < 12 ? "bytes" : "longer bytes");
     }
+}
+
+TEST_F(LoaderTest, steps_whileTracing_leaveTheirLines) {
+    const std::wstring file = folder_.file(L"a.config");
+    // clang-format off
+    const Lines expected = {
+        "saveSerializedString: enter", "saveSerializedString: serializing source...",
+        "saveSerializedString: source serialized. (size=61)", "save: enter", "save: creating file...",
+        "save: file created", "save: encoding source... (size=61)", "save: source encoded (size=62)",
+        "save: writing to file...", "save: file written", "save: file closed", "save: leave",
+        "loadSerializedString: enter", "load(string): enter",
+        "load(string): filename=" + narrow(file) + "; filesize=62", "load(string): allocating buf...",
+        "load(string): buf allocated", "load(string): reading file into buf...", "load(string): file read.",
+        "load(string): copying buf to bufs...", "load(string): copied buf to bufs.",
+        "load(string): deleting buf...", "load(string): deleted buf.", "load(string): decoding bufs to dest...",
+        "load(string): decoded bufs to dest.", "load(string): closing file...", "load(string): file closed.",
+        "load(string): leave", "loadSerializedString: deserializing wbufs... (size=61)",
+        "loadSerializedString: deserialized.", "loadSerializedString: leave", "save: enter",
+        "save: creating file...", "save: cannot create file",
+        "throwing: 'cannot open file for writing', in src/lib/ZuLoader",
+        "save: catched std::exception: cannot open file for writing", "save: leave"};
+    // clang-format on
+    SerializableUnion value;
+    value.setString(L"\u00E9");
+    const TraceCapture trace;
+    EXPECT_TRUE(Loader::saveSerializedString(file, value));
+    EXPECT_TRUE(Loader::loadSerializedString(file, value));
+    EXPECT_FALSE(Loader::save(folder_.file(L"missing\\a"), L""));
+    Lines lines = trace.messages();
+    for (std::string& line : lines) {
+        line = std::regex_replace(line, std::regex("^Loader::|, line \\d+$"), "");
+    }
+    EXPECT_EQ(lines, expected);
 }
 
 TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {

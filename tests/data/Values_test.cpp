@@ -2,8 +2,6 @@
 #include <iomanip>
 #include <sstream>
 
-#include "ZuPropertyBag.h"
-#include "ZuSerializable.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd::test {

@@ -7,8 +7,6 @@
 #include <map>
 #include <sstream>
 
-#include "ZuPropertyBag.h"
-#include "ZuText.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd::test {
@@ -299,6 +297,32 @@ TEST(XmlWriter, everyCodeUnit_escaped_changesControlsAndFiveMarksOnly) {
             ASSERT_EQ(out, text.replace(place, 1, expected)) << unit << " at " << place;
         }
     }
+}
+
+TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
+    const wstring zeros(600, L'0');
+    const std::pair<wstring, double> kDoubles[] = {
+        // clang-format off
+        {L"0x10", 0.0}, {L"-inf", -HUGE_VAL}, {L"-1.7976931348623157e308", -DBL_MAX}, {L"1" + zeros + L"e-600", 1.0},
+        {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", HUGE_VAL}, {L"2e99999999999999999999", HUGE_VAL},
+        {L"2e-99999999999999999999", 0.0}, {L"-1e400", -HUGE_VAL}, {L"1E+400", HUGE_VAL}, {L"3e-400", 0.0},
+        {L"1" + zeros, HUGE_VAL}, {L"." + zeros + L"1", 0.0}, {L"1" + zeros + L"e-1000", 0.0},
+        {L"0." + zeros + L"1e+1000", HUGE_VAL},
+        // clang-format on
+    };
+    for (const auto& [text, expected] : kDoubles) {
+        EXPECT_EQ(Xml::toDouble(text), expected) << text;
+        wstring out;
+        Xml::appendDouble(out, expected);
+        EXPECT_EQ(Xml::toDouble(out), expected) << out;
+    }
+    wstring out;
+    Xml::appendLong(out, -5, 500);
+    Xml::appendLongHex(out += L' ', 0xBEEF, 6);
+    Xml::appendSize(out += L' ', 7, 500);
+    Xml::appendSizeHex(out += L' ', ~0ULL);
+    EXPECT_EQ(out, L"-" + zeros.substr(0, 125) + L"5 00BEEF " + zeros.substr(0, 126) +
+                       L"7 FFFFFFFFFFFFFFFF");
 }
 
 TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {

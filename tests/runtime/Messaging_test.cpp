@@ -171,17 +171,5 @@ TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSa
     }
 }
 
-TEST(MessageKind, kindsInOrder_haveConsecutiveIdsAndAreFoundWhileTheyLive) {
-    const MessageKind former(L"former.MessagingTest");
-    EXPECT_EQ(former.compactId().size(), 4U);
-    {
-        const MessageKind next(L"next.MessagingTest");
-        EXPECT_EQ(std::stoi(next.compactId(), nullptr, 16),
-                  std::stoi(former.compactId(), nullptr, 16) + 1);
-        EXPECT_EQ(MessageKind::find(L"former.MessagingTest"), &former);
-    }
-    EXPECT_EQ(MessageKind::find(L"next.MessagingTest"), nullptr);
-}
-
 }  // namespace
 }  // namespace zustd::test

@@ -3,11 +3,7 @@
 #pragma once
 
 #include "ZuGeometryWin32Gdi.h"
-#include "ZuGraphicsService.h"
 #include "ZuMessageLoopWin32Gdi.h"
-#include "ZuNativeButton.h"
-#include "ZuNativeDialog.h"
-#include "ZuNativeWindow.h"
 #include "ZuResourceServiceGeneric.h"
 #include "ZuWindowHandlerWin32Gdi.h"
 #include "ZuWindowServiceWin32Gdi.h"

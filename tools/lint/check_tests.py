@@ -13,7 +13,7 @@ import sys
 from support.project import arguments, project_files, report
 
 MOST = 0.400
-COUNTED = (".cpp", ".h", ".cmake", ".txt", ".sh", ".rc", ".S")
+COUNTED = (".cpp", ".h")
 TEST = re.compile(r"^TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", re.MULTILINE)
 NAME = re.compile(r"[a-z][A-Za-z0-9]*(_[a-z0-9][A-Za-z0-9]*)+")
 
