@@ -121,7 +121,7 @@ void NativeControlWin32Gdi::place(HWND parent) {
     }
 }
 
-void NativeControlWin32Gdi::enableWindow(bool enable) noexcept {
+void NativeControlWin32Gdi::enableWindow(bool enable) const noexcept {
     if (enable != (IsWindowEnabled(window()) != FALSE)) {
         EnableWindow(window(), enable ? TRUE : FALSE);
     }

@@ -67,7 +67,7 @@ protected:
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     // Sends a text by the message that it goes with, unless it was the last one.
     void pushText(UINT id, const std::wstring& text);
-    void enableWindow(bool enable) noexcept;
+    void enableWindow(bool enable) const noexcept;
     // A window that is destroyed while it answers only disappears; it goes at the end of
     // the outermost answer, for it would not survive its end amid a message.
     void letWindowAnswer(const WindowMessage& message, LRESULT& result) noexcept;
