@@ -269,7 +269,7 @@ public:
     // if it has one on a surface and the application's preference "showTooltips" is not off; before
     // it appears, kBeforeDisplayTooltip may still set the text. The pointer is gone.
     void showTooltip(Point place);
-    void hideTooltip();
+    void hideTooltip() const;
     // Set by the router. Each sends the message of the change.
     void acceptHover(bool on) { acceptState(hovered_, on, kEnterHovering, kLeaveHovering); }
     void acceptFocus(bool on) { acceptState(focused_, on, kEnterFocus, kLeaveFocus); }

@@ -83,7 +83,7 @@ std::string narrow(std::wstring_view wide, bool* lossy) {
 std::string formatNarrow(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const std::string result = formatted(std::vsnprintf, format, arguments);
+    std::string result = formatted(std::vsnprintf, format, arguments);
     va_end(arguments);
     return result;
 }
@@ -91,7 +91,7 @@ std::string formatNarrow(const char* format, ...) {
 std::wstring formatWide(const wchar_t* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const std::wstring result = formatted<wchar_t>(std::vswprintf, format, arguments);
+    std::wstring result = formatted<wchar_t>(std::vswprintf, format, arguments);
     va_end(arguments);
     return result;
 }

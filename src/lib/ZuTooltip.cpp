@@ -145,7 +145,7 @@ void Control::showTooltip(Point place) {
     timer->start(optionsOf(*this).delay, false);
 }
 
-void Control::hideTooltip() {
+void Control::hideTooltip() const {
     const std::shared_ptr<WindowService> window = windowService();
     if (!window) {
         return;
