@@ -140,7 +140,7 @@ public:
     void resize(int round) {
         view_->setBoundary({0, 0, columnsOf(round) * kCharWidth - 1, 9999});
         // It keeps what it was asked to show.
-        window().journal.clear();
+        zustd::test::told();
     }
     std::int32_t height() { return view_->children().back()->boundary().bottom + 1; }
 
@@ -156,10 +156,6 @@ private:
         }
         resize(0);
         return fastest;
-    }
-    zustd::test::RecordingWindowService& window() {
-        return zustd::test::recordingOf<zustd::test::RecordingWindowService>(
-            *window_->windowService());
     }
 
     std::shared_ptr<zustd::WindowService> host_ = zustd::test::makeRecordingWindowService();

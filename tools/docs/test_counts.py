@@ -12,8 +12,9 @@ BEGIN, END = "<!-- counts -->\n", "<!-- end of counts -->\n"
 PROGRAM = re.compile(r"^\d+/\d+ Testing: (\S+)$(.*?)^Test time = +([\d.]+) sec$",
                      re.MULTILINE | re.DOTALL)
 PASSED = re.compile(r"^\[  PASSED  \] (\d+) test", re.MULTILINE)
-# What walks through the gallery is one test, whose closing line tells what it saw.
-WALKED = re.compile(r"^gallery: \d+ pages in \d+ languages", re.MULTILINE)
+# What walks through the gallery, or enciphers files, is one test with a closing line of its own.
+WALKED = re.compile(r"^(?:gallery: \d+ pages in \d+ languages|encipher_check: files come back)",
+                    re.MULTILINE)
 
 
 def main():

@@ -30,3 +30,4 @@ expect 2 -e 2 in ./KEY
 cmp key key.before
 expect 3 -d -e 2 made out
 [ ! -e out ]
+echo "encipher_check: files come back or are refused"
