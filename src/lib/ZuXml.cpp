@@ -116,7 +116,7 @@ struct SixPlaces {
         // What lies behind the places; the lowest bit stands for all that are smaller.
         const std::uint64_t rest = high << 33 | ((low & 0xFFFFFFFF) != 0 ? 1 : 0);
         millionths = high >> 31;
-        millionths += rest > kHalf || (rest == kHalf && millionths % 2 != 0) ? 1 : 0;
+        millionths += rest > kHalf || (rest == kHalf && millionths % 2 != 0) ? 1U : 0U;
         whole = static_cast<std::uint64_t>(integer) + millionths / kMillion;
         millionths %= kMillion;
     }
