@@ -12,6 +12,8 @@ function(pellory_target target)
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
     -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual
     -Wformat=2 -Wundef -Wextra-semi -Werror
+    # What the system's structures are not told by name is zero.
+    -Wno-missing-field-initializers
     -ffunction-sections -fdata-sections
     # Reports name a source by its path in the project, and no machine's
     # folders reach the executable.

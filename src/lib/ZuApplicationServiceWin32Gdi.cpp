@@ -82,7 +82,7 @@ ApplicationServiceWin32Gdi::ApplicationServiceWin32Gdi()
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowService(
     bool allowForeground) {
-    constexpr const wchar_t* kOperation = L"ApplicationServiceWin32Gdi::createActiveWindowService";
+    constexpr const wchar_t* kOperation = ZU_OPERATION;
     // Whoever asks for a window hears what keeps this machine from having any.
     requireWindowLibraries();
     if (auto service = serviceOf(getActiveWindow(), kOperation, L"active")) {
@@ -99,34 +99,30 @@ std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowSer
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createMainWindowService() {
-    return serviceOf(getMainWindow(), L"ApplicationServiceWin32Gdi::createMainWindowService",
-                     L"main");
+    return serviceOf(getMainWindow(), ZU_OPERATION, L"main");
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createUnboundWindowService() {
-    return guarded(L"ApplicationServiceWin32Gdi::createUnboundWindowService",
-                   std::shared_ptr<WindowService>(), [] { return makeWindowService(nullptr); });
+    return guarded(ZU_OPERATION, std::shared_ptr<WindowService>(),
+                   [] { return makeWindowService(nullptr); });
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createDesktopWindowService() {
-    return serviceOf(GetDesktopWindow(), L"ApplicationServiceWin32Gdi::createDesktopWindowService",
-                     L"desktop");
+    return serviceOf(GetDesktopWindow(), ZU_OPERATION, L"desktop");
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationName() const {
-    return guardedText(L"ApplicationServiceWin32Gdi::getApplicationName",
-                       [&] { return applicationName_; });
+    return guardedText(ZU_OPERATION, [&] { return applicationName_; });
 }
 
 void ApplicationServiceWin32Gdi::setApplicationName(const std::wstring& name) {
-    guarded(L"ApplicationServiceWin32Gdi::setApplicationName", [&] { applicationName_ = name; });
+    guarded(ZU_OPERATION, [&] { applicationName_ = name; });
 }
 
 bool ApplicationServiceWin32Gdi::openDocument(const std::wstring& document) {
     // By contract of the call, values up to 32 are errors.
     constexpr INT_PTR kLastError = 32;
-    return isWholeName(document) &&
-           guarded(L"ApplicationServiceWin32Gdi::openDocument", false, [&] {
+    return isWholeName(document) && guarded(ZU_OPERATION, false, [&] {
                const HINSTANCE result = ShellExecuteW(nullptr, L"open", document.c_str(), nullptr,
                                                       nullptr, SW_SHOWNORMAL);
                return reinterpret_cast<INT_PTR>(result) > kLastError;
@@ -134,7 +130,7 @@ bool ApplicationServiceWin32Gdi::openDocument(const std::wstring& document) {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getComputerName() const {
-    return guardedText(L"ApplicationServiceWin32Gdi::getComputerName", [&]() -> std::wstring {
+    return guardedText(ZU_OPERATION, [&]() -> std::wstring {
         std::array<wchar_t, kNameBuffer> name{};
         DWORD size = kNameBuffer;
         return GetComputerNameW(name.data(), &size) ? std::wstring(name.data(), size)
@@ -143,7 +139,7 @@ std::wstring ApplicationServiceWin32Gdi::getComputerName() const {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getMachineSid() const {
-    return guardedText(L"ApplicationServiceWin32Gdi::getMachineSid", [&]() -> std::wstring {
+    return guardedText(ZU_OPERATION, [&]() -> std::wstring {
         const std::wstring computer = getComputerName();
         if (computer.empty()) {
             return {};
@@ -165,38 +161,34 @@ std::wstring ApplicationServiceWin32Gdi::getMachineSid() const {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDirectory() const {
-    return guardedText(
-        L"ApplicationServiceWin32Gdi::getApplicationDirectory", [&]() -> std::wstring {
-            std::array<wchar_t, MAX_PATH> path{};
-            const DWORD size =
-                GetModuleFileNameW(moduleInstance_, path.data(), static_cast<DWORD>(path.size()));
-            const std::wstring whole(path.data(), size);
-            return whole.substr(0, whole.rfind(L'\\'));
-        });
+    return guardedText(ZU_OPERATION, [&]() -> std::wstring {
+        std::array<wchar_t, MAX_PATH> path{};
+        const DWORD size =
+            GetModuleFileNameW(moduleInstance_, path.data(), static_cast<DWORD>(path.size()));
+        const std::wstring whole(path.data(), size);
+        return whole.substr(0, whole.rfind(L'\\'));
+    });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserAppDataDirectory() const {
     std::wstring directory = specialFolder(CSIDL_APPDATA);
-    return directory.empty()
-               ? documentsFolder(L"ApplicationServiceWin32Gdi::getUserAppDataDirectory", true)
-               : directory;
+    return directory.empty() ? documentsFolder(ZU_OPERATION, true) : directory;
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserDocumentsDirectory() const {
-    return documentsFolder(L"ApplicationServiceWin32Gdi::getUserDocumentsDirectory", false);
+    return documentsFolder(ZU_OPERATION, false);
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create) {
-    return guardedText(
-        L"ApplicationServiceWin32Gdi::getApplicationDataDirectory", [&]() -> std::wstring {
-            std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
-            if (create && isWholeName(directory) &&
-                GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
-                // Whoever writes into it notices soon enough that it is not there.
-                static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));
-            }
-            return directory;
-        });
+    return guardedText(ZU_OPERATION, [&]() -> std::wstring {
+        std::wstring directory = getUserAppDataDirectory() + L'\\' + getApplicationName();
+        if (create && isWholeName(directory) &&
+            GetFileAttributesW(directory.c_str()) == INVALID_FILE_ATTRIBUTES) {
+            // Whoever writes into it notices soon enough that it is not there.
+            static_cast<void>(CreateDirectoryW(directory.c_str(), nullptr));
+        }
+        return directory;
+    });
 }
 
 void ApplicationServiceWin32Gdi::setCriticalError(std::uint32_t code) {
@@ -205,7 +197,7 @@ void ApplicationServiceWin32Gdi::setCriticalError(std::uint32_t code) {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getCriticalErrorText(std::uint32_t code) const {
-    return guardedText(L"ApplicationServiceWin32Gdi::getCriticalErrorText", [&]() -> std::wstring {
+    return guardedText(ZU_OPERATION, [&]() -> std::wstring {
         constexpr const wchar_t* kRequest =
             L" - please exit the application and contact your support representative";
         static constexpr std::array<const wchar_t*, 7> kTexts = {

@@ -14,9 +14,7 @@ namespace zustd {
 namespace {
 
 void check(Gdiplus::Status status) {
-    if (status != Gdiplus::Ok) {
-        throwSystemException(L"Could not read image", ZU_HERE);
-    }
+    requireSystem(status == Gdiplus::Ok, L"Could not read image", ZU_HERE);
 }
 
 void closeStream(IStream* stream) noexcept { stream->Release(); }
@@ -129,23 +127,22 @@ void startGdiPlus() {
     static const ULONG_PTR token = [] {
         const Gdiplus::GdiplusStartupInput input;
         ULONG_PTR made = 0;
-        if (Gdiplus::GdiplusStartup(&made, &input, nullptr) != Gdiplus::Ok) {
-            throwSystemException(L"Could not start GDI+", ZU_HERE);
-        }
+        requireSystem(Gdiplus::GdiplusStartup(&made, &input, nullptr) == Gdiplus::Ok,
+                      L"Could not start GDI+", ZU_HERE);
         return made;
     }();
     static const ScopeExit session([]() noexcept { Gdiplus::GdiplusShutdown(token); });
 }
 
 PixelBitmap::PixelBitmap(Size extents) : size(extents) {
-    BITMAPINFO description{};
-    description.bmiHeader = {
-        sizeof(BITMAPINFOHEADER), size.width, -size.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    const BITMAPINFO description{.bmiHeader = {.biSize = sizeof(BITMAPINFOHEADER),
+                                               .biWidth = size.width,
+                                               .biHeight = -size.height,
+                                               .biPlanes = 1,
+                                               .biBitCount = 32}};
     void* bits = nullptr;
     handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
-    if (!handle) {
-        throwSystemException(L"Could not create bitmap", ZU_HERE);
-    }
+    requireSystem(handle, L"Could not create bitmap", ZU_HERE);
     pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
 }
 
@@ -170,12 +167,12 @@ IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
     const PixelBitmap colors({saturatedSum(size.width, space), size.height});
     copyPlainPixels(colors, bitmap.image());
     const BitmapHandle mask = makeMask(colors);
-    ICONINFO parts{TRUE, 0, 0, mask.get(), colors.handle.get()};
+    ICONINFO parts{.fIcon = TRUE, .hbmMask = mask.get(), .hbmColor = colors.handle.get()};
     return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();
 }
 
 void BitmapWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"BitmapWin32Gdi::synchronizeWithAbstraction", [this] {
+    guarded(ZU_OPERATION, [this] {
         if (image_.handle) {
             return;
         }

@@ -42,14 +42,11 @@ void ButtonWin32Gdi::setImage() {
     space_ = space;
 }
 
-bool ButtonWin32Gdi::onNotification(const WindowMessage& message, LRESULT&) {
+void ButtonWin32Gdi::onCommand(UINT code) {
     // Radio buttons tell a second quick press from the first.
-    const bool isPress = message.id == WM_COMMAND && (HIWORD(message.wide) == BN_CLICKED ||
-                                                      HIWORD(message.wide) == BN_DOUBLECLICKED);
-    if (isPress && !isMirroring()) {
+    if (code == BN_CLICKED || code == BN_DOUBLECLICKED) {
         getAbstraction().click();
     }
-    return isPress;
 }
 
 bool ButtonWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {

@@ -21,7 +21,7 @@ public:
 protected:
     bool initializeFromDescriptor() override;
     void pushState() override;
-    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    void onCommand(UINT code) override;
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
     // The space bar presses it; what else is pressed the surface may use.
     bool usesKey(const KeyEvent& event) const override { return event.key == kKeySpace; }

@@ -32,7 +32,7 @@ void ComboBoxWin32Gdi::fill() {
     send(WM_SETREDRAW, FALSE);
     send(CB_INITSTORAGE, items.size(), static_cast<LPARAM>(items.size() * kBytesPerItem));
     for (const std::wstring& item : items) {
-        send(CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(item.c_str()));
+        sendData(CB_ADDSTRING, item.c_str());
     }
     send(WM_SETREDRAW, TRUE);
 }
@@ -72,30 +72,13 @@ void ComboBoxWin32Gdi::pushSelection() {
     }
 }
 
-bool ComboBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (colorField(message, result)) {
-        return true;
-    }
-    if (message.id != WM_COMMAND || isMirroring()) {
-        return false;
-    }
-    switch (HIWORD(message.wide)) {
-        case CBN_EDITCHANGE:
-            acceptTyped();
-            return true;
-        case CBN_SELENDCANCEL:
-        case CBN_CLOSEUP:
-            // The list goes back to what it showed before, and says nothing.
-            if (getAbstraction().isEditable()) {
-                acceptTyped();
-                return true;
-            }
-            [[fallthrough]];
-        case CBN_SELCHANGE:
-            getAbstraction().acceptSelection(selectedInList());
-            return true;
-        default:
-            return false;
+void ComboBoxWin32Gdi::onCommand(UINT code) {
+    // A list that closes goes back to what it showed before, and says nothing.
+    const bool closes = code == CBN_SELENDCANCEL || code == CBN_CLOSEUP;
+    if (code == CBN_EDITCHANGE || (closes && getAbstraction().isEditable())) {
+        acceptTyped();
+    } else if (code == CBN_SELCHANGE || closes) {
+        getAbstraction().acceptSelection(selectedInList());
     }
 }
 

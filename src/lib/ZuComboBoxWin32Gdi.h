@@ -23,7 +23,8 @@ protected:
 
     bool initializeFromDescriptor() override;
     void pushState() override;
-    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    void onCommand(UINT code) override;
+    bool hasField() const noexcept override { return true; }
     // The list asks the box itself for its colours.
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override {
         return colorField(message, result);

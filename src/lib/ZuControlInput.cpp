@@ -5,41 +5,39 @@ namespace zustd {
 
 using enum MessageWords;
 
-const MessageKind Control::kEnterHovering(L"enterHovering.Control", kNumbers);
-const MessageKind Control::kLeaveHovering(L"leaveHovering.Control", kNumbers);
-const MessageKind Control::kEnterLeftClicking(L"enterLeftClicking.Control", kNumbers);
-const MessageKind Control::kLeaveLeftClicking(L"leaveLeftClicking.Control", kNumbers);
-const MessageKind Control::kEnterRightClicking(L"enterRightClicking.Control", kNumbers);
-const MessageKind Control::kLeaveRightClicking(L"leaveRightClicking.Control", kNumbers);
-const MessageKind Control::kEnterFocus(L"enterFocus.Control", kNumbers);
-const MessageKind Control::kLeaveFocus(L"leaveFocus.Control", kNumbers);
-const MessageKind Control::kLeftClicked(L"leftClicked.Control", kNumbers);
-const MessageKind Control::kRightClicked(L"rightClicked.Control", kNumbers);
-const MessageKind Control::kDragging(L"dragging.Control", kNumbers);
-const MessageKind Control::kDropped(L"dropped.Control", kNumbers);
+ZU_MESSAGE_KIND(Control::kEnterHovering, kNumbers);
+ZU_MESSAGE_KIND(Control::kLeaveHovering, kNumbers);
+ZU_MESSAGE_KIND(Control::kEnterLeftClicking, kNumbers);
+ZU_MESSAGE_KIND(Control::kLeaveLeftClicking, kNumbers);
+ZU_MESSAGE_KIND(Control::kEnterRightClicking, kNumbers);
+ZU_MESSAGE_KIND(Control::kLeaveRightClicking, kNumbers);
+ZU_MESSAGE_KIND(Control::kEnterFocus, kNumbers);
+ZU_MESSAGE_KIND(Control::kLeaveFocus, kNumbers);
+ZU_MESSAGE_KIND(Control::kLeftClicked, kNumbers);
+ZU_MESSAGE_KIND(Control::kRightClicked, kNumbers);
+ZU_MESSAGE_KIND(Control::kDragging, kNumbers);
+ZU_MESSAGE_KIND(Control::kDropped, kNumbers);
 const MessageKind Control::kScrolledMousewheel(L"scrolledmousewheel.Control", kNumbers);
 const MessageKind Control::kCtrlScrolledMousewheel(L"ctrlScrolledmousewheel.Control", kNumbers);
 const MessageKind Control::kShiftScrolledMousewheel(L"shiftScrolledmousewheel.Control", kNumbers);
-const MessageKind Control::kScrolled(L"scrolled.Control", kNumbers);
+ZU_MESSAGE_KIND(Control::kScrolled, kNumbers);
 const MessageKind Control::kScrolledHorizontally(L"scrolledhorizontally.Control", kNumbers);
 const MessageKind Control::kScrolledVertically(L"scrolledvertically.Control", kNumbers);
-const MessageKind Control::kKeyPressed(L"keyPressed.Control", kNumbers);
-const MessageKind Control::kSelectNextItem(L"selectNextItem.Control", kNumbers);
-const MessageKind Control::kSelectPreviousItem(L"selectPreviousItem.Control", kNumbers);
-const MessageKind Control::kMoveUp(L"moveUp.Control", kNumbers);
-const MessageKind Control::kMoveDown(L"moveDown.Control", kNumbers);
-const MessageKind Control::kToggleExpandCollapse(L"toggleExpandCollapse.Control", kNumbers);
-const MessageKind Control::kSelected(L"selected.Control", kNumbers);
-const MessageKind Control::kUnselected(L"unselected.Control", kNumbers);
-const MessageKind Control::kChangePreferredWidth(L"changePreferredWidth.Control", kNumbers);
-const MessageKind Control::kChangePreferredHeight(L"changePreferredHeight.Control", kNumbers);
-const MessageKind Control::kShouldRefresh(L"shouldRefresh.Control", kNumbers);
-const MessageKind Control::kShouldReselectCurrentChild(L"shouldReselectCurrentChild.Control",
-                                                       kNumbers);
-const MessageKind Control::kShouldScrollChildIntoView(L"shouldScrollChildIntoView.Control",
-                                                      kObject);
-const MessageKind Control::kBeforeDisplayTooltip(L"beforeDisplayTooltip.Control", kNumbers);
-const MessageKind Control::kClose(L"close.Control", kObject);
+ZU_MESSAGE_KIND(Control::kKeyPressed, kNumbers);
+ZU_MESSAGE_KIND(Control::kSelectNextItem, kNumbers);
+ZU_MESSAGE_KIND(Control::kSelectPreviousItem, kNumbers);
+ZU_MESSAGE_KIND(Control::kMoveUp, kNumbers);
+ZU_MESSAGE_KIND(Control::kMoveDown, kNumbers);
+ZU_MESSAGE_KIND(Control::kToggleExpandCollapse, kNumbers);
+ZU_MESSAGE_KIND(Control::kSelected, kNumbers);
+ZU_MESSAGE_KIND(Control::kUnselected, kNumbers);
+ZU_MESSAGE_KIND(Control::kChangePreferredWidth, kNumbers);
+ZU_MESSAGE_KIND(Control::kChangePreferredHeight, kNumbers);
+ZU_MESSAGE_KIND(Control::kShouldRefresh, kNumbers);
+ZU_MESSAGE_KIND(Control::kShouldReselectCurrentChild, kNumbers);
+ZU_MESSAGE_KIND(Control::kShouldScrollChildIntoView, kObject);
+ZU_MESSAGE_KIND(Control::kBeforeDisplayTooltip, kNumbers);
+ZU_MESSAGE_KIND(Control::kClose, kObject);
 
 MessageWord wordOfPoint(Point point) noexcept {
     const std::uint64_t bits = (std::uint64_t{static_cast<std::uint32_t>(point.y)} << 32) |

@@ -19,7 +19,7 @@ std::int32_t keptWithin(std::int32_t start, std::int32_t extent, std::int32_t fi
 }  // namespace
 
 void DialogWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"DialogWin32Gdi::synchronizeWithAbstraction", [this] {
+    guarded(ZU_OPERATION, [this] {
         if (window() == nullptr) {
             createWindow(ModalSession::ownerFor(creatorWindow()));
         }
@@ -41,7 +41,7 @@ void DialogWin32Gdi::releaseNativeObject() {
 }
 
 int DialogWin32Gdi::show(bool modal) {
-    return guarded(L"DialogWin32Gdi::show", kAnswerNone, [this, modal] {
+    return guarded(ZU_OPERATION, kAnswerNone, [this, modal] {
         // Whoever hears of a focus that moves may drop the dialog.
         std::shared_ptr<Control> alive = sharedReference<Control>(&getAbstraction());
         if (session_ != nullptr || !makeReady()) {
@@ -147,16 +147,14 @@ void DialogWin32Gdi::createWindow(HWND owner) {
         style |= WS_CAPTION | (isResizable ? WS_THICKFRAME | WS_MAXIMIZEBOX : DWORD{DS_MODALFRAME});
         style |= hasStyle(NativeDialog::kStyleNotClosable) ? 0U : DWORD{WS_SYSMENU};
     }
-    // Without menu, class, caption and font of its own, as the three zeros say.
+    // Without menu, class, caption and font of its own, as the three zeros behind it say.
     struct alignas(DWORD) {
         DLGTEMPLATE head;
         std::array<WORD, 3> none;
-    } description{{style, extendedStyle, 0, 0, 0, 0, 0}, {}};
+    } description{.head = {.style = style, .dwExtendedStyle = extendedStyle}};
     const HWND made = CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &description.head,
                                                  owner, &dialogProcedure, 0);
-    if (made == nullptr) {
-        throwSystemException(L"Could not create dialog", ZU_HERE);
-    }
+    requireSystem(made, L"Could not create dialog", ZU_HERE);
     adopt(made);
     owner_ = owner;
     defaultButton_ = nullptr;

@@ -24,7 +24,7 @@ public:
     bool hasNativeObject() const override { return window() != nullptr; }
     int show(bool modal) override;
     void hide(int result) override {
-        guarded(L"DialogWin32Gdi::hide", [this, result] { internalHide(result); });
+        guarded(ZU_OPERATION, [this, result] { internalHide(result); });
     }
     Control& surface() const override { return getAbstraction(); }
     void setShown(bool shown) override;

@@ -30,12 +30,10 @@ bool standsAlone(wchar_t character) noexcept {
 }  // namespace
 
 void FontWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"FontWin32Gdi::synchronizeWithAbstraction", [this] {
+    guarded(ZU_OPERATION, [this] {
         if (!font_) {
             font_ = makeFontHandle(getAbstraction().style(), scalingFactor_);
-            if (!font_) {
-                throwSystemException(L"Could not create font", ZU_HERE);
-            }
+            requireSystem(font_, L"Could not create font", ZU_HERE);
         }
     });
 }

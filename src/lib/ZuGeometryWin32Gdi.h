@@ -31,7 +31,7 @@ inline Size clientSizeOf(HWND window) noexcept {
 
 // What windows may use of a screen.
 inline Rect workAreaOf(HMONITOR screen) noexcept {
-    MONITORINFO monitor{sizeof(monitor), {}, {}, 0};
+    MONITORINFO monitor{.cbSize = sizeof(monitor)};
     GetMonitorInfoW(screen, &monitor);
     return portableRect(monitor.rcWork);
 }

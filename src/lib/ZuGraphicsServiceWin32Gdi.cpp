@@ -231,7 +231,7 @@ Size GraphicsServiceWin32Gdi::measureTextSize(std::wstring_view text, const Font
     if (width > 0) {
         const HDC context = measuringContext();
         const SelectedObject selected(context, backend.handle());
-        RECT area{0, 0, cut(width), 0};
+        RECT area{.right = cut(width)};
         DrawTextW(context, text.data(), lengthForSystem(text), &area,
                   kWrapped | DT_NOPREFIX | DT_CALCRECT);
         return {area.right, area.bottom};
@@ -260,9 +260,7 @@ void GraphicsServiceWin32Gdi::beginBufferedPaint(const Rect& area) {
         PixelBitmap({std::max(layer.area.width(), 1), std::max(layer.area.height(), 1)}).handle;
     layer.context = layer.memory.get();
     layer.selected = SelectedObject(layer.context, layer.bitmap.get());
-    if (!layer.memory || !layer.selected) {
-        throwSystemException(L"Could not create paint buffer", ZU_HERE);
-    }
+    requireSystem(layer.memory && layer.selected, L"Could not create paint buffer", ZU_HERE);
     SetViewportOrgEx(layer.context, -layer.area.left, -layer.area.top, nullptr);
     SetBkMode(layer.context, TRANSPARENT);
     // What is not drawn over keeps its look.

@@ -102,9 +102,7 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     native.iSubItem = static_cast<int>(column);
     const LRESULT done =
         send(isNew ? LVM_INSERTCOLUMNW : LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&native));
-    if (isNew ? done < 0 : done == FALSE) {
-        throwSystemException(L"Could not set column", ZU_HERE);
-    }
+    requireSystem(isNew ? done >= 0 : done != FALSE, L"Could not set column", ZU_HERE);
     columns_.resize(std::max(columns_.size(), column + 1));
     columns_[column] = wanted;
 }
@@ -140,17 +138,17 @@ std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
 }
 
 void GridViewWin32Gdi::resizeColumns() {
-    guarded(L"GridViewWin32Gdi::resizeColumns", [this] {
+    guarded(ZU_OPERATION, [this] {
         const Mirroring mirroring(*this);
         const std::size_t count = std::min(columns_.size(), getAbstraction().columns().size());
         for (std::size_t column = 0; column < count; ++column) {
-            send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
+            send(LVM_SETCOLUMNWIDTH, column, widthOf(column));
         }
     });
 }
 
 void GridViewWin32Gdi::synchronizeBitmaps() {
-    guarded(L"GridViewWin32Gdi::synchronizeBitmaps", [this] {
+    guarded(ZU_OPERATION, [this] {
         if (window() != nullptr) {
             const Mirroring mirroring(*this);
             forgetImages();
@@ -241,42 +239,38 @@ void GridViewWin32Gdi::showTooltip(NMLVGETINFOTIPW& request) {
 
 // --- What the user does ---------------------------------------------------------------------
 
-bool GridViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (message.id != WM_NOTIFY) {
-        return false;
-    }
-    auto* header = reinterpret_cast<NMHDR*>(message.extra);
-    switch (header->code) {
+LRESULT GridViewWin32Gdi::onNotify(NMHDR& header) {
+    switch (header.code) {
         case LVN_GETDISPINFOW:
-            answerDisplay(reinterpret_cast<NMLVDISPINFOW*>(header)->item);
-            return true;
+            answerDisplay(reinterpret_cast<NMLVDISPINFOW&>(header).item);
+            break;
         case LVN_ODFINDITEMW:
-            result = find(*reinterpret_cast<const NMLVFINDITEMW*>(header));
-            return true;
+            return find(reinterpret_cast<const NMLVFINDITEMW&>(header));
         case LVN_GETINFOTIPW:
-            showTooltip(*reinterpret_cast<NMLVGETINFOTIPW*>(header));
-            return true;
+            showTooltip(reinterpret_cast<NMLVGETINFOTIPW&>(header));
+            break;
         case LVN_ITEMCHANGED: {
-            const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
+            const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
             acceptSelection(change.iItem, change.iItem, change.uOldState, change.uNewState);
-            return true;
+            break;
         }
         case LVN_ODSTATECHANGED: {
-            const auto& change = *reinterpret_cast<const NMLVODSTATECHANGE*>(header);
+            const auto& change = reinterpret_cast<const NMLVODSTATECHANGE&>(header);
             acceptSelection(change.iFrom, change.iTo, change.uOldState, change.uNewState);
-            return true;
+            break;
         }
         case NM_CLICK:
         case NM_DBLCLK:
         case NM_RCLICK: {
-            const std::size_t row = rowOf(reinterpret_cast<const NMITEMACTIVATE*>(header)->iItem);
+            const std::size_t row = rowOf(reinterpret_cast<const NMITEMACTIVATE&>(header).iItem);
             clickedKey_ = row != kNullSize ? model().key(row) : L"";
-            click_ = header->code;
-            return true;
+            click_ = header.code;
+            break;
         }
         default:
-            return false;
+            break;
     }
+    return 0;
 }
 
 void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT newState) {
@@ -324,7 +318,7 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     columns_[column].width = width;
     if (width == 0) {
         const Mirroring mirroring(*this);
-        send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(widthOf(column), 0));
+        send(LVM_SETCOLUMNWIDTH, column, widthOf(column));
     }
     return width == 0;
 }

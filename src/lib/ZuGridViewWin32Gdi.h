@@ -39,7 +39,7 @@ protected:
 
     bool initializeFromDescriptor() override;
     void pushState() override;
-    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    LRESULT onNotify(NMHDR& header) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
     bool toggleAt(LPARAM point) override;

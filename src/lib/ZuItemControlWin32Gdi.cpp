@@ -16,9 +16,7 @@ constexpr std::uint32_t kOpaque = 0xFF000000;
 
 ImageListHandle makeList(Size size, int room) {
     ImageListHandle list(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1));
-    if (!list) {
-        throwSystemException(L"Could not create image list", ZU_HERE);
-    }
+    requireSystem(list, L"Could not create image list", ZU_HERE);
     return list;
 }
 
@@ -28,9 +26,8 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
                      [](std::uint32_t pixel) { return (pixel & kOpaque) != 0; })) {
         image.pixels.front() = 0x01000000;
     }
-    if (ImageList_Add(list.get(), image.handle.get(), nullptr) < 0) {
-        throwSystemException(L"Could not add image", ZU_HERE);
-    }
+    requireSystem(ImageList_Add(list.get(), image.handle.get(), nullptr) >= 0,
+                  L"Could not add image", ZU_HERE);
 }
 
 using ThemeHandle = Handle<NullHandleTraits<HTHEME, &CloseThemeData>>;

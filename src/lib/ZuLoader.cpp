@@ -83,7 +83,7 @@ void writeAll(const std::wstring& fileName, const std::wstring& text) {
 }  // namespace
 
 bool Loader::load(const std::wstring& fileName, std::wstring& text) noexcept {
-    return guarded(L"Loader::load", false, [&] {
+    return guarded(ZU_OPERATION, false, [&] {
         step(L"Loader::load(string): enter");
         File file = openForReading(fileName);
         if (!file) {
@@ -104,13 +104,13 @@ bool Loader::load(const std::wstring& fileName, std::wstring& text) noexcept {
 
 bool Loader::save(const std::wstring& fileName, const std::wstring& text) noexcept {
     step(L"Loader::save: enter");
-    const bool saved = guarded(L"Loader::save", [&] { writeAll(fileName, text); });
+    const bool saved = guarded(ZU_OPERATION, [&] { writeAll(fileName, text); });
     step(L"Loader::save: leave");
     return saved;
 }
 
 bool Loader::loadSerializedString(const std::wstring& fileName, ISerializable& target) noexcept {
-    return guarded(L"Loader::loadSerializedString", false, [&] {
+    return guarded(ZU_OPERATION, false, [&] {
         step(L"Loader::loadSerializedString: enter");
         std::wstring wbufs;
         if (!load(fileName, wbufs)) {

@@ -30,14 +30,12 @@ private:
 }  // namespace
 
 int MessageBoxWin32Gdi::show(const wchar_t* failure) {
-    if (!guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); })) {
-        throwSystemException(failure, ZU_HERE);
-    }
+    requireSystem(guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); }), failure,
+                  ZU_HERE);
     service_.playMessageSound(box_.style);
     // Which may have taken long enough for the dialog to lose its window.
-    if (!dynamic_cast<DialogWin32Gdi&>(dialog_->implementation()).makeReady()) {
-        throwSystemException(failure, ZU_HERE);
-    }
+    requireSystem(dynamic_cast<DialogWin32Gdi&>(dialog_->implementation()).makeReady(), failure,
+                  ZU_HERE);
     dialog_->show(true);
     box_.doNotShowAgain = view_->isChecked();
     return view_->answer();
@@ -99,9 +97,7 @@ void MessageBoxWin32Gdi::showText(const std::wstring& text, const Rect& place,
         0, L"STATIC", text.c_str(), WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX, place.left,
         place.top, place.width(), place.height(), nativeWindowOf(*dialog_),
         reinterpret_cast<HMENU>(kTextIdentifier), GetModuleHandleW(nullptr), nullptr);
-    if (label == nullptr) {
-        throwSystemException(L"Could not create window", ZU_HERE);
-    }
+    requireSystem(label, L"Could not create window", ZU_HERE);
     SendMessageW(label, WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*font).handle()), FALSE);
 }
 

@@ -217,7 +217,7 @@ bool MessageSource::sendMessage(const MessageKind& kind, MessageWord a, MessageW
         if (isDeliveryDeferred()) {
             deferDelivery(kind, a, b, delivery.current());
         } else {
-            guarded(L"MessageSource::sendMessage", [&] { sink->receiveMessage(kind, a, b); });
+            guarded(ZU_OPERATION, [&] { sink->receiveMessage(kind, a, b); });
         }
     }
     return true;

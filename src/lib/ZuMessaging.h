@@ -72,6 +72,34 @@ private:
     MessageKind* older_ = nullptr;
 };
 
+namespace detail {
+
+// What the kind Class::kEvent is called, computed while compiling: event.Class.
+template <std::size_t N>
+struct KindName {
+    wchar_t text[N]{};
+
+    constexpr explicit KindName(const wchar_t (&member)[N]) {
+        const std::wstring_view whole(member);
+        const std::size_t colon = whole.find(L':');
+        const std::wstring_view event = whole.substr(colon + 3);
+        event.copy(text, event.size());
+        text[0] = static_cast<wchar_t>(text[0] - L'A' + L'a');
+        text[event.size()] = L'.';
+        whole.copy(text + event.size() + 1, colon);
+    }
+};
+
+template <KindName Name>
+inline constexpr const wchar_t* kKindText = Name.text;
+
+}  // namespace detail
+
+// Defines the kind that a class declares as kEvent; words are those of the constructor.
+#define ZU_MESSAGE_KIND(member, words)                                                             \
+    const ::zustd::MessageKind member(                                                             \
+        ::zustd::detail::kKindText<::zustd::detail::KindName{L"" #member}>, words)
+
 // One of the two argument words of a message; the kind says what it holds. A text
 // or object is borrowed for the delivery. 64 bits everywhere: a point needs them.
 class MessageWord {

@@ -7,8 +7,8 @@ namespace zustd {
 
 using enum MessageWords;
 
-const MessageKind NativeComboBox::kSelectionChanged(L"selectionChanged.NativeComboBox", kObject);
-const MessageKind NativeComboBox::kTextChanged(L"textChanged.NativeComboBox", kObject);
+ZU_MESSAGE_KIND(NativeComboBox::kSelectionChanged, kObject);
+ZU_MESSAGE_KIND(NativeComboBox::kTextChanged, kObject);
 
 bool NativeComboBox::setEditable(bool editable) {
     const ControlUpdate update(*this);

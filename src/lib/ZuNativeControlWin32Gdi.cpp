@@ -9,7 +9,8 @@ namespace zustd {
 
 void trackLeaving(HWND window, bool& tracks) noexcept {
     if (!tracks) {
-        TRACKMOUSEEVENT request{sizeof(request), TME_LEAVE, window, 0};
+        TRACKMOUSEEVENT request{
+            .cbSize = sizeof(request), .dwFlags = TME_LEAVE, .hwndTrack = window};
         tracks = TrackMouseEvent(&request) != FALSE;
     }
 }
@@ -89,9 +90,8 @@ void NativeControlWin32Gdi::createWindow(const wchar_t* windowClass, DWORD style
                                       area.top, area.width(), area.height(), parent,
                                       reinterpret_cast<HMENU>(identifier),
                                       GetModuleHandleW(nullptr), nullptr));
-    if (!made || !attachment_.attach(made.get(), *this, operation_)) {
-        throwSystemException(L"Could not create window", ZU_HERE);
-    }
+    requireSystem(made && attachment_.attach(made.get(), *this, operation_),
+                  L"Could not create window", ZU_HERE);
     made.release();
     style_ = style;
     text_.clear();
@@ -129,7 +129,7 @@ void NativeControlWin32Gdi::enableWindow(bool enable) const noexcept {
 
 void NativeControlWin32Gdi::pushText(UINT id, const std::wstring& text) {
     if (std::exchange(text_, text) != text) {
-        send(id, 0, reinterpret_cast<LPARAM>(text.c_str()));
+        sendData(id, text.c_str());
     }
 }
 
@@ -172,8 +172,25 @@ bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& messag
                                                      LRESULT& result) {
     // Whoever hears of it may drop the control.
     const std::shared_ptr<Control> alive = sharedReference(&control());
-    return isOwn(message.window) ? handleOwnMessage(message, result)
-                                 : onNotification(message, result);
+    if (isOwn(message.window)) {
+        return handleOwnMessage(message, result);
+    }
+    switch (message.id) {
+        case WM_COMMAND:
+            if (!isMirroring()) {
+                onCommand(HIWORD(message.wide));
+            }
+            return true;
+        case WM_HSCROLL:
+        case WM_VSCROLL:
+            onCommand(LOWORD(message.wide));
+            return true;
+        case WM_NOTIFY:
+            result = onNotify(*reinterpret_cast<NMHDR*>(message.extra));
+            return true;
+        default:
+            return hasField() && colorField(message, result);
+    }
 }
 
 bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESULT& result) {

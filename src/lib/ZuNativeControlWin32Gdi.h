@@ -79,9 +79,15 @@ protected:
     LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const noexcept {
         return SendMessageW(window(), id, wide, extra);
     }
+    // A message whose second word is the address of what it is about.
+    LRESULT sendData(UINT id, const void* data) const noexcept {
+        return send(id, 0, reinterpret_cast<LPARAM>(data));
+    }
 
-    // What the parent hears of the control; see handleMultiWindowMessage().
-    virtual bool onNotification(const WindowMessage&, LRESULT&) { return false; }
+    // What the parent hears of the control: the code of a command that is not the backend's
+    // own doing, or of a request to scroll, and a notification with what is answered to it.
+    virtual void onCommand(UINT) {}
+    virtual LRESULT onNotify(NMHDR&) { return 0; }
     // A message of the own window, after focus, hovering and unused keys.
     virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
     // Whether the control needs the key; others go to the surface.
@@ -95,6 +101,8 @@ protected:
     // A window inside of the control's, such as the field of a combo box: its focus
     // and keys are the control's until either window goes.
     void attachPart(HWND part) { part_.attach(part, *this, operation_); }
+    // Whether the window is a field, whose colours colorField() says.
+    virtual bool hasField() const noexcept { return false; }
     // Answers a request for the colours of a field: with those that the control
     // itself sets, since a field on a coloured surface stays as the system paints
     // fields. False when it sets none, and for any other message.

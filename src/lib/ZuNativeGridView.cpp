@@ -4,12 +4,11 @@ namespace zustd {
 
 using enum MessageWords;
 
-const MessageKind NativeGridView::kBeforeDisplayRowTooltip(
-    L"beforeDisplayRowTooltip.NativeGridView", kObject);
-const MessageKind NativeGridView::kCheckStateChanged(L"checkStateChanged.NativeGridView", kObject);
-const MessageKind NativeGridView::kLeftClicked(L"leftClicked.NativeGridView", kObject);
-const MessageKind NativeGridView::kRightClicked(L"rightClicked.NativeGridView", kObject);
-const MessageKind NativeGridView::kSelectionChanged(L"selectionChanged.NativeGridView", kObject);
+ZU_MESSAGE_KIND(NativeGridView::kBeforeDisplayRowTooltip, kObject);
+ZU_MESSAGE_KIND(NativeGridView::kCheckStateChanged, kObject);
+ZU_MESSAGE_KIND(NativeGridView::kLeftClicked, kObject);
+ZU_MESSAGE_KIND(NativeGridView::kRightClicked, kObject);
+ZU_MESSAGE_KIND(NativeGridView::kSelectionChanged, kObject);
 
 bool NativeGridView::setMultiSelect(bool multiSelect) {
     const ControlUpdate update(*this);

@@ -4,7 +4,7 @@
 
 namespace zustd {
 
-const MessageKind NativeTextBox::kTextChanged(L"textChanged.NativeTextBox", MessageWords::kObject);
+ZU_MESSAGE_KIND(NativeTextBox::kTextChanged, MessageWords::kObject);
 
 namespace {
 

@@ -4,11 +4,11 @@ namespace zustd {
 
 using enum MessageWords;
 
-const MessageKind NativeTreeView::kCheckStateChanged(L"checkStateChanged.NativeTreeView", kObject);
-const MessageKind NativeTreeView::kNodeCollapsing(L"nodeCollapsing.NativeTreeView", kObject);
-const MessageKind NativeTreeView::kNodeExpanding(L"nodeExpanding.NativeTreeView", kObject);
-const MessageKind NativeTreeView::kRightClicked(L"rightClicked.NativeTreeView", kObject);
-const MessageKind NativeTreeView::kSelectionChanged(L"selectionChanged.NativeTreeView", kObject);
+ZU_MESSAGE_KIND(NativeTreeView::kCheckStateChanged, kObject);
+ZU_MESSAGE_KIND(NativeTreeView::kNodeCollapsing, kObject);
+ZU_MESSAGE_KIND(NativeTreeView::kNodeExpanding, kObject);
+ZU_MESSAGE_KIND(NativeTreeView::kRightClicked, kObject);
+ZU_MESSAGE_KIND(NativeTreeView::kSelectionChanged, kObject);
 
 bool NativeTreeView::acceptExpanding(TreeNode node, bool expand) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);

@@ -156,6 +156,25 @@ struct UnitName {
 template <UnitName Unit>
 inline constexpr const wchar_t* kUnitText = Unit.text;
 
+// A member function's class and name, computed while compiling from the signature that the
+// compiler spells out, such as "virtual bool zustd::Font::scale(int) const".
+template <std::size_t N>
+struct OperationName {
+    wchar_t text[N]{};
+
+    constexpr explicit OperationName(const char (&signature)[N]) {
+        std::string_view name(signature, N - 1);
+        name.remove_suffix(name.size() - name.find('('));
+        name.remove_prefix(name.find_last_of(" :", name.rfind(':') - 2) + 1);
+        for (std::size_t i = 0; i < name.size(); ++i) {
+            text[i] = static_cast<wchar_t>(name[i]);
+        }
+    }
+};
+
+template <OperationName Operation>
+inline constexpr const wchar_t* kOperationText = Operation.text;
+
 // Traces the two lines of a failed assertion and throws the expression text.
 [[noreturn]] void failAssertion(const wchar_t* expression, SourcePlace place);
 
@@ -166,6 +185,10 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 
 // The unit that this source belongs to, as a wide string with static lifetime.
 #define ZU_UNIT (::zustd::detail::kUnitText<::zustd::detail::UnitName{L"" __FILE__}>)
+
+// The member function around this place as Class::function, for guarded(); not inside of a lambda.
+#define ZU_OPERATION                                                                               \
+    (::zustd::detail::kOperationText<::zustd::detail::OperationName{__PRETTY_FUNCTION__}>)
 
 // This place in the source.
 #define ZU_HERE (::zustd::SourcePlace{ZU_UNIT, __LINE__})
@@ -190,6 +213,14 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 
 // Traces the throw report, then throws a SystemException with the text.
 [[noreturn]] void throwSystemException(const wchar_t* text, SourcePlace place);
+
+// The same unless done, which is what the system answered: a handle or whether it did it.
+template <class T>
+void requireSystem(const T& done, const wchar_t* text, SourcePlace place) {
+    if (!done) {
+        throwSystemException(text, place);
+    }
+}
 
 // Traces the throw report with this text, then throws the failure: for all
 // other kinds. Nothing in the framework is thrown but by these operations.

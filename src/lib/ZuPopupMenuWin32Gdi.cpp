@@ -28,9 +28,7 @@ public:
 private:
     MenuHandle make(const std::vector<PopupMenuItem>& items) {
         MenuHandle menu(CreatePopupMenu());
-        if (!menu) {
-            throwSystemException(L"Could not create menu", ZU_HERE);
-        }
+        requireSystem(menu, L"Could not create menu", ZU_HERE);
         for (const PopupMenuItem& item : items) {
             append(menu.get(), item);
         }
@@ -55,9 +53,8 @@ private:
             info.hbmpItem = imageOf(item);
             info.hSubMenu = below.get();
         }
-        if (!InsertMenuItemW(menu, UINT_MAX, TRUE, &info)) {
-            throwSystemException(L"Could not fill menu", ZU_HERE);
-        }
+        requireSystem(InsertMenuItemW(menu, UINT_MAX, TRUE, &info), L"Could not fill menu",
+                      ZU_HERE);
         // The menu that it opens from destroys it.
         static_cast<void>(below.release());
     }
@@ -90,7 +87,7 @@ HWND windowOf(const std::shared_ptr<WindowService>& service) {
 }  // namespace
 
 std::uint32_t PopupMenuWin32Gdi::show(Point place) {
-    return guarded(L"PopupMenuWin32Gdi::show", std::uint32_t{0}, [&] {
+    return guarded(ZU_OPERATION, std::uint32_t{0}, [&] {
         const std::shared_ptr<WindowService> service = creator_.lock();
         const NativeMenu menu(service.get(), getAbstraction().items());
         WindowHandle standIn;

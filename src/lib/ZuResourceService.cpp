@@ -22,8 +22,7 @@ std::wstring displayLanguage() {
 
 }  // namespace
 
-const MessageKind ResourceService::kLanguageChanged(L"languageChanged.ResourceService",
-                                                    MessageWords::kText);
+ZU_MESSAGE_KIND(ResourceService::kLanguageChanged, MessageWords::kText);
 
 std::wstring shownString(const IResourceService& resources, std::uint64_t key) {
     return guarded(L"shownString", std::wstring(), [&] { return resources.getString(key); });

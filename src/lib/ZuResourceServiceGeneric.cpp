@@ -130,8 +130,7 @@ std::shared_ptr<const StringTable> ResourceServiceGeneric::getStringTable() cons
         return strings_;
     }
     auto table = std::make_shared<StringTable>();
-    if (file == nullptr || guarded(L"ResourceServiceGeneric::getStringTable",
-                                   [&] { readStringTable(*file, *table); })) {
+    if (file == nullptr || guarded(ZU_OPERATION, [&] { readStringTable(*file, *table); })) {
         strings_ = table;
         return table;
     }

@@ -10,13 +10,17 @@ bool ScrollBarWin32Gdi::initializeFromDescriptor() {
 void ScrollBarWin32Gdi::pushState() {
     const NativeScrollBar& bar = getAbstraction();
     // At once: every part would be painted for itself.
-    push({sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS, bar.minimum(), bar.maximum(),
-          static_cast<UINT>(bar.pageSize()), bar.position(), 0});
+    push({.fMask = SIF_RANGE | SIF_PAGE | SIF_POS,
+          .nMin = bar.minimum(),
+          .nMax = bar.maximum(),
+          .nPage = static_cast<UINT>(bar.pageSize()),
+          .nPos = bar.position()});
     setEnableArrows(bar.position() > bar.minimum(), bar.position() < bar.highestPosition());
 }
 
 // Compared first: every push paints the bar. The system cuts a page to the range.
 void ScrollBarWin32Gdi::push(SCROLLINFO info) {
+    info.cbSize = sizeof(info);
     const NativeScrollBar& bar = getAbstraction();
     const std::int64_t range = std::int64_t{bar.maximum()} - bar.minimum() + 1;
     info.nPage = static_cast<UINT>(std::min<std::int64_t>(info.nPage, range));
@@ -30,7 +34,7 @@ void ScrollBarWin32Gdi::push(SCROLLINFO info) {
 }
 
 SCROLLINFO ScrollBarWin32Gdi::read(UINT mask) const noexcept {
-    SCROLLINFO info{sizeof(SCROLLINFO), mask, 0, 0, 0, 0, 0};
+    SCROLLINFO info{.cbSize = sizeof(info), .fMask = mask};
     GetScrollInfo(window(), SB_CTL, &info);
     return info;
 }
@@ -58,7 +62,7 @@ bool ScrollBarWin32Gdi::canBeUsed() const {
 
 // Where a request of the bar leads to. The message itself has room for 16 bits
 // of a position, hence the look at the bar.
-std::int32_t ScrollBarWin32Gdi::positionFor(int request) const {
+std::int32_t ScrollBarWin32Gdi::positionFor(UINT request) const {
     const NativeScrollBar& bar = getAbstraction();
     const auto moved = [&bar](std::int64_t distance) {
         return saturate(bar.position() + distance);
@@ -84,14 +88,9 @@ std::int32_t ScrollBarWin32Gdi::positionFor(int request) const {
     }
 }
 
-bool ScrollBarWin32Gdi::onNotification(const WindowMessage& message, LRESULT&) {
-    if (message.id != WM_HSCROLL && message.id != WM_VSCROLL) {
-        return false;
-    }
-    const int request = LOWORD(message.wide);
-    tracking_ = request == SB_THUMBTRACK;
-    getAbstraction().acceptPosition(positionFor(request));
-    return true;
+void ScrollBarWin32Gdi::onCommand(UINT code) {
+    tracking_ = code == SB_THUMBTRACK;
+    getAbstraction().acceptPosition(positionFor(code));
 }
 
 }  // namespace zustd

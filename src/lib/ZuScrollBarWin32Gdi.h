@@ -14,14 +14,12 @@ public:
                                  L"ScrollBarWin32Gdi::synchronizeWithAbstraction") {}
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override {
-        push({sizeof(SCROLLINFO), SIF_RANGE, minimum, maximum, 0, 0, 0});
+        push({.fMask = SIF_RANGE, .nMin = minimum, .nMax = maximum});
     }
     void setPageSize(std::int32_t size) override {
-        push({sizeof(SCROLLINFO), SIF_PAGE, 0, 0, static_cast<UINT>(size), 0, 0});
+        push({.fMask = SIF_PAGE, .nPage = static_cast<UINT>(size)});
     }
-    void setPosition(std::int32_t position) override {
-        push({sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, position, 0});
-    }
+    void setPosition(std::int32_t position) override { push({.fMask = SIF_POS, .nPos = position}); }
     std::int32_t getPosition() const override;
     bool isTracking() const override { return tracking_; }
     void setEnableArrows(bool towardsMinimum, bool towardsMaximum) override;
@@ -33,12 +31,12 @@ protected:
     bool initializeFromDescriptor() override;
     void pushState() override;
     bool canBeUsed() const override;
-    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    void onCommand(UINT code) override;
 
 private:
     void push(SCROLLINFO info);
     SCROLLINFO read(UINT mask) const noexcept;
-    std::int32_t positionFor(int request) const;
+    std::int32_t positionFor(UINT request) const;
 
     bool tracking_ = false;
 };

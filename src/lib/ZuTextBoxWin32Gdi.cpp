@@ -80,12 +80,10 @@ std::wstring TextBoxWin32Gdi::getText() const {
     return text;
 }
 
-bool TextBoxWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    const bool isChange = message.id == WM_COMMAND && HIWORD(message.wide) == EN_CHANGE;
-    if (isChange && !isMirroring()) {
+void TextBoxWin32Gdi::onCommand(UINT code) {
+    if (code == EN_CHANGE) {
         takeChange();
     }
-    return isChange || colorField(message, result);
 }
 
 void TextBoxWin32Gdi::takeChange() {

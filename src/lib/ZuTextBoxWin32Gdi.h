@@ -21,7 +21,8 @@ public:
 protected:
     bool initializeFromDescriptor() override;
     void pushState() override;
-    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    void onCommand(UINT code) override;
+    bool hasField() const noexcept override { return true; }
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;
     bool usesKey(const KeyEvent& event) const override;
 

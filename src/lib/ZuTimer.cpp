@@ -2,7 +2,7 @@
 
 namespace zustd {
 
-const MessageKind Timer::kTimerTick(L"timerTick.Timer", MessageWords::kObject);
+ZU_MESSAGE_KIND(Timer::kTimerTick, MessageWords::kObject);
 
 bool Timer::start(std::uint32_t milliseconds, bool repeating) {
     setInterval(milliseconds);

@@ -29,9 +29,7 @@ std::shared_ptr<TimerWindowWin32Gdi> TimerWindowWin32Gdi::ofThisThread() {
         shared = std::make_shared<TimerWindowWin32Gdi>();
         shared->window.reset(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
                                              nullptr, GetModuleHandleW(nullptr), nullptr));
-        if (!shared->window) {
-            throwSystemException(L"Could not create timer window", ZU_HERE);
-        }
+        requireSystem(shared->window, L"Could not create timer window", ZU_HERE);
         windowOfThread = shared;
     }
     return shared;
@@ -39,7 +37,7 @@ std::shared_ptr<TimerWindowWin32Gdi> TimerWindowWin32Gdi::ofThisThread() {
 
 bool TimerWin32Gdi::start() {
     stop();
-    return guarded(L"TimerWin32Gdi::start", false, [this] {
+    return guarded(ZU_OPERATION, false, [this] {
         window_->timers.emplace(++window_->lastNumber, this);
         number_ = window_->lastNumber;
         const UINT interval = std::clamp<UINT>(interval_, USER_TIMER_MINIMUM, USER_TIMER_MAXIMUM);

@@ -5,7 +5,7 @@ namespace zustd {
 void TreeItemsWin32Gdi::clearItems() {
     // With a selection every removed item would hand it on to the next one.
     selectItem(kNoNode);
-    send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    sendData(TVM_DELETEITEM, TVI_ROOT);
     model().clearNativeWords();
     lastOfLevel_ = kNoNode;
 }
@@ -22,10 +22,8 @@ void TreeItemsWin32Gdi::insert(TreeNode node) {
     item.item.state |= model().isExpanded(node) ? UINT{TVIS_EXPANDED} : 0U;
     item.item.stateMask |= TVIS_EXPANDED;
     item.item.cChildren = model().childCount(node) != 0 ? 1 : 0;
-    const LRESULT made = send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-    if (made == 0) {
-        throwSystemException(L"Could not insert item", ZU_HERE);
-    }
+    const LRESULT made = sendData(TVM_INSERTITEMW, &item);
+    requireSystem(made, L"Could not insert item", ZU_HERE);
     model().setNativeWord(node, made);
     if (item.hInsertAfter == TVI_LAST) {
         lastOfLevel_ = node;
@@ -69,7 +67,7 @@ TVITEMW TreeItemsWin32Gdi::shownAs(TreeNode node) const {
 void TreeItemsWin32Gdi::updateItem(TreeNode node) {
     if (itemOf(node) != nullptr) {
         TVITEMW item = shownAs(node);
-        send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        sendData(TVM_SETITEMW, &item);
     }
 }
 
@@ -80,7 +78,7 @@ void TreeItemsWin32Gdi::showButton(TreeNode node, bool hasChildren) {
     // It has no item below it: some versions would leave it expanded for good.
     item.stateMask = TVIS_EXPANDED;
     item.cChildren = hasChildren ? 1 : 0;
-    send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    sendData(TVM_SETITEMW, &item);
 }
 
 bool TreeItemsWin32Gdi::expandItem(TreeNode node) {

@@ -31,7 +31,7 @@ protected:
     // Removes all items, also those of a former window.
     void clearItems();
     // With what is below it.
-    void removeItem(TreeNode node) { send(TVM_DELETEITEM, 0, wordOf(node)); }
+    void removeItem(TreeNode node) { sendData(TVM_DELETEITEM, itemOf(node)); }
     // Caption, image and state.
     void updateItem(TreeNode node);
     bool hasItems(TreeNode node) const {
@@ -42,7 +42,7 @@ protected:
     // For kNoNode, or without item, none.
     void selectItem(TreeNode node) { send(TVM_SELECTITEM, TVGN_CARET, wordOf(node)); }
     void scrollTo(TreeNode node) { send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, wordOf(node)); }
-    void makeVisible(TreeNode node) { send(TVM_ENSUREVISIBLE, 0, wordOf(node)); }
+    void makeVisible(TreeNode node) { sendData(TVM_ENSUREVISIBLE, itemOf(node)); }
 
     // Null as long as the window does not have the node.
     HTREEITEM itemOf(TreeNode node) const;

@@ -25,7 +25,7 @@ void TreeViewWin32Gdi::pushState() {
 
 void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
     TreeViewImplementation::setEnableRedraw(enable);
-    guarded(L"TreeViewWin32Gdi::setEnableRedraw", [this] {
+    guarded(ZU_OPERATION, [this] {
         catchUp();
         showAwaited();
     });
@@ -109,7 +109,7 @@ bool TreeViewWin32Gdi::isInLongBurst() {
 }
 
 void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
-    mirror(L"TreeViewWin32Gdi::mirrorAdded", [&] {
+    mirror(ZU_OPERATION, [&] {
         const TreeNode parent = model().parent(node);
         if (parent != kNoNode && model().childCount(parent) == 1) {
             showButton(parent, true);
@@ -127,7 +127,7 @@ void TreeViewWin32Gdi::mirrorAdded(TreeNode node) {
 }
 
 void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
-    mirror(L"TreeViewWin32Gdi::mirrorRemoving", [&] {
+    mirror(ZU_OPERATION, [&] {
         const TreeModel& model = this->model();
         filler_.drop(node);
         if (itemOf(node) != nullptr) {
@@ -152,7 +152,7 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
 }
 
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
-    mirror(L"TreeViewWin32Gdi::mirrorExpanded", [&] {
+    mirror(ZU_OPERATION, [&] {
         filler_.settle(node);
         if (filler_.hasWork()) {
             deferRedraw();
@@ -162,7 +162,7 @@ void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
 }
 
 void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
-    mirror(L"TreeViewWin32Gdi::mirrorAllExpanded", [&] {
+    mirror(ZU_OPERATION, [&] {
         if (filler_.settleAll(top)) {
             workOn();
         } else {
@@ -221,7 +221,7 @@ void TreeViewWin32Gdi::hold(TreeNode node) {
 }
 
 void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
-    guarded(L"TreeViewWin32Gdi::ensureNodeVisible", [&] {
+    guarded(ZU_OPERATION, [&] {
         if (!model().contains(node)) {
             return;
         }
@@ -239,7 +239,7 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
 }
 
 Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
-    return guarded(L"TreeViewWin32Gdi::getNodeBoundary", Rect(), [&] {
+    return guarded(ZU_OPERATION, Rect(), [&] {
         // A message brings the window up to date.
         send(WM_NULL);
         return boundaryOf(node);
@@ -248,31 +248,31 @@ Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
 
 // --- What the user does ---------------------------------------------------------------------
 
-bool TreeViewWin32Gdi::onNotification(const WindowMessage& message, LRESULT& result) {
-    if (message.id != WM_NOTIFY || isMirroring()) {
-        return false;
+LRESULT TreeViewWin32Gdi::onNotify(NMHDR& header) {
+    if (isMirroring()) {
+        return 0;
     }
-    const auto& change = *reinterpret_cast<const NMTREEVIEWW*>(message.extra);
-    switch (change.hdr.code) {
+    const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
+    switch (header.code) {
         case TVN_SELCHANGEDW:
             selectionChanged_ = true;
-            return true;
+            break;
         case TVN_ITEMEXPANDINGW:
-            result = acceptExpanding(change) ? FALSE : TRUE;
-            return true;
+            return acceptExpanding(change) ? FALSE : TRUE;
         case TVN_ITEMEXPANDEDW:
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
             if (const TreeNode node = nodeOf(change.itemNew); node != kNoNode && node != refused_) {
                 getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
             }
-            return true;
+            break;
         case NM_RCLICK:
             rightClicked_ = true;
-            return true;
+            break;
         default:
-            return false;
+            break;
     }
+    return 0;
 }
 
 // Whether the system may go on with it. A receiver that fills the node, or the

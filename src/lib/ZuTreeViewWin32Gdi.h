@@ -26,21 +26,21 @@ protected:
     void mirrorAdded(TreeNode node) override;
     void mirrorRemoving(TreeNode node) override;
     void mirrorCleared() override {
-        mirror(L"TreeViewWin32Gdi::mirrorCleared", [this] { fill(); });
+        mirror(ZU_OPERATION, [this] { fill(); });
     }
     void mirrorNode(TreeNode node) override {
-        mirror(L"TreeViewWin32Gdi::mirrorNode", [&] { updateItem(node); });
+        mirror(ZU_OPERATION, [&] { updateItem(node); });
     }
     void mirrorExpanded(TreeNode node) override;
     void mirrorAllExpanded(TreeNode top) override;
     void mirrorSelection() override {
-        mirror(L"TreeViewWin32Gdi::mirrorSelection", [this] { select(model().selected()); });
+        mirror(ZU_OPERATION, [this] { select(model().selected()); });
     }
 
     bool initializeFromDescriptor() override;
     void pushState() override;
     void catchUp() override;
-    bool onNotification(const WindowMessage& message, LRESULT& result) override;
+    LRESULT onNotify(NMHDR& header) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
     bool toggleAt(LPARAM point) override { return toggle(nodeAt(point, TVHT_ONITEMSTATEICON)); }

@@ -51,51 +51,47 @@ auto made(const wchar_t* operation, Host host, Args... args) {
 }  // namespace
 
 std::shared_ptr<NativePopupMenu> WindowServiceWin32Gdi::createNativePopupMenu() {
-    return made<PopupMenuWin32Gdi>(L"WindowServiceWin32Gdi::createNativePopupMenu",
-                                   sharedReference<WindowService>(&getAbstraction()));
+    return made<PopupMenuWin32Gdi>(ZU_OPERATION, sharedReference<WindowService>(&getAbstraction()));
 }
 
 std::shared_ptr<NativeDialog> WindowServiceWin32Gdi::createNativeDialog(std::uint32_t style) {
-    return madeSurface<DialogWin32Gdi>(L"WindowServiceWin32Gdi::createNativeDialog",
-                                       getAbstraction(), style);
+    return madeSurface<DialogWin32Gdi>(ZU_OPERATION, getAbstraction(), style);
 }
 
 std::shared_ptr<NativeGridView> WindowServiceWin32Gdi::createNativeGridView() {
-    return made<GridViewWin32Gdi>(L"WindowServiceWin32Gdi::createNativeGridView", window_);
+    return made<GridViewWin32Gdi>(ZU_OPERATION, window_);
 }
 
 std::shared_ptr<NativeTreeView> WindowServiceWin32Gdi::createNativeTreeView() {
-    return made<TreeViewWin32Gdi>(L"WindowServiceWin32Gdi::createNativeTreeView", window_);
+    return made<TreeViewWin32Gdi>(ZU_OPERATION, window_);
 }
 
 std::shared_ptr<NativeWindow> WindowServiceWin32Gdi::createNativeWindow() {
-    return madeSurface<WindowWin32Gdi>(L"WindowServiceWin32Gdi::createNativeWindow",
-                                       getAbstraction());
+    return madeSurface<WindowWin32Gdi>(ZU_OPERATION, getAbstraction());
 }
 
 std::shared_ptr<NativeComboBox> WindowServiceWin32Gdi::createNativeComboBox() {
-    return made<ComboBoxWin32Gdi>(L"WindowServiceWin32Gdi::createNativeComboBox", window_);
+    return made<ComboBoxWin32Gdi>(ZU_OPERATION, window_);
 }
 
 std::shared_ptr<NativeButton> WindowServiceWin32Gdi::createNativeButton() {
-    return made<ButtonWin32Gdi>(L"WindowServiceWin32Gdi::createNativeButton", window_);
+    return made<ButtonWin32Gdi>(ZU_OPERATION, window_);
 }
 
 std::shared_ptr<NativeProgressBar> WindowServiceWin32Gdi::createNativeProgressBar() {
-    return made<ProgressBarWin32Gdi>(L"WindowServiceWin32Gdi::createNativeProgressBar", window_);
+    return made<ProgressBarWin32Gdi>(ZU_OPERATION, window_);
 }
 
 std::shared_ptr<NativeTextBox> WindowServiceWin32Gdi::createNativeTextBox() {
-    return made<TextBoxWin32Gdi>(L"WindowServiceWin32Gdi::createNativeTextBox", window_);
+    return made<TextBoxWin32Gdi>(ZU_OPERATION, window_);
 }
 
 std::shared_ptr<NativeScrollBar> WindowServiceWin32Gdi::createNativeScrollBar(bool vertical) {
-    return made<ScrollBarWin32Gdi>(L"WindowServiceWin32Gdi::createNativeScrollBar", window_,
-                                   vertical);
+    return made<ScrollBarWin32Gdi>(ZU_OPERATION, window_, vertical);
 }
 
 std::shared_ptr<Timer> WindowServiceWin32Gdi::createTimer(const std::wstring& name) {
-    return guarded(L"WindowServiceWin32Gdi::createTimer", std::shared_ptr<Timer>(), [&] {
+    return guarded(ZU_OPERATION, std::shared_ptr<Timer>(), [&] {
         auto timer = std::make_shared<Timer>(name);
         joinImplementation(*timer, std::make_unique<TimerWin32Gdi>(createTimerWindow()));
         return timer;

@@ -142,7 +142,7 @@ void WindowServiceWin32Gdi::releaseMouse() {
 
 void WindowServiceWin32Gdi::closeMessage(int answer) {
     if (!openBoxes_.empty()) {
-        guarded(L"WindowServiceWin32Gdi::closeMessage", [&] { openBoxes_.back()->close(answer); });
+        guarded(ZU_OPERATION, [&] { openBoxes_.back()->close(answer); });
     }
 }
 
@@ -176,7 +176,7 @@ void WindowServiceWin32Gdi::enableWindow(bool enable) {
 }
 
 void WindowServiceWin32Gdi::hideWindow() {
-    guarded(L"WindowServiceWin32Gdi::hideWindow", [this] {
+    guarded(ZU_OPERATION, [this] {
         if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(false);
         } else {
@@ -198,7 +198,7 @@ bool WindowServiceWin32Gdi::isWindowVisibleAtPos(Point place) const {
 }
 
 void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
-    guarded(L"WindowServiceWin32Gdi::makeWindowVisibleAtPos", [&] {
+    guarded(ZU_OPERATION, [&] {
         SetWindowPos(window_, HWND_TOP, place.x, place.y, 0, 0,
                      SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
         if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
@@ -208,7 +208,7 @@ void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
 }
 
 void WindowServiceWin32Gdi::showWindow() {
-    guarded(L"WindowServiceWin32Gdi::showWindow", [this] {
+    guarded(ZU_OPERATION, [this] {
         if (auto* surface = WindowHandlerWin32Gdi::of(window_)) {
             surface->setShown(true);
         }
@@ -228,7 +228,7 @@ void WindowServiceWin32Gdi::setFocus(Control& control) {
 std::wstring WindowServiceWin32Gdi::selectFileToOpen(
     const std::wstring& initialFileName, const std::vector<std::wstring>& patterns,
     const std::vector<std::wstring>& patternNames) {
-    return guarded(L"WindowServiceWin32Gdi::selectFileToOpen", std::wstring(), [&] {
+    return guarded(ZU_OPERATION, std::wstring(), [&] {
         std::vector<wchar_t> name(kFileNameBufferSize);
         initialFileName.copy(name.data(), name.size() - 1);
         const std::wstring filter = filterOf(patterns, patternNames);
@@ -246,9 +246,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
             name[0] = L'\0';
             isChosen = GetOpenFileNameW(&request) != FALSE;
         }
-        if (!isChosen && CommDlgExtendedError() != 0) {
-            throwSystemException(L"Could not select file", ZU_HERE);
-        }
+        requireSystem(isChosen || CommDlgExtendedError() == 0, L"Could not select file", ZU_HERE);
         return isChosen ? std::wstring(name.data()) : std::wstring();
     });
 }
@@ -289,13 +287,12 @@ int WindowServiceWin32Gdi::showBox(const wchar_t* operation, const wchar_t* fail
 // --- Drawing objects ------------------------------------------------------------------------
 
 std::shared_ptr<Font> WindowServiceWin32Gdi::getFont(const FontStyle& style) {
-    return guarded(L"WindowServiceWin32Gdi::getFont", std::shared_ptr<Font>(),
-                   [&] { return getCachedFont(style); });
+    return guarded(ZU_OPERATION, std::shared_ptr<Font>(), [&] { return getCachedFont(style); });
 }
 
 std::shared_ptr<Bitmap> WindowServiceWin32Gdi::getBitmap(const ResourceDescriptor& resource,
                                                          Size size) {
-    return guarded(L"WindowServiceWin32Gdi::getBitmap", std::shared_ptr<Bitmap>(),
+    return guarded(ZU_OPERATION, std::shared_ptr<Bitmap>(),
                    [&] { return getCachedBitmap(resource, size); });
 }
 

@@ -37,18 +37,18 @@ public:
     void releaseMouse() override;
     bool isMessageOpen() const override { return !openBoxes_.empty(); }
     int showMessage(MessageBoxContent& box) override {
-        return showBox(L"WindowServiceWin32Gdi::showMessage", L"Could not show message", box);
+        return showBox(ZU_OPERATION, L"Could not show message", box);
     }
     void closeMessage(int answer) override;
     int askYesNoCancel(MessageBoxContent& box) override {
-        return showBox(L"WindowServiceWin32Gdi::askYesNoCancel", L"Could not ask question", box);
+        return showBox(ZU_OPERATION, L"Could not ask question", box);
     }
     void playMessageSound(std::uint32_t style) override { MessageBeep(style & kMessageIconMask); }
     int askYesNo(MessageBoxContent& box) override {
-        return showBox(L"WindowServiceWin32Gdi::askYesNo", L"Could not ask question", box);
+        return showBox(ZU_OPERATION, L"Could not ask question", box);
     }
     int askOKCancel(MessageBoxContent& box) override {
-        return showBox(L"WindowServiceWin32Gdi::askOKCancel", L"Could not ask question", box);
+        return showBox(ZU_OPERATION, L"Could not ask question", box);
     }
     double getScalingFactor() override;
     Rect getWorkArea() const override { return workAreaAround(window_); }

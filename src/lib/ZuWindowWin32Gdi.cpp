@@ -40,15 +40,13 @@ void registerWindowClass(WNDPROC procedure) {
         description.lpszClassName = kWindowClass;
         return RegisterClassExW(&description);
     }();
-    if (registered == 0) {
-        throwSystemException(L"Could not register window class", ZU_HERE);
-    }
+    requireSystem(registered, L"Could not register window class", ZU_HERE);
 }
 
 }  // namespace
 
 void WindowWin32Gdi::synchronizeWithAbstraction() {
-    guarded(L"WindowWin32Gdi::synchronizeWithAbstraction", [this] {
+    guarded(ZU_OPERATION, [this] {
         HWND parent = nullptr;
         const bool hasPlace = findParent(parent);
         if (window() != nullptr && (!hasPlace || parent != parent_)) {
@@ -89,9 +87,7 @@ void WindowWin32Gdi::createWindow(HWND parent) {
     const HWND made =
         CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, L"", style, CW_USEDEFAULT, 0,
                         CW_USEDEFAULT, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr);
-    if (made == nullptr) {
-        throwSystemException(L"Could not create window", ZU_HERE);
-    }
+    requireSystem(made, L"Could not create window", ZU_HERE);
     adopt(made);
     parent_ = parent;
     position_ = {};
