@@ -164,6 +164,17 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
     }
 };
 
+TEST(MessageKind, kindsMadeAndEnded_areNumberedInARowAndFoundWhileTheyLive) {
+    const MessageKind first(L"first");
+    auto second = std::make_unique<MessageKind>(L"second");
+    const MessageKind third(L"third");
+    const auto number = std::stoul(first.compactId(), nullptr, 16);
+    EXPECT_EQ(third.compactId(), formatWide(L"%04lX", number + 2));
+    EXPECT_EQ(MessageKind::find(L"second"), second.get());
+    second.reset();
+    EXPECT_TRUE(!MessageKind::find(L"second") && MessageKind::find(L"first") == &first);
+}
+
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {
     for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
         ASSERT_EQ(Play<RealNode>{Random(seed)}.run(), Play<ModelNode>{Random(seed)}.run())
