@@ -83,7 +83,7 @@ struct RealNode : MessageForwarder {
         setDeliveryDeferred(is(name, "7"));
         setSendingEnabled(!is(name, "8"));
     }
-    ~RealNode() override { play.ended(name); }
+    ~RealNode() override { play.ended(isForwarding() ? "handler" : name); }
     bool send() { return sendMessage(kPing, MessageWord(1), MessageWord(2)); }
     bool acceptsMessage(const MessageKind&) const override {
         return !is(name, "5") ? true : throw std::runtime_error("filter");
