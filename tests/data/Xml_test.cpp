@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <cwchar>
 #include <map>
 #include <regex>
@@ -35,14 +36,16 @@ wstring writtenAgain(const wstring& kind, const wstring& text) {
     // The runtime knows digits and blanks of other alphabets as well.
     const wstring plain(text.begin(), std::ranges::find_if(text, [](auto c) { return c > 126; }));
     const wchar_t* const at = plain.c_str();
-    wchar_t* scanned = nullptr;
-    const double value = std::wcstod(at, &scanned);
+    // The wide one of this runtime does not always round to the nearest.
+    const std::string bytes = narrow(plain);
+    char* scanned = nullptr;
+    const double value = std::strtod(bytes.c_str(), &scanned);
     int f[6] = {};
     std::swscanf(at, L"%04d-%02d-%02d %02d:%02d:%02d", &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
     return kind == L"string"   ? escaped(text)
            : kind == L"long"   ? std::to_wstring(std::wcstol(at, nullptr, 10))
            : kind == L"sizet"  ? std::to_wstring(std::wcstoull(at, nullptr, 10))
-           : kind == L"double" ? widen(formatNarrow("%.6f", scanned == at ? 0.0 : value))
+           : kind == L"double" ? widen(formatNarrow("%.6f", scanned == bytes.c_str() ? 0.0 : value))
            : kind == L"bool"
                ? (*at == L'y' || *at == L'Y' ? L"y" : L"n")
                : formatWide(L"%04d-%02d-%02d %02d:%02d:%02d", f[0], f[1], f[2], f[3], f[4], f[5]);
