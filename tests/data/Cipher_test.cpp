@@ -53,7 +53,8 @@ std::string messageAround(const std::string& bytes, CipherEncoding encoding = kC
 
 std::wstring refusal(CipherEncoding encoding, std::string_view message,
                      const CipherKey& key = kKey) {
-    return thrownText([&] { Cipher::decipher(encoding, message, key); }).substr(18);
+    const std::wstring text = thrownText([&] { Cipher::decipher(encoding, message, key); });
+    return text.starts_with(L"Cipher::decipher: ") ? text.substr(18) : text;
 }
 
 TEST(Cipher, randomTexts_besideTheLibraryBelow_areTheSameUnderFreshNonces) {
@@ -183,7 +184,7 @@ TEST(CipherKey, sixtyFourDigits_areTakenUsedAndWipedAtTheEnd) {
                   L"CipherKey::fromHex: a key is 64 hexadecimal digits");
     }
     alignas(CipherKey) unsigned char storage[sizeof(CipherKey)];
-    auto* key = new (storage) CipherKey(CipherKey::fromHex(most + "9"));
+    auto* key = new (storage) CipherKey(CipherKey::fromHex(most + "9").bytes());
     ASSERT_EQ(key->bytes()[31], 0xA9);
     key->~CipherKey();
     const volatile unsigned char* left = storage;

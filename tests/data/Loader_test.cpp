@@ -3,6 +3,7 @@
 #include <io.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <regex>
 
 #include "ZuDirectory.h"
@@ -203,8 +204,12 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
         EXPECT_ANY_THROW(zustd::deleteFile(name));
     }
     const std::wstring cut = folder_.file(L"") + L'\0';
+    const TraceCapture trace;
     EXPECT_ANY_THROW(listDirectory(cut, L"*", nullptr, nullptr, false));
     EXPECT_ANY_THROW(createDirectory(folder_.file(L"made") + cut));
+    const Lines lines = trace.messages();
+    EXPECT_EQ(lines[0].find("throwing: 'Directory:listDirectory() failed', in "), 0U);
+    EXPECT_EQ(lines[1].find("throwing: 'Directory:createDirectory() failed', in "), 0U);
     EXPECT_EQ(text_, L"old");
     EXPECT_EQ(readBytes(file_), texts[2].second);
     EXPECT_TRUE(Loader::save(L"NUL", L"a")) << "a device has no length";
@@ -230,7 +235,6 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
         const std::string line = "Loader::" + name + ": catched std::exception: " + report + "\r\n";
         EXPECT_EQ(trace.bytes().find(line) == std::string::npos, report.empty());
         EXPECT_EQ(readBytes(file_), left);
-        EXPECT_TRUE(test::deleteFile(file_)) << "the file must be closed";
     };
     static const auto handleOf = [](int file) {
         return reinterpret_cast<HANDLE>(_get_osfhandle(file));
@@ -302,8 +306,6 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
         EXPECT_EQ(criticalError(), done ? 0U : 2U);
         setCriticalError(kCriticalErrorNone);
         EXPECT_EQ(readBytes(file_), bytes) << "without memory the file stays";
-        EXPECT_TRUE(test::deleteFile(file_)) << "the file must be closed";
-        writeBytes(file_, bytes);
         back.setLong(std::wstring(40, L'k'), 1);
         EXPECT_EQ(xmlOf(back).find(L"<bag>"), 0U);
     };
@@ -312,8 +314,8 @@ TEST_F(LoaderTest, memoryRunsOut_atAnyAllocation_isFalseAndTheCriticalError) {
     EXPECT_TRUE(load() && xmlOf(back) == xmlOf(bag_));
     const auto save = [&] { return Loader::saveSerializedString(file_, bag_); };
     EXPECT_GT(failEachAllocation(save, check), 1);
-    test::deleteFile(file_);
-    failEachAllocation(save, [&](bool done) { EXPECT_EQ(test::deleteFile(file_), done); });
+    std::filesystem::remove(file_);
+    failEachAllocation(save, [&](bool done) { EXPECT_EQ(std::filesystem::remove(file_), done); });
     setCriticalError(kCriticalErrorNone);
 }
 

@@ -3,8 +3,10 @@
 #include <cfloat>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <cwchar>
 #include <map>
+#include <regex>
 #include <sstream>
 
 #include "support/FrameworkTest.h"
@@ -16,9 +18,16 @@ using std::wstring;
 
 const wstring kSingleKinds[] = {L"string", L"long", L"double", L"bool", L"datetime", L"sizet"};
 
+const std::map<wchar_t, wstring> kMarks = {{L'<', L"&lt;"},   {L'>', L"&gt;"},  {L'\'', L"&apos;"},
+                                           {L'"', L"&quot;"}, {L'&', L"&amp;"}, {L'\n', L"\\n"}};
+
+// As the dialect writes a text.
 wstring escaped(const wstring& text) {
     wstring out;
-    Xml::appendEscaped(out, text);
+    for (const wchar_t unit : text) {
+        const wstring plain = unit < 32 ? formatWide(L"\\%02X", unit) : wstring(1, unit);
+        out += kMarks.contains(unit) ? kMarks.at(unit) : plain;
+    }
     return out;
 }
 
@@ -27,14 +36,16 @@ wstring writtenAgain(const wstring& kind, const wstring& text) {
     // The runtime knows digits and blanks of other alphabets as well.
     const wstring plain(text.begin(), std::ranges::find_if(text, [](auto c) { return c > 126; }));
     const wchar_t* const at = plain.c_str();
-    wchar_t* scanned = nullptr;
-    const double value = std::wcstod(at, &scanned);
+    // The wide one of this runtime does not always round to the nearest.
+    const std::string bytes = narrow(plain);
+    char* scanned = nullptr;
+    const double value = std::strtod(bytes.c_str(), &scanned);
     int f[6] = {};
     std::swscanf(at, L"%04d-%02d-%02d %02d:%02d:%02d", &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
     return kind == L"string"   ? escaped(text)
            : kind == L"long"   ? std::to_wstring(std::wcstol(at, nullptr, 10))
            : kind == L"sizet"  ? std::to_wstring(std::wcstoull(at, nullptr, 10))
-           : kind == L"double" ? widen(formatNarrow("%.6f", scanned == at ? 0.0 : value))
+           : kind == L"double" ? widen(formatNarrow("%.6f", scanned == bytes.c_str() ? 0.0 : value))
            : kind == L"bool"
                ? (*at == L'y' || *at == L'Y' ? L"y" : L"n")
                : formatWide(L"%04d-%02d-%02d %02d:%02d:%02d", f[0], f[1], f[2], f[3], f[4], f[5]);
@@ -80,9 +91,11 @@ private:
         at_ = text_.find(L'>', open) + 1;
         require(at_ != 0, L"sourcePos <= sourceEnd");
         const wstring tag = text_.substr(open, at_ - 1 - open);
-        std::vector<XmlAttribute> attributes;
+        static const std::wregex attributes(
+            L"([ \\n\\r\\t]*[^= \\n\\r\\t]+=[ \\n\\r\\t]*"
+            L"(\"[^\"]*\"|'[^']*'|[^\"' \\n\\r\\t][^ \\n\\r\\t]*|$))*[ \\n\\r\\t]*");
         const std::size_t blank = std::min(tag.find(L' '), tag.size());
-        require(!mustParse || Xml::parseAttributes(tag.substr(blank), attributes), L"attributesOK");
+        require(!mustParse || std::regex_match(tag.substr(blank), attributes), L"attributesOK");
         return tag;
     }
     bool readTag(const wstring& name, bool mustMatch) {
@@ -98,15 +111,15 @@ private:
         return false;
     }
     wstring readText() {
-        static const wstring kEntities = L"&lt;<&gt;>&apos;'&quot;\"&amp;&";
         wstring text;
         for (const std::size_t end = find(L"<>", at_); at_ < end;) {
             const wstring entity = text_.substr(at_, find(L";", at_) + 1 - at_);
-            const std::size_t known = kEntities.find(entity);
+            const auto known =
+                std::ranges::find(kMarks, entity, &std::pair<const wchar_t, wstring>::second);
             if (text_[at_] != L'&') {
                 text += text_[at_++];
-            } else if (known != wstring::npos && entity.back() == L';') {
-                text += kEntities[known + entity.size()];
+            } else if (known != kMarks.end()) {
+                text += known->first;
                 at_ += entity.size();
             } else if (isStream_) {
                 at_ = std::min(at_ + entity.size(), end);
@@ -188,11 +201,11 @@ wstring randomText(Random& random) {
                              formatWide(L"%.17g", fraction),
                              std::to_wstring(any >> random.below(64)),
                              escaped(random.text(40)),
-                             L"18446744073709551614",
+                             random.below(2) == 0 ? L"18446744073709551614" : L"2.9999997",
                              formatWide(L"%d.%06d5", random.below(99), random.below(999'999))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
-        const wchar_t unit = random.pick(std::wstring_view(L"0019--+: .eyY\t\v\f\x1F"));
+        const wchar_t unit = random.pick(std::wstring_view(L"0019--+: .eyY\t\n\v\f\x1\x1F"));
         text.replace(random.below(text.size() + 1), random.below(3), 1, unit);
     }
     return text;
@@ -219,8 +232,8 @@ const wstring kTokens[] = {
     L"\xFFFF", L"\xD800", L"\n", L"<t>array</t>", L"<c>2</c>", L"<t>array</t><c>64</c>", L"<t>array</t><c>65</c>",
     L"<c>99999999", L"<t>long</t>", L"<t>object</t>", L"<t>datetime</t>", L"<v>", L"</v>", L"<p>", L"<t>x</t>",
     L"<p><k>k</k>", L"</p>", L"<hmap>", L"</hmap>", L"</hmapx>", L"</bag>", L"<bag>", L"<?x?>", L"<!-- x -->",
-    L"<v a='b'>", L"<x y>", L"<hmap a=b>", L"<>", L"a='1'b=\"2\" c=", L"<bag ", L"<t>array</t><c>900000</c>",
-    L"<t>string</t><v>", L"<t>double</t><v>0.", L"0", L"<t>sizet</t><v>"};
+    L"<v a='b'>", L"<x y>", L"<x =1>", L"<x a =1>", L"<hmap a=b>", L"<>", L"a='1'b=\"2\" c=", L"<bag ",
+    L"<t>array</t><c>900000</c>", L"<t>string</t><v>", L"<t>double</t><v>0.", L"0", L"<t>sizet</t><v>"};
 // clang-format on
 
 wstring randomDocument(Random& random) {
@@ -283,22 +296,6 @@ TEST(Readers, longDocuments_ofAnyConstruct_areReadInTimeInLineWithTheirLength) {
     }
 }
 
-TEST(XmlWriter, everyCodeUnit_escaped_changesControlsAndFiveMarksOnly) {
-    const std::map<unsigned, wstring> marks = {{'<', L"&lt;"},   {'>', L"&gt;"},  {'\'', L"&apos;"},
-                                               {'"', L"&quot;"}, {'&', L"&amp;"}, {'\n', L"\\n"}};
-    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-        const wstring self(1, static_cast<wchar_t>(unit));
-        const wstring expected = marks.contains(unit) ? marks.at(unit)
-                                 : unit < 32          ? formatWide(L"\\%02X", unit)
-                                                      : self;
-        for (std::size_t place = 0; place < 19; ++place) {
-            wstring text = wstring(19, L'a').replace(place, 1, self);
-            const wstring out = escaped(text);
-            ASSERT_EQ(out, text.replace(place, 1, expected)) << unit << " at " << place;
-        }
-    }
-}
-
 TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
     const wstring zeros(600, L'0');
     const std::pair<wstring, double> kDoubles[] = {
@@ -325,23 +322,15 @@ TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
                        L"7 FFFFFFFFFFFFFFFF");
 }
 
-TEST(XmlReader, parseAttributes_anyList_givesPairsUpToTheFault) {
-    const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
-        // clang-format off
-        {L" \n\r\ta=\"1 2\" b='\"' c=x'y ", L"a:1 2;b:\";c:x'y;ok"}, {L"a=1 b", L"a:1;refused"},
-        {L"a='1'b= '2' c==b d=", L"a:1;b:2;c:=b;d:;ok"}, {L"=1", L"refused"}, {L"a =1", L"refused"}, {L"", L"ok"},
-        {L"a=1\rb=2\nc=3\td=4", L"a:1;b:2;c:3;d:4;ok"}, {L"a='1\"", L"refused"}, {L"a=\"\"", L"a:;ok"},
-        // clang-format on
-    };
-    for (const auto& [text, expected] : kCases) {
-        std::vector<XmlAttribute> attributes;
-        const bool accepted = Xml::parseAttributes(text, attributes);
-        wstring found;
-        for (const XmlAttribute& attribute : attributes) {
-            found += attribute.name + L":" + attribute.value + L";";
-        }
-        EXPECT_EQ(found + (accepted ? L"ok" : L"refused"), expected) << text;
+TEST(XmlReader, parseAttributes_listWithAFault_givesThePairsBeforeIt) {
+    const wstring list = L" \n\r\ta=\"1 2\" b='\"' c=x'y d= '2'e==f\rg=4\nh=''\ti";
+    std::vector<XmlAttribute> attributes;
+    EXPECT_FALSE(Xml::parseAttributes(list, attributes));
+    wstring found;
+    for (const XmlAttribute& attribute : attributes) {
+        found += attribute.name + L":" + attribute.value + L";";
     }
+    EXPECT_EQ(found, L"a:1 2;b:\";c:x'y;d:2;e:=f;g:4;h:;");
 }
 
 TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
@@ -363,6 +352,7 @@ TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
         EXPECT_TRUE(tag(L"p", true, false) && text == L"a&b");
         isStream ? Xml::readText(stream, text) : Xml::readText(at, end, text);
         EXPECT_EQ(text, isStream ? L"c" : L"cx;");
+        EXPECT_EQ(isStream ? stream.peek() : *at, L'<');
         EXPECT_THROW(tag(L"q", true, true), std::invalid_argument);
     }
     EXPECT_FALSE(Xml::peekTag(stream, text));

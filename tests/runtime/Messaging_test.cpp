@@ -83,7 +83,7 @@ struct RealNode : MessageForwarder {
         setDeliveryDeferred(is(name, "7"));
         setSendingEnabled(!is(name, "8"));
     }
-    ~RealNode() override { play.ended(name); }
+    ~RealNode() override { play.ended(isForwarding() ? "handler" : name); }
     bool send() { return sendMessage(kPing, MessageWord(1), MessageWord(2)); }
     bool acceptsMessage(const MessageKind&) const override {
         return !is(name, "5") ? true : throw std::runtime_error("filter");
@@ -163,6 +163,17 @@ struct ModelNode : std::enable_shared_from_this<ModelNode> {
         return true;
     }
 };
+
+TEST(MessageKind, kindsMadeAndEnded_areNumberedInARowAndFoundWhileTheyLive) {
+    const MessageKind first(L"first");
+    auto second = std::make_unique<MessageKind>(L"second");
+    const MessageKind third(L"third");
+    const auto number = std::stoul(first.compactId(), nullptr, 16);
+    EXPECT_EQ(third.compactId(), formatWide(L"%04lX", number + 2));
+    EXPECT_EQ(MessageKind::find(L"second"), second.get());
+    second.reset();
+    EXPECT_TRUE(!MessageKind::find(L"second") && MessageKind::find(L"first") == &first);
+}
 
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {
     for (std::uint64_t seed = 1; seed <= 4000; ++seed) {

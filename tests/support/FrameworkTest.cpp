@@ -72,11 +72,10 @@ TempFolder::TempFolder() {
 }
 
 TempFolder::~TempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    std::error_code failure;
+    std::filesystem::remove_all(path_, failure);
+    EXPECT_FALSE(failure) << failure.message();
 }
-
-bool deleteFile(const std::wstring& file) { return DeleteFileW(file.c_str()) != FALSE; }
 
 std::string readBytes(const std::wstring& file) {
     std::ifstream stream(std::filesystem::path(file), std::ios::binary);

@@ -18,6 +18,7 @@ namespace zustd::test {
 using Lines = std::vector<std::string>;
 using Texts = std::vector<std::wstring>;
 
+// Fails the test when anybody has a file in it open at its end.
 class TempFolder {
 public:
     TempFolder();
@@ -28,8 +29,6 @@ private:
     std::wstring path_;
 };
 
-// Fails while anybody has the file open.
-bool deleteFile(const std::wstring& file);
 std::string readBytes(const std::wstring& file);
 void writeBytes(const std::wstring& file, const std::string& bytes);
 
@@ -49,6 +48,7 @@ public:
     // The messages so far as UTF-8, without time stamp and "ZULOG: ".
     Lines messages() const;
     std::string bytes() const { return readBytes(path_); }
+    const std::wstring& path() const { return path_; }
 
 private:
     TempFolder folder_;

@@ -1,8 +1,10 @@
 #include "ZuServiceLocator.h"
 
 #include "ZuMessagingService.h"
+#include "ZuResourceServiceGeneric.h"
 #include "ZuService.h"
 #include "ZuTrackingPropertyBag.h"
+#include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd::test {
@@ -43,21 +45,17 @@ TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
     inner->registerService(makeService<Clock>(L"gone"), false, false);
     outside->setParent(leaf);
     EXPECT_EQ(clock->getParent(), nullptr) << "registered once";
-    using Row = std::tuple<const ServiceLocator*, const wchar_t*, bool, const wchar_t*>;
+    const auto found = [](const auto& at, const wchar_t* name, bool local = false) {
+        return nameOf(at->template getService<IClock>(name, local));
+    };
     // Climbing goes on in a ring as well.
     for (const auto& aboveTop : {std::shared_ptr<Plain>(), leaf}) {
         top->setParent(aboveTop);
-        const Row kRows[] = {{leaf.get(), L"", false, L"A"},
-                             {leaf.get(), L"a", false, L"a"},
-                             {outside.get(), L"A", false, L"A"},
-                             {leaf.get(), L"root", false, L"root"},
-                             {outside.get(), L"none", false, L"none"},
-                             {leaf.get(), L"a", true, L"none"},
-                             {top.get(), L"", true, L"A"},
-                             {inner.get(), L"gone", false, L"none"}};
-        for (const auto& [at, name, local, found] : kRows) {
-            EXPECT_EQ(nameOf(at->getService<IClock>(name, local)), found) << narrow(name);
-        }
+        EXPECT_EQ((Texts{found(leaf, L""), found(leaf, L"a"), found(outside, L"A"),
+                         found(leaf, L"root"), found(top, L"", true)}),
+                  (Texts{L"A", L"a", L"A", L"root", L"A"}));
+        EXPECT_EQ((Texts{found(outside, L"none"), found(leaf, L"a", true), found(inner, L"gone")}),
+                  Texts(3, L"none"));
     }
     EXPECT_EQ(top->getService<Service>(), leaf) << "the newest";
     EXPECT_EQ(inner->getWeakService<Service>(), top) << "the newest";
@@ -178,6 +176,94 @@ TEST(TrackingPropertyBag, changes_areCountedAndAnnouncedOnceWhateverTheSinksDo) 
     listener->next = [&] { bag.reset(); };
     bag->announcePropertyChanged(L"c", true);
     EXPECT_EQ(heard(), Texts{cleared});
+}
+
+std::shared_ptr<ResourceService> makeInstalled(
+    const ResourceLibrary& library = compiledInResources()) {
+    auto service = makeService<ResourceService>();
+    ResourceServiceGeneric::install(*service, library);
+    return service;
+}
+
+TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
+    const auto service = makeInstalled();
+    const auto neutral = makeInstalled();
+    neutral->selectLocale(L"xx");
+    EXPECT_EQ(service->libraryName(), L"libzueta");
+    service->selectLocale(L"en");
+    const auto listener = std::make_shared<Listener>();
+    service->connect(listener, true);
+    const std::tuple<const wchar_t*, std::wstring, std::uint64_t, const wchar_t*> kRows[] = {
+        {L"de_AT", L"de-xx", 11277, L"M\u00F6chten Sie %1 E-Mails in '%2' ablegen?"},
+        {L"FR", L"fr-xx", 11013, L"Afficher d'autres dossiers..."},
+        {L"NL-be", L"nl-xx", 10053, L"Suggesties vernieuwen"},
+        {L"nl", L"nl-xx", 11345, L""},
+        {L"den-DE", L"xx-xx", 9014, L"Next >"},
+        {L"", L"xx-xx", 9002, L"Cancel"}};
+    std::wstring last = L"xx-xx";
+    for (const auto& [locale, name, key, text] : kRows) {
+        EXPECT_TRUE(service->selectLocale(locale));
+        EXPECT_EQ(service->getNamespaceName(), name) << locale;
+        EXPECT_EQ(service->getString(key), text) << locale;
+        const bool isOther = std::exchange(last, name) != name;
+        const Texts said(isOther ? 1 : 0, L"languageChanged.ResourceService " + name);
+        EXPECT_EQ(std::exchange(listener->log, {}), said) << locale;
+        const auto table = service->getStringTable();
+        EXPECT_EQ(table->size(), 380U) << locale;
+        const FileResource* label = service->getFileResource(321);
+        EXPECT_EQ(label == neutral->getFileResource(321), name == L"xx-xx");
+        EXPECT_NE(service->getFileResource(100), nullptr) << "an image for all languages";
+        service->selectLocale(name);
+        EXPECT_EQ(service->getStringTable(), table) << "parsed once";
+    }
+}
+
+TEST(ResourceService, installation_takesTheLanguageThatTheUserReads) {
+    const auto address = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSetDefaultUILanguage");
+    const auto readIn = reinterpret_cast<LONG(WINAPI*)(LANGID)>(reinterpret_cast<void*>(address));
+    const LANGID former = GetUserDefaultUILanguage();
+    readIn(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN_AUSTRIAN));
+    EXPECT_EQ(makeInstalled()->getNamespaceName(), L"de-xx");
+    readIn(former);
+}
+
+TEST(ResourceService, noBackendOrNamespace_failsAssertionOrKeepsTheChosenOne) {
+    auto service = makeService<ResourceService>();
+    EXPECT_EQ(thrownText([&] { service->getString(9001); }), L"impl_");
+    ResourceRoot root = compiledInResources().roots[0];
+    root.namespaceCount = 2;  // no neutral one
+    const wchar_t* const second = root.namespaces[1].name;
+    ResourceLibrary library{L"two", L"default", second, 1, &root};
+    auto backend = std::make_unique<ResourceServiceGeneric>();
+    backend->setLibrary(library);
+    ResourceServiceGeneric& joined = *backend;
+    joinImplementation(*service, std::move(backend));
+    const std::wstring expected = L"namespaceResource_ != 0";
+    EXPECT_EQ(thrownText([&] { service->getString(9001); }), expected);
+    EXPECT_EQ(thrownText([&] { service->getNamespaceName(); }), expected);
+    EXPECT_EQ(shownString(*service, 9007), L"");
+    EXPECT_TRUE(service->selectLocale(L""));
+    EXPECT_FALSE(service->selectLocale(L"qq"));
+    EXPECT_EQ(service->getNamespaceName(), second) << "the library's default locale";
+    EXPECT_EQ(service->getFileResource(100), nullptr);
+    joined.setLibrary(library);
+    EXPECT_EQ(thrownText([&] { service->getNamespaceName(); }), expected);
+    library.rootName = L"other";
+    EXPECT_FALSE(ResourceServiceGeneric::install(*service, library));
+}
+
+TEST(ResourceService, tableThatLacksATagOrItsEnd_isRefusedAsAWhole) {
+    const std::string table =
+        "<stringtable><s><k>7</k><v>a</v></s><s><k>7</k><v>b</v></s></stringtable>";
+    for (std::size_t at = 0; at <= table.size(); ++at) {
+        const std::string bytes = std::string(table).erase(at, table.find('>', at) + 1 - at);
+        const FileResource file{kStringTableIdentifier, bytes.size(),
+                                reinterpret_cast<const unsigned char*>(bytes.data())};
+        const ResourceNamespace any{L"xx", 1, &file};
+        const ResourceRoot root{L"root", 1, &any};
+        const ResourceLibrary library{L"small", L"root", L"", 1, &root};
+        EXPECT_EQ(makeInstalled(library)->getString(7), at == table.size() ? L"a" : L"") << bytes;
+    }
 }
 
 }  // namespace
