@@ -102,45 +102,38 @@ TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         box_->addChild(makeControl<Control>());
         expectTold(L"");
     }
+    { const ControlUpdate nothing(*button_); }
     say(window_->removeChild(box_.get()));
     expectTold(
         L"invalidate 20,0,69,49; sync 26,6,75,25 disabled; released; invalidate 20,0,69,49; 1");
 }
 
-TEST_F(ControlTest, arrangement_childrenThatAsk_keepsToMarginsAndLimits) {
-    box_->removeAllChildren();
-    for (int i = 0; i < 3; ++i) {
-        box_->addChild(makeControl<Painted>(Rect{0, 0, 29, 9}));
-    }
-    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}});
-    box_->setPlacement({.minimum = {200, 18}, .maximum = {0, 17}});
-    EXPECT_EQ(box_->preferredSizeForWidth(70), (Size{200, 17}));
-    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true});
-    // 0 asks without a width.
-    for (const auto& [maximum, width, expected] : {std::tuple{0, 0, Size{102, 16}},
-                                                   {0, 68, {68, 30}},
-                                                   {0, 67, {34, 44}},
-                                                   {0, -9, {34, 44}},
-                                                   {68, 0, {68, 30}},
-                                                   {68, 500, {68, 30}}}) {
-        box_->setPlacement({.maximum = {maximum, 0}});
-        EXPECT_EQ(width != 0 ? box_->preferredSizeForWidth(width) : box_->preferredSize(),
-                  expected);
-    }
-    box_->setPlacement({});
-    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}});
-    box_->children()[1]->setPlacement({.autoSized = true});
-    box_->setSize({100, 20});
-    EXPECT_EQ(box_->children()[1]->boundary(), (Rect{36, 3, 63, 12}));
-    // Only who wants another size is put into place again.
-    const std::shared_ptr<Control> child = box_->children()[0];
+TEST_F(ControlTest, drawing_reachesDrawnControlsInTheAreaOnceEach) {
+    class Endless : public Control {
+        void drawSelf(GraphicsService& graphics) override { drawAsRoot(graphics); }
+    };
+    button_->setColors(std::make_shared<ColorsDescriptor>());
+    button_->colors()->setColor(ColorRole::kBackground, Color::rgb(1, 2, 3));
+    EXPECT_EQ(seen(*box_), L"frame 0,0,49,49; frame 3,4,12,13");
+    EXPECT_EQ(thrownText([&] { draw(*makeControl<Endless>()); }), L"!drawing_");
+    const auto dialog = host_->createNativeDialog();
+    dialog->show(false);
+    dialog->acceptClose();
+    EXPECT_FALSE(dialog->isOpen());
+}
+
+TEST_F(ControlTest, arrangement_childrenThatAsk_areAloneArrangedAnew) {
+    box_->setArrangement({.flow = Flow::kRows, .margin = {2, 3}});
     for (const auto& [kind, left] : {std::pair{&Control::kUnselected, 50},
                                      {&Control::kChangePreferredWidth, 2},
                                      {&Control::kChangePreferredHeight, 2}}) {
-        child->moveTo({50, 5});
-        child->notify(*kind);
-        EXPECT_EQ(child->boundary().left, left);
+        inner_->moveTo({50, 5});
+        inner_->notify(*kind);
+        EXPECT_EQ(inner_->boundary().left, left);
     }
+    inner_->moveTo({50, 5});
+    window_->addChild(box_);
+    EXPECT_EQ(inner_->boundary().left, 2);
 }
 
 }  // namespace

@@ -77,6 +77,12 @@ TEST_F(InputTest, mouse_movesPressesAndReleases_sendsInOrder) {
     EXPECT_EQ(after({{kRightDown, {10, 5}}, {kMove, {30, 5}}, {kRightUp, {30, 5}}}),
               L"leaveLeftClicking; mouse 10,5; enterRightClicking; 1; mouse 30,5; 0; mouse 30,5; "
               L"leaveRightClicking; rightClicked 30,5; 1");
+    EXPECT_EQ(after({{kWheel, {5, 5}, 7},
+                     {kWheel, {5, 5}, 7, kModifierShift},
+                     {kWheel, {5, 5}, 7, kModifierControl},
+                     {kWheel, {-1, 5}, 7}}),
+              L"mouse 5,5; scrolledmousewheel 7,0; 0; mouse 5,5; shiftScrolledmousewheel 7,0; 0; "
+              L"mouse 5,5; ctrlScrolledmousewheel 7,0; 0; 0");
     // One that is disabled takes no press, and lets none through.
     left_->setEnabled(false);
     EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {11, 5}}, {kLeftUp, {10, 5}}}),
@@ -112,6 +118,9 @@ TEST_F(InputTest, removal_whilePressedHoveredFocusedOrByItsHandler_leavesAllStat
                                     : L"enterFocus enterLeftClicking leaveFocus leaveLeftClicking");
         EXPECT_FALSE(native().captured);
     }
+    left_->takeFocus();
+    left_->removeAllChildren();
+    EXPECT_TRUE(left_->hasFocus());
     const auto cover = shown(makeControl<Probe>(), {40, 10, 69, 39});
     cover->setTakesMouse(false);
     EXPECT_EQ(window_->controlAt({60, 10}), inner_.get());
@@ -171,11 +180,11 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
 TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
     const auto timer = [&] {
         return std::dynamic_pointer_cast<Timer>(
-            window_->windowService()->getNamedObject(tooltipTimerKey(*left_)));
+            window_->windowService()->getNamedObject(L"TTTIMER:" + left_->idText()));
     };
     const auto dialog = [&] {
         return std::dynamic_pointer_cast<NativeDialog>(
-            window_->windowService()->getNamedObject(tooltipDialogKey(*left_)));
+            window_->windowService()->getNamedObject(L"TTDIALOG:" + left_->idText()));
     };
     const auto options = std::make_shared<TooltipOptions>();
     options->delay = 250;
@@ -226,9 +235,20 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
         expectTold(expected);
         EXPECT_FALSE(shown->isOpen() || timer() || dialog());
     }
+    EXPECT_EQ(Tooltip().preferredSize(), (Size{12, 6}));
+    left_->setTooltipOptions(nullptr);
+    left_->tooltip().setLiteral(std::wstring(3000, L'x'));
     mouse(kMove, {10, 20});
-    mouse(kWheel, {10, 20}, 120);
-    EXPECT_FALSE(timer() || dialog());
+    EXPECT_EQ(timer()->getInterval(), 500);
+    timer()->acceptTick();
+    EXPECT_EQ(dialog()->boundary(), Rect::at({110, 240}, {400, 300}));
+    for (const MouseAction action : {kWheel, kLeftDown}) {
+        mouse(kLeave);
+        mouse(kMove, {10, 20});
+        mouse(action, {10, 20}, 120);
+        EXPECT_FALSE(timer() || dialog());
+    }
+    mouse(kLeftUp);
     const auto application = makeRecordingApplicationService();
     application->getPreferences()->setBool(L"showTooltips", false);
     window_->registerService(application, true, true);
