@@ -7,12 +7,6 @@ namespace {
 class Painted : public Control {
 public:
     explicit Painted(Rect boundary = {0, 0, 9, 9}) { setBoundary(boundary); }
-    bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
-        if (kind == kSelected) {
-            removeAllChildren();
-        }
-        return kind == kSelected || Control::onReceiveMessage(kind, a, b);
-    }
 
 protected:
     void drawSelf(GraphicsService& graphics) override { graphics.drawRectangle(area()); }
@@ -31,32 +25,16 @@ protected:
     std::shared_ptr<NativeButton> button_ = host_->createNativeButton();
 };
 
-TEST_F(ControlTest, children_insertedOrRefused_haveTheirOrderAndOneParent) {
-    inner_->insertChild(0, makeControl<Control>());
-    inner_->insertChild(77, box_->children()[0]->children()[0]);
-    EXPECT_EQ(inner_->children()[0], button_);
+TEST_F(ControlTest, children_refused_stayWhereTheyAre) {
     EXPECT_EQ(thrownText([&] { box_->requireParent(); }), L"getParent()");
     for (const auto& refused : {box_, inner_, std::shared_ptr<Painted>()}) {
         EXPECT_EQ(thrownText([&] { inner_->addChild(refused); }),
                   L"child && !child->isAncestorOf(*this)");
     }
-    inner_->removeAllChildren();
     EXPECT_TRUE(!box_->removeChild(nullptr) && !box_->removeChild(button_.get()));
-}
-
-TEST_F(ControlTest, notify_nested_reachesOwnSinksThenAncestorsUpToTheOneThatHandles) {
-    const auto top = makeControl<Control>();
-    top->addChild(box_);
-    top->connect(log_, false);
-    inner_->connect(log_, false);
-    say(inner_->notify(Control::kUnselected, MessageWord(7)));
-    EXPECT_EQ(log_->entries[1].a.object<Control>(), inner_.get());
+    EXPECT_TRUE(inner_->notify(Control::kUnselected));
     inner_->setSendingEnabled(false);
-    say(inner_->notify(Control::kUnselected));
-    inner_->setSendingEnabled(true);
-    // The handler drops the sender; above it comes only what it has to say itself.
-    say(inner_->notify(Control::kSelected));
-    expectTold(L"unselected 7,0; unselected 7,0; 1; 0; selected; shouldRefresh; 1");
+    EXPECT_FALSE(inner_->notify(Control::kUnselected));
 }
 
 TEST_F(ControlTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
@@ -122,18 +100,40 @@ TEST_F(ControlTest, drawing_reachesDrawnControlsInTheAreaOnceEach) {
     EXPECT_FALSE(dialog->isOpen());
 }
 
-TEST_F(ControlTest, arrangement_childrenThatAsk_areAloneArrangedAnew) {
-    box_->setArrangement({.flow = Flow::kRows, .margin = {2, 3}});
+TEST_F(ControlTest, arrangement_childrenThatAsk_keepsToMarginsAndLimits) {
+    box_->removeAllChildren();
+    for (int i = 0; i < 3; ++i) {
+        box_->addChild(makeControl<Painted>(Rect{0, 0, 29, 9}));
+    }
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}});
+    box_->setPlacement({.minimum = {200, 18}, .maximum = {0, 17}});
+    EXPECT_EQ(box_->preferredSizeForWidth(70), (Size{200, 17}));
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}, .wrap = true});
+    // 0 asks without a width.
+    for (const auto& [maximum, width, expected] :
+         {std::tuple{0, 0, Size{102, 16}}, {0, 68, {68, 30}}, {0, -9, {34, 44}},
+          {68, 0, {68, 30}}, {68, 500, {68, 30}}, {1, 500, {1, 44}}}) {
+        box_->setPlacement({.maximum = {maximum, 0}});
+        EXPECT_EQ(width != 0 ? box_->preferredSizeForWidth(width) : box_->preferredSize(),
+                  expected);
+    }
+    box_->setPlacement({});
+    box_->setArrangement({.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}});
+    box_->children()[1]->setPlacement({.autoSized = true});
+    box_->setSize({100, 20});
+    EXPECT_EQ(box_->children()[1]->boundary(), (Rect{36, 3, 63, 12}));
+    // Only who wants another size is put into place again.
+    const std::shared_ptr<Control> child = box_->children()[0];
     for (const auto& [kind, left] : {std::pair{&Control::kUnselected, 50},
                                      {&Control::kChangePreferredWidth, 2},
                                      {&Control::kChangePreferredHeight, 2}}) {
-        inner_->moveTo({50, 5});
-        inner_->notify(*kind);
-        EXPECT_EQ(inner_->boundary().left, left);
+        child->moveTo({50, 5});
+        child->notify(*kind);
+        EXPECT_EQ(child->boundary().left, left);
     }
-    inner_->moveTo({50, 5});
+    child->moveTo({50, 5});
     window_->addChild(box_);
-    EXPECT_EQ(inner_->boundary().left, 2);
+    EXPECT_EQ(child->boundary().left, 2);
 }
 
 }  // namespace
