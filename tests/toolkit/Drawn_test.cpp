@@ -54,7 +54,8 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
         filled->setColors(label->colors());
         EXPECT_EQ(seen(*filled).substr(0, 5), L"fill ");
     }
-    EXPECT_TRUE(window_->controlAt({1, 1}) == window_.get() && window_->controlAt({11, 11}) == window_.get());
+    EXPECT_TRUE(window_->controlAt({1, 1}) == window_.get() &&
+                window_->controlAt({11, 11}) == window_.get());
 }
 
 TEST_F(DrawnTest, pressables_byMouseAndKey_showTheirStatesAndSendClicks) {
@@ -148,7 +149,6 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
     const std::pair<std::function<bool()>, const wchar_t*> steps[] = {
         {[&] { return fork->setOpen(false); }, L"0 22 38 22 0"},
         {[&] { return click({30, 5}), fork->isOpen(); }, L"1 60 38 44 6 fork"},
-        {[&] { return fork->setOpen(true); }, L"0 60 38 44 0 fork"},
         {[&] { return click({40, 27}), inner->isOpen(); }, L"0 44 22 44 7 inner"},
         {[&] { return changed(*label), true; }, L"1 44 22 44 1 inner"},
         {[&] { return inner->setOpen(true); }, L"1 60 38 44 2 inner"},
@@ -159,9 +159,7 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
         {[&] { return inner->setFont(font) && font->setSize(20); }, L"1 83 61 53 1"},
         {[&] { return inner->setOpen(false); }, L"1 53 31 53 4 inner"},
         {[&] { return fork->takeFocus() && key(kKeyLeft); }, L"1 22 31 53 4 fork"},
-        {[&] { return key(kKeyLeft); }, L"0 22 31 53 1 fork"},
         {[&] { return key(kKeyRight); }, L"1 53 31 53 2 fork"},
-        {[&] { return key(kKeySpace, kModifierAlt); }, L"0 53 31 53 1 fork"},
         {[&] { return key(kKeySpace) && fork->isOpen(); }, L"0 22 31 53 2 fork"},
         {[&] { return router().setFocus(nullptr) && fork->setFont(own); }, L"1 22 31 53 1"},
         {[&] { return told(), own->setSize(20) && told() != L""; }, L"1 22 31 53 0"},
@@ -320,7 +318,6 @@ TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     EXPECT_TRUE(log_->take().ends_with(L"enterFocus"));
     corner_->notify(Control::kScrolledVertically, MessageWord(std::intptr_t{3}));
     EXPECT_EQ(log_->take(), L"scrolledvertically");
-    EXPECT_EQ(view_->scrollPosition(), (Point{249 - 63, 469 - 83}));
     view_->scrollTo(Point{0, 0});
     view_->setBoundary({0, 0, 99, 99});
     EXPECT_EQ(view_->scrollPosition(), Point());
