@@ -16,7 +16,7 @@ class DrawnTest : public ToolkitTest {
 protected:
     DrawnTest() { window_->setBoundary({0, 0, 399, 299}); }
 
-    BitmapRef bitmap_ = std::make_shared<BitmapDescriptor>(7, Size{16, 16});
+    BitmapRef bitmap_ = std::make_shared<BitmapDescriptor>(1, Size{16, 16});
 };
 
 TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
@@ -31,9 +31,10 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     label->setWordWrap(true);
     EXPECT_EQ(label->preferredSizeForWidth(41), (Size{41, 2 * 16 + 8}));
     EXPECT_EQ(label->preferredSize(), (Size{76, 24}));
-    label->setPlacement({.maximum = {41, 0}});
-    EXPECT_EQ(label->preferredSize(), (Size{41, 40}));
-    EXPECT_EQ(label->preferredSizeForWidth(500), (Size{41, 40}));
+    label->setPlacement({.maximum = {1, 0}});
+    EXPECT_EQ(label->preferredSize(), (Size{1, 70 * 16 + 8}));
+    EXPECT_EQ(label->preferredSizeForWidth(500), label->preferredSize());
+    label->setPlacement({});
     label->setText(L"a&b");
     label->setAccessKeys(true);
     EXPECT_EQ(label->preferredSize().width, 6 + 14);
@@ -45,7 +46,13 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     say(label->setText(L"a&b"));
     say(label->setText(L""));
     expectTold(L"0; invalidate 10,10,59,29; 1");
-    EXPECT_EQ(seen(*label), L"fill 0,0,49,19 #010101");
+    for (const std::shared_ptr<Control>& filled :
+         Controls{label, makeControl<Link>(), makeControl<Icon>(), makeControl<ScrollView>()}) {
+        filled->setColors(label->colors());
+        EXPECT_EQ(seen(*filled).substr(0, 5), L"fill ");
+    }
+    EXPECT_TRUE(window_->controlAt({1, 1}) == window_.get() &&
+                window_->controlAt({11, 11}) == window_.get());
 }
 
 TEST_F(DrawnTest, pressables_byMouseAndKey_showTheirStatesAndSendClicks) {
@@ -56,7 +63,7 @@ TEST_F(DrawnTest, pressables_byMouseAndKey_showTheirStatesAndSendClicks) {
          L"text 0,0,59,25 more 11  #005fb8 0 0 000; invalidate 0,0,59,25; enterHovering; cursor 1; "
          L"invalidate 0,0,59,25; enterFocus; invalidate 0,0,59,25; enterLeftClicking; text "
          L"0,0,59,25 more 11 u #008ae6 0 0 000; focus 0,0,59,25; invalidate 0,0,59,25; "
-         L"leaveLeftClicking; leftClicked 5,5; leftClicked; keyPressed 13,0; invalidate 0,0,59,25; "
+         L"leaveLeftClicking; leftClicked 5,5; keyPressed 13,0; leftClicked; invalidate 0,0,59,25; "
          L"invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; text 0,0,59,25 "
          L"more 11  #6d6d6d 0 0 000"},
         {button,
@@ -65,7 +72,7 @@ TEST_F(DrawnTest, pressables_byMouseAndKey_showTheirStatesAndSendClicks) {
          L"0,0,59,25; enterFocus; invalidate 0,0,59,25; enterLeftClicking; gradient 0,0,59,25 "
          L"#b8c8d4 #daecfb; pen #0078d7 1; frame 0,0,59,25; text 23,1,36,24 &Go 11  #000000 0 2 "
          L"011; focus 2,2,57,23; invalidate 0,0,59,25; leaveLeftClicking; invalidate 0,0,59,25; "
-         L"leftClicked 5,5; invalidate 0,0,59,25; leftClicked; keyPressed 13,0; invalidate "
+         L"leftClicked 5,5; keyPressed 13,0; invalidate 0,0,59,25; leftClicked; invalidate "
          L"0,0,59,25; invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; "
          L"gradient 0,0,59,25 #eeeeee #e4e4e4; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
          L"11  #6d6d6d 0 2 011"}};
@@ -77,8 +84,8 @@ TEST_F(DrawnTest, pressables_byMouseAndKey_showTheirStatesAndSendClicks) {
         mouse(MouseAction::kLeftDown, {5, 5});
         draw(*control);
         mouse(MouseAction::kLeftUp, {5, 5});
-        key(kKeyEnter);
         key(kKeyEnter, kModifierAlt);
+        key(kKeyEnter);
         control->setEnabled(false);
         draw(*control);
         expectTold(expected);
@@ -92,15 +99,15 @@ TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) 
     EXPECT_EQ(button->preferredSize(), (Size{14 + 20, 16 + 10}));
     EXPECT_EQ(seen(*icon), L"");
     icon->setBitmap(bitmap_);
-    EXPECT_EQ(seen(*icon), L"bitmap 7 10,2 1.00");
+    EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 1.00");
     icon->setOpacity(0.5);
     icon->setEnabled(false);
-    EXPECT_EQ(seen(*icon), L"bitmap 7 10,2 0.20");
+    EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 0.20");
     native().scalingFactor = 2.0;
     EXPECT_EQ(icon->preferredSize(), (Size{32, 32}));
     button->setBitmap(bitmap_);
     EXPECT_EQ(button->preferredSize(), (Size{32 + 10 + 14 + 40, 32 + 20}));
-    EXPECT_TRUE(seen(*button).ends_with(L"; bitmap 7 15,-3 1.00"));
+    EXPECT_TRUE(seen(*button).ends_with(L"; bitmap 1 15,-3 1.00"));
     icon->setBitmap(std::make_shared<BitmapDescriptor>(8));
     EXPECT_EQ(icon->preferredSize(), (Size{18, 10}));
     EXPECT_EQ(seen(*icon), L"stretched 8 9,5,26,14 0.20");
@@ -122,6 +129,16 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
     inner->setOpen(true);
     // Only on a surface texts have a size.
     shown(fork, {0, 0, 98, 21});
+    EXPECT_FALSE(fork->body().isVisible());
+    const auto other = shown(makeControl<Control>(), {200, 0, 209, 9});
+    other->setFocusable(true);
+    const auto own = std::make_shared<FontDescriptor>();
+    const auto joinAgain = [&] {
+        window_->removeChild(fork.get());
+        fork->setSize({99, 5});
+        window_->addChild(fork);
+        return fork->isOpen();
+    };
     const auto changed = [](Control& control) { control.notify(Control::kChangePreferredHeight); };
     // Then both heights, where the text is, how many messages came by, and who has
     // the focus. A header is 22 high, a text 16.
@@ -129,7 +146,6 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
     const std::pair<std::function<bool()>, const wchar_t*> steps[] = {
         {[&] { return fork->setOpen(false); }, L"0 22 38 22 0"},
         {[&] { return click({30, 5}), fork->isOpen(); }, L"1 60 38 44 6 fork"},
-        {[&] { return fork->setOpen(true); }, L"0 60 38 44 0 fork"},
         {[&] { return click({40, 27}), inner->isOpen(); }, L"0 44 22 44 7 inner"},
         {[&] { return changed(*label), true; }, L"1 44 22 44 1 inner"},
         {[&] { return inner->setOpen(true); }, L"1 60 38 44 2 inner"},
@@ -140,10 +156,15 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
         {[&] { return inner->setFont(font) && font->setSize(20); }, L"1 83 61 53 1"},
         {[&] { return inner->setOpen(false); }, L"1 53 31 53 4 inner"},
         {[&] { return fork->takeFocus() && key(kKeyLeft); }, L"1 22 31 53 4 fork"},
-        {[&] { return key(kKeyLeft); }, L"0 22 31 53 1 fork"},
         {[&] { return key(kKeyRight); }, L"1 53 31 53 2 fork"},
-        {[&] { return key(kKeySpace, kModifierAlt); }, L"0 53 31 53 1 fork"},
-        {[&] { return key(kKeySpace) && fork->isOpen(); }, L"0 22 31 53 2 fork"}};
+        {[&] { return key(kKeySpace) && fork->isOpen(); }, L"0 22 31 53 2 fork"},
+        {[&] { return router().setFocus(nullptr) && fork->setFont(own); }, L"1 22 31 53 1"},
+        {[&] { return told(), own->setSize(20) && told() != L""; }, L"1 22 31 53 0"},
+        {[&] { return joinAgain(); }, L"0 5 31 53 1"},
+        {[&] { return other->takeFocus() && fork->setOpen(true) && fork->setOpen(false); }, L"1 31 31 62 5"},
+        {[&] { return fork->setOpen(true) && joinAgain(); }, L"1 62 31 62 3"},
+        {[&] { return fork->setPlacement({.maximum = {0, 50}}) && own->setSize(30) && own->setSize(20); }, L"1 50 31 62 2"},
+        {[&] { return fork->setPlacement({}) && own->setSize(11) && fork->takeFocus() && fork->setOpen(false); }, L"1 22 31 53 5 fork"}};
     // clang-format on
     for (const auto& [step, expected] : steps) {
         log_->take();
@@ -159,10 +180,10 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
     EXPECT_EQ(seen(*fork),
               L"pen #000000 1; line 6,7 10,11; line 10,11 6,15; text 16,0,98,21 More 11  #000000 0 "
               L"2 010; focus 0,0,98,21");
-    native().scalingFactor = 2.0;
     fork->setColors(std::make_shared<ColorsDescriptor>());
     fork->colors()->setColor(ColorRole::kBackground, Color::rgb(9, 9, 9));
     fork->setOpen(true);
+    native().scalingFactor = 2.0;
     window_->showAnew();
     mouse(MouseAction::kMove, {30, 5});
     EXPECT_EQ(seen(*fork),
@@ -177,6 +198,7 @@ struct Sheet : Control {
     Size preferredSizeForWidth(std::int32_t width) override {
         return {wanted.width, wanted.height + (width < wanted.width ? 1 : 0)};
     }
+    void onJoinedSurface() override { tell(L"joined"); }
     Size wanted{300, 500};
 };
 
@@ -222,10 +244,20 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
 TEST_F(ScrollTest, content_thatDoesNotFit_getsItsBarsWithTheSurface) {
     const ScopedValue thin(barThickness, 1);
     view_ = makeControl<Scrollable<Sheet>>();
+    sheet().wanted = {300, 200};
     view_->setBoundary({0, 0, 99, 199});
     EXPECT_EQ(view_->children()[0]->boundary(), view_->area());
+    told();
     shown(view_);
-    EXPECT_EQ(view_->children()[0]->boundary(), (Rect{0, 0, 98, 198}));
+    EXPECT_TRUE(told().starts_with(L"joined; made 0,0,0,0 hidden; made 0,0,0,0 hidden; range"));
+    for (const auto& [whole, room] : {std::pair{Rect{0, 0, 99, 199}, Rect{0, 0, 98, 198}},
+                                      {{0, 0, 0, 0}, {0, 0, 0, 0}},
+                                      {{0, 0, 0, 199}, {0, 0, 0, 198}},
+                                      {{0, 0, 99, 0}, {0, 0, 98, 0}}}) {
+        view_->setBoundary(whole);
+        EXPECT_EQ(view_->children()[0]->boundary(), room);
+        EXPECT_TRUE(view_->scrollBar(true)->isVisible() && view_->scrollBar(false)->isVisible());
+    }
 }
 
 TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
@@ -260,6 +292,14 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_EQ(view_->scrollPosition(), (Point{72, 64}));
     view_->scrollTo(Point{INT32_MAX, INT32_MIN});
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
+    const auto bar = view_->scrollBar(true);
+    EXPECT_TRUE(bar->minimum() == 0 && bar->maximum() == 499 && bar->pageSize() == 184);
+    view_->scrollBar(false)->acceptPosition(9);
+    EXPECT_EQ(view_->scrollPosition().x, 9);
+    native().scalingFactor = 0.01;
+    EXPECT_TRUE(key(kKeyDown) && view_->scrollPosition().y == 1);
+    view_->setContent(makeControl<Sheet>());
+    EXPECT_EQ(view_->scrollBar(false)->position(), 0);
     view_->setContent(nullptr);
     EXPECT_FALSE(view_->scrollBar(true)->isVisible() || view_->scrollBar(false)->isVisible());
     EXPECT_EQ(window_->controlAt({50, 50}), view_.get());
@@ -270,14 +310,22 @@ TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     EXPECT_EQ(view_->scrollPosition(), (Point{249 - 83, 469 - 183}));
     // Stays in view when the room shrinks; where others scroll is theirs.
     view_->setBoundary({0, 0, 79, 99});
+    EXPECT_EQ(sheet().boundary().position(), (Point{63 - 249, 83 - 469}));
+    EXPECT_EQ(view_->scrollBar(true)->position(), 469 - 83);
+    EXPECT_TRUE(log_->take().ends_with(L"enterFocus"));
     corner_->notify(Control::kScrolledVertically, MessageWord(std::intptr_t{3}));
-    EXPECT_EQ(view_->scrollPosition(), (Point{249 - 63, 469 - 83}));
+    EXPECT_EQ(log_->take(), L"scrolledvertically");
     view_->scrollTo(Point{0, 0});
     view_->setBoundary({0, 0, 99, 99});
     EXPECT_EQ(view_->scrollPosition(), Point());
+    log_->take();
+    sheet().notify(Control::kChangePreferredHeight);
     sheet().notify(Control::kShouldScrollChildIntoView, MessageWord::ofObject(corner_.get()));
+    EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally scrolled scrolledvertically");
     EXPECT_EQ(view_->scrollPosition().x, 249 - 83);
-    EXPECT_FALSE(view_->scrollTo(*window_));
+    router().setFocus(nullptr);
+    sheet().notify(Control::kUnselected);
+    EXPECT_FALSE(view_->scrollTo(*window_) || view_->hasFocus());
     view_->scrollTo(Point{216, 0});
     EXPECT_TRUE(view_->scrollTo(*corner_));
     EXPECT_EQ(view_->scrollPosition().x, 200);

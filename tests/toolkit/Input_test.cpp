@@ -50,53 +50,46 @@ TEST_F(InputTest, mouse_movesPressesAndReleases_sendsInOrder) {
     EXPECT_EQ(after({{kMove, {10, 5}}, {kMove, {60, 5}}}),
               L"enterHovering; cursor 0; mouse 10,5; 0; leaveHovering; enterHovering; cursor 1; "
               L"mouse 10,5; 0");
-    right_->setCursor(MouseCursor::kText);
+    EXPECT_TRUE(right_->setCursor(MouseCursor::kText) && !right_->setCursor(MouseCursor::kText));
     left_->setCursor(MouseCursor::kWait);
     // Released elsewhere, it is no click, and nothing else hovers meanwhile.
     EXPECT_EQ(after({{kLeave, {}}, {kLeftDown, {60, 5}}, {kMove, {10, 5}}, {kLeftUp, {10, 5}}}),
               L"cursor 2; leaveHovering; 0; mouse 10,5; enterFocus; enterLeftClicking; 1; mouse "
               L"-40,5; 0; mouse -40,5; leaveLeftClicking; 1");
     EXPECT_EQ(native().systemFocus, right_.get());
-    EXPECT_EQ(after({{kRightDown, {10, 5}}, {kLeftDown, {60, 5}}, {kLeftUp, {10, 5}}}),
-              L"mouse 10,5; leaveFocus; enterFocus; enterRightClicking; 1; mouse 60,5; 0; 1");
-    EXPECT_EQ(after({{kRightUp, {10, 5}}, {kRightUp, {10, 5}}}),
-              L"mouse 10,5; leaveRightClicking; rightClicked 10,5; 1; 0");
     // What belongs to a child is no matter of those above it but by message.
-    EXPECT_EQ(after({{kLeftDouble, {62, 12}}, {kLeftUp, {62, 13}}}),
-              L"mouse 2,2; enterLeftClicking; 1; mouse 2,3; leaveLeftClicking; leftClicked 2,3; 1");
+    // clang-format off
+    EXPECT_EQ(after({{kRightDown, {10, 5}}, {kLeftDown, {60, 5}}, {kLeftUp, {10, 5}}, {kRightUp, {10, 5}},
+                     {kRightUp, {10, 5}}, {kLeftDouble, {62, 12}}, {kLeftUp, {62, 13}}}),
+              L"mouse 10,5; leaveFocus; enterFocus; enterRightClicking; 1; mouse 60,5; 0; 1; mouse 10,5; "
+              L"leaveRightClicking; rightClicked 10,5; 1; 0; mouse 2,2; enterLeftClicking; 1; mouse 2,3; "
+              L"leaveLeftClicking; leftClicked 2,3; 1");
     // Moved by more than four pixels, it is a drag.
     left_->setDraggable(true);
-    EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {14, 1}}, {kMove, {15, 5}}, {kMove, {-7, 5}}}),
-              L"mouse 10,5; enterLeftClicking; 1; enterHovering; cursor 3; mouse 14,1; 0; dragging "
-              L"15,5; mouse 15,5; 0; leaveHovering; dragging -7,5; mouse -7,5; 0");
-    EXPECT_EQ(after({{kLeftUp, {10, 5}}, {kLeftDown, {10, 5}}, {kMove, {10, 10}}}),
-              L"mouse 10,5; leaveLeftClicking; dropped 10,5; 1; mouse 10,5; enterLeftClicking; 1; "
-              L"enterHovering; cursor 3; dragging 10,10; mouse 10,10; 0");
+    EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {14, 1}}, {kMove, {15, 5}}, {kMove, {-7, 5}},
+                     {kLeftUp, {10, 5}}, {kLeftDown, {10, 5}}, {kMove, {10, 10}}}),
+              L"mouse 10,5; enterLeftClicking; 1; enterHovering; cursor 3; mouse 14,1; 0; dragging 15,5; "
+              L"mouse 15,5; 0; leaveHovering; dragging -7,5; mouse -7,5; 0; mouse 10,5; leaveLeftClicking; "
+              L"dropped 10,5; 1; mouse 10,5; enterLeftClicking; 1; enterHovering; cursor 3; dragging 10,10; "
+              L"mouse 10,10; 0");
+    // clang-format on
     native().captured = false;
     router().cancelPress();
     EXPECT_EQ(after({{kRightDown, {10, 5}}, {kMove, {30, 5}}, {kRightUp, {30, 5}}}),
               L"leaveLeftClicking; mouse 10,5; enterRightClicking; 1; mouse 30,5; 0; mouse 30,5; "
               L"leaveRightClicking; rightClicked 30,5; 1");
+    EXPECT_EQ(after({{kWheel, {5, 5}, 7}, {kWheel, {5, 5}, 7, 1}, {kWheel, {5, 5}, 7, 2}}),
+              L"mouse 5,5; scrolledmousewheel 7,0; 0; mouse 5,5; shiftScrolledmousewheel 7,0; 0; "
+              L"mouse 5,5; ctrlScrolledmousewheel 7,0; 0");
+    EXPECT_FALSE(mouse(kWheel, {-1, 5}, 7));
     // One that is disabled takes no press, and lets none through.
     left_->setEnabled(false);
     EXPECT_EQ(after({{kLeftDown, {10, 5}}, {kMove, {11, 5}}, {kLeftUp, {10, 5}}}),
               L"invalidate 0,0,49,49; leaveHovering; leaveFocus; 0; enterHovering; cursor 3; 0; 0");
 }
 
-TEST_F(InputTest, removal_whilePressedHoveredFocusedOrByItsHandler_leavesAllStates) {
-    inner_->setFocusable(true);
-    for (int how = 0; how < 3; ++how) {
-        window_->addChild(right_);
-        right_->addChild(inner_);
-        after({{kMove, {65, 15}}, {kLeftDown, {65, 15}}});
-        how == 0   ? right_->removeAllChildren()
-        : how == 1 ? void(window_->removeChild(right_.get()))
-                   : void(right_->setEnabled(false));
-        const std::wstring left = L"leaveLeftClicking; leaveHovering; leaveFocus";
-        expectTold(how < 2 ? left + L"; invalidate 50,0,99,49" : L"invalidate 50,0,99,49; " + left);
-        EXPECT_FALSE(native().captured || router().focused() || router().hovered());
-    }
-    // A handler that ends its control on the press or on the release: no press, no click.
+TEST_F(InputTest, handlers_thatEndTheirControlOrItsFocus_areFollowed) {
+    // On the press or on the release, removed or disabled: no press, no click.
     for (int how = 0; how < 4; ++how) {
         window_->addChild(right_);
         right_->setEnabled(true);
@@ -112,30 +105,19 @@ TEST_F(InputTest, removal_whilePressedHoveredFocusedOrByItsHandler_leavesAllStat
                                     : L"enterFocus enterLeftClicking leaveFocus leaveLeftClicking");
         EXPECT_FALSE(native().captured);
     }
-    const auto cover = shown(makeControl<Probe>(), {40, 10, 69, 39});
-    cover->setTakesMouse(false);
-    EXPECT_EQ(window_->controlAt({60, 10}), inner_.get());
-    cover->tooltip().setLiteral(L"x");
-    EXPECT_EQ(window_->controlAt({60, 10}), cover.get());
+    after({{kLeftDown, {5, 5}}});
+    window_->removeChild(left_.get());
+    EXPECT_FALSE(native().captured || left_->isLeftPressed());
+    window_->addChild(left_);
     right_->setEnabled(true);
     right_->connect(std::make_shared<FunctionSink>([&](auto&&...) { left_->takeFocus(); }), false);
     EXPECT_FALSE(right_->takeFocus() || right_->hasFocus());
+    left_->removeAllChildren();
     EXPECT_TRUE(native().systemFocus == left_.get() && left_->hasFocus());
 }
 
-TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
-    inner_->setFocusable(true);
-    left_->setFocusOrder(1);
-    inner_->setFocusOrder(1);
-    // clang-format off
-    for (const auto& [modifiers, focused] :
-         {std::pair{0U, right_}, {0U, left_}, {0U, inner_}, {0U, right_}, {kModifierShift, inner_},
-          {kModifierShift, left_}, {kModifierAlt, left_}, {kModifierControl, left_}}) {
-        // clang-format on
-        EXPECT_EQ(key(kKeyTab, modifiers), modifiers < kModifierControl);
-        EXPECT_EQ(router().focused(), focused);
-    }
-    inner_->takeFocus();
+TEST_F(InputTest, keys_arrowsAndTab_askForItemsAndReachSurfacesOnTheSurface) {
+    left_->takeFocus();
     log_->take();
     for (const std::uint32_t modifiers : {0U, kModifierControl}) {
         key(kKeyUp, modifiers);
@@ -144,23 +126,14 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
     EXPECT_EQ(log_->take(),
               L"keyPressed selectPreviousItem keyPressed selectNextItem keyPressed moveUp "
               L"keyPressed moveDown");
-    right_->uses = true;
-    told();
-    say(key(kKeyTab));
-    expectTold(L"key 9; key 9; 1");
-    // From nowhere backwards to the last that can have it.
-    inner_->setVisible(false);
-    EXPECT_FALSE(inner_->takeFocus() || router().focused());
-    key(kKeyTab, kModifierShift);
-    EXPECT_EQ(router().focused(), left_);
     // A surface on the surface has its turn with its own router.
     const auto below = host_->createNativeWindow();
     window_->addChild(below);
     below->addChild(inner_);
-    inner_->setVisible(true);
-    key(kKeyTab);
+    inner_->setFocusable(true);
+    key(kKeyTab, kModifierShift);
     EXPECT_TRUE(inner_->hasFocus() && !left_->hasFocus() && !router().focused());
-    below->inputRouter()->routeKey({kKeyTab, 0});
+    below->inputRouter()->routeKey({kKeyTab, kModifierShift});
     EXPECT_TRUE(right_->hasFocus() && !inner_->hasFocus());
     window_->removeChild(below.get());
     right_->setEnabled(false);
@@ -171,33 +144,28 @@ TEST_F(InputTest, keys_tabArrowsAndOthers_moveTheFocusOrAreOffered) {
 TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
     const auto timer = [&] {
         return std::dynamic_pointer_cast<Timer>(
-            window_->windowService()->getNamedObject(tooltipTimerKey(*left_)));
+            window_->windowService()->getNamedObject(L"TTTIMER:" + left_->idText()));
     };
     const auto dialog = [&] {
         return std::dynamic_pointer_cast<NativeDialog>(
-            window_->windowService()->getNamedObject(tooltipDialogKey(*left_)));
+            window_->windowService()->getNamedObject(L"TTDIALOG:" + left_->idText()));
     };
     const auto options = std::make_shared<TooltipOptions>();
     options->delay = 250;
     options->offset = {3, 4};
+    options->maximumSize = {};
     left_->setTooltipOptions(options);
     left_->tooltip().setLiteral(L"What it is");
     native().clientPosition = {100, 200};
     // 10 characters of 7 pixels, a line of 16, margins of 6 and 3.
-    const std::tuple<Size, double, const wchar_t*> rows[] = {
-        {{},
-         1.0,
+    const std::pair<double, const wchar_t*> rows[] = {
+        {1.0,
          L"113,224,194,245; fill 0,0,81,21 #ffffe1; pen #767676 1; frame 0,0,81,21; text 6,3,75,18 "
          L"What it is 11  #000000 0 0 100; leaveHovering"},
-        {{40, 60},
-         1.0,
-         L"113,224,152,277; fill 0,0,39,53 #ffffe1; pen #767676 1; frame 0,0,39,53; text 6,3,33,50 "
-         L"What it is 11  #000000 0 0 100; leaveHovering"},
-        {{},
-         2.0,
+        {2.0,
          L"113,224,216,251; fill 0,0,103,27 #ffffe1; pen #767676 1; frame 0,0,103,27; text "
          L"12,6,91,21 What it is 11  #010203 0 0 100; leaveHovering"}};
-    for (const auto& [maximum, scaling, expected] : rows) {
+    for (const auto& [scaling, expected] : rows) {
         native().scalingFactor = scaling;
         if (scaling > 1.0) {
             options->font = std::make_shared<FontDescriptor>();
@@ -205,14 +173,12 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
             options->colors = std::make_shared<ColorsDescriptor>();
             options->colors->setColor(ColorRole::kText, Color::rgb(1, 2, 3));
         }
-        options->maximumSize = maximum;
         mouse(kMove, {10, 20});
         const auto waiting = timer();
         EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer250");
         EXPECT_TRUE(waiting->isRunning() && dialog());
         // Shown once, however often it was asked for.
         left_->showTooltip({10, 20});
-        told();
         log_->take();
         waiting->acceptTick();
         EXPECT_EQ(log_->take(), L"beforeDisplayTooltip");
@@ -226,9 +192,20 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
         expectTold(expected);
         EXPECT_FALSE(shown->isOpen() || timer() || dialog());
     }
+    EXPECT_EQ(Tooltip().preferredSize(), (Size{12, 6}));
+    left_->setTooltipOptions(nullptr);
+    left_->tooltip().setLiteral(std::wstring(3000, L'x'));
     mouse(kMove, {10, 20});
-    mouse(kWheel, {10, 20}, 120);
-    EXPECT_FALSE(timer() || dialog());
+    EXPECT_EQ(timer()->getInterval(), 500);
+    timer()->acceptTick();
+    EXPECT_EQ(dialog()->boundary(), Rect::at({110, 240}, {400, 300}));
+    for (const MouseAction action : {kWheel, kLeftDown}) {
+        mouse(kLeave);
+        mouse(kMove, {10, 20});
+        mouse(action, {10, 20}, 120);
+        EXPECT_FALSE(timer() || dialog());
+    }
+    mouse(kLeftUp);
     const auto application = makeRecordingApplicationService();
     application->getPreferences()->setBool(L"showTooltips", false);
     window_->registerService(application, true, true);
