@@ -200,7 +200,9 @@ public:
     Shared<NativeWindow> createNativeWindow() override {
         return furnished(made<RecordingWindow>());
     }
-    Shared<NativeButton> createNativeButton() override { return made<RecordingButton>(); }
+    Shared<NativeButton> createNativeButton() override {
+        return buttonsLeft-- > 0 ? made<RecordingButton>() : nullptr;
+    }
     Shared<NativeTextBox> createNativeTextBox() override { return made<RecordingTextBox>(); }
     void invalidate() override { note(L"invalidate"); }
     void invalidate(const Rect& area) override { note(L"invalidate", area); }
@@ -227,6 +229,7 @@ public:
 
     int answer = kAnswerOk;
     bool checksBox = false;
+    int buttonsLeft = 999;
     std::vector<MessageBoxContent> boxes;
     static inline double scalingFactor = 1.0;
     Point clientPosition;

@@ -23,7 +23,8 @@ protected:
         recordingOf<RecordingWindowService>(*dialog_->windowService()).scalingFactor = scaling;
         view_ = makeControl<MessageBoxView>(*dialog_, box_, *this);
         dialog_->addChild(view_);
-        EXPECT_TRUE(view_->build(*host_));
+        const bool isBuilt = view_->build(*host_);
+        EXPECT_EQ(isBuilt, recordingOf<RecordingWindowService>(*host_).buttonsLeft >= 0);
         dialog_->show(false);
         return *view_;
     }
@@ -119,6 +120,24 @@ TEST_F(BoxViewTest, captions_accessKeys_areUniqueAndOnlyWhereNobodyChoseThem) {
     EXPECT_EQ(accessKeyOf(L"&&&c&d"), L'C');
 }
 
+TEST_F(BoxViewTest, answers_remembered_areThoseOfABoxThatWasChecked) {
+    PropertyBag bag;
+    const std::tuple<const wchar_t*, bool, int, int> kRows[] = {
+        {L"", true, kAnswerOk, 0},          {L"k", false, kAnswerOk, 0},
+        {L"k", true, kAnswerCancel, 0},     {L"k", true, kAnswerNone, 0},
+        {L"k", true, kAnswerYes, kAnswerYes}};
+    for (const auto& [key, checked, answer, remembered] : kRows) {
+        box_.rememberKey = key;
+        box_.doNotShowAgain = checked;
+        rememberAnswer(bag, box_, answer);
+        EXPECT_EQ(bag.getLong(L"doNotShowAgain.k", 0), remembered) << answer;
+    }
+    forgetAnswer(bag, L"k");
+    completeMessageBox(box_, *makeControl<Control>());
+    EXPECT_EQ(box_.buttons[0].text, L"{IDS_OK:null rs!}");
+    EXPECT_FALSE(box_.doNotShowAgain || bag.getLong(L"doNotShowAgain.k", 0) != 0);
+}
+
 TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
     box_.caption = L"Title";
     MessageBoxView& view = open(kMessageYesNoCancel | kMessageDefaultSecond, L"k");
@@ -152,12 +171,18 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         {kMessageOk | kMessageDefaultSecond, kAnswerNone, kAnswerNone}};
     for (const auto& [style, closing, answer] : kRows) {
         open(style);
-        dialog_->hide(closing);
+        closing == kAnswerNone ? dialog_->hide(closing) : void();
+        EXPECT_TRUE(closing == kAnswerNone || press(kKeyEscape));
         EXPECT_EQ(view_->answer(), answer) << style;
         EXPECT_EQ(dialog_->defaultButton(), view_->buttons()[0]);
     }
     open(kMessageYesNo).close(kAnswerCancel);
     EXPECT_EQ(view_->answer(), kAnswerCancel);
+    // A button or the check box that cannot be made.
+    for (const int made : {0, 1}) {
+        recordingOf<RecordingWindowService>(*host_).buttonsLeft = made;
+        open(kMessageOk, L"k");
+    }
 }
 
 }  // namespace
