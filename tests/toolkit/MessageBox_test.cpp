@@ -1,5 +1,4 @@
 // What a message box consists of, where it stands, and how it is answered.
-#include "ZuAccessKeys.h"
 #include "ZuMessageBoxView.h"
 #include "ZuScope.h"
 #include "support/ToolkitTest.h"
@@ -102,29 +101,13 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
     }
 }
 
-TEST_F(BoxViewTest, captions_accessKeys_areUniqueAndOnlyWhereNobodyChoseThem) {
-    const std::pair<std::vector<MessageBoxButton>, Texts> kRows[] = {
-        {{{kAnswerYes, L"Nun ja"}, {kAnswerNo, L"Nein"}, {kAnswerCancel, L"Nicht"}},
-         {L"&Nun ja", L"N&ein", L"Nicht"}},
-        {{{kAnswerYes, L"A"}, {kAnswerNo, L"a"}, {kAnswerNo, L""}}, {L"&A", L"a", L""}},
-        {{{kAnswerYes, L"Yes"}, {kAnswerNo, L"N&o"}}, {L"Yes", L"N&o"}},
-        {{{kAnswerYes, L"R&&D&"}, {kAnswerNo, L"r 2d"}, {kAnswerOk, L"OK"}},
-         {L"&R&&D&", L"r 2&d", L"OK"}},
-        {{{kAnswerYes, L"\x434\x430"}, {kAnswerNo, L"\x414\x44F"}},
-         {L"&\x434\x430", L"\x414&\x44F"}}};
-    for (const auto& [buttons, captions] : kRows) {
-        box_.buttons = buttons;
-        EXPECT_EQ(buttonCaptionsOf(box_), captions);
-    }
-    EXPECT_EQ(withoutAccessKeys(L"&a&&b&"), L"a&b&");
-    EXPECT_EQ(accessKeyOf(L"&&&c&d"), L'C');
-}
-
 TEST_F(BoxViewTest, answers_remembered_areThoseOfABoxThatWasChecked) {
     PropertyBag bag;
     const std::tuple<const wchar_t*, bool, int, int> kRows[] = {
-        {L"", true, kAnswerOk, 0},          {L"k", false, kAnswerOk, 0},
-        {L"k", true, kAnswerCancel, 0},     {L"k", true, kAnswerNone, 0},
+        {L"", true, kAnswerOk, 0},
+        {L"k", false, kAnswerOk, 0},
+        {L"k", true, kAnswerCancel, 0},
+        {L"k", true, kAnswerNone, 0},
         {L"k", true, kAnswerYes, kAnswerYes}};
     for (const auto& [key, checked, answer, remembered] : kRows) {
         box_.rememberKey = key;
