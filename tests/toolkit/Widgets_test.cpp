@@ -1,5 +1,4 @@
 // Descriptors, the window service and the native widgets' portable halves.
-#include "ZuButton.h"
 #include "support/ToolkitTest.h"
 
 namespace zustd::test {
@@ -96,49 +95,6 @@ TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone
     buttons[2]->setEnabled(false);
     buttons[3]->setEnabled(false);
     EXPECT_FALSE(buttons[4]->onKey({kKeyUp, 0}));
-}
-
-TEST_F(WidgetTest, preferredSize_followsTextKindAndScaling) {
-    const auto button = shown(host_->createNativeButton(), {0, 0, 29, 39});
-    const auto box = shown(host_->createNativeTextBox(), {0, 0, 29, 39});
-    const auto combo = shown(host_->createNativeComboBox(), {0, 0, 29, 39});
-    const auto bar = shown(host_->createNativeScrollBar(false), {0, 0, 49, 5});
-    combo->addItem(L"fourteen chars");
-    combo->addItem(L"short");
-    const auto expectSizes = [&](const wchar_t* expected) {
-        told();
-        for (const auto& widget : Controls{button, box, combo, bar}) {
-            say(widget->preferredSize());
-        }
-        EXPECT_EQ(told(), expected);
-    };
-    expectSizes(L"75,23; 160,24; 130,24; 50,16");
-    button->setCaption(std::make_shared<TextDescriptor>(L"&Twelve chars && 1"));
-    box->setKind(TextBoxKind::kMultiLine);
-    combo->removeItem(0);
-    expectSizes(L"136,26; 160,72; 100,24; 50,16");
-    native().scalingFactor = 2.0;
-    button->setKind(ButtonKind::kCheck);
-    button->setBitmap(std::make_shared<BitmapDescriptor>(7, Size{10, 20}));
-    expectSizes(L"180,48; 320,80; 200,32; 50,16");
-    combo->registerService(host_, true, true);
-    for (const auto& widget : Controls{button, box, combo}) {
-        window_->removeChild(widget.get());
-        EXPECT_EQ(widget->preferredSize(), (Size{30, 40}));
-    }
-}
-
-TEST_F(WidgetTest, drawnButton_anyState_shadesItsOwnColor) {
-    const auto button = shown(makeControl<Button>(), {0, 0, 9, 9});
-    button->setColors(std::make_shared<ColorsDescriptor>());
-    button->colors()->setColor(ColorRole::kBackground, Color::rgb(64, 192, 224));
-    std::wstring shades = seen(*button).substr(17, 8);
-    button->setEnabled(false);
-    shades += seen(*button).substr(17, 8);
-    button->click();
-    EXPECT_FALSE(button->isChecked());
-    button->setChecked(true);
-    EXPECT_EQ(shades + seen(*button).substr(17, 7), L"#b7e7f3 #8ad8ec #3bb1cf");
 }
 
 TEST_F(WidgetTest, itemModels_edges_areRefusedOrLeftAlone) {
@@ -277,20 +233,6 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
     EXPECT_EQ(NativeScrollBar().preferredSize(), (Size{17, 1}));
     flat->setRange(7, 7);
     EXPECT_FALSE(flat->onMouse({MouseAction::kHorizontalWheel, {}, 30}));
-}
-
-TEST_F(WidgetTest, progressBar_anyNumbers_areTakenIntoTheRange) {
-    const auto bar = host_->createNativeProgressBar();
-    // clang-format off
-    expectSteps({[&] { say(bar->isMarquee() || bar->setRange(0, 100)); }, [&] { say(bar->setRange(10, 5)); },
-                 [&] { say(bar->setPosition(99)); }, [&] { say(bar->setRange(-5, 10)); },
-                 [&] { say(bar->setRange(-5, 50) && bar->setPosition(60)); },
-                 [&] { say(bar->setPosition(-60)); }, [&] { say(bar->setMarqueeInterval(0)); },
-                 [&] { say(bar->setMarqueeInterval(1)); }},
-                [&] { return formatWide(L"%d %d %d %u", bar->minimum(), bar->maximum(), bar->position(), bar->marqueeInterval()); },
-                L"0; 0 100 0 30; 1; 10 10 10 30; 0; 10 10 10 30; 1; -5 10 10 30; 1; -5 50 50 30; "
-                L"1; -5 50 -5 30; 1; -5 50 -5 1; 0; -5 50 -5 1");
-    // clang-format on
 }
 
 }  // namespace
