@@ -84,10 +84,6 @@ private:
 template <class A, class I>
 using RecordingWidget = Recording<Implementation<A, I>>;
 
-using RecordingButton = RecordingWidget<NativeButton, INativeButtonImpl>;
-using RecordingTextBox = RecordingWidget<NativeTextBox, INativeTextBoxImpl>;
-using RecordingWindow = RecordingWidget<NativeWindow, INativeWindowImpl>;
-
 // Never modal: a modal dialog needs a message loop.
 class RecordingDialog : public RecordingWidget<NativeDialog, INativeDialogImpl> {
     int show(bool) override {
@@ -115,9 +111,6 @@ class RecordingScrollBar : public RecordingWidget<NativeScrollBar, INativeScroll
     void setEnableArrows(bool back, bool on) override { note(L"arrows", back, on); }
     std::int32_t getThickness() const override { return barThickness; }
 };
-
-using RecordingFont = Implementation<Font, IFontImpl>;
-using RecordingBitmap = Implementation<Bitmap, IBitmapImpl>;
 
 inline std::int32_t systemTextSize = 11;
 inline std::int32_t sizeOf(const Font& font) {
@@ -151,10 +144,9 @@ public:
              formatWide(L"%d%d%d", how.wordWrap, how.ellipsis, how.accelerators));
     }
     Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override {
-        const std::int32_t whole = measureTextWidth(text, font);
-        const std::int32_t line = sizeOf(font) + 5;
-        const bool wraps = width > 0 && whole > width;
-        return wraps ? Size{width, (whole + width - 1) / width * line} : Size{whole, line};
+        const Size whole{measureTextWidth(text, font), sizeOf(font) + 5};
+        const bool wraps = width > 0 && whole.width > width;
+        return wraps ? Size{width, (whole.width + width - 1) / width * whole.height} : whole;
     }
     std::int32_t measureTextWidth(std::wstring_view text, const Font& font) override {
         return static_cast<std::int32_t>(text.size()) * (font.style().bold ? 8 : 7);
@@ -166,9 +158,7 @@ public:
     void setClippingArea(const Rect& area) override { note(L"clipArea", area); }
     void clearClippingArea() override { note(L"clearClipArea"); }
     void setPen(Color color, std::int32_t width) override { note(L"pen", color, width); }
-    Rect getDrawArea() const override { return drawArea; }
-
-    Rect drawArea{0, 0, 9999, 9999};
+    Rect getDrawArea() const override { return {0, 0, 9999, 9999}; }
 };
 
 template <class Backend, class... Args>
@@ -181,8 +171,6 @@ auto made(Args&&... args) {
     joinImplementation(*abstraction, std::make_unique<Backend>());
     return abstraction;
 }
-
-Shared<WindowService> makeRecordingWindowService();
 
 inline Shared<ApplicationService> makeRecordingApplicationService() {
     return made<ApplicationServiceWin32Gdi>();
@@ -198,25 +186,28 @@ public:
         return furnished(made<RecordingDialog>(style));
     }
     Shared<NativeWindow> createNativeWindow() override {
-        return furnished(made<RecordingWindow>());
+        return furnished(made<RecordingWidget<NativeWindow, INativeWindowImpl>>());
     }
-    Shared<NativeButton> createNativeButton() override { return made<RecordingButton>(); }
-    Shared<NativeTextBox> createNativeTextBox() override { return made<RecordingTextBox>(); }
+    Shared<NativeButton> createNativeButton() override {
+        return buttonsLeft-- > 0 ? made<RecordingWidget<NativeButton, INativeButtonImpl>>()
+                                 : nullptr;
+    }
+    Shared<NativeTextBox> createNativeTextBox() override {
+        return made<RecordingWidget<NativeTextBox, INativeTextBoxImpl>>();
+    }
     void invalidate() override { note(L"invalidate"); }
     void invalidate(const Rect& area) override { note(L"invalidate", area); }
     void setCursor(MouseCursor cursor) override { note(L"cursor", static_cast<int>(cursor)); }
     void captureMouse() override { captured = true; }
     void releaseMouse() override { captured = false; }
-    int showMessage(MessageBoxContent& box) override { return answerTo(L"showMessage", box); }
-    int askYesNoCancel(MessageBoxContent& box) override { return answerTo(L"askYesNoCancel", box); }
-    int askYesNo(MessageBoxContent& box) override { return answerTo(L"askYesNo", box); }
-    int askOKCancel(MessageBoxContent& box) override { return answerTo(L"askOKCancel", box); }
     double getScalingFactor() override { return scalingFactor; }
     Rect getWorkArea() const override { return {0, 0, 1023, 767}; }
     Point getClientPosition() const override { return clientPosition; }
-    Shared<Font> getFont(const FontStyle& style) override { return made<RecordingFont>(style); }
+    Shared<Font> getFont(const FontStyle& style) override {
+        return made<Implementation<Font, IFontImpl>>(style);
+    }
     Shared<Bitmap> getBitmap(const ResourceDescriptor& resource, Size size) override {
-        auto bitmap = made<RecordingBitmap>(resource, size);
+        auto bitmap = made<Implementation<Bitmap, IBitmapImpl>>(resource, size);
         bitmap->acceptSize(size.isEmpty() ? Size{9, 5} : size);
         return bitmap;
     }
@@ -225,9 +216,7 @@ public:
     }
     void setFocus(Control& control) override { systemFocus = &control; }
 
-    int answer = kAnswerOk;
-    bool checksBox = false;
-    std::vector<MessageBoxContent> boxes;
+    int buttonsLeft = 999;
     static inline double scalingFactor = 1.0;
     Point clientPosition;
     Control* systemFocus = nullptr;
@@ -236,14 +225,8 @@ public:
 private:
     template <class Surface>
     static Shared<Surface> furnished(Shared<Surface> surface) {
-        furnishSurface(*surface, makeRecordingWindowService(), made<RecordingGraphics>());
+        furnishSurface(*surface, made<RecordingWindowService>(), made<RecordingGraphics>());
         return surface;
-    }
-    int answerTo(const wchar_t* operation, MessageBoxContent& box) {
-        note(operation);
-        box.doNotShowAgain = checksBox && !box.checkBoxText.empty();
-        boxes.push_back(box);
-        return answer;
     }
 };
 

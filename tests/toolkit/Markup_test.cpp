@@ -61,9 +61,10 @@ protected:
 
 TEST_F(MarkupTest, tagsAttributesAndEntities_ofAnyForm_areReadAndPlaced) {
     const std::pair<const wchar_t*, const wchar_t*> kRows[] = {
-        {L"a<b>b<i>c<u>d</b></i></u>&amp;lt;<font size='20'>&quot;&apos;</font>&<u>&nbsp;</u><i>e",
-         L"129,25 129,25 129,25 |0,9 a|7,9 b 100 11|15,9 c 110 11|23,9 d 111 11|31,9 &lt;|59,0 \"' "
-         L"000 20|73,9 &|80,9 &nbsp; 001 11|122,9 e 010 11"},
+        {L"a<b>b<i>c<u>d</b></i></u>&amp;lt;<font "
+         L"size='20'>&quot;&apos;</font>&<u>&nbsp;</u><i>e<u>f</u></i><font size=12>g",
+         L"143,25 143,25 143,25 |0,9 a|7,9 b 100 11|15,9 c 110 11|23,9 d 111 11|31,9 &lt;|59,0 \"' "
+         L"000 20|73,9 &|80,9 &nbsp; 001 11|122,9 e 010 11|129,9 f 011 11|136,8 g 000 12"},
         {L"<font size=999 x=1>a<font size=\"-9999999999\">b<B>x</other>y<br />",
          L"28,149 28,149 28,149 |0,0 a 000 144|7,143 b 000 1|14,143 x 000 1|21,143 y 000 1"},
         {L"<u><a>li<b>nk</b></a></u>after<a></a></a>a\nb<a x>lost",
@@ -74,15 +75,17 @@ TEST_F(MarkupTest, tagsAttributesAndEntities_ofAnyForm_areReadAndPlaced) {
         {L"<control wordwrap=\"true\" width=120 height=9 hmargin=3 vmargin='4' hspacing=5x "
          L"vspacing=\"-2\">well-known words more",
          L"88,38 88,38 48,66 |3,4 well-|43,4 known |3,18 words |50,18 more"},
-        {L"<control width='-3' autosize='true' wordwrap=TRUE>a b", L"1,16 21,16 21,16 |0,0 a b"},
+        {L"<control width='-3' autosize='true' wordwrap='true'>a b",
+         L"1,32 14,32 21,16 |0,0 a |0,16 b"},
         {L"<control width='40' autosize='true' wordwrap='true'>a b cc longer-words",
          L"40,64 49,64 49,48 |0,0 a |14,0 b |0,16 cc |0,32 longer-|0,48 words"},
         {L"<control autosize='true'>a b", L"21,16 21,16 21,16 |0,0 a b"},
-        {L"<control maxwidth=\"40\" maxheight=20 wordwrap=\"true\">well-known word",
-         L"40,20 40,20 40,20 |0,0 well-|0,16 known |0,32 word"},
-        {L"<control width=20 wordwrap='true' hmargin=2>longest-word x",
+        {L"<control maxwidth=\"1\" maxheight=20 wordwrap=\"true\">well-known word",
+         L"1,20 1,20 1,20 |0,0 well-|0,16 known |0,32 word"},
+        {L"<control width=20 wordwrap='true' autosize=TRUE hmargin=2>longest-word x",
          L"60,32 60,32 60,32 |2,0 longest-|2,16 word |37,16 x"},
-        {L"<control hmargin=\"-2147483648\" vspacing=\"-9999999999\" vmargin=2147483647>x y",
+        {L"<control hmargin=\"-2147483648\" vspacing=\"-9999999999\" vmargin=2147483647 "
+         L"wordwrap=TRUE>x y",
          L"1,2147483647 0,2147483647 0,2147483647 |0,2147483647 x y"}};
     for (const auto& [markup, expected] : kRows) {
         view_ = shown(makeControl<MarkupView>(markup));
@@ -131,24 +134,39 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
     EXPECT_EQ(said.back().b.number(), 16);
 }
 
-TEST_F(MarkupTest, receivers_changingTheMarkupOrRemovingTheView_haveTheirWay) {
-    std::function<void()> act = [&] { view_->setMarkup(L"last"); };
-    const auto sink = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
-        kind == Control::kLeaveHovering ? act() : void();
-    });
-    view_->connect(sink, false);
-    for (const wchar_t* shown : {L"last", L""}) {
-        view_->setMarkup(L"<a>link</a>");
-        mouse(MouseAction::kMove, {10, 5});
-        view_->setMarkup(L"outer");
-        EXPECT_EQ(firstText(), shown);
-        act = [&] { window_->removeChild(view_.get()); };
+// Tells how large it is while it is read, and the area that its elements have.
+class AskedView : public MarkupView {
+public:
+    using MarkupView::MarkupView;
+    Rect layoutArea() const override {
+        note(L"area", boundary().size(), MarkupView::layoutArea());
+        return MarkupView::layoutArea();
     }
-    window_->addChild(view_);
-    EXPECT_EQ(firstText(), L"outer");
+};
+
+TEST_F(MarkupTest, controlTag_whileReading_sizesAtOnce) {
+    view_->setMarkup(L"<control maxheight=5>a");
+    EXPECT_TRUE(seen(*view_).starts_with(L"clip 0,0,6,4; "));
+    view_->setColors(std::make_shared<ColorsDescriptor>());
+    told();
+    view_->colors()->setColor(ColorRole::kText, Color::rgb(1, 2, 3));
+    expectTold(L"invalidate 0,0,6,4");
+    shown(makeControl<AskedView>(L"<control width=9 height=8><control><control width=1 height=1>"));
+    expectTold(
+        L"invalidate 0,0,0,0; area 1,1 0,0,1073741822,1073741822; area 9,8 0,0,8,1073741822; area "
+        L"9,8 0,0,8,1073741822; area 1,1 0,0,0,1073741822; invalidate 0,0,0,0; invalidate 0,0,0,0");
+}
+
+TEST_F(MarkupTest, receivers_changingTheMarkupWhileItIsRead_haveTheirWay) {
+    const auto whenBold =
+        std::make_shared<FunctionSink>([&](const auto&...) { view_->setMarkup(L"last"); });
+    view_->font().connect(whenBold, false);
+    view_->setMarkup(L"<b>bold");
+    EXPECT_EQ(firstText(), L"last");
 }
 
 TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
+    const TraceCapture trace(kTraceLevelInfo);
     const std::pair<std::wstring, const wchar_t*> kLinks[] = {
         {L"", L""},
         {L" leftclickmessage='nobody.Knows' other='scrolled.Control'", L""},
@@ -162,9 +180,13 @@ TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
         dynamic_cast<MarkupLink&>(*view_->children()[0]).click();
         EXPECT_EQ(log_->take(), sent) << narrow(attributes);
     }
+    EXPECT_EQ(trace.messages()[1], "MarkupView::sendFromLink: no message 'nobody.Knows' to send");
     click({10, 5});
-    EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
     EXPECT_EQ(log_->entries.back().b.number(), 0);
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
+    // The texts around it let the mouse through.
+    click({40, 5});
+    EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
 }
 
 TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
@@ -175,6 +197,7 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
         }
         return all;
     };
+    const TraceCapture trace(kTraceLevelInfo);
     // What is not linear takes minutes.
     const std::pair<std::wstring, std::size_t> kRows[] = {
         {repeated(L"<", 1'000'000), 1},
@@ -185,6 +208,9 @@ TEST_F(MarkupTest, hostile_markup_staysLinearAndBounded) {
         view_->setMarkup(markup);
         EXPECT_EQ(view_->children().size(), count) << narrow(markup.substr(0, 40));
     }
+    EXPECT_EQ(trace.messages(), Lines(2,
+                                      "MarkupView::parseMarkup: more than 200000 elements; the "
+                                      "rest is left out"));
 }
 
 }  // namespace

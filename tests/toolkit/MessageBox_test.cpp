@@ -1,5 +1,4 @@
 // What a message box consists of, where it stands, and how it is answered.
-#include "ZuAccessKeys.h"
 #include "ZuMessageBoxView.h"
 #include "ZuScope.h"
 #include "support/ToolkitTest.h"
@@ -23,7 +22,8 @@ protected:
         recordingOf<RecordingWindowService>(*dialog_->windowService()).scalingFactor = scaling;
         view_ = makeControl<MessageBoxView>(*dialog_, box_, *this);
         dialog_->addChild(view_);
-        EXPECT_TRUE(view_->build(*host_));
+        const bool isBuilt = view_->build(*host_);
+        EXPECT_EQ(isBuilt, recordingOf<RecordingWindowService>(*host_).buttonsLeft >= 0);
         dialog_->show(false);
         return *view_;
     }
@@ -101,22 +101,24 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
     }
 }
 
-TEST_F(BoxViewTest, captions_accessKeys_areUniqueAndOnlyWhereNobodyChoseThem) {
-    const std::pair<std::vector<MessageBoxButton>, Texts> kRows[] = {
-        {{{kAnswerYes, L"Nun ja"}, {kAnswerNo, L"Nein"}, {kAnswerCancel, L"Nicht"}},
-         {L"&Nun ja", L"N&ein", L"Nicht"}},
-        {{{kAnswerYes, L"A"}, {kAnswerNo, L"a"}, {kAnswerNo, L""}}, {L"&A", L"a", L""}},
-        {{{kAnswerYes, L"Yes"}, {kAnswerNo, L"N&o"}}, {L"Yes", L"N&o"}},
-        {{{kAnswerYes, L"R&&D&"}, {kAnswerNo, L"r 2d"}, {kAnswerOk, L"OK"}},
-         {L"&R&&D&", L"r 2&d", L"OK"}},
-        {{{kAnswerYes, L"\x434\x430"}, {kAnswerNo, L"\x414\x44F"}},
-         {L"&\x434\x430", L"\x414&\x44F"}}};
-    for (const auto& [buttons, captions] : kRows) {
-        box_.buttons = buttons;
-        EXPECT_EQ(buttonCaptionsOf(box_), captions);
+TEST_F(BoxViewTest, answers_remembered_areThoseOfABoxThatWasChecked) {
+    PropertyBag bag;
+    const std::tuple<const wchar_t*, bool, int, int> kRows[] = {
+        {L"", true, kAnswerOk, 0},
+        {L"k", false, kAnswerOk, 0},
+        {L"k", true, kAnswerCancel, 0},
+        {L"k", true, kAnswerNone, 0},
+        {L"k", true, kAnswerYes, kAnswerYes}};
+    for (const auto& [key, checked, answer, remembered] : kRows) {
+        box_.rememberKey = key;
+        box_.doNotShowAgain = checked;
+        rememberAnswer(bag, box_, answer);
+        EXPECT_EQ(bag.getLong(L"doNotShowAgain.k", 0), remembered) << answer;
     }
-    EXPECT_EQ(withoutAccessKeys(L"&a&&b&"), L"a&b&");
-    EXPECT_EQ(accessKeyOf(L"&&&c&d"), L'C');
+    forgetAnswer(bag, L"k");
+    completeMessageBox(box_, *makeControl<Control>());
+    EXPECT_EQ(box_.buttons[0].text, L"{IDS_OK:null rs!}");
+    EXPECT_FALSE(box_.doNotShowAgain || bag.getLong(L"doNotShowAgain.k", 0) != 0);
 }
 
 TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
@@ -152,12 +154,18 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         {kMessageOk | kMessageDefaultSecond, kAnswerNone, kAnswerNone}};
     for (const auto& [style, closing, answer] : kRows) {
         open(style);
-        dialog_->hide(closing);
+        closing == kAnswerNone ? dialog_->hide(closing) : void();
+        EXPECT_TRUE(closing == kAnswerNone || press(kKeyEscape));
         EXPECT_EQ(view_->answer(), answer) << style;
         EXPECT_EQ(dialog_->defaultButton(), view_->buttons()[0]);
     }
     open(kMessageYesNo).close(kAnswerCancel);
     EXPECT_EQ(view_->answer(), kAnswerCancel);
+    // A button or the check box that cannot be made.
+    for (const int made : {0, 1}) {
+        recordingOf<RecordingWindowService>(*host_).buttonsLeft = made;
+        open(kMessageOk, L"k");
+    }
 }
 
 }  // namespace
