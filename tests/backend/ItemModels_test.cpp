@@ -396,12 +396,147 @@ struct PlainRow {
     bool selected = false;
 };
 
-TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
-    std::vector<PlainRow> rows;
+class GridModelsTest : public ItemModelsTest {
+protected:
+    // What the grid's window, or its header, asks and tells.
+    template <class Notice>
+    LRESULT notify(UINT code, Notice& notice, HWND from) const {
+        notice.hdr = {from, 0, code};
+        return SendMessageW(GetParent(from), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notice));
+    }
+    // The row there is, or one before or behind all.
+    std::size_t anyRow() { return random_.below(rows_.size() + 2) - 1; }
+    void search() {
+        const std::size_t start = anyRow();
+        const std::size_t first = start < rows_.size() ? start : 0;
+        const auto flags = static_cast<UINT>(random_.below(64));
+        std::wstring part = rows_[random_.below(rows_.size())].cells[0];
+        part.resize(std::min(part.size(), random_.below(10)));
+        LRESULT wanted = -1;
+        for (std::size_t i = (flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 ? 0 : rows_.size(); i-- > 0;) {
+            const std::size_t row = (first + i) % rows_.size();
+            const std::wstring& text = rows_[row].cells[0];
+            if ((row >= first || (flags & LVFI_WRAP) != 0) &&
+                ((flags & LVFI_PARTIAL) != 0 ? text.starts_with(part) : text == part)) {
+                wanted = static_cast<LRESULT>(row);
+            }
+        }
+        part.empty() ? L' ' : part[0] = L'I';
+        NMLVFINDITEMW asked{{}, static_cast<int>(start), {flags, part.c_str(), 0, {}, 0}};
+        EXPECT_EQ(notify(LVN_ODFINDITEMW, asked, nativeWindowOf(*grid_)), wanted) << flags;
+        asked.lvfi.psz = nullptr;
+        EXPECT_EQ(notify(LVN_ODFINDITEMW, asked, nativeWindowOf(*grid_)), -1);
+    }
+    void askForTooltip() {
+        const std::size_t row = anyRow();
+        const std::wstring tip = numbered(row).substr(0, random_.below(8));
+        std::wstring wanted(9, L'#');
+        std::wstring buffer = wanted;
+        NMLVGETINFOTIPW asked{};
+        asked.iItem = static_cast<int>(row);
+        asked.pszText = random_.below(8) != 0 ? buffer.data() : nullptr;
+        asked.cchTextMax = static_cast<int>(random_.below(9)) - 1;
+        const bool isTold = row < rows_.size() && asked.pszText != nullptr && asked.cchTextMax > 0;
+        if (isTold && !tip.empty()) {
+            const auto shown = tip.substr(0, static_cast<std::size_t>(asked.cchTextMax) - 1);
+            wanted.replace(0, shown.size() + 1, shown + L'\0');
+        }
+        onMessage_ = [&] { grid_->setRowTooltip(tip); };
+        notify(LVN_GETINFOTIPW, asked, nativeWindowOf(*grid_));
+        onMessage_ = [] {};
+        EXPECT_EQ(buffer, wanted);
+        EXPECT_EQ(std::exchange(told_, {}),
+                  isTold ? L" beforeDisplayRowTooltip:" + std::to_wstring(row) : L"");
+    }
+    // Of a column that has the width that its content needs, or its own.
+    LRESULT widthOf(std::size_t column) const {
+        const GridColumn& said = grid_->columns()[column];
+        const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
+        const SelectedObject font(context.get(), reinterpret_cast<HFONT>(send(*grid_, WM_GETFONT)));
+        const auto measure = [&](const std::wstring& text) {
+            SIZE size{};
+            GetTextExtentPoint32W(context.get(), text.data(), static_cast<int>(text.size()), &size);
+            return size.cx;
+        };
+        LONG width = 0;
+        for (std::size_t row = 0; row < grid_->getRowCount(); ++row) {
+            width = std::max(width, measure(grid_->getCell(row, column)));
+        }
+        width += column == 0 && grid_->hasBitmaps() ? grid_->scale(16) : 0;
+        width += column == 0 && grid_->hasCheckBoxes() ? grid_->scale(20) : 0;
+        width = std::max(width, measure(said.caption)) + grid_->scale(12);
+        return said.width != 0 ? grid_->scale(said.width) : width;
+    }
+
+    std::vector<PlainRow> rows_;
+};
+
+TEST_F(GridModelsTest, columns_randomChangesAndUser_areAsAPlainListSays) {
+    const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
+    std::vector<GridColumn> said = grid_->columns();
+    std::vector<LRESULT> widths{80, 60};
+    double factor = 1;
+    addRows({L"a", L"b", L"c"});
+    for (number_ = 0; number_ < 400; ++number_) {
+        SCOPED_TRACE(number_);
+        const std::size_t column = random_.below(4);
+        const auto width = static_cast<std::int32_t>(random_.below(3) * random_.below(60));
+        const bool isThere = column < said.size();
+        const double formerFactor = factor;
+        std::vector<GridColumn> former = said;
+        constexpr UINT kCodes[]{HDN_DIVIDERDBLCLICKA, HDN_DIVIDERDBLCLICKW, HDN_ITEMCHANGEDW};
+        NMHEADERW change{{}, static_cast<int>(column), 0, nullptr};
+        switch (random_.below(8)) {
+            // clang-format off
+            case 0: said.resize(column); break;
+            case 1: if (isThere) { said[column] = {freeKey(), width, static_cast<Alignment>(random_.below(4))}; } break;
+            case 2: factor = random_.below(2) == 0 ? 1.5 : 1; break;
+            case 3: grid_->setCell(random_.below(3), random_.below(3), numbered(number_)); break;
+            case 4: grid_->setCheckBoxes(boxes_ = !boxes_); break;
+            case 5: grid_->setBitmaps(random_.below(2) == 0 ? nullptr : tree_->bitmaps()); break;
+            case 6:
+                if (notify(random_.pick(kCodes), change, header); change.hdr.code != HDN_ITEMCHANGEDW && isThere) {
+                    former[column].width = -1;
+                    said[column].width = 0;
+                }
+                break;
+            default:
+                if (number_ % 2 == 0) { grid_->resizeColumns(); former.clear(); }
+                else if (isThere) {
+                    send(*grid_, LVM_SETCOLUMNWIDTH, column, width);
+                    widths[column] = width;
+                    former[column].width = said[column].width = std::max(static_cast<int>(std::lround(width / factor)), 1);
+                }
+                break;
+                // clang-format on
+        }
+        EXPECT_TRUE(grid_->columns() == said || former != said);
+        WindowServiceWin32Gdi::setScalingFactor(factor);
+        grid_->setColumns(said);
+        factor != formerFactor ? window_->synchronizeTree() : void();
+        widths.resize(said.size());
+        ASSERT_EQ(Header_GetItemCount(header), static_cast<int>(said.size()));
+        for (std::size_t i = 0; i < said.size(); ++i) {
+            const bool isNew = i >= former.size() || said[i] != former[i] || factor != formerFactor;
+            widths[i] = isNew ? widthOf(i) : widths[i];
+            wchar_t text[16] = L"";
+            LVCOLUMNW shown{LVCF_TEXT | LVCF_FMT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
+            EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, shown, i));
+            EXPECT_EQ(text, said[i].caption);
+            constexpr int kFormats[]{LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
+            EXPECT_EQ(shown.fmt & LVCFMT_JUSTIFYMASK, kFormats[static_cast<int>(said[i].alignment)]);
+            EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, i), widths[i]);
+        }
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
+TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
+    std::vector<PlainRow>& rows = rows_;
     Texts seen;
     const auto select = [&rows](std::size_t row, std::size_t end, bool on) {
-        for (; row < std::min(end, rows.size()); ++row) {
-            rows[row].selected = on;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            rows[i].selected = i >= row && i < end ? on : rows[i].selected;
         }
     };
     for (std::size_t number = 0; number < 2000; ++number) {
@@ -428,7 +563,7 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 }
                 break;
             case 4: case 5: case 6: grid_->setCell(row, column, rows[row].cells[column] = numbered(number)); break;
-            case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 1 : -1); break;
+            case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 0 : -1); break;
             case 8: grid_->setRowChecked(row, rows[row].checked = on); break;
             case 9:
                 if (grid_->setMultiSelect(on); !on && !grid_->getSelectedRows().empty()) {
@@ -467,6 +602,10 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 L'|' + said.cells[1]);
         }
         ASSERT_EQ(grid_->getSelectedRows(), selected);
+        if (!rows.empty() && number % 4 == 0) {
+            search();
+            askForTooltip();
+        }
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
             lines.resize(std::min(lines.size(), std::size_t{9}));
