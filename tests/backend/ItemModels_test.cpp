@@ -191,9 +191,15 @@ protected:
     // What the user does with the selected node; a receiver may refuse it, change the
     // tree meanwhile, or clear it and end its window.
     void act() {
+        // One with children, if one is soon found.
+        for (int tries = 3; tries > 0 && (selected_ == kNoNode || endOf(indexOf(selected_)) == indexOf(selected_) + 1); --tries) {
+            const std::size_t i = random_.below(nodes_.size());
+            tree_->selectNode(selected_ = at(i));
+            show(i);
+        }
         settle();
         const TreeNode node = selected_;
-        const std::size_t what = random_.below(6);
+        const std::size_t what = random_.below(2) == 0 ? 2 : random_.below(6);
         const Rect caption = tree_->getNodeBoundary(node);
         const UINT parts[]{TVHT_ONITEMSTATEICON, TVHT_ONITEMBUTTON, 0, 0, 0, 0};
         const Point place = partAt<TVHITTESTINFO>(*tree_, TVM_HITTEST, parts[what], caption.top);
@@ -207,6 +213,7 @@ protected:
         const bool opens = !nodes_[i].expanded;
         const std::size_t next = opens ? endOf(i) : i + 1;
         const bool isAsked = (what == 1 || what == 2) && endOf(i) > i + 1;
+
         if ((what == 0 || what == 5) && boxes_) {
             nodes_[i].checked = !nodes_[i].checked;
             wanted = named(L" checkStateChanged:", node);
@@ -369,8 +376,8 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
             random_.below(20) == 0 ? disturb() : void();
             if (isDrawn_ && !update_ && nativeWindowOf(*tree_) != nullptr &&
                 random_.below(betweenLooks) == 0) {
-                const std::size_t what = nodes_.empty() ? 0 : random_.below(3);
-                what == 1 ? act() : what == 2 ? reveal() : void();
+                const std::size_t what = nodes_.empty() ? 0 : random_.below(4);
+                what == 1 ? reveal() : what > 1 ? act() : void();
                 compare();
             }
         }

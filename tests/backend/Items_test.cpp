@@ -1,9 +1,27 @@
 // Trees and grids with the system's own controls: what the user does with the
 // mouse and the keyboard, and how they look.
+#include <optional>
+
 #include "support/ItemsTest.h"
+// Behind the wrapper.
+#include <uxtheme.h>
+#include <vssym32.h>
+
+extern "C" {
+extern void* __imp_OpenThemeData IMPORT_SLOT("OpenThemeData", "@8");
+extern void* __imp_ImageList_Create IMPORT_SLOT("ImageList_Create", "@20");
+extern void* __imp_ImageList_Add IMPORT_SLOT("ImageList_Add", "@12");
+}
 
 namespace zustd::test {
 namespace {
+
+HTHEME WINAPI openNone(HWND, const wchar_t*) { return nullptr; }
+HIMAGELIST WINAPI makeNone(int, int, UINT, int, int) { return nullptr; }
+int WINAPI addNone(HIMAGELIST, HBITMAP, HBITMAP) { return -1; }
+
+// An image without anything: one dot that nobody sees keeps it from being opaque.
+void drawNone(const Canvas& canvas) { SetPixel(canvas.context(), 0, 0, RGB(254, 254, 254)); }
 
 TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     addRows({L"alpha", L"beta", L"br", L"delta"});
@@ -31,16 +49,6 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
         EXPECT_EQ(std::exchange(told_, {}), wanted);
     }
     EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
-    const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
-    sendMouse(header, WM_LBUTTONDOWN, {80, 5}, MK_LBUTTON);
-    sendMouse(header, WM_MOUSEMOVE, {100, 5}, MK_LBUTTON);
-    sendMouse(header, WM_LBUTTONUP, {100, 5});
-    EXPECT_EQ(grid_->columns()[0].width, 100);
-    grid_->synchronizeTree();
-    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
-    sendMouse(header, WM_LBUTTONDBLCLK, {100, 5}, MK_LBUTTON);
-    EXPECT_EQ(grid_->columns()[0].width, 0);
-    EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
 }
 
 TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
@@ -101,32 +109,62 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
     EXPECT_FALSE(IsWindowVisible(native));
 }
 
-TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
-    const auto width = [this](WPARAM column) { return send(*grid_, LVM_GETCOLUMNWIDTH, column); };
-    const std::vector<GridColumn> columns{
-        {L"Title", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}};
-    grid_->setColumns({{L"Other", 90}});
-    EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(nativeWindowOf(*grid_))), 1);
-    grid_->setColumns(columns);
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        wchar_t text[16] = L"";
-        LVCOLUMNW column{LVCF_TEXT | LVCF_FMT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
-        EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
-        EXPECT_EQ(text, columns[i].caption);
-        const int formats[]{LVCFMT_LEFT, LVCFMT_CENTER, LVCFMT_RIGHT};
-        EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
+TEST_F(BackendItemsTest, checkBoxes_withAndWithoutTheme_areInTheMiddleOfTheirImages) {
+    const auto colors = std::make_shared<ColorsDescriptor>();
+    colors->setColor(ColorRole::kBackground, Color::rgb(0x40, 0x50, 0x60));
+    tree_->setColors(colors);
+    grid_->setColors(colors);
+    for (const auto& [extent, isThemed] :
+         {std::pair{8, true}, {32, true}, {8, false}, {32, false}}) {
+        const HTHEME theme = isThemed ? OpenThemeData(nullptr, L"BUTTON") : nullptr;
+        std::optional<ReplacedImport> plain;
+        isThemed ? void()
+                 : void(plain.emplace(__imp_OpenThemeData, reinterpret_cast<void*>(&openNone)));
+        WindowServiceWin32Gdi::setScalingFactor(extent / 16.0);
+        window_->synchronizeTree();
+        for (const LRESULT handle : {send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE),
+                                     send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE)}) {
+            const auto list = reinterpret_cast<HIMAGELIST>(handle);
+            for (int i = ImageList_GetImageCount(list), state = 2; i-- > 0; --state) {
+                const Canvas shown({extent, extent});
+                const Canvas wanted({extent, extent});
+                ImageList_Draw(list, i, shown.context(), 0, 0, ILD_NORMAL);
+                SIZE size{extent, extent};
+                const int part = state == 2 ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
+                GetThemePartSize(theme, shown.context(), BP_CHECKBOX, part, nullptr, TS_DRAW, &size);
+                const LONG side = std::min<LONG>(size.cx, extent - 2);
+                const LONG corner = (extent - side) / 2;
+                RECT box{corner, corner, corner + side, corner + side};
+                if (state > 0) {
+                    SetDCBrushColor(wanted.context(), RGB(0x40, 0x50, 0x60));
+                    FillRect(wanted.context(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+                    isThemed ? void(DrawThemeBackground(theme, wanted.context(), BP_CHECKBOX, part, &box, nullptr))
+                             : void(DrawFrameControl(wanted.context(), &box, DFC_BUTTON, DFCS_BUTTONCHECK | DFCS_FLAT | (state == 2 ? UINT{DFCS_CHECKED} : 0U)));
+                }
+                state == 0 ? drawNone(wanted) : void();
+                EXPECT_TRUE(shown.isLike(wanted)) << extent << isThemed << i << state;
+            }
+        }
     }
-    EXPECT_EQ(width(2), 12);
-    addRows({L"a row whose caption takes more room than others"});
-    grid_->setCell(0, 1, grid_->getCell(0, 0));
-    EXPECT_LT(width(0), 100);
-    grid_->resizeColumns();
-    EXPECT_GT(width(1), 150);
-    EXPECT_EQ(width(0), width(1) + 20 + 16);
-    EXPECT_TRUE(grid_->columns() == columns) << "nobody has moved them";
-    const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
-    grid_->synchronizeBitmaps();
-    EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
+}
+
+TEST_F(BackendItemsTest, imagesThatTheSystemRefuses_areReported) {
+    const std::tuple<void*&, void*, const char*> refusals[]{
+        {__imp_ImageList_Create, reinterpret_cast<void*>(&makeNone), "Could not create image list"},
+        {__imp_ImageList_Add, reinterpret_cast<void*>(&addNone), "Could not add image"}};
+    for (const auto& [slot, refusal, wanted] : refusals) {
+        const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
+        const TraceCapture trace;
+        {
+            const ReplacedImport refused(slot, refusal);
+            grid_->synchronizeBitmaps();
+        }
+        ASSERT_FALSE(trace.messages().empty());
+        EXPECT_NE(trace.messages()[0].find(wanted), std::string::npos) << trace.messages()[0];
+        EXPECT_EQ(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
+        grid_->synchronizeBitmaps();
+        EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
+    }
 }
 
 TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
@@ -154,27 +192,21 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
     const LRESULT boxes = send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE);
     send(*tree_, WM_THEMECHANGED);
     EXPECT_NE(send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE), boxes);
-    // The last image of the others is none.
-    for (const auto& [handle, isBoxes] :
-         {std::pair{send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE), true},
-          {send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE), true},
-          {send(*tree_, TVM_GETIMAGELIST, TVSIL_NORMAL), false},
-          {send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), false}}) {
+    // Their last image is none.
+    for (const LRESULT handle : {send(*tree_, TVM_GETIMAGELIST, TVSIL_NORMAL),
+                                 send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL)}) {
         const auto list = reinterpret_cast<HIMAGELIST>(handle);
-        int width = 0;
-        int height = 0;
-        ImageList_GetIconSize(list, &width, &height);
-        EXPECT_TRUE(width == 32 && height == 32);
-        const Canvas checked({32, 32});
-        const Canvas unchecked({32, 32});
-        const int count = ImageList_GetImageCount(list);
-        ImageList_Draw(list, count - 1, checked.context(), 0, 0, ILD_NORMAL);
-        ImageList_Draw(list, count - 2, unchecked.context(), 0, 0, ILD_NORMAL);
-        EXPECT_FALSE(unchecked.isLike(Canvas({32, 32})));
-        EXPECT_FALSE(checked.isLike(unchecked));
-        EXPECT_TRUE(isBoxes || checked.pixel(16, 16) == kWhite);
+        const Canvas blank({32, 32});
+        drawNone(blank);
+        for (int i = 0; i < 3; ++i) {
+            const Canvas shown({32, 32});
+            ImageList_Draw(list, i, shown.context(), 0, 0, ILD_NORMAL);
+            EXPECT_EQ(shown.isLike(blank), i == 2);
+        }
+        int size[2]{};
+        ImageList_GetIconSize(list, &size[0], &size[1]);
+        EXPECT_TRUE(size[0] == 32 && size[1] == 32);
     }
-    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 1), 120);
 }
 
 }  // namespace
