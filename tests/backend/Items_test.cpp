@@ -1,7 +1,5 @@
 // Trees and grids with the system's own controls: what the user does with the
 // mouse and the keyboard, and how they look.
-#include <optional>
-
 #include "support/ItemsTest.h"
 // Behind the wrapper.
 #include <uxtheme.h>
@@ -49,26 +47,30 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
         EXPECT_EQ(std::exchange(told_, {}), wanted);
     }
     EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
+    const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
+    sendMouse(header, WM_LBUTTONDOWN, {80, 5}, MK_LBUTTON);
+    sendMouse(header, WM_MOUSEMOVE, {100, 5}, MK_LBUTTON);
+    sendMouse(header, WM_LBUTTONUP, {100, 5});
+    EXPECT_EQ(grid_->columns()[0].width, 100);
+    grid_->synchronizeTree();
+    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
+    sendMouse(header, WM_LBUTTONDBLCLK, {100, 5}, MK_LBUTTON);
+    EXPECT_EQ(grid_->columns()[0].width, 0);
+    EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
 }
 
 TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
-    // At the check box, the selection, the click, the right click; and between the latter.
-    for (const int what : {0, 1, 2, 3, 4}) {
+    for (const bool isBox : {true, false}) {
         addRows({L"alpha", L"beta"});
-        what == 2 || what == 3 ? grid_->selectRow(1) : void();
-        const HWND native = nativeWindowOf(*grid_);
-        onMessage_ = [&] {
+        onMessage_ = [this] {
             grid_->clear();
-            if (what != 4) {
-                window_->removeChild(grid_.get());
-            }
+            window_->removeChild(grid_.get());
         };
-        clickAt(*grid_, what == 0 ? boxOf(1) : placeOf(1), what > 2);
-        EXPECT_EQ(IsWindow(native) != FALSE, what == 4) << what;
+        clickAt(*grid_, isBox ? boxOf(1) : placeOf(1), !isBox);
         window_->addChild(grid_);
         EXPECT_EQ(shownGrid(), Texts());
     }
-    EXPECT_TRUE(told_.ends_with(L" selectionChanged:1 rightClicked:-1"));
+    EXPECT_EQ(told_, L" checkStateChanged:1 selectionChanged:1 rightClicked:-1");
 }
 
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
@@ -76,29 +78,13 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
         tree_->addRootNode(numbered(i), L"root");
     }
     const TreeNode middle = tree_->addChildNode(node(numbered(150)), L"", L"child");
-    Rect seen;
-    // At first with a parent to expand.
-    for (const int round : {1, 2}) {
-        send(*tree_, WM_VSCROLL, SB_TOP);
-        tree_->setEnableRedraw(false);
-        tree_->ensureNodeVisible(middle);
-        EXPECT_TRUE(tree_->getNodeBoundary(middle).isEmpty());
-        tree_->setEnableRedraw(true);
-        seen = tree_->getNodeBoundary(middle);
-        EXPECT_FALSE(seen.isEmpty()) << round;
-    }
-    // One that goes leaves the others' items, very many have the window filled anew.
-    const HWND native = nativeWindowOf(*tree_);
-    const HTREEITEM first = TreeView_GetFirstVisible(native);
-    TreeView_SetItemState(native, first, TVIS_CUT, TVIS_CUT);
-    tree_->removeNode(node(numbered(199)));
-    EXPECT_NE(TreeView_GetItemState(native, first, TVIS_CUT), 0U);
+    tree_->ensureNodeVisible(middle);
+    const Rect seen = tree_->getNodeBoundary(middle);
     for (std::size_t i = 0; i < 120; ++i) {
         tree_->removeNode(node(numbered(i)));
     }
     EXPECT_EQ(tree_->getNodeBoundary(middle), seen);
-    EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 80);
-    EXPECT_EQ(TreeView_GetItemState(native, TreeView_GetFirstVisible(native), TVIS_CUT), 0U);
+    EXPECT_EQ(send(*tree_, TVM_GETCOUNT), 81);
     // What the user scrolls away stays away.
     send(*tree_, WM_VSCROLL, SB_TOP);
     window_->synchronizeTree();
@@ -106,7 +92,52 @@ TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
     tree_->setVisible(false);
     tree_->removeNode(middle);
     runMessages(0);
-    EXPECT_FALSE(IsWindowVisible(native));
+    EXPECT_FALSE(IsWindowVisible(nativeWindowOf(*tree_)));
+}
+
+TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
+    const auto width = [this](WPARAM column) { return send(*grid_, LVM_GETCOLUMNWIDTH, column); };
+    const std::vector<GridColumn> columns{
+        {L"Title", 0}, {L"Name", 0, Alignment::kCentre}, {L"", 0, Alignment::kEnd}};
+    grid_->setColumns({{L"Other", 90}});
+    EXPECT_EQ(Header_GetItemCount(ListView_GetHeader(nativeWindowOf(*grid_))), 1);
+    grid_->setColumns(columns);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        wchar_t text[16] = L"";
+        LVCOLUMNW column{LVCF_TEXT | LVCF_FMT, 0, 0, text, 16, 0, 0, 0, 0, 0, 0};
+        EXPECT_TRUE(ask(*grid_, LVM_GETCOLUMNW, column, i));
+        EXPECT_EQ(text, columns[i].caption);
+        const int formats[]{LVCFMT_LEFT, LVCFMT_CENTER, LVCFMT_RIGHT};
+        EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, formats[i]);
+    }
+    EXPECT_EQ(width(2), 12);
+    addRows({L"a row whose caption takes more room than others"});
+    grid_->setCell(0, 1, grid_->getCell(0, 0));
+    EXPECT_LT(width(0), 100);
+    grid_->resizeColumns();
+    EXPECT_GT(width(1), 150);
+    EXPECT_EQ(width(0), width(1) + 20 + 16);
+    EXPECT_TRUE(grid_->columns() == columns) << "nobody has moved them";
+    const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
+    grid_->synchronizeBitmaps();
+    EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
+}
+
+// A check box in the look of a theme, or the plain one, in the middle of its image.
+void drawBox(const Canvas& canvas, LONG extent, HTHEME theme, bool checked) {
+    const HDC context = canvas.context();
+    const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
+    SIZE size{extent, extent};
+    GetThemePartSize(theme, context, BP_CHECKBOX, state, nullptr, TS_DRAW, &size);
+    const LONG side = std::min(size.cx, extent - 2);
+    const LONG corner = (extent - side) / 2;
+    RECT box{corner, corner, corner + side, corner + side};
+    SetDCBrushColor(context, RGB(0x40, 0x50, 0x60));
+    FillRect(context, &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    if (FAILED(DrawThemeBackground(theme, context, BP_CHECKBOX, state, &box, nullptr))) {
+        const UINT look = DFCS_BUTTONCHECK | DFCS_FLAT;
+        DrawFrameControl(context, &box, DFC_BUTTON, checked ? look | DFCS_CHECKED : look);
+    }
 }
 
 TEST_F(BackendItemsTest, checkBoxes_withAndWithoutTheme_areInTheMiddleOfTheirImages) {
@@ -114,57 +145,41 @@ TEST_F(BackendItemsTest, checkBoxes_withAndWithoutTheme_areInTheMiddleOfTheirIma
     colors->setColor(ColorRole::kBackground, Color::rgb(0x40, 0x50, 0x60));
     tree_->setColors(colors);
     grid_->setColors(colors);
-    for (const auto& [extent, isThemed] :
-         {std::pair{8, true}, {32, true}, {8, false}, {32, false}}) {
-        const HTHEME theme = isThemed ? OpenThemeData(nullptr, L"BUTTON") : nullptr;
-        std::optional<ReplacedImport> plain;
-        isThemed ? void()
-                 : void(plain.emplace(__imp_OpenThemeData, reinterpret_cast<void*>(&openNone)));
+    for (const std::int32_t round : {0, 1, 2, 3}) {
+        const std::int32_t extent = round % 2 == 0 ? 8 : 32;
+        const HTHEME theme = round < 2 ? OpenThemeData(nullptr, L"BUTTON") : nullptr;
+        void* const opening = __imp_OpenThemeData;
+        const ReplacedImport plain(__imp_OpenThemeData,
+                                   round < 2 ? opening : reinterpret_cast<void*>(&openNone));
         WindowServiceWin32Gdi::setScalingFactor(extent / 16.0);
         window_->synchronizeTree();
-        for (const LRESULT handle : {send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE),
-                                     send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE)}) {
-            const auto list = reinterpret_cast<HIMAGELIST>(handle);
-            for (int i = ImageList_GetImageCount(list), state = 2; i-- > 0; --state) {
+        for (const bool isTree : {true, false}) {
+            const auto list =
+                reinterpret_cast<HIMAGELIST>(isTree ? send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE)
+                                                    : send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE));
+            for (int state = isTree ? 0 : 1; state < 3; ++state) {
                 const Canvas shown({extent, extent});
                 const Canvas wanted({extent, extent});
-                ImageList_Draw(list, i, shown.context(), 0, 0, ILD_NORMAL);
-                SIZE size{extent, extent};
-                const int part = state == 2 ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
-                GetThemePartSize(theme, shown.context(), BP_CHECKBOX, part, nullptr, TS_DRAW, &size);
-                const LONG side = std::min<LONG>(size.cx, extent - 2);
-                const LONG corner = (extent - side) / 2;
-                RECT box{corner, corner, corner + side, corner + side};
-                if (state > 0) {
-                    SetDCBrushColor(wanted.context(), RGB(0x40, 0x50, 0x60));
-                    FillRect(wanted.context(), &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-                    isThemed ? void(DrawThemeBackground(theme, wanted.context(), BP_CHECKBOX, part, &box, nullptr))
-                             : void(DrawFrameControl(wanted.context(), &box, DFC_BUTTON, DFCS_BUTTONCHECK | DFCS_FLAT | (state == 2 ? UINT{DFCS_CHECKED} : 0U)));
-                }
-                state == 0 ? drawNone(wanted) : void();
-                EXPECT_TRUE(shown.isLike(wanted)) << extent << isThemed << i << state;
+                ImageList_Draw(list, isTree ? state : state - 1, shown.context(), 0, 0, ILD_NORMAL);
+                state == 0 ? drawNone(wanted) : drawBox(wanted, extent, theme, state == 2);
+                EXPECT_TRUE(shown.isLike(wanted)) << round << isTree << state;
             }
         }
     }
 }
 
 TEST_F(BackendItemsTest, imagesThatTheSystemRefuses_areReported) {
-    const std::tuple<void*&, void*, const char*> refusals[]{
-        {__imp_ImageList_Create, reinterpret_cast<void*>(&makeNone), "Could not create image list"},
-        {__imp_ImageList_Add, reinterpret_cast<void*>(&addNone), "Could not add image"}};
-    for (const auto& [slot, refusal, wanted] : refusals) {
-        const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
-        const TraceCapture trace;
-        {
-            const ReplacedImport refused(slot, refusal);
-            grid_->synchronizeBitmaps();
-        }
-        ASSERT_FALSE(trace.messages().empty());
-        EXPECT_NE(trace.messages()[0].find(wanted), std::string::npos) << trace.messages()[0];
-        EXPECT_EQ(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
+    const TraceCapture trace;
+    const auto refuse = [this](void*& slot, auto* refusal) {
+        const ReplacedImport refused(slot, reinterpret_cast<void*>(refusal));
         grid_->synchronizeBitmaps();
-        EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
-    }
+    };
+    refuse(__imp_ImageList_Create, &makeNone);
+    refuse(__imp_ImageList_Add, &addNone);
+    const Lines told = trace.messages();
+    ASSERT_EQ(told.size(), 4U);
+    EXPECT_NE(told[0].find("Could not create image list"), std::string::npos);
+    EXPECT_NE(told[2].find("Could not add image"), std::string::npos);
 }
 
 TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
