@@ -39,9 +39,9 @@ bool isIdle;
 // What the system reserves is 0, items go unseen and not with the selection, and are
 // scrolled to when they can be seen; what was not redrawn is up to the program.
 LRESULT WINAPI sendStrictly(HWND window, UINT id, WPARAM wide, LPARAM extra) {
-    constexpr UINT kPlain[]{WM_NULL,           TVM_INSERTITEMW,   TVM_SETITEMW,   TVM_DELETEITEM,
-                            TVM_ENSUREVISIBLE, TVM_SETTEXTCOLOR,  TVM_SETBKCOLOR, LVM_SETTEXTCOLOR,
-                            LVM_SETBKCOLOR,    LVM_SETTEXTBKCOLOR};
+    constexpr UINT kPlain[]{WM_NULL,        TVM_INSERTITEMW,   TVM_SETITEMW,
+                            TVM_DELETEITEM, TVM_ENSUREVISIBLE, TVM_SETTEXTCOLOR,
+                            TVM_SETBKCOLOR, LVM_SETTEXTBKCOLOR};
     constexpr UINT kUnseen[]{TVM_DELETEITEM, LVM_SETITEMCOUNT, LVM_DELETEITEM};
     constexpr UINT kIdle[]{WM_NULL, LVM_GETBKCOLOR, LVM_SETTEXTBKCOLOR, LVM_SETCALLBACKMASK};
     const bool isScrolling = id == TVM_ENSUREVISIBLE || id == TVM_SELECTITEM;
@@ -233,13 +233,7 @@ protected:
         onMessage_ = [&] {
             const std::size_t once = std::exchange(reaction, 16);
             once < 3 ? tree_->refuseExpanding() : once < 6 ? change() : void();
-            if (once == 7 && isAsked) {
-                tree_->setNodeExpanded(node, opens);
-            } else if (once == 8) {
-                const LRESULT count = send(*tree_, TVM_GETCOUNT);
-                send(*tree_, WM_TIMER, awaited);
-                EXPECT_EQ(send(*tree_, TVM_GETCOUNT), count);
-            } else if (once == 6) {
+            if (once == 6) {
                 tree_->clear();
                 erase(0, nodes_.size());
                 window_->removeChild(tree_.get());
@@ -344,11 +338,10 @@ protected:
                                said.key.empty() ? kNoNode : node}));
         EXPECT_EQ(tree_->getLastSiblingNode(node), isLast ? node : tree_->getLastSiblingNode(next));
         EXPECT_EQ(tree_->getNodeKey(node) + tree_->getNodeCaption(node), said.key + said.caption);
-        EXPECT_EQ((std::vector{tree_->getNodeExpanded(node) ? 1 : 0, tree_->getNodeBitmap(node),
-                               tree_->getNodeChecked(node) ? 1 : 0,
-                               tree_->getNodeEmphasized(node) ? 1 : 0}),
-                  (std::vector{said.expanded ? 1 : 0, said.bitmap, said.checked ? 1 : 0,
-                               said.emphasized ? 1 : 0}));
+        EXPECT_EQ(tree_->getNodeExpanded(node), said.expanded);
+        EXPECT_EQ(tree_->getNodeBitmap(node), said.bitmap);
+        EXPECT_EQ(tree_->getNodeChecked(node), said.checked);
+        EXPECT_EQ(tree_->getNodeEmphasized(node), said.emphasized);
     }
 
     Random random_{1};
@@ -406,56 +399,8 @@ struct PlainRow {
     bool selected = false;
 };
 
-class GridModelsTest : public ItemModelsTest {
-protected:
-    template <class Notice>
-    LRESULT notify(UINT code, Notice& notice) const {
-        notice.hdr = {nativeWindowOf(*grid_), 0, code};
-        return SendMessageW(native(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notice));
-    }
-    // The row there is, or one before or behind all.
-    std::size_t anyRow() { return random_.below(rows_.size() + 2) - 1; }
-    void search() {
-        const std::size_t start = anyRow();
-        const std::size_t first = start < rows_.size() ? start : 0;
-        const auto flags = static_cast<UINT>(random_.below(64));
-        std::wstring part = rows_[random_.below(rows_.size())].cells[0];
-        part.resize(std::min(part.size(), random_.below(10)));
-        LRESULT wanted = -1;
-        for (std::size_t i = (flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 ? 0 : rows_.size();
-             i-- > 0;) {
-            const std::size_t row = (first + i) % rows_.size();
-            const std::wstring& text = rows_[row].cells[0];
-            if ((row >= first || (flags & LVFI_WRAP) != 0) &&
-                ((flags & LVFI_PARTIAL) != 0 ? text.starts_with(part) : text == part)) {
-                wanted = static_cast<LRESULT>(row);
-            }
-        }
-        part.empty() ? L' ' : part[0] = L'I';
-        NMLVFINDITEMW asked{{}, static_cast<int>(start), {flags, part.c_str(), 0, {}, 0}};
-        EXPECT_EQ(notify(LVN_ODFINDITEMW, asked), wanted) << flags;
-    }
-    // As far as there is room for it.
-    void askForTooltip() {
-        const std::size_t row = anyRow();
-        const std::size_t room = random_.below(6);
-        const std::wstring tip = number_ % 4 == 0 ? L"" : L"tip";
-        wchar_t text[] = L"#####";
-        NMLVGETINFOTIPW asked{{}, 0, text, static_cast<int>(room), static_cast<int>(row), 0, 0};
-        onMessage_ = [&] { grid_->setRowTooltip(tip); };
-        notify(LVN_GETINFOTIPW, asked);
-        onMessage_ = [] {};
-        const bool isTold = row < rows_.size() && room > 0;
-        EXPECT_EQ(text, isTold && !tip.empty() ? tip.substr(0, room - 1) : L"#####");
-        EXPECT_EQ(std::exchange(told_, {}),
-                  isTold ? L" beforeDisplayRowTooltip:" + std::to_wstring(row) : L"");
-    }
-
-    std::vector<PlainRow> rows_;
-};
-
-TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
-    std::vector<PlainRow>& rows = rows_;
+TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
+    std::vector<PlainRow> rows;
     Texts seen;
     const auto select = [&rows](std::size_t row, std::size_t end, bool on) {
         for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -525,10 +470,6 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 L'|' + said.cells[1]);
         }
         ASSERT_EQ(grid_->getSelectedRows(), selected);
-        if (!rows.empty() && number % 4 == 0) {
-            search();
-            askForTooltip();
-        }
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
             lines.resize(std::min(lines.size(), std::size_t{9}));
