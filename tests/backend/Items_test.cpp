@@ -43,20 +43,6 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
 }
 
-TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
-    for (const bool isBox : {true, false}) {
-        addRows({L"alpha", L"beta"});
-        onMessage_ = [this] {
-            grid_->clear();
-            window_->removeChild(grid_.get());
-        };
-        clickAt(*grid_, isBox ? boxOf(1) : placeOf(1), !isBox);
-        window_->addChild(grid_);
-        EXPECT_EQ(shownGrid(), Texts());
-    }
-    EXPECT_EQ(told_, L" checkStateChanged:1 selectionChanged:1 rightClicked:-1");
-}
-
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
     for (std::size_t i = 0; i < 200; ++i) {
         tree_->addRootNode(numbered(i), L"root");
