@@ -33,10 +33,36 @@ BOOL WINAPI stopTimer(HWND, UINT_PTR) {
 
 // The next item is refused.
 bool refusesNext;
-LRESULT WINAPI sendOrRefuse(HWND window, UINT id, WPARAM wide, LPARAM extra) {
+// Since redrawing was switched off; while there is nothing to tell the window.
+bool isQuiet;
+bool isIdle;
+// What the system reserves is 0, items go unseen and not with the selection, and are
+// scrolled to when they can be seen; what was not redrawn is up to the program.
+LRESULT WINAPI sendStrictly(HWND window, UINT id, WPARAM wide, LPARAM extra) {
+    constexpr UINT kPlain[]{WM_NULL,        TVM_INSERTITEMW,   TVM_SETITEMW,
+                            TVM_DELETEITEM, TVM_ENSUREVISIBLE, TVM_SETTEXTCOLOR,
+                            TVM_SETBKCOLOR, LVM_SETTEXTBKCOLOR};
+    constexpr UINT kUnseen[]{TVM_DELETEITEM, LVM_SETITEMCOUNT, LVM_DELETEITEM};
+    constexpr UINT kIdle[]{WM_NULL, LVM_GETBKCOLOR, LVM_SETTEXTBKCOLOR, LVM_SETCALLBACKMASK};
+    const bool isScrolling = id == TVM_ENSUREVISIBLE || id == TVM_SELECTITEM;
+    EXPECT_TRUE(wide == 0 || std::ranges::count(kPlain, id) == 0) << id;
+    EXPECT_TRUE(id == WM_NULL || id > WM_SETFOCUS) << id;
+    EXPECT_TRUE(id != LVM_SETCOLUMNWIDTH || HIWORD(extra) == 0);
+    EXPECT_TRUE(isQuiet || std::ranges::count(kUnseen, id) == 0) << id;
+    EXPECT_FALSE(isQuiet && isScrolling && extra != 0) << id;
+    EXPECT_FALSE(isIdle && std::ranges::count(kIdle, id) == 0) << id;
+    for (HTREEITEM item = id == TVM_DELETEITEM ? TreeView_GetSelection(window) : nullptr;
+         item != nullptr; item = TreeView_GetParent(window, item)) {
+        EXPECT_FALSE(item == reinterpret_cast<HTREEITEM>(extra) ||
+                     reinterpret_cast<HTREEITEM>(extra) == TVI_ROOT);
+    }
     DWORD_PTR result = 0;
     if (id != TVM_INSERTITEMW || !std::exchange(refusesNext, false)) {
         SendMessageTimeoutW(window, id, wide, extra, SMTO_NORMAL, INFINITE, &result);
+    }
+    isQuiet = id == WM_SETREDRAW ? wide == FALSE : id != CCM_SETUNICODEFORMAT && isQuiet;
+    if (id == WM_SETREDRAW && !isQuiet) {
+        ValidateRect(window, nullptr);
     }
     return static_cast<LRESULT>(result);
 }
@@ -119,7 +145,8 @@ protected:
         const TreeNode node = said.node;
         switch (random_.below(18)) {
             // clang-format off
-            case 0: case 1: insert(count, 1, tree_->addRootNode(key, text)); break;
+            case 0: insert(count, 1, tree_->addRootNode(key, text)); break;
+            case 1: burst(i); break;
             case 2: case 3: case 4: insert(endOf(i), said.depth + 1, tree_->addChildNode(node, key, text)); break;
             case 5: case 6: insert(endOf(i), said.depth, tree_->addSiblingNode(node, key, text)); break;
             case 7: tree_->removeNode(node); erase(i, endOf(i)); break;
@@ -139,6 +166,17 @@ protected:
                 // clang-format on
         }
     }
+    // Now and then more at once than are shown one by one.
+    void burst(std::size_t i) {
+        for (std::size_t more = number_ % 8 == 0 ? 100 : 1; more > 0; --more, ++number_) {
+            insert(endOf(i), nodes_[i].depth,
+                   tree_->addSiblingNode(at(i), freeKey(), numbered(number_)));
+        }
+    }
+    void release() {
+        tree_->releaseTree();
+        awaited = 0;
+    }
     // What keeps changes from being shown one by one.
     void disturb() {
         switch (random_.below(9)) {
@@ -146,7 +184,7 @@ protected:
             case 0: case 1: case 2: update_ ? update_.reset() : void(update_.emplace(*tree_)); break;
             case 3: case 4: case 5: tree_->setEnableRedraw(isDrawn_ = !isDrawn_); break;
             case 6: tree_->setCheckBoxes(boxes_ = !boxes_); break;
-            case 7: tree_->releaseTree(); awaited = 0; break;
+            case 7: release(); break;
             default: refusesNext = true; change(); refusesNext = false; window_->synchronizeTree(); break;
                 // clang-format on
         }
@@ -154,9 +192,17 @@ protected:
     // What the user does with the selected node; a receiver may refuse it, change the
     // tree meanwhile, or clear it and end its window.
     void act() {
+        // One with children, if one is soon found.
+        for (int tries = 3; tries > 0 && (selected_ == kNoNode ||
+                                          endOf(indexOf(selected_)) == indexOf(selected_) + 1);
+             --tries) {
+            const std::size_t i = random_.below(nodes_.size());
+            tree_->selectNode(selected_ = at(i));
+            show(i);
+        }
         settle();
         const TreeNode node = selected_;
-        const std::size_t what = random_.below(6);
+        const std::size_t what = random_.below(2) == 0 ? 2 : random_.below(6);
         const Rect caption = tree_->getNodeBoundary(node);
         const UINT parts[]{TVHT_ONITEMSTATEICON, TVHT_ONITEMBUTTON, 0, 0, 0, 0};
         const Point place = partAt<TVHITTESTINFO>(*tree_, TVM_HITTEST, parts[what], caption.top);
@@ -170,6 +216,7 @@ protected:
         const bool opens = !nodes_[i].expanded;
         const std::size_t next = opens ? endOf(i) : i + 1;
         const bool isAsked = (what == 1 || what == 2) && endOf(i) > i + 1;
+
         if ((what == 0 || what == 5) && boxes_) {
             nodes_[i].checked = !nodes_[i].checked;
             wanted = named(L" checkStateChanged:", node);
@@ -217,13 +264,19 @@ protected:
         }
         EXPECT_EQ(std::exchange(told_, {}), wanted) << what;
     }
-    // With nodes above that the window has not got yet.
+    // Also with nodes above that the window has not got yet, or with a window to come.
     void reveal() {
         const TreeNode node = at(random_.below(nodes_.size()));
-        tree_->expandAllNodes();
-        expand(0, nodes_.size(), true);
+        const std::size_t how = random_.below(4);
+        if (random_.below(2) == 0) {
+            tree_->expandAllNodes();
+            expand(0, nodes_.size(), true);
+        }
+        how == 0 ? release() : how == 1 ? tree_->setEnableRedraw(false) : void();
         tree_->ensureNodeVisible(node);
         show(indexOf(node));
+        how == 1 ? tree_->setEnableRedraw(true) : void();
+        window_->synchronizeTree();
         settle();
         EXPECT_FALSE(tree_->getNodeBoundary(node).isEmpty());
     }
@@ -247,6 +300,19 @@ protected:
                                    at(i) == selected_));
         }
         EXPECT_EQ(shownTree(), lines);
+        isIdle = true;
+        number_ % 8 == 0 ? tree_->backend()->synchronizeWithAbstraction() : void();
+        isIdle = false;
+        if (const HTREEITEM item = TreeView_GetSelection(nativeWindowOf(*tree_))) {
+            RECT area{};
+            std::memcpy(&area, &item, sizeof(item));
+            ask(*tree_, TVM_GETITEMRECT, area, TRUE);
+            RECT client{};
+            GetClientRect(nativeWindowOf(*tree_), &client);
+            IntersectRect(&area, &area, &client);
+            const Rect seen{area.left, area.top, area.right - 1, area.bottom - 1};
+            EXPECT_TRUE(tree_->getNodeBoundary(selected_) == (IsRectEmpty(&area) ? Rect() : seen));
+        }
         EXPECT_EQ(tree_->getNodeCount(), nodes_.size());
         EXPECT_EQ(tree_->getSelectedNode(), selected_);
         EXPECT_EQ(tree_->getFirstRootNode(), at(0));
@@ -261,18 +327,17 @@ protected:
         const bool isFirst = previous == above(i);
         const bool isLast = end == nodes_.size() || nodes_[end].depth < said.depth;
         const TreeNode next = isLast ? kNoNode : at(end);
-        const TreeNode lastChild = tree_->getLastChildNode(node);
-        EXPECT_EQ(tree_->getNextNode(node), at(i + 1));
-        EXPECT_EQ(tree_->getPreviousNode(node), at(i - 1));
-        EXPECT_EQ(tree_->getParentNode(node), at(above(i)));
-        EXPECT_EQ(tree_->getPreviousSiblingNode(node), isFirst ? kNoNode : at(previous));
-        EXPECT_EQ(tree_->getNextSiblingNode(node), next);
+        const TreeNode firstChild = end == i + 1 ? kNoNode : at(i + 1);
+        EXPECT_EQ((std::vector{tree_->getNextNode(node), tree_->getPreviousNode(node),
+                               tree_->getParentNode(node), tree_->getPreviousSiblingNode(node),
+                               tree_->getNextSiblingNode(node), tree_->getFirstChildNode(node),
+                               tree_->getLastChildNode(node), tree_->findNode(said.key)}),
+                  (std::vector{at(i + 1), at(i - 1), at(above(i)), isFirst ? kNoNode : at(previous),
+                               next, firstChild,
+                               firstChild != kNoNode ? at(before(end, said.depth + 1)) : kNoNode,
+                               said.key.empty() ? kNoNode : node}));
         EXPECT_EQ(tree_->getLastSiblingNode(node), isLast ? node : tree_->getLastSiblingNode(next));
-        EXPECT_EQ(tree_->getFirstChildNode(node), end == i + 1 ? kNoNode : at(i + 1));
-        EXPECT_EQ(lastChild, end == i + 1 ? kNoNode : at(before(end, said.depth + 1)));
-        EXPECT_EQ(tree_->findNode(said.key), said.key.empty() ? kNoNode : node);
-        EXPECT_EQ(tree_->getNodeKey(node), said.key);
-        EXPECT_EQ(tree_->getNodeCaption(node), said.caption);
+        EXPECT_EQ(tree_->getNodeKey(node) + tree_->getNodeCaption(node), said.key + said.caption);
         EXPECT_EQ(tree_->getNodeExpanded(node), said.expanded);
         EXPECT_EQ(tree_->getNodeBitmap(node), said.bitmap);
         EXPECT_EQ(tree_->getNodeChecked(node), said.checked);
@@ -286,7 +351,7 @@ protected:
     const ReplacedImport clock_{__imp_QueryPerformanceCounter, reinterpret_cast<void*>(&look)};
     const ReplacedImport timer_{__imp_SetTimer, reinterpret_cast<void*>(&startTimer)};
     const ReplacedImport noTimer_{__imp_KillTimer, reinterpret_cast<void*>(&stopTimer)};
-    const ReplacedImport sending_{__imp_SendMessageW, reinterpret_cast<void*>(&sendOrRefuse)};
+    const ReplacedImport sending_{__imp_SendMessageW, reinterpret_cast<void*>(&sendStrictly)};
     // In the order of the screen, roots with a depth of 1.
     std::vector<PlainNode> nodes_;
     TreeNode selected_ = kNoNode;
@@ -296,7 +361,7 @@ protected:
 TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
     constexpr std::size_t kBetweenLooks[] = {1, 4, 100};
     const TraceCapture trace;
-    for (std::uint64_t seed = 1; seed <= 150 && !HasFailure(); ++seed) {
+    for (std::uint64_t seed = 1; seed <= 100 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
         random_ = Random(seed);
         // Without them the rest comes at once.
@@ -307,8 +372,8 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
             random_.below(20) == 0 ? disturb() : void();
             if (isDrawn_ && !update_ && nativeWindowOf(*tree_) != nullptr &&
                 random_.below(betweenLooks) == 0) {
-                const std::size_t what = nodes_.empty() ? 0 : random_.below(3);
-                what == 1 ? act() : what == 2 ? reveal() : void();
+                const std::size_t what = nodes_.empty() ? 0 : random_.below(4);
+                what == 1 ? reveal() : what > 1 ? act() : void();
                 compare();
             }
         }
@@ -338,8 +403,8 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
     std::vector<PlainRow> rows;
     Texts seen;
     const auto select = [&rows](std::size_t row, std::size_t end, bool on) {
-        for (; row < std::min(end, rows.size()); ++row) {
-            rows[row].selected = on;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            rows[i].selected = i >= row && i < end ? on : rows[i].selected;
         }
     };
     for (std::size_t number = 0; number < 2000; ++number) {
@@ -366,7 +431,7 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 }
                 break;
             case 4: case 5: case 6: grid_->setCell(row, column, rows[row].cells[column] = numbered(number)); break;
-            case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 1 : -1); break;
+            case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 0 : -1); break;
             case 8: grid_->setRowChecked(row, rows[row].checked = on); break;
             case 9:
                 if (grid_->setMultiSelect(on); !on && !grid_->getSelectedRows().empty()) {
@@ -407,6 +472,7 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
         ASSERT_EQ(grid_->getSelectedRows(), selected);
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
+            ASSERT_EQ(send(*grid_, LVM_GETCALLBACKMASK) != 0, boxes_);
             lines.resize(std::min(lines.size(), std::size_t{9}));
             ASSERT_TRUE(lines == seen || GetUpdateRect(nativeWindowOf(*grid_), nullptr, FALSE));
             ValidateRect(nativeWindowOf(*grid_), nullptr);
@@ -414,22 +480,6 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
         }
     }
     EXPECT_EQ(told_, L"");
-}
-
-TEST_F(ItemModelsTest, unknownItemOrKeyInUse_failsItsAssertion) {
-    const TreeNode gone = tree_->addRootNode(L"gone", L"");
-    tree_->removeNode(gone);
-    // Another one has its place.
-    tree_->addRootNode(L"a", L"");
-    addRows({L"a"});
-    const std::wstring unknown = L"contains(node)";
-    EXPECT_EQ(thrownText([&] { tree_->getNodeCaption(gone); }), unknown);
-    EXPECT_EQ(thrownText([&] { tree_->removeNode(kNoNode); }), unknown);
-    EXPECT_EQ(thrownText([&] { tree_->addChildNode(kNoNode, L"", L""); }), unknown);
-    EXPECT_EQ(thrownText([&] { tree_->addRootNode(L"a", L""); }),
-              L"key.empty() || !nodesByKey_.contains(key)");
-    EXPECT_EQ(thrownText([&] { grid_->getRowKey(1); }), L"row != NullSize && row < getRowCount()");
-    EXPECT_EQ(thrownText([&] { addRows({L"a"}); }), L"!key.empty() && !rowsByKey_.contains(key)");
 }
 
 }  // namespace

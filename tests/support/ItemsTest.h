@@ -86,7 +86,7 @@ protected:
             }
             lines.push_back(lineOf(depth, text, shown.iImage == I_IMAGENONE ? -1 : shown.iImage,
                                    (shown.state & TVIS_STATEIMAGEMASK) >> 12,
-                                   flagsOf((shown.state & TVIS_BOLD) != 0, shown.cChildren != 0,
+                                   flagsOf((shown.state & TVIS_BOLD) != 0, shown.cChildren == 1,
                                            (shown.state & TVIS_EXPANDED) != 0),
                                    item == TreeView_GetSelection(window)));
         }
