@@ -339,6 +339,7 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
             graphics_->drawLine(from, to);
             graphics_->drawText(text, area, *font_, kRed,
                                 {TextAlignment(across), TextAlignment(down), wraps, dots, keys});
+            graphics_->drawRectangle({139, 99, 139, 99}, kRed);
             if (isBuffered) {
                 graphics_->endBufferedPaint();
             }
@@ -355,6 +356,7 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
             LineTo(context, cut(to.x), cut(to.y));
         }
         SetTextColor(context, RGB(255, 0, 0));
+        SetPixelV(context, 139, 99, RGB(255, 0, 0));
         IntersectClipRect(context, area.left, area.top, area.right + 1, area.bottom + 1);
         RECT room{0, 0, area.width(), 0};
         int height = static_cast<int>(lines.size()) * line;
@@ -399,8 +401,7 @@ TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
     }
     const LOGFONTW made = madeFrom(FontStyle{true, true, true, -5, {}});
     EXPECT_EQ(made.lfHeight, -1) << "no size is smaller";
-    EXPECT_EQ(made.lfWeight, FW_BOLD);
-    EXPECT_TRUE(made.lfItalic && made.lfUnderline && made.lfFaceName[0] != L'\0');
+    EXPECT_TRUE(made.lfWeight == FW_BOLD && made.lfItalic && made.lfUnderline && *made.lfFaceName);
     fontBackend(*font_).releaseNativeObject();
     EXPECT_STREQ(madeOf(*font_).lfFaceName, L"Tahoma");
     EXPECT_GT(graphics_->measureTextSize(L"a", *font_, 9).height, 9);
