@@ -50,10 +50,11 @@ protected:
     std::mt19937 random_{20260714};
     std::array<unsigned char, 77> absurd_ = kPng;
     std::array<unsigned char, 77> damaged_ = kPng;
-    std::array<FileResource, 4> files_{FileResource{100, kPng.size(), kPng.data()},
+    std::array<FileResource, 5> files_{FileResource{100, kPng.size(), kPng.data()},
                                        {101, absurd_.size(), absurd_.data()},
                                        {102, damaged_.size(), damaged_.data()},
-                                       {103, 24, kPng.data()}};
+                                       {103, 24, kPng.data()},
+                                       {104, 23, kPng.data()}};
     ResourceNamespace namespace_{L"xx-xx", files_.size(), files_.data()};
     ResourceRoot root_{L"default", 1, &namespace_};
     ResourceLibrary library_{L"test", L"default", L"en-us", 1, &root_};
@@ -120,10 +121,10 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
         [&] {
             graphics_->drawGradient(area, pen, color, zuGradientVertical);
             set(area, [&](int, int y, auto) {
-                const double share =
-                    (y - double(area.top)) / std::max(area.bottom - double(area.top), 1.0);
+                const double step = y - double(area.top);
+                const double last = std::max(area.bottom - double(area.top), 1.0);
                 const auto mixed = [&](std::uint8_t from, std::uint8_t to) {
-                    return static_cast<std::uint8_t>(from + std::lround((to - from) * share));
+                    return static_cast<std::uint8_t>(from + std::lround((to - from) * step / last));
                 };
                 return number(Color::rgb(mixed(pen.red, color.red), mixed(pen.green, color.green),
                                          mixed(pen.blue, color.blue)));
@@ -131,12 +132,10 @@ TEST_F(DrawingTest, shapesClippingAndBuffers_randomPaints_setThePixelsOfTheModel
         },
         [&] { graphics_->setPen(pen = color, width = 1 + any(4)); },
         [&] {
-            graphics_->setClippingArea(area);
-            layers.back().clips.back() = area.intersection(layers.back().area);
-        },
-        [&] {
-            graphics_->clearClippingArea();
-            layers.back().clips.back() = layers.back().area;
+            const bool isAll = any(2) == 0;
+            isAll ? graphics_->clearClippingArea() : graphics_->setClippingArea(area);
+            layers.back().clips.back() =
+                (isAll ? kEverything : area).intersection(layers.back().area);
         },
         [&] {
             graphics_->beginClipping(area);
@@ -185,10 +184,11 @@ TEST_F(DrawingTest, paint_absurdOrUnfinished_setsWhatIsSeenAndLeavesTheContextCl
     paint(canvas, [&] {
         EXPECT_EQ(thrownText([&] { backend().connect(canvas.context(), {}); }), L"!drawBusy_");
         EXPECT_EQ(thrownText([&] { graphics_->setPen(kRed, 0); }), L"width > 0");
-        graphics_->setPen(kInk, 1);
         graphics_->drawLine({3, 3}, {12, 8});
         EXPECT_EQ(canvas.pixel(3, 3) + canvas.pixel(12, 8), 0U);
         graphics_->setPen(kRed, kMost);
+        graphics_->drawLine({0, -128}, {9, -128});
+        EXPECT_EQ(canvas.pixel(0, 0), kWhite) << "no pen is wider than 256";
         graphics_->drawLine({kLeast, kLeast}, {kMost, kMost});
         EXPECT_EQ(canvas.pixel(28, 0), 0xFF0000U);
         graphics_->drawText(L"x", {kMost, kLeast}, *font_, kInk);
@@ -219,6 +219,8 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
     const Canvas canvas({90, 30});
     const TraceCapture trace;
     const auto picture = image(100);
+    WindowServiceWin32Gdi::setScalingFactor(0.1);
+    EXPECT_EQ(image(100)->size(), (Size{1, 1}));
     WindowServiceWin32Gdi::setScalingFactor(1.5);
     EXPECT_EQ(image(100)->size(), (Size{3, 3}));
     EXPECT_EQ(image(100), image(100));
@@ -233,7 +235,7 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
             EXPECT_EQ(thrownText([&] { graphics_->drawBitmap(*picture, {}, alpha); }),
                       L"alpha >= 0 && alpha <= 1.0");
         }
-        for (const std::uint64_t identifier : {101u, 102u, 103u, 999u}) {
+        for (const std::uint64_t identifier : {101u, 102u, 103u, 104u, 999u}) {
             const auto broken = image(identifier, {8, 8});
             EXPECT_FALSE(bitmapBackend(*broken).hasNativeObject()) << identifier;
             graphics_->drawStretchedBitmap(*broken, canvas.area());
@@ -256,6 +258,39 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
     EXPECT_EQ(std::ranges::count(trace.messages(), report + "Could not read image"), 2);
 }
 
+TEST_F(DrawingTest, icon_randomPixels_hasThemPlainAndAMaskOfTheClearOnes) {
+    const MemoryDeviceContext context(CreateCompatibleDC(nullptr));
+    for (int round = 0; round < 30; ++round) {
+        // The first one ends where a page of memory does.
+        const Size seen = round == 0 ? Size{32, 32} : Size{1 + any(40), 1 + any(9)};
+        const int width = seen.width + any(1 + round);
+        const auto picture = image(100, seen);
+        std::vector<std::uint32_t> pixels;
+        for (std::uint32_t& pixel : bitmapBackend(*picture).image().pixels) {
+            pixel = static_cast<std::uint32_t>(random_()) & (any(4) == 0 ? 0x1FFFFFF : ~0U);
+            pixels.push_back(pixel);
+        }
+        ICONINFO icon{};
+        GetIconInfo(makeIcon(bitmapBackend(*picture), width - seen.width).get(), &icon);
+        const BitmapHandle kept[] = {BitmapHandle(icon.hbmMask), BitmapHandle(icon.hbmColor)};
+        const SelectedObject selected(context.get(), icon.hbmMask);
+        std::vector<std::array<std::uint8_t, 4>> found(std::size_t(width * seen.height));
+        GetBitmapBits(icon.hbmColor, LONG(found.size() * 4), found.data());
+        std::size_t next = 0;
+        for (int i = 0; i < width * seen.height; ++i) {
+            std::array<std::uint8_t, 4> plain{};
+            if (i % width < seen.width) {
+                std::memcpy(&plain, &pixels[next++], 4);
+            }
+            for (std::size_t k = 0; plain[3] != 0 && k < 3; ++k) {
+                plain[k] = std::uint8_t(std::min(255, plain[k] * 255 / plain[3]));
+            }
+            ASSERT_EQ(found[std::size_t(i)], plain) << round << ": " << i;
+            ASSERT_EQ(GetPixel(context.get(), i % width, i / width) != 0, plain[3] == 0) << i;
+        }
+    }
+}
+
 TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineByLine) {
     const int line = graphics_->measureTextHeight(L"x", *font_);
     // Widths that are kept, scripts that join, fonts that stand in.
@@ -263,16 +298,20 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
         L"wonderful ",           L"&Hill",         L"AVA",          L"g\ti",
         L"Gr\u00FC\u0100\u0416", L"e\u0301\u2026", L"\u0645\u0631", L"\u6F22"};
     // Halves of the room left that lie before the text, which the system's flags are too.
-    static constexpr int kHalves[] = {0, 2, 1};
+    static constexpr int kHalves[] = {0, 2, 1, 0};
     EXPECT_EQ(graphics_->measureTextSize(L"", *font_), (Size{0, line}));
     for (int round = 0; round < 300; ++round) {
-        const int across = any(3);
-        const int down = any(3);
+        const int across = any(4);
+        const int down = any(4);
         const bool wraps = any(2) == 0;
         const bool dots = any(2) == 0;
         const bool keys = any(2) == 0;
-        const Rect area =
-            Rect::at({10 + any(9), 10 + any(9)}, {20 + any(90), any(4) == 0 ? line : 5 + any(60)});
+        const Rect area = Rect::at({10 + any(9), 10 + any(9)}, {any(9) == 0 ? 1 : 20 + any(90),
+                                                                any(4) == 0 ? line : 5 + any(60)});
+        const bool isBuffered = any(2) == 0;
+        const int width = 1 + any(3);
+        const Point from{any(140), any(100)};
+        const Point to{any(200000) - 100000, any(200000) - 100000};
         const Canvas wanted({140, 100});
         const HDC context = wanted.context();
         const SelectedObject selected(context, fontBackend(*font_).handle());
@@ -289,18 +328,35 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
             EXPECT_EQ(line, size.cy);
         }
         const Canvas shown({140, 100});
+        SetTextAlign(shown.context(), TA_RIGHT);
         paint(shown, [&] {
             graphics_->drawRectangle(shown.area(), kInk);
-            graphics_->beginBufferedPaint(shown.area());
+            if (isBuffered) {
+                graphics_->beginBufferedPaint(shown.area());
+            }
+            graphics_->drawText(lines[0], from, *font_, Color::rgb(0, 255, 0));
+            graphics_->setPen(kRed, width);
+            graphics_->drawLine(from, to);
             graphics_->drawText(text, area, *font_, kRed,
                                 {TextAlignment(across), TextAlignment(down), wraps, dots, keys});
             graphics_->drawRectangle({139, 99, 139, 99}, kRed);
-            graphics_->endBufferedPaint();
+            if (isBuffered) {
+                graphics_->endBufferedPaint();
+            }
         });
         PatBlt(context, 0, 0, 140, 100, BLACKNESS);
-        SetPixelV(context, 139, 99, RGB(255, 0, 0));
-        SetTextColor(context, RGB(255, 0, 0));
         SetBkMode(context, TRANSPARENT);
+        SetTextColor(context, RGB(0, 255, 0));
+        TextOutW(context, from.x, from.y, lines[0].c_str(), static_cast<int>(lines[0].size()));
+        {
+            const PenHandle pen(CreatePen(PS_SOLID, width, RGB(255, 0, 0)));
+            const SelectedObject drawing(context, pen.get());
+            const auto cut = [](std::int32_t end) { return std::clamp(end, -(1 << 15), 1 << 15); };
+            MoveToEx(context, from.x, from.y, nullptr);
+            LineTo(context, cut(to.x), cut(to.y));
+        }
+        SetTextColor(context, RGB(255, 0, 0));
+        SetPixelV(context, 139, 99, RGB(255, 0, 0));
         IntersectClipRect(context, area.left, area.top, area.right + 1, area.bottom + 1);
         RECT room{0, 0, area.width(), 0};
         int height = static_cast<int>(lines.size()) * line;
@@ -331,11 +387,12 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
 }
 
 TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
-    const auto madeFrom = [&](const FontStyle& style) {
+    const auto madeOf = [](const Font& font) {
         LOGFONTW made{};
-        GetObjectW(fontBackend(*windows_->getFont(style)).handle(), sizeof(made), &made);
+        GetObjectW(fontBackend(font).handle(), sizeof(made), &made);
         return made;
     };
+    const auto madeFrom = [&](const FontStyle& style) { return madeOf(*windows_->getFont(style)); };
     WindowServiceWin32Gdi::setScalingFactor(1.5);
     const double usual = windowMetrics().lfMessageFont.lfHeight;
     for (const auto& [size, height] :
@@ -344,10 +401,13 @@ TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
     }
     const LOGFONTW made = madeFrom(FontStyle{true, true, true, -5, {}});
     EXPECT_EQ(made.lfHeight, -1) << "no size is smaller";
-    EXPECT_EQ(made.lfWeight, FW_BOLD);
-    EXPECT_TRUE(made.lfItalic && made.lfUnderline && made.lfFaceName[0] != L'\0');
+    EXPECT_TRUE(made.lfWeight == FW_BOLD && made.lfItalic && made.lfUnderline && *made.lfFaceName);
     fontBackend(*font_).releaseNativeObject();
-    EXPECT_STREQ(madeFrom(font_->style()).lfFaceName, L"Tahoma");
+    EXPECT_STREQ(madeOf(*font_).lfFaceName, L"Tahoma");
+    EXPECT_GT(graphics_->measureTextSize(L"a", *font_, 9).height, 9);
+    EXPECT_EQ(GetCurrentObject(measuringContext(), OBJ_FONT), GetStockObject(SYSTEM_FONT));
+    const std::wstring name(40, L'x');
+    EXPECT_EQ(madeFrom(FontStyle{false, false, false, 8, name}).lfFaceName, name.substr(0, 31));
     const auto used = windows_->getFont(font_->style());
     const std::weak_ptr<Font> oldest = windows_->getFont(FontStyle{false, false, false, 99, {}});
     for (std::int32_t size = 100; size < 164; ++size) {
