@@ -4,10 +4,30 @@
 #include "ZuNativeTextBox.h"
 #include "support/SurfaceTest.h"
 // Behind the wrapper.
-#include <dlgs.h>
+#include <cderr.h>
+#include <commdlg.h>
+
+extern "C" {
+extern void* __imp_CommDlgExtendedError IMPORT_SLOT("CommDlgExtendedError", "@0");
+extern void* __imp_CreatePopupMenu IMPORT_SLOT("CreatePopupMenu", "@0");
+extern void* __imp_DefWindowProcW IMPORT_SLOT("DefWindowProcW", "@16");
+extern void* __imp_GetOpenFileNameW IMPORT_SLOT("GetOpenFileNameW", "@4");
+extern void* __imp_InsertMenuItemW IMPORT_SLOT("InsertMenuItemW", "@16");
+extern void* __imp_SetTimer IMPORT_SLOT("SetTimer", "@16");
+}
 
 namespace zustd::test {
 namespace {
+
+// Puts an answer that is always the same in the place of a function of the system.
+template <int answer, class Result, class... Arguments>
+Result WINAPI answerAlways(Arguments...) noexcept {
+    return Result(answer);
+}
+template <int answer, class Result, class... Arguments>
+ReplacedImport replaced(void*& slot, Result(WINAPI*)(Arguments...)) {
+    return {slot, reinterpret_cast<void*>(&answerAlways<answer, Result, Arguments...>)};
+}
 
 int systemColorsHeard = 0;
 
@@ -64,8 +84,100 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     RECT proposed{20, 30, 340, 270};
     send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
     EXPECT_EQ(windowRect(native()), portableRect(proposed));
+    const Size outer = windowRect(native()).size();
+    const Size inner = clientSizeOf(native());
+    for (const int least : {0, 1}) {
+        window_->setPlacement({.minimum = {least, least}, .maximum = {0, least}});
+        MINMAXINFO limits{{}, {}, {}, {7, 8}, {9, 10}};
+        send(native(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+        const POINT size{outer.width - inner.width + 1, outer.height - inner.height + 1};
+        const POINT expected[] = {least == 0 ? POINT{7, 8} : size, {9, least == 0 ? 10 : size.y}};
+        EXPECT_EQ(std::memcmp(&limits.ptMinTrackSize, expected, sizeof(expected)), 0) << least;
+    }
+    const auto button = show(service().createNativeButton(), {0, 0, 9, 9});
     DestroyWindow(native());
-    EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject());
+    EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject() ||
+                 button->hasNativeObject());
+    EXPECT_EQ(windowServiceBackend(&service())->window(), nullptr);
+    resources_->selectLocale(L"de-DE");
+    EXPECT_FALSE(window_->hasNativeObject()) << "made by another language";
+}
+
+// What nothing here uses, and what the system has to do with, is left to the system.
+TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
+    const auto user = addProbe({0, 0, 49, 49});
+    user->takeFocus();
+    const HWND label = CreateWindowW(L"STATIC", L"", WS_CHILD, 120, 20, 40, 20, native(), nullptr,
+                                     nullptr, nullptr);
+    const Canvas canvas({10, 10});
+    MINMAXINFO limits{};
+    RECT area{};
+    GetWindowRect(native(), &area);
+    const auto number = [](const auto* pointer) { return reinterpret_cast<LPARAM>(pointer); };
+    const auto context = reinterpret_cast<WPARAM>(canvas.context());
+    const auto self = reinterpret_cast<WPARAM>(native());
+    const POINT onUser = onScreen(native(), {5, 5});
+    const LPARAM place = MAKELPARAM(onUser.x, onUser.y);
+    constexpr LRESULT kSystems = 77;
+    const auto toSystem = replaced<kSystems>(__imp_DefWindowProcW, &DefWindowProcW);
+    const std::tuple<UINT, WPARAM, LPARAM, LRESULT> kRows[] = {
+        {WM_SIZE, SIZE_MINIMIZED, 0, kSystems},
+        {WM_GETMINMAXINFO, 0, number(&limits), 0},
+        {WM_DPICHANGED, 0, number(&area), 0},
+        {WM_SYSCOLORCHANGE, 0, 0, kSystems},
+        {WM_THEMECHANGED, 0, 0, kSystems},
+        {WM_ERASEBKGND, context, 0, 1},
+        {WM_PAINT, 0, 0, 0},
+        {WM_PRINTCLIENT, context, 0, 0},
+        {WM_CTLCOLORSTATIC, context, number(label), kSystems},
+        {WM_SETCURSOR, self, HTCLIENT, TRUE},
+        {WM_SETCURSOR, self, HTCAPTION, kSystems},
+        {WM_SETCURSOR, reinterpret_cast<WPARAM>(label), HTCLIENT, kSystems},
+        {WM_CAPTURECHANGED, 0, 0, 0},
+        {WM_MOUSEMOVE, 0, 0, 0},
+        {WM_MOUSELEAVE, 0, 0, 0},
+        {WM_GETDLGCODE, 0, 0, DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS | DLGC_WANTTAB},
+        {WM_SYSCHAR, 'K', 0, kSystems},
+        {WM_KEYDOWN, 'K', 0, kSystems},
+        {WM_SYSKEYDOWN, 'U', 0, 0},
+        {WM_SYSCHAR, 'U', 0, 0},
+        {WM_SYSCHAR, 'U', 0, kSystems},
+        {WM_KEYDOWN, 'U', 0, 0},
+        {WM_SYSCHAR, 'U', 0, kSystems},
+        {WM_MOUSEWHEEL, 0, place, kSystems},
+        {WM_MOUSEWHEEL, MK_SHIFT, place, 0},
+        {WM_ACTIVATE, MAKEWPARAM(WA_ACTIVE, 1), 0, 0},
+        {WM_SETFOCUS, 0, 0, 0},
+        {WM_KILLFOCUS, self, 0, 0},
+        {WM_CHAR, 'K', 0, kSystems}};
+    for (const auto& [id, wide, extra, answer] : kRows) {
+        EXPECT_EQ(send(native(), id, wide, extra), answer) << id << ": " << wide;
+    }
+    EXPECT_TRUE(user->hasFocus());
+}
+
+// The real pointer, in a window that is made anew meanwhile.
+TEST_F(SurfaceTest, pointer_comesAndGoes_isToldEachTime) {
+    const auto probe = addProbe({0, 0, 99, 99});
+    for (int round = 0; round < 4; ++round) {
+        if (round == 2) {
+            window_->releaseTree();
+            window_->synchronizeTree();
+        }
+        const Point place{50 + round, 50};
+        movePointer(onScreen(native(), place));
+        runMessages(5000, [&] { return probe->lastMouse.position == place; });
+        EXPECT_TRUE(probe->isHovered()) << round;
+        if (round != 1) {
+            movePointer({1279, 1023});
+            runMessages(5000, [&] { return !probe->isHovered(); });
+            EXPECT_FALSE(probe->isHovered()) << round;
+        }
+    }
+    const auto button = show(service().createNativeButton(), {100, 0, 199, 99});
+    sendMouse(nativeWindowOf(*button), WM_MOUSEMOVE, {5, 5});
+    send(native(), WM_MOUSELEAVE);
+    EXPECT_TRUE(button->isHovered()) << "entered before the other was left";
 }
 
 TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
@@ -84,6 +196,8 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     service().captureMouse();
     service_->releaseMouse();
     EXPECT_EQ(GetCapture(), native());
+    service().releaseMouse();
+    EXPECT_EQ(GetCapture(), nullptr);
     const Rect whole{0, 0, 299, 199};
     const Rect part{5, 6, 20, 30};
     const std::pair<std::function<void()>, Rect> kRows[] = {
@@ -114,25 +228,48 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     }
 }
 
-TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
-    const TempFolder folder;
-    const std::wstring file = folder.file(L"chosen.txt");
-    writeBytes(file, "x");
-    const auto choose = [&] {
-        EXPECT_FALSE(IsWindowEnabled(native()));
-        const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
-        const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
-        EXPECT_EQ(textOf(list) + textOf(field), L"Textssuggested.txt");
-        EXPECT_EQ(send(list, CB_FINDSTRINGEXACT, 0, reinterpret_cast<LPARAM>(L"*.log")), 1);
-        SetWindowTextW(field, file.c_str());
-        PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
-    };
-    const Steps steps{[] {}, [] { PostMessageW(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0); },
-                      [] {}, choose};
-    for (const std::wstring& chosen : {std::wstring(), file}) {
-        EXPECT_EQ(service().selectFileToOpen(L"suggested.txt", {L"*.txt", L"", L"*.log"},
+// What each of the system's dialogs for files is asked for and answers in turn: a failure, or 0
+// when the user cancels.
+constexpr DWORD kFileChosen = ~0U;
+std::deque<DWORD> fileAnswers;
+DWORD fileAnswer = 0;
+OPENFILENAMEW fileRequest;
+Texts fileNames;
+
+BOOL WINAPI chooseFile(OPENFILENAMEW* request) noexcept {
+    fileRequest = *request;
+    fileNames.push_back(request->lpstrFile);
+    static constexpr wchar_t kFilter[] = L"Texts\0*.txt\0*.log\0*.log\0All Files\0*.*\0";
+    EXPECT_EQ(std::memcmp(request->lpstrFilter, kFilter, sizeof(kFilter)), 0);
+    fileAnswer = fileAnswers.front();
+    fileAnswers.pop_front();
+    wcscpy(request->lpstrFile, L"C:\\chosen.txt");
+    return fileAnswer == kFileChosen;
+}
+DWORD WINAPI tellFileAnswer() noexcept { return fileAnswer; }
+
+TEST_F(SurfaceTest, selectFileToOpen_anyAnswer_isTheChosenFileOrNone) {
+    const ReplacedImport dialogs(__imp_GetOpenFileNameW, reinterpret_cast<void*>(&chooseFile));
+    const ReplacedImport failures(__imp_CommDlgExtendedError,
+                                  reinterpret_cast<void*>(&tellFileAnswer));
+    const std::wstring name(kFileNameBufferSize - 1, L'n');
+    const std::wstring file = L"C:\\chosen.txt";
+    const std::tuple<std::deque<DWORD>, std::wstring, Texts, std::size_t> kRows[] = {
+        {{kFileChosen}, file, {name}, 0},
+        {{0}, L"", {name}, 0},
+        {{FNERR_INVALIDFILENAME, kFileChosen}, file, {name, L""}, 0},
+        {{FNERR_INVALIDFILENAME, 0}, L"", {name, L""}, 0},
+        {{1}, L"", {name}, 2}};
+    for (const auto& [answers, chosen, names, reports] : kRows) {
+        const TraceCapture trace;
+        fileAnswers = answers;
+        fileNames.clear();
+        EXPECT_EQ(service().selectFileToOpen(name, {L"*.txt", L"", L"*.log"},
                                              {L"Texts", L"None", L""}, false),
                   chosen);
+        EXPECT_EQ(fileNames, names);
+        EXPECT_EQ(trace.messages().size(), reports);
+        EXPECT_EQ(fileRequest.hwndOwner, native());
     }
 }
 
@@ -141,10 +278,12 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
     Rect painted;
+    const Canvas canvas({20, 20});
     left->whileDrawing = [&] {
         painted = windowServiceBackend(&service())->getDrawArea();
         if (left->drawn == 2) {
             left->red = 0x40;
+            send(native(), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(canvas.context()));
             RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         }
     };
@@ -163,8 +302,14 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     const auto combo = show(service().createNativeComboBox(), {0, 80, 89, 104});
     combo->setEditable(true);
     const auto bar = show(service().createNativeProgressBar(), {120, 60, 159, 69});
-    const HWND label = CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
-                                     native(), nullptr, nullptr, nullptr);
+    const auto dialog = makeDialog();
+    dialog->synchronizeTree();
+    const auto holder = addProbe({120, 90, 159, 109});
+    const auto labelOn = [](HWND parent, int top) {
+        return CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, top, 40, 20, parent,
+                             nullptr, nullptr, nullptr);
+    };
+    const HWND label = labelOn(native(), 20);
     const HWND edit = nativeWindowOf(*field);
     const HWND list = nativeWindowOf(*combo);
     const Canvas canvas({10, 10});
@@ -186,6 +331,8 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     }
     fill(*field, 0x14);
     fill(*combo, 0x15);
+    fill(*dialog, 0x16);
+    fill(*holder, 0x17);
     EXPECT_EQ(pixelOf(edit, {60, 20}), 0x143456U);
     EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
     send(nativeWindowOf(*child), WM_PRINTCLIENT, context);
@@ -193,16 +340,23 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     const std::tuple<HWND, UINT, HWND, int> kRows[] = {
         {native(), WM_CTLCOLORSTATIC, label, 0x13},
         {native(), WM_CTLCOLORSTATIC, nativeWindowOf(*bar), 0x13},
+        {native(), WM_CTLCOLORSTATIC, labelOn(native(), 90), 0x17},
+        {nativeWindowOf(*dialog), WM_CTLCOLORSTATIC, labelOn(nativeWindowOf(*dialog), 0), 0x16},
         {native(), WM_CTLCOLOREDIT, edit, 0x14},
         {list, WM_CTLCOLORLISTBOX, FindWindowExW(list, nullptr, L"Edit", nullptr), 0x15}};
     for (const auto& [asked, message, control, red] : kRows) {
-        EXPECT_NE(ask(asked, message, control), 0);
+        EXPECT_EQ(ask(asked, message, control),
+                  reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH)));
         EXPECT_EQ(GetBkColor(canvas.context()), COLORREF{RGB(red, 0x34, 0x56)}) << message;
         EXPECT_EQ(GetTextColor(canvas.context()), COLORREF{RGB(0xFE, 0xDC, red)}) << message;
     }
     SetWindowLongPtrW(label, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&answerAsHost));
+    UpdateWindow(native());
+    const int drawn = holder->drawn;
     send(native(), WM_SYSCOLORCHANGE);
     EXPECT_EQ(systemColorsHeard, 1);
+    UpdateWindow(native());
+    EXPECT_GT(holder->drawn, drawn);
 }
 
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
@@ -232,6 +386,13 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
         EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER), nativeWindowOf(*outer));
     };
     probe->takeFocus();
+    bool isOuterSeen = false;
+    const auto owner = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+        if (kind == Control::kEnterFocus) {
+            isOuterSeen = IsWindowVisible(nativeWindowOf(*outer)) != FALSE;
+        }
+    });
+    probe->connect(owner, false);
     for (const int result : {5, 6}) {
         const Steps steps{lookAtOuter, lookAtInner, [&] { outer->hide(result); }};
         EXPECT_EQ(outer->show(true), result);
@@ -239,6 +400,10 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
         EXPECT_FALSE(outer->isOpen() || inner->isOpen());
         EXPECT_TRUE(IsWindowEnabled(native()) && IsWindowVisible(native()));
         EXPECT_TRUE(GetActiveWindow() == native() && probe->hasFocus());
+        EXPECT_TRUE(std::exchange(isOuterSeen, false)) << "gone before its owner was active";
+        MSG woken{};
+        EXPECT_TRUE(PeekMessageW(&woken, reinterpret_cast<HWND>(-1), 0, 0, PM_REMOVE) &&
+                    woken.message == WM_NULL);
     }
 }
 
@@ -367,6 +532,15 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
                     {200000, L"Second", 0, false, false, {}},
                     {1, L"More", 0, true, false, {{300000, L"Inner", 0, true, true, {}}}}});
     menu->connect(log_, false);
+    const auto imageOf = [](HMENU shown, UINT item) {
+        MENUITEMINFOW info{};
+        info.cbSize = sizeof(info);
+        info.fMask = MIIM_BITMAP;
+        GetMenuItemInfoW(shown, item, TRUE, &info);
+        return info.hbmpItem;
+    };
+    const auto other = makeWindow({50, 50});
+    SetForegroundWindow(nativeWindowOf(*other));
     const auto look = [&] {
         const auto shown = reinterpret_cast<HMENU>(
             send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
@@ -376,6 +550,11 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
         }
         EXPECT_EQ(states, L"8 2048 3 272 ") << "checked, a line, disabled, with one below";
         EXPECT_EQ(GetForegroundWindow(), native());
+        EXPECT_EQ(windowRect(FindWindowW(L"#32768", nullptr)).position(), (Point{200, 200}));
+        WindowServiceWin32Gdi::clearDrawingCaches();
+        BITMAP image{};
+        EXPECT_NE(GetObjectW(imageOf(shown, 0), sizeof(image), &image), 0) << "held";
+        EXPECT_EQ(imageOf(shown, 3), nullptr);
     };
     const auto key = [](WORD code) { return [code] { pressKeys({code}); }; };
     const Steps keys{look, key('F'), key(VK_UP), key(VK_RIGHT), key(VK_RETURN), key(VK_ESCAPE)};
@@ -383,8 +562,10 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
         EXPECT_EQ(menu->show({200, 200}), chosen);
     }
     EXPECT_EQ(log_->take(), L"selected selected");
-    menu = service_->createNativePopupMenu();
-    menu->setItems({{100000, L"First", 0, true, true, {}}});
+    MSG woken{};
+    EXPECT_TRUE(PeekMessageW(&woken, native(), 0, 0, PM_REMOVE) && woken.message == WM_NULL);
+    menu = makeWindowService(nullptr)->createNativePopupMenu();
+    menu->setItems({{100000, L"First", 120, true, true, {}}});
     NativePopupMenu& shown = *menu;
     const Steps steps{[&] { menu.reset(); }, key(VK_DOWN), key(VK_RETURN)};
     EXPECT_EQ(shown.show({200, 200}), 100000U) << "dropped while it was open";
