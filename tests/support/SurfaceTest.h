@@ -38,7 +38,7 @@ protected:
 class SurfaceTest : public ::testing::Test {
 protected:
     SurfaceTest() {
-        movePointer({1279, 1023});
+        SetCursorPos(1279, 1023);
         ResourceServiceGeneric::install(*resources_, compiledInResources());
         ServiceLocator::instance()->registerService(resources_, true, true);
         window_ = makeWindow({300, 200});
