@@ -157,7 +157,7 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
     for (const auto& end : std::initializer_list<std::function<void()>>{
              [&] { timer->stop(); }, [&] { timer->start(60000, true); }, [&] { timer.reset(); }}) {
         end();
-        DispatchMessageW(&tick);
+        CallWindowProcW(std::bit_cast<WNDPROC>(tick.lParam), tick.hwnd, WM_TIMER, tick.wParam, 0);
         EXPECT_EQ(MsgWaitForMultipleObjects(0, nullptr, FALSE, 60, QS_TIMER), DWORD{WAIT_TIMEOUT});
     }
     EXPECT_EQ(ticks, 0);

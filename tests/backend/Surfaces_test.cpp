@@ -4,16 +4,26 @@
 #include "ZuNativeTextBox.h"
 #include "support/SurfaceTest.h"
 // Behind the wrapper.
-#include <dlgs.h>
+#include <cderr.h>
+#include <commdlg.h>
+
+extern "C" {
+extern void* __imp_CommDlgExtendedError IMPORT_SLOT("CommDlgExtendedError", "@0");
+extern void* __imp_DefWindowProcW IMPORT_SLOT("DefWindowProcW", "@16");
+extern void* __imp_GetOpenFileNameW IMPORT_SLOT("GetOpenFileNameW", "@4");
+}
 
 namespace zustd::test {
 namespace {
+
+constexpr LRESULT kSystems = 77;
+LRESULT WINAPI answerAsSystem(HWND, UINT, WPARAM, LPARAM) noexcept { return kSystems; }
 
 int systemColorsHeard = 0;
 
 LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) noexcept {
     systemColorsHeard += id == WM_SYSCOLORCHANGE ? 1 : 0;
-    const bool isKnown = id == WM_COMMAND || id == WM_HSCROLL || id == WM_MOUSEWHEEL;
+    const bool isKnown = id == WM_COMMAND || id == WM_HSCROLL;
     return isKnown ? 99 : DefWindowProcW(window, id, wide, extra);
 }
 
@@ -64,15 +74,55 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     RECT proposed{20, 30, 340, 270};
     send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
     EXPECT_EQ(windowRect(native()), portableRect(proposed));
+    const auto button = show(service().createNativeButton(), {0, 0, 9, 9});
     DestroyWindow(native());
-    EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject());
+    EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject() ||
+                 button->hasNativeObject());
+    EXPECT_EQ(windowServiceBackend(&service())->window(), nullptr);
+    resources_->selectLocale(L"de-DE");
+    EXPECT_FALSE(window_->hasNativeObject()) << "made by another language";
+}
+
+// What nothing here uses, and what the system has to do with, is left to the system.
+TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
+    const auto user = addProbe({0, 0, 49, 49});
+    user->takeFocus();
+    const auto self = reinterpret_cast<WPARAM>(native());
+    const POINT onUser = onScreen(native(), {5, 5});
+    const LPARAM place = MAKELPARAM(onUser.x, onUser.y);
+    const ReplacedImport system(__imp_DefWindowProcW, reinterpret_cast<void*>(&answerAsSystem));
+    for (const int id : {WM_SYSCOLORCHANGE, WM_THEMECHANGED, WM_CHAR, WM_SYSCHAR, WM_KEYDOWN,
+                         WM_MOUSEWHEEL, WM_CTLCOLORSTATIC}) {
+        EXPECT_EQ(send(native(), UINT(id)), kSystems) << id;
+    }
+    for (const int id :
+         {WM_PAINT, WM_PRINTCLIENT, WM_CAPTURECHANGED, WM_MOUSEMOVE, WM_MOUSELEAVE, WM_SETFOCUS}) {
+        EXPECT_EQ(send(native(), UINT(id)), 0) << id;
+    }
+    const std::tuple<UINT, WPARAM, LPARAM, LRESULT> kRows[] = {
+        {WM_SIZE, SIZE_MINIMIZED, 0, kSystems},
+        {WM_SETCURSOR, self, HTCLIENT, TRUE},
+        {WM_SETCURSOR, self, HTCAPTION, kSystems},
+        {WM_SETCURSOR, 0, HTCLIENT, kSystems},
+        {WM_GETDLGCODE, 0, 0, DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS | DLGC_WANTTAB},
+        {WM_SYSKEYDOWN, 'U', 0, 0},
+        {WM_SYSCHAR, 'U', 0, 0},
+        {WM_SYSCHAR, 'U', 0, kSystems},
+        {WM_KEYDOWN, 'U', 0, 0},
+        {WM_SYSCHAR, 'U', 0, kSystems},
+        {WM_MOUSEWHEEL, MK_SHIFT, place, 0},
+        {WM_ACTIVATE, MAKEWPARAM(WA_ACTIVE, 1), 0, 0},
+        {WM_KILLFOCUS, self, 0, 0}};
+    for (const auto& [id, wide, extra, answer] : kRows) {
+        EXPECT_EQ(send(native(), id, wide, extra), answer) << id << ": " << wide;
+    }
 }
 
 TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     EXPECT_EQ(service().getWindowSize(), windowRect(native()).size());
     const POINT place = onScreen(native(), {7, 9});
     EXPECT_EQ(service().getClientPosition(), (Point{place.x - 7, place.y - 9}));
-    movePointer(place);
+    SetCursorPos(place.x, place.y);
     EXPECT_EQ(service().getMousePosition(), (Point{7, 9}));
     EXPECT_TRUE(service().isWindowVisibleAtPos({place.x, place.y}));
     show(service().createNativeButton(), {0, 20, 9, 39});
@@ -84,6 +134,8 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     service().captureMouse();
     service_->releaseMouse();
     EXPECT_EQ(GetCapture(), native());
+    service().releaseMouse();
+    EXPECT_EQ(GetCapture(), nullptr);
     const Rect whole{0, 0, 299, 199};
     const Rect part{5, 6, 20, 30};
     const std::pair<std::function<void()>, Rect> kRows[] = {
@@ -105,34 +157,46 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
     EXPECT_EQ(differences, 0) << "each once";
     WindowServiceWin32Gdi::setScalingFactor(0.0);
     EXPECT_EQ(service().getScalingFactor(), GetSystemMetrics(SM_CXSMICON) / 16.0);
-    static constexpr int kCursors[] = {32512, 32649, 32513, 32514, 32644, 32645, 32646, 32648};
-    for (int i = 0; i < 8; ++i) {
-        service().setCursor(static_cast<MouseCursor>(i));
-        SetCursor(nullptr);
-        send(native(), WM_SETCURSOR, reinterpret_cast<WPARAM>(native()), HTCLIENT);
-        EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(kCursors[i])));
-    }
+    service().setCursor(MouseCursor::kHand);
+    SetCursor(nullptr);
+    send(native(), WM_SETCURSOR, reinterpret_cast<WPARAM>(native()), HTCLIENT);
+    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, MAKEINTRESOURCEW(32649)));
 }
 
-TEST_F(SurfaceTest, selectFileToOpen_userChooses_getsTheFile) {
-    const TempFolder folder;
-    const std::wstring file = folder.file(L"chosen.txt");
-    writeBytes(file, "x");
-    const auto choose = [&] {
-        EXPECT_FALSE(IsWindowEnabled(native()));
-        const HWND list = GetDlgItem(GetActiveWindow(), cmb1);
-        const HWND field = GetDlgItem(GetActiveWindow(), cmb13);
-        EXPECT_EQ(textOf(list) + textOf(field), L"Textssuggested.txt");
-        EXPECT_EQ(send(list, CB_FINDSTRINGEXACT, 0, reinterpret_cast<LPARAM>(L"*.log")), 1);
-        SetWindowTextW(field, file.c_str());
-        PostMessageW(GetActiveWindow(), WM_COMMAND, IDOK, 0);
-    };
-    const Steps steps{[] {}, [] { PostMessageW(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0); },
-                      [] {}, choose};
-    for (const std::wstring& chosen : {std::wstring(), file}) {
-        EXPECT_EQ(service().selectFileToOpen(L"suggested.txt", {L"*.txt", L"", L"*.log"},
+// What the dialogs for files are to answer, a failure or 0 for none, and what they got for names.
+constexpr DWORD kFileChosen = ~0U;
+std::deque<DWORD> fileAnswers;
+std::wstring fileNames;
+
+BOOL WINAPI chooseFile(OPENFILENAMEW* request) noexcept {
+    static constexpr wchar_t kFilter[] = L"Texts\0*.txt\0*.log\0*.log\0All Files\0*.*\0";
+    EXPECT_EQ(std::memcmp(request->lpstrFilter, kFilter, sizeof(kFilter)), 0);
+    fileNames += request->lpstrFile + std::wstring(L";");
+    wcscpy(request->lpstrFile, L"C:\\chosen.txt");
+    fileAnswers.pop_front();
+    return fileAnswers.front() == kFileChosen;
+}
+DWORD WINAPI tellFileAnswer() noexcept { return fileAnswers.front(); }
+
+TEST_F(SurfaceTest, selectFileToOpen_anyAnswer_isTheChosenFileOrNone) {
+    const ReplacedImport dialogs(__imp_GetOpenFileNameW, reinterpret_cast<void*>(&chooseFile));
+    const ReplacedImport failures(__imp_CommDlgExtendedError,
+                                  reinterpret_cast<void*>(&tellFileAnswer));
+    const std::wstring name(kFileNameBufferSize - 1, L'n');
+    const std::tuple<std::deque<DWORD>, std::wstring, std::wstring, std::size_t> kRows[] = {
+        {{0, kFileChosen}, L"C:\\chosen.txt", name + L";", 0},
+        {{0, 0}, L"", name + L";", 0},
+        {{0, FNERR_INVALIDFILENAME, kFileChosen}, L"C:\\chosen.txt", name + L";;", 0},
+        {{0, 1}, L"", name + L";", 2}};
+    for (const auto& [answers, chosen, names, reports] : kRows) {
+        const TraceCapture trace;
+        fileAnswers = answers;
+        fileNames.clear();
+        EXPECT_EQ(service().selectFileToOpen(name, {L"*.txt", L"", L"*.log"},
                                              {L"Texts", L"None", L""}, false),
                   chosen);
+        EXPECT_EQ(fileNames, names);
+        EXPECT_EQ(trace.messages().size(), reports);
     }
 }
 
@@ -141,10 +205,12 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
     Rect painted;
+    const Canvas canvas({20, 20});
     left->whileDrawing = [&] {
         painted = windowServiceBackend(&service())->getDrawArea();
         if (left->drawn == 2) {
             left->red = 0x40;
+            send(native(), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(canvas.context()));
             RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         }
     };
@@ -156,53 +222,45 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
 }
 
 TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
-    const auto child = show(service().createNativeWindow(), {200, 0, 299, 99});
-    const auto check = show(service().createNativeButton(), {0, 10, 89, 34});
-    check->setKind(ButtonKind::kCheck);
     const auto field = show(service().createNativeTextBox(), {0, 40, 89, 64});
     const auto combo = show(service().createNativeComboBox(), {0, 80, 89, 104});
     combo->setEditable(true);
     const auto bar = show(service().createNativeProgressBar(), {120, 60, 159, 69});
+    const auto probe = addProbe({120, 90, 159, 109});
+    const auto dialog = makeDialog();
+    dialog->synchronizeTree();
     const HWND label = CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 120, 20, 40, 20,
                                      native(), nullptr, nullptr, nullptr);
-    const HWND edit = nativeWindowOf(*field);
     const HWND list = nativeWindowOf(*combo);
     const Canvas canvas({10, 10});
     const auto context = reinterpret_cast<WPARAM>(canvas.context());
-    const auto ask = [&](HWND asked, UINT message, HWND control) {
-        return send(asked, message, context, reinterpret_cast<LPARAM>(control));
-    };
-    EXPECT_NE(ask(native(), WM_CTLCOLORSTATIC, label), 0) << "the system's own";
-    const auto fill = [](Control& control, std::uint8_t red) {
+    const std::tuple<Control*, HWND, UINT, HWND> kRows[] = {
+        {window_.get(), native(), WM_CTLCOLORSTATIC, label},
+        {window_.get(), native(), WM_CTLCOLORSTATIC, nativeWindowOf(*bar)},
+        {dialog.get(), nativeWindowOf(*dialog), WM_CTLCOLORSTATIC, label},
+        {field.get(), native(), WM_CTLCOLOREDIT, nativeWindowOf(*field)},
+        {combo.get(), list, WM_CTLCOLORLISTBOX, FindWindowExW(list, nullptr, L"Edit", nullptr)}};
+    std::uint8_t red = 0x10;
+    for (const auto& [control, asked, message, child] : kRows) {
         auto colors = std::make_shared<ColorsDescriptor>();
-        colors->setColor(ColorRole::kBackground, Color::rgb(red, 0x34, 0x56));
+        colors->setColor(ColorRole::kBackground, Color::rgb(++red, 0x34, 0x56));
         colors->setColor(ColorRole::kText, Color::rgb(0xFE, 0xDC, red));
-        control.setColors(colors);
-    };
-    for (const auto red : std::initializer_list<std::uint8_t>{0x12, 0x13}) {
-        fill(*window_, red);
-        EXPECT_EQ(pixelOf(native(), {5, 5}), red << 16 | 0x3456U);
-        EXPECT_EQ(pixelOf(nativeWindowOf(*check), {60, 20}), red << 16 | 0x3456U);
-    }
-    fill(*field, 0x14);
-    fill(*combo, 0x15);
-    EXPECT_EQ(pixelOf(edit, {60, 20}), 0x143456U);
-    EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
-    send(nativeWindowOf(*child), WM_PRINTCLIENT, context);
-    EXPECT_EQ(canvas.pixel(5, 5), 0x133456U);
-    const std::tuple<HWND, UINT, HWND, int> kRows[] = {
-        {native(), WM_CTLCOLORSTATIC, label, 0x13},
-        {native(), WM_CTLCOLORSTATIC, nativeWindowOf(*bar), 0x13},
-        {native(), WM_CTLCOLOREDIT, edit, 0x14},
-        {list, WM_CTLCOLORLISTBOX, FindWindowExW(list, nullptr, L"Edit", nullptr), 0x15}};
-    for (const auto& [asked, message, control, red] : kRows) {
-        EXPECT_NE(ask(asked, message, control), 0);
+        control->setColors(colors);
+        EXPECT_EQ(send(asked, message, context, reinterpret_cast<LPARAM>(child)),
+                  reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH)));
         EXPECT_EQ(GetBkColor(canvas.context()), COLORREF{RGB(red, 0x34, 0x56)}) << message;
         EXPECT_EQ(GetTextColor(canvas.context()), COLORREF{RGB(0xFE, 0xDC, red)}) << message;
     }
+    EXPECT_EQ(pixelOf(native(), {5, 5}), 0x123456U);
+    EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), 0x143456U);
+    EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
+    send(native(), WM_PRINTCLIENT, context);
+    EXPECT_EQ(canvas.pixel(5, 5), 0x123456U);
     SetWindowLongPtrW(label, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&answerAsHost));
+    probe->red = 0x77;
     send(native(), WM_SYSCOLORCHANGE);
     EXPECT_EQ(systemColorsHeard, 1);
+    EXPECT_EQ(pixelOf(native(), {120, 90}), 0x771020U);
 }
 
 TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogether) {
@@ -232,54 +290,33 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
         EXPECT_EQ(GetWindow(nativeWindowOf(*inner), GW_OWNER), nativeWindowOf(*outer));
     };
     probe->takeFocus();
+    bool isOuterSeen = false;
+    const auto owner = std::make_shared<FunctionSink>([&](const MessageKind& kind, auto...) {
+        isOuterSeen |= kind == Control::kEnterFocus && IsWindowVisible(nativeWindowOf(*outer));
+    });
+    probe->connect(owner, false);
     for (const int result : {5, 6}) {
         const Steps steps{lookAtOuter, lookAtInner, [&] { outer->hide(result); }};
         EXPECT_EQ(outer->show(true), result);
-        EXPECT_EQ(innerResult, kAnswerNone);
-        EXPECT_FALSE(outer->isOpen() || inner->isOpen());
+        EXPECT_TRUE(innerResult == kAnswerNone && !outer->isOpen() && !inner->isOpen());
         EXPECT_TRUE(IsWindowEnabled(native()) && IsWindowVisible(native()));
         EXPECT_TRUE(GetActiveWindow() == native() && probe->hasFocus());
+        EXPECT_TRUE(std::exchange(isOuterSeen, false)) << "gone before its owner was active";
+        MSG woken{};
+        EXPECT_TRUE(PeekMessageW(&woken, reinterpret_cast<HWND>(-1), 0, 0, PM_REMOVE) &&
+                    woken.message == WM_NULL);
     }
 }
 
-// Whoever hears of the focus that moves, or of a press that ends, ends the dialog,
-// its window, its owner or all, at any of these moments, or when it is open.
-TEST_F(SurfaceTest, dialog_endedAtAnyMoment_returnsAndShowsNothing) {
-    for (int round = 0; round < 10; ++round) {
-        int heard = 0;
-        for (int at = 0; at <= heard; ++at) {
-            window_ = makeWindow({300, 200});
-            const auto probe = addProbe({0, 0, 49, 49});
-            probe->takeFocus();
-            sendMouse(native(), WM_LBUTTONDOWN, {5, 5});
-            auto dialog = makeDialog();
-            NativeDialog& shown = *dialog;
-            const std::function<void()> ends[] = {
-                [&] { dialog.reset(); }, [&] { dialog->hide(kAnswerOk); },
-                [&] { dialog->releaseTree(); }, [&] { DestroyWindow(native()); },
-                [&] { window_.reset(); }};
-            heard = 0;
-            const auto ender = std::make_shared<FunctionSink>([&](auto&&...) {
-                if (heard++ == at) {
-                    ends[round / 2]();
-                }
-            });
-            probe->connect(ender, false);
-            addProbe({0, 0, 9, 9}, dialog.get())->connect(ender, false);
-            bool isLate = false;
-            const Steps steps{[&] {
-                isLate = true;
-                dialog && dialog->isOpen() ? ends[round / 2]() : void();
-            }};
-            EXPECT_EQ(shown.show(round % 2 == 0), round == 2 ? kAnswerOk : kAnswerNone) << at;
-            runMessages(5000, [&] { return isLate; });
-            EXPECT_FALSE(dialog && (dialog->isOpen() || IsWindowVisible(nativeWindowOf(*dialog))));
-            EXPECT_EQ(dialog && dialog->hasNativeObject(), round / 2 == 1);
-            EXPECT_TRUE(!window_ || !window_->hasNativeObject() || IsWindowEnabled(native()));
-            probe->disconnect(ender.get());
-        }
-        EXPECT_GT(heard, 0);
-    }
+TEST_F(SurfaceTest, dialog_releasedByWhoLosesTheFocus_returnsAndShowsNothing) {
+    const auto dialog = makeDialog();
+    const auto probe = addProbe({0, 0, 49, 49});
+    probe->takeFocus();
+    probe->connect(std::make_shared<FunctionSink>([dialog](auto&&...) { dialog->releaseTree(); }),
+                   false);
+    const Steps steps{};
+    EXPECT_EQ(dialog->show(true), kAnswerNone);
+    EXPECT_FALSE(dialog->isOpen() || dialog->hasNativeObject());
 }
 
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
@@ -338,8 +375,6 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
     const std::tuple<std::shared_ptr<Control>, UINT, int, LRESULT> kRows[] = {
         {service->createNativeButton(), WM_COMMAND, BN_CLICKED, 0},
         {service->createNativeButton(), WM_COMMAND, BN_SETFOCUS, 99},
-        {service->createNativeTextBox(), WM_COMMAND, EN_CHANGE, 0},
-        {service->createNativeComboBox(), WM_COMMAND, CBN_SELCHANGE, 0},
         {service->createNativeScrollBar(false), WM_HSCROLL, SB_TOP, 0},
         {service->createNativeProgressBar(), WM_COMMAND, 0, 99}};
     for (const auto& [widget, id, what, answered] : kRows) {
@@ -352,12 +387,30 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         EXPECT_EQ(GetFocus(), shown);
     }
     EXPECT_EQ(send(host, WM_NOTIFY) + send(host, WM_DRAWITEM), 0) << "from nobody";
-    const auto surface = service->createNativeWindow();
-    surface->synchronizeTree();
-    EXPECT_EQ(send(nativeWindowOf(*surface), WM_MOUSEWHEEL), 99);
     service->closeWindow();
     runMessages(1000, [&] { return !IsWindow(host); });
     EXPECT_FALSE(IsWindow(host));
+}
+
+TEST_F(SurfaceTest, popup_atAnyPlace_staysOnTheScreenAndOutOfTheWay) {
+    const auto popup = makeDialog(NativeDialog::kStylePopup);
+    const auto field = addProbe({0, 0, 9, 9}, popup.get());
+    popup->setBoundary(Rect::at({1270, 1020}, {120, 90}));
+    popup->show(false);
+    const HWND shown = nativeWindowOf(*popup);
+    const Rect screen = workAreaAround(shown);
+    EXPECT_EQ(windowRect(shown).position(), (Point{screen.right - 119, screen.bottom - 89}));
+    popup->setBoundary(Rect::at({-30, 40}, {120, 90}));
+    EXPECT_EQ(windowRect(shown).position(), (Point{0, 40}));
+    EXPECT_EQ(send(shown, WM_MOUSEACTIVATE, 0, HTCLIENT), MA_NOACTIVATE);
+    const auto hit = [shown](Point at) {
+        const POINT place = onScreen(shown, at);
+        return send(shown, WM_NCHITTEST, 0, MAKELPARAM(place.x, place.y));
+    };
+    EXPECT_EQ(hit({5, 5}), HTCLIENT);
+    EXPECT_EQ(hit({50, 50}), HTTRANSPARENT);
+    send(shown, WM_ACTIVATE, WA_ACTIVE);
+    EXPECT_FALSE(field->hasFocus());
 }
 
 TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
@@ -367,6 +420,8 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
                     {200000, L"Second", 0, false, false, {}},
                     {1, L"More", 0, true, false, {{300000, L"Inner", 0, true, true, {}}}}});
     menu->connect(log_, false);
+    const auto other = makeWindow({50, 50});
+    SetForegroundWindow(nativeWindowOf(*other));
     const auto look = [&] {
         const auto shown = reinterpret_cast<HMENU>(
             send(FindWindowW(L"#32768", nullptr), 0x01E1 /* MN_GETHMENU */));
@@ -376,6 +431,7 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
         }
         EXPECT_EQ(states, L"8 2048 3 272 ") << "checked, a line, disabled, with one below";
         EXPECT_EQ(GetForegroundWindow(), native());
+        EXPECT_EQ(windowRect(FindWindowW(L"#32768", nullptr)).position(), (Point{200, 200}));
     };
     const auto key = [](WORD code) { return [code] { pressKeys({code}); }; };
     const Steps keys{look, key('F'), key(VK_UP), key(VK_RIGHT), key(VK_RETURN), key(VK_ESCAPE)};
@@ -383,8 +439,10 @@ TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
         EXPECT_EQ(menu->show({200, 200}), chosen);
     }
     EXPECT_EQ(log_->take(), L"selected selected");
-    menu = service_->createNativePopupMenu();
-    menu->setItems({{100000, L"First", 0, true, true, {}}});
+    MSG woken{};
+    EXPECT_TRUE(PeekMessageW(&woken, native(), 0, 0, PM_REMOVE) && woken.message == WM_NULL);
+    menu = makeWindowService(nullptr)->createNativePopupMenu();
+    menu->setItems({{100000, L"First", 120, true, true, {}}});
     NativePopupMenu& shown = *menu;
     const Steps steps{[&] { menu.reset(); }, key(VK_DOWN), key(VK_RETURN)};
     EXPECT_EQ(shown.show({200, 200}), 100000U) << "dropped while it was open";

@@ -18,8 +18,9 @@ class Probe : public Control {
 public:
     bool onMouse(const MouseEvent& event) override {
         lastMouse = event;
-        return false;
+        return event.modifiers == kModifierShift;
     }
+    bool onKey(const KeyEvent& event) override { return event.key == 'U'; }
     std::shared_ptr<MessageLog> log = std::make_shared<MessageLog>();
     MouseEvent lastMouse;
     int drawn = 0;
@@ -37,7 +38,7 @@ protected:
 class SurfaceTest : public ::testing::Test {
 protected:
     SurfaceTest() {
-        movePointer({1279, 1023});
+        SetCursorPos(1279, 1023);
         ResourceServiceGeneric::install(*resources_, compiledInResources());
         ServiceLocator::instance()->registerService(resources_, true, true);
         window_ = makeWindow({300, 200});

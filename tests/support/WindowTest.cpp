@@ -44,10 +44,8 @@ void pressKeys(const std::vector<WORD>& keys) {
     }
 }
 
-void movePointer(POINT place) { SetCursorPos(place.x, place.y); }
-
 void click(POINT place) {
-    movePointer(place);
+    SetCursorPos(place.x, place.y);
     INPUT input[2]{{INPUT_MOUSE, {}}, {INPUT_MOUSE, {}}};
     input[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
     input[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
@@ -75,8 +73,7 @@ std::uint32_t pixelOf(HWND window, Point point) {
     const HDC context = GetDC(window);
     const COLORREF color = GetPixel(context, point.x, point.y);
     ReleaseDC(window, context);
-    return std::uint32_t{GetRValue(color)} << 16 | std::uint32_t{GetGValue(color)} << 8 |
-           GetBValue(color);
+    return _byteswap_ulong(color) >> 8;
 }
 
 Steps::Steps(std::initializer_list<Step> steps)

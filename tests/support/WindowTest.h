@@ -14,7 +14,6 @@ namespace zustd::test {
 
 // Real input, for who has the keyboard or lies there; keys in a list are held together.
 void pressKeys(const std::vector<WORD>& keys);
-void movePointer(POINT place);
 void click(POINT place);
 
 POINT onScreen(HWND window, Point point);
