@@ -8,9 +8,12 @@
 #include "ZuNativeProgressBar.h"
 #include "ZuNativeScrollBar.h"
 #include "ZuNativeTextBox.h"
+#include "ZuTooltip.h"
 #include "support/SurfaceTest.h"
 // Behind the wrapper.
 #include <commctrl.h>
+
+extern "C" void* __imp_TrackMouseEvent IMPORT_SLOT("TrackMouseEvent", "@4");
 
 namespace zustd::test {
 namespace {
@@ -58,8 +61,9 @@ protected:
         EXPECT_EQ(made.lfHeight, font != nullptr ? -(font->style().size * 4 + 1) / 3
                                                  : windowMetrics().lfMessageFont.lfHeight);
     }
-    static void expectLook(HWND shown, DWORD style, const std::wstring& text) {
+    static void expectLook(HWND shown, DWORD style, const std::wstring& text, int frame = 0) {
         EXPECT_EQ(GetWindowLongW(shown, GWL_STYLE) & (0xFFFF | WS_VSCROLL), LONG(style));
+        EXPECT_EQ(GetWindowLongW(shown, GWL_EXSTYLE), frame);
         EXPECT_EQ(textOf(shown), text);
     }
     static bool holdsFocus(const Control& control) {
@@ -72,25 +76,64 @@ protected:
     static LRESULT CALLBACK noteSent(int code, WPARAM wide, LPARAM extra) noexcept {
         const auto& message = *reinterpret_cast<const CWPSTRUCT*>(extra);
         sent_[{message.hwnd, message.message}] = {message.wParam, message.lParam};
+        changes_ += std::ranges::count(kChanges, message.message);
         if (message.message == EM_SETCUEBANNER || message.message == CB_SETCUEBANNER) {
             hints_[message.hwnd] = reinterpret_cast<const wchar_t*>(message.lParam);
+            hints_[message.hwnd].append(message.wParam, L'!');
         }
         return CallNextHookEx(nullptr, code, wide, extra);
     }
+    static BOOL WINAPI track(TRACKMOUSEEVENT* request) {
+        tracked_ = request->dwFlags == TME_LEAVE ? request->hwndTrack : nullptr;
+        return TRUE;
+    }
+    // The field that lies on a control, or its own window.
+    static HWND innermost(const Control& control) {
+        const HWND shown = nativeWindowOf(control);
+        const HWND part = GetWindow(shown, GW_CHILD);
+        return part != nullptr ? part : shown;
+    }
+    void hover(Control& control);
     using Changes = std::vector<std::function<void()>>;
     void expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
                         const Changes& own, const std::function<void(HWND)>& check);
 
-    // The last message of each kind that a window was sent.
+    // The last message of each kind that a window was sent; how many changed something.
     static inline std::map<std::pair<HWND, UINT>, std::pair<WPARAM, LPARAM>> sent_;
+    static inline std::ptrdiff_t changes_ = 0;
+    static constexpr UINT kChanges[] = {WM_ENABLE,         WM_SETFONT,     BM_SETIMAGE,
+                                        SBM_SETSCROLLINFO, PBM_SETRANGE32, CB_SETITEMHEIGHT};
     static inline std::map<HWND, std::wstring> hints_;
     const HookHandle hook_{
         SetWindowsHookExW(WH_CALLWNDPROC, &noteSent, nullptr, GetCurrentThreadId())};
+    // Whose leaving will be told.
+    static inline HWND tracked_ = nullptr;
+    const ReplacedImport tracking_{__imp_TrackMouseEvent, reinterpret_cast<void*>(&track)};
     const TraceCapture trace_;
     std::mt19937 random_{20260713};
     std::shared_ptr<NativeWindow> other_ = makeWindow({300, 200});
     std::shared_ptr<Holder> holder_ = makeControl<Holder>();
 };
+
+// The pointer comes, and waits for the tooltip until a button or key goes down; it goes.
+void MirrorTest::hover(Control& control) {
+    InputRouter& router = *holder_->surface()->inputRouter();
+    const auto isWaiting = [&] {
+        return control.windowService()->getNamedObject(tooltipTimerKey(control)) != nullptr;
+    };
+    const HWND inner = innermost(control);
+    const bool isPart = inner != nativeWindowOf(control);
+    sendMouse(inner, WM_MOUSEMOVE, isPart ? Point{-2, -2} : Point{1, 1});
+    EXPECT_EQ(router.hovered().get() == &control, control.isShown());
+    EXPECT_EQ(isWaiting(), control.isShown());
+    send(inner, flip() ? WM_RBUTTONDOWN : WM_KEYDOWN, VK_SHIFT);
+    EXPECT_FALSE(isWaiting());
+    flip() ? router.routeMouse({MouseAction::kMove, {290, 190}}) : false;
+    const auto next = router.hovered();
+    EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
+    send(inner, WM_MOUSELEAVE);
+    EXPECT_EQ(router.hovered(), next.get() == &control ? nullptr : next);
+}
 
 void MirrorTest::expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
                                 const Changes& own, const std::function<void(HWND)>& check) {
@@ -104,6 +147,7 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
             "::synchronizeWithAbstraction: catched system exception: Could not create window");
     }
     control.synchronizeTree();
+    control.tooltip().setLiteral(L"tip");
     bool isMoved = false;
     const Changes common = {
         [&] { control.setVisible(any(3) != 0); },
@@ -117,6 +161,11 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
         [&] { control.takeFocus(); },
+        [&] {
+            const HWND shown = nativeWindowOf(control);
+            control.isFocusable() && IsWindowVisible(shown) ? SetFocus(shown) : nullptr;
+        },
+        [&] { control.inputRouter() == nullptr ? hover(control) : void(); },
         [&] {
             (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
             SetForegroundWindow(nativeWindowOf(*holder_->surface()));
@@ -155,12 +204,19 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
         }
         check(shown);
         UpdateWindow(shown);
+        changes_ = 0;
         control.backend()->synchronizeWithAbstraction();
-        EXPECT_FALSE(GetUpdateRect(shown, nullptr, FALSE)) << "painted again";
+        EXPECT_FALSE(changes_ != 0 || GetUpdateRect(shown, nullptr, FALSE)) << "painted again";
         ASSERT_FALSE(HasFailure());
     }
     if (control.inputRouter() == nullptr) {
-        send(nativeWindowOf(control), WM_KEYDOWN, VK_TAB, 1);
+        const HWND shown = nativeWindowOf(control);
+        for (const auto id : std::initializer_list<UINT>{WM_KEYDOWN, WM_SYSKEYDOWN, WM_CHAR}) {
+            MSG key{shown, id, L'A', 1, 0, {}};
+            EXPECT_EQ(send(shown, WM_GETDLGCODE, 0, reinterpret_cast<LPARAM>(&key)),
+                      send(shown, WM_GETDLGCODE) | (id != WM_CHAR ? LRESULT{DLGC_WANTMESSAGE} : 0));
+        }
+        send(innermost(control), WM_KEYDOWN, VK_TAB, 1);
         expectReport(backend + "::handleMultiWindowMessage: catched ");
     }
     holder_->removeAllChildren();
@@ -218,7 +274,8 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         for (const wchar_t c : w->text()) {
             text += c == L'\n' ? std::wstring(L"\r\n") : std::wstring(1, c);
         }
-        expectLook(shown, kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0), text);
+        expectLook(shown, kStyles[int(w->kind())] | (w->isReadOnly() ? ES_READONLY : 0), text,
+                   WS_EX_CLIENTEDGE);
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
@@ -241,9 +298,14 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
     };
     const auto leaveList = [&] {
         const HWND shown = nativeWindowOf(*w);
+        // The first answers the list, the second is nothing for the box.
         send(shown, CB_SHOWDROPDOWN, TRUE);
-        send(shown, WM_KEYDOWN, VK_ESCAPE, 1);
-        EXPECT_EQ(send(shown, CB_GETDROPPEDSTATE), 0);
+        for (const bool isUsed : {true, false}) {
+            const std::size_t before = trace_.bytes().size();
+            send(shown, WM_KEYDOWN, flip() ? VK_ESCAPE : VK_RETURN, 1);
+            EXPECT_EQ(trace_.bytes().size() == before, isUsed);
+            EXPECT_EQ(send(shown, CB_GETDROPPEDSTATE), 0);
+        }
         w->addItem(L"one");
         const std::size_t chosen = w->getItemCount() - 1;
         w->isEditable() ? w->selectItem(chosen) : void();
@@ -305,6 +367,7 @@ TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
             EXPECT_EQ(info.nMax, w->maximum());
             EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
             EXPECT_EQ(info.nPos, w->position());
+            EXPECT_EQ(recordingOf<INativeScrollBarImpl>(*w).getPosition(), w->position());
             SCROLLBARINFO parts{};
             parts.cbSize = sizeof(parts);
             GetScrollBarInfo(shown, OBJID_CLIENT, &parts);
@@ -330,7 +393,9 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
         expectLook(shown, bar->isMarquee() ? PBS_MARQUEE : 0, L"");
         EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), bar->minimum());
         EXPECT_EQ(send(shown, PBM_GETRANGE), bar->maximum());
-        EXPECT_TRUE(bar->isMarquee() || send(shown, PBM_GETPOS) == bar->position());
+        const auto position = recordingOf<INativeProgressBarImpl>(*bar).getPosition();
+        EXPECT_TRUE(bar->isMarquee() || position == bar->position());
+        EXPECT_EQ((sent_[{shown, PBM_GETSTATE}]), std::pair(WPARAM{}, LPARAM{}));
         static constexpr WPARAM kStates[] = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
         const auto& [state, steps] =
             std::pair(sent_[{shown, PBM_SETSTATE}].first, sent_[{shown, PBM_SETMARQUEE}].second);
@@ -338,8 +403,9 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
         EXPECT_EQ(steps, bar->isMarquee() ? LPARAM(bar->marqueeInterval()) : 0);
     });
     const auto child = service().createNativeWindow();
-    expectMirrored("WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
-                   [&](HWND shown) { expectLook(shown, 0, captionOf(*child)); });
+    expectMirrored(
+        "WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
+        [&](HWND shown) { expectLook(shown, 0, captionOf(*child), WS_EX_CONTROLPARENT); });
     holder_->takeFocus();
     send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
     expectReport("WindowWin32Gdi::windowProcedure: catched ");
@@ -381,6 +447,8 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
             const std::size_t end = front(last + 1).size() - 1;
             send(window, EM_SETSEL, inside, static_cast<LPARAM>(end));
             send(window, WM_LBUTTONUP);
+            // A half alone is nothing.
+            type(window, letter.substr(1));
             if (inside != end) {
                 send(window, WM_KEYDOWN, VK_DELETE, 1);
                 letters.erase(letters.begin() + caret,

@@ -43,7 +43,8 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
         {L"", std::wstring(100'000, L'M')},
         {std::wstring(1U << 20, L'\n'), L""},
         {std::wstring(1U << 20, L'W'), L"Title"},
-        {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"}};
+        {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"},
+        {L"", L""}};
     std::uint32_t icon = 0;
     for (const auto& [text, title] : kRows) {
         const DWORD start = GetTickCount();
@@ -51,6 +52,7 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
             EXPECT_LT(GetTickCount() - start, 5000U);
             const HWND box = GetActiveWindow();
             EXPECT_EQ(textOf(box), caption);
+            EXPECT_EQ(GetWindowLongW(box, GWL_STYLE) & WS_MAXIMIZEBOX, 0);
             EXPECT_EQ(GetFocus(), GetDlgItem(box, IDOK));
             RECT outer{};
             RECT both{};
@@ -65,6 +67,22 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
         EXPECT_EQ(service().showMessage(text, title, kMessageOk | icon), kAnswerOk);
         icon += kMessageIconError;
     }
+}
+
+TEST_F(BoxTest, copyKey_pressed_leavesAllTextsInTheClipboard) {
+    const auto look = [] {
+        EXPECT_EQ(GetClipboardOwner(), GetActiveWindow());
+        ASSERT_TRUE(OpenClipboard(nullptr));
+        const HGLOBAL copy = GetClipboardData(CF_UNICODETEXT);
+        const std::wstring text(static_cast<const wchar_t*>(GlobalLock(copy)));
+        EXPECT_EQ(GlobalSize(copy), (text.size() + 1) * sizeof(wchar_t));
+        EXPECT_NE(text.find(L"\r\nTitle\r\n"), text.npos);
+        EXPECT_TRUE(text.ends_with(L"\r\n---------------------------\r\n"));
+        GlobalUnlock(copy);
+        CloseClipboard();
+    };
+    const Steps steps{press<VK_CONTROL, 'C'>, look, press<VK_RETURN>};
+    EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerOk);
 }
 
 TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {
