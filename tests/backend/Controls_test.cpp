@@ -70,15 +70,13 @@ protected:
         const HWND shown = nativeWindowOf(control);
         return GetFocus() != nullptr && (GetFocus() == shown || IsChild(shown, GetFocus()));
     }
-    void expectReport(const std::string& report) {
-        EXPECT_TRUE(trace_.messages().back().starts_with(report)) << report;
-    }
     static LRESULT CALLBACK noteSent(int code, WPARAM wide, LPARAM extra) noexcept {
         const auto& message = *reinterpret_cast<const CWPSTRUCT*>(extra);
         sent_[{message.hwnd, message.message}] = {message.wParam, message.lParam};
-        changes_ += std::ranges::count(kChanges, message.message);
+        changes_ += message.message == WM_ENABLE || message.message == SBM_SETSCROLLINFO ||
+                    message.message == PBM_SETRANGE32;
         if (message.message == EM_SETCUEBANNER || message.message == CB_SETCUEBANNER) {
-            hints_[message.hwnd] = reinterpret_cast<const wchar_t*>(message.lParam);
+            hints_[message.hwnd].assign(reinterpret_cast<const wchar_t*>(message.lParam));
             hints_[message.hwnd].append(message.wParam, L'!');
         }
         return CallNextHookEx(nullptr, code, wide, extra);
@@ -89,20 +87,33 @@ protected:
     }
     // The field that lies on a control, or its own window.
     static HWND innermost(const Control& control) {
-        const HWND shown = nativeWindowOf(control);
-        const HWND part = GetWindow(shown, GW_CHILD);
-        return part != nullptr ? part : shown;
+        const HWND part = GetWindow(nativeWindowOf(control), GW_CHILD);
+        return part != nullptr ? part : nativeWindowOf(control);
     }
-    void hover(Control& control);
+    // The pointer comes, a button or key ends the wait for the tooltip, the pointer goes.
+    void hover(Control& control) {
+        InputRouter& router = *holder_->surface()->inputRouter();
+        const HWND inner = innermost(control);
+        const std::wstring tooltip = tooltipTimerKey(control);
+        const int inside = inner != nativeWindowOf(control) ? -2 : 1;
+        sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
+        EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
+        EXPECT_EQ(router.hovered().get() == &control, control.isShown());
+        EXPECT_EQ(control.windowService()->getNamedObject(tooltip) != nullptr, control.isShown());
+        send(inner, flip() ? WM_RBUTTONDOWN : WM_KEYDOWN, VK_SHIFT);
+        EXPECT_FALSE(control.windowService()->getNamedObject(tooltip));
+        flip() ? router.routeMouse({MouseAction::kMove, {290, 190}}) : false;
+        const auto next = router.hovered();
+        send(inner, WM_MOUSELEAVE);
+        EXPECT_EQ(router.hovered(), next.get() == &control ? nullptr : next);
+    }
     using Changes = std::vector<std::function<void()>>;
-    void expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
-                        const Changes& own, const std::function<void(HWND)>& check);
+    void expectMirrored(const std::shared_ptr<Control>& widget, const Changes& own,
+                        const std::function<void(HWND)>& check);
 
     // The last message of each kind that a window was sent; how many changed something.
     static inline std::map<std::pair<HWND, UINT>, std::pair<WPARAM, LPARAM>> sent_;
-    static inline std::ptrdiff_t changes_ = 0;
-    static constexpr UINT kChanges[] = {WM_ENABLE,         WM_SETFONT,     BM_SETIMAGE,
-                                        SBM_SETSCROLLINFO, PBM_SETRANGE32, CB_SETITEMHEIGHT};
+    static inline int changes_ = 0;
     static inline std::map<HWND, std::wstring> hints_;
     const HookHandle hook_{
         SetWindowsHookExW(WH_CALLWNDPROC, &noteSent, nullptr, GetCurrentThreadId())};
@@ -115,36 +126,13 @@ protected:
     std::shared_ptr<Holder> holder_ = makeControl<Holder>();
 };
 
-// The pointer comes, and waits for the tooltip until a button or key goes down; it goes.
-void MirrorTest::hover(Control& control) {
-    InputRouter& router = *holder_->surface()->inputRouter();
-    const auto isWaiting = [&] {
-        return control.windowService()->getNamedObject(tooltipTimerKey(control)) != nullptr;
-    };
-    const HWND inner = innermost(control);
-    const bool isPart = inner != nativeWindowOf(control);
-    sendMouse(inner, WM_MOUSEMOVE, isPart ? Point{-2, -2} : Point{1, 1});
-    EXPECT_EQ(router.hovered().get() == &control, control.isShown());
-    EXPECT_EQ(isWaiting(), control.isShown());
-    send(inner, flip() ? WM_RBUTTONDOWN : WM_KEYDOWN, VK_SHIFT);
-    EXPECT_FALSE(isWaiting());
-    flip() ? router.routeMouse({MouseAction::kMove, {290, 190}}) : false;
-    const auto next = router.hovered();
-    EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
-    send(inner, WM_MOUSELEAVE);
-    EXPECT_EQ(router.hovered(), next.get() == &control ? nullptr : next);
-}
-
-void MirrorTest::expectMirrored(const std::string& backend, const std::shared_ptr<Control>& widget,
-                                const Changes& own, const std::function<void(HWND)>& check) {
+void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Changes& own,
+                                const std::function<void(HWND)>& check) {
     Control& control = *widget;
     {
         const RefusedWindows refused;
         show(widget, Rect::at({}, {90, 25}), holder_.get());
-        ASSERT_EQ(nativeWindowOf(control), nullptr);
-        expectReport(
-            backend +
-            "::synchronizeWithAbstraction: catched system exception: Could not create window");
+        EXPECT_TRUE(trace_.bytes().ends_with("Could not create window\r\n"));
     }
     control.synchronizeTree();
     control.tooltip().setLiteral(L"tip");
@@ -198,10 +186,8 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
             windowRect(shown, parent),
             Rect::at(holder_->toSurface(control.boundary().position()), control.boundary().size()));
         EXPECT_EQ(control.hasFocus(), holdsFocus(control));
-        if (hadFocus) {
-            EXPECT_EQ(holdsFocus(control), isUsable && control.isShown() && !isMoved);
-            EXPECT_TRUE(holdsFocus(control) || GetFocus() == parent);
-        }
+        const bool keeps = isUsable && control.isShown() && !isMoved;
+        EXPECT_TRUE(!hadFocus || (holdsFocus(control) ? keeps : !keeps && GetFocus() == parent));
         check(shown);
         UpdateWindow(shown);
         changes_ = 0;
@@ -216,8 +202,9 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
             EXPECT_EQ(send(shown, WM_GETDLGCODE, 0, reinterpret_cast<LPARAM>(&key)),
                       send(shown, WM_GETDLGCODE) | (id != WM_CHAR ? LRESULT{DLGC_WANTMESSAGE} : 0));
         }
+        const std::size_t traced = trace_.bytes().size();
         send(innermost(control), WM_KEYDOWN, VK_TAB, 1);
-        expectReport(backend + "::handleMultiWindowMessage: catched ");
+        EXPECT_GT(trace_.bytes().size(), traced);
     }
     holder_->removeAllChildren();
 }
@@ -225,11 +212,10 @@ void MirrorTest::expectMirrored(const std::string& backend, const std::shared_pt
 TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeButton();
     const auto press = [&] {
-        const bool expected =
-            w->kind() == ButtonKind::kRadio || (w->kind() == ButtonKind::kCheck) != w->isChecked();
         w->setEnabled(true);
+        log_->take();
         notify(*w, WM_COMMAND, MAKEWPARAM(0, flip() ? BN_CLICKED : BN_DOUBLECLICKED));
-        EXPECT_EQ(w->isChecked(), expected);
+        EXPECT_NE(log_->take().find(L"leftClicked"), std::wstring::npos);
     };
     const Changes changes = {[&] { w->setKind(static_cast<ButtonKind>(any(4))); },
                              [&] { w->setCaption(anyText()); },
@@ -238,7 +224,7 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
                              [&] { w->setBitmap(std::make_shared<BitmapDescriptor>(120)); },
                              [&] { w->setBitmap(nullptr); },
                              press};
-    expectMirrored("ButtonWin32Gdi", w, changes, [&](HWND shown) {
+    expectMirrored(w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX,
                                             BS_RADIOBUTTON};
         expectLook(shown, kStyles[int(w->kind())], captionOf(*w));
@@ -250,23 +236,13 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
 
 TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeTextBox();
-    const auto typeOne = [&] {
-        const std::wstring letter = flip() ? L"y" : L"\U0001F600";
-        const std::size_t former = w->text().size();
-        const auto breaks = static_cast<std::size_t>(std::ranges::count(w->text(), L'\n'));
-        const std::size_t wanted = former + breaks + letter.size();
-        const bool fits = w->maximumLength() == 0 || wanted <= w->maximumLength();
-        type(nativeWindowOf(*w), letter);
-        EXPECT_EQ(w->text().size() != former, fits && !w->isReadOnly());
-    };
     const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
                              [&] { w->setWatermark(anyText()); },
                              [&] { w->setReadOnly(flip()); },
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
-                             [&] { w->setText(word()); },
-                             typeOne};
-    expectMirrored("TextBoxWin32Gdi", w, changes, [&](HWND shown) {
+                             [&] { w->setText(word()); }};
+    expectMirrored(w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {
             ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
             ES_PASSWORD | ES_AUTOHSCROLL};
@@ -325,18 +301,18 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
                              [&] { send(nativeWindowOf(*w), WM_KEYDOWN, VK_DOWN, 1); },
                              typeOver,
                              leaveList};
-    expectMirrored("ComboBoxWin32Gdi", w, changes, [&](HWND shown) {
+    expectMirrored(w, changes, [&](HWND shown) {
         const DWORD kind = w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
         expectLook(shown, kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());
         expectFont(shown, w->font().get());
         EXPECT_EQ(hints_[shown], captionOf(*w));
         EXPECT_EQ(static_cast<std::size_t>(send(shown, CB_GETCURSEL)), w->getSelectedItem());
-        Texts items(static_cast<std::size_t>(send(shown, CB_GETCOUNT)), std::wstring(32, L'\0'));
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            items[i].resize(std::size_t(
-                send(shown, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(items[i].data()))));
+        ASSERT_EQ(static_cast<std::size_t>(send(shown, CB_GETCOUNT)), w->getItemCount());
+        for (std::size_t i = 0; i < w->getItemCount(); ++i) {
+            wchar_t item[32];
+            send(shown, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(item));
+            EXPECT_EQ(item, w->getItemText(i));
         }
-        EXPECT_EQ(items, w->items());
     });
 }
 
@@ -359,25 +335,22 @@ TEST_F(MirrorTest, scrollBar_randomChanges_windowSaysWhatItWants) {
                                  [&] { w->setPageSize(any(2) * 90 + 1); },
                                  [&] { w->setPosition(any(2) * any(900'000)); },
                                  [&] { w->setLineSize(1 + any(9)); }, scroll};
-        expectMirrored("ScrollBarWin32Gdi", w, changes, [&](HWND shown) {
+        expectMirrored(w, changes, [&](HWND shown) {
             SCROLLINFO info{sizeof(SCROLLINFO), SIF_ALL, 0, 0, 0, 0, 0};
             GetScrollInfo(shown, SB_CTL, &info);
             expectLook(shown, vertical ? SBS_VERT : SBS_HORZ, L"");
-            EXPECT_EQ(info.nMin, w->minimum());
-            EXPECT_EQ(info.nMax, w->maximum());
-            EXPECT_EQ(int(info.nPage), std::min(w->pageSize(), w->maximum() - w->minimum() + 1));
-            EXPECT_EQ(info.nPos, w->position());
+            const int page = std::min(w->pageSize(), w->maximum() - w->minimum() + 1);
+            EXPECT_EQ(std::tuple(info.nMin, info.nMax, int(info.nPage), info.nPos),
+                      std::tuple(w->minimum(), w->maximum(), page, w->position()));
             EXPECT_EQ(recordingOf<INativeScrollBarImpl>(*w).getPosition(), w->position());
-            SCROLLBARINFO parts{};
-            parts.cbSize = sizeof(parts);
+            SCROLLBARINFO parts{sizeof(parts), {}, 0, 0, 0, 0, {}};
             GetScrollBarInfo(shown, OBJID_CLIENT, &parts);
-            const bool isOff = !IsWindowEnabled(shown);
-            const auto canScroll = [&](DWORD arrow) {
-                return (arrow & STATE_SYSTEM_UNAVAILABLE) == 0;
-            };
-            EXPECT_TRUE(isOff || canScroll(parts.rgstate[1]) == (w->position() > w->minimum()));
-            EXPECT_TRUE(isOff ||
-                        canScroll(parts.rgstate[5]) == (w->position() < w->highestPosition()));
+            const bool ends[] = {w->position() == w->minimum(),
+                                 w->position() == w->highestPosition()};
+            for (const int end : {0, 1}) {
+                const bool isOff = (parts.rgstate[1 + 4 * end] & STATE_SYSTEM_UNAVAILABLE) != 0;
+                EXPECT_TRUE(!IsWindowEnabled(shown) || isOff == ends[end]);
+            }
         });
     }
 }
@@ -389,7 +362,7 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
                              [&] { bar->setMarqueeInterval(1U << any(3)); },
                              [&] { bar->setState(static_cast<ProgressState>(any(3))); },
                              [&] { bar->setPosition(any(100)); }};
-    expectMirrored("ProgressBarWin32Gdi", bar, changes, [&](HWND shown) {
+    expectMirrored(bar, changes, [&](HWND shown) {
         expectLook(shown, bar->isMarquee() ? PBS_MARQUEE : 0, L"");
         EXPECT_EQ(send(shown, PBM_GETRANGE, TRUE), bar->minimum());
         EXPECT_EQ(send(shown, PBM_GETRANGE), bar->maximum());
@@ -397,18 +370,15 @@ TEST_F(MirrorTest, progressBarAndWindow_randomChanges_windowsSayWhatTheyWant) {
         EXPECT_TRUE(bar->isMarquee() || position == bar->position());
         EXPECT_EQ((sent_[{shown, PBM_GETSTATE}]), std::pair(WPARAM{}, LPARAM{}));
         static constexpr WPARAM kStates[] = {PBST_NORMAL, PBST_ERROR, PBST_PAUSED};
-        const auto& [state, steps] =
-            std::pair(sent_[{shown, PBM_SETSTATE}].first, sent_[{shown, PBM_SETMARQUEE}].second);
+        const WPARAM state = sent_[{shown, PBM_SETSTATE}].first;
         EXPECT_TRUE(bar->state() == ProgressState::kNormal || state == kStates[int(bar->state())]);
+        const LPARAM steps = sent_[{shown, PBM_SETMARQUEE}].second;
         EXPECT_EQ(steps, bar->isMarquee() ? LPARAM(bar->marqueeInterval()) : 0);
     });
     const auto child = service().createNativeWindow();
-    expectMirrored(
-        "WindowWin32Gdi", child, {[&] { child->setCaption(anyText()); }},
-        [&](HWND shown) { expectLook(shown, 0, captionOf(*child), WS_EX_CONTROLPARENT); });
-    holder_->takeFocus();
-    send(nativeWindowOf(*holder_->surface()), WM_KEYDOWN, L'A', 1);
-    expectReport("WindowWin32Gdi::windowProcedure: catched ");
+    expectMirrored(child, {[&] { child->setCaption(anyText()); }}, [&](HWND shown) {
+        expectLook(shown, 0, captionOf(*child), WS_EX_CONTROLPARENT);
+    });
 }
 
 // What takes two units is typed, passed and removed as one.
