@@ -36,8 +36,7 @@ protected:
     bool flip() { return any(2) == 0; }
     Rect anyPlace() { return Rect::at({any(50), any(50)}, {90 + any(90), 22 + any(20)}); }
     const wchar_t* word() {
-        static constexpr const wchar_t* kWords[] = {L"", L"&Save", L"one", L"two", L"a\nb"};
-        return kWords[any(5)];
+        return std::array{L"", L"&Save", L"one", L"two", L"a\nb"}[random_() % 5];
     }
     std::shared_ptr<TextDescriptor> anyText() {
         auto text = std::make_shared<TextDescriptor>(word());

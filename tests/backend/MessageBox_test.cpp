@@ -83,18 +83,12 @@ TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {
     const Steps steps{[&] {
                           inner = service().showMessage(L"Inner", L"Inner", kMessageOk);
                           EXPECT_TRUE(service().isMessageOpen());
-                          EXPECT_EQ(textOf(GetActiveWindow()), L"Outer");
                       },
-                      [&] {
-                          EXPECT_EQ(textOf(GetActiveWindow()), L"Inner");
-                          EXPECT_FALSE(IsWindowEnabled(nativeWindowOf(*window_)));
-                          service().closeMessage(kAnswerYes);
-                      },
+                      [&] { service().closeMessage(kAnswerYes); },
                       [&] { service().closeMessage(kAnswerNo); }};
     EXPECT_EQ(service().askYesNoCancel(L"Outer", L"Outer"), kAnswerNo);
     EXPECT_EQ(inner, kAnswerYes);
     EXPECT_FALSE(service().isMessageOpen());
-    EXPECT_EQ(GetActiveWindow(), nativeWindowOf(*window_));
 }
 
 TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesTheOwnerUsable) {

@@ -339,8 +339,13 @@ TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
         {service->createNativeButton(), WM_COMMAND, BN_CLICKED, 0},
         {service->createNativeButton(), WM_COMMAND, BN_SETFOCUS, 99},
         {service->createNativeTextBox(), WM_COMMAND, EN_CHANGE, 0},
+        {service->createNativeTextBox(), WM_HSCROLL, EN_CHANGE, 99},
         {service->createNativeComboBox(), WM_COMMAND, CBN_SELCHANGE, 0},
+        {service->createNativeComboBox(), WM_COMMAND, CBN_EDITCHANGE, 0},
+        {service->createNativeComboBox(), WM_COMMAND, CBN_SETFOCUS, 99},
+        {service->createNativeComboBox(), WM_HSCROLL, CBN_SELCHANGE, 99},
         {service->createNativeScrollBar(false), WM_HSCROLL, SB_TOP, 0},
+        {service->createNativeScrollBar(false), WM_COMMAND, SB_TOP, 99},
         {service->createNativeProgressBar(), WM_COMMAND, 0, 99}};
     for (const auto& [widget, id, what, answered] : kRows) {
         widget->synchronizeTree();
