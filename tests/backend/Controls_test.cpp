@@ -148,10 +148,6 @@ void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Ch
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
         [&] { control.takeFocus(); },
-        [&] {
-            const HWND shown = nativeWindowOf(control);
-            control.isFocusable() && IsWindowVisible(shown) ? SetFocus(shown) : nullptr;
-        },
         [&] { control.inputRouter() == nullptr ? hover(control) : void(); },
         [&] {
             (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
@@ -193,17 +189,6 @@ void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Ch
         control.backend()->synchronizeWithAbstraction();
         EXPECT_FALSE(changes_ != 0 || GetUpdateRect(shown, nullptr, FALSE)) << "painted again";
         ASSERT_FALSE(HasFailure());
-    }
-    if (control.inputRouter() == nullptr) {
-        const HWND shown = nativeWindowOf(control);
-        for (const auto id : std::initializer_list<UINT>{WM_KEYDOWN, WM_SYSKEYDOWN, WM_CHAR}) {
-            MSG key{shown, id, L'A', 1, 0, {}};
-            EXPECT_EQ(send(shown, WM_GETDLGCODE, 0, reinterpret_cast<LPARAM>(&key)),
-                      send(shown, WM_GETDLGCODE) | (id != WM_CHAR ? LRESULT{DLGC_WANTMESSAGE} : 0));
-        }
-        const std::size_t traced = trace_.bytes().size();
-        send(innermost(control), WM_KEYDOWN, VK_TAB, 1);
-        EXPECT_GT(trace_.bytes().size(), traced);
     }
     holder_->removeAllChildren();
 }

@@ -56,9 +56,7 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
         {L"", L""}};
     std::uint32_t icon = 0;
     for (const auto& [text, title] : kRows) {
-        const DWORD start = GetTickCount();
         const auto look = [&, &caption = title] {
-            EXPECT_LT(GetTickCount() - start, 5000U);
             const HWND box = GetActiveWindow();
             EXPECT_EQ(textOf(box), caption);
             EXPECT_EQ(GetWindowLongW(box, GWL_STYLE) & WS_MAXIMIZEBOX, 0);
