@@ -78,7 +78,7 @@ char* playGets(char* line, int size, FILE*) {
 }
 
 // What has happened can be waited for, as a process that has ended.
-HANDLE happened() { return CreateEventW(nullptr, TRUE, TRUE, kPlayedHandle); }
+HANDLE happened() { return CreateEventW(nullptr, TRUE, TRUE, nullptr); }
 
 HANDLE WINAPI playSnapshot(DWORD, DWORD) {
     process = 0;

@@ -18,13 +18,12 @@ struct Play {
     std::string story;
     // What the user types when asked; the input ends with an empty text.
     std::function<std::string()> typed = [] { return ""; };
-    // A command is run, the add-in's process is to start, the utility sleeps: so many milliseconds
-    // up to now.
+    // A command is run, the add-in's process is to start, the utility sleeps.
     std::function<void(const std::string&)> onCommand = [](const std::string&) {};
     std::function<bool()> onProbe = [] { return true; };
     std::function<void()> onSleep = [] {};
+    // The short form of any path, when asked; milliseconds slept.
     DWORD slept = 0;
-    // The short form of any path, when asked.
     std::function<std::wstring()> shortPath = [] { return L""; };
     std::vector<std::wstring> processes;
     DWORD windowsVersion = 6;
@@ -37,9 +36,6 @@ extern Play play;
 
 // Runs something with the n-th call failing, or killing; without n none does.
 int perform(const std::function<int()>& action, int n = 0, Mode how = Mode::kFail);
-
-// The name of every played handle.
-constexpr wchar_t kPlayedHandle[] = L"PelloryPlayed";
 
 // The exit code of a process that was killed.
 constexpr UINT kKilled = 99;

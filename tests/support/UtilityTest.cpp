@@ -54,7 +54,6 @@ UtilityTest::~UtilityTest() {
 }
 
 void UtilityTest::TearDown() {
-    EXPECT_EQ(OpenEventW(SYNCHRONIZE, FALSE, kPlayedHandle), nullptr) << "a handle is left open";
     EXPECT_PRED2(hasForm, changed(),
                  "((gone|new|changed) (" + kDiagnostics + "|" + kData + "(?!training)).*\n)*");
 }

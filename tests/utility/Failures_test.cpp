@@ -64,9 +64,8 @@ protected:
     void expectHonest(const std::string& action) const {
         const FileContents left = filesBelow(root());
         // What cannot tell the desktop takes the documents.
-        const std::string place = said("logs directory " + backslashed(root() / "Documents"))
-                                      ? "Documents/PelloryDiagnostics/"
-                                      : kDiagnostics;
+        const bool isElsewhere = said("logs directory " + backslashed(root() / "Documents"));
+        const std::string place = isElsewhere ? "Documents/PelloryDiagnostics/" : kDiagnostics;
         if (action == "collection" || action == "guided") {
             EXPECT_TRUE(said("Completed collection of diagnostics for") || saidWhatFailed());
             if (said("Please locate the file ")) {
