@@ -96,14 +96,25 @@ BOOL WINAPI playEntry(HANDLE, PROCESSENTRY32W* entry) {
 }
 BOOL WINAPI playProcess(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD,
                         LPVOID, LPCWSTR, LPSTARTUPINFOW, LPPROCESS_INFORMATION started) {
-    play.onProbe();
+    if (!play.onProbe()) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
     started->hProcess = happened();
     started->hThread = happened();
     return TRUE;
 }
 DWORD WINAPI playSleep(DWORD milliseconds) {
+    play.slept += milliseconds;
     play.onSleep();
-    return milliseconds;
+    return 0;
+}
+// As the system does: without room, how much is needed.
+DWORD WINAPI playShortPath(LPCWSTR, LPWSTR path, DWORD size) {
+    const std::wstring now = play.shortPath();
+    const bool fits = now.size() < size;
+    std::copy_n(now.c_str(), fits ? now.size() + 1 : 0, path);
+    return static_cast<DWORD>(now.size() + (fits || now.empty() ? 0 : 1));
 }
 BOOL WINAPI playVersion(LPOSVERSIONINFOW version) {
     version->dwMajorVersion = play.windowsVersion;
@@ -176,6 +187,7 @@ Call calls[] = {
     PLAY(GetConsoleOutputCP, 0, playCodePage), PLAY(SetConsoleOutputCP, 0, playSetCodePage),
     PLAY(CreateProcessW, 0, playProcess), PLAY(CreateToolhelp32Snapshot, -1, playSnapshot),
     PLAY(Process32FirstW, 0, playEntry), PLAY(Process32NextW, 0, playEntry), PLAY(GetVersionExW, 0, playVersion),
+    PLAY(GetShortPathNameW, 0, playShortPath),
     CALL_AS(system, decltype(&system), -1, true, false, reinterpret_cast<void*>(&playSystem)),
     CALL_AS(fputs, decltype(&fputs), EOF, false, true, reinterpret_cast<void*>(&playPuts)),
     PLAY(fflush, EOF, playFlush), PLAY(fgetc, EOF, playGetc), PLAY(fgets, 0, playGets),
@@ -204,13 +216,8 @@ const bool isInstalled = [] {
             }
         }
     }
-    for (const Call& call : calls) {
-        if (call.original == nullptr) {
-            std::fprintf(stderr, "%s is not imported\n", call.name);
-            std::abort();
-        }
-    }
-    return true;
+    return std::all_of(std::begin(calls), std::end(calls),
+                       [](const Call& call) { return call.original != nullptr; });
 }();
 
 }  // namespace
@@ -220,8 +227,11 @@ int perform(const std::function<int()>& action, int n, Mode how) {
     play.story.reserve(std::size_t{1} << 20);
     waiting.clear();
     play.failedCall = nullptr;
+    play.slept = 0;
+    play.codePage = 437;
     untilDue = n;
-    mode = how;
+    // Of a layer that lacks a call nothing is played.
+    mode = isInstalled ? how : Mode::kPass;
     const int result = action();
     mode = Mode::kPass;
     return result;

@@ -18,10 +18,13 @@ struct Play {
     std::string story;
     // What the user types when asked; the input ends with an empty text.
     std::function<std::string()> typed = [] { return ""; };
-    // A command is run, the add-in's process is started, the utility sleeps.
+    // A command is run, the add-in's process is to start, the utility sleeps.
     std::function<void(const std::string&)> onCommand = [](const std::string&) {};
-    std::function<void()> onProbe = [] {};
+    std::function<bool()> onProbe = [] { return true; };
     std::function<void()> onSleep = [] {};
+    // The short form of any path, when asked; milliseconds slept.
+    DWORD slept = 0;
+    std::function<std::wstring()> shortPath = [] { return L""; };
     std::vector<std::wstring> processes;
     DWORD windowsVersion = 6;
     UINT codePage = 437;

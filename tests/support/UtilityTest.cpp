@@ -94,6 +94,7 @@ std::string UtilityTest::run(const Words& arguments, const Lines& answers, int e
     play.typed = [&] {
         EXPECT_EQ(play.codePage, GetACP());
         const std::string answer = next < answers.size() ? answers[next++] : "0";
+        SetLastError(answer == kEndOfInput ? ERROR_OPERATION_ABORTED : GetLastError());
         return answer == kEndOfInput ? "" : answer + "\n";
     };
     EXPECT_EQ(perform(utility(arguments)), exitCode);
@@ -118,15 +119,8 @@ std::string UtilityTest::changed() const {
 
 }  // namespace zuplutil::test
 
-// A test program is the add-in's process, too, and the interpreter that says what it is given.
+// A test program is the add-in's process, too.
 int main(int argc, char** argv) {
-    const std::string line = zuplutil::test::utf8(GetCommandLineW());
-    if (const std::size_t at = line.find(" /c cmd /S /C \""); at != line.npos) {
-        const std::string command = line.substr(at + 15, line.size() - at - 16);
-        std::cout << "$ " << command << std::endl;
-        zuplutil::test::UtilityTest::obey(command);
-        return 0;
-    }
     int count = 0;
     wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
     if (zuplutil::runAsProbeProcess(count, words)) {

@@ -46,9 +46,9 @@ inline bool hasForm(const std::string& text, const std::string& expression) {
 }
 
 // As long as the handle lives, others may read the file, but neither write, rename nor delete it.
-inline zustd::FileHandle locked(const fs::path& file) {
-    return zustd::FileHandle(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                         OPEN_EXISTING, 0, nullptr));
+inline zustd::FileHandle locked(const fs::path& file, DWORD share = FILE_SHARE_READ) {
+    return zustd::FileHandle(
+        CreateFileW(file.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
 // Of this process and those that it starts; an empty value takes a variable away.
@@ -126,11 +126,6 @@ private:
 };
 
 class UtilityTest : public ::testing::Test {
-public:
-    // The commands that pack and remove. Separators part an argument without quotes; no archive
-    // comes of a script that is not there.
-    static void obey(std::string command);
-
 protected:
     UtilityTest() { moveTo(L"user"); }
     ~UtilityTest() override;
@@ -143,6 +138,9 @@ protected:
     // What the utility printed; the answers are typed one after another, then zeros.
     std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
     static std::function<int()> utility(const Words& arguments);
+    // The commands that pack and remove. Separators part an argument without quotes; no archive
+    // comes of a script that is not there.
+    static void obey(std::string command);
 
     // What has changed since the folders were made, or since it was given: a line each.
     std::string changed() const;

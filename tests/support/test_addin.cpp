@@ -3,7 +3,6 @@
 
 #include <objbase.h>
 
-#include <cstdlib>
 #include <string>
 
 namespace {
@@ -11,19 +10,23 @@ namespace {
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
 
-HRESULT behave() {
+std::wstring wanted() {
     const wchar_t* const value = _wgetenv(L"PELLORY_ADDIN");
-    const std::wstring how = value != nullptr ? value : L"";
+    return value != nullptr ? value : L"";
+}
+
+HRESULT behave(const std::wstring& how) {
     if (how == L"throws") {
-        // As the system's compiler raises what a C++ program throws.
-        RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+        throw 1;
     } else if (how == L"crashes") {
         *reinterpret_cast<volatile int*>(how.size() / 1000) = 1;
-    } else if (how == L"exits") {
-        std::exit(0);
     } else if (how.starts_with(L"0x")) {
         TerminateProcess(GetCurrentProcess(), std::stoul(how, nullptr, 16));
-    } else if (how == L"hangs") {
+    } else if (how == L"hangs" || how == L"holds") {
+        // The settings, against everybody else.
+        CreateFileW(
+            how == L"holds" ? L"../../../AppData/Roaming/Pellory For Outlook/debug.config" : L"",
+            GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
         WaitForSingleObject(CreateMutexW(nullptr, FALSE, L"PelloryTestAddin"), INFINITE);
         Sleep(INFINITE);
     } else if (how == L"wanders") {
@@ -49,7 +52,7 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
     virtual HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) {
-        return QueryInterface(iid, object);
+        return wanted() == L"null" ? *object = nullptr, S_OK : QueryInterface(iid, object);
     }
     virtual void STDMETHODCALLTYPE nobodyCalls4() {}
     virtual void STDMETHODCALLTYPE nobodyCalls5() {}
@@ -57,7 +60,9 @@ public:
     virtual HRESULT STDMETHODCALLTYPE OnConnection(void* application, int mode, void* instance,
                                                    void* custom) {
         const bool isAsOffice = application == nullptr && mode == 3 && instance == nullptr;
-        return isAsOffice && custom == nullptr ? behave() : E_INVALIDARG;
+        // No box of the system's may come up.
+        return isAsOffice && custom == nullptr && GetErrorMode() == 0x8003 ? behave(wanted())
+                                                                           : E_INVALIDARG;
     }
 };
 

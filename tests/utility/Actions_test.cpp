@@ -5,6 +5,7 @@
 
 #include "Console.h"
 #include "DebugLogging.h"
+#include "Paths.h"
 #include "UtilityTest.h"
 
 namespace zuplutil::test {
@@ -88,7 +89,12 @@ TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded
         answer(line, "", kMenuPrompt);
     }
     answer(std::string(255, ' ') + "1", "", kMenuPrompt);
+    // At the end of the input CTRL-C, which the system tells of, is waited for, a second each.
+    std::freopen("NUL", "r", stdin);
+    std::fgetc(stdin);
     EXPECT_EQ(run({}, lines), expected);
+    std::clearerr(stdin);
+    EXPECT_EQ(play.slept, 2000u);
     EXPECT_EQ(getTranscript(), recorded + "\n>0\n");
     EXPECT_EQ(changed(), "");
     EXPECT_EQ(play.codePage, 437u);
@@ -149,19 +155,16 @@ TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
         play.story.substr(0, play.story.find("\nStarting collection")),
         kBanner + kStillRunning + kUsualMenu + kStillRunning + kDiagnosticsMenu + running +
             running + reportOf(true) + notRunning + notRunning + rule +
-            "Now please go to Outlook again and click (not double-click) once on an email in your "
-            "inbox (opening it is not necessary).\n"
-            "Wait until Pellory makes a suggestion for this email in the Pellory task pane or "
-            "toolbar.\n"
-            "If you did not train any folders in Outlook yet, you can do so now with the Pellory "
-            "Folder Wizard and repeat the above steps.\n"
-            "In addition to the above, in case you reported a specific issue with Pellory, it's a "
-            "good idea to try to reproduce this issue now.\n"
-            "When done, shut down Outlook again and press any key here to continue...\n"
-            "\nPlease note:\n"
-            "Outlook might appear run a little slower than usual while collection of diagnostics "
-            "is active.  This is normal.\n" +
-            rule + kKeyPrompt + running + reportOf(false) + "\n\n" + std::string(98, '-'));
+            R"(Now please go to Outlook again and click (not double-click) once on an email in your inbox (opening it is not necessary).
+Wait until Pellory makes a suggestion for this email in the Pellory task pane or toolbar.
+If you did not train any folders in Outlook yet, you can do so now with the Pellory Folder Wizard and repeat the above steps.
+In addition to the above, in case you reported a specific issue with Pellory, it's a good idea to try to reproduce this issue now.
+When done, shut down Outlook again and press any key here to continue...
+
+Please note:
+Outlook might appear run a little slower than usual while collection of diagnostics is active.  This is normal.
+)" + rule + kKeyPrompt +
+            running + reportOf(false) + "\n\n" + std::string(98, '-'));
     EXPECT_NE(play.story.find("Using standard logging level.\nRunning on"), play.story.npos);
     EXPECT_EQ(asked, 10);
     EXPECT_EQ(read(config()), mine);
@@ -176,6 +179,7 @@ TEST_F(SwitchesTest, arguments_given_theFirstActionOfTheListIsDone) {
     const std::pair<Words, std::string> kLines[] = {
         {{L""}, invalid},
         {{L"-pause", L"-noocat", L"-light", L"foo"}, invalid},
+        {{L"addin-probe"}, invalid},
         {{L"addin-probe", L"1"}, invalid},
         {{L"enableDebugging", L"-enableDebuggin"}, invalid},
         // There are no settings files: nothing is asked and nothing is done.
@@ -303,7 +307,6 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         {kept, ours, mended, mine},
         {kept, ours.substr(0, 90), mended, mine},
         {kept, ours + mine.substr(ours.size()), mended, mine},
-        {kept, "", mended, mine},
         {kept, mine, "", mine},
         {kept, theirs, changed, theirs},
         {kept, "/", changed, "/"},
@@ -383,23 +386,22 @@ TEST_F(CleanUpTest, filesOfAKind_afterAYes_areRemovedOnceAndNothingElse) {
         "You will need to reconfigure and retrain Pellory after this!");
     EXPECT_EQ(run({}, {"5", "n"}), kBanner + menu + sureOfSettings + menu);
     EXPECT_EQ(changed(), "");
-    EXPECT_EQ(chosen("5"), "");
+    zustd::FileHandle open = locked(data() / "settings_1.config", FILE_SHARE_DELETE);
+    EXPECT_EQ(chosen("5"), "Could not remove all Pellory settings.\n");
+    open.reset();
     EXPECT_EQ(changed(),
               "gone " + kData + "settings_.config.bak\ngone " + kData + "settings_1.config\n");
 }
 
 // The removal line's path has no quotes: where blanks part it, a part may be a folder of its own.
 TEST_F(CleanUpTest, pathOfAnySigns_cleanedUp_isLeftOrRemovedAndNoOtherFolderReached) {
-    const std::pair<const wchar_t*, std::string> names[] = {
-        {L"two & words", "two ^& words"},
-        {L"two,words", "two,words"},
-        {L"two;words", "two;words"},
-        {L"two=words", "two=words"},
-        {L"R&&D^2(%TEMP%)", "R^&^&D^^2(%\"T\"EMP%)"}};
-    for (const auto& [name, given] : names) {
-        moveTo(name);
+    for (const std::string name :
+         {"two & words", "two,words", "two;words", "two=words", "R&&D^2(%TEMP%)"}) {
+        moveTo(pathOf(name).wstring());
+        const bool isInParts = name[0] == 't';
+        const std::string given =
+            isInParts ? std::regex_replace(name, std::regex("&"), "^&") : "R^&^&D^^2(%\"T\"EMP%)";
         write(diagnostics() / "README.txt", "text");
-        const bool isInParts = *name == L't';
         const std::string folder = backslashed(diagnostics());
         const std::string heading = kCleaning + "Removing log directory " + folder + "\n";
         const std::string stays =
@@ -423,6 +425,30 @@ TEST_F(CleanUpTest, pathOfAnySigns_cleanedUp_isLeftOrRemovedAndNoOtherFolderReac
     write(bench() / "PelloryDiagnostics/stale.log", "");
     chosen("7");
     EXPECT_FALSE(fs::exists(bench() / "PelloryDiagnostics"));
+}
+
+TEST_F(UtilityTest, path_beyondTheCodePageOrOnAShare_isReplaced) {
+    const std::wstring path = L"C:\\\xD800";
+    const std::string lossy = "C:\\\xEF\xBF\xBD";
+    // The short forms that the system gives one after another, and the path that is used.
+    const std::tuple<std::wstring, std::wstring, std::string> kForms[] = {
+        {L"C:\\A~1", L"C:\\A~1", "C:\\A~1"},
+        {L"C:\\A~1", L"C:\\A", "C:\\A"},
+        {L"C:\\A~1", L"C:\\A~10", lossy},
+        {L"", L"", lossy},
+        {path, path, lossy}};
+    for (const auto& form : kForms) {
+        int asked = 0;
+        play.shortPath = [&] { return ++asked == 1 ? std::get<0>(form) : std::get<1>(form); };
+        perform([&] {
+            EXPECT_EQ(toNarrowPath(path), std::get<2>(form));
+            EXPECT_EQ(toNarrowPath(L"C:\\plain"), "C:\\plain");
+            return 0;
+        });
+    }
+    for (const std::wstring folder : {L"", L"/", L"\\a", L"a/", L"C:\\", L"\\/share", L"//share"}) {
+        EXPECT_EQ(getWorkDirectory(folder) != folder, folder.ends_with(L"share")) << folder.size();
+    }
 }
 
 }  // namespace

@@ -64,9 +64,8 @@ protected:
     void expectHonest(const std::string& action) const {
         const FileContents left = filesBelow(root());
         // What cannot tell the desktop takes the documents.
-        const std::string place = said("logs directory " + backslashed(root() / "Documents"))
-                                      ? "Documents/PelloryDiagnostics/"
-                                      : kDiagnostics;
+        const bool isElsewhere = said("logs directory " + backslashed(root() / "Documents"));
+        const std::string place = isElsewhere ? "Documents/PelloryDiagnostics/" : kDiagnostics;
         if (action == "collection" || action == "guided") {
             EXPECT_TRUE(said("Completed collection of diagnostics for") || saidWhatFailed());
             if (said("Please locate the file ")) {
@@ -122,6 +121,8 @@ TEST_F(FailuresTest, everyCall_failsOnce_isToldAndLeavesTheUsersFiles) {
             isOver = play.failedCall == nullptr || (play.isCollecting && action.arguments.empty());
             EXPECT_TRUE(exitCode == 0 || (exitCode == 1 && saidWhatFailed()));
             EXPECT_NE(fs::current_path(), logs());
+            EXPECT_TRUE(play.codePage == 437 ||
+                        play.failedCall == std::string("SetConsoleOutputCP"));
             // Which opens what the utility itself writes, and nothing else.
             EXPECT_TRUE(isOver || play.failedCall != std::string("fopen") || saidWhatFailed());
             expectHonest(action.name);
