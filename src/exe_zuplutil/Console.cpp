@@ -114,7 +114,6 @@ int readMenuChoice() {
     std::array<char, 256> line{};
     for (;;) {
         printAndRecord("\nPress 0..9 followed by <Enter>...\n");
-        line[0] = line[1] = '\0';
         std::fflush(stdin);
         const char* const read = readInput(
             [&] { return std::fgets(line.data(), static_cast<int>(line.size()), stdin); });

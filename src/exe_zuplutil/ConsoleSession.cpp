@@ -29,7 +29,7 @@ SessionState& state() {
 }
 
 void restoreCodePage() {
-    if (const UINT codePage = std::exchange(state().formerCodePage, 0u); codePage != 0) {
+    if (const UINT codePage = std::exchange(state().formerCodePage, 0u)) {
         SetConsoleOutputCP(codePage);
     }
 }

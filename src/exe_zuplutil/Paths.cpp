@@ -23,7 +23,7 @@ using AllocatedText = zustd::Handle<zustd::NullHandleTraits<wchar_t*, &free>>;
 // The wide form of the call: the narrow one fails for a desktop whose path
 // takes more than 260 bytes.
 std::wstring getUserFolder(int csidl) {
-    std::array<wchar_t, MAX_PATH + 1> path{};
+    std::array<wchar_t, MAX_PATH> path{};
     const bool found = SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE);
     return found ? path.data() : std::wstring();
 }
@@ -36,7 +36,7 @@ std::wstring getTemporaryFolder() {
 
 bool isOnNetworkShare(const std::wstring& path) {
     const auto isSeparator = [](wchar_t sign) { return sign == L'\\' || sign == L'/'; };
-    return path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1]);
+    return !path.empty() && isSeparator(path[0]) && isSeparator(path[1]);
 }
 
 // A sign that has no meaning to the interpreter, inside of quotes or outside.

@@ -10,23 +10,17 @@ namespace {
 constexpr IID kIidExtensibility2 = {
     0xB65AD801, 0xABAF, 0x11D0, {0xBB, 0x8B, 0x00, 0xA0, 0xC9, 0x0F, 0x27, 0x44}};
 
-std::wstring wanted() {
-    const wchar_t* const value = _wgetenv(L"PELLORY_ADDIN");
-    return value != nullptr ? value : L"";
-}
+const wchar_t* const kWanted = _wgetenv(L"PELLORY_ADDIN");
+const std::wstring how = kWanted != nullptr ? kWanted : L"";
 
-HRESULT behave(const std::wstring& how) {
+HRESULT behave() {
     if (how == L"throws") {
         throw 1;
     } else if (how == L"crashes") {
         *reinterpret_cast<volatile int*>(how.size() / 1000) = 1;
     } else if (how.starts_with(L"0x")) {
         TerminateProcess(GetCurrentProcess(), std::stoul(how, nullptr, 16));
-    } else if (how == L"hangs" || how == L"holds") {
-        // The settings, against everybody else.
-        CreateFileW(
-            how == L"holds" ? L"../../../AppData/Roaming/Pellory For Outlook/debug.config" : L"",
-            GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    } else if (how == L"hangs") {
         WaitForSingleObject(CreateMutexW(nullptr, FALSE, L"PelloryTestAddin"), INFINITE);
         Sleep(INFINITE);
     } else if (how == L"wanders") {
@@ -52,7 +46,7 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
     virtual HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) {
-        return wanted() == L"null" ? *object = nullptr, S_OK : QueryInterface(iid, object);
+        return how == L"null" ? *object = nullptr, S_OK : QueryInterface(iid, object);
     }
     virtual void STDMETHODCALLTYPE nobodyCalls4() {}
     virtual void STDMETHODCALLTYPE nobodyCalls5() {}
@@ -60,9 +54,8 @@ public:
     virtual HRESULT STDMETHODCALLTYPE OnConnection(void* application, int mode, void* instance,
                                                    void* custom) {
         const bool isAsOffice = application == nullptr && mode == 3 && instance == nullptr;
-        // No box of the system's may come up.
-        return isAsOffice && custom == nullptr && GetErrorMode() == 0x8003 ? behave(wanted())
-                                                                           : E_INVALIDARG;
+        const bool mayShowBoxes = GetErrorMode() != 0x8003;
+        return isAsOffice && custom == nullptr && !mayShowBoxes ? behave() : E_INVALIDARG;
     }
 };
 

@@ -145,6 +145,7 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
         takeSteps();
     }
     const RegisteredAddin addin;
+    setVariable(L"PELLORY_ADDIN", L"hangs");
     write(config(), kMine);
     // One that can tell of CTRL-C. It stays: programs that find none make their own.
     FreeConsole();
@@ -153,7 +154,6 @@ TEST_F(AddinProbeTest, utility_endedWhileProbing_takesTheAddinAlongAndTheSetting
     const HANDLE hanging = CreateMutexW(nullptr, FALSE, L"PelloryTestAddin");
     for (const bool isKilled : {true, false}) {
         SetConsoleOutputCP(437);
-        setVariable(L"PELLORY_ADDIN", isKilled ? L"hangs" : L"holds");
         UtilityProcess utility(shippedProgram(), L"-logdiagnostics -light");
         utility.waitFor(kCreated);
         if (isKilled) {
@@ -204,7 +204,6 @@ TEST_F(AddinProbeTest, addinOfTheOtherWidth_probed_isNamedWithTheProgramToUse) {
         std::string said;
         connectToAddin([&](const std::string& text) { said += text + "\n"; });
         EXPECT_EQ(said, kAttempt + wanted) << view << machine;
-        // What was begun for the add-in has ended.
         EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
         CoUninitialize();
     }
