@@ -27,34 +27,6 @@ LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) n
     return isKnown ? 99 : DefWindowProcW(window, id, wide, extra);
 }
 
-TEST_F(SurfaceTest, window_shownHiddenDisabledOrClosed_isAsItsControlSays) {
-    const HWND shown = native();
-    service().hideWindow();
-    EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
-    service().makeWindowVisibleAtPos({30, 40});
-    EXPECT_TRUE(IsWindowVisible(shown) && window_->isVisible());
-    EXPECT_EQ(service().getWindowPosition(), (Point{30, 40}));
-    service().enableWindow(false);
-    window_->setEnabled(false);
-    window_->setEnabled(true);
-    EXPECT_FALSE(IsWindowEnabled(shown));
-    service().enableWindow(true);
-    EXPECT_TRUE(IsWindowEnabled(shown));
-    int asked = 0;
-    const auto objector = std::make_shared<FunctionSink>(
-        [&](const MessageKind& kind, MessageWord, MessageWord answer) {
-            if (kind == Control::kClose) {
-                *answer.object<bool>() = asked++ == 0;
-            }
-        });
-    window_->connect(objector, false);
-    send(shown, WM_CLOSE);
-    EXPECT_TRUE(IsWindowVisible(shown));
-    service().closeWindow();
-    runMessages(1000, [&] { return asked == 2; });
-    EXPECT_FALSE(IsWindowVisible(shown) || window_->isVisible());
-}
-
 TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     window_->setArrangement({.flow = Flow::kRows});
     const auto child = show(service().createNativeWindow(), Rect::at({}, {50, 20}));

@@ -84,23 +84,6 @@ TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
     }
 }
 
-TEST(Trace, thresholdsAndMissingSettings_letTheRightLinesPass) {
-    const Lines all = {"info", "report", "memory"};
-    for (const auto& [threshold, skipped] :
-         {std::pair{-1, 0}, {10, 0}, {11, 1}, {20, 1}, {21, 2}, {50, 2}, {51, 3}}) {
-        const TraceCapture trace(threshold);
-        zustd::trace(L"info");
-        ZU_TRACE(kTraceLevelReport, L"report");
-        zustd::trace(kTraceLevelMemory, L"memory");
-        EXPECT_EQ(trace.messages(), Lines(all.begin() + skipped, all.end())) << threshold;
-    }
-    const DebuggerOutput debugger;
-    int evaluated = 0;
-    ZU_TRACE(L"%d", ++evaluated);
-    writeTraceLine(L"nobody listens");
-    EXPECT_TRUE(evaluated == 0 && debugger.texts.empty());
-}
-
 TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
     const TraceCapture trace;
     const auto require = [](const int* pointer) { ZU_ASSERT(pointer != nullptr); };

@@ -100,28 +100,6 @@ TEST(ServiceLocator, registrationThatFails_leavesTheRegistryAsItWas) {
         L"!attach || self");
 }
 
-TEST(ServiceTest, propertiesAnnouncementsAndNamedObjects_belongToTheService) {
-    auto service = std::make_shared<Plain>();
-    EXPECT_EQ(thrownText([&] { service->properties(); }), L"properties_");
-    service->initialize();
-    const auto listener = std::make_shared<Listener>();
-    service->connect(listener, false);
-    service->properties()->setLong(L"level", 3);
-    service->announce();
-    EXPECT_EQ(listener->log,
-              (Texts{L"propertyChanged.ChangeTracker level", L"logicalLockChanged.Service 0"}));
-    const auto object = std::make_shared<SharedObject>();
-    service->setNamedObject(L"a", service);
-    service->setNamedObject(L"a", object);
-    EXPECT_EQ(service->getNamedObject(L"a"), object);
-    EXPECT_EQ(service->getNamedObject(L"A"), nullptr);
-    service->removeNamedObject(L"a");
-    EXPECT_EQ(service->getNamedObject(L"a"), nullptr);
-    EXPECT_EQ(service.use_count() + object.use_count(), 2);
-    EXPECT_EQ(makeService<MessagingService>()->findKind(L"logicalLockChanged.Service"),
-              &Service::kLogicalLockChanged);
-}
-
 TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
     const auto leaving = [](auto&& last) {
         const auto kept = makeService<Plain>();

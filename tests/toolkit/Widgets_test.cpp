@@ -130,25 +130,6 @@ TEST_F(WidgetTest, itemModels_edges_areRefusedOrLeftAlone) {
     EXPECT_EQ(view->acceptTooltipRequest(0), L"");
 }
 
-TEST_F(WidgetTest, dialogAndMenu_withoutAWindow_knowTheirParts) {
-    const auto dialog = host_->createNativeDialog();
-    const auto fixed = host_->createNativeDialog(NativeDialog::kStyleNotClosable);
-    const auto button = host_->createNativeButton();
-    EXPECT_TRUE(dialog->setDefaultButton(button) && !dialog->setDefaultButton(button));
-    EXPECT_FALSE(dialog->isOpen());
-    for (const auto& shown : {dialog, fixed}) {
-        shown->show(false);
-        EXPECT_EQ(shown->acceptClose(), shown == dialog);
-        EXPECT_EQ(shown->isOpen(), shown == fixed);
-    }
-    NativePopupMenu menu;
-    menu.addSeparator();
-    menu.addItem(1, L"");
-    menu.findItem(1)->items.emplace_back().identifier = 2;
-    EXPECT_EQ(menu.findItem(2), &menu.items()[1].items[0]);
-    EXPECT_FALSE(menu.findItem(0) || menu.findItem(3) || menu.findItem(2)->checked);
-}
-
 TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
     const auto box = shown(host_->createNativeTextBox());
     box->setText(L"typed");
