@@ -117,8 +117,7 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
     font.lfCharSet = DEFAULT_CHARSET;
     font.lfQuality = CLEARTYPE_QUALITY;
     lstrcpynW(font.lfFaceName,
-              style.faceName.empty() ? systemFont.lfFaceName : style.faceName.c_str(),
-              LF_FACESIZE);
+              style.faceName.empty() ? systemFont.lfFaceName : style.faceName.c_str(), LF_FACESIZE);
     return FontHandle(CreateFontIndirectW(&font));
 }
 

@@ -125,10 +125,9 @@ void GraphicsServiceWin32Gdi::drawStretchedBitmap(const Bitmap& bitmap, const Re
     const Rect target = cut(area);
     const MemoryDeviceContext source(CreateCompatibleDC(context));
     const SelectedObject selected(source.get(), backend.handle());
-    const BLENDFUNCTION function{
-        .BlendOp = AC_SRC_OVER,
-        .SourceConstantAlpha = static_cast<BYTE>(std::lround(alpha * 255)),
-        .AlphaFormat = AC_SRC_ALPHA};
+    const BLENDFUNCTION function{.BlendOp = AC_SRC_OVER,
+                                 .SourceConstantAlpha = static_cast<BYTE>(std::lround(alpha * 255)),
+                                 .AlphaFormat = AC_SRC_ALPHA};
     AlphaBlend(context, target.left, target.top, target.width(), target.height(), source.get(), 0,
                0, image.width, image.height, function);
 }
