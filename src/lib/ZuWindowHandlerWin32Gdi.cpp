@@ -25,10 +25,11 @@ public:
 
     bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
         const std::shared_ptr<Control> alive = sharedReference<Control>(&surface_);
-        if (kind == ResourceService::kLanguageChanged) {
+        const bool isLanguage = kind == ResourceService::kLanguageChanged;
+        if (isLanguage) {
             surface_.showAnew();
         }
-        return true;
+        return isLanguage;
     }
 
 private:
