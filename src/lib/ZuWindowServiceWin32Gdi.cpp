@@ -227,7 +227,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
     const std::wstring& initialFileName, const std::vector<std::wstring>& patterns,
     const std::vector<std::wstring>& patternNames) {
     return guarded(ZU_OPERATION, std::wstring(), [&] {
-        std::wstring name = initialFileName;
+        std::vector<wchar_t> name(initialFileName.begin(), initialFileName.end());
         name.resize(kFileNameBufferSize);
         const std::wstring filter = filterOf(patterns, patternNames);
         OPENFILENAMEW request{};
@@ -245,7 +245,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
             isChosen = GetOpenFileNameW(&request) != FALSE;
         }
         requireSystem(isChosen || CommDlgExtendedError() == 0, L"Could not select file", ZU_HERE);
-        return isChosen ? name.c_str() : std::wstring();
+        return isChosen ? name.data() : std::wstring();
     });
 }
 
