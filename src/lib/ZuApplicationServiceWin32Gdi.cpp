@@ -23,10 +23,15 @@ constinit thread_local ApplicationServiceWin32Gdi* hookedService = nullptr;
 // A special folder's path without creating it; empty when the shell has none.
 std::wstring specialFolder(int csidl) {
     return guarded(L"ApplicationServiceWin32Gdi::specialFolder", std::wstring(), [csidl] {
-        std::array<wchar_t, MAX_PATH + 1> path{};
+        std::array<wchar_t, MAX_PATH> path{};
         return SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE) ? path.data()
                                                                            : std::wstring();
     });
+}
+
+std::shared_ptr<WindowService> guardedService(const wchar_t* operation, HWND window) {
+    return guarded(operation, std::shared_ptr<WindowService>(),
+                   [window] { return makeWindowService(window); });
 }
 
 // Empty, and a line in the trace, where there is no such window.
@@ -36,8 +41,7 @@ std::shared_ptr<WindowService> serviceOf(HWND window, const wchar_t* operation,
         ZU_TRACE(L"%ls: no %ls window found", operation, kind);
         return nullptr;
     }
-    return guarded(operation, std::shared_ptr<WindowService>(),
-                   [window] { return makeWindowService(window); });
+    return guardedService(operation, window);
 }
 
 // For the user's documents, or what stands in for it.
@@ -103,12 +107,11 @@ std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createMainWindowServi
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createUnboundWindowService() {
-    return guarded(ZU_OPERATION, std::shared_ptr<WindowService>(),
-                   [] { return makeWindowService(nullptr); });
+    return guardedService(ZU_OPERATION, nullptr);
 }
 
 std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createDesktopWindowService() {
-    return serviceOf(GetDesktopWindow(), ZU_OPERATION, L"desktop");
+    return guardedService(ZU_OPERATION, GetDesktopWindow());
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationName() const {
@@ -244,8 +247,7 @@ int ApplicationServiceWin32Gdi::runMessageLoop() {
 
 void ApplicationServiceWin32Gdi::logMemoryInfo() const {
     if (isTraced(kTraceLevelMemory)) {
-        trace(kTraceLevelMemory, L"%ls\n%ls", L"ApplicationServiceWin32Gdi::logMemoryInfo:",
-              getMemoryInfo().c_str());
+        trace(kTraceLevelMemory, L"%ls:\n%ls", ZU_OPERATION, getMemoryInfo().c_str());
     }
 }
 

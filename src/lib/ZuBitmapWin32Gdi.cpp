@@ -29,15 +29,17 @@ bool isDrawable(Size size) noexcept { return !size.isEmpty() && pixelCount(size)
 Size sizeOfPng(std::span<const unsigned char> bytes) noexcept {
     static constexpr std::array<unsigned char, 8> kSignature = {0x89, 'P',  'N',  'G',
                                                                 '\r', '\n', 0x1A, '\n'};
-    constexpr std::size_t kSizeOffset = 16;
-    std::array<unsigned long, 2> size{};
-    if (bytes.size() < kSizeOffset + sizeof(size) ||
-        !std::equal(kSignature.begin(), kSignature.end(), bytes.begin())) {
-        return {};
-    }
-    std::memcpy(size.data(), &bytes[kSizeOffset], sizeof(size));
-    // Their most significant byte comes first.
-    return {saturate(_byteswap_ulong(size[0])), saturate(_byteswap_ulong(size[1]))};
+    struct {
+        std::array<unsigned char, 8> signature;
+        std::array<unsigned char, 8> chunk;
+        // Their most significant byte comes first.
+        unsigned long width;
+        unsigned long height;
+    } start{};
+    std::memcpy(&start, bytes.data(), std::min(bytes.size(), sizeof(start)));
+    return start.signature == kSignature ? Size{saturate(_byteswap_ulong(start.width)),
+                                                saturate(_byteswap_ulong(start.height))}
+                                         : Size{};
 }
 
 Size scaledSize(Size size, double factor) noexcept {
@@ -75,7 +77,7 @@ void drawScaled(Gdiplus::Bitmap& image, Size imageSize, Gdiplus::Bitmap& target,
 
 std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
     const std::uint32_t alpha = pixel >> 24;
-    if (alpha == 0 || alpha == 0xFF) {
+    if (alpha == 0) {
         return pixel;
     }
     std::uint32_t result = pixel & 0xFF000000;
@@ -86,19 +88,15 @@ std::uint32_t withoutPremultiplication(std::uint32_t pixel) noexcept {
     return result;
 }
 
-// What disabled controls paint the outline from: a bit for each pixel that lets
-// everything through, in rows of whole words.
+// What disabled controls paint the outline from: white for each pixel that lets
+// everything through, black for the others.
 BitmapHandle makeMask(const PixelBitmap& image) {
-    const auto width = static_cast<std::size_t>(image.size.width);
-    const std::size_t stride = (width + 15) / 16 * 2;
-    std::vector<std::uint8_t> bits(stride * static_cast<std::size_t>(image.size.height));
-    for (std::size_t i = 0; i < image.pixels.size(); ++i) {
-        if (image.pixels[i] >> 24 == 0) {
-            const std::size_t x = i % width;
-            bits[i / width * stride + x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
-        }
-    }
-    return BitmapHandle(CreateBitmap(image.size.width, image.size.height, 1, 1, bits.data()));
+    const PixelBitmap mask(image.size);
+    std::transform(
+        image.pixels.begin(), image.pixels.end(), mask.pixels.begin(),
+        [](std::uint32_t pixel) { return pixel >> 24 == 0 ? RGB(0xFF, 0xFF, 0xFF) : 0; });
+    return BitmapHandle(static_cast<HBITMAP>(CopyImage(
+        mask.handle.get(), IMAGE_BITMAP, image.size.width, image.size.height, LR_MONOCHROME)));
 }
 
 // Decodes a PNG to a size, or to its own size times a factor when that is empty; an
@@ -112,11 +110,9 @@ PixelBitmap decodePng(std::span<const unsigned char> bytes, Size size, double sc
     startGdiPlus();
     const Stream stream = streamOf(bytes);
     Gdiplus::Bitmap image(stream.get());
-    check(image.GetLastStatus());
     PixelBitmap bitmap(target);
     Gdiplus::Bitmap view(target.width, target.height, target.width * 4, PixelFormat32bppPARGB,
                          reinterpret_cast<BYTE*>(bitmap.pixels.data()));
-    check(view.GetLastStatus());
     drawScaled(image, own, view, target);
     return bitmap;
 }
@@ -146,7 +142,8 @@ PixelBitmap::PixelBitmap(Size extents) : size(extents) {
     pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
 }
 
-void copyPlainPixels(const PixelBitmap& target, const PixelBitmap& source) noexcept {
+void copyPlainPixels(const PixelBitmap& target, const BitmapWin32Gdi& bitmap) noexcept {
+    const PixelBitmap& source = bitmap.image();
     GdiFlush();
     const auto sourceWidth = static_cast<std::size_t>(source.size.width);
     const auto targetWidth = static_cast<std::size_t>(target.size.width);
@@ -165,7 +162,7 @@ IconHandle makeIcon(const BitmapWin32Gdi& bitmap, std::int32_t space) {
     }
     const Size size = bitmap.image().size;
     const PixelBitmap colors({saturatedSum(size.width, space), size.height});
-    copyPlainPixels(colors, bitmap.image());
+    copyPlainPixels(colors, bitmap);
     const BitmapHandle mask = makeMask(colors);
     ICONINFO parts{.fIcon = TRUE, .hbmMask = mask.get(), .hbmColor = colors.handle.get()};
     return mask ? IconHandle(CreateIconIndirect(&parts)) : IconHandle();

@@ -54,7 +54,7 @@ private:
 
 // As much of an image as fits, from the left top corner; without the
 // premultiplication, which icons and image lists do when they draw.
-void copyPlainPixels(const PixelBitmap& target, const PixelBitmap& source) noexcept;
+void copyPlainPixels(const PixelBitmap& target, const BitmapWin32Gdi& bitmap) noexcept;
 
 // What native controls blend with what lies below: an icon of the bitmap's size, with so many empty
 // columns behind it; empty for an empty bitmap. Throws SystemException without room for its pixels.

@@ -124,7 +124,7 @@ void DialogWin32Gdi::internalHide(int result) {
     while (auto* inner = dynamic_cast<DialogWin32Gdi*>(of(ModalSession::dialogOver(window())))) {
         inner->internalHide(kAnswerNone);
     }
-    const bool wasActive = window() != nullptr && GetActiveWindow() == window();
+    const bool wasActive = GetActiveWindow() == window();
     if (ModalSession* session = std::exchange(session_, nullptr)) {
         session->end(result);
     }
@@ -214,7 +214,10 @@ bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
             result = HTTRANSPARENT;
             return hasStyle(NativeDialog::kStylePopup) && letsMouseThrough(message.extra);
         case WM_COMMAND:
-            return message.extra == 0 && pressItem(LOWORD(message.wide));
+            if (message.extra == 0) {
+                pressItem(LOWORD(message.wide));
+            }
+            return false;
         default:
             return false;
     }
@@ -222,21 +225,15 @@ bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
 
 // A command that comes from no control: from a host's loop that has its own
 // ideas of Enter and Escape, or from a program that helps the user.
-bool DialogWin32Gdi::pressItem(int identifier) {
+void DialogWin32Gdi::pressItem(int identifier) {
     if (const HWND item = GetDlgItem(window(), identifier)) {
         SendMessageW(window(), WM_COMMAND, MAKEWPARAM(identifier, BN_CLICKED),
                      reinterpret_cast<LPARAM>(item));
-        return true;
-    }
-    if (identifier == IDCANCEL) {
+    } else if (identifier == IDCANCEL) {
         onCloseRequest();
-        return true;
-    }
-    const auto button = identifier == IDOK ? getAbstraction().defaultButton() : nullptr;
-    if (button) {
+    } else if (const auto button = getAbstraction().defaultButton(); button && identifier == IDOK) {
         button->click();
     }
-    return button != nullptr;
 }
 
 // A tooltip below the pointer must not take the mouse from what it explains.

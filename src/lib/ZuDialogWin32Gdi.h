@@ -47,7 +47,7 @@ private:
     void createWindow(HWND owner);
     void place();
     void markDefaultButton();
-    bool pressItem(int identifier);
+    void pressItem(int identifier);
     bool letsMouseThrough(LPARAM place) const;
 
     HWND owner_ = nullptr;

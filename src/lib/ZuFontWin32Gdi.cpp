@@ -1,6 +1,7 @@
 #include "ZuFontWin32Gdi.h"
 
 #include <cmath>
+#include <numeric>
 
 namespace zustd {
 
@@ -12,6 +13,9 @@ constexpr double kPointsPerInch = 72.0;
 constexpr double kUnknownHeight = 12.0;
 // A larger font fills any screen with one character.
 constexpr double kLargestHeight = 4000.0;
+
+// What the system answers for a character that the font has not.
+constexpr WORD kNoGlyph = std::numeric_limits<WORD>::max();
 
 bool isBetween(wchar_t character, wchar_t first, wchar_t last) noexcept {
     return character >= first && character <= last;
@@ -58,13 +62,12 @@ std::int32_t FontWin32Gdi::textWidth(std::wstring_view text) {
     std::int64_t width = 0;
     for (const wchar_t character : text) {
         const auto number = static_cast<std::size_t>(character);
-        const std::size_t index = number / kBlockSize;
-        const int own = index < kBlockCount ? block(index)[number % kBlockSize] : -1;
-        if (own < 0) {
+        const int own = block(number / kBlockSize)[number % kBlockSize];
+        if (own == kUnknown) {
             const HDC context = measuringContext();
             const SelectedObject selected(context, handle());
             // The system refuses longer texts than its counts can hold.
-            const auto length = static_cast<int>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+            const auto length = static_cast<int>(std::min<std::size_t>(text.size(), INT_MAX));
             SIZE size{};
             return GetTextExtentPoint32W(context, text.data(), length, &size) ? size.cx : 0;
         }
@@ -76,23 +79,20 @@ std::int32_t FontWin32Gdi::textWidth(std::wstring_view text) {
 const FontWin32Gdi::Block& FontWin32Gdi::block(std::size_t index) {
     if (!blocks_[index]) {
         std::array<wchar_t, kBlockSize> characters{};
-        for (std::size_t i = 0; i < kBlockSize; ++i) {
-            characters[i] = static_cast<wchar_t>(index * kBlockSize + i);
-        }
+        std::iota(characters.begin(), characters.end(), static_cast<wchar_t>(index * kBlockSize));
         const HDC context = measuringContext();
         const SelectedObject selected(context, handle());
         std::array<WORD, kBlockSize> glyphs{};
-        std::array<INT, kBlockSize> widths{};
+        auto made = std::make_unique<Block>();
         const bool known =
             GetGlyphIndicesW(context, characters.data(), kBlockSize, glyphs.data(),
                              GGI_MARK_NONEXISTING_GLYPHS) != GDI_ERROR &&
-            GetCharWidth32W(context, characters.front(), characters.back(), widths.data());
-        auto made = std::make_unique<Block>();
-        for (std::size_t i = 0; i < kBlockSize; ++i) {
-            const bool usable = known && standsAlone(characters[i]) && glyphs[i] != 0xFFFF &&
-                                widths[i] >= 0 && widths[i] <= INT16_MAX;
-            (*made)[i] = static_cast<std::int16_t>(usable ? widths[i] : -1);
-        }
+            GetCharWidth32W(context, characters.front(), characters.back(), made->data());
+        const auto keep = [&](wchar_t character, int width) {
+            const WORD glyph = glyphs[static_cast<std::size_t>(character) % kBlockSize];
+            return known && standsAlone(character) && glyph != kNoGlyph ? width : kUnknown;
+        };
+        std::transform(characters.begin(), characters.end(), made->begin(), made->begin(), keep);
         blocks_[index] = std::move(made);
     }
     return *blocks_[index];
@@ -116,11 +116,8 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
     font.lfUnderline = style.underline ? TRUE : FALSE;
     font.lfCharSet = DEFAULT_CHARSET;
     font.lfQuality = CLEARTYPE_QUALITY;
-    if (style.faceName.empty()) {
-        std::copy_n(systemFont.lfFaceName, LF_FACESIZE, font.lfFaceName);
-    } else {
-        style.faceName.copy(font.lfFaceName, LF_FACESIZE - 1);
-    }
+    lstrcpynW(font.lfFaceName,
+              style.faceName.empty() ? systemFont.lfFaceName : style.faceName.c_str(), LF_FACESIZE);
     return FontHandle(CreateFontIndirectW(&font));
 }
 

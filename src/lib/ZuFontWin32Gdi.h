@@ -30,17 +30,16 @@ public:
 
 private:
     static constexpr std::size_t kBlockSize = 256;
-    // Every character below U+3000; those further up are never kept.
-    static constexpr std::size_t kBlockCount = 0x30;
-    // Width of each character, negative where only the system knows.
-    using Block = std::array<std::int16_t, kBlockSize>;
+    // Width of each character, or that only the system knows.
+    using Block = std::array<int, kBlockSize>;
+    static constexpr int kUnknown = std::numeric_limits<int>::min();
 
     const Block& block(std::size_t index);
 
     FontHandle font_;
     double scalingFactor_;
     std::int32_t lineHeight_ = 0;
-    std::array<std::unique_ptr<const Block>, kBlockCount> blocks_;
+    std::array<std::unique_ptr<const Block>, 256> blocks_;
 };
 
 // The system's font for a style, its size times the factor; empty when it has none to give.

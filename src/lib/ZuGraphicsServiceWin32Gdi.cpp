@@ -48,8 +48,14 @@ std::wstring_view takeLine(std::wstring_view& text) noexcept {
     return line;
 }
 
-int lengthForSystem(std::wstring_view text, std::size_t most = 0x7FFFFFFF) noexcept {
+int lengthForSystem(std::wstring_view text, std::size_t most = INT_MAX) noexcept {
     return static_cast<int>(std::min(text.size(), most));
+}
+
+// What lies below the text stays to be seen.
+void setTextLook(HDC context, Color color) noexcept {
+    SetTextColor(context, nativeColor(color));
+    SetBkMode(context, TRANSPARENT);
 }
 
 // What an alignment stands for; any other number is the start.
@@ -64,7 +70,7 @@ T aligned(TextAlignment alignment, T start, T centre, T end) noexcept {
 
 void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
     ZU_ASSERT_AS(layers_.empty(), L"!drawBusy_", ZU_HERE);
-    layers_.push_back({{}, {}, {}, context, drawArea, {drawArea}});
+    layers_.push_back({.context = context, .area = drawArea, .clips = {drawArea}});
     savedContext_ = SaveDC(context);
     if (savedContext_ == 0) {
         layers_.clear();
@@ -72,7 +78,6 @@ void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
     }
     // What the caller has clipped away stays away: clipping from here on is a further restriction.
     SetMetaRgn(context);
-    SetBkMode(context, TRANSPARENT);
     SetTextAlign(context, TA_LEFT | TA_TOP | TA_NOUPDATECP);
     applyClip();
 }
@@ -120,8 +125,9 @@ void GraphicsServiceWin32Gdi::drawStretchedBitmap(const Bitmap& bitmap, const Re
     const Rect target = cut(area);
     const MemoryDeviceContext source(CreateCompatibleDC(context));
     const SelectedObject selected(source.get(), backend.handle());
-    const BLENDFUNCTION function{AC_SRC_OVER, 0, static_cast<BYTE>(std::lround(alpha * 255)),
-                                 AC_SRC_ALPHA};
+    const BLENDFUNCTION function{.BlendOp = AC_SRC_OVER,
+                                 .SourceConstantAlpha = static_cast<BYTE>(std::lround(alpha * 255)),
+                                 .AlphaFormat = AC_SRC_ALPHA};
     AlphaBlend(context, target.left, target.top, target.width(), target.height(), source.get(), 0,
                0, image.width, image.height, function);
 }
@@ -179,9 +185,8 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, Point place, cons
                                        Color color) {
     const HDC context = top().context;
     const SelectedObject selected(context, fontBackend(font).handle());
-    SetTextColor(context, nativeColor(color));
-    ExtTextOutW(context, cut(place.x), cut(place.y), 0, nullptr, text.data(),
-                static_cast<UINT>(lengthForSystem(text, kLongestLine)), nullptr);
+    setTextLook(context, color);
+    TextOutW(context, cut(place.x), cut(place.y), text.data(), lengthForSystem(text, kLongestLine));
 }
 
 void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area, const Font& font,
@@ -192,7 +197,7 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area,
     }
     FontWin32Gdi& backend = fontBackend(font);
     const SelectedObject selected(context, backend.handle());
-    SetTextColor(context, nativeColor(color));
+    setTextLook(context, color);
     const std::int32_t lineHeight = backend.lineHeight();
     UINT flags = aligned<UINT>(format.horizontal, DT_LEFT, DT_CENTER, DT_RIGHT) |
                  (format.accelerators ? 0 : DT_NOPREFIX);
@@ -260,14 +265,12 @@ void GraphicsServiceWin32Gdi::beginBufferedPaint(const Rect& area) {
         PixelBitmap({std::max(layer.area.width(), 1), std::max(layer.area.height(), 1)}).handle;
     layer.context = layer.memory.get();
     layer.selected = SelectedObject(layer.context, layer.bitmap.get());
-    requireSystem(layer.memory && layer.selected, L"Could not create paint buffer", ZU_HERE);
+    requireSystem(layer.selected, L"Could not create paint buffer", ZU_HERE);
     SetViewportOrgEx(layer.context, -layer.area.left, -layer.area.top, nullptr);
-    SetBkMode(layer.context, TRANSPARENT);
     // What is not drawn over keeps its look.
     BitBlt(layer.context, layer.area.left, layer.area.top, layer.area.width(), layer.area.height(),
            outerContext, layer.area.left, layer.area.top, SRCCOPY);
     layers_.push_back(std::move(layer));
-    applyClip();
 }
 
 void GraphicsServiceWin32Gdi::endBufferedPaint() {

@@ -65,7 +65,8 @@ private:
 
     std::vector<Layer> layers_;
     int savedContext_ = 0;
-    Color penColor_ = Color::rgb(0, 0, 0);
+    // Black as long as it is unset.
+    Color penColor_;
     std::int32_t penWidth_ = 1;
 };
 

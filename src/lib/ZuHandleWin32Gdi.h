@@ -50,6 +50,12 @@ using LocalMemory = Handle<NullHandleTraits<HLOCAL, &LocalFree>>;
 using HookHandle = Handle<NullHandleTraits<HHOOK, &UnhookWindowsHookEx>>;
 using WindowHandle = Handle<NullHandleTraits<HWND, &DestroyWindow>>;
 
+// A window that is never shown: it owns a menu, or hears of timers. Empty when the system refuses.
+inline WindowHandle makeHiddenWindow(HWND parent) noexcept {
+    return WindowHandle(CreateWindowExW(WS_EX_TOOLWINDOW, L"STATIC", nullptr, WS_POPUP, 0, 0, 0, 0,
+                                        parent, nullptr, GetModuleHandleW(nullptr), nullptr));
+}
+
 // --- Drawing ------------------------------------------------------------------
 
 using FontHandle = Handle<NullHandleTraits<HFONT, &DeleteObject>>;

@@ -80,7 +80,7 @@ ImageListHandle makeItemImages(const Control& control, const BitmapListDescripto
             service ? service->getBitmap(BitmapDescriptor(identifier, descriptor->size()))
                     : nullptr;
         if (bitmap) {
-            copyPlainPixels(image, bitmapBackend(*bitmap).image());
+            copyPlainPixels(image, bitmapBackend(*bitmap));
         }
         append(list, image);
     }

@@ -30,24 +30,21 @@ bool pressAccessKey(Control& outermost, wchar_t key) {
     if (top && key != 0) {
         collectWithKey(top, key, found);
     }
-    if (found.empty()) {
-        return false;
+    if (!found.empty()) {
+        const auto focused = std::find_if(found.begin(), found.end(),
+                                          [](const auto& control) { return control->hasFocus(); });
+        const auto next =
+            focused == found.end() || focused + 1 == found.end() ? found.begin() : focused + 1;
+        (*next)->takeFocus();
+        if (found.size() == 1) {
+            (*next)->activate();
+        }
     }
-    const auto focused = std::find_if(found.begin(), found.end(),
-                                      [](const auto& control) { return control->hasFocus(); });
-    const auto next =
-        focused == found.end() || focused + 1 == found.end() ? found.begin() : focused + 1;
-    const std::shared_ptr<Control> chosen = *next;
-    chosen->takeFocus();
-    if (found.size() == 1) {
-        chosen->activate();
-    }
-    return true;
+    return !found.empty();
 }
 
 bool translateKey(const MSG& message) {
-    const bool isKey = message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
-    const auto* handler = isKey ? WindowHandlerWin32Gdi::around(message.hwnd) : nullptr;
+    const auto* handler = WindowHandlerWin32Gdi::around(message.hwnd);
     if (handler == nullptr) {
         return false;
     }
@@ -101,13 +98,12 @@ ModalSession::ModalSession(HWND owner) : outer_(innermostSession), owner_(owner)
 }
 
 ModalSession::~ModalSession() {
-    end(0);
+    end(result_);
     innermostSession = outer_;
 }
 
 HWND ModalSession::ownerFor(HWND wanted) noexcept {
-    const bool isUsable = wanted != GetDesktopWindow() && IsWindow(wanted);
-    HWND owner = isUsable ? GetAncestor(wanted, GA_ROOT) : nullptr;
+    HWND owner = wanted != GetDesktopWindow() ? GetAncestor(wanted, GA_ROOT) : nullptr;
     while (const HWND blocker = dialogOver(owner)) {
         owner = blocker;
     }

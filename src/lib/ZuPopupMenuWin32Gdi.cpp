@@ -61,9 +61,9 @@ private:
 
     HBITMAP imageOf(const PopupMenuItem& item) {
         const auto image =
-            item.bitmap == 0 || service_ == nullptr
-                ? nullptr
-                : service_->getBitmap(BitmapDescriptor(item.bitmap, {kImageSize, kImageSize}));
+            service_ != nullptr
+                ? service_->getBitmap(BitmapDescriptor(item.bitmap, {kImageSize, kImageSize}))
+                : nullptr;
         if (!image) {
             return nullptr;
         }
@@ -94,8 +94,7 @@ std::uint32_t PopupMenuWin32Gdi::show(Point place) {
         HWND owner = windowOf(service);
         if (owner == nullptr) {
             // A menu needs an owner to get the keyboard.
-            standIn.reset(CreateWindowExW(WS_EX_TOOLWINDOW, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0,
-                                          nullptr, nullptr, GetModuleHandleW(nullptr), nullptr));
+            standIn = makeHiddenWindow(nullptr);
             owner = standIn.get();
         }
         // Otherwise the menu would not go when the user clicks elsewhere.

@@ -8,11 +8,11 @@ namespace {
 
 constinit thread_local std::weak_ptr<TimerWindowWin32Gdi> windowOfThread;
 
-void CALLBACK tick(HWND window, UINT, UINT_PTR number, DWORD) noexcept {
+void CALLBACK tick(HWND, UINT, UINT_PTR number, DWORD) noexcept {
     guarded(L"TimerWin32Gdi::handleMessage", [&] {
         // The last timer may be destroyed by its own tick; its window then goes when this ends.
         const std::shared_ptr<TimerWindowWin32Gdi> self = windowOfThread.lock();
-        if (!self || self->window.get() != window) {
+        if (!self) {
             return;
         }
         if (const auto found = self->timers.find(number); found != self->timers.end()) {
@@ -27,8 +27,7 @@ std::shared_ptr<TimerWindowWin32Gdi> TimerWindowWin32Gdi::ofThisThread() {
     std::shared_ptr<TimerWindowWin32Gdi> shared = windowOfThread.lock();
     if (!shared) {
         shared = std::make_shared<TimerWindowWin32Gdi>();
-        shared->window.reset(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
-                                             nullptr, GetModuleHandleW(nullptr), nullptr));
+        shared->window = makeHiddenWindow(HWND_MESSAGE);
         requireSystem(shared->window, L"Could not create timer window", ZU_HERE);
         windowOfThread = shared;
     }

@@ -59,10 +59,8 @@ std::optional<MouseEvent> mouseEventOf(const WindowMessage& message) noexcept {
 // --- Mouse and keyboard ---------------------------------------------------------------------
 
 bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& result) {
-    if (message.id == WM_SETCURSOR) {
-        if (LOWORD(message.extra) != HTCLIENT || reinterpret_cast<HWND>(message.wide) != window_) {
-            return false;
-        }
+    if (message.id == WM_SETCURSOR && LOWORD(message.extra) == HTCLIENT &&
+        reinterpret_cast<HWND>(message.wide) == window_) {
         services_.window->setCursor(services_.window->getCursor());
         result = TRUE;
         return true;
@@ -128,7 +126,6 @@ bool WindowHandlerWin32Gdi::handleKey(const WindowMessage& message, LRESULT& res
     if (message.id != WM_KEYDOWN && message.id != WM_SYSKEYDOWN) {
         return false;
     }
-    swallowsCharacter_ = false;
     const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
     const bool used = surface().inputRouter()->routeKey(event);
     swallowsCharacter_ = used && message.id == WM_SYSKEYDOWN;
@@ -150,7 +147,7 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
             } else if (HIWORD(message.wide) == 0) {
                 restoreFocus();
             }
-            return true;
+            break;
         case WM_SETFOCUS: {
             // The window stands in for its drawn controls only.
             const std::shared_ptr<Control> focused = router.focused();
@@ -160,7 +157,7 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
             } else if (const auto kept = focused ? nullptr : std::exchange(keptFocus_, {}).lock()) {
                 kept->takeFocus();
             }
-            return true;
+            break;
         }
         case WM_KILLFOCUS: {
             // A surface on this one has a focus of its own.
@@ -171,11 +168,12 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
                 }
                 router.acceptFocus(nullptr);
             }
-            return true;
+            break;
         }
         default:
             return false;
     }
+    return true;
 }
 
 void WindowHandlerWin32Gdi::rememberFocus() {
@@ -189,8 +187,7 @@ void WindowHandlerWin32Gdi::rememberFocus() {
 }
 
 void WindowHandlerWin32Gdi::restoreFocus() {
-    const std::shared_ptr<Control> kept = keptFocus_.lock();
-    keptFocus_.reset();
+    const std::shared_ptr<Control> kept = std::exchange(keptFocus_, {}).lock();
     const HWND keptWindow = std::exchange(keptFocusWindow_, nullptr);
     if (kept && kept->takeFocus()) {
         return;

@@ -25,10 +25,11 @@ public:
 
     bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
         const std::shared_ptr<Control> alive = sharedReference<Control>(&surface_);
-        if (kind == ResourceService::kLanguageChanged) {
+        const bool isLanguage = kind == ResourceService::kLanguageChanged;
+        if (isLanguage) {
             surface_.showAnew();
         }
-        return true;
+        return isLanguage;
     }
 
 private:
@@ -75,7 +76,6 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
     caption_.clear();
     enabled_ = true;
     SetPropW(window, kHandlerProperty, this);
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     windowServiceBackend(services_.window.get())->connect(window);
     if (const auto resources = surface().getService<ResourceService>()) {
         languageListener_ = std::make_shared<LanguageListener>(surface());
@@ -85,7 +85,6 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
 
 // The window itself may go on for a while, or has come to its end.
 void WindowHandlerWin32Gdi::forgetWindow() noexcept {
-    SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
     RemovePropW(window_, kHandlerProperty);
     window_ = nullptr;
     windowServiceBackend(services_.window.get())->connect(nullptr);
@@ -104,8 +103,7 @@ void WindowHandlerWin32Gdi::destroyWindow() noexcept {
 }
 
 bool WindowHandlerWin32Gdi::deliver(const WindowMessage& message, LRESULT& result) noexcept {
-    auto* handler =
-        reinterpret_cast<WindowHandlerWin32Gdi*>(GetWindowLongPtrW(message.window, GWLP_USERDATA));
+    WindowHandlerWin32Gdi* handler = of(message.window);
     if (handler == nullptr) {
         return false;
     }
@@ -170,7 +168,7 @@ void WindowHandlerWin32Gdi::synchronizeCaption(const std::wstring& caption) {
 
 void WindowHandlerWin32Gdi::synchronizeEnabled() {
     const bool enabled = surface().isUsable() && takesInput_ && !blocked_;
-    if (window_ != nullptr && std::exchange(enabled_, enabled) != enabled) {
+    if (std::exchange(enabled_, enabled) != enabled) {
         EnableWindow(window_, enabled ? TRUE : FALSE);
     }
 }
@@ -182,10 +180,10 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message) {
                 size_ = {LOWORD(message.extra), HIWORD(message.extra)};
                 surface().acceptSize(size_);
             }
-            return false;
+            break;
         case WM_GETMINMAXINFO:
             applyLimits(*reinterpret_cast<MINMAXINFO*>(message.extra));
-            return true;
+            break;
         case WM_DPICHANGED: {
             const Rect area = portableRect(*reinterpret_cast<const RECT*>(message.extra));
             SetWindowPos(window_, nullptr, area.left, area.top, area.width(), area.height(),
@@ -199,10 +197,10 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message) {
                 SendMessageW(child, message.id, message.wide, message.extra);
             }
             surface().showChildren();
-            return false;
+            break;
         case WM_THEMECHANGED:
             InvalidateRect(window_, nullptr, FALSE);
-            return false;
+            break;
         case WM_CLOSE:
             if (!blocked_) {
                 onCloseRequest();
@@ -212,10 +210,11 @@ bool WindowHandlerWin32Gdi::handleFrame(const WindowMessage& message) {
             // It went with its parent or owner.
             forgetWindow();
             onWindowLost();
-            return false;
+            break;
         default:
-            return false;
+            break;
     }
+    return false;
 }
 
 void WindowHandlerWin32Gdi::applyLimits(MINMAXINFO& limits) const {

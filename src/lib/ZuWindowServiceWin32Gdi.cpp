@@ -50,17 +50,15 @@ public:
     // The object for a key, made by make() when there is none.
     template <class Make>
     std::shared_ptr<T> find(const Key& key, Make&& make) {
-        const auto isWanted = [&key](const Entry& entry) { return entry.key == key; };
-        const auto found = std::find_if(entries_.begin(), entries_.end(), isWanted);
+        auto found = std::find_if(entries_.begin(), entries_.end(),
+                                  [&key](const Entry& entry) { return entry.key == key; });
         std::shared_ptr<T> object = found != entries_.end() ? found->known.lock() : nullptr;
-        if (object) {
-            std::rotate(entries_.begin(), found, found + 1);
-        } else {
+        if (!object) {
             object = make();
-            // make() may have asked this cache for something else.
-            std::erase_if(entries_, isWanted);
-            entries_.insert(entries_.begin(), Entry{key, nullptr, object});
+            // One that has expired stays behind it. make() may have asked for something else.
+            found = entries_.insert(entries_.end(), Entry{key, nullptr, object});
         }
+        std::rotate(entries_.begin(), found, found + 1);
         entries_.front().held = object;
         if (entries_.size() > kMostHeld) {
             // No more than one comes in at a time.
@@ -135,7 +133,7 @@ void WindowServiceWin32Gdi::captureMouse() {
 }
 
 void WindowServiceWin32Gdi::releaseMouse() {
-    if (window_ != nullptr && GetCapture() == window_) {
+    if (GetCapture() == window_) {
         ReleaseCapture();
     }
 }
@@ -194,7 +192,7 @@ void WindowServiceWin32Gdi::invalidateWindow() {
 
 bool WindowServiceWin32Gdi::isWindowVisibleAtPos(Point place) const {
     const HWND seen = WindowFromPoint({place.x, place.y});
-    return window_ != nullptr && seen != nullptr && (seen == window_ || IsChild(window_, seen));
+    return seen != nullptr && (seen == window_ || IsChild(window_, seen));
 }
 
 void WindowServiceWin32Gdi::makeWindowVisibleAtPos(Point place) {
@@ -229,8 +227,8 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
     const std::wstring& initialFileName, const std::vector<std::wstring>& patterns,
     const std::vector<std::wstring>& patternNames) {
     return guarded(ZU_OPERATION, std::wstring(), [&] {
-        std::vector<wchar_t> name(kFileNameBufferSize);
-        initialFileName.copy(name.data(), name.size() - 1);
+        std::vector<wchar_t> name(initialFileName.begin(), initialFileName.end());
+        name.resize(kFileNameBufferSize);
         const std::wstring filter = filterOf(patterns, patternNames);
         OPENFILENAMEW request{};
         request.lStructSize = sizeof(request);
@@ -243,11 +241,11 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
         bool isChosen = GetOpenFileNameW(&request) != FALSE;
         if (!isChosen && CommDlgExtendedError() == FNERR_INVALIDFILENAME) {
             // No file has the initial name: it is only a suggestion.
-            name[0] = L'\0';
+            name.front() = L'\0';
             isChosen = GetOpenFileNameW(&request) != FALSE;
         }
         requireSystem(isChosen || CommDlgExtendedError() == 0, L"Could not select file", ZU_HERE);
-        return isChosen ? std::wstring(name.data()) : std::wstring();
+        return isChosen ? name.data() : std::wstring();
     });
 }
 

@@ -34,7 +34,7 @@ void registerWindowClass(WNDPROC procedure) {
         description.style = CS_DBLCLKS;
         description.lpfnWndProc = procedure;
         description.hInstance = GetModuleHandleW(nullptr);
-        description.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
+        description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
         description.hIcon = executableIcon(SM_CXICON, SM_CYICON);
         description.hIconSm = executableIcon(SM_CXSMICON, SM_CYSMICON);
         description.lpszClassName = kWindowClass;
@@ -49,7 +49,7 @@ void WindowWin32Gdi::synchronizeWithAbstraction() {
     guarded(ZU_OPERATION, [this] {
         HWND parent = nullptr;
         const bool hasPlace = findParent(parent);
-        if (window() != nullptr && (!hasPlace || parent != parent_)) {
+        if (!hasPlace || parent != parent_) {
             destroyWindow();
         }
         if (!hasPlace) {
@@ -84,9 +84,9 @@ void WindowWin32Gdi::createWindow(HWND parent) {
     const DWORD style =
         WS_CLIPCHILDREN | (parent != nullptr ? WS_CHILD | WS_CLIPSIBLINGS : WS_OVERLAPPEDWINDOW);
     // A child begins with no size at 0, 0.
-    const HWND made =
-        CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, L"", style, CW_USEDEFAULT, 0,
-                        CW_USEDEFAULT, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr);
+    const HWND made = CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, nullptr, style,
+                                      CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                                      parent, nullptr, GetModuleHandleW(nullptr), nullptr);
     requireSystem(made, L"Could not create window", ZU_HERE);
     adopt(made);
     parent_ = parent;
