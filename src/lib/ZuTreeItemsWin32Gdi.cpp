@@ -83,17 +83,15 @@ void TreeItemsWin32Gdi::showButton(TreeNode node, bool hasChildren) {
     sendData(TVM_SETITEMW, &item);
 }
 
-bool TreeItemsWin32Gdi::expandItem(TreeNode node) {
+void TreeItemsWin32Gdi::expandItem(TreeNode node) {
     const bool expanded = model().isExpanded(node);
-    if (expanded == isItemExpanded(node)) {
-        return false;
+    if (expanded != isItemExpanded(node)) {
+        send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, wordOf(node));
     }
-    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, wordOf(node));
     if (!expanded && isItemExpanded(node)) {
         // Some versions do nothing as long as there is no item below it.
         showButton(node, model().childCount(node) != 0);
     }
-    return true;
 }
 
 bool TreeItemsWin32Gdi::isItemExpanded(TreeNode node) const {
