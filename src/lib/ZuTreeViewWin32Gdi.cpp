@@ -322,10 +322,9 @@ bool TreeViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT& resu
             return true;
         }
         case WM_TIMER:
-            // To the window it is nobody's.
+            // To the window it is nobody's; at its end what waits comes.
             if (isAwaited(message.wide) && isReady()) {
                 state_ = TreeState::kBehind;
-                catchUp();
             } else if (isAwaited(message.wide)) {
                 await(false);
             }
