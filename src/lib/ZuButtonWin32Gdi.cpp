@@ -4,11 +4,11 @@
 
 namespace zustd {
 
-bool ButtonWin32Gdi::initializeFromDescriptor() {
+void ButtonWin32Gdi::initializeFromDescriptor() {
     // In the order of ButtonKind.
     constexpr DWORD kStyles[] = {BS_PUSHBUTTON, BS_DEFPUSHBUTTON, BS_CHECKBOX, BS_RADIOBUTTON};
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow(L"BUTTON", style, 0, [this] { bitmap_.reset(); });
+    synchronizeWindow({L"BUTTON", style}, [this] { bitmap_.reset(); });
 }
 
 void ButtonWin32Gdi::pushState() {
@@ -31,7 +31,7 @@ void ButtonWin32Gdi::setImage() {
     const auto service = button.windowService();
     const auto bitmap = button.bitmap() && service ? service->getBitmap(*button.bitmap()) : nullptr;
     const std::int32_t space =
-        GetWindowTextLengthW(window()) != 0 ? button.scale(NativeButton::kBitmapGap) : 0;
+        button.accessText().empty() ? 0 : button.scale(NativeButton::kBitmapGap);
     if (bitmap == bitmap_ && space == space_) {
         return;
     }
@@ -50,12 +50,12 @@ void ButtonWin32Gdi::onCommand(UINT code) {
 }
 
 bool ButtonWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& result) {
-    if (message.id != WM_SETFOCUS) {
-        return false;
+    const bool isFocus = message.id == WM_SETFOCUS;
+    if (isFocus) {
+        const Mirroring mirroring(*this);
+        result = answerByDefault(message);
     }
-    const Mirroring mirroring(*this);
-    result = answerByDefault(message);
-    return true;
+    return isFocus;
 }
 
 }  // namespace zustd

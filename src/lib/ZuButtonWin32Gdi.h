@@ -19,7 +19,7 @@ public:
                                  L"ButtonWin32Gdi::synchronizeWithAbstraction") {}
 
 protected:
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
     void onCommand(UINT code) override;
     bool onWindowMessage(const WindowMessage& message, LRESULT& result) override;

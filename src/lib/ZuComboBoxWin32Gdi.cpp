@@ -4,12 +4,11 @@
 
 namespace zustd {
 
-bool ComboBoxWin32Gdi::initializeFromDescriptor() {
+void ComboBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD kind = getAbstraction().isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
     const DWORD style = kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL | WS_VSCROLL;
-    return synchronizeWindow(L"COMBOBOX", style, 0, [this] {
-        COMBOBOXINFO parts{};
-        parts.cbSize = sizeof(parts);
+    synchronizeWindow({L"COMBOBOX", style}, [this] {
+        COMBOBOXINFO parts{.cbSize = sizeof(parts)};
         if (getAbstraction().isEditable() && GetComboBoxInfo(window(), &parts)) {
             attachPart(parts.hwndItem);
         }

@@ -21,7 +21,7 @@ protected:
         guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
     }
 
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
     void onCommand(UINT code) override;
     bool hasField() const noexcept override { return true; }

@@ -9,7 +9,7 @@ namespace zustd {
 
 // --- State to window ------------------------------------------------------------------------
 
-bool GridViewWin32Gdi::initializeFromDescriptor() {
+void GridViewWin32Gdi::initializeFromDescriptor() {
     settle();
     const Mirroring mirroring(*this);
     const NativeGridView& grid = getAbstraction();
@@ -17,7 +17,7 @@ bool GridViewWin32Gdi::initializeFromDescriptor() {
                         LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS |
                         (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
                         (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
-    return synchronizeWindow(WC_LISTVIEWW, style, WS_EX_CLIENTEDGE, [this] {
+    synchronizeWindow({WC_LISTVIEWW, style, WS_EX_CLIENTEDGE}, [this] {
         startAnew();
         columns_.clear();
         markStale();
@@ -39,10 +39,11 @@ void GridViewWin32Gdi::pushState() {
 
 void GridViewWin32Gdi::pushItemLook() {
     const NativeGridView& grid = getAbstraction();
-    pushLook({LVM_SETTEXTCOLOR, LVM_SETBKCOLOR, LVM_SETIMAGELIST, LVSIL_SMALL, LVSIL_STATE, 1},
-             grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr,
-             grid.hasBitmaps() ? &grid.bitmaps() : nullptr, grid.hasCheckBoxes());
-    send(LVM_SETTEXTBKCOLOR, 0, send(LVM_GETBKCOLOR));
+    pushLook(
+        {LVM_SETTEXTCOLOR, LVM_SETBKCOLOR, LVM_SETIMAGELIST, LVSIL_SMALL, LVSIL_STATE, kUnchecked},
+        grid.hasFont() ? sharedReference<FontDescriptor>(&grid.font()) : nullptr,
+        grid.hasBitmaps() ? &grid.bitmaps() : nullptr, grid.hasCheckBoxes());
+    sendData(LVM_SETTEXTBKCOLOR, send(LVM_GETBKCOLOR));
     send(LVM_SETCALLBACKMASK, grid.hasCheckBoxes() ? LVIS_STATEIMAGEMASK : 0U);
 }
 
@@ -79,8 +80,8 @@ void GridViewWin32Gdi::pushColumns() {
     const double factor = getAbstraction().scale(1.0);
     const bool isRescaled = std::exchange(scalingFactor_, factor) != factor;
     while (columns_.size() > wanted.size()) {
-        send(LVM_DELETECOLUMN, columns_.size() - 1);
         columns_.pop_back();
+        send(LVM_DELETECOLUMN, columns_.size());
     }
     for (std::size_t column = 0; column < wanted.size(); ++column) {
         const bool isNew = column >= columns_.size();
@@ -95,7 +96,7 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     constexpr int kFormats[] = {LVCFMT_LEFT, LVCFMT_RIGHT, LVCFMT_CENTER, LVCFMT_LEFT};
     const GridColumn& wanted = getAbstraction().columns()[column];
     LVCOLUMNW native{};
-    native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | (isNew ? LVCF_SUBITEM : 0U);
+    native.mask = LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | LVCF_SUBITEM;
     native.fmt = kFormats[static_cast<std::size_t>(wanted.alignment)];
     native.cx = widthOf(column);
     native.pszText = const_cast<wchar_t*>(wanted.caption.c_str());
@@ -140,8 +141,7 @@ std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
 void GridViewWin32Gdi::resizeColumns() {
     guarded(ZU_OPERATION, [this] {
         const Mirroring mirroring(*this);
-        const std::size_t count = std::min(columns_.size(), getAbstraction().columns().size());
-        for (std::size_t column = 0; column < count; ++column) {
+        for (std::size_t column = 0; column < columnCount(); ++column) {
             send(LVM_SETCOLUMNWIDTH, column, widthOf(column));
         }
     });
@@ -212,7 +212,7 @@ LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
     const bool whole = (flags & LVFI_PARTIAL) == 0;
     const std::size_t count = model.rowCount();
     const std::size_t start = rowOf(request.iStart) != kNullSize ? rowOf(request.iStart) : 0;
-    const std::size_t end = start + ((flags & LVFI_WRAP) != 0 ? count : count - start);
+    const std::size_t end = (flags & LVFI_WRAP) != 0 ? start + count : count;
     for (std::size_t row = start; row < end; ++row) {
         const std::wstring& text = model.cell(row % count, 0);
         const std::size_t size = whole ? text.size() : std::min(text.size(), wanted.size());
@@ -289,13 +289,11 @@ void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT new
 // The user has given a column another width; true when there is nothing left
 // for the window to do.
 bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
-    if (isMirroring() || change.hdr.hwndFrom != ListView_GetHeader(window())) {
+    if (isMirroring() || change.hdr.hwndFrom != ListView_GetHeader(window()) ||
+        static_cast<std::size_t>(change.iItem) >= columnCount()) {
         return false;
     }
     const auto column = static_cast<std::size_t>(change.iItem);
-    if (column >= columns_.size() || column >= getAbstraction().columns().size()) {
-        return false;
-    }
     NativeGridView& grid = getAbstraction();
     std::int32_t width = 0;
     switch (change.hdr.code) {
@@ -329,10 +327,8 @@ bool GridViewWin32Gdi::toggle(std::size_t row) {
     }
     SetFocus(window());
     getAbstraction().acceptChecked(row, !model().isChecked(row));
-    // The receiver may have ended the window.
-    if (window() != nullptr) {
-        mirrorRow(row);
-    }
+    // The receiver may have ended the window, and nobody hears it then.
+    mirrorRow(row);
     return true;
 }
 

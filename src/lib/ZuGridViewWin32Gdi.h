@@ -37,7 +37,7 @@ protected:
     }
     void mirrorAllSelected(bool selected) override { mirrorSelected(kNullSize, selected); }
 
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
     LRESULT onNotify(NMHDR& header) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
@@ -58,6 +58,10 @@ private:
     // kNullSize stands for all rows.
     void setSelected(std::size_t row, bool selected);
     std::int32_t widthOf(std::size_t column) const;
+    // How many columns both the window and the program have.
+    std::size_t columnCount() const {
+        return std::min(columns_.size(), getAbstraction().columns().size());
+    }
     // kNullSize when there is no such row.
     std::size_t rowOf(int index) const noexcept;
     void answerDisplay(LVITEMW& item) const;

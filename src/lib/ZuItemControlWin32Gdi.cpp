@@ -94,7 +94,7 @@ ImageListHandle makeCheckImages(std::int32_t extent, COLORREF background, UINT f
     }
     // Not for the control's window, which would take the theme for its own.
     const ThemeHandle theme(OpenThemeData(nullptr, L"BUTTON"));
-    ImageListHandle list = makeList({extent, extent}, static_cast<int>(kChecked - firstState + 1));
+    ImageListHandle list = makeList({extent, extent}, kChecked);
     for (UINT state = firstState; state <= kChecked; ++state) {
         const PixelBitmap image({extent, extent});
         if (state != 0) {
@@ -109,10 +109,7 @@ ImageListHandle makeCheckImages(std::int32_t extent, COLORREF background, UINT f
 
 std::size_t ItemControlWin32Gdi::deferRedraw() noexcept {
     const Mirroring mirroring(*this);
-    if (burst_ == 0) {
-        if (!PostMessageW(window(), WM_NULL, 0, 0)) {
-            return 1;
-        }
+    if (burst_ == 0 && PostMessageW(window(), WM_NULL, 0, 0)) {
         send(WM_SETREDRAW, FALSE);
     }
     return ++burst_;
@@ -161,13 +158,14 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
         case WM_CHAR:
             // The search for texts would get it.
             return hasCheckBoxes() && message.wide == L' ';
-        case WM_CONTEXTMENU:
+        case WM_CONTEXTMENU: {
             // By the keyboard; the right button has its notification.
-            if (message.extra == -1) {
+            const bool isKey = message.extra == -1;
+            if (isKey) {
                 reportMenuKey();
-                return true;
             }
-            return false;
+            return isKey;
+        }
         default:
             return false;
     }
@@ -176,12 +174,12 @@ bool ItemControlWin32Gdi::answers(const WindowMessage& message) {
 void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontDescriptor>& font,
                                    const BitmapListDescriptor* bitmaps, bool checkBoxes) {
     synchronizeFont(font);
-    const std::array colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
-                            colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
+    const std::pair colors{colorOr(control(), ColorRole::kText, COLOR_WINDOWTEXT),
+                           colorOr(control(), ColorRole::kBackground, COLOR_WINDOW)};
     bool changed = std::exchange(colors_, colors) != colors;
     if (changed) {
-        send(look.setTextColor, 0, static_cast<LPARAM>(colors[0]));
-        send(look.setBackground, 0, static_cast<LPARAM>(colors[1]));
+        sendData(look.setTextColor, static_cast<LPARAM>(colors.first));
+        sendData(look.setBackground, static_cast<LPARAM>(colors.second));
     }
     const auto pushImages = [&](WPARAM kind, auto& images, const auto& request, const auto& make) {
         if (images.request != request) {
@@ -199,8 +197,8 @@ void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontD
     const std::int32_t extent =
         checkBoxes ? std::max(control().scale(kCheckImageSize), 4 * kCheckMargin) : 0;
     pushImages(look.checkImages, checkImages_,
-               CheckImageRequest(extent, colors[1], GetSysColor(COLOR_WINDOWTEXT)),
-               [&] { return makeCheckImages(extent, colors[1], look.firstState); });
+               CheckImageRequest(extent, colors.second, GetSysColor(COLOR_WINDOWTEXT)),
+               [&] { return makeCheckImages(extent, colors.second, look.firstState); });
     if (changed) {
         InvalidateRect(window(), nullptr, TRUE);
     }

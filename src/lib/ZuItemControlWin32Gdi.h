@@ -57,7 +57,7 @@ protected:
     virtual void reportMenuKey() = 0;
 
     // The window's messages, the kinds of its two lists of images, and its first state
-    // of a check box: a tree counts from 0, which shows nothing, a list from 1.
+    // of a check box: a tree counts from none, which shows nothing, a list from kUnchecked.
     struct Look {
         UINT setTextColor;
         UINT setBackground;
@@ -97,7 +97,7 @@ private:
     // Changes since redrawing was put off; 0 while it is not.
     std::size_t burst_ = 0;
     // Text and background.
-    std::optional<std::array<COLORREF, 2>> colors_;
+    std::optional<std::pair<COLORREF, COLORREF>> colors_;
     Images<ItemImageRequest> images_;
     Images<CheckImageRequest> checkImages_;
 };

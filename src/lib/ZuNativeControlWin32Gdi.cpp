@@ -36,20 +36,19 @@ std::uint32_t heldModifiers() noexcept {
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
 
-bool NativeControlWin32Gdi::synchronizeWindow(const wchar_t* windowClass, DWORD style,
-                                              DWORD extendedStyle,
+void NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
                                               const std::function<void()>& onMade, bool anew) {
     const HWND parent = control().surface() != nullptr ? surfaceWindowOf(control()) : hostWindow_;
     const bool hadFocus = hasSystemFocus();
-    if (window() != nullptr && (anew || parent != GetParent(window()) || style != style_)) {
+    if (window() != nullptr && (anew || parent != GetParent(window()) || shape.style != style_)) {
         destroyWindow();
     }
     if (parent == nullptr) {
-        return false;
+        return;
     }
     const bool isNew = window() == nullptr;
     if (isNew) {
-        createWindow(windowClass, style, extendedStyle, parent);
+        createWindow(shape, parent);
     }
     place(parent);
     synchronizeColors(isNew);
@@ -59,7 +58,6 @@ bool NativeControlWin32Gdi::synchronizeWindow(const wchar_t* windowClass, DWORD 
     if (isNew && onMade) {
         onMade();
     }
-    return true;
 }
 
 bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
@@ -79,21 +77,20 @@ void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
     }
 }
 
-void NativeControlWin32Gdi::createWindow(const wchar_t* windowClass, DWORD style,
-                                         DWORD extendedStyle, HWND parent) {
+void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
     constexpr INITCOMMONCONTROLSEX kClasses{
         sizeof(kClasses), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&kClasses);
     const Rect area = control().boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
-    WindowHandle made(CreateWindowExW(extendedStyle, windowClass, L"", style | WS_CHILD, area.left,
-                                      area.top, area.width(), area.height(), parent,
-                                      reinterpret_cast<HMENU>(identifier),
+    WindowHandle made(CreateWindowExW(shape.extendedStyle, shape.windowClass, L"",
+                                      shape.style | WS_CHILD, area.left, area.top, area.width(),
+                                      area.height(), parent, reinterpret_cast<HMENU>(identifier),
                                       GetModuleHandleW(nullptr), nullptr));
     requireSystem(made && attachment_.attach(made.get(), *this, operation_),
                   L"Could not create window", ZU_HERE);
     made.release();
-    style_ = style;
+    style_ = shape.style;
     text_.clear();
     font_.reset();
 }
@@ -152,7 +149,6 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
             DestroyWindow(window);
         }
     }
-    font_.reset();
     tracksLeaving_ = false;
     swallowsCharacter_ = false;
 }
@@ -296,7 +292,6 @@ void NativeControlWin32Gdi::reportHover(InputRouter& router, const WindowMessage
 }
 
 bool NativeControlWin32Gdi::routeUnusedKey(InputRouter& router, const WindowMessage& message) {
-    swallowsCharacter_ = false;
     const KeyEvent event{static_cast<std::uint32_t>(message.wide), heldModifiers()};
     const bool used = !usesKey(event) && router.routeKeyFrom(control(), event);
     // The characters of these keys make edit controls beep.

@@ -56,13 +56,18 @@ protected:
     NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
         : hostWindow_(hostWindow), operation_(operation) {}
 
-    // Makes the window if need be, and anew for another surface or style (which is
-    // without WS_CHILD, WS_VISIBLE and WS_DISABLED); pushes place, visibility and enabled
-    // state. onMade follows for a window that was made: it has nothing of what the
-    // derived backend has pushed. False where there is none; throws SystemException
-    // when the system refuses it.
-    bool synchronizeWindow(const wchar_t* windowClass, DWORD style, DWORD extendedStyle,
-                           const std::function<void()>& onMade = {}, bool anew = false);
+    // What a window is made with; the style is without WS_CHILD, WS_VISIBLE and WS_DISABLED.
+    struct Shape {
+        const wchar_t* windowClass;
+        DWORD style;
+        DWORD extendedStyle;
+    };
+    // Makes the window if need be, and anew for another surface or style; none without a
+    // parent. Pushes place, visibility and enabled state. onMade follows for a window that
+    // was made: it has nothing of what the derived backend has pushed. Throws
+    // SystemException when the system refuses it.
+    void synchronizeWindow(const Shape& shape, const std::function<void()>& onMade = {},
+                           bool anew = false);
     // Null stands for the default font.
     void synchronizeFont(const std::shared_ptr<FontDescriptor>& font);
     // Sends a text by the message that it goes with, unless it was the last one.
@@ -76,12 +81,13 @@ protected:
 
     virtual Control& control() const = 0;
     // What the window answers.
-    LRESULT send(UINT id, WPARAM wide = 0, LPARAM extra = 0) const noexcept {
+    LRESULT send(UINT id, WPARAM wide = {}, LPARAM extra = {}) const noexcept {
         return SendMessageW(window(), id, wide, extra);
     }
-    // A message whose second word is the address of what it is about.
+    // A message whose second word alone counts: a value, or the address of what it is about.
+    LRESULT sendData(UINT id, LPARAM data) const noexcept { return send(id, {}, data); }
     LRESULT sendData(UINT id, const void* data) const noexcept {
-        return send(id, 0, reinterpret_cast<LPARAM>(data));
+        return sendData(id, reinterpret_cast<LPARAM>(data));
     }
 
     // What the parent hears of the control: the code of a command that is not the backend's
@@ -115,7 +121,7 @@ private:
         return window == attachment_.window() || window == part_.window();
     }
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
-    void createWindow(const wchar_t* windowClass, DWORD style, DWORD extendedStyle, HWND parent);
+    void createWindow(const Shape& shape, HWND parent);
     void place(HWND parent);
     void synchronizeColors(bool isNew);
     bool hasSystemFocus() const noexcept;
@@ -149,7 +155,8 @@ class ControlBackendWin32Gdi : public Portable, public Native {
 public:
     void synchronizeWithAbstraction() override {
         guarded(synchronizing_, [this] {
-            if (initializeFromDescriptor()) {
+            initializeFromDescriptor();
+            if (Native::window() != nullptr) {
                 pushState();
             }
         });
@@ -165,7 +172,7 @@ protected:
 
     Control& control() const override { return Portable::getAbstraction(); }
     // The two halves of a synchronisation: the window, and what it shows if there is one.
-    virtual bool initializeFromDescriptor() = 0;
+    virtual void initializeFromDescriptor() = 0;
     virtual void pushState() = 0;
 
 private:

@@ -2,9 +2,9 @@
 
 namespace zustd {
 
-bool ProgressBarWin32Gdi::initializeFromDescriptor() {
+void ProgressBarWin32Gdi::initializeFromDescriptor() {
     const DWORD style = getAbstraction().isMarquee() ? PBS_MARQUEE : 0;
-    return synchronizeWindow(PROGRESS_CLASSW, style, 0, [this] { interval_ = 0; });
+    synchronizeWindow({PROGRESS_CLASSW, style}, [this] { interval_ = 0; });
 }
 
 void ProgressBarWin32Gdi::pushState() {

@@ -22,7 +22,7 @@ public:
     std::int32_t getThickness() const override { return GetSystemMetrics(SM_CYVSCROLL); }
 
 protected:
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
 
 private:

@@ -2,9 +2,9 @@
 
 namespace zustd {
 
-bool ScrollBarWin32Gdi::initializeFromDescriptor() {
+void ScrollBarWin32Gdi::initializeFromDescriptor() {
     const DWORD direction = getAbstraction().isVertical() ? SBS_VERT : SBS_HORZ;
-    return synchronizeWindow(L"ScrollBar", direction, 0);
+    synchronizeWindow({L"ScrollBar", direction});
 }
 
 void ScrollBarWin32Gdi::pushState() {
@@ -46,7 +46,7 @@ std::int32_t ScrollBarWin32Gdi::getPosition() const {
 void ScrollBarWin32Gdi::setEnableArrows(bool towardsMinimum, bool towardsMaximum) {
     // A bar without anything to scroll stays where it is, greyed. Pushing a
     // range may have changed the state behind our back.
-    const bool usable = canBeUsed() && (towardsMinimum || towardsMaximum);
+    const bool usable = canBeUsed();
     enableWindow(usable);
     if (usable) {
         EnableScrollBar(window(), SB_CTL,

@@ -28,7 +28,7 @@ public:
     }
 
 protected:
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
     bool canBeUsed() const override;
     void onCommand(UINT code) override;

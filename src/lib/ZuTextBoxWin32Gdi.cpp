@@ -17,7 +17,7 @@ std::wstring withPairs(const std::wstring& text) {
 }
 
 bool isInsidePair(const std::wstring& text, std::size_t place) noexcept {
-    return place > 0 && place < text.size() && IS_SURROGATE_PAIR(text[place - 1], text[place]);
+    return place != 0 && IS_SURROGATE_PAIR(text[place - 1], text[place]);
 }
 
 std::wstring withoutHalves(std::wstring_view text) {
@@ -48,9 +48,9 @@ constexpr std::array<DWORD, 3> kStyles = {
 
 }  // namespace
 
-bool TextBoxWin32Gdi::initializeFromDescriptor() {
+void TextBoxWin32Gdi::initializeFromDescriptor() {
     const DWORD style = kStyles[static_cast<std::size_t>(getAbstraction().kind())];
-    return synchronizeWindow(L"EDIT", style, WS_EX_CLIENTEDGE);
+    synchronizeWindow({L"EDIT", style, WS_EX_CLIENTEDGE});
 }
 
 void TextBoxWin32Gdi::pushState() {

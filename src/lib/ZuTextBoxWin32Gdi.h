@@ -19,7 +19,7 @@ public:
                                  L"TextBoxWin32Gdi::synchronizeWithAbstraction") {}
 
 protected:
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
     void onCommand(UINT code) override;
     bool hasField() const noexcept override { return true; }
@@ -34,7 +34,7 @@ private:
     void moveOutOfPair(const WindowMessage& message);
 
     // The first half of a pair that is being typed; 0 for none.
-    wchar_t typedHigh_ = 0;
+    wchar_t typedHigh_ = L'\0';
 };
 
 }  // namespace zustd

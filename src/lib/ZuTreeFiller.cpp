@@ -147,19 +147,22 @@ void TreeFiller::restart() {
     work();
 }
 
-bool TreeFiller::settle(TreeNode node) {
+void TreeFiller::settle(TreeNode node) {
     const TreeModel& model = items_.model();
     if (!isThere(node)) {
-        return false;
+        return;
     }
     if (!model.isExpanded(node)) {
         drop(node);
-        return items_.expandItem(node);
+    } else {
+        findRuns(node);
+        // Without any child there it would not expand.
+        const TreeNode child = model.firstChild(node);
+        if (child != kNoNode && !isThere(child)) {
+            insertNext();
+        }
     }
-    findRuns(node);
-    const TreeNode child = model.firstChild(node);
-    // Its first item expands it as well.
-    return child != kNoNode && !isThere(child) ? insertNext() : items_.expandItem(node);
+    items_.expandItem(node);
 }
 
 bool TreeFiller::settleAll(TreeNode top) {

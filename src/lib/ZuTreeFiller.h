@@ -40,8 +40,8 @@ public:
     // expanded, if the model says so. Throws when the system refuses.
     virtual void insert(TreeNode node) = 0;
     virtual bool isItemExpanded(TreeNode node) const = 0;
-    // Brings the expansion of a node's item in line with the model's; false when it was.
-    virtual bool expandItem(TreeNode node) = 0;
+    // Brings the expansion of a node's item in line with the model's.
+    virtual void expandItem(TreeNode node) = 0;
     // Asks for TreeFiller::work() on a message of its own, or no longer; false when it cannot be.
     virtual bool await(bool more) = 0;
 };
@@ -89,8 +89,8 @@ public:
     }
 
     // Brings what the native tree has of a node, and what can be seen below it, into
-    // the model's state; false when the node was.
-    bool settle(TreeNode node);
+    // the model's state.
+    void settle(TreeNode node);
     // Has those of a node and of all below it wait, of all for kNoNode; false, with
     // nothing done, when filling anew is less work.
     bool settleAll(TreeNode top);

@@ -1,5 +1,7 @@
 #include "ZuTreeItemsWin32Gdi.h"
 
+#include "ZuGeometryWin32Gdi.h"
+
 namespace zustd {
 
 void TreeItemsWin32Gdi::clearItems() {
@@ -21,7 +23,7 @@ void TreeItemsWin32Gdi::insert(TreeNode node) {
     item.item.lParam = static_cast<LPARAM>(TreeModel::placeOf(node));
     item.item.state |= model().isExpanded(node) ? UINT{TVIS_EXPANDED} : 0U;
     item.item.stateMask |= TVIS_EXPANDED;
-    item.item.cChildren = model().childCount(node) != 0 ? 1 : 0;
+    item.item.cChildren = model().childCount(node) != 0;
     const LRESULT made = sendData(TVM_INSERTITEMW, &item);
     requireSystem(made, L"Could not insert item", ZU_HERE);
     model().setNativeWord(node, made);
@@ -77,21 +79,19 @@ void TreeItemsWin32Gdi::showButton(TreeNode node, bool hasChildren) {
     item.hItem = itemOf(node);
     // It has no item below it: some versions would leave it expanded for good.
     item.stateMask = TVIS_EXPANDED;
-    item.cChildren = hasChildren ? 1 : 0;
+    item.cChildren = hasChildren;
     sendData(TVM_SETITEMW, &item);
 }
 
-bool TreeItemsWin32Gdi::expandItem(TreeNode node) {
+void TreeItemsWin32Gdi::expandItem(TreeNode node) {
     const bool expanded = model().isExpanded(node);
-    if (expanded == isItemExpanded(node)) {
-        return false;
+    if (expanded != isItemExpanded(node)) {
+        send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, wordOf(node));
     }
-    send(TVM_EXPAND, expanded ? TVE_EXPAND : TVE_COLLAPSE, wordOf(node));
     if (!expanded && isItemExpanded(node)) {
         // Some versions do nothing as long as there is no item below it.
         showButton(node, model().childCount(node) != 0);
     }
-    return true;
 }
 
 bool TreeItemsWin32Gdi::isItemExpanded(TreeNode node) const {
@@ -135,17 +135,18 @@ TreeNode TreeItemsWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
 }
 
 Rect TreeItemsWin32Gdi::boundaryOf(TreeNode node) const {
-    const LPARAM item = wordOf(node);
+    const HTREEITEM item = itemOf(node);
     RECT caption{};
     RECT client{};
     RECT seen{};
     // The message takes the item where it leaves the rectangle.
     std::memcpy(&caption, &item, sizeof(item));
-    if (item == 0 || send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) == FALSE ||
-        !GetClientRect(window(), &client) || !IntersectRect(&seen, &caption, &client)) {
-        return {};
+    if (item != nullptr &&
+        send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) != FALSE) {
+        GetClientRect(window(), &client);
+        IntersectRect(&seen, &caption, &client);
     }
-    return {seen.left, seen.top, seen.right - 1, seen.bottom - 1};
+    return portableRect(seen);
 }
 
 }  // namespace zustd

@@ -19,7 +19,7 @@ public:
     std::size_t itemCount() const override { return static_cast<std::size_t>(send(TVM_GETCOUNT)); }
     void insert(TreeNode node) override;
     bool isItemExpanded(TreeNode node) const override;
-    bool expandItem(TreeNode node) override;
+    void expandItem(TreeNode node) override;
     bool await(bool more) override;
 
 protected:

@@ -7,31 +7,18 @@ namespace zustd {
 void TreeViewWin32Gdi::pushState() {
     const Mirroring mirroring(*this);
     const NativeTreeView& tree = getAbstraction();
-    pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE, 0},
+    pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE},
              tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
     if (state_ == TreeState::kEmpty || (isStale() && isRedrawEnabled())) {
-        if (awaitsVisible_ == kNoNode) {
+        if (!model().contains(awaitsVisible_)) {
             awaitsVisible_ = std::exchange(held_, kNoNode);
         }
         fill();
     }
-    if (isReady() && isRedrawEnabled() && !isAnswering()) {
-        if (state_ == TreeState::kBehind) {
-            workOn();
-        }
-        showAwaited();
-    }
+    showAwaited();
 }
 
-void TreeViewWin32Gdi::setEnableRedraw(bool enable) {
-    TreeViewImplementation::setEnableRedraw(enable);
-    guarded(ZU_OPERATION, [this] {
-        catchUp();
-        showAwaited();
-    });
-}
-
-bool TreeViewWin32Gdi::initializeFromDescriptor() {
+void TreeViewWin32Gdi::initializeFromDescriptor() {
     constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
                              TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
     settle();
@@ -43,8 +30,8 @@ bool TreeViewWin32Gdi::initializeFromDescriptor() {
         model().clearNativeWords();
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
-    return synchronizeWindow(WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE, onMade,
-                             hasBoxes_ != getAbstraction().hasCheckBoxes());
+    synchronizeWindow({WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
+                      hasBoxes_ != getAbstraction().hasCheckBoxes());
 }
 
 void TreeViewWin32Gdi::fill() {
@@ -72,9 +59,6 @@ void TreeViewWin32Gdi::fill() {
 
 void TreeViewWin32Gdi::workOn() {
     state_ = TreeState::kCurrent;
-    if (!filler_.hasWork()) {
-        return;
-    }
     const Mirroring mirroring(*this);
     // Not one that has been scrolled away meanwhile.
     const TreeNode held = boundaryOf(held_).isEmpty() ? kNoNode : held_;
@@ -87,11 +71,10 @@ void TreeViewWin32Gdi::workOn() {
 
 // Not while the window works on items that would be replaced.
 void TreeViewWin32Gdi::catchUp() {
-    if (window() == nullptr || isMirroring() || isAnswering() || !isRedrawEnabled() ||
-        getAbstraction().isUpdating()) {
+    if (window() == nullptr || isMirroring() || isAnswering() || getAbstraction().isUpdating()) {
         return;
     }
-    if (state_ == TreeState::kStale) {
+    if (state_ == TreeState::kStale && isRedrawEnabled()) {
         synchronizeWithAbstraction();
     } else if (state_ == TreeState::kBehind) {
         workOn();
@@ -138,7 +121,7 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
                 return;
             }
             if (model.selected() != kNoNode && model.isAncestorOf(node, model.selected())) {
-                select(kNoNode);
+                selectItem(kNoNode);
             }
             removeItem(node);
         }
@@ -153,11 +136,9 @@ void TreeViewWin32Gdi::mirrorRemoving(TreeNode node) {
 
 void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
     mirror(ZU_OPERATION, [&] {
+        deferRedraw();
         filler_.settle(node);
-        if (filler_.hasWork()) {
-            deferRedraw();
-            filler_.workLater();
-        }
+        filler_.workLater();
     });
 }
 
@@ -172,45 +153,27 @@ void TreeViewWin32Gdi::mirrorAllExpanded(TreeNode top) {
 }
 
 void TreeViewWin32Gdi::select(TreeNode node) {
-    const HTREEITEM selected = selectedItem();
-    if (selected == nullptr || itemOf(node) != selected) {
+    if (isReady() && selectedNode() != node) {
         reveal(node);
-    }
-    if (itemOf(node) != selected) {
-        if (node != kNoNode) {
-            // Where it is to be scrolled to is known only with redrawing on.
-            settle();
-        }
         selectItem(node);
     }
 }
 
-// Brings a node into the window, with what is above it expanded.
+// Brings a node into the window, with what is above it expanded. Redrawing is on then:
+// only so is it known where to scroll to.
 void TreeViewWin32Gdi::reveal(TreeNode node) {
-    if (node == kNoNode || !isReady()) {
-        return;
-    }
-    std::optional<BulkMirroring> bulk;
-    if (itemOf(node) == nullptr) {
-        bulk.emplace(*this);
-    }
+    const BulkMirroring bulk(*this);
     filler_.reveal(node);
 }
 
 // Does nothing without a node that waits for it, and as long as it would not be seen.
 // A node that could not be brought into the window goes on waiting.
 void TreeViewWin32Gdi::showAwaited() {
-    if (!isReady() || !isRedrawEnabled()) {
-        return;
-    }
-    const TreeNode node = awaitsVisible_;
-    if (model().contains(node)) {
-        settle();
+    if (isReady() && isRedrawEnabled() && model().contains(awaitsVisible_)) {
         const Mirroring mirroring(*this);
-        reveal(node);
-        hold(node);
+        reveal(awaitsVisible_);
+        hold(std::exchange(awaitsVisible_, kNoNode));
     }
-    awaitsVisible_ = kNoNode;
 }
 
 // Scrolls to a node, again after each slice of what waits: that would push it out.
@@ -225,13 +188,12 @@ void TreeViewWin32Gdi::ensureNodeVisible(TreeNode node) {
         if (!model().contains(node)) {
             return;
         }
-        bool changed = false;
         for (TreeNode above = model().parent(node); above != kNoNode;
              above = model().parent(above)) {
-            changed = model().setExpanded(above, true) || changed;
+            model().setExpanded(above, true);
         }
         awaitsVisible_ = node;
-        if (changed && !(isReady() && isRedrawEnabled())) {
+        if (!isRedrawEnabled()) {
             markStale();
         }
         showAwaited();
@@ -306,7 +268,7 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     if (expanding && isReady()) {
         const BulkMirroring bulk(*this);
         filler_.open(node);
-    } else if (!expanding) {
+    } else {
         filler_.drop(node);
     }
     return true;
@@ -316,21 +278,17 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
 void TreeViewWin32Gdi::undoRefused() {
     const TreeNode node = std::exchange(refused_, kNoNode);
     const Mirroring mirroring(*this);
-    if (itemOf(node) != nullptr && filler_.settle(node)) {
+    if (itemOf(node) != nullptr) {
+        filler_.settle(node);
         filler_.goOn();
         select(model().selected());
     }
 }
 
 void TreeViewWin32Gdi::reportSelection() {
-    if (!std::exchange(selectionChanged_, false) || window() == nullptr) {
-        return;
-    }
-    const TreeNode chosen = selectedNode();
-    // What is above it may be about to be collapsed.
-    const TreeNode seen = model().standInFor(chosen);
-    getAbstraction().acceptSelection(seen);
-    if (seen != chosen && hasNativeObject()) {
+    if (std::exchange(selectionChanged_, false) && window() != nullptr) {
+        // What is above it may be about to be collapsed.
+        getAbstraction().acceptSelection(model().standInFor(selectedNode()));
         mirrorSelection();
     }
 }
@@ -364,23 +322,20 @@ bool TreeViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT& resu
             return true;
         }
         case WM_TIMER:
-            if (!isAwaited(message.wide)) {
-                return false;
-            }
-            // Not within another message of the window, which may work on its items;
-            // the timer's next one comes soon enough.
-            if (!isReady() || !filler_.hasWork()) {
+            // To the window it is nobody's; at its end what waits comes.
+            if (isAwaited(message.wide) && isReady()) {
+                state_ = TreeState::kBehind;
+            } else if (isAwaited(message.wide)) {
                 await(false);
-            } else if (!isMirroring() && !isAnswering()) {
-                workOn();
             }
-            return true;
+            break;
         case WM_RBUTTONDOWN:
             rightPoint_ = message.extra;
-            return false;
+            break;
         default:
-            return false;
+            break;
     }
+    return false;
 }
 
 }  // namespace zustd

@@ -16,7 +16,6 @@ public:
         : TreeItemsWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage",
                             L"TreeViewWin32Gdi::synchronizeWithAbstraction") {}
 
-    void setEnableRedraw(bool enable) override;
     // Without native object, or with redrawing off, when there is one again.
     void ensureNodeVisible(TreeNode node) override;
     // Of the node's caption, as far as the window shows it by now.
@@ -37,7 +36,7 @@ protected:
         mirror(ZU_OPERATION, [this] { select(model().selected()); });
     }
 
-    bool initializeFromDescriptor() override;
+    void initializeFromDescriptor() override;
     void pushState() override;
     void catchUp() override;
     LRESULT onNotify(NMHDR& header) override;
