@@ -30,7 +30,7 @@ wchar_t accessKeyOf(std::wstring_view caption) noexcept {
 }
 
 void addAccessKey(std::wstring& caption, std::wstring& taken) {
-    if (caption.empty() || !IsCharAlphaW(caption.front())) {
+    if (!IsCharAlphaW(caption[0])) {
         return;
     }
     for (std::size_t i = 0; i < caption.size(); ++i) {

@@ -5,8 +5,8 @@
 
 namespace zustd {
 
-const MessageKind ApplicationService::kAppKeysPressed{L"appKeysPressed.ApplicationService"};
-const MessageKind ApplicationService::kPrefShowTooltips{L"prefShowTooltips.ApplicationService"};
+ZU_MESSAGE_KIND(ApplicationService::kAppKeysPressed, MessageWords::kUnsaid);
+ZU_MESSAGE_KIND(ApplicationService::kPrefShowTooltips, MessageWords::kUnsaid);
 
 std::shared_ptr<PropertyBag> preferencesOf(const ServiceLocator& locator) {
     const auto as = locator.getService<ApplicationService>();

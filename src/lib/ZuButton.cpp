@@ -22,7 +22,6 @@ Color mixed(Color from, Color to, int part) noexcept {
 }
 
 constexpr Color kLight = Color::rgb(0xFF, 0xFF, 0xFF);
-constexpr Color kDark = Color::rgb(0x00, 0x00, 0x00);
 
 }  // namespace
 
@@ -31,7 +30,7 @@ Button::Button(const std::wstring& text) : PressedText(text) {
 }
 
 Size Button::preferredSize() {
-    const Size content = contentSize(drawnBitmap(*this, bitmap_).size, textSize(0));
+    const Size content = contentSize(drawnBitmap(*this, bitmap_).size, textSize());
     return withinLimits(content.grownBy({scale(kPadding.width), scale(kPadding.height)}));
 }
 
@@ -46,7 +45,7 @@ bool Button::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) 
 void Button::drawSelf(GraphicsService& graphics) {
     drawFace(graphics);
     const DrawnBitmap image = drawnBitmap(*this, bitmap_);
-    const Size text = textSize(0);
+    const Size text = textSize();
     const Size content = contentSize(image.size, text);
     const std::int32_t padding = std::min(scale(kPadding.width), boundary().width() / 4);
     const Rect room = area().shrunkBy(padding, 1);
@@ -74,7 +73,7 @@ void Button::drawFace(GraphicsService& graphics) const {
         border = drawnColor(*this, ColorRole::kSelectedBackground);
     }
     // Lit from below it lies deeper than the window.
-    const Color top = pressed || checked_ ? mixed(face, kDark, pressed ? 40 : 20)
+    const Color top = pressed || checked_ ? mixed(face, Color::black(), pressed ? 40 : 20)
                                           : mixed(face, kLight, usable ? 160 : 100);
     graphics.drawGradient(area(), top, face, zuGradientVertical);
     graphics.setPen(border, std::max(scale(1), 1));
@@ -82,7 +81,7 @@ void Button::drawFace(GraphicsService& graphics) const {
 }
 
 Size Button::contentSize(Size image, Size text) const {
-    const bool both = image.width > 0 && text.width > 0;
+    const bool both = !image.isEmpty() && !text.isEmpty();
     return {saturate(std::int64_t{image.width} + text.width + (both ? scale(kGap) : 0)),
             std::max(image.height, text.height)};
 }

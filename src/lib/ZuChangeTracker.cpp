@@ -2,9 +2,8 @@
 
 namespace zustd {
 
-const MessageKind ChangeTracker::kPropertyChanged{L"propertyChanged.ChangeTracker",
-                                                  MessageWords::kText};
-const MessageKind ChangeTracker::kCacheCleared{L"cacheCleared.ChangeTracker", MessageWords::kText};
+ZU_MESSAGE_KIND(ChangeTracker::kPropertyChanged, MessageWords::kText);
+ZU_MESSAGE_KIND(ChangeTracker::kCacheCleared, MessageWords::kText);
 
 void ChangeTracker::markSaved() {
     savedCountLow_ = changeCountLow_;

@@ -361,8 +361,7 @@ void Control::stateChanged() {
 }
 
 void Control::endUpdate() {
-    if (--updateDepth_ == 0 && updatePending_) {
-        updatePending_ = false;
+    if (--updateDepth_ == 0 && std::exchange(updatePending_, false)) {
         guarded(L"ControlUpdate::~ControlUpdate", [this] { showState(); });
     }
 }

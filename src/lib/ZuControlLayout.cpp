@@ -32,8 +32,7 @@ Point Control::toSurface(Point point) const noexcept {
 
 Size Control::withinLimits(Size size) const noexcept {
     const auto within = [](std::int32_t extent, std::int32_t minimum, std::int32_t maximum) {
-        extent = std::max(extent, minimum);
-        return maximum > 0 ? std::min(extent, maximum) : extent;
+        return limited(std::max(extent, minimum), maximum);
     };
     return {within(size.width, placement_.minimum.width, placement_.maximum.width),
             within(size.height, placement_.minimum.height, placement_.maximum.height)};
@@ -48,8 +47,7 @@ Size Control::preferredSizeForWidth(std::int32_t width) {
         return preferredSize();
     }
     const Size maximum = placement_.maximum;
-    width = std::max(maximum.width > 0 ? std::min(width, maximum.width) : width, 1);
-    return sizeWithin({width, maximum.height});
+    return sizeWithin({std::max(limited(width, maximum.width), 1), maximum.height});
 }
 
 // What the arrangement needs.
@@ -57,7 +55,7 @@ Size Control::sizeWithin(Size maximum) {
     const Size inner = maximum.shrunkBy(arrangement_.margin);
     const Size room{maximum.width > 0 ? inner.width : kUnlimited,
                     maximum.height > 0 ? inner.height : kUnlimited};
-    return sizeAround(measureLayout(arrangement_, Rect::at({0, 0}, room), children_));
+    return sizeAround(measureLayout(arrangement_, Rect::at({}, room), children_));
 }
 
 void Control::arrange() {

@@ -53,7 +53,8 @@ struct FontStyle {
     // Empty for the face of that text.
     std::wstring faceName;
 
-    friend bool operator==(const FontStyle&, const FontStyle&) = default;
+    // In any order.
+    friend auto operator<=>(const FontStyle&, const FontStyle&) = default;
 };
 
 // A font by its style, shared by whatever is written in it.
@@ -127,6 +128,7 @@ struct Color {
     static constexpr Color rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue) noexcept {
         return {red, green, blue, true};
     }
+    static constexpr Color black() noexcept { return rgb(0, 0, 0); }
 
     friend constexpr bool operator==(const Color&, const Color&) = default;
 };
@@ -210,11 +212,13 @@ using BitmapListRef = std::shared_ptr<BitmapListDescriptor>;
 // The system's own where there is none.
 inline FontStyle styleOf(const FontRef& font) { return font ? font->style() : FontStyle(); }
 
-// What a getter without a choice gives; null fails the assertion named like the member.
+// What a descriptor that must be there is; null fails the assertion of that name.
 template <class D>
 D& required(const std::shared_ptr<D>& descriptor, const wchar_t* member, const SourcePlace& place) {
     ZU_ASSERT_AS(descriptor, member, place);
     return *descriptor;
 }
+// What a getter without a choice gives.
+#define ZU_REQUIRED(member) ::zustd::required(member, L"" #member, ZU_HERE)
 
 }  // namespace zustd

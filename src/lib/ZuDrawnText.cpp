@@ -9,11 +9,11 @@ namespace {
 
 // In the order of ColorRole.
 constexpr Color kUsualColors[kColorRoleCount] = {
-    Color::rgb(0x00, 0x00, 0x00),  // kText
+    Color::black(),                // kText
     Color(),                       // kBackground
     Color::rgb(0x6D, 0x6D, 0x6D),  // kDisabledText
     Color::rgb(0x00, 0x78, 0xD7),  // kSelectedBackground
-    Color::rgb(0x00, 0x00, 0x00),  // kHoverText
+    Color::black(),                // kHoverText
     Color::rgb(0xDA, 0xEC, 0xFB),  // kHoverBackground
     Color::rgb(0xAD, 0xAD, 0xAD),  // kBorder
     Color::rgb(0x00, 0x5F, 0xB8),  // kLink
@@ -38,9 +38,9 @@ bool isPressingKey(const KeyEvent& event) noexcept {
 Size measuredText(const Control& control, std::wstring_view text, const FontStyle& style,
                   std::int32_t width) {
     const std::shared_ptr<WindowService> window = control.windowService();
-    const std::shared_ptr<GraphicsService> graphics = control.graphicsService();
-    const std::shared_ptr<Font> font = window && graphics ? window->getFont(style) : nullptr;
-    return font ? graphics->measureTextSize(text, *font, width) : Size();
+    const std::shared_ptr<Font> font = window ? window->getFont(style) : nullptr;
+    const std::shared_ptr<GraphicsService> graphics = font ? control.graphicsService() : nullptr;
+    return graphics ? graphics->measureTextSize(text, *font, width) : Size();
 }
 
 bool DrawnText::setText(const std::wstring& text) {
@@ -63,8 +63,7 @@ Size DrawnText::preferredSize() {
 }
 
 Size DrawnText::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t maximum = placement().maximum.width;
-    return sizeAround(textSize(innerWidth(maximum > 0 ? std::min(width, maximum) : width)));
+    return sizeAround(textSize(innerWidth(limited(width, placement().maximum.width))));
 }
 
 Size DrawnText::textSize(std::int32_t width) const {

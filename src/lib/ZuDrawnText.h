@@ -53,7 +53,7 @@ protected:
     // What the text is drawn in.
     virtual FontStyle fontStyle() const { return styleOf(font_); }
     // Of the text alone as measuredText() gives it, not wrapped where the text does not wrap.
-    Size textSize(std::int32_t width) const;
+    Size textSize(std::int32_t width = 0) const;
     void drawTextIn(GraphicsService& graphics, const Rect& area, Color color) const;
     bool changeFormat(const TextFormat& format) { return change(format_, format); }
     // Of one field of the format; whether there was a change.

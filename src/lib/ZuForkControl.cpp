@@ -18,7 +18,6 @@ ForkControl::ForkControl(const std::wstring& caption) : DrawnText(caption) {
 }
 
 void ForkControl::initialize() {
-    DrawnText::initialize();
     body_ = makeControl<Control>();
     body_->setArrangement({.flow = Flow::kColumns});
     body_->setTakesMouse(false);
@@ -52,7 +51,7 @@ bool ForkControl::setOpen(bool open) {
 }
 
 std::int32_t ForkControl::headerHeight() const {
-    const std::int32_t text = textSize(0).height;
+    const std::int32_t text = textSize().height;
     return saturatedSum(std::max(text, scale(kArrow)), 2 * scale(kHeaderPadding));
 }
 
@@ -142,7 +141,7 @@ void ForkControl::drawArrow(GraphicsService& graphics) const {
 }
 
 Size ForkControl::withBody(Size body) const {
-    const std::int32_t caption = saturatedSum(indent(), textSize(0).width);
+    const std::int32_t caption = saturatedSum(indent(), textSize().width);
     return withinLimits({std::max(caption, saturatedSum(indent(), body.width)),
                          saturatedSum(headerHeight(), body.height)});
 }

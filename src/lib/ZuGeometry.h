@@ -30,6 +30,11 @@ constexpr std::int32_t saturatedSum(std::int32_t left, std::int32_t right) noexc
     return saturate(std::int64_t{left} + right);
 }
 
+// The extent, but no more than a maximum; 0 is no limit.
+constexpr std::int32_t limited(std::int32_t extent, std::int32_t maximum) noexcept {
+    return maximum > 0 ? std::min(extent, maximum) : extent;
+}
+
 struct Point {
     std::int32_t x = 0;
     std::int32_t y = 0;

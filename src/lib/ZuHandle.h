@@ -16,9 +16,7 @@ public:
     explicit Handle(Type handle) noexcept : handle_(handle) {}
     Handle(Handle&& other) noexcept : handle_(other.release()) {}
     Handle& operator=(Handle&& other) noexcept {
-        if (this != &other) {
-            reset(other.release());
-        }
+        reset(other.release());
         return *this;
     }
     ~Handle() { reset(); }

@@ -1,6 +1,7 @@
 #include "ZuHashMap.h"
 
 #include <bit>
+#include <chrono>
 
 #include "ZuWindows.h"
 
@@ -73,21 +74,18 @@ std::uint64_t lastWord(const unsigned char* bytes, std::size_t size) noexcept {
 // What differs from process to process and cannot be known before: two clocks,
 // the process and thread numbers, and where stack, heap and code were placed.
 HashSecret makeSecret() noexcept {
-    struct {
-        LARGE_INTEGER ticks;
-        FILETIME time;
-        DWORD numbers[2];
-        std::uint64_t places[3];
-    } seen = {};
-    QueryPerformanceCounter(&seen.ticks);
-    GetSystemTimeAsFileTime(&seen.time);
-    seen.numbers[0] = GetCurrentProcessId();
-    seen.numbers[1] = GetCurrentThreadId();
-    seen.places[0] = reinterpret_cast<std::uintptr_t>(&seen);
-    seen.places[1] = reinterpret_cast<std::uintptr_t>(GetProcessHeap());
-    seen.places[2] = reinterpret_cast<std::uintptr_t>(&makeSecret);
-    const std::uint64_t low = hashBytes({}, &seen, sizeof(seen));
-    return {low, hashBytes({low, 1}, &seen, sizeof(seen))};
+    const auto ticksOf = [](auto moment) {
+        return static_cast<std::uint64_t>(moment.time_since_epoch().count());
+    };
+    const std::uint64_t seen[] = {ticksOf(std::chrono::steady_clock::now()),
+                                  ticksOf(std::chrono::system_clock::now()),
+                                  GetCurrentProcessId(),
+                                  GetCurrentThreadId(),
+                                  reinterpret_cast<std::uintptr_t>(&seen),
+                                  reinterpret_cast<std::uintptr_t>(GetProcessHeap()),
+                                  reinterpret_cast<std::uintptr_t>(&makeSecret)};
+    const std::uint64_t low = hashBytes({}, seen, sizeof(seen));
+    return {low, hashBytes({low, 1}, seen, sizeof(seen))};
 }
 
 }  // namespace

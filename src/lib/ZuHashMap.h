@@ -51,11 +51,13 @@ struct HashKey<std::wstring> {
     // Eight bytes at a time: keys are short, and a call of the C library costs more than they do.
     static bool isSame(View left, View right) noexcept {
         constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(wchar_t);
+        const auto wordOf = [](const wchar_t* text) {
+            std::uint64_t word;
+            std::memcpy(&word, text, sizeof(word));
+            return word;
+        };
         const auto differ = [&](std::size_t at) {
-            std::uint64_t words[2];
-            std::memcpy(&words[0], left.data() + at, sizeof(words[0]));
-            std::memcpy(&words[1], right.data() + at, sizeof(words[1]));
-            return words[0] != words[1];
+            return wordOf(left.data() + at) != wordOf(right.data() + at);
         };
         if (left.size() != right.size() || left.size() < kStep) {
             return left == right;

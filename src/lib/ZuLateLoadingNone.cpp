@@ -2,5 +2,5 @@
 // of its own, so that the linker takes it only where nobody else has any.
 #include "ZuLateLoading.h"
 
-const zustd::LateFunction zustdLateFunctions[1] = {};
+const zustd::LateFunction zustdLateFunctions[] = {{}};
 const std::size_t zustdLateFunctionCount = 0;

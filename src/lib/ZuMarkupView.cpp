@@ -205,14 +205,8 @@ std::pair<std::shared_ptr<Font>, Size> MarkupView::measured(std::wstring_view te
     ZU_ASSERT(gs);
     ZU_ASSERT(ws);
     FontStyle style = font_->style();
-    if (fontsFace_ != style.faceName) {
-        fonts_.clear();
-        fontsFace_ = style.faceName;
-    }
     style.size = std::clamp(style.size, kSmallest, kLargest);
-    const auto key = static_cast<std::uint32_t>(style.size) * 8 + (style.bold ? 4U : 0U) +
-                     (style.italic ? 2U : 0U) + (style.underline ? 1U : 0U);
-    std::shared_ptr<Font>& font = fonts_[key];
+    std::shared_ptr<Font>& font = fonts_[style];
     if (!font) {
         font = ws->getFont(style);
     }
@@ -230,10 +224,9 @@ Arrangement MarkupView::rows() const {
 }
 
 Rect MarkupView::areaWithin(std::int32_t width) const {
-    const std::int32_t maximum = placement().maximum.width;
     const Size margin = arrangement().margin;
     return Rect::at({margin.width, margin.height},
-                    {innerWidth(maximum > 0 ? std::min(width, maximum) : width), kUnlimited});
+                    {innerWidth(limited(width, placement().maximum.width)), kUnlimited});
 }
 
 Size MarkupView::sizeWithin(const Rect& area) {

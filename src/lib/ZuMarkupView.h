@@ -13,7 +13,7 @@
 // layout or scrolls it gives it any other size, which is forgotten with the next.
 #pragma once
 
-#include <unordered_map>
+#include <map>
 
 #include "ZuLink.h"
 #include "ZuMarkup.h"
@@ -63,10 +63,7 @@ public:
     static constexpr std::size_t kMaxElements = 200'000;
 
     explicit MarkupView(std::wstring markup = {});
-    void initialize() override {
-        Control::initialize();
-        watch(font_.get());
-    }
+    void initialize() override { watch(font_.get()); }
 
     const std::wstring& markup() const noexcept { return markup_; }
     // Parses at once when the view reaches its services, otherwise as soon as it is on a surface.
@@ -141,9 +138,8 @@ private:
 
     std::wstring markup_;
     std::shared_ptr<FontDescriptor> font_ = std::make_shared<FontDescriptor>();
-    // One for each state of the font; those of one face.
-    std::unordered_map<std::uint32_t, std::shared_ptr<Font>> fonts_;
-    std::wstring fontsFace_;
+    // One for each state that the font has had.
+    std::map<FontStyle, std::shared_ptr<Font>> fonts_;
     // The face that all elements have.
     std::wstring face_;
     // Those of the parsing under way.
@@ -154,7 +150,7 @@ private:
     bool wordWrap_ = false;
     bool parsing_ = false;
     // The markup has not been parsed yet.
-    bool waiting_ = false;
+    bool waiting_;
     bool full_ = false;
 };
 

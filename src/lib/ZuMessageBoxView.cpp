@@ -4,6 +4,7 @@
 #include "ZuGraphicsService.h"
 #include "ZuNativeDialog.h"
 #include "ZuWindowService.h"
+#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -19,9 +20,9 @@ constexpr std::int32_t kTextWidth = 420;
 constexpr std::size_t kMostLetters = 20000;
 constexpr wchar_t kEllipsis = L'\x2026';
 
-// The beginning of a text, and dots; never half of a surrogate pair.
+// The beginning of a text, 1 letter or more, and dots; never half of a surrogate pair.
 std::wstring cutAt(const std::wstring& text, std::size_t length) {
-    if (length > 0 && (text[length - 1] & 0xFC00) == 0xD800) {
+    if (IS_HIGH_SURROGATE(text[length - 1])) {
         --length;
     }
     return text.substr(0, length) + kEllipsis;
@@ -33,9 +34,9 @@ std::wstring cutToHeight(const std::wstring& text, std::int32_t height, Measure&
     if (measure(text).height <= height) {
         return text;
     }
-    std::size_t fits = 0;
+    std::size_t fits = 1;
     std::size_t tooMany = text.size();
-    while (tooMany - fits > 1) {
+    while (fits + 1 < tooMany) {
         const std::size_t middle = fits + (tooMany - fits) / 2;
         (measure(cutAt(text, middle)).height <= height ? fits : tooMany) = middle;
     }
@@ -79,7 +80,7 @@ bool MessageBoxView::build(WindowService& service) {
     // Before the layout: the size of the screen is that of the owner's.
     dialog_.synchronizeTree();
     const auto isMade = [](const auto& button) { return button && button->hasNativeObject(); };
-    if (!dialog_.hasNativeObject() || !std::all_of(buttons_.begin(), buttons_.end(), isMade) ||
+    if (!std::all_of(buttons_.begin(), buttons_.end(), isMade) ||
         !(box_.checkBoxText.empty() || isMade(checkBox_))) {
         return false;
     }
@@ -204,9 +205,12 @@ bool MessageBoxView::onKey(const KeyEvent& event) {
 }
 
 bool MessageBoxView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    for (std::size_t i = 0; kind == kLeftClicked && i < buttons_.size(); ++i) {
-        if (a.object<Control>() == buttons_[i].get()) {
-            close(box_.buttons[i].answer);
+    if (kind == kLeftClicked) {
+        const auto clicked =
+            std::find_if(buttons_.begin(), buttons_.end(),
+                         [&a](const auto& button) { return button.get() == a.object<Control>(); });
+        if (clicked != buttons_.end()) {
+            close(box_.buttons[static_cast<std::size_t>(clicked - buttons_.begin())].answer);
             return true;
         }
     }

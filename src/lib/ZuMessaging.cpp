@@ -1,6 +1,7 @@
 #include "ZuMessaging.h"
 
 #include <algorithm>
+#include <array>
 
 #include "ZuPlankton.h"
 #include "ZuText.h"
@@ -108,7 +109,7 @@ private:
     MessageSource* source_;
     Delivery* outer_;
     // How many entries of each list the round has come past, and where it is.
-    std::size_t reached_[2] = {0, 0};
+    std::array<std::size_t, 2> reached_{};
     List at_ = kStrong;
     // The sink that is being called, and what keeps it alive when the list of
     // strong sinks does not.

@@ -23,8 +23,8 @@ public:
     ~NativeButton() override { releaseImplementation(); }
 
     // Fail the assertions "caption_" and "font_" when there is none.
-    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
-    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
+    TextDescriptor& caption() const { return ZU_REQUIRED(caption_); }
+    FontDescriptor& font() const { return ZU_REQUIRED(font_); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     // Without one the font is that of a new descriptor.
     bool hasFont() const noexcept { return font_ != nullptr; }

@@ -55,7 +55,7 @@ Size NativeComboBox::preferredSize() {
 }
 
 void NativeComboBox::acceptSelection(std::size_t index) {
-    index = index < items_.size() ? index : kNullSize;
+    index = known(index);
     if (std::exchange(selected_, index) == index) {
         return;
     }
@@ -80,7 +80,7 @@ std::size_t ComboBoxImplementation::addItem(const std::wstring& text) {
 
 void ComboBoxImplementation::removeItem(std::size_t index) {
     NativeComboBox& box = getAbstraction();
-    if (index >= box.items_.size()) {
+    if (box.known(index) == kNullSize) {
         return;
     }
     box.items_.erase(box.items_.begin() + static_cast<std::ptrdiff_t>(index));
@@ -108,8 +108,8 @@ void ComboBoxImplementation::clear() {
 
 void ComboBoxImplementation::selectItem(std::size_t index) {
     NativeComboBox& box = getAbstraction();
-    box.selected_ = index < box.items_.size() ? index : kNullSize;
-    box.text_ = box.selected_ != kNullSize ? box.items_[index] : std::wstring();
+    box.selected_ = box.known(index);
+    box.text_ = getItemText(index);
     if (hasNativeObject()) {
         mirrorSelection();
     }

@@ -35,7 +35,7 @@ public:
 
     // What stands in the field while nothing is selected or typed. Fails the
     // assertion "caption_" when there is none.
-    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    TextDescriptor& caption() const { return ZU_REQUIRED(caption_); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
     // May be null.
@@ -76,6 +76,10 @@ public:
 private:
     friend class ComboBoxImplementation;
 
+    // kNullSize for an index past the end.
+    std::size_t known(std::size_t index) const noexcept {
+        return index < items_.size() ? index : kNullSize;
+    }
     bool canShow(const std::wstring& text) const {
         return editable_ || text.empty() || findItem(text) != kNullSize;
     }
@@ -98,8 +102,8 @@ public:
     void selectItem(std::size_t index) override;
     std::size_t getSelectedItem() const override { return getAbstraction().selected_; }
     std::wstring getItemText(std::size_t index) const override {
-        const std::vector<std::wstring>& items = getAbstraction().items_;
-        return index < items.size() ? items[index] : std::wstring();
+        const NativeComboBox& box = getAbstraction();
+        return box.known(index) != kNullSize ? box.items_[index] : std::wstring();
     }
     std::size_t getItemCount() const override { return getAbstraction().items_.size(); }
 

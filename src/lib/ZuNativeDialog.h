@@ -39,7 +39,7 @@ public:
 
     std::uint32_t style() const noexcept { return style_; }
     // Fails the assertion "caption_" when there is none.
-    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    TextDescriptor& caption() const { return ZU_REQUIRED(caption_); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
     // Pressed by Enter where the focused widget does not use it and is no push

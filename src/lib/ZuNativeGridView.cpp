@@ -15,10 +15,11 @@ bool NativeGridView::setMultiSelect(bool multiSelect) {
     if (!change(multiSelect_, multiSelect)) {
         return false;
     }
-    if (!multiSelect && model_.selectedCount() > 1) {
-        const std::size_t first = model_.selectedRows().front();
-        model_.setAllSelected(false);
-        model_.setSelected(first, true);
+    if (!multiSelect) {
+        const std::vector<std::size_t> selected = model_.selectedRows();
+        for (const std::size_t row : selected) {
+            model_.setSelected(row, row == selected.front());
+        }
     }
     return true;
 }
@@ -58,13 +59,8 @@ std::wstring NativeGridView::acceptTooltipRequest(std::size_t row) {
 }
 
 bool GridViewImplementation::mirrors() {
-    if (!hasNativeObject()) {
-        return false;
-    }
-    if (getAbstraction().isUpdating()) {
-        stale_ = true;
-    }
-    return !stale_;
+    stale_ = stale_ || getAbstraction().isUpdating();
+    return hasNativeObject() && !stale_;
 }
 
 }  // namespace zustd

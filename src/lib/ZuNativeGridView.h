@@ -67,8 +67,8 @@ public:
     ~NativeGridView() override { releaseImplementation(); }
 
     // Fail the assertions "font_" and "bitmaps_" when there is none.
-    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
-    BitmapListDescriptor& bitmaps() const { return required(bitmaps_, L"bitmaps_", ZU_HERE); }
+    FontDescriptor& font() const { return ZU_REQUIRED(font_); }
+    BitmapListDescriptor& bitmaps() const { return ZU_REQUIRED(bitmaps_); }
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool hasBitmaps() const noexcept { return bitmaps_ != nullptr; }
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }

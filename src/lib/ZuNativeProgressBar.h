@@ -59,14 +59,11 @@ private:
     // Assigns and tells the backend; whether there was a change.
     template <class T>
     bool push(T& member, T value, void (INativeProgressBarImpl::*slot)(T)) {
-        if (member == value) {
-            return false;
-        }
-        member = value;
-        if (hasImplementation()) {
+        const bool changed = std::exchange(member, value) != value;
+        if (changed && hasImplementation()) {
             (implementation().*slot)(value);
         }
-        return true;
+        return changed;
     }
 
     std::int32_t minimum_ = 0;

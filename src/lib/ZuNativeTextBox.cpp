@@ -1,6 +1,7 @@
 #include "ZuNativeTextBox.h"
 
 #include "ZuDrawnText.h"
+#include "ZuWindows.h"
 
 namespace zustd {
 
@@ -17,8 +18,7 @@ std::wstring normalized(std::wstring text, std::size_t maximumLength) {
     std::erase(text, L'\r');
     if (maximumLength != 0 && text.size() > maximumLength) {
         // Not between the halves of a surrogate pair.
-        const bool cutsPair = (text[maximumLength - 1] & 0xFC00) == 0xD800 &&
-                              (text[maximumLength] & 0xFC00) == 0xDC00;
+        const bool cutsPair = IS_SURROGATE_PAIR(text[maximumLength - 1], text[maximumLength]);
         text.resize(maximumLength - (cutsPair ? 1 : 0));
     }
     return text;

@@ -20,11 +20,11 @@ public:
 
     // The hint that an empty field shows; one of several lines shows none.
     // Fails the assertion "watermark_" when there is none.
-    TextDescriptor& watermark() const { return required(watermark_, L"watermark_", ZU_HERE); }
+    TextDescriptor& watermark() const { return ZU_REQUIRED(watermark_); }
     bool hasWatermark() const noexcept { return watermark_ != nullptr; }
     bool setWatermark(const TextRef& watermark) { return changeDescriptor(watermark_, watermark); }
     // Fails the assertion "font_" when there is none; the font is that of a new descriptor then.
-    FontDescriptor& font() const { return required(font_, L"font_", ZU_HERE); }
+    FontDescriptor& font() const { return ZU_REQUIRED(font_); }
     bool hasFont() const noexcept { return font_ != nullptr; }
     bool setFont(const FontRef& font) { return changeDescriptor(font_, font); }
 

@@ -21,7 +21,7 @@ public:
     ~NativeWindow() override { releaseImplementation(); }
 
     // Fails the assertion "caption_" when there is none.
-    TextDescriptor& caption() const { return required(caption_, L"caption_", ZU_HERE); }
+    TextDescriptor& caption() const { return ZU_REQUIRED(caption_); }
     bool hasCaption() const noexcept { return caption_ != nullptr; }
     bool setCaption(const TextRef& caption) { return changeDescriptor(caption_, caption); }
 

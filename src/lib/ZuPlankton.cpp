@@ -111,9 +111,8 @@ void traceCaughtWhat(const wchar_t* format, const wchar_t* operation, const char
         return;
     }
     std::array<wchar_t, kMessageLength + 1> wide{};
-    if (MultiByteToWideChar(CP_ACP, 0, what, -1, wide.data(), static_cast<int>(wide.size())) == 0) {
-        wide.back() = L'\0';
-    }
+    // What is too long is cut in front of the last, which stays 0.
+    MultiByteToWideChar(CP_ACP, 0, what, -1, wide.data(), static_cast<int>(kMessageLength));
     trace(kTraceLevelReport, format, operation, wide.data());
 }
 
@@ -160,9 +159,9 @@ void traceFormatted(const wchar_t* format, ...) noexcept {
     message[0] = L'\0';
     std::va_list arguments;
     va_start(arguments, format);
+    // Cuts and terminates.
     std::vswprintf(message, kMessageLength + 1, format, arguments);
     va_end(arguments);
-    message[kMessageLength] = L'\0';
     std::wcscpy(message + std::wcslen(message), L"\n");
     writeTraceLine(line);
 }

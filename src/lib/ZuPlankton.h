@@ -13,6 +13,7 @@
 // identifiers that log readers know; they are passed explicitly.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -166,9 +167,7 @@ struct OperationName {
         std::string_view name(signature, N - 1);
         name.remove_suffix(name.size() - name.find('('));
         name.remove_prefix(name.find_last_of(" :", name.rfind(':') - 2) + 1);
-        for (std::size_t i = 0; i < name.size(); ++i) {
-            text[i] = static_cast<wchar_t>(name[i]);
-        }
+        std::copy(name.begin(), name.end(), text);
     }
 };
 

@@ -105,8 +105,9 @@ bool PropertyBag::getString(std::wstring_view key, std::wstring& out,
 
 std::uint64_t PropertyBag::getSize(std::wstring_view key, std::uint64_t defaultValue,
                                    bool acceptLong) const {
-    const std::int32_t number = acceptLong ? getOr(key, std::int32_t{-1}) : -1;
-    return getOr(key, number >= 0 ? static_cast<std::uint64_t>(number) : defaultValue);
+    const auto* number = acceptLong ? peek<std::int32_t>(key) : nullptr;
+    const bool isSize = number != nullptr && *number >= 0;
+    return getOr(key, isSize ? static_cast<std::uint64_t>(*number) : defaultValue);
 }
 
 void PropertyBag::setArray(std::wstring_view key, const std::vector<SerializableUnion>& value) {

@@ -33,7 +33,6 @@ void silently(NativeScrollBar& bar, Change&& change) {
 }  // namespace
 
 void ScrollView::initialize() {
-    Control::initialize();
     viewport_ = makeControl<Control>();
     viewport_->setClipsChildren(true);
     viewport_->setTakesMouse(false);
@@ -139,14 +138,13 @@ bool ScrollView::onKey(const KeyEvent& event) {
 
 bool ScrollView::onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
     if (kind == kScrolledVertically || kind == kScrolledHorizontally || kind == kScrolled) {
-        const Control* sender = a.object<Control>();
-        const bool vertical = sender == bars_[true].get();
-        if (sender == nullptr || (!vertical && sender != bars_[false].get())) {
+        const auto* bar = dynamic_cast<const NativeScrollBar*>(a.object<Control>());
+        if (bar == nullptr || bar != bars_[bar->isVertical()].get()) {
             return false;
         }
         if (!(kind == kScrolled)) {
             const std::int32_t to = saturate(b.number());
-            scrollTo(vertical ? Point{position_.x, to} : Point{to, position_.y});
+            scrollTo(bar->isVertical() ? Point{position_.x, to} : Point{to, position_.y});
         }
         return true;
     }
@@ -191,27 +189,28 @@ void ScrollView::arrangeChildren() {
     Size room = whole;
     Size thickness;
     Size wanted = measureContent(room);
-    if (wanted.height > room.height) {
+    const auto giveColumn = [&] {
         thickness.width = barThickness(true);
         room.width = std::max(whole.width - thickness.width, 1);
+    };
+    if (wanted.height > room.height) {
+        giveColumn();
         wanted = measureContent(room);
     }
     if (wanted.width > room.width) {
         thickness.height = barThickness(false);
         room.height = std::max(whole.height - thickness.height, 1);
         if (thickness.width == 0 && wanted.height > room.height) {
-            thickness.width = barThickness(true);
-            room.width = std::max(whole.width - thickness.width, 1);
+            giveColumn();
         }
     }
     viewport_->place(Rect::at(innerArea().position(), room));
     placeContent({std::max(wanted.width, room.width), std::max(wanted.height, room.height)});
-    placeBars(room, thickness);
-    if (focused && isInside(focused.get())) {
+    if (isInside(focused.get())) {
         position_ = positionShowing(areaOf(*focused));
         placeContent(content_->boundary().size());
-        showPosition();
     }
+    placeBars(room, thickness);
 }
 
 Size ScrollView::measureContent(Size room) {
@@ -265,7 +264,7 @@ void ScrollView::placeBars(Size room, Size thickness) {
                                                      {thickness.width, room.height})
                                           : Rect::at(inner.movedBy({0, room.height}),
                                                      {room.width, thickness.height}));
-                bar->setRange(0, std::max(vertical ? content.height : content.width, 1) - 1);
+                bar->setRange(0, (vertical ? content.height : content.width) - 1);
                 bar->setPageSize(vertical ? room.height : room.width);
                 bar->setLineSize(lineSize());
             }

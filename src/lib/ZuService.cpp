@@ -5,7 +5,7 @@
 
 namespace zustd {
 
-const MessageKind Service::kLogicalLockChanged{L"logicalLockChanged.Service"};
+ZU_MESSAGE_KIND(Service::kLogicalLockChanged, MessageWords::kUnsaid);
 
 void Service::initialize() {
     auto properties = makeSharedOrNull<TrackingPropertyBag>();

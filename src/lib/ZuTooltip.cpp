@@ -13,7 +13,6 @@ namespace {
 // At a scaling factor of 1.
 constexpr Size kMargin{6, 3};
 constexpr Color kPaper = Color::rgb(0xFF, 0xFF, 0xE1);
-constexpr Color kInk = Color::rgb(0, 0, 0);
 constexpr Color kFrame = Color::rgb(0x76, 0x76, 0x76);
 
 TooltipOptions optionsOf(const Control& control) {
@@ -55,8 +54,7 @@ void displayTooltip(Control& control, Point place) {
     control.notify(Control::kBeforeDisplayTooltip);
     const std::shared_ptr<WindowService> window = control.windowService();
     // A receiver may have hidden the tooltip, which takes the timer away.
-    if (!window || control.surface() == nullptr || !control.isShown() ||
-        control.tooltip().text(control).empty() ||
+    if (!window || !control.isShown() || control.tooltip().text(control).empty() ||
         !window->getNamedObject(tooltipTimerKey(control))) {
         return;
     }
@@ -103,7 +101,7 @@ Tooltip::Tooltip() {
 }
 
 Size Tooltip::preferredSize() {
-    const Size text = textSize(0);
+    const Size text = textSize();
     const Size maximum = placement().maximum;
     if (maximum.isEmpty()) {
         return text.grownBy(arrangement().margin);
@@ -116,11 +114,10 @@ void Tooltip::drawSelf(GraphicsService& graphics) {
     graphics.drawRectangle(area(), color(ColorRole::kBackground, kPaper));
     graphics.setPen(color(ColorRole::kBorder, kFrame), 1);
     graphics.drawRectangle(area());
-    drawTextIn(graphics, innerArea(), color(ColorRole::kText, kInk));
+    drawTextIn(graphics, innerArea(), color(ColorRole::kText, Color::black()));
 }
 
 void Tooltip::onJoinedSurface() {
-    Control::onJoinedSurface();
     setArrangement({.margin = {scale(kMargin.width), scale(kMargin.height)}});
 }
 

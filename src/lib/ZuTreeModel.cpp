@@ -56,9 +56,9 @@ TreeModel::Index TreeModel::take(std::wstring_view key, const std::wstring& capt
     std::wstring copy = caption;
     if (free_.empty()) {
         ZU_ASSERT(nodes_.size() < kNone);
-        // Room to give the place back, which must not fail.
-        free_.reserve(nodes_.size() + 1 > free_.capacity() ? nodes_.size() * 2 + 1 : 0);
         nodes_.emplace_back();
+        // Room to give the place back, which must not fail.
+        free_.reserve(nodes_.capacity());
         free_.push_back(static_cast<Index>(nodes_.size() - 1));
     }
     const Index index = free_.back();
@@ -145,7 +145,6 @@ void TreeModel::clear() noexcept {
     while (firstRoot_ != kNone) {
         remove(handleOf(firstRoot_));
     }
-    nodesByKey_.clear();
 }
 
 // --- Steps ----------------------------------------------------------------------------------
