@@ -25,18 +25,6 @@ protected:
     std::shared_ptr<NativeButton> button_ = host_->createNativeButton();
 };
 
-TEST_F(ControlTest, children_refused_stayWhereTheyAre) {
-    EXPECT_EQ(thrownText([&] { box_->requireParent(); }), L"getParent()");
-    for (const auto& refused : {box_, inner_, std::shared_ptr<Painted>()}) {
-        EXPECT_EQ(thrownText([&] { inner_->addChild(refused); }),
-                  L"child && !child->isAncestorOf(*this)");
-    }
-    EXPECT_TRUE(!box_->removeChild(nullptr) && !box_->removeChild(button_.get()));
-    EXPECT_TRUE(inner_->notify(Control::kUnselected));
-    inner_->setSendingEnabled(false);
-    EXPECT_FALSE(inner_->notify(Control::kUnselected));
-}
-
 TEST_F(ControlTest, arrangement_childrenThatAsk_keepsToMarginsAndLimits) {
     box_->removeAllChildren();
     for (int i = 0; i < 3; ++i) {
