@@ -123,8 +123,7 @@ void startGdiPlus() {
     static const ULONG_PTR token = [] {
         const Gdiplus::GdiplusStartupInput input;
         ULONG_PTR made = 0;
-        requireSystem(Gdiplus::GdiplusStartup(&made, &input, nullptr) == Gdiplus::Ok,
-                      L"Could not start GDI+", ZU_HERE);
+        ZU_SYSTEM(Gdiplus::GdiplusStartup(&made, &input, nullptr) == Gdiplus::Ok);
         return made;
     }();
     static const ScopeExit session([]() noexcept { Gdiplus::GdiplusShutdown(token); });
@@ -137,8 +136,8 @@ PixelBitmap::PixelBitmap(Size extents) : size(extents) {
                                                .biPlanes = 1,
                                                .biBitCount = 32}};
     void* bits = nullptr;
-    handle.reset(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0));
-    requireSystem(handle, L"Could not create bitmap", ZU_HERE);
+    handle.reset(
+        ZU_SYSTEM(CreateDIBSection(nullptr, &description, DIB_RGB_COLORS, &bits, nullptr, 0)));
     pixels = {static_cast<std::uint32_t*>(bits), static_cast<std::size_t>(pixelCount(size))};
 }
 

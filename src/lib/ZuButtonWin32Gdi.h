@@ -15,8 +15,7 @@ class ButtonWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeButton, INativeButtonImpl>> {
 public:
     explicit ButtonWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ButtonWin32Gdi::handleMultiWindowMessage",
-                                 L"ButtonWin32Gdi::synchronizeWithAbstraction") {}
+        : ControlBackendWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
 protected:
     void initializeFromDescriptor() override;

@@ -10,8 +10,7 @@ namespace zustd {
 class ComboBoxWin32Gdi : public ControlBackendWin32Gdi<ComboBoxImplementation> {
 public:
     explicit ComboBoxWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ComboBoxWin32Gdi::handleMultiWindowMessage",
-                                 L"ComboBoxWin32Gdi::synchronizeWithAbstraction") {}
+        : ControlBackendWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
 protected:
     void mirrorAdded(std::size_t index) override;

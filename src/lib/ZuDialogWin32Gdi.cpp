@@ -152,10 +152,8 @@ void DialogWin32Gdi::createWindow(HWND owner) {
         DLGTEMPLATE head;
         std::array<WORD, 3> none;
     } description{.head = {.style = style, .dwExtendedStyle = extendedStyle}};
-    const HWND made = CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &description.head,
-                                                 owner, &dialogProcedure, 0);
-    requireSystem(made, L"Could not create dialog", ZU_HERE);
-    adopt(made);
+    adopt(ZU_SYSTEM(CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &description.head, owner,
+                                               &dialogProcedure, 0)));
     owner_ = owner;
     defaultButton_ = nullptr;
 }

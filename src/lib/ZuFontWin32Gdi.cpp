@@ -36,8 +36,7 @@ bool standsAlone(wchar_t character) noexcept {
 void FontWin32Gdi::synchronizeWithAbstraction() {
     guarded(ZU_OPERATION, [this] {
         if (!font_) {
-            font_ = makeFontHandle(getAbstraction().style(), scalingFactor_);
-            requireSystem(font_, L"Could not create font", ZU_HERE);
+            font_ = ZU_SYSTEM(makeFontHandle(getAbstraction().style(), scalingFactor_));
         }
     });
 }

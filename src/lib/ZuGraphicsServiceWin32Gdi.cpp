@@ -70,12 +70,10 @@ T aligned(TextAlignment alignment, T start, T centre, T end) noexcept {
 
 void GraphicsServiceWin32Gdi::connect(HDC context, const Rect& drawArea) {
     ZU_ASSERT_AS(layers_.empty(), L"!drawBusy_", ZU_HERE);
-    layers_.push_back({.context = context, .area = drawArea, .clips = {drawArea}});
-    savedContext_ = SaveDC(context);
-    if (savedContext_ == 0) {
-        layers_.clear();
-        throwSystemException(L"Could not connect to device context", ZU_HERE);
-    }
+    std::vector<Layer> layers;
+    layers.push_back({.context = context, .area = drawArea, .clips = {drawArea}});
+    savedContext_ = ZU_SYSTEM(SaveDC(context));
+    layers_ = std::move(layers);
     // What the caller has clipped away stays away: clipping from here on is a further restriction.
     SetMetaRgn(context);
     SetTextAlign(context, TA_LEFT | TA_TOP | TA_NOUPDATECP);
@@ -264,8 +262,7 @@ void GraphicsServiceWin32Gdi::beginBufferedPaint(const Rect& area) {
     layer.bitmap =
         PixelBitmap({std::max(layer.area.width(), 1), std::max(layer.area.height(), 1)}).handle;
     layer.context = layer.memory.get();
-    layer.selected = SelectedObject(layer.context, layer.bitmap.get());
-    requireSystem(layer.selected, L"Could not create paint buffer", ZU_HERE);
+    layer.selected = ZU_SYSTEM(SelectedObject(layer.context, layer.bitmap.get()));
     SetViewportOrgEx(layer.context, -layer.area.left, -layer.area.top, nullptr);
     // What is not drawn over keeps its look.
     BitBlt(layer.context, layer.area.left, layer.area.top, layer.area.width(), layer.area.height(),

@@ -101,9 +101,9 @@ void GridViewWin32Gdi::pushColumn(std::size_t column, bool isNew) {
     native.cx = widthOf(column);
     native.pszText = const_cast<wchar_t*>(wanted.caption.c_str());
     native.iSubItem = static_cast<int>(column);
-    const LRESULT done =
-        send(isNew ? LVM_INSERTCOLUMNW : LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&native));
-    requireSystem(isNew ? done >= 0 : done != FALSE, L"Could not set column", ZU_HERE);
+    const auto definition = reinterpret_cast<LPARAM>(&native);
+    ZU_SYSTEM(isNew ? send(LVM_INSERTCOLUMNW, column, definition) >= 0
+                    : send(LVM_SETCOLUMNW, column, definition) != FALSE);
     columns_.resize(std::max(columns_.size(), column + 1));
     columns_[column] = wanted;
 }

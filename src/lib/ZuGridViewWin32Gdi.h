@@ -16,8 +16,7 @@ class GridViewWin32Gdi
     : public ControlBackendWin32Gdi<GridViewImplementation, ItemControlWin32Gdi> {
 public:
     explicit GridViewWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"GridViewWin32Gdi::handleMultiWindowMessage",
-                                 L"GridViewWin32Gdi::synchronizeWithAbstraction") {}
+        : ControlBackendWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
     void resizeColumns() override;
     void synchronizeBitmaps() override;

@@ -15,9 +15,8 @@ constexpr std::int32_t kCheckMargin = 1;
 constexpr std::uint32_t kOpaque = 0xFF000000;
 
 ImageListHandle makeList(Size size, int room) {
-    ImageListHandle list(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1));
-    requireSystem(list, L"Could not create image list", ZU_HERE);
-    return list;
+    return ImageListHandle(
+        ZU_SYSTEM(ImageList_Create(size.width, size.height, ILC_COLOR32, room, 1)));
 }
 
 void append(const ImageListHandle& list, const PixelBitmap& image) {
@@ -26,8 +25,7 @@ void append(const ImageListHandle& list, const PixelBitmap& image) {
                      [](std::uint32_t pixel) { return (pixel & kOpaque) != 0; })) {
         image.pixels.front() = 0x01000000;
     }
-    requireSystem(ImageList_Add(list.get(), image.handle.get(), nullptr) >= 0,
-                  L"Could not add image", ZU_HERE);
+    ZU_SYSTEM(ImageList_Add(list.get(), image.handle.get(), nullptr) >= 0);
 }
 
 using ThemeHandle = Handle<NullHandleTraits<HTHEME, &CloseThemeData>>;

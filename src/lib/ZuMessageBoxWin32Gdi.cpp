@@ -93,11 +93,10 @@ void MessageBoxWin32Gdi::showText(const std::wstring& text, const Rect& place,
                                   const std::shared_ptr<Font>& font) {
     font_ = font;
     // It goes with the dialog.
-    const HWND label = CreateWindowExW(
+    const HWND label = ZU_SYSTEM(CreateWindowExW(
         0, L"STATIC", text.c_str(), WS_CHILD | WS_VISIBLE | SS_LEFT | SS_NOPREFIX, place.left,
         place.top, place.width(), place.height(), nativeWindowOf(*dialog_),
-        reinterpret_cast<HMENU>(kTextIdentifier), GetModuleHandleW(nullptr), nullptr);
-    requireSystem(label, L"Could not create window", ZU_HERE);
+        reinterpret_cast<HMENU>(kTextIdentifier), GetModuleHandleW(nullptr), nullptr));
     SendMessageW(label, WM_SETFONT, reinterpret_cast<WPARAM>(fontBackend(*font).handle()), FALSE);
 }
 

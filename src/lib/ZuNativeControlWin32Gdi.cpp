@@ -83,12 +83,11 @@ void NativeControlWin32Gdi::createWindow(const Shape& shape, HWND parent) {
     InitCommonControlsEx(&kClasses);
     const Rect area = control().boundaryOnSurface();
     const auto identifier = static_cast<UINT_PTR>(WindowServiceWin32Gdi::getNewId());
-    WindowHandle made(CreateWindowExW(shape.extendedStyle, shape.windowClass, L"",
-                                      shape.style | WS_CHILD, area.left, area.top, area.width(),
-                                      area.height(), parent, reinterpret_cast<HMENU>(identifier),
-                                      GetModuleHandleW(nullptr), nullptr));
-    requireSystem(made && attachment_.attach(made.get(), *this, operation_),
-                  L"Could not create window", ZU_HERE);
+    WindowHandle made(ZU_SYSTEM(
+        CreateWindowExW(shape.extendedStyle, shape.windowClass, L"", shape.style | WS_CHILD,
+                        area.left, area.top, area.width(), area.height(), parent,
+                        reinterpret_cast<HMENU>(identifier), GetModuleHandleW(nullptr), nullptr)));
+    ZU_SYSTEM(attachment_.attach(made.get(), *this, operation_));
     made.release();
     style_ = shape.style;
     text_.clear();

@@ -148,6 +148,17 @@ private:
     bool swallowsCharacter_ = false;
 };
 
+// What failures of a backend are reported under; not copied.
+struct BackendOperations {
+    const wchar_t* handling;
+    const wchar_t* synchronizing;
+};
+
+// Those of the class in whose constructor this stands.
+#define ZU_BACKEND_OPERATIONS                                                                      \
+    (::zustd::BackendOperations{ZU_SIBLING(handleMultiWindowMessage),                              \
+                                ZU_SIBLING(synchronizeWithAbstraction)})
+
 // The backend of a kind of native control from its portable part. Outside of a
 // surface the control becomes a child of the host's window, which may be null.
 template <class Portable, class Native = NativeControlWin32Gdi>
@@ -165,10 +176,8 @@ public:
     bool hasNativeObject() const override { return Native::window() != nullptr; }
 
 protected:
-    // The names of the two operations in the derived class.
-    ControlBackendWin32Gdi(HWND hostWindow, const wchar_t* handling,
-                           const wchar_t* synchronizing) noexcept
-        : Native(hostWindow, handling), synchronizing_(synchronizing) {}
+    ControlBackendWin32Gdi(HWND hostWindow, const BackendOperations& operations) noexcept
+        : Native(hostWindow, operations.handling), synchronizing_(operations.synchronizing) {}
 
     Control& control() const override { return Portable::getAbstraction(); }
     // The two halves of a synchronisation: the window, and what it shows if there is one.

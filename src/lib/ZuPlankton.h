@@ -14,6 +14,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -157,22 +158,28 @@ struct UnitName {
 template <UnitName Unit>
 inline constexpr const wchar_t* kUnitText = Unit.text;
 
-// A member function's class and name, computed while compiling from the signature that the
-// compiler spells out, such as "virtual bool zustd::Font::scale(int) const".
+// A text that is known while compiling.
 template <std::size_t N>
-struct OperationName {
-    wchar_t text[N]{};
+struct FixedText {
+    char text[N];
 
-    constexpr explicit OperationName(const char (&signature)[N]) {
-        std::string_view name(signature, N - 1);
-        name.remove_suffix(name.size() - name.find('('));
-        name.remove_prefix(name.find_last_of(" :", name.rfind(':') - 2) + 1);
-        std::copy(name.begin(), name.end(), text);
-    }
+    constexpr explicit FixedText(const char (&characters)[N]) { std::copy_n(characters, N, text); }
+    constexpr std::string_view view() const { return {text, N - 1}; }
 };
 
-template <OperationName Operation>
-inline constexpr const wchar_t* kOperationText = Operation.text;
+// The class of a member function and the name, from the signature that the compiler spells
+// out, such as "virtual bool zustd::Font::scale(int) const"; with a sibling, the name of that.
+template <FixedText Signature, FixedText Sibling>
+inline constexpr auto kOperationText = [] {
+    constexpr std::string_view kCalled = Signature.view().substr(0, Signature.view().find('('));
+    constexpr std::size_t kName = kCalled.rfind(':') + 1;
+    constexpr std::size_t kClass = kCalled.find_last_of(" :", kName - 3) + 1;
+    constexpr std::string_view kLast =
+        Sibling.view().empty() ? kCalled.substr(kName) : Sibling.view();
+    std::array<wchar_t, kName - kClass + kLast.size() + 1> text{};
+    std::ranges::copy(kLast, std::copy_n(&kCalled[kClass], kName - kClass, text.data()));
+    return text;
+}();
 
 // Traces the two lines of a failed assertion and throws the expression text.
 [[noreturn]] void failAssertion(const wchar_t* expression, SourcePlace place);
@@ -186,8 +193,13 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 #define ZU_UNIT (::zustd::detail::kUnitText<::zustd::detail::UnitName{L"" __FILE__}>)
 
 // The member function around this place as Class::function, for guarded(); not inside of a lambda.
-#define ZU_OPERATION                                                                               \
-    (::zustd::detail::kOperationText<::zustd::detail::OperationName{__PRETTY_FUNCTION__}>)
+#define ZU_OPERATION ZU_SIBLING()
+
+// Another member function of the class around this place, in the same way.
+#define ZU_SIBLING(function)                                                                       \
+    (::zustd::detail::kOperationText<::zustd::detail::FixedText{__PRETTY_FUNCTION__},              \
+                                     ::zustd::detail::FixedText{#function}>                        \
+         .data())
 
 // This place in the source.
 #define ZU_HERE (::zustd::SourcePlace{ZU_UNIT, __LINE__})
@@ -214,12 +226,18 @@ void traceThrow(const wchar_t* text, SourcePlace place) noexcept;
 [[noreturn]] void throwSystemException(const wchar_t* text, SourcePlace place);
 
 // The same unless done, which is what the system answered: a handle or whether it did it.
+// Returns it.
 template <class T>
-void requireSystem(const T& done, const wchar_t* text, SourcePlace place) {
+T requireSystem(T done, const wchar_t* text, SourcePlace place) {
     if (!done) {
         throwSystemException(text, place);
     }
+    return done;
 }
+
+// What the system answers to a call, which is thrown with its text when it is refused.
+#define ZU_SYSTEM(...)                                                                             \
+    (::zustd::requireSystem(__VA_ARGS__, L"The system refuses " #__VA_ARGS__, ZU_HERE))
 
 // Traces the throw report with this text, then throws the failure: for all
 // other kinds. Nothing in the framework is thrown but by these operations.

@@ -27,8 +27,7 @@ public:
 
 private:
     MenuHandle make(const std::vector<PopupMenuItem>& items) {
-        MenuHandle menu(CreatePopupMenu());
-        requireSystem(menu, L"Could not create menu", ZU_HERE);
+        MenuHandle menu(ZU_SYSTEM(CreatePopupMenu()));
         for (const PopupMenuItem& item : items) {
             append(menu.get(), item);
         }
@@ -53,8 +52,7 @@ private:
             info.hbmpItem = imageOf(item);
             info.hSubMenu = below.get();
         }
-        requireSystem(InsertMenuItemW(menu, UINT_MAX, TRUE, &info), L"Could not fill menu",
-                      ZU_HERE);
+        ZU_SYSTEM(InsertMenuItemW(menu, UINT_MAX, TRUE, &info));
         // The menu that it opens from destroys it.
         static_cast<void>(below.release());
     }

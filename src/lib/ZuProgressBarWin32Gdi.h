@@ -10,8 +10,7 @@ class ProgressBarWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeProgressBar, INativeProgressBarImpl>> {
 public:
     explicit ProgressBarWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ProgressBarWin32Gdi::handleMultiWindowMessage",
-                                 L"ProgressBarWin32Gdi::synchronizeWithAbstraction") {}
+        : ControlBackendWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override;
     void setPosition(std::int32_t position) override;

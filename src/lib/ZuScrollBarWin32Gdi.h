@@ -10,8 +10,7 @@ class ScrollBarWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeScrollBar, INativeScrollBarImpl>> {
 public:
     explicit ScrollBarWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"ScrollBarWin32Gdi::handleMultiWindowMessage",
-                                 L"ScrollBarWin32Gdi::synchronizeWithAbstraction") {}
+        : ControlBackendWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
     void setRange(std::int32_t minimum, std::int32_t maximum) override {
         push({.fMask = SIF_RANGE, .nMin = minimum, .nMax = maximum});

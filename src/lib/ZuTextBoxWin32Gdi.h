@@ -15,8 +15,7 @@ class TextBoxWin32Gdi
     : public ControlBackendWin32Gdi<Implementation<NativeTextBox, INativeTextBoxImpl>> {
 public:
     explicit TextBoxWin32Gdi(HWND hostWindow) noexcept
-        : ControlBackendWin32Gdi(hostWindow, L"TextBoxWin32Gdi::handleMultiWindowMessage",
-                                 L"TextBoxWin32Gdi::synchronizeWithAbstraction") {}
+        : ControlBackendWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
 protected:
     void initializeFromDescriptor() override;

@@ -27,8 +27,7 @@ std::shared_ptr<TimerWindowWin32Gdi> TimerWindowWin32Gdi::ofThisThread() {
     std::shared_ptr<TimerWindowWin32Gdi> shared = windowOfThread.lock();
     if (!shared) {
         shared = std::make_shared<TimerWindowWin32Gdi>();
-        shared->window = makeHiddenWindow(HWND_MESSAGE);
-        requireSystem(shared->window, L"Could not create timer window", ZU_HERE);
+        shared->window = ZU_SYSTEM(makeHiddenWindow(HWND_MESSAGE));
         windowOfThread = shared;
     }
     return shared;

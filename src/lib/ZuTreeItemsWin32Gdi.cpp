@@ -24,9 +24,7 @@ void TreeItemsWin32Gdi::insert(TreeNode node) {
     item.item.state |= model().isExpanded(node) ? UINT{TVIS_EXPANDED} : 0U;
     item.item.stateMask |= TVIS_EXPANDED;
     item.item.cChildren = model().childCount(node) != 0;
-    const LRESULT made = sendData(TVM_INSERTITEMW, &item);
-    requireSystem(made, L"Could not insert item", ZU_HERE);
-    model().setNativeWord(node, made);
+    model().setNativeWord(node, ZU_SYSTEM(sendData(TVM_INSERTITEMW, &item)));
     if (item.hInsertAfter == TVI_LAST) {
         lastOfLevel_ = node;
     }

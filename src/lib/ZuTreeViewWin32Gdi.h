@@ -13,8 +13,7 @@ namespace zustd {
 class TreeViewWin32Gdi : public TreeItemsWin32Gdi {
 public:
     explicit TreeViewWin32Gdi(HWND hostWindow) noexcept
-        : TreeItemsWin32Gdi(hostWindow, L"TreeViewWin32Gdi::handleMultiWindowMessage",
-                            L"TreeViewWin32Gdi::synchronizeWithAbstraction") {}
+        : TreeItemsWin32Gdi(hostWindow, ZU_BACKEND_OPERATIONS) {}
 
     // Without native object, or with redrawing off, when there is one again.
     void ensureNodeVisible(TreeNode node) override;

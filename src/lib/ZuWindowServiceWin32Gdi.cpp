@@ -244,7 +244,7 @@ std::wstring WindowServiceWin32Gdi::selectFileToOpen(
             name.front() = L'\0';
             isChosen = GetOpenFileNameW(&request) != FALSE;
         }
-        requireSystem(isChosen || CommDlgExtendedError() == 0, L"Could not select file", ZU_HERE);
+        ZU_SYSTEM(isChosen || CommDlgExtendedError() == 0);
         return isChosen ? name.data() : std::wstring();
     });
 }

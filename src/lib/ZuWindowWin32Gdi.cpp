@@ -28,7 +28,7 @@ HICON executableIcon(int widthMetric, int heightMetric) noexcept {
 }
 
 void registerWindowClass(WNDPROC procedure) {
-    static const ATOM registered = [procedure] {
+    [[maybe_unused]] static const ATOM registered = [procedure] {
         WNDCLASSEXW description{};
         description.cbSize = sizeof(description);
         description.style = CS_DBLCLKS;
@@ -38,9 +38,8 @@ void registerWindowClass(WNDPROC procedure) {
         description.hIcon = executableIcon(SM_CXICON, SM_CYICON);
         description.hIconSm = executableIcon(SM_CXSMICON, SM_CYSMICON);
         description.lpszClassName = kWindowClass;
-        return RegisterClassExW(&description);
+        return ZU_SYSTEM(RegisterClassExW(&description));
     }();
-    requireSystem(registered, L"Could not register window class", ZU_HERE);
 }
 
 }  // namespace
@@ -84,11 +83,9 @@ void WindowWin32Gdi::createWindow(HWND parent) {
     const DWORD style =
         WS_CLIPCHILDREN | (parent != nullptr ? WS_CHILD | WS_CLIPSIBLINGS : WS_OVERLAPPEDWINDOW);
     // A child begins with no size at 0, 0.
-    const HWND made = CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, nullptr, style,
-                                      CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
-                                      parent, nullptr, GetModuleHandleW(nullptr), nullptr);
-    requireSystem(made, L"Could not create window", ZU_HERE);
-    adopt(made);
+    adopt(ZU_SYSTEM(CreateWindowExW(WS_EX_CONTROLPARENT, kWindowClass, nullptr, style,
+                                    CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                                    parent, nullptr, GetModuleHandleW(nullptr), nullptr)));
     parent_ = parent;
     position_ = {};
     visible_ = false;
