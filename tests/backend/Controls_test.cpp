@@ -97,6 +97,8 @@ protected:
         const int inside = inner != nativeWindowOf(control) ? -2 : 1;
         sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
         EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
+        sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
+        EXPECT_EQ(tracked_, nullptr) << "asked for already";
         EXPECT_EQ(router.hovered().get() == &control, control.isShown());
         EXPECT_EQ(control.windowService()->getNamedObject(tooltip) != nullptr, control.isShown());
         send(inner, flip() ? WM_RBUTTONDOWN : WM_KEYDOWN, VK_SHIFT);
@@ -142,6 +144,16 @@ void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Ch
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
         [&] { control.takeFocus(); },
+        [&] {
+            const bool isOn = control.isFocusable() && control.isUsable() && control.isShown();
+            isOn ? SetFocus(innermost(control)) : nullptr;
+        },
+        [&] {
+            SetFocus(nullptr);
+            EXPECT_FALSE(control.hasFocus());
+            SetFocus(nativeWindowOf(*holder_->surface()));
+            isMoved = true;
+        },
         [&] { control.inputRouter() == nullptr ? hover(control) : void(); },
         [&] {
             (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
@@ -209,17 +221,42 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
         EXPECT_EQ(send(shown, BM_GETIMAGE, IMAGE_ICON) != 0, w->bitmap() != nullptr);
+        for (const UINT id : std::array<UINT, 3>{WM_KEYDOWN, WM_SYSKEYDOWN, WM_CHAR}) {
+            const MSG key{.hwnd = shown, .message = id};
+            const LRESULT wants = send(shown, WM_GETDLGCODE, 0, reinterpret_cast<LPARAM>(&key));
+            EXPECT_EQ((wants & DLGC_WANTMESSAGE) != 0, id != WM_CHAR);
+        }
     });
 }
 
 TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeTextBox();
+    // The window says nothing of such a text in several lines.
+    const auto fill = [&] {
+        SetWindowTextW(nativeWindowOf(*w), L"set");
+        notify(*w, WM_COMMAND, MAKEWPARAM(0, EN_CHANGE));
+        EXPECT_EQ(w->text(), L"set");
+    };
+    Color front;
+    Color back;
+    const auto paint = [&] {
+        front = flip() ? Color::rgb(1, 2, 3) : Color();
+        back = flip() ? Color::rgb(std::uint8_t(any(256)), 5, 6) : Color();
+        const auto colors = std::make_shared<ColorsDescriptor>();
+        colors->setColor(ColorRole::kText, front);
+        colors->setColor(ColorRole::kBackground, back);
+        w->setColors(colors);
+        EXPECT_TRUE(!back.isSet || !w->isShown() ||
+                    GetUpdateRect(nativeWindowOf(*w), nullptr, FALSE));
+    };
     const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
                              [&] { w->setWatermark(anyText()); },
                              [&] { w->setReadOnly(flip()); },
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
-                             [&] { w->setText(word()); }};
+                             [&] { w->setText(word()); },
+                             fill,
+                             paint};
     expectMirrored(w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {
             ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
@@ -233,6 +270,14 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
+        const Canvas canvas({1, 1});
+        send(GetParent(shown), WM_CTLCOLOREDIT, reinterpret_cast<WPARAM>(canvas.context()),
+             reinterpret_cast<LPARAM>(shown));
+        const COLORREF plain = GetSysColor(COLOR_WINDOWTEXT);
+        EXPECT_EQ(GetTextColor(canvas.context()),
+                  front.isSet && w->isUsable() ? COLORREF{RGB(1, 2, 3)} : plain);
+        EXPECT_EQ(GetBkColor(canvas.context()),
+                  back.isSet ? nativeColor(back) : GetSysColor(COLOR_WINDOW));
         const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
         EXPECT_EQ(hints_[shown], hasHint ? w->watermark().text(*w) : L"");
     });

@@ -85,6 +85,11 @@ protected:
         tree_->setBoundary({0, 0, 199, 139});
     }
 
+    template <class Notice>
+    LRESULT notify(const Control& control, UINT code, Notice notice) const {
+        notice.hdr = {nativeWindowOf(control), 0, code};
+        return SendMessageW(native(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notice));
+    }
     UINT checkOf(bool checked) const { return !boxes_ ? 0 : checked ? 2 : 1; }
     TreeNode at(std::size_t i) const { return i < nodes_.size() ? nodes_[i].node : kNoNode; }
     std::size_t indexOf(TreeNode node) const {
@@ -182,12 +187,40 @@ protected:
         switch (random_.below(9)) {
             // clang-format off
             case 0: case 1: case 2: update_ ? update_.reset() : void(update_.emplace(*tree_)); break;
-            case 3: case 4: case 5: tree_->setEnableRedraw(isDrawn_ = !isDrawn_); break;
+            case 3: case 4: case 5:
+                tree_->setEnableRedraw(isDrawn_ = !isDrawn_);
+                if (!isDrawn_ && awaited != 0) {
+                    change();
+                    send(*tree_, WM_TIMER, awaited);
+                    EXPECT_EQ(awaited, 0U);
+                }
+                break;
             case 6: tree_->setCheckBoxes(boxes_ = !boxes_); break;
             case 7: release(); break;
             default: refusesNext = true; change(); refusesNext = false; window_->synchronizeTree(); break;
                 // clang-format on
         }
+    }
+    // The window asks out of turn for what is so already, or for nothing that is there.
+    void askAgain() {
+        const HTREEITEM item = TreeView_GetSelection(nativeWindowOf(*tree_));
+        const bool isOpen =
+            (send(*tree_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) &
+             TVIS_EXPANDED) != 0;
+        const std::size_t reaction = random_.below(3);
+        onMessage_ = [&] { reaction == 0 ? tree_->refuseExpanding() : void(); };
+        NMTREEVIEWW asked{};
+        asked.action = isOpen ? TVE_EXPAND : TVE_COLLAPSE;
+        asked.itemNew.hItem = reaction == 1 ? nullptr : item;
+        asked.itemNew.lParam = static_cast<LPARAM>(TreeModel::placeOf(selected_));
+        EXPECT_EQ(notify(*tree_, TVN_ITEMEXPANDINGW, asked), TRUE);
+        onMessage_ = [] {};
+        nodes_[indexOf(selected_)].expanded =
+            reaction == 2 ? isOpen : tree_->getNodeExpanded(selected_);
+        EXPECT_EQ(std::exchange(told_, {}),
+                  reaction == 1
+                      ? L""
+                      : named(isOpen ? L" nodeExpanding:" : L" nodeCollapsing:", selected_));
     }
     // What the user does with the selected node; a receiver may refuse it, change the
     // tree meanwhile, or clear it and end its window.
@@ -201,6 +234,7 @@ protected:
             show(i);
         }
         settle();
+        selected_ != kNoNode&& number_ % 4 == 0 ? askAgain() : void();
         const TreeNode node = selected_;
         const std::size_t what = random_.below(2) == 0 ? 2 : random_.below(6);
         const Rect caption = tree_->getNodeBoundary(node);
@@ -252,6 +286,7 @@ protected:
         EXPECT_TRUE(what != 0 || !IsWindow(window) || GetFocus() == window);
         onMessage_ = [] {};
         if (nativeWindowOf(*tree_) == nullptr) {
+            EXPECT_FALSE(IsWindow(window));
             awaited = 0;
             window_->addChild(tree_);
         }
@@ -399,8 +434,53 @@ struct PlainRow {
     bool selected = false;
 };
 
-TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
-    std::vector<PlainRow> rows;
+class GridModelsTest : public ItemModelsTest {
+protected:
+    // The row there is, or one before or behind all.
+    std::size_t anyRow() { return random_.below(rows_.size() + 2) - 1; }
+    void search() {
+        const std::size_t start = anyRow();
+        const std::size_t first = start < rows_.size() ? start : 0;
+        const auto flags = static_cast<UINT>(random_.below(64));
+        std::wstring part = rows_[random_.below(rows_.size())].cells[0];
+        part.resize(std::min(part.size(), random_.below(10)));
+        LRESULT wanted = -1;
+        for (std::size_t i = (flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 ? 0 : rows_.size();
+             i-- > 0;) {
+            const std::size_t row = (first + i) % rows_.size();
+            const std::wstring& text = rows_[row].cells[0];
+            if ((row >= first || (flags & LVFI_WRAP) != 0) &&
+                ((flags & LVFI_PARTIAL) != 0 ? text.starts_with(part) : text == part)) {
+                wanted = static_cast<LRESULT>(row);
+            }
+        }
+        part.empty() ? L' ' : part[0] = L'I';
+        const NMLVFINDITEMW asked{{}, static_cast<int>(start), {flags, part.c_str(), 0, {}, 0}};
+        EXPECT_EQ(notify(*grid_, LVN_ODFINDITEMW, asked), wanted) << flags;
+    }
+    // As far as there is room for it.
+    void askForTooltip() {
+        const std::size_t row = anyRow();
+        const std::size_t room = random_.below(6);
+        const std::wstring tip = number_ % 4 == 0 ? L"" : L"tip";
+        wchar_t text[] = L"#####";
+        onMessage_ = [&] { grid_->setRowTooltip(tip); };
+        const LRESULT answer = notify(
+            *grid_, LVN_GETINFOTIPW,
+            NMLVGETINFOTIPW{{}, 0, text, static_cast<int>(room), static_cast<int>(row), 0, 0});
+        EXPECT_EQ(answer, 0);
+        onMessage_ = [] {};
+        const bool isTold = row < rows_.size() && room > 0;
+        EXPECT_EQ(text, isTold && !tip.empty() ? tip.substr(0, room - 1) : L"#####");
+        EXPECT_EQ(std::exchange(told_, {}),
+                  isTold ? L" beforeDisplayRowTooltip:" + std::to_wstring(row) : L"");
+    }
+
+    std::vector<PlainRow> rows_;
+};
+
+TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
+    std::vector<PlainRow>& rows = rows_;
     Texts seen;
     const auto select = [&rows](std::size_t row, std::size_t end, bool on) {
         for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -432,13 +512,22 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 break;
             case 4: case 5: case 6: grid_->setCell(row, column, rows[row].cells[column] = numbered(number)); break;
             case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 0 : -1); break;
-            case 8: grid_->setRowChecked(row, rows[row].checked = on); break;
+            case 8:
+                rows[row].checked = on || row > 8 || !boxes_ || update_ ? on : !rows[row].checked;
+                if (on || row > 8 || !boxes_ || update_) { grid_->setRowChecked(row, on); break; }
+                sendMouse(nativeWindowOf(*grid_), WM_LBUTTONDOWN, boxOf(row));
+                ASSERT_EQ(std::exchange(told_, {}), L" checkStateChanged:" + std::to_wstring(row));
+                break;
             case 9:
                 if (grid_->setMultiSelect(on); !on && !grid_->getSelectedRows().empty()) {
                     select(grid_->getSelectedRows().front() + 1, kNullSize, false);
                 }
                 break;
-            case 10: grid_->selectAllRows(); select(0, multiple ? kNullSize : 0, true); break;
+            case 10:
+                grid_->selectAllRows();
+                select(0, multiple ? kNullSize : 0, true);
+                if (on) { grid_->releaseTree(); window_->synchronizeTree(); }
+                break;
             case 11: grid_->deselectAllRows(); select(0, kNullSize, false); break;
             case 12:
                 if (number % 10 == 0) { grid_->clear(); rows.clear(); }
@@ -470,9 +559,12 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 L'|' + said.cells[1]);
         }
         ASSERT_EQ(grid_->getSelectedRows(), selected);
+        if (!rows.empty() && number % 4 == 0) {
+            search();
+            askForTooltip();
+        }
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
-            ASSERT_EQ(send(*grid_, LVM_GETCALLBACKMASK) != 0, boxes_);
             lines.resize(std::min(lines.size(), std::size_t{9}));
             ASSERT_TRUE(lines == seen || GetUpdateRect(nativeWindowOf(*grid_), nullptr, FALSE));
             ValidateRect(nativeWindowOf(*grid_), nullptr);
