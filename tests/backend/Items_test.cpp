@@ -1,19 +1,13 @@
 // Trees and grids with the system's own controls: what the user does with the
 // mouse and the keyboard, and how they look.
 #include "support/ItemsTest.h"
-// Behind the wrapper.
-#include <uxtheme.h>
-#include <vssym32.h>
 
 extern "C" void* __imp_OpenThemeData IMPORT_SLOT("OpenThemeData", "@8");
 
 namespace zustd::test {
 namespace {
 
-HTHEME WINAPI openNone(HWND, const wchar_t*) { return nullptr; }
-
-// An image without anything: one dot that nobody sees keeps it from being opaque.
-void drawNone(const Canvas& canvas) { SetPixel(canvas.context(), 0, 0, RGB(254, 254, 254)); }
+void* WINAPI openNone(HWND, const wchar_t*) { return nullptr; }
 
 TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     addRows({L"alpha", L"beta", L"br", L"delta"});
@@ -51,20 +45,6 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     sendMouse(header, WM_LBUTTONDBLCLK, {100, 5}, MK_LBUTTON);
     EXPECT_EQ(grid_->columns()[0].width, 0);
     EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
-}
-
-TEST_F(BackendItemsTest, receiversWhoClearAndDropTheGrid_areSurvived) {
-    for (const bool isBox : {true, false}) {
-        addRows({L"alpha", L"beta"});
-        onMessage_ = [this] {
-            grid_->clear();
-            window_->removeChild(grid_.get());
-        };
-        clickAt(*grid_, isBox ? boxOf(1) : placeOf(1), !isBox);
-        window_->addChild(grid_);
-        EXPECT_EQ(shownGrid(), Texts());
-    }
-    EXPECT_EQ(told_, L" checkStateChanged:1 selectionChanged:1 rightClicked:-1");
 }
 
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
@@ -112,8 +92,7 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     EXPECT_GT(width(1), 150);
     EXPECT_EQ(width(0), width(1) + 20 + 16);
     EXPECT_TRUE(grid_->columns() == columns) << "nobody has moved them";
-    HDITEMW narrow{};
-    narrow.mask = HDI_WIDTH;
+    HDITEMW narrow{.mask = HDI_WIDTH};
     for (HDITEMW* const item : {&narrow, static_cast<HDITEMW*>(nullptr)}) {
         const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
         NMHEADERW moved{{header, 0, HDN_ITEMCHANGEDW}, 0, 0, item};
@@ -126,48 +105,18 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
 }
 
-// A check box in the look of a theme, or the plain one, in the middle of its image.
-void drawBox(const Canvas& canvas, LONG extent, HTHEME theme, bool checked) {
-    const HDC context = canvas.context();
-    const int state = checked ? CBS_CHECKEDNORMAL : CBS_UNCHECKEDNORMAL;
-    SIZE size{extent, extent};
-    GetThemePartSize(theme, context, BP_CHECKBOX, state, nullptr, TS_DRAW, &size);
-    const LONG side = std::min(size.cx, extent - 2);
-    const LONG corner = (extent - side) / 2;
-    RECT box{corner, corner, corner + side, corner + side};
-    SetDCBrushColor(context, RGB(0x40, 0x50, 0x60));
-    FillRect(context, &box, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-    if (FAILED(DrawThemeBackground(theme, context, BP_CHECKBOX, state, &box, nullptr))) {
-        const UINT look = DFCS_BUTTONCHECK | DFCS_FLAT;
-        DrawFrameControl(context, &box, DFC_BUTTON, checked ? look | DFCS_CHECKED : look);
-    }
-}
-
-TEST_F(BackendItemsTest, checkBoxes_withAndWithoutTheme_areInTheMiddleOfTheirImages) {
-    const auto colors = std::make_shared<ColorsDescriptor>();
-    colors->setColor(ColorRole::kBackground, Color::rgb(0x40, 0x50, 0x60));
-    tree_->setColors(colors);
-    grid_->setColors(colors);
-    for (const std::int32_t round : {0, 1, 2, 3}) {
-        const std::int32_t extent = round % 2 == 0 ? 8 : 32;
-        const HTHEME theme = round < 2 ? OpenThemeData(nullptr, L"BUTTON") : nullptr;
-        void* const opening = __imp_OpenThemeData;
-        const ReplacedImport plain(__imp_OpenThemeData,
-                                   round < 2 ? opening : reinterpret_cast<void*>(&openNone));
-        WindowServiceWin32Gdi::setScalingFactor(extent / 16.0);
-        window_->synchronizeTree();
-        for (const bool isTree : {true, false}) {
-            const auto list =
-                reinterpret_cast<HIMAGELIST>(isTree ? send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE)
-                                                    : send(*grid_, LVM_GETIMAGELIST, LVSIL_STATE));
-            for (int state = isTree ? 0 : 1; state < 3; ++state) {
-                const Canvas shown({extent, extent});
-                const Canvas wanted({extent, extent});
-                ImageList_Draw(list, isTree ? state : state - 1, shown.context(), 0, 0, ILD_NORMAL);
-                state == 0 ? drawNone(wanted) : drawBox(wanted, extent, theme, state == 2);
-                EXPECT_TRUE(shown.isLike(wanted)) << round << isTree << state;
-            }
-        }
+TEST_F(BackendItemsTest, checkBoxesWithoutTheme_drawnByTheSystem_fillTheirImages) {
+    const ReplacedImport plain(__imp_OpenThemeData, reinterpret_cast<void*>(&openNone));
+    send(*tree_, WM_THEMECHANGED);
+    const auto list = reinterpret_cast<HIMAGELIST>(send(*tree_, TVM_GETIMAGELIST, TVSIL_STATE));
+    for (const int state : {1, 2}) {
+        const Canvas shown({16, 16});
+        const Canvas wanted({16, 16});
+        RECT box{1, 1, 15, 15};
+        const UINT look = DFCS_BUTTONCHECK | DFCS_FLAT | (state == 2 ? UINT{DFCS_CHECKED} : 0U);
+        ImageList_Draw(list, state, shown.context(), 0, 0, ILD_NORMAL);
+        DrawFrameControl(wanted.context(), &box, DFC_BUTTON, look);
+        EXPECT_TRUE(shown.isLike(wanted)) << state;
     }
 }
 
@@ -201,12 +150,10 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
     for (const LRESULT handle : {send(*tree_, TVM_GETIMAGELIST, TVSIL_NORMAL),
                                  send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL)}) {
         const auto list = reinterpret_cast<HIMAGELIST>(handle);
-        const Canvas blank({32, 32});
-        drawNone(blank);
         for (int i = 0; i < 3; ++i) {
             const Canvas shown({32, 32});
             ImageList_Draw(list, i, shown.context(), 0, 0, ILD_NORMAL);
-            EXPECT_EQ(shown.isLike(blank), i == 2);
+            EXPECT_EQ(shown.pixel(16, 16) == kWhite, i == 2);
         }
         int size[2]{};
         ImageList_GetIconSize(list, &size[0], &size[1]);
