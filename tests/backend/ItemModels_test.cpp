@@ -546,6 +546,7 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
         }
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
+            ASSERT_EQ(send(*grid_, LVM_GETCALLBACKMASK) != 0, boxes_);
             lines.resize(std::min(lines.size(), std::size_t{9}));
             ASSERT_TRUE(lines == seen || GetUpdateRect(nativeWindowOf(*grid_), nullptr, FALSE));
             ValidateRect(nativeWindowOf(*grid_), nullptr);
