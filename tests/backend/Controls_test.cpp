@@ -232,18 +232,12 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         w->setColors(colors);
         EXPECT_TRUE(!w->isShown() || GetUpdateRect(nativeWindowOf(*w), nullptr, FALSE));
     };
-    // In several lines the window itself says nothing of that.
-    const auto fill = [&] {
-        SetWindowTextW(nativeWindowOf(*w), L"set");
-        notify(*w, WM_COMMAND, MAKEWPARAM(0, EN_CHANGE));
-    };
     const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
                              [&] { w->setWatermark(anyText()); },
                              [&] { w->setReadOnly(flip()); },
                              [&] { w->setFont(anyFont()); },
                              [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
                              [&] { w->setText(word()); },
-                             fill,
                              paint};
     expectMirrored(w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {

@@ -34,14 +34,14 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
     EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
     const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
     sendMouse(header, WM_LBUTTONDOWN, {80, 5}, MK_LBUTTON);
-    sendMouse(header, WM_MOUSEMOVE, {100, 5}, MK_LBUTTON);
-    sendMouse(header, WM_LBUTTONUP, {100, 5});
-    EXPECT_EQ(grid_->columns()[0].width, 100);
-    grid_->synchronizeTree();
-    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
-    sendMouse(header, WM_LBUTTONDBLCLK, {100, 5}, MK_LBUTTON);
+    sendMouse(header, WM_MOUSEMOVE, {0, 5}, MK_LBUTTON);
+    sendMouse(header, WM_LBUTTONUP, {0, 5});
+    EXPECT_EQ(grid_->columns()[0].width, 1) << "0 stands for as much as is needed";
+    grid_->resizeColumns();
+    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 1);
+    sendMouse(header, WM_LBUTTONDBLCLK, {1, 5}, MK_LBUTTON);
     EXPECT_EQ(grid_->columns()[0].width, 0);
-    EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 100);
+    EXPECT_GT(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 1);
 }
 
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledToAndHidden) {
@@ -89,14 +89,6 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     EXPECT_GT(width(1), 150);
     EXPECT_EQ(width(0), width(1) + 20 + 16);
     EXPECT_TRUE(grid_->columns() == columns) << "nobody has moved them";
-    HDITEMW narrow{.mask = HDI_WIDTH};
-    for (HDITEMW* const item : {&narrow, static_cast<HDITEMW*>(nullptr)}) {
-        const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
-        NMHEADERW moved{{header, 0, HDN_ITEMCHANGEDW}, 0, 0, item};
-        ask(*grid_, WM_NOTIFY, moved);
-    }
-    grid_->resizeColumns();
-    EXPECT_EQ(width(0), 1);
     const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
     grid_->synchronizeBitmaps();
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
