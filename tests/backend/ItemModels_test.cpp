@@ -447,7 +447,6 @@ protected:
         const NMLVFINDITEMW asked{{}, int(start), {flags, part.c_str(), 0, {}, 0}};
         EXPECT_EQ(notify(*grid_, LVN_ODFINDITEMW, asked), wanted) << flags;
     }
-    // As far as there is room for it.
     void askForTooltip() {
         const std::size_t row = anyRow();
         const std::size_t room = random_.below(6);
