@@ -379,7 +379,7 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
     const auto box = show(service().createNativeTextBox(), {0, 0, 199, 24});
     box->setMaximumLength(kMost);
     const HWND window = nativeWindowOf(*box);
-    std::mt19937 random(20260715);
+    std::mt19937 random(20260716);
     Texts letters;
     int caret = 0;
     const auto front = [&](int count) {
