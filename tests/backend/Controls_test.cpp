@@ -97,6 +97,8 @@ protected:
         const int inside = inner != nativeWindowOf(control) ? -2 : 1;
         sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
         EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
+        sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
+        EXPECT_EQ(tracked_, nullptr) << "asked for already";
         EXPECT_EQ(router.hovered().get() == &control, control.isShown());
         EXPECT_EQ(control.windowService()->getNamedObject(tooltip) != nullptr, control.isShown());
         send(inner, flip() ? WM_RBUTTONDOWN : WM_KEYDOWN, VK_SHIFT);
@@ -214,12 +216,20 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
 
 TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
     const auto w = service().createNativeTextBox();
-    const Changes changes = {[&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
-                             [&] { w->setWatermark(anyText()); },
-                             [&] { w->setReadOnly(flip()); },
-                             [&] { w->setFont(anyFont()); },
-                             [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
-                             [&] { w->setText(word()); }};
+    const Changes changes = {
+        [&] { w->setKind(static_cast<TextBoxKind>(any(3))); },
+        [&] { w->setWatermark(anyText()); },
+        [&] { w->setReadOnly(flip()); },
+        [&] { w->setFont(anyFont()); },
+        [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
+        [&] { w->setText(word()); },
+        [&] {
+            const auto colors = std::make_shared<ColorsDescriptor>();
+            const auto red = static_cast<std::uint8_t>(any(256));
+            colors->setColor(ColorRole::kText, Color::rgb(red, 2, 3));
+            w->setColors(colors);
+            EXPECT_TRUE(!w->isShown() || GetUpdateRect(nativeWindowOf(*w), nullptr, FALSE));
+        }};
     expectMirrored(w, changes, [&](HWND shown) {
         static constexpr DWORD kStyles[] = {
             ES_AUTOHSCROLL, ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL,
@@ -233,6 +243,12 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_EQ(send(shown, EM_GETLIMITTEXT),
                   w->maximumLength() != 0 ? LRESULT(w->maximumLength()) : 0x7FFFFFFE);
+        const Canvas canvas({1, 1});
+        send(GetParent(shown), WM_CTLCOLOREDIT, reinterpret_cast<WPARAM>(canvas.context()),
+             reinterpret_cast<LPARAM>(shown));
+        EXPECT_EQ(GetTextColor(canvas.context()),
+                  w->colors() && w->isUsable() ? nativeColor(w->colors()->color(ColorRole::kText))
+                                               : GetSysColor(COLOR_WINDOWTEXT));
         const bool hasHint = w->kind() != TextBoxKind::kMultiLine && w->hasWatermark();
         EXPECT_EQ(hints_[shown], hasHint ? w->watermark().text(*w) : L"");
     });
@@ -363,7 +379,7 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
     const auto box = show(service().createNativeTextBox(), {0, 0, 199, 24});
     box->setMaximumLength(kMost);
     const HWND window = nativeWindowOf(*box);
-    std::mt19937 random(20260715);
+    std::mt19937 random(20260716);
     Texts letters;
     int caret = 0;
     const auto front = [&](int count) {

@@ -85,6 +85,11 @@ protected:
         tree_->setBoundary({0, 0, 199, 139});
     }
 
+    template <class Notice>
+    LRESULT notify(const Control& control, UINT code, Notice notice) const {
+        notice.hdr = {nativeWindowOf(control), 0, code};
+        return SendMessageW(native(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notice));
+    }
     UINT checkOf(bool checked) const { return !boxes_ ? 0 : checked ? 2 : 1; }
     TreeNode at(std::size_t i) const { return i < nodes_.size() ? nodes_[i].node : kNoNode; }
     std::size_t indexOf(TreeNode node) const {
@@ -189,6 +194,23 @@ protected:
                 // clang-format on
         }
     }
+    // The window asks out of turn: for what is refused, nothing that is there, what is so.
+    void askAgain() {
+        const HTREEITEM item = TreeView_GetSelection(nativeWindowOf(*tree_));
+        const auto word = reinterpret_cast<WPARAM>(item);
+        const bool isOpen = send(*tree_, TVM_GETITEMSTATE, word, TVIS_EXPANDED) != 0;
+        const std::size_t how = random_.below(3);
+        NMTREEVIEWW asked{};
+        asked.action = isOpen != (how == 0) ? TVE_EXPAND : TVE_COLLAPSE;
+        asked.itemNew.hItem = how == 1 ? nullptr : item;
+        asked.itemNew.lParam = static_cast<LPARAM>(TreeModel::placeOf(selected_));
+        onMessage_ = [&] { how == 0 ? tree_->refuseExpanding() : void(); };
+        EXPECT_EQ(notify(*tree_, TVN_ITEMEXPANDINGW, asked), TRUE);
+        onMessage_ = [] {};
+        told_.clear();
+        PlainNode& said = nodes_[indexOf(selected_)];
+        said.expanded = how == 2 ? isOpen : said.expanded;
+    }
     // What the user does with the selected node; a receiver may refuse it, change the
     // tree meanwhile, or clear it and end its window.
     void act() {
@@ -201,6 +223,7 @@ protected:
             show(i);
         }
         settle();
+        number_ % 4 == 0 && selected_ != kNoNode ? askAgain() : void();
         const TreeNode node = selected_;
         const std::size_t what = random_.below(2) == 0 ? 2 : random_.below(6);
         const Rect caption = tree_->getNodeBoundary(node);
@@ -252,6 +275,7 @@ protected:
         EXPECT_TRUE(what != 0 || !IsWindow(window) || GetFocus() == window);
         onMessage_ = [] {};
         if (nativeWindowOf(*tree_) == nullptr) {
+            EXPECT_FALSE(IsWindow(window));
             awaited = 0;
             window_->addChild(tree_);
         }
@@ -367,7 +391,8 @@ TEST_F(ItemModelsTest, tree_randomChangesAndKeys_isAndShowsWhatAPlainListSays) {
         // Without them the rest comes at once.
         hasTimers = seed % 2 != 0;
         const std::size_t betweenLooks = random_.pick(kBetweenLooks);
-        for (std::size_t changes = 10 + random_.below(100); changes > 0; --changes) {
+        for (std::size_t changes = 10 + random_.below(seed % 8 == 0 ? 400 : 100); changes > 0;
+             --changes) {
             change();
             random_.below(20) == 0 ? disturb() : void();
             if (isDrawn_ && !update_ && nativeWindowOf(*tree_) != nullptr &&
@@ -399,15 +424,56 @@ struct PlainRow {
     bool selected = false;
 };
 
-TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
-    std::vector<PlainRow> rows;
+class GridModelsTest : public ItemModelsTest {
+protected:
+    // The row there is, or one before or behind all.
+    std::size_t anyRow() { return random_.below(rows_.size() + 2) - 1; }
+    void search() {
+        const std::size_t start = anyRow();
+        const std::size_t first = start < rows_.size() ? start : 0;
+        const auto flags = static_cast<UINT>(random_.below(64));
+        std::wstring part = rows_[random_.below(rows_.size())].cells[0];
+        part.resize(std::min(part.size(), random_.below(10)));
+        LRESULT wanted = -1;
+        for (std::size_t i = rows_.size(); i-- > 0;) {
+            const std::size_t row = (first + i) % rows_.size();
+            const std::wstring& text = rows_[row].cells[0];
+            const bool isIt = (flags & LVFI_PARTIAL) != 0
+                                  ? text.starts_with(part)
+                                  : (flags & LVFI_STRING) != 0 && text == part;
+            wanted = isIt && (row >= first || (flags & LVFI_WRAP) != 0) ? LRESULT(row) : wanted;
+        }
+        part.empty() ? L' ' : part[0] = L'I';
+        const NMLVFINDITEMW asked{{}, int(start), {flags, part.c_str(), 0, {}, 0}};
+        EXPECT_EQ(notify(*grid_, LVN_ODFINDITEMW, asked), wanted) << flags;
+    }
+    void askForTooltip() {
+        const std::size_t row = anyRow();
+        const std::size_t room = random_.below(6);
+        const std::wstring tip = number_ % 4 == 0 ? L"" : L"tip";
+        wchar_t text[] = L"#####";
+        onMessage_ = [&] { grid_->setRowTooltip(tip); };
+        const NMLVGETINFOTIPW asked{{}, 0, text, int(room), int(row), 0, 0};
+        EXPECT_EQ(notify(*grid_, LVN_GETINFOTIPW, asked), 0);
+        onMessage_ = [] {};
+        const bool isTold = row < rows_.size() && room > 0;
+        EXPECT_EQ(text, isTold && !tip.empty() ? tip.substr(0, room - 1) : L"#####");
+        EXPECT_EQ(std::exchange(told_, {}),
+                  isTold ? L" beforeDisplayRowTooltip:" + std::to_wstring(row) : L"");
+    }
+
+    std::vector<PlainRow> rows_;
+};
+
+TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
+    std::vector<PlainRow>& rows = rows_;
     Texts seen;
     const auto select = [&rows](std::size_t row, std::size_t end, bool on) {
         for (std::size_t i = 0; i < rows.size(); ++i) {
             rows[i].selected = i >= row && i < end ? on : rows[i].selected;
         }
     };
-    for (std::size_t number = 0; number < 2000; ++number) {
+    for (std::size_t number = 0; number < 2000 && !HasFailure(); ++number) {
         SCOPED_TRACE(number);
         const std::size_t row = rows.empty() ? 0 : random_.below(rows.size());
         const std::size_t column = random_.below(2);
@@ -438,7 +504,10 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                     select(grid_->getSelectedRows().front() + 1, kNullSize, false);
                 }
                 break;
-            case 10: grid_->selectAllRows(); select(0, multiple ? kNullSize : 0, true); break;
+            case 10:
+                grid_->selectAllRows(); select(0, multiple ? kNullSize : 0, true);
+                if (on) { grid_->releaseTree(); window_->synchronizeTree(); }
+                break;
             case 11: grid_->deselectAllRows(); select(0, kNullSize, false); break;
             case 12:
                 if (number % 10 == 0) { grid_->clear(); rows.clear(); }
@@ -470,6 +539,10 @@ TEST_F(ItemModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 L'|' + said.cells[1]);
         }
         ASSERT_EQ(grid_->getSelectedRows(), selected);
+        if (!rows.empty() && number % 4 == 0) {
+            search();
+            askForTooltip();
+        }
         if ((number % 32 == 0 || rows.size() < 30) && !update_) {
             ASSERT_EQ(shownGrid(), lines);
             ASSERT_EQ(send(*grid_, LVM_GETCALLBACKMASK) != 0, boxes_);
