@@ -78,7 +78,6 @@ public:
         startup.dwFlags = STARTF_USESTDHANDLES;
         HANDLE reader = nullptr;
         CreatePipe(&reader, &startup.hStdOutput, &inherited, 1024 * 1024);
-        SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
         startup.hStdError = startup.hStdOutput;
         std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
         PROCESS_INFORMATION process{};
