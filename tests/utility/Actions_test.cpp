@@ -89,6 +89,8 @@ TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded
         answer(line, "", kMenuPrompt);
     }
     answer(std::string(255, ' ') + "1", "", kMenuPrompt);
+    fs::remove_all(data());
+    give();
     // At the end of the input CTRL-C, which the system tells of, is waited for, a second each.
     std::freopen("NUL", "r", stdin);
     std::fgetc(stdin);
@@ -254,7 +256,7 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
     const std::string mended =
         "An interrupted run had changed the debug settings; they are put back" + path;
     run();
-    const auto told = [&] { return between(run(), kBanner, "------"); };
+    const auto told = [&] { return run({L"-askremovesettings"}).substr(kBanner.size()); };
     zustd::FileHandle lock;
     perform([&] {
         constexpr auto kRemove = TemporaryDebugSettings::WhenMissing::kRemoveFile;
