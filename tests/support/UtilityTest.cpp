@@ -10,16 +10,6 @@
 
 namespace zuplutil::test {
 
-std::string debugConfig(const std::string& enabled, const std::string& logFile,
-                        const std::string& level, const std::string& options) {
-    const auto row = [](const char* key, const char* kind, const std::string& value) {
-        return std::string("<p><k>") + key + "</k><t>" + kind + "</t><v>" + value + "</v></p>\n";
-    };
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n" +
-           row("logEnabled", "bool", enabled) + row("logOptions", "long", options) +
-           row("logFile", "string", logFile) + row("logLevel", "long", level) + "</hmap>\n</bag>\n";
-}
-
 static const fs::path kTemporary = fs::temp_directory_path();
 
 void UtilityTest::moveTo(const std::wstring& name) {

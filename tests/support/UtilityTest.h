@@ -26,8 +26,15 @@ inline const std::string kBanner =
     "Diagnostics and maintenance for the Pellory add-in.\n\n";
 inline const std::string kMenuPrompt = "\nPress 0..9 followed by <Enter>...\n";
 
-std::string debugConfig(const std::string& enabled, const std::string& logFile,
-                        const std::string& level, const std::string& options);
+inline std::string debugConfig(const std::string& enabled, const std::string& logFile,
+                               const std::string& level, const std::string& options) {
+    const auto row = [](const char* key, const char* kind, const std::string& value) {
+        return std::string("<p><k>") + key + "</k><t>" + kind + "</t><v>" + value + "</v></p>\n";
+    };
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<bag>\n<hmap>\n" +
+           row("logEnabled", "bool", enabled) + row("logOptions", "long", options) +
+           row("logFile", "string", logFile) + row("logLevel", "long", level) + "</hmap>\n</bag>\n";
+}
 
 inline fs::path pathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
 
@@ -78,7 +85,6 @@ public:
         startup.dwFlags = STARTF_USESTDHANDLES;
         HANDLE reader = nullptr;
         CreatePipe(&reader, &startup.hStdOutput, &inherited, 1024 * 1024);
-        SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
         startup.hStdError = startup.hStdOutput;
         std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
         PROCESS_INFORMATION process{};

@@ -65,6 +65,7 @@ TEST_F(AddinProbeTest, addin_anyWayItEnds_isOneLineOnTheScreenAndInTheLog) {
         {L"0xEFFFFFFF", "Pellory add-in crashed with exception efffffff"},
         {L"0xF0000000", "Pellory add-in ended its process with exit code f0000000"},
         {L"hangs", "Pellory add-in did not finish within 2 seconds and was ended"}};
+    const zustd::FileHandle hanging(CreateMutexW(nullptr, FALSE, L"PelloryTestAddin"));
     for (const auto& [way, line] : kWays) {
         setVariable(L"PELLORY_ADDIN", way);
         clearTranscript();
@@ -73,6 +74,7 @@ TEST_F(AddinProbeTest, addin_anyWayItEnds_isOneLineOnTheScreenAndInTheLog) {
         EXPECT_EQ(read("probe.log"), asFile(getTranscript()));
         fs::remove("probe.log");
     }
+    EXPECT_EQ(WaitForSingleObject(hanging.get(), 1000), DWORD{WAIT_ABANDONED});
 }
 
 TEST_F(AddinProbeTest, shippedProgram_realCommands_packsWhatTheyFound) {

@@ -69,7 +69,6 @@ protected:
         if (action == "collection" || action == "guided") {
             EXPECT_TRUE(said("Completed collection of diagnostics for") || saidWhatFailed());
             if (said("Please locate the file ")) {
-                EXPECT_TRUE(said("Log files zipped."));
                 const std::string& archive = left.at(place + "PelloryDiagnosticsLogs.zip");
                 EXPECT_TRUE(archive.find("plutil.log") != archive.npos || saidWhatFailed());
             }

@@ -9,28 +9,6 @@ namespace {
 
 constexpr wchar_t kQuestion[] = L"-askremovesettings";
 
-// What the message box gets: Enter, the end of the session, or the press of its button.
-UINT deed = WM_KEYDOWN;
-std::string asked;
-
-// The system tells when a window is made. The box's label answers as soon as the box is there to be
-// used: who made it waits for messages then.
-void CALLBACK onWindow(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWORD) {
-    if (GetDlgCtrlID(window) != 0xFFFF) {
-        return;
-    }
-    wchar_t text[1024] = {};
-    SendMessageW(window, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text));
-    asked = utf8(text);
-    const HWND box = FindWindowW(L"#32770", L"Pellory For Outlook");
-    if (deed == WM_QUIT) {
-        PostThreadMessageW(GetWindowThreadProcessId(box, nullptr), WM_QUIT, 0, 0);
-    } else {
-        PostMessageW(box, deed, deed == WM_KEYDOWN ? VK_RETURN : IDYES, 0);
-    }
-    PostQuitMessage(0);
-}
-
 class LibrariesTest : public UtilityTest {
 protected:
     LibrariesTest() {
@@ -43,24 +21,24 @@ protected:
         return bench() / name;
     }
 
-    // What the utility says when its question is answered.
-    std::string answer(const fs::path& program, UINT how) const {
-        deed = how;
-        asked.clear();
-        const HWINEVENTHOOK hook =
-            SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_CREATE, nullptr, &onWindow, 0, 0,
-                            WINEVENT_OUTOFCONTEXT | WINEVENT_SKIPOWNPROCESS);
+    // What the utility says when its message box gets Enter, the end of the session, or the press
+    // of a button. Who made the box hears others once it is there to be used.
+    static std::string answer(const fs::path& program, UINT how) {
         UtilityProcess utility(program, kQuestion + std::wstring(L" -logdiagnostics"));
-        SetTimer(nullptr, 0, 60000, nullptr);
-        for (MSG message;
-             GetMessageW(&message, nullptr, 0, 0) > 0 && message.message != WM_TIMER;) {
-            DispatchMessageW(&message);
+        HWND box = nullptr;
+        for (int i = 0; box == nullptr && i < 6000; ++i) {
+            Sleep(10);
+            box = FindWindowW(L"#32770", L"Pellory For Outlook");
         }
-        UnhookWinEvent(hook);
-        EXPECT_EQ(asked,
+        SendMessageW(box, WM_NULL, 0, 0);
+        wchar_t asked[1024] = {};
+        SendDlgItemMessageW(box, 0xFFFF, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(asked));
+        EXPECT_EQ(utf8(asked),
                   "Would you like to remove your Pellory settings as well?\n\n"
                   "(answer 'No' in case you are planning to upgrade to a newer version\n"
                   " and you would like to keep your existing settings)");
+        how == WM_QUIT ? PostThreadMessageW(GetWindowThreadProcessId(box, nullptr), WM_QUIT, 0, 0)
+                       : PostMessageW(box, how, how == WM_KEYDOWN ? VK_RETURN : IDYES, 0);
         EXPECT_EQ(utility.exitCode(), 0u);
         return utility.output();
     }
