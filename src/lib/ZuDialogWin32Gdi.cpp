@@ -215,10 +215,11 @@ bool DialogWin32Gdi::onWindowMessage(const WindowMessage& message, LRESULT& resu
             if (message.extra == 0) {
                 pressItem(LOWORD(message.wide));
             }
-            return false;
+            break;
         default:
-            return false;
+            break;
     }
+    return false;
 }
 
 // A command that comes from no control: from a host's loop that has its own

@@ -52,7 +52,7 @@ void GridViewWin32Gdi::fill() {
     const GridModel& model = this->model();
     setRowCount();
     setSelected(kNullSize, false);
-    if (model.rowCount() != 0 && model.selectedCount() == model.rowCount()) {
+    if (model.selectedCount() == model.rowCount()) {
         setSelected(getAbstraction().isMultiSelect() ? kNullSize : 0, true);
     } else {
         // Ascending, so that the window appends to what it has.
