@@ -1,10 +1,15 @@
 // The door to the host system, its timers, and what comes from mouse and keyboard.
+#include <shlobj.h>
+
 #include <regex>
 #include <thread>
 
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativeTextBox.h"
 #include "support/SurfaceTest.h"
+
+extern "C" void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPathW", "@16");
+extern "C" void* __imp_ShellExecuteW IMPORT_SLOT("ShellExecuteW", "@24");
 
 namespace zustd::test {
 namespace {
@@ -21,7 +26,7 @@ std::string reportsOf(const TraceCapture& trace) {
     for (const std::string& line : trace.messages()) {
         reports += line + "; ";
     }
-    return std::regex_replace(reports, std::regex("ServiceWin32Gdi"), "");
+    return std::regex_replace(reports, std::regex("ServiceWin32Gdi|could not get directory "), "");
 }
 
 class ApplicationTest : public SurfaceTest {
@@ -43,7 +48,38 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
         .setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
-    EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
+}
+
+// How many folders the shell has, and what it answers to a document: up to 32 it has failed.
+int shellFolders = 0;
+INT_PTR shellAnswer = 0;
+
+BOOL WINAPI findFolder(HWND, wchar_t* path, int folder, BOOL) noexcept {
+    wcscpy(path, folder == CSIDL_APPDATA ? L"A:" : L"P:");
+    return shellFolders > (folder == CSIDL_APPDATA ? 1 : 0);
+}
+HINSTANCE WINAPI open(HWND, const wchar_t* verb, const wchar_t*, const wchar_t*, const wchar_t*,
+                      int) noexcept {
+    return reinterpret_cast<HINSTANCE>(verb == std::wstring(L"open") ? shellAnswer : 0);
+}
+
+TEST_F(ApplicationTest, shell_withoutFoldersOrDocuments_isReplacedOrReported) {
+    const TraceCapture trace(kTraceLevelInfo);
+    const ReplacedImport shell(__imp_SHGetSpecialFolderPathW, reinterpret_cast<void*>(&findFolder));
+    const ReplacedImport opening(__imp_ShellExecuteW, reinterpret_cast<void*>(&open));
+    std::wstring found;
+    for (shellFolders = 2; shellFolders >= 0; --shellFolders) {
+        found += application_->getUserAppDataDirectory();
+        found += application_->getUserDocumentsDirectory();
+    }
+    EXPECT_EQ(found, L"A:P:P:P:C:\\C:\\");
+    EXPECT_EQ(reportsOf(trace),
+              "Application::getUserAppDataDirectory: CSIDL_APPDATA - trying CSIDL_PERSONAL; "
+              "Application::getUserAppDataDirectory: CSIDL_PERSONAL - defaulting to C:\\; "
+              "Application::getUserDocumentsDirectory: CSIDL_PERSONAL - defaulting to C:\\; ");
+    for (shellAnswer = 31; shellAnswer < 35; ++shellAnswer) {
+        EXPECT_EQ(application_->openDocument(L"C:\\a"), shellAnswer > 32);
+    }
 }
 
 TEST_F(ApplicationTest, criticalErrorsMemoryAndLoop_asked_areTold) {
@@ -53,6 +89,7 @@ TEST_F(ApplicationTest, criticalErrorsMemoryAndLoop_asked_areTold) {
     for (std::uint32_t code = 0; code < 8; ++code) {
         a.setCriticalError(code);
         EXPECT_EQ(a.hasCriticalError(), code != 0);
+        EXPECT_EQ(a.getCriticalError(), code);
         texts += a.getCriticalErrorText(code) + L"; ";
     }
     EXPECT_EQ(a.getApplicationState(), kApplicationStateCriticalError);
@@ -157,7 +194,7 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
     for (const auto& end : std::initializer_list<std::function<void()>>{
              [&] { timer->stop(); }, [&] { timer->start(60000, true); }, [&] { timer.reset(); }}) {
         end();
-        CallWindowProcW(std::bit_cast<WNDPROC>(tick.lParam), tick.hwnd, WM_TIMER, tick.wParam, 0);
+        DispatchMessageW(&tick);
         EXPECT_EQ(MsgWaitForMultipleObjects(0, nullptr, FALSE, 60, QS_TIMER), DWORD{WAIT_TIMEOUT});
     }
     EXPECT_EQ(ticks, 0);
@@ -203,6 +240,23 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
     EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
+}
+
+TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
+    const auto holder = makeWindow({100, 100});
+    const HWND other = nativeWindowOf(*holder);
+    for (const auto& kept : Controls{inner_, button_, inner_, probe_, inner_}) {
+        // At last while another window is active.
+        SetActiveWindow(probe_->hasFocus() ? other : native());
+        EXPECT_TRUE(kept->takeFocus());
+        for (const HWND active : {native(), other, native()}) {
+            SetActiveWindow(active);
+            for (const auto& control : Controls{probe_, button_, inner_}) {
+                EXPECT_EQ(control->hasFocus(), active == native() && control == kept);
+            }
+        }
+        EXPECT_EQ(GetFocus(), nativeWindowOf(kept == button_ ? *kept : *kept->surface()));
+    }
 }
 
 TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
@@ -256,6 +310,8 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
     send(shown, WM_COMMAND, WPARAM(GetDlgCtrlID(nativeWindowOf(*other))));
     EXPECT_EQ(log_->entries.back().a.object<Control>(), other.get());
+    send(shown, WM_COMMAND, IDCANCEL);
+    EXPECT_FALSE(dialog->isOpen());
 }
 
 }  // namespace

@@ -46,6 +46,12 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     RECT proposed{20, 30, 340, 270};
     send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
     EXPECT_EQ(windowRect(native()), portableRect(proposed));
+    window_->setPlacement({.minimum = {1, 0}, .maximum = {0, 1}});
+    MINMAXINFO limits{{}, {}, {}, {1, 2}, {3, 4}};
+    send(native(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+    EXPECT_TRUE(limits.ptMinTrackSize.x > 1 && limits.ptMinTrackSize.y == 2);
+    EXPECT_TRUE(limits.ptMaxTrackSize.x == 3 && limits.ptMaxTrackSize.y > 4);
+    EXPECT_TRUE(GetClassLongPtrW(native(), GCLP_HICON) && GetClassLongPtrW(native(), GCLP_HICONSM));
     const auto button = show(service().createNativeButton(), {0, 0, 9, 9});
     DestroyWindow(native());
     EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject() ||
@@ -88,6 +94,33 @@ TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
     for (const auto& [id, wide, extra, answer] : kRows) {
         EXPECT_EQ(send(native(), id, wide, extra), answer) << id << ": " << wide;
     }
+    EXPECT_TRUE(user->hasFocus());
+    send(native(), WM_KILLFOCUS, reinterpret_cast<WPARAM>(GetDesktopWindow()));
+    EXPECT_FALSE(user->hasFocus());
+    send(native(), WM_SETFOCUS);
+    EXPECT_TRUE(user->hasFocus());
+    send(native(), WM_CLOSE);
+    EXPECT_FALSE(window_->isVisible());
+}
+
+// The real pointer, in a window that is made anew meanwhile.
+TEST_F(SurfaceTest, pointer_comesAndGoes_isToldEachTime) {
+    const auto probe = addProbe({0, 0, 99, 99});
+    for (const int x : {50, 999, 51, 52, 999}) {
+        if (x == 52) {
+            window_->releaseTree();
+            window_->synchronizeTree();
+        }
+        const POINT place = onScreen(native(), {x, 50});
+        SetCursorPos(place.x, place.y);
+        runMessages(5000, [&] { return probe->lastMouse.position.x == x || x == 999; });
+        runMessages(5000, [&] { return probe->isHovered() == (x != 999); });
+        EXPECT_EQ(probe->isHovered(), x != 999) << x;
+    }
+    const auto button = show(service().createNativeButton(), {100, 0, 199, 99});
+    sendMouse(nativeWindowOf(*button), WM_MOUSEMOVE, {5, 5});
+    send(native(), WM_MOUSELEAVE);
+    EXPECT_TRUE(button->isHovered()) << "entered before the other was left";
 }
 
 TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
@@ -122,6 +155,14 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
         GetUpdateRect(native(), &area, FALSE);
         EXPECT_EQ(portableRect(area), invalid);
     }
+    for (const bool isOn : {false, true}) {
+        service().enableWindow(isOn);
+        EXPECT_EQ(IsWindowEnabled(native()) != FALSE, isOn);
+    }
+    EnableWindow(native(), FALSE);
+    ShowWindow(native(), SW_HIDE);
+    window_->synchronizeTree();
+    EXPECT_FALSE(IsWindowEnabled(native()) || IsWindowVisible(native())) << "by somebody else";
     int differences = 0;
     for (int i = 0x100; i <= 0x7FFF; ++i) {
         differences += WindowServiceWin32Gdi::getNewId() - i;
@@ -178,6 +219,7 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
     Rect painted;
     const Canvas canvas({20, 20});
+    const TraceCapture trace;
     left->whileDrawing = [&] {
         painted = windowServiceBackend(&service())->getDrawArea();
         if (left->drawn == 2) {
@@ -191,6 +233,7 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     EXPECT_EQ(painted, left->boundary());
     EXPECT_EQ(pixelOf(native(), {10, 10}), 0x401020U) << "painted again";
     EXPECT_EQ(left->drawn, 3);
+    EXPECT_TRUE(trace.messages().empty());
 }
 
 TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
@@ -226,6 +269,7 @@ TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
     EXPECT_EQ(pixelOf(native(), {5, 5}), 0x123456U);
     EXPECT_EQ(pixelOf(nativeWindowOf(*field), {60, 20}), 0x143456U);
     EXPECT_EQ(send(native(), WM_ERASEBKGND, context), 1);
+    EXPECT_EQ(nativeColor(systemColor(COLOR_HIGHLIGHT)), GetSysColor(COLOR_HIGHLIGHT));
     send(native(), WM_PRINTCLIENT, context);
     EXPECT_EQ(canvas.pixel(5, 5), 0x123456U);
     SetWindowLongPtrW(label, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&answerAsHost));
@@ -280,15 +324,21 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     }
 }
 
-TEST_F(SurfaceTest, dialog_releasedByWhoLosesTheFocus_returnsAndShowsNothing) {
-    const auto dialog = makeDialog();
+TEST_F(SurfaceTest, dialog_releasedOrDropped_returnsAndShowsNothing) {
+    auto dialog = makeDialog();
+    NativeDialog& shown = *dialog;
+    dialog->show(false);
+    dialog->releaseTree();
+    EXPECT_FALSE(dialog->isOpen());
     const auto probe = addProbe({0, 0, 49, 49});
     probe->takeFocus();
-    probe->connect(std::make_shared<FunctionSink>([dialog](auto&&...) { dialog->releaseTree(); }),
-                   false);
-    const Steps steps{};
-    EXPECT_EQ(dialog->show(true), kAnswerNone);
+    const auto user = std::make_shared<FunctionSink>([&](auto&&...) { dialog->releaseTree(); });
+    probe->connect(user, false);
+    const Steps steps{[&] { dialog.reset(); }};
+    EXPECT_EQ(shown.show(true), kAnswerNone) << "by who loses the focus";
     EXPECT_FALSE(dialog->isOpen() || dialog->hasNativeObject());
+    probe->disconnect(user.get());
+    EXPECT_EQ(shown.show(true), kAnswerNone);
 }
 
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
@@ -367,8 +417,10 @@ TEST_F(SurfaceTest, popup_atAnyPlace_staysOnTheScreenAndOutOfTheWay) {
     const auto popup = makeDialog(NativeDialog::kStylePopup);
     const auto field = addProbe({0, 0, 9, 9}, popup.get());
     popup->setBoundary(Rect::at({1270, 1020}, {120, 90}));
-    popup->show(false);
+    popup->synchronizeTree();
     const HWND shown = nativeWindowOf(*popup);
+    EXPECT_LT(windowRect(shown).left, 100) << "before it is shown";
+    popup->show(false);
     const Rect screen = workAreaAround(shown);
     EXPECT_EQ(windowRect(shown).position(), (Point{screen.right - 119, screen.bottom - 89}));
     popup->setBoundary(Rect::at({-30, 40}, {120, 90}));
@@ -382,6 +434,16 @@ TEST_F(SurfaceTest, popup_atAnyPlace_staysOnTheScreenAndOutOfTheWay) {
     EXPECT_EQ(hit({50, 50}), HTTRANSPARENT);
     send(shown, WM_ACTIVATE, WA_ACTIVE);
     EXPECT_FALSE(field->hasFocus());
+}
+
+TEST_F(SurfaceTest, window_onASurfaceWithoutWindow_isMadeWithIt) {
+    const auto outer = service_->createNativeWindow();
+    const auto inner = makeWindow({9, 9});
+    outer->addChild(inner);
+    inner->synchronizeTree();
+    EXPECT_FALSE(inner->hasNativeObject());
+    outer->synchronizeTree();
+    EXPECT_EQ(GetParent(nativeWindowOf(*inner)), nativeWindowOf(*outer));
 }
 
 TEST_F(SurfaceTest, menu_shown_hasItsItemsAndAnswersWithTheChosenOne) {
