@@ -57,7 +57,8 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
         {L"", std::wstring(100'000, L'M')},
         {std::wstring(1U << 20, L'\n'), L""},
         {std::wstring(1U << 20, L'W'), L"Title"},
-        {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"}};
+        {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"},
+        {L"Unknown icon", L"Title"}};
     std::uint32_t icon = 0;
     const ReplacedImport beep(__imp_MessageBeep, reinterpret_cast<void*>(&hearBeep));
     for (const auto& [text, title] : kRows) {
@@ -103,10 +104,7 @@ TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesTheOwnerUsable) {
         EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
         EXPECT_FALSE(makeWindow({9, 9})->hasNativeObject() || service().createTimer(L""));
         EXPECT_EQ(makeDialog()->show(true), kAnswerNone);
-        const auto isFailure = [](const std::string& line) {
-            return line.find("system exception") != line.npos;
-        };
-        EXPECT_EQ(std::ranges::count_if(trace.messages(), isFailure), 7);
+        EXPECT_EQ(trace.messages().size(), 14U);
         EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window_)));
     }
     const Steps steps{[&] { window_.reset(); }};
