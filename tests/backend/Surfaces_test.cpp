@@ -96,7 +96,7 @@ TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
     for (const auto& [id, wide, extra, answer] : kRows) {
         EXPECT_EQ(send(native(), id, wide, extra), answer) << id << ": " << wide;
     }
-    EXPECT_TRUE(user->hasFocus());
+    EXPECT_TRUE(user->hasFocus() && user->lastMouse.position == (Point{5, 5}));
     send(native(), WM_KILLFOCUS, reinterpret_cast<WPARAM>(GetDesktopWindow()));
     EXPECT_FALSE(user->hasFocus());
     send(native(), WM_SETFOCUS);
