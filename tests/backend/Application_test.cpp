@@ -1,10 +1,14 @@
 // The door to the host system, its timers, and what comes from mouse and keyboard.
+#include <shlobj.h>
+
 #include <regex>
 #include <thread>
 
 #include "ZuApplicationServiceWin32Gdi.h"
 #include "ZuNativeTextBox.h"
 #include "support/SurfaceTest.h"
+
+extern "C" void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPathW", "@16");
 
 namespace zustd::test {
 namespace {
@@ -21,7 +25,7 @@ std::string reportsOf(const TraceCapture& trace) {
     for (const std::string& line : trace.messages()) {
         reports += line + "; ";
     }
-    return std::regex_replace(reports, std::regex("ServiceWin32Gdi"), "");
+    return std::regex_replace(reports, std::regex("ServiceWin32Gdi|could not get directory "), "");
 }
 
 class ApplicationTest : public SurfaceTest {
@@ -43,6 +47,35 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
         .setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
+    application_->setApplicationName(L"Tests of the backend");
+    const std::wstring data = application_->getUserAppDataDirectory() + L"\\Tests of the backend";
+    for (const bool create : {false, true}) {
+        EXPECT_EQ(application_->getApplicationDataDirectory(create), data);
+        EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create) << "only when wanted";
+    }
+}
+
+// How many folders the shell has.
+int shellFolders = 0;
+
+BOOL WINAPI findFolder(HWND, wchar_t* path, int folder, BOOL) noexcept {
+    wcscpy(path, folder == CSIDL_APPDATA ? L"A:" : L"P:");
+    return shellFolders > (folder == CSIDL_APPDATA ? 1 : 0);
+}
+
+TEST_F(ApplicationTest, shell_withoutFolders_isReplacedAndReported) {
+    const TraceCapture trace(kTraceLevelInfo);
+    const ReplacedImport shell(__imp_SHGetSpecialFolderPathW, reinterpret_cast<void*>(&findFolder));
+    std::wstring found;
+    for (shellFolders = 2; shellFolders >= 0; --shellFolders) {
+        found += application_->getUserAppDataDirectory();
+        found += application_->getUserDocumentsDirectory();
+    }
+    EXPECT_EQ(found, L"A:P:P:P:C:\\C:\\");
+    EXPECT_EQ(reportsOf(trace),
+              "Application::getUserAppDataDirectory: CSIDL_APPDATA - trying CSIDL_PERSONAL; "
+              "Application::getUserAppDataDirectory: CSIDL_PERSONAL - defaulting to C:\\; "
+              "Application::getUserDocumentsDirectory: CSIDL_PERSONAL - defaulting to C:\\; ");
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
 }
 
@@ -111,15 +144,6 @@ TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     EXPECT_EQ(log_->entries.size(), 4U);
 }
 
-TEST_F(ApplicationTest, dataDirectory_ofAName_isMadeOnlyWhenWanted) {
-    application_->setApplicationName(L"Tests of the backend");
-    const std::wstring data = application_->getUserAppDataDirectory() + L"\\Tests of the backend";
-    for (const bool create : {false, true}) {
-        EXPECT_EQ(application_->getApplicationDataDirectory(create), data);
-        EXPECT_EQ(RemoveDirectoryW(data.c_str()) != FALSE, create);
-    }
-}
-
 // Whoever stops it may do so by a tick, or when the tick is in the queue already.
 TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
     int ticks = 0;
@@ -157,7 +181,7 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
     for (const auto& end : std::initializer_list<std::function<void()>>{
              [&] { timer->stop(); }, [&] { timer->start(60000, true); }, [&] { timer.reset(); }}) {
         end();
-        CallWindowProcW(std::bit_cast<WNDPROC>(tick.lParam), tick.hwnd, WM_TIMER, tick.wParam, 0);
+        DispatchMessageW(&tick);
         EXPECT_EQ(MsgWaitForMultipleObjects(0, nullptr, FALSE, 60, QS_TIMER), DWORD{WAIT_TIMEOUT});
     }
     EXPECT_EQ(ticks, 0);
@@ -187,8 +211,6 @@ TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
     sendMouse(native(), WM_LBUTTONDBLCLK, {15, 15});
     EXPECT_TRUE(probe_->lastMouse.action == MouseAction::kLeftDouble &&
                 probe_->lastMouse.modifiers == 0);
-    send(native(), WM_MOUSELEAVE);
-    EXPECT_FALSE(probe_->isHovered());
 }
 
 TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
@@ -198,11 +220,27 @@ TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
     const POINT place = onScreen(nativeWindowOf(*child_), {33, 4});
     send(nativeWindowOf(*child_), WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
          MAKELPARAM(place.x, place.y));
-    EXPECT_EQ(inner_->lastMouse.position, (Point{3, 4}));
-    EXPECT_TRUE(inner_->lastMouse.wheel == 240 && inner_->lastMouse.modifiers == kModifierControl);
-    EXPECT_EQ(holder->lastMouse.position, (Point{133, 64}));
+    EXPECT_TRUE(holder->lastMouse.position == (Point{133, 64}) && holder->lastMouse.wheel == 240);
     EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
     EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
+}
+
+TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
+    const auto holder = makeWindow({100, 100});
+    const HWND other = nativeWindowOf(*holder);
+    for (const auto& kept : Controls{inner_, button_, inner_, probe_, inner_}) {
+        // At last while another window is active.
+        const HWND first = probe_->hasFocus() ? other : native();
+        SetActiveWindow(first);
+        EXPECT_TRUE(kept->takeFocus() && GetActiveWindow() == first);
+        for (const HWND active : {native(), other, native()}) {
+            SetActiveWindow(active);
+            for (const auto& control : Controls{probe_, button_, inner_}) {
+                EXPECT_EQ(control->hasFocus(), active == native() && control == kept);
+            }
+        }
+        EXPECT_EQ(GetFocus(), nativeWindowOf(kept == button_ ? *kept : *kept->surface()));
+    }
 }
 
 TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
@@ -255,7 +293,10 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     send(shown, WM_COMMAND, IDOK);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
     send(shown, WM_COMMAND, WPARAM(GetDlgCtrlID(nativeWindowOf(*other))));
+    send(shown, WM_COMMAND, IDHELP);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), other.get());
+    send(shown, WM_COMMAND, IDCANCEL);
+    EXPECT_FALSE(dialog->isOpen());
 }
 
 }  // namespace

@@ -46,6 +46,12 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     RECT proposed{20, 30, 340, 270};
     send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
     EXPECT_EQ(windowRect(native()), portableRect(proposed));
+    window_->setPlacement({.minimum = {1, 0}, .maximum = {0, 1}});
+    MINMAXINFO limits{{}, {}, {}, {1, 2}, {3, 4}};
+    send(native(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+    EXPECT_TRUE(limits.ptMinTrackSize.x > 1 && limits.ptMinTrackSize.y == 2);
+    EXPECT_TRUE(limits.ptMaxTrackSize.x == 3 && limits.ptMaxTrackSize.y > 4);
+    EXPECT_TRUE(GetClassLongPtrW(native(), GCLP_HICON) && GetClassLongPtrW(native(), GCLP_HICONSM));
     const auto button = show(service().createNativeButton(), {0, 0, 9, 9});
     DestroyWindow(native());
     EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject() ||
@@ -71,6 +77,7 @@ TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
          {WM_PAINT, WM_PRINTCLIENT, WM_CAPTURECHANGED, WM_MOUSEMOVE, WM_MOUSELEAVE, WM_SETFOCUS}) {
         EXPECT_EQ(send(native(), UINT(id)), 0) << id;
     }
+    RECT area{10, 10, 300, 200};
     const std::tuple<UINT, WPARAM, LPARAM, LRESULT> kRows[] = {
         {WM_SIZE, SIZE_MINIMIZED, 0, kSystems},
         {WM_SETCURSOR, self, HTCLIENT, TRUE},
@@ -84,9 +91,33 @@ TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
         {WM_SYSCHAR, 'U', 0, kSystems},
         {WM_MOUSEWHEEL, MK_SHIFT, place, 0},
         {WM_ACTIVATE, MAKEWPARAM(WA_ACTIVE, 1), 0, 0},
-        {WM_KILLFOCUS, self, 0, 0}};
+        {WM_KILLFOCUS, self, 0, 0},
+        {WM_DPICHANGED, 0, reinterpret_cast<LPARAM>(&area), 0}};
     for (const auto& [id, wide, extra, answer] : kRows) {
         EXPECT_EQ(send(native(), id, wide, extra), answer) << id << ": " << wide;
+    }
+    EXPECT_TRUE(user->hasFocus() && user->lastMouse.position == (Point{5, 5}));
+    send(native(), WM_KILLFOCUS, reinterpret_cast<WPARAM>(GetDesktopWindow()));
+    EXPECT_FALSE(user->hasFocus());
+    send(native(), WM_SETFOCUS);
+    EXPECT_TRUE(user->hasFocus());
+    send(native(), WM_CLOSE);
+    EXPECT_FALSE(window_->isVisible());
+}
+
+// The real pointer, in a window that is made anew meanwhile.
+TEST_F(SurfaceTest, pointer_comesAndGoes_isToldEachTime) {
+    const auto probe = addProbe({0, 0, 99, 99});
+    for (const int x : {50, 999, 51, 999, 52, 53, 999}) {
+        if (x == 53) {
+            window_->releaseTree();
+            window_->synchronizeTree();
+        }
+        const POINT place = onScreen(native(), {x, 50});
+        SetCursorPos(place.x, place.y);
+        runMessages(5000, [&] { return probe->lastMouse.position.x == x || x == 999; });
+        runMessages(5000, [&] { return probe->isHovered() == (x != 999); });
+        EXPECT_EQ(probe->isHovered(), x != 999) << x;
     }
 }
 
@@ -121,6 +152,10 @@ TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
         invalidate();
         GetUpdateRect(native(), &area, FALSE);
         EXPECT_EQ(portableRect(area), invalid);
+    }
+    for (const bool isOn : {false, true}) {
+        service().enableWindow(isOn);
+        EXPECT_EQ(IsWindowEnabled(native()) != FALSE, isOn);
     }
     int differences = 0;
     for (int i = 0x100; i <= 0x7FFF; ++i) {
@@ -176,8 +211,10 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     const auto left = addProbe(Rect::at({10, 10}, {50, 50}));
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
+    EXPECT_EQ(pixelOf(native(), {60, 60}), _byteswap_ulong(GetSysColor(COLOR_BTNFACE)) >> 8);
     Rect painted;
     const Canvas canvas({20, 20});
+    const TraceCapture trace;
     left->whileDrawing = [&] {
         painted = windowServiceBackend(&service())->getDrawArea();
         if (left->drawn == 2) {
@@ -191,6 +228,7 @@ TEST_F(SurfaceTest, paint_failingNestedOrInPart_showsWhatThereIsAndTheRestLater)
     EXPECT_EQ(painted, left->boundary());
     EXPECT_EQ(pixelOf(native(), {10, 10}), 0x401020U) << "painted again";
     EXPECT_EQ(left->drawn, 3);
+    EXPECT_TRUE(trace.messages().empty());
 }
 
 TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {
@@ -280,15 +318,21 @@ TEST_F(SurfaceTest, modalDialogs_nestedOverOneOwner_disableEachOtherAndEndTogeth
     }
 }
 
-TEST_F(SurfaceTest, dialog_releasedByWhoLosesTheFocus_returnsAndShowsNothing) {
-    const auto dialog = makeDialog();
+TEST_F(SurfaceTest, dialog_releasedOrDropped_returnsAndShowsNothing) {
+    auto dialog = makeDialog();
+    NativeDialog& shown = *dialog;
+    dialog->show(false);
+    dialog->releaseTree();
+    EXPECT_FALSE(dialog->isOpen());
     const auto probe = addProbe({0, 0, 49, 49});
     probe->takeFocus();
-    probe->connect(std::make_shared<FunctionSink>([dialog](auto&&...) { dialog->releaseTree(); }),
-                   false);
-    const Steps steps{};
-    EXPECT_EQ(dialog->show(true), kAnswerNone);
-    EXPECT_FALSE(dialog->isOpen() || dialog->hasNativeObject());
+    const auto user = std::make_shared<FunctionSink>([&](auto&&...) { dialog->releaseTree(); });
+    probe->connect(user, false);
+    const Steps steps{[&] { dialog.reset(); }};
+    EXPECT_EQ(shown.show(true), kAnswerNone) << "by who loses the focus";
+    EXPECT_FALSE(dialog->isOpen() || dialog->hasNativeObject() || !IsWindowEnabled(native()));
+    probe->disconnect(user.get());
+    EXPECT_EQ(shown.show(true), kAnswerNone);
 }
 
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
