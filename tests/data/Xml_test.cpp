@@ -200,7 +200,8 @@ wstring randomText(Random& random) {
     static constexpr const wchar_t* kEnds[] = {L"", L"e", L"2e", L"1E+"};
     const wstring zeros(random.below(2) * random.below(700), L'0');
     const wstring texts[] = {random.pick(kStarts) + zeros + random.pick(kEnds) +
-                                 std::to_wstring(any >> random.below(64)),
+                                 std::to_wstring(any >> random.below(64)) +
+                                 zeros.substr(0, random.below(2) * 20),
                              L"-1.7976931348623157e308",
                              L"2016-11-04 06:39:59",
                              formatWide(L"%.17g", fraction),

@@ -213,7 +213,9 @@ TEST(ResourceService, noBackendOrNamespace_failsAssertionOrKeepsTheChosenOne) {
     auto backend = std::make_unique<ResourceServiceGeneric>();
     backend->setLibrary(library);
     joinImplementation(*service, std::move(backend));
-    EXPECT_EQ(thrownText([&] { service->getNamespaceName(); }), L"namespaceResource_ != 0");
+    const std::wstring expected = L"namespaceResource_ != 0";
+    EXPECT_EQ(thrownText([&] { service->getString(9001); }), expected);
+    EXPECT_EQ(thrownText([&] { service->getNamespaceName(); }), expected);
     EXPECT_TRUE(service->selectLocale(L""));
     EXPECT_FALSE(service->selectLocale(L"qq"));
     EXPECT_EQ(service->getNamespaceName(), second) << "the library's default locale";
