@@ -153,6 +153,7 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
         expectTold(expected);
         EXPECT_FALSE(shown->isOpen() || timer() || dialog());
     }
+    EXPECT_EQ(Tooltip().preferredSize(), (Size{12, 6}));
     left_->setTooltipOptions(nullptr);
     left_->tooltip().setLiteral(std::wstring(3000, L'x'));
     mouse(kMove, {10, 20});
