@@ -207,7 +207,7 @@ wstring randomText(Random& random) {
                              formatWide(L"%.17g", fraction),
                              std::to_wstring(any >> random.below(64)),
                              escaped(random.text(40)),
-                             random.below(2) == 0 ? L"18446744073709551614" : L"2.9999997",
+                             random.below(2) == 0 ? L"-18446744073709551614" : L"2.9999997",
                              formatWide(L"%d.%06d5", random.below(99), random.below(999'999))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
