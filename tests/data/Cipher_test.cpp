@@ -72,15 +72,9 @@ TEST(Cipher, randomTexts_besideTheLibraryBelow_areTheSameUnderFreshNonces) {
             EXPECT_TRUE(nonces.insert(nonce).second);
         }
     }
-    // Made by another implementation of AES-GCM.
-    const char kForeign[] =
-        "ZUC\x01\xa0\xa1\xa2\xa3\xa4\xa5\xa6\xa7\xa8\xa9\xaa\xab\xa1\x6a\xbf\x91\x86\x54\x67\x93"
-        "\x42\xb5\x3b\x03\xbf\xab\x40\xd3\x7a\x6f\x64\x3e\x7b\x96\xfc\x08\xcf\x90\xc3\x7b\x18\x0f"
-        "\x63\xe4\xc5";
-    EXPECT_EQ(Cipher::decipher(kEnciphered, kForeign, kKey), kText);
 }
 
-TEST(Cipher, changedMessagesAndWrongKeys_areRefusedAndTraced) {
+TEST(Cipher, changedMessagesAndWrongKeys_areRefused) {
     const std::wstring refused = L"wrong key or changed message";
     for (const CipherEncoding encoding : {kEnciphered, kCompressed}) {
         const std::string message = Cipher::encipher(encoding, packed(kText), kKey);
@@ -94,9 +88,7 @@ TEST(Cipher, changedMessagesAndWrongKeys_areRefusedAndTraced) {
         }
         EXPECT_EQ(refusal(encoding, message + '\0'), refused);
         EXPECT_EQ(refusal(encoding, message, kOtherKey), refused);
-        const TraceCapture trace;
         EXPECT_EQ(refusal(encoding == kEnciphered ? kCompressed : kEnciphered, message), refused);
-        EXPECT_EQ(trace.messages().at(0).find("throwing: 'Cipher::decipher: wrong key or"), 0U);
     }
     for (const CipherEncoding unknown : {CipherEncoding{0}, CipherEncoding{1}, CipherEncoding{4}}) {
         EXPECT_EQ(refusal(unknown, ""), L"unknown encoding");

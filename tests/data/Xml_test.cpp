@@ -1,6 +1,5 @@
 #include "ZuXml.h"
 
-#include <cfloat>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -197,15 +196,23 @@ wstring randomText(Random& random) {
     const auto any = static_cast<std::int64_t>(random.below(~std::size_t{0}));
     const std::int64_t digits = any >> (11 + random.below(50));
     const double fraction = std::ldexp(digits, -static_cast<int>(random.below(70)));
-    const wstring texts[] = {L"2016-11-04 06:39:59",
+    static constexpr const wchar_t* kStarts[] = {L"1", L"-0.", L".", L"+1", L"-inf"};
+    static constexpr const wchar_t* kEnds[] = {L"", L"e", L"2e", L"1E+"};
+    const wstring zeros(random.below(2) * random.below(700), L'0');
+    const wstring texts[] = {random.pick(kStarts) + zeros + random.pick(kEnds) +
+                                 std::to_wstring(any >> random.below(64)) +
+                                 zeros.substr(0, random.below(2) * 20),
+                             L"-1.7976931348623157e308",
+                             L"2016-11-04 06:39:59",
                              formatWide(L"%.17g", fraction),
                              std::to_wstring(any >> random.below(64)),
                              escaped(random.text(40)),
-                             random.below(2) == 0 ? L"18446744073709551614" : L"2.9999997",
+                             random.below(2) == 0 ? L"-18446744073709551614" : L"2.9999997",
                              formatWide(L"%d.%06d5", random.below(99), random.below(999'999))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
-        const wchar_t unit = random.pick(std::wstring_view(L"0019--+: .eyY\t\n\v\f\x1\x1F"));
+        const wchar_t unit =
+            random.pick(std::wstring_view(L"0019--+: .eyY\t\n\v\f\x1\x10\x1F\x7F"));
         text.replace(random.below(text.size() + 1), random.below(3), 1, unit);
     }
     return text;
@@ -296,30 +303,14 @@ TEST(Readers, longDocuments_ofAnyConstruct_areReadInTimeInLineWithTheirLength) {
     }
 }
 
-TEST(XmlNumbers, doublesAndWidths_thatDocumentsSeldomHave_areTheDialects) {
-    const wstring zeros(600, L'0');
-    const std::pair<wstring, double> kDoubles[] = {
-        // clang-format off
-        {L"0x10", 0.0}, {L"-inf", -HUGE_VAL}, {L"-1.7976931348623157e308", -DBL_MAX}, {L"1" + zeros + L"e-600", 1.0},
-        {L"." + zeros + L"1e601", 1.0}, {L"1e9223372036854775807", HUGE_VAL}, {L"2e99999999999999999999", HUGE_VAL},
-        {L"2e-99999999999999999999", 0.0}, {L"-1e400", -HUGE_VAL}, {L"1E+400", HUGE_VAL}, {L"3e-400", 0.0},
-        {L"1" + zeros, HUGE_VAL}, {L"." + zeros + L"1", 0.0}, {L"1" + zeros + L"e-1000", 0.0},
-        {L"0." + zeros + L"1e+1000", HUGE_VAL},
-        // clang-format on
-    };
-    for (const auto& [text, expected] : kDoubles) {
-        EXPECT_EQ(Xml::toDouble(text), expected) << text;
-        wstring out;
-        Xml::appendDouble(out, expected);
-        EXPECT_EQ(Xml::toDouble(out), expected) << out;
-    }
+TEST(XmlNumbers, widths_thatDocumentsDoNotHave_areThoseAskedForWithinBounds) {
+    const wstring zeros(126, L'0');
     wstring out;
     Xml::appendLong(out, -5, 500);
     Xml::appendLongHex(out += L' ', 0xBEEF, 6);
     Xml::appendSize(out += L' ', 7, 500);
     Xml::appendSizeHex(out += L' ', ~0ULL);
-    EXPECT_EQ(out, L"-" + zeros.substr(0, 125) + L"5 00BEEF " + zeros.substr(0, 126) +
-                       L"7 FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(out, L"-" + zeros.substr(1) + L"5 00BEEF " + zeros + L"7 FFFFFFFFFFFFFFFF");
 }
 
 TEST(XmlReader, parseAttributes_listWithAFault_givesThePairsBeforeIt) {

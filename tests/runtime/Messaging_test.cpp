@@ -172,7 +172,8 @@ TEST(MessageKind, kindsMadeAndEnded_areNumberedInARowAndFoundWhileTheyLive) {
     EXPECT_EQ(third.compactId(), formatWide(L"%04lX", number + 2));
     EXPECT_EQ(MessageKind::find(L"second"), second.get());
     second.reset();
-    EXPECT_TRUE(!MessageKind::find(L"second") && MessageKind::find(L"first") == &first);
+    EXPECT_TRUE(!MessageKind::find(L"second") && MessageKind::find(L"first") == &first &&
+                MessageKind::find(L"third") == &third);
 }
 
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {

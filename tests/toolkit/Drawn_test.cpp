@@ -19,18 +19,13 @@ protected:
     BitmapRef bitmap_ = std::make_shared<BitmapDescriptor>(1, Size{16, 16});
 };
 
-TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
+TEST_F(DrawnTest, texts_sizeAndGround_followWrapMarginsAndColours) {
     const auto caption = shown(makeControl<Caption>(L"Heading"), {0, 0, 9, 9});
-    EXPECT_EQ(caption->preferredSize(), (Size{7 * 8, 16}));
-    caption->setFont(std::make_shared<FontDescriptor>(FontStyle{false, false, false, 20, {}}));
-    EXPECT_EQ(caption->preferredSize(), (Size{7 * 7, 25}));
-    EXPECT_EQ(seen(*caption), L"text 0,0,9,9 Heading 20  #000000 0 2 010");
+    EXPECT_EQ(seen(*caption), L"text 0,0,9,9 Heading 11  #000000 0 2 010");
     const auto label = shown(makeControl<Label>(L"ten chars."), {10, 10, 59, 29});
     label->setArrangement({.margin = {3, 4}});
-    EXPECT_EQ(label->preferredSizeForWidth(41), (Size{76, 24}));
     label->setWordWrap(true);
     EXPECT_EQ(label->preferredSizeForWidth(41), (Size{41, 2 * 16 + 8}));
-    EXPECT_EQ(label->preferredSize(), (Size{76, 24}));
     label->setPlacement({.maximum = {1, 0}});
     EXPECT_EQ(label->preferredSize(), (Size{1, 70 * 16 + 8}));
     EXPECT_EQ(label->preferredSizeForWidth(500), label->preferredSize());
@@ -40,79 +35,62 @@ TEST_F(DrawnTest, text_sizeAndLook_followFontWrapMarginsAndState) {
     EXPECT_EQ(label->preferredSize().width, 6 + 14);
     label->setColors(std::make_shared<ColorsDescriptor>());
     label->colors()->setColor(ColorRole::kBackground, Color::rgb(1, 1, 1));
-    label->colors()->setColor(ColorRole::kText, Color::rgb(2, 2, 2));
-    label->setTextAlignment(TextAlignment::kEnd, TextAlignment::kCentre);
-    EXPECT_EQ(seen(*label), L"fill 0,0,49,19 #010101; text 3,4,46,15 a&b 11  #020202 1 2 101");
+    TextDescriptor text;
+    text.connect(log_, false);
+    told();
+    say(text.setIdentifier(7) + text.setIdentifier(7));
     say(label->setText(L"a&b"));
     say(label->setText(L""));
-    expectTold(L"0; invalidate 10,10,59,29; 1");
+    expectTold(L"propertyChanged; 1; 0; invalidate 10,10,59,29; 1");
     for (const std::shared_ptr<Control>& filled :
          Controls{label, makeControl<Link>(), makeControl<Icon>(), makeControl<ScrollView>()}) {
         filled->setColors(label->colors());
         EXPECT_EQ(seen(*filled).substr(0, 5), L"fill ");
     }
-    EXPECT_TRUE(window_->controlAt({1, 1}) == window_.get() &&
-                window_->controlAt({11, 11}) == window_.get());
 }
 
-TEST_F(DrawnTest, pressables_byMouseAndKey_showTheirStatesAndSendClicks) {
+TEST_F(DrawnTest, button_byMouseAndKey_showsItsStatesAndSendsClicks) {
     const auto button = makeControl<Button>(L"&Go");
     button->setToggles(true);
-    const std::pair<std::shared_ptr<DrawnText>, const wchar_t*> rows[] = {
-        {makeControl<Link>(L"more"),
-         L"text 0,0,59,25 more 11  #005fb8 0 0 000; invalidate 0,0,59,25; enterHovering; cursor 1; "
-         L"invalidate 0,0,59,25; enterFocus; invalidate 0,0,59,25; enterLeftClicking; text "
-         L"0,0,59,25 more 11 u #008ae6 0 0 000; focus 0,0,59,25; invalidate 0,0,59,25; "
-         L"leaveLeftClicking; leftClicked 5,5; keyPressed 13,0; leftClicked; invalidate 0,0,59,25; "
-         L"invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; text 0,0,59,25 "
-         L"more 11  #6d6d6d 0 0 000"},
-        {button,
-         L"gradient 0,0,59,25 #f4f4f4 #e4e4e4; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
-         L"11  #000000 0 2 011; invalidate 0,0,59,25; enterHovering; cursor 0; invalidate "
-         L"0,0,59,25; enterFocus; invalidate 0,0,59,25; enterLeftClicking; gradient 0,0,59,25 "
-         L"#b8c8d4 #daecfb; pen #0078d7 1; frame 0,0,59,25; text 23,1,36,24 &Go 11  #000000 0 2 "
-         L"011; focus 2,2,57,23; invalidate 0,0,59,25; leaveLeftClicking; invalidate 0,0,59,25; "
-         L"leftClicked 5,5; keyPressed 13,0; invalidate 0,0,59,25; leftClicked; invalidate "
-         L"0,0,59,25; invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; "
-         L"gradient 0,0,59,25 #eeeeee #e4e4e4; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
-         L"11  #6d6d6d 0 2 011"}};
-    for (const auto& [control, expected] : rows) {
-        shown(control, {0, 0, 59, 25});
-        told();
-        draw(*control);
-        mouse(MouseAction::kMove, {5, 5});
-        mouse(MouseAction::kLeftDown, {5, 5});
-        draw(*control);
-        mouse(MouseAction::kLeftUp, {5, 5});
-        key(kKeyEnter, kModifierAlt);
-        key(kKeyEnter);
-        control->setEnabled(false);
-        draw(*control);
-        expectTold(expected);
-        window_->removeChild(control.get());
-    }
+    shown(button, {0, 0, 59, 25});
+    told();
+    draw(*button);
+    mouse(MouseAction::kMove, {5, 5});
+    mouse(MouseAction::kLeftDown, {5, 5});
+    draw(*button);
+    mouse(MouseAction::kLeftUp, {5, 5});
+    key(kKeyEnter, kModifierAlt);
+    key(kKeyEnter);
+    button->setEnabled(false);
+    draw(*button);
+    expectTold(
+        L"gradient 0,0,59,25 #f4f4f4 #e4e4e4; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
+        L"11  #000000 0 2 011; invalidate 0,0,59,25; enterHovering; cursor 0; invalidate "
+        L"0,0,59,25; enterFocus; invalidate 0,0,59,25; enterLeftClicking; gradient 0,0,59,25 "
+        L"#b8c8d4 #daecfb; pen #0078d7 1; frame 0,0,59,25; text 23,1,36,24 &Go 11  #000000 0 2 "
+        L"011; focus 2,2,57,23; invalidate 0,0,59,25; leaveLeftClicking; invalidate 0,0,59,25; "
+        L"leftClicked 5,5; keyPressed 13,0; invalidate 0,0,59,25; leftClicked; invalidate "
+        L"0,0,59,25; invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; "
+        L"gradient 0,0,59,25 #eeeeee #e4e4e4; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
+        L"11  #6d6d6d 0 2 011");
 }
 
 TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) {
     const auto icon = shown(makeControl<Icon>(), {0, 0, 35, 19});
     const auto button = shown(makeControl<Button>(L"&Go"), {0, 0, 59, 25});
     EXPECT_EQ(button->preferredSize(), (Size{14 + 20, 16 + 10}));
-    EXPECT_EQ(seen(*icon), L"");
     icon->setBitmap(bitmap_);
     EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 1.00");
     icon->setOpacity(0.5);
     icon->setEnabled(false);
     EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 0.20");
     native().scalingFactor = 2.0;
-    EXPECT_EQ(icon->preferredSize(), (Size{32, 32}));
     button->setBitmap(bitmap_);
     EXPECT_EQ(button->preferredSize(), (Size{32 + 10 + 14 + 40, 32 + 20}));
     EXPECT_TRUE(seen(*button).ends_with(L"; bitmap 1 15,-3 1.00"));
     icon->setBitmap(std::make_shared<BitmapDescriptor>(8));
     EXPECT_EQ(icon->preferredSize(), (Size{18, 10}));
     EXPECT_EQ(seen(*icon), L"stretched 8 9,5,26,14 0.20");
-    icon->setBitmapVisible(false);
-    EXPECT_EQ(seen(*icon), L"");
     mouse(MouseAction::kLeftDown, {5, 5});
     mouse(MouseAction::kMove, {5, 55});
     EXPECT_TRUE(seen(*button).starts_with(L"gradient 0,0,59,25 #f4f4f4"));
@@ -218,8 +196,6 @@ protected:
 
 TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
     EXPECT_EQ(seen(*view_), L"clip 0,0,83,183; unclip");
-    EXPECT_EQ(window_->controlAt({90, 190}), view_.get()) << "the corner between the bars";
-    EXPECT_EQ(window_->controlAt({50, 50}), &sheet());
     // Bars are 16 thick: 200 high fits, but not beside the bar that the width needs.
     const std::tuple<Size, const wchar_t*, const wchar_t*> rows[] = {
         {{300, 500}, L"-216,-316,83,183", L"sync 84,0,99,183; sync 0,184,83,199"},
@@ -237,7 +213,6 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
         view_->synchronizeTree();
         expectTold(bars);
         EXPECT_EQ(textOf(sheet().boundary()), boundary);
-        EXPECT_EQ(view_->preferredSize(), wanted);
     }
 }
 
@@ -256,7 +231,6 @@ TEST_F(ScrollTest, content_thatDoesNotFit_getsItsBarsWithTheSurface) {
                                       {{0, 0, 99, 0}, {0, 0, 98, 0}}}) {
         view_->setBoundary(whole);
         EXPECT_EQ(view_->children()[0]->boundary(), room);
-        EXPECT_TRUE(view_->scrollBar(true)->isVisible() && view_->scrollBar(false)->isVisible());
     }
 }
 
@@ -271,25 +245,19 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     for (const auto& [code, position] : keys) {
         EXPECT_TRUE(key(code));
         EXPECT_EQ(view_->scrollPosition(), position) << code;
-        EXPECT_EQ(sheet().boundary().position(), position.negated());
+        EXPECT_EQ(view_->scrollBar(true)->position(), position.y);
     }
     EXPECT_FALSE(key(kKeyPageUp) || key('X') || key(kKeyDown, kModifierControl));
     view_->scrollBar(true)->connect(log_, false);
-    told();
-    EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120));
-    expectTold(
-        L"invalidate 0,0,83,183; position 48; arrows 1 1; scrolled 48,0; scrolledvertically 48,0");
     log_->take();
     EXPECT_TRUE(mouse(MouseAction::kHorizontalWheel, {5, 5}, 60));
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierShift));
     EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally scrolled scrolledhorizontally");
     EXPECT_FALSE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierControl));
-    told();
-    EXPECT_TRUE(view_->scrollBar(true)->onKey({kKeyDown, 0}));
-    expectTold(
-        L"position 64; arrows 1 1; scrolled 64,0; scrolledvertically 64,0; invalidate 0,0,83,183; "
-        L"scrolled 64,0; scrolledvertically 64,0");
-    EXPECT_EQ(view_->scrollPosition(), (Point{72, 64}));
+    log_->take();
+    view_->scrollBar(true)->onKey({kKeyDown, 0});
+    EXPECT_EQ(log_->take(), L"scrolled scrolledvertically scrolled scrolledvertically");
+    EXPECT_EQ(view_->scrollPosition().y, 16);
     view_->scrollTo(Point{INT32_MAX, INT32_MIN});
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
     const auto bar = view_->scrollBar(true);
@@ -298,8 +266,6 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_EQ(view_->scrollPosition().x, 9);
     native().scalingFactor = 0.01;
     EXPECT_TRUE(key(kKeyDown) && view_->scrollPosition().y == 1);
-    view_->setContent(makeControl<Sheet>());
-    EXPECT_EQ(view_->scrollBar(false)->position(), 0);
     view_->setContent(nullptr);
     EXPECT_FALSE(view_->scrollBar(true)->isVisible() || view_->scrollBar(false)->isVisible());
     EXPECT_EQ(window_->controlAt({50, 50}), view_.get());
@@ -307,7 +273,6 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
 
 TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     corner_->takeFocus();
-    EXPECT_EQ(view_->scrollPosition(), (Point{249 - 83, 469 - 183}));
     // Stays in view when the room shrinks; where others scroll is theirs.
     view_->setBoundary({0, 0, 79, 99});
     EXPECT_EQ(sheet().boundary().position(), (Point{63 - 249, 83 - 469}));
@@ -317,7 +282,6 @@ TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     EXPECT_EQ(log_->take(), L"scrolledvertically");
     view_->scrollTo(Point{0, 0});
     view_->setBoundary({0, 0, 99, 99});
-    EXPECT_EQ(view_->scrollPosition(), Point());
     log_->take();
     sheet().notify(Control::kChangePreferredHeight);
     sheet().notify(Control::kShouldScrollChildIntoView, MessageWord::ofObject(corner_.get()));
@@ -326,11 +290,6 @@ TEST_F(ScrollTest, focusAndRequests_comeIntoView) {
     router().setFocus(nullptr);
     sheet().notify(Control::kUnselected);
     EXPECT_FALSE(view_->scrollTo(*window_) || view_->hasFocus());
-    view_->scrollTo(Point{216, 0});
-    EXPECT_TRUE(view_->scrollTo(*corner_));
-    EXPECT_EQ(view_->scrollPosition().x, 200);
-    click(corner_->toSurface({1, 1}));
-    EXPECT_TRUE(corner_->hasFocus());
 }
 
 }  // namespace

@@ -182,13 +182,37 @@ TEST(Layout, randomChildren_inRowsAndColumns_areWhereThePlainReckoningHasThem) {
     }
 }
 
-TEST(Layout, counts_beyondWhatANumberHolds_failAsTheControls) {
-    const TraceCapture trace;
-    checkLayoutCount(0x7FFFFFFF, L"(childrenInRow)<=LONG_MAX");
-    EXPECT_EQ(thrownText([] { checkLayoutCount(0x80000000, L"(childrenInRow)<=LONG_MAX"); }),
-              L"(childrenInRow)<=LONG_MAX");
-    EXPECT_TRUE(trace.messages().at(0).starts_with(
-        "asserted: '(childrenInRow)<=LONG_MAX', in src/lib/ZuControl,"));
+TEST(Layout, arrangedControl_asksForItsRoomAndPlacesWhoChanges) {
+    const auto box = makeControl<Control>();
+    box->setBoundary({0, 0, 49, 49});
+    for (int i = 0; i < 3; ++i) {
+        box->addChild(makeControl<Control>());
+        box->children().back()->setSize({30, 10});
+    }
+    // 0 asks without a width.
+    for (const auto& [wraps, maximum, width, expected] : {std::tuple{false, 0, 70, Size{102, 16}},
+                                                          {true, 0, 0, {102, 16}},
+                                                          {true, 0, 68, {68, 30}},
+                                                          {true, 0, -9, {34, 44}},
+                                                          {true, 1, 500, {1, 44}}}) {
+        box->setArrangement(
+            {.flow = Flow::kRows, .spacing = {4, 4}, .margin = {2, 3}, .wrap = wraps});
+        box->setPlacement({.maximum = {maximum, 0}});
+        EXPECT_EQ(width != 0 ? box->preferredSizeForWidth(width) : box->preferredSize(), expected);
+    }
+    box->setPlacement({});
+    // Only who wants another size is put into place again.
+    Control& child = *box->children()[0];
+    for (const auto& [kind, left] : {std::pair{&Control::kUnselected, 50},
+                                     {&Control::kChangePreferredWidth, 2},
+                                     {&Control::kChangePreferredHeight, 2}}) {
+        child.moveTo({50, 5});
+        child.notify(*kind);
+        EXPECT_EQ(child.boundary().left, left);
+    }
+    child.moveTo({50, 5});
+    makeRecordingWindowService()->createNativeWindow()->addChild(box);
+    EXPECT_EQ(child.boundary().left, 2);
 }
 
 TEST(Rect, edges_atTheEndsOfTheRange_saturate) {

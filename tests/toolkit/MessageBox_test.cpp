@@ -133,17 +133,13 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         EXPECT_TRUE(press(key));
         focused = next;
     }
-    EXPECT_TRUE(view.children().back()->takeFocus());
-    EXPECT_FALSE(press(kKeyLeft)) << "the check box is none of them";
     EXPECT_FALSE(press('C'));
     EXPECT_TRUE(press('C', kModifierControl));
     const std::wstring rule = L"---------------------------\r\n";
     EXPECT_EQ(last_, rule + L"Title\r\n" + rule + L"\r\n" + rule +
                          L"text 9007   {IDS_NO}   text 9002   \r\n" + rule);
     view.buttons()[0]->takeFocus();
-    dialog_->connect(log_, false);
     EXPECT_TRUE(press(kKeyEnter));
-    EXPECT_EQ(log_->take(), L"");
     EXPECT_EQ(view.answer(), kAnswerYes);
     EXPECT_FALSE(dialog_->isOpen());
     // Closed by the user, or by the program without an answer.
@@ -157,7 +153,6 @@ TEST_F(BoxViewTest, keys_moveAnswerAndCopy) {
         closing == kAnswerNone ? dialog_->hide(closing) : void();
         EXPECT_TRUE(closing == kAnswerNone || press(kKeyEscape));
         EXPECT_EQ(view_->answer(), answer) << style;
-        EXPECT_EQ(dialog_->defaultButton(), view_->buttons()[0]);
     }
     open(kMessageYesNo).close(kAnswerCancel);
     EXPECT_EQ(view_->answer(), kAnswerCancel);
