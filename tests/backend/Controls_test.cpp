@@ -144,6 +144,12 @@ void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Ch
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
         [&] { control.takeFocus(); },
+        [&] {
+            SetFocus(nullptr);
+            EXPECT_FALSE(control.hasFocus());
+            SetFocus(nativeWindowOf(*holder_->surface()));
+            isMoved = true;
+        },
         [&] { control.inputRouter() == nullptr ? hover(control) : void(); },
         [&] {
             (holder_->surface() == window_.get() ? *other_ : *window_).addChild(holder_);
@@ -211,6 +217,10 @@ TEST_F(MirrorTest, button_randomChanges_windowSaysWhatItWants) {
         expectFont(shown, w->hasFont() ? &w->font() : nullptr);
         EXPECT_TRUE(w->isPush() || send(shown, BM_GETCHECK) == LRESULT{w->isChecked()});
         EXPECT_EQ(send(shown, BM_GETIMAGE, IMAGE_ICON) != 0, w->bitmap() != nullptr);
+        const UINT id = std::array<UINT, 3>{WM_KEYDOWN, WM_SYSKEYDOWN, WM_CHAR}[random_() % 3];
+        const MSG key{.hwnd = shown, .message = id};
+        const LRESULT wants = send(shown, WM_GETDLGCODE, 0, reinterpret_cast<LPARAM>(&key));
+        EXPECT_EQ((wants & DLGC_WANTMESSAGE) != 0, id != WM_CHAR);
     });
 }
 
@@ -223,6 +233,11 @@ TEST_F(MirrorTest, textBox_randomChanges_windowSaysWhatItWants) {
         [&] { w->setFont(anyFont()); },
         [&] { w->setMaximumLength(std::size_t(any(3) * 4)); },
         [&] { w->setText(word()); },
+        [&] {
+            // In several lines the window itself says nothing of that.
+            SetWindowTextW(nativeWindowOf(*w), L"set");
+            notify(*w, WM_COMMAND, MAKEWPARAM(0, EN_CHANGE));
+        },
         [&] {
             const auto colors = std::make_shared<ColorsDescriptor>();
             const auto red = static_cast<std::uint8_t>(any(256));

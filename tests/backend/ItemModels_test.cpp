@@ -187,7 +187,14 @@ protected:
         switch (random_.below(9)) {
             // clang-format off
             case 0: case 1: case 2: update_ ? update_.reset() : void(update_.emplace(*tree_)); break;
-            case 3: case 4: case 5: tree_->setEnableRedraw(isDrawn_ = !isDrawn_); break;
+            case 3: case 4: case 5:
+                tree_->setEnableRedraw(isDrawn_ = !isDrawn_);
+                if (!isDrawn_ && awaited != 0) {
+                    change();
+                    send(*tree_, WM_TIMER, awaited);
+                    EXPECT_EQ(awaited, 0U);
+                }
+                break;
             case 6: tree_->setCheckBoxes(boxes_ = !boxes_); break;
             case 7: release(); break;
             default: refusesNext = true; change(); refusesNext = false; window_->synchronizeTree(); break;
@@ -498,7 +505,12 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 break;
             case 4: case 5: case 6: grid_->setCell(row, column, rows[row].cells[column] = numbered(number)); break;
             case 7: grid_->setRowBitmap(row, rows[row].bitmap = on ? 0 : -1); break;
-            case 8: grid_->setRowChecked(row, rows[row].checked = on); break;
+            case 8:
+                if (on || row > 8 || !boxes_ || update_) { grid_->setRowChecked(row, rows[row].checked = on); break; }
+                rows[row].checked = !rows[row].checked;
+                sendMouse(nativeWindowOf(*grid_), WM_LBUTTONDOWN, boxOf(row));
+                ASSERT_EQ(std::exchange(told_, {}), L" checkStateChanged:" + std::to_wstring(row));
+                break;
             case 9:
                 if (grid_->setMultiSelect(on); !on && !grid_->getSelectedRows().empty()) {
                     select(grid_->getSelectedRows().front() + 1, kNullSize, false);

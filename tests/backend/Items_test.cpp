@@ -85,6 +85,14 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     EXPECT_GT(width(1), 150);
     EXPECT_EQ(width(0), width(1) + 20 + 16);
     EXPECT_TRUE(grid_->columns() == columns) << "nobody has moved them";
+    HDITEMW narrow{.mask = HDI_WIDTH};
+    for (HDITEMW* const item : {&narrow, static_cast<HDITEMW*>(nullptr)}) {
+        const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
+        NMHEADERW moved{{header, 0, HDN_ITEMCHANGEDW}, 0, 0, item};
+        ask(*grid_, WM_NOTIFY, moved);
+    }
+    grid_->resizeColumns();
+    EXPECT_EQ(width(0), 1);
     const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
     grid_->synchronizeBitmaps();
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);
