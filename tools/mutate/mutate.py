@@ -34,6 +34,9 @@ ROOT = Path(__file__).resolve().parents[2]
 EXCUSED = Path(__file__).with_name("indistinguishable.txt")
 OUTCOMES = ("killed", "hung", "survived")
 WIDEST = 12
+TYPE = re.compile(r"\s*(?:class|struct) (\w+)")
+OPERATION = re.compile(r"\s*(?:\S[^(\n]*?)??\b(\w+)\(")
+STATEMENTS = ("if", "for", "while", "switch", "return")
 SURVIVED = re.compile(r"survived (\S+):(\d+) .*\n +- (.*)\n +\+ (.*)")
 
 
@@ -72,13 +75,37 @@ def including(header):
             for name in seen if name.endswith(".cpp")}
 
 
+def named(line):
+    """The operation that a line defines, declares or calls first."""
+    found = OPERATION.match(line)
+    return found[1] if found and found[1] not in STATEMENTS else None
+
+
+def operation_of(lines, index):
+    """The operation around a line of a header, or the one that the line itself declares."""
+    def inset(line):
+        return len(line) - len(line.lstrip())
+
+    room = inset(lines[index])
+    for line in reversed(lines[:index]):
+        if TYPE.match(line):
+            break
+        if line.strip() and inset(line) < room and not line.lstrip().startswith(("//", "#")):
+            if named(line):
+                return named(line)
+            room = max(inset(line), 1)
+    return named(lines[index])
+
+
 def wide_family(path, line):
     """What a header's line is compiled into elsewhere: a default argument, an initial value, an
     operation that the compiler put in place of its call. None when that is too much to compile."""
-    text = "\n".join((ROOT / path).read_text(encoding="utf-8").split("\n")[:line])
-    # An operation is named first on its line; what its body names stands further in or further on.
-    names = [found[-1] for pattern in (r"^ {0,4}\S[^(\n]*?(\w+)\(", r"\b(?:class|struct) (\w+)")
-             for found in [re.findall(pattern, text, re.MULTILINE)] if found]
+    header = (ROOT / path).read_text(encoding="utf-8")
+    lines = header.split("\n")[:line]
+    types = [found[1] for found in map(TYPE.match, lines) if found]
+    names = [name for name in (operation_of(lines, line - 1), *types[-1:]) if name]
+    # What is used by way of a macro alone.
+    names += re.findall(r"^#define (\w+)", header, re.MULTILINE)
     mentions = re.compile(r"\b(?:" + "|".join(names) + r")\b")
     users = {user for user, text in including(Path(path).name).items() if mentions.search(text)}
     wide = sorted({*family(path), *users})
