@@ -225,7 +225,7 @@ LRESULT TreeViewWin32Gdi::onNotify(NMHDR& header) {
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
             if (const TreeNode node = nodeOf(change.itemNew); node != kNoNode && node != refused_) {
-                getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
+                getAbstraction().acceptExpanded(node, hasFlag(change.itemNew.state, TVIS_EXPANDED));
             }
             break;
         case NM_RCLICK:
