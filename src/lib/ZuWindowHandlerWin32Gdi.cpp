@@ -244,7 +244,7 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             const auto context = reinterpret_cast<HDC>(message.wide);
             RECT clip{};
             GetClipBox(context, &clip);
-            const Rect client = Rect::at({0, 0}, clientSizeOf(window_));
+            const Rect client = Rect::at({}, clientSizeOf(window_));
             const Rect area = portableRect(clip).intersection(client);
             if (drawArea_.isEmpty() && !area.isEmpty()) {
                 paint(context, area);
