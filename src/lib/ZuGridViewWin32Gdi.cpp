@@ -11,7 +11,6 @@ namespace zustd {
 
 void GridViewWin32Gdi::initializeFromDescriptor() {
     settle();
-    const Mirroring mirroring(*this);
     const NativeGridView& grid = getAbstraction();
     const DWORD selection = grid.isMultiSelect() ? 0 : LVS_SINGLESEL;
     const DWORD style = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
@@ -28,7 +27,6 @@ void GridViewWin32Gdi::initializeFromDescriptor() {
 }
 
 void GridViewWin32Gdi::pushState() {
-    const Mirroring mirroring(*this);
     pushItemLook();
     if (isStale()) {
         fill();

@@ -166,6 +166,7 @@ class ControlBackendWin32Gdi : public Portable, public Native {
 public:
     void synchronizeWithAbstraction() override {
         guarded(synchronizing_, [this] {
+            const NativeControlWin32Gdi::Mirroring mirroring(*this);
             initializeFromDescriptor();
             if (Native::window() != nullptr) {
                 pushState();

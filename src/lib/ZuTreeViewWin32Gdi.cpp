@@ -5,7 +5,6 @@ namespace zustd {
 // --- State to window ------------------------------------------------------------------------
 
 void TreeViewWin32Gdi::pushState() {
-    const Mirroring mirroring(*this);
     const NativeTreeView& tree = getAbstraction();
     pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE},
              tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
@@ -22,7 +21,6 @@ void TreeViewWin32Gdi::initializeFromDescriptor() {
     constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
                              TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
     settle();
-    const Mirroring mirroring(*this);
     const auto onMade = [this] {
         startAnew();
         hasBoxes_ = getAbstraction().hasCheckBoxes();
