@@ -189,11 +189,7 @@ void WindowHandlerWin32Gdi::restoreFocus() {
     if (kept && kept->takeFocus()) {
         return;
     }
-    if (canHoldFocus(keptWindow)) {
-        SetFocus(keptWindow);
-        return;
-    }
-    SetFocus(window_);
+    SetFocus(canHoldFocus(keptWindow) ? keptWindow : window_);
     if (keptWindow == nullptr) {
         focusFirst();
     }
