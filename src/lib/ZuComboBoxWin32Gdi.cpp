@@ -43,9 +43,10 @@ void ComboBoxWin32Gdi::fitHeight() {
     const auto missing = [this] {
         return getAbstraction().boundary().height() - windowRect(window()).height();
     };
+    LRESULT height = send(CB_GETITEMHEIGHT, kField);
     for (int tries = 0; tries < 2 && missing() != 0; ++tries) {
-        const LRESULT height = send(CB_GETITEMHEIGHT, kField) + missing();
-        send(CB_SETITEMHEIGHT, kField, std::max<LRESULT>(height, 1));
+        height = std::max<LRESULT>(height + missing(), 1);
+        send(CB_SETITEMHEIGHT, kField, height);
     }
 }
 
