@@ -66,8 +66,7 @@ static_assert(ApplicationService::kKeyShift == kModifierShift &&
               ApplicationService::kKeyAlt == kModifierAlt);
 
 LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept {
-    constexpr LPARAM kReleased = LPARAM{1} << 31;
-    if (code == HC_ACTION && (state & kReleased) == 0 && hookedService != nullptr) {
+    if (code == HC_ACTION && !hasFlag(HIWORD(state), KF_UP) && hookedService != nullptr) {
         guarded(L"ApplicationServiceWin32Gdi::keyboardHook", [&] {
             hookedService->getAbstraction().sendMessage(
                 ApplicationService::kAppKeysPressed, MessageWord(static_cast<std::intptr_t>(key)),
@@ -158,8 +157,7 @@ std::wstring ApplicationServiceWin32Gdi::getMachineSid() const {
             !ConvertSidToStringSidW(sid.data(), &text)) {
             return {};
         }
-        const LocalMemory owner(text);
-        return text;
+        return static_cast<const wchar_t*>(LocalMemory(text).get());
     });
 }
 

@@ -43,7 +43,7 @@ protected:
     void onWindowLost() override { internalHide(kAnswerNone); }
 
 private:
-    bool hasStyle(std::uint32_t style) const { return (getAbstraction().style() & style) != 0; }
+    bool hasStyle(std::uint32_t style) const { return hasFlag(getAbstraction().style(), style); }
     void createWindow(HWND owner);
     void place();
     void markDefaultButton();

@@ -3,6 +3,8 @@
 
 #include "ZuGeometry.h"
 #include "ZuWindows.h"
+// Behind the wrapper.
+#include <windowsx.h>
 
 namespace zustd {
 
@@ -18,7 +20,7 @@ constexpr Rect portableRect(const RECT& area) noexcept {
 inline Rect windowRect(HWND window, HWND within = HWND_DESKTOP) noexcept {
     RECT area{};
     GetWindowRect(window, &area);
-    MapWindowPoints(HWND_DESKTOP, within, reinterpret_cast<POINT*>(&area), 2);
+    MapWindowRect(HWND_DESKTOP, within, &area);
     return portableRect(area);
 }
 

@@ -23,8 +23,13 @@ constexpr std::size_t kLongestLine = 8192;
 // Of text that the system wraps, as its own labels have it.
 constexpr UINT kWrapped = DT_WORDBREAK | DT_EXPANDTABS;
 
-std::int32_t cut(std::int32_t coordinate, std::int32_t farthest = kFarthest) noexcept {
-    return std::clamp(coordinate, -farthest, farthest);
+std::int32_t cut(std::int32_t coordinate) noexcept {
+    return std::clamp(coordinate, -kFarthest, kFarthest);
+}
+
+Point cutLineEnd(Point end) noexcept {
+    return {std::clamp(end.x, -kFarthestLineEnd, kFarthestLineEnd),
+            std::clamp(end.y, -kFarthestLineEnd, kFarthestLineEnd)};
 }
 
 Rect cut(const Rect& area) noexcept {
@@ -190,7 +195,7 @@ void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, Point place, cons
 void GraphicsServiceWin32Gdi::drawText(std::wstring_view text, const Rect& area, const Font& font,
                                        Color color, const TextFormat& format) {
     const HDC context = top().context;
-    if (area.isEmpty() || text.empty()) {
+    if (area.isEmpty()) {
         return;
     }
     FontWin32Gdi& backend = fontBackend(font);
@@ -320,10 +325,11 @@ void GraphicsServiceWin32Gdi::applyClip() {
 
 void GraphicsServiceWin32Gdi::drawSlantedLine(Point from, Point to) {
     const HDC context = top().context;
-    const Point end{cut(to.x, kFarthestLineEnd), cut(to.y, kFarthestLineEnd)};
+    const Point start = cutLineEnd(from);
+    const Point end = cutLineEnd(to);
     const PenHandle pen(CreatePen(PS_SOLID, penWidth_, nativeColor(penColor_)));
     const SelectedObject selected(context, pen.get());
-    MoveToEx(context, cut(from.x, kFarthestLineEnd), cut(from.y, kFarthestLineEnd), nullptr);
+    MoveToEx(context, start.x, start.y, nullptr);
     LineTo(context, end.x, end.y);
     // GDI leaves out the last pixel of thin lines.
     SetPixelV(context, end.x, end.y, nativeColor(penColor_));
@@ -335,7 +341,7 @@ void GraphicsServiceWin32Gdi::drawLines(std::wstring_view text, const Rect& area
                                         std::int32_t lineHeight) {
     const HDC context = top().context;
     RECT native = nativeRect(cut(area));
-    if ((flags & DT_WORDBREAK) != 0) {
+    if (hasFlag(flags, DT_WORDBREAK)) {
         DrawTextW(context, text.data(), lengthForSystem(text), &native, flags);
         return;
     }

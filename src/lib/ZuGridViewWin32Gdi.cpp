@@ -11,11 +11,10 @@ namespace zustd {
 
 void GridViewWin32Gdi::initializeFromDescriptor() {
     settle();
-    const Mirroring mirroring(*this);
     const NativeGridView& grid = getAbstraction();
+    const DWORD selection = grid.isMultiSelect() ? 0 : LVS_SINGLESEL;
     const DWORD style = WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA |
-                        LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS |
-                        (grid.isMultiSelect() ? 0 : LVS_SINGLESEL) |
+                        LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS | selection |
                         (grid.hasHeader() ? 0 : LVS_NOCOLUMNHEADER);
     synchronizeWindow({WC_LISTVIEWW, style, WS_EX_CLIENTEDGE}, [this] {
         startAnew();
@@ -28,7 +27,6 @@ void GridViewWin32Gdi::initializeFromDescriptor() {
 }
 
 void GridViewWin32Gdi::pushState() {
-    const Mirroring mirroring(*this);
     pushItemLook();
     if (isStale()) {
         fill();
@@ -64,8 +62,7 @@ void GridViewWin32Gdi::fill() {
 }
 
 void GridViewWin32Gdi::setRowCount() {
-    const Mirroring mirroring(*this);
-    send(LVM_SETITEMCOUNT, model().rowCount(), LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+    sendMirroring(LVM_SETITEMCOUNT, model().rowCount(), LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void GridViewWin32Gdi::setSelected(std::size_t row, bool selected) {
@@ -140,9 +137,8 @@ std::int32_t GridViewWin32Gdi::widthOf(std::size_t column) const {
 
 void GridViewWin32Gdi::resizeColumns() {
     guarded(ZU_OPERATION, [this] {
-        const Mirroring mirroring(*this);
         for (std::size_t column = 0; column < columnCount(); ++column) {
-            send(LVM_SETCOLUMNWIDTH, column, widthOf(column));
+            sendMirroring(LVM_SETCOLUMNWIDTH, column, widthOf(column));
         }
     });
 }
@@ -162,13 +158,11 @@ void GridViewWin32Gdi::synchronizeBitmaps() {
 // The window moves the selection of the later rows along.
 void GridViewWin32Gdi::mirrorRemoved(std::size_t row) {
     deferRedraw();
-    const Mirroring mirroring(*this);
-    send(LVM_DELETEITEM, row);
+    sendMirroring(LVM_DELETEITEM, row);
 }
 
 void GridViewWin32Gdi::mirrorRow(std::size_t row) {
-    const Mirroring mirroring(*this);
-    send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
+    sendMirroring(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
 }
 
 // --- What the window asks -------------------------------------------------------------------
@@ -184,7 +178,7 @@ void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
     if (row == kNullSize) {
         return;
     }
-    if ((item.mask & LVIF_TEXT) != 0) {
+    if (hasFlag(item.mask, LVIF_TEXT)) {
         // Read only, and before anything else can change.
         item.pszText =
             const_cast<wchar_t*>(model.cell(row, static_cast<std::size_t>(item.iSubItem)).c_str());
@@ -192,10 +186,10 @@ void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
     if (item.iSubItem != 0) {
         return;
     }
-    if ((item.mask & LVIF_IMAGE) != 0) {
+    if (hasFlag(item.mask, LVIF_IMAGE)) {
         item.iImage = nativeImage(model.bitmap(row));
     }
-    if ((item.mask & LVIF_STATE) != 0 && hasCheckBoxes()) {
+    if (hasFlag(item.mask, LVIF_STATE) && hasCheckBoxes()) {
         item.state = (item.state & ~UINT{LVIS_STATEIMAGEMASK}) | nativeCheck(model.isChecked(row));
     }
 }
@@ -205,14 +199,14 @@ void GridViewWin32Gdi::answerDisplay(LVITEMW& item) const {
 LRESULT GridViewWin32Gdi::find(const NMLVFINDITEMW& request) const {
     const GridModel& model = this->model();
     const UINT flags = request.lvfi.flags;
-    if ((flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || request.lvfi.psz == nullptr) {
+    if (!hasFlag(flags, LVFI_STRING | LVFI_PARTIAL) || request.lvfi.psz == nullptr) {
         return -1;
     }
     const std::wstring wanted = request.lvfi.psz;
-    const bool whole = (flags & LVFI_PARTIAL) == 0;
+    const bool whole = !hasFlag(flags, LVFI_PARTIAL);
     const std::size_t count = model.rowCount();
     const std::size_t start = rowOf(request.iStart) != kNullSize ? rowOf(request.iStart) : 0;
-    const std::size_t end = (flags & LVFI_WRAP) != 0 ? start + count : count;
+    const std::size_t end = hasFlag(flags, LVFI_WRAP) ? start + count : count;
     for (std::size_t row = start; row < end; ++row) {
         const std::wstring& text = model.cell(row % count, 0);
         const std::size_t size = whole ? text.size() : std::min(text.size(), wanted.size());
@@ -274,10 +268,10 @@ LRESULT GridViewWin32Gdi::onNotify(NMHDR& header) {
 }
 
 void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT newState) {
-    if (isMirroring() || ((oldState ^ newState) & LVIS_SELECTED) == 0) {
+    if (isMirroring() || !hasFlag(oldState ^ newState, LVIS_SELECTED)) {
         return;
     }
-    const bool selected = (newState & LVIS_SELECTED) != 0;
+    const bool selected = hasFlag(newState, LVIS_SELECTED);
     // -1 stands for all rows.
     if (from == -1) {
         getAbstraction().acceptSelected(0, kNullSize, selected);
@@ -299,7 +293,7 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     switch (change.hdr.code) {
         case HDN_ITEMCHANGEDA:
         case HDN_ITEMCHANGEDW:
-            if (change.pitem == nullptr || (change.pitem->mask & HDI_WIDTH) == 0) {
+            if (change.pitem == nullptr || !hasFlag(change.pitem->mask, HDI_WIDTH)) {
                 return false;
             }
             // 0 stands for what the content needs.
@@ -315,8 +309,7 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     grid.acceptColumnWidth(column, width);
     columns_[column].width = width;
     if (width == 0) {
-        const Mirroring mirroring(*this);
-        send(LVM_SETCOLUMNWIDTH, column, widthOf(column));
+        sendMirroring(LVM_SETCOLUMNWIDTH, column, widthOf(column));
     }
     return width == 0;
 }
@@ -336,7 +329,7 @@ bool GridViewWin32Gdi::toggleAt(LPARAM point) {
     LVHITTESTINFO hit{};
     hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
     const std::size_t row = rowOf(ListView_HitTest(window(), &hit));
-    return (hit.flags & LVHT_ONITEMSTATEICON) != 0 && toggle(row);
+    return hasFlag(hit.flags, LVHT_ONITEMSTATEICON) && toggle(row);
 }
 
 bool GridViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT&) {

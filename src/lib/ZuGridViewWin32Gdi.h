@@ -44,7 +44,7 @@ protected:
     bool toggleAt(LPARAM point) override;
     // With Control it is the window's, which selects the row then.
     bool toggleFocused() override {
-        return (heldModifiers() & kModifierControl) == 0 && toggle(focusedRow());
+        return !hasFlag(heldModifiers(), kModifierControl) && toggle(focusedRow());
     }
     void reportMenuKey() override { getAbstraction().acceptRightClick(focusedRow()); }
 

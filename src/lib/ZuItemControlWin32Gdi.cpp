@@ -22,8 +22,8 @@ ImageListHandle makeList(Size size, int room) {
 void append(const ImageListHandle& list, const PixelBitmap& image) {
     // One without any alpha would be taken for an opaque one.
     if (std::none_of(image.pixels.begin(), image.pixels.end(),
-                     [](std::uint32_t pixel) { return (pixel & kOpaque) != 0; })) {
-        image.pixels.front() = 0x01000000;
+                     [](std::uint32_t pixel) { return hasFlag(pixel, kOpaque); })) {
+        image.pixels.front() = kOpaque / UCHAR_MAX;
     }
     ZU_SYSTEM(ImageList_Add(list.get(), image.handle.get(), nullptr) >= 0);
 }

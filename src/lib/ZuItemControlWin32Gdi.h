@@ -36,6 +36,12 @@ protected:
         ItemControlWin32Gdi& control_;
     };
 
+    // A message that is a Mirroring of its own.
+    void sendMirroring(UINT id, WPARAM wide, LPARAM extra = {}) {
+        const Mirroring mirroring(*this);
+        send(id, wide, extra);
+    }
+
     // Single items come and go in bursts: nothing is shown from here to the
     // window's next message, which is on its way then. How many changes the
     // burst has by now.

@@ -59,14 +59,14 @@ bool translateKey(const MSG& message) {
             if (message.message == WM_SYSKEYDOWN || message.wParam == VK_TAB) {
                 // From the first use of the keyboard on, underlines and focus frames show.
                 SendMessageW(GetAncestor(message.hwnd, GA_ROOT), WM_CHANGEUISTATE,
-                             MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
+                             MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL | UISF_HIDEFOCUS), {});
             }
             return false;
         case WM_SYSCHAR:
             return message.wParam != VK_SPACE && pressAccessKey(*top, key);
         case WM_CHAR:
             return message.wParam > VK_SPACE && dynamic_cast<NativeDialog*>(top) != nullptr &&
-                   (SendMessageW(message.hwnd, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) != 0 &&
+                   hasFlag(SendMessageW(message.hwnd, WM_GETDLGCODE, {}, {}), DLGC_BUTTON) &&
                    pressAccessKey(*top, key);
         default:
             return false;

@@ -31,7 +31,7 @@ HWND surfaceWindowOf(const Control& control) {
 }
 
 std::uint32_t heldModifiers() noexcept {
-    const auto isDown = [](int key) { return (GetKeyState(key) & 0x8000) != 0; };
+    const auto isDown = [](int key) { return GetKeyState(key) < 0; };
     return (isDown(VK_SHIFT) ? kModifierShift : 0) | (isDown(VK_CONTROL) ? kModifierControl : 0) |
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
@@ -51,7 +51,7 @@ void NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
         createWindow(shape, parent);
     }
     place(parent);
-    synchronizeColors(isNew);
+    synchronizeColors();
     if (isNew && hadFocus && IsWindowVisible(window()) && IsWindowEnabled(window())) {
         SetFocus(window());
     }
@@ -66,13 +66,13 @@ bool NativeControlWin32Gdi::hasSystemFocus() const noexcept {
 }
 
 // Those of the surface behind count too: a check box shows what it lies on.
-void NativeControlWin32Gdi::synchronizeColors(bool isNew) {
+void NativeControlWin32Gdi::synchronizeColors() {
     const ColorsDescriptor* own = control().colors().get();
     const std::array wanted{control().color(ColorRole::kBackground),
                             control().color(ColorRole::kText),
                             own != nullptr ? own->color(ColorRole::kBackground) : Color{},
                             own != nullptr ? own->color(ColorRole::kText) : Color{}};
-    if (std::exchange(colors_, wanted) != wanted && !isNew) {
+    if (std::exchange(colors_, wanted) != wanted) {
         RedrawWindow(window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
     }
 }
@@ -106,7 +106,7 @@ void NativeControlWin32Gdi::place(HWND parent) {
     const bool usable = canBeUsed();
     enableWindow(usable);
     // Not IsWindowVisible, which asks the parents too.
-    const bool isShowing = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
+    const bool isShowing = hasFlag(GetWindowLongW(window(), GWL_STYLE), WS_VISIBLE);
     if (control().isShown() != isShowing) {
         ShowWindow(window(), isShowing ? SW_HIDE : SW_SHOWNA);
     }
@@ -244,8 +244,7 @@ bool NativeControlWin32Gdi::colorField(const WindowMessage& message, LRESULT& re
     const auto& colors = control().colors();
     const Color background = colors ? colors->color(ColorRole::kBackground) : Color{};
     const Color text = colors ? colors->color(ColorRole::kText) : Color{};
-    const bool isRequest = message.id >= WM_CTLCOLORMSGBOX && message.id <= WM_CTLCOLORSTATIC;
-    if (!isRequest || (!background.isSet && !text.isSet)) {
+    if (message.id < WM_CTLCOLORMSGBOX || message.id > WM_CTLCOLORSTATIC) {
         return false;
     }
     result = answerByDefault(message);
@@ -283,7 +282,8 @@ void NativeControlWin32Gdi::reportHover(InputRouter& router, const WindowMessage
         event.action = MouseAction::kLeave;
     } else {
         POINT inControl{GET_X_LPARAM(message.extra), GET_Y_LPARAM(message.extra)};
-        MapWindowPoints(message.window, window(), &inControl, 1);
+        ClientToScreen(message.window, &inControl);
+        ScreenToClient(window(), &inControl);
         event.position = control().toSurface({inControl.x, inControl.y});
         trackLeaving(message.window, tracksLeaving_);
     }

@@ -111,7 +111,7 @@ protected:
     virtual bool hasField() const noexcept { return false; }
     // Answers a request for the colours of a field: with those that the control
     // itself sets, since a field on a coloured surface stays as the system paints
-    // fields. False when it sets none, and for any other message.
+    // fields. False for any other message.
     bool colorField(const WindowMessage& message, LRESULT& result);
 
     bool handleMultiWindowMessage(const WindowMessage& message, LRESULT& result) override;
@@ -123,7 +123,7 @@ private:
     bool handleOwnMessage(const WindowMessage& message, LRESULT& result);
     void createWindow(const Shape& shape, HWND parent);
     void place(HWND parent);
-    void synchronizeColors(bool isNew);
+    void synchronizeColors();
     bool hasSystemFocus() const noexcept;
     void reportHover(InputRouter& router, const WindowMessage& message);
     void reportFocus(InputRouter& router, const WindowMessage& message);
@@ -166,6 +166,7 @@ class ControlBackendWin32Gdi : public Portable, public Native {
 public:
     void synchronizeWithAbstraction() override {
         guarded(synchronizing_, [this] {
+            const NativeControlWin32Gdi::Mirroring mirroring(*this);
             initializeFromDescriptor();
             if (Native::window() != nullptr) {
                 pushState();

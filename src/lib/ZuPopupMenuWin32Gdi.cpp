@@ -85,7 +85,7 @@ HWND windowOf(const std::shared_ptr<WindowService>& service) {
 }  // namespace
 
 std::uint32_t PopupMenuWin32Gdi::show(Point place) {
-    return guarded(ZU_OPERATION, std::uint32_t{0}, [&] {
+    return guarded(ZU_OPERATION, std::uint32_t{}, [&] {
         const std::shared_ptr<WindowService> service = creator_.lock();
         const NativeMenu menu(service.get(), getAbstraction().items());
         WindowHandle standIn;

@@ -58,7 +58,7 @@ void TextBoxWin32Gdi::pushState() {
     synchronizeFont(box.hasFont() ? sharedReference(&box.font()) : nullptr);
     const std::size_t limit = box.maximumLength() != 0 ? box.maximumLength() : kLongestText;
     send(EM_SETLIMITTEXT, std::min(limit, kLongestText));
-    if (box.isReadOnly() != ((GetWindowLongW(window(), GWL_STYLE) & ES_READONLY) != 0)) {
+    if (box.isReadOnly() != hasFlag(GetWindowLongW(window(), GWL_STYLE), ES_READONLY)) {
         send(EM_SETREADONLY, box.isReadOnly());
     }
     if (box.kind() != TextBoxKind::kMultiLine) {

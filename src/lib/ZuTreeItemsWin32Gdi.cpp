@@ -94,7 +94,7 @@ void TreeItemsWin32Gdi::expandItem(TreeNode node) {
 
 bool TreeItemsWin32Gdi::isItemExpanded(TreeNode node) const {
     const auto item = static_cast<WPARAM>(wordOf(node));
-    return (send(TVM_GETITEMSTATE, item, TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+    return hasFlag(send(TVM_GETITEMSTATE, item, TVIS_EXPANDED), TVIS_EXPANDED);
 }
 
 // The timer's number is one that the control does not use itself.
@@ -129,17 +129,18 @@ TreeNode TreeItemsWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
     TVHITTESTINFO hit{};
     hit.pt = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
     const HTREEITEM item = TreeView_HitTest(window(), &hit);
-    return (hit.flags & parts) != 0 ? nodeOf(item) : kNoNode;
+    return hasFlag(hit.flags, parts) ? nodeOf(item) : kNoNode;
 }
 
 Rect TreeItemsWin32Gdi::boundaryOf(TreeNode node) const {
-    const LPARAM item = wordOf(node);
+    const HTREEITEM item = itemOf(node);
     RECT caption{};
     RECT client{};
     RECT seen{};
     // The message takes the item where it leaves the rectangle.
     std::memcpy(&caption, &item, sizeof(item));
-    if (item != 0 && send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) != FALSE) {
+    if (item != nullptr &&
+        send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) != FALSE) {
         GetClientRect(window(), &client);
         IntersectRect(&seen, &caption, &client);
     }

@@ -5,7 +5,6 @@ namespace zustd {
 // --- State to window ------------------------------------------------------------------------
 
 void TreeViewWin32Gdi::pushState() {
-    const Mirroring mirroring(*this);
     const NativeTreeView& tree = getAbstraction();
     pushLook({TVM_SETTEXTCOLOR, TVM_SETBKCOLOR, TVM_SETIMAGELIST, TVSIL_NORMAL, TVSIL_STATE},
              tree.font(), tree.bitmaps().get(), tree.hasCheckBoxes());
@@ -22,7 +21,6 @@ void TreeViewWin32Gdi::initializeFromDescriptor() {
     constexpr DWORD kStyle = WS_TABSTOP | WS_CLIPSIBLINGS | TVS_HASBUTTONS | TVS_HASLINES |
                              TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
     settle();
-    const Mirroring mirroring(*this);
     const auto onMade = [this] {
         startAnew();
         hasBoxes_ = getAbstraction().hasCheckBoxes();
@@ -225,7 +223,7 @@ LRESULT TreeViewWin32Gdi::onNotify(NMHDR& header) {
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
             if (const TreeNode node = nodeOf(change.itemNew); node != kNoNode && node != refused_) {
-                getAbstraction().acceptExpanded(node, (change.itemNew.state & TVIS_EXPANDED) != 0);
+                getAbstraction().acceptExpanded(node, hasFlag(change.itemNew.state, TVIS_EXPANDED));
             }
             break;
         case NM_RCLICK:

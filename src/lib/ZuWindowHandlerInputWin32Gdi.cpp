@@ -26,8 +26,8 @@ bool isWheel(const MouseEvent& event) noexcept {
 
 // What the message says; the Alt key it does not know.
 std::uint32_t modifiersOf(WPARAM wide) noexcept {
-    return ((wide & MK_SHIFT) != 0 ? kModifierShift : 0) |
-           ((wide & MK_CONTROL) != 0 ? kModifierControl : 0) | (heldModifiers() & kModifierAlt);
+    return (hasFlag(wide, MK_SHIFT) ? kModifierShift : 0) |
+           (hasFlag(wide, MK_CONTROL) ? kModifierControl : 0) | (heldModifiers() & kModifierAlt);
 }
 
 // The event that a mouse message stands for, in pixels of the client area; empty for
@@ -161,8 +161,7 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
         }
         case WM_KILLFOCUS: {
             // A surface on this one has a focus of its own.
-            const auto next = reinterpret_cast<HWND>(message.wide);
-            if (next == nullptr || around(next) != this) {
+            if (around(reinterpret_cast<HWND>(message.wide)) != this) {
                 if (const std::shared_ptr<Control> focused = router.focused()) {
                     keptFocus_ = focused;
                 }
@@ -178,12 +177,10 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
 
 void WindowHandlerWin32Gdi::rememberFocus() {
     const HWND focused = GetFocus();
-    const WindowHandlerWin32Gdi* holder = around(focused);
-    if (holder == nullptr || (focused != window_ && !IsChild(window_, focused))) {
-        return;
+    if (focused == window_ || IsChild(window_, focused)) {
+        keptFocusWindow_ = focused;
+        keptFocus_ = around(focused)->surface().inputRouter()->focused();
     }
-    keptFocusWindow_ = focused;
-    keptFocus_ = holder->surface().inputRouter()->focused();
 }
 
 void WindowHandlerWin32Gdi::restoreFocus() {
@@ -192,11 +189,7 @@ void WindowHandlerWin32Gdi::restoreFocus() {
     if (kept && kept->takeFocus()) {
         return;
     }
-    if (canHoldFocus(keptWindow)) {
-        SetFocus(keptWindow);
-        return;
-    }
-    SetFocus(window_);
+    SetFocus(canHoldFocus(keptWindow) ? keptWindow : window_);
     if (keptWindow == nullptr) {
         focusFirst();
     }

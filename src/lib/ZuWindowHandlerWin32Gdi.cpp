@@ -244,8 +244,7 @@ bool WindowHandlerWin32Gdi::handlePainting(const WindowMessage& message, LRESULT
             const auto context = reinterpret_cast<HDC>(message.wide);
             RECT clip{};
             GetClipBox(context, &clip);
-            const Rect client = Rect::at({0, 0}, clientSizeOf(window_));
-            const Rect area = portableRect(clip).intersection(client);
+            const Rect area = portableRect(clip).intersection(Rect::at({}, clientSizeOf(window_)));
             if (drawArea_.isEmpty() && !area.isEmpty()) {
                 paint(context, area);
             }

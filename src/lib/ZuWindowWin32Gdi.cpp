@@ -107,7 +107,7 @@ void WindowWin32Gdi::synchronizePlace() {
 void WindowWin32Gdi::synchronizeVisible() {
     const bool visible = getAbstraction().isShown();
     // Somebody else may have shown it where and how he wanted it.
-    const bool isSeen = (GetWindowLongW(window(), GWL_STYLE) & WS_VISIBLE) != 0;
+    const bool isSeen = hasFlag(GetWindowLongW(window(), GWL_STYLE), WS_VISIBLE);
     if (std::exchange(visible_, visible) != visible && visible != isSeen) {
         const int show = parent_ != nullptr ? SW_SHOWNA : SW_SHOW;
         ShowWindow(window(), visible ? show : SW_HIDE);

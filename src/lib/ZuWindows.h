@@ -11,3 +11,15 @@
 #endif
 
 #include <windows.h>
+
+#include <type_traits>
+
+namespace zustd {
+
+// Whether a word of the system's has a flag, or any of several.
+template <class Word>
+constexpr bool hasFlag(Word word, std::type_identity_t<Word> flags) noexcept {
+    return (word & flags) != 0;
+}
+
+}  // namespace zustd
