@@ -106,13 +106,11 @@ public:
     }
     bool setSize(Size size) { return setBoundary(Rect::at(boundary_.position(), size)); }
     // The same pixels in the coordinates of the surface; without one, of the topmost control.
-    Rect boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
+    Rect boundaryOnSurface() const noexcept { return area().movedBy(toSurface({})); }
     Point toSurface(Point point) const noexcept;
-    Point fromSurface(Point point) const noexcept {
-        return point.movedBy(toSurface({0, 0}).negated());
-    }
+    Point fromSurface(Point point) const noexcept { return point.movedBy(toSurface({}).negated()); }
     // Its own area from 0, 0.
-    Rect area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
+    Rect area() const noexcept { return Rect::at({}, boundary_.size()); }
     // Inside of the margins, where children are arranged.
     Rect innerArea() const noexcept {
         return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
@@ -135,7 +133,7 @@ public:
     }
     // The width inside of the margins; 1 or more.
     std::int32_t innerWidth(std::int32_t width) const noexcept {
-        return Size{width, 0}.shrunkBy(arrangement_.margin).width;
+        return Size{.width = width}.shrunkBy(arrangement_.margin).width;
     }
     // The size that the control would like to have; the base answers with its present one, or with
     // what its arrangement needs, margins included, within the limits.
@@ -345,7 +343,7 @@ private:
     // What layouts read and write of every child lies close together.
     Controls children_;
     Control* parent_ = nullptr;
-    Rect boundary_{0, 0, 0, 0};
+    Rect boundary_ = Rect::at({}, {});
     Placement placement_;
     bool visible_ = true;
     bool enabled_ = true;

@@ -85,7 +85,7 @@ bool InputRouter::routeMouse(const MouseEvent& event) {
             return deliver(held ? held : under, event);
         case MouseAction::kLeave:
             moveHover(nullptr, event.position);
-            return false;
+            break;
         case MouseAction::kLeftDown:
         case MouseAction::kLeftDouble:
         case MouseAction::kRightDown:
@@ -268,13 +268,11 @@ bool InputRouter::moveFocus(bool backwards) {
     if (order.empty()) {
         return false;
     }
-    std::stable_sort(order.begin(), order.end(), [](const Control* left, const Control* right) {
-        return left->focusOrder() < right->focusOrder();
-    });
+    std::ranges::stable_sort(order, {}, &Control::focusOrder);
     if (backwards) {
-        std::reverse(order.begin(), order.end());
+        std::ranges::reverse(order);
     }
-    const auto at = std::find(order.begin(), order.end(), focused().get());
+    const auto at = std::ranges::find(order, focused().get());
     const bool last = at == order.end() || at + 1 == order.end();
     const std::shared_ptr<Control> chosen = sharedReference(last ? order.front() : *(at + 1));
     if (chosen->surface() != &surface_) {
