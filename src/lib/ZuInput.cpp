@@ -262,7 +262,6 @@ bool InputRouter::setFocus(Control* control) {
 }
 
 bool InputRouter::moveFocus(bool backwards) {
-    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     std::vector<Control*> order;
     collectFocusable(outermost(surface_), order);
     if (order.empty()) {

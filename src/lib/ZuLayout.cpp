@@ -11,11 +11,11 @@ constexpr const wchar_t* kUnit = L"src/lib/ZuControl";
 
 // One row: the children from begin to end that take part, and how many they are.
 struct Line {
-    std::size_t begin;
+    std::size_t begin = 0;
     std::size_t end = 0;
     std::size_t childCount = 0;
     std::size_t autoSizedCount = 0;
-    std::int64_t width;
+    std::int64_t width = 0;
     std::int32_t height = 0;
 };
 
