@@ -83,15 +83,12 @@ void Control::checkChild(const Control* child) const {
                  ZU_HERE);
 }
 
-bool Control::removeChild(const Control* child) {
-    if (child == nullptr || child->parent_ != this) {
-        return false;
+void Control::removeChild(const Control* child) {
+    const auto entry = std::ranges::find(children_, child, &std::shared_ptr<Control>::get);
+    if (entry != children_.end()) {
+        const std::shared_ptr<Control> kept = *entry;
+        kept->leaveParent();
     }
-    const auto entry = std::find_if(children_.begin(), children_.end(),
-                                    [child](const auto& held) { return held.get() == child; });
-    const std::shared_ptr<Control> kept = *entry;
-    kept->leaveParent();
-    return true;
 }
 
 void Control::removeAllChildren() {

@@ -82,8 +82,8 @@ public:
     void addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
     // An index past the end appends.
     void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
-    // Gives up the native objects of the child and of all below it; false when it is no child.
-    bool removeChild(const Control* child);
+    // Gives up the native objects of the child and of all below it; nothing when it is no child.
+    void removeChild(const Control* child);
     void removeAllChildren();
     // True for the control itself.
     bool isAncestorOf(const Control& control) const noexcept;
