@@ -151,16 +151,14 @@ void Control::forgetInput() {
 
 // --- State ----------------------------------------------------------------------------------
 
-bool Control::changeShown(bool& member, bool value) {
+void Control::changeShown(bool& member, bool value) {
     const std::shared_ptr<Control> self = sharedReference(this);
-    if (!change(member, value)) {
-        return false;
+    if (change(member, value)) {
+        if (!member) {
+            forgetInput();
+        }
+        synchronizeBelow();
     }
-    if (!member) {
-        forgetInput();
-    }
-    synchronizeBelow();
-    return true;
 }
 
 bool Control::isShown() const noexcept {
@@ -183,13 +181,11 @@ bool Control::setCursor(MouseCursor cursor) {
 
 // --- Descriptors ----------------------------------------------------------------------------
 
-bool Control::setColors(const ColorsRef& colors) {
+void Control::setColors(const ColorsRef& colors) {
     const std::shared_ptr<Control> self = sharedReference(this);
-    const bool changed = changeDescriptor(colors_, colors);
-    if (changed) {
+    if (changeDescriptor(colors_, colors)) {
         synchronizeBelow();
     }
-    return changed;
 }
 
 Color Control::color(ColorRole role, Color otherwise) const noexcept {

@@ -152,9 +152,9 @@ public:
     // --- State ---
 
     bool isVisible() const noexcept { return visible_; }
-    bool setVisible(bool visible) { return changeShown(visible_, visible); }
+    void setVisible(bool visible) { changeShown(visible_, visible); }
     bool isEnabled() const noexcept { return enabled_; }
-    bool setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
+    void setEnabled(bool enabled) { changeShown(enabled_, enabled); }
     // Visible, and enabled, together with all ancestors.
     bool isShown() const noexcept;
     bool isUsable() const noexcept;
@@ -197,7 +197,7 @@ public:
     void setTooltipOptions(const TooltipRef& options) noexcept { tooltipOptions_ = options; }
     // Null for the colours of the nearest ancestor that has some.
     const ColorsRef& colors() const noexcept { return colors_; }
-    bool setColors(const ColorsRef& colors);
+    void setColors(const ColorsRef& colors);
     // The control's own or that of the nearest ancestor that sets it; otherwise when none does.
     Color color(ColorRole role, Color otherwise = {}) const noexcept;
 
@@ -336,7 +336,7 @@ private:
     void forgetInput();
     void showState();
     void synchronizeBelow();
-    bool changeShown(bool& member, bool value);
+    void changeShown(bool& member, bool value);
     void acceptState(bool& member, bool value, const MessageKind& entered, const MessageKind& left);
     void endUpdate();
 
