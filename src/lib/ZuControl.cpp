@@ -83,15 +83,12 @@ void Control::checkChild(const Control* child) const {
                  ZU_HERE);
 }
 
-bool Control::removeChild(const Control* child) {
-    if (child == nullptr || child->parent_ != this) {
-        return false;
+void Control::removeChild(const Control* child) {
+    const auto entry = std::ranges::find(children_, child, &std::shared_ptr<Control>::get);
+    if (entry != children_.end()) {
+        const std::shared_ptr<Control> kept = *entry;
+        kept->leaveParent();
     }
-    const auto entry = std::find_if(children_.begin(), children_.end(),
-                                    [child](const auto& held) { return held.get() == child; });
-    const std::shared_ptr<Control> kept = *entry;
-    kept->leaveParent();
-    return true;
 }
 
 void Control::removeAllChildren() {
@@ -154,16 +151,14 @@ void Control::forgetInput() {
 
 // --- State ----------------------------------------------------------------------------------
 
-bool Control::changeShown(bool& member, bool value) {
+void Control::changeShown(bool& member, bool value) {
     const std::shared_ptr<Control> self = sharedReference(this);
-    if (!change(member, value)) {
-        return false;
+    if (change(member, value)) {
+        if (!member) {
+            forgetInput();
+        }
+        synchronizeBelow();
     }
-    if (!member) {
-        forgetInput();
-    }
-    synchronizeBelow();
-    return true;
 }
 
 bool Control::isShown() const noexcept {
@@ -186,13 +181,11 @@ bool Control::setCursor(MouseCursor cursor) {
 
 // --- Descriptors ----------------------------------------------------------------------------
 
-bool Control::setColors(const ColorsRef& colors) {
+void Control::setColors(const ColorsRef& colors) {
     const std::shared_ptr<Control> self = sharedReference(this);
-    const bool changed = changeDescriptor(colors_, colors);
-    if (changed) {
+    if (changeDescriptor(colors_, colors)) {
         synchronizeBelow();
     }
-    return changed;
 }
 
 Color Control::color(ColorRole role, Color otherwise) const noexcept {

@@ -82,8 +82,8 @@ public:
     void addChild(const std::shared_ptr<Control>& child) { insertChild(kNullSize, child); }
     // An index past the end appends.
     void insertChild(std::size_t index, const std::shared_ptr<Control>& child);
-    // Gives up the native objects of the child and of all below it; false when it is no child.
-    bool removeChild(const Control* child);
+    // Gives up the native objects of the child and of all below it; nothing when it is no child.
+    void removeChild(const Control* child);
     void removeAllChildren();
     // True for the control itself.
     bool isAncestorOf(const Control& control) const noexcept;
@@ -106,13 +106,11 @@ public:
     }
     bool setSize(Size size) { return setBoundary(Rect::at(boundary_.position(), size)); }
     // The same pixels in the coordinates of the surface; without one, of the topmost control.
-    Rect boundaryOnSurface() const noexcept { return area().movedBy(toSurface({0, 0})); }
+    Rect boundaryOnSurface() const noexcept { return area().movedBy(toSurface({})); }
     Point toSurface(Point point) const noexcept;
-    Point fromSurface(Point point) const noexcept {
-        return point.movedBy(toSurface({0, 0}).negated());
-    }
+    Point fromSurface(Point point) const noexcept { return point.movedBy(toSurface({}).negated()); }
     // Its own area from 0, 0.
-    Rect area() const noexcept { return Rect::at({0, 0}, boundary_.size()); }
+    Rect area() const noexcept { return Rect::at({}, boundary_.size()); }
     // Inside of the margins, where children are arranged.
     Rect innerArea() const noexcept {
         return area().shrunkBy(arrangement_.margin.width, arrangement_.margin.height);
@@ -135,7 +133,7 @@ public:
     }
     // The width inside of the margins; 1 or more.
     std::int32_t innerWidth(std::int32_t width) const noexcept {
-        return Size{width, 0}.shrunkBy(arrangement_.margin).width;
+        return Size{.width = width}.shrunkBy(arrangement_.margin).width;
     }
     // The size that the control would like to have; the base answers with its present one, or with
     // what its arrangement needs, margins included, within the limits.
@@ -154,9 +152,9 @@ public:
     // --- State ---
 
     bool isVisible() const noexcept { return visible_; }
-    bool setVisible(bool visible) { return changeShown(visible_, visible); }
+    void setVisible(bool visible) { changeShown(visible_, visible); }
     bool isEnabled() const noexcept { return enabled_; }
-    bool setEnabled(bool enabled) { return changeShown(enabled_, enabled); }
+    void setEnabled(bool enabled) { changeShown(enabled_, enabled); }
     // Visible, and enabled, together with all ancestors.
     bool isShown() const noexcept;
     bool isUsable() const noexcept;
@@ -199,7 +197,7 @@ public:
     void setTooltipOptions(const TooltipRef& options) noexcept { tooltipOptions_ = options; }
     // Null for the colours of the nearest ancestor that has some.
     const ColorsRef& colors() const noexcept { return colors_; }
-    bool setColors(const ColorsRef& colors);
+    void setColors(const ColorsRef& colors);
     // The control's own or that of the nearest ancestor that sets it; otherwise when none does.
     Color color(ColorRole role, Color otherwise = {}) const noexcept;
 
@@ -338,14 +336,14 @@ private:
     void forgetInput();
     void showState();
     void synchronizeBelow();
-    bool changeShown(bool& member, bool value);
+    void changeShown(bool& member, bool value);
     void acceptState(bool& member, bool value, const MessageKind& entered, const MessageKind& left);
     void endUpdate();
 
     // What layouts read and write of every child lies close together.
     Controls children_;
     Control* parent_ = nullptr;
-    Rect boundary_{0, 0, 0, 0};
+    Rect boundary_ = Rect::at({}, {});
     Placement placement_;
     bool visible_ = true;
     bool enabled_ = true;

@@ -83,14 +83,12 @@ void Control::acceptPress(bool left, bool on) {
 bool Control::sendMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
     // A receiver may remove the control, or destroy what holds it.
     const std::shared_ptr<Control> self = sharedReference(this);
-    if (!MessageForwarder::sendMessage(kind, a, b)) {
-        return false;
-    }
-    if (Control* parent = parent_) {
+    const bool sent = MessageForwarder::sendMessage(kind, a, b);
+    if (Control* parent = sent ? parent_ : nullptr) {
         const std::shared_ptr<Control> kept = sharedReference(parent);
         parent->receiveMessage(kind, a, b);
     }
-    return true;
+    return sent;
 }
 
 bool Control::onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) {

@@ -102,7 +102,7 @@ void Control::arrangeChildren() {
                child->preferredSize().height != child->boundary().height();
     };
     if (arrangement_.flow == Flow::kRows && arrangement_.measure &&
-        std::any_of(kept.begin(), kept.end(), wantsOtherHeight)) {
+        std::ranges::any_of(kept, wantsOtherHeight)) {
         layOut(arrangement_, innerArea(), kept);
     }
 }

@@ -73,7 +73,7 @@ public:
     // As if the user clicked it. Nothing happens when it cannot be used.
     void click() {
         if (isUsable()) {
-            notify(kLeftClicked, wordOfPoint({0, 0}));
+            notify(kLeftClicked, wordOfPoint({}));
         }
     }
     bool onKey(const KeyEvent& event) override;

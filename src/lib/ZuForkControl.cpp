@@ -56,7 +56,7 @@ std::int32_t ForkControl::headerHeight() const {
 }
 
 Size ForkControl::preferredSizeForWidth(std::int32_t width) {
-    const std::int32_t room = std::max(saturate(std::int64_t{width} - indent()), 1);
+    const std::int32_t room = saturate(std::int64_t{width} - indent());
     return withBody(open_ ? body_->preferredSizeForWidth(room) : Size());
 }
 
@@ -102,7 +102,7 @@ void ForkControl::drawSelf(GraphicsService& graphics) {
 }
 
 void ForkControl::arrangeChildren() {
-    if (body_ && open_) {
+    if (open_) {
         body_->place({indent(), headerHeight(), area().right, area().bottom});
     }
 }

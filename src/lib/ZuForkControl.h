@@ -35,7 +35,7 @@ protected:
     void onDescriptorChanged() override;
 
 private:
-    Rect header() const { return Rect::at({0, 0}, {boundary().width(), headerHeight()}); }
+    Rect header() const { return Rect::at({}, {boundary().width(), headerHeight()}); }
     std::int32_t indent() const;
     void drawArrow(GraphicsService& graphics) const;
     Size withBody(Size body) const;

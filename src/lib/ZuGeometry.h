@@ -16,7 +16,7 @@
 namespace zustd {
 
 // "No row", "no item", "no index".
-inline constexpr std::size_t kNullSize = static_cast<std::size_t>(-1);
+inline constexpr std::size_t kNullSize = std::numeric_limits<std::size_t>::max();
 
 // The nearest number that 32 bits can hold.
 constexpr std::int32_t saturate(std::int64_t number) noexcept {

@@ -78,7 +78,7 @@ std::size_t GridModel::findRow(std::wstring_view key) const {
     }
     const std::vector<Row*>& rows = row->block->rows;
     return row->block->first +
-           static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin());
+           static_cast<std::size_t>(std::ranges::find(rows, row) - rows.begin());
 }
 
 const std::wstring& GridModel::cell(std::size_t row, std::size_t column) const noexcept {

@@ -4,8 +4,15 @@
 
 #include "ZuControl.h"
 #include "ZuWindowService.h"
+#include "ZuWindows.h"
 
 namespace zustd {
+
+static_assert(kKeyTab == VK_TAB && kKeyEnter == VK_RETURN && kKeyEscape == VK_ESCAPE &&
+              kKeySpace == VK_SPACE && kKeyPageUp == VK_PRIOR && kKeyPageDown == VK_NEXT &&
+              kKeyEnd == VK_END && kKeyHome == VK_HOME && kKeyLeft == VK_LEFT && kKeyUp == VK_UP &&
+              kKeyRight == VK_RIGHT && kKeyDown == VK_DOWN);
+static_assert(MouseEvent::kWheelStep == WHEEL_DELTA);
 
 namespace {
 
@@ -85,7 +92,7 @@ bool InputRouter::routeMouse(const MouseEvent& event) {
             return deliver(held ? held : under, event);
         case MouseAction::kLeave:
             moveHover(nullptr, event.position);
-            return false;
+            break;
         case MouseAction::kLeftDown:
         case MouseAction::kLeftDouble:
         case MouseAction::kRightDown:
@@ -262,19 +269,16 @@ bool InputRouter::setFocus(Control* control) {
 }
 
 bool InputRouter::moveFocus(bool backwards) {
-    const std::shared_ptr<Control> alive = sharedReference(&surface_);
     std::vector<Control*> order;
     collectFocusable(outermost(surface_), order);
     if (order.empty()) {
         return false;
     }
-    std::stable_sort(order.begin(), order.end(), [](const Control* left, const Control* right) {
-        return left->focusOrder() < right->focusOrder();
-    });
+    std::ranges::stable_sort(order, {}, &Control::focusOrder);
     if (backwards) {
-        std::reverse(order.begin(), order.end());
+        std::ranges::reverse(order);
     }
-    const auto at = std::find(order.begin(), order.end(), focused().get());
+    const auto at = std::ranges::find(order, focused().get());
     const bool last = at == order.end() || at + 1 == order.end();
     const std::shared_ptr<Control> chosen = sharedReference(last ? order.front() : *(at + 1));
     if (chosen->surface() != &surface_) {

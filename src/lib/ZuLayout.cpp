@@ -15,7 +15,6 @@ struct Line {
     std::size_t end = 0;
     std::size_t childCount = 0;
     std::size_t autoSizedCount = 0;
-    std::int64_t top = 0;
     std::int64_t width = 0;
     std::int32_t height = 0;
 };
@@ -46,9 +45,8 @@ public:
         LayoutResult result;
         result.lineCount = lines_.size();
         std::int64_t top = area_.top;
-        for (Line& line : lines_) {
-            line.top = top;
-            placeLine(line, result);
+        for (const Line& line : lines_) {
+            placeLine(line, top, result);
             top += std::int64_t{line.height} + how_.spacing.height;
         }
         result.contentSize = turn(result.contentSize);
@@ -191,7 +189,7 @@ private:
         return {};
     }
 
-    void placeLine(const Line& line, LayoutResult& result) const {
+    void placeLine(const Line& line, std::int64_t top, LayoutResult& result) const {
         const auto [offset, gap] = spreadOf(line);
         std::int64_t left = area_.left + offset;
         for (std::size_t i = line.begin; i < line.end; ++i) {
@@ -201,21 +199,21 @@ private:
             const Size size{how_.uniformWidth ? largest_.width : sizes_[i].width,
                             how_.uniformHeight ? largest_.height : sizes_[i].height};
             Rect place = Rect::at({}, size);
-            place.moveTo({saturate(left), saturate(topOf(line, size.height))});
+            place.moveTo({saturate(left), saturate(top + dropOf(line, size.height))});
             children_[i]->place(turn(place));
             left = std::int64_t{place.right} + 1 + gap;
             noteReach(place, result);
         }
     }
 
-    std::int64_t topOf(const Line& line, std::int32_t height) const noexcept {
-        const std::int64_t bottom = line.top + line.height - 1;
+    // How far below its line's top a child lies.
+    std::int32_t dropOf(const Line& line, std::int32_t height) const noexcept {
         if (how_.vertical == Alignment::kCentre) {
             // Both halves are cut: among even heights a child sits higher than among odd ones.
-            return bottom - height / 2 - line.height / 2;
+            return line.height - 1 - height / 2 - line.height / 2;
         }
         const bool below = how_.vertical == Alignment::kEnd || how_.vertical == Alignment::kJustify;
-        return below ? bottom - height + 1 : line.top;
+        return below ? line.height - height : 0;
     }
 
     void noteReach(const Rect& rect, LayoutResult& result) const noexcept {

@@ -23,7 +23,7 @@ class Control;
 inline constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max() / 2;
 
 // Along an axis. Other numbers are kept and mean: at the start, without gaps.
-enum class Alignment : std::int32_t { kStart = 0, kEnd = 1, kCentre = 2, kJustify = 3 };
+enum class Alignment : std::int32_t { kStart, kEnd, kCentre, kJustify };
 
 // What a control makes of its children; with kManual they stay where they were put.
 enum class Flow : std::uint32_t { kManual, kRows, kColumns };

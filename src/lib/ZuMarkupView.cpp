@@ -28,7 +28,7 @@ void MarkupText::drawSelf(GraphicsService& graphics) {
     }
     const Color front = frontColor(*this);
     if (text_.find(L'\n') == std::wstring::npos) {
-        graphics.drawText(text_, Point{0, 0}, *font_, front);
+        graphics.drawText(text_, Point(), *font_, front);
     } else {
         graphics.drawText(text_, area(), *font_, front, TextFormat());
     }

@@ -80,7 +80,7 @@ bool MessageBoxView::build(WindowService& service) {
     // Before the layout: the size of the screen is that of the owner's.
     dialog_.synchronizeTree();
     const auto isMade = [](const auto& button) { return button && button->hasNativeObject(); };
-    if (!std::all_of(buttons_.begin(), buttons_.end(), isMade) ||
+    if (!std::ranges::all_of(buttons_, isMade) ||
         !(box_.checkBoxText.empty() || isMade(checkBox_))) {
         return false;
     }
@@ -126,7 +126,7 @@ void MessageBoxView::layOut() {
     const Size whole{std::min(std::max({paper.width, below, title}), screen.width),
                      paper.height + strip};
 
-    paper_->setBoundary(Rect::at({0, 0}, {whole.width, paper.height}));
+    paper_->setBoundary(Rect::at({}, {whole.width, paper.height}));
     const std::int32_t top = paper.height + margin;
     if (checkBox_) {
         checkBox_->setBoundary(Rect::at(
@@ -137,7 +137,7 @@ void MessageBoxView::layOut() {
         placed->setBoundary(Rect::at({left, top + checkRow}, button));
         left += button.width + gap;
     }
-    setBoundary(Rect::at({0, 0}, whole));
+    setBoundary(Rect::at({}, whole));
     dialog_.setSize(whole);
 }
 

@@ -75,7 +75,7 @@ void NativeButton::uncheckSiblings() {
 bool NativeButton::chooseNext(bool backwards) {
     auto buttons = othersOfGroup();
     if (backwards) {
-        std::reverse(buttons.begin(), buttons.end());
+        std::ranges::reverse(buttons);
     }
     for (const std::shared_ptr<NativeButton>& button : buttons) {
         if (button->takeFocus()) {

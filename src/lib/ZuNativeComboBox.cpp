@@ -32,7 +32,7 @@ bool NativeComboBox::setText(const std::wstring& text) {
 }
 
 std::size_t NativeComboBox::findItem(const std::wstring& text) const {
-    const auto found = std::find(items_.begin(), items_.end(), text);
+    const auto found = std::ranges::find(items_, text);
     return found == items_.end() ? kNullSize : static_cast<std::size_t>(found - items_.begin());
 }
 

@@ -4,13 +4,11 @@
 
 namespace zustd {
 
-bool NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button) {
-    if (defaultButton() == button) {
-        return false;
+void NativeDialog::setDefaultButton(const std::shared_ptr<NativeButton>& button) {
+    if (defaultButton() != button) {
+        defaultButton_ = button;
+        stateChanged();
     }
-    defaultButton_ = button;
-    stateChanged();
-    return true;
 }
 
 bool NativeDialog::onKey(const KeyEvent& event) {

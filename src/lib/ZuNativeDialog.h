@@ -45,7 +45,7 @@ public:
     // Pressed by Enter where the focused widget does not use it and is no push
     // button itself; may be null. Held weakly.
     std::shared_ptr<NativeButton> defaultButton() const { return defaultButton_.lock(); }
-    bool setDefaultButton(const std::shared_ptr<NativeButton>& button);
+    void setDefaultButton(const std::shared_ptr<NativeButton>& button);
     // What Enter presses now, and what looks like it: the push button that has
     // the focus, or else the default button; may be null.
     std::shared_ptr<NativeButton> buttonForEnter() const;

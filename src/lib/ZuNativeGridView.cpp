@@ -25,8 +25,7 @@ bool NativeGridView::setMultiSelect(bool multiSelect) {
 }
 
 INativeGridViewImpl& NativeGridView::known(std::size_t row) const {
-    ZU_ASSERT_AS(row != kNullSize && row < model_.rowCount(),
-                 L"row != NullSize && row < getRowCount()", ZU_HERE);
+    ZU_ASSERT_AS(row < model_.rowCount(), L"row != NullSize && row < getRowCount()", ZU_HERE);
     return implementation();
 }
 

@@ -61,14 +61,14 @@ bool NativeScrollBar::onMouse(const MouseEvent& event) {
 bool NativeScrollBar::onKey(const KeyEvent& event) {
     const std::int64_t line = lineSize_;
     const std::int64_t page = pageSize_;
-    const std::int64_t all = std::int64_t{maximum_} - minimum_;
+    constexpr std::int64_t kAll = std::numeric_limits<std::uint32_t>::max();
     const std::pair<std::uint32_t, std::int64_t> keys[] = {
         {vertical_ ? kKeyUp : kKeyLeft, -line},
         {vertical_ ? kKeyDown : kKeyRight, line},
         {kKeyPageUp, -page},
         {kKeyPageDown, page},
-        {kKeyHome, -all},
-        {kKeyEnd, all},
+        {kKeyHome, -kAll},
+        {kKeyEnd, kAll},
     };
     for (const auto& [key, distance] : keys) {
         if (event.key == key) {

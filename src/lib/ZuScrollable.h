@@ -80,7 +80,7 @@ private:
     std::shared_ptr<Control> focusedInView() noexcept;
     // In the content's coordinates.
     Rect areaOf(const Control& inside) const noexcept {
-        return inside.boundaryOnSurface().movedBy(content_->toSurface({0, 0}).negated());
+        return inside.boundaryOnSurface().movedBy(content_->toSurface({}).negated());
     }
 
     std::shared_ptr<Control> viewport_;

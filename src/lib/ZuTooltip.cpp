@@ -46,7 +46,7 @@ void fillDialog(NativeDialog& dialog, const Control& control, const TooltipOptio
     content.setColors(options.colors);
     content.setPlacement({.maximum = options.maximumSize});
     const Size size = content.preferredSize();
-    content.setBoundary(Rect::at({0, 0}, size));
+    content.setBoundary(Rect::at({}, size));
     dialog.setSize(size);
 }
 
