@@ -49,7 +49,6 @@ BOOL WINAPI onConsoleEvent(DWORD) {
 }  // namespace
 
 ConsoleSession::ConsoleSession() {
-    const std::lock_guard lock(state().mutex);
     // 0 without a console.
     const UINT former = GetConsoleOutputCP();
     if (former != 0 && SetConsoleOutputCP(GetACP())) {
