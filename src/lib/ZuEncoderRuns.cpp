@@ -127,6 +127,10 @@ constexpr std::ptrdiff_t kBlock = 8;
 // is written behind a block stays within what they take.
 constexpr std::ptrdiff_t kLeft = 2;
 
+bool isBlockLeft(const Encoding& run, const wchar_t* end) noexcept {
+    return end - run.at >= kBlock + kLeft;
+}
+
 __m128i filledWith(unsigned unit) noexcept {
     return _mm_set1_epi16(static_cast<short>(static_cast<std::uint16_t>(unit)));
 }
@@ -208,7 +212,7 @@ Encoding encodeAsciiBlocks(Encoding run, const wchar_t* end) noexcept {
 Encoding encodeShortRun(Encoding run, const wchar_t* end) noexcept {
     run = encodeAsciiBlocks(run, end);
     int asciiBlocks = 0;
-    while (end - run.at >= kBlock + kLeft) {
+    while (isBlockLeft(run, end)) {
         const __m128i units = loadBlock(run.at);
         if (!isEveryUnitBelow(units, kFirstTriple)) {
             break;
@@ -285,13 +289,13 @@ Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcep
 }
 
 Encoding encodeRun(Encoding run, const wchar_t* end) noexcept {
-    while (end - run.at >= kBlock + kLeft) {
+    while (isBlockLeft(run, end)) {
         if (run.at[0] >= kFirstTriple && run.at[1] >= kFirstTriple) {
             run = encodeLongRun(run, end);
             continue;
         }
         run = encodeShortRun(run, end);
-        if (end - run.at >= kBlock + kLeft) {
+        if (isBlockLeft(run, end)) {
             // What kept this block from being short is in it.
             while (*run.at < kFirstTriple) {
                 run = encodeUnit(run);
