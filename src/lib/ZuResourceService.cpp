@@ -17,7 +17,7 @@ std::wstring displayLanguage() {
     // Names that are terminated each.
     std::wstring names(length, L'\0');
     GetUserPreferredUILanguages(MUI_LANGUAGE_NAME, &count, names.data(), &length);
-    return names.c_str();
+    return names.substr(0, names.find(L'\0'));
 }
 
 }  // namespace
