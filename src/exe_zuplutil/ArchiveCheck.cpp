@@ -50,9 +50,8 @@ public:
         : file_(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
                             nullptr)) {
         LARGE_INTEGER size{};
-        if (file_ && GetFileSizeEx(file_.get(), &size)) {
-            size_ = static_cast<std::uint64_t>(size.QuadPart);
-        }
+        GetFileSizeEx(file_.get(), &size);
+        size_ = static_cast<std::uint64_t>(size.QuadPart);
     }
 
     std::uint64_t size() const { return size_; }

@@ -31,10 +31,8 @@ void record(const char* text) noexcept {
 using Text = std::array<char, std::size_t{32} * 1024>;
 __attribute__((format(gnu_printf, 1, 0))) Text formatted(const char* format,
                                                          std::va_list arguments) {
-    Text text;
-    if (std::vsnprintf(text.data(), text.size(), format, arguments) < 0) {
-        text[0] = '\0';
-    }
+    Text text{};
+    std::vsnprintf(text.data(), text.size(), format, arguments);
     return text;
 }
 

@@ -49,10 +49,8 @@ BOOL WINAPI onConsoleEvent(DWORD) {
 }  // namespace
 
 ConsoleSession::ConsoleSession() {
-    const std::lock_guard lock(state().mutex);
-    // 0 without a console.
     const UINT former = GetConsoleOutputCP();
-    if (former != 0 && SetConsoleOutputCP(GetACP())) {
+    if (SetConsoleOutputCP(GetACP())) {
         state().formerCodePage = former;
     }
     SetConsoleCtrlHandler(&onConsoleEvent, TRUE);

@@ -26,7 +26,7 @@ constexpr const char* kRule =
 
 // Moves an existing log out of the way, under a name that tells when.
 void moveAside(const std::wstring& log) {
-    if (log.empty() || !zustd::isFile(log)) {
+    if (!zustd::isFile(log)) {
         return;
     }
     const std::wstring backup = log + L"-" + zustd::DateTime::now().toFileStamp() + L".bak";
@@ -84,8 +84,7 @@ void switchTo(bool enabled) {
 }  // namespace
 
 std::wstring getAddinDataDirectory(zustd::SourcePlace place) {
-    const auto root = zustd::ServiceLocator::instance();
-    const auto as = root ? root->getService<zustd::ApplicationService>() : nullptr;
+    const auto as = zustd::ServiceLocator::instance()->getService<zustd::ApplicationService>();
     ZU_ASSERT_AS(as, L"as", place);
     std::wstring directory = as->getApplicationDataDirectory(false);
     // Without memory the service leaves parts out: that would be another folder.

@@ -43,12 +43,11 @@ std::wstring keepingName(const std::wstring& file) { return file + L".kept"; }
 // Of a file that is too large, more than is kept.
 bool readAll(HANDLE file, std::string& bytes) {
     LARGE_INTEGER size{};
-    if (!GetFileSizeEx(file, &size)) {
-        return false;
-    }
+    const bool isKnown = GetFileSizeEx(file, &size);
     bytes.resize(static_cast<std::size_t>(std::min<LONGLONG>(size.QuadPart, kLargest + 1)));
     DWORD count = 0;
-    return ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) &&
+    return isKnown &&
+           ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) &&
            count == bytes.size();
 }
 

@@ -30,13 +30,13 @@ std::wstring getUserFolder(int csidl) {
 
 std::wstring getTemporaryFolder() {
     std::array<wchar_t, MAX_PATH + 2> path{};
-    std::wstring folder(path.data(), GetTempPathW(MAX_PATH + 1, path.data()));
+    std::wstring folder(path.data(), GetTempPathW(static_cast<DWORD>(path.size()), path.data()));
     return folder.substr(0, folder.find_last_not_of(L'\\') + 1);
 }
 
 bool isOnNetworkShare(const std::wstring& path) {
     const auto isSeparator = [](wchar_t sign) { return sign == L'\\' || sign == L'/'; };
-    return !path.empty() && isSeparator(path[0]) && isSeparator(path[1]);
+    return isSeparator(path[0]) && isSeparator(path[1]);
 }
 
 // A sign that has no meaning to the interpreter, inside of quotes or outside.

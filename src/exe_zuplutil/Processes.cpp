@@ -28,12 +28,12 @@ bool isProcessRunning(const std::wstring& exeName) {
     const zustd::SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof(entry);
-    if (!snapshot || Process32FirstW(snapshot.get(), &entry) != 1) {
+    if (!snapshot || !Process32FirstW(snapshot.get(), &entry)) {
         return false;
     }
     // The first entry is the system's idle process, which has no executable:
     // it is never compared.
-    while (Process32NextW(snapshot.get(), &entry) == 1) {
+    while (Process32NextW(snapshot.get(), &entry)) {
         const std::wstring_view name = entry.szExeFile;
         if (zustd::equalsIgnoringAsciiCase(name.substr(0, exeName.size()), exeName)) {
             return true;

@@ -68,8 +68,6 @@ void registerResourceService() {
 void registerApplicationService() {
     auto service = zustd::makeService<zustd::ApplicationService>();
     auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
-    backend->setModuleInstance(nullptr);
-    backend->setSecondHostHandle(nullptr);
     backend->setApplicationName(kApplicationName);
     zustd::joinImplementation(*service, std::move(backend));
     zustd::ServiceLocator::instance()->registerService(service, true, true);

@@ -118,12 +118,10 @@ public:
 // one place.
 detail::WipedText deflate(std::string_view utf8) {
     detail::WipedText packed(utf8.size() + utf8.size() / 64 + 64);
-    reported(L"Cipher::encipher: text does not compress", ZU_HERE, [&] {
-        CryptoPP::ZlibCompressor compressor(
-            std::make_unique<CryptoPP::StringSink>(packed.text()).release());
-        compressor.Put(bytesOf(utf8), utf8.size());
-        compressor.MessageEnd();
-    });
+    CryptoPP::ZlibCompressor compressor(
+        std::make_unique<CryptoPP::StringSink>(packed.text()).release());
+    compressor.Put(bytesOf(utf8), utf8.size());
+    compressor.MessageEnd();
     return packed;
 }
 

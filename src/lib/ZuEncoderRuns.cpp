@@ -28,7 +28,7 @@ Decoding decodeAsciiBlocks(Decoding run, const unsigned char* end) noexcept {
     while (end - run.at > kBytes) {
         const __m128i first = loadBlock(run.at);
         const __m128i second = loadBlock(run.at + kBytes / 2);
-        if (_mm_movemask_epi8(_mm_or_si128(first, second)) != 0) {
+        if (_mm_movemask_epi8(first | second) != 0) {
             break;
         }
         const __m128i zero = _mm_setzero_si128();
@@ -127,14 +127,23 @@ constexpr std::ptrdiff_t kBlock = 8;
 // is written behind a block stays within what they take.
 constexpr std::ptrdiff_t kLeft = 2;
 
+bool isBlockLeft(const Encoding& run, const wchar_t* end) noexcept {
+    return end - run.at >= kBlock + kLeft;
+}
+
 __m128i filledWith(unsigned unit) noexcept {
     return _mm_set1_epi16(static_cast<short>(static_cast<std::uint16_t>(unit)));
 }
 
 bool isEveryBitSet(__m128i mask) noexcept { return _mm_movemask_epi8(mask) == 0xFFFF; }
 
+bool isEveryUnitBelow(__m128i units, unsigned limit) noexcept {
+    const __m128i beyond = _mm_subs_epu16(units, filledWith(limit - 1));
+    return isEveryBitSet(_mm_cmpeq_epi16(beyond, _mm_setzero_si128()));
+}
+
 __m128i choose(__m128i mask, __m128i yes, __m128i no) noexcept {
-    return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));
+    return (mask & yes) | _mm_andnot_si128(mask, no);
 }
 
 // The low half of a register.
@@ -155,14 +164,13 @@ void putHalf(char* out, std::uint64_t word) noexcept {
 // pair, or with a zero behind it; each two neighbours then move together, and
 // the four groups of two to four bytes are written over each other's ends.
 std::size_t encodeMixedBlock(__m128i units, __m128i isAscii, char* out) noexcept {
-    const __m128i low = _mm_slli_epi16(_mm_and_si128(units, filledWith(0x3F)), 8);
-    const __m128i pairs =
-        _mm_or_si128(_mm_or_si128(_mm_srli_epi16(units, 6), low), filledWith(0x80C0));
+    const __m128i low = _mm_slli_epi16(units & filledWith(0x3F), 8);
+    const __m128i pairs = _mm_srli_epi16(units, 6) | low | filledWith(0x80C0);
     const __m128i bytes = choose(isAscii, units, pairs);
-    const __m128i second = _mm_and_si128(bytes, _mm_set1_epi32(static_cast<int>(0xFFFF0000)));
+    const __m128i second = bytes & _mm_set1_epi32(static_cast<int>(0xFFFF0000));
     const __m128i isFirstAscii = _mm_srai_epi32(_mm_slli_epi32(isAscii, 16), 16);
-    const __m128i groups = _mm_or_si128(_mm_xor_si128(bytes, second),
-                                        choose(isFirstAscii, _mm_srli_epi32(second, 8), second));
+    const __m128i groups =
+        (bytes ^ second) | choose(isFirstAscii, _mm_srli_epi32(second, 8), second);
     // The mask's ones are -1: four bytes for two units, less one for each ASCII.
     __m128i ends = _mm_add_epi32(_mm_madd_epi16(isAscii, filledWith(1)), _mm_set1_epi32(4));
     ends = _mm_add_epi32(ends, _mm_slli_si128(ends, 4));
@@ -181,11 +189,9 @@ std::size_t encodeMixedBlock(__m128i units, __m128i isAscii, char* out) noexcept
 constexpr std::ptrdiff_t kBlocks = 4 * kBlock;
 
 bool areAsciiBlocks(const wchar_t* at) noexcept {
-    const __m128i all =
-        _mm_or_si128(_mm_or_si128(loadBlock(at), loadBlock(at + kBlock)),
-                     _mm_or_si128(loadBlock(at + 2 * kBlock), loadBlock(at + 3 * kBlock)));
-    return isEveryBitSet(
-        _mm_cmpeq_epi16(_mm_subs_epu16(all, filledWith(kFirstPair - 1)), _mm_setzero_si128()));
+    const __m128i all = loadBlock(at) | loadBlock(at + kBlock) | loadBlock(at + 2 * kBlock) |
+                        loadBlock(at + 3 * kBlock);
+    return isEveryUnitBelow(all, kFirstPair);
 }
 
 // Encodes the ASCII units at the front, four blocks at a time.
@@ -206,10 +212,9 @@ Encoding encodeAsciiBlocks(Encoding run, const wchar_t* end) noexcept {
 Encoding encodeShortRun(Encoding run, const wchar_t* end) noexcept {
     run = encodeAsciiBlocks(run, end);
     int asciiBlocks = 0;
-    while (end - run.at >= kBlock + kLeft) {
+    while (isBlockLeft(run, end)) {
         const __m128i units = loadBlock(run.at);
-        const __m128i beyond = _mm_subs_epu16(units, filledWith(kFirstTriple - 1));
-        if (!isEveryBitSet(_mm_cmpeq_epi16(beyond, _mm_setzero_si128()))) {
+        if (!isEveryUnitBelow(units, kFirstTriple)) {
             break;
         }
         const __m128i isAscii = _mm_cmplt_epi16(units, filledWith(kFirstPair));
@@ -284,13 +289,13 @@ Decoding decodeRun(Decoding run, const unsigned char* end, bool bomDone) noexcep
 }
 
 Encoding encodeRun(Encoding run, const wchar_t* end) noexcept {
-    while (end - run.at >= kBlock + kLeft) {
+    while (isBlockLeft(run, end)) {
         if (run.at[0] >= kFirstTriple && run.at[1] >= kFirstTriple) {
             run = encodeLongRun(run, end);
             continue;
         }
         run = encodeShortRun(run, end);
-        if (end - run.at >= kBlock + kLeft) {
+        if (isBlockLeft(run, end)) {
             // What kept this block from being short is in it.
             while (*run.at < kFirstTriple) {
                 run = encodeUnit(run);
@@ -331,11 +336,10 @@ EncodedSize measureEncoded(std::wstring_view text) noexcept {
         const std::size_t blocks = std::min(text.size() / kBlock, kMostBlocks);
         __m128i count = _mm_setzero_si128();
         for (std::size_t i = 0; i < blocks; ++i) {
-            const __m128i units =
-                _mm_xor_si128(loadBlock(text.data() + i * kBlock), filledWith(0x8000));
+            const __m128i units = loadBlock(text.data() + i * kBlock) ^ filledWith(0x8000);
             count = _mm_sub_epi16(count, _mm_add_epi16(_mm_cmpgt_epi16(units, from(kFirstPair)),
                                                        _mm_cmpgt_epi16(units, from(kFirstTriple))));
-            special = _mm_or_si128(special, _mm_cmpgt_epi16(units, from(kFirstThatNeedsBom)));
+            special |= _mm_cmpgt_epi16(units, from(kFirstThatNeedsBom));
         }
         std::uint16_t counts[kBlock];
         std::memcpy(counts, &count, sizeof(counts));

@@ -46,8 +46,8 @@ struct Encoding {
 // What a text takes in UTF-8, without the byte-order mark, and whether it needs
 // one to be read back.
 struct EncodedSize {
-    std::size_t bytes = 0;
-    bool needsBom = false;
+    std::size_t bytes;
+    bool needsBom;
 };
 EncodedSize measureEncoded(std::wstring_view text) noexcept;
 

@@ -227,10 +227,8 @@ public:
         last_ = nullptr;
         free_ = nullptr;
         size_ = 0;
-        if (buckets_.size() > kSmallestBucketCount) {
-            buckets_.resize(kSmallestBucketCount);
-            buckets_.shrink_to_fit();
-        }
+        buckets_.resize(kSmallestBucketCount);
+        buckets_.shrink_to_fit();
         std::fill(buckets_.begin(), buckets_.end(), Bucket{});
         // From here on the map may be used anew, or be gone.
         while (entry != nullptr) {
@@ -238,7 +236,7 @@ public:
         }
         while (block != nullptr) {
             Block* const done = std::exchange(block, block->next);
-            allocator->deallocate(done, done->bytes, kAlignment);
+            allocator->deallocate(done, done->bytes, alignof(Block));
         }
     }
 
@@ -254,7 +252,8 @@ private:
         FreeSlot* next;
     };
 
-    struct Block {
+    // The entries stand behind it.
+    struct alignas(Entry) alignas(void*) Block {
         Block* next;
         std::size_t bytes;
     };
@@ -263,10 +262,6 @@ private:
     static constexpr std::size_t kLoadDenominator = 4;
     static constexpr std::size_t kSmallestBlock = 4;
     static constexpr std::size_t kLargestBlock = 1024;
-    static constexpr std::size_t kAlignment = alignof(Entry) > alignof(Block) ? alignof(Entry)
-                                                                              : alignof(Block);
-    static constexpr std::size_t kHeader =
-        (sizeof(Block) + kAlignment - 1) / kAlignment * kAlignment;
     static_assert(sizeof(Entry) >= sizeof(FreeSlot));
 
     // The bucket that holds the key, or the empty one where it belongs.
@@ -334,10 +329,10 @@ private:
 
     void addBlock() {
         const std::size_t count = std::min(std::max(size_, kSmallestBlock), kLargestBlock);
-        const std::size_t bytes = kHeader + count * sizeof(Entry);
-        void* memory = valueAllocator_->allocate(bytes, kAlignment);
+        const std::size_t bytes = sizeof(Block) + count * sizeof(Entry);
+        void* memory = valueAllocator_->allocate(bytes, alignof(Block));
         blocks_ = ::new (memory) Block{blocks_, bytes};
-        std::byte* slot = static_cast<std::byte*>(memory) + kHeader + count * sizeof(Entry);
+        std::byte* slot = static_cast<std::byte*>(memory) + bytes;
         for (std::size_t i = 0; i < count; ++i) {
             slot -= sizeof(Entry);
             free_ = ::new (static_cast<void*>(slot)) FreeSlot{free_};

@@ -12,7 +12,7 @@ namespace zustd {
 // an identity is never copied and never used again.
 class Id {
 public:
-    Id() noexcept : id_(lastId_.fetch_add(1, std::memory_order_relaxed) + 1) {}
+    Id() noexcept : id_(++lastId_) {}
     Id& operator=(Id&&) = delete;
     virtual ~Id() = default;
 
@@ -25,7 +25,7 @@ public:
     }
 
 private:
-    static inline constinit std::atomic<std::uint64_t> lastId_{0};
+    static inline constinit std::atomic<std::uint64_t> lastId_{};
 
     std::uint64_t id_;
 };

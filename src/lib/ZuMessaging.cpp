@@ -15,8 +15,7 @@ constinit MessageKind* MessageKind::newest_ = nullptr;
 
 MessageKind::MessageKind(const wchar_t* name, MessageWords words) : name_(name), words_(words) {
     const std::uint64_t next = compactMsgCounter_ + 1;
-    ZU_ASSERT_AS(next > 0 && next < 0x8000,
-                 L"compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000", ZU_HERE);
+    ZU_ASSERT_AS(next < 0x8000, L"compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000", ZU_HERE);
     compactId_ = formatWide(L"%0*llX", 4, next);
     compactMsgCounter_ = next;
     older_ = newest_;
@@ -123,10 +122,8 @@ private:
 inline MessageSink* MessageSource::Delivery::next() {
     do {
         called_ = nullptr;
-        if (kept_) {
-            // A sink that goes away here may end the source.
-            kept_.reset();
-        }
+        // A sink that goes away here may end the source.
+        kept_.reset();
         if (source_ == nullptr) {
             return nullptr;
         }
@@ -139,7 +136,7 @@ inline MessageSink* MessageSource::Delivery::next() {
         } else {
             return nullptr;
         }
-    } while (called_ == nullptr || (!left_.empty() && findSink(left_, called_) != left_.end()));
+    } while (called_ == nullptr || findSink(left_, called_) != left_.end());
     return called_;
 }
 

@@ -156,7 +156,6 @@ void traceFormatted(const wchar_t* format, ...) noexcept {
     constexpr std::wstring_view prefix = L"ZULOG: ";
     wchar_t line[kLineLength];
     wchar_t* const message = line + prefix.copy(line, prefix.size());
-    message[0] = L'\0';
     std::va_list arguments;
     va_start(arguments, format);
     // Cuts and terminates.

@@ -143,14 +143,12 @@ struct UnitName {
     // Not explicit about N at the call: UnitName{L"src/lib/ZuXml.cpp"}.
     constexpr explicit UnitName(const wchar_t (&file)[N]) {
         constexpr std::wstring_view utility = L"exe_zuplutil";
-        const std::wstring_view path(file, N - 1);
+        const std::wstring_view path = file;
         std::wstring_view unit = path.substr(0, path.rfind(L'.'));
         if (path.find(utility) != std::wstring_view::npos) {
             unit = utility;
         }
-        for (std::size_t i = 0; i < unit.size(); ++i) {
-            text[i] = unit[i];
-        }
+        unit.copy(text, unit.size());
     }
 };
 

@@ -1,6 +1,6 @@
 #include "ZuResourceService.h"
 
-#include <vector>
+#include <string>
 
 #include "ZuPlankton.h"
 #include "ZuWindows.h"
@@ -15,9 +15,9 @@ std::wstring displayLanguage() {
     ULONG length = 0;
     GetUserPreferredUILanguages(MUI_LANGUAGE_NAME, &count, nullptr, &length);
     // Names that are terminated each.
-    std::vector<wchar_t> names(length + 1);
+    std::wstring names(length, L'\0');
     GetUserPreferredUILanguages(MUI_LANGUAGE_NAME, &count, names.data(), &length);
-    return names.data();
+    return names.substr(0, names.find(L'\0'));
 }
 
 }  // namespace

@@ -86,9 +86,8 @@ void ResourceServiceGeneric::setLibrary(const ResourceLibrary& library) noexcept
     root_ = findRecord(library.roots, library.rootCount, [&](const ResourceRoot& each) {
         return std::wstring_view(each.name) == library.rootName;
     });
+    // Without it nobody gets at files and strings.
     namespaceResource_ = nullptr;
-    files_.reset();
-    strings_.reset();
 }
 
 bool ResourceServiceGeneric::selectLocale(std::wstring_view locale) {

@@ -15,7 +15,7 @@ void Service::initialize() {
     properties_ = std::move(properties);
 }
 
-void Service::announce() { sendMessage(kLogicalLockChanged, MessageWord(0), MessageWord()); }
+void Service::announce() { sendMessage(kLogicalLockChanged, MessageWord(), MessageWord()); }
 
 std::shared_ptr<SharedObject> Service::getNamedObject(std::wstring_view name) const {
     const std::shared_ptr<SharedObject>* object = namedObjects_.find(name);

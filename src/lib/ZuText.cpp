@@ -35,11 +35,11 @@ std::basic_string<Character> formatted(int (*print)(Character*, std::size_t, con
     for (;;) {
         std::va_list again;
         va_copy(again, arguments);
-        const int printed = print(result.data(), result.size() + 1, format, again);
+        const int printed = print(result.data(), result.size(), format, again);
         va_end(again);
         const auto size = static_cast<std::size_t>(std::max(printed, 0));
-        const bool isWhole = size <= result.size();
-        result.resize(size);
+        const bool isWhole = size < result.size();
+        result.resize(isWhole ? size : size + 1);
         if (isWhole) {
             return result;
         }
@@ -60,14 +60,13 @@ std::wstring widen(std::string_view narrow) {
 }
 
 std::string narrow(std::wstring_view wide, bool* lossy) {
-    // UTF-8 accepts neither a default character nor a report of its use; a lone
-    // surrogate, its only misfit, becomes U+FFFD by itself.
+    // UTF-8 accepts no default character; a lone surrogate, its only misfit,
+    // becomes U+FFFD by itself.
     const bool isUtf8 = GetACP() == CP_UTF8;
-    BOOL usedDefault = FALSE;
     const auto convert = [&](char* out, int size) {
         return WideCharToMultiByte(CP_ACP, isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS, wide.data(),
                                    lengthOf(wide.size()), out, size, isUtf8 ? nullptr : "_",
-                                   isUtf8 ? nullptr : &usedDefault);
+                                   nullptr);
     };
     std::string result;
     if (!wide.empty()) {
@@ -75,7 +74,7 @@ std::string narrow(std::wstring_view wide, bool* lossy) {
         convert(result.data(), static_cast<int>(result.size()));
     }
     if (lossy != nullptr) {
-        *lossy = usedDefault != FALSE || (isUtf8 && widen(result) != wide);
+        *lossy = widen(result) != wide;
     }
     return result;
 }

@@ -7,27 +7,24 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <system_error>
 #include <utility>
 
+#include "ZuText.h"
+
 namespace zustd {
 
 namespace {
 
-constexpr std::size_t kNumberBuffer = 128;
 constexpr int kWidest = 127;
-constexpr std::size_t kDoubleBuffer = 512;
+constexpr std::size_t kNumberBuffer = kWidest;
 constexpr wchar_t kHexDigits[] = L"0123456789ABCDEF";
 
-// Code units from here on are written as they are.
-constexpr wchar_t kFirstPlain = 63;
-
 constexpr bool needsEscape(wchar_t c) noexcept {
-    return c < kFirstPlain &&
-           (c < 32 || c == L'"' || c == L'&' || c == L'\'' || c == L'<' || c == L'>');
+    return c < L' ' || c == L'"' || c == L'&' || c == L'\'' || c == L'<' || c == L'>';
 }
 
 // Eight code units at a time, in the registers that every processor of this
@@ -50,15 +47,15 @@ std::ptrdiff_t firstOf(unsigned mask) noexcept { return std::countr_zero(mask) /
 
 unsigned markupIn(__m128i block) noexcept {
     // "<" and ">" differ in one bit.
-    const __m128i folded = _mm_or_si128(block, _mm_set1_epi16(L'<' ^ L'>'));
-    return maskOf(_mm_or_si128(equalTo(folded, L'>'), equalTo(block, L'&')));
+    const __m128i folded = block | _mm_set1_epi16(L'<' ^ L'>');
+    return maskOf(equalTo(folded, L'>') | equalTo(block, L'&'));
 }
 
 unsigned escapesIn(__m128i block) noexcept {
     // Saturating: 0 for all control characters, and for nothing else.
     const __m128i control = equalTo(_mm_subs_epu16(block, _mm_set1_epi16(31)), 0);
-    const __m128i quotes = _mm_or_si128(equalTo(block, L'"'), equalTo(block, L'\''));
-    return markupIn(block) | maskOf(_mm_or_si128(control, quotes));
+    const __m128i quotes = equalTo(block, L'"') | equalTo(block, L'\'');
+    return markupIn(block) | maskOf(control | quotes);
 }
 
 // The first code unit that must be escaped, or end.
@@ -114,7 +111,7 @@ struct SixPlaces {
         const std::uint64_t low = (fraction & 0xFFFFFFFF) * kMillion;
         const std::uint64_t high = (fraction >> 32) * kMillion + (low >> 32);
         // What lies behind the places; the lowest bit stands for all that are smaller.
-        const std::uint64_t rest = high << 33 | ((low & 0xFFFFFFFF) != 0 ? 1 : 0);
+        const std::uint64_t rest = high << 33 | std::uint64_t{(low & 0xFFFFFFFF) != 0};
         millionths = high >> 31;
         millionths += rest > kHalf || (rest == kHalf && millionths % 2 != 0) ? 1U : 0U;
         whole = static_cast<std::uint64_t>(integer) + millionths / kMillion;
@@ -227,7 +224,7 @@ void Xml::escapeXmlChar(std::wstring& out, wchar_t c) {
     } else if (c == L'\n') {
         out.append(L"\\n");
     } else if (c < L' ') {
-        out.append({L'\\', kHexDigits[c / 16], kHexDigits[c % 16]});
+        out.append(L"\\").append(Digits<16>(c, 2).view());
     } else {
         out.push_back(c);
     }
@@ -252,8 +249,7 @@ void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
         // The sign counts towards a width.
         width = std::clamp(width, 1, kWidest) - 1;
     }
-    const auto magnitude =
-        static_cast<std::uint64_t>(value < 0 ? -std::int64_t{value} : std::int64_t{value});
+    const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
     out.append(Digits<10>(magnitude, width).view());
 }
 
@@ -277,9 +273,8 @@ void Xml::appendDouble(std::wstring& out, double value) {
         out.append(L".").append(Digits<10>(places.millionths, 6).view());
         return;
     }
-    std::array<char, kDoubleBuffer> digits;
-    const int size = std::snprintf(digits.data(), digits.size(), "%.6f", value);
-    out.append(digits.data(), digits.data() + std::max(size, 0));
+    const std::string digits = formatNarrow("%.6f", value);
+    out.append(digits.begin(), digits.end());
 }
 
 // --- Values from text ----------------------------------------------------------
