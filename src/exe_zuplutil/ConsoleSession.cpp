@@ -49,8 +49,10 @@ BOOL WINAPI onConsoleEvent(DWORD) {
 }  // namespace
 
 ConsoleSession::ConsoleSession() {
+    const std::lock_guard lock(state().mutex);
+    // 0 without a console.
     const UINT former = GetConsoleOutputCP();
-    if (SetConsoleOutputCP(GetACP())) {
+    if (former != 0 && SetConsoleOutputCP(GetACP())) {
         state().formerCodePage = former;
     }
     SetConsoleCtrlHandler(&onConsoleEvent, TRUE);
