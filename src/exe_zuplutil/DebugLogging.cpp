@@ -84,7 +84,8 @@ void switchTo(bool enabled) {
 }  // namespace
 
 std::wstring getAddinDataDirectory(zustd::SourcePlace place) {
-    const auto as = zustd::ServiceLocator::instance()->getService<zustd::ApplicationService>();
+    const auto root = zustd::ServiceLocator::instance();
+    const auto as = root ? root->getService<zustd::ApplicationService>() : nullptr;
     ZU_ASSERT_AS(as, L"as", place);
     std::wstring directory = as->getApplicationDataDirectory(false);
     // Without memory the service leaves parts out: that would be another folder.

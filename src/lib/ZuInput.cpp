@@ -4,15 +4,8 @@
 
 #include "ZuControl.h"
 #include "ZuWindowService.h"
-#include "ZuWindows.h"
 
 namespace zustd {
-
-static_assert(kKeyTab == VK_TAB && kKeyEnter == VK_RETURN && kKeyEscape == VK_ESCAPE &&
-              kKeySpace == VK_SPACE && kKeyPageUp == VK_PRIOR && kKeyPageDown == VK_NEXT &&
-              kKeyEnd == VK_END && kKeyHome == VK_HOME && kKeyLeft == VK_LEFT && kKeyUp == VK_UP &&
-              kKeyRight == VK_RIGHT && kKeyDown == VK_DOWN);
-static_assert(MouseEvent::kWheelStep == WHEEL_DELTA);
 
 namespace {
 

@@ -6,6 +6,17 @@
 
 namespace zustd {
 
+// Styles and answers are those of the system's own boxes.
+static_assert(kMessageOk == MB_OK && kMessageOkCancel == MB_OKCANCEL &&
+              kMessageYesNoCancel == MB_YESNOCANCEL && kMessageYesNo == MB_YESNO &&
+              kMessageButtonMask == MB_TYPEMASK && kMessageIconError == MB_ICONERROR &&
+              kMessageIconQuestion == MB_ICONQUESTION && kMessageIconWarning == MB_ICONWARNING &&
+              kMessageIconInformation == MB_ICONINFORMATION && kMessageIconMask == MB_ICONMASK &&
+              kMessageDefaultSecond == MB_DEFBUTTON2 && kMessageDefaultThird == MB_DEFBUTTON3 &&
+              kMessageDefaultMask == MB_DEFMASK);
+static_assert(kAnswerOk == IDOK && kAnswerCancel == IDCANCEL && kAnswerYes == IDYES &&
+              kAnswerNo == IDNO);
+
 namespace {
 
 // Of the control that shows the text.

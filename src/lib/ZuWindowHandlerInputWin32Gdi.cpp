@@ -10,6 +10,12 @@
 
 namespace zustd {
 
+static_assert(kKeyTab == VK_TAB && kKeyEnter == VK_RETURN && kKeyEscape == VK_ESCAPE &&
+              kKeySpace == VK_SPACE && kKeyPageUp == VK_PRIOR && kKeyPageDown == VK_NEXT &&
+              kKeyEnd == VK_END && kKeyHome == VK_HOME && kKeyLeft == VK_LEFT && kKeyUp == VK_UP &&
+              kKeyRight == VK_RIGHT && kKeyDown == VK_DOWN);
+static_assert(MouseEvent::kWheelStep == WHEEL_DELTA);
+
 namespace {
 
 constexpr std::pair<UINT, MouseAction> kActions[] = {
@@ -177,9 +183,11 @@ bool WindowHandlerWin32Gdi::handleFocus(const WindowMessage& message) {
 
 void WindowHandlerWin32Gdi::rememberFocus() {
     const HWND focused = GetFocus();
-    if (focused == window_ || IsChild(window_, focused)) {
+    const WindowHandlerWin32Gdi* holder = around(focused);
+    // A window that is about to go has no handler any more.
+    if (holder != nullptr && (focused == window_ || IsChild(window_, focused))) {
         keptFocusWindow_ = focused;
-        keptFocus_ = around(focused)->surface().inputRouter()->focused();
+        keptFocus_ = holder->surface().inputRouter()->focused();
     }
 }
 
