@@ -133,14 +133,13 @@ TreeNode TreeItemsWin32Gdi::nodeAt(LPARAM point, UINT parts) const {
 }
 
 Rect TreeItemsWin32Gdi::boundaryOf(TreeNode node) const {
-    const HTREEITEM item = itemOf(node);
+    const LPARAM item = wordOf(node);
     RECT caption{};
     RECT client{};
     RECT seen{};
     // The message takes the item where it leaves the rectangle.
     std::memcpy(&caption, &item, sizeof(item));
-    if (item != nullptr &&
-        send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) != FALSE) {
+    if (item != 0 && send(TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&caption)) != FALSE) {
         GetClientRect(window(), &client);
         IntersectRect(&seen, &caption, &client);
     }

@@ -42,6 +42,7 @@ TEST_F(WidgetTest, argumentsAtTheEdges_areRefusedOrLeftAlone) {
               L"patterns.size() == patternNames.size()");
     EXPECT_EQ(thrownText([&] { host_->selectFileToOpen(L"", {}, {}, true); }),
               L"allowMultiSelect not implemented");
+    EXPECT_FALSE(shown(makeControl<Control>())->takeFocus());
     TreeModel tree;
     EXPECT_EQ(thrownText([&] { tree.select(TreeNode{1ULL << 32}); }), L"contains(node)");
     const TreeNode root = tree.addChild(kNoNode, L"key", L"");
@@ -89,6 +90,9 @@ TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
         EXPECT_EQ(box->setText(given), changes);
         EXPECT_EQ(box->text(), kept);
     }
+    EXPECT_EQ(box->preferredSize(), (Size{160, 24}));
+    box->setKind(TextBoxKind::kMultiLine);
+    EXPECT_EQ(box->preferredSize(), (Size{160, 72}));
 }
 
 TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
@@ -117,6 +121,9 @@ TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
         L"selectionChanged -1,-1; textChanged; -1; 0; -1; textChanged; 1; 0two; 1; 0two; "
         L"textChanged; 1; -1free; textChanged; -1freed; textChanged; 1; -1; -1; textChanged; 1; "
         L"0two; 0two; 0two; two; 0two; -1");
+    EXPECT_EQ(box->preferredSize(), (Size{100, 24}));
+    box->addItem(L"fourteen chars");
+    EXPECT_EQ(box->preferredSize(), (Size{130, 24}));
 }
 
 TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
