@@ -168,7 +168,7 @@ struct FixedText {
 // The class of a member function and the name, from the signature that the compiler spells
 // out, such as "virtual bool zustd::Font::scale(int) const"; with a sibling, the name of that.
 template <FixedText Signature, FixedText Sibling>
-inline constexpr auto kOperationText = [] {
+constexpr auto operationText() {
     constexpr std::string_view kCalled = Signature.view().substr(0, Signature.view().find('('));
     constexpr std::size_t kName = kCalled.rfind(':') + 1;
     constexpr std::size_t kClass = kCalled.find_last_of(" :", kName - 3) + 1;
@@ -177,7 +177,10 @@ inline constexpr auto kOperationText = [] {
     std::array<wchar_t, kName - kClass + kLast.size() + 1> text{};
     std::ranges::copy(kLast, std::copy_n(&kCalled[kClass], kName - kClass, text.data()));
     return text;
-}();
+}
+
+template <FixedText Signature, FixedText Sibling>
+inline constexpr auto kOperationText = operationText<Signature, Sibling>();
 
 // Traces the two lines of a failed assertion and throws the expression text.
 [[noreturn]] void failAssertion(const wchar_t* expression, SourcePlace place);
