@@ -28,9 +28,11 @@ std::wstring getUserFolder(int csidl) {
     return found ? path.data() : std::wstring();
 }
 
+// Not by the length that the call returns: for a longer one it is what the call needs.
 std::wstring getTemporaryFolder() {
     std::array<wchar_t, MAX_PATH + 2> path{};
-    std::wstring folder(path.data(), GetTempPathW(static_cast<DWORD>(path.size()), path.data()));
+    GetTempPathW(MAX_PATH + 1, path.data());
+    const std::wstring folder = path.data();
     return folder.substr(0, folder.find_last_not_of(L'\\') + 1);
 }
 
