@@ -16,8 +16,9 @@ std::wstring withPairs(const std::wstring& text) {
     return converted;
 }
 
+// A place that the text does not have, as 0, is in none.
 bool isInsidePair(const std::wstring& text, std::size_t place) noexcept {
-    return place != 0 && IS_SURROGATE_PAIR(text[place - 1], text[place]);
+    return place - 1 < text.size() && IS_SURROGATE_PAIR(text[place - 1], text[place]);
 }
 
 std::wstring withoutHalves(std::wstring_view text) {
