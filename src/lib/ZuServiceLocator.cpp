@@ -18,7 +18,7 @@ union RootSlot {
     std::shared_ptr<ServiceLocator> root;
 };
 constinit RootSlot rootSlot;
-constinit int rootHolders = 0;
+constinit int rootHolders{};
 const ServiceLocatorStaticCtorDtor rootLifetime;
 
 bool bearsName(const Service& service, std::wstring_view name) {
@@ -37,7 +37,7 @@ ServiceLocatorStaticCtorDtor::ServiceLocatorStaticCtorDtor() {
 ServiceLocatorStaticCtorDtor::~ServiceLocatorStaticCtorDtor() {
     if (--rootHolders == 0) {
         const std::shared_ptr<ServiceLocator> root = std::exchange(rootSlot.root, nullptr);
-        guarded(L"ServiceLocator::unregisterAll", [&root] { root->unregisterAll(); });
+        guarded(ZU_OPERATION, [&root] { root->unregisterAll(); });
     }
 }
 

@@ -7,7 +7,11 @@
 namespace zustd::test {
 namespace {
 
-const MessageKind kPing{L"ping.MessagingTest"};
+struct Round {
+    static const MessageKind kPing;
+};
+ZU_MESSAGE_KIND(Round::kPing, MessageWords::kNumbers);
+const MessageKind& kPing = Round::kPing;
 
 // Forwarders that do things to each other whenever one hears a message or ends,
 // all of it chosen by the seed. A sink's place is behind its source's, so that
@@ -174,6 +178,32 @@ TEST(MessageKind, kindsMadeAndEnded_areNumberedInARowAndFoundWhileTheyLive) {
     second.reset();
     EXPECT_TRUE(!MessageKind::find(L"second") && MessageKind::find(L"first") == &first &&
                 MessageKind::find(L"third") == &third);
+    EXPECT_EQ(MessageKind::find(L"ping.Round"), &kPing);
+    std::wstring last;
+    EXPECT_EQ(thrownText([&] {
+                  for (;;) {
+                      last = MessageKind(L"more").compactId();
+                  }
+              }),
+              L"compactMsgCounter_ > 0 && compactMsgCounter_ < 0x8000");
+    EXPECT_EQ(last, L"7FFF");
+}
+
+TEST(Messaging, whatFails_isTracedUnderItsName) {
+    struct Failing : MessageForwarder {
+        bool onReceiveMessage(const MessageKind&, MessageWord, MessageWord) override { throw 1; }
+        bool maySend(const MessageKind&, MessageWord, MessageWord) const override { throw 1; }
+    };
+    const TraceCapture trace;
+    Listener listener;
+    listener.next = [] { throw 1; };
+    listener.receiveMessage(kPing, MessageWord(), MessageWord());
+    Failing().receiveMessage(kPing, MessageWord(), MessageWord());
+    const std::string receive = "::receiveMessage: tried onReceiveMessage()";
+    const std::string failed = " and failed: catched unknown exception";
+    EXPECT_EQ(trace.messages(),
+              (Lines{"receiveMessage" + receive + failed, "MessageForwarder" + receive + failed,
+                     "MessageForwarder::receiveMessage: tried sendMessage()" + failed}));
 }
 
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {
