@@ -10,7 +10,7 @@ namespace zustd {
 
 // --- MessageKind ---------------------------------------------------------------------
 
-constinit std::uint64_t MessageKind::compactMsgCounter_{};
+constinit std::uint64_t MessageKind::compactMsgCounter_ = 0;
 constinit MessageKind* MessageKind::newest_ = nullptr;
 
 MessageKind::MessageKind(const wchar_t* name, MessageWords words) : name_(name), words_(words) {

@@ -18,7 +18,7 @@ union RootSlot {
     std::shared_ptr<ServiceLocator> root;
 };
 constinit RootSlot rootSlot;
-constinit int rootHolders{};
+constinit int rootHolders = 0;
 const ServiceLocatorStaticCtorDtor rootLifetime;
 
 bool bearsName(const Service& service, std::wstring_view name) {

@@ -4,13 +4,7 @@
 #include "ZuResourceServiceGeneric.h"
 #include "ZuService.h"
 #include "ZuTrackingPropertyBag.h"
-#include "ZuWindows.h"
 #include "support/FrameworkTest.h"
-
-extern "C" {
-extern void* __imp_GetUserPreferredUILanguages IMPORT_SLOT("GetUserPreferredUILanguages", "@16");
-extern void* __imp_GetUserDefaultLocaleName IMPORT_SLOT("GetUserDefaultLocaleName", "@8");
-}
 
 namespace zustd::test {
 namespace {
@@ -108,23 +102,12 @@ TEST(ServiceLocator, registrationThatFails_leavesTheRegistryAsItWas) {
         L"!attach || self");
 }
 
-TEST(ServiceTest, settings_withoutMemoryOrBeforeTheyAreMade_failAnAssertion) {
-    const TraceCapture trace;
-    Service service;
-    EXPECT_EQ(thrownText([&] {
-                  const AllocationLimit limit(0, true);
-                  service.initialize();
-              }),
-              L"properties_");
-    EXPECT_EQ(thrownText([&] { service.properties(); }), L"properties_");
-    EXPECT_TRUE(trace.messages()[0].ends_with("'properties_', in src/lib/ZuService, line 61"));
-}
-
 TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
     const auto leaving = [](auto&& last) {
         const auto kept = makeService<Plain>();
         return std::shared_ptr<Service>(kept.get(), [kept, last](Service*) { last(); });
     };
+    EXPECT_EQ(thrownText([] { Service().properties(); }), L"properties_");
     const auto other = makeService<Plain>();
     auto service = makeService<Plain>();
     Plain& bare = *service;
@@ -187,50 +170,6 @@ std::shared_ptr<ResourceService> makeInstalled(
     auto service = makeService<ResourceService>();
     ResourceServiceGeneric::install(*service, library);
     return service;
-}
-
-// The system's list of the user's languages; none when it is empty.
-std::wstring languages;
-BOOL WINAPI giveLanguages(DWORD flags, ULONG*, wchar_t* names, ULONG* size) {
-    const bool isAsked = names == nullptr && *size == 0;
-    const bool isGiven = names != nullptr && *size == languages.size();
-    *size = static_cast<ULONG>(languages.size());
-    languages.copy(names, isGiven ? languages.size() : 0);
-    return flags == MUI_LANGUAGE_NAME && (isAsked || isGiven);
-}
-int WINAPI giveFormats(wchar_t* name, int size) {
-    return size == LOCALE_NAME_MAX_LENGTH ? std::wcscpy(name, L"fr-CH"), 6 : 0;
-}
-
-TEST(ResourceService, userLocale_isTheFirstDisplayLanguageOrThatOfHisFormats) {
-    const ReplacedImport ui(__imp_GetUserPreferredUILanguages,
-                            reinterpret_cast<void*>(&giveLanguages));
-    const ReplacedImport formats(__imp_GetUserDefaultLocaleName,
-                                 reinterpret_cast<void*>(&giveFormats));
-    for (const auto& [list, name] : {std::pair<std::wstring_view, const wchar_t*>{L"", L"fr-xx"},
-                                     {{L"nl-BE\0de-DE\0", 13}, L"nl-xx"}}) {
-        languages = list;
-        EXPECT_EQ(makeInstalled()->getNamespaceName(), name);
-    }
-}
-
-TEST(Abstraction, backend_joinedReplacedOrMissing_isWholeAndGivenBackFirst) {
-    struct Backend : ResourceServiceGeneric {
-        void releaseNativeObject() override { throw getAbstraction().name(); }
-    };
-    const TraceCapture trace;
-    Backend alone;
-    EXPECT_FALSE(alone.hasNativeObject());
-    EXPECT_EQ(thrownText([&] { alone.getAbstraction(); }), L"abstraction_ != 0");
-    auto service = makeService<ResourceService>(L"whole");
-    joinImplementation(*service, std::make_unique<Backend>());
-    EXPECT_EQ(thrownText([&] { joinImplementation(*service, std::unique_ptr<Backend>()); }),
-              L"implementation");
-    EXPECT_TRUE(service->hasImplementation());
-    joinImplementation(*service, std::make_unique<ResourceServiceGeneric>());
-    const Lines lines = trace.messages();
-    EXPECT_TRUE(lines[0].ends_with("'abstraction_ != 0', in src/lib/ZuAbstraction, line 60"));
-    EXPECT_TRUE(lines.back().ends_with(": catched assertion exception: whole")) << lines.back();
 }
 
 TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
