@@ -153,9 +153,8 @@ TEST(Text, formattedConvertedOrFolded_isWholeOrLossyAndNoWildcard) {
     EXPECT_EQ(narrow(L"a\xD800z", &lossy), GetACP() == CP_UTF8 ? "a\xEF\xBF\xBDz" : "a_z");
     EXPECT_TRUE(lossy);
     for (wchar_t unit = 0; unit < 0xFF00; ++unit) {
-        const std::wstring lower(1, static_cast<wchar_t>(unit + 32));
-        ASSERT_EQ(equalsIgnoringAsciiCase({&unit, 1}, lower), unit >= L'A' && unit <= L'Z')
-            << lower;
+        const std::wstring low(1, static_cast<wchar_t>(unit + 32));
+        ASSERT_EQ(equalsIgnoringAsciiCase({&unit, 1}, low), unit >= L'A' && unit <= L'Z') << low;
     }
 }
 
