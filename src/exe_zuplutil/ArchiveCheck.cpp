@@ -32,7 +32,7 @@ constexpr std::uint64_t kElsewhere16 = 0xFFFF;
 constexpr std::uint64_t kElsewhere = 0xFFFFFFFF;
 
 // Sizes are told behind the data, not in the header before it.
-constexpr std::uint64_t kSizesBehindData = 8;
+constexpr std::uint64_t kSizesBehindData = 1 << 3;
 
 // The little-endian number in so many of the bytes.
 std::uint64_t number(std::string_view bytes, std::size_t at, std::size_t size) {
@@ -62,16 +62,13 @@ public:
             return std::nullopt;
         }
         std::string bytes(count, '\0');
-        OVERLAPPED place{};
-        place.Offset = static_cast<DWORD>(at);
-        place.OffsetHigh = static_cast<DWORD>(at >> 32);
+        LARGE_INTEGER place{};
+        place.QuadPart = static_cast<LONGLONG>(at);
         DWORD done = 0;
-        if (count != 0 &&
-            (!ReadFile(file_.get(), bytes.data(), static_cast<DWORD>(count), &done, &place) ||
-             done != count)) {
-            return std::nullopt;
-        }
-        return bytes;
+        const bool isRead =
+            SetFilePointerEx(file_.get(), place, nullptr, FILE_BEGIN) &&
+            ReadFile(file_.get(), bytes.data(), static_cast<DWORD>(count), &done, nullptr);
+        return isRead && done == count ? std::optional(std::move(bytes)) : std::nullopt;
     }
     // The same for a record, which begins with its mark.
     std::optional<std::string> readRecord(std::uint64_t mark, std::uint64_t at, std::size_t count,
@@ -248,7 +245,10 @@ FileSizes filesBelow(const std::wstring& folder) {
                 throw std::uint32_t{GetLastError()};
             }
             if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                files[path] = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+                ULARGE_INTEGER size;
+                size.LowPart = data.nFileSizeLow;
+                size.HighPart = data.nFileSizeHigh;
+                files[path] = size.QuadPart;
             } else if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
                 waiting.push_back(path + L'/');
             }

@@ -120,16 +120,17 @@ bool waitForChild(HANDLE child, const Report& report, unsigned seconds) {
         }
     };
     const ULONGLONG begin = GetTickCount64();
-    bool ended = false;
-    while (!ended && GetTickCount64() - begin < ULONGLONG{1000} * seconds) {
-        ended = WaitForSingleObject(child, kGlance) == WAIT_OBJECT_0;
+    for (;;) {
+        const bool ended = WaitForSingleObject(child, kGlance) == WAIT_OBJECT_0;
+        const bool isLate = !ended && GetTickCount64() - begin >= ULONGLONG{1000} * seconds;
+        if (isLate) {
+            end();
+        }
         printNews();
+        if (ended || isLate) {
+            return ended;
+        }
     }
-    if (!ended) {
-        end();
-        printNews();
-    }
-    return ended;
 }
 
 // One line for what the add-in did to its process; empty when all went well.

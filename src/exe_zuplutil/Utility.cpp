@@ -59,10 +59,14 @@ void showBanner() {
 }
 
 // The registry's root holds the services until the process ends.
+void registerAtRoot(const std::shared_ptr<zustd::Service>& service) {
+    zustd::ServiceLocator::instance()->registerService(service, true, true);
+}
+
 void registerResourceService() {
     auto service = zustd::makeService<zustd::ResourceService>();
     zustd::ResourceServiceGeneric::install(*service, zustd::compiledInResources());
-    zustd::ServiceLocator::instance()->registerService(service, true, true);
+    registerAtRoot(service);
 }
 
 void registerApplicationService() {
@@ -70,7 +74,7 @@ void registerApplicationService() {
     auto backend = std::make_unique<zustd::ApplicationServiceWin32Gdi>();
     backend->setApplicationName(kApplicationName);
     zustd::joinImplementation(*service, std::move(backend));
-    zustd::ServiceLocator::instance()->registerService(service, true, true);
+    registerAtRoot(service);
 }
 
 int run(int argc, wchar_t** argv) {

@@ -78,8 +78,7 @@ protected:
     // the backend.
     void releaseImplementation() noexcept {
         if (impl_) {
-            guarded(L"Abstraction::releaseImplementation",
-                    [this] { impl_->releaseNativeObject(); });
+            guarded(ZU_OPERATION, [this] { impl_->releaseNativeObject(); });
             impl_.reset();
         }
     }

@@ -235,8 +235,7 @@ std::string Cipher::decipher(CipherEncoding encoding, std::string_view message) 
 
 namespace detail {
 
-// No text is short: moving one on leaves no copy where it was.
-WipedText::WipedText(std::size_t room) { text_.reserve(std::max(room, std::size_t{64})); }
+WipedText::WipedText(std::size_t room) { text_.reserve(std::max(room, kLeastRoom)); }
 
 WipedText::~WipedText() { CryptoPP::SecureWipeBuffer(bytesOf(text_), text_.size()); }
 

@@ -90,7 +90,9 @@ namespace detail {
 // it grow beyond its room takes care of the memory that it leaves.
 class WipedText {
 public:
-    explicit WipedText(std::size_t room = 0);
+    // No text is short: moving one on leaves no copy where it was.
+    static constexpr std::size_t kLeastRoom = 64;
+    explicit WipedText(std::size_t room = kLeastRoom);
     explicit WipedText(std::string&& text) noexcept : text_(std::move(text)) {}
     WipedText(WipedText&&) = default;
     WipedText& operator=(WipedText&&) = delete;

@@ -40,18 +40,8 @@ const MessageKind* MessageKind::find(std::wstring_view name) noexcept {
 
 // --- MessageSink -----------------------------------------------------------------------
 
-namespace {
-
-// A filter that fails refuses.
-bool wants(const MessageSink& sink, const MessageKind& kind, MessageWord a, MessageWord b) {
-    return guarded(L"MessageSink::wantsMessage", false,
-                   [&] { return sink.wantsMessage(kind, a, b); });
-}
-
-}  // namespace
-
 void MessageSink::receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    if (wants(*this, kind, a, b)) {
+    if (wants(kind, a, b)) {
         guarded(L"receiveMessage::receiveMessage: tried onReceiveMessage() and failed",
                 [&] { onReceiveMessage(kind, a, b); });
     }
@@ -59,6 +49,10 @@ void MessageSink::receiveMessage(const MessageKind& kind, MessageWord a, Message
 
 bool MessageSink::wantsMessage(const MessageKind& kind, MessageWord a, MessageWord b) const {
     return acceptsMessage(kind) && (!isRestricted() || meetsRestriction(kind, a, b));
+}
+
+bool MessageSink::wants(const MessageKind& kind, MessageWord a, MessageWord b) const noexcept {
+    return guarded(ZU_SIBLING(wantsMessage), false, [&] { return wantsMessage(kind, a, b); });
 }
 
 // --- MessageSource ------------------------------------------------------------------------
@@ -147,7 +141,7 @@ void MessageSource::Delivery::entryLeft(List list, std::size_t index,
     }
     if (index < reached_[list]) {
         --reached_[list];
-        guarded(L"MessageSource::disconnect", [&] { left_.emplace_back(sink); });
+        guarded(ZU_OPERATION, [&] { left_.emplace_back(sink); });
     }
 }
 
@@ -244,7 +238,7 @@ bool MessageSource::outlives(const std::function<void()>& body) {
 // --- MessageForwarder ------------------------------------------------------------------------
 
 void MessageForwarder::receiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) {
-    if (!wants(*this, kind, a, b)) {
+    if (!wants(kind, a, b)) {
         return;
     }
     const bool wasForwarding = isForwarding();

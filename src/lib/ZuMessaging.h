@@ -156,6 +156,10 @@ public:
     virtual bool isForwarding() const { return forwarding_; }
     virtual void setForwarding(bool forwarding) { forwarding_ = forwarding; }
 
+protected:
+    // wantsMessage under the catch ladder: a filter that fails refuses.
+    bool wants(const MessageKind& kind, MessageWord a, MessageWord b) const noexcept;
+
 private:
     bool restricted_ = false;
     bool forwarding_ = false;

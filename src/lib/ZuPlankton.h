@@ -254,15 +254,15 @@ template <class Failure>
 
 // --- Critical errors -----------------------------------------------------------
 
-// Codes of the process-wide critical error. Any other number may be stored.
+// Codes of the process-wide critical error, in a row from 0. Any other number may be stored.
 enum CriticalError : std::uint32_t {
-    kCriticalErrorNone = 0,
-    kCriticalErrorUnknown = 1,
-    kCriticalErrorOutOfMemory = 2,
-    kCriticalErrorPureVirtualCall = 3,
-    kCriticalErrorUnhandledException = 4,
-    kCriticalErrorAbort = 5,
-    kCriticalErrorSystemException = 6,
+    kCriticalErrorNone,
+    kCriticalErrorUnknown,
+    kCriticalErrorOutOfMemory,
+    kCriticalErrorPureVirtualCall,
+    kCriticalErrorUnhandledException,
+    kCriticalErrorAbort,
+    kCriticalErrorSystemException,
 };
 
 // The code recorded last; kCriticalErrorNone at start. Any thread.

@@ -10,10 +10,8 @@
 
 namespace zustd {
 
-// The number of a namespace's string table.
+// The number of a namespace's string table. Images have numbers from 100 on.
 inline constexpr std::uint64_t kStringTableIdentifier = 1;
-// Images have numbers from here on.
-inline constexpr std::uint64_t kFirstImageIdentifier = 100;
 
 // One file; the bytes are not terminated.
 struct FileResource {

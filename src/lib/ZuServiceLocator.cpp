@@ -37,7 +37,7 @@ ServiceLocatorStaticCtorDtor::ServiceLocatorStaticCtorDtor() {
 ServiceLocatorStaticCtorDtor::~ServiceLocatorStaticCtorDtor() {
     if (--rootHolders == 0) {
         const std::shared_ptr<ServiceLocator> root = std::exchange(rootSlot.root, nullptr);
-        guarded(L"ServiceLocator::unregisterAll", [&root] { root->unregisterAll(); });
+        guarded(ZU_OPERATION, [&root] { root->unregisterAll(); });
     }
 }
 

@@ -8,6 +8,8 @@
 #include <regex>
 #include <thread>
 
+#include "ZuDateTime.h"
+#include "ZuHashMap.h"
 #include "ZuId.h"
 #include "ZuObjectPool.h"
 #include "ZuVersion.h"
@@ -23,14 +25,8 @@ extern void* __imp_GlobalMemoryStatusEx IMPORT_SLOT("GlobalMemoryStatusEx", "@4"
 namespace zustd::test {
 namespace {
 
-struct DebuggerOutput : ReplacedImport {
-    static inline Texts texts;
-    static void WINAPI collect(const wchar_t* text) { texts.emplace_back(text); }
-
-    DebuggerOutput() : ReplacedImport(__imp_OutputDebugStringW, reinterpret_cast<void*>(&collect)) {
-        texts.clear();
-    }
-};
+Texts debugged;
+void WINAPI collect(const wchar_t* text) { debugged.emplace_back(text); }
 
 void WINAPI giveTime(SYSTEMTIME* time) { *time = {2016, 11, 5, 4, 13, 14, 15, 16}; }
 
@@ -73,14 +69,14 @@ TEST(Trace, debugger_getsRawLinesAndWhatTheLogFileCannotTake) {
     const TempFolder folder;
     const std::wstring missing = folder.file(L"missing\\a.log");
     const Texts lost = {L"ZUPRETRACE: cannot open log file\n", missing, L"\n"};
-    for (const std::uint32_t mode : {0U, kTraceToLog, 2U, ~0U}) {
+    for (const std::uint32_t mode : {0U, 1U, 2U, ~0U}) {
         const Tracing tracing(mode, missing.c_str());
-        const DebuggerOutput debugger;
+        const ReplacedImport output(__imp_OutputDebugStringW, reinterpret_cast<void*>(&collect));
         SetLastError(12345);
         errno = 123;
         trace(L"%ls", L"raw");
         EXPECT_TRUE(GetLastError() == 12345 && errno == 123) << "asked for after the trace";
-        EXPECT_EQ(debugger.texts, mode == kTraceToLog ? lost : Texts{L"ZULOG: raw\n"});
+        EXPECT_EQ(std::exchange(debugged, {}), mode == 1 ? lost : Texts{L"ZULOG: raw\n"});
     }
 }
 
@@ -145,7 +141,7 @@ TEST(MemoryReport, getMemoryInfo_hasItsFiveLinesAndCountsTheHeap) {
     EXPECT_NEAR(number(2), number(3) + number(4) + number(5) + number(6), 0.03);
 }
 
-TEST(Text, formattedOrConverted_isWholeOrLossyAndNoWildcard) {
+TEST(Text, formattedConvertedOrFolded_isWholeOrLossyAndNoWildcard) {
     for (const std::size_t length : {0U, 1U, 127U, 128U, 129U, 5000U}) {
         const std::wstring text(length, L'\u0416');
         EXPECT_EQ(formatWide(L"%ls", text.c_str()), text) << length;
@@ -156,14 +152,9 @@ TEST(Text, formattedOrConverted_isWholeOrLossyAndNoWildcard) {
     EXPECT_TRUE(widen(narrow(plain, &lossy)) == plain && !lossy && widen(narrow(L"")).empty());
     EXPECT_EQ(narrow(L"a\xD800z", &lossy), GetACP() == CP_UTF8 ? "a\xEF\xBF\xBDz" : "a_z");
     EXPECT_TRUE(lossy);
-}
-
-TEST(Text, equalsIgnoringAsciiCase_anyUnit_foldsTheTwentySixLettersOnly) {
     for (wchar_t unit = 0; unit < 0xFF00; ++unit) {
-        const std::wstring texts[] = {{L'x', unit}, {L'X', static_cast<wchar_t>(unit + 32)}};
-        const bool isLetter = unit >= L'A' && unit <= L'Z';
-        ASSERT_EQ(equalsIgnoringAsciiCase(texts[0], texts[1]), isLetter) << texts[0];
-        ASSERT_FALSE(equalsIgnoringAsciiCase(texts[0], texts[0] + unit));
+        const std::wstring low(1, static_cast<wchar_t>(unit + 32));
+        ASSERT_EQ(equalsIgnoringAsciiCase({&unit, 1}, low), unit >= L'A' && unit <= L'Z') << low;
     }
 }
 
@@ -176,6 +167,7 @@ TEST(SmallValues, versionsTimesAndIds_areToldApartAndWritten) {
     EXPECT_TRUE(DateTime(2016, 9, 30, 23, 59, 59, 999) < midnight && midnight < later);
     EXPECT_EQ(later.toFileStamp(), L"2016-10-01-00;00;02;009");
     EXPECT_TRUE(midnight == DateTime(2016, 10, 1, 0, 0, 0, 0) && DateTime() == DateTime(0, 0, 0));
+    EXPECT_TRUE(kTraceLevelInfo == 10 && kTraceLevelReport == 20 && kTraceLevelMemory == 50);
     const Id first;
     const Id second;
     EXPECT_TRUE(first.id() > 0 && second.id() > 0 && first.id() != second.id());

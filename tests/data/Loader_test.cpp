@@ -9,6 +9,7 @@
 #include "ZuDirectory.h"
 #include "ZuEncoder.h"
 #include "ZuEncoderRuns.h"
+#include "ZuFile.h"
 #include "ZuWindows.h"
 #include "support/FrameworkTest.h"
 
@@ -93,8 +94,7 @@ std::basic_string_view<Unit> guarded(const std::basic_string<Unit>& text) {
 }
 
 TEST(Utf8Decoder, randomBytes_wholeAndByteByByte_decodeByTheDialectsRules) {
-    // Long stretches of one kind with hostile bytes between: the fast runs must
-    // stop and go on where the state machine does.
+    // Hostile bytes between long stretches: the fast runs must stop where the state machine does.
     static constexpr std::string_view kHostile =
         "\x80\xBF\xC0\xC3\xDF\xE0\xE2\xED\xEE\xEF\xEF\xBB\xBF\xF0\xF4\xFF";
     static const std::string kStretches[] = {"a", "\xC3\xA9", "\xD0\x96", "\xE4\xB8\xAD", "\x9F"};
@@ -188,6 +188,7 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
     const std::pair<const wchar_t*, const char*> texts[] = {
         {L"a\r\n\u00E9\x1Az", "a\r\n\xC3\xA9\x1Az"},
         {L"", ""},
+        {L"b", "b"},
         {L"\uF8FF", "\xEF\xBB\xBF\xEF\xA3\xBF"}};
     for (const auto& [text, bytes] : texts) {
         EXPECT_TRUE(Loader::save(file_, text));
@@ -211,7 +212,7 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
     EXPECT_EQ(lines[0].find("throwing: 'Directory:listDirectory() failed', in "), 0U);
     EXPECT_EQ(lines[1].find("throwing: 'Directory:createDirectory() failed', in "), 0U);
     EXPECT_EQ(text_, L"old");
-    EXPECT_EQ(readBytes(file_), texts[2].second);
+    EXPECT_EQ(readBytes(file_), texts[3].second);
     EXPECT_TRUE(Loader::save(L"NUL", L"a")) << "a device has no length";
     writeBytes(file_, "ab\xC3");
     EXPECT_FALSE(Loader::load(file_, text_));
@@ -239,8 +240,7 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
     static const auto handleOf = [](int file) {
         return reinterpret_cast<HANDLE>(_get_osfhandle(file));
     };
-    // A file ends before its size, the last bytes do not reach the disk, and a disk
-    // has room for so many bytes, of which it takes a few at a time.
+    // A file ends before its size, the last bytes are lost, a disk has room for so many bytes.
     const auto readNothing =
         +[](void*, std::size_t, std::size_t, std::FILE*) { return std::size_t{}; };
     isReported(__imp_fread, readNothing, Loader::load, "cannot read file", "bytes");

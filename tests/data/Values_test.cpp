@@ -2,6 +2,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include "ZuPropertyBag.h"
+#include "ZuSerializable.h"
 #include "support/FrameworkTest.h"
 
 namespace zustd::test {

@@ -50,8 +50,7 @@ wstring writtenAgain(const wstring& kind, const wstring& text) {
                : formatWide(L"%04d-%02d-%02d %02d:%02d:%02d", f[0], f[1], f[2], f[3], f[4], f[5]);
 }
 
-// Reads a bag as the dialect's page describes it, over a plain text: slow, short
-// and by another hand. Ends with what a reader under test says of it.
+// Reads a bag as the dialect's page describes it: slow, short and by another hand.
 class NaiveReader {
 public:
     NaiveReader(wstring text, bool isStream) : text_(std::move(text)), isStream_(isStream) {
@@ -348,8 +347,18 @@ TEST(XmlReader, tagsAndTexts_ofEitherSource_areTakenOneByOneAndFailuresTraced) {
     }
     EXPECT_FALSE(Xml::peekTag(stream, text));
     thrownText([&] { Xml::readTag(at = end, end - 1, L"v", false, false); });
+    struct Forgetful : std::wstreambuf {
+        const wchar_t* next = L"<ab>c<";
+        int_type underflow() override { return *next; }
+        int_type uflow() override { return *next++; }
+    } forgetful;
+    std::wistream once(&forgetful);
+    const std::string noRoom = "insufficient putback space in streambuf";
+    EXPECT_FALSE(Xml::peekTag(once, text));
+    EXPECT_EQ(narrow(thrownText([&] { Xml::readText(once, text); })), "Xml: " + noRoom);
     const Lines lines = trace.messages();
-    ASSERT_EQ(lines.size(), 4U);
+    ASSERT_EQ(lines.size(), 7U);
+    EXPECT_EQ(lines[4], "Xml::peekTag: " + noRoom + "; need at least 4 putbackchars");
     EXPECT_EQ(lines[0].find("throwing: '</q> expected, but found <q>', in src/lib/ZuXml, "), 0U);
     EXPECT_EQ(lines[3], "throwing: 'sourcePos <= sourceEnd', in src/lib/ZuXml, line 1227");
 }

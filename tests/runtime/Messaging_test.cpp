@@ -7,11 +7,14 @@
 namespace zustd::test {
 namespace {
 
-const MessageKind kPing{L"ping.MessagingTest"};
+struct Round {
+    static const MessageKind kPing;
+};
+ZU_MESSAGE_KIND(Round::kPing, MessageWords::kNumbers);
+const MessageKind& kPing = Round::kPing;
 
-// Forwarders that do things to each other whenever one hears a message or ends,
-// all of it chosen by the seed. A sink's place is behind its source's, so that
-// messages come to an end.
+// Forwarders that do things to each other whenever one hears a message or ends, as the seed says.
+// A sink's place is behind its source's, so that messages come to an end.
 template <class Node>
 struct Play {
     static constexpr std::size_t kNodes = 6;
@@ -174,6 +177,7 @@ TEST(MessageKind, kindsMadeAndEnded_areNumberedInARowAndFoundWhileTheyLive) {
     second.reset();
     EXPECT_TRUE(!MessageKind::find(L"second") && MessageKind::find(L"first") == &first &&
                 MessageKind::find(L"third") == &third);
+    EXPECT_EQ(MessageKind::find(L"ping.Round"), &kPing);
 }
 
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {

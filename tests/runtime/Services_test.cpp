@@ -43,6 +43,7 @@ TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
     inner->registerService(top, false, false);
     inner->registerService(makeService<Clock>(L"gone"), false, false);
     outside->setParent(leaf);
+    makeService<Plain>()->setParent(outside);
     EXPECT_EQ(clock->getParent(), nullptr) << "registered once";
     const auto found = [](const auto& at, const wchar_t* name, bool local = false) {
         return nameOf(at->template getService<IClock>(name, local));
@@ -106,6 +107,7 @@ TEST(ServiceTest, whatGoesAwayAndUsesOrEndsItsHolder_findsItWhole) {
         const auto kept = makeService<Plain>();
         return std::shared_ptr<Service>(kept.get(), [kept, last](Service*) { last(); });
     };
+    EXPECT_EQ(thrownText([] { Service().properties(); }), L"properties_");
     const auto other = makeService<Plain>();
     auto service = makeService<Plain>();
     Plain& bare = *service;

@@ -18,8 +18,7 @@ constexpr std::size_t kMostKept = 4096;
 std::array<std::atomic<void*>, 4096> kept{};
 std::atomic<std::size_t> keptCount{0};
 
-// What freed memory is filled with: a word and the next ones are not the same, and
-// none is an address.
+// What freed memory is filled with: words that differ, and none is an address.
 unsigned char poisonAt(std::size_t i) { return static_cast<unsigned char>(0x80 | (i & 0x3F)); }
 
 bool isPoisoned(const unsigned char* memory, std::size_t size) {

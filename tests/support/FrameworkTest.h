@@ -1,5 +1,4 @@
-// What the framework's tests share: a folder of their own, the trace as lines,
-// obstacles to put in the way, and random values that can be had again.
+// What the framework's tests share: a folder, the trace as lines, obstacles, and random values.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -100,8 +99,8 @@ private:
     static inline std::atomic<bool> failed_{false};
 };
 
-// Runs an operation with none, one, ... of its allocations allowed, and check after each
-// run; gives their number. It must be done when memory sufficed, and only then.
+// Runs an operation with none, one, ... of its allocations allowed, which must be done with all of
+// them only, and check after each run; gives their number.
 long failEachAllocation(const std::function<bool()>& operation,
                         const std::function<void(bool done)>& check);
 

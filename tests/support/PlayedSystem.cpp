@@ -34,7 +34,7 @@ bool isDue(const char* name, bool changes) {
     }
     play.failedCall = name;
     play.isCollecting = play.story.find("Starting collection of") != play.story.npos;
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    SetLastError(ERROR_ACCESS_DENIED);
     errno = ENOSPC;
     return true;
 }
@@ -80,9 +80,9 @@ char* playGets(char* line, int size, FILE*) {
 // What has happened can be waited for, as a process that has ended.
 HANDLE happened() { return CreateEventW(nullptr, TRUE, TRUE, nullptr); }
 
-HANDLE WINAPI playSnapshot(DWORD, DWORD) {
+HANDLE WINAPI playSnapshot(DWORD what, DWORD) {
     process = 0;
-    return happened();
+    return what == TH32CS_SNAPPROCESS ? happened() : INVALID_HANDLE_VALUE;
 }
 // There is one before those of the play, which nobody compares.
 BOOL WINAPI playEntry(HANDLE, PROCESSENTRY32W* entry) {

@@ -1,6 +1,5 @@
-// The utility in the test's own process, above a layer over what it imports: commands, the console,
-// the list of processes and waiting are played, as `play` says. Each call and each allocation is
-// counted: the one that is due fails, or ends the process before it changes anything.
+// A layer over what the utility imports: commands, console, processes and waiting are played, as
+// `play` says. Of the calls and allocations the one that is due fails, or ends the process before.
 #pragma once
 
 #include <windows.h>

@@ -1,6 +1,5 @@
-// The fixture of the utility's tests: a user's folders, the utility in this process
-// (PlayedSystem.h) or in one of its own, and what changed: at the end, the diagnostics folder and
-// the add-in's data.
+// The fixture of the utility's tests: a user's folders, the utility in this process or in one of
+// its own, and what changed: at the end, the diagnostics folder and the add-in's data.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -74,8 +73,7 @@ inline fs::path shippedProgram() {
     return builtProgram(sizeof(void*) == 8 ? "bin/zuplutil.exe" : "bin/zuplutil32.exe");
 }
 
-// A program under test in a process of its own, with this one's environment and current directory.
-// It ends at the latest with this object.
+// A program under test, with this process's environment; it ends at the latest with this object.
 class UtilityProcess {
 public:
     UtilityProcess(const fs::path& program, const std::wstring& arguments) {
@@ -144,8 +142,7 @@ protected:
     // What the utility printed; the answers are typed one after another, then zeros.
     std::string run(const Words& arguments = {}, const Lines& answers = {}, int exitCode = 0);
     static std::function<int()> utility(const Words& arguments);
-    // The commands that pack and remove. Separators part an argument without quotes; no archive
-    // comes of a script that is not there.
+    // Does what a command that packs or removes does; separators part what has no quotes.
     static void obey(std::string command);
 
     // What has changed since the folders were made, or since it was given: a line each.

@@ -33,8 +33,7 @@ HRESULT behave() {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-// Class factory and add-in in one static object, whose counts do not matter: their operations lie
-// in different places.
+// Class factory and add-in in one static object: their operations lie in different places.
 class Server : public IUnknown {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {

@@ -65,8 +65,7 @@ TEST_F(ArchiveCheckTest, archive_lackingAFile_doesNotHoldTheFolder) {
     EXPECT_FALSE(holdsFolder(zip().wstring(), (logs() / "no folder").wstring()));
 }
 
-// Of which bytes every change is seen. The others are times, check sums, what is
-// not asked for, and numbers that stand in 64 bits elsewhere.
+// Of which bytes every change is seen: not of times, check sums and what stands elsewhere.
 std::string marks(bool is64) {
     std::string entries;
     std::string directory;

@@ -9,6 +9,16 @@ namespace {
 
 constexpr wchar_t kQuestion[] = L"-askremovesettings";
 
+HWND box = nullptr;
+
+// The system tells of each window that is made. The box answers when all of it is.
+void CALLBACK onWindow(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWORD) {
+    if (GetDlgCtrlID(window) == 0xFFFF) {
+        box = GetParent(window);
+        PostQuitMessage(0);
+    }
+}
+
 class LibrariesTest : public UtilityTest {
 protected:
     LibrariesTest() {
@@ -21,17 +31,19 @@ protected:
         return bench() / name;
     }
 
-    // What the utility says when its message box gets Enter, the end of the session, or the press
-    // of a button. Who made the box hears others once it is there to be used.
+    // What the utility says when its box gets Enter, the session's end, or a button's press.
     static std::string answer(const fs::path& program, UINT how) {
+        const HWINEVENTHOOK hook =
+            SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_CREATE, nullptr, &onWindow, 0, 0,
+                            WINEVENT_OUTOFCONTEXT | WINEVENT_SKIPOWNPROCESS);
         UtilityProcess utility(program, kQuestion + std::wstring(L" -logdiagnostics"));
-        HWND box = nullptr;
-        for (int i = 0; box == nullptr && i < 6000; ++i) {
-            Sleep(10);
-            box = FindWindowW(L"#32770", L"Pellory For Outlook");
-        }
+        MSG message;
+        GetMessageW(&message, nullptr, 0, 0);
+        UnhookWinEvent(hook);
         SendMessageW(box, WM_NULL, 0, 0);
         wchar_t asked[1024] = {};
+        SendDlgItemMessageW(box, IDYES, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(asked));
+        EXPECT_STREQ(asked, L"&Yes");
         SendDlgItemMessageW(box, 0xFFFF, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(asked));
         EXPECT_EQ(utf8(asked),
                   "Would you like to remove your Pellory settings as well?\n\n"
@@ -44,8 +56,7 @@ protected:
     }
 };
 
-// Every library that is loaded late, and some that the system's own ask for by name. The tests'
-// prefix lets programs of two names load them.
+// Those that are loaded late or asked for by the system's own. Wine lets two programs load them.
 TEST_F(LibrariesTest, plantedLibraries_everyAction_areNotLoadedAndSettingsGoAfterAYesAlone) {
     std::istringstream names(PELLORY_LATE_LIBRARIES
                              " cryptbase dwmapi imm32 oleacc profapi propsys rpcrt4 shlwapi "
