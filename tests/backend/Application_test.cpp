@@ -158,6 +158,7 @@ TEST_F(SurfaceTest, timer_startedStoppedOrDestroyed_ticksAsWanted) {
         return std::exchange(ticks, 0);
     };
     auto timer = service_->createTimer(L"test");
+    EXPECT_TRUE(timer->getInterval() == 1000 && timer->isRepeating());
     timer->connect(counter, false);
     timer->start(60000, true);
     timer->setInterval(10);

@@ -424,6 +424,9 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
             const std::size_t end = front(last + 1).size() - 1;
             send(window, EM_SETSEL, inside, static_cast<LPARAM>(end));
             send(window, WM_LBUTTONUP);
+            const std::size_t first = front(caret).size();
+            const std::size_t behind = end + letters[std::size_t(last)].size() - 1;
+            ASSERT_EQ(send(window, EM_GETSEL), MAKELONG(first, inside == end ? first : behind));
             type(window, letter.substr(1));
             if (inside != end) {
                 send(window, WM_KEYDOWN, VK_DELETE, 1);

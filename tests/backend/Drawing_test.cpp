@@ -253,7 +253,7 @@ TEST_F(DrawingTest, bitmaps_anySizeScaleOrAlpha_mixWithWhatIsThere) {
             EXPECT_NEAR(int(found >> shift & 0xFF), int(expected >> shift & 0xFF), 2) << place.x;
         }
     }
-    EXPECT_FALSE(bitmapBackend(*image(100, {5000, 5000})).hasNativeObject());
+    EXPECT_FALSE(bitmapBackend(*image(100, {4000, 1900})).hasNativeObject());
     const std::string report =
         "BitmapWin32Gdi::synchronizeWithAbstraction: catched system exception: ";
     EXPECT_EQ(std::ranges::count(trace.messages(), report + "Could not read image"), 2);
@@ -431,6 +431,9 @@ TEST_F(DrawingTest, fonts_styleAndScaling_areTheSystemsAndKeptWithinBounds) {
     }
     const LOGFONTW made = madeFrom(FontStyle{true, true, true, -5, {}});
     EXPECT_EQ(made.lfHeight, -1) << "no size is smaller";
+    EXPECT_EQ(
+        graphics_->measureTextHeight(L"x", *windows_->getFont(FontStyle{true, true, true, -5, {}})),
+        1);
     EXPECT_TRUE(made.lfWeight == FW_BOLD && made.lfItalic && made.lfUnderline && *made.lfFaceName);
     fontBackend(*font_).releaseNativeObject();
     EXPECT_STREQ(madeOf(*font_).lfFaceName, L"Tahoma");
