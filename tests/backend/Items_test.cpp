@@ -37,8 +37,7 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
         runMessages(60);
         EXPECT_EQ(std::exchange(told_, {}), wanted);
     }
-    const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
-    sendMouse(header, WM_LBUTTONDBLCLK, {80, 5}, MK_LBUTTON);
+    sendMouse(ListView_GetHeader(nativeWindowOf(*grid_)), WM_LBUTTONDBLCLK, {80, 5}, MK_LBUTTON);
     EXPECT_EQ(grid_->columns()[0].width, 0);
     EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 80);
 }
