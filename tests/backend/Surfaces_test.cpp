@@ -122,7 +122,6 @@ TEST_F(SurfaceTest, pointer_comesAndGoes_isToldEachTime) {
 }
 
 TEST_F(SurfaceTest, service_placesPointerAndAreas_areTheWindows) {
-    EXPECT_EQ(service().getWindowSize(), windowRect(native()).size());
     const POINT place = onScreen(native(), {7, 9});
     EXPECT_EQ(service().getClientPosition(), (Point{place.x - 7, place.y - 9}));
     SetCursorPos(place.x, place.y);
