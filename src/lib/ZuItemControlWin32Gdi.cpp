@@ -117,7 +117,6 @@ void ItemControlWin32Gdi::settle() noexcept {
     if (std::exchange(burst_, 0) == 0 || window() == nullptr) {
         return;
     }
-    const Mirroring mirroring(*this);
     send(WM_SETREDRAW, TRUE);
     // Which shows a hidden window.
     if (!control().isShown()) {

@@ -39,21 +39,16 @@ WindowAttachment* attachmentOf(HWND window) noexcept {
     return watch != nullptr ? watch->attachment : nullptr;
 }
 
-// The same window again changes nothing.
+// The same window again changes nothing. One of another thread cannot be watched.
 bool startWatching(HWND window) {
-    if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) {
-        return false;
+    const bool isHere = GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
+    if (isHere && watchOf(window) == nullptr) {
+        const LONG_PTR former = GetWindowLongPtrW(window, GWLP_WNDPROC);
+        // Known before the first message comes by the other way.
+        watches()[window] = {reinterpret_cast<WNDPROC>(former), nullptr};
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&watchWindow));
     }
-    const auto [entry, isNew] = watches().try_emplace(window);
-    if (isNew) {
-        entry->second.former = reinterpret_cast<WNDPROC>(
-            SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&watchWindow)));
-    }
-    const bool isWatched = entry->second.former != nullptr;
-    if (!isWatched) {
-        watches().erase(entry);
-    }
-    return isWatched;
+    return isHere;
 }
 
 // The child that a message to its parent is about; null when it is not such a message.
@@ -102,16 +97,15 @@ LRESULT CALLBACK watchWindow(HWND window, UINT id, WPARAM wide, LPARAM extra) no
 
 bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler,
                               const wchar_t* operation) {
-    detach();
-    if (!startWatching(window)) {
-        return false;
-    }
-    handler_ = &handler;
-    operation_ = operation;
-    window_ = window;
-    watches()[window].attachment = this;
     const HWND parent = GetAncestor(window, GA_PARENT);
-    return parent == nullptr || startWatching(parent);
+    const bool isWatched = startWatching(window) && (parent == nullptr || startWatching(parent));
+    if (isWatched) {
+        handler_ = &handler;
+        operation_ = operation;
+        window_ = window;
+        watches()[window].attachment = this;
+    }
+    return isWatched;
 }
 
 void WindowAttachment::detach() noexcept {

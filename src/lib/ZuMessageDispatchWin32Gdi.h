@@ -34,8 +34,9 @@ public:
     WindowAttachment& operator=(WindowAttachment&&) = delete;
     ~WindowAttachment() { detach(); }
 
-    // Watches the window and what its parent hears of it; false when the system
-    // refuses. Failures are reported under the operation's name, which is not copied.
+    // For an attachment without window: watches this one and what its parent hears of it;
+    // false, with nothing attached, when either is another thread's. Failures are reported
+    // under the operation's name, which is not copied.
     bool attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler, const wchar_t* operation);
     void detach() noexcept;
 

@@ -36,6 +36,9 @@ std::uint32_t heldModifiers() noexcept {
            (isDown(VK_MENU) ? kModifierAlt : 0);
 }
 
+NativeControlWin32Gdi::NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
+    : hostWindow_(hostWindow), operation_(operation) {}
+
 void NativeControlWin32Gdi::synchronizeWindow(const Shape& shape,
                                               const std::function<void()>& onMade, bool anew) {
     const HWND parent = control().surface() != nullptr ? surfaceWindowOf(control()) : hostWindow_;
@@ -149,7 +152,6 @@ void NativeControlWin32Gdi::destroyWindow() noexcept {
         }
     }
     tracksLeaving_ = false;
-    swallowsCharacter_ = false;
 }
 
 void NativeControlWin32Gdi::letWindowAnswer(const WindowMessage& message,

@@ -53,8 +53,7 @@ protected:
     bool isMirroring() const noexcept { return mirroring_; }
 
     // The name is that of the derived class's handleMultiWindowMessage; not copied.
-    NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept
-        : hostWindow_(hostWindow), operation_(operation) {}
+    NativeControlWin32Gdi(HWND hostWindow, const wchar_t* operation) noexcept;
 
     // What a window is made with; the style is without WS_CHILD, WS_VISIBLE and WS_DISABLED.
     struct Shape {

@@ -24,8 +24,7 @@ void TreeViewWin32Gdi::initializeFromDescriptor() {
     const auto onMade = [this] {
         startAnew();
         hasBoxes_ = getAbstraction().hasCheckBoxes();
-        loseItems(TreeState::kEmpty);
-        model().clearNativeWords();
+        state_ = TreeState::kEmpty;
         send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     };
     synchronizeWindow({WC_TREEVIEWW, kStyle, WS_EX_CLIENTEDGE}, onMade,
@@ -45,12 +44,12 @@ void TreeViewWin32Gdi::fill() {
         state_ = TreeState::kEmpty;
         clearItems();
         filler_.restart();
+        filler_.need(top);
     }
     // Where things are is known only with redrawing on again.
     state_ = TreeState::kCurrent;
     select(model().selected());
     if (top != kNoNode) {
-        filler_.need(top);
         scrollTo(top);
     }
 }
@@ -253,7 +252,7 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
     if (!isAccepted || window() == nullptr || !model().contains(node)) {
         return false;
     }
-    const Mirroring mirroring(*this);
+    const BulkMirroring bulk(*this);
     const HTREEITEM item = itemOf(node);
     if (item != change.itemNew.hItem || isItemExpanded(node) == expanding) {
         tree.acceptExpanded(node, expanding);
@@ -264,7 +263,6 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
         return false;
     }
     if (expanding && isReady()) {
-        const BulkMirroring bulk(*this);
         filler_.open(node);
     } else {
         filler_.drop(node);
@@ -275,8 +273,8 @@ bool TreeViewWin32Gdi::acceptExpanding(const NMTREEVIEWW& change) {
 // Some versions ask whether a node may be collapsed and do it all the same.
 void TreeViewWin32Gdi::undoRefused() {
     const TreeNode node = std::exchange(refused_, kNoNode);
-    const Mirroring mirroring(*this);
     if (itemOf(node) != nullptr) {
+        const BulkMirroring bulk(*this);
         filler_.settle(node);
         filler_.goOn();
         select(model().selected());
@@ -316,7 +314,7 @@ bool TreeViewWin32Gdi::onItemMessage(const WindowMessage& message, LRESULT& resu
             // What the window says about its items then is not the user's doing.
             const Mirroring mirroring(*this);
             letWindowAnswer(message, result);
-            loseItems(TreeState::kEmpty);
+            state_ = TreeState::kEmpty;
             return true;
         }
         case WM_TIMER:

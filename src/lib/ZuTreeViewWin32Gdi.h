@@ -48,10 +48,6 @@ protected:
 private:
     // Whether single changes can be brought into the window.
     bool isReady() const noexcept { return window() != nullptr && !isStale(); }
-    void loseItems(TreeState state) noexcept {
-        filler_.forget();
-        state_ = state;
-    }
     void fill();
     void workOn();
     bool isInLongBurst();
@@ -61,7 +57,7 @@ private:
     void mirror(const wchar_t* operation, Body body) {
         const Mirroring mirroring(*this);
         if (!guarded(operation, body)) {
-            loseItems(TreeState::kStale);
+            state_ = TreeState::kStale;
         }
     }
     void select(TreeNode node);

@@ -70,6 +70,10 @@ HWND WindowHandlerWin32Gdi::creatorWindow() const {
 
 // --- The window's life ----------------------------------------------------------------------
 
+WindowHandlerWin32Gdi::WindowHandlerWin32Gdi(SurfaceServices services,
+                                             const wchar_t* operation) noexcept
+    : services_(std::move(services)), operation_(operation) {}
+
 void WindowHandlerWin32Gdi::adopt(HWND window) {
     window_ = window;
     size_ = clientSizeOf(window);

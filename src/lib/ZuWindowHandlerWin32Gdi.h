@@ -56,8 +56,7 @@ public:
 
 protected:
     // The operation's name is what failures are reported under; it is not copied.
-    WindowHandlerWin32Gdi(SurfaceServices services, const wchar_t* operation) noexcept
-        : services_(std::move(services)), operation_(operation) {}
+    WindowHandlerWin32Gdi(SurfaceServices services, const wchar_t* operation) noexcept;
 
     // The window of the service that made the surface, or null; the desktop counts as none.
     HWND creatorWindow() const;

@@ -419,16 +419,19 @@ TEST_F(SurfaceTest, textBox_randomUser_hasTheTextOfTheModelAndAnnouncesEachChang
             letters.erase(letters.begin() + caret);
         } else if (kind == 4 && caret != count) {
             // Marked, or clicked at, between the halves; one that is typed alone is nothing.
-            const int last = caret + static_cast<int>(random() % 2) * (count - caret - 1);
+            const int last = caret + static_cast<int>(random() % unsigned(count - caret));
             const std::size_t inside = front(caret + 1).size() - 1;
             const std::size_t end = front(last + 1).size() - 1;
             send(window, EM_SETSEL, inside, static_cast<LPARAM>(end));
             send(window, WM_LBUTTONUP);
+            const std::size_t first = front(caret).size();
+            const std::size_t behind = end + letters[std::size_t(last)].size() - 1;
+            ASSERT_EQ(send(window, EM_GETSEL), MAKELONG(first, inside == end ? first : behind));
             type(window, letter.substr(1));
             if (inside != end) {
                 send(window, WM_KEYDOWN, VK_DELETE, 1);
                 letters.erase(letters.begin() + caret,
-                              letters.end() - (letters.back().size() == 1));
+                              letters.begin() + last + (letters[std::size_t(last)].size() == 2));
             }
         } else if (kind == 5) {
             type(window, L'\1' + letter);

@@ -42,13 +42,13 @@ LRESULT WINAPI sendStrictly(HWND window, UINT id, WPARAM wide, LPARAM extra) {
     constexpr UINT kPlain[]{WM_NULL,        TVM_INSERTITEMW,   TVM_SETITEMW,
                             TVM_DELETEITEM, TVM_ENSUREVISIBLE, TVM_SETTEXTCOLOR,
                             TVM_SETBKCOLOR, LVM_SETTEXTBKCOLOR};
-    constexpr UINT kUnseen[]{TVM_DELETEITEM, LVM_SETITEMCOUNT, LVM_DELETEITEM};
+    constexpr UINT kUnseen[]{TVM_DELETEITEM, TVM_INSERTITEMW, LVM_SETITEMCOUNT, LVM_DELETEITEM,
+                             LVM_SETITEMSTATE};
     constexpr UINT kIdle[]{WM_NULL, LVM_GETBKCOLOR, LVM_SETTEXTBKCOLOR, LVM_SETCALLBACKMASK};
     const bool isScrolling = id == TVM_ENSUREVISIBLE || id == TVM_SELECTITEM;
     EXPECT_TRUE(wide == 0 || std::ranges::count(kPlain, id) == 0) << id;
     EXPECT_TRUE(id == WM_NULL || id > WM_SETFOCUS) << id;
     EXPECT_TRUE(id != LVM_SETCOLUMNWIDTH || HIWORD(extra) == 0);
-    EXPECT_TRUE(isQuiet || std::ranges::count(kUnseen, id) == 0) << id;
     EXPECT_FALSE(isQuiet && isScrolling && extra != 0) << id;
     EXPECT_FALSE(isIdle && std::ranges::count(kIdle, id) == 0) << id;
     for (HTREEITEM item = id == TVM_DELETEITEM ? TreeView_GetSelection(window) : nullptr;
@@ -60,6 +60,7 @@ LRESULT WINAPI sendStrictly(HWND window, UINT id, WPARAM wide, LPARAM extra) {
     if (id != TVM_INSERTITEMW || !std::exchange(refusesNext, false)) {
         SendMessageTimeoutW(window, id, wide, extra, SMTO_NORMAL, INFINITE, &result);
     }
+    EXPECT_TRUE(isQuiet || std::ranges::count(kUnseen, id) == 0) << id;
     isQuiet = id == WM_SETREDRAW ? wide == FALSE : id != CCM_SETUNICODEFORMAT && isQuiet;
     if (id == WM_SETREDRAW && !isQuiet) {
         ValidateRect(window, nullptr);
@@ -533,7 +534,6 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
                 break;
                 // clang-format on
         }
-        ASSERT_EQ(grid_->getRowCount(), rows.size());
         std::vector<std::size_t> selected;
         Texts lines;
         for (std::size_t i = 0; i < rows.size(); ++i) {

@@ -16,32 +16,30 @@ TEST_F(BackendItemsTest, gridMouseAndKeys_sendExactlyWhatTheUserDid) {
         return [=, this] { clickAt(*grid_, place, right); };
     };
     const std::pair<std::function<void()>, const wchar_t*> actions[]{
-        {click(boxOf(2)), L" checkStateChanged:2"},
-        {keys({VK_APPS}), L" rightClicked:-1"},
-        {keys({VK_DOWN}), L" selectionChanged:0"},
-        {click(placeOf(1)), L" selectionChanged:1 leftClicked:1"},
-        {keys({VK_SPACE}), L" checkStateChanged:1"},
-        {keys({VK_SHIFT, VK_DOWN}), L" selectionChanged:1"},
-        {keys({VK_APPS}), L" rightClicked:2"},
-        {keys({VK_CONTROL, VK_SPACE}), L" selectionChanged:1"},
-        {click({100, placeOf(3).y}, true), L" selectionChanged:3 rightClicked:3"},
-        {click({99, 250}), L" selectionChanged:-1 leftClicked:-1"}};
+        {click(boxOf(2)), L" checkStateChanged:2."},
+        {keys({VK_APPS}), L" rightClicked:-1."},
+        {keys({VK_DOWN}), L" selectionChanged:0."},
+        {click(placeOf(1)), L" selectionChanged:1. leftClicked:1."},
+        {keys({VK_SPACE}), L" checkStateChanged:1."},
+        {keys({VK_SHIFT, VK_DOWN}), L" selectionChanged:1."},
+        {keys({VK_APPS}), L" rightClicked:2."},
+        {keys({VK_CONTROL, VK_SPACE}), L" selectionChanged:1."},
+        {click({100, placeOf(3).y}, true), L" selectionChanged:3. rightClicked:3."},
+        {click({99, 250}), L" selectionChanged:-1. leftClicked:-1."}};
+    // Whatever a receiver does, it hears one thing after the other.
+    onMessage_ = [this] {
+        grid_->synchronizeBitmaps();
+        grid_->removeRow(grid_->addRow(L"new"));
+        told_ += L'.';
+    };
     for (const auto& [act, wanted] : actions) {
         act();
         runMessages(60);
         EXPECT_EQ(std::exchange(told_, {}), wanted);
     }
-    EXPECT_EQ(shownGrid(), (Texts{L"alpha -1 1|", L"beta -1 2|", L"br -1 2|", L"delta -1 1|"}));
-    const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
-    sendMouse(header, WM_LBUTTONDOWN, {80, 5}, MK_LBUTTON);
-    sendMouse(header, WM_MOUSEMOVE, {0, 5}, MK_LBUTTON);
-    sendMouse(header, WM_LBUTTONUP, {0, 5});
-    EXPECT_EQ(grid_->columns()[0].width, 1) << "0 stands for as much as is needed";
-    grid_->resizeColumns();
-    EXPECT_EQ(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 1);
-    sendMouse(header, WM_LBUTTONDBLCLK, {1, 5}, MK_LBUTTON);
+    sendMouse(ListView_GetHeader(nativeWindowOf(*grid_)), WM_LBUTTONDBLCLK, {80, 5}, MK_LBUTTON);
     EXPECT_EQ(grid_->columns()[0].width, 0);
-    EXPECT_GT(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 1);
+    EXPECT_NE(send(*grid_, LVM_GETCOLUMNWIDTH, 0), 80);
 }
 
 TEST_F(BackendItemsTest, treeFilledAnew_staysWhereItWasScrolledTo) {
@@ -80,7 +78,6 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
     EXPECT_EQ(width(2), 12);
     addRows({L"a row whose caption takes more room than others"});
     grid_->setCell(0, 1, grid_->getCell(0, 0));
-    EXPECT_LT(width(0), 100);
     grid_->resizeColumns();
     EXPECT_GT(width(1), 150);
     EXPECT_EQ(width(0), width(1) + 20 + 16);
@@ -92,7 +89,7 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
         ask(*grid_, WM_NOTIFY, moved);
     }
     grid_->resizeColumns();
-    EXPECT_EQ(width(0), 1);
+    EXPECT_EQ(width(0), 1) << "0 stands for as much as is needed";
     const LRESULT list = send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL);
     grid_->synchronizeBitmaps();
     EXPECT_NE(send(*grid_, LVM_GETIMAGELIST, LVSIL_SMALL), list);

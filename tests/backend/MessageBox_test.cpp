@@ -102,10 +102,14 @@ TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesTheOwnerUsable) {
         EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
         EXPECT_EQ(service().askYesNo(L"Text", L"Title"), kAnswerNone);
         EXPECT_FALSE(makeWindow({9, 9})->hasNativeObject() || service().createTimer(L""));
-        EXPECT_EQ(makeDialog()->show(true), kAnswerNone);
+        const auto dialog = makeDialog();
+        EXPECT_FALSE(dialog->show(false) != kAnswerNone || dialog->isOpen());
         EXPECT_EQ(trace.messages().size(), 14U);
         EXPECT_TRUE(IsWindowEnabled(nativeWindowOf(*window_)));
     }
+    const auto button = service_->createNativeButton();
+    button->synchronizeTree();
+    EXPECT_FALSE(button->hasNativeObject()) << "on a window of somebody else's thread";
     const Steps steps{[&] { window_.reset(); }};
     EXPECT_EQ(service().showMessage(L"Text", L"Title", kMessageOk), kAnswerNone);
 }

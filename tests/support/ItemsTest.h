@@ -96,10 +96,10 @@ protected:
         Texts lines;
         for (int row = 0; row < send(*grid_, LVM_GETITEMCOUNT); ++row) {
             wchar_t text[64] = L"";
-            constexpr UINT kMask = LVIF_TEXT | LVIF_IMAGE | LVIF_STATE;
-            LVITEMW item{kMask, row, 0,       0,       LVIS_SELECTED | LVIS_STATEIMAGEMASK,
-                         text,  64,  0,       0,       0,
-                         0,     0,   nullptr, nullptr, 0};
+            LVITEMW item{.mask = LVIF_TEXT | LVIF_IMAGE | LVIF_STATE, .iItem = row};
+            item.stateMask = LVIS_SELECTED | LVIS_STATEIMAGEMASK;
+            item.pszText = text;
+            item.cchTextMax = 64;
             EXPECT_TRUE(ask(*grid_, LVM_GETITEMW, item));
             lines.push_back(lineOf(0, text, item.iImage == I_IMAGENONE ? -1 : item.iImage,
                                    (item.state & LVIS_STATEIMAGEMASK) >> 12, L"",

@@ -42,6 +42,7 @@ protected:
         ResourceServiceGeneric::install(*resources_, compiledInResources());
         ServiceLocator::instance()->registerService(resources_, true, true);
         window_ = makeWindow({300, 200});
+        EXPECT_EQ(GetActiveWindow(), native());
     }
     ~SurfaceTest() override { ServiceLocator::instance()->unregisterService(resources_); }
 
@@ -68,7 +69,7 @@ protected:
     }
     std::shared_ptr<NativeDialog> makeDialog(std::uint32_t style = 0) {
         auto dialog = service().createNativeDialog(style);
-        dialog->setSize({120, 90});
+        dialog->setBoundary(Rect::at({5, 5}, {120, 90}));
         return dialog;
     }
     HWND native() const { return nativeWindowOf(*window_); }
@@ -89,7 +90,7 @@ protected:
     }
 
     std::shared_ptr<ResourceService> resources_ = makeService<ResourceService>();
-    std::shared_ptr<WindowService> service_ = makeWindowService(nullptr);
+    std::shared_ptr<WindowService> service_ = makeWindowService(GetDesktopWindow());
     std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
     std::shared_ptr<NativeWindow> window_;
 };

@@ -44,14 +44,6 @@ void pressKeys(const std::vector<WORD>& keys) {
     }
 }
 
-void click(POINT place) {
-    SetCursorPos(place.x, place.y);
-    INPUT input[2]{{INPUT_MOUSE, {}}, {INPUT_MOUSE, {}}};
-    input[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
-    input[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
-    SendInput(2, input, sizeof(INPUT));
-}
-
 POINT onScreen(HWND window, Point point) {
     POINT place{point.x, point.y};
     ClientToScreen(window, &place);

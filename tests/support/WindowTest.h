@@ -12,9 +12,8 @@
 
 namespace zustd::test {
 
-// Real input, for who has the keyboard or lies there; keys in a list are held together.
+// Real input, for who has the keyboard; keys in a list are held together.
 void pressKeys(const std::vector<WORD>& keys);
-void click(POINT place);
 
 POINT onScreen(HWND window, Point point);
 
