@@ -112,7 +112,7 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
             window_->windowService()->getNamedObject(L"TTDIALOG:" + left_->idText()));
     };
     const auto options = std::make_shared<TooltipOptions>();
-    options->delay = 250;
+    options->delay = 0;
     options->offset = {3, 4};
     options->maximumSize = {};
     left_->setTooltipOptions(options);
@@ -136,7 +136,7 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
         }
         mouse(kMove, {10, 20});
         const auto waiting = timer();
-        EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer250");
+        EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer1");
         EXPECT_TRUE(waiting->isRunning() && dialog());
         // Shown once, however often it was asked for.
         left_->showTooltip({10, 20});

@@ -213,6 +213,22 @@ TEST(Layout, arrangedControl_asksForItsRoomAndPlacesWhoChanges) {
     child.moveTo({50, 5});
     makeRecordingWindowService()->createNativeWindow()->addChild(box);
     EXPECT_EQ(child.boundary().left, 2);
+    // Lower where it is wider, and as wide as it was asked how high it gets.
+    struct Folding : Control {
+        Size preferredSize() override { return {++asked, 100 / boundary().width()}; }
+        std::int32_t asked = 0;
+    };
+    for (const auto& [flow, autoSized, expected] : {std::tuple{Flow::kRows, true, Size{50, 2}},
+                                                    {Flow::kRows, false, {1, 100}},
+                                                    {Flow::kColumns, true, {1, 50}}}) {
+        const auto folding = makeControl<Folding>();
+        const auto page = makeControl<Control>();
+        folding->setPlacement({.autoSized = autoSized});
+        page->addChild(folding);
+        page->setArrangement({.flow = flow});
+        page->setSize({50, 50});
+        EXPECT_EQ(folding->boundary().size(), expected);
+    }
 }
 
 TEST(Rect, edges_atTheEndsOfTheRange_saturate) {

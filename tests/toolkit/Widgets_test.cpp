@@ -167,6 +167,7 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
     EXPECT_FALSE(flat->onMouse({MouseAction::kWheel, {}, 120}) || flat->setRange(0, 99));
     EXPECT_TRUE(flat->setPageSize(-3) && flat->pageSize() == 1);
     EXPECT_EQ(NativeScrollBar().preferredSize(), (Size{17, 1}));
+    EXPECT_EQ(NativeProgressBar().preferredSize(), (Size{160, 15}));
     flat->setRange(7, 7);
     EXPECT_FALSE(flat->onMouse({MouseAction::kHorizontalWheel, {}, 30}));
 }
