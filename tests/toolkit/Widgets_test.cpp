@@ -6,6 +6,42 @@ namespace {
 
 using WidgetTest = ToolkitTest;
 
+// Has so many of the windows that a message may belong to, the last ones; they tell what they show.
+struct FewWindows : ApplicationServiceWin32Gdi {
+    struct Box : RecordingWindowService {
+        int showMessage(MessageBoxContent& box) override {
+            note(box.caption, box.text, box.style);
+            return kAnswerOk;
+        }
+    };
+    Shared<WindowService> createActiveWindowService(bool others) override {
+        return asked(others ? L"any" : L"active", 2);
+    }
+    Shared<WindowService> createMainWindowService() override { return asked(L"main", 1); }
+    Shared<WindowService> createUnboundWindowService() override { return asked(L"none", 0); }
+    Shared<WindowService> asked(const wchar_t* kind, int before) const {
+        tell(kind);
+        return count > before ? made<Box>() : nullptr;
+    }
+    int count = 3;
+};
+
+TEST_F(WidgetTest, message_ofTheApplication_belongsToTheFirstWindowThereIs) {
+    const auto application = made<FewWindows>();
+    application->setApplicationName(L"Tests");
+    ServiceLocator::instance()->registerService(application, true, true);
+    const auto show = [] { say(showMessage(L"Text", kMessageOk | kMessageIconError)); };
+    for (int& count = recordingOf<FewWindows>(*application).count; count > 0; --count) {
+        show();
+    }
+    EXPECT_EQ(thrownText(show), L"ws");
+    expectTold(
+        L"active; Tests Text 16; 1; active; main; Tests Text 16; 1; active; main; none; Tests "
+        L"Text 16; 1; active; main; none");
+    ServiceLocator::instance()->unregisterService(application);
+    EXPECT_EQ(thrownText(show), L"ws");
+}
+
 TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone) {
     std::vector<std::shared_ptr<NativeButton>> buttons;
     for (int i = 0; i < 5; ++i) {
