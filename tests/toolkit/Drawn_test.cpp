@@ -65,34 +65,27 @@ TEST_F(DrawnTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
     button->setBoundary({5, 5, 54, 24});
     inner->addChild(button);
     inner->setBoundary({3, 4, 12, 13});
+    inner->setFocusable(true);
     box->addChild(inner);
-    const auto changeAtOnce = [&] {
-        const ControlUpdate outer(*button);
-        const ControlUpdate again(*button);
-        const ControlUpdate drawn(*box);
-        const ControlUpdate unchanged(*inner);
-        button->setChecked(true);
-        button->setBoundary({1, 1, 50, 20});
-        box->addChild(makeControl<Control>());
-        tell(L"none");
-    };
     // clang-format off
     const std::pair<std::function<void()>, const wchar_t*> steps[] = {
         {[&] { say(inner->setBoundary({5, 5, 2, 1})); }, L"invalidate 13,14,22,23; invalidate 15,15,15,15; sync 20,20,69,39; 1"},
         {[&] { say(inner->setBoundary({5, 5, 5, 5})); }, L"0"},
         {[&] { box->setEnabled(false); }, L"invalidate 10,10,59,59; sync 20,20,69,39 disabled"},
-        {[&] { box->setEnabled(false); }, L""},
         {[&] { box->setColors(colors); }, L"invalidate 10,10,59,59; sync 20,20,69,39 disabled"},
         {[&] { colors->setColor(ColorRole::kBackground, Color::rgb(1, 2, 4)); }, L"invalidate 10,10,59,59; sync 20,20,69,39 disabled"},
         {[&] { draw(*box); }, L"fill 0,0,49,49 #010204"},
-        {[&] { window_->arrange(); }, L"invalidate; sync 20,20,69,39 disabled"},
         {[&] { window_->showAnew(); }, L"sync 0,0,399,299; sync 20,20,69,39 disabled; invalidate"},
-        {[&] { inner->removeAllChildren(); }, L"released; invalidate 15,15,15,15"},
-        {[&] { inner->removeAllChildren(); }, L""},
-        {[&] { inner->addChild(button); }, L"made 20,20,69,39 disabled"},
-        {[&] { changeAtOnce(); }, L"none; invalidate 10,10,59,59; sync 16,16,65,35 disabled"},
-        {[&] { window_->removeChild(box.get()); }, L"released; invalidate 10,10,59,59"},
-        {[&] { box->setVisible(false); }, L"shouldRefresh"}};
+        {[&] { box->setEnabled(true); }, L"invalidate 10,10,59,59; sync 20,20,69,39"},
+        {[&] { say(button->takeFocus()); inner->removeAllChildren(); }, L"enterFocus; 1; leaveFocus; released; invalidate 15,15,15,15"},
+        {[&] { say(inner->takeFocus()); inner->removeAllChildren(); }, L"enterFocus; 1"},
+        {[&] { inner->addChild(button); }, L"made 20,20,69,39"},
+        {[&] { const ControlUpdate outer(*button); const ControlUpdate again(*button); const ControlUpdate drawn(*box);
+               button->setChecked(true); button->setBoundary({1, 1, 50, 20}); box->addChild(makeControl<Control>()); tell(L"none"); },
+         L"none; invalidate 10,10,59,59; sync 16,16,65,35"},
+        {[&] { const ControlUpdate nothing(*button); }, L""},
+        {[&] { window_->removeChild(box.get()); }, L"leaveFocus; released; invalidate 10,10,59,59"},
+        {[&] { box->setVisible(false); say(thrownText([&] { box->requireParent(); })); }, L"shouldRefresh; getParent()"}};
     // clang-format on
     told();
     for (const auto& [step, expected] : steps) {

@@ -221,13 +221,12 @@ TEST(Layout, arrangedControl_asksForItsRoomAndPlacesWhoChanges) {
     for (const auto& [flow, autoSized, expected] : {std::tuple{Flow::kRows, true, Size{50, 2}},
                                                     {Flow::kRows, false, {1, 100}},
                                                     {Flow::kColumns, true, {1, 50}}}) {
-        const auto folding = makeControl<Folding>();
-        const auto page = makeControl<Control>();
-        folding->setPlacement({.autoSized = autoSized});
-        page->addChild(folding);
-        page->setArrangement({.flow = flow});
-        page->setSize({50, 50});
-        EXPECT_EQ(folding->boundary().size(), expected);
+        box->removeAllChildren();
+        box->addChild(makeControl<Folding>());
+        box->children()[0]->setPlacement({.autoSized = autoSized});
+        box->setArrangement({.flow = flow});
+        box->arrange();
+        EXPECT_EQ(box->children()[0]->boundary().size(), expected);
     }
 }
 

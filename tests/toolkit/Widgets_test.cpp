@@ -6,22 +6,16 @@ namespace {
 
 using WidgetTest = ToolkitTest;
 
-// Has so many of the windows that a message may belong to, the last ones; they tell what they show.
+// Has so many of the windows that a message may belong to, the last ones.
 struct FewWindows : ApplicationServiceWin32Gdi {
-    struct Box : RecordingWindowService {
-        int showMessage(MessageBoxContent& box) override {
-            note(box.caption, box.text, box.style);
-            return kAnswerOk;
-        }
-    };
     Shared<WindowService> createActiveWindowService(bool others) override {
-        return asked(others ? L"any" : L"active", 2);
+        return windowBefore(others ? 0 : 2);
     }
-    Shared<WindowService> createMainWindowService() override { return asked(L"main", 1); }
-    Shared<WindowService> createUnboundWindowService() override { return asked(L"none", 0); }
-    Shared<WindowService> asked(const wchar_t* kind, int before) const {
-        tell(kind);
-        return count > before ? made<Box>() : nullptr;
+    Shared<WindowService> createMainWindowService() override { return windowBefore(1); }
+    Shared<WindowService> createUnboundWindowService() override { return windowBefore(0); }
+    Shared<WindowService> windowBefore(int others) const {
+        note(L"window", others);
+        return count > others ? makeRecordingWindowService() : nullptr;
     }
     int count = 3;
 };
@@ -36,8 +30,8 @@ TEST_F(WidgetTest, message_ofTheApplication_belongsToTheFirstWindowThereIs) {
     }
     EXPECT_EQ(thrownText(show), L"ws");
     expectTold(
-        L"active; Tests Text 16; 1; active; main; Tests Text 16; 1; active; main; none; Tests "
-        L"Text 16; 1; active; main; none");
+        L"window 2; Tests: Text 16; 1; window 2; window 1; Tests: Text 16; 1; window 2; window 1; "
+        L"window 0; Tests: Text 16; 1; window 2; window 1; window 0");
     ServiceLocator::instance()->unregisterService(application);
     EXPECT_EQ(thrownText(show), L"ws");
 }
@@ -203,7 +197,9 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
     EXPECT_FALSE(flat->onMouse({MouseAction::kWheel, {}, 120}) || flat->setRange(0, 99));
     EXPECT_TRUE(flat->setPageSize(-3) && flat->pageSize() == 1);
     EXPECT_EQ(NativeScrollBar().preferredSize(), (Size{17, 1}));
-    EXPECT_EQ(NativeProgressBar().preferredSize(), (Size{160, 15}));
+    NativeProgressBar work;
+    EXPECT_EQ(work.preferredSize(), (Size{160, 15}));
+    EXPECT_TRUE(work.setRange(9, 2) && !work.setRange(9, 3) && work.position() == 9);
     flat->setRange(7, 7);
     EXPECT_FALSE(flat->onMouse({MouseAction::kHorizontalWheel, {}, 30}));
 }
