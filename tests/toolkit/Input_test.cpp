@@ -7,8 +7,7 @@ namespace {
 
 using enum MouseAction;
 
-class Probe : public Control {
-public:
+struct Probe : Control {
     bool onMouse(const MouseEvent& event) override {
         tell(L"mouse " + textOf(event.position));
         return false;
@@ -181,6 +180,9 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
     EXPECT_FALSE(late->isRunning() || timer());
     late->acceptTick();
     EXPECT_EQ(dialog(), nullptr);
+    left_->showTooltip({});
+    right_->showTooltip({});
+    EXPECT_FALSE(window_->windowService()->getNamedObject(tooltipTimerKey(*right_))) << "no text";
 }
 
 }  // namespace

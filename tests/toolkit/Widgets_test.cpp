@@ -8,9 +8,7 @@ using WidgetTest = ToolkitTest;
 
 // Has so many of the windows that a message may belong to, the last ones.
 struct FewWindows : ApplicationServiceWin32Gdi {
-    Shared<WindowService> createActiveWindowService(bool others) override {
-        return windowBefore(others ? 0 : 2);
-    }
+    Shared<WindowService> createActiveWindowService(bool) override { return windowBefore(2); }
     Shared<WindowService> createMainWindowService() override { return windowBefore(1); }
     Shared<WindowService> createUnboundWindowService() override { return windowBefore(0); }
     Shared<WindowService> windowBefore(int others) const {
