@@ -102,8 +102,8 @@ struct Plain {
                                 isHigh ? largest.height : places[i].height()};
                 const int below = height - size.height;
                 const int drops[] = {0, below, height - 1 - size.height / 2 - height / 2, below, 0};
-                Rect& place = places[i] = Rect::at(
-                    {std::max(left, 0), std::max(top + drops[across], 0)}, size);
+                Rect& place = places[i] =
+                    Rect::at({std::max(left, 0), std::max(top + drops[across], 0)}, size);
                 left = place.right + 1 + spreads[along];
                 fitting += place.top >= room.top && place.bottom <= room.bottom ? 1 : 0;
                 content = {std::max(content.width, place.right - room.left + 1),
@@ -171,9 +171,9 @@ TEST(Layout, randomChildren_inRowsAndColumns_areWhereThePlainReckoningHasThem) {
         const Plain measured{layout.how, Rect::at({0, 0}, layout.area.size()), layout.children,
                              false};
         const Rect last = measured.expected().back();
-        ASSERT_EQ(turned(measureLayout(measured.how, measured.area, measured.children),
-                         measured.columns),
-                  (Size{last.right, last.bottom}));
+        ASSERT_EQ(
+            turned(measureLayout(measured.how, measured.area, measured.children), measured.columns),
+            (Size{last.right, last.bottom}));
     }
 }
 
@@ -209,9 +209,8 @@ TEST(Layout, arrangedControl_asksForItsRoomAndPlacesWhoChanges) {
     makeRecordingWindowService()->createNativeWindow()->addChild(box);
     EXPECT_EQ(child.boundary().left, 2);
     // Asked once more only where a share of a row may have changed the height.
-    for (const auto& [flow, autoSized, asked] : {std::tuple{Flow::kRows, false, 1},
-                                                 {Flow::kRows, true, 2},
-                                                 {Flow::kColumns, true, 1}}) {
+    for (const auto& [flow, autoSized, asked] :
+         {std::tuple{Flow::kRows, false, 1}, {Flow::kRows, true, 2}, {Flow::kColumns, true, 1}}) {
         child.setPlacement({.autoSized = autoSized});
         box->setArrangement({.flow = flow});
         child.asked = 0;
