@@ -336,8 +336,7 @@ TEST_F(SurfaceTest, dialog_releasedOrDropped_returnsAndShowsNothing) {
 }
 
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
-    const auto dialog =
-        makeDialog(NativeDialog::kStyleNotClosable | NativeDialog::kStyleResizable);
+    const auto dialog = makeDialog(NativeDialog::kStyleNotClosable | NativeDialog::kStyleResizable);
     {
         const Steps steps{[&] { dialog->windowService()->closeWindow(); },
                           [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
