@@ -36,13 +36,11 @@ bool NativeDialog::onReceiveMessage(const MessageKind& kind, MessageWord a, Mess
     return Control::onReceiveMessage(kind, a, b);
 }
 
-bool NativeDialog::acceptClose() {
+void NativeDialog::acceptClose() {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    if ((style_ & kStyleNotClosable) != 0 || !requestClose()) {
-        return false;
+    if ((style_ & kStyleNotClosable) == 0 && requestClose()) {
+        hide(kAnswerCancel);
     }
-    hide(kAnswerCancel);
-    return true;
 }
 
 }  // namespace zustd

@@ -67,8 +67,8 @@ public:
     // For the backend.
     void acceptOpen() { acceptState(true, kAnswerNone); }
     void acceptClosed(int result) { acceptState(false, result); }
-    // The user wants to close it; false when its style or a receiver of kClose keeps it open.
-    bool acceptClose();
+    // The user wants to close it, which its style or a receiver of kClose may prevent.
+    void acceptClose();
 
 private:
     void acceptState(bool open, int result) {

@@ -334,7 +334,7 @@ TEST_F(SurfaceTest, dialog_releasedOrDropped_returnsAndShowsNothing) {
 }
 
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
-    const auto dialog = makeDialog(NativeDialog::kStyleNotClosable);
+    const auto dialog = makeDialog(NativeDialog::kStyleNotClosable | NativeDialog::kStyleResizable);
     {
         const Steps steps{[&] { dialog->windowService()->closeWindow(); },
                           [&] { PostMessageW(nativeWindowOf(*dialog), WM_COMMAND, IDCANCEL, 0); },
@@ -346,6 +346,7 @@ TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotClos
         const auto own = dialog->windowService();
         const HWND shown = nativeWindowOf(*dialog);
         const Rect centred = windowRect(shown);
+        EXPECT_TRUE(GetWindowLongW(shown, GWL_STYLE) & WS_THICKFRAME);
         own->makeWindowVisibleAtPos({30, 40});
         dialog->setEnabled(false);
         EXPECT_TRUE(dialog->isOpen() && !IsWindowEnabled(shown));

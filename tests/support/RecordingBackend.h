@@ -195,6 +195,10 @@ public:
     Shared<NativeTextBox> createNativeTextBox() override {
         return made<RecordingWidget<NativeTextBox, INativeTextBoxImpl>>();
     }
+    int showMessage(MessageBoxContent& box) override {
+        note(box.caption + L":", box.text, box.style);
+        return kAnswerOk;
+    }
     void invalidate() override { note(L"invalidate"); }
     void invalidate(const Rect& area) override { note(L"invalidate", area); }
     void setCursor(MouseCursor cursor) override { note(L"cursor", static_cast<int>(cursor)); }
@@ -216,7 +220,7 @@ public:
     }
     void setFocus(Control& control) override { systemFocus = &control; }
 
-    int buttonsLeft = 999;
+    int buttonsLeft = 9999;
     static inline double scalingFactor = 1.0;
     Point clientPosition;
     Control* systemFocus = nullptr;

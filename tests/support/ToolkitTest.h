@@ -57,16 +57,13 @@ protected:
     std::shared_ptr<MessageLog> log_ = std::make_shared<MessageLog>();
 };
 
-class FunctionSink : public MessageSink {
-public:
+struct FunctionSink : MessageSink {
     using Function = std::function<void(const MessageKind&, MessageWord, MessageWord)>;
     explicit FunctionSink(Function function) : function_(std::move(function)) {}
     bool onReceiveMessage(const MessageKind& kind, MessageWord a, MessageWord b) override {
         function_(kind, a, b);
         return true;
     }
-
-private:
     Function function_;
 };
 

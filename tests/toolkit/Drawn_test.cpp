@@ -47,6 +47,52 @@ TEST_F(DrawnTest, texts_sizeAndGround_followWrapMarginsAndColours) {
         filled->setColors(label->colors());
         EXPECT_EQ(seen(*filled).substr(0, 5), L"fill ");
     }
+    shown(makeControl<Icon>(), window_->area());
+    EXPECT_TRUE(window_->controlAt({9, 9}) == window_.get() &&
+                window_->controlAt({11, 11}) == window_.get());
+    const auto link = shown(makeControl<Link>(L"more"), {0, 0, 59, 25});
+    link->takeFocus();
+    mouse(MouseAction::kMove, {5, 5});
+    EXPECT_TRUE(told().ends_with(L"enterFocus; invalidate 0,0,59,25; enterHovering; cursor 1"));
+    EXPECT_EQ(seen(*link), L"text 0,0,59,25 more 11 u #008ae6 0 0 000; focus 0,0,59,25");
+}
+
+// A drawn control in another one, and a native one in that.
+TEST_F(DrawnTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
+    const auto box = shown(makeControl<Control>(), {10, 10, 59, 59});
+    const auto inner = makeControl<Control>();
+    const auto button = host_->createNativeButton();
+    const auto colors = std::make_shared<ColorsDescriptor>();
+    button->setBoundary({5, 5, 54, 24});
+    inner->addChild(button);
+    inner->setBoundary({3, 4, 12, 13});
+    inner->setFocusable(true);
+    box->addChild(inner);
+    // clang-format off
+    const std::pair<std::function<void()>, const wchar_t*> steps[] = {
+        {[&] { say(inner->setBoundary({5, 5, 2, 1})); }, L"invalidate 13,14,22,23; invalidate 15,15,15,15; sync 20,20,69,39; 1"},
+        {[&] { say(inner->setBoundary({5, 5, 5, 5})); }, L"0"},
+        {[&] { box->setEnabled(false); }, L"invalidate 10,10,59,59; sync 20,20,69,39 disabled"},
+        {[&] { box->setColors(colors); }, L"invalidate 10,10,59,59; sync 20,20,69,39 disabled"},
+        {[&] { colors->setColor(ColorRole::kBackground, Color::rgb(1, 2, 4)); }, L"invalidate 10,10,59,59; sync 20,20,69,39 disabled"},
+        {[&] { draw(*box); }, L"fill 0,0,49,49 #010204"},
+        {[&] { window_->showAnew(); }, L"sync 0,0,399,299; sync 20,20,69,39 disabled; invalidate"},
+        {[&] { box->setEnabled(true); }, L"invalidate 10,10,59,59; sync 20,20,69,39"},
+        {[&] { say(button->takeFocus()); inner->removeAllChildren(); }, L"enterFocus; 1; leaveFocus; released; invalidate 15,15,15,15"},
+        {[&] { say(inner->takeFocus()); inner->removeAllChildren(); }, L"enterFocus; 1"},
+        {[&] { inner->addChild(button); }, L"made 20,20,69,39"},
+        {[&] { const ControlUpdate outer(*button); const ControlUpdate again(*button); const ControlUpdate drawn(*box);
+               button->setChecked(true); button->setBoundary({1, 1, 50, 20}); box->addChild(makeControl<Control>()); tell(L"none"); },
+         L"none; invalidate 10,10,59,59; sync 16,16,65,35"},
+        {[&] { const ControlUpdate nothing(*button); }, L""},
+        {[&] { window_->removeChild(box.get()); }, L"leaveFocus; released; invalidate 10,10,59,59"},
+        {[&] { box->setVisible(false); say(thrownText([&] { box->requireParent(); })); }, L"shouldRefresh; getParent()"}};
+    // clang-format on
+    told();
+    for (const auto& [step, expected] : steps) {
+        step();
+        expectTold(expected);
+    }
 }
 
 TEST_F(DrawnTest, button_byMouseAndKey_showsItsStatesAndSendsClicks) {

@@ -7,8 +7,7 @@ namespace {
 
 using enum MouseAction;
 
-class Probe : public Control {
-public:
+struct Probe : Control {
     bool onMouse(const MouseEvent& event) override {
         tell(L"mouse " + textOf(event.position));
         return false;
@@ -112,7 +111,7 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
             window_->windowService()->getNamedObject(L"TTDIALOG:" + left_->idText()));
     };
     const auto options = std::make_shared<TooltipOptions>();
-    options->delay = 250;
+    options->delay = 0;
     options->offset = {3, 4};
     options->maximumSize = {};
     left_->setTooltipOptions(options);
@@ -136,7 +135,7 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
         }
         mouse(kMove, {10, 20});
         const auto waiting = timer();
-        EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer250");
+        EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer1");
         EXPECT_TRUE(waiting->isRunning() && dialog());
         // Shown once, however often it was asked for.
         left_->showTooltip({10, 20});
@@ -181,6 +180,9 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
     EXPECT_FALSE(late->isRunning() || timer());
     late->acceptTick();
     EXPECT_EQ(dialog(), nullptr);
+    left_->showTooltip({});
+    right_->showTooltip({});
+    EXPECT_FALSE(window_->windowService()->getNamedObject(tooltipTimerKey(*right_))) << "no text";
 }
 
 }  // namespace
