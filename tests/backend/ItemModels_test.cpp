@@ -154,13 +154,20 @@ protected:
             case 1: burst(i); break;
             case 2: case 3: case 4: insert(endOf(i), said.depth + 1, tree_->addChildNode(node, key, text)); break;
             case 5: case 6: insert(endOf(i), said.depth, tree_->addSiblingNode(node, key, text)); break;
-            case 7: tree_->removeNode(node); erase(i, endOf(i)); break;
+            case 7:
+                // What is still to be expanded may go, too.
+                on ? tree_->expandAllNodes(node) : void(); tree_->removeNode(node); erase(i, endOf(i)); break;
             case 8: tree_->setNodeCaption(node, said.caption = L"caption " + key); break;
             case 9: tree_->setNodeBitmap(node, said.bitmap = on ? 1 : -1); break;
             case 10: tree_->setNodeChecked(node, said.checked = on); break;
             case 11: tree_->setNodeEmphasized(node, said.emphasized = on); break;
             case 12: case 13: tree_->setNodeExpanded(node, on); expand(i, i + 1, on); break;
-            case 14: on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node); expand(i, endOf(i), on); break;
+            case 14:
+                for (const bool again : {false, true}) {
+                    isIdle = again;
+                    on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node);
+                }
+                isIdle = false; expand(i, endOf(i), on); break;
             case 15: tree_->selectNode(selected_ = node); show(i); break;
             case 16: tree_->ensureNodeVisible(node); show(i); break;
             default:
@@ -491,10 +498,12 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
             // clang-format off
             case 0: case 1: case 2:
                 // Now and then so many that they fill a block of rows.
+                isIdle = update_.has_value();
                 for (count = number % 40 == 0 ? 700 : count; count > 0; --count) {
                     rows.push_back({numbered(++number_), {}});
                     ASSERT_EQ(grid_->addRow(rows.back().key), rows.size() - 1);
                 }
+                isIdle = false;
                 break;
             case 3:
                 for (count = number % 10 == 0 ? rows.size() : count; count > 0 && rows.size() > row; --count) {

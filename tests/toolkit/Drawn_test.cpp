@@ -73,12 +73,23 @@ TEST_F(DrawnTest, button_byMouseAndKey_showsItsStatesAndSendsClicks) {
         L"0,0,59,25; invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; "
         L"gradient 0,0,59,25 #eeeeee #e4e4e4; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
         L"11  #6d6d6d 0 2 011");
-    EXPECT_TRUE(button->setChecked(true) && !button->setChecked(true) && button->isChecked());
+    button->setColors(std::make_shared<ColorsDescriptor>());
+    button->colors()->setColor(ColorRole::kBackground, Color::rgb(255, 0, 128));
+    std::wstring faces;
+    for (const bool usable : {false, true}) {
+        button->setEnabled(usable);
+        EXPECT_TRUE(button->setChecked(true) && !button->setChecked(true) && button->isChecked());
+        faces += seen(*button).substr(19, 16);
+        button->setChecked(false);
+        faces += seen(*button).substr(19, 16);
+    }
+    EXPECT_EQ(faces,
+              L"#ec0076 #ff0080;#ff63b1 #ff0080;#c9dae8 #daecfb;#ff9fcf #ff0080;");
 }
 
 TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) {
-    const auto icon = shown(makeControl<Icon>(), {0, 0, 35, 19});
     const auto button = shown(makeControl<Button>(L"&Go"), {0, 0, 59, 25});
+    const auto icon = shown(makeControl<Icon>(), {0, 0, 35, 19});
     EXPECT_EQ(button->preferredSize(), (Size{14 + 20, 16 + 10}));
     icon->setBitmap(bitmap_);
     EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 1.00");
@@ -92,8 +103,11 @@ TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) 
     icon->setBitmap(std::make_shared<BitmapDescriptor>(8));
     EXPECT_EQ(icon->preferredSize(), (Size{18, 10}));
     EXPECT_EQ(seen(*icon), L"stretched 8 9,5,26,14 0.20");
+    // The icon lets the mouse through.
+    click({5, 5});
     mouse(MouseAction::kLeftDown, {5, 5});
     mouse(MouseAction::kMove, {5, 55});
+    EXPECT_TRUE(button->isLeftPressed());
     EXPECT_TRUE(seen(*button).starts_with(L"gradient 0,0,59,25 #f4f4f4"));
 }
 

@@ -97,6 +97,7 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
     const Rect small{0, 0, 59, 29};
     const Rect flat{0, 0, 99, 9};
     const Rect low{0, 0, 99, 19};
+    view_->setColors(std::make_shared<ColorsDescriptor>());
     const std::pair<std::function<void()>, const wchar_t*> kSteps[] = {
         {[&] { view_->setMarkup(L"wise <a>link</a> words<b>"); },
          L"105,16 105,16 105,16 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  words"},
@@ -109,13 +110,24 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
          L"100,10 35,48 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |0,16 words"},
         {[&] { view_->setBoundary(low); },
          L"100,20 35,48 35,48 |0,0 wise |35,0 link #005fb8 in 0,0,27,15|63,0  |0,16 words"},
+        {[&] {
+             told();
+             view_->colors()->setColor(ColorRole::kText, Color::rgb(1, 2, 3));
+             EXPECT_NE(told(), L"");
+         },
+         L"100,20 35,48 35,48 |0,0 wise  #010203|35,0 link #005fb8 in 0,0,27,15|63,0   "
+         L"#010203|0,16 words #010203"},
         {[&] { view_->font().setFaceName(L"C"); },
-         L"35,48 35,48 35,48 |0,0 wise  C|0,16 link C #005fb8 in 0,0,27,15|28,16   C|0,32 words "
-         L"C"}};
+         L"35,48 35,48 35,48 |0,0 wise  C #010203|0,16 link C #005fb8 in 0,0,27,15|28,16   C "
+         L"#010203|0,32 words C #010203"}};
     for (const auto& [change, expected] : kSteps) {
         change();
         EXPECT_EQ(look(), expected);
     }
+    told();
+    view_->addWords(L"a b");
+    view_->addLineBreak();
+    expectTold(L"invalidate 0,0,34,47; invalidate 0,0,0,0; invalidate 0,0,0,0; invalidate 0,0,34,47");
     EXPECT_TRUE(view_->setMarkup(L"<control wordwrap='false'>x"));
     EXPECT_FALSE(view_->setMarkup(view_->markup()) || view_->setWordWrap(false));
     const auto& said = log_->entries;

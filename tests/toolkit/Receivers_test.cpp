@@ -190,6 +190,19 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         [](auto& c) { c.acceptSelection(0); }, [](auto& c) { c.acceptText(L"other"); }});
     survives<NativeTextBox>([&] { return host->createNativeTextBox(); },
         {[](auto& c) { c.setText(L"one"); }, [](auto& c) { c.refresh(); }});
+    survives<NativeGridView>([&] {
+        auto grid = host->createNativeGridView();
+        grid->addRow(L"key");
+        return grid;
+    }, {[](auto& c) { c.acceptTooltipRequest(0); }});
+    survives<NativeTreeView>([&] {
+        auto tree = host->createNativeTreeView();
+        tree->addRootNode(L"", L"");
+        return tree;
+    }, {[](auto& c) { c.acceptExpanding(c.getFirstRootNode(), true); }});
+    survives<MarkupView>([] { return makeControl<MarkupView>(L"a<a>link</a>"); },
+        {[](auto& c) { c.setMarkup(L"b<br/>c"); }, [](auto& c) { c.setWordWrap(true); },
+         [](auto& c) { c.font().setFaceName(L"C"); }});
     survives<NativeScrollBar>([&] { return host->createNativeScrollBar(true); },
         {[](auto& c) { c.setRange(7, 9); }});
     survives<NativeDialog>([&] { return host->createNativeDialog(); },
