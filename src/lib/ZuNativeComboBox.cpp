@@ -61,7 +61,7 @@ void NativeComboBox::acceptSelection(std::size_t index) {
     }
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     notify(kSelectionChanged, MessageWord(static_cast<std::intptr_t>(index)));
-    // A receiver may have changed the items. What was typed stays without one.
+    // A receiver may have changed the items. What is typed stands without one.
     if (selected_ != kNullSize || !editable_) {
         acceptText(getItemText(selected_));
     }

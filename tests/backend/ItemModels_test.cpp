@@ -154,20 +154,15 @@ protected:
             case 1: burst(i); break;
             case 2: case 3: case 4: insert(endOf(i), said.depth + 1, tree_->addChildNode(node, key, text)); break;
             case 5: case 6: insert(endOf(i), said.depth, tree_->addSiblingNode(node, key, text)); break;
-            case 7:
-                // What is still to be expanded may go, too.
-                on ? tree_->expandAllNodes(node) : void(); tree_->removeNode(node); erase(i, endOf(i)); break;
+            // What is still to be expanded goes, too.
+            case 7: on ? tree_->expandAllNodes(node) : void(); tree_->removeNode(node); erase(i, endOf(i)); break;
             case 8: tree_->setNodeCaption(node, said.caption = L"caption " + key); break;
             case 9: tree_->setNodeBitmap(node, said.bitmap = on ? 1 : -1); break;
             case 10: tree_->setNodeChecked(node, said.checked = on); break;
             case 11: tree_->setNodeEmphasized(node, said.emphasized = on); break;
             case 12: case 13: tree_->setNodeExpanded(node, on); expand(i, i + 1, on); break;
-            case 14:
-                for (const bool again : {false, true}) {
-                    isIdle = again;
-                    on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node);
-                }
-                isIdle = false; expand(i, endOf(i), on); break;
+            // The second time there is nothing to tell.
+            case 14: expandAll(node, on); isIdle = true; expandAll(node, on); isIdle = false; expand(i, endOf(i), on); break;
             case 15: tree_->selectNode(selected_ = node); show(i); break;
             case 16: tree_->ensureNodeVisible(node); show(i); break;
             default:
@@ -177,6 +172,9 @@ protected:
                 break;
                 // clang-format on
         }
+    }
+    void expandAll(TreeNode node, bool on) {
+        on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node);
     }
     // Now and then more at once than are shown one by one.
     void burst(std::size_t i) {
