@@ -464,7 +464,7 @@ protected:
         const std::size_t room = random_.below(6);
         const std::wstring tip = number_ % 4 == 0 ? L"" : L"tip";
         wchar_t text[] = L"#####";
-        onMessage_ = [&] { grid_->setRowTooltip(tip); };
+        onMessage_ = [&] { tip.empty() ? void() : grid_->setRowTooltip(tip); };
         const NMLVGETINFOTIPW asked{{}, 0, text, int(room), int(row), 0, 0};
         EXPECT_EQ(notify(*grid_, LVN_GETINFOTIPW, asked), 0);
         onMessage_ = [] {};

@@ -65,14 +65,6 @@ TEST_F(WidgetTest, argumentsAtTheEdges_areRefusedOrLeftAlone) {
     const std::wstring unknown = L"row != NullSize && row < getRowCount()";
     EXPECT_EQ(thrownText([&] { view->acceptChecked(0, true); }), unknown);
     EXPECT_EQ(thrownText([&] { view->acceptTooltipRequest(0); }), unknown);
-    view->addRow(L"key");
-    std::wstring tip = L"tip";
-    const auto teller = std::make_shared<FunctionSink>(
-        [&](const auto&...) { view->setRowTooltip(std::exchange(tip, {})); });
-    view->connect(teller, false);
-    EXPECT_EQ(view->acceptTooltipRequest(0), L"tip");
-    view->disconnect(teller.get());
-    EXPECT_EQ(view->acceptTooltipRequest(0), L"");
 }
 
 TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
