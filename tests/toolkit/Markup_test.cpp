@@ -123,9 +123,6 @@ TEST_F(MarkupTest, view_changed_isReadAndPlacedAnew) {
         L"invalidate 0,0,6,15; invalidate 0,0,6,15; changePreferredWidth 7,0; "
         L"changePreferredHeight 16,0");
     EXPECT_FALSE(view_->setMarkup(view_->markup()) || view_->setWordWrap(false));
-    const auto& said = log_->entries;
-    EXPECT_EQ(said[said.size() - 2].b.number(), 7);
-    EXPECT_EQ(said.back().b.number(), 16);
     view_->setMarkup(L"<control maxheight=5>a");
     EXPECT_TRUE(seen(*view_).starts_with(L"clip 0,0,6,4; "));
 }
@@ -158,12 +155,9 @@ TEST_F(MarkupTest, link_clicked_sendsASafeMessageFromTheView) {
         EXPECT_EQ(log_->take(), sent) << narrow(attributes);
     }
     EXPECT_EQ(trace.messages()[1], "MarkupView::sendFromLink: no message 'nobody.Knows' to send");
-    told();
-    mouse(MouseAction::kMove, {10, 5});
     click({10, 5});
-    draw(*view_->children()[0]);
-    const std::wstring seen = told();
-    EXPECT_TRUE(seen.find(L"cursor 1;") != seen.npos && seen.ends_with(L"; focus 0,0,27,15"));
+    EXPECT_TRUE(seen(*view_->children()[0]).ends_with(L"; focus 0,0,27,15"));
+    EXPECT_EQ(view_->children()[0]->cursor(), MouseCursor::kHand);
     EXPECT_EQ(log_->entries.back().b.number(), 0);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), view_.get());
     // The texts around it let the mouse through.

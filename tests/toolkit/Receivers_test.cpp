@@ -150,13 +150,11 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
     const auto host = makeRecordingWindowService();
     survives<Button>([&] {
         auto button = makeControl<Button>(L"Go");
-        button->setToggles(true);
-        return button;
+        return button->setToggles(true), button;
     }, {[](auto& c) { c.click(); }});
     survives<NativeButton>([&] {
         auto button = host->createNativeButton();
-        button->setKind(ButtonKind::kCheck);
-        return button;
+        return button->setKind(ButtonKind::kCheck), button;
     }, {[](auto& c) { c.setChecked(true); }, [](auto& c) { c.click(); },
         [](auto& c) { c.setKind(ButtonKind::kRadio); }});
     survives<ForkControl>([&] {
@@ -184,8 +182,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         auto box = host->createNativeComboBox();
         box->addItem(L"one");
         box->setEditable(true);
-        box->setText(L"free");
-        return box;
+        return box->setText(L"free"), box;
     }, {[](auto& c) { c.setEditable(false); }, [](auto& c) { c.setText(L"one"); },
         [](auto& c) { c.acceptSelection(0); }, [](auto& c) { c.acceptText(L"other"); }});
     survives<NativeTextBox>([&] { return host->createNativeTextBox(); },
