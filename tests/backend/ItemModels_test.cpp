@@ -162,7 +162,7 @@ protected:
             case 11: tree_->setNodeEmphasized(node, said.emphasized = on); break;
             case 12: case 13: tree_->setNodeExpanded(node, on); expand(i, i + 1, on); break;
             // The second time there is nothing to tell.
-            case 14: expandAll(node, on); isIdle = true; expandAll(node, on); isIdle = false; expand(i, endOf(i), on); break;
+            case 14: unfold(node, on); isIdle = true; unfold(node, on); isIdle = false; expand(i, endOf(i), on); break;
             case 15: tree_->selectNode(selected_ = node); show(i); break;
             case 16: tree_->ensureNodeVisible(node); show(i); break;
             default:
@@ -173,9 +173,7 @@ protected:
                 // clang-format on
         }
     }
-    void expandAll(TreeNode node, bool on) {
-        on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node);
-    }
+    void unfold(TreeNode n, bool on) { on ? tree_->expandAllNodes(n) : tree_->collapseAllNodes(n); }
     // Now and then more at once than are shown one by one.
     void burst(std::size_t i) {
         for (std::size_t more = number_ % 8 == 0 ? 100 : 1; more > 0; --more, ++number_) {

@@ -127,8 +127,7 @@ TEST(ReceiverTest, control_endedByAReceiver_survivesEveryOperationAndEvent) {
         control->setCursor(MouseCursor::kHand);
         control->setDraggable(true);
         control->addChild(makeRecordingWindowService()->createNativeButton());
-        control->addChild(makeControl<Control>());
-        return control;
+        return control->addChild(makeControl<Control>()), control;
     }, {[](C& c) { ColorsRef(c.colors())->setColor(ColorRole::kText, Color::rgb(0, 0, 0)); },
         [](C& c) { c.insertChild(0, makeControl<MarkupView>(L"text")); }, key<kKeyDown>,
         [](C& c) { c.surface()->inputRouter()->acceptFocus(nullptr); }, mouse<MouseAction::kLeave>,
@@ -162,8 +161,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         control->body().addChild(host->createNativeButton());
         control->body().addChild(makeControl<MarkupView>(L"text"));
         control->setFont(std::make_shared<FontDescriptor>());
-        control->setOpen(true);
-        return control;
+        return control->setOpen(true), control;
     }, {[](auto& c) { c.setOpen(false); }, [](auto& c) { c.notify(Control::kLeftClicked); },
         [](auto& c) { c.body().notify(Control::kChangePreferredHeight); },
         [](auto& c) { FontRef(c.fontDescriptor())->setSize(30); }});
@@ -171,8 +169,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         auto view = makeControl<Scrollable<MarkupView>>();
         view->content().setMarkup(L"a<br/>b<br/>c<br/>" + std::wstring(20, L'd'));
         view->content().setPlacement({.minimum = {200, 200}});
-        view->content().setBoundary({0, 0, 199, 199});
-        return view;
+        return view->content().setBoundary({0, 0, 199, 199}), view;
     }, {[](auto& c) { c.setContent(c.requireParent().children()[1]); },
         [](auto& c) { c.setContent(nullptr); }, [](auto& c) { c.scrollTo({9, 9}); },
         [](auto& c) { c.contentControl()->notify(Control::kEnterLeftClicking); },
