@@ -147,7 +147,7 @@ Size MessageBoxView::layOutPaper(Size most) {
     const std::shared_ptr<GraphicsService> graphics = graphicsService();
     ZU_ASSERT(font && graphics);
     const std::int32_t margin = scale(kMargin);
-    const std::int32_t icon = icon_ ? scale(kIcon) : 0;
+    const std::int32_t icon = scale(kIcon);
     const std::int32_t beside = 2 * margin + (icon_ ? icon + scale(kIconGap) : 0);
     const std::int32_t widest = std::max(most.width - beside, 1);
     const std::int32_t highest = std::max(most.height - 2 * margin, 1);
@@ -162,10 +162,12 @@ Size MessageBoxView::layOutPaper(Size most) {
     // Tabs are laid out anew within a narrower label, and may need more lines there.
     const bool hasTabs = text_.find(L'\t') != std::wstring::npos;
     textSize_ = {hasTabs ? width : std::min(text.width, width), std::min(text.height, highest)};
+    std::int32_t height = textSize_.height;
     if (icon_) {
         icon_->setBoundary(Rect::at({margin, margin}, {icon, icon}));
+        height = std::max(height, icon);
     }
-    return {textSize_.width + beside, std::max(textSize_.height, icon) + 2 * margin};
+    return {textSize_.width + beside, height + 2 * margin};
 }
 
 void MessageBoxView::showText() {

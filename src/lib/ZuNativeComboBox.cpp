@@ -61,11 +61,9 @@ void NativeComboBox::acceptSelection(std::size_t index) {
     }
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
     notify(kSelectionChanged, MessageWord(static_cast<std::intptr_t>(index)));
-    // A receiver may have changed the items.
-    if (selected_ < items_.size()) {
-        acceptText(items_[selected_]);
-    } else if (!editable_) {
-        acceptText({});
+    // A receiver may have changed the items. What is typed stands without one.
+    if (selected_ != kNullSize || !editable_) {
+        acceptText(getItemText(selected_));
     }
 }
 

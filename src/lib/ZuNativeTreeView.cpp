@@ -45,7 +45,6 @@ void TreeViewImplementation::removeNode(TreeNode node) {
     ZU_ASSERT_AS(model().contains(node), L"contains(node)", ZU_HERE);
     mirror(true, &Self::mirrorRemoving, node);
     model().remove(node);
-    mirror(true, &Self::mirrorSelection);
 }
 
 void TreeViewImplementation::setNodeExpanded(TreeNode node, bool expanded) {

@@ -261,7 +261,7 @@ protected:
 
     // Called when the model has the node.
     virtual void mirrorAdded(TreeNode node) = 0;
-    // Called before the node leaves the model.
+    // Called before the node leaves the model, with the selection if that is in it or below.
     virtual void mirrorRemoving(TreeNode node) = 0;
     virtual void mirrorCleared() = 0;
     // Caption, image, check or emphasis of a node.

@@ -155,13 +155,15 @@ protected:
             case 1: burst(i); break;
             case 2: case 3: case 4: insert(endOf(i), said.depth + 1, tree_->addChildNode(node, key, text)); break;
             case 5: case 6: insert(endOf(i), said.depth, tree_->addSiblingNode(node, key, text)); break;
-            case 7: tree_->removeNode(node); erase(i, endOf(i)); break;
+            // What is still to be expanded goes, too.
+            case 7: on ? tree_->expandAllNodes(node) : void(); tree_->removeNode(node); erase(i, endOf(i)); break;
             case 8: tree_->setNodeCaption(node, said.caption = L"caption " + key); break;
             case 9: tree_->setNodeBitmap(node, said.bitmap = on ? 1 : -1); break;
             case 10: tree_->setNodeChecked(node, said.checked = on); break;
             case 11: tree_->setNodeEmphasized(node, said.emphasized = on); break;
             case 12: case 13: tree_->setNodeExpanded(node, on); expand(i, i + 1, on); break;
-            case 14: on ? tree_->expandAllNodes(node) : tree_->collapseAllNodes(node); expand(i, endOf(i), on); break;
+            // The second time there is nothing to tell.
+            case 14: unfold(node, on); isIdle = true; unfold(node, on); isIdle = false; expand(i, endOf(i), on); break;
             case 15: tree_->selectNode(selected_ = node); show(i); break;
             case 16: tree_->ensureNodeVisible(node); show(i); break;
             default:
@@ -172,6 +174,7 @@ protected:
                 // clang-format on
         }
     }
+    void unfold(TreeNode n, bool on) { on ? tree_->expandAllNodes(n) : tree_->collapseAllNodes(n); }
     // Now and then more at once than are shown one by one.
     void burst(std::size_t i) {
         for (std::size_t more = number_ % 8 == 0 ? 100 : 1; more > 0; --more, ++number_) {
@@ -460,7 +463,7 @@ protected:
         const std::size_t room = random_.below(6);
         const std::wstring tip = number_ % 4 == 0 ? L"" : L"tip";
         wchar_t text[] = L"#####";
-        onMessage_ = [&] { grid_->setRowTooltip(tip); };
+        onMessage_ = [&] { tip.empty() ? void() : grid_->setRowTooltip(tip); };
         const NMLVGETINFOTIPW asked{{}, 0, text, int(room), int(row), 0, 0};
         EXPECT_EQ(notify(*grid_, LVN_GETINFOTIPW, asked), 0);
         onMessage_ = [] {};
@@ -492,10 +495,12 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
             // clang-format off
             case 0: case 1: case 2:
                 // Now and then so many that they fill a block of rows.
+                isIdle = update_.has_value();
                 for (count = number % 40 == 0 ? 700 : count; count > 0; --count) {
                     rows.push_back({numbered(++number_), {}});
                     ASSERT_EQ(grid_->addRow(rows.back().key), rows.size() - 1);
                 }
+                isIdle = false;
                 break;
             case 3:
                 for (count = number % 10 == 0 ? rows.size() : count; count > 0 && rows.size() > row; --count) {

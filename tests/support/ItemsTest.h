@@ -36,8 +36,7 @@ protected:
         tree_->setBitmaps(std::make_shared<BitmapListDescriptor>(
             std::vector<std::uint64_t>{120, 123, 9999}, Size{16, 16}));
         grid_->setBitmaps(tree_->bitmaps());
-        tree_->setCheckBoxes(true);
-        grid_->setCheckBoxes(true);
+        EXPECT_TRUE(tree_->setCheckBoxes(true) && grid_->setCheckBoxes(true)) << "had none";
         grid_->setColumns({{L"Name", 80}, {L"Size", 60, Alignment::kEnd}});
         runMessages(20);
     }

@@ -67,7 +67,7 @@ struct FunctionSink : MessageSink {
     Function function_;
 };
 
-// Has the texts "text 9001" and so on, but none for "No".
+// Has the texts "text 9001" and so on, but none for the check box of a message box.
 class NumberedTexts : public Service, public IResourceService {
 public:
     using Service::Service;
@@ -76,7 +76,7 @@ public:
     const FileResource* getFileResource(std::uint64_t) const override { return nullptr; }
     std::shared_ptr<const StringTable> getStringTable() const override { return nullptr; }
     std::wstring getString(std::uint64_t key) const override {
-        return key == kStringNo ? std::wstring() : L"text " + std::to_wstring(key);
+        return key == kStringDoNotShowAgain ? std::wstring() : L"text " + std::to_wstring(key);
     }
 };
 

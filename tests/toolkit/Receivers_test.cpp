@@ -131,8 +131,7 @@ TEST(ReceiverTest, control_endedByAReceiver_survivesEveryOperationAndEvent) {
         control->setCursor(MouseCursor::kHand);
         control->setDraggable(true);
         control->addChild(makeRecordingWindowService()->createNativeButton());
-        control->addChild(makeControl<Control>());
-        return control;
+        return control->addChild(makeControl<Control>()), control;
     }, {[](C& c) { ColorsRef(c.colors())->setColor(ColorRole::kText, Color::rgb(0, 0, 0)); },
         [](C& c) { c.insertChild(0, makeControl<MarkupView>(L"text")); }, key<kKeyDown>,
         [](C& c) { c.surface()->inputRouter()->acceptFocus(nullptr); }, mouse<MouseAction::kLeave>,
@@ -154,13 +153,11 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
     const auto host = makeRecordingWindowService();
     survives<Button>([&] {
         auto button = makeControl<Button>(L"Go");
-        button->setToggles(true);
-        return button;
+        return button->setToggles(true), button;
     }, {[](auto& c) { c.click(); }});
     survives<NativeButton>([&] {
         auto button = host->createNativeButton();
-        button->setKind(ButtonKind::kCheck);
-        return button;
+        return button->setKind(ButtonKind::kCheck), button;
     }, {[](auto& c) { c.setChecked(true); }, [](auto& c) { c.click(); },
         [](auto& c) { c.setKind(ButtonKind::kRadio); }});
     survives<ForkControl>([&] {
@@ -168,8 +165,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         control->body().addChild(host->createNativeButton());
         control->body().addChild(makeControl<MarkupView>(L"text"));
         control->setFont(std::make_shared<FontDescriptor>());
-        control->setOpen(true);
-        return control;
+        return control->setOpen(true), control;
     }, {[](auto& c) { c.setOpen(false); }, [](auto& c) { c.notify(Control::kLeftClicked); },
         [](auto& c) { c.body().notify(Control::kChangePreferredHeight); },
         [](auto& c) { FontRef(c.fontDescriptor())->setSize(30); }});
@@ -177,8 +173,7 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         auto view = makeControl<Scrollable<MarkupView>>();
         view->content().setMarkup(L"a<br/>b<br/>c<br/>" + std::wstring(20, L'd'));
         view->content().setPlacement({.minimum = {200, 200}});
-        view->content().setBoundary({0, 0, 199, 199});
-        return view;
+        return view->content().setBoundary({0, 0, 199, 199}), view;
     }, {[](auto& c) { c.setContent(c.requireParent().children()[1]); },
         [](auto& c) { c.setContent(nullptr); }, [](auto& c) { c.scrollTo({9, 9}); },
         [](auto& c) { c.contentControl()->notify(Control::kEnterLeftClicking); },
@@ -188,12 +183,19 @@ TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
         auto box = host->createNativeComboBox();
         box->addItem(L"one");
         box->setEditable(true);
-        box->setText(L"free");
-        return box;
+        return box->setText(L"free"), box;
     }, {[](auto& c) { c.setEditable(false); }, [](auto& c) { c.setText(L"one"); },
         [](auto& c) { c.acceptSelection(0); }, [](auto& c) { c.acceptText(L"other"); }});
     survives<NativeTextBox>([&] { return host->createNativeTextBox(); },
         {[](auto& c) { c.setText(L"one"); }, [](auto& c) { c.refresh(); }});
+    survives<NativeGridView>([&] {
+        auto grid = host->createNativeGridView();
+        return grid->addRow(L"key"), grid;
+    }, {[](auto& c) { c.acceptTooltipRequest(0); }});
+    survives<NativeTreeView>([&] { return host->createNativeTreeView(); },
+        {[](auto& c) { c.acceptExpanding(kNoNode, true); }});
+    survives<MarkupView>([] { return makeControl<MarkupView>(L"a<a>link</a>"); },
+        {[](auto& c) { c.setMarkup(L"b<br/>c"); }, [](auto& c) { c.setWordWrap(true); }});
     survives<NativeScrollBar>([&] { return host->createNativeScrollBar(true); },
         {[](auto& c) { c.setRange(7, 9); }});
     survives<NativeDialog>([&] { return host->createNativeDialog(); },
