@@ -216,18 +216,6 @@ TEST_F(InputTest, mouse_messages_pressTheDrawnControl) {
                 probe_->lastMouse.modifiers == 0);
 }
 
-TEST_F(InputTest, wheel_onAChildWindow_reachesWhatHoldsItOnceOnly) {
-    const auto outer = addProbe({7, 3, 299, 199});
-    const auto holder = addProbe({0, 60, 299, 199}, outer.get());
-    holder->addChild(child_);
-    const POINT place = onScreen(nativeWindowOf(*child_), {33, 4});
-    send(nativeWindowOf(*child_), WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, 2 * WHEEL_DELTA),
-         MAKELPARAM(place.x, place.y));
-    EXPECT_TRUE(holder->lastMouse.position == (Point{133, 64}) && holder->lastMouse.wheel == 240);
-    EXPECT_EQ(outer->lastMouse.position, (Point{133, 124}));
-    EXPECT_EQ(holder->log->take(), L"ctrlScrolledmousewheel");
-}
-
 TEST_F(InputTest, focus_movedByKeysOrProgram_isWithOneControl) {
     const auto holder = makeWindow({100, 100});
     const HWND other = nativeWindowOf(*holder);

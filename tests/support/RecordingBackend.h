@@ -117,8 +117,7 @@ inline std::int32_t sizeOf(const Font& font) {
     return font.style().size != 0 ? font.style().size : systemTextSize;
 }
 
-// Every character is 7 pixels wide, 8 in bold; a line is the font's size plus 5
-// pixels high.
+// Every character is 7 pixels wide, 8 in bold; a line is the font's size plus 5 pixels high.
 class RecordingGraphics : public Implementation<GraphicsService, IGraphicsServiceImpl> {
 public:
     void drawGradient(const Rect& area, Color from, Color to, GradientType) override {
@@ -194,10 +193,6 @@ public:
     }
     Shared<NativeTextBox> createNativeTextBox() override {
         return made<RecordingWidget<NativeTextBox, INativeTextBoxImpl>>();
-    }
-    int showMessage(MessageBoxContent& box) override {
-        note(box.caption + L":", box.text, box.style);
-        return kAnswerOk;
     }
     void invalidate() override { note(L"invalidate"); }
     void invalidate(const Rect& area) override { note(L"invalidate", area); }

@@ -32,9 +32,8 @@ class RefusedWindows {
     HookHandle hook_{SetWindowsHookExW(WH_CBT, &refuse, nullptr, GetCurrentThreadId())};
 };
 
-// What the user does while somebody waits for him: a step every few
-// milliseconds, taken inside of the loop that waits. A loop that goes on for
-// long after the last one fails the test and is ended.
+// What the user does while somebody waits for him: a step every few milliseconds, taken inside of
+// the loop that waits. A loop that goes on for long after the last one fails the test and is ended.
 class Steps {
 public:
     using Step = std::function<void()>;

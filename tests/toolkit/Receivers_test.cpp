@@ -25,9 +25,8 @@ protected:
     }
 };
 
-// A control beside another one on a page of a window. It has the focus and is
-// pressed; nobody else holds any of them, not even weakly, so that their memory
-// is gone with them.
+// A control beside another one on a page of a window. It has the focus and is pressed; nobody else
+// holds any of them, not even weakly, so that their memory is gone with them.
 struct Scene {
     explicit Scene(const Make& make) {
         top->setBoundary({0, 0, 199, 199});

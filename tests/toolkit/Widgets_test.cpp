@@ -6,34 +6,6 @@ namespace {
 
 using WidgetTest = ToolkitTest;
 
-// Has so many of the windows that a message may belong to, the last ones.
-struct FewWindows : ApplicationServiceWin32Gdi {
-    Shared<WindowService> createActiveWindowService(bool) override { return windowBefore(2); }
-    Shared<WindowService> createMainWindowService() override { return windowBefore(1); }
-    Shared<WindowService> createUnboundWindowService() override { return windowBefore(0); }
-    Shared<WindowService> windowBefore(int others) const {
-        note(L"window", others);
-        return count > others ? makeRecordingWindowService() : nullptr;
-    }
-    int count = 3;
-};
-
-TEST_F(WidgetTest, message_ofTheApplication_belongsToTheFirstWindowThereIs) {
-    const auto application = made<FewWindows>();
-    application->setApplicationName(L"Tests");
-    ServiceLocator::instance()->registerService(application, true, true);
-    const auto show = [] { say(showMessage(L"Text", kMessageOk | kMessageIconError)); };
-    for (int& count = recordingOf<FewWindows>(*application).count; count > 0; --count) {
-        show();
-    }
-    EXPECT_EQ(thrownText(show), L"ws");
-    expectTold(
-        L"window 2; Tests: Text 16; 1; window 2; window 1; Tests: Text 16; 1; window 2; window 1; "
-        L"window 0; Tests: Text 16; 1; window 2; window 1; window 0");
-    ServiceLocator::instance()->unregisterService(application);
-    EXPECT_EQ(thrownText(show), L"ws");
-}
-
 TEST_F(WidgetTest, click_checkBoxAndRadioButtons_toggleAndUncheckTheirGroupAlone) {
     std::vector<std::shared_ptr<NativeButton>> buttons;
     for (int i = 0; i < 5; ++i) {
