@@ -17,7 +17,7 @@ class DialogWin32Gdi : public Implementation<NativeDialog, INativeDialogImpl>,
                        public WindowHandlerWin32Gdi {
 public:
     explicit DialogWin32Gdi(SurfaceServices services) noexcept
-        : WindowHandlerWin32Gdi(std::move(services), L"DialogWin32Gdi::dialogProcedure") {}
+        : WindowHandlerWin32Gdi(std::move(services), ZU_SIBLING(dialogProcedure)) {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override;

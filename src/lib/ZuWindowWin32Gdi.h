@@ -14,7 +14,7 @@ class WindowWin32Gdi : public Implementation<NativeWindow, INativeWindowImpl>,
                        public WindowHandlerWin32Gdi {
 public:
     explicit WindowWin32Gdi(SurfaceServices services) noexcept
-        : WindowHandlerWin32Gdi(std::move(services), L"WindowWin32Gdi::windowProcedure") {}
+        : WindowHandlerWin32Gdi(std::move(services), ZU_SIBLING(windowProcedure)) {}
 
     void synchronizeWithAbstraction() override;
     void releaseNativeObject() override { destroyWindow(); }

@@ -398,16 +398,14 @@ void skipProlog(Source& in) {
 }
 
 // value = [ "<" name ">" , text , "</" name ">" ]
-// Calls convert(text) when the element is there; returns whether it was.
+// Calls convert(text) when the element is there.
 template <class Source, class Convert>
-bool readElement(Source& in, std::wstring_view name, Convert&& convert) {
-    if (!readTag(in, name, false, false)) {
-        return false;
+void readElement(Source& in, std::wstring_view name, Convert&& convert) {
+    if (readTag(in, name, false, false)) {
+        std::wstring scratch;
+        convert(readText(in, scratch));
+        readTag(in, name, true, true);
     }
-    std::wstring scratch;
-    convert(readText(in, scratch));
-    readTag(in, name, true, true);
-    return true;
 }
 
 // Counts how deep values nest; fails an assertion beyond kMaxDepth.

@@ -82,6 +82,19 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
     }
 }
 
+TEST_F(BoxTest, nested_boxes_areOpenUntilTheLastIsAnswered) {
+    int inner = -1;
+    const Steps steps{[&] {
+                          inner = service().showMessage(L"Inner", L"Inner", kMessageOk);
+                          EXPECT_TRUE(service().isMessageOpen());
+                      },
+                      [&] { service().closeMessage(kAnswerYes); },
+                      [&] { service().closeMessage(kAnswerNo); }};
+    EXPECT_EQ(service().askYesNoCancel(L"Outer", L"Outer"), kAnswerNo);
+    EXPECT_EQ(inner, kAnswerYes);
+    EXPECT_FALSE(service().isMessageOpen());
+}
+
 TEST_F(BoxTest, refusedOrServiceDropped_isReportedAndLeavesTheOwnerUsable) {
     {
         const TraceCapture trace;

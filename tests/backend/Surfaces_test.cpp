@@ -204,11 +204,21 @@ TEST_F(SurfaceTest, selectFileToOpen_anyAnswer_isTheChosenFileOrNone) {
     }
 }
 
-TEST_F(SurfaceTest, paint_failing_showsWhatThereIs) {
+TEST_F(SurfaceTest, paint_failingOrNested_showsWhatThereIsAndTheRestLater) {
     const auto left = addProbe(Rect::at({10, 10}, {50, 50}));
     left->whileDrawing = [] { throw std::wstring(L"torn"); };
     EXPECT_EQ(pixelOf(native(), {59, 59}), 0xC01020U);
     EXPECT_EQ(pixelOf(native(), {60, 60}), _byteswap_ulong(GetSysColor(COLOR_BTNFACE)) >> 8);
+    left->whileDrawing = [&] {
+        if (left->drawn == 2) {
+            left->red = 0x40;
+            RedrawWindow(native(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        }
+    };
+    left->refresh();
+    UpdateWindow(native());
+    EXPECT_EQ(pixelOf(native(), {10, 10}), 0x401020U) << "painted again";
+    EXPECT_EQ(left->drawn, 3);
 }
 
 TEST_F(SurfaceTest, colours_changed_reachAllThatIsOnTheSurface) {

@@ -36,6 +36,7 @@ OUTCOMES = ("killed", "hung", "survived")
 WIDEST = 12
 TYPE = re.compile(r"\s*(?:class|struct) (\w+)")
 OPERATION = re.compile(r"\s*(?:\S[^(\n]*?)??\b(\w+)\(")
+CONSTANT = re.compile(r"(?:inline )?constexpr [\w:<>]+ (\w+)(?= = |\{)")
 STATEMENTS = ("if", "for", "while", "switch", "return")
 SURVIVED = re.compile(r"survived (\S+):(\d+) .*\n +- (.*)\n +\+ (.*)")
 
@@ -104,6 +105,8 @@ def wide_family(path, line):
     lines = header.split("\n")[:line]
     types = [found[1] for found in map(TYPE.match, lines) if found]
     names = [name for name in (operation_of(lines, line - 1), *types[-1:]) if name]
+    # A constant of the namespace has nothing to do with the type before it.
+    names = CONSTANT.findall(lines[-1]) if CONSTANT.match(lines[-1]) else names
     # What is used by way of a macro alone.
     names += re.findall(r"^#define (\w+)", header, re.MULTILINE)
     mentions = re.compile(r"\b(?:" + "|".join(names) + r")\b")

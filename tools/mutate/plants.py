@@ -37,7 +37,7 @@ GUARD = re.compile(r"^\s*(?:const |\[\[maybe_unused\]\] )*(?:auto|[A-Z][\w:]*|st
 PARAMETER = re.compile(r"[\w>&*] [&*]*\w+(?: = .*)?$|[&*]$")
 NO_CALL = ("return", "if", "for", "while", "switch", "sizeof", "static_assert", "throw", "catch")
 # Their arguments may come in either order.
-COMMUTATIVE = re.compile(r"(?:\bsaturatedSum|\bequalsIgnoringAsciiCase|"
+COMMUTATIVE = re.compile(r"(?:\bsaturatedSum|\bhasFlag|\bequalsIgnoringAsciiCase|"
                          r"std::(?:min|max|swap|gcd|memcmp)(?:<[\w:]+>)?)\($")
 # The library takes the larger of the first two.
 CLAMP = re.compile(r"std::clamp(?:<[\w:]+>)?\($")
