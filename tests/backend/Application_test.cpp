@@ -19,7 +19,6 @@ std::shared_ptr<ApplicationService> makeApplication() {
     return application;
 }
 
-// What was reported, in short.
 std::string reportsOf(const TraceCapture& trace) {
     std::string reports;
     for (const std::string& line : trace.messages()) {

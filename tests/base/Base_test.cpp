@@ -98,7 +98,6 @@ TEST(Assertion, falseExpression_isReportedTwiceAndThrownAsItsText) {
 TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
     const std::string longest(3000, 'n');
     const std::pair<std::function<void()>, std::string> kCases[] = {
-        // clang-format off
         {[&] { throw longest; }, "assertion exception: " + longest},
         {[] { throw std::wstring(L"wide \u0416"); }, "assertion exception: wide \xD0\x96"},
         {[] { throw ComException(-2147221005, L"Invalid class string"); },
@@ -107,7 +106,6 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
         {[] { throw std::runtime_error("standard"); }, "std::exception: standard"},
         {[] { throw 5L; }, "unknown exception"},
         {[] { throw std::bad_alloc(); }, "std::bad_alloc: std::bad_alloc"},
-        // clang-format on
     };
     for (const auto& [fail, text] : kCases) {
         const auto failInInt = [&fail = fail] { return fail(), 1; };

@@ -278,13 +278,6 @@ TEST_F(ScrollTest, content_thatDoesNotFit_getsItsBarsWithTheSurface) {
     told();
     shown(view_);
     EXPECT_TRUE(told().starts_with(L"joined; made 0,0,0,0 hidden; made 0,0,0,0 hidden; range"));
-    for (const auto& [whole, room] : {std::pair{Rect{0, 0, 99, 199}, Rect{0, 0, 98, 198}},
-                                      {{0, 0, 0, 0}, {0, 0, 0, 0}},
-                                      {{0, 0, 0, 199}, {0, 0, 0, 198}},
-                                      {{0, 0, 99, 0}, {0, 0, 98, 0}}}) {
-        view_->setBoundary(whole);
-        EXPECT_EQ(view_->children()[0]->boundary(), room);
-    }
 }
 
 TEST_F(ScrollTest, wheelKeysAndBars_scroll) {

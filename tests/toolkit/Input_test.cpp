@@ -137,7 +137,6 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
         const auto waiting = timer();
         EXPECT_EQ(waiting->name() + textOf(waiting->getInterval()), L"ttTimer1");
         EXPECT_TRUE(waiting->isRunning() && dialog());
-        // Shown once, however often it was asked for.
         left_->showTooltip({10, 20});
         log_->take();
         waiting->acceptTick();

@@ -137,11 +137,10 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
     bar->setRange(-50, 99);
     bar->setPageSize(10);
     flat->setLineSize(2);
-    // clang-format off
     const std::tuple<std::uint32_t, int, int> keys[] = {
-        {kKeyRight, 10, 2}, {kKeyDown, 11, 2}, {kKeyPageDown, 21, 12}, {kKeyPageDown, 31, 22},
-        {kKeyUp, 30, 22}, {kKeyPageUp, 20, 12}, {kKeyLeft, 20, 10}, {kKeyEnd, 90, 90}, {kKeyTab, 90, 90}};
-    // clang-format on
+        {kKeyRight, 10, 2},     {kKeyDown, 11, 2}, {kKeyPageDown, 21, 12},
+        {kKeyPageDown, 31, 22}, {kKeyUp, 30, 22},  {kKeyPageUp, 20, 12},
+        {kKeyLeft, 20, 10},     {kKeyEnd, 90, 90}, {kKeyTab, 90, 90}};
     for (const auto& [key, vertical, horizontal] : keys) {
         const bool moves[] = {bar->position() != vertical, flat->position() != horizontal};
         EXPECT_TRUE(bar->onKey({key, 0}) == moves[0] && flat->onKey({key, 0}) == moves[1]) << key;

@@ -101,6 +101,20 @@ TEST_F(MenusTest, input_notAnEntry_isRefusedOrAskedForAgainAndAnswersAreRecorded
     EXPECT_EQ(play.codePage, 437u);
 }
 
+TEST_F(MenusTest, entries_chosen_doAsTheySay) {
+    write(data() / "settings_home.config", "");
+    const std::string off = mainMenu("", kNone, "");
+    const std::string on = mainMenu(kNone, "", "");
+    EXPECT_EQ(run({}, {"2", "2", "3", "3"}), kBanner + off + reportOf(true) + on + kSorry + on +
+                                                 reportOf(false) + off + kSorry + off);
+    const std::string begin = "appears.\n" + std::string(98, '-') + "\n\n";
+    for (const auto& [entry, said] : {std::pair{"2", "Using standard logging level.\n"},
+                                      {"3", ""},
+                                      {"4", "Including OCAT logs if possible.\n"}}) {
+        EXPECT_EQ(between(run({}, {"1", entry, "0"}), begin, "Running on"), said);
+    }
+}
+
 TEST_F(MenusTest, guidedCollection_outlookStartingAndEnding_followsIt) {
     const fs::path log = data() / "own.log";
     const std::string mine = debugConfig("n", backslashed(log), "2", "4");
@@ -284,7 +298,6 @@ TEST_F(DebugLoggingTest, settings_ofAKilledRun_arePutBackUnlessChanged) {
         EXPECT_EQ(fs::exists(config()) ? read(config()) : "/", after);
         EXPECT_EQ(fs::remove_all(keeping) != 0, left == "/");
     }
-    // More than is kept.
     write(config(), std::string(17 << 20, 'x'));
     run({L"-enableDebugging"});
     EXPECT_FALSE(fs::exists(keeping));
