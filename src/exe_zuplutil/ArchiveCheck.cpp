@@ -312,7 +312,7 @@ bool isWholeWith(const ArchiveFile& file, FileSizes missing) {
 
 bool holdsFolder(const std::wstring& archive, const std::wstring& folder) noexcept {
     // Of a folder that cannot be listed, or without memory, nothing is known.
-    return zustd::guarded(L"holdsFolder", false,
+    return zustd::guarded(ZU_OPERATION, false,
                           [&] { return isWholeWith(ArchiveFile(archive), filesBelow(folder)); });
 }
 

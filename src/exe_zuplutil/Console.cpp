@@ -19,7 +19,7 @@ std::string transcript;
 
 // Recording never fails an action: without memory the text is only printed.
 void record(const char* text) noexcept {
-    zustd::guarded(L"printAndRecord", [text] {
+    zustd::guarded(ZU_OPERATION, [text] {
         transcript += text;
         if (transcript.size() > kLargestTranscript) {
             transcript.erase(0, kLargestTranscript / 2);

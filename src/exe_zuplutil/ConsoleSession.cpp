@@ -83,7 +83,7 @@ void InterruptGuard::runStep(const std::function<void()>& step) {
 
 void InterruptGuard::runActions() const noexcept {
     for (const InterruptGuard* guard = this; guard != nullptr; guard = guard->outer_) {
-        zustd::guarded(L"InterruptGuard::runActions", guard->action_);
+        zustd::guarded(ZU_OPERATION, guard->action_);
     }
 }
 

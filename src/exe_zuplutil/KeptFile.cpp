@@ -140,7 +140,7 @@ KeptFile::Left KeptFile::mend(const std::wstring& file) {
 
 void KeptFile::putBack() noexcept {
     // Without memory the next process tries.
-    zustd::guarded(L"KeptFile::putBack", [this] {
+    zustd::guarded(ZU_OPERATION, [this] {
         if (putBackContent() != Left::kFailed) {
             forget();
         }

@@ -19,6 +19,7 @@ namespace zustd {
 
 namespace {
 
+constexpr int kNarrowest = 1;
 constexpr int kWidest = 127;
 constexpr std::size_t kNumberBuffer = kWidest;
 constexpr wchar_t kHexDigits[] = L"0123456789ABCDEF";
@@ -73,7 +74,7 @@ template <unsigned base>
 class Digits {
 public:
     Digits(std::uint64_t value, int width) noexcept {
-        const auto padded = static_cast<std::size_t>(std::clamp(width, 1, kWidest));
+        const auto padded = static_cast<std::size_t>(std::clamp(width, kNarrowest, kWidest));
         do {
             buffer_[--first_] = kHexDigits[value % base];
             value /= base;
@@ -247,7 +248,7 @@ void Xml::appendLong(std::wstring& out, std::int32_t value, int width) {
     if (value < 0) {
         out.push_back(L'-');
         // The sign counts towards a width.
-        width = std::clamp(width, 1, kWidest) - 1;
+        width = std::clamp(width, kNarrowest, kWidest) - 1;
     }
     const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
     out.append(Digits<10>(magnitude, width).view());

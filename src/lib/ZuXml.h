@@ -48,10 +48,10 @@ public:
 
     // Decimal and upper-case hexadecimal numbers, zero-padded to a width; a
     // width below 1 means no padding, one above 127 counts as 127.
-    static void appendLong(std::wstring& out, std::int32_t value, int width = 0);
-    static void appendLongHex(std::wstring& out, std::uint32_t value, int width = 0);
-    static void appendSize(std::wstring& out, std::uint64_t value, int width = 0);
-    static void appendSizeHex(std::wstring& out, std::uint64_t value, int width = 0);
+    static void appendLong(std::wstring& out, std::int32_t value, int width = 1);
+    static void appendLongHex(std::wstring& out, std::uint32_t value, int width = 1);
+    static void appendSize(std::wstring& out, std::uint64_t value, int width = 1);
+    static void appendSizeHex(std::wstring& out, std::uint64_t value, int width = 1);
     // Six decimals.
     static void appendDouble(std::wstring& out, double value);
 

@@ -11,6 +11,7 @@
 #include "ZuDateTime.h"
 #include "ZuHashMap.h"
 #include "ZuId.h"
+#include "ZuLateLoading.h"
 #include "ZuObjectPool.h"
 #include "ZuVersion.h"
 #include "ZuWindows.h"
@@ -20,6 +21,7 @@ extern "C" {
 extern void* __imp_OutputDebugStringW IMPORT_SLOT("OutputDebugStringW", "@4");
 extern void* __imp_GetLocalTime IMPORT_SLOT("GetLocalTime", "@4");
 extern void* __imp_GlobalMemoryStatusEx IMPORT_SLOT("GlobalMemoryStatusEx", "@4");
+extern void* __imp_LoadLibraryExW IMPORT_SLOT("LoadLibraryExW", "@12");
 }
 
 namespace zustd::test {
@@ -111,10 +113,9 @@ TEST(CatchLadder, everyKindOfException_leavesItsLineAndTheNeutralResult) {
         const auto failInInt = [&fail = fail] { return fail(), 1; };
         setCriticalError(kCriticalErrorNone);
         const TraceCapture trace;
-        EXPECT_EQ(guarded(L"Class::operation", -1, failInInt), -1);
-        EXPECT_FALSE(guarded(L"Class::operation", fail));
-        EXPECT_EQ(trace.messages(),
-                  Lines(2, ("Class::operation: catched " + text).substr(0, 2027)));
+        EXPECT_EQ(guarded(L"Class::call", -1, failInInt), -1);
+        EXPECT_FALSE(guarded(L"Class::call", fail));
+        EXPECT_EQ(trace.messages(), Lines(2, ("Class::call: catched " + text).substr(0, 2027)));
         EXPECT_EQ(criticalError(), text.starts_with("std::bad_alloc") ? 2U : 0U) << text;
     }
     EXPECT_TRUE(guarded(L"a", -1, [] { return 1; }) == 1 && guarded(L"a", [] {}));
@@ -247,12 +248,11 @@ TEST(HashMap, valuesThatUseOrDestroyTheMapWhenTheyGo_findItWholeWithoutThemselve
             bool isFirst = true;
             for (std::uint64_t key = 0; key < 40; ++key) {
                 const auto lookAround = [&, key](void*) {
-                    const auto isOther = [&](const auto& entry) {
+                    const auto other = [&](const auto& entry) {
                         return entry.key != key && map->contains(entry.key);
                     };
                     // Null while it is destroyed itself.
-                    EXPECT_TRUE(!map ||
-                                (!map->contains(key) && std::ranges::all_of(*map, isOther)));
+                    EXPECT_TRUE(!map || (!map->contains(key) && std::ranges::all_of(*map, other)));
                     if (map && std::exchange(isFirst, false)) {
                         kChanges[dice / 3](map);
                     }
@@ -283,6 +283,25 @@ TEST(Hash, ofBytes_isSipHashOneThreeUnderAKeyOfTheProcess) {
     EXPECT_EQ(sum, 0xFA64CC37030D575EU) << "of another implementation";
     EXPECT_EQ(HashKey<std::wstring>::hash(L"ab"), hashBytes(L"ab", 4));
     EXPECT_EQ(HashKey<std::uint64_t>::hash(0x3132), hashBytes("21\0\0\0\0\0", 8));
+}
+
+// Cannot be told where to look, as a Windows 7 without its update.
+HMODULE WINAPI loadAsOfOld(const wchar_t* name, HANDLE, DWORD flags) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return flags == 8 && !_wcsnicmp(name, L"C:\\windows\\", 11) ? LoadLibraryW(name) : nullptr;
+}
+
+TEST(LateLoading, libraryOfAnOldSystem_isTakenFromItsFolderOrNamed) {
+    const ReplacedImport old(__imp_LoadLibraryExW, reinterpret_cast<void*>(&loadAsOfOld));
+    void* slot = nullptr;
+    const auto failure = [&](const char* library) {
+        return thrownText([&] { resolveLateFunction({&slot, library, "G"}); });
+    };
+    SetLastError(7);
+    EXPECT_EQ(resolveLateFunction({&slot, "msi.dll", "MsiCloseHandle"}), slot);
+    EXPECT_EQ(failure("msi.dll"), L"Could not find G in msi.dll (system error 127)");
+    EXPECT_EQ(failure("gone.dll"), L"Could not load gone.dll (system error 126)");
+    EXPECT_EQ(GetLastError(), 7u);
 }
 
 }  // namespace

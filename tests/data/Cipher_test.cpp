@@ -51,9 +51,8 @@ std::string messageAround(const std::string& bytes, CipherEncoding encoding = kC
     return "ZUC\x01" + nonce + sealed;
 }
 
-std::wstring refusal(CipherEncoding encoding, std::string_view message,
-                     const CipherKey& key = kKey) {
-    const std::wstring text = thrownText([&] { Cipher::decipher(encoding, message, key); });
+std::wstring refusal(CipherEncoding encoding, std::string_view bytes, const CipherKey& key = kKey) {
+    const std::wstring text = thrownText([&] { Cipher::decipher(encoding, bytes, key); });
     return text.starts_with(L"Cipher::decipher: ") ? text.substr(18) : text;
 }
 
@@ -79,10 +78,9 @@ TEST(Cipher, changedMessagesAndWrongKeys_areRefused) {
     for (const CipherEncoding encoding : {kEnciphered, kCompressed}) {
         const std::string message = Cipher::encipher(encoding, packed(kText), kKey);
         for (std::size_t at = 0; at < message.size(); ++at) {
-            std::string changed = message;
-            changed[at] ^= static_cast<char>(1 << at % 8);
-            EXPECT_EQ(refusal(encoding, changed),
-                      at < 4 ? L"not a message of this layout" : refused);
+            std::string other = message;
+            other[at] ^= static_cast<char>(1 << at % 8);
+            EXPECT_EQ(refusal(encoding, other), at < 4 ? L"not a message of this layout" : refused);
             EXPECT_EQ(refusal(encoding, message.substr(0, at)),
                       at < 32 ? L"message is too short" : refused);
         }

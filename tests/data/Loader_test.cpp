@@ -139,8 +139,7 @@ TEST(Encoder, failuresAndOtherEncodings_areTracedOrWidenEveryByte) {
     EXPECT_EQ(thrownText([&] { Encoder::decodeFrom(7, "A", out); }) + out,
               L"Encoder::decodeFrom: unknown encoding");
     const Lines lines = trace.messages();
-    EXPECT_TRUE(lines[0].ends_with(", in src/lib/ZuEncoder, line 846") &&
-                lines[1].ends_with(" 852"));
+    EXPECT_TRUE(lines[0].ends_with("src/lib/ZuEncoder, line 846") && lines[1].ends_with(" 852"));
     EXPECT_TRUE(lines[2].ends_with(" 185") && lines[3].ends_with(" 103"));
     Encoder::decodeFrom(kEncodingPlain, "\xE9\x80\x00"s, out);
     EXPECT_EQ(out, L"\u00E9\u0080\0"s);
@@ -241,9 +240,8 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
         return reinterpret_cast<HANDLE>(_get_osfhandle(file));
     };
     // A file ends before its size, the last bytes are lost, a disk has room for so many bytes.
-    const auto readNothing =
-        +[](void*, std::size_t, std::size_t, std::FILE*) { return std::size_t{}; };
-    isReported(__imp_fread, readNothing, Loader::load, "cannot read file", "bytes");
+    const auto none = +[](void*, std::size_t, std::size_t, std::FILE*) { return std::size_t{}; };
+    isReported(__imp_fread, none, Loader::load, "cannot read file", "bytes");
     const auto closeAndFail = +[](int file) { return CloseHandle(handleOf(file)) - 2; };
     isReported(__imp__close, closeAndFail, Loader::save, "cannot close file", "longer bytes");
     static DWORD room = 0;

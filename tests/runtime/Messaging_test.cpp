@@ -182,8 +182,8 @@ TEST(MessageKind, kindsMadeAndEnded_areNumberedInARowAndFoundWhileTheyLive) {
 
 TEST(Messaging, connectingDisconnectingAndEndingAtRandom_isDeliveredAsTheModelSays) {
     for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
-        ASSERT_EQ(Play<RealNode>{Random(seed)}.run(), Play<ModelNode>{Random(seed)}.run())
-            << "seed " << seed;
+        SCOPED_TRACE(seed);
+        ASSERT_EQ(Play<RealNode>{Random(seed)}.run(), Play<ModelNode>{Random(seed)}.run());
     }
 }
 

@@ -42,9 +42,8 @@ inline void runMessages(
         MSG message;
         if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
             DispatchMessageW(&message);
-        } else if (const ULONGLONG now = GetTickCount64(); now < end) {
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now),
-                                      QS_ALLINPUT);
+        } else if (const ULONGLONG at = GetTickCount64(); at < end) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - at), QS_ALLINPUT);
         } else {
             return;
         }

@@ -133,6 +133,8 @@ std::wstring thrownText(auto&& body) {
         body();
     } catch (const std::wstring& text) {
         return text;
+    } catch (const SystemException& failure) {
+        return failure.message();
     } catch (const std::invalid_argument& failure) {
         return L"invalid: " + widen(failure.what());
     }

@@ -87,8 +87,7 @@ public:
         std::wstring line = L"\"" + program.wstring() + L"\" " + arguments;
         PROCESS_INFORMATION process{};
         EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   nullptr, &startup, &process))
-            << GetLastError();
+                                   nullptr, &startup, &process));
         reader_ = zustd::FileHandle(reader);
         process_ = zustd::FileHandle(process.hProcess);
         CloseHandle(process.hThread);

@@ -57,44 +57,43 @@ public:
     static constexpr unsigned kSizesBehindData = 8;
 
     // In 64-bit form the numbers that have one stand there alone.
-    explicit ZipWriter(bool is64 = false) : elsewhere_(is64 ? ~std::uint64_t{0} : 0) {}
+    explicit ZipWriter(bool is64 = false) : away_(is64 ? ~std::uint64_t{0} : 0) {}
 
     void add(const std::string& name, const std::string& content, unsigned flags = kUtf8) {
         const std::uint64_t size = content.size();
-        const std::uint64_t all = size | elsewhere_;
+        const std::uint64_t all = size | away_;
         const std::uint64_t begin = entries_.size();
         const std::string start = numbers(2, {20, flags, 0}) + numbers(4, {0x496E49D3});
         const std::string sizes = numbers(4, {0, size, size});
         const bool behind = (flags & kSizesBehindData) != 0;
         const std::string extra =
             numbers(2, {0x5455, 8}) + numbers(8, {0}) +
-            (elsewhere_ == 0 ? kEmptyField : numbers(2, {1, 24}) + numbers(8, {size, size, begin}));
+            (away_ == 0 ? kEmptyField : numbers(2, {1, 24}) + numbers(8, {size, size, begin}));
         directory_ += numbers(4, {0x02014B50}) + numbers(2, {20}) + start +
                       numbers(4, {0, all, all}) +
                       numbers(2, {name.size(), extra.size(), kEmptyField.size()}) +
-                      numbers(4, {0, 0, begin | elsewhere_}) + name + extra + kEmptyField;
+                      numbers(4, {0, 0, begin | away_}) + name + extra + kEmptyField;
         entries_ += numbers(4, {0x04034B50}) + start + (behind ? numbers(4, {0, 0, 0}) : sizes) +
                     numbers(2, {name.size(), kEmptyField.size()}) + name + kEmptyField + content +
                     (behind ? sizes : "");
         ++count_;
     }
 
-    std::string bytes(const std::string& comment) const {
+    std::string bytes(const std::string& note) const {
         const std::uint64_t size = directory_.size();
         const std::uint64_t begin = entries_.size();
-        const std::uint64_t count = count_ | elsewhere_;
+        const std::uint64_t count = count_ | away_;
         const std::string end64 = numbers(4, {0x06064B50}) + numbers(8, {44, 45}) +
                                   numbers(4, {0}) + numbers(8, {count_, count_, size, begin}) +
                                   numbers(4, {0x07064B50, 0}) + numbers(8, {begin + size}) +
                                   numbers(4, {1});
-        return entries_ + directory_ + (elsewhere_ == 0 ? "" : end64) +
-               numbers(4, {0x06054B50, 0}) + numbers(2, {count, count}) +
-               numbers(4, {size | elsewhere_, begin | elsewhere_}) + numbers(2, {comment.size()}) +
-               comment;
+        return entries_ + directory_ + (away_ == 0 ? "" : end64) + numbers(4, {0x06054B50, 0}) +
+               numbers(2, {count, count}) + numbers(4, {size | away_, begin | away_}) +
+               numbers(2, {note.size()}) + note;
     }
 
 private:
-    std::uint64_t elsewhere_;
+    std::uint64_t away_;
     std::uint64_t count_ = 0;
     std::string entries_;
     std::string directory_;

@@ -50,9 +50,9 @@ public:
     virtual void STDMETHODCALLTYPE nobodyCalls4() {}
     virtual void STDMETHODCALLTYPE nobodyCalls5() {}
     virtual void STDMETHODCALLTYPE nobodyCalls6() {}
-    virtual HRESULT STDMETHODCALLTYPE OnConnection(void* application, int mode, void* instance,
+    virtual HRESULT STDMETHODCALLTYPE OnConnection(void* office, int mode, void* instance,
                                                    void* custom) {
-        const bool isAsOffice = application == nullptr && mode == 3 && instance == nullptr;
+        const bool isAsOffice = office == nullptr && mode == 3 && instance == nullptr;
         const bool mayShowBoxes = GetErrorMode() != 0x8003;
         return isAsOffice && custom == nullptr && !mayShowBoxes ? behave() : E_INVALIDARG;
     }

@@ -269,17 +269,6 @@ TEST_F(ScrollTest, bars_appearOnlyWhenNeeded) {
     }
 }
 
-TEST_F(ScrollTest, content_thatDoesNotFit_getsItsBarsWithTheSurface) {
-    const ScopedValue thin(barThickness, 1);
-    view_ = makeControl<Scrollable<Sheet>>();
-    sheet().wanted = {300, 200};
-    view_->setBoundary({0, 0, 99, 199});
-    EXPECT_EQ(view_->children()[0]->boundary(), view_->area());
-    told();
-    shown(view_);
-    EXPECT_TRUE(told().starts_with(L"joined; made 0,0,0,0 hidden; made 0,0,0,0 hidden; range"));
-}
-
 TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     click({50, 50});
     EXPECT_TRUE(view_->hasFocus() && seen(*view_).starts_with(L"focus 0,0,99,199; clip"));

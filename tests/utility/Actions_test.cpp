@@ -16,13 +16,12 @@ const std::string kKeyPrompt =
     "\nPress any key to continue...\n\n"
     "(or press CTRL-C to abort Pellory Maintenance Utility)\n";
 
-std::string reportOf(bool enabled, const std::string& before = {},
-                     const std::string& details = {}) {
+std::string reportOf(bool isOn, const std::string& before = {}, const std::string& details = {}) {
     const std::string rule(84, '-');
     return "\n" + rule + "\n" + before + "Pellory Debug Logging is currently " +
-           (enabled ? "enabled.\n\nPlease note:\nOutlook might appear to run a little slower than "
-                      "usual while Pellory debug logging is enabled.  This is normal.\n"
-                    : "disabled.\n") +
+           (isOn ? "enabled.\n\nPlease note:\nOutlook might appear to run a little slower than "
+                   "usual while Pellory debug logging is enabled.  This is normal.\n"
+                 : "disabled.\n") +
            details + rule + "\n\n";
 }
 
@@ -37,12 +36,11 @@ const std::string kNotRunning = warning("not", "start");
 
 const std::string kRule46 = "----------------------------------------------\n";
 const std::string kNone = "(not available)";
-std::string mainMenu(const std::string& enable, const std::string& disable,
-                     const std::string& remove) {
+std::string mainMenu(const std::string& on, const std::string& off, const std::string& remove) {
     return kRule46 + "Pellory Maintenance Utility - Main Menu\n" + kRule46 +
            "0. Exit Pellory Utility\n1. Collect diagnostics for support\n"
            "2. Enable Pellory debug logging " +
-           enable + "\n3. Disable Pellory debug logging " + disable +
+           on + "\n3. Disable Pellory debug logging " + off +
            "\n4. Show current Pellory debug logging settings\n5. Remove Pellory settings " +
            remove + "\n7. Remove Pellory diagnostics logs\n" + kRule46 + kMenuPrompt;
 }
@@ -315,8 +313,7 @@ protected:
         play.onCommand = [](const std::string& line) {
             obey(std::regex_replace(line, std::regex("\\^(.)"), "$1"));
         };
-        return between(run({}, {entry, "Y"}), "'n' key followed by <Enter>...\n",
-                       kRule46 + "Pellory");
+        return between(run({}, {entry, "Y"}), "key followed by <Enter>...\n", kRule46 + "Pellory");
     }
 };
 

@@ -115,21 +115,36 @@ def wide_family(path, line):
     return wide if len(wide) <= WIDEST else None
 
 
-def excused():
-    """Plants that cannot be told apart: 'unit | original line | changed line | reason'."""
-    known = set()
-    for line in EXCUSED.read_text(encoding="utf-8").split("\n"):
-        if line and not line.startswith("#"):
-            unit, before, after, reason = (field.strip() for field in line.split(" | "))
-            if not reason:
-                raise SystemExit(f"{EXCUSED.name}: a reason is missing: {line}")
-            known.add((unit, before, after))
-    return known
+class Excuse:
+    """Plants that cannot be told apart: 'unit | part of the line | kinds | reason'."""
+
+    def __init__(self, row):
+        self.row = row
+        self.unit, part, kinds, reason = (field.strip() for field in row.split(" | "))
+        if not reason:
+            raise ValueError("a reason is missing")
+        literal = not (len(part) > 2 and part[0] == part[-1] == "/")
+        self.part = re.compile(re.escape(part) if literal else part[1:-1])
+        self.kinds = kinds.split(", ")
+
+    def covers(self, unit, plant, line):
+        """Whether a plant of a line lies within the part, or takes all of it, and is of a kind."""
+        return (self.unit in ("*", unit)
+                and (self.kinds == ["any"] or any(kind in plant.kind for kind in self.kinds))
+                and any(found.start() <= plant.begin and plant.end <= found.end()
+                        or plant.begin <= found.start() and found.end() <= plant.end
+                        for found in self.part.finditer(line)))
+
+
+def excuses():
+    """The rows of the file; a row that cannot be read ends the run."""
+    rows = EXCUSED.read_text(encoding="utf-8").split("\n")
+    return [Excuse(row) for row in rows if row and not row.startswith("#")]
 
 
 def candidates(units, build):
     """Every line of the units' sources that can take a plant, with its plants."""
-    known, found = excused(), []
+    known, found, used = excuses(), [], set()
     for file in sorted((ROOT / "src").rglob("*")):
         path = str(file.relative_to(ROOT))
         if file.suffix not in (".cpp", ".h") or floor_of(path) is None:
@@ -143,9 +158,13 @@ def candidates(units, build):
         lines, of_line = text.split("\n"), defaultdict(list)
         for plant in plants(path, text):
             line = lines[plant.line - 1]
-            if (file.stem, line.strip(), plant.applied(line).strip()) not in known:
+            covering = [excuse for excuse in known if excuse.covers(file.stem, plant, line)]
+            used.update(covering)
+            if not covering:
                 of_line[plant.line].append((plant, line))
         found += of_line.values()
+    for excuse in set() if units else set(known) - used:
+        print(f"{EXCUSED.name} has a row that fits nothing: {excuse.row}")
     return found
 
 

@@ -37,10 +37,11 @@ GUARD = re.compile(r"^\s*(?:const |\[\[maybe_unused\]\] )*(?:auto|[A-Z][\w:]*|st
 PARAMETER = re.compile(r"[\w>&*] [&*]*\w+(?: = .*)?$|[&*]$")
 NO_CALL = ("return", "if", "for", "while", "switch", "sizeof", "static_assert", "throw", "catch")
 # Their arguments may come in either order.
-COMMUTATIVE = re.compile(r"(?:\bsaturatedSum|\bhasFlag|\bequalsIgnoringAsciiCase|"
-                         r"std::(?:min|max|swap|gcd|memcmp)(?:<[\w:]+>)?)\($")
+COMMUTATIVE = re.compile(r"(?:\b(?:saturatedSum|hasFlag|equalsIgnoringAsciiCase|eq_int_type|isSame|isFar|"
+                         r"contentSize|turn|_mm_cmpeq_epi16|_mm_add_epi32|_mm_madd_epi16)|"
+                         r"std::(?:min|max|swap|gcd|memcmp|wcscmp)(?:<[\w:]+>)?)\($")
 # The library takes the larger of the first two.
-CLAMP = re.compile(r"std::clamp(?:<[\w:]+>)?\($")
+CLAMP = re.compile(r"(?:\bwithin|std::clamp(?:<[\w:]+>)?)\($")
 # Nobody sees that a buffer has room for one more.
 ROOM = re.compile(r"std::array<[^;{=]*, \d+>")
 # Nobody sees that room is not taken beforehand, and the bench's va_end does nothing.
@@ -121,7 +122,7 @@ def conditions(line):
 def calls(line):
     """Calls whose result nobody takes, left out."""
     match = CALL.match(line)
-    if not match or UNSEEN.search(line) or not line.endswith(";") or line.split("(")[0].strip() in NO_CALL:
+    if not match or not line.endswith(";") or line.split("(")[0].strip() in NO_CALL:
         return
     begin = len(line) - len(line.lstrip())
     end = closing(line, match.end() - 1)
@@ -205,7 +206,7 @@ def plants(path, text):
     originals = text.split("\n")
     lines = masked(text).split("\n")
     for number, line in enumerate(lines):
-        if PASSED_OVER.search(line) or not line.strip():
+        if PASSED_OVER.search(line) or UNSEEN.search(line) or not line.strip():
             continue
         original = originals[number]
         found = [*conditions(line), *calls(line), *exchanges(line), *operators(line),
