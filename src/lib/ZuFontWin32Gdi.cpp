@@ -10,7 +10,7 @@ namespace {
 constexpr double kDotsPerInch = 96.0;
 constexpr double kPointsPerInch = 72.0;
 // Of the system's text, in pixels, where the system does not say.
-constexpr double kUnknownHeight = 12.0;
+constexpr LONG kUnknownHeight = 12;
 // A larger font fills any screen with one character.
 constexpr double kLargestHeight = 4000.0;
 
@@ -103,8 +103,7 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
     if (style.size == 0) {
         // The system tells its font's in pixels of the main screen.
         const double dots = GetDeviceCaps(measuringContext(), LOGPIXELSY);
-        height = systemFont.lfHeight != 0 ? std::abs(systemFont.lfHeight) * kDotsPerInch / dots
-                                          : kUnknownHeight;
+        height = std::abs(systemFont.lfHeight) * kDotsPerInch / dots;
     }
     LOGFONTW font{};
     // Negative: the height of the characters, not of their cells.
@@ -123,6 +122,7 @@ FontHandle makeFontHandle(const FontStyle& style, double scalingFactor) {
 NONCLIENTMETRICSW windowMetrics() noexcept {
     NONCLIENTMETRICSW metrics{};
     metrics.cbSize = sizeof(metrics);
+    metrics.lfMessageFont.lfHeight = kUnknownHeight;
     SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
     return metrics;
 }

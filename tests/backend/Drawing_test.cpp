@@ -335,10 +335,10 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
                 graphics_->beginBufferedPaint(shown.area());
             }
             graphics_->drawText(lines[0], from, *font_, Color::rgb(0, 255, 0));
-            graphics_->setPen(kRed, width);
-            graphics_->drawLine(from, to);
             graphics_->drawText(text, area, *font_, kRed,
                                 {TextAlignment(across), TextAlignment(down), wraps, dots, keys});
+            graphics_->setPen(kRed, width);
+            graphics_->drawLine(from, to);
             if (isBuffered) {
                 graphics_->endBufferedPaint();
             }
@@ -347,13 +347,6 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
         SetBkMode(context, TRANSPARENT);
         SetTextColor(context, RGB(0, 255, 0));
         TextOutW(context, from.x, from.y, lines[0].c_str(), static_cast<int>(lines[0].size()));
-        {
-            const PenHandle pen(CreatePen(PS_SOLID, width, RGB(255, 0, 0)));
-            const SelectedObject drawing(context, pen.get());
-            const auto cut = [](std::int32_t end) { return std::clamp(end, -(1 << 15), 1 << 15); };
-            MoveToEx(context, from.x, from.y, nullptr);
-            LineTo(context, cut(to.x), cut(to.y));
-        }
         SetTextColor(context, RGB(255, 0, 0));
         IntersectClipRect(context, area.left, area.top, area.right + 1, area.bottom + 1);
         RECT room{0, 0, area.width(), 0};
@@ -380,6 +373,12 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
             DrawTextW(context, each.c_str(), -1, &room, flags);
             room.top += line;
         }
+        SelectClipRgn(context, nullptr);
+        const PenHandle pen(CreatePen(PS_SOLID, width, RGB(255, 0, 0)));
+        const SelectedObject drawing(context, pen.get());
+        const auto cut = [](std::int32_t end) { return std::clamp(end, -(1 << 15), 1 << 15); };
+        MoveToEx(context, from.x, from.y, nullptr);
+        LineTo(context, cut(to.x), cut(to.y));
         ASSERT_TRUE(shown.isLike(wanted)) << round << ": " << narrow(text);
     }
 }
