@@ -55,9 +55,10 @@ int MessageBoxWin32Gdi::show(const wchar_t* failure) {
 bool MessageBoxWin32Gdi::build() {
     const bool canClose = box_.cancelAnswer != kAnswerNone;
     dialog_ = service_.createNativeDialog(canClose ? 0 : NativeDialog::kStyleNotClosable);
-    if (!dialog_) {
-        return false;
-    }
+    return dialog_ && buildView();
+}
+
+bool MessageBoxWin32Gdi::buildView() {
     view_ = makeControl<MessageBoxView>(*dialog_, box_, *this);
     dialog_->addChild(view_);
     if (!view_->build(service_)) {
