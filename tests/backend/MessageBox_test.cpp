@@ -58,7 +58,7 @@ TEST_F(BoxTest, textAndTitle_ofAnyLength_areShownAsFarAsTheScreenGoes) {
         {std::wstring(1U << 20, L'\n'), L""},
         {std::wstring(1U << 20, L'W'), L"Title"},
         {L"\tone\ttwo three\tfour five\tsix\nlast", L"Title"}};
-    std::uint32_t icon = kMessageIconError;
+    std::uint32_t icon = 0;
     const ReplacedImport beep(__imp_MessageBeep, reinterpret_cast<void*>(&hearBeep));
     for (const auto& [text, title] : kRows) {
         const auto look = [&, &caption = title] {
