@@ -22,11 +22,9 @@ constinit thread_local ApplicationServiceWin32Gdi* hookedService = nullptr;
 
 // A special folder's path without creating it; empty when the shell has none.
 std::wstring specialFolder(int csidl) {
-    return guarded(L"ApplicationServiceWin32Gdi::specialFolder", std::wstring(), [csidl] {
-        std::array<wchar_t, MAX_PATH> path{};
-        return SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE) ? path.data()
-                                                                           : std::wstring();
-    });
+    std::array<wchar_t, MAX_PATH> path{};
+    return SHGetSpecialFolderPathW(nullptr, path.data(), csidl, FALSE) ? path.data()
+                                                                       : std::wstring();
 }
 
 std::shared_ptr<WindowService> guardedService(const wchar_t* operation, HWND window) {
@@ -172,12 +170,16 @@ std::wstring ApplicationServiceWin32Gdi::getApplicationDirectory() const {
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserAppDataDirectory() const {
-    std::wstring directory = specialFolder(CSIDL_APPDATA);
-    return directory.empty() ? documentsFolder(ZU_OPERATION, true) : directory;
+    constexpr const wchar_t* kOperation = ZU_OPERATION;
+    return guardedText(kOperation, [] {
+        std::wstring directory = specialFolder(CSIDL_APPDATA);
+        return directory.empty() ? documentsFolder(kOperation, true) : directory;
+    });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getUserDocumentsDirectory() const {
-    return documentsFolder(ZU_OPERATION, false);
+    constexpr const wchar_t* kOperation = ZU_OPERATION;
+    return guardedText(kOperation, [] { return documentsFolder(kOperation, false); });
 }
 
 std::wstring ApplicationServiceWin32Gdi::getApplicationDataDirectory(bool create) {

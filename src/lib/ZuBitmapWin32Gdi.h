@@ -16,6 +16,9 @@ class IResourceService;
 // The largest image that is taken, before scaling and after it: 64 MB.
 inline constexpr std::int64_t kMostPixels = std::int64_t{16} << 20;
 
+// Pixels of an image beside a line of text, as the system's small icons have at a factor of 1.
+inline constexpr std::int32_t kSmallImageSize = 16;
+
 // For whoever uses GDI+ by itself. Throws SystemException, and may be tried again then.
 void startGdiPlus();
 

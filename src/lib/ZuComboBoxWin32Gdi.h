@@ -17,7 +17,7 @@ protected:
     void mirrorRemoved(std::size_t index) override { send(CB_DELETESTRING, index); }
     void mirrorCleared() override { send(CB_RESETCONTENT); }
     void mirrorSelection() override {
-        guarded(L"ComboBoxWin32Gdi::selectItem", [this] { pushSelection(); });
+        guarded(ZU_SIBLING(selectItem), [this] { pushSelection(); });
     }
 
     void initializeFromDescriptor() override;

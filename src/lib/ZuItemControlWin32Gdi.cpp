@@ -10,7 +10,6 @@ namespace zustd {
 
 namespace {
 
-constexpr std::int32_t kCheckImageSize = 16;
 constexpr std::int32_t kCheckMargin = 1;
 constexpr std::uint32_t kOpaque = 0xFF000000;
 
@@ -192,7 +191,7 @@ void ItemControlWin32Gdi::pushLook(const Look& look, const std::shared_ptr<FontD
                    : ItemImageRequest(),
                [&] { return makeItemImages(control(), bitmaps); });
     const std::int32_t extent =
-        checkBoxes ? std::max(control().scale(kCheckImageSize), 4 * kCheckMargin) : 0;
+        checkBoxes ? std::max(control().scale(kSmallImageSize), 4 * kCheckMargin) : 0;
     pushImages(look.checkImages, checkImages_,
                CheckImageRequest(extent, colors.second, GetSysColor(COLOR_WINDOWTEXT)),
                [&] { return makeCheckImages(extent, colors.second, look.firstState); });

@@ -41,8 +41,7 @@ private:
 }  // namespace
 
 int MessageBoxWin32Gdi::show(const wchar_t* failure) {
-    requireSystem(guarded(L"MessageBoxWin32Gdi::build", false, [this] { return build(); }), failure,
-                  ZU_HERE);
+    requireSystem(guarded(ZU_SIBLING(build), false, [this] { return build(); }), failure, ZU_HERE);
     service_.playMessageSound(box_.style);
     // Which may have taken long enough for the dialog to lose its window.
     requireSystem(dynamic_cast<DialogWin32Gdi&>(dialog_->implementation()).makeReady(), failure,
@@ -55,9 +54,10 @@ int MessageBoxWin32Gdi::show(const wchar_t* failure) {
 bool MessageBoxWin32Gdi::build() {
     const bool canClose = box_.cancelAnswer != kAnswerNone;
     dialog_ = service_.createNativeDialog(canClose ? 0 : NativeDialog::kStyleNotClosable);
-    if (!dialog_) {
-        return false;
-    }
+    return dialog_ && buildView();
+}
+
+bool MessageBoxWin32Gdi::buildView() {
     view_ = makeControl<MessageBoxView>(*dialog_, box_, *this);
     dialog_->addChild(view_);
     if (!view_->build(service_)) {

@@ -35,7 +35,9 @@ private:
     void showText(const std::wstring& text, const Rect& place,
                   const std::shared_ptr<Font>& font) override;
     void copyText(const std::wstring& text) override;
+    // Whether all of it is there: the dialog, and what lies on it.
     bool build();
+    bool buildView();
 
     WindowService& service_;
     MessageBoxContent& box_;

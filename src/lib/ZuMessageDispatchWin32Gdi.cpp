@@ -109,10 +109,12 @@ bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& h
 }
 
 void WindowAttachment::detach() noexcept {
-    if (Watch* watch = window_ != nullptr ? watchOf(window_) : nullptr) {
-        watch->attachment = nullptr;
+    if (const HWND window = std::exchange(window_, nullptr)) {
+        // Another thread knows nothing of it.
+        if (Watch* watch = watchOf(window)) {
+            watch->attachment = nullptr;
+        }
     }
-    window_ = nullptr;
 }
 
 LRESULT answerByDefault(const WindowMessage& message) noexcept {

@@ -23,24 +23,26 @@ void collectWithKey(const std::shared_ptr<Control>& control, wchar_t key, Contro
     }
 }
 
-// Several controls with one access key get the focus in turn instead.
-bool pressAccessKey(Control& outermost, wchar_t key) {
+// The control that got the focus, null for none; several with one access key get it in turn, and
+// are not pressed.
+std::shared_ptr<Control> pressAccessKey(Control& outermost, wchar_t key) {
     const std::shared_ptr<Control> top = sharedReference<Control>(&outermost);
     Controls found;
     if (top && key != 0) {
         collectWithKey(top, key, found);
     }
-    if (!found.empty()) {
-        const auto focused = std::find_if(found.begin(), found.end(),
-                                          [](const auto& control) { return control->hasFocus(); });
-        const auto next =
-            focused == found.end() || focused + 1 == found.end() ? found.begin() : focused + 1;
-        (*next)->takeFocus();
-        if (found.size() == 1) {
-            (*next)->activate();
-        }
+    if (found.empty()) {
+        return nullptr;
     }
-    return !found.empty();
+    const auto focused = std::find_if(found.begin(), found.end(),
+                                      [](const auto& control) { return control->hasFocus(); });
+    const std::shared_ptr<Control> next =
+        focused == found.end() || focused + 1 == found.end() ? found.front() : focused[1];
+    next->takeFocus();
+    if (found.size() == 1) {
+        next->activate();
+    }
+    return next;
 }
 
 bool translateKey(const MSG& message) {

@@ -9,9 +9,6 @@ namespace {
 
 using MenuHandle = Handle<NullHandleTraits<HMENU, &DestroyMenu>>;
 
-// Pixels of an item's image at a scaling factor of 1.
-constexpr std::int32_t kImageSize = 16;
-
 // A native menu and what it shows. Items are numbered from 1 in the order of
 // their making: the menu's own numbers have 16 bits only.
 class NativeMenu {
@@ -58,10 +55,10 @@ private:
     }
 
     HBITMAP imageOf(const PopupMenuItem& item) {
-        const auto image =
-            service_ != nullptr
-                ? service_->getBitmap(BitmapDescriptor(item.bitmap, {kImageSize, kImageSize}))
-                : nullptr;
+        const auto image = service_ != nullptr
+                               ? service_->getBitmap(BitmapDescriptor(
+                                     item.bitmap, {kSmallImageSize, kSmallImageSize}))
+                               : nullptr;
         if (!image) {
             return nullptr;
         }

@@ -70,7 +70,6 @@ void TextBoxWin32Gdi::pushState() {
 
 void TextBoxWin32Gdi::setText(const std::wstring& text) {
     if (getText() != text) {
-        const Mirroring mirroring(*this);
         SetWindowTextW(window(), withPairs(text).c_str());
     }
 }
@@ -121,25 +120,26 @@ bool TextBoxWin32Gdi::takeCharacter(wchar_t character) {
     const wchar_t high = std::exchange(typedHigh_, L'\0');
     if (character == kSelectAll) {
         send(EM_SETSEL, 0, -1);
-        return true;
-    }
-    if (IS_HIGH_SURROGATE(character)) {
+    } else if (IS_HIGH_SURROGATE(character)) {
         typedHigh_ = character;
-        return true;
-    }
-    if (!IS_LOW_SURROGATE(character)) {
+    } else if (IS_LOW_SURROGATE(character)) {
+        replaceSelection({high, character, L'\0'});
+    } else {
         return false;
     }
+    return true;
+}
+
+// By what was typed in two halves; without the first one it is nothing.
+void TextBoxWin32Gdi::replaceSelection(const std::array<wchar_t, 3>& pair) {
     const auto [start, end] = selectionOf(window());
     const DWORD length = static_cast<DWORD>(GetWindowTextLengthW(window())) - (end - start);
-    const std::array<wchar_t, 3> pair{high, character, L'\0'};
-    if (high == L'\0' || getAbstraction().isReadOnly() ||
+    if (pair.front() == L'\0' || getAbstraction().isReadOnly() ||
         length + 2 > static_cast<DWORD>(send(EM_GETLIMITTEXT))) {
         MessageBeep(MB_OK);
     } else {
         send(EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(pair.data()));
     }
-    return true;
 }
 
 void TextBoxWin32Gdi::moveOutOfPair(const WindowMessage& message) {

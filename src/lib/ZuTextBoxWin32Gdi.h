@@ -30,6 +30,7 @@ private:
     std::wstring getText() const;
     void takeChange();
     bool takeCharacter(wchar_t character);
+    void replaceSelection(const std::array<wchar_t, 3>& pair);
     void moveOutOfPair(const WindowMessage& message);
 
     // The first half of a pair that is being typed; 0 for none.

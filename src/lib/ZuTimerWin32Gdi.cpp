@@ -35,15 +35,15 @@ std::shared_ptr<TimerWindowWin32Gdi> TimerWindowWin32Gdi::ofThisThread() {
 
 bool TimerWin32Gdi::start() {
     stop();
-    return guarded(ZU_OPERATION, false, [this] {
+    guarded(ZU_OPERATION, [this] {
         window_->timers.emplace(++window_->lastNumber, this);
         number_ = window_->lastNumber;
         const UINT interval = std::clamp<UINT>(interval_, USER_TIMER_MINIMUM, USER_TIMER_MAXIMUM);
         if (SetTimer(window_->window.get(), number_, interval, &tick) == 0) {
             stop();
         }
-        return isRunning();
     });
+    return isRunning();
 }
 
 void TimerWin32Gdi::stop() {

@@ -18,9 +18,6 @@ namespace zustd {
 
 namespace {
 
-// Pixels of a small icon at a scaling factor of 1, inverted.
-constexpr double kFactorPerPixel = 0.0625;
-
 // Computed by the first request; 0.0 until then.
 constinit double scalingFactor = 0.0;
 
@@ -146,7 +143,7 @@ void WindowServiceWin32Gdi::closeMessage(int answer) {
 
 double WindowServiceWin32Gdi::getScalingFactor() {
     if (scalingFactor == 0.0) {
-        scalingFactor = GetSystemMetrics(SM_CXSMICON) * kFactorPerPixel;
+        scalingFactor = GetSystemMetrics(SM_CXSMICON) / double{kSmallImageSize};
         ZU_TRACE(L"WindowServiceWin32Gdi::getScalingFactor: setting scalingFactor to %lf",
                  scalingFactor);
     }

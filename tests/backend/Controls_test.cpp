@@ -18,8 +18,7 @@ extern "C" void* __imp_TrackMouseEvent IMPORT_SLOT("TrackMouseEvent", "@4");
 namespace zustd::test {
 namespace {
 
-// Widgets at random: what the program and the user do with one, and what its window
-// has to say then.
+// Widgets at random: what program and user do with one, and what its window says then.
 class MirrorTest : public SurfaceTest {
 protected:
     struct Holder : Control {
@@ -84,17 +83,14 @@ protected:
         tracked_ = request->dwFlags == TME_LEAVE ? request->hwndTrack : nullptr;
         return TRUE;
     }
-    // The field that lies on a control, or its own window.
-    static HWND innermost(const Control& control) {
-        const HWND part = GetWindow(nativeWindowOf(control), GW_CHILD);
-        return part != nullptr ? part : nativeWindowOf(control);
-    }
     // The pointer comes, a button or key ends the wait for the tooltip, the pointer goes.
     void hover(Control& control) {
         InputRouter& router = *holder_->surface()->inputRouter();
-        const HWND inner = innermost(control);
+        // The field that lies on a control, or its own window.
+        const HWND part = GetWindow(nativeWindowOf(control), GW_CHILD);
+        const HWND inner = part != nullptr ? part : nativeWindowOf(control);
         const std::wstring tooltip = tooltipTimerKey(control);
-        const int inside = inner != nativeWindowOf(control) ? -2 : 1;
+        const int inside = part != nullptr ? -2 : 1;
         sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
         EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
         sendMouse(inner, WM_MOUSEMOVE, {inside, inside});

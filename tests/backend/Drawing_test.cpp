@@ -187,6 +187,10 @@ TEST_F(DrawingTest, paint_absurdOrUnfinished_setsWhatIsSeenAndLeavesTheContextCl
     paint(canvas, [&] {
         EXPECT_EQ(thrownText([&] { backend().connect(canvas.context(), {}); }), L"!drawBusy_");
         EXPECT_EQ(thrownText([&] { graphics_->setPen(kRed, 0); }), L"width > 0");
+        EXPECT_EQ(
+            thrownText([&] { graphics_->drawGradient({}, kInk, kInk, zuGradientHorizontal); }),
+            L"gradientType == zuGradientVertical");
+        graphics_->drawLine({0, 1}, {9, 1});
         graphics_->setPen(kRed, kMost);
         graphics_->drawLine({0, -128}, {9, -128});
         EXPECT_EQ(canvas.pixel(0, 0), kWhite) << "no pen is wider than 256";

@@ -1,5 +1,4 @@
-// Trees and grids against plain lists: whatever the program, the user and the
-// system do, the portable half says and the control shows what the lists say.
+// Trees and grids against plain lists: both halves always say what the lists say.
 #include <optional>
 
 #include "support/ItemsTest.h"

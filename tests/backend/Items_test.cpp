@@ -1,5 +1,4 @@
-// Trees and grids with the system's own controls: what the user does with the
-// mouse and the keyboard, and how they look.
+// Trees and grids: what the user does with the mouse and the keyboard, and how they look.
 #include "support/ItemsTest.h"
 
 extern "C" void* __imp_OpenThemeData IMPORT_SLOT("OpenThemeData", "@8");
@@ -145,9 +144,16 @@ TEST_F(BackendItemsTest, fontsColoursAndImages_reachBothWindowsScaled) {
             ImageList_Draw(list, i, shown.context(), 0, 0, ILD_NORMAL);
             EXPECT_EQ(shown.pixel(16, 16) == kWhite, i == 2);
         }
-        int size[2]{};
-        ImageList_GetIconSize(list, &size[0], &size[1]);
-        EXPECT_TRUE(size[0] == 32 && size[1] == 32);
+    }
+    for (const auto& [factor, items, checks] : {std::tuple{2.0, 32, 32}, {0.01, 1, 4}}) {
+        WindowServiceWin32Gdi::setScalingFactor(factor);
+        window_->synchronizeTree();
+        for (const auto& [kind, extent] : {std::pair{TVSIL_NORMAL, items}, {TVSIL_STATE, checks}}) {
+            const LRESULT list = send(*tree_, TVM_GETIMAGELIST, WPARAM(kind));
+            int size[2]{};
+            ImageList_GetIconSize(reinterpret_cast<HIMAGELIST>(list), &size[0], &size[1]);
+            EXPECT_TRUE(size[0] == extent && size[1] == extent) << size[0];
+        }
     }
 }
 

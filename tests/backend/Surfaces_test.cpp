@@ -29,7 +29,7 @@ LRESULT CALLBACK answerAsHost(HWND window, UINT id, WPARAM wide, LPARAM extra) n
 
 TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     window_->setArrangement({.flow = Flow::kRows});
-    const auto child = show(service().createNativeWindow(), Rect::at({}, {50, 20}));
+    const auto child = show(makeWindow({9, 9}), Rect::at({}, {50, 20}));
     child->setPlacement({.autoSized = true});
     window_->setPlacement({.minimum = {250, 150}, .maximum = {400, 350}});
     for (const auto& [asked, got] : {std::pair{10, Size{250, 150}}, {900, {400, 350}}}) {
@@ -61,7 +61,6 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
     EXPECT_FALSE(window_->hasNativeObject()) << "made by another language";
 }
 
-// What nothing here uses, and what the system has to do with, is left to the system.
 TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
     const auto user = addProbe({0, 0, 49, 49});
     user->takeFocus();
@@ -356,7 +355,6 @@ TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotClos
     EXPECT_EQ(ApplicationServiceWin32Gdi().runMessageLoop(), 42) << "left for the application";
 }
 
-// A window of somebody else is disabled and shown as it is.
 TEST_F(SurfaceTest, hostWindow_dialogAndService_leaveItAsItWas) {
     const HWND host = CreateWindowW(L"STATIC", L"Host", WS_POPUP | WS_VISIBLE, 100, 100, 300, 200,
                                     nullptr, nullptr, nullptr, nullptr);

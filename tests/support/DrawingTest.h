@@ -1,5 +1,4 @@
-// What the tests of the Windows backend share: a canvas in memory whose pixels can be
-// asked for, and a loop of messages that ends.
+// A canvas in memory whose pixels can be asked for, and a loop of messages that ends.
 #pragma once
 
 #include "ZuBitmapWin32Gdi.h"

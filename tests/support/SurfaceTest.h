@@ -1,5 +1,4 @@
-// What the tests of the Windows backend share: a window of the toolkit with its
-// services, and a control that tells what reaches it.
+// A window of the toolkit with its services, and a control that tells what reaches it.
 #pragma once
 
 #include "ZuGeometryWin32Gdi.h"
