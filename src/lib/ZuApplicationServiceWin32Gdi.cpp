@@ -63,17 +63,6 @@ static_assert(ApplicationService::kKeyShift == kModifierShift &&
               ApplicationService::kKeyControl == kModifierControl &&
               ApplicationService::kKeyAlt == kModifierAlt);
 
-LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept {
-    if (code == HC_ACTION && !hasFlag(HIWORD(state), KF_UP) && hookedService != nullptr) {
-        guarded(L"ApplicationServiceWin32Gdi::keyboardHook", [&] {
-            hookedService->getAbstraction().sendMessage(
-                ApplicationService::kAppKeysPressed, MessageWord(static_cast<std::intptr_t>(key)),
-                MessageWord(static_cast<std::intptr_t>(heldModifiers())));
-        });
-    }
-    return CallNextHookEx(nullptr, code, key, state);
-}
-
 }  // namespace
 
 ApplicationServiceWin32Gdi::ApplicationServiceWin32Gdi()
@@ -217,6 +206,18 @@ std::wstring ApplicationServiceWin32Gdi::getCriticalErrorText(std::uint32_t code
         }
         return std::wstring(code < kTexts.size() ? kTexts[code] : L"Unknown error type") + kRequest;
     });
+}
+
+LRESULT CALLBACK ApplicationServiceWin32Gdi::keyboardHook(int code, WPARAM key,
+                                                          LPARAM state) noexcept {
+    if (code == HC_ACTION && !hasFlag(HIWORD(state), KF_UP) && hookedService != nullptr) {
+        guarded(ZU_OPERATION, [&] {
+            hookedService->getAbstraction().sendMessage(
+                ApplicationService::kAppKeysPressed, MessageWord(static_cast<std::intptr_t>(key)),
+                MessageWord(static_cast<std::intptr_t>(heldModifiers())));
+        });
+    }
+    return CallNextHookEx(nullptr, code, key, state);
 }
 
 bool ApplicationServiceWin32Gdi::installKeyboardHook() {

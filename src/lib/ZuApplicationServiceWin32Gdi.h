@@ -53,6 +53,8 @@ public:
     void logMemoryInfo() const;
 
 private:
+    static LRESULT CALLBACK keyboardHook(int code, WPARAM key, LPARAM state) noexcept;
+
     HINSTANCE moduleInstance_ = nullptr;
     HANDLE secondHostHandle_ = nullptr;
     std::wstring applicationName_;

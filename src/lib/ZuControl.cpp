@@ -315,6 +315,8 @@ void Control::synchronizeTree() {
 }
 
 void Control::showAnew() {
+    // Those who hear of it may drop the control.
+    const std::shared_ptr<Control> self = sharedReference(this);
     onJoinedSurface();
     synchronizeTree();
     refresh();
@@ -325,7 +327,7 @@ void Control::releaseTree() noexcept {
     const std::shared_ptr<Control> self = sharedReference(this);
     forEach(children_, [](Control& child) { child.releaseTree(); });
     if (IImplementation* native = backend()) {
-        guarded(L"Control::releaseNative", [native] { native->releaseNativeObject(); });
+        guarded(ZU_OPERATION, [native] { native->releaseNativeObject(); });
     }
 }
 
@@ -355,7 +357,7 @@ void Control::stateChanged() {
 
 void Control::endUpdate() {
     if (--updateDepth_ == 0 && std::exchange(updatePending_, false)) {
-        guarded(L"ControlUpdate::~ControlUpdate", [this] { showState(); });
+        guarded(ZU_OPERATION, [this] { showState(); });
     }
 }
 

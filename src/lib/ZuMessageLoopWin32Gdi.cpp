@@ -82,7 +82,7 @@ bool handleNextMessage(MSG& message) {
     if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
         return false;
     }
-    const bool used = guarded(L"handleNextMessage", false, [&] { return translateKey(message); });
+    const bool used = guarded(ZU_OPERATION, false, [&] { return translateKey(message); });
     if (!used) {
         TranslateMessage(&message);
         DispatchMessageW(&message);

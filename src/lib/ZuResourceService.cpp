@@ -25,7 +25,7 @@ std::wstring displayLanguage() {
 ZU_MESSAGE_KIND(ResourceService::kLanguageChanged, MessageWords::kText);
 
 std::wstring shownString(const IResourceService& resources, std::uint64_t key) {
-    return guarded(L"shownString", std::wstring(), [&] { return resources.getString(key); });
+    return guarded(ZU_OPERATION, std::wstring(), [&] { return resources.getString(key); });
 }
 
 bool ResourceService::selectLocale(std::wstring_view locale) {

@@ -8,8 +8,10 @@ namespace {
 
 constinit thread_local std::weak_ptr<TimerWindowWin32Gdi> windowOfThread;
 
-void CALLBACK tick(HWND, UINT, UINT_PTR number, DWORD) noexcept {
-    guarded(L"TimerWin32Gdi::handleMessage", [&] {
+}  // namespace
+
+void CALLBACK TimerWindowWin32Gdi::tick(HWND, UINT, UINT_PTR number, DWORD) noexcept {
+    guarded(ZU_OPERATION, [&] {
         // The last timer may be destroyed by its own tick; its window then goes when this ends.
         const std::shared_ptr<TimerWindowWin32Gdi> self = windowOfThread.lock();
         if (!self) {
@@ -20,8 +22,6 @@ void CALLBACK tick(HWND, UINT, UINT_PTR number, DWORD) noexcept {
         }
     });
 }
-
-}  // namespace
 
 std::shared_ptr<TimerWindowWin32Gdi> TimerWindowWin32Gdi::ofThisThread() {
     std::shared_ptr<TimerWindowWin32Gdi> shared = windowOfThread.lock();
@@ -39,7 +39,7 @@ bool TimerWin32Gdi::start() {
         window_->timers.emplace(++window_->lastNumber, this);
         number_ = window_->lastNumber;
         const UINT interval = std::clamp<UINT>(interval_, USER_TIMER_MINIMUM, USER_TIMER_MAXIMUM);
-        if (SetTimer(window_->window.get(), number_, interval, &tick) == 0) {
+        if (SetTimer(window_->window.get(), number_, interval, &TimerWindowWin32Gdi::tick) == 0) {
             stop();
         }
     });

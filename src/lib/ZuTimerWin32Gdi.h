@@ -23,6 +23,8 @@ struct TimerWindowWin32Gdi {
     // This thread's, made by the first who asks. Throws SystemException when there is
     // no window to be had.
     static std::shared_ptr<TimerWindowWin32Gdi> ofThisThread();
+    // What the system calls for a timer of this thread.
+    static void CALLBACK tick(HWND window, UINT message, UINT_PTR number, DWORD time) noexcept;
 };
 
 class TimerWin32Gdi : public Implementation<Timer, ITimerImpl> {

@@ -24,7 +24,6 @@ public:
     explicit LanguageListener(Control& surface) noexcept : surface_(surface) {}
 
     bool onReceiveMessage(const MessageKind& kind, MessageWord, MessageWord) override {
-        const std::shared_ptr<Control> alive = sharedReference<Control>(&surface_);
         const bool isLanguage = kind == ResourceService::kLanguageChanged;
         if (isLanguage) {
             surface_.showAnew();

@@ -35,7 +35,7 @@ int WindowService::showMessage(const std::wstring& text, const std::wstring& cap
                                std::uint32_t style, const std::wstring& rememberKey) {
     IWindowServiceImpl& backend = implementation();
     int answer = kAnswerNone;
-    guarded(L"WindowService::ask", [&] {
+    guarded(ZU_OPERATION, [&] {
         const auto preferences = rememberKey.empty() ? nullptr : preferencesOf(*this);
         MessageBoxContent box;
         box.text = text;

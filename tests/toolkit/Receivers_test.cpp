@@ -145,7 +145,7 @@ TEST(ReceiverTest, control_endedByAReceiver_survivesEveryOperationAndEvent) {
         [](C& c) { c.setBoundary({1, 2, 30, 40}); }, [](C& c) { c.acceptHover(!c.isHovered()); },
         [](C& c) { c.requireParent().arrange(); }, [](C& c) { other(c).takeFocus(); }, key<'X'>,
         [](C& c) { c.setVisible(false); }, [](C& c) { c.synchronizeTree(); }, key<kKeyTab>,
-        [](C& c) { c.arrange(); }});
+        [](C& c) { c.arrange(); }, [](C& c) { c.showAnew(); }});
 }
 
 TEST(ReceiverTest, widgets_endedByAReceiver_surviveEveryOperation) {
