@@ -18,8 +18,7 @@ extern "C" void* __imp_TrackMouseEvent IMPORT_SLOT("TrackMouseEvent", "@4");
 namespace zustd::test {
 namespace {
 
-// Widgets at random: what the program and the user do with one, and what its window
-// has to say then.
+// What program and user do with a widget, and what its window has to say then.
 class MirrorTest : public SurfaceTest {
 protected:
     struct Holder : Control {
@@ -143,7 +142,7 @@ void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Ch
         },
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
-        [&] { control.takeFocus(); },
+        [&] { control.isFocusable() && control.isShown() ? SetFocus(innermost(control)) : HWND{}; },
         [&] {
             SetFocus(nullptr);
             EXPECT_FALSE(control.hasFocus());
