@@ -1,5 +1,4 @@
-// What the tests of the Windows backend share: a window of the toolkit with its
-// services, and a control that tells what reaches it.
+// What the backend's tests share: a window with its services, a control that tells its input.
 #pragma once
 
 #include "ZuGeometryWin32Gdi.h"
