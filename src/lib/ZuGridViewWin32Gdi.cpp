@@ -233,13 +233,14 @@ void GridViewWin32Gdi::showTooltip(NMLVGETINFOTIPW& request) {
 
 // --- What the user does ---------------------------------------------------------------------
 
-LRESULT GridViewWin32Gdi::onNotify(NMHDR& header) {
+void GridViewWin32Gdi::onNotify(NMHDR& header, LRESULT& result) {
     switch (header.code) {
         case LVN_GETDISPINFOW:
             answerDisplay(reinterpret_cast<NMLVDISPINFOW&>(header).item);
             break;
         case LVN_ODFINDITEMW:
-            return find(reinterpret_cast<const NMLVFINDITEMW&>(header));
+            result = find(reinterpret_cast<const NMLVFINDITEMW&>(header));
+            break;
         case LVN_GETINFOTIPW:
             showTooltip(reinterpret_cast<NMLVGETINFOTIPW&>(header));
             break;
@@ -264,7 +265,6 @@ LRESULT GridViewWin32Gdi::onNotify(NMHDR& header) {
         default:
             break;
     }
-    return 0;
 }
 
 void GridViewWin32Gdi::acceptSelection(int from, int to, UINT oldState, UINT newState) {
@@ -314,14 +314,14 @@ bool GridViewWin32Gdi::acceptHeader(const NMHEADERW& change) {
     return width == 0;
 }
 
+// There may be no such row; the click or key is not the window's then either.
 bool GridViewWin32Gdi::toggle(std::size_t row) {
-    if (row == kNullSize) {
-        return false;
-    }
     SetFocus(window());
-    getAbstraction().acceptChecked(row, !model().isChecked(row));
-    // The receiver may have ended the window, and nobody hears it then.
-    mirrorRow(row);
+    if (row != kNullSize) {
+        getAbstraction().acceptChecked(row, !model().isChecked(row));
+        // The receiver may have ended the window, and nobody hears it then.
+        mirrorRow(row);
+    }
     return true;
 }
 

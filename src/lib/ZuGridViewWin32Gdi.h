@@ -38,7 +38,7 @@ protected:
 
     void initializeFromDescriptor() override;
     void pushState() override;
-    LRESULT onNotify(NMHDR& header) override;
+    void onNotify(NMHDR& header, LRESULT& result) override;
     bool onItemMessage(const WindowMessage& message, LRESULT& result) override;
     void reportActions() override;
     bool toggleAt(LPARAM point) override;

@@ -183,7 +183,7 @@ bool NativeControlWin32Gdi::handleMultiWindowMessage(const WindowMessage& messag
             onCommand(LOWORD(message.wide));
             return true;
         case WM_NOTIFY:
-            result = onNotify(*reinterpret_cast<NMHDR*>(message.extra));
+            onNotify(*reinterpret_cast<NMHDR*>(message.extra), result);
             return true;
         default:
             return hasField() && colorField(message, result);

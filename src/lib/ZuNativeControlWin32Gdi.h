@@ -92,7 +92,7 @@ protected:
     // What the parent hears of the control: the code of a command that is not the backend's
     // own doing, or of a request to scroll, and a notification with what is answered to it.
     virtual void onCommand(UINT) {}
-    virtual LRESULT onNotify(NMHDR&) { return 0; }
+    virtual void onNotify(NMHDR&, LRESULT&) {}
     // A message of the own window, after focus, hovering and unused keys.
     virtual bool onWindowMessage(const WindowMessage&, LRESULT&) { return false; }
     // Whether the control needs the key; others go to the surface.

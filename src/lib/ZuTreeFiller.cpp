@@ -96,7 +96,6 @@ bool TreeFiller::insertNext() {
     try {
         items_.insert(node);
     } catch (...) {
-        forget();
         state_ = state_ == TreeState::kEmpty ? state_ : TreeState::kStale;
         throw;
     }
@@ -140,7 +139,8 @@ void TreeFiller::goOn() {
 }
 
 void TreeFiller::restart() {
-    forget();
+    runs_.clear();
+    unsettled_.clear();
     if (const TreeNode first = items_.model().firstRoot(); first != kNoNode) {
         runs_.push_back(first);
     }

@@ -52,16 +52,11 @@ public:
     static constexpr std::size_t kSlice = 2000;
     static constexpr std::chrono::milliseconds kSliceTime{15};
 
-    // All outlive the filler. A failure to insert throws away what waits, and
-    // leaves a state other than kEmpty at kStale: what would follow has no place.
+    // All outlive the filler. A failure to insert leaves a state other than kEmpty at
+    // kStale: what would follow has no place.
     TreeFiller(ITreeItems& items, TreeState& state) noexcept : items_(items), state_(state) {}
 
     bool hasWork() const noexcept { return !runs_.empty() || !unsettled_.empty(); }
-    // Nothing waits any more.
-    void forget() noexcept {
-        runs_.clear();
-        unsettled_.clear();
-    }
 
     // After the native tree has lost all of its items: the first slice of them.
     void restart();
@@ -69,11 +64,6 @@ public:
     void work() { workSlice(&TreeFiller::workNext); }
     // Asks for the next slice, if something waits; without one all of it comes now.
     void goOn();
-    // With the next message, together with what else comes until then.
-    void workLater() {
-        state_ = TreeState::kBehind;
-        goOn();
-    }
 
     // Whether a node that was added can be given at once: what is above it on the screen is there.
     // Otherwise it belongs to a run, waits for a node that is to be opened, or cannot be seen.

@@ -135,7 +135,8 @@ void TreeViewWin32Gdi::mirrorExpanded(TreeNode node) {
     mirror(ZU_OPERATION, [&] {
         deferRedraw();
         filler_.settle(node);
-        filler_.workLater();
+        // The rest comes with the next message, together with what else does until then.
+        state_ = TreeState::kBehind;
     });
 }
 
@@ -207,9 +208,9 @@ Rect TreeViewWin32Gdi::getNodeBoundary(TreeNode node) const {
 
 // --- What the user does ---------------------------------------------------------------------
 
-LRESULT TreeViewWin32Gdi::onNotify(NMHDR& header) {
+void TreeViewWin32Gdi::onNotify(NMHDR& header, LRESULT& result) {
     if (isMirroring()) {
-        return 0;
+        return;
     }
     const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
     switch (header.code) {
@@ -217,7 +218,8 @@ LRESULT TreeViewWin32Gdi::onNotify(NMHDR& header) {
             selectionChanged_ = true;
             break;
         case TVN_ITEMEXPANDINGW:
-            return acceptExpanding(change) ? FALSE : TRUE;
+            result = acceptExpanding(change) ? FALSE : TRUE;
+            break;
         case TVN_ITEMEXPANDEDW:
             // Some versions pass the selection of a collapsed node on without a word.
             selectionChanged_ = true;
@@ -231,7 +233,6 @@ LRESULT TreeViewWin32Gdi::onNotify(NMHDR& header) {
         default:
             break;
     }
-    return 0;
 }
 
 // Whether the system may go on with it. A receiver that fills the node, or the

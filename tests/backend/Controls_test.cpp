@@ -139,7 +139,7 @@ void MirrorTest::expectMirrored(const std::shared_ptr<Control>& widget, const Ch
         },
         [&] { resources_->selectLocale(flip() ? L"en" : L"de"); },
         [&] { holder_->moveTo(anyPlace().position()); },
-        [&] { control.takeFocus(); },
+        [&] { control.isFocusable() && control.isShown() ? SetFocus(innermost(control)) : HWND{}; },
         [&] {
             SetFocus(nullptr);
             EXPECT_FALSE(control.hasFocus());

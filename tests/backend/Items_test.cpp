@@ -86,6 +86,8 @@ TEST_F(BackendItemsTest, columns_areAsDescribedAndGrowWhenTheyAreResized) {
         const HWND header = ListView_GetHeader(nativeWindowOf(*grid_));
         NMHEADERW moved{{header, 0, HDN_ITEMCHANGEDW}, 0, 0, item};
         ask(*grid_, WM_NOTIFY, moved);
+        moved.hdr.code = HDN_BEGINDRAG;
+        EXPECT_TRUE(ask(*grid_, WM_NOTIFY, moved)) << "columns keep their order";
     }
     grid_->resizeColumns();
     EXPECT_EQ(width(0), 1) << "0 stands for as much as is needed";

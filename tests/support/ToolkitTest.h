@@ -1,5 +1,4 @@
-// What the toolkit's tests share: a surface of 200 by 100 pixels with its mouse
-// and keyboard, a log of what its controls say, and sinks made of functions.
+// What the toolkit's tests share: a surface of 200 by 100 pixels, a log, sinks of functions.
 #pragma once
 
 #include "ZuResourceService.h"

@@ -171,8 +171,7 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
         return fork->isOpen();
     };
     const auto changed = [](Control& control) { control.notify(Control::kChangePreferredHeight); };
-    // Then both heights, where the text is, how many messages came by, and who has
-    // the focus. A header is 22 high, a text 16.
+    // Both heights, where the text is, messages, who has the focus. A header is 22, a text 16.
     // clang-format off
     const std::pair<std::function<bool()>, const wchar_t*> steps[] = {
         {[&] { return fork->setOpen(false); }, L"0 22 38 22 0"},

@@ -31,8 +31,7 @@ class MarkupTest : public ToolkitTest {
 protected:
     MarkupTest() { window_->setBoundary({0, 0, 399, 299}); }
 
-    // The view's sizes, now, preferred, and for a width of 50; then where its elements
-    // stand and how they are drawn.
+    // The view's sizes, now, preferred, and for a width of 50; then its elements as drawn.
     std::wstring look() const {
         const auto graphics = made<InkGraphics>();
         Texts& drawn = recordingOf<InkGraphics>(*graphics).journal;

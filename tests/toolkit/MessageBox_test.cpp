@@ -6,8 +6,7 @@
 namespace zustd::test {
 namespace {
 
-// A box in a dialog of its own, on a screen of 1024 by 768 pixels. The font's
-// letters are 7 pixels wide, its lines 14 high.
+// In a dialog of its own, on a screen of 1024 by 768. Letters are 7 wide, lines 14 high.
 class BoxViewTest : public ToolkitTest, public IMessageBoxBackend {
 protected:
     MessageBoxView& open(std::uint32_t style, const std::wstring& key = {}, double scaling = 1.0) {
@@ -58,8 +57,7 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
     const std::wstring dots = L"\x2026";
     const wchar_t* const kFull =
         L"0,0,443,671 0,0,443,597 345,636,431,659text 9001 12,610,171,627{IDS_DONOT";
-    // Text, style, title, key, scaling; places of dialog, paper, icon, buttons and check
-    // box; place of the text, and what is shown of it.
+    // Text, style, title, key, scaling; all places; that of the text, and what is shown of it.
     using Row = std::tuple<std::wstring, std::uint32_t, std::wstring, std::wstring, double,
                            std::wstring, std::wstring, std::wstring>;
     const Row kRows[] = {
