@@ -85,6 +85,8 @@ TEST_F(DrawnTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
                button->setChecked(true); button->setBoundary({1, 1, 50, 20}); box->addChild(makeControl<Control>()); tell(L"none"); },
          L"none; invalidate 10,10,59,59; sync 16,16,65,35"},
         {[&] { const ControlUpdate nothing(*button); }, L""},
+        {[&] { window_->connect(std::make_shared<FunctionSink>([](auto& kind, auto, MessageWord stays) { if (kind == Control::kClose) { *stays.object<bool>() = true; } }), false);
+               say(window_->acceptClose()); }, L"0"},
         {[&] { window_->removeChild(box.get()); }, L"leaveFocus; released; invalidate 10,10,59,59"},
         {[&] { box->setVisible(false); say(thrownText([&] { box->requireParent(); })); }, L"shouldRefresh; getParent()"}};
     // clang-format on
