@@ -83,14 +83,17 @@ protected:
         tracked_ = request->dwFlags == TME_LEAVE ? request->hwndTrack : nullptr;
         return TRUE;
     }
+    // The field that lies on a control, or its own window.
+    static HWND innermost(const Control& control) {
+        const HWND part = GetWindow(nativeWindowOf(control), GW_CHILD);
+        return part != nullptr ? part : nativeWindowOf(control);
+    }
     // The pointer comes, a button or key ends the wait for the tooltip, the pointer goes.
     void hover(Control& control) {
         InputRouter& router = *holder_->surface()->inputRouter();
-        // The field that lies on a control, or its own window.
-        const HWND part = GetWindow(nativeWindowOf(control), GW_CHILD);
-        const HWND inner = part != nullptr ? part : nativeWindowOf(control);
+        const HWND inner = innermost(control);
         const std::wstring tooltip = tooltipTimerKey(control);
-        const int inside = part != nullptr ? -2 : 1;
+        const int inside = inner != nativeWindowOf(control) ? -2 : 1;
         sendMouse(inner, WM_MOUSEMOVE, {inside, inside});
         EXPECT_EQ(std::exchange(tracked_, nullptr), inner);
         sendMouse(inner, WM_MOUSEMOVE, {inside, inside});

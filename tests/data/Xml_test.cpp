@@ -210,8 +210,7 @@ wstring randomText(Random& random) {
                              formatWide(L"%d.%06d5", random.below(99), random.below(999'999))};
     wstring text = random.pick(texts);
     for (std::size_t edits = random.below(5); edits > 0; --edits) {
-        const wchar_t unit =
-            random.pick(std::wstring_view(L"0019--+: .eyY\t\n\v\f\x1\x10\x1F\x7F"));
+        const wchar_t unit = random.pick(std::wstring_view(L"019--+: .eyY\t\n\v\f\x1\x10\x1F\x7F"));
         text.replace(random.below(text.size() + 1), random.below(3), 1, unit);
     }
     return text;

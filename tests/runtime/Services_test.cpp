@@ -165,10 +165,9 @@ TEST(TrackingPropertyBag, changes_areCountedAndAnnouncedOnceWhateverTheSinksDo) 
     EXPECT_EQ(heard(), Texts{cleared});
 }
 
-std::shared_ptr<ResourceService> makeInstalled(
-    const ResourceLibrary& library = compiledInResources()) {
+std::shared_ptr<ResourceService> makeInstalled(const ResourceLibrary& all = compiledInResources()) {
     auto service = makeService<ResourceService>();
-    ResourceServiceGeneric::install(*service, library);
+    ResourceServiceGeneric::install(*service, all);
     return service;
 }
 

@@ -40,7 +40,7 @@ bool isDue(const char* name, bool changes) {
 }
 
 std::string waiting;
-std::size_t process = 0;
+std::size_t next = 0;
 
 int playSystem(const char* command) {
     std::string line = command;
@@ -81,17 +81,16 @@ char* playGets(char* line, int size, FILE*) {
 HANDLE happened() { return CreateEventW(nullptr, TRUE, TRUE, nullptr); }
 
 HANDLE WINAPI playSnapshot(DWORD what, DWORD) {
-    process = 0;
+    next = 0;
     return what == TH32CS_SNAPPROCESS ? happened() : INVALID_HANDLE_VALUE;
 }
 // There is one before those of the play, which nobody compares.
 BOOL WINAPI playEntry(HANDLE, PROCESSENTRY32W* entry) {
-    if (process > play.processes.size() || entry->dwSize != sizeof(*entry)) {
+    if (next > play.processes.size() || entry->dwSize != sizeof(*entry)) {
         return FALSE;
     }
-    std::wcscpy(entry->szExeFile,
-                process == 0 ? L"outlook.exe" : play.processes[process - 1].c_str());
-    ++process;
+    std::wcscpy(entry->szExeFile, next == 0 ? L"outlook.exe" : play.processes[next - 1].c_str());
+    ++next;
     return TRUE;
 }
 BOOL WINAPI playProcess(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD,
