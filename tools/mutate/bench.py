@@ -55,14 +55,15 @@ class Build:
 class Bench:
     """One worker's place: its mirror of sources and build, its Wine prefix, its screen."""
 
-    def __init__(self, build, folder, prefix):
-        self.build, self.folder = build, folder
+    def __init__(self, build, folder, prefix, processor):
+        self.build, self.folder, self.processor = build, folder, processor
         self.environment = dict(os.environ, WINEPREFIX=prefix)
         self.limits = {}
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir(parents=True)
         self._mirror_sources()
         self._mirror_build()
+        self.settle()
         self._start_screen()
 
     def _mirror_sources(self):
@@ -79,6 +80,11 @@ class Bench:
             for file in (self.build.folder / name).glob("*.*"):
                 if file.suffix in (".exe", ".dll"):
                     (self.folder / "build" / name / file.name).symlink_to(file)
+
+    def settle(self):
+        """Keeps the calling thread, and what it starts from now on, to one processor: Wine and its
+        server wait for each other all the time, which takes long across processors."""
+        os.sched_setaffinity(0, {self.processor})
 
     def _start_screen(self):
         with tempfile.TemporaryFile() as told:
@@ -173,6 +179,7 @@ class Bench:
 
     def measure(self, programs):
         """Runs the programs without a plant; each must pass, and its time sets its limit."""
+        self.settle()
         for program in programs:
             outcome, seconds = self.run(program)
             if outcome != "passed":

@@ -15,6 +15,7 @@ original from outside, each with its reason; they are not drawn.
 """
 
 import argparse
+import os
 import queue
 import random
 import re
@@ -221,6 +222,7 @@ class Work:
 
 def work_off(work, own):
     """One worker's round."""
+    own.settle()
     while (taken := work.take()) is not None:
         plant, line = taken
         place = floor_of(plant.path), Path(plant.path).stem
@@ -259,9 +261,11 @@ def main():
         raise SystemExit("no such unit")
     print(f"seed {given.seed}: {sum(map(len, found))} plants in {len(found)} lines")
     benches, failures = [], queue.SimpleQueue()
+    processors = sorted(os.sched_getaffinity(0))
     try:
         for number, prefix in enumerate(given.prefix):
-            benches.append(bench.Bench(build, ROOT / "build" / "mutate" / str(number), prefix))
+            folder = ROOT / "build" / "mutate" / str(number)
+            benches.append(bench.Bench(build, folder, prefix, processors[number % len(processors)]))
         reached = {floor_of(line[0][0].path) for line in found}
         programs = {name for floor in reached for name in bench.PROGRAMS[floor]}
         benches[0].measure(sorted(programs))
