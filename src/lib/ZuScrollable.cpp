@@ -22,6 +22,11 @@ std::int32_t nearestView(std::int32_t position, std::int32_t extent, std::int32_
     return std::min(std::max(position, lowest), first);
 }
 
+// What a bar leaves of an extent: something always.
+std::int32_t leftBeside(std::int32_t bar, std::int32_t whole) noexcept {
+    return std::max(whole - bar, 1);
+}
+
 // What the view does to its bars it announces itself, and what a layout does nobody.
 template <class Change>
 void silently(NativeScrollBar& bar, Change&& change) {
@@ -191,7 +196,7 @@ void ScrollView::arrangeChildren() {
     Size wanted = measureContent(room);
     const auto giveColumn = [&] {
         thickness.width = barThickness(true);
-        room.width = std::max(whole.width - thickness.width, 1);
+        room.width = leftBeside(thickness.width, whole.width);
     };
     if (wanted.height > room.height) {
         giveColumn();
@@ -199,7 +204,7 @@ void ScrollView::arrangeChildren() {
     }
     if (wanted.width > room.width) {
         thickness.height = barThickness(false);
-        room.height = std::max(whole.height - thickness.height, 1);
+        room.height = leftBeside(thickness.height, whole.height);
         if (thickness.width == 0 && wanted.height > room.height) {
             giveColumn();
         }

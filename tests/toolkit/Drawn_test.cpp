@@ -284,16 +284,16 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
         EXPECT_EQ(view_->scrollBar(true)->position(), position.y);
     }
     EXPECT_FALSE(key(kKeyPageUp) || key('X') || key(kKeyDown, kModifierControl));
-    view_->scrollBar(true)->connect(log_, false);
+    view_->scrollBar(false)->connect(log_, false);
     log_->take();
     EXPECT_TRUE(mouse(MouseAction::kHorizontalWheel, {5, 5}, 60));
     EXPECT_TRUE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierShift));
     EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally scrolled scrolledhorizontally");
     EXPECT_FALSE(mouse(MouseAction::kWheel, {5, 5}, -120, kModifierControl));
     log_->take();
-    view_->scrollBar(true)->onKey({kKeyDown, 0});
-    EXPECT_EQ(log_->take(), L"scrolled scrolledvertically scrolled scrolledvertically");
-    EXPECT_EQ(view_->scrollPosition().y, 16);
+    view_->scrollBar(false)->onKey({kKeyLeft, 0});
+    EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally scrolled scrolledhorizontally");
+    EXPECT_EQ(view_->scrollPosition().x, 56);
     view_->scrollTo(Point{INT32_MAX, INT32_MIN});
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
     const auto bar = view_->scrollBar(true);

@@ -99,6 +99,7 @@ TEST_F(BoxViewTest, places_followTextTitleAndScaling) {
         EXPECT_EQ(places, expected);
         EXPECT_EQ(last_, shownAt + L" 9 " + shown);
         EXPECT_EQ(view_->boundary(), dialog_->boundary());
+        EXPECT_FALSE(view_->isChecked());
     }
 }
 

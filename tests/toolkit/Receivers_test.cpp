@@ -133,7 +133,7 @@ TEST(ReceiverTest, control_endedByAReceiver_survivesEveryOperationAndEvent) {
         return control->addChild(makeControl<Control>()), control;
     }, {[](C& c) { ColorsRef(c.colors())->setColor(ColorRole::kText, Color::rgb(0, 0, 0)); },
         [](C& c) { c.insertChild(0, makeControl<MarkupView>(L"text")); }, key<kKeyDown>,
-        [](C& c) { c.surface()->inputRouter()->acceptFocus(nullptr); }, mouse<MouseAction::kLeave>,
+        [](C& c) { c.surface()->inputRouter()->acceptFocus(&other(c)); }, mouse<MouseAction::kLeave>,
         [](C& c) { c.surface()->drawAsRoot(*c.graphicsService()); }, mouse<MouseAction::kLeftUp>,
         [](C& c) { c.addChild(c.requireParent().children()[1]); }, [](C& c) { c.releaseTree(); },
         [](C& c) { c.surface()->addChild(sharedReference(&c)); }, [](C& c) { c.showChildren(); },

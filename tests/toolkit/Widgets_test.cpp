@@ -154,10 +154,11 @@ TEST_F(WidgetTest, scrollBar_rangeKeysAndWheel_keepThePositionInside) {
         EXPECT_TRUE(flat->position() == horizontal && bar->position() == vertical) << turn;
     }
     EXPECT_FALSE(flat->onMouse({MouseAction::kWheel, {}, 120}) || flat->setRange(0, 99));
-    EXPECT_TRUE(flat->setPageSize(-3) && flat->pageSize() == 1);
+    EXPECT_TRUE(flat->setPageSize(-3) && flat->pageSize() == 1 && !bar->setLineSize(0));
     EXPECT_EQ(NativeScrollBar().preferredSize(), (Size{17, 1}));
     NativeProgressBar work;
     EXPECT_EQ(work.preferredSize(), (Size{160, 15}));
+    EXPECT_TRUE(work.setPosition(5) && work.position() == 5);
     EXPECT_TRUE(work.setRange(9, 2) && !work.setRange(9, 3) && work.position() == 9);
     flat->setRange(7, 7);
     EXPECT_FALSE(flat->onMouse({MouseAction::kHorizontalWheel, {}, 30}));
