@@ -180,7 +180,7 @@ TEST_F(DrawnTest, fork_toggledOrChanged_showsItsBodyAndTakesItsHeight) {
         {[&] { return click({30, 5}), fork->isOpen(); }, L"1 60 38 44 6 fork"},
         {[&] { return click({40, 27}), inner->isOpen(); }, L"0 44 22 44 7 inner"},
         {[&] { return changed(*label), true; }, L"1 44 22 44 1 inner"},
-        {[&] { return inner->setOpen(true); }, L"1 60 38 44 2 inner"},
+        {[&] { return told(), inner->setOpen(true) && told().starts_with(L"invalidate 16,22,66,43; invalidate 32,44,66,59; invalidate 16,22,66,59; toggle"); }, L"1 60 38 44 2 inner"},
         // A click beside what is inside does nothing, nor do keys for what is inside.
         {[&] { return click({95, 27}), fork->isOpen(); }, L"1 60 38 44 5 fork"},
         {[&] { return label->takeFocus() && inner->onKey({kKeyLeft, 0}); }, L"0 60 38 44 2"},
