@@ -1,5 +1,7 @@
 #include "ZuNativeTreeView.h"
 
+#include "ZuScope.h"
+
 namespace zustd {
 
 using enum MessageWords;
@@ -12,7 +14,8 @@ ZU_MESSAGE_KIND(NativeTreeView::kSelectionChanged, kObject);
 
 bool NativeTreeView::acceptExpanding(TreeNode node, bool expand) {
     const std::shared_ptr<Control> self = sharedReference<Control>(this);
-    expandingRefused_ = false;
+    // Receivers may expand another node meanwhile.
+    const ScopedValue refused(expandingRefused_, false);
     tell(expand ? kNodeExpanding : kNodeCollapsing, node);
     return !expandingRefused_;
 }
