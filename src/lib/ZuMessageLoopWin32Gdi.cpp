@@ -36,7 +36,7 @@ std::shared_ptr<Control> pressAccessKey(Control& outermost, wchar_t key) {
     }
     const auto focused = std::find_if(found.begin(), found.end(),
                                       [](const auto& control) { return control->hasFocus(); });
-    const std::shared_ptr<Control> next =
+    std::shared_ptr<Control> next =
         focused == found.end() || focused + 1 == found.end() ? found.front() : focused[1];
     next->takeFocus();
     if (found.size() == 1) {
