@@ -156,7 +156,7 @@ Size MessageBoxView::layOutPaper(Size most) {
         return graphics->measureTextSize(text, *font, width);
     };
     // A word that is longer than the lines makes all of them longer.
-    width = std::clamp(measured(text_).width, width, widest);
+    width = std::min(std::max(width, measured(text_).width), widest);
     text_ = cutToHeight(text_, highest, measured);
     const Size text = measured(text_);
     // Tabs are laid out anew within a narrower label, and may need more lines there.

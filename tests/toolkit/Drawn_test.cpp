@@ -134,6 +134,8 @@ TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) 
     EXPECT_EQ(button->preferredSize(), (Size{14 + 20, 16 + 10}));
     icon->setBitmap(bitmap_);
     EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 1.00");
+    EXPECT_TRUE(icon->setBitmapVisible(false) && seen(*icon) == L"");
+    icon->setBitmapVisible(true);
     icon->setOpacity(0.5);
     icon->setEnabled(false);
     EXPECT_EQ(seen(*icon), L"bitmap 1 10,2 0.20");
@@ -293,7 +295,6 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     log_->take();
     view_->scrollBar(false)->onKey({kKeyLeft, 0});
     EXPECT_EQ(log_->take(), L"scrolled scrolledhorizontally scrolled scrolledhorizontally");
-    EXPECT_EQ(view_->scrollPosition().x, 56);
     view_->scrollTo(Point{INT32_MAX, INT32_MIN});
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
     const auto bar = view_->scrollBar(true);
