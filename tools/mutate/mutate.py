@@ -139,8 +139,14 @@ class Excuse:
 
 def excuses():
     """The rows of the file; a row that cannot be read ends the run."""
-    rows = EXCUSED.read_text(encoding="utf-8").split("\n")
-    return [Excuse(row) for row in rows if row and not row.startswith("#")]
+    found = []
+    for row in EXCUSED.read_text(encoding="utf-8").split("\n"):
+        if row and not row.startswith("#"):
+            try:
+                found.append(Excuse(row))
+            except ValueError as failure:
+                raise SystemExit(f"{EXCUSED.name}: {failure}: {row}") from failure
+    return found
 
 
 def candidates(units, build):

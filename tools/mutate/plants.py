@@ -40,7 +40,7 @@ NO_CALL = ("return", "if", "for", "while", "switch", "sizeof", "static_assert", 
 COMMUTATIVE = re.compile(r"(?:\b(?:saturatedSum|hasFlag|equalsIgnoringAsciiCase|eq_int_type|isSame|isFar|"
                          r"contentSize|turn|_mm_cmpeq_epi16|_mm_add_epi32|_mm_madd_epi16)|"
                          r"std::(?:min|max|swap|gcd|memcmp|wcscmp)(?:<[\w:]+>)?)\($")
-# The library takes the larger of the first two.
+# They take the larger of the first two.
 CLAMP = re.compile(r"(?:\bwithin|std::clamp(?:<[\w:]+>)?)\($")
 # Nobody sees that a buffer has room for one more.
 ROOM = re.compile(r"std::array<[^;{=]*, \d+>")
