@@ -140,7 +140,8 @@ public:
                   const TextFormat& how) override {
         note(L"text", area, text, sizeOf(font), font.style().underline ? L"u" : L"", color,
              static_cast<int>(how.horizontal), static_cast<int>(how.vertical),
-             formatWide(L"%d%d%d", how.wordWrap, how.ellipsis, how.accelerators));
+             formatWide(font.style().bold ? L"%d%d%d b" : L"%d%d%d", how.wordWrap, how.ellipsis,
+                        how.accelerators));
     }
     Size measureTextSize(std::wstring_view text, const Font& font, std::int32_t width) override {
         const Size whole{measureTextWidth(text, font), sizeOf(font) + 5};

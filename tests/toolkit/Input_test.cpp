@@ -124,7 +124,7 @@ TEST_F(InputTest, tooltip_pointerRests_showsAfterTheDelayUntilItMovesOn) {
          L"What it is 11  #000000 0 0 100; leaveHovering"},
         {2.0,
          L"113,224,216,251; fill 0,0,103,27 #ffffe1; pen #767676 1; frame 0,0,103,27; text "
-         L"12,6,91,21 What it is 11  #010203 0 0 100; leaveHovering"}};
+         L"12,6,91,21 What it is 11  #010203 0 0 100 b; leaveHovering"}};
     for (const auto& [scaling, expected] : rows) {
         native().scalingFactor = scaling;
         if (scaling > 1.0) {

@@ -187,7 +187,8 @@ class Bench:
             self.limits[program] = 3 * seconds + 30
 
     def try_plant(self, plant, sources, floor, unit):
-        """What the tests say to one plant: killed by a program, hung, survived, or not compiled."""
+        """What the tests say to one plant: killed by a program, hung or survived; or that it does not
+        compile, or compiles to the same code as the original."""
         mirrored = self.folder / plant.path
         original = self.build.root / plant.path
         lines = original.read_text(encoding="utf-8").split("\n")
@@ -195,16 +196,27 @@ class Bench:
         mirrored.unlink()
         mirrored.write_text("\n".join(lines), encoding="utf-8")
         try:
-            objects = {}
-            for number, source in enumerate(sources):
-                made = self._compile(source, number)
-                if made is None:
-                    return "not compiled", ""
-                objects[Path(source).name + ".obj"] = made
-            return self._judge(objects, floor, unit)
+            objects = self._compile_all(sources)
+            outcome = self._judge(objects, floor, unit) if objects else ("not compiled", "")
+            # Read before the next compilation takes their place.
+            code = [made.read_bytes() for made in objects.values()]
         finally:
             mirrored.unlink()
             mirrored.symlink_to(original)
+        if outcome[0] == "survived":
+            if code == [made.read_bytes() for made in self._compile_all(sources).values()]:
+                return "the same code", ""
+        return outcome
+
+    def _compile_all(self, sources):
+        """The objects of sources by name; none at all when one does not compile."""
+        objects = {}
+        for number, source in enumerate(sources):
+            made = self._compile(source, number)
+            if made is None:
+                return {}
+            objects[Path(source).name + ".obj"] = made
+        return objects
 
     def _judge(self, objects, floor, unit):
         programs = list(PROGRAMS[floor])

@@ -212,7 +212,7 @@ class Work:
             return next(self.drawn, None)
 
     def put(self, plant, line, outcome, program):
-        """Notes an outcome; what did not compile is drawn anew."""
+        """Notes an outcome; what is no plant is drawn anew."""
         with self.lock:
             if outcome not in OUTCOMES:
                 self.discarded[outcome] += 1
@@ -233,7 +233,7 @@ def work_off(work, own):
         plant, line = taken
         place = floor_of(plant.path), Path(plant.path).stem
         outcome, program = own.try_plant(plant, family(plant.path), *place)
-        if outcome == "survived" and plant.path.endswith(".h"):
+        if outcome in ("survived", "the same code") and plant.path.endswith(".h"):
             wide = wide_family(plant.path, plant.line)
             outcome, program = (own.try_plant(plant, wide, *place) if wide
                                 else ("in too many sources", ""))
