@@ -224,7 +224,7 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
 TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
     const auto isReported = [this](void*& slot, auto* replacement, auto&& operation,
                                    const std::string& report, const std::string& left) {
-        writeBytes(file_, "bytes");
+        writeBytes(file_, left.empty() ? "" : "bytes");
         text_ = L"longer bytes";
         const TraceCapture trace;
         {
@@ -236,9 +236,7 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
         EXPECT_EQ(trace.bytes().find(line) == std::string::npos, report.empty());
         EXPECT_EQ(readBytes(file_), left);
     };
-    static const auto handleOf = [](int file) {
-        return reinterpret_cast<HANDLE>(_get_osfhandle(file));
-    };
+    static const auto handleOf = [](int f) { return reinterpret_cast<HANDLE>(_get_osfhandle(f)); };
     // A file ends before its size, the last bytes are lost, a disk has room for so many bytes.
     const auto none = +[](void*, std::size_t, std::size_t, std::FILE*) { return std::size_t{}; };
     isReported(__imp_fread, none, Loader::load, "cannot read file", "bytes");
@@ -253,8 +251,9 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
     };
     for (const unsigned free : {0U, 1U, 6U, 12U}) {
         room = free;
+        const char* const left = free == 1 ? "" : free < 12 ? "bytes" : "longer bytes";
         isReported(__imp__write, writeIfThereIsRoom, Loader::save,
-                   free < 12 ? "cannot write to file" : "", free < 12 ? "bytes" : "longer bytes");
+                   free < 12 ? "cannot write to file" : "", left);
     }
 }
 
