@@ -138,6 +138,9 @@ TEST(MemoryReport, getMemoryInfo_hasItsFiveLinesAndCountsTheHeap) {
     const auto number = [&](std::size_t i) { return std::stod(found[i]); };
     EXPECT_GT(number(3), 400 * 10'001 / 1048576.0);
     EXPECT_NEAR(number(2), number(3) + number(4) + number(5) + number(6), 0.03);
+    const TraceCapture trace;
+    EXPECT_EQ((AllocationLimit(0), GetCrtHeapInfo()), L"");
+    EXPECT_EQ(trace.messages().at(0), "GetCrtHeapInfo: catched std::bad_alloc: std::bad_alloc");
 }
 
 TEST(Text, formattedConvertedOrFolded_isWholeOrLossyAndNoWildcard) {
