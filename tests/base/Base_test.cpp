@@ -296,9 +296,7 @@ TEST(LateLoading, libraryOfAnOldSystem_isTakenFromItsFolderOrNamed) {
     requireWindowLibraries();
     EXPECT_EQ(collected, (Texts{L"", L"user32.dll", L"gdi32.dll", L"comctl32.dll", L"ole32.dll",
                                 L"msimg32.dll", L"oleaut32.dll", L"uxtheme.dll"}));
-    const auto failure = [](LateFunction of) {
-        return thrownText([&] { resolveLateFunction(of); });
-    };
+    const auto failure = [](LateFunction f) { return thrownText([&] { resolveLateFunction(f); }); };
     SetLastError(7);
     EXPECT_EQ(resolveLateFunction({&slot, "msi.dll", "MsiCloseHandle"}), slot);
     EXPECT_EQ(failure({&slot, "msi.dll", "G"}), L"Could not find G in msi.dll (system error 127)");
