@@ -6,13 +6,14 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 namespace zustd {
 
 namespace {
 
 bool put(int file, std::string_view bytes) noexcept {
-    constexpr std::size_t kMost = 1 << 30;  // as far as the call's number takes
+    constexpr std::size_t kMost = std::numeric_limits<int>::max();  // what the call can answer
     while (!bytes.empty()) {
         const auto piece = static_cast<unsigned>(std::min(bytes.size(), kMost));
         const int written = _write(file, bytes.data(), piece);

@@ -110,10 +110,10 @@ void traceCaughtWhat(const wchar_t* format, const wchar_t* operation, const char
     if (!isTraced(kTraceLevelReport)) {
         return;
     }
-    std::array<wchar_t, kMessageLength + 1> wide{};
-    // What is too long is cut in front of the last, which stays 0.
-    MultiByteToWideChar(CP_ACP, 0, what, -1, wide.data(), static_cast<int>(kMessageLength));
-    trace(kTraceLevelReport, format, operation, wide.data());
+    // What is too long is cut, with zeros behind it.
+    wchar_t wide[kLineLength]{};
+    MultiByteToWideChar(CP_ACP, 0, what, -1, wide, static_cast<int>(kMessageLength));
+    trace(kTraceLevelReport, format, operation, wide);
 }
 
 struct HeapTotals {

@@ -210,12 +210,10 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
     const Lines lines = trace.messages();
     EXPECT_EQ(lines[0].find("throwing: 'Directory:listDirectory() failed', in "), 0U);
     EXPECT_EQ(lines[1].find("throwing: 'Directory:createDirectory() failed', in "), 0U);
-    EXPECT_EQ(text_, L"old");
-    EXPECT_EQ(readBytes(file_), texts[3].second);
+    EXPECT_TRUE(text_ == L"old" && readBytes(file_) == texts[3].second);
     EXPECT_TRUE(Loader::save(L"NUL", L"a")) << "a device has no length";
     writeBytes(file_, "ab\xC3");
-    EXPECT_FALSE(Loader::load(file_, text_));
-    EXPECT_EQ(text_, L"ab");
+    EXPECT_TRUE(!Loader::load(file_, text_) && text_ == L"ab");
     writeBytes(file_, "<bag><hmap><p><k>a</k><t>long</t><v>1</v></p><p><k>b</w>");
     EXPECT_FALSE(Loader::loadSerializedString(file_, bag_));
     EXPECT_TRUE(bag_.getLong(L"a", 0) == 1 && bag_.size() == 1) << "read before the fault";
@@ -224,7 +222,7 @@ TEST_F(LoaderTest, saveAndLoad_anyText_writeAndReadExactBytes) {
 TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
     const auto isReported = [this](void*& slot, auto* replacement, auto&& operation,
                                    const std::string& report, const std::string& left) {
-        writeBytes(file_, "bytes");
+        writeBytes(file_, left.empty() ? "" : "bytes");
         text_ = L"longer bytes";
         const TraceCapture trace;
         {
@@ -236,9 +234,7 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
         EXPECT_EQ(trace.bytes().find(line) == std::string::npos, report.empty());
         EXPECT_EQ(readBytes(file_), left);
     };
-    static const auto handleOf = [](int file) {
-        return reinterpret_cast<HANDLE>(_get_osfhandle(file));
-    };
+    static const auto handleOf = [](int f) { return reinterpret_cast<HANDLE>(_get_osfhandle(f)); };
     // A file ends before its size, the last bytes are lost, a disk has room for so many bytes.
     const auto none = +[](void*, std::size_t, std::size_t, std::FILE*) { return std::size_t{}; };
     isReported(__imp_fread, none, Loader::load, "cannot read file", "bytes");
@@ -253,8 +249,9 @@ TEST_F(LoaderTest, transferThatFails_fullDiskOrCutFile_isFalseAndReported) {
     };
     for (const unsigned free : {0U, 1U, 6U, 12U}) {
         room = free;
+        const char* const left = free == 1 ? "" : free < 12 ? "bytes" : "longer bytes";
         isReported(__imp__write, writeIfThereIsRoom, Loader::save,
-                   free < 12 ? "cannot write to file" : "", free < 12 ? "bytes" : "longer bytes");
+                   free < 12 ? "cannot write to file" : "", left);
     }
 }
 
