@@ -260,7 +260,7 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
         {{'R'}, first, moved}, {{'R'}, second, moved}, {{'R'}, first, moved},
         {{'O'}, other, L"leaveFocus enterFocus leftClicked"}, {{VK_SHIFT, VK_TAB}, field, moved},
         {{VK_SHIFT, VK_TAB}, box, moved}, {{VK_RETURN}, box, L"textChanged"},
-        {{VK_CONTROL, VK_RETURN}, box, L"leftClicked"}};
+        {{VK_CONTROL, VK_RETURN}, box, L"leftClicked"}, {{VK_TAB}, field, moved}};
     // clang-format on
     for (const auto& [keys, focused, messages] : kRows) {
         press(keys);
