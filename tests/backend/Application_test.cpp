@@ -39,7 +39,6 @@ TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
         .setModuleInstance(GetModuleHandleW(L"kernel32.dll"));
     GetSystemDirectoryW(text, MAX_PATH);
     EXPECT_EQ(_wcsicmp(application_->getApplicationDirectory().c_str(), text), 0);
-    EXPECT_TRUE(application_->openDocument(text + std::wstring(L"\\rundll32.exe")));
     application_->setApplicationName(L"Tests of the backend");
     const std::wstring data = application_->getUserAppDataDirectory() + L"\\Tests of the backend";
     for (const bool create : {false, true}) {
