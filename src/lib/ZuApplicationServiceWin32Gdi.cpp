@@ -79,8 +79,9 @@ std::shared_ptr<WindowService> ApplicationServiceWin32Gdi::createActiveWindowSer
         return service;
     }
     if (allowForeground) {
-        ZU_TRACE(L"%ls: trying foreground window", kOperation);
-        if (auto service = serviceOf(GetForegroundWindow(), kOperation, L"foreground")) {
+        constexpr const wchar_t* kForeground = L"foreground";
+        ZU_TRACE(L"%ls: trying %ls window", kOperation, kForeground);
+        if (auto service = serviceOf(GetForegroundWindow(), kOperation, kForeground)) {
             return service;
         }
     }

@@ -57,7 +57,7 @@ int DialogWin32Gdi::show(bool modal) {
 
 void DialogWin32Gdi::setShown(bool shown) {
     if (!shown) {
-        hide(kAnswerNone);
+        getAbstraction().hide(kAnswerNone);
     } else if (!getAbstraction().isOpen()) {
         if (IsWindowVisible(window())) {
             getAbstraction().acceptOpen();
@@ -93,7 +93,7 @@ int DialogWin32Gdi::showModal(std::shared_ptr<Control> alive) {
     // From here on the dialog may be gone, unless no more messages come.
     alive.reset();
     if (!session.run()) {
-        internalHide(kAnswerNone);
+        getAbstraction().hide(kAnswerNone);
     }
     return session.result();
 }
@@ -114,15 +114,13 @@ void DialogWin32Gdi::showNonModal() {
 }
 
 void DialogWin32Gdi::internalHide(int result) {
-    NativeDialog& dialog = getAbstraction();
-    const std::shared_ptr<Control> alive = sharedReference<Control>(&dialog);
-    if (!dialog.isOpen()) {
+    if (!getAbstraction().isOpen()) {
         return;
     }
-    dialog.acceptClosed(result);
+    getAbstraction().acceptClosed(result);
     // Those that this one owns cannot stay.
     while (auto* inner = dynamic_cast<DialogWin32Gdi*>(of(ModalSession::dialogOver(window())))) {
-        inner->internalHide(kAnswerNone);
+        inner->getAbstraction().hide(kAnswerNone);
     }
     const bool wasActive = GetActiveWindow() == window();
     if (ModalSession* session = std::exchange(session_, nullptr)) {

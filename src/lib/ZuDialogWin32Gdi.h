@@ -32,6 +32,7 @@ public:
     // Makes the window, with everything on it and the owner of the moment; whether it could.
     bool makeReady();
     // What show() and hide() do; the first two need a window, the first gives up the reference.
+    // Who hears of the last one may drop the dialog, which its caller holds.
     int showModal(std::shared_ptr<Control> alive);
     void showNonModal();
     void internalHide(int result);

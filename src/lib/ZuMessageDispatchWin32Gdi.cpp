@@ -108,13 +108,13 @@ bool WindowAttachment::attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& h
     return isWatched;
 }
 
-void WindowAttachment::detach() noexcept {
-    if (const HWND window = std::exchange(window_, nullptr)) {
-        // Another thread knows nothing of it.
-        if (Watch* watch = watchOf(window)) {
-            watch->attachment = nullptr;
-        }
+HWND WindowAttachment::detach() noexcept {
+    const HWND window = std::exchange(window_, nullptr);
+    // Another thread knows nothing of it.
+    if (Watch* watch = window != nullptr ? watchOf(window) : nullptr) {
+        watch->attachment = nullptr;
     }
+    return window;
 }
 
 LRESULT answerByDefault(const WindowMessage& message) noexcept {

@@ -38,7 +38,8 @@ public:
     // false, with nothing attached, when either is another thread's. Failures are reported
     // under the operation's name, which is not copied.
     bool attach(HWND window, IMultiWindowMessageHandlerWin32Gdi& handler, const wchar_t* operation);
-    void detach() noexcept;
+    // From which window; null for none.
+    HWND detach() noexcept;
 
     // Null without a window, and after the window's last message.
     HWND window() const noexcept { return window_; }

@@ -143,8 +143,7 @@ void NativeControlWin32Gdi::synchronizeFont(const std::shared_ptr<FontDescriptor
 
 void NativeControlWin32Gdi::destroyWindow() noexcept {
     part_.detach();
-    if (const HWND window = attachment_.window()) {
-        attachment_.detach();
+    if (const HWND window = attachment_.detach()) {
         if (isAnswering() && guarded(operation_, [&] { doomed_.push_back(window); })) {
             ShowWindow(window, SW_HIDE);
         } else {
@@ -202,13 +201,16 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
         result = answerByDefault(message) | DLGC_WANTMESSAGE;
         return true;
     }
+    if (message.id == WM_LBUTTONDOWN || message.id == WM_RBUTTONDOWN || message.id == WM_KEYDOWN ||
+        message.id == WM_SYSKEYDOWN) {
+        control().hideTooltip();
+    }
+    // The router keeps its surface while it is at work.
     Control* surface = control().surface();
     InputRouter* router = surface != nullptr ? surface->inputRouter() : nullptr;
     if (router == nullptr) {
         return onWindowMessage(message, result);
     }
-    // Its router is used after messages that may drop it.
-    const std::shared_ptr<Control> held = sharedReference(surface);
     switch (message.id) {
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
@@ -218,13 +220,8 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
         case WM_MOUSELEAVE:
             reportHover(*router, message);
             break;
-        case WM_LBUTTONDOWN:
-        case WM_RBUTTONDOWN:
-            control().hideTooltip();
-            break;
         case WM_KEYDOWN:
         case WM_SYSKEYDOWN:
-            control().hideTooltip();
             if (routeUnusedKey(*router, message)) {
                 return true;
             }

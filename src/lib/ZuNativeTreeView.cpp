@@ -38,15 +38,8 @@ void TreeViewImplementation::setEnableRedraw(bool enable) {
     }
 }
 
-TreeNode TreeViewImplementation::addChildNode(TreeNode parent, const std::wstring& key,
-                                              const std::wstring& caption) {
-    ZU_ASSERT_AS(model().contains(parent), L"contains(node)", ZU_HERE);
-    return added(model().addChild(parent, key, caption));
-}
-
 void TreeViewImplementation::removeNode(TreeNode node) {
-    ZU_ASSERT_AS(model().contains(node), L"contains(node)", ZU_HERE);
-    mirror(true, &Self::mirrorRemoving, node);
+    mirror(model().contains(node), &Self::mirrorRemoving, node);
     model().remove(node);
 }
 

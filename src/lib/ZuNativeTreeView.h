@@ -197,10 +197,12 @@ class TreeViewImplementation : public Implementation<NativeTreeView, INativeTree
 public:
     void setEnableRedraw(bool enable) override;
     TreeNode addRootNode(const std::wstring& key, const std::wstring& caption) override {
-        return added(model().addChild(kNoNode, key, caption));
+        return added(model().addRoot(key, caption));
     }
     TreeNode addChildNode(TreeNode parent, const std::wstring& key,
-                          const std::wstring& caption) override;
+                          const std::wstring& caption) override {
+        return added(model().addChild(parent, key, caption));
+    }
     TreeNode addSiblingNode(TreeNode sibling, const std::wstring& key,
                             const std::wstring& caption) override {
         return added(model().addSibling(sibling, key, caption));

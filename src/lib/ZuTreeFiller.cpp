@@ -35,13 +35,10 @@ bool TreeFiller::isNext(TreeNode node) const {
 void TreeFiller::drop(TreeNode node) {
     const TreeModel& model = items_.model();
     const TreeNode beyond = model.nextBeyond(node);
-    for (TreeNode& first : runs_) {
-        if (model.contains(first) && model.isAncestorOf(node, first)) {
-            first = beyond;
-        }
-    }
-    std::erase(runs_, kNoNode);
-    // What stood behind nodes that nobody has asked for yet is next now.
+    std::erase_if(runs_, [&](TreeNode first) {
+        return !model.contains(first) || model.isAncestorOf(node, first);
+    });
+    // What stood behind it, or behind nodes that nobody has asked for yet, is next now.
     if (beyond != kNoNode && !isThere(beyond) && isOpen(model.parent(beyond)) &&
         (runs_.empty() || runs_.front() != beyond)) {
         runs_.push_front(beyond);
@@ -110,16 +107,12 @@ bool TreeFiller::workNext() {
         unsettled_.pop_front();
     }
     const bool collapses = !unsettled_.empty() && !model.isExpanded(unsettled_.front());
-    if (!collapses && insertNext()) {
-        return true;
+    if ((collapses || !insertNext()) && !unsettled_.empty()) {
+        const TreeNode node = unsettled_.front();
+        unsettled_.pop_front();
+        settle(node);
     }
-    if (unsettled_.empty()) {
-        return false;
-    }
-    const TreeNode node = unsettled_.front();
-    unsettled_.pop_front();
-    settle(node);
-    return true;
+    return hasWork();
 }
 
 void TreeFiller::workSlice(bool (TreeFiller::*step)()) {

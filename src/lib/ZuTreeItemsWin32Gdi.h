@@ -42,7 +42,7 @@ protected:
     // For kNoNode, or without item, none.
     void selectItem(TreeNode node) { send(TVM_SELECTITEM, TVGN_CARET, wordOf(node)); }
     void scrollTo(TreeNode node) { send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, wordOf(node)); }
-    void makeVisible(TreeNode node) { sendData(TVM_ENSUREVISIBLE, itemOf(node)); }
+    void makeVisible(TreeNode node) { sendMirroring(TVM_ENSUREVISIBLE, 0, wordOf(node)); }
 
     // Null as long as the window does not have the node.
     HTREEITEM itemOf(TreeNode node) const;

@@ -35,10 +35,16 @@ TreeModel::Index TreeModel::indexOf(TreeNode node) const {
 
 // --- Changes --------------------------------------------------------------------------------
 
-TreeNode TreeModel::addChild(TreeNode parent, std::wstring_view key, const std::wstring& caption) {
-    const Index above = parent == kNoNode ? kNone : indexOf(parent);
+TreeNode TreeModel::addRoot(std::wstring_view key, const std::wstring& caption) {
     const Index index = take(key, caption);
-    link(index, above, above == kNone ? lastRoot_ : nodes_[above].lastChild);
+    link(index, kNone, lastRoot_);
+    return handleOf(index);
+}
+
+TreeNode TreeModel::addChild(TreeNode parent, std::wstring_view key, const std::wstring& caption) {
+    const Index above = indexOf(parent);
+    const Index index = take(key, caption);
+    link(index, above, nodes_[above].lastChild);
     return handleOf(index);
 }
 

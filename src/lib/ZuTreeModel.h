@@ -37,11 +37,12 @@ public:
     }
     TreeNode nodeAt(std::uint32_t place) const noexcept;
 
-    // A new node as the last child of a parent, or as the last root for
-    // kNoNode; directly after a sibling. The key may be empty; one that is in
-    // use fails the assertion "key.empty() || !nodesByKey_.contains(key)".
+    // A new node as the last root, as the last child of a parent, or directly
+    // after a sibling. The key may be empty; one that is in use fails the
+    // assertion "key.empty() || !nodesByKey_.contains(key)".
     // Nodes passed here and below must exist, or the assertion
     // "contains(node)" fails.
+    TreeNode addRoot(std::wstring_view key, const std::wstring& caption);
     TreeNode addChild(TreeNode parent, std::wstring_view key, const std::wstring& caption);
     TreeNode addSibling(TreeNode sibling, std::wstring_view key, const std::wstring& caption);
     // With all below it.

@@ -56,7 +56,6 @@ void TreeViewWin32Gdi::fill() {
 
 void TreeViewWin32Gdi::workOn() {
     state_ = TreeState::kCurrent;
-    const Mirroring mirroring(*this);
     // Not one that has been scrolled away meanwhile.
     const TreeNode held = boundaryOf(held_).isEmpty() ? kNoNode : held_;
     {
@@ -168,7 +167,6 @@ void TreeViewWin32Gdi::reveal(TreeNode node) {
 // A node that could not be brought into the window goes on waiting.
 void TreeViewWin32Gdi::showAwaited() {
     if (isReady() && isRedrawEnabled() && model().contains(awaitsVisible_)) {
-        const Mirroring mirroring(*this);
         reveal(awaitsVisible_);
         hold(std::exchange(awaitsVisible_, kNoNode));
     }

@@ -84,17 +84,18 @@ bool WindowHandlerWin32Gdi::handleMouse(const WindowMessage& message, LRESULT& r
     if (isWheel(*event)) {
         return handleWheel(*event);
     }
+    InputRouter& router = *surface().inputRouter();
+    std::shared_ptr<Control> left;
     if (event->action == MouseAction::kLeave) {
         tracksLeaving_ = false;
-        // The pointer may be known to be on a native control by now.
-        if (const auto hovered = surface().inputRouter()->hovered();
-            hovered && hovered->backend() != nullptr) {
-            return true;
-        }
+        left = router.hovered();
     } else {
         trackLeaving(window_, tracksLeaving_);
     }
-    surface().inputRouter()->routeMouse(*event);
+    // The pointer may be known to be on a native control by now.
+    if (!left || left->backend() == nullptr) {
+        router.routeMouse(*event);
+    }
     return true;
 }
 

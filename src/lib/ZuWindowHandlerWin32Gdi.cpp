@@ -87,21 +87,21 @@ void WindowHandlerWin32Gdi::adopt(HWND window) {
 }
 
 // The window itself may go on for a while, or has come to its end.
-void WindowHandlerWin32Gdi::forgetWindow() noexcept {
-    RemovePropW(window_, kHandlerProperty);
-    window_ = nullptr;
+HWND WindowHandlerWin32Gdi::forgetWindow() noexcept {
+    const HWND window = std::exchange(window_, nullptr);
+    RemovePropW(window, kHandlerProperty);
     windowServiceBackend(services_.window.get())->connect(nullptr);
     languageListener_.reset();
     blocked_ = false;
     tracksLeaving_ = false;
     keptFocusWindow_ = nullptr;
+    return window;
 }
 
 void WindowHandlerWin32Gdi::destroyWindow() noexcept {
-    if (const HWND window = window_) {
+    if (window_ != nullptr) {
         const LastErrorKeeper keeper;
-        forgetWindow();
-        DestroyWindow(window);
+        DestroyWindow(forgetWindow());
     }
 }
 

@@ -86,7 +86,8 @@ protected:
 
 private:
     static bool deliver(const WindowMessage& message, LRESULT& result) noexcept;
-    void forgetWindow() noexcept;
+    // Which one it was.
+    HWND forgetWindow() noexcept;
     bool dispatch(const WindowMessage& message, LRESULT& result);
     bool handleFrame(const WindowMessage& message);
     bool handlePainting(const WindowMessage& message, LRESULT& result);

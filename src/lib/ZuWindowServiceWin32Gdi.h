@@ -40,16 +40,10 @@ public:
         return showBox(ZU_OPERATION, L"Could not show message", box);
     }
     void closeMessage(int answer) override;
-    int askYesNoCancel(MessageBoxContent& box) override {
-        return showBox(ZU_OPERATION, L"Could not ask question", box);
-    }
+    int askYesNoCancel(MessageBoxContent& box) override { return ask(ZU_OPERATION, box); }
     void playMessageSound(std::uint32_t style) override { MessageBeep(style & kMessageIconMask); }
-    int askYesNo(MessageBoxContent& box) override {
-        return showBox(ZU_OPERATION, L"Could not ask question", box);
-    }
-    int askOKCancel(MessageBoxContent& box) override {
-        return showBox(ZU_OPERATION, L"Could not ask question", box);
-    }
+    int askYesNo(MessageBoxContent& box) override { return ask(ZU_OPERATION, box); }
+    int askOKCancel(MessageBoxContent& box) override { return ask(ZU_OPERATION, box); }
     double getScalingFactor() override;
     Rect getWorkArea() const override { return workAreaAround(window_); }
     Point getClientPosition() const override;
@@ -95,6 +89,9 @@ public:
 
 private:
     int showBox(const wchar_t* operation, const wchar_t* failure, MessageBoxContent& box);
+    int ask(const wchar_t* operation, MessageBoxContent& box) {
+        return showBox(operation, L"Could not ask question", box);
+    }
 
     HWND window_;
     MouseCursor cursor_ = MouseCursor::kArrow;

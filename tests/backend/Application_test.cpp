@@ -13,12 +13,6 @@ extern "C" void* __imp_SHGetSpecialFolderPathW IMPORT_SLOT("SHGetSpecialFolderPa
 namespace zustd::test {
 namespace {
 
-std::shared_ptr<ApplicationService> makeApplication() {
-    auto application = makeService<ApplicationService>();
-    joinImplementation(*application, std::make_unique<ApplicationServiceWin32Gdi>());
-    return application;
-}
-
 std::string reportsOf(const TraceCapture& trace) {
     std::string reports;
     for (const std::string& line : trace.messages()) {
@@ -30,7 +24,7 @@ std::string reportsOf(const TraceCapture& trace) {
 class ApplicationTest : public SurfaceTest {
 protected:
     ~ApplicationTest() override { setCriticalError(kCriticalErrorNone); }
-    std::shared_ptr<ApplicationService> application_ = makeApplication();
+    std::shared_ptr<ApplicationService> application_ = makeRecordingApplicationService();
 };
 
 TEST_F(ApplicationTest, names_ofHostAndFolders_areTheSystems) {
@@ -70,10 +64,14 @@ TEST_F(ApplicationTest, shell_withoutFolders_isReplacedAndReported) {
         found += application_->getUserDocumentsDirectory();
     }
     EXPECT_EQ(found, L"A:P:P:P:C:\\C:\\");
+    const AllocationLimit none(0, true);
+    thrownText([] { ApplicationServiceWin32Gdi(); });
     EXPECT_EQ(reportsOf(trace),
               "Application::getUserAppDataDirectory: CSIDL_APPDATA - trying CSIDL_PERSONAL; "
               "Application::getUserAppDataDirectory: CSIDL_PERSONAL - defaulting to C:\\; "
-              "Application::getUserDocumentsDirectory: CSIDL_PERSONAL - defaulting to C:\\; ");
+              "Application::getUserDocumentsDirectory: CSIDL_PERSONAL - defaulting to C:\\; "
+              "asserted: preferences_, in src/lib/ZuApplication, line 322; "
+              "throwing: 'preferences_', in src/lib/ZuApplication, line 322; ");
     EXPECT_FALSE(application_->openDocument(L"C:\\no such document"));
 }
 
@@ -128,7 +126,7 @@ TEST_F(ApplicationTest, windowService_windowOrNone_isBoundOrMissed) {
 
 TEST_F(ApplicationTest, keyboardHook_newestOwner_hearsPressesWithModifiers) {
     SetForegroundWindow(native());
-    const auto other = makeApplication();
+    const auto other = makeRecordingApplicationService();
     other->connect(std::make_shared<FunctionSink>([](auto&&...) { FAIL(); }), false);
     application_->connect(log_, false);
     EXPECT_TRUE(other->installKeyboardHook() && application_->installKeyboardHook());
@@ -254,19 +252,16 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
     dialog->setDefaultButton(standard);
     dialog->show(false);
     const HWND shown = nativeWindowOf(*dialog);
+    const wchar_t* const moved = L"leaveFocus enterFocus";
+    // clang-format off
     const std::tuple<std::vector<WORD>, std::shared_ptr<Control>, const wchar_t*> kRows[] = {
-        {{VK_RETURN}, field, L"enterFocus leftClicked"},
-        {{VK_TAB}, other, L"leaveFocus enterFocus"},
-        {{VK_RETURN}, other, L"leftClicked"},
-        {{VK_MENU, 'C'}, check, L"leaveFocus enterFocus leftClicked"},
-        {{'R'}, first, L"leaveFocus enterFocus"},
-        {{'R'}, second, L"leaveFocus enterFocus"},
-        {{'R'}, first, L"leaveFocus enterFocus"},
-        {{'O'}, other, L"leaveFocus enterFocus leftClicked"},
-        {{VK_SHIFT, VK_TAB}, field, L"leaveFocus enterFocus"},
-        {{VK_SHIFT, VK_TAB}, box, L"leaveFocus enterFocus"},
-        {{VK_RETURN}, box, L"textChanged"},
-        {{VK_CONTROL, VK_RETURN}, box, L"leftClicked"}};
+        {{VK_RETURN}, field, L"enterFocus leftClicked"}, {{VK_TAB}, other, moved},
+        {{VK_RETURN}, other, L"leftClicked"}, {{VK_MENU, 'C'}, check, L"leaveFocus enterFocus leftClicked"},
+        {{'R'}, first, moved}, {{'R'}, second, moved}, {{'R'}, first, moved},
+        {{'O'}, other, L"leaveFocus enterFocus leftClicked"}, {{VK_SHIFT, VK_TAB}, field, moved},
+        {{VK_SHIFT, VK_TAB}, box, moved}, {{VK_RETURN}, box, L"textChanged"},
+        {{VK_CONTROL, VK_RETURN}, box, L"leftClicked"}, {{VK_TAB}, field, moved}};
+    // clang-format on
     for (const auto& [keys, focused, messages] : kRows) {
         press(keys);
         EXPECT_EQ(GetFocus(), focused == field ? shown : nativeWindowOf(*focused));
@@ -278,6 +273,9 @@ TEST_F(SurfaceTest, dialog_keys_moveTheFocusAndPressWhatTheyMean) {
                       button == dialog->buttonForEnter());
         }
     }
+    other->takeFocus();
+    SetFocus(nullptr);
+    EXPECT_TRUE(GetWindowLongW(nativeWindowOf(*standard), GWL_STYLE) & BS_DEFPUSHBUTTON);
     send(shown, WM_COMMAND, IDOK);
     EXPECT_EQ(log_->entries.back().a.object<Control>(), standard.get());
     send(shown, WM_COMMAND, WPARAM(GetDlgCtrlID(nativeWindowOf(*other))));

@@ -298,17 +298,15 @@ TEST_F(MirrorTest, comboBox_randomChanges_windowSaysWhatItWants) {
         notify(*w, WM_COMMAND, MAKEWPARAM(0, kEnds[any(3)]));
         EXPECT_EQ(w->getSelectedItem(), chosen) << "of several alike the chosen one";
     };
-    const Changes changes = {[&] { w->setEditable(flip()); },
-                             [&] { w->setFont(anyFont()); },
-                             [&] { w->setCaption(anyText()); },
-                             [&] { w->setText(word()); },
-                             [&] { w->addItem(flip() ? L"one" : L"&Save"); },
-                             [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
-                             [&] { w->removeItem(anyItem()); },
-                             [&] { w->getItemCount() > 4 ? w->clear() : w->selectItem(kNullSize); },
-                             [&] { send(nativeWindowOf(*w), WM_KEYDOWN, VK_DOWN, 1); },
-                             typeOver,
-                             leaveList};
+    // clang-format off
+    const Changes changes = {
+        [&] { w->setEditable(flip()); }, [&] { w->setFont(anyFont()); }, typeOver,
+        [&] { w->setCaption(anyText()); }, [&] { w->setText(word()); }, leaveList,
+        [&] { w->addItem(flip() ? L"one" : L"&Save"); }, [&] { w->removeItem(anyItem()); },
+        [&] { w->selectItem(flip() ? anyItem() : kNullSize); },
+        [&] { w->getItemCount() > 4 ? w->clear() : w->selectItem(kNullSize); },
+        [&] { send(nativeWindowOf(*w), WM_KEYDOWN, VK_DOWN, 1); }};
+    // clang-format on
     expectMirrored(w, changes, [&](HWND shown) {
         const DWORD kind = w->isEditable() ? CBS_DROPDOWN : CBS_DROPDOWNLIST;
         expectLook(shown, kind | CBS_HASSTRINGS | CBS_AUTOHSCROLL, w->text());

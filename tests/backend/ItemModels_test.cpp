@@ -350,10 +350,9 @@ protected:
             const Rect seen{area.left, area.top, area.right - 1, area.bottom - 1};
             EXPECT_TRUE(tree_->getNodeBoundary(selected_) == (IsRectEmpty(&area) ? Rect() : seen));
         }
-        EXPECT_EQ(tree_->getNodeCount(), nodes_.size());
-        EXPECT_EQ(tree_->getSelectedNode(), selected_);
-        EXPECT_EQ(tree_->getFirstRootNode(), at(0));
-        EXPECT_EQ(tree_->getLastRootNode(), at(before(nodes_.size(), 1)));
+        EXPECT_EQ(std::tuple(tree_->getNodeCount(), tree_->getSelectedNode(),
+                             tree_->getFirstRootNode(), tree_->getLastRootNode()),
+                  std::tuple(nodes_.size(), selected_, at(0), at(before(nodes_.size(), 1))));
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
             compareNode(nodes_[i], at(i), i);
         }
@@ -375,10 +374,9 @@ protected:
                                said.key.empty() ? kNoNode : node}));
         EXPECT_EQ(tree_->getLastSiblingNode(node), isLast ? node : tree_->getLastSiblingNode(next));
         EXPECT_EQ(tree_->getNodeKey(node) + tree_->getNodeCaption(node), said.key + said.caption);
-        EXPECT_EQ(tree_->getNodeExpanded(node), said.expanded);
-        EXPECT_EQ(tree_->getNodeBitmap(node), said.bitmap);
-        EXPECT_EQ(tree_->getNodeChecked(node), said.checked);
-        EXPECT_EQ(tree_->getNodeEmphasized(node), said.emphasized);
+        EXPECT_EQ(std::tuple(tree_->getNodeExpanded(node), tree_->getNodeBitmap(node),
+                             tree_->getNodeChecked(node), tree_->getNodeEmphasized(node)),
+                  std::tuple(said.expanded, said.bitmap, said.checked, said.emphasized));
     }
 
     Random random_{1};
@@ -547,10 +545,9 @@ TEST_F(GridModelsTest, grid_randomChanges_isAndShowsWhatAPlainListSays) {
             const PlainRow& said = rows[i];
             said.selected ? selected.push_back(i) : void();
             if (i % 7 == row % 7) {
-                ASSERT_EQ(grid_->getRowKey(i), said.key);
-                ASSERT_EQ(grid_->findRow(said.key), i);
-                ASSERT_EQ(grid_->getCell(i, column), said.cells[column]);
-                ASSERT_EQ(grid_->getRowBitmap(i), said.bitmap);
+                ASSERT_EQ(std::tuple(grid_->getRowKey(i), grid_->findRow(said.key),
+                                     grid_->getCell(i, column), grid_->getRowBitmap(i)),
+                          std::tuple(said.key, i, said.cells[column], said.bitmap));
                 ASSERT_EQ(grid_->getRowChecked(i), said.checked);
             }
             lines.push_back(

@@ -43,15 +43,13 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
         window_->setSize({tooSmall, tooSmall});
         EXPECT_EQ(window_->boundary().size(), (Size{250, 150}));
     }
-    RECT proposed{20, 30, 340, 270};
-    send(native(), WM_DPICHANGED, MAKEWPARAM(96, 96), reinterpret_cast<LPARAM>(&proposed));
-    EXPECT_EQ(windowRect(native()), portableRect(proposed));
     window_->setPlacement({.minimum = {1, 0}, .maximum = {0, 1}});
     MINMAXINFO limits{{}, {}, {}, {1, 2}, {3, 4}};
     send(native(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
     EXPECT_TRUE(limits.ptMinTrackSize.x > 1 && limits.ptMinTrackSize.y == 2);
     EXPECT_TRUE(limits.ptMaxTrackSize.x == 3 && limits.ptMaxTrackSize.y > 4);
     EXPECT_TRUE(GetClassLongPtrW(native(), GCLP_HICON) && GetClassLongPtrW(native(), GCLP_HICONSM));
+    EXPECT_EQ(FindWindowW(L"ZuNativeWindow", nullptr), native()) << "how others find it";
     const auto button = show(service().createNativeButton(), {0, 0, 9, 9});
     DestroyWindow(native());
     EXPECT_FALSE(window_->hasNativeObject() || child->hasNativeObject() ||
@@ -63,38 +61,33 @@ TEST_F(SurfaceTest, resize_byTheUser_laysOutAgainAndKeepsToTheLimits) {
 
 TEST_F(SurfaceTest, message_ofAnyKind_isAnsweredOrLeftToTheSystem) {
     const auto user = addProbe({0, 0, 49, 49});
+    const auto child = show(makeWindow({9, 9}), {2, 1, 9, 9}, addProbe({}, user.get()).get());
     user->takeFocus();
     const auto self = reinterpret_cast<WPARAM>(native());
     const POINT onUser = onScreen(native(), {5, 5});
     const LPARAM place = MAKELPARAM(onUser.x, onUser.y);
     const ReplacedImport system(__imp_DefWindowProcW, reinterpret_cast<void*>(&answerAsSystem));
-    for (const int id : {WM_SYSCOLORCHANGE, WM_THEMECHANGED, WM_CHAR, WM_SYSCHAR, WM_KEYDOWN,
-                         WM_MOUSEWHEEL, WM_CTLCOLORSTATIC}) {
-        EXPECT_EQ(send(native(), UINT(id)), kSystems) << id;
-    }
-    for (const int id :
-         {WM_PAINT, WM_PRINTCLIENT, WM_CAPTURECHANGED, WM_MOUSEMOVE, WM_MOUSELEAVE, WM_SETFOCUS}) {
-        EXPECT_EQ(send(native(), UINT(id)), 0) << id;
-    }
+    send(nativeWindowOf(*child), WM_MOUSEWHEEL, 0, place + 1);
+    EXPECT_EQ(user->lastMouse.position, (Point{6, 5})) << "on behalf of what lies on it";
     RECT area{10, 10, 300, 200};
+    // clang-format off
     const std::tuple<UINT, WPARAM, LPARAM, LRESULT> kRows[] = {
-        {WM_SIZE, SIZE_MINIMIZED, 0, kSystems},
-        {WM_SETCURSOR, self, HTCLIENT, TRUE},
-        {WM_SETCURSOR, self, HTCAPTION, kSystems},
-        {WM_SETCURSOR, 0, HTCLIENT, kSystems},
+        {WM_SYSCOLORCHANGE, 0, 0, kSystems}, {WM_THEMECHANGED, 0, 0, kSystems}, {WM_CHAR, 0, 0, kSystems},
+        {WM_SYSCHAR, 0, 0, kSystems}, {WM_KEYDOWN, 0, 0, kSystems}, {WM_MOUSEWHEEL, 0, 0, kSystems},
+        {WM_CTLCOLORSTATIC, 0, 0, kSystems}, {WM_PAINT, 0, 0, 0}, {WM_PRINTCLIENT, 0, 0, 0},
+        {WM_CAPTURECHANGED, 0, 0, 0}, {WM_MOUSEMOVE, 0, 0, 0}, {WM_MOUSELEAVE, 0, 0, 0}, {WM_SETFOCUS, 0, 0, 0},
+        {WM_SIZE, SIZE_MINIMIZED, 0, kSystems}, {WM_SETCURSOR, self, HTCLIENT, TRUE},
+        {WM_SETCURSOR, self, HTCAPTION, kSystems}, {WM_SETCURSOR, 0, HTCLIENT, kSystems},
         {WM_GETDLGCODE, 0, 0, DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS | DLGC_WANTTAB},
-        {WM_SYSKEYDOWN, 'U', 0, 0},
-        {WM_SYSCHAR, 'U', 0, 0},
-        {WM_SYSCHAR, 'U', 0, kSystems},
-        {WM_KEYDOWN, 'U', 0, 0},
-        {WM_SYSCHAR, 'U', 0, kSystems},
-        {WM_MOUSEWHEEL, MK_SHIFT, place, 0},
-        {WM_ACTIVATE, MAKEWPARAM(WA_ACTIVE, 1), 0, 0},
-        {WM_KILLFOCUS, self, 0, 0},
-        {WM_DPICHANGED, 0, reinterpret_cast<LPARAM>(&area), 0}};
+        {WM_SYSKEYDOWN, 'U', 0, 0}, {WM_SYSCHAR, 'U', 0, 0}, {WM_SYSCHAR, 'U', 0, kSystems},
+        {WM_KEYDOWN, 'U', 0, 0}, {WM_SYSCHAR, 'U', 0, kSystems},
+        {WM_MOUSEWHEEL, MK_SHIFT, place, 0}, {WM_ACTIVATE, MAKEWPARAM(WA_ACTIVE, 1), 0, 0},
+        {WM_KILLFOCUS, self, 0, 0}, {WM_DPICHANGED, 0, reinterpret_cast<LPARAM>(&area), 0}};
+    // clang-format on
     for (const auto& [id, wide, extra, answer] : kRows) {
         EXPECT_EQ(send(native(), id, wide, extra), answer) << id << ": " << wide;
     }
+    EXPECT_EQ(windowRect(native()), portableRect(area));
     EXPECT_TRUE(user->hasFocus() && user->lastMouse.position == (Point{5, 5}));
     send(native(), WM_KILLFOCUS, reinterpret_cast<WPARAM>(GetDesktopWindow()));
     EXPECT_FALSE(user->hasFocus());
@@ -323,6 +316,10 @@ TEST_F(SurfaceTest, dialog_releasedOrDropped_returnsAndShowsNothing) {
     EXPECT_FALSE(dialog->isOpen() || dialog->hasNativeObject() || !IsWindowEnabled(native()));
     probe->disconnect(user.get());
     EXPECT_EQ(shown.show(true), kAnswerNone);
+    const auto end = [&](auto&&...) { window_->removeAllChildren(); };
+    show(service().createNativeButton(), {})->connect(std::make_shared<FunctionSink>(end), false);
+    send(GetWindow(native(), GW_CHILD), WM_KEYDOWN, VK_ESCAPE);
+    EXPECT_TRUE(window_->children().empty());
 }
 
 TEST_F(SurfaceTest, dialog_quitOrHiddenByItsService_endsAndIgnoresWhatMayNotCloseIt) {
@@ -412,8 +409,7 @@ TEST_F(SurfaceTest, popup_atAnyPlace_staysOnTheScreenAndOutOfTheWay) {
         const POINT place = onScreen(shown, at);
         return send(shown, WM_NCHITTEST, 0, MAKELPARAM(place.x, place.y));
     };
-    EXPECT_EQ(hit({5, 5}), HTCLIENT);
-    EXPECT_EQ(hit({50, 50}), HTTRANSPARENT);
+    EXPECT_TRUE(hit({5, 5}) == HTCLIENT && hit({50, 50}) == HTTRANSPARENT);
     send(shown, WM_ACTIVATE, WA_ACTIVE);
     EXPECT_FALSE(field->hasFocus());
 }

@@ -45,10 +45,10 @@ TEST_F(WidgetTest, argumentsAtTheEdges_areRefusedOrLeftAlone) {
     EXPECT_FALSE(shown(makeControl<Control>())->takeFocus());
     TreeModel tree;
     EXPECT_EQ(thrownText([&] { tree.select(TreeNode{1ULL << 32}); }), L"contains(node)");
-    const TreeNode root = tree.addChild(kNoNode, L"key", L"");
+    const TreeNode root = tree.addRoot(L"key", L"");
     tree.remove(root);
     EXPECT_EQ(tree.find(L"key"), kNoNode);
-    EXPECT_EQ(TreeModel::placeOf(tree.addChild(kNoNode, L"key", L"")), TreeModel::placeOf(root));
+    EXPECT_EQ(TreeModel::placeOf(tree.addRoot(L"key", L"")), TreeModel::placeOf(root));
     GridModel grid;
     const MemoryWatch memory;
     std::size_t count = 0;
@@ -70,7 +70,7 @@ TEST_F(WidgetTest, argumentsAtTheEdges_areRefusedOrLeftAlone) {
 TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
     const auto box = shown(host_->createNativeTextBox());
     box->setText(L"typed");
-    say(box->setMaximumLength(3) + box->isReadOnly());
+    say(box->setMaximumLength(3) && !box->setMaximumLength(3) && !box->isReadOnly());
     expectTold(L"made 0,0,0,0; sync 0,0,0,0; textChanged; textChanged; sync 0,0,0,0; 1");
     // clang-format off
     for (const auto& [given, kept] :
@@ -81,9 +81,9 @@ TEST_F(WidgetTest, textBox_textOfTheProgram_isSentOnceAndCutToItsLength) {
         EXPECT_EQ(box->setText(given), changes);
         EXPECT_EQ(box->text(), kept);
     }
-    EXPECT_EQ(box->preferredSize(), (Size{160, 24}));
+    EXPECT_TRUE(box->setReadOnly(true) && box->preferredSize() == (Size{160, 24}));
     box->setKind(TextBoxKind::kMultiLine);
-    EXPECT_EQ(box->preferredSize(), (Size{160, 72}));
+    EXPECT_TRUE(box->isReadOnly() && box->preferredSize() == (Size{160, 72}));
 }
 
 TEST_F(WidgetTest, comboBox_itemsAndChoice_areToldAndSentOnce) {
