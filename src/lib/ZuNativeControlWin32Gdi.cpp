@@ -203,13 +203,14 @@ bool NativeControlWin32Gdi::handleOwnMessage(const WindowMessage& message, LRESU
     }
     if (message.id == WM_LBUTTONDOWN || message.id == WM_RBUTTONDOWN || message.id == WM_KEYDOWN ||
         message.id == WM_SYSKEYDOWN) {
+        // Whoever hears of it may end the window, or take the control from its surface.
         control().hideTooltip();
     }
     // The router keeps its surface while it is at work.
     Control* surface = control().surface();
     InputRouter* router = surface != nullptr ? surface->inputRouter() : nullptr;
     if (router == nullptr) {
-        return onWindowMessage(message, result);
+        return isOwn(message.window) && onWindowMessage(message, result);
     }
     switch (message.id) {
         case WM_SETFOCUS:
