@@ -88,11 +88,10 @@ TEST_F(ApplicationTest, criticalErrorsMemoryAndLoop_asked_areTold) {
     const std::wregex request(
         L" - please exit the application and contact your support representative");
     EXPECT_EQ(std::regex_replace(texts, request, L"!"),
-              L"No critical error; Unknown critical error!; "
-              L"Critical error: insufficient memory available!; "
-              L"Critical error: pure virtual function call detected!; "
-              L"Critical error: unhandled exception detected!; Critical error: abort detected!; "
-              L"Critical error: system exception detected!; Unknown error type!; ");
+              L"No critical error; Unknown critical error!; Critical error: insufficient memory "
+              L"available!; Critical error: pure virtual function call detected!; Critical error: "
+              L"unhandled exception detected!; Critical error: abort detected!; Critical error: "
+              L"system exception detected!; Unknown error type!; ");
     dynamic_cast<ApplicationServiceWin32Gdi&>(a.implementation()).logMemoryInfo();
     EXPECT_EQ(trace.messages().at(0), "ApplicationServiceWin32Gdi::logMemoryInfo:");
     a.quitMessageLoop(7);

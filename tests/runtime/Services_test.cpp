@@ -4,7 +4,11 @@
 #include "ZuResourceServiceGeneric.h"
 #include "ZuService.h"
 #include "ZuTrackingPropertyBag.h"
+#include "ZuWindows.h"
 #include "support/FrameworkTest.h"
+
+extern "C" void* __imp_GetUserPreferredUILanguages IMPORT_SLOT("GetUserPreferredUILanguages",
+                                                               "@16");
 
 namespace zustd::test {
 namespace {
@@ -16,6 +20,7 @@ const ServiceLocatorStaticCtorDtor rootHolder;
 struct IClock { virtual ~IClock() = default; };
 struct Plain : Service { using Service::Service; };
 struct Clock : Service, IClock { using Service::Service; };
+struct Refusing : Service { void setParent(const std::shared_ptr<ServiceLocator>&) override { throw std::wstring(L"refused"); } };
 // clang-format on
 
 // The name of the clock that is found.
@@ -84,11 +89,6 @@ TEST(ServiceLocator, services_areFoundByKindNameAndPlace) {
 }
 
 TEST(ServiceLocator, registrationThatFails_leavesTheRegistryAsItWas) {
-    struct Refusing : Service {
-        void setParent(const std::shared_ptr<ServiceLocator>&) override {
-            throw std::wstring(L"refused");
-        }
-    };
     const auto locator = std::make_shared<ServiceLocator>();
     for (const bool own : {false, true}) {
         locator->registerService(nullptr, true, own);
@@ -171,9 +171,18 @@ std::shared_ptr<ResourceService> makeInstalled(const ResourceLibrary& all = comp
     return service;
 }
 
+BOOL WINAPI giveLanguages(DWORD, ULONG*, wchar_t* names, ULONG* length) {
+    constexpr std::wstring_view kNames(L"nl-BE\0de-DE\0", 13);
+    *length = static_cast<ULONG>(kNames.size());
+    return names == nullptr || kNames.copy(names, *length) != 0;
+}
+
 TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
+    const ReplacedImport display(__imp_GetUserPreferredUILanguages,
+                                 reinterpret_cast<void*>(&giveLanguages));
     const auto service = makeInstalled();
     const auto neutral = makeInstalled();
+    EXPECT_EQ(neutral->getNamespaceName(), L"nl-xx") << "the first that the user wants to see";
     neutral->selectLocale(L"xx");
     EXPECT_EQ(service->libraryName(), L"libzueta");
     service->selectLocale(L"en");

@@ -122,10 +122,9 @@ TEST_F(DrawnTest, button_byMouseAndKey_showsItsStatesAndSendsClicks) {
         L"011; focus 2,2,57,23; invalidate 0,0,59,25; leaveLeftClicking; invalidate 0,0,59,25; "
         L"leftClicked 5,5; gradient 0,0,59,25 #c9dae8 #daecfb; pen #0078d7 1; frame 0,0,59,25; "
         L"text 23,1,36,24 &Go 11  #000000 0 2 011; focus 2,2,57,23; keyPressed 13,0; invalidate "
-        L"0,0,59,25; leftClicked; invalidate "
-        L"0,0,59,25; invalidate 0,0,59,25; leaveHovering; invalidate 0,0,59,25; leaveFocus; "
-        L"gradient 0,0,59,25 #ff63b1 #ff0080; pen #adadad 1; frame 0,0,59,25; text 23,1,36,24 &Go "
-        L"11  #6d6d6d 0 2 011");
+        L"0,0,59,25; leftClicked; invalidate 0,0,59,25; invalidate 0,0,59,25; leaveHovering; "
+        L"invalidate 0,0,59,25; leaveFocus; gradient 0,0,59,25 #ff63b1 #ff0080; pen #adadad 1; "
+        L"frame 0,0,59,25; text 23,1,36,24 &Go 11  #6d6d6d 0 2 011");
 }
 
 TEST_F(DrawnTest, imagesInIconsAndButtons_areCentredScaledAndPalerWhenDisabled) {
