@@ -171,15 +171,14 @@ std::shared_ptr<ResourceService> makeInstalled(const ResourceLibrary& all = comp
     return service;
 }
 
-BOOL WINAPI giveLanguages(DWORD, ULONG*, wchar_t* names, ULONG* length) {
+BOOL WINAPI giveTwo(DWORD, ULONG*, wchar_t* names, ULONG* length) {
     constexpr std::wstring_view kNames(L"nl-BE\0de-DE\0", 13);
     *length = static_cast<ULONG>(kNames.size());
     return names == nullptr || kNames.copy(names, *length) != 0;
 }
 
 TEST(ResourceService, localeName_choosesTextsByLanguageAndTellsOnce) {
-    const ReplacedImport display(__imp_GetUserPreferredUILanguages,
-                                 reinterpret_cast<void*>(&giveLanguages));
+    const ReplacedImport user(__imp_GetUserPreferredUILanguages, reinterpret_cast<void*>(&giveTwo));
     const auto service = makeInstalled();
     const auto neutral = makeInstalled();
     EXPECT_EQ(neutral->getNamespaceName(), L"nl-xx") << "the first that the user wants to see";

@@ -60,6 +60,7 @@ TEST_F(AddinProbeTest, addin_anyWayItEnds_isOneLineOnTheScreenAndInTheLog) {
         {sizeof(void*) == 8 ? L"throws" : L"0xE06D7363", "Pellory add-in threw an exception"},
         {L"0xE06D7363", "Pellory add-in threw an exception"},
         {L"crashes", "Pellory add-in crashed with exception c0000005"},
+        {L"0x0", "Pellory add-in ended its process with exit code 0"},
         {L"0xC0000000", "Pellory add-in crashed with exception c0000000"},
         {L"0xEFFFFFFF", "Pellory add-in crashed with exception efffffff"},
         {L"0xF0000000", "Pellory add-in ended its process with exit code f0000000"},
