@@ -186,10 +186,9 @@ TEST(CipherKey, sixtyFourDigits_areTakenUsedAndWipedAtTheEnd) {
     };
     const std::wstring refused = L"Cipher::decipher: wrong key or changed message";
     setCipherKey(kOtherKey);
-    EXPECT_EQ(failure(kEncodingEncipheredCompressed), refused);
+    EXPECT_EQ(failure(3), refused);
     setCipherKey(kKey);
-    EXPECT_EQ(failure(kEncodingEncipheredCompressed),
-              L"nothingGr\u00FC\u00DFe, \u043C\u0438\u0440\r\n");
+    EXPECT_EQ(failure(3), L"nothingGr\u00FC\u00DFe, \u043C\u0438\u0440\r\n");
     EXPECT_EQ(failure(kEncodingEnciphered), refused);
     clearCipherKey();
     EXPECT_EQ(failure(kEncodingEnciphered), L"Cipher::decipher: no key installed");

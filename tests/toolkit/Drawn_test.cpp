@@ -84,7 +84,7 @@ TEST_F(DrawnTest, changes_ofDrawnAndNativeControls_showOnceAndReachDown) {
         {[&] { const ControlUpdate outer(*button); const ControlUpdate again(*button); const ControlUpdate drawn(*box);
                button->setChecked(true); button->setBoundary({1, 1, 50, 20}); box->addChild(makeControl<Control>()); tell(L"none"); },
          L"none; invalidate 10,10,59,59; sync 16,16,65,35"},
-        {[&] { const ControlUpdate nothing(*button); }, L""},
+        {[&] { const ControlUpdate nothing(*button); say(thrownText([&] { inner->addChild(box); })); }, L"child && !child->isAncestorOf(*this)"},
         {[&] { window_->connect(std::make_shared<FunctionSink>([](auto& kind, auto, MessageWord stays) { if (kind == Control::kClose) { *stays.object<bool>() = true; } }), false);
                say(window_->acceptClose()); }, L"0"},
         {[&] { window_->removeChild(box.get()); }, L"leaveFocus; released; invalidate 10,10,59,59"},
@@ -297,6 +297,7 @@ TEST_F(ScrollTest, wheelKeysAndBars_scroll) {
     EXPECT_EQ(view_->scrollPosition(), (Point{216, 0}));
     const auto bar = view_->scrollBar(true);
     EXPECT_TRUE(bar->minimum() == 0 && bar->maximum() == 499 && bar->pageSize() == 184);
+    EXPECT_EQ(bar->lineSize(), 16);
     view_->scrollBar(false)->acceptPosition(9);
     EXPECT_EQ(view_->scrollPosition().x, 9);
     native().scalingFactor = 0.01;
