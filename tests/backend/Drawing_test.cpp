@@ -314,9 +314,9 @@ TEST_F(DrawingTest, texts_randomFormats_areDrawnAndMeasuredAsTheSystemDoesLineBy
                                                                 any(4) == 0 ? line : 5 + any(60)});
         const bool isBuffered = any(2) == 0;
         const int width = 1 + any(3);
-        const Point from{any(140), any(100)};
-        const int reach = any(2) == 0 ? 99 : 100000;
-        const Point to{any(2 * reach) - reach, any(2 * reach) - reach};
+        const Point from{2 * any(70), 2 * any(50)};
+        const int reach = any(2) == 0 ? 99 : 99999;  // Odd: a straight line has no round ends.
+        const Point to{2 * any(reach) - reach, 2 * any(reach) - reach};
         const Canvas wanted({140, 100});
         const HDC context = wanted.context();
         const SelectedObject selected(context, fontBackend(*font_).handle());

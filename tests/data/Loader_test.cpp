@@ -141,7 +141,7 @@ TEST(Encoder, failuresAndOtherEncodings_areTracedOrWidenEveryByte) {
     const Lines lines = trace.messages();
     EXPECT_TRUE(lines[0].ends_with("src/lib/ZuEncoder, line 846") && lines[1].ends_with(" 852"));
     EXPECT_TRUE(lines[2].ends_with(" 185") && lines[3].ends_with(" 103"));
-    Encoder::decodeFrom(4, "\xE9\x80\x00"s, out);
+    Encoder::decodeFrom(4, "\xE9\x80\x00"s, out);  // The number that resources have.
     EXPECT_EQ(out, L"\u00E9\u0080\0"s);
 }
 
